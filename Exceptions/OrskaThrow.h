@@ -1,0 +1,31 @@
+/// The one way in which the support library throws: trace the throw site, then throw by value.
+///
+/// The text of the trace line is the constructor call as it is typed at the site, so that people can
+/// search for it. Function, source and line are written out at the site and are the same on every
+/// system; they are not derived from the file that happens to hold the code.
+#ifndef EXCEPTIONS_ORSKATHROW_H
+#define EXCEPTIONS_ORSKATHROW_H
+
+namespace Orska::Support {
+
+/// Where a throw stands, as the trace shows it.
+struct TraceSite {
+    const char* m_function;  ///< fully qualified name
+    const char* m_source;    ///< source name, with backslashes and without an ending
+    int m_line;              ///< 0 where no line is fixed
+};
+
+/// Writes the line "Throwing: ..." at trace level 1 when tracing is on.
+/// @param in_text  the whole message, "Throwing: " included; written as it is, not as a format
+void TraceThrow(const TraceSite& in_site, const char* in_text);
+
+}  // namespace Orska::Support
+
+/// ORSKA_THROW((TraceSite{"A::F", "Folder\\Source", 12}), ErrorException(...));
+#define ORSKA_THROW(in_site, ...)                                            \
+    do {                                                                     \
+        ::Orska::Support::TraceThrow(in_site, "Throwing: " #__VA_ARGS__);    \
+        throw __VA_ARGS__;                                                   \
+    } while (false)
+
+#endif

@@ -1,0 +1,6 @@
+# Which of the several bodies of a header a build takes: _Windows.cpp or _Linux.cpp.
+if(WIN32)
+  set(ORSKA_PLATFORM Windows)
+else()
+  set(ORSKA_PLATFORM Linux)
+endif()
