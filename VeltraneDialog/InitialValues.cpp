@@ -1,0 +1,132 @@
+#include "VeltraneDialog/InitialValues.h"
+
+#include <cstddef>
+#include <stdexcept>
+
+#include "VeltraneDialog/Utf8.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+struct Field {
+    std::string_view m_key;
+    DialogString DialogValues::*m_value;
+};
+
+constexpr Field FIELDS[] = {
+    {"DSN", &DialogValues::m_dsn},
+    {"Server", &DialogValues::m_server},
+    {"Namespace", &DialogValues::m_cognosNamespace},
+    {"LoginMode", &DialogValues::m_microStrategyLoginMode},
+    {"UID", &DialogValues::m_uid},
+    {"PWD", &DialogValues::m_pwd},
+    {"Database", &DialogValues::m_database},
+};
+
+char ToLowerAscii(char in_char) {
+    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
+}
+
+bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
+    if (in_left.size() != in_right.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < in_left.size(); ++i) {
+        if (ToLowerAscii(in_left[i]) != ToLowerAscii(in_right[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string_view TrimBlanks(std::string_view in_text) {
+    constexpr std::string_view BLANKS(" \t\r");
+    const std::size_t first = in_text.find_first_not_of(BLANKS);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return in_text.substr(first, in_text.find_last_not_of(BLANKS) - first + 1);
+}
+
+/// Works line by line; knows the position for error texts.
+class Parser {
+public:
+    Parser(std::string_view in_contents, const std::string& in_fileName)
+        : m_rest(in_contents), m_fileName(in_fileName) {
+        constexpr std::string_view BYTE_ORDER_MARK("\xEF\xBB\xBF");
+        if (m_rest.substr(0, BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK) {
+            m_rest.remove_prefix(BYTE_ORDER_MARK.size());
+        }
+    }
+
+    DialogValues Run() {
+        while (!m_rest.empty()) {
+            ++m_line;
+            const std::size_t end = m_rest.find('\n');
+            ParseLine(TrimBlanks(m_rest.substr(0, end)));
+            m_rest.remove_prefix(end == std::string_view::npos ? m_rest.size() : end + 1);
+        }
+        return m_values;
+    }
+
+private:
+    void ParseLine(std::string_view in_line) {
+        if (in_line.empty() || in_line.front() == ';' || in_line.front() == '#') {
+            return;
+        }
+        if (in_line.front() == '[') {
+            if (in_line.back() != ']') {
+                Fail("a section header without its closing bracket");
+            }
+            const std::string_view name = in_line.substr(1, in_line.size() - 2);
+            m_isInSection = EqualsIgnoringCase(TrimBlanks(name), "DSN");
+            return;
+        }
+        if (m_isInSection) {
+            ParseKey(in_line);
+        }
+    }
+
+    void ParseKey(std::string_view in_line) {
+        const std::size_t equals = in_line.find('=');
+        if (equals == std::string_view::npos || equals == 0) {
+            Fail("neither a section, a comment nor a key with its value");
+        }
+        const std::string_view key = TrimBlanks(in_line.substr(0, equals));
+        for (const Field& field : FIELDS) {
+            if (EqualsIgnoringCase(key, field.m_key)) {
+                m_values.*field.m_value = Decode(TrimBlanks(in_line.substr(equals + 1)));
+                return;
+            }
+        }
+        Fail("an unknown key; known are DSN, Server, Namespace, LoginMode, UID, PWD and Database");
+    }
+
+    std::u16string Decode(std::string_view in_value) const {
+        std::u16string text;
+        if (!DecodeUtf8(in_value, text) || in_value.find('\0') != std::string_view::npos) {
+            Fail("a value that is not UTF-8 text");
+        }
+        return text;
+    }
+
+    [[noreturn]] void Fail(const char* in_reason) const {
+        throw std::runtime_error("Initial values of a DSN: " + m_fileName + ", line " +
+                                 std::to_string(m_line) + ": " + in_reason + ".");
+    }
+
+    std::string_view m_rest;
+    const std::string& m_fileName;
+    DialogValues m_values;
+    int m_line = 0;
+    bool m_isInSection = false;
+};
+
+}  // namespace
+
+DialogValues ParseInitialValues(std::string_view in_contents, const std::string& in_fileName) {
+    return Parser(in_contents, in_fileName).Run();
+}
+
+}  // namespace Veltrane::ODBC

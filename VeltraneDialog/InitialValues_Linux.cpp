@@ -1,0 +1,80 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "VeltraneDialog/InitialValues.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+/// More than any seven values need; keeps a device or an endless pipe from filling the memory.
+constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
+
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int in_descriptor) : m_descriptor(in_descriptor) {}
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor() {
+        if (m_descriptor >= 0) {
+            close(m_descriptor);
+        }
+    }
+    int Get() const { return m_descriptor; }
+
+private:
+    int m_descriptor;
+};
+
+[[noreturn]] void Fail(const std::string& in_fileName, const std::string& in_reason) {
+    throw std::runtime_error("Initial values of a DSN: " + in_fileName + ": " + in_reason + ".");
+}
+
+/// @return false when the file does not exist and may be absent
+bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::string& out_contents) {
+    // Opened without blocking, so that a pipe that nobody writes to reads as empty, not for ever.
+    const FileDescriptor file(open(in_fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.Get() < 0) {
+        if (in_mayBeAbsent && (errno == ENOENT || errno == ENOTDIR)) {
+            return false;
+        }
+        Fail(in_fileName, std::strerror(errno));
+    }
+    fcntl(file.Get(), F_SETFL, 0);
+    char block[4096];
+    for (;;) {
+        const ssize_t count = read(file.Get(), block, sizeof block);
+        if (count == 0) {
+            return true;
+        }
+        if (count < 0 && errno != EINTR) {
+            Fail(in_fileName, std::strerror(errno));
+        }
+        if (count > 0) {
+            out_contents.append(block, static_cast<std::size_t>(count));
+        }
+        if (out_contents.size() > MAX_FILE_SIZE) {
+            Fail(in_fileName, "larger than 1 MiB");
+        }
+    }
+}
+
+}  // namespace
+
+DialogValues LoadInitialValues() {
+    const char* named = secure_getenv("VELTRANE_DSN_INITIAL_VALUES");
+    const bool isNamed = named != nullptr && *named != '\0';
+    const std::string fileName = isNamed ? named : DEFAULT_INITIAL_VALUES_FILE;
+    std::string contents;
+    if (!ReadWholeFile(fileName, !isNamed, contents)) {
+        return {};
+    }
+    return ParseInitialValues(contents, fileName);
+}
+
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,18 @@
+/// UTF-8 to UTF-16 and back for the texts of the editor, which uses nothing of the support library.
+#ifndef VELTRANEDIALOG_UTF8_H
+#define VELTRANEDIALOG_UTF8_H
+
+#include <string>
+#include <string_view>
+
+namespace Veltrane::ODBC {
+
+/// @return false when the bytes are not UTF-8; the output is then unspecified
+bool DecodeUtf8(std::string_view in_bytes, std::u16string& out_text);
+
+/// A lone surrogate becomes U+FFFD.
+std::string EncodeUtf8(std::u16string_view in_text);
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,47 @@
+/// The DSN editor: seven texts and a modal form. Texts are UTF-16; a null text is an empty one for
+/// every purpose of the editor. An editor lives for one setup request and is used by one thread.
+#ifndef VELTRANEDIALOG_VELTRANEDSNDIALOG_H
+#define VELTRANEDIALOG_VELTRANEDSNDIALOG_H
+
+#include "VeltraneDialog/InitialValues.h"
+
+namespace Veltrane::ODBC {
+
+class VeltraneDSNDialog {
+public:
+    /// The result of ShowDialog that means acceptance; every other value means that the user left.
+    static constexpr int RESULT_OK = 1;
+    static constexpr int RESULT_CANCEL = 2;
+
+    /// An editor with its initial values (see LoadInitialValues); nothing is shown.
+    /// @throws std::runtime_error when the file of initial values cannot be used
+    VeltraneDSNDialog();
+
+    void SetDSN(DialogString in_text);
+    void SetServer(DialogString in_text);
+    void SetCognosNamespace(DialogString in_text);
+    void SetMicroStrategyLoginMode(DialogString in_text);
+    void SetUid(DialogString in_text);
+    void SetPwd(DialogString in_text);
+    void SetDatabase(DialogString in_text);
+
+    /// Shows the editor modally, without an owner window.
+    /// @return RESULT_OK or another value; the texts change only with RESULT_OK
+    /// @throws std::runtime_error when no editor can be shown
+    int ShowDialog();
+
+    DialogString GetDSN() const;
+    DialogString GetServer() const;
+    DialogString GetCognosNamespace() const;
+    DialogString GetMicroStrategyLoginMode() const;
+    DialogString GetUid() const;
+    DialogString GetPwd() const;
+    DialogString GetDatabase() const;
+
+private:
+    DialogValues m_values;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif

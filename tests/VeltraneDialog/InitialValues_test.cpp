@@ -1,0 +1,139 @@
+#include "VeltraneDialog/InitialValues.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+namespace Veltrane::ODBC {
+namespace {
+
+struct Case {
+    const char* m_point;
+    std::string m_contents;
+    std::u16string m_dsn;
+    std::u16string m_server;
+    std::u16string m_pwd;
+};
+
+TEST(InitialValues, ReadsTheKeysOfTheDsnSection) {
+    const Case cases[] = {
+        {"empty file", "", u"", u"", u""},
+        {"plain", "[DSN]\nDSN=a\nServer=s\nPWD=p\n", u"a", u"s", u"p"},
+        {"no final newline, CRLF", "[DSN]\r\nDSN=a\r\nServer=s\r\nPWD=p", u"a", u"s", u"p"},
+        {"byte order mark", "\xEF\xBB\xBF[DSN]\nDSN=a\n", u"a", u"", u""},
+        {"case and blanks around section, key, value", " [ dsn ]\n dsn =  a b \t\nSERVER=s\n",
+         u"a b", u"s", u""},
+        {"comments are lines, not tails", "; c\n# c\n[DSN]\nPWD=a;b#c ; d\n", u"", u"",
+         u"a;b#c ; d"},
+        {"first = splits, quotes are text", "[DSN]\nServer==x\nPWD=\"q'\n", u"", u"=x", u"\"q'"},
+        {"later key wins, empty value", "[DSN]\nDSN=a\nDSN=b\nServer=s\nServer=\n", u"b", u"",
+         u""},
+        {"other sections are left alone", "[Other]\nnonsense\nDSN=x\n[DSN]\nDSN=a\n[Z]\nDSN=z\n",
+         u"a", u"", u""},
+        {"keys before any section", "DSN=x\n[DSN]\nServer=s\n", u"", u"s", u""},
+        {"UTF-8", "[DSN]\nPWD=ü€日本\xF0\x9F\x98\x80\n", u"", u"", u"ü€日本\U0001F600"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const DialogValues values = ParseInitialValues(c.m_contents, "f");
+        EXPECT_EQ(values.m_dsn, c.m_dsn);
+        EXPECT_EQ(values.m_server, c.m_server);
+        EXPECT_EQ(values.m_pwd, c.m_pwd);
+        EXPECT_EQ(values.m_database, u"");
+    }
+}
+
+std::string ErrorOf(const std::string& in_contents) {
+    try {
+        ParseInitialValues(in_contents, "file.ini");
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"no equals sign", "[DSN]\n\nsecret\n"},
+        {"nothing before the equals sign", "[DSN]\n\n=secret\n"},
+        {"unclosed section", "[DSN]\n\n[secret\n"},
+        {"unknown key", "[DSN]\n\nPassword=secret\n"},
+        {"not UTF-8", "[DSN]\n\nPWD=secret\xFF\n"},
+        {"NUL", std::string("[DSN]\n\nPWD=secret\0x\n", 20)},
+    };
+    for (const auto& [point, contents] : cases) {
+        SCOPED_TRACE(point);
+        const std::string error = ErrorOf(contents);
+        EXPECT_EQ(error.find("Initial values of a DSN: file.ini, line 3: "), 0U) << error;
+        EXPECT_EQ(error.find("secret"), std::string::npos) << error;
+    }
+}
+
+class InitialValuesFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_directory = testing::TempDir() + "initial-values-XXXXXX";
+        ASSERT_NE(mkdtemp(m_directory.data()), nullptr);
+        m_file = m_directory + "/values.ini";
+        setenv("VELTRANE_DSN_INITIAL_VALUES", m_file.c_str(), 1);
+    }
+    void TearDown() override {
+        unlink(m_file.c_str());
+        rmdir(m_file.c_str());
+        rmdir(m_directory.c_str());
+    }
+    std::string LoadError() {
+        try {
+            LoadInitialValues();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no error";
+    }
+    std::string m_directory;
+    std::string m_file;
+};
+
+TEST_F(InitialValuesFileTest, ReadsTheNamedFile) {
+    std::ofstream(m_file) << "[DSN]\nDatabase=d\n" << std::string(9000, '#') << "\nUID=u\n";
+    const DialogValues values = LoadInitialValues();
+    EXPECT_EQ(values.m_database, u"d");
+    EXPECT_EQ(values.m_uid, u"u");
+}
+
+TEST_F(InitialValuesFileTest, AMissingNamedFileIsAnError) {
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": No such file or directory.");
+}
+
+TEST_F(InitialValuesFileTest, ADirectoryIsAnError) {
+    ASSERT_EQ(mkdir(m_file.c_str(), 0700), 0);
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": Is a directory.");
+}
+
+TEST_F(InitialValuesFileTest, AnEndlessFileIsRefused) {
+    setenv("VELTRANE_DSN_INITIAL_VALUES", "/dev/zero", 1);
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: /dev/zero: larger than 1 MiB.");
+}
+
+TEST_F(InitialValuesFileTest, APipeWithoutWriterIsEmptyAndDoesNotHang) {
+    ASSERT_EQ(mkfifo(m_file.c_str(), 0600), 0);
+    EXPECT_EQ(LoadInitialValues().m_dsn, u"");
+}
+
+TEST_F(InitialValuesFileTest, WithoutAnyFileAllValuesAreEmptyNotNull) {
+    if (access(DEFAULT_INITIAL_VALUES_FILE, F_OK) == 0) {
+        GTEST_SKIP() << "this machine has defaults of its own";
+    }
+    unsetenv("VELTRANE_DSN_INITIAL_VALUES");
+    const DialogValues values = LoadInitialValues();
+    EXPECT_EQ(values.m_dsn, u"");
+    EXPECT_EQ(values.m_database, u"");
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
