@@ -1,0 +1,45 @@
+/// The installed driver manager as this tool uses it: profile reads and SQLConfigDataSource without
+/// a window. Text is UTF-8. Used by one thread.
+#ifndef CLI_DRIVERMANAGER_H
+#define CLI_DRIVERMANAGER_H
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+/// Which DSNs a command works on.
+enum class Scope { User, System };
+
+enum class Request : unsigned short { Add = 1, Configure = 2, Remove = 3 };
+
+/// A refused request, with the installer's code and text in its message.
+class InstallerError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class DriverManager {
+public:
+    explicit DriverManager(Scope in_scope) : m_scope(in_scope) {}
+
+    /// The value of a key of a DSN's section; nothing when the section has no such key.
+    std::optional<std::string> Read(const std::string& in_dsn, const std::string& in_key) const;
+
+    /// The names of all DSNs of the scope, in file order.
+    std::vector<std::string> ListDsns() const;
+
+    /// Sends a request to the setup library of a driver, without a window.
+    /// @throws InstallerError with every error that the installer holds
+    void Configure(Request in_request, const std::string& in_driver,
+                   const std::string& in_dsn) const;
+
+private:
+    Scope m_scope;
+};
+
+}  // namespace Veltrane::Cli
+
+#endif
