@@ -17,7 +17,8 @@ public:
     /// @throws ErrorException "EncodingNotRecog" for any other value, -1 included
     static void CheckEncodingType(EncodingType in_encoding);
 
-    /// The ICU converter name, in ASCII, of a legal value (not checked); never null, static storage.
+    /// The ICU converter name, in ASCII, of a legal value (not checked); never null, static
+    /// storage.
     static const char* GetName(EncodingType in_encoding) noexcept;
 
     /// Bytes per code unit of a legal value: 1, 2 or 4.
@@ -29,7 +30,10 @@ public:
     /// True when text in US-ASCII is valid, byte for byte, in this encoding.
     static bool IsAsciiSuperset(EncodingType in_encoding) noexcept;
 
-    /// The most bytes a conversion can give.
+    /// The most bytes a conversion can give: the source length times the integer quotient of the
+    /// target's most bytes per code point by the source's code-unit width. That quotient is 0, and
+    /// no bound at all, where a source with wide code units meets a target with a narrower worst
+    /// case (UTF-16LE to latin1): do not size a buffer by it there.
     /// @param in_sourceLength  bytes
     /// @return bytes, or TOO_LARGE
     static std::uint64_t GetWorstCaseByteCount(std::uint64_t in_sourceLength,

@@ -26,6 +26,15 @@ public:
     /// Lengths with this value mean: NUL-terminated.
     static constexpr std::int64_t NUL_TERMINATED = -3;
 
+    /// Sets the process ANSI encoding from the driver settings; called once, by platform start-up.
+    /// @return the encoding chosen
+    /// @throws StartupInitException when the setting names no legal encoding; ErrorException
+    ///         "EncodingNotRecog" when there is no setting and ICU's default encoding is not known
+    static EncodingType InitializeAnsiEncoding();
+
+    /// Sets the encoding towards the driver manager, unchecked; GetDriverManagerEncoding reads it.
+    static void SetDriverManagerEncoding(EncodingType in_encoding);
+
     /// NULL.
     orska_wstring() noexcept = default;
     orska_wstring(const orska_wstring& in_other);
