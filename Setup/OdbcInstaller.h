@@ -1,0 +1,89 @@
+/// The operations of the ODBC installer that the setup logic needs: the check of a name, the profile
+/// "odbc.ini" and the list of installer errors.
+///
+/// On Linux the name check and the errors go to the driver manager's installer library, bound by name
+/// on first use; the profile operations work on the driver manager's own files themselves, because
+/// the library's functions neither lock nor replace a file whole. Every object here belongs to one
+/// thread; different threads and processes may work on the same file at the same time.
+#ifndef SETUP_ODBCINSTALLER_H
+#define SETUP_ODBCINSTALLER_H
+
+#include <memory>
+
+#include "PlatformAbstraction/orska_wstring.h"
+
+namespace Veltrane::ODBC::OdbcInstaller {
+
+using Orska::Support::orska_wstring;
+
+/// One setup request: captures the config mode (user, system or both) and the files that belong to
+/// it once, at entry. One for each call of an entry point, used by the thread that made it. Without
+/// one, each operation finds mode and files for itself.
+class Request {
+public:
+    Request();
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+    ~Request();
+
+    struct State;
+
+private:
+    std::unique_ptr<State> m_state;
+};
+
+/// One locked, atomic read-modify-write of the odbc.ini that the mode writes to. Profile writes and
+/// removals of the same thread act on the text in memory while it lives, and reads see that text.
+/// When the file cannot be locked or read, the object exists but every write in it fails.
+/// An Update inside another one of the same thread joins it.
+class Update {
+public:
+    Update();
+    Update(const Update&) = delete;
+    Update& operator=(const Update&) = delete;
+    /// Writes what has not been committed, without reporting: what was written before a failure
+    /// stays written.
+    ~Update();
+
+    /// Writes the text to the file, if it changed, and ends the lock.
+    /// @return false when the file could not be written; it is then as it was before
+    bool Commit() noexcept;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> m_state;
+};
+
+/// Whether the name may be the name of a data source: the installer's own check, and, on Linux, no
+/// control characters, no outer blanks, not "ODBC Data Sources" and nothing that UTF-8 cannot express.
+bool ValidDSN(const orska_wstring& in_name);
+
+/// Reads a value as the driver manager would.
+/// @param in_bufferSize  characters, the ending NUL counted: the text is cut to `in_bufferSize` - 1
+///                       UTF-16 code units, never inside a surrogate pair
+/// @param in_file  "odbc.ini" or any relative name: the files of the config mode; else an absolute path
+/// @return code units in `out_value`; -1 when no file could be read (the text is then empty)
+int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
+                            const orska_wstring& in_default, orska_wstring& out_value,
+                            int in_bufferSize, const orska_wstring& in_file);
+
+/// Writes a value; a NULL value removes the key, a NULL key the section.
+/// @return false when the file cannot be written, or when the line could not be read back as it is:
+///         control characters, outer blanks, more than 999 bytes
+bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
+                               const orska_wstring& in_value, const orska_wstring& in_file);
+
+/// Starts the section of a data source anew, with only the key "Driver" in it.
+bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver);
+
+/// Removes the section of a data source. Removing an absent section succeeds.
+bool RemoveDSNFromIni(const orska_wstring& in_dsn);
+
+/// Appends an error to the installer's list.
+/// @return false when the installer refuses it or cannot be loaded
+bool PostInstallerError(unsigned long in_code, const orska_wstring& in_text);
+
+}  // namespace Veltrane::ODBC::OdbcInstaller
+
+#endif
