@@ -1,0 +1,112 @@
+#include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
+
+#include "PlatformAbstraction/ICU/Siconv/TranscoderKernels.h"
+
+namespace Orska::Support {
+
+namespace {
+
+using namespace Siconv;
+
+constexpr int INDEX_COUNT = 7;
+
+// The bodies of one pair; a level without one uses the next lower level that has one.
+struct Bodies {
+    TranscoderFunction m_scalar = nullptr;
+};
+
+constexpr Bodies BODIES[INDEX_COUNT][INDEX_COUNT] = {
+    // from UTF-8
+    {{},
+     {Utf8ToUtf16LE_Scalar},
+     {Utf8ToUtf16BE_Scalar},
+     {Utf8ToUtf32LE_Scalar},
+     {Utf8ToUtf32BE_Scalar},
+     {Utf8ToSingleByte_Scalar},
+     {Utf8ToSingleByte_Scalar}},
+    // from UTF-16LE
+    {{Utf16LEToUtf8_Scalar},
+     {},
+     {},
+     {},
+     {},
+     {Utf16LEToSingleByte_Scalar},
+     {Utf16LEToSingleByte_Scalar}},
+    // from UTF-16BE
+    {{Utf16BEToUtf8_Scalar},
+     {},
+     {},
+     {},
+     {},
+     {Utf16BEToSingleByte_Scalar},
+     {Utf16BEToSingleByte_Scalar}},
+    // from UTF-32LE
+    {{Utf32LEToUtf8_Scalar}, {}, {}, {}, {}, {}, {}},
+    // from UTF-32BE
+    {{Utf32BEToUtf8_Scalar}, {}, {}, {}, {}, {}, {}},
+    // from latin1
+    {{Latin1ToUtf8_Scalar},
+     {Latin1ToUtf16LE_Scalar},
+     {Latin1ToUtf16BE_Scalar},
+     {Latin1ToUtf32LE_Scalar},
+     {Latin1ToUtf32BE_Scalar},
+     {},
+     {Latin1ToCp1252_Scalar}},
+    // from cp1252
+    {{Cp1252ToUtf8_Scalar},
+     {Cp1252ToUtf16LE_Scalar},
+     {Cp1252ToUtf16BE_Scalar},
+     {},
+     {},
+     {Cp1252ToLatin1_Scalar},
+     {}},
+};
+
+// Bytes of output for four bytes of source. The single-byte rows equal the UTF-8 row, which makes
+// their factor towards UTF-8 1 although a cp1252 byte can take three bytes there: callers rely on
+// the table as it stands.
+constexpr std::uint8_t RATIO[INDEX_COUNT][INDEX_COUNT] = {
+    {4, 8, 8, 16, 16, 4, 4},  //
+    {6, 4, 4, 8, 8, 2, 2},    //
+    {6, 4, 4, 8, 8, 2, 2},    //
+    {4, 4, 4, 4, 4, 1, 1},    //
+    {4, 4, 4, 4, 4, 1, 1},    //
+    {4, 8, 8, 16, 16, 4, 4},  //
+    {4, 8, 8, 16, 16, 4, 4},
+};
+
+bool IsIndexPair(int in_source, int in_target) noexcept {
+    return in_source >= 0 && in_source < INDEX_COUNT && in_target >= 0 && in_target < INDEX_COUNT;
+}
+
+}  // namespace
+
+int GetTranscoderIndex(EncodingType in_encoding) noexcept {
+    if (in_encoding == EncodingType::ENC_IBM5348) {
+        return static_cast<int>(EncodingType::ENC_CP1252);
+    }
+    const int value = static_cast<int>(in_encoding);
+    return value >= 0 && value < INDEX_COUNT ? value : TRANSCODER_NO_INDEX;
+}
+
+TranscoderFunction GetTranscoder(int in_source, int in_target) noexcept {
+    return GetTranscoderAtLevel(in_source, in_target, GetCpuLevel());
+}
+
+TranscoderFunction GetTranscoderAtLevel(int in_source, int in_target, CpuLevel) noexcept {
+    return GetScalarTranscoder(in_source, in_target);
+}
+
+TranscoderFunction GetScalarTranscoder(int in_source, int in_target) noexcept {
+    return IsIndexPair(in_source, in_target) ? BODIES[in_source][in_target].m_scalar : nullptr;
+}
+
+std::int64_t GetTranscoderWorstCase(int in_source, int in_target,
+                                    std::uint64_t in_sourceBytes) noexcept {
+    if (!IsIndexPair(in_source, in_target)) {
+        return -1;
+    }
+    return static_cast<std::int64_t>(RATIO[in_source][in_target] * in_sourceBytes / 4);
+}
+
+}  // namespace Orska::Support
