@@ -24,9 +24,10 @@
 /// - latin1 and cp1252: nothing. The five bytes that cp1252 leaves undefined (81, 8D, 8F, 90, 9D)
 ///   are the code points of the same value.
 ///
-/// Towards a single-byte target a code point up to U+00FF is the byte of that value and any other is
-/// 1A, the ASCII substitute. This is meant for cp1252 as well: U+20AC becomes 1A although cp1252
-/// has a byte for it, and latin1 to cp1252 copies. A byte order mark is a code point like any other.
+/// Towards a single-byte target a code point up to U+00FF is the byte of that value and any other
+/// is 1A, the ASCII substitute. This is meant for cp1252 as well: U+20AC becomes 1A although cp1252
+/// has a byte for it, and latin1 to cp1252 copies. A byte order mark is a code point like any
+/// other.
 ///
 /// The functions hold no state; any thread may call them.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_TRANSCODER_H
@@ -42,9 +43,9 @@ namespace Orska::Support {
 /// A buffer of the caller's and how far it has been used. All sizes are bytes.
 template <class Byte>
 struct TranscoderContext {
-    Byte* m_data;             ///< may be null when the length is 0
-    std::uint64_t m_length;   ///< bytes
-    std::uint64_t m_position; ///< bytes from m_data; at most m_length, which is not checked
+    Byte* m_data;              ///< may be null when the length is 0
+    std::uint64_t m_length;    ///< bytes
+    std::uint64_t m_position;  ///< bytes from m_data; at most m_length, which is not checked
 };
 
 using TranscoderSource = TranscoderContext<const char>;

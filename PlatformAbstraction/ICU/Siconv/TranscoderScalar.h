@@ -19,7 +19,8 @@ namespace Orska::Support::Siconv {
 enum class ByteOrder { LITTLE, BIG };
 
 struct Utf8Writer {
-    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at, std::uint64_t in_room) {
+    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
+                               std::uint64_t in_room) {
         const auto bits = [in_codePoint](int in_shift) {
             return static_cast<unsigned char>(0x80 | ((in_codePoint >> in_shift) & 0x3F));
         };
@@ -52,7 +53,8 @@ struct Utf8Writer {
 
 template <ByteOrder ORDER>
 struct Utf16Writer {
-    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at, std::uint64_t in_room) {
+    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
+                               std::uint64_t in_room) {
         if (in_codePoint < 0x10000) {
             if (in_room < 2) return 0;
             PutUnit(in_codePoint, out_at);
@@ -75,7 +77,8 @@ private:
 
 template <ByteOrder ORDER>
 struct Utf32Writer {
-    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at, std::uint64_t in_room) {
+    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
+                               std::uint64_t in_room) {
         if (in_room < 4) return 0;
         for (int i = 0; i < 4; ++i) {
             const int shift = ORDER == ByteOrder::LITTLE ? 8 * i : 8 * (3 - i);
@@ -88,7 +91,8 @@ struct Utf32Writer {
 /// latin1, and cp1252 too: code points above U+00FF become the substitute even where cp1252 has a
 /// byte for them, and U+0080 to U+009F keep their value.
 struct SingleByteWriter {
-    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at, std::uint64_t in_room) {
+    static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
+                               std::uint64_t in_room) {
         constexpr unsigned char SUBSTITUTE = 0x1A;
         if (in_room < 1) return 0;
         *out_at = in_codePoint <= 0xFF ? static_cast<unsigned char>(in_codePoint) : SUBSTITUTE;

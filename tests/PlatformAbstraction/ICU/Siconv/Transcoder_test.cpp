@@ -1,0 +1,374 @@
+// One suite for every body of every pair that this processor can run, against the reference.
+#include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
+
+#include <gtest/gtest.h>
+#include <unicode/ucnv.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <set>
+
+#include "tests/support/GuardedBuffer.h"
+#include "tests/support/TranscoderReference.h"
+
+namespace Orska::Support::Testing {
+
+namespace {
+
+constexpr std::size_t MAX_LENGTH = 70;
+constexpr std::size_t MAX_OFFSET = 15;
+constexpr std::size_t BUFFER_SIZE = 8192;
+
+std::string Hex(std::string_view in_bytes) {
+    std::string text;
+    for (const char byte : in_bytes) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02X ", static_cast<unsigned char>(byte));
+        text += digits;
+    }
+    return text;
+}
+
+class TranscoderKernelTest : public ::testing::TestWithParam<Kernel> {
+protected:
+    // Runs the kernel with the source and the target each ending in front of a forbidden page and
+    // compares with the reference. False after the first difference, which is then reported.
+    bool Check(std::string_view in_source, std::size_t in_room) {
+        char* const source = m_source.PutAtEnd(in_source);
+        char* const target = m_target.GetEnd() - in_room;
+        return Compare(source, in_source, target, in_room, 0);
+    }
+
+    // The same in the middle of the buffers, with bytes around the target that must stay, both
+    // starting at an offset from a 64-byte boundary and with both positions not at 0.
+    bool CheckAtOffset(std::string_view in_source, std::size_t in_room, std::size_t in_offset) {
+        constexpr std::size_t MARGIN = 64;
+        constexpr std::size_t POSITION = 3;
+        char* const source = m_source.GetStart() + MARGIN + in_offset;
+        char* const target = m_target.GetStart() + MARGIN + in_offset;
+        std::memset(m_source.GetStart(), 0xF4, in_source.size() + 3 * MARGIN);
+        std::memset(m_target.GetStart(), 0x5A, in_room + 3 * MARGIN);
+        if (!in_source.empty()) std::memcpy(source, in_source.data(), in_source.size());
+        const bool isEqual =
+            Compare(source - POSITION, in_source, target - POSITION, in_room, POSITION);
+        const auto isUntouched = [](char in_byte) { return in_byte == 0x5A; };
+        const bool isMarginKept =
+            std::all_of(m_target.GetStart(), target, isUntouched) &&
+            std::all_of(target + in_room, target + in_room + MARGIN, isUntouched);
+        EXPECT_TRUE(isMarginKept) << "wrote outside the target: " << Hex(in_source);
+        return isEqual && isMarginKept;
+    }
+
+    std::size_t GetMaxRoom(std::string_view in_source) const {
+        return ReferenceTranscode(GetParam().m_source, GetParam().m_target, in_source, SIZE_MAX)
+            .m_bytes.size();
+    }
+
+    std::string MakeSourceText(TextKind in_kind, std::size_t in_codePoints,
+                               unsigned in_seed) const {
+        return MakeText(in_kind, in_codePoints, in_seed, GetParam().m_source);
+    }
+
+private:
+    bool Compare(char* in_source, std::string_view in_bytes, char* in_target, std::size_t in_room,
+                 std::size_t in_position) {
+        const Kernel& kernel = GetParam();
+        const ReferenceResult expected =
+            ReferenceTranscode(kernel.m_source, kernel.m_target, in_bytes, in_room);
+        TranscoderSource source{in_source, in_bytes.size() + in_position, in_position};
+        TranscoderTarget target{in_target, in_room + in_position, in_position};
+        const std::int32_t result = kernel.m_function(source, target);
+        const std::string_view written(in_target + in_position, target.m_position - in_position);
+        const bool isEqual = result == expected.m_result &&
+                             source.m_position - in_position == expected.m_used &&
+                             written == expected.m_bytes;
+        EXPECT_TRUE(isEqual) << "source (" << in_bytes.size() << ", room " << in_room
+                             << "): " << Hex(in_bytes) << "\nresult " << result << " for "
+                             << expected.m_result << ", used " << source.m_position - in_position
+                             << " for " << expected.m_used << "\nwritten  " << Hex(written)
+                             << "\nexpected " << Hex(expected.m_bytes);
+        return isEqual;
+    }
+
+    GuardedBuffer m_source{BUFFER_SIZE};
+    GuardedBuffer m_target{4 * BUFFER_SIZE};
+};
+
+TEST_P(TranscoderKernelTest, EveryLengthAndOffset) {
+    for (const TextKind kind : TEXT_KINDS) {
+        for (std::size_t length = 0; length <= MAX_LENGTH; ++length) {
+            const std::string text =
+                MakeSourceText(kind, MAX_LENGTH, static_cast<unsigned>(length));
+            const std::string_view source = std::string_view(text).substr(0, length);
+            const std::size_t exact = GetMaxRoom(source);
+            for (std::size_t offset = 0; offset <= MAX_OFFSET; ++offset) {
+                ASSERT_TRUE(CheckAtOffset(source, exact + offset, offset));
+                ASSERT_TRUE(CheckAtOffset(source, exact + 200, MAX_OFFSET - offset));
+            }
+            ASSERT_TRUE(Check(source, exact));
+        }
+    }
+}
+
+TEST_P(TranscoderKernelTest, EveryTargetSize) {
+    for (const TextKind kind : TEXT_KINDS) {
+        for (const std::size_t codePoints : {5, 17, 40, 70}) {
+            const std::string source =
+                MakeSourceText(kind, codePoints, static_cast<unsigned>(codePoints));
+            const std::size_t exact = GetMaxRoom(source);
+            for (std::size_t room = 0; room <= exact + 8; ++room) {
+                ASSERT_TRUE(Check(source, room));
+            }
+        }
+    }
+}
+
+// Byte sequences that are wrong or cut off, for each source encoding.
+std::vector<std::string> GetMalformed(int in_encoding) {
+    using namespace std::string_literals;
+    if (in_encoding == UTF8) {
+        return {"\x80"s,
+                "\xBF"s,
+                "\xC0"s,
+                "\xC0\x80"s,
+                "\xC1\xBF"s,
+                "\xC2"s,
+                "\xC3 "s,
+                "\xC3\xC3\xA9"s,
+                "\xE0"s,
+                "\xE0\x80\x80"s,
+                "\xE0\x9F\xBF"s,
+                "\xE0\xA0"s,
+                "\xE1\x80"s,
+                "\xE1\x80 "s,
+                "\xE1\x80\xC2\x80"s,
+                "\xED\x9F"s,
+                "\xED\xA0\x80"s,
+                "\xED\xBF\xBF"s,
+                "\xED\xA0"s,
+                "\xEF\xBF"s,
+                "\xE4\xB8\xAD\x80"s,
+                "\xF0"s,
+                "\xF0\x8F\xBF\xBF"s,
+                "\xF0\x90"s,
+                "\xF0\x90\x80"s,
+                "\xF0\x9F\x98"s,
+                "\xF0\x9F\x98 "s,
+                "\xF0\x9F\xE4\xB8\xAD"s,
+                "\xF0\x9F\x98\x80\x80"s,
+                "\xF4\x90\x80\x80"s,
+                "\xF4\x8F\xBF"s,
+                "\xF5\x80\x80\x80"s,
+                "\xF8\x88\x80\x80\x80"s,
+                "\xFC\x84\x80\x80\x80\x80"s,
+                "\xFE"s,
+                "\xFF"s,
+                "\xC3\xA9\xA9"s,
+                "\xE0\x80"s,
+                "\xF0\x80"s,
+                "\xF4\x90"s,
+                "\xC3\xF0"s,
+                "\xE4\xB8\xF0\x9F"s};
+    }
+    std::vector<std::u32string> texts;
+    if (in_encoding == UTF16LE || in_encoding == UTF16BE) {
+        // Single units: Encode writes what it is given below 10000.
+        texts = {{0xD800},
+                 {0xDC00},
+                 {0xDBFF},
+                 {0xDFFF},
+                 {0xDC00, 0xD800},
+                 {0xD800, 'a'},
+                 {0xD83D, 0xD83D, 0xDE00},
+                 {0xD83D, 0xDE00, 0xDE00},
+                 {'a', 0xDE00},
+                 {0xD83D, 0x4E00},
+                 {0xD83D, 0xE000},
+                 {0xD83D, 0xDBFF},
+                 {0xD7FF, 0xDC00}};
+    } else if (in_encoding == UTF32LE || in_encoding == UTF32BE) {
+        texts = {{0xD800},     {0xDBFF},     {0xDC00},   {0xDFFF},   {0x110000},  {0x7FFFFFFF},
+                 {0x80000000}, {0xFFFFFFFF}, {0x10D800}, {0x120000}, {0x1000041}, {0xFFFF0041}};
+    }
+    std::vector<std::string> sequences;
+    for (const std::u32string& text : texts) {
+        sequences.push_back(Encode(text, in_encoding));
+    }
+    return sequences;
+}
+
+TEST_P(TranscoderKernelTest, MalformedAnywhere) {
+    const std::vector<std::string> sequences = GetMalformed(GetParam().m_source);
+    if (sequences.empty()) return;  // every latin1 and cp1252 byte is valid
+    for (const TextKind kind : {TextKind::ASCII, TextKind::LATIN, TextKind::CJK, TextKind::MIXED}) {
+        for (const std::string& malformed : sequences) {
+            for (std::size_t before = 0; before <= MAX_LENGTH; ++before) {
+                const std::string head = MakeSourceText(kind, before, 1);
+                const std::string tail = MakeSourceText(kind, 24, 2);
+                const std::size_t exact = GetMaxRoom(head + malformed);
+                ASSERT_TRUE(Check(head + malformed, exact));
+                ASSERT_TRUE(Check(head + malformed + tail, exact));
+                ASSERT_TRUE(Check(head + malformed + tail, exact + 400));
+            }
+        }
+    }
+}
+
+// Long texts whose kind changes now and then, in one call and cut at random places.
+TEST_P(TranscoderKernelTest, LongTextInPieces) {
+    std::mt19937 random(4711);
+    std::string text;
+    while (text.size() < BUFFER_SIZE / 2) {
+        text += MakeSourceText(TEXT_KINDS[random() % 7], random() % 150,
+                               static_cast<unsigned>(random()));
+    }
+    ASSERT_TRUE(Check(text, GetMaxRoom(text)));
+    ASSERT_TRUE(Check(text, GetMaxRoom(text) + 100));
+    for (int round = 0; round < 400; ++round) {
+        const std::string_view piece =
+            std::string_view(text).substr(random() % text.size(), random() % 600);
+        const std::size_t exact = GetMaxRoom(piece);
+        ASSERT_TRUE(Check(piece, exact));
+        ASSERT_TRUE(Check(piece, exact == 0 ? 0 : random() % exact));
+        ASSERT_TRUE(Check(piece, exact + random() % 100));
+    }
+}
+
+// Every pair of neighbouring code units and every pair of byte values at a block's edges.
+TEST_P(TranscoderKernelTest, RandomBytes) {
+    std::mt19937 random(815);
+    for (int round = 0; round < 3000; ++round) {
+        std::string source = MakeSourceText(TEXT_KINDS[random() % 7], 40, round);
+        const std::size_t changes = 1 + random() % 3;
+        for (std::size_t i = 0; i < changes; ++i) {
+            source[random() % source.size()] = static_cast<char>(random());
+        }
+        ASSERT_TRUE(Check(source, GetMaxRoom(source) + random() % 80));
+    }
+}
+
+TEST_P(TranscoderKernelTest, NullBuffersOfLengthZero) {
+    TranscoderSource source{nullptr, 0, 0};
+    TranscoderTarget target{nullptr, 0, 0};
+    EXPECT_EQ(GetParam().m_function(source, target), TRANSCODER_DONE);
+    const std::string one = EncodeCodePoint('a', GetParam().m_source);
+    source = {one.data(), one.size(), 0};
+    EXPECT_EQ(GetParam().m_function(source, target), TRANSCODER_FULL);
+    EXPECT_EQ(source.m_position, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, TranscoderKernelTest, ::testing::ValuesIn(GetKernels()),
+                         [](const auto& in_info) { return in_info.param.m_name; });
+
+struct Corner {
+    const char* m_point;
+    int m_source;
+    int m_target;
+    std::string m_bytes;
+    std::size_t m_room;
+    std::int32_t m_result;
+    std::size_t m_used;
+    std::string m_written;
+};
+
+// The corners of the contract, spelled out: the reference is held to them as well.
+TEST(TranscoderTest, Corners) {
+    using namespace std::string_literals;
+    const Corner corners[] = {
+        {"used up wins over full", UTF8, UTF16LE, "a", 2, 0, 1, "a\0"s},
+        {"invalid wins over full", UTF8, UTF16LE, "a\xFF", 2, -1, 1, "a\0"s},
+        {"incomplete wins over full", UTF8, UTF16LE, "a\xC3", 2, -2, 1, "a\0"s},
+        {"a pair is never split", UTF8, UTF16LE, "\xF0\x9F\x98\x80", 3, -3, 0, ""},
+        {"cut off but valid so far", UTF8, UTF16LE, "\xED\x9F", 9, -2, 0, ""},
+        {"cut off and invalid already", UTF8, UTF16LE, "\xED\xA0", 9, -1, 0, ""},
+        {"a lone continuation", UTF8, UTF16LE, "a\x80", 9, -1, 1, "a\0"s},
+        {"above U+10FFFF", UTF8, UTF32LE, "\xF4\x90\x80\x80", 9, -1, 0, ""},
+        {"a lead at the end", UTF16LE, UTF8, "a\0\x3D\xD8"s, 9, -2, 2, "a"},
+        {"a lead and half a unit", UTF16LE, UTF8, "\x3D\xD8\x00"s, 9, -2, 0, ""},
+        {"a lone trail", UTF16LE, UTF8, "\x00\xDE"s, 9, -1, 0, ""},
+        {"a lead before a plain unit", UTF16BE, UTF8, "\xD8\x3D\0a"s, 9, -1, 0, ""},
+        {"a surrogate in UTF-32", UTF32LE, UTF8, "\x00\xD8\0\0"s, 9, -1, 0, ""},
+        {"half a unit of UTF-32", UTF32BE, UTF8, "\0\0\0"s, 9, -2, 0, ""},
+        {"euro to latin1", UTF8, LATIN1, "\xE2\x82\xAC", 9, 0, 3, "\x1A"},
+        {"euro to cp1252 as well", UTF8, CP1252, "\xE2\x82\xAC", 9, 0, 3, "\x1A"},
+        {"a pair is one substitute", UTF16LE, CP1252, "\x3D\xD8\x00\xDE"s, 9, 0, 4, "\x1A"},
+        {"U+0080 to cp1252", UTF8, CP1252, "\xC2\x80", 9, 0, 2, "\x80"},
+        {"latin1 80 to cp1252", LATIN1, CP1252, "\x80\xA0", 9, 0, 2, "\x80\xA0"},
+        {"cp1252 80 to latin1", CP1252, LATIN1, "\x80\xA0", 9, 0, 2, "\x1A\xA0"},
+        {"cp1252 81 to latin1", CP1252, LATIN1, "\x81", 9, 0, 1, "\x81"},
+        {"cp1252 80 to UTF-8", CP1252, UTF8, "\x80", 2, -3, 0, ""},
+    };
+    for (const Corner& corner : corners) {
+        SCOPED_TRACE(corner.m_point);
+        const ReferenceResult reference =
+            ReferenceTranscode(corner.m_source, corner.m_target, corner.m_bytes, corner.m_room);
+        EXPECT_EQ(reference.m_result, corner.m_result);
+        EXPECT_EQ(reference.m_used, corner.m_used);
+        EXPECT_EQ(reference.m_bytes, corner.m_written);
+        std::string written(corner.m_room, '?');
+        TranscoderSource source{corner.m_bytes.data(), corner.m_bytes.size(), 0};
+        TranscoderTarget target{written.data(), written.size(), 0};
+        EXPECT_EQ(GetTranscoder(corner.m_source, corner.m_target)(source, target), corner.m_result);
+        EXPECT_EQ(source.m_position, corner.m_used);
+        EXPECT_EQ(written.substr(0, target.m_position), corner.m_written);
+    }
+}
+
+TEST(TranscoderTest, EveryCp1252ByteAsIcuHasIt) {
+    for (const char* const name : {"cp1252", "ibm-5348"}) {
+        for (int value = 0; value < 256; ++value) {
+            const char byte = static_cast<char>(value);
+            UErrorCode status = U_ZERO_ERROR;
+            char expected[8];
+            const std::int32_t length =
+                ucnv_convert("UTF-16LE", name, expected, sizeof expected, &byte, 1, &status);
+            ASSERT_TRUE(U_SUCCESS(status)) << u_errorName(status);
+            EXPECT_EQ(ReferenceTranscode(CP1252, UTF16LE, {&byte, 1}, 8).m_bytes,
+                      std::string(expected, static_cast<std::size_t>(length)))
+                << name << ' ' << value;
+        }
+    }
+}
+
+TEST(TranscoderTest, PairsThatHaveAFunction) {
+    const std::set<std::pair<int, int>> pairs = {
+        {UTF8, UTF16LE},   {UTF8, UTF16BE},   {UTF8, UTF32LE},   {UTF8, UTF32BE},
+        {UTF8, LATIN1},    {UTF8, CP1252},    {UTF16LE, UTF8},   {UTF16LE, LATIN1},
+        {UTF16LE, CP1252}, {UTF16BE, UTF8},   {UTF16BE, LATIN1}, {UTF16BE, CP1252},
+        {UTF32LE, UTF8},   {UTF32BE, UTF8},   {LATIN1, UTF8},    {LATIN1, UTF16LE},
+        {LATIN1, UTF16BE}, {LATIN1, UTF32LE}, {LATIN1, UTF32BE}, {LATIN1, CP1252},
+        {CP1252, UTF8},    {CP1252, UTF16LE}, {CP1252, UTF16BE}, {CP1252, LATIN1}};
+    for (int source = -1; source <= TRANSCODER_NO_INDEX; ++source) {
+        for (int target = -1; target <= TRANSCODER_NO_INDEX; ++target) {
+            SCOPED_TRACE(std::to_string(source) + " to " + std::to_string(target));
+            const bool hasFunction = pairs.count({source, target}) == 1;
+            EXPECT_EQ(GetTranscoder(source, target) != nullptr, hasFunction);
+            EXPECT_EQ(GetScalarTranscoder(source, target) != nullptr, hasFunction);
+            EXPECT_EQ(GetTranscoderAtLevel(source, target, CpuLevel::SSE2) != nullptr, hasFunction);
+        }
+    }
+}
+
+TEST(TranscoderTest, IndexesOfEncodings) {
+    for (std::int32_t value = -1; value < ENCODING_COUNT; ++value) {
+        const int expected = value == 96 ? 6 : (value >= 0 && value < 7 ? value : 7);
+        EXPECT_EQ(GetTranscoderIndex(static_cast<EncodingType>(value)), expected) << value;
+    }
+}
+
+TEST(TranscoderTest, WorstCase) {
+    EXPECT_EQ(GetTranscoderWorstCase(UTF8, UTF16LE, 10), 20);
+    EXPECT_EQ(GetTranscoderWorstCase(UTF16LE, UTF8, 10), 15);
+    EXPECT_EQ(GetTranscoderWorstCase(UTF16LE, UTF8, 3), 4) << "rounded down";
+    EXPECT_EQ(GetTranscoderWorstCase(UTF16BE, UTF32LE, 10), 20);
+    EXPECT_EQ(GetTranscoderWorstCase(UTF32LE, LATIN1, 12), 3);
+    EXPECT_EQ(GetTranscoderWorstCase(CP1252, UTF8, 7), 7) << "not the three times it may take";
+    EXPECT_EQ(GetTranscoderWorstCase(LATIN1, UTF32BE, 7), 28);
+    EXPECT_EQ(GetTranscoderWorstCase(UTF8, 7, 10), -1);
+    EXPECT_EQ(GetTranscoderWorstCase(7, UTF8, 10), -1);
+}
+
+}  // namespace
+
+}  // namespace Orska::Support::Testing

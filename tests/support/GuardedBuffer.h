@@ -1,0 +1,34 @@
+/// A buffer between two pages that must not be touched: an access one byte outside ends the test.
+#ifndef TESTS_SUPPORT_GUARDEDBUFFER_H
+#define TESTS_SUPPORT_GUARDEDBUFFER_H
+
+#include <cstddef>
+#include <string_view>
+
+namespace Orska::Support::Testing {
+
+class GuardedBuffer {
+public:
+    /// @param in_capacity  bytes; rounded up to whole pages
+    explicit GuardedBuffer(std::size_t in_capacity);
+    ~GuardedBuffer();
+    GuardedBuffer(const GuardedBuffer&) = delete;
+    GuardedBuffer& operator=(const GuardedBuffer&) = delete;
+
+    /// The first usable byte; the page before it is forbidden.
+    char* GetStart() const { return m_start; }
+    /// Behind the last usable byte, where the next forbidden page begins.
+    char* GetEnd() const { return m_start + m_capacity; }
+    /// Copies bytes so that they end with the buffer and gives their start.
+    char* PutAtEnd(std::string_view in_bytes);
+
+private:
+    char* m_mapping;
+    std::size_t m_mappedSize;
+    char* m_start;
+    std::size_t m_capacity;
+};
+
+}  // namespace Orska::Support::Testing
+
+#endif
