@@ -1,0 +1,75 @@
+/// Turns the trace on for the life of the object, into a file of its own, and reads it back.
+#ifndef TESTS_SUPPORT_TRACECAPTURE_H
+#define TESTS_SUPPORT_TRACECAPTURE_H
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/trace.h"
+
+namespace Orska::Test {
+
+/// Sets TR4CE, or unsets it for null, and makes the trace read it again; undoes both at the end.
+class TraceSetting {
+public:
+    explicit TraceSetting(const char* in_value) {
+        if (in_value == nullptr) {
+            unsetenv("TR4CE");
+        } else {
+            setenv("TR4CE", in_value, 1);
+        }
+        ResetTrace();
+    }
+    ~TraceSetting() {
+        unsetenv("TR4CE");
+        ResetTrace();
+    }
+    TraceSetting(const TraceSetting&) = delete;
+    TraceSetting& operator=(const TraceSetting&) = delete;
+};
+
+class TraceCapture {
+public:
+    /// @param in_settings  what stands before the ":" of TR4CE, such as "1" or "4st"
+    explicit TraceCapture(const std::string& in_settings = "1")
+        : m_path(MakePath()), m_setting((in_settings + ":" + m_path).c_str()) {}
+    ~TraceCapture() { std::remove(m_path.c_str()); }
+
+    const std::string& GetPath() const { return m_path; }
+
+    std::string GetText() const {
+        std::ifstream file(m_path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::vector<std::string> GetLines() const {
+        std::istringstream text(GetText());
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(text, line);) {
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+private:
+    static std::string MakePath() {
+        static int s_count = 0;
+        return testing::TempDir() + "orska trace " + std::to_string(getpid()) + "." +
+               std::to_string(++s_count) + ".log";
+    }
+
+    std::string m_path;
+    TraceSetting m_setting;
+};
+
+}  // namespace Orska::Test
+
+#endif

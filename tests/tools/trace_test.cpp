@@ -1,0 +1,241 @@
+#include "tools/trace.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <regex>
+#include <string>
+
+#include "tests/support/TraceCapture.h"
+
+namespace {
+
+using namespace Orska;
+using Orska::Test::TraceCapture;
+using Orska::Test::TraceSetting;
+
+std::string StandardErrorOf(const char* in_value, int in_level) {
+    const TraceSetting setting(in_value);
+    testing::internal::CaptureStderr();
+    trace(in_level, "F", "S", 7, "text");
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(trace, WritesLevelsUpToItsOwn) {
+    const struct {
+        const char* m_value;
+        int m_level;
+        bool m_isWritten;
+    } rows[] = {
+        {"3", 1, true},     {"3", 3, true},      {"3", 4, false},     {"3", 0, true},
+        {"3", -5, true},    {nullptr, 1, false}, {nullptr, 0, false}, {nullptr, -5, false},
+        {"0", 0, false},    {"", 1, false},      {"x", 1, false},     {"-1", 0, false},
+        {"254", 254, true}, {"300", 254, true},  {"254", 255, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << (row.m_value == nullptr ? "(null)" : row.m_value)
+                                        << " level " << row.m_level);
+        EXPECT_EQ(StandardErrorOf(row.m_value, row.m_level),
+                  row.m_isWritten ? "F:7\ttext S\n" : "");
+        EXPECT_EQ(s_traceWord.load(), TRACE_NOT_READ);  // the setting's end makes it read again
+    }
+}
+
+TEST(trace, Fields) {
+    const std::string id = "[0-9A-F]{4}";
+    const std::string pid = std::to_string(getpid());
+    const struct {
+        const char* m_settings;
+        const char* m_function;
+        const char* m_file;
+        int m_line;
+        std::string m_pattern;
+    } rows[] = {
+        {"1", "A::F", "Folder\\Source", 12, "A::F:12\ttext Source"},
+        {"1", nullptr, "Source", 0, "\\(\\?\\):0\ttext Source"},
+        {"1", "F", "a\\b\\", -3, "F:-3\ttext "},
+        {"1", "F", nullptr, 1, "F:1\ttext"},
+        {"1f", "F", "S", 1, "F:1\ttext\t S"},
+        {"1n", "F", "S", 1, "F:1\ttext\t"},
+        {"1s", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} S"},
+        {"1t", "F", "S", 1, "F:1\ttext\t #" + id + " S"},
+        {"1p", "F", "S", 1, "F:1\ttext\t pid:" + pid + " S"},
+        {"1npts", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} #" + id + " pid:" + pid},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.m_pattern);
+        const TraceCapture capture(row.m_settings);
+        trace(1, row.m_function, row.m_file, row.m_line, "text");
+        const std::string text = capture.GetText();
+        EXPECT_TRUE(std::regex_match(text, std::regex(row.m_pattern + "\n"))) << text;
+    }
+}
+
+TEST(trace, TheThreadIdIsFoldedTo16Bits) {
+    const TraceCapture capture("1tn");
+    trace(1, "F", "S", 1, "x");
+    const auto id = static_cast<unsigned>(gettid());
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "F:1\tx\t #%04X\n", id >> 16 ^ (id & 0xFFFF));
+    EXPECT_EQ(capture.GetText(), expected);
+}
+
+TEST(trace, TheTimeStampCountsSecondsFromTheFirstLine) {
+    const TraceCapture capture("1sn");
+    trace(1, "F", "S", 1, "a");
+    usleep(20000);
+    trace(1, "F", "S", 1, "b");
+    const std::vector<std::string> lines = capture.GetLines();
+    ASSERT_EQ(lines.size(), 2u);
+    const double first = std::stod(lines[0].substr(lines[0].find('@') + 1));
+    const double second = std::stod(lines[1].substr(lines[1].find('@') + 1));
+    EXPECT_LT(first, 10);
+    EXPECT_GE(second, first + 0.0199);
+}
+
+TEST(trace, ATagStandsBeforeTheSource) {
+    const TraceCapture capture("1p");
+    SetTraceTag("worker 3");
+    trace(1, "F", "S", 1, "a");
+    SetTraceTag("");
+    trace(1, "F", "S", 1, "b");
+    SetTraceTag(nullptr);
+    const std::string pid = std::to_string(getpid());
+    EXPECT_EQ(capture.GetText(),
+              "F:1\ta\t pid:" + pid + " worker 3 S\nF:1\tb\t pid:" + pid + " S\n");
+}
+
+TEST(trace, TheNameOfErrnoFollowsABlankOrAColon) {
+    const struct {
+        int m_errno;
+        const char* m_name;
+    } rows[] = {
+        {0, ""},
+        {ENOENT, "ENOENT"},
+        {ERANGE, "ERANGE"},
+        {ETIMEDOUT, "ETIMEDOUT"},  // whose number here is another one than in the table
+        {ENAMETOOLONG, "ENAMETOOLONG"},
+        {ENOSYS, "Eunknown"},
+        {-1, "Eunknown"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.m_name);
+        const TraceCapture capture("1n");
+        errno = row.m_errno;
+        ORSKA_TRACE(1, "F", "S", 1, "open: ");
+        EXPECT_EQ(errno, row.m_errno);
+        trace(1, "F", "S", 1, "%s:", "open");
+        EXPECT_EQ(errno, row.m_errno);
+        trace(1, "F", "S", 1, "%s", "open: ");
+        EXPECT_EQ(errno, row.m_errno);
+        EXPECT_THAT(
+            capture.GetLines(),
+            testing::ElementsAre(std::string("F:1\topen: ") + row.m_name + "\t",
+                                 std::string("F:1\topen:") + row.m_name + "\t", "F:1\topen: \t"));
+    }
+}
+
+TEST(trace, ErrnoIsKeptWhenTheLineCannotBeWritten) {
+    const TraceSetting setting("1:/dev/full");
+    errno = EINTR;
+    trace(1, "F", "S", 1, "lost");
+    EXPECT_EQ(errno, EINTR);
+}
+
+TEST(trace, LongTextsArriveWhole) {
+    const auto repeat = [](std::size_t in_count) { return std::string(in_count, 'x'); };
+    const TraceCapture capture("1");
+    for (const std::size_t length :
+         {4095u, 4096u, 9320u, 9328u, 9329u, 9330u, 9331u, 9332u, 9990u, 9999u, 10000u, 100000u}) {
+        trace(1, "F", "S", 1, "%s", repeat(length).c_str());
+        trace(1, repeat(length).c_str(), repeat(length).c_str(), 1, "%zu", length);
+    }
+    const std::vector<std::string> lines = capture.GetLines();
+    std::size_t i = 0;
+    for (const std::size_t length :
+         {4095u, 4096u, 9320u, 9328u, 9329u, 9330u, 9331u, 9332u, 9990u, 9999u, 10000u, 100000u}) {
+        SCOPED_TRACE(length);
+        ASSERT_LT(i + 1, lines.size());
+        EXPECT_TRUE(lines[i++] == "F:1\t" + repeat(length) + " S");
+        EXPECT_TRUE(lines[i++] ==
+                    repeat(length) + ":1\t" + std::to_string(length) + " " + repeat(length));
+    }
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat"
+#pragma GCC diagnostic ignored "-Wformat-extra-args"
+TEST(trace, OddFormats) {
+    const TraceCapture capture("1");
+    trace(1, "F", "S", 1, "%s", "");
+    trace(1, "F", "S", 2, "%%");
+    trace(1, "F", "S", 3, "size=%u allow=%", 5u, 6u);
+    trace(1, "F", "S", 4, "%%%");
+    trace(1, "F", "S", 5, "%ls refused", L"\x110000");
+    EXPECT_THAT(capture.GetLines(),
+                testing::ElementsAre("F:1\t S", "F:2\t% S", "F:3\tsize=5 allow=% S", "F:4\t%% S",
+                                     "F:5\t%ls refused S"));
+}
+#pragma GCC diagnostic pop
+
+TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
+    const TraceCapture capture("1");
+    const int other = open(capture.GetPath().c_str(), O_WRONLY | O_CREAT, 0666);
+    ASSERT_EQ(write(other, "before\n", 7), 7);
+    trace(1, "F", "S", 1, "a");
+    EXPECT_EQ(capture.GetText(), "before\nF:1\ta S\n");
+    ASSERT_EQ(ftruncate(other, 0), 0);
+    trace(1, "F", "S", 1, "b");
+    EXPECT_EQ(capture.GetText(), "F:1\tb S\n");
+    close(other);
+}
+
+TEST(trace, AFileThatCannotBeOpenedMeansStandardError) {
+    const std::string pipe = testing::TempDir() + "orska_pipe" + std::to_string(getpid());
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& value :
+         {std::string("1:/no such folder/trace.log"), std::string("1:"), std::string("1:."),
+          "1:" + std::string(5000, 'x'), "1:" + pipe}) {
+        SCOPED_TRACE(value.substr(0, 80));
+        EXPECT_EQ(StandardErrorOf(value.c_str(), 1), "F:7\ttext S\n");
+    }
+    unlink(pipe.c_str());
+}
+
+TEST(trace, TheFileIsNotInherited) {
+    const TraceCapture capture("1");
+    EXPECT_EQ(fcntl(fileno(GetTraceStream()), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    const int status = fcntl(fileno(GetTraceStream()), F_GETFL);
+    EXPECT_EQ(status & (O_APPEND | O_NONBLOCK), O_APPEND);
+}
+
+TEST(trace, TheStreamIsTheOneThatLinesGoTo) {
+    {
+        const TraceSetting setting("1");
+        EXPECT_EQ(GetTraceStream(), stderr);
+    }
+    const TraceSetting setting(nullptr);
+    EXPECT_EQ(GetTraceStream(), nullptr);
+}
+
+TEST(trace, ArgumentsAreEvaluatedOnlyForALineThatIsWritten) {
+    int calls = 0;
+    const auto argument = [&calls] { return ++calls; };
+    {
+        const TraceSetting setting(nullptr);
+        ORSKA_TRACE(1, "F", "S", 1, "%d", argument());
+        ORSKA_TRACE(1, "F", "S", 1, "%d", argument());
+    }
+    EXPECT_EQ(calls, 0);
+    const TraceCapture capture("1");
+    ORSKA_TRACE(2, "F", "S", 1, "%d", argument());
+    ORSKA_TRACE(1, "F", "S", 1, "%d", argument());
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(capture.GetText(), "F:1\t1 S\n");
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+#include "tools/TracePlatform.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+namespace Orska {
+
+namespace {
+
+struct ErrnoNumber {
+    int m_errno;
+    int m_number;
+};
+
+// The name table numbers the socket errors as Windows does; 1 to 34 are the same on both systems.
+constexpr ErrnoNumber SOCKET_ERRORS[] = {
+    {EINPROGRESS, 36},     {EALREADY, 37},      {ENOTSOCK, 38},     {EDESTADDRREQ, 39},
+    {EMSGSIZE, 40},        {EPROTOTYPE, 41},    {ENOPROTOOPT, 42},  {EPROTONOSUPPORT, 43},
+    {ESOCKTNOSUPPORT, 44}, {EOPNOTSUPP, 45},    {EPFNOSUPPORT, 46}, {EAFNOSUPPORT, 47},
+    {EADDRINUSE, 48},      {EADDRNOTAVAIL, 49}, {ENETDOWN, 50},     {ENETUNREACH, 51},
+    {ENETRESET, 52},       {ECONNABORTED, 53},  {ECONNRESET, 54},   {ENOBUFS, 55},
+    {EISCONN, 56},         {ENOTCONN, 57},      {ESHUTDOWN, 58},    {ETOOMANYREFS, 59},
+    {ETIMEDOUT, 60},       {ECONNREFUSED, 61},  {ELOOP, 62},        {ENAMETOOLONG, 63},
+    {EHOSTDOWN, 64},       {EHOSTUNREACH, 65},  {ENOTEMPTY, 66},    {EUSERS, 68},
+    {EDQUOT, 69},          {ESTALE, 70},        {EREMOTE, 71},
+};
+
+constexpr int LAST_COMMON_ERRNO = ERANGE;
+constexpr int NO_NAME = 108;
+
+}  // namespace
+
+const char* ReadTraceVariable() noexcept {
+    // A program with more rights than its caller must not append to a file of the caller's choice.
+    return secure_getenv("TR4CE");
+}
+
+std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
+    // O_NONBLOCK: a named pipe without a reader is refused; it would hang the host.
+    const int descriptor =
+        open(in_fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    fcntl(descriptor, F_SETFL, O_APPEND);
+    std::FILE* stream = fdopen(descriptor, "a");
+    if (stream == nullptr) {
+        close(descriptor);
+        return nullptr;
+    }
+    // Without a buffer one fwrite is one write(2), however long the line is, and a process that
+    // dies has lost nothing. A buffer, of 4096 bytes or any other size, would tear the lines that
+    // cross its end, so flag "f" gives none: each line is at the file at once with and without it.
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    return stream;
+}
+
+void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size) noexcept {
+    std::fwrite(in_line, 1, in_size, in_stream);
+}
+
+std::uint32_t GetTraceThreadId() noexcept { return static_cast<std::uint32_t>(gettid()); }
+
+std::uint32_t GetTraceProcessId() noexcept { return static_cast<std::uint32_t>(getpid()); }
+
+int ToNameTableNumber(int in_errno) noexcept {
+    if (in_errno >= 0 && in_errno <= LAST_COMMON_ERRNO) {
+        return in_errno;
+    }
+    for (const ErrnoNumber& entry : SOCKET_ERRORS) {
+        if (entry.m_errno == in_errno) {
+            return entry.m_number;
+        }
+    }
+    return NO_NAME;
+}
+
+}  // namespace Orska

@@ -1,0 +1,97 @@
+/// The process-wide trace: one line a call, to standard error or to the file that the environment
+/// variable TR4CE names. docs/tracing.md tells users how to turn it on and what a line holds.
+///
+/// A line that is not wanted costs one load and one comparison:
+///
+///     constexpr char SOURCE[] = "Setup\\ConfigDSNInternal";
+///     ORSKA_TRACE(2, "Veltrane::ODBC::ConfigDSNInternal", SOURCE, 70, "request %u for DSN \"%s\"",
+///                 request, name.GetAsUtf8().c_str());
+///
+/// Level 1 is for failures, 2 for what is done, 3 for each step of it, 4 and above for internals.
+/// Text is written as it is: never hand a password to a trace call, at any level.
+///
+/// Any thread may trace at any time. Each line reaches the file in one write at its end, so lines
+/// of several threads and processes stand whole, one behind the other. Tracing never fails its
+/// caller, never throws, and leaves `errno` as it found it.
+#ifndef TOOLS_TRACE_H
+#define TOOLS_TRACE_H
+
+#include <atomic>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+/// Lets the compiler check the arguments of a function against its printf format.
+#if defined(__MINGW32__)
+#define ORSKA_PRINTF_FORMAT(in_format, in_first) \
+    __attribute__((format(__MINGW_PRINTF_FORMAT, in_format, in_first)))
+#else
+#define ORSKA_PRINTF_FORMAT(in_format, in_first) \
+    __attribute__((format(printf, in_format, in_first)))
+#endif
+
+namespace Orska {
+
+/// Parts of the trace word.
+constexpr std::uint32_t TRACE_LEVEL_MASK = 0xFF;
+constexpr std::uint32_t TRACE_MAX_LEVEL = 254;
+constexpr std::uint32_t TRACE_NOT_READ = 255;
+constexpr std::uint32_t TRACE_FLUSH = 0x100;        ///< "f": flush after every line
+constexpr std::uint32_t TRACE_TIME_STAMP = 0x200;   ///< "s"
+constexpr std::uint32_t TRACE_THREAD_ID = 0x400;    ///< "t"
+constexpr std::uint32_t TRACE_NO_SOURCE = 0x800;    ///< "n": no source file name
+constexpr std::uint32_t TRACE_PROCESS_ID = 0x1000;  ///< "p"
+
+/// The level (low byte) and the flags in force. Process-wide: set from TR4CE by the first trace
+/// call and by ResetTrace, read by every trace call. Relaxed loads keep the reading free of locks.
+extern std::atomic<std::uint32_t> s_traceWord;
+
+/// The part of TraceIsOn that is not inline; reads the environment when that has not been done.
+bool TraceIsOnResolved(int in_level) noexcept;
+
+/// True when a line of this level would be written.
+inline bool TraceIsOn(int in_level) noexcept {
+    const std::uint32_t word = s_traceWord.load(std::memory_order_relaxed);
+    return in_level <= static_cast<int>(word & TRACE_LEVEL_MASK) && TraceIsOnResolved(in_level);
+}
+
+/// Writes one line if `in_level` is at or below the trace level.
+/// @param in_function  qualified name, as people search for it; null shows as "(?)"
+/// @param in_file      source name; what follows its last backslash is shown. Null shows nothing
+/// @param in_line      0 where no line is fixed
+/// @param in_format    printf format. One that ends in a blank or ":" gets the name of the `errno`
+///                     with which the call was entered; a lone "%" at its end stands for itself
+void trace(int in_level, const char* in_function, const char* in_file, int in_line,
+           const char* in_format, ...) noexcept ORSKA_PRINTF_FORMAT(5, 6);
+
+/// As `trace`, with the arguments in a list.
+void vtrace(int in_level, const char* in_function, const char* in_file, int in_line,
+            const char* in_format, std::va_list in_arguments) noexcept ORSKA_PRINTF_FORMAT(5, 0);
+
+/// Where lines go: standard error, or the trace file. Null when tracing is off. Not to be closed.
+std::FILE* GetTraceStream() noexcept;
+
+/// A text that every later line shows in front of the source name; null or empty: none, as at
+/// first. It is not copied and must live until another one is set.
+void SetTraceTag(const char* in_tag) noexcept;
+
+/// How many bytes a buffer dump shows at most: 1024 at first; 0 means none.
+void SetDumpLimit(std::size_t in_bytes) noexcept;
+std::size_t GetDumpLimit() noexcept;
+
+/// Closes the trace file and makes the next trace call read TR4CE again. For tests: no other thread
+/// may trace meanwhile.
+void ResetTrace() noexcept;
+
+}  // namespace Orska
+
+/// `Orska::trace`, whose arguments are evaluated only when the line is written.
+#define ORSKA_TRACE(in_level, in_function, in_file, in_line, ...)                 \
+    do {                                                                          \
+        if (::Orska::TraceIsOn(in_level)) {                                       \
+            ::Orska::trace(in_level, in_function, in_file, in_line, __VA_ARGS__); \
+        }                                                                         \
+    } while (false)
+
+#endif
