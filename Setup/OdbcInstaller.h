@@ -1,10 +1,10 @@
-/// The operations of the ODBC installer that the setup logic needs: the check of a name, the profile
-/// "odbc.ini" and the list of installer errors.
+/// The operations of the ODBC installer that the setup logic needs: the check of a name, the
+/// profile "odbc.ini" and the list of installer errors.
 ///
-/// On Linux the name check and the errors go to the driver manager's installer library, bound by name
-/// on first use; the profile operations work on the driver manager's own files themselves, because
-/// the library's functions neither lock nor replace a file whole. Every object here belongs to one
-/// thread; different threads and processes may work on the same file at the same time.
+/// On Linux the name check and the errors go to the driver manager's installer library, bound by
+/// name on first use; the profile operations work on the driver manager's own files themselves,
+/// because the library's functions neither lock nor replace a file whole. Every object here belongs
+/// to one thread; different threads and processes may work on the same file at the same time.
 #ifndef SETUP_ODBCINSTALLER_H
 #define SETUP_ODBCINSTALLER_H
 
@@ -56,13 +56,15 @@ private:
 };
 
 /// Whether the name may be the name of a data source: the installer's own check, and, on Linux, no
-/// control characters, no outer blanks, not "ODBC Data Sources" and nothing that UTF-8 cannot express.
+/// control characters, no outer blanks, not "ODBC Data Sources" and nothing that UTF-8 cannot
+/// express.
 bool ValidDSN(const orska_wstring& in_name);
 
 /// Reads a value as the driver manager would.
 /// @param in_bufferSize  characters, the ending NUL counted: the text is cut to `in_bufferSize` - 1
 ///                       UTF-16 code units, never inside a surrogate pair
-/// @param in_file  "odbc.ini" or any relative name: the files of the config mode; else an absolute path
+/// @param in_file  "odbc.ini" or any relative name: the files of the config mode; else an absolute
+/// path
 /// @return code units in `out_value`; -1 when no file could be read (the text is then empty)
 int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                             const orska_wstring& in_default, orska_wstring& out_value,

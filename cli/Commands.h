@@ -11,7 +11,13 @@
 namespace Veltrane::Cli {
 
 /// The exit codes of the program.
-enum ExitCode { EXIT_DONE = 0, EXIT_FAILED = 1, EXIT_USAGE = 2, EXIT_NOT_FOUND = 3, EXIT_EXISTS = 4 };
+enum ExitCode {
+    EXIT_DONE = 0,
+    EXIT_FAILED = 1,
+    EXIT_USAGE = 2,
+    EXIT_NOT_FOUND = 3,
+    EXIT_EXISTS = 4
+};
 
 /// A failure with an exit code of its own.
 class CommandError : public std::runtime_error {

@@ -33,8 +33,8 @@ void CheckValue(const std::string& in_key, const std::string& in_value) {
 void WriteAll(int in_descriptor, const std::string& in_text) {
     std::size_t written = 0;
     while (written < in_text.size()) {
-        const ssize_t count = write(in_descriptor, in_text.data() + written,
-                                    in_text.size() - written);
+        const ssize_t count =
+            write(in_descriptor, in_text.data() + written, in_text.size() - written);
         if (count < 0 && errno != EINTR) {
             throw std::system_error(errno, std::generic_category(), "Writing the values");
         }

@@ -44,7 +44,9 @@ TEST(Utf8, LoneSurrogatesAreReplaced) {
     const char16_t trail = 0xDE00;
     EXPECT_EQ(EncodeUtf8(std::u16string{lead}), "\xEF\xBF\xBD");
     EXPECT_EQ(EncodeUtf8(std::u16string{trail, lead}), "\xEF\xBF\xBD\xEF\xBF\xBD");
-    EXPECT_EQ(EncodeUtf8(std::u16string{lead, u'a'}), "\xEF\xBF\xBD" "a");
+    EXPECT_EQ(EncodeUtf8(std::u16string{lead, u'a'}),
+              "\xEF\xBF\xBD"
+              "a");
 }
 
 }  // namespace

@@ -1,0 +1,130 @@
+#include "Setup/ConfigDSNInternal.h"
+
+#include <exception>
+
+#include "Exceptions/ErrorException.h"
+#include "Setup/OdbcInstaller.h"
+#include "Setup/StringMarshalling.h"
+#include "Setup/VeltraneDSNConfiguration.h"
+#include "Setup/VeltraneDSNSetupException.h"
+#include "VeltraneDialog/VeltraneDSNDialog.h"
+
+namespace Veltrane::ODBC {
+
+using Orska::Support::ErrorException;
+using Orska::Support::orska_wstring;
+
+namespace {
+
+/// The dialog result that counts as acceptance.
+constexpr int DIALOG_OK = 1;
+
+void FillEditor(const VeltraneDSNConfiguration& in_record, VeltraneDSNDialog& io_editor) {
+    io_editor.SetDSN(ToEditorString(in_record.GetDsn()));
+    io_editor.SetServer(ToEditorString(in_record.GetServer()));
+    io_editor.SetCognosNamespace(ToEditorString(in_record.GetCognosNamespace()));
+    io_editor.SetMicroStrategyLoginMode(ToEditorString(in_record.GetMicroStrategyLoginMode()));
+    io_editor.SetUid(ToEditorString(in_record.GetUid()));
+    io_editor.SetPwd(ToEditorString(in_record.GetPwd()));
+    io_editor.SetDatabase(ToEditorString(in_record.GetDatabase()));
+}
+
+void ReadEditor(const VeltraneDSNDialog& in_editor, VeltraneDSNConfiguration& io_record) {
+    io_record.SetDsn(FromEditorString(in_editor.GetDSN()));
+    io_record.SetServer(FromEditorString(in_editor.GetServer()));
+    io_record.SetCognosNamespace(FromEditorString(in_editor.GetCognosNamespace()));
+    io_record.SetMicroStrategyLoginMode(FromEditorString(in_editor.GetMicroStrategyLoginMode()));
+    io_record.SetUid(FromEditorString(in_editor.GetUid()));
+    io_record.SetPwd(FromEditorString(in_editor.GetPwd()));
+    io_record.SetDatabase(FromEditorString(in_editor.GetDatabase()));
+}
+
+int RemoveDSN(VeltraneDSNConfiguration& io_record, const orska_wstring& in_attributes) {
+    io_record.Load(in_attributes);
+    // A refusal is handed on as it is; the installer, not we, has the reason.
+    return OdbcInstaller::RemoveDSNFromIni(io_record.GetDsn()) ? 1 : 0;
+}
+
+int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool in_isConfigure,
+            const orska_wstring& in_attributes) {
+    // Created even when it is not shown: without a window its initial values are the new DSN's.
+    VeltraneDSNDialog editor;
+    if (in_isConfigure || !in_attributes.IsEmpty()) {
+        io_record.Load(in_attributes);
+    }
+    if (in_isConfigure && in_hasParentWindow) {
+        FillEditor(io_record, editor);
+    }
+    // A cancelled editor does not abandon the request: the record is saved as it was loaded. That
+    // is meant; callers rely on the section being written in either case.
+    if (!in_hasParentWindow || editor.ShowDialog() == DIALOG_OK) {
+        ReadEditor(editor, io_record);
+    }
+    // A DSN that was renamed in the editor is saved under its new name, and the section of the old
+    // name stays. That is meant as well: nothing is lost by a rename.
+    io_record.Save();
+    return 1;
+}
+
+int Dispatch(bool in_hasParentWindow, unsigned short in_requestType,
+             const orska_wstring& in_driverDescription, const orska_wstring& in_attributes) {
+    VeltraneDSNConfiguration record(in_driverDescription);
+    switch (in_requestType) {
+        case ODBC_REMOVE_DSN:
+        case ODBC_REMOVE_SYS_DSN:
+            return RemoveDSN(record, in_attributes);
+        case ODBC_ADD_DSN:
+        case ODBC_ADD_SYS_DSN:
+            return EditDSN(record, in_hasParentWindow, false, in_attributes);
+        case ODBC_CONFIG_DSN:
+        case ODBC_CONFIG_SYS_DSN:
+            return EditDSN(record, in_hasParentWindow, true, in_attributes);
+        default:
+            throw VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_REQUEST_TYPE);
+    }
+}
+
+void Post(unsigned long in_code, const orska_wstring& in_text) {
+    OdbcInstaller::PostInstallerError(in_code, in_text);
+}
+
+/// The handlers, in the order in which they are tried.
+void PostByKind() {
+    try {
+        throw;
+    } catch (const ErrorException& exception) {
+        Post(INSTALLER_REQUEST_FAILED, exception.GetMessageKeyOrText());
+    } catch (const VeltraneDSNSetupException& exception) {
+        Post(exception.GetErrorCode(), exception.GetErrorMsg());
+    } catch (const std::exception& exception) {
+        Post(INSTALLER_REQUEST_FAILED, ToInstallerText(exception.what()));
+    } catch (...) {
+        const VeltraneDSNSetupException exception(VeltraneDSNSetupException::REQUEST_FAILED);
+        Post(exception.GetErrorCode(), exception.GetErrorMsg());
+    }
+}
+
+}  // namespace
+
+int PostCurrentException() noexcept {
+    try {
+        PostByKind();
+    } catch (...) {
+        // Not even the text could be made (no memory): the result alone has to tell.
+    }
+    return 0;
+}
+
+int ConfigDSNInternal(void* in_parentWindow, unsigned short in_requestType,
+                      const orska_wstring& in_driverDescription,
+                      const orska_wstring& in_attributes) noexcept {
+    try {
+        const OdbcInstaller::Request request;
+        return Dispatch(in_parentWindow != nullptr, in_requestType, in_driverDescription,
+                        in_attributes);
+    } catch (...) {
+        return PostCurrentException();
+    }
+}
+
+}  // namespace Veltrane::ODBC

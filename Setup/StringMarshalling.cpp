@@ -1,0 +1,33 @@
+#include "Setup/StringMarshalling.h"
+
+#include <climits>
+#include <stdexcept>
+
+namespace Veltrane::ODBC {
+
+using Orska::Support::orska_wstring;
+
+void CheckEditorStringLength(std::size_t in_length) {
+    if (in_length > static_cast<std::size_t>(INT_MAX)) {
+        throw std::length_error("Size of string exceeds INT_MAX.");
+    }
+}
+
+DialogString ToEditorString(const orska_wstring& in_text) {
+    std::u16string text = in_text.GetAsUtf16();
+    CheckEditorStringLength(text.size());
+    return text;
+}
+
+orska_wstring FromEditorString(const DialogString& in_text) {
+    return in_text ? orska_wstring(*in_text) : orska_wstring();
+}
+
+orska_wstring ToInstallerText(const char* in_message) {
+    if (in_message == nullptr) {
+        throw std::invalid_argument("NULLPTR is not supported for this conversion.");
+    }
+    return orska_wstring().SetFromUtf8(in_message, orska_wstring::NUL_TERMINATED);
+}
+
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,176 @@
+#include "Setup/VeltraneDSNConfiguration.h"
+
+#include <string>
+#include <string_view>
+
+#include "Setup/OdbcInstaller.h"
+#include "Setup/VeltraneDSNSetupException.h"
+
+namespace Veltrane::ODBC {
+
+using Orska::Support::orska_wstring;
+
+const orska_wstring DSN_CONFIG_KEY_ODBC_INI(L"odbc.ini");
+const orska_wstring DSN_CONFIG_KEY_DSN(L"DSN");
+const orska_wstring DSN_CONFIG_KEY_DRIVER(L"Driver");
+const orska_wstring SERVER(L"Server");
+const orska_wstring COGNOS_NAMESPACE(L"Namespace");
+const orska_wstring MICROSTRATEGY_LOGINMODE(L"LoginMode");
+const orska_wstring UID(L"UID");
+const orska_wstring PWD(L"PWD");
+const orska_wstring DATABASE(L"Database");
+
+namespace {
+
+/// Buffer sizes of the profile reads, in characters with the terminator.
+constexpr int VALUE_BUFFER_SIZE = 260;
+constexpr int DRIVER_BUFFER_SIZE = 32;
+
+[[noreturn]] void Fail(VeltraneDSNSetupException::ErrorCode in_errorCode) {
+    throw VeltraneDSNSetupException(in_errorCode);
+}
+
+}  // namespace
+
+VeltraneDSNConfiguration::VeltraneDSNConfiguration(const orska_wstring& in_driverDescription)
+    : m_driverDescription(in_driverDescription) {}
+
+void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attributeString) {
+    if (in_attributeString.GetLength() == 0) {
+        return;
+    }
+    static const std::wstring pairDelimiter(1, L'\0');
+    static const std::wstring entryDelimiter(L"=");
+    const std::pair<const orska_wstring*, orska_wstring*> fields[] = {
+        {&DSN_CONFIG_KEY_DSN, &m_dsn},
+        {&SERVER, &m_server},
+        {&COGNOS_NAMESPACE, &m_cognosNamespace},
+        {&MICROSTRATEGY_LOGINMODE, &m_microStrategyLoginMode},
+        {&UID, &m_uid},
+        {&PWD, &m_pwd},
+        {&DATABASE, &m_database},
+    };
+    const std::wstring text = in_attributeString.GetAsPlatformWString();
+    const std::wstring_view view(text);
+    std::size_t start = 0;
+    std::size_t end = view.find(pairDelimiter);
+    for (;;) {
+        // The cut is as long as the delimiter's absolute position, so that later cuts run on into
+        // the entries behind. Harmless and kept: a key that holds a NUL equals no known key, and a
+        // value ends at its first NUL.
+        const std::wstring_view cut = view.substr(start, end);
+        const std::size_t equals = cut.find(entryDelimiter);
+        if (equals != std::wstring_view::npos) {
+            const orska_wstring key(cut.data(), equals);
+            for (const auto& [name, field] : fields) {
+                if (key == *name) {
+                    const std::wstring_view value = cut.substr(equals + 1);
+                    *field = orska_wstring(value.data(), value.substr(0, value.find(L'\0')).size());
+                    break;
+                }
+            }
+        }
+        if (end == std::wstring_view::npos) {
+            return;
+        }
+        start = end + 1;
+        end = view.find(pairDelimiter, start);
+    }
+}
+
+void VeltraneDSNConfiguration::Load(const orska_wstring& in_attributeString) {
+    ParseDSNAttribute(in_attributeString);
+    if (!OdbcInstaller::ValidDSN(m_dsn)) {
+        Fail(VeltraneDSNSetupException::INVALID_KEYWORD_VALUE);
+    }
+    const auto read = [this](const orska_wstring& in_key, orska_wstring& out_field) {
+        OdbcInstaller::GetPrivateProfileString(m_dsn, in_key, orska_wstring(L""), out_field,
+                                               VALUE_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
+    };
+    read(SERVER, m_server);
+    read(COGNOS_NAMESPACE, m_cognosNamespace);
+    read(MICROSTRATEGY_LOGINMODE, m_microStrategyLoginMode);
+    read(UID, m_uid);
+    read(PWD, m_pwd);
+    read(DATABASE, m_database);
+}
+
+void VeltraneDSNConfiguration::RemoveStoredSection() {
+    orska_wstring driver;
+    const int count =
+        OdbcInstaller::GetPrivateProfileString(m_dsn, DSN_CONFIG_KEY_DRIVER, orska_wstring(L""),
+                                               driver, DRIVER_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
+    if (count > 0 && !OdbcInstaller::RemoveDSNFromIni(m_dsn)) {
+        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    }
+}
+
+void VeltraneDSNConfiguration::WriteKey(const orska_wstring& in_key,
+                                        const orska_wstring& in_value) {
+    if (!OdbcInstaller::WritePrivateProfileString(m_dsn, in_key, in_value,
+                                                  DSN_CONFIG_KEY_ODBC_INI)) {
+        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    }
+}
+
+void VeltraneDSNConfiguration::WriteOptionalKey(const orska_wstring& in_key,
+                                                orska_wstring& io_value) {
+    if (!io_value.IsNull() && io_value.Trim().GetLength() != 0) {
+        WriteKey(in_key, io_value);
+    }
+}
+
+void VeltraneDSNConfiguration::Save() {
+    // One locked read-modify-write. Its destructor still writes what came before a failure.
+    OdbcInstaller::Update update;
+    RemoveStoredSection();
+    if (!OdbcInstaller::WriteDSNToIni(m_dsn, m_driverDescription)) {
+        Fail(VeltraneDSNSetupException::INVALID_NAME);
+    }
+    WriteKey(DSN_CONFIG_KEY_DRIVER, m_driverDescription);
+    WriteKey(SERVER, m_server);
+    WriteOptionalKey(COGNOS_NAMESPACE, m_cognosNamespace);
+    WriteOptionalKey(MICROSTRATEGY_LOGINMODE, m_microStrategyLoginMode);
+    WriteOptionalKey(UID, m_uid);
+    WriteOptionalKey(PWD, m_pwd);
+    WriteKey(DATABASE, m_database);
+    if (!update.Commit()) {
+        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    }
+}
+
+void VeltraneDSNConfiguration::SetDsn(const orska_wstring& in_dsn) {
+    if (!OdbcInstaller::ValidDSN(in_dsn)) {
+        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    }
+    m_dsn = in_dsn;
+}
+
+void VeltraneDSNConfiguration::SetServer(const orska_wstring& in_server) {
+    if (in_server.GetLength() == 0) {
+        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    }
+    m_server = in_server;
+}
+
+void VeltraneDSNConfiguration::SetDatabase(const orska_wstring& in_database) {
+    if (in_database.GetLength() == 0) {
+        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    }
+    m_database = in_database;
+}
+
+void VeltraneDSNConfiguration::SetCognosNamespace(const orska_wstring& in_cognos_namespace) {
+    m_cognosNamespace = in_cognos_namespace;
+}
+
+void VeltraneDSNConfiguration::SetMicroStrategyLoginMode(
+    const orska_wstring& in_microstrategy_loginmode) {
+    m_microStrategyLoginMode = in_microstrategy_loginmode;
+}
+
+void VeltraneDSNConfiguration::SetUid(const orska_wstring& in_uid) { m_uid = in_uid; }
+
+void VeltraneDSNConfiguration::SetPwd(const orska_wstring& in_pwd) { m_pwd = in_pwd; }
+
+}  // namespace Veltrane::ODBC

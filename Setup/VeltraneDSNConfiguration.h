@@ -1,0 +1,83 @@
+/// The settings of one DSN while a setup request runs: parsed from the installer's attribute list,
+/// checked, read from the DSN's section of odbc.ini and written back. All profile access goes
+/// through OdbcInstaller. A record lives for one request and is used by one thread.
+#ifndef SETUP_VELTRANEDSNCONFIGURATION_H
+#define SETUP_VELTRANEDSNCONFIGURATION_H
+
+#include "PlatformAbstraction/orska_wstring.h"
+
+namespace Veltrane::ODBC {
+
+/// The profile file and the keys of a DSN's section; comparisons with them are exact.
+extern const Orska::Support::orska_wstring DSN_CONFIG_KEY_ODBC_INI;
+extern const Orska::Support::orska_wstring DSN_CONFIG_KEY_DSN;
+extern const Orska::Support::orska_wstring DSN_CONFIG_KEY_DRIVER;
+extern const Orska::Support::orska_wstring SERVER;
+extern const Orska::Support::orska_wstring COGNOS_NAMESPACE;
+extern const Orska::Support::orska_wstring MICROSTRATEGY_LOGINMODE;
+extern const Orska::Support::orska_wstring UID;
+extern const Orska::Support::orska_wstring PWD;
+extern const Orska::Support::orska_wstring DATABASE;
+
+class VeltraneDSNConfiguration {
+public:
+    /// All fields NULL but the driver description, which Save writes as the section's "Driver".
+    explicit VeltraneDSNConfiguration(const Orska::Support::orska_wstring& in_driverDescription);
+
+    /// Takes the known keys of the attribute list, then replaces all of them but the name by the
+    /// stored values (empty where the profile has none, cut to 259 code units).
+    /// @param in_attributeString  key=value entries, each ended by a NUL
+    /// @throws VeltraneDSNSetupException INVALID_KEYWORD_VALUE when the installer refuses the name
+    void Load(const Orska::Support::orska_wstring& in_attributeString);
+
+    /// Removes the DSN's section and writes it again, keys that the record does not know excepted.
+    /// Blank values of the optional keys are not written; the record keeps the trimmed values. The
+    /// password is stored in clear text. Nothing is rolled back on failure.
+    /// @throws VeltraneDSNSetupException INVALID_NAME or REQUEST_FAILED
+    void Save();
+
+    const Orska::Support::orska_wstring& GetDsn() const noexcept { return m_dsn; }
+    const Orska::Support::orska_wstring& GetServer() const noexcept { return m_server; }
+    const Orska::Support::orska_wstring& GetCognosNamespace() const noexcept {
+        return m_cognosNamespace;
+    }
+    const Orska::Support::orska_wstring& GetMicroStrategyLoginMode() const noexcept {
+        return m_microStrategyLoginMode;
+    }
+    const Orska::Support::orska_wstring& GetUid() const noexcept { return m_uid; }
+    const Orska::Support::orska_wstring& GetPwd() const noexcept { return m_pwd; }
+    const Orska::Support::orska_wstring& GetDatabase() const noexcept { return m_database; }
+
+    /// The setters of the required values leave the field unchanged when they throw.
+    /// @throws VeltraneDSNSetupException REQUEST_FAILED when the installer refuses the name
+    void SetDsn(const Orska::Support::orska_wstring& in_dsn);
+    /// @throws VeltraneDSNSetupException REQUEST_FAILED when empty
+    void SetServer(const Orska::Support::orska_wstring& in_server);
+    /// @throws VeltraneDSNSetupException REQUEST_FAILED when empty
+    void SetDatabase(const Orska::Support::orska_wstring& in_database);
+    void SetCognosNamespace(const Orska::Support::orska_wstring& in_cognos_namespace);
+    void SetMicroStrategyLoginMode(const Orska::Support::orska_wstring& in_microstrategy_loginmode);
+    void SetUid(const Orska::Support::orska_wstring& in_uid);
+    void SetPwd(const Orska::Support::orska_wstring& in_pwd);
+
+private:
+    void ParseDSNAttribute(const Orska::Support::orska_wstring& in_attributeString);
+    void RemoveStoredSection();
+    void WriteKey(const Orska::Support::orska_wstring& in_key,
+                  const Orska::Support::orska_wstring& in_value);
+    void WriteOptionalKey(const Orska::Support::orska_wstring& in_key,
+                          Orska::Support::orska_wstring& io_value);
+
+    Orska::Support::orska_wstring m_dsn;
+    Orska::Support::orska_wstring m_driverDescription;
+    Orska::Support::orska_wstring m_server;
+    Orska::Support::orska_wstring m_cognosNamespace;
+    Orska::Support::orska_wstring m_microStrategyLoginMode;
+    Orska::Support::orska_wstring m_uid;
+    Orska::Support::orska_wstring m_pwd;
+    Orska::Support::orska_wstring m_database;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,180 @@
+#include "Setup/ConfigDSNInternal.h"
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+#include "Exceptions/ErrorException.h"
+#include "Setup/VeltraneDSNSetupException.h"
+#include "tests/support/OdbcInstaller_Fake.h"
+#include "tests/support/VeltraneDSNDialog_Fake.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using namespace Orska::Support;
+using testing::ElementsAre;
+using Veltrane::Test::s_editor;
+using Veltrane::Test::s_installer;
+using namespace std::string_literals;
+
+using Posted = std::vector<std::pair<unsigned long, std::string>>;
+
+class ConfigDSNInternalTest : public testing::Test {
+protected:
+    void SetUp() override {
+        s_installer = {};
+        s_installer.m_invalidNames = {"bad"};
+        s_installer.m_profile["x"] = {
+            {"Driver", "drv"}, {"Server", "s"}, {"PWD", "p"}, {"Database", "d"}};
+        s_editor = {};
+        s_editor.m_initialValues = {u"new", u"s2", u"", u"", u"", u"", u"d2"};
+    }
+
+    static int Call(unsigned short in_type, const std::string& in_attributes,
+                    bool in_hasWindow = false) {
+        int window = 0;
+        return ConfigDSNInternal(in_hasWindow ? &window : nullptr, in_type, L"drv",
+                                 orska_wstring(in_attributes));
+    }
+
+    /// The values under which a DSN was saved, in the order of the section.
+    static std::string Section(const std::string& in_dsn) {
+        std::string text;
+        for (const auto& [key, value] : s_installer.m_profile[in_dsn]) {
+            text += key + "=" + value + ";";
+        }
+        return text;
+    }
+};
+
+TEST_F(ConfigDSNInternalTest, RemoveChecksTheNameAndHandsTheInstallersResultOn) {
+    for (const unsigned short type : {ODBC_REMOVE_DSN, ODBC_REMOVE_SYS_DSN}) {
+        EXPECT_EQ(Call(type, "DSN=x\0"s), 1);
+        EXPECT_EQ(s_installer.m_profile.count("x"), 0U);
+    }
+    s_installer.m_fails = [](const std::string& in_call) { return in_call == "RemoveDSN [x]"; };
+    EXPECT_EQ(Call(ODBC_REMOVE_DSN, "DSN=x\0"s), 0);
+    EXPECT_THAT(s_installer.m_posted, ElementsAre());
+    EXPECT_EQ(Call(ODBC_REMOVE_DSN, "DSN=bad\0"s), 0);
+    EXPECT_EQ(s_installer.m_posted, (Posted{{8, "Invalid keyword-value pairs."}}));
+    EXPECT_THAT(s_editor.m_calls, ElementsAre());
+}
+
+TEST_F(ConfigDSNInternalTest, OtherRequestTypesAreRefusedBeforeAnythingHappens) {
+    for (const int type : {0, 7, 100, 65535}) {
+        SCOPED_TRACE(type);
+        s_installer.m_posted.clear();
+        EXPECT_EQ(Call(static_cast<unsigned short>(type), "DSN=x\0"s), 0);
+        EXPECT_EQ(s_installer.m_posted, (Posted{{5, "Invalid type of request."}}));
+    }
+    EXPECT_THAT(s_editor.m_calls, ElementsAre());
+    EXPECT_THAT(s_installer.m_calls, ElementsAre());
+}
+
+TEST_F(ConfigDSNInternalTest, WithoutAWindowTheNewEditorsValuesAreSaved) {
+    for (const unsigned short type :
+         {ODBC_ADD_DSN, ODBC_ADD_SYS_DSN, ODBC_CONFIG_DSN, ODBC_CONFIG_SYS_DSN}) {
+        SCOPED_TRACE(type);
+        SetUp();
+        EXPECT_EQ(Call(type, "DSN=x\0"s), 1);
+        EXPECT_EQ(Section("new"), "Driver=drv;Server=s2;Database=d2;");
+        EXPECT_THAT(s_editor.m_calls,
+                    ElementsAre("construct", "GetDSN", "GetServer", "GetCognosNamespace",
+                                "GetMicroStrategyLoginMode", "GetUid", "GetPwd", "GetDatabase"));
+    }
+}
+
+TEST_F(ConfigDSNInternalTest, AddLoadsTheRecordOnlyFromAListThatIsNotEmpty) {
+    EXPECT_EQ(Call(ODBC_ADD_DSN, ""), 1);
+    EXPECT_EQ(Call(ODBC_ADD_DSN, "Server=y\0"s), 0);
+    EXPECT_EQ(s_installer.m_posted, (Posted{{8, "Invalid keyword-value pairs."}}));
+}
+
+TEST_F(ConfigDSNInternalTest, ConfigureWithAWindowFillsShowsAndReadsTheEditor) {
+    s_editor.m_edit = [](DialogValues& io_values) {
+        EXPECT_EQ(io_values.m_pwd, u"p");
+        io_values.m_dsn = u"renamed";
+    };
+    EXPECT_EQ(Call(ODBC_CONFIG_DSN, "DSN=x\0"s, true), 1);
+    EXPECT_THAT(s_editor.m_calls,
+                ElementsAre("construct", "SetDSN x", "SetServer s", "SetCognosNamespace ",
+                            "SetMicroStrategyLoginMode ", "SetUid ", "SetPwd p", "SetDatabase d",
+                            "ShowDialog", "GetDSN", "GetServer", "GetCognosNamespace",
+                            "GetMicroStrategyLoginMode", "GetUid", "GetPwd", "GetDatabase"));
+    // Renaming keeps the section of the old name.
+    EXPECT_EQ(Section("renamed"), "Driver=drv;Server=s;PWD=p;Database=d;");
+    EXPECT_EQ(Section("x"), "Driver=drv;Server=s;PWD=p;Database=d;");
+}
+
+TEST_F(ConfigDSNInternalTest, AddWithAWindowShowsTheEditorsOwnValues) {
+    s_editor.m_edit = [](DialogValues& io_values) { EXPECT_EQ(io_values.m_server, u"s2"); };
+    EXPECT_EQ(Call(ODBC_ADD_DSN, "DSN=x\0"s, true), 1);
+    EXPECT_EQ(s_editor.m_calls[1], "ShowDialog");
+    EXPECT_EQ(Section("new"), "Driver=drv;Server=s2;Database=d2;");
+}
+
+TEST_F(ConfigDSNInternalTest, CancelSavesTheRecordAsItWasLoaded) {
+    for (const int result : {0, 2, -1}) {
+        SCOPED_TRACE(result);
+        SetUp();
+        s_installer.m_profile["x"].emplace_back("Extra", "1");
+        s_editor.m_result = result;
+        EXPECT_EQ(Call(ODBC_CONFIG_DSN, "DSN=x\0"s, true), 1);
+        EXPECT_EQ(Section("x"), "Driver=drv;Server=s;PWD=p;Database=d;");
+        EXPECT_EQ(s_editor.m_calls.back(), "ShowDialog");
+    }
+    // A cancelled add with an empty list saves under the empty name, which the installer refuses.
+    s_editor.m_result = 2;
+    s_installer.m_fails = [](const std::string& in_call) {
+        return in_call.rfind("WriteDSN []", 0) == 0;
+    };
+    EXPECT_EQ(Call(ODBC_ADD_DSN, "", true), 0);
+    EXPECT_EQ(s_installer.m_posted, (Posted{{7, "Invalid driver or translator name."}}));
+}
+
+TEST_F(ConfigDSNInternalTest, TheSameInvalidNameIsEightFromTheListAndElevenFromTheEditor) {
+    EXPECT_EQ(Call(ODBC_CONFIG_DSN, "DSN=bad\0"s), 0);
+    s_editor.m_initialValues.m_dsn = u"bad";
+    EXPECT_EQ(Call(ODBC_ADD_DSN, ""), 0);
+    EXPECT_EQ(s_installer.m_posted,
+              (Posted{{8, "Invalid keyword-value pairs."}, {11, "Request failed."}}));
+}
+
+TEST_F(ConfigDSNInternalTest, NullAndEmptyServerOrDatabaseAreRefused) {
+    for (const DialogString& text : {DialogString(), DialogString(u"")}) {
+        s_editor.m_initialValues.m_server = text;
+        EXPECT_EQ(Call(ODBC_ADD_DSN, ""), 0);
+        s_editor.m_initialValues.m_server = u"s";
+        s_editor.m_initialValues.m_database = text;
+        EXPECT_EQ(Call(ODBC_ADD_DSN, ""), 0);
+        s_editor.m_initialValues.m_database = u"d";
+    }
+    EXPECT_EQ(s_installer.m_posted, (Posted(4, {11, "Request failed."})));
+}
+
+TEST_F(ConfigDSNInternalTest, EveryKindOfExceptionIsPostedOnceByTheFirstHandlerThatFits) {
+    const struct {
+        const char* m_point;
+        std::function<void()> m_throw;
+        unsigned long m_code;
+        const char* m_text;
+    } cases[] = {
+        {"support library", [] { throw ProductException(L"IOError"); }, 11, "IOError"},
+        {"setup", [] { throw VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_HWND); },
+         3, "Invalid window handle."},
+        {"editor", [] { throw std::runtime_error("kein Fenster, ü"); }, 11, "kein Fenster, ü"},
+        {"no memory", [] { throw std::bad_alloc(); }, 11, "std::bad_alloc"},
+        {"anything else", [] { throw 42; }, 11, "Request failed."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        s_installer.m_posted.clear();
+        s_editor.m_onConstruct = c.m_throw;
+        EXPECT_EQ(Call(ODBC_ADD_DSN, "DSN=x\0"s), 0);
+        EXPECT_EQ(s_installer.m_posted, (Posted{{c.m_code, c.m_text}}));
+    }
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
