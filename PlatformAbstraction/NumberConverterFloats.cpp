@@ -1,0 +1,250 @@
+/// Floating-point numbers from text.
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/DecimalDigits.h"
+#include "PlatformAbstraction/DoublePowersOfTen.h"
+#include "PlatformAbstraction/NarrowForm.h"
+#include "PlatformAbstraction/NumberConverter.h"
+
+namespace Orska::Support {
+
+namespace {
+
+/// Bytes; what stands behind them is not read.
+constexpr std::size_t LONGEST_TEXT = 1279;
+/// Digits are taken in until the mantissa reaches this, so that one more digit never wraps it.
+constexpr std::uint64_t MANTISSA_BOUND = 1844674407370955161;
+/// Below this, 8 more digits at once end where single digits would.
+constexpr std::uint64_t BLOCK_BOUND = 100'000'000'000;
+/// Exponent digits are read until the exponent reaches this.
+constexpr int EXPONENT_BOUND = 309;
+
+[[noreturn]] void ThrowInvalid(const char* in_text, std::size_t in_length) {
+    const std::vector<orska_wstring> msgParams{orska_wstring(in_text, in_length)};
+    ORSKA_THROW((TraceSite{"Orska::Support::NumberConverter::ConvertStringToFloatingPoint",
+                           "PlatformAbstraction\\NumberConverter", 0}),
+                NumberConversionInvalidDataException((L"StrToNumConvFailed"), msgParams));
+}
+
+/// What stands between two positions; each Take operation moves the first one on.
+struct Cursor {
+    const char* m_at;
+    const char* m_end;
+
+    bool IsAt(char in_character) const noexcept { return m_at != m_end && *m_at == in_character; }
+    bool IsAtDigit() const noexcept { return m_at != m_end && DecimalDigits::IsDigit(*m_at); }
+
+    bool Take(char in_character) noexcept {
+        const bool isThere = IsAt(in_character);
+        m_at += isThere ? 1 : 0;
+        return isThere;
+    }
+
+    /// True for '-'.
+    bool TakeSign() noexcept {
+        const bool isNegative = Take('-');
+        if (!isNegative) {
+            Take('+');
+        }
+        return isNegative;
+    }
+
+    void SkipBlanksAndControls() noexcept {
+        while (m_at != m_end && static_cast<unsigned char>(*m_at - 1) < ' ') {
+            ++m_at;
+        }
+    }
+
+    /// How many there were.
+    int SkipDigits() noexcept {
+        const char* const start = m_at;
+        while (IsAtDigit()) {
+            ++m_at;
+        }
+        return static_cast<int>(m_at - start);
+    }
+
+    /// Takes digits into the mantissa while it is below its bound; how many it took.
+    int TakeDigits(std::uint64_t& inout_mantissa) noexcept {
+        const char* const start = m_at;
+        while (m_end - m_at >= 8 && inout_mantissa < BLOCK_BOUND) {
+            const std::uint64_t block =
+                DecimalDigits::Load<std::uint64_t>(m_at) ^ DecimalDigits::ZEROS;
+            if (!DecimalDigits::AreDigits(block)) {
+                break;
+            }
+            inout_mantissa =
+                inout_mantissa * DecimalDigits::TEN_TO_8 + DecimalDigits::BlockValue(block);
+            m_at += 8;
+        }
+        while (IsAtDigit() && inout_mantissa < MANTISSA_BOUND) {
+            inout_mantissa = inout_mantissa * 10 + static_cast<std::uint64_t>(*m_at - '0');
+            ++m_at;
+        }
+        return static_cast<int>(m_at - start);
+    }
+
+    /// The exponent behind an 'e', if there is one. Digits behind the bound stay.
+    int TakeExponent() noexcept {
+        if (!Take('e') && !Take('E')) {
+            return 0;
+        }
+        const bool isNegative = TakeSign();
+        int exponent = 0;
+        while (exponent < EXPONENT_BOUND && IsAtDigit()) {
+            exponent = exponent * 10 + (*m_at - '0');
+            ++m_at;
+        }
+        return isNegative ? -exponent : exponent;
+    }
+};
+
+/// Multiplies by powers of ten whose product with the value is near a limit of the type.
+double ScaleFar(double in_value, int in_exponent) noexcept {
+    constexpr double GREATEST = std::numeric_limits<double>::max();
+    constexpr double GREATEST_BY_20 = 1.7976931348623155e288;
+    constexpr double RELATIVE_ERROR = 2.220446049250313e-16;
+    if (in_exponent > GREATEST_POWER_OF_TEN) {
+        return std::numeric_limits<double>::infinity();
+    }
+    if (in_exponent < -344) {
+        return 0.0;
+    }
+    if (in_exponent < 0) {
+        return in_value * 1e-40 * GetPowerOfTen(in_exponent + 40);
+    }
+    const double product = in_value * GetPowerOfTen(in_exponent);
+    if (product <= GREATEST) {
+        return product;
+    }
+    // The text of the greatest double itself can land on infinity; it is told from larger ones by a
+    // product that stays in range.
+    const double distance = in_value * GetPowerOfTen(in_exponent - 20) - GREATEST_BY_20;
+    const double tolerance = GREATEST_BY_20 * RELATIVE_ERROR;
+    return distance >= -tolerance && distance <= tolerance ? GREATEST : product;
+}
+
+/// One multiplication, not the nearest double in all cases: that is the required result.
+double Scale(std::uint64_t in_mantissa, int in_exponent) noexcept {
+    const auto value = static_cast<double>(in_mantissa);
+    if (in_exponent == 0 || in_mantissa == 0) {
+        return value;
+    }
+    if (in_exponent < LEAST_POWER_OF_TEN || in_exponent >= 288) [[unlikely]] {
+        return ScaleFar(value, in_exponent);
+    }
+    return value * GetPowerOfTen(in_exponent);
+}
+
+/// How much of the text was used when reading stopped, or -1 when it did not stop behind a digit or
+/// behind a digit and a point.
+std::ptrdiff_t GetConsumed(const char* in_text, const char* in_stop) noexcept {
+    const char* last = in_stop;
+    if (last != in_text && last[-1] == '.') {
+        --last;
+    }
+    return last != in_text && DecimalDigits::IsDigit(last[-1]) ? in_stop - in_text : -1;
+}
+
+double ParseDouble(const char* in_text, std::size_t in_length,
+                   std::ptrdiff_t& out_consumed) noexcept {
+    Cursor cursor{in_text, in_text + std::min(in_length, LONGEST_TEXT)};
+    cursor.SkipBlanksAndControls();
+    const bool isNegative = cursor.TakeSign();
+    while (cursor.Take('0')) {
+    }
+    std::uint64_t mantissa = 0;
+    cursor.TakeDigits(mantissa);
+    int exponent = cursor.SkipDigits();
+    if (cursor.Take('.')) {
+        // Behind an integer part that is too long, the fraction no longer counts.
+        if (exponent == 0) {
+            exponent = -cursor.TakeDigits(mantissa);
+        }
+        cursor.SkipDigits();
+    }
+    exponent += cursor.TakeExponent();
+    out_consumed = GetConsumed(in_text, cursor.m_at);
+    const double value = Scale(mantissa, exponent);
+    return isNegative ? -value : value;
+}
+
+/// Compares with a word in upper case over the text's own length.
+bool IsPrefix(const char* in_text, std::size_t in_length, const char* in_word) noexcept {
+    for (std::size_t i = 0; i < in_length; ++i) {
+        const char character = in_text[i];
+        const bool isLower = character >= 'a' && character <= 'z';
+        // Behind the end of the word stands its NUL, which no text of more characters may match.
+        if (in_word[i] == '\0' || (isLower ? character - 'a' + 'A' : character) != in_word[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// "inf" to "infinity" with an optional '-', and "nan".
+bool ParseSpecialWord(const char* in_text, std::size_t in_length, double& out_value) noexcept {
+    if (IsPrefix(in_text, in_length, "INFINITY")) {
+        out_value = std::numeric_limits<double>::infinity();
+        return true;
+    }
+    if (in_length > 3 && IsPrefix(in_text, in_length, "-INFINITY")) {
+        out_value = -std::numeric_limits<double>::infinity();
+        return true;
+    }
+    if (in_length == 3 && IsPrefix(in_text, in_length, "NAN")) {
+        out_value = std::numeric_limits<double>::quiet_NaN();
+        return true;
+    }
+    return false;
+}
+
+/// Whether text can be a special word, by its length and its first letter.
+bool MayBeSpecialWord(const char* in_text, std::size_t in_length) noexcept {
+    if (in_length < 3 || in_length > 9) {
+        return false;
+    }
+    const char letter = in_text[in_text[0] == '-' ? 1 : 0];
+    return letter == 'i' || letter == 'I' || letter == 'n' || letter == 'N';
+}
+
+double Parse(const char* in_text, std::size_t in_length, bool in_strict) {
+    double value = 0.0;
+    if (in_length == 0 ||
+        (MayBeSpecialWord(in_text, in_length) && ParseSpecialWord(in_text, in_length, value))) {
+        return value;
+    }
+    std::ptrdiff_t consumed = 0;
+    value = ParseDouble(in_text, in_length, consumed);
+    if (in_strict && consumed != static_cast<std::ptrdiff_t>(in_length)) [[unlikely]] {
+        ThrowInvalid(in_text, in_length);
+    }
+    return value;
+}
+
+}  // namespace
+
+template <ConvertibleFloat T>
+T NumberConverter::ConvertStringToFloatingPoint(const char* in_text, std::size_t in_length,
+                                                bool in_strict) {
+    return static_cast<T>(Parse(in_text, in_length, in_strict));
+}
+
+template <ConvertibleFloat T>
+T NumberConverter::ConvertStringToFloatingPoint(const orska_wstring& in_text, bool in_strict) {
+    const NarrowForm narrow(in_text);
+    return static_cast<T>(Parse(narrow.GetText(), narrow.GetLength(), in_strict));
+}
+
+template float NumberConverter::ConvertStringToFloatingPoint<float>(const char*, std::size_t, bool);
+template double NumberConverter::ConvertStringToFloatingPoint<double>(const char*, std::size_t,
+                                                                      bool);
+template float NumberConverter::ConvertStringToFloatingPoint<float>(const orska_wstring&, bool);
+template double NumberConverter::ConvertStringToFloatingPoint<double>(const orska_wstring&, bool);
+
+}  // namespace Orska::Support
