@@ -3,18 +3,25 @@
 #include <exception>
 
 #include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
 #include "Setup/OdbcInstaller.h"
 #include "Setup/StringMarshalling.h"
+#include "Setup/TracedInstaller.h"
 #include "Setup/VeltraneDSNConfiguration.h"
 #include "Setup/VeltraneDSNSetupException.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
+#include "tools/trace.h"
 
 namespace Veltrane::ODBC {
 
 using Orska::Support::ErrorException;
 using Orska::Support::orska_wstring;
+using Orska::Support::TraceSite;
 
 namespace {
+
+constexpr char FUNCTION[] = "Veltrane::ODBC::ConfigDSNInternal";
+constexpr char SOURCE[] = "Setup\\ConfigDSNInternal";
 
 /// The dialog result that counts as acceptance.
 constexpr int DIALOG_OK = 1;
@@ -42,7 +49,7 @@ void ReadEditor(const VeltraneDSNDialog& in_editor, VeltraneDSNConfiguration& io
 int RemoveDSN(VeltraneDSNConfiguration& io_record, const orska_wstring& in_attributes) {
     io_record.Load(in_attributes);
     // A refusal is handed on as it is; the installer, not we, has the reason.
-    return OdbcInstaller::RemoveDSNFromIni(io_record.GetDsn()) ? 1 : 0;
+    return TracedInstaller::RemoveDSNFromIni(io_record.GetDsn()) ? 1 : 0;
 }
 
 int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool in_isConfigure,
@@ -80,12 +87,15 @@ int Dispatch(bool in_hasParentWindow, unsigned short in_requestType,
         case ODBC_CONFIG_SYS_DSN:
             return EditDSN(record, in_hasParentWindow, true, in_attributes);
         default:
-            throw VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_REQUEST_TYPE);
+            ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 0}),
+                        VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_REQUEST_TYPE));
     }
 }
 
 void Post(unsigned long in_code, const orska_wstring& in_text) {
-    OdbcInstaller::PostInstallerError(in_code, in_text);
+    ORSKA_TRACE(1, FUNCTION, SOURCE, 0, "Request failed: installer error %lu \"%s\"", in_code,
+                TracedInstaller::ForTrace(in_text).c_str());
+    TracedInstaller::PostInstallerError(in_code, in_text);
 }
 
 /// The handlers, in the order in which they are tried.
@@ -120,8 +130,13 @@ int ConfigDSNInternal(void* in_parentWindow, unsigned short in_requestType,
                       const orska_wstring& in_attributes) noexcept {
     try {
         const OdbcInstaller::Request request;
-        return Dispatch(in_parentWindow != nullptr, in_requestType, in_driverDescription,
-                        in_attributes);
+        ORSKA_TRACE(2, FUNCTION, SOURCE, 0, "Request %u for driver \"%s\", mode %s, %s window",
+                    in_requestType, TracedInstaller::ForTrace(in_driverDescription).c_str(),
+                    request.GetModeName(), in_parentWindow != nullptr ? "with" : "without");
+        const int result = Dispatch(in_parentWindow != nullptr, in_requestType,
+                                    in_driverDescription, in_attributes);
+        ORSKA_TRACE(2, FUNCTION, SOURCE, 0, "Request %u: result %d", in_requestType, result);
+        return result;
     } catch (...) {
         return PostCurrentException();
     }

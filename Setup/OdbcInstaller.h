@@ -26,6 +26,9 @@ public:
     Request& operator=(const Request&) = delete;
     ~Request();
 
+    /// "user", "system" or "both", for the trace.
+    const char* GetModeName() const noexcept;
+
     struct State;
 
 private:

@@ -3,12 +3,16 @@
 #include <string>
 #include <string_view>
 
+#include "Exceptions/OrskaThrow.h"
 #include "Setup/OdbcInstaller.h"
+#include "Setup/TracedInstaller.h"
 #include "Setup/VeltraneDSNSetupException.h"
+#include "tools/trace.h"
 
 namespace Veltrane::ODBC {
 
 using Orska::Support::orska_wstring;
+using Orska::Support::TraceSite;
 
 const orska_wstring DSN_CONFIG_KEY_ODBC_INI(L"odbc.ini");
 const orska_wstring DSN_CONFIG_KEY_DSN(L"DSN");
@@ -26,8 +30,13 @@ namespace {
 constexpr int VALUE_BUFFER_SIZE = 260;
 constexpr int DRIVER_BUFFER_SIZE = 32;
 
-[[noreturn]] void Fail(VeltraneDSNSetupException::ErrorCode in_errorCode) {
-    throw VeltraneDSNSetupException(in_errorCode);
+constexpr char SOURCE[] = "Setup\\VeltraneDSNConfiguration";
+
+/// A throw site of the record.
+constexpr TraceSite Site(const char* in_function) { return {in_function, SOURCE, 0}; }
+
+void TraceDsn(const char* in_function, const orska_wstring& in_dsn) {
+    ORSKA_TRACE(2, in_function, SOURCE, 0, "DSN \"%s\"", TracedInstaller::ForTrace(in_dsn).c_str());
 }
 
 }  // namespace
@@ -80,12 +89,14 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
 
 void VeltraneDSNConfiguration::Load(const orska_wstring& in_attributeString) {
     ParseDSNAttribute(in_attributeString);
-    if (!OdbcInstaller::ValidDSN(m_dsn)) {
-        Fail(VeltraneDSNSetupException::INVALID_KEYWORD_VALUE);
+    TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Load", m_dsn);
+    if (!TracedInstaller::ValidDSN(m_dsn)) {
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Load")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_KEYWORD_VALUE));
     }
     const auto read = [this](const orska_wstring& in_key, orska_wstring& out_field) {
-        OdbcInstaller::GetPrivateProfileString(m_dsn, in_key, orska_wstring(L""), out_field,
-                                               VALUE_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
+        TracedInstaller::GetPrivateProfileString(m_dsn, in_key, orska_wstring(L""), out_field,
+                                                 VALUE_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
     };
     read(SERVER, m_server);
     read(COGNOS_NAMESPACE, m_cognosNamespace);
@@ -97,19 +108,21 @@ void VeltraneDSNConfiguration::Load(const orska_wstring& in_attributeString) {
 
 void VeltraneDSNConfiguration::RemoveStoredSection() {
     orska_wstring driver;
-    const int count =
-        OdbcInstaller::GetPrivateProfileString(m_dsn, DSN_CONFIG_KEY_DRIVER, orska_wstring(L""),
-                                               driver, DRIVER_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
-    if (count > 0 && !OdbcInstaller::RemoveDSNFromIni(m_dsn)) {
-        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    const int count = TracedInstaller::GetPrivateProfileString(
+        m_dsn, DSN_CONFIG_KEY_DRIVER, orska_wstring(L""), driver, DRIVER_BUFFER_SIZE,
+        DSN_CONFIG_KEY_ODBC_INI);
+    if (count > 0 && !TracedInstaller::RemoveDSNFromIni(m_dsn)) {
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::RemoveStoredSection")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
 }
 
 void VeltraneDSNConfiguration::WriteKey(const orska_wstring& in_key,
                                         const orska_wstring& in_value) {
-    if (!OdbcInstaller::WritePrivateProfileString(m_dsn, in_key, in_value,
-                                                  DSN_CONFIG_KEY_ODBC_INI)) {
-        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    if (!TracedInstaller::WritePrivateProfileString(m_dsn, in_key, in_value,
+                                                    DSN_CONFIG_KEY_ODBC_INI)) {
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::WriteKey")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
 }
 
@@ -121,11 +134,13 @@ void VeltraneDSNConfiguration::WriteOptionalKey(const orska_wstring& in_key,
 }
 
 void VeltraneDSNConfiguration::Save() {
+    TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Save", m_dsn);
     // One locked read-modify-write. Its destructor still writes what came before a failure.
     OdbcInstaller::Update update;
     RemoveStoredSection();
-    if (!OdbcInstaller::WriteDSNToIni(m_dsn, m_driverDescription)) {
-        Fail(VeltraneDSNSetupException::INVALID_NAME);
+    if (!TracedInstaller::WriteDSNToIni(m_dsn, m_driverDescription)) {
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
     }
     WriteKey(DSN_CONFIG_KEY_DRIVER, m_driverDescription);
     WriteKey(SERVER, m_server);
@@ -135,27 +150,31 @@ void VeltraneDSNConfiguration::Save() {
     WriteOptionalKey(PWD, m_pwd);
     WriteKey(DATABASE, m_database);
     if (!update.Commit()) {
-        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
 }
 
 void VeltraneDSNConfiguration::SetDsn(const orska_wstring& in_dsn) {
-    if (!OdbcInstaller::ValidDSN(in_dsn)) {
-        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+    if (!TracedInstaller::ValidDSN(in_dsn)) {
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::SetDsn")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
     m_dsn = in_dsn;
 }
 
 void VeltraneDSNConfiguration::SetServer(const orska_wstring& in_server) {
     if (in_server.GetLength() == 0) {
-        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::SetServer")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
     m_server = in_server;
 }
 
 void VeltraneDSNConfiguration::SetDatabase(const orska_wstring& in_database) {
     if (in_database.GetLength() == 0) {
-        Fail(VeltraneDSNSetupException::REQUEST_FAILED);
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::SetDatabase")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
     m_database = in_database;
 }

@@ -36,6 +36,7 @@ std::string Bracketed(const orska_wstring& in_section) {
 
 Request::Request() = default;
 Request::~Request() = default;
+const char* Request::GetModeName() const noexcept { return "fake"; }
 
 Update::Update() : m_state(std::make_unique<State>()) { s_installer.m_calls.emplace_back("Begin"); }
 

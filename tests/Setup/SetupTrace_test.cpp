@@ -1,0 +1,90 @@
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include "Setup/ConfigDSNInternal.h"
+#include "tests/support/OdbcInstaller_Fake.h"
+#include "tests/support/VeltraneDSNDialog_Fake.h"
+#include "tools/trace.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using Orska::Support::orska_wstring;
+using testing::HasSubstr;
+using testing::Not;
+using Veltrane::Test::s_editor;
+using Veltrane::Test::s_installer;
+using namespace std::string_literals;
+
+/// What requests trace to standard error at a level.
+template <typename Function>
+std::string TraceOf(const char* in_level, Function in_requests) {
+    setenv("TR4CE", in_level, 1);
+    Orska::ResetTrace();
+    testing::internal::CaptureStderr();
+    in_requests();
+    return testing::internal::GetCapturedStderr();
+}
+
+class SetupTrace : public testing::Test {
+protected:
+    void SetUp() override {
+        s_installer = {};
+        s_editor = {};
+        s_installer.m_profile["x"] = {
+            {"Driver", "drv"}, {"Server", "srv"}, {"UID", "geheim-u"}, {"PWD", "geheim-p"}};
+        s_editor.m_initialValues = {u"x", u"srv", u"", u"", u"geheim-u", u"geheim-p", u"d"};
+    }
+    static void Call(unsigned short in_type, const std::string& in_attributes) {
+        ConfigDSNInternal(nullptr, in_type, L"drv", orska_wstring(in_attributes));
+    }
+};
+
+TEST_F(SetupTrace, LevelOneTellsWhatWasThrownAndPosted) {
+    const std::string trace = TraceOf("1", [] { Call(7, ""); });
+    EXPECT_THAT(trace, HasSubstr("Throwing: VeltraneDSNSetupException("
+                                 "VeltraneDSNSetupException::INVALID_REQUEST_TYPE)"));
+    EXPECT_THAT(trace, HasSubstr("installer error 5 \"Invalid type of request.\""));
+    EXPECT_EQ(TraceOf("1", [] { Call(ODBC_ADD_DSN, ""); }), "");
+}
+
+TEST_F(SetupTrace, LevelTwoTellsTheRequestAndItsOutcome) {
+    const std::string trace = TraceOf("2", [] { Call(ODBC_CONFIG_DSN, "DSN=x\0"s); });
+    EXPECT_THAT(trace, HasSubstr("Request 2 for driver \"drv\", mode fake, without window"));
+    EXPECT_THAT(trace, HasSubstr("DSN \"x\""));
+    EXPECT_THAT(trace, HasSubstr("Request 2: result 1"));
+    EXPECT_THAT(trace, Not(HasSubstr("WritePrivateProfileString")));
+}
+
+TEST_F(SetupTrace, LevelThreeTellsEveryOperationWithItsResult) {
+    const std::string trace = TraceOf("3", [] { Call(ODBC_CONFIG_DSN, "DSN=x\0"s); });
+    EXPECT_THAT(trace, HasSubstr("WritePrivateProfileString:0\t[x] Server: \"srv\" = 1"));
+    EXPECT_THAT(trace, HasSubstr("RemoveDSNFromIni:0\t[x] = 1"));
+    EXPECT_THAT(trace, HasSubstr("[x] PWD: (not shown) = 1"));
+}
+
+TEST_F(SetupTrace, NoLevelShowsUserOrPassword) {
+    const std::string trace = TraceOf("254", [] {
+        Call(ODBC_ADD_DSN, "DSN=x\0PWD=geheim-p\0UID=geheim-u\0"s);
+        Call(ODBC_CONFIG_DSN, "DSN=x\0PWD=geheim-p\0"s);
+        Call(ODBC_REMOVE_DSN, "PWD=geheim-p\0"s);
+        s_installer.m_fails = [](const std::string& in_call) {
+            return in_call.rfind("Write [x] PWD", 0) == 0;
+        };
+        Call(ODBC_ADD_DSN, "DSN=x\0"s);
+    });
+    EXPECT_THAT(trace, HasSubstr("PWD"));
+    EXPECT_THAT(trace, Not(HasSubstr("geheim")));
+}
+
+TEST_F(SetupTrace, ATextCannotForgeALine) {
+    s_installer.m_invalidNames = {};
+    const std::string trace =
+        TraceOf("3", [] { Call(ODBC_REMOVE_DSN, "DSN=x\nforged:1\tline\0"s); });
+    EXPECT_THAT(trace, HasSubstr("[x?forged:1?line] = 1"));
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
