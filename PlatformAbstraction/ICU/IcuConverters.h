@@ -1,0 +1,35 @@
+/// What the ICU converters of this folder share: opening them, and what ICU leaves undone.
+#ifndef PLATFORMABSTRACTION_ICU_ICUCONVERTERS_H
+#define PLATFORMABSTRACTION_ICU_ICUCONVERTERS_H
+
+#include <unicode/ucnv.h>
+
+#include <cstdint>
+
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/EncodingType.h"
+
+namespace Orska::Support {
+
+/// The most that one call of an ICU converter is given, in bytes: ICU refuses buffers of 2 GiB.
+constexpr std::uint64_t ICU_MOST_BYTES_PER_CALL = std::uint64_t{1} << 30;
+
+/// A new ICU converter of a legal encoding. Costs far more than a short conversion.
+/// @param in_site  the place that the trace shows if it fails
+/// @throws ErrorException "ICUCreateUConverterErr" with the encoding's ICU name
+icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceSite& in_site);
+
+/// The most bytes that EndText writes.
+constexpr std::uint32_t ICU_MOST_END_BYTES = 16;
+
+/// Ends a text: gives the bytes that are still missing behind it, often none, and leaves the
+/// converter in its initial state. These are the way back to that state in a stateful encoding
+/// (HZ too, which ICU leaves open) and what stands for a lead surrogate at the end.
+/// @param io_converter  has converted all units of the text without a flush and holds no output
+/// @param out_bytes     ICU_MOST_END_BYTES bytes
+/// @return the number of bytes
+std::uint8_t EndText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status);
+
+}  // namespace Orska::Support
+
+#endif

@@ -1,0 +1,152 @@
+#include "PlatformAbstraction/ICU/SiconvStreamConverter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+
+namespace Orska::Support {
+
+SiconvStreamConverter::SiconvStreamConverter(EncodingType in_source, EncodingType in_target,
+                                             std::uint8_t in_flag, TranscoderFunction in_transcoder)
+    : StreamConverter(in_source, in_target, in_flag), m_transcoder(in_transcoder) {}
+
+void SiconvStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
+    GetSourceRemaining();  // refuses a wrong position before anything is written
+    char* const limit = GetTargetLimit(in_bytesWanted);
+    if (!CopyPendingOutput(limit)) {
+        SetTargetIsTooSmall();
+        return;
+    }
+    TranscoderTarget target{m_targetPosition, static_cast<std::uint64_t>(limit - m_targetPosition),
+                            0};
+    Outcome outcome = DoSiconvConvert(target);
+    AdvanceTarget(target.m_position);
+    if (outcome == Outcome::MORE && m_targetPosition < limit) {
+        outcome = ConvertStraddlingCodePoint(limit);
+    }
+    const bool isOutputPending = m_pendingOutputLength > 0;
+    // What stands in front of the malformed place goes out first; the next call finds it again.
+    if (outcome == Outcome::INVALID && !isOutputPending) {
+        ThrowInvalidInput();
+    }
+    m_isSourceConsumed = outcome == Outcome::DONE;
+    m_hasDataRemaining = outcome != Outcome::DONE || isOutputPending;
+    m_isTargetFilled = m_targetPosition == limit;
+}
+
+void SiconvStreamConverter::Reset() {
+    StreamConverter::Reset();
+    m_pendingInputLength = 0;
+    m_pendingOutputPosition = 0;
+    m_pendingOutputLength = 0;
+}
+
+// Converts what fits of the pending input and the piece. MORE: the next code point does not fit.
+SiconvStreamConverter::Outcome SiconvStreamConverter::DoSiconvConvert(TranscoderTarget& io_target) {
+    if (m_pendingInputLength > 0) {
+        const Outcome outcome = ConvertPendingInput(io_target);
+        if (outcome != Outcome::DONE) {
+            return outcome;
+        }
+    }
+    TranscoderSource source{m_sourcePosition, GetSourceRemaining(), 0};
+    const std::int32_t result = m_transcoder(source, io_target);
+    m_sourcePosition += source.m_position;
+    switch (result) {
+        case TRANSCODER_DONE:
+            return Outcome::DONE;
+        case TRANSCODER_FULL:
+            return Outcome::MORE;
+        case TRANSCODER_INCOMPLETE:
+            return KeepPendingInput();
+        default:
+            return Outcome::INVALID;
+    }
+}
+
+// Completes the pending code point with new bytes. DONE: the piece goes on at the source position.
+SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertPendingInput(
+    TranscoderTarget& io_target) {
+    const std::uint64_t pending = m_pendingInputLength;
+    const std::uint64_t added = std::min(GetSourceRemaining(), PENDING_INPUT_SIZE - pending);
+    if (added > 0) {
+        std::memcpy(m_pendingInput + pending, m_sourcePosition, added);
+    }
+    TranscoderSource joined{m_pendingInput, pending + added, 0};
+    const std::int32_t result = m_transcoder(joined, io_target);
+    if (joined.m_position > 0) {
+        // The pending code point is complete. Whatever stopped the transcoder behind it, new bytes
+        // that were not used are still in the piece, where they are met again.
+        m_sourcePosition += joined.m_position - pending;
+        m_pendingInputLength = 0;
+        return result == TRANSCODER_FULL ? Outcome::MORE : Outcome::DONE;
+    }
+    if (result == TRANSCODER_INCOMPLETE && GetSourceRemaining() == added) {
+        return KeepPendingInput();
+    }
+    return result == TRANSCODER_FULL ? Outcome::MORE : Outcome::INVALID;
+}
+
+// Takes what is left of the piece, the beginning of one code point, into the pending input.
+SiconvStreamConverter::Outcome SiconvStreamConverter::KeepPendingInput() noexcept {
+    const auto tail = static_cast<std::uint32_t>(m_sourceStart + m_sourceLength - m_sourcePosition);
+    if (m_isLastPiece || m_pendingInputLength + tail >= PENDING_INPUT_SIZE) {
+        return Outcome::INVALID;
+    }
+    if (tail > 0) {
+        std::memcpy(m_pendingInput + m_pendingInputLength, m_sourcePosition, tail);
+    }
+    m_pendingInputLength = static_cast<std::uint8_t>(m_pendingInputLength + tail);
+    m_sourcePosition += tail;
+    return Outcome::DONE;
+}
+
+// Converts the code point that does not fit into the pending output and fills the target with its
+// first bytes. The room grows by single bytes, so no second code point gets in.
+SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertStraddlingCodePoint(
+    const char* in_limit) {
+    Outcome outcome = Outcome::MORE;
+    TranscoderTarget target{m_pendingOutput,
+                            static_cast<std::uint64_t>(in_limit - m_targetPosition), 0};
+    while (outcome == Outcome::MORE && target.m_position == 0 &&
+           target.m_length < PENDING_OUTPUT_SIZE) {
+        ++target.m_length;
+        outcome = DoSiconvConvert(target);
+    }
+    m_pendingOutputPosition = 0;
+    m_pendingOutputLength = static_cast<std::uint8_t>(target.m_position);
+    CopyPendingOutput(in_limit);
+    return outcome;
+}
+
+// Copies as much of the pending output as fits; true when none is left.
+bool SiconvStreamConverter::CopyPendingOutput(const char* in_limit) noexcept {
+    const auto pending =
+        static_cast<std::uint64_t>(m_pendingOutputLength - m_pendingOutputPosition);
+    if (pending == 0) {
+        return true;
+    }
+    const std::uint64_t count =
+        std::min(pending, static_cast<std::uint64_t>(in_limit - m_targetPosition));
+    if (count > 0) {
+        std::memcpy(m_targetPosition, m_pendingOutput + m_pendingOutputPosition, count);
+        AdvanceTarget(count);
+    }
+    m_pendingOutputPosition = static_cast<std::uint8_t>(m_pendingOutputPosition + count);
+    if (count < pending) {
+        return false;
+    }
+    m_pendingOutputPosition = 0;
+    m_pendingOutputLength = 0;
+    return true;
+}
+
+void SiconvStreamConverter::ThrowInvalidInput() const {
+    ORSKA_THROW((TraceSite{"Orska::Support::SiconvStreamConverter::DoSiconvConvert",
+                           "PlatformAbstraction\\ICU\\SiconvStreamConverter", 0}),
+                ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErrNotRecog"));
+}
+
+}  // namespace Orska::Support

@@ -1,0 +1,50 @@
+/// The stream converter for the pairs of the transcoder: no ICU and no intermediate form.
+///
+/// It refuses malformed input with "ICUConvErrNotRecog", and also an incomplete code point at
+/// the end of the last piece: the transcoder replaces nothing, so the caller decides. Bytes in
+/// front of the malformed place have been converted by then, and the source position is at that
+/// place (or behind the bytes of it that earlier pieces brought).
+#ifndef PLATFORMABSTRACTION_ICU_SICONVSTREAMCONVERTER_H
+#define PLATFORMABSTRACTION_ICU_SICONVSTREAMCONVERTER_H
+
+#include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
+#include "PlatformAbstraction/ICU/StreamConverter.h"
+
+namespace Orska::Support {
+
+class SiconvStreamConverter final : public StreamConverter {
+public:
+    /// @param in_transcoder  the function of the pair
+    SiconvStreamConverter(EncodingType in_source, EncodingType in_target, std::uint8_t in_flag,
+                          TranscoderFunction in_transcoder);
+
+    using StreamConverter::DoConvert;
+    void DoConvert(std::uint64_t in_bytesWanted) override;
+    void Reset() override;
+
+private:
+    enum class Outcome { DONE, MORE, INVALID };
+
+    Outcome DoSiconvConvert(TranscoderTarget& io_target);
+    Outcome ConvertPendingInput(TranscoderTarget& io_target);
+    Outcome KeepPendingInput() noexcept;
+    Outcome ConvertStraddlingCodePoint(const char* in_limit);
+    bool CopyPendingOutput(const char* in_limit) noexcept;
+    [[noreturn]] void ThrowInvalidInput() const;
+
+    static constexpr std::uint32_t PENDING_INPUT_SIZE = 4;
+    static constexpr std::uint32_t PENDING_OUTPUT_SIZE = 16;
+
+    const TranscoderFunction m_transcoder;
+    /// The incomplete end of the pieces so far: less than one code point.
+    char m_pendingInput[PENDING_INPUT_SIZE] = {};
+    std::uint8_t m_pendingInputLength = 0;
+    /// The output of one code point of which the targets so far have not taken all.
+    char m_pendingOutput[PENDING_OUTPUT_SIZE] = {};
+    std::uint8_t m_pendingOutputPosition = 0;
+    std::uint8_t m_pendingOutputLength = 0;
+};
+
+}  // namespace Orska::Support
+
+#endif

@@ -1,0 +1,135 @@
+/// A stream converter turns a run of bytes in one encoding into bytes of another, piece by piece.
+///
+/// The caller hands over one piece of the source and then one target after another:
+///
+///     converter->SetSource(piece, pieceLength, isLastPiece);
+///     do {
+///         converter->SetTarget(buffer, sizeof(buffer));
+///         converter->DoConvert();
+///         Use(buffer, converter->GetTargetPosition());
+///     } while (converter->HasDataRemaining());
+///
+/// and then goes on with the next piece. However a source is cut into pieces, and whatever the
+/// sizes of the targets are, the bytes that come out are the same: what a piece leaves incomplete
+/// is kept for the next one, and what a target cannot hold is kept for the next target.
+///
+/// The last piece is marked as such, so that the converter knows where the text ends; a piece
+/// of no bytes will do. Only then is an incomplete code point at the end found out, and only then
+/// is a stateful target encoding (ISO-2022, HZ) led back to its initial state. After that, the next
+/// piece begins a new text.
+///
+/// StreamConverterFactory makes the right one of the three kinds. What malformed input does depends
+/// on the kind: WideStreamBlitter copies it, SiconvStreamConverter throws "ICUConvErrNotRecog", and
+/// WideStreamConverter substitutes, as ICU does. After an exception the converter has counted all
+/// that it wrote, and Reset makes it ready for another text.
+///
+/// A converter is used by one thread at a time. It allocates nothing after construction.
+#ifndef PLATFORMABSTRACTION_ICU_STREAMCONVERTER_H
+#define PLATFORMABSTRACTION_ICU_STREAMCONVERTER_H
+
+#include <cstdint>
+
+#include "PlatformAbstraction/EncodingType.h"
+
+namespace Orska::Support {
+
+class StreamConverter {
+public:
+    StreamConverter(const StreamConverter&) = delete;
+    StreamConverter& operator=(const StreamConverter&) = delete;
+    virtual ~StreamConverter() = default;
+
+    /// Hands over the next piece of the source. What an earlier piece has left unread is dropped.
+    /// @param in_start   not owned; must live until the piece is consumed; may be null for no bytes
+    /// @param in_length  bytes
+    /// @param in_isLast  true: the text ends with this piece
+    void SetSource(const char* in_start, std::uint64_t in_length, bool in_isLast = false);
+
+    /// Hands over the next target.
+    /// @param in_start   not owned; may be null for no bytes
+    /// @param in_length  bytes
+    void SetTarget(char* in_start, std::uint64_t in_length);
+
+    /// Converts into what is left of the target. A code point that does not fit whole is cut: its
+    /// first bytes end this target and the others begin the next, so a target of one byte will do.
+    /// @throws ErrorException "InvalidBuffPos" when a position is past the end of its buffer,
+    ///         "ICUConvErrNotRecog" for input that the converter refuses
+    void DoConvert();
+
+    /// As above, but writes at most `in_bytesWanted` bytes.
+    virtual void DoConvert(std::uint64_t in_bytesWanted) = 0;
+
+    /// As DoConvert, but leaves room for a NUL as wide as the target's code unit and writes it
+    /// behind the converted bytes. The NUL does not count as written: the target position stays in
+    /// front of it. A target with no room for the NUL is left alone. Only WideStreamConverter keeps
+    /// code points whole here.
+    virtual void DoConvertWithNul();
+
+    /// Forgets all that is kept between pieces and targets; the next piece begins a new text.
+    virtual void Reset();
+
+    /// Moves on, or back, in a buffer. A position past the end makes the next conversion throw.
+    /// @param in_position  bytes from the start
+    void SetSourcePosition(std::uint64_t in_position);
+    void SetTargetPosition(std::uint64_t in_position);
+
+    /// Bytes of the piece that have been taken in.
+    std::uint64_t GetSourcePosition() const noexcept;
+    /// Bytes of the target that have been written.
+    std::uint64_t GetTargetPosition() const noexcept;
+    /// Bytes written since construction or Reset, to all targets, without NULs.
+    std::uint64_t GetTotalBytesWritten() const noexcept { return m_totalBytesWritten; }
+
+    /// True when the piece has been read to its end, and before there is a piece.
+    bool IsSourceConsumed() const noexcept { return m_isSourceConsumed; }
+    /// True when the last conversion could not write more bytes than it did.
+    bool IsTargetFilled() const noexcept { return m_isTargetFilled; }
+    /// True when the last conversion could not write all it had: the same piece needs another
+    /// target.
+    bool HasDataRemaining() const noexcept { return m_hasDataRemaining; }
+
+    EncodingType GetSourceEncoding() const noexcept { return m_sourceEncoding; }
+    EncodingType GetTargetEncoding() const noexcept { return m_targetEncoding; }
+    /// The value that the factory was called with; the converters only keep it.
+    std::uint8_t GetFlag() const noexcept { return m_flag; }
+    /// Bytes of the target encoding's code unit, and so of its NUL.
+    std::uint8_t GetTargetCodeUnitWidth() const noexcept { return m_targetCodeUnitWidth; }
+
+protected:
+    /// The encodings must be legal.
+    StreamConverter(EncodingType in_source, EncodingType in_target, std::uint8_t in_flag);
+
+    /// Bytes of the source, or of the target, after its position.
+    /// @throws ErrorException "InvalidBuffPos" when the position is past the end
+    std::uint64_t GetSourceRemaining() const;
+    std::uint64_t GetTargetSpace() const;
+    /// The end of what may be written: the wanted bytes, cut to what the target has left.
+    char* GetTargetLimit(std::uint64_t in_bytesWanted) const;
+
+    /// Counts bytes that stand at the target position as written.
+    void AdvanceTarget(std::uint64_t in_bytes) noexcept;
+    void SetTargetIsTooSmall() noexcept;
+    void WriteNul() noexcept;
+
+    const EncodingType m_sourceEncoding;
+    const EncodingType m_targetEncoding;
+    const std::uint8_t m_flag;
+    bool m_isSourceConsumed = true;
+    bool m_isTargetFilled = false;
+    bool m_hasDataRemaining = false;
+    bool m_isLastPiece = false;
+    const char* m_sourceStart = nullptr;
+    std::uint64_t m_sourceLength = 0;
+    const char* m_sourcePosition = nullptr;
+    char* m_targetStart = nullptr;
+    std::uint64_t m_targetLength = 0;
+    char* m_targetPosition = nullptr;
+    std::uint64_t m_totalBytesWritten = 0;
+    const std::uint8_t m_targetCodeUnitWidth;
+    /// By the table of encodings, which counts no shift sequences.
+    const std::uint8_t m_targetMostBytesPerCodePoint;
+};
+
+}  // namespace Orska::Support
+
+#endif

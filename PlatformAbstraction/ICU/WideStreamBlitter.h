@@ -1,0 +1,22 @@
+/// The stream converter for bytes that need no conversion: the encodings are the same, or the
+/// source is US-ASCII and the target contains it. Bytes are copied as they are, malformed ones
+/// included, and code points are cut wherever a target ends.
+#ifndef PLATFORMABSTRACTION_ICU_WIDESTREAMBLITTER_H
+#define PLATFORMABSTRACTION_ICU_WIDESTREAMBLITTER_H
+
+#include "PlatformAbstraction/ICU/StreamConverter.h"
+
+namespace Orska::Support {
+
+class WideStreamBlitter final : public StreamConverter {
+public:
+    /// @param in_encoding  that of the source, which then counts as that of the target too
+    WideStreamBlitter(EncodingType in_encoding, std::uint8_t in_flag);
+
+    using StreamConverter::DoConvert;
+    void DoConvert(std::uint64_t in_bytesWanted) override;
+};
+
+}  // namespace Orska::Support
+
+#endif

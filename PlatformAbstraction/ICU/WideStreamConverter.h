@@ -1,0 +1,63 @@
+/// The stream converter for all pairs that have no faster way: two ICU converters with UTF-16
+/// between them.
+///
+/// Malformed input, an incomplete code point at the end of the last piece included, and code
+/// points that the target lacks are substituted as ICU does by default. A stateful target encoding
+/// is led back to its initial state at the end of the last piece.
+/// ICU's own conversion differs in one point: it does not lead HZ back.
+///
+/// DoConvertWithNul keeps code points whole: one that does not fit in front of the NUL is
+/// held for the next target. Of more bytes than the encoding's table allows a code point, which
+/// only the shift sequences of the ISO-2022 encodings reach, the surplus stays in the first target;
+/// the parts are right when they are joined. A target that cannot take what is held takes nothing.
+#ifndef PLATFORMABSTRACTION_ICU_WIDESTREAMCONVERTER_H
+#define PLATFORMABSTRACTION_ICU_WIDESTREAMCONVERTER_H
+
+#include <unicode/ucnv.h>
+
+#include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/StreamConverter.h"
+
+namespace Orska::Support {
+
+class WideStreamConverter final : public StreamConverter {
+public:
+    /// @throws ErrorException "ICUCreateUConverterErr" with the name of the encoding
+    WideStreamConverter(EncodingType in_source, EncodingType in_target, std::uint8_t in_flag);
+
+    using StreamConverter::DoConvert;
+    void DoConvert(std::uint64_t in_bytesWanted) override;
+    void DoConvertWithNul() override;
+    void Reset() override;
+
+private:
+    void ConvertSourceToIntermediate();
+    bool DoRegularConvert(char* in_limit);
+    bool ConvertWholeCodePointWithPartials(char* in_limit);
+    void FinishConvertForNulTerminated(char* in_limit);
+
+    bool ConvertUnits(char* in_limit, std::int64_t in_units);
+    void HoldEndOfText();
+    std::int64_t CountUnitsThatFit(const char* in_limit) const noexcept;
+    void HoldCutOutput(const char* in_entry) noexcept;
+    bool CopyHeldOutput(const char* in_limit) noexcept;
+    bool IsIntermediateEmpty() const noexcept { return m_read == m_fill; }
+
+    static constexpr std::size_t INTERMEDIATE_UNITS = 7168;
+
+    const icu::LocalUConverterPointer m_sourceConverter;
+    const icu::LocalUConverterPointer m_targetConverter;
+    /// The most bytes that one UTF-16 code unit can give, shift sequences included.
+    const std::int64_t m_mostBytesPerUnit;
+    bool m_isFinished =
+        false;  ///< the text has ended and both converters are in their initial state
+    std::uint8_t m_heldCount = 0;
+    char m_held[ICU_MOST_END_BYTES] = {};
+    const UChar* m_read = m_intermediate;
+    UChar* m_fill = m_intermediate;
+    UChar m_intermediate[INTERMEDIATE_UNITS];
+};
+
+}  // namespace Orska::Support
+
+#endif

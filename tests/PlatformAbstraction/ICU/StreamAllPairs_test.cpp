@@ -1,0 +1,21 @@
+// Every pair of encodings, cut in many ways. Takes long; labelled so.
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <vector>
+
+#include "tests/support/StreamDriver.h"
+
+namespace Orska::Support::Test {
+namespace {
+
+std::vector<int> AllEncodings() {
+    std::vector<int> encodings(ENCODING_COUNT);
+    std::iota(encodings.begin(), encodings.end(), 0);
+    return encodings;
+}
+
+TEST(StreamAllPairs, GiveTheSameBytesHoweverCut) { CheckPairs(AllEncodings(), AllEncodings(), 12); }
+
+}  // namespace
+}  // namespace Orska::Support::Test

@@ -1,0 +1,372 @@
+// The three kinds of stream converter and the factory that picks one.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/ICU/SiconvStreamConverter.h"
+#include "PlatformAbstraction/ICU/StreamConverterFactory.h"
+#include "PlatformAbstraction/ICU/WideStreamBlitter.h"
+#include "PlatformAbstraction/ICU/WideStreamConverter.h"
+#include "tests/support/StreamDriver.h"
+
+namespace Orska::Support::Test {
+namespace {
+
+using Converter = std::unique_ptr<StreamConverter>;
+
+EncodingType Enc(int in_value) { return static_cast<EncodingType>(in_value); }
+
+Converter Make(int in_source, int in_target) {
+    return StreamConverterFactory::CreateConverter(Enc(in_source), Enc(in_target), 3);
+}
+
+template <class Action>
+std::string KeyThrownBy(Action in_action) {
+    try {
+        in_action();
+    } catch (const ErrorException& error) {
+        EXPECT_EQ(DIAG_GENERAL_ERROR, error.GetDiagState());
+        EXPECT_EQ(SUPPORT_ERROR, error.GetComponentId());
+        return error.GetMessageKeyOrText().GetAsUtf8();
+    }
+    return "nothing thrown";
+}
+
+enum class Kind { BLITTER, SICONV, WIDE };
+
+Kind KindOf(const StreamConverter& in_converter) {
+    if (dynamic_cast<const WideStreamBlitter*>(&in_converter) != nullptr) return Kind::BLITTER;
+    if (dynamic_cast<const SiconvStreamConverter*>(&in_converter) != nullptr) return Kind::SICONV;
+    return Kind::WIDE;
+}
+
+TEST(StreamConverterFactory, PicksTheKindByThePair) {
+    const struct {
+        const char* m_point;
+        int m_source, m_target;
+        Kind m_kind;
+    } cases[] = {
+        {"same encoding", 18, 18, Kind::BLITTER},
+        {"US-ASCII into a superset", 7, 0, Kind::BLITTER},
+        {"US-ASCII into a set that is marked as none", 7, 84, Kind::WIDE},
+        {"US-ASCII into EBCDIC", 7, 41, Kind::WIDE},
+        {"US-ASCII into UTF-16", 7, 1, Kind::WIDE},
+        {"a superset into US-ASCII", 0, 7, Kind::WIDE},
+        {"a pair of the transcoder", 0, 1, Kind::SICONV},
+        {"ibm-5348 counts as cp1252", 96, 0, Kind::SICONV},
+        {"into ibm-5348", 0, 96, Kind::SICONV},
+        {"cp1252 and ibm-5348 have no function", 6, 96, Kind::WIDE},
+        {"known to the transcoder, but no function", 1, 2, Kind::WIDE},
+        {"UTF-32 into UTF-16", 3, 1, Kind::WIDE},
+        {"cp1252 into UTF-32", 6, 3, Kind::WIDE},
+        {"one side unknown to the transcoder", 0, 18, Kind::WIDE},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Converter converter = Make(c.m_source, c.m_target);
+        EXPECT_EQ(c.m_kind, KindOf(*converter));
+        EXPECT_EQ(3, converter->GetFlag());
+        EXPECT_TRUE(converter->IsSourceConsumed());
+    }
+    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Make(0, 119); }));
+    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Make(-1, 0); }));
+}
+
+TEST(WideStreamBlitter, SetsItsFlagsByWhatFits) {
+    const struct {
+        const char* m_point;
+        std::uint64_t m_space, m_wanted;
+        std::string m_written;
+        bool m_isConsumed, m_isFilled, m_isRemaining;
+    } cases[] = {
+        {"more room than source", 8, 6, "abcde", true, false, false},
+        {"exact room", 5, 5, "abcde", true, true, false},
+        {"less wanted than there is", 8, 3, "abc", false, true, true},
+        {"more wanted than the target has", 2, 100, "ab", false, true, true},
+        {"no room", 0, 0, "", false, true, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Converter converter = Make(0, 0);
+        std::vector<char> target(c.m_space);
+        converter->SetSource("abcde", 5);
+        converter->SetTarget(target.data(), target.size());
+        converter->DoConvert(c.m_wanted);
+        EXPECT_EQ(c.m_written, std::string(target.data(), converter->GetTargetPosition()));
+        EXPECT_EQ(c.m_written.size(), converter->GetSourcePosition());
+        EXPECT_EQ(c.m_isConsumed, converter->IsSourceConsumed());
+        EXPECT_EQ(c.m_isFilled, converter->IsTargetFilled());
+        EXPECT_EQ(c.m_isRemaining, converter->HasDataRemaining());
+    }
+}
+
+TEST(StreamConverter, TerminatesWithANulOfTheTargetsWidth) {
+    const struct {
+        const char* m_point;
+        int m_source, m_target;
+        std::string m_text;
+        std::uint64_t m_space;
+        std::string m_expected;  // all of the target, which begins as 'x'
+        bool m_isRemaining;
+    } cases[] = {
+        {"blitter, no room at all", 0, 0, "ab", 0, "", true},
+        {"blitter, room for the NUL only", 0, 0, "ab", 1, std::string(1, '\0'), true},
+        {"blitter, wide NUL in less room", 1, 1, "ab", 1, "x", true},
+        {"blitter, cut by the NUL", 1, 1, "abcd", 5, std::string("abc\0\0", 5), true},
+        {"transcoder, no room at all", 0, 1, "ab", 0, "", true},
+        {"transcoder, half a NUL", 0, 1, "ab", 1, "x", true},
+        {"transcoder, all fits", 5, 1, "ab", 7, std::string("a\0b\0\0\0x", 7), false},
+        {"wide, no room at all", 18, 3, "ab", 0, "", true},
+        {"wide, less room than the NUL", 18, 3, "ab", 3, "xxx", true},
+        {"wide, room for the NUL only", 18, 3, "ab", 4, std::string(4, '\0'), true},
+        {"wide, all fits", 18, 3, "a", 9, std::string("a\0\0\0\0\0\0\0x", 9), false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Converter converter = Make(c.m_source, c.m_target);
+        std::string target(c.m_space, 'x');
+        converter->SetSource(c.m_text.data(), c.m_text.size());
+        converter->SetTarget(target.data(), target.size());
+        converter->DoConvertWithNul();
+        EXPECT_EQ(c.m_expected, target);
+        EXPECT_EQ(c.m_isRemaining, converter->HasDataRemaining());
+    }
+}
+
+TEST(StreamConverter, RefusesPositionsOutsideTheBuffers) {
+    for (const auto& [source, target] : {std::pair{0, 0}, {0, 1}, {1, 3}}) {
+        SCOPED_TRACE(source);
+        const Converter converter = Make(source, target);
+        char room[8];
+        converter->SetSource("abcd", 4);
+        converter->SetTarget(room, 4);
+        converter->SetTargetPosition(5);
+        EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
+        EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvertWithNul(); }));
+        converter->SetTargetPosition(4);
+        converter->SetSourcePosition(5);
+        EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
+        converter->SetTargetPosition(0);
+        converter->SetSourcePosition(2);
+        EXPECT_EQ("nothing thrown", KeyThrownBy([&] { converter->DoConvert(); }));
+    }
+}
+
+TEST(SiconvStreamConverter, CarriesIncompleteTailsOverAnyNumberOfPieces) {
+    const struct {
+        const char* m_point;
+        int m_source, m_target;
+        std::vector<std::string> m_pieces;
+        std::string m_expected;
+    } cases[] = {
+        {"lead surrogate, then trail",
+         1,
+         0,
+         {std::string("a\0\x3D\xD8", 4), "\x04\xDE"},
+         "a\xF0\x9F\x98\x84"},
+        {"three single bytes", 0, 1, {"\xE2", "\x82", "\xAC"}, "\xAC\x20"},
+        {"four single bytes and one more",
+         0,
+         3,
+         {"\xF0", "\x9F", "\x98", "\x84", "a"},
+         std::string("\x04\xF6\x01\0a\0\0\0", 8)},
+        {"half a unit", 2, 0, {std::string(1, '\0'), "a"}, "a"},
+        {"empty pieces in between", 0, 1, {"\xC3", "", "", "\xA9"}, std::string("\xE9\0", 2)},
+        {"a new tail behind the completed one",
+         0,
+         1,
+         {"\xE2", "\x82\xAC\xC3", "\xA9"},
+         std::string("\xAC\x20\xE9\0", 4)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Converter converter = Make(c.m_source, c.m_target);
+        std::string target(64, 'x');
+        converter->SetTarget(target.data(), target.size());
+        for (const std::string& piece : c.m_pieces) {
+            converter->SetSource(piece.data(), piece.size(), false);
+            converter->DoConvert();
+            EXPECT_TRUE(converter->IsSourceConsumed());
+            EXPECT_FALSE(converter->HasDataRemaining());
+        }
+        EXPECT_EQ(c.m_expected, target.substr(0, converter->GetTargetPosition()));
+    }
+}
+
+TEST(SiconvStreamConverter, CutsACodePointAtTheEndOfATarget) {
+    const Converter converter = Make(1, 0);
+    converter->SetSource("a\0\xAC\x20", 4, true);
+    std::string target(2, 'x');
+    converter->SetTarget(target.data(), 2);
+    converter->DoConvert();
+    EXPECT_EQ("a\xE2", target);
+    EXPECT_TRUE(converter->IsSourceConsumed());
+    EXPECT_TRUE(converter->IsTargetFilled());
+    EXPECT_TRUE(converter->HasDataRemaining());
+    converter->SetTarget(target.data(), 2);
+    converter->DoConvert();
+    EXPECT_EQ("\x82\xAC", target);
+    EXPECT_TRUE(converter->IsTargetFilled());
+    EXPECT_FALSE(converter->HasDataRemaining());
+}
+
+TEST(SiconvStreamConverter, RefusesMalformedInputAfterWhatStandsBeforeIt) {
+    const struct {
+        const char* m_point;
+        int m_source, m_target;
+        std::vector<std::string> m_pieces;  // the last one is the end of the text
+        std::string m_before;
+    } cases[] = {
+        {"lone trail surrogate", 1, 0, {std::string("a\0\x00\xDC", 4)}, "a"},
+        {"lead surrogate and a letter",
+         1,
+         0,
+         {std::string("\x3D\xD8", 2), std::string("a\0", 2)},
+         ""},
+        {"overlong form", 0, 1, {"ab\xC0\x80"}, std::string("a\0b\0", 4)},
+        {"tail completed wrongly", 0, 5, {"a\xE2", "\x82", "b"}, "a"},
+        {"incomplete at the end", 0, 5, {"ab\xE2\x82"}, "ab"},
+        {"incomplete, the end comes later", 0, 5, {"ab\xE2", "\x82", ""}, "ab"},
+        {"surrogate in UTF-32", 3, 0, {std::string("\x00\xD8\0\0", 4)}, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Converter converter = Make(c.m_source, c.m_target);
+        std::string target(64, 'x');
+        converter->SetTarget(target.data(), target.size());
+        EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+                      for (std::size_t i = 0; i < c.m_pieces.size(); ++i) {
+                          converter->SetSource(c.m_pieces[i].data(), c.m_pieces[i].size(),
+                                               i + 1 == c.m_pieces.size());
+                          converter->DoConvert();
+                      }
+                  }));
+        EXPECT_EQ(c.m_before, target.substr(0, converter->GetTargetPosition()));
+        EXPECT_EQ(c.m_before.size(), converter->GetTotalBytesWritten());
+
+        converter->Reset();
+        EXPECT_EQ(0U, converter->GetTotalBytesWritten());
+        const std::string plain = EncodeWithIcu(u"next", Enc(c.m_source));
+        EXPECT_EQ(EncodeWithIcu(u"next", Enc(c.m_target)), ConvertAtOnce(*converter, plain));
+    }
+}
+
+TEST(SiconvStreamConverter, GivesOutACutCodePointBeforeItRefusesTheNext) {
+    const Converter converter = Make(0, 1);
+    converter->SetSource("\xE2\x82\xAC\xFF", 4, true);
+    char target[1];
+    converter->SetTarget(target, 1);
+    converter->DoConvert();
+    EXPECT_EQ('\xAC', target[0]);
+    EXPECT_TRUE(converter->HasDataRemaining());
+    converter->SetTarget(target, 1);
+    EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] { converter->DoConvert(); }));
+    EXPECT_EQ('\x20', target[0]);
+    EXPECT_EQ(2U, converter->GetTotalBytesWritten());
+}
+
+TEST(WideStreamConverter, HoldsACutCodePointInFrontOfTheNul) {
+    const Converter converter = Make(1, 18);  // UTF-16LE to SJIS
+    const std::u16string text = u"a\u6F22b";
+    converter->SetSource(reinterpret_cast<const char*>(text.data()), 6, true);
+    std::string target(3, 'x');
+    converter->SetTarget(target.data(), 3);
+    converter->DoConvertWithNul();
+    EXPECT_EQ(std::string("a\0x", 3), target);  // the lead byte was written and taken back
+    EXPECT_EQ(1U, converter->GetTargetPosition());
+    EXPECT_EQ(1U, converter->GetTotalBytesWritten());
+    EXPECT_TRUE(converter->IsTargetFilled());
+    EXPECT_TRUE(converter->HasDataRemaining());
+
+    target = "xx";  // room for the lead byte only: the code point stays held
+    converter->SetTarget(target.data(), 2);
+    converter->DoConvertWithNul();
+    EXPECT_EQ(std::string("\0x", 2), target);
+    EXPECT_EQ(0U, converter->GetTargetPosition());
+    EXPECT_TRUE(converter->HasDataRemaining());
+
+    target = "x";  // room for less than is held
+    converter->SetTarget(target.data(), 1);
+    converter->DoConvertWithNul();
+    EXPECT_EQ(std::string(1, '\0'), target);
+    EXPECT_TRUE(converter->HasDataRemaining());
+
+    target = "xxxx";
+    converter->SetTarget(target.data(), 4);
+    converter->DoConvertWithNul();
+    EXPECT_EQ(std::string("\x8A\xBF"
+                          "b\0",
+                          4),
+              target);
+    EXPECT_TRUE(converter->IsTargetFilled());
+    EXPECT_FALSE(converter->HasDataRemaining());
+    EXPECT_EQ(4U, converter->GetTotalBytesWritten());
+}
+
+TEST(WideStreamConverter, GivesHeldBytesByTheByteWithoutANul) {
+    const Converter converter = Make(1, 18);
+    const std::u16string text = u"\u6F22";
+    converter->SetSource(reinterpret_cast<const char*>(text.data()), 2, true);
+    char target[2];
+    converter->SetTarget(target, 2);
+    converter->DoConvertWithNul();
+    EXPECT_EQ(0U, converter->GetTargetPosition());
+    std::string joined;
+    while (converter->HasDataRemaining()) {
+        converter->SetTarget(target, 1);
+        converter->DoConvert();
+        joined.append(target, converter->GetTargetPosition());
+    }
+    EXPECT_EQ("\x8A\xBF", joined);
+}
+
+TEST(WideStreamConverter, EndsStatefulTextInItsInitialState) {
+    const struct {
+        int m_target;
+        std::u16string m_text;
+        std::string m_expected;
+    } cases[] = {
+        {24, u"\u6F22", "\x1B$B4A\x1B(B"},
+        {67, u"\u4E2D", "~{VP~}"},
+        {22, u"\u6F22", "\x1B$)C\x0E\x79\x53\x0F"},
+        {27, u"\u4E2D", "\x1B$)A\x0EVP\x0F"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(EncodingInfo::GetName(Enc(c.m_target)));
+        const Converter converter = Make(1, c.m_target);
+        const std::string source(reinterpret_cast<const char*>(c.m_text.data()), 2);
+        // Twice: the second text begins as if it were the first.
+        EXPECT_EQ(c.m_expected, ConvertAtOnce(*converter, source));
+        EXPECT_EQ(c.m_expected, ConvertAtOnce(*converter, source));
+        converter->SetTarget(nullptr, 0);
+        converter->DoConvert();
+        EXPECT_FALSE(converter->HasDataRemaining());
+    }
+}
+
+TEST(WideStreamConverter, SubstitutesMalformedInputAsIcuDoes) {
+    const Converter converter = Make(18, 0);  // SJIS to UTF-8
+    EXPECT_EQ(
+        "a\x1A"
+        "b",
+        ConvertAtOnce(*converter,
+                      "a\xFF"
+                      "b"));
+    EXPECT_EQ("a\x1A", ConvertAtOnce(*converter, "a\x8A"));  // the end cuts it off
+    char target[8];
+    converter->SetTarget(target, 8);
+    converter->SetSource("a\x8A", 2, false);
+    converter->DoConvert();
+    EXPECT_EQ(1U, converter->GetTargetPosition());
+    converter->SetSource("\xBF", 1, true);
+    converter->DoConvert();
+    EXPECT_EQ("a\xE6\xBC\xA2", std::string(target, converter->GetTargetPosition()));
+}
+
+}  // namespace
+}  // namespace Orska::Support::Test
