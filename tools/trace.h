@@ -22,14 +22,7 @@
 #include <cstdint>
 #include <cstdio>
 
-/// Lets the compiler check the arguments of a function against its printf format.
-#if defined(__MINGW32__)
-#define ORSKA_PRINTF_FORMAT(in_format, in_first) \
-    __attribute__((format(__MINGW_PRINTF_FORMAT, in_format, in_first)))
-#else
-#define ORSKA_PRINTF_FORMAT(in_format, in_first) \
-    __attribute__((format(printf, in_format, in_first)))
-#endif
+#include "tools/PrintfFormat.h"
 
 namespace Orska {
 
@@ -61,7 +54,7 @@ inline bool TraceIsOn(int in_level) noexcept {
 /// @param in_file      source name; what follows its last backslash is shown. Null shows nothing
 /// @param in_line      0 where no line is fixed
 /// @param in_format    printf format. One that ends in a blank or ":" gets the name of the `errno`
-///                     with which the call was entered; a lone "%" at its end stands for itself
+///                     with which the call was entered
 void trace(int in_level, const char* in_function, const char* in_file, int in_line,
            const char* in_format, ...) noexcept ORSKA_PRINTF_FORMAT(5, 6);
 

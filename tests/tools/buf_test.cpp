@@ -149,6 +149,7 @@ TEST(buf, Dump) {
     EXPECT_EQ(Dump(my), "BUF @ { size=32 get=1 put=18 data=@ \n 30 31\t#0000\n}\n");
     SetDumpLimit(0);
     EXPECT_EQ(Dump(my), "BUF @ { size=32 get=1 put=18 data=@ }\n");
+    SetDumpLimit(1024);
     char block[1] = {};
     EXPECT_EQ(Dump(buf{0, 0, 1, block, BUF_MAPPED}),
               "BUF @ { size=1 get=0 put=0 data=@ mapped }\n");

