@@ -1,0 +1,51 @@
+/// The driver manager's installer library: its functions, bound by name on first use, and what they
+/// tell about the running request. Everything that depends on the driver manager is in here.
+#ifndef SETUP_INSTALLERLIBRARY_H
+#define SETUP_INSTALLERLIBRARY_H
+
+#include <string>
+
+namespace Veltrane::ODBC {
+
+/// Whose data sources a request is about. The values are those of SQLGetConfigMode.
+enum class ConfigMode { BOTH = 0, USER = 1, SYSTEM = 2, UNKNOWN = -1 };
+
+/// Null where the library lacks a function. Never unloaded.
+struct InstallerLibrary {
+    int (*m_validDSN)(const char* in_name) = nullptr;
+    short (*m_postInstallerError)(unsigned in_code, const char* in_text) = nullptr;
+    int (*m_getConfigMode)(unsigned short* out_mode) = nullptr;
+    /// The paths of the user's and of the system's odbc.ini; a buffer of PATH_BUFFER bytes.
+    int (*m_userIni)(char* out_path, int in_isVerified) = nullptr;
+    int (*m_systemIni)(char* out_path, int in_isVerified) = nullptr;
+    int (*m_writeProfileString)(const char* in_section, const char* in_key, const char* in_value,
+                                const char* in_file) = nullptr;
+    void (*m_clearCache)() = nullptr;
+    /// A profile read that takes no lock. Its presence (from unixODBC 2.3.13 on) means that a lock
+    /// is held around ConfigDSN, under which m_getConfigMode would wait for ever.
+    int (*m_readWithoutLock)(const char* in_section, const char* in_key, const char* in_default,
+                             char* out_value, int in_size, const char* in_file) = nullptr;
+
+    static constexpr int PATH_BUFFER = 3 * 4096;
+
+    bool IsLoaded() const noexcept { return m_validDSN != nullptr; }
+};
+
+/// Loads the library at the first call. When that fails the user is told, once.
+const InstallerLibrary& GetInstallerLibrary();
+
+/// The config mode of the request that is running; UNKNOWN when it cannot be found out.
+ConfigMode FindConfigMode();
+/// The path of the user's odbc.ini and of the system's, whether they exist or not. A process that
+/// runs with more rights than its user has takes neither from the environment.
+std::string GetUserIniPath();
+std::string GetSystemIniPath();
+
+/// Makes the library forget the values that it has read: it keeps them for 20 s, old ones too.
+void ForgetReadValues();
+/// Empties the installer's error list.
+void ClearInstallerErrors();
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,362 @@
+#include "Setup/OdbcIniText.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+
+bool IsBlank(char in_char) { return in_char == ' ' || (in_char >= '\t' && in_char <= '\r'); }
+
+bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
+
+char Fold(char in_char) {
+    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + 32) : in_char;
+}
+
+bool IsLetterOrDigit(char in_char) {
+    const char folded = Fold(in_char);
+    return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
+}
+
+bool IsSameName(std::string_view in_left, std::string_view in_right) {
+    return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
+                      [](char in_a, char in_b) { return Fold(in_a) == Fold(in_b); });
+}
+
+std::string_view TrimLeft(std::string_view in_text) {
+    while (!in_text.empty() && IsBlank(in_text.front())) in_text.remove_prefix(1);
+    return in_text;
+}
+
+std::string_view Trim(std::string_view in_text) {
+    in_text = TrimLeft(in_text);
+    while (!in_text.empty() && IsBlank(in_text.back())) in_text.remove_suffix(1);
+    return in_text;
+}
+
+std::string_view HeaderName(std::string_view in_piece) {
+    in_piece = TrimLeft(in_piece).substr(1);
+    return Trim(in_piece.substr(0, in_piece.find(']')));
+}
+
+std::string_view KeyName(std::string_view in_piece) {
+    return Trim(in_piece.substr(0, in_piece.find('=')));
+}
+
+/// Control characters, and U+0080 to U+009F as UTF-8 spells them.
+bool HasControlCharacter(std::string_view in_text) {
+    for (std::size_t i = 0; i < in_text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(in_text[i]);
+        if (byte < 0x20 || byte == 0x7F) return true;
+        if (byte == 0xC2 && i + 1 < in_text.size() &&
+            static_cast<unsigned char>(in_text[i + 1]) < 0xA0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
+
+}  // namespace
+
+OdbcIniText::OdbcIniText(std::string in_bytes) : m_text(std::move(in_bytes)) {
+    if (m_text.starts_with(BYTE_ORDER_MARK)) m_text.erase(0, BYTE_ORDER_MARK.size());
+    const std::size_t lineEnd = m_text.find('\n');
+    if (lineEnd != std::string::npos && lineEnd > 0 && m_text[lineEnd - 1] == '\r') {
+        m_lineEnd = "\r\n";
+    }
+    CheckPreamble();
+}
+
+void OdbcIniText::CheckPreamble() {
+    m_firstSection = std::string::npos;
+    m_isReadable = true;
+    for (std::size_t at = 0; at < m_text.size(); at = PieceEnd(at)) {
+        const std::string_view piece = Piece(at);
+        if (!piece.empty() && piece.front() == '[') {
+            m_firstSection = at;
+            return;
+        }
+        const std::string_view content = TrimLeft(piece);
+        if (!content.empty() && !IsComment(content.front())) {
+            m_isReadable = false;
+            return;
+        }
+    }
+}
+
+/// The end of the reader's line that begins here, its line end included.
+std::size_t OdbcIniText::PieceEnd(std::size_t in_begin) const {
+    return LineEnd(in_begin, std::min(m_text.size(), in_begin + MAX_LINE));
+}
+
+/// What the reader sees of the line that begins here.
+std::string_view OdbcIniText::Piece(std::size_t in_begin) const {
+    const std::string_view piece(m_text.data() + in_begin, PieceEnd(in_begin) - in_begin);
+    return piece.substr(0, piece.find('\0'));
+}
+
+std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) const {
+    const char* const begin = m_text.data() + in_begin;
+    const void* const found = std::memchr(begin, '\n', in_limit - in_begin);
+    return found == nullptr
+               ? in_limit
+               : static_cast<std::size_t>(static_cast<const char*>(found) - m_text.data()) + 1;
+}
+
+/// The beginning of the first section header at or after the beginning of a reader's line. Jumps
+/// from bracket to bracket, because most of a large file is of no interest.
+std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules) const {
+    const std::string_view text = m_text;
+    std::size_t line = in_from;
+    for (std::size_t from = in_from;;) {
+        const std::size_t bracket = text.find('[', from);
+        if (bracket == std::string_view::npos) return text.size();
+        const std::size_t lineEnd = text.substr(from, bracket - from).rfind('\n');
+        if (lineEnd != std::string_view::npos) line = from + lineEnd + 1;
+        const std::size_t piece = line + (bracket - line) / MAX_LINE * MAX_LINE;
+        const std::string_view before = text.substr(piece, bracket - piece);
+        const bool isHeader = in_rules == Rules::APPENDED_FILE
+                                  ? before.empty()
+                                  : std::all_of(before.begin(), before.end(), IsBlank);
+        if (isHeader) return piece;
+        from = bracket + 1;
+    }
+}
+
+std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
+                                                           Rules in_rules) const {
+    if (!m_isReadable || m_firstSection == std::string::npos) return std::nullopt;
+    const bool isFirstFile = in_rules == Rules::FIRST_FILE;
+    if (isFirstFile && m_found.m_end != 0 && IsSameName(m_foundName, in_section)) return m_found;
+    std::size_t at = m_firstSection;
+    while (at < m_text.size()) {
+        const std::size_t body = PieceEnd(at);
+        if (IsSameName(HeaderName(Piece(at)), in_section)) {
+            const Range range{at, FindHeader(body, in_rules)};
+            if (isFirstFile) {
+                m_foundName = in_section;
+                m_found = range;
+            }
+            return range;
+        }
+        at = FindHeader(body, in_rules);
+    }
+    return std::nullopt;
+}
+
+std::optional<OdbcIniText::Range> OdbcIniText::FindKey(Range in_section, std::string_view in_key,
+                                                       Rules in_rules) const {
+    std::size_t end = PieceEnd(in_section.m_begin);
+    while (end < in_section.m_end) {
+        const std::size_t begin = end;
+        end = PieceEnd(begin);
+        std::string_view piece = Piece(begin);
+        if (in_rules == Rules::FIRST_FILE) piece = TrimLeft(piece);
+        if (piece.empty() || IsComment(piece.front())) continue;
+        if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(piece.front())) continue;
+        if (IsSameName(KeyName(piece), in_key)) return Range{begin, end};
+    }
+    return std::nullopt;
+}
+
+/// As FindKey, with all of the line even where the reader would cut it.
+std::optional<OdbcIniText::Range> OdbcIniText::FindKeyLine(Range in_section,
+                                                           std::string_view in_key) const {
+    std::optional<Range> line = FindKey(in_section, in_key, Rules::FIRST_FILE);
+    if (line && m_text[line->m_end - 1] != '\n')
+        line->m_end = LineEnd(line->m_begin, in_section.m_end);
+    return line;
+}
+
+bool OdbcIniText::HasSection(std::string_view in_section, Rules in_rules) const {
+    return FindSection(in_section, in_rules).has_value();
+}
+
+std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::string_view in_key,
+                                            Rules in_rules) const {
+    const std::optional<Range> section = FindSection(in_section, in_rules);
+    if (!section) return std::nullopt;
+    const std::optional<Range> line = FindKey(*section, in_key, in_rules);
+    if (!line) return std::nullopt;
+    const std::string_view piece = Piece(line->m_begin);
+    const std::size_t equals = piece.find('=');
+    if (equals == std::string_view::npos) return std::string();
+    return std::string(Trim(piece.substr(equals + 1)));
+}
+
+/// What stays of a section when its header and keys go. Whole lines are judged by their beginning:
+/// the tail of a long comment, which the reader takes for a key, is still the comment.
+std::string OdbcIniText::KeepComments(Range in_section, Gap& out_gap) const {
+    std::string kept;
+    std::size_t end = LineEnd(in_section.m_begin, in_section.m_end);
+    while (end < in_section.m_end) {
+        const std::size_t begin = end;
+        end = LineEnd(begin, in_section.m_end);
+        const std::string_view content = TrimLeft(Piece(begin));
+        if (content.empty() || IsComment(content.front())) {
+            kept.append(m_text, begin, end - begin);
+        } else {
+            out_gap.m_keys.push_back({std::string(KeyName(content)), kept.size()});
+        }
+    }
+    return kept;
+}
+
+void OdbcIniText::RemoveSection(std::string_view in_section) {
+    while (const std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE)) {
+        Gap gap{{std::string(in_section), 0}, {}};
+        const std::string kept = KeepComments(*section, gap);
+        const std::size_t position = Splice(*section, kept);
+        gap.m_header.m_position = position;
+        for (Place& key : gap.m_keys) key.m_position += position;
+        m_gaps.push_back(std::move(gap));
+        CheckPreamble();
+    }
+}
+
+void OdbcIniText::AddSection(std::string_view in_section) {
+    if (HasSection(in_section)) return;
+    std::string header("[");
+    header.append(in_section).append("]").append(m_lineEnd);
+    const auto gap = std::find_if(m_gaps.begin(), m_gaps.end(), [&](const Gap& in_gap) {
+        return !in_gap.m_isBack && IsSameName(in_gap.m_header.m_name, in_section);
+    });
+    std::size_t position = 0;
+    if (gap != m_gaps.end()) {
+        gap->m_isBack = true;
+        position = Splice({gap->m_header.m_position, gap->m_header.m_position}, header);
+    } else if (const std::size_t end = m_text.size(); IsBlankLineBefore(end)) {
+        position = Splice({end, end}, header + m_lineEnd);
+    } else {
+        position = Splice({end, end}, m_lineEnd + header) + m_lineEnd.size();
+    }
+    CheckPreamble();
+    m_foundName = in_section;
+    m_found = {position, FindHeader(PieceEnd(position), Rules::FIRST_FILE)};
+}
+
+/// Where a new key goes: to its old place, else behind the last key.
+std::size_t OdbcIniText::InsertPosition(Range in_section, std::string_view in_section_name,
+                                        std::string_view in_key) {
+    for (Gap& gap : m_gaps) {
+        if (!IsSameName(gap.m_header.m_name, in_section_name)) continue;
+        const auto place = std::find_if(
+            gap.m_keys.begin(), gap.m_keys.end(),
+            [&](const Place& in_place) { return IsSameName(in_place.m_name, in_key); });
+        if (place == gap.m_keys.end()) continue;
+        const std::size_t position = place->m_position;
+        gap.m_keys.erase(place);
+        if (position > in_section.m_begin && position <= in_section.m_end) return position;
+    }
+    std::size_t position = LineEnd(in_section.m_begin, in_section.m_end);
+    for (std::size_t at = position; at < in_section.m_end;) {
+        const std::string_view content = TrimLeft(Piece(at));
+        at = LineEnd(at, in_section.m_end);
+        if (!content.empty() && !IsComment(content.front())) position = at;
+    }
+    return position;
+}
+
+void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
+                      std::string_view in_value) {
+    AddSection(in_section);
+    const Range section = *FindSection(in_section, Rules::FIRST_FILE);
+    std::string line(in_key);
+    line.append("=").append(in_value).append(m_lineEnd);
+    std::optional<Range> old = FindKeyLine(section, in_key);
+    if (!old) {
+        const std::size_t position = InsertPosition(section, in_section, in_key);
+        old = Range{position, position};
+    }
+    const std::size_t size = m_text.size();
+    Splice(*old, line);
+    m_foundName = in_section;
+    m_found = {section.m_begin, section.m_end + m_text.size() - size};
+}
+
+void OdbcIniText::RemoveKey(std::string_view in_section, std::string_view in_key) {
+    while (const std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE)) {
+        const std::optional<Range> line = FindKeyLine(*section, in_key);
+        if (!line) return;
+        Splice(*line, "");
+    }
+}
+
+void OdbcIniText::Finish() {
+    for (std::size_t i = 0; i < m_gaps.size(); ++i) {
+        if (!m_gaps[i].m_isBack) CloseGap(m_gaps[i].m_header.m_position);
+    }
+    m_gaps.clear();
+    CheckPreamble();
+}
+
+/// True also at the beginning of the text.
+bool OdbcIniText::IsBlankLineBefore(std::size_t in_position) const {
+    if (in_position == 0) return true;
+    if (m_text[in_position - 1] != '\n') return false;
+    std::size_t begin = in_position - 1;
+    while (begin > 0 && m_text[begin - 1] != '\n' && IsBlank(m_text[begin - 1])) --begin;
+    return begin == 0 || m_text[begin - 1] == '\n';
+}
+
+void OdbcIniText::CloseGap(std::size_t in_position) {
+    if (!IsBlankLineBefore(in_position)) return;
+    std::size_t begin = in_position;
+    if (in_position == m_text.size()) {
+        if (in_position == 0) return;
+        begin = in_position - 1;
+        while (begin > 0 && m_text[begin - 1] != '\n') --begin;
+    }
+    const std::size_t end = LineEnd(begin, m_text.size());
+    const std::string_view line(m_text.data() + begin, end - begin);
+    if (Trim(line).empty()) Splice({begin, end}, "");
+}
+
+/// Replaces a range of whole lines, and puts line ends where the lines around it lack one.
+/// @return where the new text begins
+std::size_t OdbcIniText::Splice(Range in_old, std::string_view in_new) {
+    const bool isAtLineBegin = in_old.m_begin == 0 || m_text[in_old.m_begin - 1] == '\n';
+    const bool isAtEnd = in_old.m_end == m_text.size();
+    std::string text;
+    if (!isAtLineBegin && !(in_new.empty() && isAtEnd)) text += m_lineEnd;
+    const std::size_t position = in_old.m_begin + text.size();
+    text += in_new;
+    if (!in_new.empty() && in_new.back() != '\n' && !isAtEnd) text += m_lineEnd;
+
+    m_text.replace(in_old.m_begin, in_old.m_end - in_old.m_begin, text);
+    m_isChanged = true;
+    m_found = {0, 0};
+    const auto shift = [&](std::size_t& inout_position) {
+        if (inout_position >= in_old.m_end) {
+            inout_position += text.size() - (in_old.m_end - in_old.m_begin);
+        } else {
+            inout_position = std::min(inout_position, in_old.m_begin);
+        }
+    };
+    for (Gap& gap : m_gaps) {
+        shift(gap.m_header.m_position);
+        for (Place& key : gap.m_keys) shift(key.m_position);
+    }
+    return position;
+}
+
+bool OdbcIniText::IsCarriableSection(std::string_view in_section) {
+    return !in_section.empty() && in_section.size() + 2 <= MAX_LINE &&
+           in_section.find(']') == std::string_view::npos && !HasOuterBlank(in_section) &&
+           !HasControlCharacter(in_section);
+}
+
+bool OdbcIniText::IsCarriableLine(std::string_view in_key, std::string_view in_value) {
+    return !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
+           in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
+           !HasOuterBlank(in_value) && !HasControlCharacter(in_key) &&
+           !HasControlCharacter(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
+}
+
+}  // namespace Veltrane::ODBC

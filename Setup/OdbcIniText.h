@@ -1,0 +1,109 @@
+/// The text of one odbc.ini in memory: read as unixODBC's installer library reads the file, edited
+/// without touching a byte that does not belong to the section in question.
+///
+/// The reader's rules, which decide what a file means: lines are cut to pieces of 999 bytes, and
+/// each piece counts as a line; a line ends for the reader at a NUL; blanks around lines, names,
+/// keys and values do not count; lines that begin with # or ; are comments; everything from "[" to
+/// "]" is a section name; names compare without regard to ASCII case; of sections or keys that
+/// stand twice the first one counts; anything but comments and blank lines before the first section
+/// makes the whole file unreadable. A byte order mark is no part of the text here: it would make
+/// the file unreadable to the driver manager, so it is dropped when the file is written.
+#ifndef SETUP_ODBCINITEXT_H
+#define SETUP_ODBCINITEXT_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Veltrane::ODBC {
+
+class OdbcIniText {
+public:
+    /// Most bytes of a line, without its end, that the reader takes as one.
+    static constexpr std::size_t MAX_LINE = 999;
+
+    /// How the reader treats the file: as the only or first one, or as the system file whose
+    /// sections it appends to those of the user file. The latter counts a section or a key only
+    /// when it begins in the first column, and a key only when it begins with a letter or digit.
+    enum class Rules { FIRST_FILE, APPENDED_FILE };
+
+    OdbcIniText() = default;
+    explicit OdbcIniText(std::string in_bytes);
+
+    /// False when the reader refuses the file as a whole.
+    bool IsReadable() const noexcept { return m_isReadable; }
+    /// The text as it is to be written.
+    const std::string& GetBytes() const noexcept { return m_text; }
+    bool IsChanged() const noexcept { return m_isChanged; }
+
+    bool HasSection(std::string_view in_section, Rules in_rules = Rules::FIRST_FILE) const;
+    /// The value, without outer blanks; nothing when the reader finds none.
+    std::optional<std::string> Get(std::string_view in_section, std::string_view in_key,
+                                   Rules in_rules = Rules::FIRST_FILE) const;
+
+    /// Removes the header and the keys of every section of that name. Comments and blank lines
+    /// stay, and the places are remembered: a section and keys of the same names that are added
+    /// before Finish return to them.
+    void RemoveSection(std::string_view in_section);
+    /// Adds a section without keys, at its old place or at the end.
+    void AddSection(std::string_view in_section);
+    /// Writes a key in the first section of that name, which is added when there is none.
+    void Set(std::string_view in_section, std::string_view in_key, std::string_view in_value);
+    void RemoveKey(std::string_view in_section, std::string_view in_key);
+    /// Closes the gaps of sections that were removed and have not come back: of the blank lines
+    /// before and after such a section one goes with it. Adding and removing a section thus leaves
+    /// the text as it was.
+    void Finish();
+
+    /// Whether a section of this name can be written and found again.
+    static bool IsCarriableSection(std::string_view in_section);
+    /// Whether a line with this key and value can be written and read back unchanged.
+    static bool IsCarriableLine(std::string_view in_key, std::string_view in_value);
+
+private:
+    struct Range {
+        std::size_t m_begin;
+        std::size_t m_end;
+    };
+    struct Place {
+        std::string m_name;
+        std::size_t m_position;
+    };
+    /// Where a removed section and its keys stood.
+    struct Gap {
+        Place m_header;
+        std::vector<Place> m_keys;
+        bool m_isBack = false;  ///< the section has been added again
+    };
+
+    void CheckPreamble();
+    std::size_t PieceEnd(std::size_t in_begin) const;
+    std::string_view Piece(std::size_t in_begin) const;
+    std::size_t FindHeader(std::size_t in_from, Rules in_rules) const;
+    std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
+    std::optional<Range> FindKey(Range in_section, std::string_view in_key, Rules in_rules) const;
+    std::optional<Range> FindKeyLine(Range in_section, std::string_view in_key) const;
+    std::size_t LineEnd(std::size_t in_begin, std::size_t in_limit) const;
+    bool IsBlankLineBefore(std::size_t in_position) const;
+    std::string KeepComments(Range in_section, Gap& out_gap) const;
+    std::size_t InsertPosition(Range in_section, std::string_view in_section_name,
+                               std::string_view in_key);
+    void CloseGap(std::size_t in_position);
+    std::size_t Splice(Range in_old, std::string_view in_new);
+
+    std::string m_text;
+    std::string m_lineEnd = "\n";
+    std::size_t m_firstSection = std::string::npos;  ///< npos: there is none
+    bool m_isReadable = true;
+    bool m_isChanged = false;
+    std::vector<Gap> m_gaps;
+    /// The section found last, so that the writes of one request search the text once.
+    mutable std::string m_foundName;
+    mutable Range m_found{0, 0};
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif

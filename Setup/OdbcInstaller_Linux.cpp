@@ -1,0 +1,320 @@
+#include <unicode/utf16.h>
+
+#include <cerrno>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Setup/InstallerLibrary.h"
+#include "Setup/OdbcIniFile.h"
+#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniUpdate.h"
+#include "Setup/OdbcInstaller.h"
+
+namespace Veltrane::ODBC::OdbcInstaller {
+
+namespace {
+
+using Rules = OdbcIniText::Rules;
+
+constexpr char DATA_SOURCES_SECTION[] = "ODBC Data Sources";
+constexpr mode_t NEW_USER_FILE = 0600;
+/// Data sources of the system are for every user; the umask of the administrator may narrow it.
+constexpr mode_t NEW_SYSTEM_FILE = 0644;
+/// For how long, in microseconds, a file that looks unchanged is not read again within a request.
+constexpr long long SNAPSHOT_AGE = 1'000'000;
+constexpr short SQL_SUCCESS = 0;
+
+/// A file as it was read, so that the reads of one request need to read it once.
+struct Snapshot {
+    OdbcIniText m_text;
+    struct stat m_stat {};
+    long long m_time = -SNAPSHOT_AGE;
+    bool m_isValid = false;
+};
+
+bool IsSameVersion(const struct stat& in_a, const struct stat& in_b) {
+    const auto isSame = [](const timespec& in_left, const timespec& in_right) {
+        return in_left.tv_sec == in_right.tv_sec && in_left.tv_nsec == in_right.tv_nsec;
+    };
+    return in_a.st_dev == in_b.st_dev && in_a.st_ino == in_b.st_ino &&
+           in_a.st_size == in_b.st_size && isSame(in_a.st_mtim, in_b.st_mtim) &&
+           isSame(in_a.st_ctim, in_b.st_ctim);
+}
+
+/// UTF-8, or nothing for text that UTF-8 cannot express.
+std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
+    const std::u16string_view units = in_text.GetView();
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        if (!U16_IS_SURROGATE(units[i])) continue;
+        const bool isPair =
+            U16_IS_LEAD(units[i]) && i + 1 < units.size() && U16_IS_TRAIL(units[i + 1]);
+        if (!isPair) return std::nullopt;
+        ++i;
+    }
+    return in_text.GetAsUtf8();
+}
+
+/// Cuts the text to what fits a buffer, without leaving half a character.
+int Deliver(orska_wstring in_text, int in_bufferSize, orska_wstring& out_value) {
+    std::int32_t length = in_bufferSize - 1;
+    if (in_text.GetLength() > length) {
+        if (U16_IS_LEAD(in_text.GetView()[static_cast<std::size_t>(length) - 1])) --length;
+        in_text = in_text.Substring(0, length);
+    }
+    out_value = std::move(in_text);
+    return out_value.GetLength();
+}
+
+orska_wstring EmptyText() { return orska_wstring(std::string()); }
+
+}  // namespace
+
+struct Request::State {
+    State()
+        : m_mode(FindConfigMode()),
+          m_userPath(GetUserIniPath()),
+          m_systemPath(GetSystemIniPath()) {}
+
+    ConfigMode m_mode;
+    std::string m_userPath;
+    std::string m_systemPath;
+    Snapshot m_user;
+    Snapshot m_system;
+    State* m_outer = nullptr;
+};
+
+struct Update::State {
+    explicit State(const Request::State& in_request)
+        : m_mode(in_request.m_mode),
+          m_update(PathFor(in_request),
+                   m_mode == ConfigMode::SYSTEM ? NEW_SYSTEM_FILE : NEW_USER_FILE) {}
+
+    /// Empty, which no update accepts, when it is not known whose file is meant.
+    static std::string PathFor(const Request::State& in_request) {
+        if (in_request.m_mode == ConfigMode::UNKNOWN) return {};
+        return in_request.m_mode == ConfigMode::SYSTEM ? in_request.m_systemPath
+                                                       : in_request.m_userPath;
+    }
+
+    ConfigMode m_mode;
+    OdbcIniUpdate m_update;
+};
+
+namespace {
+
+/// The request and the update of this thread. Set and reset by the two classes.
+thread_local Request::State* t_request = nullptr;
+thread_local Update::State* t_update = nullptr;
+
+/// The running request, or one for a single operation.
+class CurrentRequest {
+public:
+    CurrentRequest() {
+        if (t_request == nullptr) m_own.emplace();
+    }
+    Request::State& operator*() { return m_own ? *m_own : *t_request; }
+    Request::State* operator->() { return &**this; }
+
+private:
+    std::optional<Request::State> m_own;
+};
+
+/// Null when the file cannot be read or the driver manager would refuse it. A file that does not
+/// exist is empty: reading makes the driver manager create it.
+const OdbcIniText* ReadFile(const std::string& in_path, Snapshot& io_snapshot) {
+    struct stat now {};
+    const long long time = SystemCalls::GetMonotonicTime();
+    if (io_snapshot.m_isValid && time - io_snapshot.m_time < SNAPSHOT_AGE &&
+        SystemCalls::Stat(in_path.c_str(), now, true) == 0 &&
+        IsSameVersion(now, io_snapshot.m_stat)) {
+        return &io_snapshot.m_text;
+    }
+    io_snapshot = {};
+    OdbcIniFile file(in_path);
+    std::string bytes;
+    if (file.Read(bytes, io_snapshot.m_stat)) {
+        io_snapshot.m_text = OdbcIniText(std::move(bytes));
+        io_snapshot.m_time = time;
+        io_snapshot.m_isValid = true;
+    } else if (file.GetFailure().m_error != ENOENT) {
+        TraceFileFailure(file.GetFailure());
+        return nullptr;
+    }
+    return io_snapshot.m_text.IsReadable() ? &io_snapshot.m_text : nullptr;
+}
+
+/// What an update of this thread has made of the file, else the file as it is.
+const OdbcIniText* ReadProfile(Request::State& in_request, bool in_isSystem) {
+    const bool isUpdated = t_update != nullptr && t_update->m_update.IsOpen() &&
+                           in_isSystem == (t_update->m_mode == ConfigMode::SYSTEM);
+    if (isUpdated) return &t_update->m_update.GetText();
+    return in_isSystem ? ReadFile(in_request.m_systemPath, in_request.m_system)
+                       : ReadFile(in_request.m_userPath, in_request.m_user);
+}
+
+struct Lookup {
+    bool m_isRead = false;  ///< false: no file could be read
+    std::optional<std::string> m_value;
+};
+
+Lookup LookUpIn(const OdbcIniText* in_text, const std::string& in_section,
+                const std::string& in_key) {
+    if (in_text == nullptr) return {};
+    return {true, in_text->Get(in_section, in_key)};
+}
+
+/// The user's file hides whole sections of the system's. A user file that may not be written does
+/// not count in this mode, because the driver manager opens it for writing first.
+Lookup LookUpInBoth(Request::State& in_request, const std::string& in_section,
+                    const std::string& in_key) {
+    const OdbcIniText* const user = SystemCalls::IsWritable(in_request.m_userPath.c_str())
+                                        ? ReadProfile(in_request, false)
+                                        : nullptr;
+    if (user == nullptr) return LookUpIn(ReadProfile(in_request, true), in_section, in_key);
+    if (user->HasSection(in_section)) return LookUpIn(user, in_section, in_key);
+    const OdbcIniText* const system = ReadProfile(in_request, true);
+    if (system == nullptr) return {true, std::nullopt};
+    return {true, system->Get(in_section, in_key, Rules::APPENDED_FILE)};
+}
+
+Lookup LookUp(const std::string& in_file, const std::string& in_section,
+              const std::string& in_key) {
+    if (in_file.front() == '/') {
+        Snapshot snapshot;
+        return LookUpIn(ReadFile(in_file, snapshot), in_section, in_key);
+    }
+    CurrentRequest request;
+    switch (request->m_mode) {
+        case ConfigMode::USER:
+            return LookUpIn(ReadProfile(*request, false), in_section, in_key);
+        case ConfigMode::SYSTEM:
+            return LookUpIn(ReadProfile(*request, true), in_section, in_key);
+        default:
+            return LookUpInBoth(*request, in_section, in_key);
+    }
+}
+
+/// Does one edit in the update of this thread, or in one of its own.
+template <typename Edit>
+bool Edited(const Edit& in_edit) {
+    if (t_update != nullptr) return in_edit(*t_update);
+    Update update;
+    return in_edit(*t_update) && update.Commit();
+}
+
+bool EditProfile(OdbcIniUpdate& io_update, const std::string& in_section,
+                 const std::optional<std::string>& in_key,
+                 const std::optional<std::string>& in_value) {
+    if (!in_key) return io_update.RemoveSection(in_section);
+    if (!in_value) return io_update.RemoveKey(in_section, *in_key);
+    return io_update.Set(in_section, *in_key, *in_value);
+}
+
+}  // namespace
+
+Request::Request() : m_state(std::make_unique<State>()) {
+    ClearInstallerErrors();
+    m_state->m_outer = t_request;
+    t_request = m_state.get();
+}
+
+Request::~Request() { t_request = m_state->m_outer; }
+
+Update::Update() {
+    if (t_update != nullptr) return;
+    CurrentRequest request;
+    m_state = std::make_unique<State>(*request);
+    t_update = m_state.get();
+}
+
+Update::~Update() {
+    if (m_state == nullptr) return;
+    Commit();
+    t_update = nullptr;
+}
+
+bool Update::Commit() noexcept {
+    if (m_state == nullptr) return true;
+    try {
+        const bool isDone = m_state->m_update.Commit();
+        if (isDone) ForgetReadValues();
+        return isDone;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool ValidDSN(const orska_wstring& in_name) {
+    const InstallerLibrary& library = GetInstallerLibrary();
+    if (!library.IsLoaded()) return false;
+    const std::optional<std::string> name = ToUtf8(in_name);
+    if (!name || !OdbcIniText::IsCarriableSection(*name)) return false;
+    if (in_name.Compare(orska_wstring(DATA_SOURCES_SECTION), false) == 0) return false;
+    return library.m_validDSN(name->c_str()) != 0;
+}
+
+int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
+                            const orska_wstring& in_default, orska_wstring& out_value,
+                            int in_bufferSize, const orska_wstring& in_file) {
+    out_value = EmptyText();
+    const std::optional<std::string> section = ToUtf8(in_section);
+    const std::optional<std::string> key = ToUtf8(in_key);
+    const std::optional<std::string> file = ToUtf8(in_file);
+    if (in_bufferSize < 2 || !file || file->empty()) return -1;
+    const Lookup lookup = section && key ? LookUp(*file, *section, *key) : Lookup{true, {}};
+    if (!lookup.m_isRead) return -1;
+    if (!lookup.m_value) return Deliver(in_default, in_bufferSize, out_value);
+    orska_wstring value;
+    value.SetFromUtf8(*lookup.m_value);
+    return Deliver(std::move(value), in_bufferSize, out_value);
+}
+
+bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
+                               const orska_wstring& in_value, const orska_wstring& in_file) {
+    const std::optional<std::string> section = ToUtf8(in_section);
+    const std::optional<std::string> key = ToUtf8(in_key);
+    const std::optional<std::string> value = ToUtf8(in_value);
+    const std::optional<std::string> file = ToUtf8(in_file);
+    if (!section || section->empty() || !key || !value || !file || file->empty()) return false;
+    const auto optionalKey = in_key.IsNull() ? std::nullopt : key;
+    const auto optionalValue = in_value.IsNull() ? std::nullopt : value;
+    if (file->front() == '/') {
+        OdbcIniUpdate update(*file, NEW_USER_FILE);
+        return EditProfile(update, *section, optionalKey, optionalValue) && update.Commit();
+    }
+    return Edited([&](Update::State& io_state) {
+        return EditProfile(io_state.m_update, *section, optionalKey, optionalValue);
+    });
+}
+
+bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
+    const std::optional<std::string> driver = ToUtf8(in_driver);
+    if (!ValidDSN(in_dsn) || !driver || driver->empty()) return false;
+    if (!OdbcIniText::IsCarriableLine("Driver", *driver)) return false;
+    const std::string dsn = in_dsn.GetAsUtf8();
+    return Edited([&](Update::State& io_state) {
+        return io_state.m_update.StartSection(dsn) && io_state.m_update.Set(dsn, "Driver", *driver);
+    });
+}
+
+bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
+    const std::optional<std::string> dsn = ToUtf8(in_dsn);
+    if (!dsn || dsn->empty()) return false;
+    return Edited([&](Update::State& io_state) {
+        // The driver manager does not find a system file that does not exist.
+        const bool isAbsent =
+            io_state.m_mode == ConfigMode::SYSTEM && io_state.m_update.IsNewFile();
+        return !isAbsent && io_state.m_update.RemoveSection(*dsn);
+    });
+}
+
+bool PostInstallerError(unsigned long in_code, const orska_wstring& in_text) {
+    const InstallerLibrary& library = GetInstallerLibrary();
+    if (library.m_postInstallerError == nullptr) return false;
+    const std::string text = in_text.GetAsUtf8();
+    return library.m_postInstallerError(static_cast<unsigned>(in_code), text.c_str()) ==
+           SQL_SUCCESS;
+}
+
+}  // namespace Veltrane::ODBC::OdbcInstaller

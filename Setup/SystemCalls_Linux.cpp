@@ -1,0 +1,147 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <pthread.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/xattr.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Setup/SystemCalls.h"
+
+namespace Veltrane::ODBC::SystemCalls {
+
+namespace {
+
+/// Holds the signal of the file-size limit back from this thread, and swallows the one that a write
+/// raised meanwhile.
+class FileSizeSignalBlock {
+public:
+    FileSizeSignalBlock() {
+        sigemptyset(&m_signals);
+        sigaddset(&m_signals, SIGXFSZ);
+        sigset_t pending;
+        sigpending(&pending);
+        m_wasPending = sigismember(&pending, SIGXFSZ) == 1;
+        pthread_sigmask(SIG_BLOCK, &m_signals, &m_before);
+    }
+    FileSizeSignalBlock(const FileSizeSignalBlock&) = delete;
+    FileSizeSignalBlock& operator=(const FileSizeSignalBlock&) = delete;
+    ~FileSizeSignalBlock() {
+        const int error = errno;
+        const timespec now{0, 0};
+        if (!m_wasPending) sigtimedwait(&m_signals, nullptr, &now);
+        pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+        errno = error;
+    }
+
+private:
+    sigset_t m_signals;
+    sigset_t m_before;
+    bool m_wasPending = false;
+};
+
+}  // namespace
+
+int Open(const char* in_path, int in_flags, mode_t in_mode) {
+    return ::open(in_path, in_flags, in_mode);
+}
+
+int OpenAt(int in_directory, const char* in_name, int in_flags, mode_t in_mode) {
+    return ::openat(in_directory, in_name, in_flags, in_mode);
+}
+
+int Close(int in_handle) { return ::close(in_handle); }
+
+ssize_t Read(int in_handle, void* out_bytes, std::size_t in_size, off_t in_offset) {
+    return ::pread(in_handle, out_bytes, in_size, in_offset);
+}
+
+ssize_t Write(int in_handle, const void* in_bytes, std::size_t in_size) {
+    const FileSizeSignalBlock block;
+    return ::write(in_handle, in_bytes, in_size);
+}
+
+int Sync(int in_handle) { return ::fsync(in_handle); }
+
+int Lock(int in_handle, int in_operation) { return ::flock(in_handle, in_operation); }
+
+int Stat(const char* in_path, struct stat& out_stat, bool in_followLink) {
+    return in_followLink ? ::stat(in_path, &out_stat) : ::lstat(in_path, &out_stat);
+}
+
+int StatHandle(int in_handle, struct stat& out_stat) { return ::fstat(in_handle, &out_stat); }
+
+int StatAt(int in_directory, const char* in_name, struct stat& out_stat) {
+    return ::fstatat(in_directory, in_name, &out_stat, AT_SYMLINK_NOFOLLOW);
+}
+
+int ChangeMode(int in_handle, mode_t in_mode) { return ::fchmod(in_handle, in_mode); }
+
+int ChangeOwner(int in_handle, uid_t in_user, gid_t in_group) {
+    return ::fchown(in_handle, in_user, in_group);
+}
+
+ssize_t GetAttribute(int in_handle, const char* in_name, void* out_bytes, std::size_t in_size) {
+    return ::fgetxattr(in_handle, in_name, out_bytes, in_size);
+}
+
+int SetAttribute(int in_handle, const char* in_name, const void* in_bytes, std::size_t in_size) {
+    return ::fsetxattr(in_handle, in_name, in_bytes, in_size, 0);
+}
+
+int RenameAt(int in_directory, const char* in_from, const char* in_to) {
+    return ::renameat(in_directory, in_from, in_directory, in_to);
+}
+
+int UnlinkAt(int in_directory, const char* in_name) { return ::unlinkat(in_directory, in_name, 0); }
+
+bool IsWritable(const char* in_path) {
+    if (::faccessat(AT_FDCWD, in_path, W_OK, AT_EACCESS) == 0) return true;
+    if (errno != ENOENT) return false;
+    std::string directory(in_path);
+    const std::size_t slash = directory.rfind('/');
+    directory = slash == std::string::npos ? "." : directory.substr(0, slash + 1);
+    return ::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+std::string RealPath(const char* in_path) {
+    char path[PATH_MAX];
+    return ::realpath(in_path, path) == nullptr ? std::string() : std::string(path);
+}
+
+std::vector<std::string> ListDirectory(int in_directory) {
+    std::vector<std::string> names;
+    // A file description of its own, because the position in the directory belongs to it.
+    FileHandle handle(::openat(in_directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!handle.IsOpen()) return names;
+    DIR* const directory = ::fdopendir(handle.Get());
+    if (directory == nullptr) return names;
+    handle.Release();
+    while (const dirent* const entry = ::readdir(directory)) names.emplace_back(entry->d_name);
+    ::closedir(directory);
+    return names;
+}
+
+bool GetRandom(void* out_bytes, std::size_t in_size) {
+    return ::getrandom(out_bytes, in_size, 0) == static_cast<ssize_t>(in_size);
+}
+
+void SleepMicroseconds(unsigned in_microseconds) {
+    const timespec time{in_microseconds / 1000000, in_microseconds % 1000000 * 1000};
+    ::nanosleep(&time, nullptr);
+}
+
+long long GetMonotonicTime() {
+    timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return time.tv_sec * 1000000LL + time.tv_nsec / 1000;
+}
+
+}  // namespace Veltrane::ODBC::SystemCalls
