@@ -1,0 +1,31 @@
+/// What an action throws, as one text for comparison: the key and the parameters of an
+/// ErrorException.
+#ifndef TESTS_SUPPORT_THROWNMESSAGE_H
+#define TESTS_SUPPORT_THROWNMESSAGE_H
+
+#include <string>
+
+#include "Exceptions/ErrorException.h"
+
+namespace Orska::Test {
+
+/// "Key" or "Key(first, second)"; "nothing" when nothing is thrown. Other exceptions pass.
+template <typename Exception = Support::ProductException, typename Action>
+std::string ThrownMessage(const Action& in_action) {
+    try {
+        in_action();
+    } catch (const Exception& exception) {
+        std::string text = exception.GetMessageKeyOrText().GetAsUtf8();
+        const char* separator = "(";
+        for (const Support::orska_wstring& parameter : exception.GetMessageParameters()) {
+            text += separator + parameter.GetAsUtf8();
+            separator = ", ";
+        }
+        return *separator == ',' ? text + ")" : text;
+    }
+    return "nothing";
+}
+
+}  // namespace Orska::Test
+
+#endif
