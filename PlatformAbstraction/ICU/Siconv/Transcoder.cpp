@@ -13,17 +13,21 @@ constexpr int INDEX_COUNT = 7;
 // The bodies of one pair; a level without one uses the next lower level that has one.
 struct Bodies {
     TranscoderFunction m_scalar = nullptr;
+    TranscoderFunction m_sse2 = nullptr;
+    TranscoderFunction m_ssse3 = nullptr;
+    TranscoderFunction m_sse41 = nullptr;
+    TranscoderFunction m_avx2 = nullptr;
 };
 
 constexpr Bodies BODIES[INDEX_COUNT][INDEX_COUNT] = {
     // from UTF-8
     {{},
-     {Utf8ToUtf16LE_Scalar},
-     {Utf8ToUtf16BE_Scalar},
-     {Utf8ToUtf32LE_Scalar},
-     {Utf8ToUtf32BE_Scalar},
-     {Utf8ToSingleByte_Scalar},
-     {Utf8ToSingleByte_Scalar}},
+     {Utf8ToUtf16LE_Scalar, nullptr, Utf8ToUtf16LE_SSSE3, nullptr, Utf8ToUtf16LE_AVX2},
+     {Utf8ToUtf16BE_Scalar, nullptr, Utf8ToUtf16BE_SSSE3, nullptr, Utf8ToUtf16BE_AVX2},
+     {Utf8ToUtf32LE_Scalar, nullptr, Utf8ToUtf32LE_SSSE3, nullptr, Utf8ToUtf32LE_AVX2},
+     {Utf8ToUtf32BE_Scalar, nullptr, Utf8ToUtf32BE_SSSE3, nullptr, Utf8ToUtf32BE_AVX2},
+     {Utf8ToSingleByte_Scalar, nullptr, Utf8ToSingleByte_SSSE3, nullptr, Utf8ToSingleByte_AVX2},
+     {Utf8ToSingleByte_Scalar, nullptr, Utf8ToSingleByte_SSSE3, nullptr, Utf8ToSingleByte_AVX2}},
     // from UTF-16LE
     {{Utf16LEToUtf8_Scalar},
      {},
@@ -93,8 +97,15 @@ TranscoderFunction GetTranscoder(int in_source, int in_target) noexcept {
     return GetTranscoderAtLevel(in_source, in_target, GetCpuLevel());
 }
 
-TranscoderFunction GetTranscoderAtLevel(int in_source, int in_target, CpuLevel) noexcept {
-    return GetScalarTranscoder(in_source, in_target);
+TranscoderFunction GetTranscoderAtLevel(int in_source, int in_target, CpuLevel in_level) noexcept {
+    if (!IsIndexPair(in_source, in_target)) {
+        return nullptr;
+    }
+    const Bodies& bodies = BODIES[in_source][in_target];
+    if (bodies.m_avx2 != nullptr && in_level >= CpuLevel::AVX2) return bodies.m_avx2;
+    if (bodies.m_sse41 != nullptr && in_level >= CpuLevel::SSE41) return bodies.m_sse41;
+    if (bodies.m_ssse3 != nullptr && in_level >= CpuLevel::SSSE3) return bodies.m_ssse3;
+    return bodies.m_sse2 != nullptr ? bodies.m_sse2 : bodies.m_scalar;
 }
 
 TranscoderFunction GetScalarTranscoder(int in_source, int in_target) noexcept {
