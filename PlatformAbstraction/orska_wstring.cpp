@@ -16,6 +16,7 @@
 #include "PlatformAbstraction/IPlatformStringConverter.h"
 #include "PlatformAbstraction/ProcessEncodings.h"
 #include "PlatformAbstraction/StringCodec.h"
+#include "PlatformAbstraction/TextPool.h"
 
 namespace Orska::Support {
 
@@ -35,35 +36,22 @@ std::int32_t CheckedLength(std::size_t in_count, std::size_t in_width) {
     return static_cast<std::int32_t>(in_count * in_width);
 }
 
-/// ICU's allocator answers null, and ICU marks a text whose memory ran out as bogus.
-icu::UnicodeString* CheckedText(icu::UnicodeString* in_text) {
-    if (in_text == nullptr || in_text->isBogus()) {
-        delete in_text;
-        throw std::bad_alloc();
-    }
-    return in_text;
-}
-
 /// Always a copy of the code units, never a share in ICU's reference-counted buffer, so that two
 /// strings can be used by two threads.
 icu::UnicodeString* CopyOf(const icu::UnicodeString* in_text) {
     if (in_text == nullptr) {
         return nullptr;
     }
-    return CheckedText(new icu::UnicodeString(in_text->getBuffer(), in_text->length()));
-}
-
-icu::UnicodeString* Decode(const char* in_bytes, std::int32_t in_length, EncodingType in_encoding) {
-    EncodingInfo::CheckEncodingType(in_encoding);
-    return DecodeText(in_bytes, in_length, in_encoding);
+    return AcquireText(in_text->getBuffer(), in_text->length());
 }
 
 /// Converts through the platform converter when there is one; empty text needs no conversion.
 void SetFromBytes(orska_wstring& out_string, const char* in_bytes, std::int32_t in_length,
                   EncodingType in_encoding) {
+    EncodingInfo::CheckEncodingType(in_encoding);
     IPlatformStringConverter* const converter = GetPlatformStringConverter();
     if (converter == nullptr || in_length == 0) {
-        out_string.SetImpl(Decode(in_bytes, in_length, in_encoding));
+        out_string.SetImpl(DecodeText(in_bytes, in_length, in_encoding));
     } else {
         converter->ConvertToWString(in_bytes, in_length, in_encoding, out_string);
     }
@@ -79,26 +67,39 @@ void SetFromUtf16(orska_wstring& out_string, const char16_t* in_text, std::size_
                  CheckedLength(in_length, sizeof(char16_t)), EncodingType::ENC_UTF16LE);
 }
 
+std::string EncodeThrough(IPlatformStringConverter& in_converter, const orska_wstring& in_string,
+                          EncodingType in_encoding) {
+    const std::int64_t length = in_converter.GetLengthInBytes(in_string, in_encoding);
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    const std::int64_t written =
+        in_converter.ConvertFromWString(in_string, bytes.data(), length, in_encoding);
+    bytes.resize(static_cast<std::size_t>(written));
+    return bytes;
+}
+
 std::string Encode(const orska_wstring& in_string, EncodingType in_encoding) {
+    if (in_string.IsEmpty()) {
+        return {};
+    }
+    EncodingInfo::CheckEncodingType(in_encoding);
+    IPlatformStringConverter* const converter = GetPlatformStringConverter();
+    return converter == nullptr ? EncodeText(*in_string.GetImpl(), in_encoding)
+                                : EncodeThrough(*converter, in_string, in_encoding);
+}
+
+/// `in_direct` makes the same units where there is no platform converter.
+template <typename Unit>
+std::basic_string<Unit> EncodeUnits(
+    const orska_wstring& in_string, EncodingType in_encoding,
+    std::basic_string<Unit> (*in_direct)(const icu::UnicodeString&)) {
     if (in_string.IsEmpty()) {
         return {};
     }
     IPlatformStringConverter* const converter = GetPlatformStringConverter();
     if (converter == nullptr) {
-        EncodingInfo::CheckEncodingType(in_encoding);
-        return EncodeText(*in_string.GetImpl(), in_encoding);
+        return in_direct(*in_string.GetImpl());
     }
-    const std::int64_t length = converter->GetLengthInBytes(in_string, in_encoding);
-    std::string bytes(static_cast<std::size_t>(length), '\0');
-    const std::int64_t written =
-        converter->ConvertFromWString(in_string, bytes.data(), length, in_encoding);
-    bytes.resize(static_cast<std::size_t>(written));
-    return bytes;
-}
-
-template <typename Unit>
-std::basic_string<Unit> EncodeUnits(const orska_wstring& in_string, EncodingType in_encoding) {
-    const std::string bytes = Encode(in_string, in_encoding);
+    const std::string bytes = EncodeThrough(*converter, in_string, in_encoding);
     std::basic_string<Unit> units(bytes.size() / sizeof(Unit), Unit{});
     std::memcpy(units.data(), bytes.data(), units.size() * sizeof(Unit));
     return units;
@@ -168,10 +169,11 @@ orska_wstring::orska_wstring(const char16_t* in_text, std::size_t in_length) : o
 }
 
 orska_wstring::orska_wstring(char16_t in_unit, std::size_t in_count)
-    : m_text(CheckedText(new icu::UnicodeString(CheckedLength(in_count, 1), UChar32{in_unit},
-                                                CheckedLength(in_count, 1)))) {}
+    : m_text(AcquireText(CheckedLength(in_count, 1))) {
+    std::fill_n(GetUnits(*m_text), in_count, in_unit);
+}
 
-orska_wstring::~orska_wstring() { delete m_text; }
+orska_wstring::~orska_wstring() { ReleaseText(m_text); }
 
 orska_wstring& orska_wstring::operator=(const orska_wstring& in_other) {
     if (this != &in_other) {
@@ -198,7 +200,7 @@ orska_wstring& orska_wstring::operator=(const std::wstring& in_text) {
 }
 
 orska_wstring& orska_wstring::SetFromUtf8(const std::string& in_text) {
-    SetImpl(Decode(in_text.data(), CheckedLength(in_text.size(), 1), EncodingType::ENC_UTF8));
+    SetImpl(DecodeText(in_text.data(), CheckedLength(in_text.size(), 1), EncodingType::ENC_UTF8));
     return *this;
 }
 
@@ -210,12 +212,12 @@ orska_wstring& orska_wstring::SetFromUtf8(const char* in_text, std::int64_t in_l
     } else if (in_text == nullptr) {
         length = 0;
     }
-    SetImpl(Decode(in_text, CheckedLength(length, 1), EncodingType::ENC_UTF8));
+    SetImpl(DecodeText(in_text, CheckedLength(length, 1), EncodingType::ENC_UTF8));
     return *this;
 }
 
 void orska_wstring::SetImpl(icu::UnicodeString* in_text) noexcept {
-    delete std::exchange(m_text, in_text);
+    ReleaseText(std::exchange(m_text, in_text));
 }
 
 std::u16string_view orska_wstring::GetView() const noexcept {
@@ -324,7 +326,7 @@ orska_wstring orska_wstring::Substring(std::int32_t in_start, std::int32_t in_le
     if (!IsNull()) {
         const std::int32_t start = std::clamp(in_start, 0, GetLength());
         const std::int32_t length = std::clamp(in_length, 0, GetLength() - start);
-        part.SetImpl(CheckedText(new icu::UnicodeString(m_text->getBuffer() + start, length)));
+        part.SetImpl(AcquireText(m_text->getBuffer() + start, length));
     }
     return part;
 }
@@ -365,11 +367,11 @@ std::string orska_wstring::GetAsUtf8() const {
 }
 
 std::wstring orska_wstring::GetAsPlatformWString() const {
-    return EncodeUnits<wchar_t>(*this, WIDE_ENCODING);
+    return EncodeUnits(*this, WIDE_ENCODING, EncodeWide);
 }
 
 std::u16string orska_wstring::GetAsUtf16() const {
-    return EncodeUnits<char16_t>(*this, EncodingType::ENC_UTF16LE);
+    return EncodeUnits(*this, EncodingType::ENC_UTF16LE, EncodeUtf16);
 }
 
 orska_wstring& orska_wstring::RegexReplace(const orska_wstring& in_pattern,

@@ -1,0 +1,93 @@
+#include "PlatformAbstraction/TextPool.h"
+
+#include <algorithm>
+#include <new>
+#include <typeinfo>
+
+namespace Orska::Support {
+
+constinit thread_local TextPool s_textPool = {};
+
+namespace {
+
+/// Empties the pool when the thread ends.
+struct PoolCloser {
+    PoolCloser() noexcept { s_textPool.m_capacity = TextPool::CAPACITY; }
+    ~PoolCloser() {
+        TextPool& pool = s_textPool;
+        pool.m_isClosed = true;
+        pool.m_capacity = 0;
+        while (pool.m_count != 0) {
+            icu::UnicodeString* const text = pool.m_texts[--pool.m_count];
+            ASAN_UNPOISON_MEMORY_REGION(text, sizeof *text);
+            delete text;
+        }
+    }
+};
+
+/// Makes room in a pool that is full: only in one that has not been opened yet.
+bool OpenPool(const TextPool& in_pool) noexcept {
+    if (in_pool.m_isClosed || in_pool.m_capacity != 0) {
+        return false;
+    }
+    static thread_local const PoolCloser s_closer;
+    return true;
+}
+
+bool HoldsItsUnits(const icu::UnicodeString& in_text) noexcept {
+    const auto units = reinterpret_cast<std::uintptr_t>(in_text.getBuffer());
+    return units - reinterpret_cast<std::uintptr_t>(&in_text) < sizeof in_text;
+}
+
+/// Sets the length to a larger one, which only ICU can do.
+bool Lengthen(icu::UnicodeString& io_text, std::int32_t in_length) noexcept {
+    if (io_text.getBuffer(in_length) == nullptr) {
+        return false;
+    }
+    io_text.releaseBuffer(in_length);
+    return true;
+}
+
+}  // namespace
+
+icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length) {
+    // The units that a text object can hold in itself.
+    constexpr std::int32_t INLINE_UNITS =
+        (UNISTR_OBJECT_SIZE - sizeof(void*) - sizeof(char16_t)) / sizeof(char16_t);
+
+    icu::UnicodeString* const text = in_text != nullptr ? in_text : new icu::UnicodeString();
+    if (text == nullptr) {
+        throw std::bad_alloc();
+    }
+    // As long as can be, so that the pooled text serves more lengths from now on.
+    if (!Lengthen(*text, std::max(in_length, INLINE_UNITS))) {
+        delete text;
+        throw std::bad_alloc();
+    }
+    text->truncate(in_length);
+    return text;
+}
+
+icu::UnicodeString* AcquireText(const char16_t* in_units, std::int32_t in_length) {
+    icu::UnicodeString* const text = AcquireText(in_length);
+    std::copy_n(in_units, in_length, GetUnits(*text));
+    return text;
+}
+
+void ReleaseText(icu::UnicodeString* in_text) noexcept {
+    // Only plain, usable objects are kept; a subclass is deleted as what it is.
+    if (in_text == nullptr || !HoldsItsUnits(*in_text) ||
+        &typeid(*in_text) != &typeid(icu::UnicodeString)) {
+        delete in_text;
+        return;
+    }
+    TextPool& pool = s_textPool;
+    if (pool.m_count == pool.m_capacity && !OpenPool(pool)) {
+        delete in_text;
+        return;
+    }
+    ASAN_POISON_MEMORY_REGION(in_text, sizeof *in_text);
+    pool.m_texts[pool.m_count++] = in_text;
+}
+
+}  // namespace Orska::Support

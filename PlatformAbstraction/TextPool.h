@@ -1,0 +1,75 @@
+/// Where the string type gets its text objects from and gives them back to.
+///
+/// A text object is made and deleted with ICU's allocator. Making and deleting one costs more than
+/// most texts do, so each thread keeps a few short ones that were given back, alive, for its next
+/// strings; they are deleted when the thread ends. Used by the string layer only.
+#ifndef PLATFORMABSTRACTION_TEXTPOOL_H
+#define PLATFORMABSTRACTION_TEXTPOOL_H
+
+#include <unicode/unistr.h>
+
+#include <cstdint>
+
+// What lies in the pool is nobody's: the address sanitizer, where there is one, reports its use.
+#if __has_include(<sanitizer/asan_interface.h>)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(in_address, in_size) static_cast<void>(0)
+#define ASAN_UNPOISON_MEMORY_REGION(in_address, in_size) static_cast<void>(0)
+#endif
+
+namespace Orska::Support {
+
+/// The texts that a thread keeps. Each holds its units in itself, whatever its length. Trivial, so
+/// that strings that outlive the thread's other objects can still ask it.
+struct TextPool {
+    static constexpr std::uint32_t CAPACITY = 32;
+
+    std::uint32_t m_count;
+    std::uint32_t m_capacity;  ///< 0 before the first text is given back and after the thread's end
+    bool m_isClosed;
+    icu::UnicodeString* m_texts[CAPACITY];
+};
+
+// Per thread: set and read by AcquireText and ReleaseText.
+extern constinit thread_local TextPool s_textPool;
+
+/// AcquireText where the pool has nothing that is long enough.
+/// @param in_text  a pooled text to lengthen, or null
+icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length);
+
+/// A text object of `in_length` code units that are not set yet. The caller owns it, sets the units
+/// through GetUnits, truncates it if they turn out fewer, and gives it back with ReleaseText.
+/// @throws std::bad_alloc
+inline icu::UnicodeString* AcquireText(std::int32_t in_length) {
+    TextPool& pool = s_textPool;
+    icu::UnicodeString* text = nullptr;
+    if (pool.m_count != 0) {
+        text = pool.m_texts[--pool.m_count];
+        ASAN_UNPOISON_MEMORY_REGION(text, sizeof *text);
+        const std::int32_t length = text->length();
+        if (length == in_length) {
+            return text;
+        }
+        if (length > in_length) {
+            text->truncate(in_length);
+            return text;
+        }
+    }
+    return MakeText(text, in_length);
+}
+
+/// A text object with a copy of the units.
+icu::UnicodeString* AcquireText(const char16_t* in_units, std::int32_t in_length);
+
+/// The units of a text object that no other object shares, for writing.
+inline char16_t* GetUnits(icu::UnicodeString& io_text) noexcept {
+    return const_cast<char16_t*>(io_text.getBuffer());
+}
+
+/// Takes a text object, made here or with `new icu::UnicodeString`, or null.
+void ReleaseText(icu::UnicodeString* in_text) noexcept;
+
+}  // namespace Orska::Support
+
+#endif
