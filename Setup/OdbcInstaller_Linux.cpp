@@ -221,6 +221,20 @@ Request::Request() : m_state(std::make_unique<State>()) {
 
 Request::~Request() { t_request = m_state->m_outer; }
 
+const char* Request::GetModeName() const noexcept {
+    switch (m_state->m_mode) {
+        case ConfigMode::BOTH:
+            return "both";
+        case ConfigMode::USER:
+            return "user";
+        case ConfigMode::SYSTEM:
+            return "system";
+        case ConfigMode::UNKNOWN:
+            break;
+    }
+    return "unknown";
+}
+
 Update::Update() {
     if (t_update != nullptr) return;
     CurrentRequest request;
