@@ -18,13 +18,12 @@ constexpr char VARIABLE[] = "VELTRANE_DSN_INITIAL_VALUES";
 void CheckValue(const std::string& in_key, const std::string& in_value) {
     for (const char c : in_value) {
         const unsigned char byte = static_cast<unsigned char>(c);
-        if ((byte < 0x20 && byte != '\t') || byte == 0x7F) {
+        if (byte < 0x20 || byte == 0x7F) {
             throw std::invalid_argument("The value of " + in_key +
                                         " holds a control character, which cannot be stored.");
         }
     }
-    const auto isBlank = [](char in_char) { return in_char == ' ' || in_char == '\t'; };
-    if (!in_value.empty() && (isBlank(in_value.front()) || isBlank(in_value.back()))) {
+    if (!in_value.empty() && (in_value.front() == ' ' || in_value.back() == ' ')) {
         throw std::invalid_argument("The value of " + in_key +
                                     " begins or ends with a blank, which cannot be stored.");
     }

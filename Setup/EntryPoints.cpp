@@ -1,0 +1,76 @@
+/// The two functions that the setup library exports. They turn their arguments into orska_wstring
+/// and hand over; nothing else happens here. The installer calls them on its own thread.
+///
+/// Declared here and not through an installer's headers: unixODBC and iODBC disagree about the
+/// types.
+#include <cstddef>
+
+#include "PlatformAbstraction/orska_wstring.h"
+#include "Setup/ConfigDSNInternal.h"
+
+namespace {
+
+using Orska::Support::orska_wstring;
+
+/// The characters of a list of NUL-terminated entries, up to the last one before two NULs in a row.
+/// A list whose first character is NUL has none: callers exist that pass "" with its single NUL,
+/// and nothing behind that NUL may be read.
+template <typename Char>
+std::size_t MeasureAttributeList(const Char* in_attributes) {
+    if (in_attributes == nullptr || in_attributes[0] == 0) {
+        return 0;
+    }
+    std::size_t count = 0;
+    while (in_attributes[count] != 0 || in_attributes[count + 1] != 0) {
+        ++count;
+    }
+    return count;
+}
+
+/// The NUL that ends the last entry belongs to the string, so that every entry has its own.
+template <typename Char>
+orska_wstring MakeAttributeString(const Char* in_attributes) {
+    const std::size_t count = MeasureAttributeList(in_attributes);
+    return count == 0 ? orska_wstring() : orska_wstring(in_attributes, count + 1);
+}
+
+template <typename Char>
+int ConfigDSNEntry(void* in_parentWindow, unsigned short in_requestType,
+                   const Char* in_driverDescription, const Char* in_attributes) noexcept {
+    try {
+        return Veltrane::ODBC::ConfigDSNInternal(in_parentWindow, in_requestType,
+                                                 orska_wstring(in_driverDescription),
+                                                 MakeAttributeString(in_attributes));
+    } catch (...) {
+        // Arguments too large for memory; nothing else is thrown out of the conversion.
+        return Veltrane::ODBC::PostCurrentException();
+    }
+}
+
+}  // namespace
+
+extern "C" {
+
+#ifndef _WIN32
+#define VELTRANE_EXPORT __attribute__((visibility("default")))
+#else
+#define VELTRANE_EXPORT  // exported by name in VeltraneSetup.def
+#endif
+
+/// @param in_driverDescription  NUL-terminated, UTF-8
+/// @param in_attributes         NUL-terminated key=value entries, ended by an empty one; may be
+/// null
+/// @return 1, or 0 with one installer error posted (a refused removal posts none)
+VELTRANE_EXPORT int ConfigDSN(void* in_parentWindow, unsigned short in_requestType,
+                              const char* in_driverDescription, const char* in_attributes) {
+    return ConfigDSNEntry(in_parentWindow, in_requestType, in_driverDescription, in_attributes);
+}
+
+/// As ConfigDSN, in UTF-16.
+VELTRANE_EXPORT int ConfigDSNW(void* in_parentWindow, unsigned short in_requestType,
+                               const char16_t* in_driverDescription,
+                               const char16_t* in_attributes) {
+    return ConfigDSNEntry(in_parentWindow, in_requestType, in_driverDescription, in_attributes);
+}
+
+}  // extern "C"
