@@ -3,26 +3,13 @@
 #include <cstddef>
 #include <stdexcept>
 
+#include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/Utf8.h"
+#include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
-
-struct Field {
-    std::string_view m_key;
-    DialogString DialogValues::*m_value;
-};
-
-constexpr Field FIELDS[] = {
-    {"DSN", &DialogValues::m_dsn},
-    {"Server", &DialogValues::m_server},
-    {"Namespace", &DialogValues::m_cognosNamespace},
-    {"LoginMode", &DialogValues::m_microStrategyLoginMode},
-    {"UID", &DialogValues::m_uid},
-    {"PWD", &DialogValues::m_pwd},
-    {"Database", &DialogValues::m_database},
-};
 
 char ToLowerAscii(char in_char) {
     return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
@@ -94,7 +81,7 @@ private:
             Fail("neither a section, a comment nor a key with its value");
         }
         const std::string_view key = TrimBlanks(in_line.substr(0, equals));
-        for (const Field& field : FIELDS) {
+        for (const DialogField& field : DIALOG_FIELDS) {
             if (EqualsIgnoringCase(key, field.m_key)) {
                 m_values.*field.m_value = Decode(TrimBlanks(in_line.substr(equals + 1)));
                 return;
@@ -124,6 +111,12 @@ private:
 };
 
 }  // namespace
+
+DialogValues::~DialogValues() {
+    if (m_pwd) {
+        Wipe(*m_pwd);
+    }
+}
 
 DialogValues ParseInitialValues(std::string_view in_contents, const std::string& in_fileName) {
     return Parser(in_contents, in_fileName).Run();

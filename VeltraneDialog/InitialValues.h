@@ -18,8 +18,16 @@ namespace Veltrane::ODBC {
 /// A text of the editor, in UTF-16; without a value it is null.
 using DialogString = std::optional<std::u16string>;
 
-/// The seven texts, in the order of the editor's fields.
+/// The seven texts, in the order of the editor's fields. The memory of the password is cleared when
+/// they go.
 struct DialogValues {
+    DialogValues() = default;
+    DialogValues(const DialogValues&) = default;
+    DialogValues& operator=(const DialogValues&) = default;
+    DialogValues(DialogValues&&) = default;
+    DialogValues& operator=(DialogValues&&) = default;
+    ~DialogValues();
+
     DialogString m_dsn = u"";
     DialogString m_server = u"";
     DialogString m_cognosNamespace = u"";

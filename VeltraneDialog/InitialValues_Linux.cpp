@@ -6,7 +6,9 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "VeltraneDialog/FileDescriptor.h"
 #include "VeltraneDialog/InitialValues.h"
+#include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::ODBC {
 
@@ -14,22 +16,6 @@ namespace {
 
 /// More than any seven values need; keeps a device or an endless pipe from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
-
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int in_descriptor) : m_descriptor(in_descriptor) {}
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() {
-        if (m_descriptor >= 0) {
-            close(m_descriptor);
-        }
-    }
-    int Get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
 
 [[noreturn]] void Fail(const std::string& in_fileName, const std::string& in_reason) {
     throw std::runtime_error("Initial values of a DSN: " + in_fileName + ": " + in_reason + ".");
@@ -74,6 +60,7 @@ DialogValues LoadInitialValues() {
     if (!ReadWholeFile(fileName, !isNamed, contents)) {
         return {};
     }
+    const WipeAtEnd wipe(contents);
     return ParseInitialValues(contents, fileName);
 }
 

@@ -62,6 +62,8 @@ void AppendUtf8(char32_t in_codePoint, std::string& out_bytes) {
 }  // namespace
 
 bool DecodeUtf8(std::string_view in_bytes, std::u16string& out_text) {
+    // Room for all at once, so that no piece of a password stays behind in a smaller buffer.
+    out_text.reserve(out_text.size() + in_bytes.size());
     std::size_t position = 0;
     while (position < in_bytes.size()) {
         Lead lead{};
@@ -86,6 +88,7 @@ bool DecodeUtf8(std::string_view in_bytes, std::u16string& out_text) {
 
 std::string EncodeUtf8(std::u16string_view in_text) {
     std::string bytes;
+    bytes.reserve(3 * in_text.size());
     for (std::size_t i = 0; i < in_text.size(); ++i) {
         char32_t codePoint = in_text[i];
         const bool isPair = codePoint >= 0xD800 && codePoint < 0xDC00 && i + 1 < in_text.size() &&

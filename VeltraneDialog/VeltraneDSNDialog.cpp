@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "VeltraneDialog/Wipe.h"
+
 namespace Veltrane::ODBC {
 
 VeltraneDSNDialog::VeltraneDSNDialog() : m_values(LoadInitialValues()) {}
@@ -20,7 +22,12 @@ void VeltraneDSNDialog::SetMicroStrategyLoginMode(DialogString in_text) {
 
 void VeltraneDSNDialog::SetUid(DialogString in_text) { m_values.m_uid = std::move(in_text); }
 
-void VeltraneDSNDialog::SetPwd(DialogString in_text) { m_values.m_pwd = std::move(in_text); }
+void VeltraneDSNDialog::SetPwd(DialogString in_text) {
+    m_values.m_pwd = std::move(in_text);
+    if (in_text) {
+        Wipe(*in_text);
+    }
+}
 
 void VeltraneDSNDialog::SetDatabase(DialogString in_text) {
     m_values.m_database = std::move(in_text);

@@ -1,0 +1,66 @@
+/// What every editor shows: the seven fields, their names for people and the other texts of the
+/// form. Texts are English and, at the same time, the keys of the translations; an ampersand stands
+/// before the letter that is the field's accelerator. Read-only, for any thread.
+#ifndef VELTRANEDIALOG_DIALOGFIELDS_H
+#define VELTRANEDIALOG_DIALOGFIELDS_H
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "VeltraneDialog/InitialValues.h"
+
+/// Marks a text for translation without translating it here.
+#define VELTRANE_TEXT(text) text
+
+namespace Veltrane::ODBC {
+
+enum class DialogFieldKind { TEXT, PASSWORD, LOGIN_MODE };
+
+struct DialogField {
+    /// The key of the value in odbc.ini and in the file of initial values.
+    std::string_view m_key;
+    DialogString DialogValues::*m_value;
+    DialogFieldKind m_kind;
+    bool m_isRequired;
+    const char* m_label;
+    const char* m_hint;
+};
+
+/// In the order of the contract, which is also the order of the texts between host and editor.
+inline constexpr std::array<DialogField, 7> DIALOG_FIELDS{{
+    {"DSN", &DialogValues::m_dsn, DialogFieldKind::TEXT, true, VELTRANE_TEXT("&Name"),
+     VELTRANE_TEXT("The name under which programs find this data source.")},
+    {"Server", &DialogValues::m_server, DialogFieldKind::TEXT, true, VELTRANE_TEXT("&Server"),
+     VELTRANE_TEXT("The computer on which the BI server runs: its name or address.")},
+    {"Namespace", &DialogValues::m_cognosNamespace, DialogFieldKind::TEXT, false,
+     VELTRANE_TEXT("Cognos na&mespace"),
+     VELTRANE_TEXT("Only for a Cognos server: the namespace in which the user signs in.")},
+    {"LoginMode", &DialogValues::m_microStrategyLoginMode, DialogFieldKind::LOGIN_MODE, false,
+     VELTRANE_TEXT("MicroStrategy &login mode"),
+     VELTRANE_TEXT("Only for a MicroStrategy server: how the user signs in.")},
+    {"UID", &DialogValues::m_uid, DialogFieldKind::TEXT, false, VELTRANE_TEXT("&User name"),
+     VELTRANE_TEXT("Left empty, programs ask for it when they connect.")},
+    {"PWD", &DialogValues::m_pwd, DialogFieldKind::PASSWORD, false, VELTRANE_TEXT("&Password"),
+     VELTRANE_TEXT("Stored as clear text. Left empty, programs ask for it when they connect.")},
+    {"Database", &DialogValues::m_database, DialogFieldKind::TEXT, true, VELTRANE_TEXT("Data&base"),
+     VELTRANE_TEXT("The database on that server.")},
+}};
+
+/// The order in which a form shows them: indices into `DIALOG_FIELDS`.
+inline constexpr std::array<std::size_t, DIALOG_FIELDS.size()> DISPLAY_ORDER{0, 1, 6, 4, 5, 2, 3};
+
+/// Offered for the login mode; any other text is as good. Stored as written, never translated.
+inline constexpr std::array<const char*, 3> LOGIN_MODES{"Standard", "LDAP", "Windows"};
+
+inline constexpr char TEXT_TITLE_NEW[] = VELTRANE_TEXT("New data source");
+/// With the name of the data source as its one parameter.
+inline constexpr char TEXT_TITLE[] = VELTRANE_TEXT("Data source %s");
+inline constexpr char TEXT_SHOW_PASSWORD[] = VELTRANE_TEXT("S&how password");
+inline constexpr char TEXT_REQUIRED[] = VELTRANE_TEXT("* has to be filled");
+inline constexpr char TEXT_OK[] = VELTRANE_TEXT("&OK");
+inline constexpr char TEXT_CANCEL[] = VELTRANE_TEXT("&Cancel");
+
+}  // namespace Veltrane::ODBC
+
+#endif
