@@ -1,0 +1,119 @@
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <link.h>
+#include <sys/auxv.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "VeltraneDialog/EditorChoice.h"
+#include "VeltraneDialog/FileDescriptor.h"
+
+#ifndef VELTRANE_EDITOR_DIRECTORY
+#error "The build defines where editors are installed, relative to the library"
+#endif
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+std::string SecureVariable(const char* in_name) {
+    const char* const value = secure_getenv(in_name);
+    return value != nullptr ? value : "";
+}
+
+/// @return an absolute path without symbolic links; empty with errno when there is none
+std::string RealPath(const std::string& in_path) {
+    char* const path = realpath(in_path.c_str(), nullptr);
+    const std::string result = path != nullptr ? path : "";
+    free(path);
+    return result;
+}
+
+std::string DirectoryOf(const std::string& in_path) { return in_path.substr(0, in_path.rfind('/')); }
+
+/// The directory of the library (or program) that this code is part of.
+std::string OwnDirectory() {
+    Dl_info info{};
+    void* map = nullptr;
+    const auto* address = reinterpret_cast<const void*>(&OwnDirectory);
+    if (dladdr1(address, &info, &map, RTLD_DL_LINKMAP) == 0) {
+        return {};
+    }
+    // The program itself has no name there, and its file may be named relative to another place.
+    const bool isProgram = map == nullptr || *static_cast<const link_map*>(map)->l_name == '\0';
+    return DirectoryOf(RealPath(isProgram ? "/proc/self/exe" : info.dli_fname));
+}
+
+std::string TerminalProblem() {
+    const FileDescriptor terminal(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (terminal.Get() < 0) {
+        return std::string("/dev/tty: ") + std::strerror(errno);
+    }
+    // A program in the background is stopped when it touches its terminal, and would never return.
+    if (tcgetpgrp(terminal.Get()) != getpgrp()) {
+        return "the program runs in the background of its terminal";
+    }
+    return {};
+}
+
+/// @param in_isStickyFine  others may add files, but not replace what is not theirs
+/// @return why others than root and this user could put something else in this place; or empty
+std::string WhyWritableByOthers(const std::string& in_path, bool in_isStickyFine) {
+    struct stat status {};
+    if (stat(in_path.c_str(), &status) != 0) {
+        return std::strerror(errno);
+    }
+    const bool isWritable = (status.st_mode & S_IWOTH) != 0 &&
+                            !(in_isStickyFine && (status.st_mode & S_ISVTX) != 0);
+    // In a build tree or a shared folder another owner is usual, and the library is his as well.
+    const bool isForeign =
+        getauxval(AT_SECURE) != 0 && status.st_uid != 0 && status.st_uid != geteuid();
+    return isWritable || isForeign ? "others can write to " + in_path : std::string();
+}
+
+std::string WhyReplaceable(const std::string& in_program) {
+    std::string problem = WhyWritableByOthers(in_program, false);
+    std::string directory = DirectoryOf(in_program);
+    bool isParent = false;
+    while (problem.empty() && !directory.empty()) {
+        problem = WhyWritableByOthers(directory, isParent);
+        directory = DirectoryOf(directory);
+        isParent = true;
+    }
+    return problem;
+}
+
+}  // namespace
+
+EditorSurroundings LookAroundForEditors() {
+    EditorSurroundings surroundings;
+    surroundings.m_wish = SecureVariable("VELTRANE_DSN_EDITOR");
+    surroundings.m_hasDisplay =
+        !SecureVariable("DISPLAY").empty() || !SecureVariable("WAYLAND_DISPLAY").empty();
+    surroundings.m_terminalProblem = TerminalProblem();
+    const std::string own = OwnDirectory();
+    if (!own.empty()) {
+        // Installed; the library in its build tree; a program in its build tree.
+        surroundings.m_directories = {own + "/" VELTRANE_EDITOR_DIRECTORY, DirectoryOf(own) + "/bin",
+                                      own};
+    }
+    return surroundings;
+}
+
+std::string WhyNotRunnable(const std::string& in_program) {
+    const std::string program = RealPath(in_program);
+    struct stat status {};
+    if (program.empty() || stat(program.c_str(), &status) != 0) {
+        return std::strerror(errno);
+    }
+    if (!S_ISREG(status.st_mode) || access(program.c_str(), X_OK) != 0) {
+        return "not a program";
+    }
+    return WhyReplaceable(program);
+}
+
+}  // namespace Veltrane::ODBC

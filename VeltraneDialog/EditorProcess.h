@@ -1,0 +1,25 @@
+/// Runs an editor program of ours, or one that speaks its protocol, and waits for its answer.
+///
+/// The program gets a socket as its standard input and nothing else of the host: no other
+/// descriptor, no blocked or ignored signal, none of the host's settings for the loader and for Qt.
+/// It works from any thread, in a host that ignores SIGCHLD, reaps children of others or has closed
+/// its descriptors 0 to 2.
+#ifndef VELTRANEDIALOG_EDITORPROCESS_H
+#define VELTRANEDIALOG_EDITORPROCESS_H
+
+#include <string>
+
+#include "VeltraneDialog/EditorProtocol.h"
+
+namespace Veltrane::ODBC {
+
+/// Shows the values in the program and waits until the user is done; the program has ended then.
+/// @param in_program  an absolute path
+/// @return `OK`, `CANCEL` or `UNAVAILABLE`; the last also for a program that could not be loaded
+/// @throws std::runtime_error with the program and what happened: it cannot be started, ended
+///         without an answer, or answered something else. The text holds no value.
+EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_values);
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,335 @@
+#include "VeltraneDialog/EditorProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "VeltraneDialog/EditorEnvironment.h"
+#include "VeltraneDialog/FileDescriptor.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+/// What the dynamic loader gives for a program that lacks a library, and a shell for a missing one.
+constexpr int STATUS_NOT_LOADED = 127;
+
+/// How long an editor that has answered may take to end, in milliseconds.
+constexpr int GRACE_AFTER_ANSWER = 2000;
+constexpr int GRACE_AFTER_SIGNAL = 2000;
+
+/// How often to look for the end of the program where the system cannot wait for it together with
+/// the socket, in milliseconds.
+constexpr int INTERVAL_WITHOUT_PIDFD = 200;
+
+[[noreturn]] void Fail(const std::string& in_program, const std::string& in_what) {
+    throw std::runtime_error("The DSN editor " + in_program + " " + in_what + ".");
+}
+
+[[noreturn]] void FailToStart(const std::string& in_program, int in_error) {
+    Fail(in_program, std::string("cannot be started: ") + std::strerror(in_error));
+}
+
+/// The two ends, numbered above the standard descriptors: a host may have closed those, and what it
+/// still prints there must not reach the editor.
+struct SocketPair {
+    explicit SocketPair(const std::string& in_program) {
+        int low[2];
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, low) != 0) {
+            FailToStart(in_program, errno);
+        }
+        const FileDescriptor first(low[0]);
+        const FileDescriptor second(low[1]);
+        m_host.emplace(fcntl(low[0], F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+        m_editor.emplace(fcntl(low[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+        if (m_host->Get() < 0 || m_editor->Get() < 0) {
+            FailToStart(in_program, errno);
+        }
+    }
+    std::optional<FileDescriptor> m_host;
+    std::optional<FileDescriptor> m_editor;
+};
+
+/// What posix_spawn is to do between fork and exec.
+class SpawnPlan {
+public:
+    explicit SpawnPlan(int in_socket) {
+        posix_spawn_file_actions_init(&m_actions);
+        posix_spawnattr_init(&m_attributes);
+        sigset_t signals;
+        sigemptyset(&signals);
+        Note(posix_spawnattr_setsigmask(&m_attributes, &signals));
+        sigfillset(&signals);
+        Note(posix_spawnattr_setsigdefault(&m_attributes, &signals));
+        Note(posix_spawnattr_setflags(&m_attributes,
+                                      POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+        Note(posix_spawn_file_actions_adddup2(&m_actions, in_socket, STDIN_FILENO));
+        // Not the host's: where it closed them, these numbers may by now be files of its data.
+        Note(posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_RDWR, 0));
+        Note(posix_spawn_file_actions_adddup2(&m_actions, STDOUT_FILENO, STDERR_FILENO));
+        Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
+    }
+    SpawnPlan(const SpawnPlan&) = delete;
+    SpawnPlan& operator=(const SpawnPlan&) = delete;
+    ~SpawnPlan() {
+        posix_spawn_file_actions_destroy(&m_actions);
+        posix_spawnattr_destroy(&m_attributes);
+    }
+
+    /// @return the error, 0 for none
+    int Spawn(const std::string& in_program, pid_t& out_process) {
+        if (m_error != 0) {
+            return m_error;
+        }
+        std::string name = in_program;
+        char* arguments[] = {name.data(), nullptr};
+        std::vector<char*> environment = EditorEnvironment();
+        return posix_spawn(&out_process, in_program.c_str(), &m_actions, &m_attributes, arguments,
+                           environment.data());
+    }
+
+private:
+    void Note(int in_error) { m_error = m_error == 0 ? in_error : m_error; }
+
+    posix_spawn_file_actions_t m_actions;
+    posix_spawnattr_t m_attributes;
+    int m_error = 0;
+};
+
+/// A child and what is known about its end. Somebody else in the host may reap it first, or the
+/// system does when SIGCHLD is ignored: then the end is seen, but not its status.
+class ChildProcess {
+public:
+    explicit ChildProcess(pid_t in_process)
+        : m_process(in_process),
+          m_handle(static_cast<int>(syscall(SYS_pidfd_open, in_process, 0))) {}
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess() {
+        if (!WaitForEnd(m_grace)) {
+            Signal(SIGTERM);
+            if (!WaitForEnd(GRACE_AFTER_SIGNAL)) {
+                Signal(SIGKILL);
+                WaitForEnd(GRACE_AFTER_SIGNAL);
+            }
+        }
+    }
+
+    /// Readable once the process has ended; negative where the system has no such descriptors.
+    int Handle() const { return m_handle.Get(); }
+
+    /// From now on it may end by itself.
+    void LetEnd() { m_grace = GRACE_AFTER_ANSWER; }
+
+    bool HasEnded() {
+        if (m_hasEnded || (Handle() >= 0 && !IsReadable(0))) {
+            return m_hasEnded;
+        }
+        constexpr idtype_t BY_HANDLE = static_cast<idtype_t>(3);  // P_PIDFD
+        siginfo_t info{};
+        const int result = Handle() >= 0
+                               ? waitid(BY_HANDLE, static_cast<id_t>(Handle()), &info, WEXITED | WNOHANG)
+                               : waitid(P_PID, static_cast<id_t>(m_process), &info, WEXITED | WNOHANG);
+        if (result == 0 && info.si_pid != 0) {
+            m_end = info;
+        }
+        m_hasEnded = m_end || Handle() >= 0 || (result != 0 && errno == ECHILD);
+        return m_hasEnded;
+    }
+
+    bool WaitForEnd(int in_milliseconds) {
+        int rest = in_milliseconds;
+        while (!HasEnded() && rest > 0) {
+            const int step = std::min(rest, 50);
+            IsReadable(step);
+            rest -= step;
+        }
+        return m_hasEnded;
+    }
+
+    bool WasNotLoaded() const {
+        return m_end && m_end->si_code == CLD_EXITED && m_end->si_status == STATUS_NOT_LOADED;
+    }
+
+    std::string DescribeEnd() const {
+        if (!m_hasEnded) {
+            return "closed the connection";
+        }
+        if (!m_end) {
+            return "ended";
+        }
+        if (m_end->si_code == CLD_EXITED) {
+            return "ended with status " + std::to_string(m_end->si_status);
+        }
+        const char* const name = sigdescr_np(m_end->si_status);
+        return "was ended by signal " + std::to_string(m_end->si_status) +
+               (name != nullptr ? std::string(" (") + name + ")" : std::string());
+    }
+
+private:
+    /// Just waits where there is no handle.
+    bool IsReadable(int in_milliseconds) const {
+        pollfd handle{Handle(), POLLIN, 0};
+        return poll(&handle, 1, in_milliseconds) > 0;
+    }
+
+    void Signal(int in_signal) const {
+        if (Handle() >= 0) {
+            syscall(SYS_pidfd_send_signal, Handle(), in_signal, nullptr, 0);
+        } else {
+            kill(m_process, in_signal);
+        }
+    }
+
+    pid_t m_process;
+    FileDescriptor m_handle;
+    bool m_hasEnded = false;
+    std::optional<siginfo_t> m_end;
+    int m_grace = 0;
+};
+
+/// The bytes of one conversation, sent and received as the socket takes and has them.
+class Conversation {
+public:
+    Conversation(int in_socket, SecretBytes& in_request)
+        : m_socket(in_socket), m_toSend(in_request.Get()) {}
+
+    short Events() const { return static_cast<short>(m_toSend.empty() ? POLLIN : POLLIN | POLLOUT); }
+
+    void Send() {
+        while (!m_toSend.empty()) {
+            const ssize_t count =
+                send(m_socket, m_toSend.data(), m_toSend.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count < 0 && errno == EAGAIN) {
+                return;
+            }
+            // An editor that does not want the rest may still have an answer.
+            m_toSend = m_toSend.subspan(count < 0 ? m_toSend.size() : static_cast<std::size_t>(count));
+        }
+    }
+
+    /// @return false at the end of what the editor will ever say
+    bool Receive() {
+        while (!IsComplete()) {
+            const std::span<char> room = Room();
+            const ssize_t count = recv(m_socket, room.data(), room.size(), MSG_DONTWAIT);
+            if (count > 0) {
+                Advance(static_cast<std::size_t>(count));
+            } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
+                return false;
+            } else if (errno == EAGAIN) {
+                return true;
+            }
+        }
+        return true;
+    }
+
+    bool IsComplete() const {
+        return m_payload && m_received == EDITOR_HEADER_SIZE + m_payload->Get().size();
+    }
+
+    EditorMessage Answer() {
+        EditorMessage message = DecodeEditorMessage(m_header, m_payload->Get());
+        if (message.m_kind == EditorMessageKind::SHOW) {
+            throw EditorProtocolError("a message that only the host sends");
+        }
+        return message;
+    }
+
+private:
+    std::span<char> Room() {
+        if (m_payload) {
+            return m_payload->Get().subspan(m_received - EDITOR_HEADER_SIZE);
+        }
+        return std::span<char>(m_header).subspan(m_received);
+    }
+
+    void Advance(std::size_t in_count) {
+        m_received += in_count;
+        if (!m_payload && m_received == EDITOR_HEADER_SIZE) {
+            m_payload.emplace(EditorPayloadSize(m_header));
+        }
+    }
+
+    int m_socket;
+    std::span<char> m_toSend;
+    std::array<char, EDITOR_HEADER_SIZE> m_header{};
+    std::optional<SecretBytes> m_payload;
+    std::size_t m_received = 0;
+};
+
+/// @return false when the editor has ended, or closed its side, without a whole answer
+bool Converse(Conversation& io_conversation, int in_socket, ChildProcess& io_child) {
+    for (;;) {
+        pollfd watched[2] = {{in_socket, io_conversation.Events(), 0},
+                             {io_child.Handle(), POLLIN, 0}};
+        poll(watched, 2, io_child.Handle() < 0 ? INTERVAL_WITHOUT_PIDFD : -1);
+        io_conversation.Send();
+        // Asked before the last look at the socket: what it wrote before its end is there then. A
+        // program that it started may hold the socket open, so the socket alone may never end.
+        const bool hasEnded = io_child.HasEnded();
+        const bool mayContinue = io_conversation.Receive();
+        if (io_conversation.IsComplete()) {
+            return true;
+        }
+        if (hasEnded || !mayContinue) {
+            return false;
+        }
+    }
+}
+
+EditorMessage ExplainEnd(const std::string& in_program, ChildProcess& io_child) {
+    io_child.WaitForEnd(GRACE_AFTER_SIGNAL);
+    if (io_child.WasNotLoaded()) {
+        EditorMessage message;
+        message.m_kind = EditorMessageKind::UNAVAILABLE;
+        message.m_reason = in_program + " cannot be loaded; run it with --version to see why";
+        return message;
+    }
+    Fail(in_program, io_child.DescribeEnd() + " before it answered");
+}
+
+}  // namespace
+
+EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_values) {
+    EditorMessage show;
+    show.m_kind = EditorMessageKind::SHOW;
+    show.m_values = in_values;
+    try {
+        SecretBytes request = EncodeEditorMessage(show);
+        SocketPair sockets(in_program);
+        pid_t process = -1;
+        const int error = SpawnPlan(sockets.m_editor->Get()).Spawn(in_program, process);
+        if (error != 0) {
+            FailToStart(in_program, error);
+        }
+        sockets.m_editor->Close();
+        ChildProcess child(process);
+        Conversation conversation(sockets.m_host->Get(), request);
+        if (!Converse(conversation, sockets.m_host->Get(), child)) {
+            return ExplainEnd(in_program, child);
+        }
+        child.LetEnd();
+        sockets.m_host->Close();
+        return conversation.Answer();
+    } catch (const EditorProtocolError& protocolError) {
+        Fail(in_program, std::string("and its host do not understand each other: ") +
+                             protocolError.what());
+    }
+}
+
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,73 @@
+#include "VeltraneDialog/editors/EditorMain.h"
+
+#include <sys/prctl.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+#include "VeltraneDialog/editors/Texts.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+constexpr int STATUS_NO_ANSWER = 1;
+constexpr int STATUS_USAGE = 2;
+
+bool IsStartedByHost() {
+    struct stat status {};
+    return fstat(STDIN_FILENO, &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
+int PrintHelp(int in_argumentCount, char** in_arguments) {
+    const char* const slash = std::strrchr(in_arguments[0], '/');
+    const char* const name = slash != nullptr ? slash + 1 : in_arguments[0];
+    if (in_argumentCount == 2 && std::strcmp(in_arguments[1], "--version") == 0) {
+        std::printf("%s %s\n", name, VELTRANE_VERSION);
+        return 0;
+    }
+    std::fprintf(stderr,
+                 "%s is started by the setup library of the Veltrane ODBC driver when a data source\n"
+                 "is added or configured. By hand it only knows --version.\n",
+                 name);
+    return STATUS_USAGE;
+}
+
+EditorMessage ShowAndAnswer(HostConnection& io_host, ShowForm in_showForm) {
+    EditorMessage message = io_host.Receive();
+    if (message.m_kind != EditorMessageKind::SHOW) {
+        throw EditorProtocolError("The host wants something else than a form.");
+    }
+    message.m_kind = EditorMessageKind::CANCEL;
+    try {
+        if (in_showForm(message.m_values, io_host)) {
+            message.m_kind = EditorMessageKind::OK;
+        }
+    } catch (const EditorUnavailable& unavailable) {
+        message.m_kind = EditorMessageKind::UNAVAILABLE;
+        message.m_reason = unavailable.what();
+    }
+    return message;
+}
+
+}  // namespace
+
+int EditorMain(int in_argumentCount, char** in_arguments, ShowForm in_showForm) {
+    if (in_argumentCount != 1 || !IsStartedByHost()) {
+        return PrintHelp(in_argumentCount, in_arguments);
+    }
+    // There will be a password in this process: no core file, and nobody looks into it.
+    prctl(PR_SET_DUMPABLE, 0);
+    try {
+        StartTexts();
+        HostConnection host;
+        host.Send(ShowAndAnswer(host, in_showForm));
+        return 0;
+    } catch (const std::exception&) {
+        return STATUS_NO_ANSWER;
+    }
+}
+
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,34 @@
+/// The editor's side of the socket to its host.
+#ifndef VELTRANEDIALOG_EDITORS_HOSTCONNECTION_H
+#define VELTRANEDIALOG_EDITORS_HOSTCONNECTION_H
+
+#include "VeltraneDialog/EditorProtocol.h"
+#include "VeltraneDialog/FileDescriptor.h"
+
+namespace Veltrane::ODBC {
+
+class HostConnection {
+public:
+    /// Takes the socket from standard input, which reads as empty afterwards.
+    /// @throws std::system_error
+    HostConnection();
+
+    /// Waits for the next message.
+    /// @throws std::runtime_error when the host has gone; EditorProtocolError
+    EditorMessage Receive();
+
+    /// @throws std::runtime_error when the host has gone
+    void Send(const EditorMessage& in_message);
+
+    /// Becomes readable when the host has gone: it says nothing after its first message.
+    int Descriptor() const { return m_socket.Get(); }
+
+private:
+    void ReceiveAll(std::span<char> out_bytes);
+
+    FileDescriptor m_socket;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif
