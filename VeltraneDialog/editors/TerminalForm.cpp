@@ -1,0 +1,318 @@
+#include "VeltraneDialog/editors/TerminalForm.h"
+
+#include <signal.h>
+#include <sys/eventfd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cwchar>
+#include <stdexcept>
+#include <vector>
+
+#include "VeltraneDialog/FieldRules.h"
+#include "VeltraneDialog/Utf8.h"
+#include "VeltraneDialog/Wipe.h"
+#include "VeltraneDialog/editors/EditorMain.h"
+#include "VeltraneDialog/editors/Texts.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+constexpr int MAX_WIDTH = 76;
+constexpr int MIN_ENTRY_WIDTH = 20;
+constexpr int MARGIN = 2;
+constexpr int GAP = 2;
+
+/// Two lines a field - the entry and its reason -, the switch of the password and the buttons.
+constexpr int HEIGHT = 2 * static_cast<int>(DIALOG_FIELDS.size()) + 4;
+/// With the border, the line of the keys above and the one of the hint below.
+constexpr int SCREEN_HEIGHT = HEIGHT + 5;
+
+constexpr int REASON_COLORS = NEWT_COLORSET_CUSTOM(0);
+constexpr int KEY_CONTROL_C = 3;
+constexpr char TEXT_KEYS[] =
+    VELTRANE_TEXT("Tab: next field   Enter: OK   Esc: cancel   F2: show password   F4: choices");
+constexpr char TEXT_TOO_SMALL[] =
+    VELTRANE_TEXT("The terminal is too small for the form; it needs 80 columns and 23 rows");
+
+/// Process-wide: set by the handler of the signals that end the editor, read by the form.
+volatile sig_atomic_t s_isEnding = 0;
+/// Process-wide: the descriptor that wakes the form, for the handler; set when the form starts.
+volatile sig_atomic_t s_wake = -1;
+
+void OnEndingSignal(int) {
+    s_isEnding = 1;
+    eventfd_write(s_wake, 1);
+}
+
+int ColumnsOf(const std::string& in_text) {
+    std::wstring wide(in_text.size() + 1, L'\0');
+    const std::size_t length = std::mbstowcs(wide.data(), in_text.c_str(), wide.size());
+    const int columns = length == static_cast<std::size_t>(-1) ? -1 : wcswidth(wide.data(), length);
+    return columns < 0 ? static_cast<int>(in_text.size()) : columns;
+}
+
+std::string LabelOf(const DialogField& in_field) {
+    std::string label = TranslatePlain(in_field.m_label) + " (";
+    label += in_field.m_key;
+    return label + (in_field.m_isRequired ? ") *" : ")");
+}
+
+/// Colours that the user chose stay as they are.
+bool HasOwnColors() {
+    return std::getenv("NEWT_COLORS") == nullptr && std::getenv("NEWT_COLORS_FILE") == nullptr &&
+           std::getenv("NEWT_MONO") == nullptr;
+}
+
+void CatchEndingSignals() {
+    struct sigaction action {};
+    action.sa_handler = OnEndingSignal;
+    for (const int number : {SIGTERM, SIGHUP, SIGINT}) {
+        sigaction(number, &action, nullptr);
+    }
+}
+
+}  // namespace
+
+TerminalForm::TerminalForm(DialogValues& io_values, int in_host)
+    : m_values(io_values), m_host(in_host), m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    s_wake = m_wake.Get();
+    CatchEndingSignals();
+    if (newtInit() != 0) {
+        throw EditorUnavailable("The terminal cannot show a form");
+    }
+    try {
+        Start();
+    } catch (...) {
+        newtFinished();
+        throw;
+    }
+}
+
+TerminalForm::~TerminalForm() {
+    newtFormDestroy(m_form);
+    newtFinished();
+}
+
+int TerminalForm::LabelWidth() const {
+    int width = 0;
+    for (const DialogField& field : DIALOG_FIELDS) {
+        width = std::max(width, ColumnsOf(LabelOf(field)));
+    }
+    return width;
+}
+
+void TerminalForm::Start() {
+    int columns = 0;
+    int lines = 0;
+    newtGetScreenSize(&columns, &lines);
+    m_width = std::min(columns - 4, MAX_WIDTH);
+    m_entryLeft = MARGIN + LabelWidth() + GAP;
+    if (lines < SCREEN_HEIGHT || m_width - m_entryLeft - MARGIN < MIN_ENTRY_WIDTH) {
+        throw EditorUnavailable(Translate(TEXT_TOO_SMALL));
+    }
+    if (HasOwnColors()) {
+        static char foreground[] = "red";
+        static char background[] = "lightgray";
+        newtSetColor(REASON_COLORS, foreground, background);
+    }
+    newtCls();
+    newtDrawRootText(1, 0, Translate(TEXT_KEYS));
+    newtPushHelpLine("");
+    const std::string name = EncodeUtf8(*m_values.m_dsn);
+    newtCenteredWindow(static_cast<unsigned>(m_width), HEIGHT, TitleFor(name).c_str());
+    m_form = newtForm(nullptr, nullptr, NEWT_FLAG_NOF12);
+    int top = 1;
+    for (std::size_t i = 0; i < DISPLAY_ORDER.size(); ++i) {
+        top = BuildRow(m_rows[i], DIALOG_FIELDS[DISPLAY_ORDER[i]], top);
+    }
+    BuildButtons(top);
+    for (const int key : {NEWT_KEY_ESCAPE + 0, KEY_CONTROL_C, NEWT_KEY_F2, NEWT_KEY_F4}) {
+        newtFormAddHotKey(m_form, key);
+    }
+    newtFormWatchFd(m_form, m_wake.Get(), NEWT_FD_READ);
+    newtFormWatchFd(m_form, m_host, NEWT_FD_READ);
+}
+
+/// @return the line below the row
+int TerminalForm::BuildRow(Row& out_row, const DialogField& in_field, int in_top) {
+    const bool isPassword = in_field.m_kind == DialogFieldKind::PASSWORD;
+    const bool isChoice = in_field.m_kind == DialogFieldKind::LOGIN_MODE;
+    const int width = m_width - m_entryLeft - MARGIN - (isChoice ? 6 : 0);
+    std::string value = EncodeUtf8(*(m_values.*in_field.m_value));
+    const WipeAtEnd<char> wipe(value);
+    out_row.m_field = &in_field;
+    out_row.m_entry =
+        newtEntry(m_entryLeft, in_top, value.c_str(), width, nullptr,
+                  NEWT_FLAG_SCROLL | NEWT_FLAG_RETURNEXIT | (isPassword ? NEWT_FLAG_PASSWORD : 0));
+    newtEntrySetFilter(out_row.m_entry, OnKey, this);
+    newtComponentAddCallback(out_row.m_entry, OnChange, this);
+    newtFormAddComponents(m_form, newtLabel(MARGIN, in_top, LabelOf(in_field).c_str()),
+                          out_row.m_entry, nullptr);
+    int top = in_top + 1;
+    if (isPassword) {
+        m_showPassword = newtCheckbox(m_entryLeft, top, TranslatePlain(TEXT_SHOW_PASSWORD).c_str(),
+                                      ' ', nullptr, nullptr);
+        newtComponentAddCallback(m_showPassword, OnChange, this);
+        newtFormAddComponent(m_form, m_showPassword);
+        ++top;
+    }
+    if (isChoice) {
+        m_chooseLoginMode = newtCompactButton(m_width - MARGIN - 5, in_top, "...");
+        newtFormAddComponent(m_form, m_chooseLoginMode);
+    }
+    out_row.m_reason = newtTextbox(MARGIN, top, m_width - 2 * MARGIN, 1, 0);
+    if (HasOwnColors()) {
+        newtTextboxSetColors(out_row.m_reason, REASON_COLORS, REASON_COLORS);
+    }
+    newtFormAddComponent(m_form, out_row.m_reason);
+    return top + 1;
+}
+
+void TerminalForm::BuildButtons(int in_top) {
+    const std::string ok = TranslatePlain(TEXT_OK);
+    const std::string cancel = TranslatePlain(TEXT_CANCEL);
+    const int cancelLeft = m_width - MARGIN - ColumnsOf(cancel) - 3;
+    m_ok = newtCompactButton(cancelLeft - ColumnsOf(ok) - 5, in_top + 1, ok.c_str());
+    m_cancel = newtCompactButton(cancelLeft, in_top + 1, cancel.c_str());
+    newtFormAddComponents(m_form, newtLabel(MARGIN, in_top + 1, Translate(TEXT_REQUIRED)), m_ok,
+                          m_cancel, nullptr);
+}
+
+int TerminalForm::OnKey(newtComponent, void* in_form, int in_key, int) {
+    static_cast<TerminalForm*>(in_form)->Wake();
+    return in_key;
+}
+
+void TerminalForm::OnChange(newtComponent, void* in_form) {
+    static_cast<TerminalForm*>(in_form)->Wake();
+}
+
+void TerminalForm::Wake() const { eventfd_write(m_wake.Get(), 1); }
+
+void TerminalForm::Drain() const {
+    eventfd_t count = 0;
+    eventfd_read(m_wake.Get(), &count);
+}
+
+/// Below its entry, or as far to the left as it needs.
+std::string TerminalForm::Indented(const std::string& in_reason) const {
+    const int room = m_width - 2 * MARGIN - ColumnsOf(in_reason);
+    const int indent = std::clamp(room, 0, m_entryLeft - MARGIN);
+    return std::string(static_cast<std::size_t>(indent), ' ') + in_reason;
+}
+
+void TerminalForm::Follow() {
+    const newtComponent current = newtFormGetCurrent(m_form);
+    const char* hint = "";
+    for (const Row& row : m_rows) {
+        const char* const value = newtEntryGetValue(row.m_entry);
+        const bool isHidden = IsOnlyMissing(*row.m_field, value) && !m_showsMissing;
+        const char* const reason = isHidden ? nullptr : WhyRefused(*row.m_field, value);
+        const std::string text = reason != nullptr ? Translate(reason) : "";
+        newtTextboxSetText(row.m_reason, Indented(text).c_str());
+        if (row.m_entry == current) {
+            hint = row.m_field->m_hint;
+        }
+        if (row.m_field->m_kind == DialogFieldKind::PASSWORD) {
+            const bool isShown = newtCheckboxGetValue(m_showPassword) == '*';
+            newtEntrySetFlags(row.m_entry, NEWT_FLAG_PASSWORD,
+                              isShown ? NEWT_FLAGS_RESET : NEWT_FLAGS_SET);
+        }
+    }
+    newtPopHelpLine();
+    newtPushHelpLine(*hint != '\0' ? Translate(hint) : "");
+}
+
+bool TerminalForm::Run() {
+    bool isAccepted = false;
+    for (;;) {
+        Follow();
+        newtExitStruct exit{};
+        newtFormRun(m_form, &exit);
+        if (s_isEnding != 0) {
+            throw std::runtime_error("The editor was told to end.");
+        }
+        if (HandleExit(exit, isAccepted)) {
+            return isAccepted;
+        }
+    }
+}
+
+/// @return true when the form is done
+bool TerminalForm::HandleExit(const newtExitStruct& in_exit, bool& out_accepted) {
+    switch (in_exit.reason) {
+        case newtExitStruct::NEWT_EXIT_HOTKEY:
+            if (in_exit.u.key == NEWT_KEY_F2) {
+                const bool isShown = newtCheckboxGetValue(m_showPassword) == '*';
+                newtCheckboxSetValue(m_showPassword, isShown ? ' ' : '*');
+                return false;
+            }
+            if (in_exit.u.key == NEWT_KEY_F4) {
+                ChooseLoginMode();
+                return false;
+            }
+            return true;
+        case newtExitStruct::NEWT_EXIT_COMPONENT:
+            if (in_exit.u.co == m_chooseLoginMode) {
+                ChooseLoginMode();
+                return false;
+            }
+            out_accepted = in_exit.u.co != m_cancel && Accept();
+            return out_accepted || in_exit.u.co == m_cancel;
+        case newtExitStruct::NEWT_EXIT_FDREADY:
+            Drain();
+            return in_exit.u.watch == m_host;
+        case newtExitStruct::NEWT_EXIT_TIMER:
+            return false;
+        case newtExitStruct::NEWT_EXIT_ERROR:
+            break;
+    }
+    throw std::runtime_error("The terminal has gone.");
+}
+
+void TerminalForm::ChooseLoginMode() {
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& r) {
+        return r.m_field->m_kind == DialogFieldKind::LOGIN_MODE;
+    });
+    const int count = static_cast<int>(LOGIN_MODES.size());
+    newtCenteredWindow(static_cast<unsigned>(m_width / 2), static_cast<unsigned>(count),
+                       TranslatePlain(row->m_field->m_label).c_str());
+    const newtComponent list = newtListbox(1, 0, count, NEWT_FLAG_RETURNEXIT);
+    for (const char* mode : LOGIN_MODES) {
+        newtListboxAppendEntry(list, mode, mode);
+    }
+    newtListboxSetWidth(list, m_width / 2 - 2);
+    const newtComponent form = newtForm(nullptr, nullptr, NEWT_FLAG_NOF12);
+    newtFormAddComponent(form, list);
+    newtFormAddHotKey(form, NEWT_KEY_ESCAPE);
+    newtFormWatchFd(form, m_host, NEWT_FD_READ);
+    newtExitStruct exit{};
+    newtFormRun(form, &exit);
+    if (exit.reason == newtExitStruct::NEWT_EXIT_COMPONENT) {
+        newtEntrySet(row->m_entry, static_cast<const char*>(newtListboxGetCurrent(list)), 1);
+    }
+    newtFormDestroy(form);
+    newtPopWindow();
+    newtFormSetCurrent(m_form, row->m_entry);
+}
+
+/// @return false when a field is refused; it has the focus then
+bool TerminalForm::Accept() {
+    for (const Row& row : m_rows) {
+        if (WhyRefused(*row.m_field, newtEntryGetValue(row.m_entry)) != nullptr) {
+            m_showsMissing = true;
+            newtBell();
+            newtFormSetCurrent(m_form, row.m_entry);
+            return false;
+        }
+    }
+    for (const Row& row : m_rows) {
+        std::u16string& value = (m_values.*row.m_field->m_value).emplace();
+        DecodeUtf8(newtEntryGetValue(row.m_entry), value);
+    }
+    return true;
+}
+
+}  // namespace Veltrane::ODBC

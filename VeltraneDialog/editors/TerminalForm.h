@@ -1,0 +1,74 @@
+/// The DSN editor as a form of text in a terminal, drawn by newt. One at a time.
+#ifndef VELTRANEDIALOG_EDITORS_TERMINALFORM_H
+#define VELTRANEDIALOG_EDITORS_TERMINALFORM_H
+
+#include <newt.h>
+
+#include <array>
+#include <string>
+
+#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/FileDescriptor.h"
+
+namespace Veltrane::ODBC {
+
+class TerminalForm {
+public:
+    /// Draws the form on standard output.
+    /// @param io_values  changed by `Run` when the user presses OK
+    /// @param in_host  readable when the host has gone
+    /// @throws EditorUnavailable when the terminal is too small or of an unknown type
+    TerminalForm(DialogValues& io_values, int in_host);
+    TerminalForm(const TerminalForm&) = delete;
+    TerminalForm& operator=(const TerminalForm&) = delete;
+
+    /// Gives the terminal back as it was.
+    ~TerminalForm();
+
+    /// @return true for OK
+    bool Run();
+
+private:
+    struct Row {
+        const DialogField* m_field = nullptr;
+        newtComponent m_entry = nullptr;
+        newtComponent m_reason = nullptr;
+    };
+
+    void Start();
+    int BuildRow(Row& out_row, const DialogField& in_field, int in_top);
+    void BuildButtons(int in_top);
+    int LabelWidth() const;
+
+    static int OnKey(newtComponent in_entry, void* in_form, int in_key, int in_cursor);
+    static void OnChange(newtComponent in_component, void* in_form);
+    void Wake() const;
+    void Drain() const;
+
+    std::string Indented(const std::string& in_reason) const;
+
+    /// After a key: the reasons, the password, the title and the help line follow the fields.
+    void Follow();
+    bool HandleExit(const newtExitStruct& in_exit, bool& out_accepted);
+    void ChooseLoginMode();
+    bool Accept();
+
+    DialogValues& m_values;
+    int m_host;
+    int m_width = 0;
+    int m_entryLeft = 0;
+    std::array<Row, DIALOG_FIELDS.size()> m_rows;
+    /// Empty fields are pointed out once OK was tried.
+    bool m_showsMissing = false;
+    newtComponent m_form = nullptr;
+    newtComponent m_showPassword = nullptr;
+    newtComponent m_chooseLoginMode = nullptr;
+    newtComponent m_ok = nullptr;
+    newtComponent m_cancel = nullptr;
+    /// Readable when something happened that `Follow` has to see.
+    FileDescriptor m_wake;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,51 @@
+#include <fcntl.h>
+#include <langinfo.h>
+
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+
+#include "VeltraneDialog/editors/EditorMain.h"
+#include "VeltraneDialog/editors/TerminalForm.h"
+#include "VeltraneDialog/editors/Texts.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+/// The form writes to standard output and reads from standard input, wherever the host's went.
+void TakeTerminal() {
+    const FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC));
+    if (terminal.Get() < 0) {
+        throw EditorUnavailable(std::string("The terminal cannot be used: ") + std::strerror(errno));
+    }
+    dup2(terminal.Get(), STDIN_FILENO);
+    dup2(terminal.Get(), STDOUT_FILENO);
+    const char* const type = std::getenv("TERM");
+    if (type == nullptr || *type == '\0' || std::strcmp(type, "dumb") == 0) {
+        throw EditorUnavailable("The terminal cannot show a form: TERM is not set to its type");
+    }
+}
+
+/// Names are UTF-8 for the driver manager, so the form needs it also where no locale is set.
+void TakeUtf8() {
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) {
+        setlocale(LC_CTYPE, "C.UTF-8");
+    }
+}
+
+bool ShowInTerminal(DialogValues& io_values, HostConnection& io_host) {
+    TakeTerminal();
+    TakeUtf8();
+    return TerminalForm(io_values, io_host.Descriptor()).Run();
+}
+
+}  // namespace
+
+}  // namespace Veltrane::ODBC
+
+int main(int in_argumentCount, char** in_arguments) {
+    return Veltrane::ODBC::EditorMain(in_argumentCount, in_arguments,
+                                      Veltrane::ODBC::ShowInTerminal);
+}
