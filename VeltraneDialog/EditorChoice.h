@@ -1,5 +1,5 @@
-/// Which editor program to show: the one that VELTRANE_DSN_EDITOR asks for ("desktop", "terminal" or
-/// the absolute path of a program), else the desktop editor when there is a display, else the
+/// Which editor program to show: the one that VELTRANE_DSN_EDITOR asks for ("desktop", "terminal"
+/// or the absolute path of a program), else the desktop editor when there is a display, else the
 /// terminal editor when there is a terminal. The rules, without the looking around.
 #ifndef VELTRANEDIALOG_EDITORCHOICE_H
 #define VELTRANEDIALOG_EDITORCHOICE_H
@@ -29,7 +29,8 @@ struct EditorChoice {
 
 EditorChoice ChooseEditor(const EditorSurroundings& in_surroundings);
 
-/// The surroundings of this process. The environment of a program with raised privileges is ignored.
+/// The surroundings of this process. The environment of a program with raised privileges is
+/// ignored.
 EditorSurroundings LookAroundForEditors();
 
 /// @return why a program must not be run: it is not there, or somebody else could replace it; empty

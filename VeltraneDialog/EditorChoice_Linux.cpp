@@ -33,7 +33,9 @@ std::string RealPath(const std::string& in_path) {
     return result;
 }
 
-std::string DirectoryOf(const std::string& in_path) { return in_path.substr(0, in_path.rfind('/')); }
+std::string DirectoryOf(const std::string& in_path) {
+    return in_path.substr(0, in_path.rfind('/'));
+}
 
 /// The directory of the library (or program) that this code is part of.
 std::string OwnDirectory() {
@@ -67,8 +69,8 @@ std::string WhyWritableByOthers(const std::string& in_path, bool in_isStickyFine
     if (stat(in_path.c_str(), &status) != 0) {
         return std::strerror(errno);
     }
-    const bool isWritable = (status.st_mode & S_IWOTH) != 0 &&
-                            !(in_isStickyFine && (status.st_mode & S_ISVTX) != 0);
+    const bool isWritable =
+        (status.st_mode & S_IWOTH) != 0 && !(in_isStickyFine && (status.st_mode & S_ISVTX) != 0);
     // In a build tree or a shared folder another owner is usual, and the library is his as well.
     const bool isForeign =
         getauxval(AT_SECURE) != 0 && status.st_uid != 0 && status.st_uid != geteuid();
@@ -98,8 +100,8 @@ EditorSurroundings LookAroundForEditors() {
     const std::string own = OwnDirectory();
     if (!own.empty()) {
         // Installed; the library in its build tree; a program in its build tree.
-        surroundings.m_directories = {own + "/" VELTRANE_EDITOR_DIRECTORY, DirectoryOf(own) + "/bin",
-                                      own};
+        surroundings.m_directories = {own + "/" VELTRANE_EDITOR_DIRECTORY,
+                                      DirectoryOf(own) + "/bin", own};
     }
     return surroundings;
 }

@@ -138,9 +138,9 @@ public:
         }
         constexpr idtype_t BY_HANDLE = static_cast<idtype_t>(3);  // P_PIDFD
         siginfo_t info{};
-        const int result = Handle() >= 0
-                               ? waitid(BY_HANDLE, static_cast<id_t>(Handle()), &info, WEXITED | WNOHANG)
-                               : waitid(P_PID, static_cast<id_t>(m_process), &info, WEXITED | WNOHANG);
+        const int result =
+            Handle() >= 0 ? waitid(BY_HANDLE, static_cast<id_t>(Handle()), &info, WEXITED | WNOHANG)
+                          : waitid(P_PID, static_cast<id_t>(m_process), &info, WEXITED | WNOHANG);
         if (result == 0 && info.si_pid != 0) {
             m_end = info;
         }
@@ -205,7 +205,9 @@ public:
     Conversation(int in_socket, SecretBytes& in_request)
         : m_socket(in_socket), m_toSend(in_request.Get()) {}
 
-    short Events() const { return static_cast<short>(m_toSend.empty() ? POLLIN : POLLIN | POLLOUT); }
+    short Events() const {
+        return static_cast<short>(m_toSend.empty() ? POLLIN : POLLIN | POLLOUT);
+    }
 
     void Send() {
         while (!m_toSend.empty()) {
@@ -218,7 +220,8 @@ public:
                 return;
             }
             // An editor that does not want the rest may still have an answer.
-            m_toSend = m_toSend.subspan(count < 0 ? m_toSend.size() : static_cast<std::size_t>(count));
+            m_toSend =
+                m_toSend.subspan(count < 0 ? m_toSend.size() : static_cast<std::size_t>(count));
         }
     }
 
@@ -327,8 +330,8 @@ EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_va
         sockets.m_host->Close();
         return conversation.Answer();
     } catch (const EditorProtocolError& protocolError) {
-        Fail(in_program, std::string("and its host do not understand each other: ") +
-                             protocolError.what());
+        Fail(in_program,
+             std::string("and its host do not understand each other: ") + protocolError.what());
     }
 }
 

@@ -2,10 +2,10 @@
 /// seven texts, the editor answers once, with `OK` and the seven texts, with `CANCEL`, or with
 /// `UNAVAILABLE` and a reason when it cannot show anything (no display, an unknown terminal).
 ///
-/// A message is a header of 12 bytes - "VDE1", the kind, the length of the payload - and the payload:
-/// for `SHOW` and `OK` the texts of the fields in the order of `DIALOG_FIELDS`, for `UNAVAILABLE` one
-/// text. A text is its length in bytes and that many bytes of UTF-8. Numbers have 32 bits, least
-/// significant byte first.
+/// A message is a header of 12 bytes - "VDE1", the kind, the length of the payload - and the
+/// payload: for `SHOW` and `OK` the texts of the fields in the order of `DIALOG_FIELDS`, for
+/// `UNAVAILABLE` one text. A text is its length in bytes and that many bytes of UTF-8. Numbers have
+/// 32 bits, least significant byte first.
 #ifndef VELTRANEDIALOG_EDITORPROTOCOL_H
 #define VELTRANEDIALOG_EDITORPROTOCOL_H
 
@@ -31,7 +31,8 @@ struct EditorMessage {
 
 constexpr std::size_t EDITOR_HEADER_SIZE = 12;
 
-/// A file of initial values has at most 1 MiB; a longer message than this is an error on both sides.
+/// A file of initial values has at most 1 MiB; a longer message than this is an error on both
+/// sides.
 constexpr std::size_t MAX_EDITOR_PAYLOAD_SIZE = std::size_t{4} << 20;
 
 /// What goes over the socket is not a message of this protocol.

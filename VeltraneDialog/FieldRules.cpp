@@ -18,9 +18,7 @@ bool IsBlank(char16_t in_unit) {
            in_unit == 0x2029 || in_unit == 0x205F || in_unit == 0x3000;
 }
 
-bool IsControl(char16_t in_unit) {
-    return in_unit < 0x20 || (in_unit >= 0x7F && in_unit < 0xA0);
-}
+bool IsControl(char16_t in_unit) { return in_unit < 0x20 || (in_unit >= 0x7F && in_unit < 0xA0); }
 
 /// What neither the header of a section nor the line of a value can carry.
 const char* WhyUnstorable(std::u16string_view in_text) {
@@ -35,7 +33,8 @@ const char* WhyUnstorable(std::u16string_view in_text) {
 
 bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
     const auto lower = [](char in_char) {
-        return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
+        return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A'))
+                                                : in_char;
     };
     return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
                       [&](char a, char b) { return lower(a) == lower(b); });

@@ -28,10 +28,11 @@ int PrintHelp(int in_argumentCount, char** in_arguments) {
         std::printf("%s %s\n", name, VELTRANE_VERSION);
         return 0;
     }
-    std::fprintf(stderr,
-                 "%s is started by the setup library of the Veltrane ODBC driver when a data source\n"
-                 "is added or configured. By hand it only knows --version.\n",
-                 name);
+    std::fprintf(
+        stderr,
+        "%s is started by the setup library of the Veltrane ODBC driver when a data source\n"
+        "is added or configured. By hand it only knows --version.\n",
+        name);
     return STATUS_USAGE;
 }
 

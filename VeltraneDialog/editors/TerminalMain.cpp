@@ -18,7 +18,8 @@ namespace {
 void TakeTerminal() {
     const FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC));
     if (terminal.Get() < 0) {
-        throw EditorUnavailable(std::string("The terminal cannot be used: ") + std::strerror(errno));
+        throw EditorUnavailable(std::string("The terminal cannot be used: ") +
+                                std::strerror(errno));
     }
     dup2(terminal.Get(), STDIN_FILENO);
     dup2(terminal.Get(), STDOUT_FILENO);

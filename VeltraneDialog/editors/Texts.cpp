@@ -19,7 +19,9 @@ namespace {
 
 constexpr char DOMAIN[] = "veltrane-dsn-editor";
 
-std::string DirectoryOf(const std::string& in_path) { return in_path.substr(0, in_path.rfind('/')); }
+std::string DirectoryOf(const std::string& in_path) {
+    return in_path.substr(0, in_path.rfind('/'));
+}
 
 std::string TranslationDirectory() {
     char* const program = realpath("/proc/self/exe", nullptr);

@@ -57,16 +57,15 @@ TEST_F(EditorChoiceTest, WithoutAWishTheDesktopComesFirst) {
     unlink(m_desktop.c_str());
     const EditorChoice withoutDesktop = ChooseEditor(m_all);
     EXPECT_THAT(withoutDesktop.m_programs, ElementsAre(m_terminal));
-    EXPECT_EQ(withoutDesktop.m_problems,
-              "veltrane-dsn-editor-desktop was looked for in " + m_directory +
-                  "/absent (No such file or directory) " + m_directory +
-                  " (No such file or directory). ");
+    EXPECT_EQ(withoutDesktop.m_problems, "veltrane-dsn-editor-desktop was looked for in " +
+                                             m_directory + "/absent (No such file or directory) " +
+                                             m_directory + " (No such file or directory). ");
 }
 
 TEST_F(EditorChoiceTest, AWishIsTheOnlyChoice) {
-    for (const auto& [wish, program] :
-         {std::pair<std::string, std::string>("desktop", m_desktop), {"terminal", m_terminal},
-          {m_desktop, m_desktop}}) {
+    for (const auto& [wish, program] : {std::pair<std::string, std::string>("desktop", m_desktop),
+                                        {"terminal", m_terminal},
+                                        {m_desktop, m_desktop}}) {
         EditorSurroundings surroundings = m_all;
         surroundings.m_hasDisplay = false;
         surroundings.m_terminalProblem = "none";
@@ -77,10 +76,12 @@ TEST_F(EditorChoiceTest, AWishIsTheOnlyChoice) {
 
 TEST_F(EditorChoiceTest, AWishThatCannotBeFulfilledIsAnError) {
     const std::pair<std::string, std::string> cases[] = {
-        {"window", "VELTRANE_DSN_EDITOR is \"window\"; it may be desktop, terminal or an absolute "
-                   "path. "},
-        {"bin/editor", "VELTRANE_DSN_EDITOR is \"bin/editor\"; it may be desktop, terminal or an "
-                       "absolute path. "},
+        {"window",
+         "VELTRANE_DSN_EDITOR is \"window\"; it may be desktop, terminal or an absolute "
+         "path. "},
+        {"bin/editor",
+         "VELTRANE_DSN_EDITOR is \"bin/editor\"; it may be desktop, terminal or an "
+         "absolute path. "},
         {m_directory + "/none", m_directory + "/none: No such file or directory. "},
         {m_directory, m_directory + ": not a program. "},
     };
@@ -98,8 +99,8 @@ TEST_F(EditorChoiceTest, AProgramThatOthersCouldReplaceIsRefused) {
     const std::string program = MakeProgram("/inner/editor");
     EXPECT_EQ(WhyNotRunnable(program), "");
     const std::tuple<std::string, mode_t, bool> cases[] = {
-        {program, 0775, true},  {program, 0757, false}, {inner, 0775, true},
-        {inner, 0757, false},   {inner, 01757, false},  {m_directory, 01757, true},
+        {program, 0775, true},      {program, 0757, false}, {inner, 0775, true},
+        {inner, 0757, false},       {inner, 01757, false},  {m_directory, 01757, true},
         {m_directory, 0757, false},
     };
     for (const auto& [path, mode, isFine] : cases) {
@@ -120,8 +121,8 @@ TEST_F(EditorChoiceTest, TheEditorsAreLookedForBesideThisProgram) {
 }
 
 TEST_F(EditorChoiceTest, WithoutDisplayAndTerminalTheErrorSaysWhatToDo) {
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR",
-                             "VELTRANE_DSN_INITIAL_VALUES"}) {
+    for (const char* name :
+         {"DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR", "VELTRANE_DSN_INITIAL_VALUES"}) {
         unsetenv(name);
     }
     // A new session has no terminal; only a process that leads no group can begin one.

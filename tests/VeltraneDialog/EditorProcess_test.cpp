@@ -67,7 +67,7 @@ TEST(EditorProcess, AnEditorThatFailsIsAnErrorThatNamesItAndTheReason) {
     const std::string notUnderstood = program + " and its host do not understand each other: ";
     const std::pair<const char*, std::string> cases[] = {
         {"end", program + " ended with status 3 before it answered."},
-        {"crash", program + " was ended by signal 11 (Segmentation fault) before it answered."},
+        {"crash", program + " was ended by signal 9 (Killed) before it answered."},
         {"half", program + " ended with status 3 before it answered."},
         {"leave socket", program + " ended with status 3 before it answered."},
         {"close and stay", program + " closed the connection before it answered."},

@@ -24,8 +24,13 @@ std::string Encode(const EditorMessage& in_message) {
 }
 
 TEST(EditorProtocol, CarriesTheSevenTextsExactly) {
-    const DialogString texts[] = {u"", u"x", std::u16string(70000, u'ü'), u"€日本\U0001F600",
-                                  std::u16string(u"a\0b", 3), u" a=b;[c]\r\n\t", std::nullopt};
+    const DialogString texts[] = {u"",
+                                  u"x",
+                                  std::u16string(70000, u'ü'),
+                                  u"€日本\U0001F600",
+                                  std::u16string(u"a\0b", 3),
+                                  u" a=b;[c]\r\n\t",
+                                  std::nullopt};
     EditorMessage message;
     message.m_kind = EditorMessageKind::OK;
     for (std::size_t i = 0; i < DIALOG_FIELDS.size(); ++i) {
@@ -44,9 +49,10 @@ TEST(EditorProtocol, HasThisFormOnTheWire) {
     message.m_kind = EditorMessageKind::SHOW;
     message.m_values.m_dsn = u"ab";
     message.m_values.m_database = u"ü";
-    const std::string expected("VDE1\1\0\0\0\x20\0\0\0"
-                               "\2\0\0\0ab\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\2\0\0\0\xC3\xBC",
-                               44);
+    const std::string expected(
+        "VDE1\1\0\0\0\x20\0\0\0"
+        "\2\0\0\0ab\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\2\0\0\0\xC3\xBC",
+        44);
     EXPECT_EQ(Encode(message), expected);
     message.m_kind = EditorMessageKind::CANCEL;
     EXPECT_EQ(Encode(message), std::string("VDE1\3\0\0\0\0\0\0\0", 12));

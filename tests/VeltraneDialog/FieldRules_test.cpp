@@ -41,7 +41,10 @@ TEST(FieldRules, Names) {
         {"line feed", "a\nb", control},
         {"tab", "a\tb", control},
         {"delete", "a\x7F", control},
-        {"next line", "a\xC2\x85" "b", control},
+        {"next line",
+         "a\xC2\x85"
+         "b",
+         control},
         {"NUL", std::string("a\0b", 3), control},
         {"not UTF-8", "a\xFF", "Not UTF-8 text."},
         {"the list of the manager", "ODBC Data Sources", "This name is reserved."},

@@ -12,7 +12,8 @@ namespace {
 using Veltrane::ODBC::DialogString;
 
 void Print(const char* in_key, const DialogString& in_text) {
-    std::printf("%s=%s\n", in_key, in_text ? Veltrane::ODBC::EncodeUtf8(*in_text).c_str() : "(null)");
+    std::printf("%s=%s\n", in_key,
+                in_text ? Veltrane::ODBC::EncodeUtf8(*in_text).c_str() : "(null)");
 }
 
 }  // namespace
