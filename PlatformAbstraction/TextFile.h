@@ -62,7 +62,8 @@ private:
     static constexpr std::intptr_t INVALID = -1;
 
     std::intptr_t m_handle = INVALID;
-    std::intptr_t m_lockHandle = INVALID;  ///< only where a lock needs a handle of its own
+    /// Only where a lock needs a handle of its own; not every body has that.
+    [[maybe_unused]] std::intptr_t m_lockHandle = INVALID;
 };
 
 class TextFile {

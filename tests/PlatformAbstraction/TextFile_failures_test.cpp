@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "PlatformAbstraction/IniFileConfigurationReader.h"
 #include "PlatformAbstraction/TextFile.h"
 #include "tests/support/TextFile_Fake.h"
 #include "tests/support/ThrownMessage.h"
@@ -97,6 +98,16 @@ TEST(TextFileFailures, AWriteThatFailsTellsHowFarItCame) {
     EXPECT_EQ(file.Write("abcde", 5), 3u);
     EXPECT_EQ(file.Write("abcde", 5), 0u);
     EXPECT_EQ(file.WriteFormat("%d", 12), 0u);
+}
+
+TEST(TextFileFailures, AnIniFileThatCannotBeReadToItsEndIsAnError) {
+    FakeFile::Get().m_content = "[S]\na=1\nb=2\nc=3\n";
+    FakeFile::Get().m_readFailsAt = 12;  // behind the line of b
+    const IniFileConfigurationReader reader(false, false);
+    SectionMap section{{L"OLD", SettingValue(orska_wstring(L"kept"))}};
+    EXPECT_EQ(ThrownMessage([&] { reader.LoadConfiguration(section, L"x.ini", L"S"); }),
+              "IniParseError(x.ini, 4)");
+    EXPECT_EQ(section.count(L"OLD"), 1u);
 }
 
 }  // namespace

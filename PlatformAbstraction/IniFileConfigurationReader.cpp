@@ -1,0 +1,185 @@
+#include "PlatformAbstraction/IniFileConfigurationReader.h"
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/FileSystemUtils.h"
+#include "PlatformAbstraction/TextFile.h"
+
+namespace Orska::Support {
+
+namespace {
+
+constexpr char SOURCE[] = "PlatformAbstraction\\IniFileConfigurationReader";
+constexpr char PARSE_KEY_VALUE[] = "`anonymous-namespace'::ParseKeyValue";
+
+std::string_view Trim(std::string_view in_text) {
+    constexpr std::string_view BLANKS = " \v\n\t\r\f";
+    const std::size_t first = in_text.find_first_not_of(BLANKS);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return in_text.substr(first, in_text.find_last_not_of(BLANKS) - first + 1);
+}
+
+/// ASCII letters only: a byte above 127 is part of a longer character in UTF-8.
+std::string ToUpper(std::string_view in_text) {
+    std::string upper(in_text);
+    for (char& byte : upper) {
+        if (byte >= 'a' && byte <= 'z') {
+            byte = static_cast<char>(byte - 'a' + 'A');
+        }
+    }
+    return upper;
+}
+
+struct KeyValue {
+    std::string_view m_key;
+    std::string_view m_value;
+};
+
+/// @param in_line  trimmed
+KeyValue ParseKeyValue(std::string_view in_line) {
+    if (in_line.empty()) {
+        ORSKA_THROW((TraceSite{PARSE_KEY_VALUE, SOURCE, 65}), std::exception());
+    }
+    const std::size_t equals = in_line.find('=');
+    if (equals == std::string_view::npos || equals == 0) {
+        ORSKA_THROW((TraceSite{PARSE_KEY_VALUE, SOURCE, 75}), std::exception());
+    }
+    const std::string_view key = Trim(in_line.substr(0, equals));
+    std::string_view value = Trim(in_line.substr(equals + 1));
+    if (value.size() > 1 && (value.front() == '"' || value.front() == '\'')) {
+        if (value.find(value.front(), 1) != value.size() - 1) {
+            ORSKA_THROW((TraceSite{PARSE_KEY_VALUE, SOURCE, 102}), std::exception());
+        }
+        value = value.substr(1, value.size() - 2);
+    }
+    return {key, value};
+}
+
+/// Turns lines into entries of a configuration map.
+class LineLoader {
+public:
+    LineLoader(ConfigurationMap& io_configuration, std::optional<orska_wstring> in_wantedSection,
+               bool in_isCaseSensitive)
+        : m_configuration(io_configuration),
+          m_wantedSection(std::move(in_wantedSection)),
+          m_isCaseSensitive(in_isCaseSensitive) {
+        EnterSection({});
+    }
+
+    void LoadLine(std::string_view in_line) {
+        // Comments are cut before anything else is looked at, so quotes do not protect them.
+        const std::string_view line = Trim(in_line.substr(0, in_line.find_first_of("#;")));
+        if (line.empty()) {
+            return;
+        }
+        if (line.front() == '[' && line.back() == ']') {
+            EnterSection(line.substr(1, line.size() - 2));
+            return;
+        }
+        // A malformed line is an error in every section.
+        const KeyValue entry = ParseKeyValue(line);
+        if (m_isWanted) {
+            Store(entry);
+        }
+    }
+
+private:
+    void EnterSection(std::string_view in_name) {
+        m_sectionName = orska_wstring(ToUpper(in_name));
+        m_isWanted = !m_wantedSection || *m_wantedSection == m_sectionName;
+        m_section = nullptr;
+    }
+
+    void Store(const KeyValue& in_entry) {
+        if (m_section == nullptr) {
+            m_section = &m_configuration[m_sectionName];
+        }
+        const std::string key =
+            m_isCaseSensitive ? std::string(in_entry.m_key) : ToUpper(in_entry.m_key);
+        m_section->insert_or_assign(orska_wstring(key),
+                                    SettingValue(orska_wstring(std::string(in_entry.m_value))));
+    }
+
+    ConfigurationMap& m_configuration;
+    std::optional<orska_wstring> m_wantedSection;  ///< in upper case; absent: all
+    bool m_isCaseSensitive;
+    orska_wstring m_sectionName;
+    bool m_isWanted = true;
+    SectionMap* m_section = nullptr;  ///< the current section's map, once it has a key
+};
+
+/// Null when the file cannot be opened, which is no error: there are other sources.
+std::unique_ptr<TextFile> OpenForReading(const orska_wstring& in_path) {
+    try {
+        return std::make_unique<TextFile>(in_path, TextFile::MODE_READ);
+    } catch (const ProductException&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+bool IniFileConfigurationReader::LoadConfiguration(ConfigurationMap& io_configuration,
+                                                   const orska_wstring& in_filePath,
+                                                   const orska_wstring* in_section) const {
+    if (in_filePath.IsEmpty()) {
+        return false;
+    }
+    const std::unique_ptr<TextFile> file = OpenForReading(ResolvePath(in_filePath));
+    if (file == nullptr) {
+        return false;
+    }
+    constexpr char FUNCTION[] = "Orska::Support::IniFileConfigurationReader::LoadConfiguration";
+    std::uint64_t lineNumber = 1;
+    try {
+        std::optional<orska_wstring> wantedSection;
+        if (in_section != nullptr) {
+            wantedSection = in_section->IsNull() ? orska_wstring("") : *in_section;
+            wantedSection->ToUpper();
+        }
+        LineLoader loader(io_configuration, std::move(wantedSection), m_isCaseSensitive);
+        for (std::string line; file->ReadLine(line); ++lineNumber) {
+            loader.LoadLine(line);
+        }
+        if (file->HasReadFailed()) {
+            ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 0}), std::exception());
+        }
+    } catch (...) {
+        const std::vector<orska_wstring> msgParams{file->GetFileName(),
+                                                   orska_wstring(std::to_wstring(lineNumber))};
+        ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 301}),
+                    ProductException((L"IniParseError"), msgParams));
+    }
+    return true;
+}
+
+bool IniFileConfigurationReader::LoadConfiguration(SectionMap& out_section,
+                                                   const orska_wstring& in_filePath,
+                                                   const orska_wstring& in_section) const {
+    ConfigurationMap configuration;
+    if (!LoadConfiguration(configuration, in_filePath, &in_section)) {
+        return false;
+    }
+    // Only the wanted section can be there, if it is.
+    out_section = configuration.empty() ? SectionMap() : std::move(configuration.begin()->second);
+    return true;
+}
+
+orska_wstring IniFileConfigurationReader::ResolvePath(const orska_wstring& in_filePath) const {
+    if (m_resolveIniPathFromModule && FileSystemUtils::IsJoinedToDirectory(in_filePath)) {
+        return FileSystemUtils::GetModuleDirectory() + in_filePath;
+    }
+    return in_filePath;
+}
+
+}  // namespace Orska::Support
