@@ -96,6 +96,14 @@ constexpr ShuffleTable MakePackUtf8Of4() {
     return table;
 }
 
+constexpr MoveTable MakeMoveDown() {
+    MoveTable table{};
+    Row row{table.m_bytes};
+    row.Append(0, 16);
+    row.Fill(32);
+    return table;
+}
+
 constexpr ByteTable MakeBitCount() {
     ByteTable table{};
     for (int mask = 0; mask < 256; ++mask) {
@@ -126,6 +134,7 @@ constexpr ShuffleTable PACK_UTF8_2 = MakePackUtf8Of2();
 constexpr ShuffleTable PACK_UTF8_3 = MakePackUtf8Of3();
 constexpr ShuffleTable PACK_UTF8_4 = MakePackUtf8Of4();
 
+constexpr MoveTable MOVE_DOWN = MakeMoveDown();
 constexpr ByteTable BIT_COUNT = MakeBitCount();
 constexpr ByteTable PACKED_SIZE = MakePackedSize();
 

@@ -39,6 +39,12 @@ extern const ShuffleTable PACK_UTF8_3;
 /// 1 and 1 keeps one byte, 0 and 1 two, 0 and 0 three, 1 and 0 four.
 extern const ShuffleTable PACK_UTF8_4;
 
+/// Loaded from byte N on, as a shuffle: byte N and those behind it move down to 0, zeros follow.
+struct MoveTable {
+    std::uint8_t m_bytes[32];
+};
+extern const MoveTable MOVE_DOWN;
+
 /// How many bytes a row of PACK_UTF8_3 or PACK_UTF8_4 keeps.
 extern const ByteTable PACKED_SIZE;
 

@@ -6,23 +6,23 @@
 namespace Orska::Support::Siconv {
 
 std::int32_t Utf8ToUtf16LE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    return ConvertUtf8<Vector256, ToUtf16<Vector256, false>>(io_source, io_target);
+    return ConvertUtf8<Vector256, ToUtf16LE>(io_source, io_target);
 }
 
 std::int32_t Utf8ToUtf16BE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    return ConvertUtf8<Vector256, ToUtf16<Vector256, true>>(io_source, io_target);
+    return ConvertUtf8<Vector256, ToUtf16BE>(io_source, io_target);
 }
 
 std::int32_t Utf8ToUtf32LE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    return ConvertUtf8<Vector256, ToUtf32<Vector256, false>>(io_source, io_target);
+    return ConvertUtf8<Vector256, ToUtf32LE>(io_source, io_target);
 }
 
 std::int32_t Utf8ToUtf32BE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    return ConvertUtf8<Vector256, ToUtf32<Vector256, true>>(io_source, io_target);
+    return ConvertUtf8<Vector256, ToUtf32BE>(io_source, io_target);
 }
 
 std::int32_t Utf8ToSingleByte_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    return ConvertUtf8<Vector256, ToSingleByte<Vector256>>(io_source, io_target);
+    return ConvertUtf8<Vector256, ToSingleByte>(io_source, io_target);
 }
 
 }  // namespace Orska::Support::Siconv
