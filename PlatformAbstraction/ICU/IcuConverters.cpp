@@ -22,6 +22,11 @@ icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceS
     return converter;
 }
 
+bool IsStateful(const UConverter& in_converter) noexcept {
+    const UConverterType type = ucnv_getType(&in_converter);
+    return type == UCNV_ISO_2022 || type == UCNV_HZ;
+}
+
 std::uint8_t EndText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
     // ICU flushes HZ without the sequence that leads back to ASCII, but writes it in front of an
     // ASCII character, whose byte is then dropped.

@@ -19,6 +19,9 @@ constexpr std::uint64_t ICU_MOST_BYTES_PER_CALL = std::uint64_t{1} << 30;
 /// @throws ErrorException "ICUCreateUConverterErr" with the encoding's ICU name
 icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceSite& in_site);
 
+/// True for the encodings with shift states, which must be ended by EndText: ISO-2022 and HZ.
+bool IsStateful(const UConverter& in_converter) noexcept;
+
 /// The most bytes that EndText writes.
 constexpr std::uint32_t ICU_MOST_END_BYTES = 16;
 

@@ -13,6 +13,9 @@ namespace {
 
 constexpr char SOURCE[] = "PlatformAbstraction\\ICU\\StreamConverter";
 
+// Stands for a null pointer, which ICU refuses even for no bytes. Never read or written.
+char s_noBytes[1];
+
 }  // namespace
 
 StreamConverter::StreamConverter(EncodingType in_source, EncodingType in_target,
@@ -22,20 +25,24 @@ StreamConverter::StreamConverter(EncodingType in_source, EncodingType in_target,
       m_flag(in_flag),
       m_targetCodeUnitWidth(EncodingInfo::GetCodeUnitWidth(in_target)),
       m_targetMostBytesPerCodePoint(static_cast<std::uint8_t>(
-          EncodingInfo::GetMaxCodeUnitsPerCodePoint(in_target) * m_targetCodeUnitWidth)) {}
+          EncodingInfo::GetMaxCodeUnitsPerCodePoint(in_target) * m_targetCodeUnitWidth)) {
+    SetTarget(nullptr, 0);
+    SetSource(nullptr, 0);
+    m_isSourceConsumed = true;
+}
 
 void StreamConverter::SetSource(const char* in_start, std::uint64_t in_length, bool in_isLast) {
-    m_sourceStart = in_start;
+    m_sourceStart = in_start == nullptr ? s_noBytes : in_start;
     m_sourceLength = in_length;
-    m_sourcePosition = in_start;
+    m_sourcePosition = m_sourceStart;
     m_isSourceConsumed = false;
     m_isLastPiece = in_isLast;
 }
 
 void StreamConverter::SetTarget(char* in_start, std::uint64_t in_length) {
-    m_targetStart = in_start;
+    m_targetStart = in_start == nullptr ? s_noBytes : in_start;
     m_targetLength = in_length;
-    m_targetPosition = in_start;
+    m_targetPosition = m_targetStart;
     m_isTargetFilled = false;
 }
 
@@ -68,37 +75,13 @@ void StreamConverter::SetTargetPosition(std::uint64_t in_position) {
     m_targetPosition = m_targetStart + in_position;
 }
 
-std::uint64_t StreamConverter::GetSourcePosition() const noexcept {
-    return static_cast<std::uint64_t>(m_sourcePosition - m_sourceStart);
-}
-
-std::uint64_t StreamConverter::GetTargetPosition() const noexcept {
-    return static_cast<std::uint64_t>(m_targetPosition - m_targetStart);
-}
-
-std::uint64_t StreamConverter::GetSourceRemaining() const {
-    if (GetSourcePosition() > m_sourceLength) {
-        ORSKA_THROW((TraceSite{"Orska::Support::StreamConverter::GetSourceRemaining", SOURCE, 0}),
-                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"InvalidBuffPos"));
-    }
-    return m_sourceLength - GetSourcePosition();
-}
-
-std::uint64_t StreamConverter::GetTargetSpace() const {
-    if (GetTargetPosition() > m_targetLength) {
-        ORSKA_THROW((TraceSite{"Orska::Support::StreamConverter::GetTargetSpace", SOURCE, 0}),
-                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"InvalidBuffPos"));
-    }
-    return m_targetLength - GetTargetPosition();
+std::uint64_t StreamConverter::ThrowInvalidPosition() {
+    ORSKA_THROW((TraceSite{"Orska::Support::StreamConverter::ThrowInvalidPosition", SOURCE, 0}),
+                ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"InvalidBuffPos"));
 }
 
 char* StreamConverter::GetTargetLimit(std::uint64_t in_bytesWanted) const {
     return m_targetPosition + std::min(in_bytesWanted, GetTargetSpace());
-}
-
-void StreamConverter::AdvanceTarget(std::uint64_t in_bytes) noexcept {
-    m_targetPosition += in_bytes;
-    m_totalBytesWritten += in_bytes;
 }
 
 void StreamConverter::SetTargetIsTooSmall() noexcept {

@@ -74,9 +74,13 @@ public:
     void SetTargetPosition(std::uint64_t in_position);
 
     /// Bytes of the piece that have been taken in.
-    std::uint64_t GetSourcePosition() const noexcept;
+    std::uint64_t GetSourcePosition() const noexcept {
+        return static_cast<std::uint64_t>(m_sourcePosition - m_sourceStart);
+    }
     /// Bytes of the target that have been written.
-    std::uint64_t GetTargetPosition() const noexcept;
+    std::uint64_t GetTargetPosition() const noexcept {
+        return static_cast<std::uint64_t>(m_targetPosition - m_targetStart);
+    }
     /// Bytes written since construction or Reset, to all targets, without NULs.
     std::uint64_t GetTotalBytesWritten() const noexcept { return m_totalBytesWritten; }
 
@@ -101,13 +105,22 @@ protected:
 
     /// Bytes of the source, or of the target, after its position.
     /// @throws ErrorException "InvalidBuffPos" when the position is past the end
-    std::uint64_t GetSourceRemaining() const;
-    std::uint64_t GetTargetSpace() const;
+    std::uint64_t GetSourceRemaining() const {
+        const std::uint64_t position = GetSourcePosition();
+        return position <= m_sourceLength ? m_sourceLength - position : ThrowInvalidPosition();
+    }
+    std::uint64_t GetTargetSpace() const {
+        const std::uint64_t position = GetTargetPosition();
+        return position <= m_targetLength ? m_targetLength - position : ThrowInvalidPosition();
+    }
     /// The end of what may be written: the wanted bytes, cut to what the target has left.
     char* GetTargetLimit(std::uint64_t in_bytesWanted) const;
 
     /// Counts bytes that stand at the target position as written.
-    void AdvanceTarget(std::uint64_t in_bytes) noexcept;
+    void AdvanceTarget(std::uint64_t in_bytes) noexcept {
+        m_targetPosition += in_bytes;
+        m_totalBytesWritten += in_bytes;
+    }
     void SetTargetIsTooSmall() noexcept;
     void WriteNul() noexcept;
 
@@ -118,16 +131,19 @@ protected:
     bool m_isTargetFilled = false;
     bool m_hasDataRemaining = false;
     bool m_isLastPiece = false;
-    const char* m_sourceStart = nullptr;
+    const char* m_sourceStart;
     std::uint64_t m_sourceLength = 0;
-    const char* m_sourcePosition = nullptr;
-    char* m_targetStart = nullptr;
+    const char* m_sourcePosition;
+    char* m_targetStart;
     std::uint64_t m_targetLength = 0;
-    char* m_targetPosition = nullptr;
+    char* m_targetPosition;
     std::uint64_t m_totalBytesWritten = 0;
     const std::uint8_t m_targetCodeUnitWidth;
     /// By the table of encodings, which counts no shift sequences.
     const std::uint8_t m_targetMostBytesPerCodePoint;
+
+private:
+    [[noreturn]] static std::uint64_t ThrowInvalidPosition();
 };
 
 }  // namespace Orska::Support

@@ -5,6 +5,7 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/EncodingInfo.h"
 
 namespace Orska::Support {
 
@@ -18,9 +19,11 @@ icu::LocalUConverterPointer Open(EncodingType in_encoding) {
         TraceSite{"Orska::Support::WideStreamConverter::WideStreamConverter", SOURCE, 0});
 }
 
-// ICU's "buffer overflow" means that the buffer is full, which is how most calls end.
+// ICU's "buffer overflow" means that the buffer is full, which is how most calls end. One of its
+// functions also warns when a full buffer has no room for a NUL.
 void CheckStatus(UErrorCode in_status, const char* in_function) {
-    if (in_status != U_ZERO_ERROR && in_status != U_BUFFER_OVERFLOW_ERROR) {
+    if (in_status != U_ZERO_ERROR && in_status != U_BUFFER_OVERFLOW_ERROR &&
+        in_status != U_STRING_NOT_TERMINATED_WARNING) {
         ORSKA_THROW((TraceSite{in_function, SOURCE, 0}),
                     ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErrNotRecog"));
     }
@@ -33,12 +36,19 @@ WideStreamConverter::WideStreamConverter(EncodingType in_source, EncodingType in
     : StreamConverter(in_source, in_target, in_flag),
       m_sourceConverter(Open(in_source)),
       m_targetConverter(Open(in_target)),
+      m_decoder(GetUtf16Decoder(in_source)),
+      m_encoder(GetUtf16Encoder(in_target)),
+      m_isIcuDirect(in_source == EncodingType::ENC_UTF8 && m_encoder == nullptr &&
+                    ucnv_getMaxCharSize(m_targetConverter.getAlias()) <= 2),
       m_mostBytesPerUnit(ucnv_getMaxCharSize(m_targetConverter.getAlias())) {}
 
 void WideStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
     GetSourceRemaining();  // refuses a wrong position before anything is written
     char* const limit = GetTargetLimit(in_bytesWanted);
-    bool isRoomLeft = CopyHeldOutput(limit) && DoRegularConvert(limit);
+    bool isRoomLeft = CopyHeldOutput(limit);
+    if (isRoomLeft) {
+        isRoomLeft = m_isIcuDirect ? ConvertWithoutIntermediate(limit) : DoRegularConvert(limit);
+    }
     while (isRoomLeft && !m_isSourceConsumed) {
         ConvertSourceToIntermediate();
         isRoomLeft = DoRegularConvert(limit);
@@ -73,29 +83,93 @@ void WideStreamConverter::Reset() {
     StreamConverter::Reset();
     ucnv_reset(m_sourceConverter.getAlias());
     ucnv_reset(m_targetConverter.getAlias());
+    m_isIcuReading = false;
+    m_isIcuWriting = false;
     m_isFinished = false;
     m_heldCount = 0;
     m_read = m_intermediate;
     m_fill = m_intermediate;
 }
 
-// Called when the intermediate buffer is empty. At the end of the text ICU is told so, and replaces
-// an incomplete code point.
+// Called when the intermediate buffer is empty: fills it from the source position on.
 void WideStreamConverter::ConvertSourceToIntermediate() {
-    const std::uint64_t remaining = GetSourceRemaining();
-    const std::uint64_t count = std::min(remaining, ICU_MOST_BYTES_PER_CALL);
-    const bool isAll = count == remaining;
-    UChar* fill = m_intermediate;
     m_isFinished = false;
-    UErrorCode status = U_ZERO_ERROR;
-    ucnv_toUnicode(m_sourceConverter.getAlias(), &fill, m_intermediate + INTERMEDIATE_UNITS,
-                   &m_sourcePosition, m_sourcePosition + count, nullptr, m_isLastPiece && isAll,
-                   &status);
-    m_read = m_intermediate;
-    m_fill = fill;
     m_hasDataRemaining = true;
+    m_read = m_intermediate;
+    m_fill = m_intermediate;
+    std::int32_t result = TRANSCODER_INCOMPLETE;
+    do {
+        if (m_decoder != nullptr && !m_isIcuReading) {
+            result = ReadDirectly();
+        }
+        if (result == TRANSCODER_INCOMPLETE || result == TRANSCODER_INVALID) {
+            result = ReadThroughIcu();
+        }
+    } while (result == TRANSCODER_INCOMPLETE);
+    m_isSourceConsumed = result == TRANSCODER_DONE;
+}
+
+// Reads well-formed text; gives the transcoder's result.
+std::int32_t WideStreamConverter::ReadDirectly() {
+    TranscoderSource source{m_sourcePosition, GetSourceRemaining(), 0};
+    TranscoderTarget target{reinterpret_cast<char*>(m_intermediate), sizeof(m_intermediate),
+                            static_cast<std::uint64_t>(m_fill - m_intermediate) * sizeof(UChar)};
+    const std::int32_t result = m_decoder(source, target);
+    m_sourcePosition += source.m_position;
+    m_fill = m_intermediate + target.m_position / sizeof(UChar);
+    return result;
+}
+
+// Reads through ICU: all, or, where there is a faster way, just past the malformed or cut place.
+// Gives DONE when the piece has been read, FULL, or INCOMPLETE when there is more to read.
+std::int32_t WideStreamConverter::ReadThroughIcu() {
+    const std::uint64_t remaining = GetSourceRemaining();
+    const std::uint64_t count = std::min(remaining, CountBytesForIcu());
+    UErrorCode status = U_ZERO_ERROR;
+    // At the end of the text ICU is told so, and replaces an incomplete code point.
+    ucnv_toUnicode(m_sourceConverter.getAlias(), &m_fill, m_intermediate + INTERMEDIATE_UNITS,
+                   &m_sourcePosition, m_sourcePosition + count, nullptr,
+                   m_isLastPiece && count == remaining, &status);
     CheckStatus(status, "Orska::Support::WideStreamConverter::ConvertSourceToIntermediate");
-    m_isSourceConsumed = status == U_ZERO_ERROR && isAll;
+    UErrorCode countStatus = U_ZERO_ERROR;
+    m_isIcuReading = status == U_BUFFER_OVERFLOW_ERROR ||
+                     ucnv_toUCountPending(m_sourceConverter.getAlias(), &countStatus) > 0;
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+        return TRANSCODER_FULL;
+    }
+    return count == remaining ? TRANSCODER_DONE : TRANSCODER_INCOMPLETE;
+}
+
+// Converts the piece the way ICU itself goes, which for UTF-8 has no UTF-16 in between. False: the
+// target is full.
+bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
+    if (m_isFinished && m_isSourceConsumed) {
+        return true;
+    }
+    do {
+        const std::uint64_t remaining = GetSourceRemaining();
+        const std::uint64_t count = std::min(remaining, ICU_MOST_BYTES_PER_CALL);
+        const auto room = static_cast<std::uint64_t>(in_limit - m_targetPosition);
+        char* const limit = m_targetPosition + std::min(room, ICU_MOST_BYTES_PER_CALL);
+        const bool isEnd = m_isLastPiece && count == remaining;
+        char* position = m_targetPosition;
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_convertEx(m_targetConverter.getAlias(), m_sourceConverter.getAlias(), &position, limit,
+                       &m_sourcePosition, m_sourcePosition + count, m_intermediate, &m_read,
+                       &m_fill, m_intermediate + INTERMEDIATE_UNITS, false, isEnd, &status);
+        AdvanceTarget(static_cast<std::uint64_t>(position - m_targetPosition));
+        CheckStatus(status, "Orska::Support::WideStreamConverter::DoRegularConvert");
+        const bool isCut = status == U_BUFFER_OVERFLOW_ERROR;
+        // Both converters may keep something, so that only ICU can go on.
+        m_isIcuReading = true;
+        m_isIcuWriting = isCut;
+        m_isFinished = isEnd && !isCut;
+        m_isSourceConsumed = count == remaining && !isCut;
+        if (isCut && limit == in_limit) {
+            return false;
+        }
+    } while (!m_isSourceConsumed);
+    return true;
 }
 
 // Converts the intermediate buffer, cutting code points where the target ends; ICU itself keeps the
@@ -161,16 +235,65 @@ void WideStreamConverter::FinishConvertForNulTerminated(char* in_limit) {
 // Converts units of the intermediate buffer; false: the limit cut the output, and ICU keeps the
 // rest.
 bool WideStreamConverter::ConvertUnits(char* in_limit, std::int64_t in_units) {
-    if (m_isFinished) {
+    if (m_isFinished || (in_units == 0 && !m_isIcuWriting)) {
         return true;
     }
-    const char* const entry = m_targetPosition;
-    char* position = m_targetPosition;
+    const UChar* const end = m_read + in_units;
+    do {
+        if (m_encoder != nullptr && !m_isIcuWriting && WriteDirectly(in_limit, end)) {
+            return true;
+        }
+        // Where there is a faster way: only the code point that it left out.
+        const UChar* const icuEnd =
+            m_encoder == nullptr ? end : m_read + std::min<std::int64_t>(end - m_read, 2);
+        if (!WriteThroughIcu(in_limit, icuEnd)) {
+            return false;
+        }
+    } while (m_read < end);
+    return true;
+}
+
+// How much ICU may read before the faster way is tried again.
+std::uint64_t WideStreamConverter::CountBytesForIcu() const noexcept {
+    constexpr std::uint64_t BYTES_AROUND_A_MALFORMED_PLACE = 8;
+    if (m_decoder == nullptr) {
+        return ICU_MOST_BYTES_PER_CALL;
+    }
     UErrorCode status = U_ZERO_ERROR;
-    ucnv_fromUnicode(m_targetConverter.getAlias(), &position, in_limit, &m_read, m_read + in_units,
-                     nullptr, false, &status);
-    AdvanceTarget(static_cast<std::uint64_t>(position - entry));
+    const std::int32_t pending = ucnv_toUCountPending(m_sourceConverter.getAlias(), &status);
+    if (pending == 0) {
+        return BYTES_AROUND_A_MALFORMED_PLACE;
+    }
+    // One code unit more, so that ICU stops behind the code point.
+    const std::int32_t width = EncodingInfo::GetCodeUnitWidth(m_sourceEncoding);
+    return static_cast<std::uint64_t>(width - pending % width);
+}
+
+// Writes whole code points; true when all units have been converted.
+bool WideStreamConverter::WriteDirectly(const char* in_limit, const UChar* in_end) {
+    TranscoderSource source{reinterpret_cast<const char*>(m_read),
+                            static_cast<std::uint64_t>(in_end - m_read) * sizeof(UChar), 0};
+    TranscoderTarget target{m_targetPosition,
+                            static_cast<std::uint64_t>(in_limit - m_targetPosition), 0};
+    const std::int32_t result = m_encoder(source, target);
+    m_read += source.m_position / sizeof(UChar);
+    AdvanceTarget(target.m_position);
+    return result == TRANSCODER_DONE;
+}
+
+// Writes through ICU; false: the limit cut the output, and ICU keeps the rest.
+bool WideStreamConverter::WriteThroughIcu(const char* in_limit, const UChar* in_end) {
+    char* position = m_targetPosition;
+    const UChar* read = m_read;
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_fromUnicode(m_targetConverter.getAlias(), &position, in_limit, &read, in_end, nullptr,
+                     false, &status);
+    m_read += read - m_read;
+    AdvanceTarget(static_cast<std::uint64_t>(position - m_targetPosition));
     CheckStatus(status, "Orska::Support::WideStreamConverter::DoRegularConvert");
+    UErrorCode countStatus = U_ZERO_ERROR;
+    m_isIcuWriting = status == U_BUFFER_OVERFLOW_ERROR ||
+                     ucnv_fromUCountPending(m_targetConverter.getAlias(), &countStatus) > 0;
     return status == U_ZERO_ERROR;
 }
 
@@ -180,8 +303,11 @@ void WideStreamConverter::HoldEndOfText() {
         return;
     }
     UErrorCode status = U_ZERO_ERROR;
-    m_heldCount = EndText(*m_targetConverter, m_held, status);
+    if (IsStateful(*m_targetConverter) || m_isIcuWriting) {
+        m_heldCount = EndText(*m_targetConverter, m_held, status);
+    }
     CheckStatus(status, "Orska::Support::WideStreamConverter::HoldEndOfText");
+    m_isIcuWriting = false;
     m_isFinished = true;
 }
 

@@ -11,7 +11,7 @@
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
 
-namespace Orska::Support::Test {
+namespace Orska::Support::Testing {
 
 namespace {
 
@@ -168,4 +168,4 @@ void CheckPairs(const std::vector<int>& in_from, const std::vector<int>& in_to, 
     }
 }
 
-}  // namespace Orska::Support::Test
+}  // namespace Orska::Support::Testing

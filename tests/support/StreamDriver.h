@@ -11,7 +11,7 @@
 #include "PlatformAbstraction/EncodingType.h"
 #include "PlatformAbstraction/ICU/StreamConverter.h"
 
-namespace Orska::Support::Test {
+namespace Orska::Support::Testing {
 
 /// Gives the size of the next piece or target, in bytes.
 using NextSize = std::function<std::uint64_t()>;
@@ -59,6 +59,6 @@ private:
     std::uint64_t m_state;
 };
 
-}  // namespace Orska::Support::Test
+}  // namespace Orska::Support::Testing
 
 #endif

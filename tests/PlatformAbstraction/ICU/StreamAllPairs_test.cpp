@@ -6,7 +6,7 @@
 
 #include "tests/support/StreamDriver.h"
 
-namespace Orska::Support::Test {
+namespace Orska::Support::Testing {
 namespace {
 
 std::vector<int> AllEncodings() {
@@ -18,4 +18,4 @@ std::vector<int> AllEncodings() {
 TEST(StreamAllPairs, GiveTheSameBytesHoweverCut) { CheckPairs(AllEncodings(), AllEncodings(), 12); }
 
 }  // namespace
-}  // namespace Orska::Support::Test
+}  // namespace Orska::Support::Testing

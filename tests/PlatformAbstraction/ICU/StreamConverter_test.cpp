@@ -14,7 +14,7 @@
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
 #include "tests/support/StreamDriver.h"
 
-namespace Orska::Support::Test {
+namespace Orska::Support::Testing {
 namespace {
 
 using Converter = std::unique_ptr<StreamConverter>;
@@ -369,4 +369,4 @@ TEST(WideStreamConverter, SubstitutesMalformedInputAsIcuDoes) {
 }
 
 }  // namespace
-}  // namespace Orska::Support::Test
+}  // namespace Orska::Support::Testing

@@ -54,7 +54,7 @@ void* operator new(std::size_t in_size) {
 void operator delete(void* in_memory) noexcept { std::free(in_memory); }
 void operator delete(void* in_memory, std::size_t) noexcept { std::free(in_memory); }
 
-namespace Orska::Support::Test {
+namespace Orska::Support::Testing {
 namespace {
 
 EncodingType Enc(int in_value) { return static_cast<EncodingType>(in_value); }
@@ -97,4 +97,4 @@ TEST(StreamMemory, ConverterThatCannotBeOpenedIsNamed) {
 }
 
 }  // namespace
-}  // namespace Orska::Support::Test
+}  // namespace Orska::Support::Testing
