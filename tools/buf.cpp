@@ -32,6 +32,8 @@ void AppendHexDump(std::string& io_text, const char* in_bytes, std::uint64_t in_
 
 }  // namespace
 
+// NOLINTBEGIN(readability-identifier-naming): the names of buf.h
+
 void buf_allow(buf* my, std::uint64_t n) {
     if (my->get > 0) {
         if (my->get < my->put) {
@@ -79,5 +81,7 @@ void buf_dump(const buf* my, std::FILE* out_stream) {
     text += "}\n";
     std::fwrite(text.data(), 1, text.size(), out_stream == nullptr ? stderr : out_stream);
 }
+
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace Orska

@@ -13,6 +13,9 @@
 
 namespace Orska {
 
+// The assertion texts spell these names, without our prefixes.
+// NOLINTBEGIN(readability-identifier-naming)
+
 /// Zero-initialised it is an empty buffer; `buf_free` ends its use.
 struct buf {
     std::uint64_t get;    ///< offset of the first unread byte
@@ -66,6 +69,8 @@ void buf_free(buf* my) noexcept;
 /// @param out_stream  null: standard error
 /// @throws std::bad_alloc when there is no memory for the text
 void buf_dump(const buf* my, std::FILE* out_stream);
+
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace Orska
 

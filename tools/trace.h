@@ -49,6 +49,9 @@ inline bool TraceIsOn(int in_level) noexcept {
     return in_level <= static_cast<int>(word & TRACE_LEVEL_MASK) && TraceIsOnResolved(in_level);
 }
 
+// The one name of the trace, in the style of printf.
+// NOLINTBEGIN(readability-identifier-naming)
+
 /// Writes one line if `in_level` is at or below the trace level.
 /// @param in_function  qualified name, as people search for it; null shows as "(?)"
 /// @param in_file      source name; what follows its last backslash is shown. Null shows nothing
@@ -61,6 +64,8 @@ void trace(int in_level, const char* in_function, const char* in_file, int in_li
 /// As `trace`, with the arguments in a list.
 void vtrace(int in_level, const char* in_function, const char* in_file, int in_line,
             const char* in_format, std::va_list in_arguments) noexcept ORSKA_PRINTF_FORMAT(5, 0);
+
+// NOLINTEND(readability-identifier-naming)
 
 /// Where lines go: standard error, or the trace file. Null when tracing is off. Not to be closed.
 std::FILE* GetTraceStream() noexcept;

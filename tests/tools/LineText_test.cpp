@@ -34,23 +34,27 @@ TEST(LineText, Messages) {
         const char* m_expected;
         void (*m_append)(LineText&);
     } rows[] = {
-        {"", [](LineText& line) { AppendFormatted(line, "%s", ""); }},
-        {"plain", [](LineText& line) { AppendFormatted(line, "plain"); }},
+        {"", [](LineText& io_line) { AppendFormatted(io_line, "%s", ""); }},
+        {"plain", [](LineText& io_line) { AppendFormatted(io_line, "plain"); }},
         {"a, -2147483648 and 4294967295: 100%",
-         [](LineText& line) {
-             AppendFormatted(line, "%s, %d and %u: 100%%", "a", INT_MIN, UINT_MAX);
+         [](LineText& io_line) {
+             AppendFormatted(io_line, "%s, %d and %u: 100%%", "a", INT_MIN, UINT_MAX);
          }},
-        {"(null)", [](LineText& line) { AppendFormatted(line, "%s", s_null); }},
+        {"(null)", [](LineText& io_line) { AppendFormatted(io_line, "%s", s_null); }},
         {"size=5 allow=%",
-         [](LineText& line) { AppendFormatted(line, "size=%u allow=%", 5u, 6u); }},
-        {"%%", [](LineText& line) { AppendFormatted(line, "%%%"); }},
+         [](LineText& io_line) { AppendFormatted(io_line, "size=%u allow=%", 5u, 6u); }},
+        {"%%", [](LineText& io_line) { AppendFormatted(io_line, "%%%"); }},
         // From here on formats that the C library gets, all of them from their start.
         {"text    7|ff|18446744073709551615",
-         [](LineText& line) { AppendFormatted(line, "%s %4d|%x|%zu", "text", 7, 255, SIZE_MAX); }},
+         [](LineText& io_line) {
+             AppendFormatted(io_line, "%s %4d|%x|%zu", "text", 7, 255, SIZE_MAX);
+         }},
         {"1.50 abc wide",
-         [](LineText& line) { AppendFormatted(line, "%.2f %.3s %ls", 1.5, "abcdef", L"wide"); }},
+         [](LineText& io_line) {
+             AppendFormatted(io_line, "%.2f %.3s %ls", 1.5, "abcdef", L"wide");
+         }},
         {"%s %ls refused",
-         [](LineText& line) { AppendFormatted(line, "%s %ls refused", "a", L"\x110000"); }},
+         [](LineText& io_line) { AppendFormatted(io_line, "%s %ls refused", "a", L"\x110000"); }},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.m_expected);

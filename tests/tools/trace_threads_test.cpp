@@ -33,6 +33,7 @@ std::string Payload(int in_process, int in_thread, int in_index) {
 
 void TraceFromThreads(int in_process) {
     std::vector<std::thread> threads;
+    threads.reserve(THREADS);
     for (int thread = 0; thread < THREADS; ++thread) {
         threads.emplace_back([=] {
             for (int i = 0; i < LINES; ++i) {
