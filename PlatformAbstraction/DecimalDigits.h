@@ -34,18 +34,16 @@ constexpr DigitPairs MakeDigitPairs() {
 
 alignas(64) inline constexpr DigitPairs DIGIT_PAIRS = MakeDigitPairs();
 
-/// 10^0 to 10^19.
-constexpr std::array<std::uint64_t, 20> MakePowersOfTen() {
-    std::array<std::uint64_t, 20> powers{};
-    std::uint64_t power = 1;
-    for (std::uint64_t& entry : powers) {
-        entry = power;
-        power *= 10;  // the last product wraps and is not used
+/// 10^0 to 10^16.
+constexpr std::array<std::uint64_t, 17> MakePowersOfTen() {
+    std::array<std::uint64_t, 17> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) {
+        powers[i] = powers[i - 1] * 10;
     }
     return powers;
 }
 
-inline constexpr std::array<std::uint64_t, 20> POWERS_OF_TEN = MakePowersOfTen();
+inline constexpr std::array<std::uint64_t, 17> POWERS_OF_TEN = MakePowersOfTen();
 
 inline bool IsDigit(char in_character) noexcept {
     return static_cast<unsigned char>(in_character - '0') < 10;
@@ -62,8 +60,16 @@ inline Word Load(const char* in_text) noexcept {
 
 constexpr std::uint64_t ZEROS = 0x3030303030303030;
 
-inline bool AreDigits(std::uint64_t in_block) noexcept {
-    return (((in_block + 0x7676767676767676) | in_block) & 0x8080808080808080) == 0;
+/// The highest bit of every byte that is no digit; behind a byte above 0x89 perhaps of digits too.
+inline std::uint64_t MarkOthers(std::uint64_t in_block) noexcept {
+    return ((in_block + 0x7676767676767676) | in_block) & 0x8080808080808080;
+}
+
+inline bool AreDigits(std::uint64_t in_block) noexcept { return MarkOthers(in_block) == 0; }
+
+/// How many digits a block begins with.
+inline std::size_t CountLeadingDigits(std::uint64_t in_block) noexcept {
+    return static_cast<std::size_t>(std::countr_zero(MarkOthers(in_block))) / 8;
 }
 
 /// The value of 8 digits. The block must hold digits only.
@@ -124,64 +130,152 @@ inline __m128i Load9To16(const char* in_text, std::size_t in_length) noexcept {
     return _mm_set_epi64x(static_cast<long long>(back), static_cast<long long>(front));
 }
 
-// --- Integer to text. All write with leading zeros, ending just in front of `out_end`. ---
+/// 16 characters, as blocks of 8 are.
+__extension__ typedef unsigned __int128 WideBlock;
 
-/// Writes 2 bytes.
-inline void WritePair(char* out_end, std::uint32_t in_value) noexcept {
-    std::memcpy(out_end - 2, DIGIT_PAIRS.m_text + 2 * in_value, 2);
+constexpr WideBlock Repeat(std::uint64_t in_block) noexcept {
+    return WideBlock{in_block} << 64 | in_block;
 }
 
-/// Writes 4 bytes; the value is below 10^4.
-inline void Write4(char* out_end, std::uint32_t in_value) noexcept {
-    WritePair(out_end - 2, in_value / 100);
-    WritePair(out_end, in_value % 100);
+inline WideBlock MarkOthers(WideBlock in_block) noexcept {
+    return ((in_block + Repeat(0x7676767676767676)) | in_block) & Repeat(0x8080808080808080);
 }
 
-/// Writes 8 bytes; the value is below 10^8.
-inline void Write8(char* out_end, std::uint32_t in_value) noexcept {
-    Write4(out_end - 4, in_value / 10'000);
-    Write4(out_end, in_value % 10'000);
+/// 9 to 16 characters, right-aligned behind zeros. Reads those only.
+inline WideBlock LoadWide(const char* in_text, std::size_t in_length) noexcept {
+    const std::uint64_t front = (Load<std::uint64_t>(in_text) ^ ZEROS) << (8 * (16 - in_length));
+    const std::uint64_t back = Load<std::uint64_t>(in_text + in_length - 8) ^ ZEROS;
+    return WideBlock{back} << 64 | front;
 }
 
-/// Writes 3, 5, 10 or 20 bytes: as many as the largest value of the type has.
-inline void WriteAll(char* out_end, std::uint8_t in_value) noexcept {
+inline std::uint64_t BlockValue(WideBlock in_block) noexcept {
+    return BlockValue(static_cast<std::uint64_t>(in_block)) * TEN_TO_8 +
+           BlockValue(static_cast<std::uint64_t>(in_block >> 64));
+}
+
+/// How many bytes stand above the one whose lowest bit is set; 0 when none is.
+inline std::size_t CountBytesAbove(std::uint64_t in_bit) noexcept {
+    const std::uint64_t bit = in_bit + (std::uint64_t{in_bit == 0} << 56);
+    return 7 - static_cast<std::size_t>(std::countr_zero(bit)) / 8;
+}
+
+inline std::size_t CountBytesAbove(WideBlock in_bit) noexcept {
+    const auto low = static_cast<std::uint64_t>(in_bit);
+    const auto high = static_cast<std::uint64_t>(in_bit >> 64);
+    return low != 0 ? CountBytesAbove(low) + 8 : CountBytesAbove(high);
+}
+
+// --- Integer to text. A block holds the 8 digits of a value, the first one lowest. ---
+
+/// The block of a value below 10^8: split into halves, each half into pairs, each pair into digits.
+inline std::uint64_t MakeBlock(std::uint32_t in_value) noexcept {
+    const std::uint32_t high = in_value / 10'000;
+    const std::uint64_t halves = high | std::uint64_t{in_value - high * 10'000} << 32;
+    const std::uint64_t hundreds = (halves * 10486 >> 20) & 0x0000007f0000007f;
+    const std::uint64_t pairs = hundreds | (halves - hundreds * 100) << 16;
+    const std::uint64_t tens = (pairs * 103 >> 10) & 0x000f000f000f000f;
+    return tens | (pairs - tens * 10) << 8;
+}
+
+/// How many zeros a block begins with; 7 when all digits are zeros.
+inline unsigned CountLeadingZeros(std::uint64_t in_block) noexcept {
+    return static_cast<unsigned>(std::countr_zero(in_block | std::uint64_t{1} << 56)) / 8;
+}
+
+/// How many zeros a block ends with; it must not be all zeros.
+inline unsigned CountTrailingZeros(std::uint64_t in_block) noexcept {
+    return static_cast<unsigned>(std::countl_zero(in_block)) / 8;
+}
+
+template <class Word>
+inline void Store(char* out_text, Word in_word) noexcept {
+    std::memcpy(out_text, &in_word, sizeof(in_word));
+}
+
+/// Writes the two digits of a value below 100.
+inline void StorePair(char* out_text, std::size_t in_value) noexcept {
+    std::memcpy(out_text, DIGIT_PAIRS.m_text + 2 * in_value, 2);
+}
+
+/// By the length of a 16-bit value in bits: what makes its upper bits the count of its digits when
+/// it is added to the value.
+constexpr std::array<std::uint32_t, 17> MakeDigitCounts() {
+    std::array<std::uint32_t, 17> counts{};
+    std::uint32_t digits = 1;  // of the least value of a length
+    for (std::uint32_t bits = 0; bits < counts.size(); ++bits) {
+        while ((std::uint32_t{1} << bits) / 2 >= POWERS_OF_TEN[digits]) {
+            ++digits;
+        }
+        // Values from the next power of ten on have a digit more.
+        counts[bits] = ((digits + 1) << 20) - static_cast<std::uint32_t>(POWERS_OF_TEN[digits]);
+    }
+    return counts;
+}
+
+inline constexpr std::array<std::uint32_t, 17> DIGIT_COUNTS = MakeDigitCounts();
+
+/// How many digits a 16-bit value has; 1 for 0. Its length in bits comes from the exponent of a
+/// float above it, which is quicker than the bit scan that every processor has.
+inline std::size_t CountDigits(std::uint32_t in_value) noexcept {
+    const auto number = std::bit_cast<std::uint32_t>(
+        static_cast<float>(static_cast<std::int32_t>(2 * in_value + 1)));
+    const std::size_t exponent = number >> 23;
+    constexpr std::size_t EXPONENT_OF_1 = 127;
+    return (in_value + DIGIT_COUNTS.data()[exponent - EXPONENT_OF_1]) >> 20;
+}
+
+// WriteBackwards writes a value that ends just in front of `out_end` and gives its first character.
+// It may write zeros in front of that, within the room of the longest value of the type (3, 5, 10
+// or 20 bytes): branches on the count of digits would be hard to foresee.
+
+inline char* WriteBackwards(char* out_end, std::uint8_t in_value) noexcept {
     const std::uint32_t hundreds = in_value / 100u;
     out_end[-3] = static_cast<char>('0' + hundreds);
-    WritePair(out_end, in_value - hundreds * 100);
+    StorePair(out_end - 2, in_value - hundreds * 100);
+    return out_end - 1 - (in_value > 9 ? 1 : 0) - (in_value > 99 ? 1 : 0);
 }
 
-inline void WriteAll(char* out_end, std::uint16_t in_value) noexcept {
-    const std::uint32_t front = in_value / 10'000u;
+inline char* WriteBackwards(char* out_end, std::uint16_t in_value) noexcept {
+    const std::uint32_t value = in_value;
+    const std::uint32_t hundreds = value / 100;
+    const std::uint32_t front = value / 10'000;
     out_end[-5] = static_cast<char>('0' + front);
-    Write4(out_end, in_value - front * 10'000);
+    StorePair(out_end - 4, hundreds - front * 100);
+    StorePair(out_end - 2, value - hundreds * 100);
+    return out_end - CountDigits(value);
 }
 
-inline void WriteAll(char* out_end, std::uint32_t in_value) noexcept {
+/// A value below 10^8, in 8 bytes.
+inline char* WriteBlockBackwards(char* out_end, std::uint32_t in_value) noexcept {
+    const std::uint64_t block = MakeBlock(in_value);
+    Store(out_end - 8, block | ZEROS);
+    return out_end - 8 + CountLeadingZeros(block);
+}
+
+inline char* WriteBackwards(char* out_end, std::uint32_t in_value) noexcept {
+    if (in_value < TEN_TO_8) {
+        return WriteBlockBackwards(out_end, in_value);
+    }
     const std::uint32_t front = in_value / static_cast<std::uint32_t>(TEN_TO_8);
-    WritePair(out_end - 8, front);
-    Write8(out_end, in_value - front * static_cast<std::uint32_t>(TEN_TO_8));
+    Store(out_end - 8, MakeBlock(in_value - front * static_cast<std::uint32_t>(TEN_TO_8)) | ZEROS);
+    StorePair(out_end - 10, front);
+    return out_end - 9 - (front > 9 ? 1 : 0);
 }
 
-inline void WriteAll(char* out_end, std::uint64_t in_value) noexcept {
+inline char* WriteBackwards(char* out_end, std::uint64_t in_value) noexcept {
+    if (in_value < TEN_TO_8) {
+        return WriteBlockBackwards(out_end, static_cast<std::uint32_t>(in_value));
+    }
     const std::uint64_t upper = in_value / TEN_TO_8;
+    Store(out_end - 8, MakeBlock(static_cast<std::uint32_t>(in_value - upper * TEN_TO_8)) | ZEROS);
+    if (upper < TEN_TO_8) {
+        return WriteBlockBackwards(out_end - 8, static_cast<std::uint32_t>(upper));
+    }
     const auto front = static_cast<std::uint32_t>(upper / TEN_TO_8);
-    Write4(out_end - 16, front);
-    Write8(out_end - 8, static_cast<std::uint32_t>(upper - front * TEN_TO_8));
-    Write8(out_end, static_cast<std::uint32_t>(in_value - upper * TEN_TO_8));
-}
-
-/// How many digits a value has; 1 for 0.
-inline std::size_t CountDigits(std::uint64_t in_value) noexcept {
-    // 1233 / 4096 is just above log10(2): the estimate is right or one too small. 0 counts as 1,
-    // and setting the lowest bit moves no other value across a power of ten.
-    const std::uint64_t value = in_value | 1;
-    const std::size_t estimate = static_cast<std::size_t>(std::bit_width(value)) * 1233 >> 12;
-    return estimate + (value >= POWERS_OF_TEN[estimate] ? 1 : 0);
-}
-
-inline std::size_t CountDigits(std::uint16_t in_value) noexcept {
-    return 1u + (in_value > 9 ? 1u : 0u) + (in_value > 99 ? 1u : 0u) + (in_value > 999 ? 1u : 0u) +
-           (in_value > 9999 ? 1u : 0u);
+    Store(out_end - 16, MakeBlock(static_cast<std::uint32_t>(upper - front * TEN_TO_8)) | ZEROS);
+    const std::uint64_t block = MakeBlock(front);
+    Store(out_end - 20, static_cast<std::uint32_t>((block | ZEROS) >> 32));
+    return out_end - 24 + CountLeadingZeros(block);
 }
 
 }  // namespace Orska::Support::DecimalDigits

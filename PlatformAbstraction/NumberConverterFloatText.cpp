@@ -52,40 +52,69 @@ PlainNumber Round(double in_magnitude, int in_decimals) noexcept {
     return {whole, fraction};
 }
 
-/// Digits of a fraction, with the leading zeros that make them `in_decimals` long.
-/// @return how many; one more than decimals when a tie did not carry
-std::size_t WriteFraction(std::uint64_t in_fraction, std::size_t in_decimals, Zeros in_zeros,
-                          char* out_text) noexcept {
-    char digits[20];
-    char* const end = digits + sizeof(digits);
-    DecimalDigits::WriteAll(end, in_fraction);
-    const std::size_t length = std::max(in_decimals, DecimalDigits::CountDigits(in_fraction));
-    const char* stop = end;
-    if (in_zeros == Zeros::DROPPED) {
-        while (stop[-1] == '0') {
-            --stop;
+/// Writes up to 10 digits; may write 8 where they are fewer. Gives the end.
+char* WriteWhole(std::uint64_t in_whole, char* out_text) noexcept {
+    auto rest = static_cast<std::uint32_t>(in_whole);
+    if (rest >= DecimalDigits::TEN_TO_8) [[unlikely]] {
+        const std::uint32_t front = rest / static_cast<std::uint32_t>(DecimalDigits::TEN_TO_8);
+        rest -= front * static_cast<std::uint32_t>(DecimalDigits::TEN_TO_8);
+        DecimalDigits::StorePair(out_text, front);
+        if (front < 10) {
+            out_text[0] = out_text[1];
         }
+        out_text += front < 10 ? 1 : 2;
+        DecimalDigits::Store(out_text, DecimalDigits::MakeBlock(rest) | DecimalDigits::ZEROS);
+        return out_text + 8;
     }
-    std::memcpy(out_text, end - length, length);
-    return length - static_cast<std::size_t>(end - stop);
+    const std::uint64_t block = DecimalDigits::MakeBlock(rest);
+    const unsigned zeros = DecimalDigits::CountLeadingZeros(block);
+    DecimalDigits::Store(out_text, (block | DecimalDigits::ZEROS) >> (8 * zeros));
+    return out_text + 8 - zeros;
 }
 
+/// Writes a fraction that is not 0 with its leading zeros; 8 bytes for up to 8 decimals, 16 for
+/// more, even where fewer are wanted. Gives the end.
+char* WriteFraction(std::uint64_t in_fraction, std::size_t in_decimals, Zeros in_zeros,
+                    char* out_text) noexcept {
+    if (in_fraction == DecimalDigits::POWERS_OF_TEN[in_decimals]) [[unlikely]] {
+        // A tie did not carry: one digit more than there are decimals.
+        *out_text++ = '1';
+        std::memset(out_text, '0', in_decimals);
+        return out_text + (in_zeros == Zeros::KEPT ? in_decimals : 0);
+    }
+    const std::uint64_t digits = in_fraction * DecimalDigits::POWERS_OF_TEN[16 - in_decimals];
+    const std::uint64_t front = digits / DecimalDigits::TEN_TO_8;
+    const std::uint64_t back = digits - front * DecimalDigits::TEN_TO_8;
+    std::uint64_t block = DecimalDigits::MakeBlock(static_cast<std::uint32_t>(front));
+    DecimalDigits::Store(out_text, block | DecimalDigits::ZEROS);
+    char* end = out_text + 8;
+    if (in_decimals > 8) {
+        const std::uint64_t last = DecimalDigits::MakeBlock(static_cast<std::uint32_t>(back));
+        DecimalDigits::Store(end, last | DecimalDigits::ZEROS);
+        if (last != 0) {
+            block = last;
+            end += 8;
+        }
+    }
+    return in_zeros == Zeros::KEPT ? out_text + in_decimals
+                                   : end - DecimalDigits::CountTrailingZeros(block);
+}
+
+/// Writes in the order of reading. What is written behind the text stays within the promised sizes:
+/// with 15 significant digits, more than 8 decimals leave at most 6 digits in front of the point.
 std::size_t WritePlain(double in_value, int in_decimals, Zeros in_zeros,
                        char* out_buffer) noexcept {
     const PlainNumber number = Round(std::fabs(in_value), in_decimals);
-    char* out = out_buffer;
-    if (in_value < 0) {  // not for a negative zero
-        *out++ = '-';
-    }
-    const std::size_t wholeLength = DecimalDigits::CountDigits(number.m_whole);
-    char digits[10];
-    DecimalDigits::WriteAll(digits + sizeof(digits), static_cast<std::uint32_t>(number.m_whole));
-    std::memcpy(out, digits + sizeof(digits) - wholeLength, wholeLength);
-    out += wholeLength;
-    if (number.m_fraction != 0 || (in_zeros == Zeros::KEPT && in_decimals > 0)) {
-        *out++ = '.';
-        out +=
-            WriteFraction(number.m_fraction, static_cast<std::size_t>(in_decimals), in_zeros, out);
+    *out_buffer = '-';
+    char* out = WriteWhole(number.m_whole, out_buffer + (in_value < 0 ? 1 : 0));
+    const auto decimals = static_cast<std::size_t>(in_decimals);
+    if (number.m_fraction != 0) {
+        *out = '.';
+        out = WriteFraction(number.m_fraction, decimals, in_zeros, out + 1);
+    } else if (in_zeros == Zeros::KEPT && decimals > 0) {
+        *out = '.';
+        std::memset(out + 1, '0', decimals);
+        out += 1 + decimals;
     }
     *out = '\0';
     return static_cast<std::size_t>(out - out_buffer);
@@ -115,6 +144,15 @@ bool HasPlainForm(double in_magnitude, int in_digits) noexcept {
            in_magnitude == 0;
 }
 
+/// The digits in front of the point of a magnitude that has a plain form; none for 0.
+int CountWholeDigits(double in_magnitude) noexcept {
+    int digits = 0;
+    for (int i = 0; i <= 9; ++i) {
+        digits += in_magnitude >= GetPowerOfTen(i) ? 1 : 0;
+    }
+    return digits;
+}
+
 std::size_t WriteSignificant(double in_value, int in_digits, char* out_buffer) noexcept {
     const double magnitude = std::fabs(in_value);
     if (!std::isfinite(in_value)) {
@@ -123,10 +161,8 @@ std::size_t WriteSignificant(double in_value, int in_digits, char* out_buffer) n
     if (!HasPlainForm(magnitude, in_digits)) {
         return WriteAsC(in_value, std::chars_format::general, in_digits, out_buffer);
     }
-    const auto whole = static_cast<std::uint64_t>(static_cast<std::int64_t>(magnitude));
-    const int wholeDigits = whole == 0 ? 0 : static_cast<int>(DecimalDigits::CountDigits(whole));
-    return WritePlain(in_value, in_digits - std::min(in_digits, wholeDigits), Zeros::DROPPED,
-                      out_buffer);
+    const int decimals = in_digits - std::min(in_digits, CountWholeDigits(magnitude));
+    return WritePlain(in_value, decimals, Zeros::DROPPED, out_buffer);
 }
 
 std::size_t WriteDecimals(double in_value, int in_decimals, Zeros in_zeros,

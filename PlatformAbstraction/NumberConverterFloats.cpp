@@ -33,8 +33,9 @@ constexpr int EXPONENT_BOUND = 309;
 
 /// What stands between two positions; each Take operation moves the first one on.
 struct Cursor {
-    const char* m_at;
+    const char* m_start;
     const char* m_end;
+    const char* m_at = m_start;
 
     bool IsAt(char in_character) const noexcept { return m_at != m_end && *m_at == in_character; }
     bool IsAtDigit() const noexcept { return m_at != m_end && DecimalDigits::IsDigit(*m_at); }
@@ -69,18 +70,32 @@ struct Cursor {
         return static_cast<int>(m_at - start);
     }
 
+    /// The next 8 characters, with zero bytes for those behind the end. The text must have 8 or
+    /// more, which need not all be ahead.
+    std::uint64_t Peek8() const noexcept {
+        const std::ptrdiff_t ahead = m_end - m_at;
+        return ahead >= 8 ? DecimalDigits::Load<std::uint64_t>(m_at)
+                          : DecimalDigits::Load<std::uint64_t>(m_end - 8) >> (8 * (7 - ahead)) >> 8;
+    }
+
+    /// Takes up to 8 digits at once while the mantissa cannot reach its bound among them.
+    void TakeBlocks(std::uint64_t& inout_mantissa) noexcept {
+        std::size_t count = 8;
+        while (count == 8 && inout_mantissa < BLOCK_BOUND) {
+            const std::uint64_t block = Peek8() ^ DecimalDigits::ZEROS;
+            count = DecimalDigits::CountLeadingDigits(block);
+            const std::uint64_t digits = block << (4 * (8 - count)) << (4 * (8 - count));
+            inout_mantissa = inout_mantissa * DecimalDigits::POWERS_OF_TEN[count] +
+                             DecimalDigits::BlockValue(digits);
+            m_at += count;
+        }
+    }
+
     /// Takes digits into the mantissa while it is below its bound; how many it took.
     int TakeDigits(std::uint64_t& inout_mantissa) noexcept {
         const char* const start = m_at;
-        while (m_end - m_at >= 8 && inout_mantissa < BLOCK_BOUND) {
-            const std::uint64_t block =
-                DecimalDigits::Load<std::uint64_t>(m_at) ^ DecimalDigits::ZEROS;
-            if (!DecimalDigits::AreDigits(block)) {
-                break;
-            }
-            inout_mantissa =
-                inout_mantissa * DecimalDigits::TEN_TO_8 + DecimalDigits::BlockValue(block);
-            m_at += 8;
+        if (m_end - m_start >= 8) {
+            TakeBlocks(inout_mantissa);
         }
         while (IsAtDigit() && inout_mantissa < MANTISSA_BOUND) {
             inout_mantissa = inout_mantissa * 10 + static_cast<std::uint64_t>(*m_at - '0');
@@ -156,9 +171,7 @@ double ParseDouble(const char* in_text, std::size_t in_length,
     Cursor cursor{in_text, in_text + std::min(in_length, LONGEST_TEXT)};
     cursor.SkipBlanksAndControls();
     const bool isNegative = cursor.TakeSign();
-    while (cursor.Take('0')) {
-    }
-    std::uint64_t mantissa = 0;
+    std::uint64_t mantissa = 0;  // which leading zeros leave alone
     cursor.TakeDigits(mantissa);
     int exponent = cursor.SkipDigits();
     if (cursor.Take('.')) {
@@ -213,7 +226,7 @@ bool MayBeSpecialWord(const char* in_text, std::size_t in_length) noexcept {
     return letter == 'i' || letter == 'I' || letter == 'n' || letter == 'N';
 }
 
-double Parse(const char* in_text, std::size_t in_length, bool in_strict) {
+[[gnu::noinline]] double ParseAnyText(const char* in_text, std::size_t in_length, bool in_strict) {
     double value = 0.0;
     if (in_length == 0 ||
         (MayBeSpecialWord(in_text, in_length) && ParseSpecialWord(in_text, in_length, value))) {
@@ -221,10 +234,65 @@ double Parse(const char* in_text, std::size_t in_length, bool in_strict) {
     }
     std::ptrdiff_t consumed = 0;
     value = ParseDouble(in_text, in_length, consumed);
-    if (in_strict && consumed != static_cast<std::ptrdiff_t>(in_length)) [[unlikely]] {
+    if (in_strict && consumed != static_cast<std::ptrdiff_t>(in_length)) {
         ThrowInvalid(in_text, in_length);
     }
     return value;
+}
+
+/// Takes a point out of a block of digits, so that the digits in front of it move up behind it;
+/// false when the block holds anything else. No branch depends on where the point is or whether
+/// there is one.
+template <class Block>
+bool TakePoint(Block& inout_block, std::size_t& out_decimals) noexcept {
+    constexpr Block POINT = '.' ^ '0';
+    const Block others = DecimalDigits::MarkOthers(inout_block);
+    const Block first = (others & (~others + 1)) >> 7;  // 1 in the first byte that is no digit
+    const Block whole = first * 0xff;                   // all of that byte
+    if (((others & (others - 1)) | ((inout_block & whole) ^ (first * POINT))) != 0) {
+        return false;
+    }
+    const Block below = first - (first != 0 ? 1 : 0);
+    inout_block = (inout_block & ~(below | whole)) | (inout_block & below) << 8;
+    out_decimals = DecimalDigits::CountBytesAbove(first);
+    return true;
+}
+
+/// The value of 1 to 16 characters that are digits with a point among them or none; false for all
+/// other text. The mantissa is then far below its bound, and all of the text is used.
+bool ParsePlain(const char* in_text, std::size_t in_length, double& out_value) noexcept {
+    std::size_t decimals = 0;
+    std::uint64_t mantissa = 0;
+    if (in_length <= 8) {
+        std::uint64_t block = in_length < 4 ? DecimalDigits::LoadUpTo3(in_text, in_length)
+                                            : DecimalDigits::Load4To8(in_text, in_length);
+        if (!TakePoint(block, decimals) || (in_length == 1 && *in_text == '.')) {
+            return false;
+        }
+        mantissa = DecimalDigits::BlockValue(block);
+    } else {
+        DecimalDigits::WideBlock block = DecimalDigits::LoadWide(in_text, in_length);
+        if (!TakePoint(block, decimals)) {
+            return false;
+        }
+        mantissa = DecimalDigits::BlockValue(block);
+    }
+    out_value = static_cast<double>(static_cast<std::int64_t>(mantissa)) *
+                GetPowerOfTen(-static_cast<int>(decimals));
+    return true;
+}
+
+double Parse(const char* in_text, std::size_t in_length, bool in_strict) {
+    if (in_length >= 1 && in_length <= 17) {
+        const bool isNegative = *in_text == '-';
+        const std::size_t signLength = isNegative || *in_text == '+' ? 1 : 0;
+        const std::size_t length = in_length - signLength;
+        double value = 0.0;
+        if (length >= 1 && length <= 16 && ParsePlain(in_text + signLength, length, value)) {
+            return isNegative ? -value : value;
+        }
+    }
+    return ParseAnyText(in_text, in_length, in_strict);
 }
 
 }  // namespace

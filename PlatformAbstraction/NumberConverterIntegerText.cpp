@@ -22,35 +22,23 @@ template <class T>
 constexpr std::size_t FULL_SIZE = std::numeric_limits<T>::digits10 + 2 +
                                   (std::is_signed_v<T> ? 1 : 0);
 
-template <class T>
-constexpr std::make_unsigned_t<T> GetMagnitude(T in_value) noexcept {
-    using Magnitude = std::make_unsigned_t<T>;
-    const auto magnitude = static_cast<Magnitude>(in_value);
-    return in_value < 0 ? static_cast<Magnitude>(0 - magnitude) : magnitude;
-}
-
-/// 8 and 16 bits count as 16, the others as 64.
-template <class U>
-std::size_t CountDigits(U in_magnitude) noexcept {
-    using Wide = std::conditional_t<sizeof(U) <= 2, std::uint16_t, std::uint64_t>;
-    return DecimalDigits::CountDigits(static_cast<Wide>(in_magnitude));
-}
-
-/// Writes text into a buffer of at least FULL_SIZE bytes. All digits that T can have and the sign
-/// are written in any case, leading zeros included, and what is not wanted is left in front of the
-/// text: branches on the count of digits or on the sign would be hard to foresee.
+/// Writes text into a buffer of at least FULL_SIZE bytes. The sign is written in any case and left
+/// in front of the text of a positive value, because a branch on it would be hard to foresee.
 template <class T>
 char* WriteFull(T in_value, std::size_t in_bufferLength, char* out_buffer) noexcept {
+    using Magnitude = std::make_unsigned_t<T>;
     char* const end = out_buffer + in_bufferLength - 1;
     *end = '\0';
-    const std::make_unsigned_t<T> magnitude = GetMagnitude(in_value);
-    DecimalDigits::WriteAll(end, magnitude);
-    char* const text = end - CountDigits(magnitude);
-    if constexpr (std::is_signed_v<T>) {
+    if constexpr (std::is_unsigned_v<T>) {
+        return DecimalDigits::WriteBackwards(end, in_value);
+    } else {
+        const auto value = static_cast<std::int64_t>(in_value);
+        const std::int64_t minus = value >> 63;  // -1 or 0
+        const auto magnitude = static_cast<Magnitude>((value ^ minus) - minus);
+        char* const text = DecimalDigits::WriteBackwards(end, magnitude);
         text[-1] = '-';
-        return text - (in_value < 0 ? 1 : 0);
+        return text + minus;
     }
-    return text;
 }
 
 [[noreturn]] void ThrowNoRoom() {
@@ -129,12 +117,11 @@ std::string NumberConverter::IntegerToString(T in_value) {
 
 template <ConvertibleInteger T>
 orska_wstring NumberConverter::IntegerToWString(T in_value) {
-    char buffer[FULL_SIZE<T>];
-    char* const text = Write(in_value, sizeof(buffer), buffer);
     // Widened here and not read in the ANSI encoding, which need not hold ASCII.
+    const std::string text = IntegerToString(in_value);
     char16_t units[FULL_SIZE<T>];
-    const char16_t* const end = std::copy(text, buffer + sizeof(buffer) - 1, units);
-    return orska_wstring(units, static_cast<std::size_t>(end - units));
+    std::copy(text.begin(), text.end(), units);
+    return orska_wstring(units, text.size());
 }
 
 #define ORSKA_INSTANTIATE(T)                                                            \
