@@ -42,7 +42,7 @@ inline constexpr std::array<DialogField, 7> DIALOG_FIELDS{{
     {"UID", &DialogValues::m_uid, DialogFieldKind::TEXT, false, VELTRANE_TEXT("&User name"),
      VELTRANE_TEXT("Left empty, programs ask for it when they connect.")},
     {"PWD", &DialogValues::m_pwd, DialogFieldKind::PASSWORD, false, VELTRANE_TEXT("&Password"),
-     VELTRANE_TEXT("Stored as clear text. Left empty, programs ask for it when they connect.")},
+     VELTRANE_TEXT("Stored as clear text; left empty, programs ask for it.")},
     {"Database", &DialogValues::m_database, DialogFieldKind::TEXT, true, VELTRANE_TEXT("Data&base"),
      VELTRANE_TEXT("The database on that server.")},
 }};

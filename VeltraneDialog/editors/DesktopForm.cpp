@@ -1,0 +1,212 @@
+#include "VeltraneDialog/editors/DesktopForm.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <algorithm>
+
+#include "VeltraneDialog/FieldRules.h"
+#include "VeltraneDialog/editors/Texts.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+/// Wide enough for a server's full name, in average characters.
+constexpr int FIELD_WIDTH = 66;
+
+/// Qt cuts what is longer than this; far beyond what the host sends.
+constexpr int MAX_LENGTH = 1 << 24;
+
+QString Translated(const char* in_text) { return QString::fromUtf8(Translate(in_text)); }
+
+QLabel* SmallLabel(const QString& in_text, QWidget* in_parent) {
+    auto* label = new QLabel(in_text, in_parent);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * 0.88);
+    label->setFont(font);
+    return label;
+}
+
+void SetColor(QWidget& io_widget, const QColor& in_color) {
+    QPalette palette = io_widget.palette();
+    if (palette.color(QPalette::WindowText) != in_color) {
+        palette.setColor(QPalette::WindowText, in_color);
+        io_widget.setPalette(palette);
+    }
+}
+
+/// A red that can be read on the background, light or dark.
+QColor ReasonColor(const QPalette& in_palette) {
+    const bool isDark = in_palette.color(QPalette::Window).lightness() < 128;
+    return isDark ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB0, 0x00, 0x20);
+}
+
+/// Quieter than text, and still well readable.
+QColor QuietColor(const QPalette& in_palette) {
+    QColor color = in_palette.color(QPalette::WindowText);
+    color.setAlphaF(0.72F);
+    return color;
+}
+
+}  // namespace
+
+DesktopForm::DesktopForm(DialogValues& io_values) : m_values(io_values) {
+    auto* grid = new QGridLayout(this);
+    grid->setColumnStretch(1, 1);
+    grid->setVerticalSpacing(2);
+    grid->setHorizontalSpacing(14);
+    for (std::size_t i = 0; i < DISPLAY_ORDER.size(); ++i) {
+        BuildRow(m_rows[i], DIALOG_FIELDS[DISPLAY_ORDER[i]], *grid);
+    }
+    grid->setRowStretch(grid->rowCount(), 1);
+    grid->addWidget(BuildButtons(), grid->rowCount(), 0, 1, 2);
+    Follow();
+    const auto first = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& row) {
+        return row.m_field->m_isRequired && row.m_edit->text().isEmpty();
+    });
+    (first != m_rows.end() ? *first : m_rows.front()).m_edit->setFocus();
+}
+
+void DesktopForm::BuildRow(Row& out_row, const DialogField& in_field, QGridLayout& io_grid) {
+    out_row.m_field = &in_field;
+    const QString mark = in_field.m_isRequired ? QStringLiteral(" *") : QString();
+    auto* label = new QLabel(Translated(in_field.m_label) + mark, this);
+    QWidget* const input = BuildInput(out_row);
+    label->setBuddy(out_row.m_edit->parentWidget() == input ? input : out_row.m_edit);
+
+    QLabel* const key = QuietLabel(
+        QString::fromUtf8(in_field.m_key.data(), static_cast<qsizetype>(in_field.m_key.size())));
+    out_row.m_note = SmallLabel(QString(), this);
+    out_row.m_note->setWordWrap(true);
+    out_row.m_note->setTextFormat(Qt::PlainText);
+
+    const int top = io_grid.rowCount();
+    io_grid.addWidget(label, top, 0);
+    io_grid.addWidget(input, top, 1);
+    io_grid.addWidget(key, top + 1, 0, Qt::AlignTop);
+    io_grid.addWidget(out_row.m_note, top + 1, 1, Qt::AlignTop);
+    io_grid.setRowMinimumHeight(top + 2, fontMetrics().height() / 2);
+    // An empty row is not counted unless something is in it.
+    io_grid.addItem(new QSpacerItem(0, 0), top + 2, 0);
+
+    const std::u16string& value = *(m_values.*in_field.m_value);
+    out_row.m_edit->setText(QString::fromUtf16(value.data(), static_cast<qsizetype>(value.size())));
+    out_row.m_edit->setCursorPosition(0);
+    out_row.m_edit->setAccessibleName(QString::fromUtf8(TranslatePlain(in_field.m_label).c_str()));
+    connect(out_row.m_edit, &QLineEdit::textChanged, this, [this, &out_row] {
+        out_row.m_isEdited = true;
+        Follow();
+    });
+}
+
+/// @return the edit itself, or what it is part of
+QWidget* DesktopForm::BuildInput(Row& out_row) {
+    if (out_row.m_field->m_kind == DialogFieldKind::LOGIN_MODE) {
+        auto* choice = new QComboBox(this);
+        choice->setEditable(true);
+        choice->setInsertPolicy(QComboBox::NoInsert);
+        for (const char* mode : LOGIN_MODES) {
+            choice->addItem(QString::fromUtf8(mode));
+        }
+        // Text of the user's own stays as it is typed.
+        choice->setCompleter(nullptr);
+        out_row.m_edit = choice->lineEdit();
+        out_row.m_edit->setMaxLength(MAX_LENGTH);
+        return choice;
+    }
+    out_row.m_edit = new QLineEdit(this);
+    out_row.m_edit->setMaxLength(MAX_LENGTH);
+    out_row.m_edit->setMinimumWidth(fontMetrics().averageCharWidth() * FIELD_WIDTH);
+    if (out_row.m_field->m_kind != DialogFieldKind::PASSWORD) {
+        return out_row.m_edit;
+    }
+    QLineEdit* const edit = out_row.m_edit;
+    edit->setEchoMode(QLineEdit::Password);
+    edit->setMinimumWidth(0);
+    auto* both = new QWidget(this);
+    auto* layout = new QHBoxLayout(both);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* show = new QCheckBox(Translated(TEXT_SHOW_PASSWORD), both);
+    layout->addWidget(edit, 1);
+    layout->addWidget(show);
+    connect(show, &QCheckBox::toggled, edit, [edit](bool in_isShown) {
+        edit->setEchoMode(in_isShown ? QLineEdit::Normal : QLineEdit::Password);
+    });
+    return both;
+}
+
+QWidget* DesktopForm::BuildButtons() {
+    auto* bottom = new QWidget(this);
+    auto* layout = new QHBoxLayout(bottom);
+    layout->setContentsMargins(0, fontMetrics().height() / 2, 0, 0);
+    auto* buttons = new QDialogButtonBox(bottom);
+    m_ok = buttons->addButton(Translated(TEXT_OK), QDialogButtonBox::AcceptRole);
+    m_ok->setDefault(true);
+    buttons->addButton(Translated(TEXT_CANCEL), QDialogButtonBox::RejectRole)
+        ->setAutoDefault(false);
+    connect(buttons, &QDialogButtonBox::accepted, this, &DesktopForm::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &DesktopForm::reject);
+    layout->addWidget(QuietLabel(Translated(TEXT_REQUIRED)), 1);
+    layout->addWidget(buttons);
+    return bottom;
+}
+
+void DesktopForm::Follow() {
+    if (m_ok == nullptr) {
+        return;
+    }
+    bool isAcceptable = true;
+    for (const Row& row : m_rows) {
+        QByteArray value = row.m_edit->text().toUtf8();
+        const std::string_view text(value.constData(), static_cast<std::size_t>(value.size()));
+        const char* const reason = WhyRefused(*row.m_field, text);
+        ShowNote(row, IsOnlyMissing(*row.m_field, text) && !row.m_isEdited ? nullptr : reason);
+        isAcceptable = isAcceptable && reason == nullptr;
+        if (row.m_field->m_value == &DialogValues::m_dsn) {
+            setWindowTitle(QString::fromUtf8(TitleFor(value.toStdString()).c_str()));
+        }
+        value.fill('\0');
+    }
+    m_ok->setEnabled(isAcceptable);
+}
+
+void DesktopForm::ShowNote(const Row& in_row, const char* in_reason) {
+    const QString text = Translated(in_reason != nullptr ? in_reason : in_row.m_field->m_hint);
+    in_row.m_note->setText(text);
+    SetColor(*in_row.m_note, in_reason != nullptr ? ReasonColor(palette()) : QuietColor(palette()));
+    in_row.m_edit->setAccessibleDescription(text);
+}
+
+QLabel* DesktopForm::QuietLabel(const QString& in_text) {
+    m_quietLabels.push_back(SmallLabel(in_text, this));
+    SetColor(*m_quietLabels.back(), QuietColor(palette()));
+    return m_quietLabels.back();
+}
+
+void DesktopForm::accept() {
+    if (!m_ok->isEnabled()) {
+        return;
+    }
+    for (const Row& row : m_rows) {
+        m_values.*row.m_field->m_value = row.m_edit->text().toStdU16String();
+    }
+    QDialog::accept();
+}
+
+void DesktopForm::changeEvent(QEvent* in_event) {
+    QDialog::changeEvent(in_event);
+    if (in_event->type() == QEvent::PaletteChange) {
+        for (QLabel* label : m_quietLabels) {
+            SetColor(*label, QuietColor(palette()));
+        }
+        Follow();
+    }
+}
+
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,55 @@
+/// The DSN editor as a window, drawn by Qt.
+#ifndef VELTRANEDIALOG_EDITORS_DESKTOPFORM_H
+#define VELTRANEDIALOG_EDITORS_DESKTOPFORM_H
+
+#include <QDialog>
+#include <array>
+#include <vector>
+
+#include "VeltraneDialog/DialogFields.h"
+
+class QGridLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace Veltrane::ODBC {
+
+class DesktopForm : public QDialog {
+public:
+    /// @param io_values  changed when the form is accepted
+    explicit DesktopForm(DialogValues& io_values);
+
+    void accept() override;
+
+protected:
+    void changeEvent(QEvent* in_event) override;
+
+private:
+    struct Row {
+        const DialogField* m_field = nullptr;
+        QLineEdit* m_edit = nullptr;
+        /// The hint, or the reason why the field is refused.
+        QLabel* m_note = nullptr;
+        /// An empty field is only pointed out once the user has been in it.
+        bool m_isEdited = false;
+    };
+
+    void BuildRow(Row& out_row, const DialogField& in_field, QGridLayout& io_grid);
+    QWidget* BuildInput(Row& out_row);
+    QWidget* BuildButtons();
+
+    /// After a change: the notes, the title and OK follow the fields.
+    void Follow();
+    void ShowNote(const Row& in_row, const char* in_reason);
+    QLabel* QuietLabel(const QString& in_text);
+
+    DialogValues& m_values;
+    std::array<Row, DIALOG_FIELDS.size()> m_rows;
+    std::vector<QLabel*> m_quietLabels;
+    QPushButton* m_ok = nullptr;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,60 @@
+#include <QApplication>
+#include <QSocketNotifier>
+#include <string>
+
+#include "VeltraneDialog/editors/DesktopForm.h"
+#include "VeltraneDialog/editors/EditorMain.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+/// Process-wide: set before Qt starts, read by the handler of its messages.
+HostConnection* s_host = nullptr;
+/// Process-wide: the first warning, which tells more than the fatal message after it.
+std::string s_firstWarning;
+
+/// Qt ends the process when it finds no display; the host is told before that, so that it can try
+/// the terminal. Other messages have nowhere to go.
+void OnQtMessage(QtMsgType in_type, const QMessageLogContext&, const QString& in_text) {
+    if (s_firstWarning.empty()) {
+        s_firstWarning = in_text.section(QLatin1Char('\n'), 0, 0).toStdString();
+    }
+    if (in_type != QtFatalMsg) {
+        return;
+    }
+    EditorMessage message;
+    message.m_kind = EditorMessageKind::UNAVAILABLE;
+    message.m_reason = "The desktop editor cannot open a window: " + s_firstWarning;
+    try {
+        s_host->Send(message);
+    } catch (const std::exception&) {
+        _exit(1);
+    }
+    _exit(0);
+}
+
+bool ShowOnDesktop(DialogValues& io_values, HostConnection& io_host) {
+    s_host = &io_host;
+    qInstallMessageHandler(OnQtMessage);
+    static char name[] = "veltrane-dsn-editor-desktop";
+    static char* arguments[] = {name, nullptr};
+    static int argumentCount = 1;
+    const QApplication application(argumentCount, arguments);
+    DesktopForm form(io_values);
+    QSocketNotifier hostHasGone(io_host.Descriptor(), QSocketNotifier::Read);
+    QObject::connect(&hostHasGone, &QSocketNotifier::activated, &form, &QDialog::reject);
+    form.show();
+    form.raise();
+    form.activateWindow();
+    return form.exec() == QDialog::Accepted;
+}
+
+}  // namespace
+
+}  // namespace Veltrane::ODBC
+
+int main(int in_argumentCount, char** in_arguments) {
+    return Veltrane::ODBC::EditorMain(in_argumentCount, in_arguments,
+                                      Veltrane::ODBC::ShowOnDesktop);
+}
