@@ -36,6 +36,13 @@ std::int32_t CheckedLength(std::size_t in_count, std::size_t in_width) {
     return static_cast<std::int32_t>(in_count * in_width);
 }
 
+/// ICU marks a text whose memory ran out as bogus.
+void CheckWhole(const icu::UnicodeString& in_text) {
+    if (in_text.isBogus()) {
+        throw std::bad_alloc();
+    }
+}
+
 /// Always a copy of the code units, never a share in ICU's reference-counted buffer, so that two
 /// strings can be used by two threads.
 icu::UnicodeString* CopyOf(const icu::UnicodeString* in_text) {
@@ -176,8 +183,10 @@ orska_wstring::orska_wstring(char16_t in_unit, std::size_t in_count)
 orska_wstring::~orska_wstring() { ReleaseText(m_text); }
 
 orska_wstring& orska_wstring::operator=(const orska_wstring& in_other) {
-    if (this != &in_other) {
+    if (m_text == nullptr || in_other.m_text == nullptr) {
         SetImpl(CopyOf(in_other.m_text));
+    } else if (this != &in_other) {
+        CheckWhole(m_text->setTo(in_other.m_text->getBuffer(), in_other.m_text->length()));
     }
     return *this;
 }
@@ -217,7 +226,9 @@ orska_wstring& orska_wstring::SetFromUtf8(const char* in_text, std::int64_t in_l
 }
 
 void orska_wstring::SetImpl(icu::UnicodeString* in_text) noexcept {
-    ReleaseText(std::exchange(m_text, in_text));
+    if (in_text != m_text) {
+        ReleaseText(std::exchange(m_text, in_text));
+    }
 }
 
 std::u16string_view orska_wstring::GetView() const noexcept {
@@ -235,10 +246,7 @@ orska_wstring& orska_wstring::operator+=(const orska_wstring& in_other) {
         return *this = in_other;
     }
     CheckedLength(GetView().size() + in_other.GetView().size(), 1);
-    m_text->append(*in_other.m_text);
-    if (m_text->isBogus()) {
-        throw std::bad_alloc();
-    }
+    CheckWhole(m_text->append(*in_other.m_text));
     return *this;
 }
 

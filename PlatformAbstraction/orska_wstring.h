@@ -4,7 +4,9 @@
 /// A copy always copies the text. A string is used by one thread at a time unless the caller locks.
 /// Narrow text for which no encoding is named is in the process ANSI encoding, which is UTF-8 until
 /// platform start-up sets it. Wide text (`wchar_t`) is UTF-16LE on Windows and UTF-32LE on Linux.
-/// Bytes that an encoding does not allow become U+FFFD, as ICU's converters have it.
+/// Bytes that an encoding does not allow become U+FFFD, as ICU's converters have it. Text of more
+/// than INT32_MAX bytes is refused with ErrorException "ICUConvErr", and an encoding that is not
+/// one of the 119 with "EncodingNotRecog".
 #ifndef PLATFORMABSTRACTION_ORSKA_WSTRING_H
 #define PLATFORMABSTRACTION_ORSKA_WSTRING_H
 
@@ -82,7 +84,7 @@ public:
     /// UTF-16 code units; 0 for NULL.
     std::int32_t GetLength() const noexcept { return m_text == nullptr ? 0 : m_text->length(); }
     /// Bytes of the UTF-16 form: twice the code units.
-    std::int32_t GetLengthInBytes() const noexcept { return GetLength() * 2; }
+    std::int64_t GetLengthInBytes() const noexcept { return std::int64_t{GetLength()} * 2; }
     /// The code units, not NUL-terminated; empty for NULL. Valid until the string changes.
     std::u16string_view GetView() const noexcept;
 
@@ -112,7 +114,8 @@ public:
     std::int32_t IndexOfAny(const orska_wstring& in_set, std::int32_t in_start = 0) const;
     bool StartsWith(const orska_wstring& in_other) const;
 
-    /// Replaces every occurrence, in place.
+    /// Replaces every occurrence, in place. A NULL or empty `in_old` occurs nowhere; a NULL
+    /// `in_new` counts as empty.
     orska_wstring& FindAndReplace(const orska_wstring& in_old, const orska_wstring& in_new);
     /// Pads at the end with a code unit; true when the string was changed.
     bool PadTrailing(std::int32_t in_targetLength, char16_t in_pad = u' ');
@@ -122,6 +125,7 @@ public:
     orska_wstring Substring(std::int32_t in_start, std::int32_t in_length = INT32_MAX) const;
     /// Removes leading and trailing white space, in place.
     orska_wstring& Trim();
+    /// Case conversion is in place and the same in every locale, so that keys compare everywhere.
     orska_wstring& ToUpper();
     orska_wstring& ToLower();
     /// The code point at a code-unit index (U+FFFF outside the string or when NULL).
@@ -137,9 +141,11 @@ public:
     /// The text as UTF-16, in the form in which it crosses to the installer and to the editor.
     std::u16string GetAsUtf16() const;
 
-    /// Replaces matches of an ICU regular expression in place.
+    /// Replaces matches of an ICU regular expression in place. NULL stays NULL; a NULL pattern or
+    /// replacement counts as empty.
     /// @param in_flags  ICU pattern flags 2, 4, 8 and 32; negative: replace only the first match
-    /// @throws ErrorException "ICURegexError" with the pattern as its parameter
+    /// @throws ErrorException "ICURegexError" with the pattern as its parameter; the string is then
+    ///         as it was
     orska_wstring& RegexReplace(const orska_wstring& in_pattern,
                                 const orska_wstring& in_replacement, std::int32_t in_flags = 0);
 
