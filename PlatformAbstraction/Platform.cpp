@@ -1,0 +1,105 @@
+#include "PlatformAbstraction/Platform.h"
+
+#include <unicode/locid.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cwchar>
+#include <iterator>
+
+#include "PlatformAbstraction/OrskaSettingReader.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
+
+namespace Orska::Platform {
+
+namespace {
+
+// Process-wide: starts not yet matched by a stop. Changed by InitializePlatform and
+// UninitializePlatform.
+std::uint32_t s_initCount = 0;
+
+// Process-wide: the platform object while the count is above 0. Changed by the same.
+PlatformInstance* s_instance = nullptr;
+
+// Process-wide: set by InitializePlatform and SetVerbose, read by TraceVerbose.
+std::atomic<bool> s_isVerbose = false;
+
+/// Writes one whole line, so that lines of several threads do not mix.
+void WriteLine(const char* in_function, const char* in_arguments) {
+    std::fprintf(stderr, "Entering Orska::Platform::%s(%s) with s_initCount ==%u.\n", in_function,
+                 in_arguments, s_initCount);
+    std::fflush(stderr);
+}
+
+/// Runs the wide formatter once; the text goes nowhere.
+void RunWideFormatter() {
+    wchar_t text[256];
+    std::swprintf(text, std::size(text), L"Executing: %hs", "_vsnwprintf_s");
+}
+
+void TakeEncodingsFromSettings() {
+    using Support::orska_wstring;
+    using Support::OrskaSettingReader;
+    orska_wstring::InitializeAnsiEncoding();
+    orska_wstring::SetDriverManagerEncoding(OrskaSettingReader::GetDriverManagerEncoding());
+}
+
+}  // namespace
+
+PlatformInstance::PlatformInstance()
+    : m_lock(std::make_unique<PlatformLock>()), m_service(std::make_unique<PlatformService>()) {
+    m_defaultLocale.SetFromUtf8(icu::Locale::getDefault().getName(),
+                                Support::orska_wstring::NUL_TERMINATED);
+}
+
+PlatformInstance::~PlatformInstance() = default;
+
+PlatformInstance* InitializePlatform(bool in_isVerbose) {
+    if (in_isVerbose) {
+        WriteLine("InitializePlatform", "true");
+    }
+    if (s_initCount > 0) {
+        ++s_initCount;
+        if (in_isVerbose) {
+            SetVerbose(true);
+        }
+        return s_instance;
+    }
+    auto instance = std::make_unique<PlatformInstance>();
+    SetVerbose(in_isVerbose);
+    RunWideFormatter();
+    // Strings made until here convert through ICU directly, those made from here on through the
+    // converter; both give the same text.
+    TakeEncodingsFromSettings();
+    Support::SetPlatformStringConverter(instance->GetStringConverter());
+    s_initCount = 1;
+    s_instance = instance.release();
+    return s_instance;
+}
+
+void UninitializePlatform() {
+    if (s_isVerbose) {
+        WriteLine("UninitializePlatform", "");
+    }
+    --s_initCount;
+    if (s_initCount == 0) {
+        Support::SetPlatformStringConverter(nullptr);
+        delete s_instance;
+        s_instance = nullptr;
+    }
+}
+
+void SetVerbose(bool in_isVerbose) noexcept {
+    s_isVerbose = in_isVerbose;
+    Support::SetVerboseTraceSink(&TraceVerbose);
+}
+
+void TraceVerbose(const char* in_text) {
+    if (s_isVerbose) {
+        std::fprintf(stderr, "%s\n", in_text);
+        std::fflush(stderr);
+    }
+}
+
+}  // namespace Orska::Platform

@@ -1,0 +1,81 @@
+/// Counted start-up and shut-down of the support library, and the verbose trace that start-up turns
+/// on.
+///
+/// Start and stop from one thread, before other threads use strings and after they have ended: no
+/// lock is taken. The first start takes the two process encodings from the settings, if there are
+/// any (see OrskaSettingReader::Initialize, to be called before), and installs the string
+/// converter; without settings the encodings are their defaults. A second start counts and changes
+/// no encoding.
+#ifndef PLATFORMABSTRACTION_PLATFORM_H
+#define PLATFORMABSTRACTION_PLATFORM_H
+
+#include <memory>
+#include <mutex>
+
+#include "PlatformAbstraction/IPlatformStringConverter.h"
+#include "PlatformAbstraction/orska_wstring.h"
+
+namespace Orska::Platform {
+
+/// A critical section as an object.
+class PlatformLock {
+public:
+    virtual ~PlatformLock() = default;
+    void lock() { m_mutex.lock(); }
+    void unlock() { m_mutex.unlock(); }
+
+private:
+    std::recursive_mutex m_mutex;
+};
+
+/// A place for platform services; there are none.
+class PlatformService {
+public:
+    virtual ~PlatformService() = default;
+};
+
+/// What a started platform owns. Made and destroyed by the functions below.
+class PlatformInstance {
+public:
+    PlatformInstance();
+    PlatformInstance(const PlatformInstance&) = delete;
+    PlatformInstance& operator=(const PlatformInstance&) = delete;
+    virtual ~PlatformInstance();
+
+    PlatformLock& GetLock() noexcept { return *m_lock; }
+    /// The converter of every string while the platform is started.
+    Support::IPlatformStringConverter* GetStringConverter() noexcept {
+        return m_stringConverter.get();
+    }
+    /// The name of ICU's default locale when the platform was started.
+    const Support::orska_wstring& GetDefaultLocale() const noexcept { return m_defaultLocale; }
+    bool IsStarted() const noexcept { return m_isStarted; }
+
+private:
+    std::unique_ptr<PlatformLock> m_lock;
+    std::unique_ptr<Support::IPlatformStringConverter> m_stringConverter;
+    std::unique_ptr<PlatformService> m_service;
+    Support::orska_wstring m_defaultLocale;
+    bool m_isStarted = true;
+};
+
+/// Starts the platform, or counts one more user of the started one.
+/// @param in_isVerbose  true turns the verbose trace on; false leaves it on where it is on, except
+///        that a first start sets it as given
+/// @return the one platform object, owned by the library
+/// @throws StartupInitException for an encoding setting that is not legal; the platform is then not
+///         started
+PlatformInstance* InitializePlatform(bool in_isVerbose);
+
+/// Counts one user less; the last one destroys the platform object and takes the string converter
+/// away. To be called once for each InitializePlatform: a further call wraps the count.
+void UninitializePlatform();
+
+void SetVerbose(bool in_isVerbose) noexcept;
+
+/// Writes the text and a line end to standard error when the verbose trace is on.
+void TraceVerbose(const char* in_text);
+
+}  // namespace Orska::Platform
+
+#endif

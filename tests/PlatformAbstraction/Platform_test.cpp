@@ -1,0 +1,150 @@
+// Counted start-up. Each test has a process of its own.
+#include "PlatformAbstraction/Platform.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unicode/locid.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "PlatformAbstraction/OrskaSettingReader.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/ThrownMessage.h"
+
+namespace Orska::Platform {
+namespace {
+
+using Support::EncodingType;
+using Support::GetAnsiEncoding;
+using Support::GetDriverManagerEncoding;
+using Support::orska_wstring;
+using Support::OrskaSettingReader;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+template <typename Action>
+std::string StderrOf(const Action& in_action) {
+    CaptureStderr();
+    in_action();
+    return GetCapturedStderr();
+}
+
+TEST(PlatformStart, CountsStartsAndStops) {
+    PlatformInstance* first = InitializePlatform(false);
+    ASSERT_NE(first, nullptr);
+    EXPECT_TRUE(first->IsStarted());
+    EXPECT_EQ(first->GetDefaultLocale().GetAsUtf8(), icu::Locale::getDefault().getName());
+    EXPECT_EQ(InitializePlatform(false), first);
+    UninitializePlatform();
+    EXPECT_EQ(InitializePlatform(false), first);
+    UninitializePlatform();
+    UninitializePlatform();
+    ASSERT_NE(InitializePlatform(false), nullptr);
+    UninitializePlatform();
+}
+
+TEST(PlatformStart, InstallsTheConverterWhileItIsStarted) {
+    EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
+    PlatformInstance* instance = InitializePlatform(false);
+    EXPECT_EQ(Support::GetPlatformStringConverter(), instance->GetStringConverter());
+    InitializePlatform(false);
+    UninitializePlatform();
+    EXPECT_EQ(Support::GetPlatformStringConverter(), instance->GetStringConverter());
+    UninitializePlatform();
+    EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
+}
+
+constexpr char SETTING_LINES[] =
+    "orska_wstring::InitializeAnsiEncoding()\n"
+    "OrskaSettingReader::GetAppCharEncoding()\n"
+    "OrskaSettingReader::GetDriverManagerEncoding()\n"
+    "DriverManagerEncoding setting not loaded, using default: UTF-16_LE.\n"
+    "orska_wstring::SetDriverManagerEncoding()\n";
+
+TEST(PlatformStart, WritesTheVerboseTrace) {
+    EXPECT_EQ(StderrOf([] { InitializePlatform(true); }),
+              std::string("Entering Orska::Platform::InitializePlatform(true) with s_initCount "
+                          "==0.\n") +
+                  SETTING_LINES);
+    EXPECT_EQ(StderrOf([] { InitializePlatform(true); }),
+              "Entering Orska::Platform::InitializePlatform(true) with s_initCount ==1.\n");
+    EXPECT_EQ(StderrOf([] { InitializePlatform(false); }), "");
+    EXPECT_EQ(StderrOf([] { TraceVerbose("a line"); }), "a line\n");
+    EXPECT_EQ(StderrOf([] { UninitializePlatform(); }),
+              "Entering Orska::Platform::UninitializePlatform() with s_initCount ==3.\n");
+}
+
+TEST(PlatformStart, VerbosityOnceOnStaysOnAndSurvivesTheStop) {
+    EXPECT_EQ(StderrOf([] {
+                  InitializePlatform(false);
+                  TraceVerbose("not written");
+              }),
+              "");
+    StderrOf([] { InitializePlatform(true); });
+    InitializePlatform(false);
+    const auto stop = [] {
+        UninitializePlatform();
+        UninitializePlatform();
+        UninitializePlatform();
+    };
+    StderrOf(stop);
+    EXPECT_EQ(StderrOf([] { TraceVerbose("still"); }), "still\n");
+    // A first start sets it as given.
+    EXPECT_EQ(StderrOf([] { InitializePlatform(false); }), "");
+    EXPECT_EQ(StderrOf([] { SetVerbose(true), TraceVerbose("on"); }), "on\n");
+    EXPECT_EQ(StderrOf([] { SetVerbose(false), TraceVerbose("off"); }), "");
+}
+
+TEST(PlatformStart, AStopTooManyWrapsTheCount) {
+    SetVerbose(true);
+    EXPECT_EQ(StderrOf([] { UninitializePlatform(); }),
+              "Entering Orska::Platform::UninitializePlatform() with s_initCount ==0.\n");
+    EXPECT_EQ(StderrOf([] { EXPECT_EQ(InitializePlatform(true), nullptr); }),
+              "Entering Orska::Platform::InitializePlatform(true) with s_initCount "
+              "==4294967295.\n");
+    SetVerbose(false);
+    EXPECT_NE(InitializePlatform(false), nullptr);
+}
+
+TEST(PlatformStart, WithoutSettingsTheEncodingsAreTheDefaults) {
+    InitializePlatform(false);
+    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
+    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
+    EXPECT_FALSE(OrskaSettingReader::IsInitialized());
+    UninitializePlatform();
+    setenv("ORSKA_APP_ANSI_ENCODING", "latin1", 1);
+    InitializePlatform(false);
+    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_LATIN1);
+}
+
+TEST(PlatformStart, TakesTheEncodingsFromTheSettings) {
+    const TemporaryDirectory directory;
+    OrskaSettingReader::Initialize(
+        directory.Write("x.ini", "[S]\nANSIEncoding=cp1252\nDriverManagerEncoding=UTF-32\n"), L"K",
+        L"S");
+    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
+    InitializePlatform(false);
+    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_CP1252);
+    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF32LE);
+    EXPECT_EQ(orska_wstring("\x80"), L"\u20AC");
+}
+
+TEST(PlatformStart, ASettingThatIsNotLegalLeavesItNotStarted) {
+    const TemporaryDirectory directory;
+    OrskaSettingReader::Initialize(directory.Write("x.ini", "[S]\nDriverManagerEncoding=utf-8\n"),
+                                   L"K", L"S");
+    EXPECT_EQ(ThrownMessage<Support::StartupInitException>([] { InitializePlatform(false); }),
+              "DriverManagerEncoding setting is not a legal encoding.");
+    EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
+    OrskaSettingReader::SetSetting("DriverManagerEncoding", "UTF-8");
+    EXPECT_THAT(StderrOf([] { EXPECT_NE(InitializePlatform(true), nullptr); }),
+                testing::HasSubstr("InitializePlatform(true) with s_initCount ==0.\n"));
+    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF8);
+}
+
+}  // namespace
+}  // namespace Orska::Platform
