@@ -11,9 +11,11 @@ namespace {
 constexpr char SOURCE[] = "Setup\\OdbcInstaller";
 constexpr int LEVEL = 3;
 
+bool IsSecret(const orska_wstring& in_key) { return in_key == UID || in_key == PWD; }
+
 /// A value as a trace line may show it.
 std::string ValueForTrace(const orska_wstring& in_key, const orska_wstring& in_value) {
-    if (in_key == UID || in_key == PWD) {
+    if (IsSecret(in_key)) {
         return "(not shown)";
     }
     return "\"" + ForTrace(in_value) + "\"";
@@ -45,7 +47,9 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
                                                              out_value, in_bufferSize, in_file);
     ORSKA_TRACE(LEVEL, "Veltrane::ODBC::OdbcInstaller::GetPrivateProfileString", SOURCE, 0,
                 "[%s] %s: %s = %d", ForTrace(in_section).c_str(), ForTrace(in_key).c_str(),
-                ValueForTrace(in_key, out_value).c_str(), count);
+                ValueForTrace(in_key, out_value).c_str(),
+                // The length of a password is nobody's business either.
+                IsSecret(in_key) && count > 0 ? 1 : count);
     return count;
 }
 

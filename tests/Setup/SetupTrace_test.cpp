@@ -62,7 +62,8 @@ TEST_F(SetupTrace, LevelThreeTellsEveryOperationWithItsResult) {
     const std::string trace = TraceOf("3", [] { Call(ODBC_CONFIG_DSN, "DSN=x\0"s); });
     EXPECT_THAT(trace, HasSubstr("WritePrivateProfileString:0\t[x] Server: \"srv\" = 1"));
     EXPECT_THAT(trace, HasSubstr("RemoveDSNFromIni:0\t[x] = 1"));
-    EXPECT_THAT(trace, HasSubstr("[x] PWD: (not shown) = 1"));
+    EXPECT_THAT(trace, HasSubstr("GetPrivateProfileString:0\t[x] PWD: (not shown) = 1"));
+    EXPECT_THAT(trace, HasSubstr("WritePrivateProfileString:0\t[x] PWD: (not shown) = 1"));
 }
 
 TEST_F(SetupTrace, NoLevelShowsUserOrPassword) {
