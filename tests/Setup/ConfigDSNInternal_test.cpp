@@ -14,6 +14,7 @@ namespace {
 
 using namespace Orska::Support;
 using testing::ElementsAre;
+using Veltrane::Test::MakeDialogValues;
 using Veltrane::Test::s_editor;
 using Veltrane::Test::s_installer;
 using namespace std::string_literals;
@@ -28,7 +29,7 @@ protected:
         s_installer.m_profile["x"] = {
             {"Driver", "drv"}, {"Server", "s"}, {"PWD", "p"}, {"Database", "d"}};
         s_editor = {};
-        s_editor.m_initialValues = {u"new", u"s2", u"", u"", u"", u"", u"d2"};
+        s_editor.m_initialValues = MakeDialogValues(u"new", u"s2", u"d2");
     }
 
     static int Call(unsigned short in_type, const std::string& in_attributes,

@@ -14,6 +14,7 @@ namespace {
 using Orska::Support::orska_wstring;
 using testing::HasSubstr;
 using testing::Not;
+using Veltrane::Test::MakeDialogValues;
 using Veltrane::Test::s_editor;
 using Veltrane::Test::s_installer;
 using namespace std::string_literals;
@@ -35,7 +36,7 @@ protected:
         s_editor = {};
         s_installer.m_profile["x"] = {
             {"Driver", "drv"}, {"Server", "srv"}, {"UID", "geheim-u"}, {"PWD", "geheim-p"}};
-        s_editor.m_initialValues = {u"x", u"srv", u"", u"", u"geheim-u", u"geheim-p", u"d"};
+        s_editor.m_initialValues = MakeDialogValues(u"x", u"srv", u"d", u"geheim-u", u"geheim-p");
     }
     static void Call(unsigned short in_type, const std::string& in_attributes) {
         ConfigDSNInternal(nullptr, in_type, L"drv", orska_wstring(in_attributes));

@@ -11,6 +11,21 @@
 
 namespace Veltrane::Test {
 
+/// Values with these texts and the others empty.
+inline Veltrane::ODBC::DialogValues MakeDialogValues(const char16_t* in_dsn,
+                                                     const char16_t* in_server,
+                                                     const char16_t* in_database,
+                                                     const char16_t* in_uid = u"",
+                                                     const char16_t* in_pwd = u"") {
+    Veltrane::ODBC::DialogValues values;
+    values.m_dsn = in_dsn;
+    values.m_server = in_server;
+    values.m_database = in_database;
+    values.m_uid = in_uid;
+    values.m_pwd = in_pwd;
+    return values;
+}
+
 struct FakeEditor {
     Veltrane::ODBC::DialogValues m_initialValues;
     /// What the user makes of the texts when the editor is shown.
