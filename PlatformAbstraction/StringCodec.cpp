@@ -131,13 +131,29 @@ constexpr char16_t Swap(char16_t in_unit) {
     return static_cast<char16_t>((in_unit << 8) | (in_unit >> 8));
 }
 
+bool HasSurrogate(const char16_t* in_begin, const char16_t* in_end) {
+    // As wide as the units, which lets the compiler look at eight at once.
+    std::uint16_t found = 0;
+    for (const char16_t* unit = in_begin; unit != in_end; ++unit) {
+        found |= static_cast<std::uint16_t>(IsSurrogate(*unit));
+    }
+    return found != 0;
+}
+
+bool HasLoneSurrogate(const char16_t* in_begin, const char16_t* in_end) {
+    if (in_begin == in_end) {
+        return false;
+    }
+    std::uint16_t found = IsTrail(in_begin[0]) || IsLead(in_end[-1]);
+    for (const char16_t* unit = in_begin; unit != in_end - 1; ++unit) {
+        found |= static_cast<std::uint16_t>(IsLead(unit[0]) != IsTrail(unit[1]));
+    }
+    return found != 0;
+}
+
 /// Makes every surrogate without its partner U+FFFD.
 void ReplaceLoneSurrogates(char16_t* io_begin, char16_t* io_end) {
-    bool hasSurrogate = false;
-    for (const char16_t* unit = io_begin; unit != io_end; ++unit) {
-        hasSurrogate |= IsSurrogate(*unit);
-    }
-    if (!hasSurrogate) {
+    if (!HasLoneSurrogate(io_begin, io_end)) {
         return;
     }
     for (char16_t* unit = io_begin; unit != io_end; ++unit) {
@@ -214,30 +230,59 @@ struct Cp1252 {
 
 template <typename Set>
 char16_t* DecodeSingleByte(const Byte* in_from, const Byte* in_end, char16_t* out_to) {
-    return std::transform(in_from, in_end, out_to, Set::Decode);
+    while (in_from != in_end) {
+        const Byte* const blockEnd = CopyAscii(in_from, in_end, out_to);
+        out_to = std::transform(in_from, blockEnd, out_to, Set::Decode);
+        in_from = blockEnd;
+    }
+    return out_to;
 }
 
 // UTF-16 to bytes.
 
+/// How many units stand for another one as its trail.
+std::size_t PairCount(const char16_t* in_begin, const char16_t* in_end) {
+    std::size_t count = 0;
+    if (HasSurrogate(in_begin, in_end)) {
+        for (const char16_t* unit = in_begin; unit + 1 < in_end; ++unit) {
+            count += IsLead(unit[0]) && IsTrail(unit[1]);
+        }
+    }
+    return count;
+}
+
 /// The bytes that the UTF-8 form takes, with three for a surrogate without its partner.
 std::size_t Utf8Length(const char16_t* in_begin, const char16_t* in_end) {
-    std::size_t length = 0;
-    for (const char16_t* unit = in_begin; unit != in_end; ++unit) {
-        length += 1u + (*unit >= 0x80) + (*unit >= 0x800);
+    constexpr std::ptrdiff_t MOST = 0x4000;  // units whose extra bytes fit into 16 bits
+    std::size_t length = static_cast<std::size_t>(in_end - in_begin);
+    for (const char16_t* unit = in_begin; unit != in_end;) {
+        const char16_t* const end = unit + std::min(MOST, in_end - unit);
+        std::uint16_t extra = 0;
+        for (; unit != end; ++unit) {
+            extra = static_cast<std::uint16_t>(extra + (*unit >= 0x80) + (*unit >= 0x800));
+        }
+        length += extra;
     }
-    for (const char16_t* unit = in_begin; unit + 1 < in_end; ++unit) {
-        length -= IsLead(unit[0]) && IsTrail(unit[1]) ? 2u : 0u;
-    }
-    return length;
+    // A pair takes four bytes, not twice three.
+    return length - 2 * PairCount(in_begin, in_end);
 }
 
 /// The code point at the front, which is taken; U+FFFD for a surrogate without its partner.
 char32_t NextCodePoint(const char16_t*& io_from, const char16_t* in_end) {
-    char32_t codePoint = 0;
+    const char16_t unit = *io_from++;
+    if (!IsSurrogate(unit)) {
+        return unit;
+    }
+    if (IsLead(unit) && io_from != in_end && IsTrail(*io_from)) {
+        return static_cast<char32_t>(U16_GET_SUPPLEMENTARY(unit, *io_from++));
+    }
+    return REPLACEMENT;
+}
+
+Byte* AppendUtf8(Byte* out_to, char32_t in_codePoint) {
     std::ptrdiff_t length = 0;
-    U16_NEXT_OR_FFFD(io_from, length, in_end - io_from, codePoint);
-    io_from += length;
-    return codePoint;
+    U8_APPEND_UNSAFE(out_to, length, in_codePoint);
+    return out_to + length;
 }
 
 std::string EncodeUtf8(const char16_t* in_from, const char16_t* in_end) {
@@ -246,10 +291,7 @@ std::string EncodeUtf8(const char16_t* in_from, const char16_t* in_end) {
     while (in_from != in_end) {
         const char16_t* const blockEnd = CopyAscii(in_from, in_end, to);
         while (in_from < blockEnd) {
-            const char32_t codePoint = NextCodePoint(in_from, in_end);
-            std::ptrdiff_t length = 0;
-            U8_APPEND_UNSAFE(to, length, codePoint);
-            to += length;
+            to = AppendUtf8(to, NextCodePoint(in_from, in_end));
         }
     }
     return bytes;
@@ -265,11 +307,7 @@ std::string EncodeUtf16Bytes(const char16_t* in_from, const char16_t* in_end, bo
 }
 
 std::size_t CodePointCount(const char16_t* in_begin, const char16_t* in_end) {
-    auto count = static_cast<std::size_t>(in_end - in_begin);
-    for (const char16_t* unit = in_begin; unit + 1 < in_end; ++unit) {
-        count -= IsLead(unit[0]) && IsTrail(unit[1]) ? 1u : 0u;
-    }
-    return count;
+    return static_cast<std::size_t>(in_end - in_begin) - PairCount(in_begin, in_end);
 }
 
 std::string EncodeUtf32Bytes(const char16_t* in_from, const char16_t* in_end, bool in_isBigEndian) {
@@ -290,12 +328,15 @@ std::string EncodeSingleByte(const char16_t* in_from, const char16_t* in_end) {
     auto* to = reinterpret_cast<Byte*>(bytes.data());
     const Byte* const begin = to;
     while (in_from != in_end) {
-        const int byte = Set::Encode(*in_from);
-        if (byte >= 0) {
-            *to++ = static_cast<Byte>(byte);
-            ++in_from;
-        } else if (!IsIgnorable(NextCodePoint(in_from, in_end))) {
-            *to++ = SUBSTITUTE;
+        const char16_t* const blockEnd = CopyAscii(in_from, in_end, to);
+        while (in_from < blockEnd) {
+            const int byte = Set::Encode(*in_from);
+            if (byte >= 0) {
+                *to++ = static_cast<Byte>(byte);
+                ++in_from;
+            } else if (!IsIgnorable(NextCodePoint(in_from, in_end))) {
+                *to++ = SUBSTITUTE;
+            }
         }
     }
     bytes.resize(static_cast<std::size_t>(to - begin));
