@@ -1,0 +1,166 @@
+// What is read from odbc.ini files is what the driver manager reads from them: generated files are
+// read by both, each pair of files in a process of its own because the driver manager remembers what
+// it has read.
+#include <gtest/gtest.h>
+#include <odbcinst.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Setup/OdbcInstaller.h"
+#include "tests/support/IniScratch.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using Orska::Support::orska_wstring;
+using Test::IniScratch;
+
+const std::vector<std::string> SECTIONS = {"A", "b", "A b", "[A", "#A"};
+const std::vector<std::string> KEYS = {"Driver", "Server", "k", "x y", "_z", "ü"};
+
+class Generator {
+public:
+    explicit Generator(unsigned in_seed) : m_random(in_seed) {}
+
+    std::string File() {
+        std::string text;
+        const std::size_t lines = Below(12);
+        // Most files begin as they should; the others are refused as a whole.
+        if (Below(10) != 0) text += Below(2) == 0 ? "[A]\n" : "# comment\n\n[b]\r\n";
+        for (std::size_t i = 0; i < lines; ++i) text += Line() + LineEnd();
+        if (Below(4) == 0) text += Line();
+        return text;
+    }
+
+private:
+    std::size_t Below(std::size_t in_limit) { return m_random() % in_limit; }
+    std::string OneOf(const std::vector<std::string>& in_list) { return in_list[Below(in_list.size())]; }
+    std::string Blanks() {
+        return OneOf({"", "", "", " ", "\t", " \t ", "\r", "\v", "\f", std::string(Below(1100), ' ')});
+    }
+    std::string LineEnd() { return OneOf({"\n", "\n", "\n", "\r\n", "\n\n", " \n"}); }
+    std::string Case(std::string in_text) {
+        for (char& c : in_text) {
+            if (Below(8) == 0) c = static_cast<char>(Below(2) == 0 ? std::toupper(c) : std::tolower(c));
+        }
+        return in_text;
+    }
+    std::string Value() {
+        return OneOf({"", "v", "v w", "a=b", "=", "ü€日本", "x;y", "x # y", "[A]", "]", "\"q\"", "a\tb",
+                      std::string("n\0ul", 4), std::string(980 + Below(40), 'l'),
+                      std::string(980 + Below(40), 'l') + "Server=w", std::string(2500, '['),
+                      std::string(990 + Below(12), ' ') + "[A]", "\xE9\xFF"}) +
+               Blanks();
+    }
+    std::string Line() {
+        switch (Below(8)) {
+            case 0:
+            case 1:
+                return Blanks() + "[" + Blanks() + Case(OneOf(SECTIONS)) + Blanks() +
+                       OneOf({"]", "]", "]", "] tail", "]]", ""});
+            case 2:
+                return Blanks() + OneOf({"#", ";"}) + Value();
+            case 3:
+                return Blanks() + Value();
+            case 4:
+                return Blanks() + std::string(1, '\0') + OneOf({"", "Server=z", "[A]"});
+            default:
+                return Blanks() + Case(OneOf(KEYS)) + Blanks() + OneOf({"=", "=", "=", "", "=="}) +
+                       Blanks() + Value();
+        }
+    }
+
+    std::mt19937 m_random;
+};
+
+std::string Describe(int in_count, const std::string& in_value) {
+    return std::to_string(in_count) + " \"" + in_value + "\"";
+}
+
+std::string ReadTheirs(const std::string& in_section, const std::string& in_key, int in_size) {
+    std::string buffer(4096, '\0');
+    const int count = SQLGetPrivateProfileString(in_section.c_str(), in_key.c_str(), "default text",
+                                                 buffer.data(), in_size, "odbc.ini");
+    return Describe(count, buffer.c_str());
+}
+
+std::string ReadOurs(const std::string& in_section, const std::string& in_key, int in_size) {
+    orska_wstring value;
+    const int count = OdbcInstaller::GetPrivateProfileString(
+        orska_wstring(in_section), orska_wstring(in_key), orska_wstring(std::string("default text")),
+        value, in_size, orska_wstring(std::string("odbc.ini")));
+    return Describe(count, value.GetAsUtf8());
+}
+
+/// Bytes that are not ASCII count differently in code units and in bytes, so only the text counts.
+bool IsSame(const std::string& in_theirs, const std::string& in_ours) {
+    if (in_theirs == in_ours) return true;
+    const auto text = [](const std::string& in_line) {
+        orska_wstring decoded;
+        decoded.SetFromUtf8(in_line.substr(in_line.find('"')));
+        return decoded.GetAsUtf8();
+    };
+    return in_theirs.find_first_of("\xC3\xE2\xE9") != std::string::npos &&
+           text(in_theirs) == text(in_ours);
+}
+
+/// The differences, each on a line.
+std::string Compare(unsigned in_seed) {
+    const IniScratch scratch;
+    Generator generator(in_seed);
+    if (in_seed % 7 != 0) IniScratch::Write(scratch.UserFile(), generator.File());
+    if (in_seed % 11 != 0) IniScratch::Write(scratch.SystemFile(), generator.File());
+    SQLSetConfigMode(static_cast<UWORD>(in_seed % 3));
+    std::string differences;
+    for (const std::string& section : SECTIONS) {
+        for (const std::string& key : KEYS) {
+            const int size = in_seed % 5 == 0 ? 4 : 4000;
+            const std::string ours = ReadOurs(section, key, size);
+            const std::string theirs = ReadTheirs(section, key, size);
+            if (size == 4000 ? IsSame(theirs, ours) : theirs == ours || theirs.find_first_of("\xC3\xE2\xE9") != std::string::npos) continue;
+            differences += "seed " + std::to_string(in_seed) + " [" + section + "] " + key +
+                           ": theirs " + theirs + ", ours " + ours + "\n";
+        }
+    }
+    return differences;
+}
+
+std::string CompareInNewProcess(unsigned in_seed) {
+    int pipe[2];
+    if (::pipe(pipe) != 0) return "no pipe";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const std::string differences = Compare(in_seed);
+        const bool isWritten = ::write(pipe[1], differences.data(), differences.size()) ==
+                               static_cast<ssize_t>(differences.size());
+        ::_exit(isWritten ? 0 : 1);
+    }
+    ::close(pipe[1]);
+    std::string differences;
+    char buffer[4096];
+    for (ssize_t count; (count = ::read(pipe[0], buffer, sizeof buffer)) > 0;) {
+        differences.append(buffer, static_cast<std::size_t>(count));
+    }
+    ::close(pipe[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (status != 0) differences += "the process of seed " + std::to_string(in_seed) + " failed\n";
+    return differences;
+}
+
+// ORSKA_TEST_ROUNDS asks for more files than a quick run reads.
+TEST(OdbcIniReading, ReadsWhatTheDriverManagerReads) {
+    const char* const rounds = std::getenv("ORSKA_TEST_ROUNDS");
+    const unsigned count = rounds == nullptr ? 400 : static_cast<unsigned>(std::atoi(rounds));
+    for (unsigned seed = 0; seed < count; ++seed) {
+        ASSERT_EQ(CompareInNewProcess(seed), "");
+    }
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
