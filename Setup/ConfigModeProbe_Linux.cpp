@@ -18,7 +18,8 @@ namespace {
 using SystemCalls::FileHandle;
 
 /// Other processes open the files too; each round has a new chance of being alone.
-constexpr int MAX_ROUNDS = 64;
+constexpr int MAX_ROUNDS = 32;
+constexpr unsigned PAUSE = 500;  // microseconds
 
 /// Notices when a file is opened, also one that does not exist yet.
 class OpenWatch {
@@ -67,10 +68,11 @@ Opened ReadEvents(int in_inotify, const OpenWatch& in_user, const OpenWatch& in_
     }
 }
 
-/// A user file that the library makes in passing is readable by everybody; ours are not.
+/// A file that the library makes in passing has the widest mode that the umask allows; this narrows
+/// it to that of the files that we make.
 class NewFileGuard {
 public:
-    explicit NewFileGuard(const std::string& in_path) : m_path(in_path) {
+    NewFileGuard(const std::string& in_path, mode_t in_mode) : m_path(in_path), m_mode(in_mode) {
         struct stat before {};
         m_isAbsent = ::stat(m_path.c_str(), &before) != 0;
     }
@@ -81,13 +83,14 @@ public:
         const FileHandle file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
         struct stat now {};
         if (file.IsOpen() && ::fstat(file.Get(), &now) == 0 && S_ISREG(now.st_mode) &&
-            now.st_size == 0 && (now.st_mode & 077) != 0) {
-            ::fchmod(file.Get(), now.st_mode & 0700);
+            now.st_size == 0 && (now.st_mode & 0777 & ~m_mode) != 0) {
+            ::fchmod(file.Get(), now.st_mode & m_mode);
         }
     }
 
 private:
     std::string m_path;
+    mode_t m_mode;
     bool m_isAbsent = false;
 };
 
@@ -97,32 +100,34 @@ void ReadAnything(const InstallerLibrary& in_library) {
     in_library.m_readWithoutLock(nullptr, nullptr, "", names, sizeof names, "odbc.ini");
 }
 
-Opened Observe(const InstallerLibrary& in_library, const std::string& in_user,
+Opened Observe(const InstallerLibrary& in_library, int in_inotify, const std::string& in_user,
                const std::string& in_system) {
-    const FileHandle inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    if (!inotify.IsOpen()) return {};
-    const OpenWatch user(inotify.Get(), in_user);
-    const OpenWatch system(inotify.Get(), in_system);
+    // Anew in each round, because the files may have been replaced or made.
+    const OpenWatch user(in_inotify, in_user);
+    const OpenWatch system(in_inotify, in_system);
+    ReadEvents(in_inotify, user, system);
     ReadAnything(in_library);
-    return ReadEvents(inotify.Get(), user, system);
+    return ReadEvents(in_inotify, user, system);
 }
 
 }  // namespace
 
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
+    const FileHandle inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!inotify.IsOpen()) return ConfigMode::UNKNOWN;
     const std::string userPath = GetUserIniPath();
     const std::string systemPath = GetSystemIniPath();
-    const NewFileGuard guard(userPath);
+    const NewFileGuard userGuard(userPath, 0600);
+    const NewFileGuard systemGuard(systemPath, 0644);
     ConfigMode mode = ConfigMode::UNKNOWN;
     for (int round = 0; round < MAX_ROUNDS; ++round) {
-        const Opened opened = Observe(in_library, userPath, systemPath);
-        if (!opened.m_user && !opened.m_system) continue;
-        if (opened.m_user && opened.m_system) {
-            mode = ConfigMode::BOTH;
-            continue;
+        const Opened opened = Observe(in_library, inotify.Get(), userPath, systemPath);
+        if (opened.m_user != opened.m_system) {
+            mode = opened.m_user ? ConfigMode::USER : ConfigMode::SYSTEM;
+            break;
         }
-        mode = opened.m_user ? ConfigMode::USER : ConfigMode::SYSTEM;
-        break;
+        if (opened.m_user) mode = ConfigMode::BOTH;
+        SystemCalls::SleepMicroseconds(PAUSE);
     }
     ForgetReadValues();
     ClearInstallerErrors();

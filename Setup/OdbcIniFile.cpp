@@ -171,6 +171,7 @@ void OdbcIniFile::Unlock() noexcept {
 }
 
 bool OdbcIniFile::Replace(std::string_view in_bytes) {
+    if (IsOutdated()) return Fail("written to by another program", EAGAIN);
     RemoveStaleFiles();
     FileHandle file;
     std::string name;
@@ -253,6 +254,8 @@ bool OdbcIniFile::CopyAttributes(int in_handle) {
 }
 
 bool OdbcIniFile::Exchange(const std::string& in_name) {
+    // Syncing took its time; what another program wrote meanwhile must not be lost.
+    if (IsOutdated()) return Fail("written to by another program", EAGAIN);
     if (SystemCalls::RenameAt(m_directory.Get(), in_name.c_str(), m_name.c_str()) != 0) {
         return Fail("cannot replace", errno);
     }

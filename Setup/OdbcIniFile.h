@@ -51,7 +51,8 @@ public:
     bool Lock(std::string& out_bytes, mode_t in_newFileMode);
     /// True when something that does not know the lock has written to the file since Lock.
     bool IsOutdated();
-    /// Replaces the locked file. On failure the file is as it was.
+    /// Replaces the locked file. On failure the file is as it was; EAGAIN means that it is
+    /// outdated.
     bool Replace(std::string_view in_bytes);
     void Unlock() noexcept;
     /// True while locked, when Lock has created the file.

@@ -1,5 +1,7 @@
 #include "Setup/OdbcIniUpdate.h"
 
+#include <cerrno>
+
 #include "tools/trace.h"
 
 namespace Veltrane::ODBC {
@@ -86,21 +88,23 @@ void OdbcIniUpdate::Apply(const Edit& in_edit) {
 
 bool OdbcIniUpdate::Commit() {
     if (!m_isOpen) return false;
-    m_isOpen = false;
     m_text.Finish();
-    for (int repeats = 0; m_text.IsChanged() && m_file.IsOutdated(); ++repeats) {
-        if (repeats == MAX_REPEATS) {
-            TraceFileFailure(m_file.Refuse("another program keeps writing to it"));
-            return false;
-        }
-        if (!Open()) return false;
+    bool isDone = !m_text.IsChanged() || Replace();
+    for (int repeats = 0; !isDone && m_file.GetFailure().m_error == EAGAIN; ++repeats) {
+        if (repeats == MAX_REPEATS || !Open()) break;
         for (const Edit& edit : m_edits) Apply(edit);
         m_text.Finish();
+        isDone = !m_text.IsChanged() || Replace();
     }
-    const bool isDone = !m_text.IsChanged() || m_file.Replace(m_text.GetBytes());
-    if (!isDone) TraceFileFailure(m_file.GetFailure());
+    m_isOpen = false;
     m_file.Unlock();
     return isDone;
+}
+
+bool OdbcIniUpdate::Replace() {
+    if (m_file.Replace(m_text.GetBytes())) return true;
+    TraceFileFailure(m_file.GetFailure());
+    return false;
 }
 
 }  // namespace Veltrane::ODBC

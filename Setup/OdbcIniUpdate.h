@@ -41,6 +41,7 @@ private:
     };
 
     bool Open();
+    bool Replace();
     bool Do(Edit in_edit);
     void Apply(const Edit& in_edit);
 

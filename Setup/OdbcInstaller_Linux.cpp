@@ -120,26 +120,29 @@ private:
     std::optional<Request::State> m_own;
 };
 
+bool IsCurrent(const Snapshot& in_snapshot, const std::string& in_path, long long in_time) {
+    struct stat now {};
+    return in_snapshot.m_isValid && in_time - in_snapshot.m_time < SNAPSHOT_AGE &&
+           SystemCalls::Stat(in_path.c_str(), now, true) == 0 &&
+           IsSameVersion(now, in_snapshot.m_stat);
+}
+
 /// Null when the file cannot be read or the driver manager would refuse it. A file that does not
 /// exist is empty: reading makes the driver manager create it.
 const OdbcIniText* ReadFile(const std::string& in_path, Snapshot& io_snapshot) {
-    struct stat now {};
     const long long time = SystemCalls::GetMonotonicTime();
-    if (io_snapshot.m_isValid && time - io_snapshot.m_time < SNAPSHOT_AGE &&
-        SystemCalls::Stat(in_path.c_str(), now, true) == 0 &&
-        IsSameVersion(now, io_snapshot.m_stat)) {
-        return &io_snapshot.m_text;
-    }
-    io_snapshot = {};
-    OdbcIniFile file(in_path);
-    std::string bytes;
-    if (file.Read(bytes, io_snapshot.m_stat)) {
-        io_snapshot.m_text = OdbcIniText(std::move(bytes));
-        io_snapshot.m_time = time;
-        io_snapshot.m_isValid = true;
-    } else if (file.GetFailure().m_error != ENOENT) {
-        TraceFileFailure(file.GetFailure());
-        return nullptr;
+    if (!IsCurrent(io_snapshot, in_path, time)) {
+        io_snapshot = {};
+        OdbcIniFile file(in_path);
+        std::string bytes;
+        if (file.Read(bytes, io_snapshot.m_stat)) {
+            io_snapshot.m_text = OdbcIniText(std::move(bytes));
+            io_snapshot.m_time = time;
+            io_snapshot.m_isValid = true;
+        } else if (file.GetFailure().m_error != ENOENT) {
+            TraceFileFailure(file.GetFailure());
+            return nullptr;
+        }
     }
     return io_snapshot.m_text.IsReadable() ? &io_snapshot.m_text : nullptr;
 }

@@ -24,9 +24,7 @@ IniScratch& Scratch() {
     return s_scratch;
 }
 
-std::string Name(long in_number) {
-    return "Data source " + std::to_string(in_number);
-}
+std::string Name(long in_number) { return "Data source " + std::to_string(in_number); }
 
 /// Fills the file, and gives the name of the data source in its middle.
 std::string FillFile(long in_count) {
@@ -46,9 +44,7 @@ orska_wstring AttributesOf(const std::string& in_dsn) {
 }
 
 /// Makes the installer library forget what it has read, as a new process would know nothing.
-void EmptyTheirCache() {
-    SQLWritePrivateProfileString("-", nullptr, nullptr, "/dev/null");
-}
+void EmptyTheirCache() { SQLWritePrivateProfileString("-", nullptr, nullptr, "/dev/null"); }
 
 void LoadOurs(benchmark::State& io_state) {
     const orska_wstring attributes = AttributesOf(FillFile(io_state.range(0)));
@@ -99,10 +95,13 @@ void SaveTheirs(benchmark::State& io_state) {
         bool isGood = driver[0] != '\0' && SQLRemoveDSNFromIni(dsn.c_str()) &&
                       SQLWriteDSNToIni(dsn.c_str(), DRIVER);
         const std::string server = "new" + std::to_string(++number);
-        const std::pair<const char*, const char*> values[] = {
-            {"Driver", DRIVER}, {"Server", server.c_str()}, {"Namespace", "corporate"},
-            {"LoginMode", "1"}, {"UID", "user"},            {"PWD", "p=;#'x"},
-            {"Database", "sales"}};
+        const std::pair<const char*, const char*> values[] = {{"Driver", DRIVER},
+                                                              {"Server", server.c_str()},
+                                                              {"Namespace", "corporate"},
+                                                              {"LoginMode", "1"},
+                                                              {"UID", "user"},
+                                                              {"PWD", "p=;#'x"},
+                                                              {"Database", "sales"}};
         for (const auto& [key, value] : values) {
             isGood = isGood && SQLWritePrivateProfileString(dsn.c_str(), key, value, FILE_NAME);
         }

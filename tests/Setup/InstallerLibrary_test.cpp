@@ -1,0 +1,99 @@
+#include "Setup/InstallerLibrary.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "Setup/ConfigModeProbe.h"
+#include "Setup/OdbcInstaller.h"
+#include "tests/support/IniScratch.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using Test::IniScratch;
+
+/// Opens files as the driver manager's reader does in each mode. Set by a test.
+ConfigMode s_mode = ConfigMode::BOTH;
+
+void Touch(const std::string& in_path, int in_flags) {
+    const int file = ::open(in_path.c_str(), in_flags, 0666);
+    if (file >= 0) ::close(file);
+}
+
+int ReadAsTheDriverManager(const char*, const char*, const char*, char*, int, const char*) {
+    if (s_mode != ConfigMode::SYSTEM) {
+        Touch(GetUserIniPath(), O_WRONLY | O_APPEND | O_CREAT);
+        Touch(GetUserIniPath(), O_RDONLY);
+    }
+    if (s_mode != ConfigMode::USER) Touch(GetSystemIniPath(), O_RDONLY);
+    return 0;
+}
+
+TEST(ConfigModeProbe, SeesWhichFilesAreRead) {
+    const IniScratch scratch;
+    InstallerLibrary library;
+    library.m_readWithoutLock = &ReadAsTheDriverManager;
+    const mode_t umask = ::umask(022);
+    for (const bool hasFiles : {false, true}) {
+        for (const ConfigMode mode : {ConfigMode::USER, ConfigMode::SYSTEM, ConfigMode::BOTH}) {
+            std::filesystem::remove(scratch.UserFile());
+            if (hasFiles) IniScratch::Write(scratch.UserFile(), "[A]\n");
+            IniScratch::Write(scratch.SystemFile(), "");
+            s_mode = mode;
+            EXPECT_EQ(ProbeConfigMode(library), mode) << static_cast<int>(mode) << hasFiles;
+            struct stat now {};
+            if (!hasFiles && ::stat(scratch.UserFile().c_str(), &now) == 0) {
+                EXPECT_EQ(now.st_mode & 0777, 0600u) << "made by the reader in passing";
+            }
+        }
+    }
+    ::umask(umask);
+}
+
+TEST(ConfigModeProbe, FollowsLinksToTheFile) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.SystemFile(), "");
+    std::filesystem::create_directory(scratch.Folder() / "target");
+    IniScratch::Write(scratch.Folder() / "target" / "real.ini", "");
+    std::filesystem::create_symlink("target/real.ini", scratch.UserFile());
+    InstallerLibrary library;
+    library.m_readWithoutLock = &ReadAsTheDriverManager;
+    s_mode = ConfigMode::USER;
+    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::USER);
+}
+
+TEST(ConfigModeProbe, SaysWhenItCannotTell) {
+    const IniScratch scratch;
+    InstallerLibrary library;
+    library.m_readWithoutLock = [](const char*, const char*, const char*, char*, int, const char*) {
+        return 0;
+    };
+    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::UNKNOWN);
+}
+
+TEST(InstallerLibrary, TellsTheUserOnceWhenItCannotBeLoaded) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process, which finds another library
+    const IniScratch scratch;
+    IniScratch::Write(scratch.Folder() / "libodbcinst.so.2", "not a library");
+    ::setenv("LD_LIBRARY_PATH", scratch.Folder().c_str(), 1);
+    EXPECT_EXIT(
+        {
+            using OdbcInstaller::orska_wstring;
+            const bool isValid = OdbcInstaller::ValidDSN(orska_wstring("a"));
+            const bool isPosted = OdbcInstaller::PostInstallerError(11, orska_wstring("text"));
+            ::_exit(isValid || isPosted ? 1 : 0);
+        },
+        ::testing::ExitedWithCode(0),
+        "^ODBC Installer Error: The ODBC installer DLL \\(ODBCCP32\\.DLL\\) is not installed on "
+        "this "
+        "system\\.\n$");
+    ::unsetenv("LD_LIBRARY_PATH");
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC

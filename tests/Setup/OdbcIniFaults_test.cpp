@@ -1,0 +1,201 @@
+// Every system call of a change to an odbc.ini fails, is interrupted, moves a part only, or is the
+// last thing that the process does: the file is the old or the new one, whole, and nothing is left.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <utility>
+
+#include "Setup/OdbcIniUpdate.h"
+#include "tests/support/IniScratch.h"
+#include "tests/support/SystemCalls_Fake.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using Test::IniScratch;
+using Test::s_systemCalls;
+
+constexpr char OLD[] = "# old\n[A]\nk=v\n";
+constexpr char NEW[] = "# old\n[A]\nk=v\n\n[S]\nDriver=V\n";
+
+bool Change(const IniScratch& in_scratch) {
+    OdbcIniUpdate update(in_scratch.UserFile(), 0600);
+    return update.StartSection("S") && update.Set("S", "Driver", "V") && update.Commit();
+}
+
+/// A fault at one call, identified by its number; the others go as they would.
+void FailAt(std::size_t in_number, int in_error) {
+    s_systemCalls = {};
+    s_systemCalls.m_before = [=](const std::string&, std::size_t in_call) {
+        return in_call == in_number ? in_error : 0;
+    };
+}
+
+std::size_t CountCalls(const IniScratch& in_scratch) {
+    s_systemCalls = {};
+    EXPECT_TRUE(Change(in_scratch));
+    return s_systemCalls.m_calls.size();
+}
+
+TEST(OdbcIniFaults, AFailingCallLeavesTheOldFileOrTheNewOne) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OLD);
+    const std::size_t calls = CountCalls(scratch);
+    ASSERT_GT(calls, 15u);
+    for (std::size_t call = 0; call < calls; ++call) {
+        IniScratch::Write(scratch.UserFile(), OLD);
+        FailAt(call, EIO);
+        const bool isDone = Change(scratch);
+        SCOPED_TRACE(s_systemCalls.m_calls[call] + " " + std::to_string(call));
+        const std::string now = IniScratch::Read(scratch.UserFile());
+        if (isDone) {
+            EXPECT_EQ(now, NEW);
+        } else {
+            EXPECT_TRUE(now == OLD || now == NEW) << now;
+        }
+        EXPECT_EQ(scratch.CountFiles(), 1u);
+        EXPECT_EQ(s_systemCalls.m_openHandles, 0);
+        s_systemCalls.m_before = nullptr;
+        EXPECT_TRUE(Change(scratch)) << "the lock is free again";
+    }
+}
+
+TEST(OdbcIniFaults, WhatMustNotFailIsNotIgnored) {
+    for (const char* name : {"open", "flock", "read", "realpath", "openat", "write", "fsync",
+                             "rename", "fchmod", "fgetxattr", "getrandom"}) {
+        SCOPED_TRACE(name);
+        const IniScratch scratch;
+        IniScratch::Write(scratch.UserFile(), OLD);
+        s_systemCalls = {};
+        s_systemCalls.m_before = [=](const std::string& in_name, std::size_t) {
+            return in_name == name ? EACCES : 0;
+        };
+        EXPECT_FALSE(Change(scratch));
+        EXPECT_EQ(IniScratch::Read(scratch.UserFile()), OLD);
+        EXPECT_EQ(scratch.CountFiles(), 1u);
+    }
+}
+
+TEST(OdbcIniFaults, ANewFileGoesAgainWhenTheChangeFails) {
+    const IniScratch scratch;
+    const std::size_t calls = CountCalls(scratch);
+    std::size_t failures = 0;
+    for (std::size_t call = 0; call < calls; ++call) {
+        std::filesystem::remove(scratch.UserFile());
+        FailAt(call, ENOSPC);
+        const bool isDone = Change(scratch);
+        SCOPED_TRACE(s_systemCalls.m_calls[call] + " " + std::to_string(call));
+        EXPECT_EQ(s_systemCalls.m_openHandles, 0);
+        if (isDone) continue;
+        ++failures;
+        // What may stay is the empty file (when the failed call was the one to see that it is ours)
+        // or the new one (when only its durability is in doubt).
+        const std::string now = IniScratch::Read(scratch.UserFile());
+        EXPECT_TRUE(now.empty() || now == "[S]\nDriver=V\n\n") << now;
+        EXPECT_LE(scratch.CountFiles(), 1u);
+    }
+    EXPECT_GT(failures, 10u);
+}
+
+TEST(OdbcIniFaults, InterruptedAndShortCallsGoOn) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OLD);
+    s_systemCalls = {};
+    s_systemCalls.m_maxTransfer = 3;
+    s_systemCalls.m_before = [](const std::string& in_name, std::size_t in_call) {
+        const bool canBeInterrupted =
+            in_name == "read" || in_name == "write" || in_name == "flock" || in_name == "close";
+        return canBeInterrupted && in_call % 2 == 0 ? EINTR : 0;
+    };
+    EXPECT_TRUE(Change(scratch));
+    EXPECT_EQ(IniScratch::Read(scratch.UserFile()), NEW);
+}
+
+TEST(OdbcIniFaults, DyingAtAnyCallLeavesTheOldFileOrTheNewOne) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OLD);
+    const std::size_t calls = CountCalls(scratch);
+    for (std::size_t call = 0; call < calls; ++call) {
+        SCOPED_TRACE(call);
+        IniScratch::Write(scratch.UserFile(), OLD);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            s_systemCalls.m_before = [=](const std::string&, std::size_t in_number) {
+                return in_number == calls + call ? ::kill(::getpid(), SIGKILL) : 0;
+            };
+            Change(scratch);
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status));
+        const std::string now = IniScratch::Read(scratch.UserFile());
+        EXPECT_TRUE(now == OLD || now == NEW) << now;
+        // The next one is not held up, and clears away what the dead one left.
+        s_systemCalls.m_before = nullptr;
+        EXPECT_TRUE(Change(scratch));
+        EXPECT_EQ(IniScratch::Read(scratch.UserFile()), NEW);
+        EXPECT_EQ(scratch.CountFiles(), 1u);
+        s_systemCalls.m_calls.resize(calls);
+    }
+}
+
+TEST(OdbcIniFaults, ALockThatIsNeverFreedEndsInARefusal) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OLD);
+    s_systemCalls = {};
+    s_systemCalls.m_sleepBonus = 1'000'000;
+    OdbcIniFile holder(scratch.UserFile());
+    std::string bytes;
+    ASSERT_TRUE(holder.Lock(bytes, 0600));
+    OdbcIniFile file(scratch.UserFile());
+    EXPECT_FALSE(file.Lock(bytes, 0600));
+    EXPECT_EQ(file.GetFailure().Describe(),
+              scratch.UserFile().string() + ": cannot lock: Connection timed out");
+    holder.Unlock();
+    EXPECT_TRUE(file.Lock(bytes, 0600));
+}
+
+TEST(OdbcIniFaults, EditsAreMadeAgainOnWhatAnotherProgramWrote) {
+    for (const std::string call : {"flock", "read", "openat", "write", "fchmod", "fsync"}) {
+        for (const bool isReplaced : {false, true}) {
+            SCOPED_TRACE(call + (isReplaced ? ", replaced" : ", written"));
+            const IniScratch scratch;
+            IniScratch::Write(scratch.UserFile(), OLD);
+            bool isDone = false;
+            s_systemCalls = {};
+            s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
+                if (in_name != call || std::exchange(isDone, true)) return 0;
+                if (isReplaced) std::filesystem::remove(scratch.UserFile());
+                IniScratch::Write(scratch.UserFile(), "[Other]\nk=v\n");
+                return 0;
+            };
+            EXPECT_TRUE(Change(scratch));
+            EXPECT_TRUE(isDone);
+            EXPECT_EQ(IniScratch::Read(scratch.UserFile()), "[Other]\nk=v\n\n[S]\nDriver=V\n");
+            EXPECT_EQ(scratch.CountFiles(), 1u);
+        }
+    }
+}
+
+TEST(OdbcIniFaults, AnotherProgramThatNeverStopsWritingEndsInARefusal) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OLD);
+    s_systemCalls = {};
+    s_systemCalls.m_before = [&](const std::string& in_name, std::size_t in_call) {
+        if (in_name == "fsync") {
+            IniScratch::Write(scratch.UserFile(), OLD + std::to_string(in_call) + "=v\n");
+        }
+        return 0;
+    };
+    EXPECT_FALSE(Change(scratch));
+    EXPECT_TRUE(IniScratch::Read(scratch.UserFile()).starts_with(OLD));
+    EXPECT_EQ(scratch.CountFiles(), 1u);
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,155 @@
+#include "Setup/OdbcIniText.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+namespace Veltrane::ODBC {
+namespace {
+
+using Edit = std::function<void(OdbcIniText&)>;
+
+/// What saving a data source does: its section goes and comes back with other values.
+void Save(OdbcIniText& io_text) {
+    io_text.RemoveSection("Sales");
+    io_text.AddSection("Sales");
+    io_text.Set("Sales", "Driver", "V");
+    io_text.Set("Sales", "Server", "new");
+    io_text.Set("Sales", "Database", "d");
+}
+
+void Remove(OdbcIniText& io_text) { io_text.RemoveSection("Sales"); }
+
+struct EditCase {
+    const char* m_point;
+    Edit m_edit;
+    std::string m_before;
+    std::string m_after;
+};
+
+const EditCase EDIT_CASES[] = {
+    {"into an empty file", Save, "", "[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n"},
+    {"behind a blank line, in the file's style", Save, "[A]\nk=v\n\n",
+     "[A]\nk=v\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n"},
+    {"behind a section without a blank line", Save, "[A]\nk=v\n",
+     "[A]\nk=v\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
+    {"behind a last line without an end", Save, "# only a comment",
+     "# only a comment\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
+    {"with the file's line ends", Save, "[A]\r\nk=v\r\n",
+     "[A]\r\nk=v\r\n\r\n[Sales]\r\nDriver=V\r\nServer=new\r\nDatabase=d\r\n"},
+    {"without a byte order mark", Save, "\xEF\xBB\xBF[A]\n\n",
+     "[A]\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n"},
+    {"at its old place, comments and keys too", Save,
+     "; top\n[A]\nk = v \n\n[ SALES ] tail\n# one\n  server = old\nOther=x\n; two\nDriver=W\n# "
+     "b\n\n[B]\n",
+     "; top\n[A]\nk = v \n\n[Sales]\n# one\nServer=new\n; two\nDriver=V\nDatabase=d\n# b\n\n[B]\n"},
+    {"once, when it stood twice", Save, "[Sales]\nServer=1\n\n[A]\nk=v\n[sales]\nServer=2\n# c\n",
+     "[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n[A]\nk=v\n# c\n"},
+    {"keys that stand twice go", Save, "[Sales]\nServer=1\nServer=2\n",
+     "[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
+    {"a line over 999 bytes goes whole", Save,
+     "[Sales]\nServer=" + std::string(2000, 'x') + "\n# " + std::string(2000, 'c') + "\n[B]\n",
+     "[Sales]\nDriver=V\nServer=new\nDatabase=d\n# " + std::string(2000, 'c') + "\n[B]\n"},
+    {"nothing else is touched, NUL and high bytes neither", Save,
+     std::string("[A]\n\0\x80\xFF=1\r\n\v\n[Sales]\n[B]\nx", 26),
+     std::string("[A]\n\0\x80\xFF=1\r\n\v\n", 13) +
+         "[Sales]\nDriver=V\nServer=new\nDatabase=d\n[B]\nx"},
+    {"removing from the middle", Remove, "[A]\nk=v\n\n[Sales]\nk=v\n\n[B]\nk=v\n",
+     "[A]\nk=v\n\n[B]\nk=v\n"},
+    {"removing keeps comments", Remove, "[A]\n[Sales]\n# mine\nk=v\n# of B\n[B]\n",
+     "[A]\n# mine\n# of B\n[B]\n"},
+    {"removing the only one", Remove, "[Sales]\nk=v\n", ""},
+    {"removing what is not there", Remove, "[A]\n\n\n", "[A]\n\n\n"},
+    {"removing a header that the reader sees inside a long line", Remove,
+     "[A]\n" + std::string(999, 'x') + "[Sales]\nk=v\n[B]\n",
+     "[A]\n" + std::string(999, 'x') + "\n[B]\n"},
+    {"writing one key", [](OdbcIniText& io_text) { io_text.Set("A", "K", "w"); },
+     "[a]\n# c\n k = v # d\nl=1\n", "[a]\n# c\nK=w\nl=1\n"},
+    {"writing a new key", [](OdbcIniText& io_text) { io_text.Set("A", "n", "w"); },
+     "[A]\nk=v\n\n# of B\n[B]\n", "[A]\nk=v\nn=w\n\n# of B\n[B]\n"},
+    {"removing a key that stands twice", [](OdbcIniText& io_text) { io_text.RemoveKey("A", "k"); },
+     "[A]\nK=1\nl=1\n k =2", "[A]\nl=1\n"},
+};
+
+TEST(OdbcIniText, EditsOnlyWhatItIsAskedFor) {
+    for (const EditCase& row : EDIT_CASES) {
+        SCOPED_TRACE(row.m_point);
+        OdbcIniText text(row.m_before);
+        ASSERT_TRUE(text.IsReadable());
+        row.m_edit(text);
+        text.Finish();
+        EXPECT_EQ(text.GetBytes(), row.m_after);
+    }
+}
+
+TEST(OdbcIniText, AddingAndRemovingLeavesTheTextAsItWas) {
+    for (const char* before : {"", "\n", "[A]\nk=v\n", "[A]\nk=v\n\n", "[A]\r\n\r\n", "# c\n",
+                               "# c\n\n\n", "[A]\nk=v\n# end\n"}) {
+        SCOPED_TRACE(before);
+        OdbcIniText text(before);
+        Save(text);
+        text.Finish();
+        ASSERT_NE(text.GetBytes(), before);
+        Remove(text);
+        text.Finish();
+        EXPECT_EQ(text.GetBytes(), before);
+    }
+}
+
+TEST(OdbcIniText, ReadsItsOwnEditsBack) {
+    OdbcIniText text("[A]\nk=1\n[Sales]\nServer=old\n[B]\nk=2\n");
+    Save(text);
+    EXPECT_EQ(text.Get("sales", "SERVER"), "new");
+    EXPECT_EQ(text.Get("A", "k"), "1");
+    EXPECT_EQ(text.Get("B", "k"), "2");
+    text.RemoveSection("A");
+    EXPECT_EQ(text.Get("A", "k"), std::nullopt);
+    EXPECT_EQ(text.Get("B", "k"), "2");
+    text.RemoveKey("Sales", "server");
+    EXPECT_EQ(text.Get("Sales", "Server"), std::nullopt);
+    EXPECT_EQ(text.Get("Sales", "Database"), "d");
+}
+
+TEST(OdbcIniText, RefusesWhatTheDriverManagerRefuses) {
+    for (const char* bytes : {"x", "k=v\n[A]\n", "# c\n [A]\n", "\xFF\xFE[\0"}) {
+        SCOPED_TRACE(bytes);
+        EXPECT_FALSE(OdbcIniText(bytes).IsReadable());
+    }
+    for (const char* bytes : {"", "\n \n", "# c", "; c\n\n[A\n", "\xEF\xBB\xBF[A]\n"}) {
+        SCOPED_TRACE(bytes);
+        EXPECT_TRUE(OdbcIniText(bytes).IsReadable());
+    }
+}
+
+TEST(OdbcIniText, KnowsWhatALineCanCarry) {
+    const std::string longest(OdbcIniText::MAX_LINE - 2, 'x');
+    for (const std::string& value : {std::string(), std::string("p=;#'\"{}[]\\%$ ü€日本😀"), longest,
+                                     std::string("\xC2\xA0")}) {
+        EXPECT_TRUE(OdbcIniText::IsCarriableLine("k", value)) << value;
+    }
+    for (const std::string& value :
+         {longest + "x", std::string(" v"), std::string("v "), std::string("a\nb"),
+          std::string("a\rb"), std::string("a\vb"), std::string("a\tb"), std::string("a\0b", 3),
+          std::string("\x7F"), std::string("a\xC2\x85"), std::string("\x1B")}) {
+        EXPECT_FALSE(OdbcIniText::IsCarriableLine("k", value)) << value;
+        EXPECT_FALSE(OdbcIniText::IsCarriableSection(value + "]")) << value;
+    }
+    for (const char* key : {"", " k", "k ", "#k", ";k", "[k", "a=b", "a\nb"}) {
+        EXPECT_FALSE(OdbcIniText::IsCarriableLine(key, "v")) << key;
+    }
+    EXPECT_TRUE(OdbcIniText::IsCarriableSection(std::string(OdbcIniText::MAX_LINE - 2, 'x')));
+    EXPECT_FALSE(OdbcIniText::IsCarriableSection(std::string(OdbcIniText::MAX_LINE - 1, 'x')));
+    EXPECT_FALSE(OdbcIniText::IsCarriableSection("a]b"));
+}
+
+// A search must not look back over the same bytes for each bracket.
+TEST(OdbcIniText, FindsItsWayThroughALineOfBrackets) {
+    std::string bytes = "[A]\nk=1\n";
+    bytes.append(std::size_t{4} << 20, '[').append("\n[B]\nk=2\n");
+    const OdbcIniText text(bytes);
+    EXPECT_EQ(text.Get("B", "k"), "2");
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,407 @@
+// The operations on real files, beside the real installer library.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <odbcinst.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Setup/OdbcInstaller.h"
+#include "tests/support/IniScratch.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using namespace OdbcInstaller;
+using Test::IniScratch;
+
+constexpr char OTHERS[] = "# kept\n[Other]\nk = v\n";
+
+orska_wstring Text(const std::string& in_utf8) {
+    orska_wstring text;
+    text.SetFromUtf8(in_utf8);
+    return text;
+}
+
+bool Write(const std::string& in_section, const std::string& in_key, const std::string& in_value) {
+    return WritePrivateProfileString(Text(in_section), Text(in_key), Text(in_value),
+                                     Text("odbc.ini"));
+}
+
+std::string Get(const std::string& in_section, const std::string& in_key, int in_size = 260) {
+    orska_wstring value;
+    GetPrivateProfileString(Text(in_section), Text(in_key), Text(""), value, in_size,
+                            Text("odbc.ini"));
+    return value.GetAsUtf8();
+}
+
+bool Save(const std::string& in_dsn, const std::string& in_server) {
+    Update update;
+    return WriteDSNToIni(Text(in_dsn), Text("Veltrane")) && Write(in_dsn, "Server", in_server) &&
+           Write(in_dsn, "Database", "db") && update.Commit();
+}
+
+/// Runs something in a process of its own; true when it gives true and is not killed.
+bool InNewProcess(const std::function<bool()>& in_work) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(in_work() ? 0 : 1);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string ReadTheirs(const std::string& in_section, const std::string& in_key) {
+    char value[4096] = "";
+    SQLGetPrivateProfileString(in_section.c_str(), in_key.c_str(), "", value, sizeof value,
+                               "odbc.ini");
+    return value;
+}
+
+mode_t ModeOf(const std::filesystem::path& in_path) {
+    struct stat now {};
+    EXPECT_EQ(::stat(in_path.c_str(), &now), 0);
+    return now.st_mode & 07777;
+}
+
+class OdbcInstallerTest : public ::testing::Test {
+protected:
+    OdbcInstallerTest() { SQLSetConfigMode(ODBC_USER_DSN); }
+    IniScratch m_scratch;
+};
+
+TEST_F(OdbcInstallerTest, ChecksNames) {
+    const std::pair<const char*, bool> NAMES[] = {{"Sales", true},
+                                                  {"ü€日本", true},
+                                                  {"a b", true},
+                                                  {"", false},
+                                                  {" a", false},
+                                                  {"a ", false},
+                                                  {"a\tb", false},
+                                                  {"a\nb", false},
+                                                  {"a\x7F", false},
+                                                  {"a\xC2\x85", false},
+                                                  {"a[b", false},
+                                                  {"a;b", false},
+                                                  {"odbc DATA sources", false},
+                                                  {"12345678901234567890123456789012", true},
+                                                  {"123456789012345678901234567890123", false},
+                                                  {"12345678901234567890123456789ü12", false}};
+    for (const auto& [name, isValid] : NAMES) EXPECT_EQ(ValidDSN(Text(name)), isValid) << name;
+    EXPECT_FALSE(ValidDSN(orska_wstring()));
+    EXPECT_FALSE(ValidDSN(orska_wstring(u'\xD800', 1)));
+    EXPECT_FALSE(ValidDSN(orska_wstring(u"a\0b", 3)));
+}
+
+TEST_F(OdbcInstallerTest, ValuesComeBackThroughTheRealReader) {
+    const std::string longest(999 - 7, 'x');
+    for (const std::string& value :
+         {std::string("p=;#'\"{}[]\\%$ ü€日本😀"), std::string("; no comment"), std::string("[A]"),
+          std::string("a  ;  b # c"), std::string(), longest,
+          std::string("\xC2\xA0x\xE3\x80\x80")}) {
+        ASSERT_TRUE(Save("Sales", value)) << value;
+        EXPECT_EQ(Get("Sales", "Server", 4096), value);
+        EXPECT_TRUE(InNewProcess([&] { return ReadTheirs("Sales", "Server") == value; })) << value;
+    }
+    const std::string before = IniScratch::Read(m_scratch.UserFile());
+    for (const std::string& value : {longest + "x", std::string(" a"), std::string("a\nb=c"),
+                                     std::string("a\0b", 3), std::string("a\r")}) {
+        EXPECT_FALSE(Write("Sales", "Server", value)) << value;
+    }
+    EXPECT_FALSE(WritePrivateProfileString(Text("Sales"), Text("k"), orska_wstring(u'\xDC00', 1),
+                                           Text("odbc.ini")));
+    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
+}
+
+TEST_F(OdbcInstallerTest, CutsToTheBufferButNotACharacter) {
+    ASSERT_TRUE(Save("Sales", "ab😀"));
+    EXPECT_EQ(Get("Sales", "Server", 5), "ab😀");
+    EXPECT_EQ(Get("Sales", "Server", 4), "ab");
+    EXPECT_EQ(Get("Sales", "Server", 3), "ab");
+    EXPECT_EQ(Get("Sales", "Server", 2), "a");
+    orska_wstring value = Text("old");
+    EXPECT_EQ(GetPrivateProfileString(Text("Sales"), Text("none"), Text("default"), value, 4,
+                                      Text("odbc.ini")),
+              3);
+    EXPECT_EQ(value, Text("def"));
+    EXPECT_EQ(GetPrivateProfileString(Text("Sales"), Text("Server"), Text("d"), value, 1,
+                                      Text("odbc.ini")),
+              -1);
+}
+
+TEST_F(OdbcInstallerTest, TheModeOfTheRequestChoosesTheFile) {
+    IniScratch::Write(m_scratch.SystemFile(), OTHERS);
+    SQLSetConfigMode(ODBC_SYSTEM_DSN);
+    {
+        const Request request;
+        SQLSetConfigMode(ODBC_USER_DSN);  // too late: captured at entry
+        EXPECT_TRUE(Save("Sales", "system"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_scratch.UserFile()));
+    EXPECT_TRUE(Save("Sales", "user"));
+    EXPECT_EQ(Get("Sales", "Server"), "user");
+    SQLSetConfigMode(ODBC_SYSTEM_DSN);
+    EXPECT_EQ(Get("Sales", "Server"), "system");
+    SQLSetConfigMode(ODBC_BOTH_DSN);
+    EXPECT_EQ(Get("Sales", "Server"), "user");
+    EXPECT_EQ(Get("Other", "k"), "v");
+    EXPECT_TRUE(RemoveDSNFromIni(Text("Sales")));
+    EXPECT_EQ(Get("Sales", "Server"), "system");
+    EXPECT_TRUE(IniScratch::Read(m_scratch.SystemFile()).starts_with(OTHERS));
+}
+
+TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
+    {
+        Update update;
+        EXPECT_TRUE(WriteDSNToIni(Text("Sales"), Text("Veltrane")));
+        EXPECT_TRUE(Write("Sales", "Server", "s"));
+        EXPECT_EQ(Get("Sales", "Server"), "s");
+        Update inner;
+        EXPECT_TRUE(inner.Commit());
+        EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
+        EXPECT_FALSE(Write("Sales", "UID", "a\nb"));
+        // Left without Commit, as after a failure: what was written stays written.
+    }
+    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()),
+              std::string(OTHERS) + "\n[Sales]\nDriver=Veltrane\nServer=s\n");
+    EXPECT_TRUE(RemoveDSNFromIni(Text("sales")));
+    EXPECT_TRUE(RemoveDSNFromIni(Text("sales"))) << "an absent section";
+    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
+    EXPECT_FALSE(RemoveDSNFromIni(Text("")));
+    EXPECT_FALSE(WriteDSNToIni(Text("Sales"), Text("")));
+    EXPECT_FALSE(WriteDSNToIni(Text("a;b"), Text("Veltrane")));
+}
+
+TEST_F(OdbcInstallerTest, NewFilesAreTheirOwnersOnly) {
+    const mode_t umask = ::umask(0);
+    EXPECT_TRUE(RemoveDSNFromIni(Text("Sales")));
+    // Versions that must be made to read something in order to tell their mode make the file.
+    const bool isReadFirst = ::dlsym(RTLD_DEFAULT, "__SQLGetPrivateProfileStringNL") != nullptr;
+    EXPECT_EQ(std::filesystem::exists(m_scratch.UserFile()), isReadFirst) << "nothing to write";
+    EXPECT_TRUE(Save("Sales", "s"));
+    EXPECT_EQ(ModeOf(m_scratch.UserFile()), 0600u);
+    SQLSetConfigMode(ODBC_SYSTEM_DSN);
+    EXPECT_EQ(RemoveDSNFromIni(Text("Sales")), isReadFirst) << "no system file";
+    EXPECT_TRUE(Save("Sales", "s"));
+    EXPECT_EQ(ModeOf(m_scratch.SystemFile()), 0644u);
+    ::umask(umask);
+}
+
+TEST_F(OdbcInstallerTest, KeepsModeOwnerAndAccessList) {
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
+    const std::string file = m_scratch.UserFile();
+    ::chmod(file.c_str(), 0640);
+    const bool isRoot = ::getuid() == 0;
+    if (isRoot) {
+        ASSERT_EQ(::chown(file.c_str(), 1234, 4321), 0);
+    }
+    // user::rw-, user:7:r--, group::---, mask::r--, other::---
+    const unsigned char LIST[] = {2, 0, 0,   0,   1,   0,   6,  0, 255, 255, 255, 255, 2,   0,  4,
+                                  0, 7, 0,   0,   0,   4,   0,  0, 0,   255, 255, 255, 255, 16, 0,
+                                  4, 0, 255, 255, 255, 255, 32, 0, 0,   0,   255, 255, 255, 255};
+    const bool hasList =
+        ::setxattr(file.c_str(), "system.posix_acl_access", LIST, sizeof LIST, 0) == 0;
+    ASSERT_TRUE(Save("Sales", "s"));
+    struct stat now {};
+    ASSERT_EQ(::stat(file.c_str(), &now), 0);
+    EXPECT_EQ(now.st_mode & 07777, 0640u);
+    if (isRoot) {
+        EXPECT_EQ(now.st_uid, 1234u);
+        EXPECT_EQ(now.st_gid, 4321u);
+    }
+    if (hasList) {
+        unsigned char list[sizeof LIST + 1];
+        EXPECT_EQ(::getxattr(file.c_str(), "system.posix_acl_access", list, sizeof list),
+                  static_cast<ssize_t>(sizeof LIST));
+    }
+}
+
+TEST_F(OdbcInstallerTest, FollowsSymbolicLinks) {
+    const std::filesystem::path target = m_scratch.Folder() / "target";
+    std::filesystem::create_directory(target);
+    const auto real = target / "real.ini";
+    std::filesystem::create_symlink("target/link", m_scratch.UserFile());
+    std::filesystem::create_symlink("real.ini", target / "link");
+    ASSERT_TRUE(Save("A", "1")) << "a link to nowhere";
+    IniScratch::Write(real, OTHERS);
+    ASSERT_TRUE(Save("Sales", "s"));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_scratch.UserFile()));
+    EXPECT_TRUE(std::filesystem::is_symlink(target / "link"));
+    EXPECT_TRUE(IniScratch::Read(real).starts_with(OTHERS));
+    EXPECT_EQ(Get("Sales", "Server"), "s");
+}
+
+/// What keeps a data source from being written.
+struct Obstacle {
+    const char* m_name;
+    bool m_isForRoot;  ///< keeps the super-user too
+    bool m_isForRemoval;
+    std::function<void(const IniScratch&)> m_place;
+};
+
+const Obstacle OBSTACLES[] = {
+    {"no directory", true, true,
+     [](const IniScratch& in_scratch) {
+         ::setenv("ODBCINI", (in_scratch.Folder() / "none" / "user.ini").c_str(), 1);
+     }},
+    {"a directory in its place", true, true,
+     [](const IniScratch& in_scratch) {
+         ::setenv("ODBCINI", (in_scratch.Folder() / "system").c_str(), 1);
+     }},
+    {"text before the first section", true, true,
+     [](const IniScratch& in_scratch) {
+         IniScratch::Write(in_scratch.UserFile(), "junk\n[Other]\n");
+     }},
+    {"the file-size limit", true, false,
+     [](const IniScratch&) {
+         const rlimit limit{25, RLIM_INFINITY};
+         ::setrlimit(RLIMIT_FSIZE, &limit);
+     }},
+    {"no permission for the file", false, true,
+     [](const IniScratch& in_scratch) { ::chmod(in_scratch.UserFile().c_str(), 0444); }},
+    {"no permission for the directory", false, true,
+     [](const IniScratch& in_scratch) { ::chmod(in_scratch.Folder().c_str(), 0555); }},
+};
+
+bool BecomeNobody(const IniScratch& in_scratch) {
+    constexpr unsigned NOBODY = 65534;
+    return ::chown(in_scratch.UserFile().c_str(), NOBODY, NOBODY) == 0 &&
+           ::chown(in_scratch.Folder().c_str(), NOBODY, NOBODY) == 0 && ::setgid(NOBODY) == 0 &&
+           ::setuid(NOBODY) == 0;
+}
+
+/// What went differently.
+std::string MeetObstacle(const Obstacle& in_obstacle) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OTHERS);
+    if (!in_obstacle.m_isForRoot && ::getuid() == 0 && !BecomeNobody(scratch)) return "not nobody";
+    in_obstacle.m_place(scratch);
+    const std::string before = IniScratch::Read(scratch.UserFile());
+    std::string differences;
+    if (Save("Sales", "s")) differences += "saved; ";
+    if (in_obstacle.m_isForRemoval && RemoveDSNFromIni(Text("Other"))) differences += "removed; ";
+    if (IniScratch::Read(scratch.UserFile()) != before) differences += "changed; ";
+    if (scratch.CountFiles() != 1) differences += "left a file; ";
+    ::chmod(scratch.Folder().c_str(), 0755);
+    return differences;
+}
+
+TEST_F(OdbcInstallerTest, RefusesWhatCannotBeDone) {
+    for (const Obstacle& obstacle : OBSTACLES) {
+        SCOPED_TRACE(obstacle.m_name);
+        EXPECT_TRUE(InNewProcess([&] {
+            const std::string differences = MeetObstacle(obstacle);
+            std::fputs(differences.c_str(), stderr);
+            return differences.empty();
+        }));
+    }
+}
+
+TEST_F(OdbcInstallerTest, TheSameProcessReadsWhatWasWritten) {
+    ASSERT_TRUE(Save("Sales", "first"));
+    EXPECT_EQ(ReadTheirs("Sales", "Server"), "first");
+    ASSERT_TRUE(Save("Sales", "second"));
+    EXPECT_EQ(ReadTheirs("Sales", "Server"), "second");
+    ASSERT_TRUE(RemoveDSNFromIni(Text("Sales")));
+    EXPECT_EQ(ReadTheirs("Sales", "Server"), "");
+}
+
+TEST_F(OdbcInstallerTest, PostsOneError) {
+    SQLPostInstallerError(ODBC_ERROR_GENERAL_ERR, "from before");
+    const Request request;
+    ASSERT_TRUE(Save("Sales", "s"));
+    EXPECT_FALSE(Write("Sales", "k", "a\nb"));
+    EXPECT_TRUE(PostInstallerError(11, Text("Grüße")));
+    DWORD code = 0;
+    char text[100] = "";
+    WORD length = 0;
+    EXPECT_EQ(SQLInstallerError(1, &code, text, sizeof text, &length), SQL_SUCCESS);
+    EXPECT_EQ(code, 11u);
+    EXPECT_STREQ(text, "Grüße");
+    EXPECT_EQ(SQLInstallerError(2, &code, text, sizeof text, &length), SQL_NO_DATA);
+    EXPECT_FALSE(PostInstallerError(1000, Text("no such code")));
+}
+
+TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
+    constexpr int PROCESSES = 8;
+    constexpr int ADDS = 50;
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
+    std::vector<pid_t> children;
+    for (int process = 0; process < PROCESSES; ++process) {
+        const pid_t child = ::fork();
+        if (child != 0) {
+            children.push_back(child);
+            continue;
+        }
+        bool isDone = true;
+        const auto add = [&](int in_first) {
+            for (int i = in_first; i < ADDS; i += 2) {
+                const std::string name = std::to_string(process) + "-" + std::to_string(i);
+                isDone = Save(name, "server of " + name) && isDone;
+            }
+        };
+        std::thread other(add, 1);
+        add(0);
+        other.join();
+        ::_exit(isDone ? 0 : 1);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    for (int i = 0; i < PROCESSES * ADDS; ++i) {
+        const std::string name = std::to_string(i / ADDS) + "-" + std::to_string(i % ADDS);
+        EXPECT_EQ(Get(name, "Server"), "server of " + name);
+        EXPECT_EQ(Get(name, "Database"), "db");
+    }
+    EXPECT_TRUE(IniScratch::Read(m_scratch.UserFile()).starts_with(OTHERS));
+    EXPECT_EQ(m_scratch.CountFiles(), 1u);
+}
+
+TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
+    for (unsigned round = 0; round < 20; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (unsigned i = 0;; ++i) Save("Sales", std::string(100 + i % 7, 's'));
+        }
+        ::usleep(5000 + round * 1717);
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        const std::string now = IniScratch::Read(m_scratch.UserFile());
+        ASSERT_TRUE(now.starts_with(OTHERS)) << now;
+        ASSERT_TRUE(now == OTHERS || now.ends_with("\nDatabase=db\n")) << now;
+    }
+    EXPECT_TRUE(Save("Sales", "s"));
+    EXPECT_EQ(m_scratch.CountFiles(), 1u) << "left by the killed";
+}
+
+TEST_F(OdbcInstallerTest, LeavesNoOpenFiles) {
+    const auto countOpen = [] {
+        using std::filesystem::directory_iterator;
+        return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
+    };
+    ASSERT_TRUE(Save("Sales", "s"));
+    const auto before = countOpen();
+    for (int i = 0; i < 20; ++i) {
+        const Request request;
+        EXPECT_TRUE(Save("Sales", std::to_string(i)));
+        EXPECT_FALSE(Write("a]b", "k", "v"));
+        EXPECT_TRUE(RemoveDSNFromIni(Text("Sales")));
+    }
+    EXPECT_EQ(countOpen(), before);
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
