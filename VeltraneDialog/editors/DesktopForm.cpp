@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -99,6 +100,7 @@ void DesktopForm::BuildRow(Row& out_row, const DialogField& in_field, QGridLayou
     out_row.m_edit->setText(QString::fromUtf16(value.data(), static_cast<qsizetype>(value.size())));
     out_row.m_edit->setCursorPosition(0);
     out_row.m_edit->setAccessibleName(QString::fromUtf8(TranslatePlain(in_field.m_label).c_str()));
+    out_row.m_edit->installEventFilter(this);
     connect(out_row.m_edit, &QLineEdit::textChanged, this, [this, &out_row] {
         out_row.m_isEdited = true;
         Follow();
@@ -197,6 +199,14 @@ void DesktopForm::accept() {
         m_values.*row.m_field->m_value = row.m_edit->text().toStdU16String();
     }
     QDialog::accept();
+}
+
+bool DesktopForm::eventFilter(QObject* in_object, QEvent* in_event) {
+    // The accelerator of a button that is disabled would be taken for text, unseen in a password.
+    const bool isAccelerator = in_event->type() == QEvent::KeyPress &&
+                               static_cast<QKeyEvent*>(in_event)->modifiers() == Qt::AltModifier &&
+                               !static_cast<QKeyEvent*>(in_event)->text().isEmpty();
+    return isAccelerator || QDialog::eventFilter(in_object, in_event);
 }
 
 void DesktopForm::changeEvent(QEvent* in_event) {

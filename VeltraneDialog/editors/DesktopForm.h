@@ -24,6 +24,7 @@ public:
 
 protected:
     void changeEvent(QEvent* in_event) override;
+    bool eventFilter(QObject* in_object, QEvent* in_event) override;
 
 private:
     struct Row {

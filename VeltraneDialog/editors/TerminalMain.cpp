@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <langinfo.h>
+#include <slang.h>
 
 #include <cerrno>
 #include <clocale>
@@ -23,9 +24,18 @@ void TakeTerminal() {
     }
     dup2(terminal.Get(), STDIN_FILENO);
     dup2(terminal.Get(), STDOUT_FILENO);
-    const char* const type = std::getenv("TERM");
-    if (type == nullptr || *type == '\0' || std::strcmp(type, "dumb") == 0) {
+}
+
+/// newt would end the process at a terminal that it does not know.
+void CheckTerminalType() {
+    const char* const variable = std::getenv("TERM");
+    std::string type = variable != nullptr ? variable : "";
+    if (type.empty()) {
         throw EditorUnavailable("The terminal cannot show a form: TERM is not set to its type");
+    }
+    if (SLtt_initialize(type.data()) != 0) {
+        throw EditorUnavailable("The terminal cannot show a form: its type " + type +
+                                " is unknown or too simple");
     }
 }
 
@@ -38,6 +48,7 @@ void TakeUtf8() {
 
 bool ShowInTerminal(DialogValues& io_values, HostConnection& io_host) {
     TakeTerminal();
+    CheckTerminalType();
     TakeUtf8();
     return TerminalForm(io_values, io_host.Descriptor()).Run();
 }

@@ -1,0 +1,228 @@
+#!/usr/bin/env python3
+"""Adds and changes data sources through SQLConfigDataSource with the desktop editor: a virtual
+display, real key events, and what is in odbc.ini afterwards."""
+import ctypes
+import os
+import subprocess
+import unittest
+
+import editor_harness
+from editor_harness import wait_for
+
+
+def start_display():
+    reader, writer = os.pipe()
+    display = subprocess.Popen(
+        ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+         "-noreset"],
+        pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    os.close(writer)
+    with os.fdopen(reader) as numbers:
+        return display, ":" + numbers.readline().strip()
+
+
+def close_window(display_name, window):
+    """Asks a window to close as the cross in its frame does."""
+    class ClientMessage(ctypes.Structure):
+        _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send", ctypes.c_int),
+                    ("display", ctypes.c_void_p), ("window", ctypes.c_ulong),
+                    ("message", ctypes.c_ulong), ("format", ctypes.c_int),
+                    ("data", ctypes.c_long * 5), ("rest", ctypes.c_long * 24)]
+
+    x = ctypes.CDLL("libX11.so.6")
+    x.XOpenDisplay.restype = ctypes.c_void_p
+    x.XInternAtom.restype = ctypes.c_ulong
+    display = ctypes.c_void_p(x.XOpenDisplay(display_name.encode()))
+    event = ClientMessage(type=33, window=window, format=32,
+                          message=x.XInternAtom(display, b"WM_PROTOCOLS", 0))
+    event.data[0] = x.XInternAtom(display, b"WM_DELETE_WINDOW", 0)
+    x.XSendEvent(display, ctypes.c_ulong(window), 0, ctypes.c_long(0), ctypes.byref(event))
+    x.XCloseDisplay(display)
+
+
+class DesktopEditorTest(editor_harness.EditorTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.display, cls.display_name = start_display()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.display.kill()
+        cls.display.wait()
+
+    def start(self, request, *attributes, **environment):
+        """Without a terminal, so that only the desktop is left."""
+        environment = {"DISPLAY": self.display_name} | environment
+        self.process = subprocess.Popen(self.client_command(request, *attributes),
+                                        env=self.environment(**environment),
+                                        start_new_session=True)
+        self.addCleanup(self.end)
+
+    def end(self):
+        self.process.kill()
+        self.process.wait()
+
+    def client_pid(self):
+        return self.process.pid
+
+    def xdotool(self, *arguments):
+        return subprocess.run(["xdotool", *arguments], text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, check=False,
+                              env=os.environ | {"DISPLAY": self.display_name}).stdout.strip()
+
+    def find_window(self, title):
+        return self.xdotool("search", "--onlyvisible", "--name", f"^{title}$")
+
+    def focus(self, title):
+        """Waits for the window and gives it the keyboard, as no window manager does it here."""
+        window = wait_for(lambda: self.find_window(title), f"the window {title!r}")
+        wait_for(lambda: self.xdotool("windowfocus", window, "getwindowfocus") == window,
+                 "the focus")
+        return int(window)
+
+    def keys(self, *names):
+        self.xdotool("key", "--delay", "30", *names)
+
+    def type(self, text):
+        # A character that is not on the keyboard gets a key for as long as the delay.
+        self.xdotool("type", "--delay", "30" if text.isascii() else "250", text)
+
+    def fill(self, *values):
+        """Types values and goes on from field to field in the order of the form."""
+        for value in values:
+            if value:
+                self.type(value)
+            self.keys("Tab")
+
+    def test_add_by_keys(self):
+        self.start("add")
+        self.focus("New data source")
+        # After the password comes its switch.
+        self.fill("sales", "bi.example", "retail", "me", "s3cret#;=[", "", "ns")
+        self.type("LDAP")
+        self.focus("Data source sales")
+        self.assert_secret_stays("s3cret")
+        self.keys("Return")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"),
+                         {"Driver": "Veltrane", "Server": "bi.example", "Namespace": "ns",
+                          "LoginMode": "LDAP", "UID": "me", "PWD": "s3cret#;=[",
+                          "Database": "retail"})
+
+    def test_other_scripts(self):
+        self.start("add")
+        self.focus("New data source")
+        self.fill("Größe", "сервер")
+        self.type("数据库")
+        self.keys("Return")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("Größe"),
+                         {"Driver": "Veltrane", "Server": "сервер", "Database": "数据库"})
+
+    def test_ok_waits_for_what_is_required(self):
+        self.start("add")
+        window = self.focus("New data source")
+        self.fill("sal[es", "bi.example")
+        self.keys("Return")
+        self.type("retail")
+        self.keys("Return", "alt+o")
+        self.assertEqual(int(self.focus(r"Data source sal\[es")), window)
+        self.keys("alt+n", "ctrl+a")
+        self.type("sales")
+        self.keys("Return")
+        self.assertEqual(self.errors(), (1, []))
+        # Neither key did anything, nor did it become text.
+        self.assertEqual(self.stored("sales"),
+                         {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
+
+    def existing(self):
+        self.ini.write_text("[sales]\nDriver=Veltrane\nServer=old\nUID=me\nPWD=s3cret\n"
+                            "Database=retail\n")
+
+    def test_configure_by_accelerators(self):
+        self.existing()
+        self.start("config", "DSN=sales")
+        self.focus("Data source sales")
+        self.keys("alt+s", "ctrl+a")
+        self.type("new")
+        self.keys("alt+l")
+        self.type("Standard")
+        self.keys("alt+o")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"),
+                         {"Driver": "Veltrane", "Server": "new", "LoginMode": "Standard",
+                          "UID": "me", "PWD": "s3cret", "Database": "retail"})
+
+    def leave(self, how):
+        """Whatever was typed, a form that is left stores what was there before."""
+        self.existing()
+        before = self.stored("sales")
+        self.start("config", "DSN=sales")
+        window = self.focus("Data source sales")
+        self.keys("alt+s", "ctrl+a")
+        self.type("changed")
+        how(window)
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"), before)
+
+    def test_escape(self):
+        self.leave(lambda window: self.keys("Escape"))
+
+    def test_cancel(self):
+        self.leave(lambda window: self.keys("alt+c"))
+
+    def test_closed_window(self):
+        self.leave(lambda window: close_window(self.display_name, window))
+
+    def test_cancelled_add_has_no_name(self):
+        self.start("add")
+        self.focus("New data source")
+        self.keys("Escape")
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertEqual(errors[-1], "error 7 Invalid driver or translator name.")
+
+    def test_killed_editor(self):
+        self.existing()
+        before = self.ini.read_text()
+        self.start("config", "DSN=sales")
+        self.focus("Data source sales")
+        self.kill_editor()
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertRegex(errors[-1], r"^error 11 The DSN editor /.*/veltrane-dsn-editor-desktop "
+                                     r"was ended by signal 9 \(Killed\) before it answered\.$")
+        self.assertEqual(self.ini.read_text(), before)
+
+    def test_killed_host_takes_its_editor_along(self):
+        self.start("add")
+        self.focus("New data source")
+        editor = wait_for(self.editor_pid, "the editor")
+        self.process.kill()
+        wait_for(lambda: not os.path.exists(f"/proc/{editor}"), "the end of the editor")
+
+    def test_missing_editor(self):
+        self.without_editors()
+        self.start("add")
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertRegex(errors[-1], r"^error 11 No DSN editor can be shown\. "
+                                     r"veltrane-dsn-editor-desktop was looked for in /.*"
+                                     r"There is no terminal: .*VELTRANE_DSN_INITIAL_VALUES")
+
+    def test_display_that_is_not_there(self):
+        self.start("add", DISPLAY=":4711")
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertIn("cannot open a window: could not connect to display :4711", errors[-1])
+
+    def test_nothing_at_all(self):
+        self.start("add", DISPLAY="")
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertIn("There is no display: neither DISPLAY nor WAYLAND_DISPLAY is set. "
+                      "There is no terminal: ", errors[-1])
+
+
+if __name__ == "__main__":
+    editor_harness.main("Xvfb", "xdotool")

@@ -1,0 +1,117 @@
+"""What the tests of the editors share: a scratch folder with the files of an ODBC installer that
+knows the built library, the client program that calls it, and a look at its editor process."""
+import configparser
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+TIMEOUT = float(os.environ.get("EDITOR_TEST_TIMEOUT", "60"))
+SKIPPED = 77
+
+
+def wait_for(condition, what):
+    """Polls until the condition gives something true, and gives that.
+
+    What is waited for is a text, or a function that describes it once the time is over."""
+    end = time.monotonic() + TIMEOUT
+    while time.monotonic() < end:
+        value = condition()
+        if value:
+            return value
+        time.sleep(0.05)
+    raise AssertionError(f"waited in vain for {what() if callable(what) else what}")
+
+
+def main(*needed):
+    """Runs the tests, or skips them when a program that they need is not installed."""
+    missing = [name for name in needed if shutil.which(name) is None]
+    missing += [name for name in (os.environ["TESTED_EDITOR"],) if not os.access(name, os.X_OK)]
+    if missing:
+        print("skipped: not installed or not built:", ", ".join(missing))
+        sys.exit(SKIPPED)
+    unittest.main(verbosity=2)
+
+
+class EditorTest(unittest.TestCase):
+    """One client, one editor, one odbc.ini."""
+
+    def setUp(self):
+        self.directory = Path(tempfile.mkdtemp(prefix="veltrane-editor-"))
+        self.addCleanup(shutil.rmtree, self.directory, ignore_errors=True)
+        self.ini = self.directory / "odbc.ini"
+        self.answer = self.directory / "answer"
+        self.library = os.environ["SETUP_LIBRARY"]
+        self.process = None
+
+    def environment(self, **changes):
+        self.write_installer_file()
+        base = {name: value for name, value in os.environ.items()
+                if name not in ("DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR")}
+        base |= {"ODBCSYSINI": str(self.directory), "ODBCINSTINI": "odbcinst.ini",
+                 "ODBCINI": str(self.ini), "VELTRANE_DSN_INITIAL_VALUES": "/dev/null",
+                 # The editors let nobody look into their process, the leak checker neither.
+                 "ASAN_OPTIONS": "detect_leaks=0"}
+        return base | changes
+
+    def write_installer_file(self):
+        (self.directory / "odbcinst.ini").write_text(
+            f"[Veltrane]\nDescription=test\nSetup={self.library}\n")
+
+    def client_command(self, request, *attributes):
+        return [os.environ["CLIENT"], str(self.answer), request, *attributes]
+
+    def without_editors(self):
+        """The library alone, in a folder where no editor is."""
+        alone = self.directory / "alone" / "lib"
+        alone.mkdir(parents=True)
+        self.library = shutil.copy(self.library, alone)
+
+    def editor_pid(self):
+        """The process of the editor that the client shows, or None."""
+        for child in Path("/proc").glob("[0-9]*"):
+            try:
+                if os.readlink(child / "exe") == os.environ["TESTED_EDITOR"] and self.is_ours(child):
+                    return int(child.name)
+            except OSError:
+                continue
+        return None
+
+    def is_ours(self, child):
+        try:
+            return str(self.ini).encode() in (child / "environ").read_bytes()
+        except PermissionError:
+            # Nobody but root looks into an editor; its parent is the client.
+            parent = (child / "stat").read_text().rsplit(")", 1)[1].split()[1]
+            return str(self.ini).encode() in Path("/proc", parent, "environ").read_bytes()
+
+    def kill_editor(self):
+        os.kill(wait_for(self.editor_pid, "the editor"), signal.SIGKILL)
+
+    def errors(self):
+        """The result of the call and the lines of its errors."""
+        wait_for(self.answer.exists, "the end of the call")
+        result, *errors = self.answer.read_text().splitlines()
+        return int(result.split()[1]), errors
+
+    def stored(self, name):
+        """The section of a data source as a dictionary."""
+        parser = configparser.RawConfigParser(delimiters=("=",), strict=False)
+        parser.optionxform = str
+        parser.read(self.ini, encoding="utf-8")
+        return dict(parser[name]) if parser.has_section(name) else None
+
+    def assert_secret_stays(self, secret):
+        """The password is nowhere where other programs look."""
+        for pid in filter(None, (self.editor_pid(), self.client_pid())):
+            for name in ("cmdline", "environ"):
+                try:
+                    seen = Path("/proc", str(pid), name).read_bytes()
+                except PermissionError:
+                    continue
+                self.assertNotIn(secret.encode(), seen, f"{name} of {pid}")

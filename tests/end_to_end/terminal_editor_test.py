@@ -1,0 +1,193 @@
+#!/usr/bin/env python3
+"""Adds and changes data sources through SQLConfigDataSource with the terminal editor: a terminal of
+tmux, real keys, and what is in odbc.ini afterwards."""
+import os
+import shlex
+import subprocess
+import unittest
+
+import editor_harness
+from editor_harness import wait_for
+
+
+class TerminalEditorTest(editor_harness.EditorTest):
+    def tmux(self, *arguments):
+        return subprocess.run(["tmux", "-S", str(self.directory / "tmux"), "-f", "/dev/null",
+                               *arguments], text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, check=False,
+                              env=self.environment(LC_ALL="C.UTF-8")).stdout
+
+    def start(self, request, *attributes, size=(80, 24), prefix="", suffix=""):
+        """Without a display, so that only the terminal is left. A shell stays behind the client."""
+        command = shlex.join(self.client_command(request, *attributes))
+        self.addCleanup(self.tmux, "kill-server")
+        self.tmux("new-session", "-d", "-x", str(size[0]), "-y", str(size[1]),
+                  f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; exec sleep 1000")
+
+    def client_pid(self):
+        parent = f"/proc/{self.editor_pid()}/stat"
+        with open(parent, encoding="utf-8") as file:
+            return int(file.read().rsplit(")", 1)[1].split()[1])
+
+    def screen(self):
+        return self.tmux("capture-pane", "-p")
+
+    def wait_for_text(self, text):
+        wait_for(lambda: text in self.screen(), lambda: f"{text!r} on\n{self.screen()}")
+
+    def keys(self, *names):
+        self.tmux("send-keys", *names)
+
+    def type(self, text):
+        self.tmux("send-keys", "-l", text)
+
+    def fill(self, *values):
+        for value in values:
+            if value:
+                self.type(value)
+            self.keys("Tab")
+
+    def test_add_by_keys(self):
+        self.start("add")
+        self.wait_for_text("New data source")
+        self.fill("sales", "bi.example", "数据库 ü", "me", "s3cret#;=[", "", "ns")
+        self.wait_for_text("**********")
+        self.assertNotIn("s3cret", self.screen())
+        self.keys("F2")
+        self.wait_for_text("s3cret#;=[")
+        self.assert_secret_stays("s3cret")
+        self.keys("F4")
+        self.wait_for_text("Windows")
+        self.keys("Down", "Enter")
+        self.wait_for_text("LDAP__")
+        self.keys("Enter")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"),
+                         {"Driver": "Veltrane", "Server": "bi.example", "Namespace": "ns",
+                          "LoginMode": "LDAP", "UID": "me", "PWD": "s3cret#;=[",
+                          "Database": "数据库 ü"})
+
+    def test_ok_waits_for_what_is_required(self):
+        self.start("add")
+        self.wait_for_text("New data source")
+        self.type("sal[es")
+        self.wait_for_text("A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
+        self.keys("BSpace", "BSpace", "BSpace", "Enter")
+        self.wait_for_text("Has to be filled.")
+        # The focus is in the first field that is refused: the server.
+        self.type("bi.example")
+        self.keys("Enter")
+        self.type("retail")
+        self.keys("Enter")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sal"),
+                         {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
+
+    def existing(self):
+        self.ini.write_text("[sales]\nDriver=Veltrane\nServer=old\nUID=me\nPWD=s3cret\n"
+                            "Database=retail\n")
+
+    def test_configure_with_the_ok_button(self):
+        self.existing()
+        self.start("config", "DSN=sales")
+        self.wait_for_text("Data source sales")
+        self.keys("Tab", "End", "BSpace", "BSpace", "BSpace")
+        self.type("new")
+        # Database, user, password, its switch, namespace, mode, its choices, OK.
+        self.keys(*["Tab"] * 8, "Space")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"),
+                         {"Driver": "Veltrane", "Server": "new", "UID": "me", "PWD": "s3cret",
+                          "Database": "retail"})
+
+    def leave(self, *keys):
+        self.existing()
+        before = self.stored("sales")
+        self.start("config", "DSN=sales")
+        self.wait_for_text("Data source sales")
+        self.keys("Tab")
+        self.type("changed")
+        self.keys(*keys)
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"), before)
+        self.assert_terminal_is_whole()
+
+    def assert_terminal_is_whole(self):
+        stty = self.directory / "stty"
+        settings = wait_for(lambda: stty.exists() and stty.read_text(), "the settings").split()
+        self.assertIn("icanon", settings)
+        self.assertIn("echo", settings)
+
+    def test_escape(self):
+        self.leave("Escape")
+
+    def test_cancel_button(self):
+        self.leave(*["Tab"] * 9, "Space")
+
+    def test_control_c_cancels_and_spares_the_host(self):
+        self.leave("C-c")
+
+    def test_cancelled_add_has_no_name(self):
+        self.start("add")
+        self.wait_for_text("New data source")
+        self.keys("Escape")
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertEqual(errors[-1], "error 7 Invalid driver or translator name.")
+
+    def test_killed_editor(self):
+        self.existing()
+        before = self.ini.read_text()
+        self.start("config", "DSN=sales")
+        self.wait_for_text("Data source sales")
+        self.kill_editor()
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertRegex(errors[-1], r"^error 11 The DSN editor /.*/veltrane-dsn-editor-terminal "
+                                     r"was ended by signal 9 \(Killed\) before it answered\.$")
+        self.assertEqual(self.ini.read_text(), before)
+        self.assert_terminal_is_whole()
+
+    def test_closed_terminal_takes_the_editor_along(self):
+        self.start("add")
+        self.wait_for_text("New data source")
+        editor = wait_for(self.editor_pid, "the editor")
+        self.tmux("kill-server")
+        wait_for(lambda: not os.path.exists(f"/proc/{editor}"), "the end of the editor")
+
+    def assert_refused(self, reason):
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertRegex(errors[-1], "^error 11 No DSN editor can be shown\\. ")
+        self.assertIn(reason, errors[-1])
+        self.assert_terminal_is_whole()
+
+    def test_missing_editor(self):
+        self.without_editors()
+        self.start("add")
+        self.assert_refused("veltrane-dsn-editor-terminal was looked for in /")
+
+    def test_small_terminal(self):
+        self.start("add", size=(80, 22))
+        self.assert_refused("The terminal is too small for the form")
+
+    def test_terminal_without_a_type(self):
+        self.start("add", prefix="TERM=")
+        self.assert_refused("TERM is not set to its type")
+
+    def test_terminal_that_cannot_move_its_cursor(self):
+        self.start("add", prefix="TERM=dumb")
+        self.assert_refused("its type dumb is unknown or too simple")
+
+    def test_terminal_of_an_unknown_type(self):
+        self.start("add", prefix="TERM=no-such-terminal")
+        self.assert_refused("its type no-such-terminal is unknown or too simple")
+
+    def test_client_in_the_background(self):
+        """It would be stopped at the first touch of the terminal, and its host would hang."""
+        self.start("add", prefix="set -m;", suffix="& wait")
+        self.assert_refused("runs in the background of its terminal")
+
+
+if __name__ == "__main__":
+    editor_harness.main("tmux")
