@@ -233,7 +233,7 @@ std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_enco
             return -1;
     }
     for (std::size_t i = 1; i < in_text.size(); ++i) {
-        pairs += U16_IS_LEAD(in_text[i - 1]) & U16_IS_TRAIL(in_text[i]);
+        pairs += U16_IS_LEAD(in_text[i - 1]) && U16_IS_TRAIL(in_text[i]);
     }
     if (in_encoding != EncodingType::ENC_UTF8) {
         return 4 * (units - pairs);
