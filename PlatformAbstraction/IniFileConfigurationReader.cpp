@@ -1,5 +1,6 @@
 #include "PlatformAbstraction/IniFileConfigurationReader.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -10,7 +11,9 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/FileSystemUtils.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
 #include "PlatformAbstraction/TextFile.h"
 
 namespace Orska::Support {
@@ -20,25 +23,64 @@ namespace {
 constexpr char SOURCE[] = "PlatformAbstraction\\IniFileConfigurationReader";
 constexpr char PARSE_KEY_VALUE[] = "`anonymous-namespace'::ParseKeyValue";
 
+constexpr bool IsBlank(char in_byte) {
+    return in_byte == ' ' || (in_byte >= '\t' && in_byte <= '\r');
+}
+
 std::string_view Trim(std::string_view in_text) {
-    constexpr std::string_view BLANKS = " \v\n\t\r\f";
-    const std::size_t first = in_text.find_first_not_of(BLANKS);
-    if (first == std::string_view::npos) {
-        return {};
+    const char* first = in_text.data();
+    const char* end = first + in_text.size();
+    while (first != end && IsBlank(*first)) {
+        ++first;
     }
-    return in_text.substr(first, in_text.find_last_not_of(BLANKS) - first + 1);
+    while (first != end && IsBlank(end[-1])) {
+        --end;
+    }
+    return {first, static_cast<std::size_t>(end - first)};
+}
+
+/// The line up to the first comment sign. They stand anywhere, also in quotes, which is meant.
+std::string_view CutComment(std::string_view in_line) {
+    const std::size_t sign = in_line.find('#');
+    const std::string_view line = in_line.substr(0, sign);
+    return line.substr(0, line.find(';'));
 }
 
 /// ASCII letters only: a byte above 127 is part of a longer character in UTF-8.
-std::string ToUpper(std::string_view in_text) {
-    std::string upper(in_text);
-    for (char& byte : upper) {
-        if (byte >= 'a' && byte <= 'z') {
-            byte = static_cast<char>(byte - 'a' + 'A');
-        }
+void ToUpper(std::string_view in_text, std::string& out_upper) {
+    out_upper.resize(in_text.size());
+    for (std::size_t index = 0; index < in_text.size(); ++index) {
+        const char byte = in_text[index];
+        const bool isLower = byte >= 'a' && byte <= 'z';
+        out_upper[index] = static_cast<char>(isLower ? byte - 'a' + 'A' : byte);
     }
-    return upper;
 }
+
+/// Decodes bytes in the ANSI encoding.
+class Decoder {
+public:
+    std::u16string_view Decode(std::string_view in_bytes) {
+        if (m_isAsciiSuperset && IsAscii(in_bytes)) {
+            m_units.resize(in_bytes.size());
+            std::copy(in_bytes.begin(), in_bytes.end(), m_units.begin());
+        } else {
+            m_units = orska_wstring(in_bytes.data(), in_bytes.size()).GetView();
+        }
+        return m_units;
+    }
+
+private:
+    static bool IsAscii(std::string_view in_bytes) {
+        unsigned all = 0;
+        for (const char byte : in_bytes) {
+            all |= static_cast<unsigned char>(byte);
+        }
+        return all < 0x80;
+    }
+
+    bool m_isAsciiSuperset = EncodingInfo::IsAsciiSuperset(GetAnsiEncoding());
+    std::u16string m_units;  ///< kept for its memory
+};
 
 struct KeyValue {
     std::string_view m_key;
@@ -77,8 +119,7 @@ public:
     }
 
     void LoadLine(std::string_view in_line) {
-        // Comments are cut before anything else is looked at, so quotes do not protect them.
-        const std::string_view line = Trim(in_line.substr(0, in_line.find_first_of("#;")));
+        const std::string_view line = Trim(CutComment(in_line));
         if (line.empty()) {
             return;
         }
@@ -93,9 +134,17 @@ public:
         }
     }
 
+    /// Sorts here, where time is spent anyway, what the next read of each section would sort.
+    void Finish() {
+        for (const auto& entry : m_configuration) {
+            entry.second.Sort();
+        }
+    }
+
 private:
     void EnterSection(std::string_view in_name) {
-        m_sectionName = orska_wstring(ToUpper(in_name));
+        ToUpper(in_name, m_upper);
+        m_sectionName = orska_wstring(m_upper);
         m_isWanted = !m_wantedSection || *m_wantedSection == m_sectionName;
         m_section = nullptr;
     }
@@ -104,10 +153,12 @@ private:
         if (m_section == nullptr) {
             m_section = &m_configuration[m_sectionName];
         }
-        const std::string key =
-            m_isCaseSensitive ? std::string(in_entry.m_key) : ToUpper(in_entry.m_key);
-        m_section->insert_or_assign(orska_wstring(key),
-                                    SettingValue(orska_wstring(std::string(in_entry.m_value))));
+        std::string_view key = in_entry.m_key;
+        if (!m_isCaseSensitive) {
+            ToUpper(key, m_upper);
+            key = m_upper;
+        }
+        m_section->SetText(m_keyDecoder.Decode(key), m_valueDecoder.Decode(in_entry.m_value));
     }
 
     ConfigurationMap& m_configuration;
@@ -115,6 +166,9 @@ private:
     bool m_isCaseSensitive;
     orska_wstring m_sectionName;
     bool m_isWanted = true;
+    std::string m_upper;  ///< kept for its memory
+    Decoder m_keyDecoder;
+    Decoder m_valueDecoder;
     SectionMap* m_section = nullptr;  ///< the current section's map, once it has a key
 };
 
@@ -151,6 +205,7 @@ bool IniFileConfigurationReader::LoadConfiguration(ConfigurationMap& io_configur
         for (std::string line; file->ReadLine(line); ++lineNumber) {
             loader.LoadLine(line);
         }
+        loader.Finish();
         if (file->HasReadFailed()) {
             ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 0}), std::exception());
         }

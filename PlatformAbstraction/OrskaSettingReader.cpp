@@ -31,11 +31,6 @@ std::recursive_mutex s_lock;
 
 using Guard = std::lock_guard<std::recursive_mutex>;
 
-constexpr unsigned char ToLower(char in_byte) {
-    const bool isUpper = in_byte >= 'A' && in_byte <= 'Z';
-    return static_cast<unsigned char>(isUpper ? in_byte - 'A' + 'a' : in_byte);
-}
-
 std::string EnsureTrailingSeparator(std::string in_path) {
     if (in_path.empty()) {
         return in_path;
@@ -60,19 +55,6 @@ std::optional<EncodingType> LookUpEncoding(const std::string& in_name) {
 }  // namespace
 
 OrskaSettingReader* OrskaSettingReader::s_instance = nullptr;
-
-bool OrskaSettingReader::KeyLess::operator()(std::string_view in_left,
-                                             std::string_view in_right) const noexcept {
-    const std::size_t common = std::min(in_left.size(), in_right.size());
-    for (std::size_t index = 0; index < common; ++index) {
-        const unsigned char left = ToLower(in_left[index]);
-        const unsigned char right = ToLower(in_right[index]);
-        if (left != right) {
-            return left < right;
-        }
-    }
-    return in_left.size() < in_right.size();
-}
 
 void OrskaSettingReader::Initialize(const orska_wstring& in_iniFilePath,
                                     const orska_wstring& in_registryKeyName,
@@ -126,23 +108,26 @@ void OrskaSettingReader::Load() {
     m_isLoaded = true;
 }
 
-const std::string& OrskaSettingReader::Read(std::string_view in_key) {
-    Load();
-    auto found = m_settings.find(in_key);
+std::string& OrskaSettingReader::FindOrAdd(std::string_view in_key) {
+    const SettingKeyView key(in_key);
+    auto found = m_settings.find(key);
     if (found == m_settings.end()) {
-        found = m_settings.emplace(in_key, std::string()).first;
+        found = m_settings.emplace(SettingKey(key), std::string()).first;
     }
     return found->second;
 }
 
+/// A key that is not there yet is added with an empty value, of which no listener is told.
+const std::string& OrskaSettingReader::Read(std::string_view in_key) {
+    Load();
+    return FindOrAdd(in_key);
+}
+
 void OrskaSettingReader::Store(std::string_view in_key, const std::string& in_value) {
-    auto found = m_settings.find(in_key);
-    if (found == m_settings.end()) {
-        found = m_settings.emplace(in_key, std::string()).first;
-    }
-    if (found->second != in_value) {
-        Notify(in_key, found->second, in_value);
-        found->second = in_value;
+    std::string& value = FindOrAdd(in_key);
+    if (value != in_value) {
+        Notify(in_key, value, in_value);
+        value = in_value;
     }
 }
 
@@ -150,7 +135,7 @@ void OrskaSettingReader::Store(std::string_view in_key, const std::string& in_va
 /// told in their order, except the ones that are not registered any more when their turn comes.
 void OrskaSettingReader::Notify(std::string_view in_key, const std::string& in_oldValue,
                                 const std::string& in_newValue) {
-    const auto found = m_listeners.find(in_key);
+    const auto found = m_listeners.find(SettingKeyView(in_key));
     if (found == m_listeners.end()) {
         return;
     }
@@ -164,7 +149,7 @@ void OrskaSettingReader::Notify(std::string_view in_key, const std::string& in_o
 }
 
 bool OrskaSettingReader::IsListening(ISettingListener* in_listener, std::string_view in_key) const {
-    const auto found = m_listeners.find(in_key);
+    const auto found = m_listeners.find(SettingKeyView(in_key));
     return found != m_listeners.end() && std::find(found->second.begin(), found->second.end(),
                                                    in_listener) != found->second.end();
 }
@@ -202,14 +187,14 @@ void OrskaSettingReader::RegisterListener(ISettingListener* in_listener,
     if (reader.IsListening(in_listener, in_key)) {
         orska_abort(SOURCE, 656, "Attempted to register same <Listener, Key> combination twice.");
     }
-    reader.m_listeners[in_key].push_back(in_listener);
+    reader.m_listeners[SettingKey(SettingKeyView(in_key))].push_back(in_listener);
 }
 
 void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
                                             const std::string& in_key) {
     const Guard guard(s_lock);
     OrskaSettingReader& reader = Get();
-    const auto found = reader.m_listeners.find(in_key);
+    const auto found = reader.m_listeners.find(SettingKeyView(in_key));
     if (found == reader.m_listeners.end()) {
         orska_abort(SOURCE, 673,
                     "Attempted to unregister <Listener, Key> combination which wasn't registered. "

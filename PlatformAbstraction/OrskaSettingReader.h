@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/SettingKeyOrder.h"
 #include "PlatformAbstraction/orska_wstring.h"
 
 namespace Orska::Support {
@@ -107,12 +108,6 @@ public:
     static void SetSwapFilePath(const std::string& in_value);
 
 private:
-    /// The order of `_stricmp`: bytes, with ASCII letters as lower-case ones.
-    struct KeyLess {
-        using is_transparent = void;
-        bool operator()(std::string_view in_left, std::string_view in_right) const noexcept;
-    };
-
     OrskaSettingReader(const orska_wstring& in_iniFilePath, const orska_wstring& in_registryKeyName,
                        const orska_wstring& in_section)
         : m_iniFilePath(in_iniFilePath),
@@ -126,6 +121,7 @@ private:
 
     void Load();
     const std::string& Read(std::string_view in_key);
+    std::string& FindOrAdd(std::string_view in_key);
     void Store(std::string_view in_key, const std::string& in_value);
     void Notify(std::string_view in_key, const std::string& in_oldValue,
                 const std::string& in_newValue);
@@ -134,13 +130,13 @@ private:
     // Process-wide: set by the first Initialize, used by every operation under the lock.
     static OrskaSettingReader* s_instance;
 
-    std::map<std::string, std::string, KeyLess> m_settings;
+    std::map<SettingKey, std::string, SettingKeyLess> m_settings;
     orska_wstring m_iniFilePath;
     orska_wstring m_registryKeyName;
     bool m_resolveIniPathFromModule = false;
     orska_wstring m_section;
     ISettingChangeObserver* m_changeObserver = nullptr;
-    std::map<std::string, std::vector<ISettingListener*>, KeyLess> m_listeners;
+    std::map<SettingKey, std::vector<ISettingListener*>, SettingKeyLess> m_listeners;
     bool m_isLoaded = false;
     bool m_isLoading =
         false;  ///< a listener that reads while the sources load sees what there is yet

@@ -93,7 +93,7 @@ void RegKeyValuesToMap(const RegistryKey& in_key, SectionMap& io_section, bool i
             continue;
         }
         if (const auto value = ToSettingValue(type, data.data(), size)) {
-            io_section.insert_or_assign(in_isCaseSensitive ? storedName : upperCaseName, *value);
+            io_section.Set(in_isCaseSensitive ? storedName : upperCaseName, *value);
         }
     }
 }

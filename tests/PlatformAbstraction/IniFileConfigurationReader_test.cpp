@@ -15,6 +15,7 @@
 namespace Orska::Support {
 namespace {
 
+using Test::MakeSection;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 using Test::ToText;
@@ -108,7 +109,7 @@ TEST(IniFileConfigurationReader, LoadsOneSection) {
     const IniFileConfigurationReader reader(false, false);
     for (const Case& row : CASES) {
         SCOPED_TRACE(row.m_section);
-        SectionMap section{{L"OLD", SettingValue(std::uint32_t{1})}};
+        SectionMap section = MakeSection(L"OLD", 1);
         EXPECT_TRUE(reader.LoadConfiguration(section, path, row.m_section));
         EXPECT_EQ(ToText(section), row.m_loaded);
         ConfigurationMap configuration;
@@ -130,7 +131,7 @@ TEST(IniFileConfigurationReader, AnswersFalseForAFileThatCannotBeOpened) {
          {orska_wstring(), orska_wstring(L""), orska_wstring(directory.GetPath("missing")),
           orska_wstring(directory.GetPath()), orska_wstring(fifo)}) {
         SCOPED_TRACE(path.GetAsUtf8());
-        SectionMap section{{L"OLD", SettingValue(std::uint32_t{1})}};
+        SectionMap section = MakeSection(L"OLD", 1);
         EXPECT_FALSE(reader.LoadConfiguration(section, path, L"S"));
         EXPECT_EQ(ToText(section), "OLD:1;");
     }
@@ -139,7 +140,7 @@ TEST(IniFileConfigurationReader, AnswersFalseForAFileThatCannotBeOpened) {
 TEST(IniFileConfigurationReader, AnErrorLeavesTheSectionAsItWas) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x.ini", "[S]\na=1\nbad\n");
-    SectionMap section{{L"OLD", SettingValue(std::uint32_t{1})}};
+    SectionMap section = MakeSection(L"OLD", 1);
     EXPECT_EQ(ThrownMessage([&] {
                   IniFileConfigurationReader(false, false).LoadConfiguration(section, path, L"S");
               }),

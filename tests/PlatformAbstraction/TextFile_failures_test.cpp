@@ -6,6 +6,7 @@
 
 #include "PlatformAbstraction/IniFileConfigurationReader.h"
 #include "PlatformAbstraction/TextFile.h"
+#include "tests/support/SettingText.h"
 #include "tests/support/TextFile_Fake.h"
 #include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
@@ -14,7 +15,9 @@ namespace Orska::Support {
 namespace {
 
 using Test::FakeFile;
+using Test::MakeSection;
 using Test::ThrownMessage;
+using Test::ToText;
 using Test::TraceCapture;
 
 TEST(TextFileFailures, AnAppendPositionThatCannotBeSetClosesTheFile) {
@@ -104,10 +107,10 @@ TEST(TextFileFailures, AnIniFileThatCannotBeReadToItsEndIsAnError) {
     FakeFile::Get().m_content = "[S]\na=1\nb=2\nc=3\n";
     FakeFile::Get().m_readFailsAt = 12;  // behind the line of b
     const IniFileConfigurationReader reader(false, false);
-    SectionMap section{{L"OLD", SettingValue(orska_wstring(L"kept"))}};
+    SectionMap section = MakeSection(L"OLD", 1);
     EXPECT_EQ(ThrownMessage([&] { reader.LoadConfiguration(section, L"x.ini", L"S"); }),
               "IniParseError(x.ini, 4)");
-    EXPECT_EQ(section.count(L"OLD"), 1u);
+    EXPECT_EQ(ToText(section), "OLD:1;");
 }
 
 }  // namespace

@@ -19,6 +19,14 @@ inline std::string ToText(const Support::SectionMap& in_section) {
     return text;
 }
 
+/// A section with one number in it.
+inline Support::SectionMap MakeSection(const Support::orska_wstring& in_key,
+                                       std::uint32_t in_number) {
+    Support::SectionMap section;
+    section.Set(in_key, Support::SettingValue(in_number));
+    return section;
+}
+
 /// "[SECTION]KEY=text;[OTHER]".
 inline std::string ToText(const Support::ConfigurationMap& in_configuration) {
     std::string text;
