@@ -1,0 +1,28 @@
+// From latin1 with the instructions up to AVX2.
+#include "PlatformAbstraction/ICU/Siconv/TranscoderFixed_Blocks.inc"
+#include "PlatformAbstraction/ICU/Siconv/TranscoderToUtf8_Blocks.inc"
+#include "PlatformAbstraction/ICU/Siconv/TranscoderVector_256.inc"
+
+namespace Orska::Support::Siconv {
+
+std::int32_t Latin1ToUtf8_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return Convert<Vector256, Latin1ToUtf8>(io_source, io_target);
+}
+
+std::int32_t Latin1ToUtf16LE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return ConvertFixed<Vector256, FixedToUtf16<Latin1Set, false>>(io_source, io_target);
+}
+
+std::int32_t Latin1ToUtf16BE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return ConvertFixed<Vector256, FixedToUtf16<Latin1Set, true>>(io_source, io_target);
+}
+
+std::int32_t Latin1ToUtf32LE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return ConvertFixed<Vector256, Latin1ToUtf32<false>>(io_source, io_target);
+}
+
+std::int32_t Latin1ToUtf32BE_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return ConvertFixed<Vector256, Latin1ToUtf32<true>>(io_source, io_target);
+}
+
+}  // namespace Orska::Support::Siconv

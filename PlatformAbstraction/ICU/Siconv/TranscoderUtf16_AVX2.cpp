@@ -1,0 +1,24 @@
+// From UTF-16 with the instructions up to AVX2.
+#include "PlatformAbstraction/ICU/Siconv/TranscoderToSingleByte_Blocks.inc"
+#include "PlatformAbstraction/ICU/Siconv/TranscoderToUtf8_Blocks.inc"
+#include "PlatformAbstraction/ICU/Siconv/TranscoderVector_256.inc"
+
+namespace Orska::Support::Siconv {
+
+std::int32_t Utf16LEToUtf8_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return Convert<Vector256, Utf16LEToUtf8>(io_source, io_target);
+}
+
+std::int32_t Utf16LEToSingleByte_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return Convert<Vector256, Utf16LEToSingleByte>(io_source, io_target);
+}
+
+std::int32_t Utf16BEToUtf8_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return Convert<Vector256, Utf16BEToUtf8>(io_source, io_target);
+}
+
+std::int32_t Utf16BEToSingleByte_AVX2(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return Convert<Vector256, Utf16BEToSingleByte>(io_source, io_target);
+}
+
+}  // namespace Orska::Support::Siconv
