@@ -236,13 +236,14 @@ inline char* WriteBackwards(char* out_end, std::uint8_t in_value) noexcept {
 }
 
 inline char* WriteBackwards(char* out_end, std::uint16_t in_value) noexcept {
-    const std::uint32_t value = in_value;
-    const std::uint32_t hundreds = value / 100;
-    const std::uint32_t front = value / 10'000;
-    out_end[-5] = static_cast<char>('0' + front);
-    StorePair(out_end - 4, hundreds - front * 100);
-    StorePair(out_end - 2, value - hundreds * 100);
-    return out_end - CountDigits(value);
+    // In units of 10^-4 with 32 bits behind the point, rounded up: what is cut off after each step
+    // is the next digits.
+    const std::uint64_t value = in_value * (((std::uint64_t{1} << 32) + 9999) / 10'000);
+    const std::uint64_t rest = (value & 0xffffffff) * 100;
+    out_end[-5] = static_cast<char>('0' + (value >> 32));
+    StorePair(out_end - 4, rest >> 32);
+    StorePair(out_end - 2, (rest & 0xffffffff) * 100 >> 32);
+    return out_end - CountDigits(in_value);
 }
 
 /// A value below 10^8, in 8 bytes.

@@ -1,5 +1,6 @@
 /// Floating-point numbers from text.
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -23,6 +24,9 @@ constexpr std::uint64_t MANTISSA_BOUND = 1844674407370955161;
 constexpr std::uint64_t BLOCK_BOUND = 100'000'000'000;
 /// Exponent digits are read until the exponent reaches this.
 constexpr int EXPONENT_BOUND = 309;
+
+/// The most characters that are read as one block.
+constexpr std::size_t PLAIN_LENGTH = 16;
 
 [[noreturn]] void ThrowInvalid(const char* in_text, std::size_t in_length) {
     const std::vector<orska_wstring> msgParams{orska_wstring(in_text, in_length)};
@@ -226,20 +230,6 @@ bool MayBeSpecialWord(const char* in_text, std::size_t in_length) noexcept {
     return letter == 'i' || letter == 'I' || letter == 'n' || letter == 'N';
 }
 
-[[gnu::noinline]] double ParseAnyText(const char* in_text, std::size_t in_length, bool in_strict) {
-    double value = 0.0;
-    if (in_length == 0 ||
-        (MayBeSpecialWord(in_text, in_length) && ParseSpecialWord(in_text, in_length, value))) {
-        return value;
-    }
-    std::ptrdiff_t consumed = 0;
-    value = ParseDouble(in_text, in_length, consumed);
-    if (in_strict && consumed != static_cast<std::ptrdiff_t>(in_length)) {
-        ThrowInvalid(in_text, in_length);
-    }
-    return value;
-}
-
 /// Takes a point out of a block of digits, so that the digits in front of it move up behind it;
 /// false when the block holds anything else. No branch depends on where the point is or whether
 /// there is one.
@@ -258,38 +248,113 @@ bool TakePoint(Block& inout_block, std::size_t& out_decimals) noexcept {
     return true;
 }
 
-/// The value of 1 to 16 characters that are digits with a point among them or none; false for all
-/// other text. The mantissa is then far below its bound, and all of the text is used.
-bool ParsePlain(const char* in_text, std::size_t in_length, double& out_value) noexcept {
+/// A number as it stands in text: mantissa * 10^exponent.
+struct Decimal {
+    std::uint64_t m_mantissa = 0;
+    int m_exponent = 0;
+};
+
+/// Reads 1 to 16 characters that are digits with a point among them or none; false for all other
+/// text. The mantissa is then far below its bound, and all of the text is used.
+[[gnu::always_inline]] inline bool ReadPlain(const char* in_text, std::size_t in_length,
+                                             Decimal& out_decimal) noexcept {
     std::size_t decimals = 0;
-    std::uint64_t mantissa = 0;
     if (in_length <= 8) {
         std::uint64_t block = in_length < 4 ? DecimalDigits::LoadUpTo3(in_text, in_length)
                                             : DecimalDigits::Load4To8(in_text, in_length);
         if (!TakePoint(block, decimals) || (in_length == 1 && *in_text == '.')) {
             return false;
         }
-        mantissa = DecimalDigits::BlockValue(block);
+        out_decimal.m_mantissa = DecimalDigits::BlockValue(block);
     } else {
         DecimalDigits::WideBlock block = DecimalDigits::LoadWide(in_text, in_length);
         if (!TakePoint(block, decimals)) {
             return false;
         }
-        mantissa = DecimalDigits::BlockValue(block);
+        out_decimal.m_mantissa = DecimalDigits::BlockValue(block);
     }
-    out_value = static_cast<double>(static_cast<std::int64_t>(mantissa)) *
-                GetPowerOfTen(-static_cast<int>(decimals));
+    out_decimal.m_exponent = -static_cast<int>(decimals);
     return true;
 }
 
+/// Where the exponent of a text begins, if an 'e' is among its last 4 characters; else 0.
+std::size_t FindExponent(const char* in_text, std::size_t in_length) noexcept {
+    constexpr std::uint32_t LETTER_BITS = 0x40404040;  // which digits, points and signs lack
+    if (in_length < 4) {
+        return in_length == 3 && (in_text[1] | 0x20) == 'e' ? 1 : 0;
+    }
+    const std::size_t start = in_length - 4;
+    const std::uint32_t letters = DecimalDigits::Load<std::uint32_t>(in_text + start) & LETTER_BITS;
+    if (letters == 0) {
+        return 0;
+    }
+    const std::size_t place = start + static_cast<std::size_t>(std::countr_zero(letters)) / 8;
+    return (in_text[place] | 0x20) == 'e' ? place : 0;
+}
+
+/// Reads such text with a short exponent behind it, which is then all digits that are to be read.
+bool ReadWithExponent(const char* in_text, std::size_t in_length, Decimal& out_decimal) noexcept {
+    const std::size_t length = FindExponent(in_text, in_length);
+    if (length == 0 || length > PLAIN_LENGTH) {
+        return false;
+    }
+    Cursor cursor{in_text + length, in_text + in_length};
+    const int exponent = cursor.TakeExponent();
+    if (cursor.m_at != cursor.m_end || !DecimalDigits::IsDigit(cursor.m_end[-1]) ||
+        !ReadPlain(in_text, length, out_decimal)) {
+        return false;
+    }
+    out_decimal.m_exponent += exponent;
+    return true;
+}
+
+/// The sign of a text and what stands behind it. Taking a sign off needs no branch.
+struct SignedText {
+    explicit SignedText(const char* in_text, std::size_t in_length) noexcept
+        : m_isNegative(*in_text == '-'),
+          m_text(in_text + (m_isNegative || *in_text == '+' ? 1 : 0)),
+          m_length(in_length - static_cast<std::size_t>(m_text - in_text)) {}
+
+    double Apply(double in_magnitude) const noexcept {
+        return m_isNegative ? -in_magnitude : in_magnitude;
+    }
+
+    bool m_isNegative;
+    const char* m_text;
+    std::size_t m_length;
+};
+
+/// Reads text that is no plain decimal, out of the way of text that is.
+[[gnu::noinline]] double ParseAnyText(const char* in_text, std::size_t in_length, bool in_strict) {
+    if (in_length == 0) {
+        return 0.0;
+    }
+    double value = 0.0;
+    if (MayBeSpecialWord(in_text, in_length) && ParseSpecialWord(in_text, in_length, value)) {
+        return value;
+    }
+    const SignedText number(in_text, in_length);
+    Decimal decimal;
+    if (ReadWithExponent(number.m_text, number.m_length, decimal)) {
+        return number.Apply(Scale(decimal.m_mantissa, decimal.m_exponent));
+    }
+    std::ptrdiff_t consumed = 0;
+    value = ParseDouble(in_text, in_length, consumed);
+    if (in_strict && consumed != static_cast<std::ptrdiff_t>(in_length)) {
+        ThrowInvalid(in_text, in_length);
+    }
+    return value;
+}
+
 double Parse(const char* in_text, std::size_t in_length, bool in_strict) {
-    if (in_length >= 1 && in_length <= 17) {
-        const bool isNegative = *in_text == '-';
-        const std::size_t signLength = isNegative || *in_text == '+' ? 1 : 0;
-        const std::size_t length = in_length - signLength;
-        double value = 0.0;
-        if (length >= 1 && length <= 16 && ParsePlain(in_text + signLength, length, value)) {
-            return isNegative ? -value : value;
+    if (in_length - 1 < PLAIN_LENGTH + 1) {
+        const SignedText number(in_text, in_length);
+        Decimal decimal;
+        if (number.m_length - 1 < PLAIN_LENGTH &&
+            ReadPlain(number.m_text, number.m_length, decimal)) [[likely]] {
+            // Cannot fail to convert as a signed number, which is quicker.
+            return number.Apply(static_cast<double>(static_cast<std::int64_t>(decimal.m_mantissa)) *
+                                GetPowerOfTen(decimal.m_exponent));
         }
     }
     return ParseAnyText(in_text, in_length, in_strict);
