@@ -8,14 +8,16 @@
 #include <string>
 
 #include "PlatformAbstraction/NumberConverter.h"
+#include "tests/support/GuardedBuffer.h"
 #include "tests/support/NumberModel.h"
-#include "tests/support/PageEdge.h"
 
 namespace Orska::Support {
 
 namespace {
 
-using TestSupport::PageEdge;
+using Testing::GuardedBuffer;
+
+constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
 std::string PrintFixed(double in_value, int in_decimals) {
     char buffer[NumberConverter::DECIMALS_TEXT_SIZE];
@@ -40,25 +42,24 @@ bool HasBarePoint(const std::string& in_text) {
 
 /// Writes into exactly the promised room.
 template <class T>
-void CheckSignificant(const PageEdge& in_pages, T in_value) {
-    const std::string expected = TestSupport::ModelSignificant(in_value, sizeof(T) == 4 ? 7 : 15);
-    char* const buffer = in_pages.AtEnd(NumberConverter::FLOAT_TEXT_SIZE);
+void CheckSignificant(GuardedBuffer& in_pages, T in_value) {
+    const std::string expected = Testing::ModelSignificant(in_value, sizeof(T) == 4 ? 7 : 15);
+    char* const buffer = in_pages.GetEnd() - NumberConverter::FLOAT_TEXT_SIZE;
     const std::size_t length = NumberConverter::ConvertFloatingPointToBuffer(in_value, buffer);
     ASSERT_EQ(std::string(buffer, length), expected);
     ASSERT_EQ(buffer[length], '\0');
     ASSERT_FALSE(HasBarePoint(expected)) << expected;
 }
 
-void CheckAll(const PageEdge& in_pages, double in_value) {
+void CheckAll(GuardedBuffer& in_pages, double in_value) {
     SCOPED_TRACE(in_value);
     for (const double value : {in_value, -in_value}) {
         ASSERT_NO_FATAL_FAILURE(CheckSignificant(in_pages, value));
         ASSERT_NO_FATAL_FAILURE(CheckSignificant(in_pages, static_cast<float>(value)));
         for (int decimals = 0; decimals <= 15; ++decimals) {
-            ASSERT_EQ(PrintFixed(value, decimals),
-                      TestSupport::ModelDecimals(value, decimals, true));
+            ASSERT_EQ(PrintFixed(value, decimals), Testing::ModelDecimals(value, decimals, true));
             ASSERT_EQ(PrintTrimmed(value, decimals),
-                      TestSupport::ModelDecimals(value, decimals, false));
+                      Testing::ModelDecimals(value, decimals, false));
         }
     }
 }
@@ -136,7 +137,7 @@ TEST(FloatingPointToText, FallsBackOutsideTheRange) {
 }
 
 TEST(FloatingPointToText, FollowsTheRulesAroundTheLimits) {
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (const double limit : {2147483647.0, 2147483646.5, 4294967296.0, 1e5, 1e6, 1e9, 1.0, 0.5}) {
         double value = limit;
         for (int step = 0; step < 4; ++step) {
@@ -145,7 +146,7 @@ TEST(FloatingPointToText, FollowsTheRulesAroundTheLimits) {
         }
     }
     for (int exponent = -18; exponent <= 20; ++exponent) {
-        const double power = TestSupport::ModelPowerOfTen(exponent);
+        const double power = Testing::ModelPowerOfTen(exponent);
         for (const double value : {power, std::nextafter(power, 0.0), std::nextafter(power, 1e300),
                                    power * 9.5, power * 0.9999995, power * 0.99999999999999995}) {
             ASSERT_NO_FATAL_FAILURE(CheckAll(pages, value));
@@ -160,7 +161,7 @@ TEST(FloatingPointToText, FollowsTheRulesOnTies) {
     // Odd multiples of a power of one half, where scaled fractions end in exactly one half, and
     // decimal fractions that land there by their rounding.
     std::mt19937_64 random(4);
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (int round = 0; round < 2000; ++round) {
         const auto whole = static_cast<double>(random() % 1000000);
         const double half = std::ldexp(static_cast<double>(random() % 65536 * 2 + 1),
@@ -175,7 +176,7 @@ TEST(FloatingPointToText, FollowsTheRulesOnTies) {
 
 TEST(FloatingPointToText, FollowsTheRulesOnRandomValues) {
     std::mt19937_64 random(5);
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (int round = 0; round < 6000; ++round) {
         const auto digits = static_cast<double>(random() >> random() % 64);
         const double value = round % 3 == 0   ? std::bit_cast<double>(random())

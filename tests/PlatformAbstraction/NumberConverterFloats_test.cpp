@@ -11,15 +11,17 @@
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/DoublePowersOfTen.h"
 #include "PlatformAbstraction/NumberConverter.h"
+#include "tests/support/GuardedBuffer.h"
 #include "tests/support/NumberModel.h"
-#include "tests/support/PageEdge.h"
 
 namespace Orska::Support {
 
 namespace {
 
-using TestSupport::ModelDouble;
-using TestSupport::PageEdge;
+using Testing::GuardedBuffer;
+using Testing::ModelDouble;
+
+constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
 /// The bits, so that the zeros and the infinities are told apart; one value for all NaNs.
 std::uint64_t GetBits(double in_value) {
@@ -40,11 +42,11 @@ ModelDouble Convert(const char* in_text, std::size_t in_length, bool in_strict) 
     }
 }
 
-void Check(const PageEdge& in_pages, const std::string& in_text) {
+void Check(GuardedBuffer& in_pages, const std::string& in_text) {
     for (const bool isStrict : {false, true}) {
         SCOPED_TRACE(in_text + (isStrict ? " strict" : ""));
-        const ModelDouble expected = TestSupport::ModelStringToDouble(in_text, isStrict);
-        for (const char* text : {in_pages.CopyToEnd(in_text), in_pages.CopyToStart(in_text)}) {
+        const ModelDouble expected = Testing::ModelStringToDouble(in_text, isStrict);
+        for (const char* text : {in_pages.PutAtEnd(in_text), in_pages.PutAtStart(in_text)}) {
             const ModelDouble result = Convert<double>(text, in_text.size(), isStrict);
             ASSERT_EQ(result.m_throws, expected.m_throws);
             const ModelDouble single = Convert<float>(text, in_text.size(), isStrict);
@@ -64,14 +66,14 @@ TEST(NumberModel, RoundsAsTheProcessorDoes) {
         const double right = round % 2 == 0 ? std::fabs(std::bit_cast<double>(random()))
                                             : 1.0 / (left * static_cast<double>(random() % 99 + 1));
         if (!std::isfinite(left) || !std::isfinite(right)) continue;
-        ASSERT_EQ(TestSupport::ModelMultiply(left, right), left * right) << left << " " << right;
+        ASSERT_EQ(Testing::ModelMultiply(left, right), left * right) << left << " " << right;
     }
 }
 
 TEST(DoublePowersOfTen, AreAsCloseAsADoubleComes) {
     for (int exponent = LEAST_POWER_OF_TEN; exponent <= GREATEST_POWER_OF_TEN; ++exponent) {
         const std::string text = std::string("1e") + std::to_string(exponent);
-        ASSERT_EQ(GetPowerOfTen(exponent), TestSupport::ModelPowerOfTen(exponent)) << text;
+        ASSERT_EQ(GetPowerOfTen(exponent), Testing::ModelPowerOfTen(exponent)) << text;
         ASSERT_EQ(GetPowerOfTen(exponent), std::strtod(text.c_str(), nullptr)) << text;
     }
 }
@@ -133,7 +135,7 @@ TEST(ConvertStringToFloatingPoint, GivesTheDocumentedResults) {
         {"1.8e308", false, infinity},
         {"-1.7976931348623157e308", false, -1.7976931348623157e308},
     };
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (const auto& row : CASES) {
         SCOPED_TRACE(row.m_text);
         const std::string text = row.m_text;
@@ -150,7 +152,7 @@ TEST(ConvertStringToFloatingPoint, GivesTheDocumentedResults) {
 }
 
 TEST(ConvertStringToFloatingPoint, StopsAtAnEmbeddedNul) {
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     Check(pages, std::string("12\0"
                              "34",
                              5));
@@ -160,7 +162,7 @@ TEST(ConvertStringToFloatingPoint, StopsAtAnEmbeddedNul) {
 }
 
 TEST(ConvertStringToFloatingPoint, ReadsAtMost1279Characters) {
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (std::size_t length = 1275; length <= 1283; ++length) {
         ASSERT_NO_FATAL_FAILURE(Check(pages, std::string(length, '1')));
         ASSERT_NO_FATAL_FAILURE(Check(pages, std::string(length - 1, ' ') + "5"));
@@ -175,7 +177,7 @@ TEST(ConvertStringToFloatingPoint, ReadsAtMost1279Characters) {
 }
 
 TEST(ConvertStringToFloatingPoint, FollowsTheRulesAtTheEdges) {
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (const int base : {-345, -344, -343, -325, -324, -323, -309, -308, -307, -306,
                            -290, -289, 287,  288,  289,  290,  307,  308,  309,  345}) {
         for (const char* mantissa :
@@ -212,7 +214,7 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesAtTheEdges) {
 
 TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomBits) {
     std::mt19937_64 random(2);
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (int round = 0; round < 20000; ++round) {
         const auto value = std::bit_cast<double>(random());
         char text[64];
@@ -230,7 +232,7 @@ std::string MakeDigits(std::mt19937_64& inout_random, std::size_t in_most) {
 
 TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomText) {
     std::mt19937_64 random(3);
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (int round = 0; round < 20000; ++round) {
         std::string text = round % 4 == 0 ? "-" : "";
         text += MakeDigits(random, round % 7 == 0 ? 40 : 10);

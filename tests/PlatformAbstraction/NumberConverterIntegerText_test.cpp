@@ -8,13 +8,15 @@
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/NumberConverter.h"
-#include "tests/support/PageEdge.h"
+#include "tests/support/GuardedBuffer.h"
 
 namespace Orska::Support {
 
 namespace {
 
-using TestSupport::PageEdge;
+using Testing::GuardedBuffer;
+
+constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
 template <class T>
 using Writer = char* (*)(T, std::uint16_t, char*);
@@ -34,7 +36,7 @@ std::string GetKeyOfThrow(Writer<T> in_writer, T in_value, std::uint16_t in_leng
 
 /// Writes into buffers of every length, between bytes that cannot be touched.
 template <class T>
-void CheckEveryLength(const PageEdge& in_pages, T in_value) {
+void CheckEveryLength(GuardedBuffer& in_pages, T in_value) {
     const std::string expected = std::to_string(in_value);
     const bool isLeast =
         sizeof(T) == 8 && std::is_signed_v<T> && in_value == std::numeric_limits<T>::min();
@@ -44,7 +46,7 @@ void CheckEveryLength(const PageEdge& in_pages, T in_value) {
          {&NumberConverter::IntegerToBuffer<T>, &NumberConverter::IntegerToBufferChecked<T>}) {
         for (std::uint16_t length = 0; length <= 24; ++length) {
             SCOPED_TRACE(expected + " in " + std::to_string(length));
-            for (char* buffer : {in_pages.AtStart(), in_pages.AtEnd(length)}) {
+            for (char* buffer : {in_pages.GetStart(), in_pages.GetEnd() - length}) {
                 if (length <= expected.size()) {
                     ASSERT_EQ(GetKeyOfThrow(writer, in_value, length, buffer), refusal);
                 } else {
@@ -59,7 +61,7 @@ void CheckEveryLength(const PageEdge& in_pages, T in_value) {
 
 template <class T>
 void CheckType() {
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (int step = 0; step <= 2; ++step) {
         CheckEveryLength<T>(pages, static_cast<T>(std::numeric_limits<T>::min() + step));
         CheckEveryLength<T>(pages, static_cast<T>(std::numeric_limits<T>::max() - step));

@@ -8,15 +8,17 @@
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/NumberConverter.h"
 #include "PlatformAbstraction/ProcessEncodings.h"
+#include "tests/support/GuardedBuffer.h"
 #include "tests/support/NumberModel.h"
-#include "tests/support/PageEdge.h"
 
 namespace Orska::Support {
 
 namespace {
 
-using TestSupport::ModelInteger;
-using TestSupport::PageEdge;
+using Testing::GuardedBuffer;
+using Testing::ModelInteger;
+
+constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
 /// What a conversion did, in the terms of the model; with its one parameter.
 struct Result {
@@ -53,30 +55,30 @@ void ExpectSame(const Result& in_result, const ModelInteger& in_expected,
 
 /// Compares one type, in both forms, strict and not, with the model.
 template <class T>
-void Check(const PageEdge& in_pages, const std::string& in_text) {
+void Check(GuardedBuffer& in_pages, const std::string& in_text) {
     constexpr int BITS = sizeof(T) * 8;
     for (const bool isStrict : {false, true}) {
         SCOPED_TRACE("\"" + in_text + "\" bits " + std::to_string(BITS) +
                      (std::is_signed_v<T> ? " signed" : " unsigned") + (isStrict ? " strict" : ""));
         const ModelInteger expected =
-            TestSupport::ModelStringToInteger(in_text, BITS, std::is_signed_v<T>, isStrict);
-        for (const char* text : {in_pages.CopyToEnd(in_text), in_pages.CopyToStart(in_text)}) {
+            Testing::ModelStringToInteger(in_text, BITS, std::is_signed_v<T>, isStrict);
+        for (const char* text : {in_pages.PutAtEnd(in_text), in_pages.PutAtStart(in_text)}) {
             ASSERT_NO_FATAL_FAILURE(ExpectSame(Convert([&] {
                                                    return NumberConverter::StringToInteger<T>(
                                                        text, in_text.size(), isStrict);
                                                }),
                                                expected, in_text));
         }
-        const char* const terminated = in_pages.CopyToEnd(in_text + '\0');
+        const char* const terminated = in_pages.PutAtEnd(in_text + '\0');
         const std::string seen = terminated;
         ASSERT_NO_FATAL_FAILURE(ExpectSame(
             Convert([&] { return NumberConverter::StringToInteger<T>(terminated, isStrict); }),
-            TestSupport::ModelStringToInteger(in_text, BITS, std::is_signed_v<T>, isStrict, true),
+            Testing::ModelStringToInteger(in_text, BITS, std::is_signed_v<T>, isStrict, true),
             seen));
     }
 }
 
-void CheckAllTypes(const PageEdge& in_pages, const std::string& in_text) {
+void CheckAllTypes(GuardedBuffer& in_pages, const std::string& in_text) {
     Check<std::int8_t>(in_pages, in_text);
     Check<std::uint8_t>(in_pages, in_text);
     Check<std::int16_t>(in_pages, in_text);
@@ -88,7 +90,7 @@ void CheckAllTypes(const PageEdge& in_pages, const std::string& in_text) {
 }
 
 TEST(StringToInteger, FollowsTheRulesOfOddText) {
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (const char* text : {"",
                              "-",
                              "+",
@@ -187,7 +189,7 @@ TEST(StringToInteger, HoldsForEvery16BitValue) {
 
 TEST(StringToInteger, HoldsAroundLimitsAndPowersOfTen) {
     __extension__ typedef __int128 Wide;
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     const auto check = [&pages](Wide in_value) {
         const bool isNegative = in_value < 0;
         std::string text;
@@ -214,7 +216,7 @@ TEST(StringToInteger, HoldsAroundLimitsAndPowersOfTen) {
 
 TEST(StringToInteger, HoldsForTextOf1To40Characters) {
     std::mt19937_64 random(1);
-    const PageEdge pages;
+    GuardedBuffer pages(ROOM);
     for (std::size_t length = 1; length <= 40; ++length) {
         for (int round = 0; round < 30; ++round) {
             std::string text;
@@ -235,8 +237,7 @@ TEST(StringToInteger, SeesEveryByteThatIsNoDigitAtEveryPlace) {
             for (int byte = 0; byte < 256; ++byte) {
                 std::string text(length, '1');
                 text[place] = static_cast<char>(byte);
-                const ModelInteger expected =
-                    TestSupport::ModelStringToInteger(text, 64, false, false);
+                const ModelInteger expected = Testing::ModelStringToInteger(text, 64, false, false);
                 ASSERT_NO_FATAL_FAILURE(
                     ExpectSame(Convert([&] {
                                    return NumberConverter::StringToInteger<std::uint64_t>(
@@ -255,7 +256,7 @@ void CheckStrings(const std::string& in_text, bool in_strict) {
     ExpectSame(
         Convert(
             [&] { return NumberConverter::StringToInteger<T>(orska_wstring(in_text), in_strict); }),
-        TestSupport::ModelStringToInteger(in_text, sizeof(T) * 8, std::is_signed_v<T>, in_strict),
+        Testing::ModelStringToInteger(in_text, sizeof(T) * 8, std::is_signed_v<T>, in_strict),
         in_text);
 }
 

@@ -21,6 +21,8 @@ public:
     char* GetEnd() const { return m_start + m_capacity; }
     /// Copies bytes so that they end with the buffer and gives their start.
     char* PutAtEnd(std::string_view in_bytes);
+    /// Copies bytes so that they begin with the buffer and gives their start.
+    char* PutAtStart(std::string_view in_bytes);
 
 private:
     char* m_mapping;

@@ -28,4 +28,9 @@ char* GuardedBuffer::PutAtEnd(std::string_view in_bytes) {
     return start;
 }
 
+char* GuardedBuffer::PutAtStart(std::string_view in_bytes) {
+    if (!in_bytes.empty()) std::memcpy(m_start, in_bytes.data(), in_bytes.size());
+    return m_start;
+}
+
 }  // namespace Orska::Support::Testing

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-namespace Orska::TestSupport {
+namespace Orska::Support::Testing {
 
 namespace {
 
@@ -376,4 +376,4 @@ std::string ModelDecimals(double in_value, int in_decimals, bool in_keepZeros) {
     return Print(in_keepZeros ? "%e" : "%.*g", in_decimals, in_value);
 }
 
-}  // namespace Orska::TestSupport
+}  // namespace Orska::Support::Testing

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-namespace Orska::TestSupport {
+namespace Orska::Support::Testing {
 
 /// What an integer conversion is to do.
 struct ModelInteger {
@@ -39,6 +39,6 @@ double ModelMultiply(double in_left, double in_right);
 /// The double nearest to 10^in_exponent.
 double ModelPowerOfTen(int in_exponent);
 
-}  // namespace Orska::TestSupport
+}  // namespace Orska::Support::Testing
 
 #endif
