@@ -123,13 +123,6 @@ inline __m128i Load16(const char* in_text) noexcept {
                          _mm_set1_epi8('0'));
 }
 
-/// 9 to 16 characters, right-aligned behind zeros. Reads those only.
-inline __m128i Load9To16(const char* in_text, std::size_t in_length) noexcept {
-    const std::uint64_t front = (Load<std::uint64_t>(in_text) ^ ZEROS) << (8 * (16 - in_length));
-    const std::uint64_t back = Load<std::uint64_t>(in_text + in_length - 8) ^ ZEROS;
-    return _mm_set_epi64x(static_cast<long long>(back), static_cast<long long>(front));
-}
-
 /// 16 characters, as blocks of 8 are.
 __extension__ typedef unsigned __int128 WideBlock;
 
@@ -142,10 +135,14 @@ inline WideBlock MarkOthers(WideBlock in_block) noexcept {
 }
 
 /// 9 to 16 characters, right-aligned behind zeros. Reads those only.
-inline WideBlock LoadWide(const char* in_text, std::size_t in_length) noexcept {
+inline WideBlock Load9To16(const char* in_text, std::size_t in_length) noexcept {
     const std::uint64_t front = (Load<std::uint64_t>(in_text) ^ ZEROS) << (8 * (16 - in_length));
     const std::uint64_t back = Load<std::uint64_t>(in_text + in_length - 8) ^ ZEROS;
     return WideBlock{back} << 64 | front;
+}
+
+inline __m128i ToRegister(WideBlock in_block) noexcept {
+    return _mm_set_epi64x(static_cast<long long>(in_block >> 64), static_cast<long long>(in_block));
 }
 
 inline std::uint64_t BlockValue(WideBlock in_block) noexcept {

@@ -267,7 +267,7 @@ struct Decimal {
         }
         out_decimal.m_mantissa = DecimalDigits::BlockValue(block);
     } else {
-        DecimalDigits::WideBlock block = DecimalDigits::LoadWide(in_text, in_length);
+        DecimalDigits::WideBlock block = DecimalDigits::Load9To16(in_text, in_length);
         if (!TakePoint(block, decimals)) {
             return false;
         }

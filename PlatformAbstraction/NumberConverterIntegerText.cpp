@@ -64,6 +64,8 @@ char* WriteChecked(T in_value, std::size_t in_bufferLength, char* out_buffer) {
     return end - length;
 }
 
+/// Both kinds of the conversion: a full buffer needs no check of its own, and in a short one the
+/// kind for full buffers would write in front of it.
 template <class T>
 char* Write(T in_value, std::uint16_t in_bufferLength, char* out_buffer) {
     if constexpr (std::is_same_v<T, std::int64_t>) {

@@ -121,7 +121,8 @@ bool ReadDigits(const char* in_text, std::size_t in_length, std::uint64_t& out_v
         return DecimalDigits::AreDigits(block);
     }
     if (sizeof(T) >= 4 && in_length <= 16) {
-        const __m128i block = DecimalDigits::Load9To16(in_text, in_length);
+        const __m128i block =
+            DecimalDigits::ToRegister(DecimalDigits::Load9To16(in_text, in_length));
         out_value = DecimalDigits::BlockValue(block);
         return DecimalDigits::AreDigits(block);
     }
