@@ -1,0 +1,67 @@
+// How a driver starts the support library: settings first, then the platform, then strings.
+//
+// Usage: driver_startup FILE.ini
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/OrskaSettingReader.h"
+#include "PlatformAbstraction/Platform.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/orska_wstring.h"
+
+using Orska::Support::EncodingInfo;
+using Orska::Support::orska_wstring;
+using Orska::Support::OrskaSettingReader;
+
+namespace {
+
+void PrintSettings() {
+    std::printf("locale:          %s\n", OrskaSettingReader::GetDriverLocale().c_str());
+    std::printf("log level:       %s\n", OrskaSettingReader::GetLogLevel().c_str());
+    std::printf("log path:        %s\n", OrskaSettingReader::GetLogPath().c_str());
+    std::printf("application:     %s\n", EncodingInfo::GetName(Orska::Support::GetAnsiEncoding()));
+    std::printf("driver manager:  %s\n",
+                EncodingInfo::GetName(Orska::Support::GetDriverManagerEncoding()));
+}
+
+/// Takes text from the application, which speaks the ANSI encoding, and shows it in two others.
+void ConvertText(const std::string& in_fromApplication) {
+    const orska_wstring text(in_fromApplication);
+    std::printf("code units:      %d\n", static_cast<int>(text.GetLength()));
+    std::printf("as UTF-8:        %s\n", text.GetAsUtf8().c_str());
+    const std::string bytes = text.GetAsAnsiString(Orska::Support::GetDriverManagerEncoding());
+    std::printf("for the manager: %zu bytes\n", bytes.size());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: driver_startup FILE.ini\n");
+        return 2;
+    }
+    try {
+        // Once per process, before the platform starts: the file, the registry key that is read
+        // when there is no file, and the section.
+        OrskaSettingReader::Initialize(argv[1], L"Veltrane", L"Driver");
+        // Takes both encodings from the settings. Refuses names that are not legal.
+        Orska::Platform::InitializePlatform(false);
+        PrintSettings();
+        ConvertText(
+            "Stra\xDF"
+            "e 5 \x80");
+        // Once for each start.
+        Orska::Platform::UninitializePlatform();
+    } catch (const Orska::Support::ErrorException& exception) {
+        std::fprintf(stderr, "driver_startup: %s\n",
+                     exception.GetUnformattedDescription().GetAsUtf8().c_str());
+        return 1;
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "driver_startup: %s\n", exception.what());
+        return 1;
+    }
+    return 0;
+}
