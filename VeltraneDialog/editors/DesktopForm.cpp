@@ -79,7 +79,9 @@ void DesktopForm::BuildRow(Row& out_row, const DialogField& in_field, QGridLayou
     const QString mark = in_field.m_isRequired ? QStringLiteral(" *") : QString();
     auto* label = new QLabel(Translated(in_field.m_label) + mark, this);
     QWidget* const input = BuildInput(out_row);
-    label->setBuddy(out_row.m_edit->parentWidget() == input ? input : out_row.m_edit);
+    // The edit of a choice is part of it and takes no focus of its own.
+    const bool isChoice = in_field.m_kind == DialogFieldKind::LOGIN_MODE;
+    label->setBuddy(isChoice ? input : out_row.m_edit);
 
     QLabel* const key = QuietLabel(
         QString::fromUtf8(in_field.m_key.data(), static_cast<qsizetype>(in_field.m_key.size())));
@@ -95,11 +97,15 @@ void DesktopForm::BuildRow(Row& out_row, const DialogField& in_field, QGridLayou
     io_grid.setRowMinimumHeight(top + 2, fontMetrics().height() / 2);
     // An empty row is not counted unless something is in it.
     io_grid.addItem(new QSpacerItem(0, 0), top + 2, 0);
+    Fill(out_row);
+}
 
-    const std::u16string& value = *(m_values.*in_field.m_value);
+void DesktopForm::Fill(Row& out_row) {
+    const DialogField& field = *out_row.m_field;
+    const std::u16string& value = *(m_values.*field.m_value);
     out_row.m_edit->setText(QString::fromUtf16(value.data(), static_cast<qsizetype>(value.size())));
     out_row.m_edit->setCursorPosition(0);
-    out_row.m_edit->setAccessibleName(QString::fromUtf8(TranslatePlain(in_field.m_label).c_str()));
+    out_row.m_edit->setAccessibleName(QString::fromUtf8(TranslatePlain(field.m_label).c_str()));
     out_row.m_edit->installEventFilter(this);
     connect(out_row.m_edit, &QLineEdit::textChanged, this, [this, &out_row] {
         out_row.m_isEdited = true;

@@ -38,6 +38,7 @@ private:
 
     void BuildRow(Row& out_row, const DialogField& in_field, QGridLayout& io_grid);
     QWidget* BuildInput(Row& out_row);
+    void Fill(Row& out_row);
     QWidget* BuildButtons();
 
     /// After a change: the notes, the title and OK follow the fields.

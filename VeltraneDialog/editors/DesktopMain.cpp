@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QSocketNotifier>
 #include <string>
+#include <string_view>
 
 #include "VeltraneDialog/editors/DesktopForm.h"
 #include "VeltraneDialog/editors/EditorMain.h"
@@ -11,13 +12,15 @@ namespace {
 
 /// Process-wide: set before Qt starts, read by the handler of its messages.
 HostConnection* s_host = nullptr;
-/// Process-wide: the first warning, which tells more than the fatal message after it.
+/// Process-wide: the first warning of the platform, which tells more than the fatal message after
+/// it.
 std::string s_firstWarning;
 
 /// Qt ends the process when it finds no display; the host is told before that, so that it can try
 /// the terminal. Other messages have nowhere to go.
-void OnQtMessage(QtMsgType in_type, const QMessageLogContext&, const QString& in_text) {
-    if (s_firstWarning.empty()) {
+void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const QString& in_text) {
+    const std::string_view category = in_context.category != nullptr ? in_context.category : "";
+    if (s_firstWarning.empty() && (category.starts_with("qt.qpa") || in_type == QtFatalMsg)) {
         s_firstWarning = in_text.section(QLatin1Char('\n'), 0, 0).toStdString();
     }
     if (in_type != QtFatalMsg) {

@@ -1,0 +1,206 @@
+#include "VeltraneDialog/editors/DesktopForm.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QStyleFactory>
+
+namespace Veltrane::ODBC {
+namespace {
+
+/// Without a display; what needs one is tested end to end.
+class DesktopFormTest : public testing::Test {
+protected:
+    DesktopFormTest() {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        m_application = std::make_unique<QApplication>(m_argumentCount, m_arguments);
+        m_values.m_dsn = u"sales";
+        m_values.m_server = u"bi";
+        m_values.m_database = u"retail";
+        m_values.m_pwd = u"geheim";
+    }
+
+    static QLineEdit* Edit(const QDialog& in_form, const char* in_label) {
+        for (auto* edit : in_form.findChildren<QLineEdit*>()) {
+            if (edit->accessibleName() == QLatin1String(in_label)) {
+                return edit;
+            }
+        }
+        throw std::logic_error("no such field");
+    }
+
+    static QAbstractButton* Button(const QDialog& in_form, const char* in_text) {
+        for (auto* button : in_form.findChildren<QAbstractButton*>()) {
+            if (button->text() == QLatin1String(in_text)) {
+                return button;
+            }
+        }
+        throw std::logic_error("no such button");
+    }
+
+    static void Press(QWidget* in_target, int in_key, Qt::KeyboardModifiers in_modifiers,
+                      const QString& in_text) {
+        QKeyEvent event(QEvent::KeyPress, in_key, in_modifiers, in_text);
+        QApplication::sendEvent(in_target, &event);
+    }
+
+    int m_argumentCount = 1;
+    char m_name[5] = "test";
+    char* m_arguments[2] = {m_name, nullptr};
+    std::unique_ptr<QApplication> m_application;
+    DialogValues m_values;
+};
+
+TEST_F(DesktopFormTest, OkIsEnabledOnlyWhileEveryFieldIsAccepted) {
+    DesktopForm form(m_values);
+    const QAbstractButton* ok = Button(form, "&OK");
+    EXPECT_TRUE(ok->isEnabled());
+    const std::tuple<const char*, QString, QString> cases[] = {
+        {"Name", "a[b", "A name has none of [ ] { } ( ) , ; ? * = ! @ \\"},
+        {"Name", "", "Has to be filled."},
+        {"Server", "", "Has to be filled."},
+        {"Database", " x", "Blanks at the beginning or the end cannot be stored."},
+        {"Password", "x ", "Blanks at the beginning or the end cannot be stored."},
+        {"Cognos namespace", QString(1000, 'x'),
+         "Too long: a line of odbc.ini has at most 999 bytes."},
+        {"MicroStrategy login mode", "a\tb",
+         "Line ends, tabs and other control characters cannot be stored."},
+    };
+    for (const auto& [label, text, reason] : cases) {
+        SCOPED_TRACE(label);
+        QLineEdit* const edit = Edit(form, label);
+        const QString before = edit->text();
+        edit->setText(text);
+        EXPECT_FALSE(ok->isEnabled());
+        EXPECT_EQ(edit->accessibleDescription(), reason);
+        edit->setText(before);
+        EXPECT_TRUE(ok->isEnabled());
+        EXPECT_NE(edit->accessibleDescription(), reason);
+    }
+}
+
+TEST_F(DesktopFormTest, AnEmptyFormPointsNothingOutYet) {
+    m_values = DialogValues();
+    DesktopForm form(m_values);
+    EXPECT_FALSE(Button(form, "&OK")->isEnabled());
+    EXPECT_EQ(form.windowTitle(), "New data source");
+    EXPECT_NE(Edit(form, "Server")->accessibleDescription(), "Has to be filled.");
+    Edit(form, "Name")->setText("sales");
+    EXPECT_EQ(form.windowTitle(), "Data source sales");
+    form.accept();
+    EXPECT_EQ(form.result(), QDialog::Rejected) << "accepted without server and database";
+}
+
+TEST_F(DesktopFormTest, AcceptedValuesComeBackExactly) {
+    const std::u16string longText(900, u'x');
+    m_values.m_uid = longText;
+    DesktopForm form(m_values);
+    Edit(form, "Server")->setText(QString::fromUtf16(u"日本 \U0001F600 &amp; <b>"));
+    Edit(form, "MicroStrategy login mode")->setText("standard");
+    EXPECT_EQ(m_values.m_server, u"bi") << "changed before OK";
+    form.accept();
+    EXPECT_EQ(form.result(), QDialog::Accepted);
+    EXPECT_EQ(m_values.m_server, u"日本 \U0001F600 &amp; <b>");
+    EXPECT_EQ(m_values.m_microStrategyLoginMode, u"standard");
+    EXPECT_EQ(m_values.m_uid, longText);
+    EXPECT_EQ(m_values.m_pwd, u"geheim");
+}
+
+TEST_F(DesktopFormTest, TextsBeyondTheLimitOfAWidgetAreRefusedNotCut) {
+    m_values.m_server = std::u16string(100000, u'x');
+    const DesktopForm form(m_values);
+    EXPECT_EQ(Edit(form, "Server")->text().size(), 100000);
+    EXPECT_FALSE(Button(form, "&OK")->isEnabled());
+}
+
+TEST_F(DesktopFormTest, ThePasswordIsShownOnlyOnRequest) {
+    DesktopForm form(m_values);
+    const QLineEdit* const password = Edit(form, "Password");
+    EXPECT_EQ(password->echoMode(), QLineEdit::Password);
+    Button(form, "S&how password")->click();
+    EXPECT_EQ(password->echoMode(), QLineEdit::Normal);
+    Button(form, "S&how password")->click();
+    EXPECT_EQ(password->echoMode(), QLineEdit::Password);
+}
+
+TEST_F(DesktopFormTest, TheLoginModeIsAChoiceWithTextOfOnesOwn) {
+    m_values.m_microStrategyLoginMode = u"Kerberos";
+    DesktopForm form(m_values);
+    auto* const choice = form.findChild<QComboBox*>();
+    ASSERT_NE(choice, nullptr);
+    EXPECT_EQ(choice->currentText(), "Kerberos");
+    EXPECT_EQ(choice->count(), static_cast<int>(LOGIN_MODES.size()));
+    choice->setCurrentIndex(1);
+    form.accept();
+    EXPECT_EQ(m_values.m_microStrategyLoginMode, u"LDAP");
+}
+
+TEST_F(DesktopFormTest, AnAcceleratorNeverBecomesText) {
+    DesktopForm form(m_values);
+    QLineEdit* const password = Edit(form, "Password");
+    Press(password, Qt::Key_O, Qt::AltModifier, "o");
+    EXPECT_EQ(password->text(), "geheim");
+    password->setCursorPosition(6);
+    Press(password, Qt::Key_At, Qt::ControlModifier | Qt::AltModifier | Qt::GroupSwitchModifier,
+          "@");
+    Press(password, Qt::Key_O, Qt::NoModifier, "o");
+    EXPECT_EQ(password->text(), "geheim@o");
+}
+
+TEST_F(DesktopFormTest, EveryLabelLeadsToItsField) {
+    DesktopForm form(m_values);
+    int buddies = 0;
+    for (const auto* label : form.findChildren<QLabel*>()) {
+        buddies += label->buddy() != nullptr && label->buddy()->focusPolicy() != Qt::NoFocus;
+    }
+    EXPECT_EQ(buddies, static_cast<int>(DIALOG_FIELDS.size()));
+}
+
+double Contrast(const QColor& in_first, const QColor& in_second) {
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double part) {
+            return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF()) + 0.05;
+    };
+    const double first = luminance(in_first);
+    const double second = luminance(in_second);
+    return std::max(first, second) / std::min(first, second);
+}
+
+QColor Over(const QColor& in_color, const QColor& in_background) {
+    const double alpha = in_color.alphaF();
+    const auto mix = [alpha](double a, double b) {
+        return static_cast<float>(a * alpha + b * (1 - alpha));
+    };
+    return QColor::fromRgbF(mix(in_color.redF(), in_background.redF()),
+                            mix(in_color.greenF(), in_background.greenF()),
+                            mix(in_color.blueF(), in_background.blueF()));
+}
+
+TEST_F(DesktopFormTest, NotesCanBeReadOnLightAndDarkAlsoWhenTheThemeChanges) {
+    DesktopForm form(m_values);
+    Edit(form, "Name")->setText("a[b");
+    for (const QColor& window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x2A, 0x2E, 0x32)}) {
+        SCOPED_TRACE(window.name().toStdString());
+        QApplication::setPalette(QPalette(window));
+        QApplication::processEvents();
+        for (const auto* label : form.findChildren<QLabel*>()) {
+            SCOPED_TRACE(label->text().toStdString());
+            const QColor background = form.palette().color(QPalette::Window);
+            ASSERT_EQ(background, window);
+            const QColor text = label->palette().color(QPalette::WindowText);
+            EXPECT_GE(Contrast(Over(text, background), background), 4.5);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
