@@ -129,25 +129,31 @@ std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules) const {
     }
 }
 
-std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
-                                                           Rules in_rules) const {
-    if (!m_isReadable || m_firstSection == std::string::npos) return std::nullopt;
-    const bool isFirstFile = in_rules == Rules::FIRST_FILE;
-    if (isFirstFile && m_found.m_end != 0 && IsSameName(m_foundName, in_section)) return m_found;
-    std::size_t at = m_firstSection;
-    while (at < m_text.size()) {
+/// @param in_from  where a section begins, or npos
+std::optional<OdbcIniText::Range> OdbcIniText::FindSectionFrom(std::size_t in_from,
+                                                               std::string_view in_section,
+                                                               Rules in_rules) const {
+    for (std::size_t at = in_from; at < m_text.size();) {
         const std::size_t body = PieceEnd(at);
-        if (IsSameName(HeaderName(Piece(at)), in_section)) {
-            const Range range{at, FindHeader(body, in_rules)};
-            if (isFirstFile) {
-                m_foundName = in_section;
-                m_found = range;
-            }
-            return range;
-        }
-        at = FindHeader(body, in_rules);
+        const std::size_t end = FindHeader(body, in_rules);
+        if (IsSameName(HeaderName(Piece(at)), in_section)) return Range{at, end};
+        at = end;
     }
     return std::nullopt;
+}
+
+std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
+                                                           Rules in_rules) const {
+    if (!m_isReadable) return std::nullopt;
+    if (in_rules == Rules::APPENDED_FILE) {
+        return FindSectionFrom(m_firstSection, in_section, in_rules);
+    }
+    if (!m_isSought || !IsSameName(m_soughtName, in_section)) {
+        m_found = FindSectionFrom(m_firstSection, in_section, in_rules);
+        m_soughtName = in_section;
+        m_isSought = true;
+    }
+    return m_found;
 }
 
 std::optional<OdbcIniText::Range> OdbcIniText::FindKey(Range in_section, std::string_view in_key,
@@ -209,15 +215,25 @@ std::string OdbcIniText::KeepComments(Range in_section, Gap& out_gap) const {
 }
 
 void OdbcIniText::RemoveSection(std::string_view in_section) {
-    while (const std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE)) {
+    std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE);
+    while (section) {
         Gap gap{{std::string(in_section), 0}, {}};
         const std::string kept = KeepComments(*section, gap);
         const std::size_t position = Splice(*section, kept);
         gap.m_header.m_position = position;
         for (Place& key : gap.m_keys) key.m_position += position;
         m_gaps.push_back(std::move(gap));
-        CheckPreamble();
+        const std::size_t next = FindHeader(position, Rules::FIRST_FILE);
+        section = FindSectionFrom(next, in_section, Rules::FIRST_FILE);
     }
+    CheckPreamble();
+    Remember(in_section, std::nullopt);
+}
+
+void OdbcIniText::Remember(std::string_view in_section, std::optional<Range> in_range) {
+    m_soughtName = in_section;
+    m_found = in_range;
+    m_isSought = true;
 }
 
 void OdbcIniText::AddSection(std::string_view in_section) {
@@ -237,8 +253,7 @@ void OdbcIniText::AddSection(std::string_view in_section) {
         position = Splice({end, end}, m_lineEnd + header) + m_lineEnd.size();
     }
     CheckPreamble();
-    m_foundName = in_section;
-    m_found = {position, FindHeader(PieceEnd(position), Rules::FIRST_FILE)};
+    Remember(in_section, Range{position, FindHeader(PieceEnd(position), Rules::FIRST_FILE)});
 }
 
 /// Where a new key goes: to its old place, else behind the last key.
@@ -276,8 +291,7 @@ void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
     }
     const std::size_t size = m_text.size();
     Splice(*old, line);
-    m_foundName = in_section;
-    m_found = {section.m_begin, section.m_end + m_text.size() - size};
+    Remember(in_section, Range{section.m_begin, section.m_end + m_text.size() - size});
 }
 
 void OdbcIniText::RemoveKey(std::string_view in_section, std::string_view in_key) {
@@ -331,7 +345,7 @@ std::size_t OdbcIniText::Splice(Range in_old, std::string_view in_new) {
 
     m_text.replace(in_old.m_begin, in_old.m_end - in_old.m_begin, text);
     m_isChanged = true;
-    m_found = {0, 0};
+    m_isSought = false;
     const auto shift = [&](std::size_t& inout_position) {
         if (inout_position >= in_old.m_end) {
             inout_position += text.size() - (in_old.m_end - in_old.m_begin);

@@ -82,6 +82,8 @@ private:
     std::size_t PieceEnd(std::size_t in_begin) const;
     std::string_view Piece(std::size_t in_begin) const;
     std::size_t FindHeader(std::size_t in_from, Rules in_rules) const;
+    std::optional<Range> FindSectionFrom(std::size_t in_from, std::string_view in_section,
+                                         Rules in_rules) const;
     std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
     std::optional<Range> FindKey(Range in_section, std::string_view in_key, Rules in_rules) const;
     std::optional<Range> FindKeyLine(Range in_section, std::string_view in_key) const;
@@ -90,6 +92,7 @@ private:
     std::string KeepComments(Range in_section, Gap& out_gap) const;
     std::size_t InsertPosition(Range in_section, std::string_view in_section_name,
                                std::string_view in_key);
+    void Remember(std::string_view in_section, std::optional<Range> in_range);
     void CloseGap(std::size_t in_position);
     std::size_t Splice(Range in_old, std::string_view in_new);
 
@@ -99,9 +102,10 @@ private:
     bool m_isReadable = true;
     bool m_isChanged = false;
     std::vector<Gap> m_gaps;
-    /// The section found last, so that the writes of one request search the text once.
-    mutable std::string m_foundName;
-    mutable Range m_found{0, 0};
+    /// The section sought last and where it is, so that a request searches the text once.
+    mutable bool m_isSought = false;
+    mutable std::string m_soughtName;
+    mutable std::optional<Range> m_found;
 };
 
 }  // namespace Veltrane::ODBC
