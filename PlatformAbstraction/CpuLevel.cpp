@@ -13,8 +13,8 @@ struct LevelName {
 };
 
 constexpr LevelName LEVEL_NAMES[] = {
-    {"sse2", CpuLevel::SSE2},   {"sse3", CpuLevel::SSE3},   {"ssse3", CpuLevel::SSSE3},
-    {"sse41", CpuLevel::SSE41}, {"sse42", CpuLevel::SSE42}, {"avx2", CpuLevel::AVX2},
+    {"sse2", CpuLevel::SSE2},     {"sse3", CpuLevel::SSE3},   {"ssse3", CpuLevel::SSSE3},
+    {"sse41", CpuLevel::SSE41},   {"sse42", CpuLevel::SSE42}, {"avx2", CpuLevel::AVX2},
     {"avx512", CpuLevel::AVX512},
 };
 

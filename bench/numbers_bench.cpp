@@ -1,6 +1,6 @@
 /// Number conversion beside its peers, in one process and on the same inputs.
 ///
-/// Names are who/work/input. The counter "each" is the time of one conversion. Before anything is
+/// Names are who, work and input, joined by slashes. The counter "each" is the time of one conversion. Before anything is
 /// measured, every peer's result is compared with ours; a peer that disagrees stops the program.
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
 // What it costs to build a string from bytes and to give it out as bytes, ours against ICU's
-// string. Names: who/work/text/size, the size in bytes of the narrow form.
+// string. Names: who, work, text and size, joined by slashes, the size in bytes of the narrow form.
 #include <benchmark/benchmark.h>
 #include <unicode/unistr.h>
 
