@@ -243,8 +243,11 @@ inline char* WriteBackwards(char* out_end, std::uint16_t in_value) noexcept {
     return out_end - CountDigits(in_value);
 }
 
-/// A value below 10^8, in 8 bytes.
+/// A value below 10^8, in 8 bytes. Short values, the most common ones, have the quicker way.
 inline char* WriteBlockBackwards(char* out_end, std::uint32_t in_value) noexcept {
+    if (in_value <= 0xffff) {
+        return WriteBackwards(out_end, static_cast<std::uint16_t>(in_value));
+    }
     const std::uint64_t block = MakeBlock(in_value);
     Store(out_end - 8, block | ZEROS);
     return out_end - 8 + CountLeadingZeros(block);
