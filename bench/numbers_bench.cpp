@@ -1,7 +1,8 @@
 /// Number conversion beside its peers, in one process and on the same inputs.
 ///
-/// Names are who, work and input, joined by slashes. The counter "each" is the time of one conversion. Before anything is
-/// measured, every peer's result is compared with ours; a peer that disagrees stops the program.
+/// Names are who, work and input, joined by slashes. The counter "each" is the time of one
+/// conversion. Before anything is measured, every peer's result is compared with ours; a peer that
+/// disagrees stops the program.
 #include <benchmark/benchmark.h>
 
 #include <charconv>
