@@ -8,6 +8,7 @@ namespace Veltrane::ODBC {
 namespace {
 
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+constexpr std::string_view BLANKS = " \t\n\v\f\r";
 
 bool IsBlank(char in_char) { return in_char == ' ' || (in_char >= '\t' && in_char <= '\r'); }
 
@@ -47,6 +48,9 @@ std::string_view KeyName(std::string_view in_piece) {
     return Trim(in_piece.substr(0, in_piece.find('=')));
 }
 
+/// A byte of a UTF-8 character, but not its first.
+bool IsContinuation(char in_char) { return (static_cast<unsigned char>(in_char) & 0xC0) == 0x80; }
+
 /// Control characters, and U+0080 to U+009F as UTF-8 spells them.
 bool HasControlCharacter(std::string_view in_text) {
     for (std::size_t i = 0; i < in_text.size(); ++i) {
@@ -70,24 +74,33 @@ OdbcIniText::OdbcIniText(std::string in_bytes) : m_text(std::move(in_bytes)) {
     if (lineEnd != std::string::npos && lineEnd > 0 && m_text[lineEnd - 1] == '\r') {
         m_lineEnd = "\r\n";
     }
-    CheckPreamble();
+    m_isReadable = FindRefused() == std::string::npos;
+    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
 }
 
-void OdbcIniText::CheckPreamble() {
-    m_firstSection = std::string::npos;
-    m_isReadable = true;
+/// Where the reader refuses the text: at what stands before the first section and is neither blank
+/// nor a comment. npos when it does not.
+std::size_t OdbcIniText::FindRefused() const {
     for (std::size_t at = 0; at < m_text.size(); at = PieceEnd(at)) {
         const std::string_view piece = Piece(at);
-        if (!piece.empty() && piece.front() == '[') {
-            m_firstSection = at;
-            return;
-        }
+        if (piece.starts_with('[')) break;
         const std::string_view content = TrimLeft(piece);
-        if (!content.empty() && !IsComment(content.front())) {
-            m_isReadable = false;
-            return;
-        }
+        if (!content.empty() && !IsComment(content.front())) return at;
     }
+    return std::string::npos;
+}
+
+/// The first header must begin in the first column, the others need not: when the first section
+/// goes, the blanks before the next header go too.
+void OdbcIniText::MendFirstHeader() {
+    const std::size_t at = FindRefused();
+    if (at == std::string::npos) return;
+    const std::size_t content = m_text.find_first_not_of(BLANKS, at);
+    if (m_text[content] != '[') return;
+    // A header that the reader cuts must stay cut where it was.
+    const std::size_t end = PieceEnd(at);
+    if (end < m_text.size() && m_text[end - 1] != '\n') m_text.insert(end, m_lineEnd);
+    m_text.erase(at, content - at);
 }
 
 /// The end of the reader's line that begins here, its line end included.
@@ -196,8 +209,9 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     return std::string(Trim(piece.substr(equals + 1)));
 }
 
-/// What stays of a section when its header and keys go. Whole lines are judged by their beginning:
-/// the tail of a long comment, which the reader takes for a key, is still the comment.
+/// What stays of a section when its header and keys go. The tail of a long comment, which the
+/// reader takes for a key, is made a comment of its own, or it would be a key of the section
+/// before.
 std::string OdbcIniText::KeepComments(Range in_section, Gap& out_gap) const {
     std::string kept;
     std::size_t end = LineEnd(in_section.m_begin, in_section.m_end);
@@ -206,12 +220,23 @@ std::string OdbcIniText::KeepComments(Range in_section, Gap& out_gap) const {
         end = LineEnd(begin, in_section.m_end);
         const std::string_view content = TrimLeft(Piece(begin));
         if (content.empty() || IsComment(content.front())) {
-            kept.append(m_text, begin, end - begin);
+            AppendComment(std::string_view(m_text).substr(begin, end - begin), kept);
         } else {
             out_gap.m_keys.push_back({std::string(KeyName(content)), kept.size()});
         }
     }
     return kept;
+}
+
+void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) const {
+    constexpr std::string_view MARK = "# ";
+    while (in_line.size() - in_line.ends_with('\n') > MAX_LINE) {
+        std::size_t size = MAX_LINE - MARK.size();
+        while (size > 1 && IsContinuation(in_line[size])) --size;
+        io_text.append(in_line.substr(0, size)).append(m_lineEnd).append(MARK);
+        in_line.remove_prefix(size);
+    }
+    io_text.append(in_line);
 }
 
 void OdbcIniText::RemoveSection(std::string_view in_section) {
@@ -226,7 +251,7 @@ void OdbcIniText::RemoveSection(std::string_view in_section) {
         const std::size_t next = FindHeader(position, Rules::FIRST_FILE);
         section = FindSectionFrom(next, in_section, Rules::FIRST_FILE);
     }
-    CheckPreamble();
+    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
     Remember(in_section, std::nullopt);
 }
 
@@ -252,7 +277,7 @@ void OdbcIniText::AddSection(std::string_view in_section) {
     } else {
         position = Splice({end, end}, m_lineEnd + header) + m_lineEnd.size();
     }
-    CheckPreamble();
+    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
     Remember(in_section, Range{position, FindHeader(PieceEnd(position), Rules::FIRST_FILE)});
 }
 
@@ -307,7 +332,9 @@ void OdbcIniText::Finish() {
         if (!m_gaps[i].m_isBack) CloseGap(m_gaps[i].m_header.m_position);
     }
     m_gaps.clear();
-    CheckPreamble();
+    if (m_isChanged) MendFirstHeader();
+    m_isSought = false;
+    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
 }
 
 /// True also at the beginning of the text.

@@ -52,9 +52,9 @@ public:
     /// Writes a key in the first section of that name, which is added when there is none.
     void Set(std::string_view in_section, std::string_view in_key, std::string_view in_value);
     void RemoveKey(std::string_view in_section, std::string_view in_key);
-    /// Closes the gaps of sections that were removed and have not come back: of the blank lines
-    /// before and after such a section one goes with it. Adding and removing a section thus leaves
-    /// the text as it was.
+    /// Ends the edits. Closes the gaps of sections that were removed and have not come back: of the
+    /// blank lines before and after such a section one goes with it. Adding and removing a section
+    /// thus leaves the text as it was.
     void Finish();
 
     /// Whether a section of this name can be written and found again.
@@ -78,7 +78,8 @@ private:
         bool m_isBack = false;  ///< the section has been added again
     };
 
-    void CheckPreamble();
+    std::size_t FindRefused() const;
+    void MendFirstHeader();
     std::size_t PieceEnd(std::size_t in_begin) const;
     std::string_view Piece(std::size_t in_begin) const;
     std::size_t FindHeader(std::size_t in_from, Rules in_rules) const;
@@ -90,6 +91,7 @@ private:
     std::size_t LineEnd(std::size_t in_begin, std::size_t in_limit) const;
     bool IsBlankLineBefore(std::size_t in_position) const;
     std::string KeepComments(Range in_section, Gap& out_gap) const;
+    void AppendComment(std::string_view in_line, std::string& io_text) const;
     std::size_t InsertPosition(Range in_section, std::string_view in_section_name,
                                std::string_view in_key);
     void Remember(std::string_view in_section, std::optional<Range> in_range);
@@ -98,7 +100,7 @@ private:
 
     std::string m_text;
     std::string m_lineEnd = "\n";
-    std::size_t m_firstSection = std::string::npos;  ///< npos: there is none
+    std::size_t m_firstSection = 0;  ///< the end of the text when there is none
     bool m_isReadable = true;
     bool m_isChanged = false;
     std::vector<Gap> m_gaps;

@@ -49,8 +49,15 @@ const EditCase EDIT_CASES[] = {
     {"keys that stand twice go", Save, "[Sales]\nServer=1\nServer=2\n",
      "[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
     {"a line over 999 bytes goes whole", Save,
-     "[Sales]\nServer=" + std::string(2000, 'x') + "\n# " + std::string(2000, 'c') + "\n[B]\n",
-     "[Sales]\nDriver=V\nServer=new\nDatabase=d\n# " + std::string(2000, 'c') + "\n[B]\n"},
+     "[Sales]\nServer=" + std::string(2000, 'x') + "\n# c\n[B]\n",
+     "[Sales]\nDriver=V\nServer=new\nDatabase=d\n# c\n[B]\n"},
+    {"a comment over 999 bytes is one still", Remove,
+     "[A]\n[Sales]\n#" + std::string(995, 'c') + "ü" + std::string(999, 'c') + "\n#" +
+         std::string(998, 'd') + "\n[B]\n",
+     "[A]\n#" + std::string(995, 'c') + "\n# ü" + std::string(995, 'c') + "\n# cccc\n#" +
+         std::string(998, 'd') + "\n[B]\n"},
+    {"the first header begins in the first column", Remove, "[Sales]\nk=v\n# c\n \t[B]\n",
+     "# c\n[B]\n"},
     {"nothing else is touched, NUL and high bytes neither", Save,
      std::string("[A]\n\0\x80\xFF=1\r\n\v\n[Sales]\n[B]\nx", 26),
      std::string("[A]\n\0\x80\xFF=1\r\n\v\n", 13) +
