@@ -17,12 +17,12 @@
 
 namespace Orska::Platform {
 
-/// A critical section as an object.
+/// A critical section as an object; the same thread may take it again.
 class PlatformLock {
 public:
     virtual ~PlatformLock() = default;
-    void lock() { m_mutex.lock(); }
-    void unlock() { m_mutex.unlock(); }
+    void Lock() { m_mutex.lock(); }
+    void Unlock() { m_mutex.unlock(); }
 
 private:
     std::recursive_mutex m_mutex;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr char SOURCE[] = "PlatformAbstraction\\TextFile_Windows";
 constexpr char CONSTRUCTOR[] = "Orska::Support::TextFile::TextFile";
-constexpr std::size_t READ_AHEAD_SIZE = 32 * 1024;
+constexpr std::size_t READ_AHEAD_SIZE = 32'768;
 constexpr std::size_t FORMAT_BUFFER_SIZE = 256;
 
 /// Sharing for reading and writing, and the dispositions, of the Windows call.

@@ -122,6 +122,22 @@ TEST(IniFileConfigurationReader, LoadsOneSection) {
     EXPECT_EQ(ToText(section), "TOP=0;");
 }
 
+TEST(IniFileConfigurationReader, LoadsManyKeysAndLongValues) {
+    const TemporaryDirectory directory;
+    const std::string longValue(1 << 20, 'x');
+    std::string file = "[S]\n";
+    for (int number = 0; number < 100'000; ++number) {
+        file += "key" + std::to_string(number) + "=" + std::to_string(number) + "\n";
+    }
+    SectionMap section;
+    EXPECT_TRUE(IniFileConfigurationReader(false, false)
+                    .LoadConfiguration(section,
+                                       directory.Write("x.ini", file + "long=" + longValue), L"S"));
+    EXPECT_EQ(section.GetSize(), 100'001u);
+    EXPECT_EQ(section.Find(L"KEY99999"), SettingValue(orska_wstring(L"99999")));
+    EXPECT_EQ(section.Find(L"LONG"), SettingValue(orska_wstring(longValue)));
+}
+
 TEST(IniFileConfigurationReader, AnswersFalseForAFileThatCannotBeOpened) {
     const TemporaryDirectory directory;
     const std::string fifo = directory.GetPath("fifo");
