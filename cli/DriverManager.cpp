@@ -2,6 +2,8 @@
 
 #include <odbcinst.h>
 
+#include "cli/ProfileFile.h"
+
 namespace Veltrane::Cli {
 
 namespace {
@@ -44,12 +46,16 @@ std::string InstallerErrors() {
 
 std::optional<std::string> DriverManager::Read(const std::string& in_dsn,
                                                const std::string& in_key) const {
-    // A default that no line of the file can hold tells an absent key from an empty value.
+    // A default that no line of the file can hold tells an absent key from an empty value; a buffer
+    // that is as it was tells that the file could not be read.
     constexpr char ABSENT[] = "\n";
     const ConfigMode mode(m_scope);
-    char buffer[VALUE_BUFFER_SIZE] = "";
-    SQLGetPrivateProfileString(in_dsn.c_str(), in_key.c_str(), ABSENT, buffer, sizeof buffer,
-                               "odbc.ini");
+    char buffer[VALUE_BUFFER_SIZE] = "\r";
+    const int length = SQLGetPrivateProfileString(in_dsn.c_str(), in_key.c_str(), ABSENT, buffer,
+                                                  sizeof buffer, "odbc.ini");
+    if (length < 0 || std::string(buffer) == "\r") {
+        throw InstallerError(DescribeUnreadable(m_scope));
+    }
     if (std::string(buffer) == ABSENT) {
         return std::nullopt;
     }
@@ -67,6 +73,9 @@ std::vector<std::string> DriverManager::ListDsns() const {
             break;
         }
         buffer.assign(buffer.size() * 4, '\0');
+    }
+    if (length < 0) {
+        throw InstallerError(DescribeUnreadable(m_scope));
     }
     std::vector<std::string> names;
     for (const char* name = buffer.data(); *name != '\0'; name += names.back().size() + 1) {

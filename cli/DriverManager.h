@@ -8,10 +8,9 @@
 #include <string>
 #include <vector>
 
-namespace Veltrane::Cli {
+#include "cli/Scope.h"
 
-/// Which DSNs a command works on.
-enum class Scope { User, System };
+namespace Veltrane::Cli {
 
 enum class Request : unsigned short { Add = 1, Configure = 2, Remove = 3 };
 
@@ -26,9 +25,11 @@ public:
     explicit DriverManager(Scope in_scope) : m_scope(in_scope) {}
 
     /// The value of a key of a DSN's section; nothing when the section has no such key.
+    /// @throws InstallerError with path and reason when the file cannot be read
     std::optional<std::string> Read(const std::string& in_dsn, const std::string& in_key) const;
 
     /// The names of all DSNs of the scope, in file order.
+    /// @throws InstallerError as Read
     std::vector<std::string> ListDsns() const;
 
     /// Sends a request to the setup library of a driver, without a window.
