@@ -54,17 +54,13 @@ std::string FileFailure::Describe() const {
     for (char& byte : path) {
         if (static_cast<unsigned char>(byte) < ' ') byte = '?';
     }
-    return path + ": " + m_operation + ": " + std::generic_category().message(m_error);
+    const std::string text = path.empty() ? m_operation : path + ": " + m_operation;
+    return m_error == REFUSED ? text : text + ": " + std::generic_category().message(m_error);
 }
 
 bool OdbcIniFile::Fail(const char* in_operation, int in_error) {
     m_failure = {m_path, in_operation, in_error};
     return false;
-}
-
-const FileFailure& OdbcIniFile::Refuse(const char* in_reason) {
-    Fail(in_reason, EINVAL);
-    return m_failure;
 }
 
 bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
@@ -75,7 +71,7 @@ bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
 }
 
 bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes) {
-    if (!S_ISREG(in_stat.st_mode)) return Fail("not a regular file", EINVAL);
+    if (!S_ISREG(in_stat.st_mode)) return Fail("not a regular file", FileFailure::REFUSED);
     if (in_stat.st_size > MAX_SIZE) return Fail("cannot read", EFBIG);
     // One byte more than expected, so that the end is usually seen without a second round.
     out_bytes.resize(static_cast<std::size_t>(in_stat.st_size) + 1);

@@ -22,7 +22,10 @@ namespace Veltrane::ODBC {
 struct FileFailure {
     std::string m_path;
     std::string m_operation;  ///< what was tried, for people
-    int m_error = 0;          ///< errno
+    int m_error = 0;          ///< errno, or REFUSED
+
+    /// No system call failed: the operation says all.
+    static constexpr int REFUSED = -1;
 
     bool IsSet() const noexcept { return m_error != 0; }
     /// "/etc/odbc.ini: cannot open: Permission denied"
@@ -61,7 +64,7 @@ public:
     const std::string& GetPath() const noexcept { return m_path; }
     const FileFailure& GetFailure() const noexcept { return m_failure; }
     /// A failure of this file that has no system call behind it.
-    const FileFailure& Refuse(const char* in_reason);
+    void Refuse(const char* in_reason) { Fail(in_reason, FileFailure::REFUSED); }
 
 private:
     bool Fail(const char* in_operation, int in_error);

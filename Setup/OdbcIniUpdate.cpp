@@ -23,8 +23,7 @@ OdbcIniUpdate::OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode)
 
 bool OdbcIniUpdate::Open() {
     if (m_file.GetPath().empty()) {
-        TraceFileFailure(m_file.Refuse("cannot tell a user request from a system request"));
-        return false;
+        return Refuse("cannot tell a user request from a system request");
     }
     std::string bytes;
     if (!m_file.Lock(bytes, m_newFileMode)) {
@@ -34,11 +33,16 @@ bool OdbcIniUpdate::Open() {
     m_text = OdbcIniText(std::move(bytes));
     if (!m_text.IsReadable()) {
         // The driver manager refuses such a file as a whole, so what we wrote could not be read.
-        TraceFileFailure(m_file.Refuse("text before the first section"));
         m_file.Unlock();
-        return false;
+        return Refuse("text before the first section");
     }
     return true;
+}
+
+bool OdbcIniUpdate::Refuse(const char* in_reason) {
+    m_file.Refuse(in_reason);
+    TraceFileFailure(m_file.GetFailure());
+    return false;
 }
 
 bool OdbcIniUpdate::StartSection(const std::string& in_section) {

@@ -21,6 +21,11 @@ public:
     bool IsNewFile() const noexcept { return m_file.IsNew(); }
     const OdbcIniText& GetText() const noexcept { return m_text; }
 
+    /// The last failure; one is set when Commit has given false or the update is not open.
+    const FileFailure& GetFailure() const noexcept { return m_file.GetFailure(); }
+    /// Sets and traces a failure that is the caller's to see. Always false.
+    bool Refuse(const char* in_reason);
+
     /// Removes sections of the name and begins a new one, at the old place if there was one.
     bool StartSection(const std::string& in_section);
     bool RemoveSection(const std::string& in_section);

@@ -82,7 +82,8 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
 /// Starts the section of a data source anew, with only the key "Driver" in it.
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver);
 
-/// Removes the section of a data source. Removing an absent section succeeds.
+/// Removes the section of a data source. Removing an absent section succeeds. A removal that fails
+/// outside an Update posts one error, with path and reason, as the installer's own function does.
 bool RemoveDSNFromIni(const orska_wstring& in_dsn);
 
 /// Appends an error to the installer's list.

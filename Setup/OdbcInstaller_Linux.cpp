@@ -24,6 +24,7 @@ constexpr mode_t NEW_SYSTEM_FILE = 0644;
 /// For how long, in microseconds, a file that looks unchanged is not read again within a request.
 constexpr long long SNAPSHOT_AGE = 1'000'000;
 constexpr short SQL_SUCCESS = 0;
+constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 
 /// A file as it was read, so that the reads of one request need to read it once.
 struct Snapshot {
@@ -206,6 +207,14 @@ bool Edited(const Edit& in_edit) {
     return in_edit(*t_update) && update.Commit();
 }
 
+bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
+    // The driver manager does not find a system file that does not exist.
+    if (io_state.m_mode == ConfigMode::SYSTEM && io_state.m_update.IsNewFile()) {
+        return io_state.m_update.Refuse("does not exist");
+    }
+    return io_state.m_update.RemoveSection(in_dsn);
+}
+
 bool EditProfile(OdbcIniUpdate& io_update, const std::string& in_section,
                  const std::optional<std::string>& in_key,
                  const std::optional<std::string>& in_value) {
@@ -318,12 +327,13 @@ bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) 
 bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
     const std::optional<std::string> dsn = ToUtf8(in_dsn);
     if (!dsn || dsn->empty()) return false;
-    return Edited([&](Update::State& io_state) {
-        // The driver manager does not find a system file that does not exist.
-        const bool isAbsent =
-            io_state.m_mode == ConfigMode::SYSTEM && io_state.m_update.IsNewFile();
-        return !isAbsent && io_state.m_update.RemoveSection(*dsn);
-    });
+    if (t_update != nullptr) return RemoveFrom(*t_update, *dsn);
+    Update update;
+    if (RemoveFrom(*t_update, *dsn) && update.Commit()) return true;
+    // Nobody posts an error for a removal that fails; the installer's own function would have.
+    const FileFailure& failure = t_update->m_update.GetFailure();
+    PostInstallerError(ODBC_ERROR_REQUEST_FAILED, orska_wstring(failure.Describe()));
+    return false;
 }
 
 bool PostInstallerError(unsigned long in_code, const orska_wstring& in_text) {

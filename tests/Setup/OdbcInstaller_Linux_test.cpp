@@ -332,6 +332,19 @@ TEST_F(OdbcInstallerTest, PostsOneError) {
     EXPECT_FALSE(PostInstallerError(1000, Text("no such code")));
 }
 
+TEST_F(OdbcInstallerTest, ARemovalThatFailsSaysWhy) {
+    IniScratch::Write(m_scratch.UserFile(), "junk\n");
+    const Request request;
+    EXPECT_FALSE(RemoveDSNFromIni(Text("Sales")));
+    DWORD code = 0;
+    char text[300] = "";
+    WORD length = 0;
+    EXPECT_EQ(SQLInstallerError(1, &code, text, sizeof text, &length), SQL_SUCCESS);
+    EXPECT_EQ(code, 11u);
+    EXPECT_EQ(text, m_scratch.UserFile().string() + ": text before the first section");
+    EXPECT_EQ(SQLInstallerError(2, &code, text, sizeof text, &length), SQL_NO_DATA);
+}
+
 TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
     constexpr int PROCESSES = 8;
     constexpr int ADDS = 50;
