@@ -373,11 +373,11 @@ std::size_t OdbcIniText::Splice(Range in_old, std::string_view in_new) {
     m_text.replace(in_old.m_begin, in_old.m_end - in_old.m_begin, text);
     m_isChanged = true;
     m_isSought = false;
-    const auto shift = [&](std::size_t& inout_position) {
-        if (inout_position >= in_old.m_end) {
-            inout_position += text.size() - (in_old.m_end - in_old.m_begin);
+    const auto shift = [&](std::size_t& io_position) {
+        if (io_position >= in_old.m_end) {
+            io_position += text.size() - (in_old.m_end - in_old.m_begin);
         } else {
-            inout_position = std::min(inout_position, in_old.m_begin);
+            io_position = std::min(io_position, in_old.m_begin);
         }
     };
     for (Gap& gap : m_gaps) {

@@ -134,7 +134,7 @@ bool GetRandom(void* out_bytes, std::size_t in_size) {
 }
 
 void SleepMicroseconds(unsigned in_microseconds) {
-    const timespec time{in_microseconds / 1000000, in_microseconds % 1000000 * 1000};
+    const timespec time{in_microseconds / 1000000, in_microseconds % 1000000 * 1000L};
     ::nanosleep(&time, nullptr);
 }
 

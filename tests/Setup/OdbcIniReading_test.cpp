@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -89,10 +90,10 @@ std::string Describe(int in_count, const std::string& in_value) {
 }
 
 std::string ReadTheirs(const std::string& in_section, const std::string& in_key) {
-    std::string buffer(BUFFER_SIZE, '\0');
+    std::array<char, BUFFER_SIZE> buffer{};
     const int count = SQLGetPrivateProfileString(in_section.c_str(), in_key.c_str(), "default text",
                                                  buffer.data(), BUFFER_SIZE, "odbc.ini");
-    return Describe(count, buffer.c_str());
+    return Describe(count, buffer.data());
 }
 
 std::string ReadOurs(const std::string& in_section, const std::string& in_key) {
@@ -130,8 +131,12 @@ std::string Compare(unsigned in_seed) {
             const std::string ours = ReadOurs(section, key);
             const std::string theirs = ReadTheirs(section, key);
             if (IsSame(theirs, ours)) continue;
-            differences += "seed " + std::to_string(in_seed) + " [" + section + "] " + key +
-                           ": theirs " + theirs + ", ours " + ours + "\n";
+            differences.append("seed ")
+                .append(std::to_string(in_seed))
+                .append(" [")
+                .append(section);
+            differences.append("] ").append(key).append(": theirs ").append(theirs);
+            differences.append(", ours ").append(ours).append("\n");
         }
     }
     return differences;
@@ -174,7 +179,8 @@ std::string ReadAllBut(const OdbcIniText& in_text, const std::string& in_section
     for (const std::string& section : SECTIONS) {
         if (section == in_section) continue;
         for (const std::string& key : KEYS) {
-            values += section + "." + key + "=" + in_text.Get(section, key).value_or("\n") + ";";
+            values.append(section).append(".").append(key).append("=");
+            values.append(in_text.Get(section, key).value_or("\n")).append(";");
         }
     }
     return values;
@@ -187,7 +193,7 @@ TEST(OdbcIniReading, EditsChangeNoOtherSection) {
         OdbcIniText text(Generator(seed).File());
         if (!text.IsReadable()) continue;
         ++edited;
-        const std::string section = SECTIONS[seed % 3];
+        const std::string& section = SECTIONS[seed % 3];
         const std::string others = ReadAllBut(text, section);
         text.RemoveSection(section);
         text.AddSection(section);
