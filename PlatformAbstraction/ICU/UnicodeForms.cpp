@@ -158,6 +158,27 @@ std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) n
     }
 }
 
+// Latin1 and US-ASCII: up to the first code unit that the set lacks, which ICU must replace.
+template <char16_t LAST>
+std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
+    const std::uint64_t units = (io_source.m_length - io_source.m_position) / 2;
+    const std::uint64_t room = io_target.m_length - io_target.m_position;
+    const std::uint64_t count = std::min(units, room);
+    const char* const source = io_source.m_data + io_source.m_position;
+    char* const target = io_target.m_data + io_target.m_position;
+    std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(source, target, count, LAST);
+    char16_t unit = 0;
+    while (done < count && (unit = Load<std::uint16_t, false>(source + 2 * done)) <= LAST) {
+        target[done++] = static_cast<char>(unit);
+    }
+    io_source.m_position += 2 * done;
+    io_target.m_position += done;
+    if (done < count) {
+        return TRANSCODER_INVALID;
+    }
+    return done == units ? TRANSCODER_DONE : TRANSCODER_FULL;
+}
+
 template <UnicodeForms::BlockStep BLOCKS>
 constexpr TranscoderFunction COPY = Convert<Utf16<false>, Utf16<false>, BLOCKS>;
 
@@ -180,6 +201,10 @@ TranscoderFunction GetUtf16Encoder(EncodingType in_encoding) noexcept {
             return Convert<Utf16<false>, Utf32<false>, UnicodeForms::Utf16ToUtf32_SSE2>;
         case EncodingType::ENC_UTF32BE:
             return ConvertScalar<Utf16<false>, Utf32<true>>;
+        case EncodingType::ENC_LATIN1:
+            return ConvertToBytes<0xFF>;
+        case EncodingType::ENC_US_ASCII:
+            return ConvertToBytes<0x7F>;
         default:
             return nullptr;
     }

@@ -20,6 +20,9 @@ std::uint64_t CopyUtf16_AVX2(const char* in_source, char* out_target, std::uint6
 /// Both leave out what takes two units of UTF-16.
 std::uint64_t Utf16ToUtf32_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
+/// Narrows units up to `in_last`, which is 0xFF or 0x7F.
+std::uint64_t Utf16ToBytes_SSE2(const char* in_source, char* out_target, std::uint64_t in_count,
+                                char16_t in_last);
 
 }  // namespace Orska::Support::UnicodeForms
 

@@ -1,0 +1,221 @@
+#include "PlatformAbstraction/ICU/ODBCStringConverter.h"
+
+#include <cstring>
+#include <limits>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
+#include "PlatformAbstraction/ICU/UnicodeForms.h"
+#include "PlatformAbstraction/ICU/WideStringConverter.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
+
+namespace Orska::Support {
+
+namespace {
+
+constexpr char SOURCE[] = "PlatformAbstraction\\ICU\\ODBCStringConverter";
+constexpr char TO_SQLWCHAR[] =
+    "Orska::Support::ODBCStringConverter::ConvertWStringToSQLWCHARString";
+constexpr char TO_SQLCHAR[] = "Orska::Support::ODBCStringConverter::ConvertWStringToSQLCHARString";
+constexpr char LENGTH_AS_SQLWCHAR[] =
+    "Orska::Support::ODBCStringConverter::GetLengthAsSQLWCHARString";
+constexpr char FROM_SQLWCHAR[] = "Orska::Support::ODBCStringConverter::ConvertSQLWCHARToWString";
+constexpr char FROM_SQLCHAR[] = "Orska::Support::ODBCStringConverter::ConvertSQLCHARToWString";
+constexpr char MAX_BUFFER_LENGTH[] =
+    "Orska::Support::ODBCStringConverter::GetSQLCHARToSQLWCHARMaxBufferLength";
+
+[[noreturn]] void ThrowNotRecognised(const char* in_function) {
+    ORSKA_THROW((TraceSite{in_function, SOURCE, 0}),
+                ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErrNotRecog"));
+}
+
+// Refuses negative lengths other than the mark of a NUL-terminated argument, and what is too long
+// for a count of bytes.
+void CheckLength(std::int64_t in_length, std::uint8_t in_width, const char* in_function) {
+    const bool isBad = in_length < 0 && in_length != orska_wstring::NUL_TERMINATED;
+    if (isBad || in_length > std::numeric_limits<std::int64_t>::max() / in_width) {
+        ThrowNotRecognised(in_function);
+    }
+}
+
+EncodingType GetCheckedDriverManagerEncoding() {
+    const EncodingType encoding = GetDriverManagerEncoding();
+    EncodingInfo::CheckEncodingType(encoding);
+    return encoding;
+}
+
+}  // namespace
+
+ODBCStringConverter::ODBCStringConverter(WideStringConverter& in_converter)
+    : m_stringConverter(in_converter),
+      m_encoding(GetCheckedDriverManagerEncoding()),
+      m_codeUnitWidth(EncodingInfo::GetCodeUnitWidth(m_encoding)),
+      m_mostCodeUnitsPerCodePoint(EncodingInfo::GetMaxCodeUnitsPerCodePoint(m_encoding)),
+      m_mostBytesPerCodePoint(
+          static_cast<std::uint8_t>(m_mostCodeUnitsPerCodePoint * m_codeUnitWidth)),
+      m_converter(OpenConverter(
+          m_encoding,
+          TraceSite{"Orska::Support::ODBCStringConverter::ODBCStringConverter", SOURCE, 0})) {}
+
+ODBCStringConverter::~ODBCStringConverter() = default;
+
+std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wstring& in_string,
+                                                                 void* out_buffer,
+                                                                 std::int64_t in_bufferLength,
+                                                                 bool in_lengthInBytes,
+                                                                 bool& out_truncated) {
+    CheckLength(in_bufferLength, m_codeUnitWidth, TO_SQLWCHAR);
+    auto* const buffer = static_cast<char*>(out_buffer);
+    out_truncated = true;
+    if (in_bufferLength == 0 || buffer == nullptr) {
+        return 0;
+    }
+    const std::uint8_t width = in_lengthInBytes ? 1 : m_codeUnitWidth;
+    const std::int64_t capacity =
+        in_bufferLength == orska_wstring::NUL_TERMINATED
+            ? m_stringConverter.GetNulTerminatedStringLength(buffer, m_encoding)
+            : in_bufferLength * width;
+    if (capacity < m_codeUnitWidth) {
+        return 0;
+    }
+    const std::int64_t bytes =
+        Encode(in_string.GetView(), buffer, capacity - m_codeUnitWidth, out_truncated);
+    std::memset(buffer + bytes, 0, m_codeUnitWidth);
+    return bytes / width;
+}
+
+// Encodes without a NUL; only what the direct way leaves over needs the converter and its lock.
+std::int64_t ODBCStringConverter::Encode(std::u16string_view in_text, char* out_buffer,
+                                         std::int64_t in_capacity, bool& out_truncated) {
+    const EncodedText direct = EncodeDirectly(in_text, out_buffer, in_capacity, m_encoding);
+    out_truncated = direct.m_isTruncated;
+    if (direct.IsFinished(in_text)) {
+        return direct.m_bytes;
+    }
+    return direct.m_bytes + EncodeWithConverter(in_text.substr(direct.m_units),
+                                                out_buffer + direct.m_bytes,
+                                                in_capacity - direct.m_bytes, out_truncated);
+}
+
+// Where the text does not fit, code points are taken off its end until the rest does, together with
+// the way back to the initial state, instead of going on unit by unit from where ICU stopped: the
+// table's most bytes of a code point count no shift sequences, so the last whole code point could
+// not be told from there.
+std::int64_t ODBCStringConverter::EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
+                                                      std::int64_t in_capacity,
+                                                      bool& out_truncated) {
+    const std::lock_guard<std::mutex> lock(m_lock);
+    ResetIfNeeded();
+    int attempts = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    const EncodedText encoded =
+        EncodeThroughIcu(*m_converter, in_text, out_buffer, in_capacity, attempts, status);
+    m_isResetNeeded = U_FAILURE(status) || encoded.m_isTruncated;
+    if (U_SUCCESS(status)) {
+        out_truncated = encoded.m_isTruncated;
+        return encoded.m_bytes;
+    }
+    // The first conversion after the one of the whole text has a key of its own.
+    if (attempts == 2) {
+        ORSKA_THROW((TraceSite{TO_SQLWCHAR, SOURCE, 0}),
+                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
+    }
+    ThrowNotRecognised(TO_SQLWCHAR);
+}
+
+void ODBCStringConverter::ResetIfNeeded() noexcept {
+    if (m_isResetNeeded) {
+        ucnv_reset(m_converter.getAlias());
+        m_isResetNeeded = false;
+    }
+}
+
+std::int64_t ODBCStringConverter::ConvertWStringToSQLCHARString(const orska_wstring& in_string,
+                                                                char* out_buffer,
+                                                                std::int64_t in_bufferLength,
+                                                                bool& out_truncated) {
+    CheckLength(in_bufferLength, 1, TO_SQLCHAR);
+    out_truncated = true;
+    if (in_bufferLength == 0 || out_buffer == nullptr) {
+        return 0;
+    }
+    const std::int64_t capacity =
+        in_bufferLength == orska_wstring::NUL_TERMINATED
+            ? m_stringConverter.GetNulTerminatedStringLength(out_buffer, GetAnsiEncoding())
+            : in_bufferLength;
+    if (capacity < 1) {
+        return 0;
+    }
+    const std::int64_t bytes = m_stringConverter.ConvertFromWString(
+        in_string, out_buffer, capacity - 1, GetAnsiEncoding(), out_truncated);
+    out_buffer[bytes] = '\0';
+    return bytes;
+}
+
+std::int64_t ODBCStringConverter::GetLengthAsSQLWCHARString(const orska_wstring& in_string,
+                                                            bool in_inBytes) {
+    const std::u16string_view text = in_string.GetView();
+    std::int64_t bytes = CountEncodedBytes(text, m_encoding);
+    if (bytes < 0) {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        ResetIfNeeded();
+        UErrorCode status = U_ZERO_ERROR;
+        bytes = MeasureThroughIcu(*m_converter, text, status);
+        m_isResetNeeded = status != U_ZERO_ERROR;
+        if (U_FAILURE(status)) {
+            ThrowNotRecognised(LENGTH_AS_SQLWCHAR);
+        }
+    }
+    if (bytes % m_codeUnitWidth != 0) {
+        ORSKA_THROW((TraceSite{LENGTH_AS_SQLWCHAR, SOURCE, 0}),
+                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"StrByteAlignErr"));
+    }
+    return in_inBytes ? bytes : bytes / m_codeUnitWidth;
+}
+
+std::int64_t ODBCStringConverter::GetLengthAsSQLCHARString(const orska_wstring& in_string) {
+    return m_stringConverter.GetLengthInBytes(in_string, GetAnsiEncoding());
+}
+
+void ODBCStringConverter::ConvertSQLWCHARToWString(const void* in_buffer, std::int64_t in_length,
+                                                   bool in_lengthInBytes,
+                                                   orska_wstring& out_result) {
+    CheckLength(in_length, m_codeUnitWidth, FROM_SQLWCHAR);
+    const bool isCounted = in_length != orska_wstring::NUL_TERMINATED;
+    const std::int64_t bytes =
+        isCounted && !in_lengthInBytes ? in_length * m_codeUnitWidth : in_length;
+    m_stringConverter.ConvertToWString(static_cast<const char*>(in_buffer), bytes, m_encoding,
+                                       out_result);
+}
+
+void ODBCStringConverter::ConvertSQLCHARToWString(const char* in_buffer, std::int64_t in_length,
+                                                  orska_wstring& out_result) {
+    CheckLength(in_length, 1, FROM_SQLCHAR);
+    m_stringConverter.ConvertToWString(in_buffer, in_length, GetAnsiEncoding(), out_result);
+}
+
+std::uint32_t ODBCStringConverter::GetSQLCHARToSQLWCHARMaxBufferLength(
+    const ODBCStringConverter& in_converter, const char* in_text, std::int64_t in_length,
+    bool in_inBytes, bool in_withNul) {
+    if (in_text == nullptr) {
+        ORSKA_THROW((TraceSite{MAX_BUFFER_LENGTH, SOURCE, 0}),
+                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"InvalidNullParam"));
+    }
+    const std::uint8_t most = in_inBytes ? in_converter.m_mostBytesPerCodePoint
+                                         : in_converter.m_mostCodeUnitsPerCodePoint;
+    CheckLength(in_length, 1, MAX_BUFFER_LENGTH);
+    const std::int64_t length = in_length == orska_wstring::NUL_TERMINATED
+                                    ? static_cast<std::int64_t>(std::strlen(in_text))
+                                    : in_length;
+    constexpr std::int64_t MOST_RESULT = std::numeric_limits<std::uint32_t>::max();
+    const std::int64_t counted = length < MOST_RESULT && in_withNul ? length + 1 : length;
+    if (counted > MOST_RESULT / most) {
+        ThrowNotRecognised(MAX_BUFFER_LENGTH);
+    }
+    return static_cast<std::uint32_t>(most * counted);
+}
+
+}  // namespace Orska::Support

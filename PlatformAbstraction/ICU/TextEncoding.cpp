@@ -1,0 +1,276 @@
+#include "PlatformAbstraction/ICU/TextEncoding.h"
+
+#include <unicode/utf16.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/UnicodeForms.h"
+
+namespace Orska::Support {
+
+namespace {
+
+constexpr std::uint64_t UNIT = sizeof(char16_t);
+
+// The last units of a text that are encoded apart; their output is longer than the scratch that a
+// transcoder may leave behind its position.
+constexpr std::size_t TAIL_UNITS = 64;
+constexpr std::size_t MOST_BYTES_PER_UNIT = 4;
+
+// Encodes a part that begins at io_done.m_units; true when all of it has been encoded.
+bool EncodePart(TranscoderFunction in_encoder, std::u16string_view in_part, char* out_buffer,
+                std::int64_t in_capacity, EncodedText& io_done) noexcept {
+    TranscoderSource source{reinterpret_cast<const char*>(in_part.data()), in_part.size() * UNIT,
+                            0};
+    TranscoderTarget target{out_buffer, static_cast<std::uint64_t>(in_capacity), 0};
+    const std::int32_t result = in_encoder(source, target);
+    io_done.m_units += source.m_position / UNIT;
+    io_done.m_bytes += static_cast<std::int64_t>(target.m_position);
+    io_done.m_isTruncated = result == TRANSCODER_FULL;
+    if (io_done.m_isTruncated) {
+        std::memset(out_buffer + target.m_position, 0, target.m_length - target.m_position);
+    }
+    return result == TRANSCODER_DONE;
+}
+
+std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
+    if (in_text.size() <= TAIL_UNITS) {
+        return 0;
+    }
+    const std::size_t start = in_text.size() - TAIL_UNITS;
+    return U16_IS_TRAIL(in_text[start]) ? start - 1 : start;
+}
+
+// The longest beginning of a text that is worth another try when the converter has stopped behind
+// `in_converted` units of the first `in_tried`. ICU stops in front of a unit for which there is no
+// room at all, and behind one whose output has only partly found room.
+std::size_t GetShorterBeginning(std::u16string_view in_text, std::size_t in_converted,
+                                std::size_t in_tried) noexcept {
+    std::size_t end = in_converted;
+    if (end == in_tried && end > 0) {
+        U16_BACK_1(in_text.data(), std::size_t{0}, end);
+    } else {
+        U16_SET_CP_START(in_text.data(), std::size_t{0}, end);
+    }
+    return end;
+}
+
+// One conversion with ICU. Buffers of any size: ICU itself takes no more than 2 GiB.
+class IcuEncoding {
+public:
+    IcuEncoding(UConverter& io_converter, std::u16string_view in_text) noexcept
+        : m_converter(io_converter), m_source(in_text.data()), m_end(m_source + in_text.size()) {}
+
+    /// Converts units until there are no more (true) or the buffer is full or ICU fails (false).
+    bool Run(char*& io_target, char* in_limit, UErrorCode& io_status) {
+        constexpr auto MOST = static_cast<std::ptrdiff_t>(ICU_MOST_BYTES_PER_CALL);
+        char* limit = io_target;
+        do {
+            io_status = U_ZERO_ERROR;
+            limit = io_target + std::min(in_limit - io_target, MOST);
+            const char16_t* const end =
+                m_source + std::min<std::ptrdiff_t>(m_end - m_source, MOST / 4);
+            ucnv_fromUnicode(&m_converter, &io_target, limit, &m_source, end, nullptr, false,
+                             &io_status);
+        } while ((io_status == U_ZERO_ERROR && m_source < m_end) ||
+                 (io_status == U_BUFFER_OVERFLOW_ERROR && limit < in_limit));
+        return io_status == U_ZERO_ERROR;
+    }
+
+    /// True when the units that Run has left have no output: what an encoding lacks and displays
+    /// ignore. ICU calls a full buffer an overflow in front of them as well.
+    bool HasSilentRest(UErrorCode& io_status) {
+        char scratch[ICU_MOST_END_BYTES];
+        char* position = scratch;
+        return io_status == U_BUFFER_OVERFLOW_ERROR &&
+               Run(position, scratch + sizeof(scratch), io_status) && position == scratch;
+    }
+
+    /// Behind the last unit: what ends the text.
+    bool End(char*& io_target, const char* in_limit, UErrorCode& io_status) {
+        UErrorCode status = U_ZERO_ERROR;
+        if (!IsStateful(m_converter) && ucnv_fromUCountPending(&m_converter, &status) == 0) {
+            return true;
+        }
+        char bytes[ICU_MOST_END_BYTES];
+        const std::uint8_t count = EndText(m_converter, bytes, io_status);
+        if (U_SUCCESS(io_status) && in_limit - io_target < count) {
+            io_status = U_BUFFER_OVERFLOW_ERROR;
+        }
+        if (U_FAILURE(io_status)) {
+            return false;
+        }
+        std::memcpy(io_target, bytes, count);
+        io_target += count;
+        return true;
+    }
+
+    const char16_t* GetPosition() const noexcept { return m_source; }
+
+private:
+    UConverter& m_converter;
+    const char16_t* m_source;
+    const char16_t* m_end;
+};
+
+// How much of the buffer ICU may see. Its converters of latin1 and US-ASCII leave scratch behind
+// their output, so they get no more room than they fill.
+std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_text,
+                               std::int64_t in_capacity) {
+    const UConverterType type = ucnv_getType(&io_converter);
+    if (type != UCNV_LATIN_1 && type != UCNV_US_ASCII) {
+        return in_capacity;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    return std::min(in_capacity, MeasureThroughIcu(io_converter, in_text, status));
+}
+
+}  // namespace
+
+EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
+                           EncodingType in_encoding) noexcept {
+    EncodedText done;
+    const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
+    if (encoder == nullptr) {
+        return done;
+    }
+    if (in_encoding != EncodingType::ENC_UTF8) {
+        EncodePart(encoder, in_text, out_buffer, in_capacity, done);
+        return done;
+    }
+    // The transcoder may leave scratch behind its position, up to the end that it is given. The
+    // output of the tail covers that of the head; its own stays out of the buffer.
+    const std::size_t start = GetStartOfTail(in_text);
+    if (!EncodePart(encoder, in_text.substr(0, start), out_buffer, in_capacity, done)) {
+        return done;
+    }
+    char tail[(TAIL_UNITS + 1) * MOST_BYTES_PER_UNIT];
+    const std::int64_t before = done.m_bytes;
+    const std::int64_t room = std::min<std::int64_t>(in_capacity - before, sizeof(tail));
+    EncodePart(encoder, in_text.substr(start), tail, room, done);
+    // A truncated tail fills its room, with zeros at the end.
+    const std::int64_t count = done.m_isTruncated ? room : done.m_bytes - before;
+    std::memcpy(out_buffer + before, tail, static_cast<std::size_t>(count));
+    return done;
+}
+
+EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_text,
+                             char* out_buffer, std::int64_t in_capacity, int& out_attempts,
+                             UErrorCode& io_status) {
+    char* const limit = out_buffer + CountBytesToOffer(io_converter, in_text, in_capacity);
+    EncodedText done;
+    done.m_units = in_text.size();
+    out_attempts = 0;
+    while (done.m_units > 0) {
+        char* target = out_buffer;
+        IcuEncoding encoding(io_converter, in_text.substr(0, done.m_units));
+        ++out_attempts;
+        const bool isConverted = encoding.Run(target, limit, io_status);
+        const std::size_t converted = encoding.GetPosition() - in_text.data();
+        if ((isConverted || encoding.HasSilentRest(io_status)) &&
+            encoding.End(target, limit, io_status)) {
+            done.m_bytes = target - out_buffer;
+            break;
+        }
+        if (U_FAILURE(io_status) && io_status != U_BUFFER_OVERFLOW_ERROR) {
+            return done;
+        }
+        // It does not fit. How many bytes lead a stateful encoding back is only known by trying.
+        io_status = U_ZERO_ERROR;
+        ucnv_resetFromUnicode(&io_converter);
+        done.m_units = GetShorterBeginning(in_text, converted, done.m_units);
+        done.m_isTruncated = true;
+    }
+    if (done.m_isTruncated) {
+        std::memset(out_buffer + done.m_bytes, 0,
+                    static_cast<std::size_t>(in_capacity - done.m_bytes));
+    }
+    return done;
+}
+
+std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_text,
+                               UErrorCode& io_status) {
+    char scratch[1024];
+    std::int64_t bytes = 0;
+    if (in_text.empty()) {
+        return bytes;
+    }
+    IcuEncoding encoding(io_converter, in_text);
+    bool isMore = true;
+    while (isMore) {
+        char* target = scratch;
+        isMore = !encoding.Run(target, scratch + sizeof(scratch), io_status);
+        if (isMore && io_status != U_BUFFER_OVERFLOW_ERROR) {
+            return bytes;
+        }
+        bytes += target - scratch;
+    }
+    char* target = scratch;
+    encoding.End(target, scratch + sizeof(scratch), io_status);
+    return bytes + (target - scratch);
+}
+
+std::uint64_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
+                             icu::UnicodeString& out_text) {
+    const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
+    if (decoder == nullptr) {
+        out_text.remove();
+        return 0;
+    }
+    const std::uint64_t mostUnits = GetMostUtf16Units(in_encoding, in_bytes.size());
+    char16_t* const units =
+        mostUnits > INT32_MAX ? nullptr : out_text.getBuffer(static_cast<std::int32_t>(mostUnits));
+    if (units == nullptr) {
+        throw std::bad_alloc();
+    }
+    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
+    TranscoderTarget target{reinterpret_cast<char*>(units), mostUnits * UNIT, 0};
+    decoder(source, target);
+    out_text.releaseBuffer(static_cast<std::int32_t>(target.m_position / UNIT));
+    return source.m_position;
+}
+
+void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,
+                      icu::UnicodeString& io_text, UErrorCode& io_status) {
+    constexpr std::ptrdiff_t LEAST_ROOM = 16;  // units
+    const char* source = in_bytes.data();
+    const char* const end = source + in_bytes.size();
+    const char* sourceLimit = source;
+    do {
+        const std::int64_t length = io_text.length();
+        const std::int64_t wanted =
+            std::min<std::int64_t>(length + std::max(end - source, LEAST_ROOM), INT32_MAX);
+        char16_t* const units = io_text.getBuffer(static_cast<std::int32_t>(wanted));
+        if (units == nullptr || length == INT32_MAX) {
+            io_status = U_MEMORY_ALLOCATION_ERROR;
+            return;
+        }
+        sourceLimit = source + std::min<std::ptrdiff_t>(end - source, ICU_MOST_BYTES_PER_CALL);
+        char16_t* target = units + length;
+        io_status = U_ZERO_ERROR;
+        ucnv_toUnicode(&io_converter, &target, units + wanted, &source, sourceLimit, nullptr,
+                       sourceLimit == end, &io_status);
+        io_text.releaseBuffer(static_cast<std::int32_t>(target - units));
+    } while (io_status == U_BUFFER_OVERFLOW_ERROR ||
+             (io_status == U_ZERO_ERROR && sourceLimit < end));
+}
+
+bool IsWellFormed(std::string_view in_bytes, EncodingType in_encoding) noexcept {
+    const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
+    if (decoder == nullptr) {
+        return false;
+    }
+    char scratch[1024];
+    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
+    std::int32_t result = TRANSCODER_FULL;
+    while (result == TRANSCODER_FULL) {
+        TranscoderTarget target{scratch, sizeof(scratch), 0};
+        result = decoder(source, target);
+    }
+    return result == TRANSCODER_DONE;
+}
+
+}  // namespace Orska::Support

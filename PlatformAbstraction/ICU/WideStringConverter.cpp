@@ -1,0 +1,235 @@
+#include "PlatformAbstraction/ICU/WideStringConverter.h"
+
+#include <unicode/ustring.h>
+
+#include <cstring>
+#include <functional>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
+#include "PlatformAbstraction/ICU/UnicodeForms.h"
+#include "PlatformAbstraction/TextPool.h"
+#include "PlatformAbstraction/orska_wstring.h"
+
+namespace Orska::Support {
+
+namespace {
+
+constexpr char SOURCE[] = "PlatformAbstraction\\ICU\\WideStringConverter";
+
+[[noreturn]] void ThrowConversionError(const char* in_function) {
+    ORSKA_THROW((TraceSite{in_function, SOURCE, 0}),
+                ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
+}
+
+void CheckStatus(UErrorCode in_status, const char* in_function) {
+    if (U_FAILURE(in_status)) {
+        ThrowConversionError(in_function);
+    }
+}
+
+struct TextReleaser {
+    void operator()(icu::UnicodeString* in_text) const noexcept { ReleaseText(in_text); }
+};
+using TextOwner = std::unique_ptr<icu::UnicodeString, TextReleaser>;
+
+// True when bytes lie in the text that they are to replace.
+bool IsInside(const char* in_bytes, const icu::UnicodeString& in_text) noexcept {
+    const char* const start = reinterpret_cast<const char*>(in_text.getBuffer());
+    return !std::less<>()(in_bytes, start) &&
+           std::less<>()(in_bytes, start + in_text.getCapacity() * sizeof(char16_t));
+}
+
+// The bytes in front of the first zero code unit.
+template <std::size_t WIDTH>
+std::int64_t FindNul(const char* in_buffer) noexcept {
+    constexpr char NUL[WIDTH] = {};
+    const char* position = in_buffer;
+    while (std::memcmp(position, NUL, WIDTH) != 0) {
+        position += WIDTH;
+    }
+    return position - in_buffer;
+}
+
+}  // namespace
+
+struct WideStringConverter::ConverterPool {
+    std::mutex m_lock;
+    std::vector<icu::LocalUConverterPointer> m_converters;
+    std::size_t m_opened = 0;  ///< those that are taken included
+};
+
+/// Takes a converter for the time of one conversion.
+class WideStringConverter::AutoPoolConverter {
+public:
+    /// @throws ErrorException "ICUCreateUConverterErr" with the encoding's ICU name
+    AutoPoolConverter(ConverterPool& io_pool, EncodingType in_encoding) : m_pool(io_pool) {
+        {
+            const std::lock_guard<std::mutex> lock(m_pool.m_lock);
+            if (!m_pool.m_converters.empty()) {
+                m_converter = std::move(m_pool.m_converters.back());
+                m_pool.m_converters.pop_back();
+                return;
+            }
+        }
+        m_converter = OpenConverter(
+            in_encoding,
+            TraceSite{"Orska::Support::AutoPoolConverter::AutoPoolConverter", SOURCE, 0});
+        // Room for it in the list, so that returning it cannot fail.
+        const std::lock_guard<std::mutex> lock(m_pool.m_lock);
+        m_pool.m_converters.reserve(m_pool.m_opened + 1);
+        ++m_pool.m_opened;
+    }
+    AutoPoolConverter(const AutoPoolConverter&) = delete;
+    AutoPoolConverter& operator=(const AutoPoolConverter&) = delete;
+    ~AutoPoolConverter() {
+        // The next one finds it in its initial state, however this conversion ended.
+        ucnv_reset(m_converter.getAlias());
+        const std::lock_guard<std::mutex> lock(m_pool.m_lock);
+        m_pool.m_converters.push_back(std::move(m_converter));
+    }
+
+    UConverter& Get() noexcept { return *m_converter; }
+
+private:
+    ConverterPool& m_pool;
+    icu::LocalUConverterPointer m_converter;
+};
+
+WideStringConverter::WideStringConverter()
+    : m_pools(std::make_unique<ConverterPool[]>(ENCODING_COUNT)) {}
+
+WideStringConverter::~WideStringConverter() = default;
+
+// Only the low 16 bits of an encoding count, as everywhere.
+WideStringConverter::ConverterPool& WideStringConverter::GetPool(EncodingType in_encoding) const {
+    return m_pools[static_cast<std::uint16_t>(in_encoding)];
+}
+
+std::size_t WideStringConverter::CountPooledConverters(EncodingType in_encoding) const {
+    ConverterPool& pool = GetPool(in_encoding);
+    const std::lock_guard<std::mutex> lock(pool.m_lock);
+    return pool.m_converters.size();
+}
+
+void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in_byteLength,
+                                           EncodingType in_encoding, orska_wstring& out_result) {
+    constexpr char FUNCTION[] = "Orska::Support::WideStringConverter::ConvertToWString";
+    EncodingInfo::CheckEncodingType(in_encoding);
+    if (in_bytes == nullptr) {
+        out_result.SetImpl(nullptr);
+        return;
+    }
+    const std::int64_t length = in_byteLength == orska_wstring::NUL_TERMINATED
+                                    ? GetNulTerminatedStringLength(in_bytes, in_encoding)
+                                    : in_byteLength;
+    if (length < 0 || length > INT32_MAX) {
+        ThrowConversionError(FUNCTION);
+    }
+    const std::string_view bytes(in_bytes, static_cast<std::size_t>(length));
+    TextOwner owner;
+    icu::UnicodeString* text = out_result.GetImpl();
+    if (text == nullptr || IsInside(in_bytes, *text)) {
+        owner.reset(AcquireText(0));
+        text = owner.get();
+    }
+    const std::uint64_t used = DecodeDirectly(bytes, in_encoding, *text);
+    if (used < bytes.size()) {
+        AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
+        UErrorCode status = U_ZERO_ERROR;
+        DecodeThroughIcu(converter.Get(), bytes.substr(used), *text, status);
+        CheckStatus(status, FUNCTION);
+    }
+    if (owner != nullptr) {
+        out_result.SetImpl(owner.release());
+    }
+}
+
+std::int64_t WideStringConverter::GetLengthInBytes(const orska_wstring& in_string,
+                                                   EncodingType in_encoding) {
+    EncodingInfo::CheckEncodingType(in_encoding);
+    const std::u16string_view text = in_string.GetView();
+    const std::int64_t counted = CountEncodedBytes(text, in_encoding);
+    if (counted >= 0 || text.empty()) {
+        return text.empty() ? 0 : counted;
+    }
+    AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int64_t measured = MeasureThroughIcu(converter.Get(), text, status);
+    CheckStatus(status, "Orska::Support::WideStringConverter::GetLengthInBytes");
+    return measured;
+}
+
+std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_string,
+                                                     char* out_buffer, std::int64_t in_bufferLength,
+                                                     EncodingType in_encoding) {
+    bool isTruncated = false;
+    return ConvertFromWString(in_string, out_buffer, in_bufferLength, in_encoding, isTruncated);
+}
+
+std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_string,
+                                                     char* out_buffer, std::int64_t in_bufferLength,
+                                                     EncodingType in_encoding,
+                                                     bool& out_truncated) {
+    constexpr char FUNCTION[] = "Orska::Support::WideStringConverter::ConvertFromWString";
+    EncodingInfo::CheckEncodingType(in_encoding);
+    if (in_bufferLength < 0) {
+        ThrowConversionError(FUNCTION);
+    }
+    const std::u16string_view text = in_string.GetView();
+    const EncodedText direct = EncodeDirectly(text, out_buffer, in_bufferLength, in_encoding);
+    out_truncated = direct.m_isTruncated;
+    if (direct.IsFinished(text)) {
+        return direct.m_bytes;
+    }
+    AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
+    UErrorCode status = U_ZERO_ERROR;
+    int attempts = 0;
+    const EncodedText rest =
+        EncodeThroughIcu(converter.Get(), text.substr(direct.m_units), out_buffer + direct.m_bytes,
+                         in_bufferLength - direct.m_bytes, attempts, status);
+    CheckStatus(status, FUNCTION);
+    out_truncated = rest.m_isTruncated;
+    return direct.m_bytes + rest.m_bytes;
+}
+
+std::int64_t WideStringConverter::GetNulTerminatedStringLength(const char* in_buffer,
+                                                               EncodingType in_encoding) {
+    EncodingInfo::CheckEncodingType(in_encoding);
+    if (in_buffer == nullptr) {
+        return 0;
+    }
+    const std::uint8_t width = EncodingInfo::GetCodeUnitWidth(in_encoding);
+    if (width == 1) {
+        return static_cast<std::int64_t>(std::strlen(in_buffer));
+    }
+    // ICU itself would stop at the first zero byte, so it is told where the first zero unit is.
+    const std::int64_t length = width == 2 ? FindNul<2>(in_buffer) : FindNul<4>(in_buffer);
+    const std::string_view bytes(in_buffer, static_cast<std::size_t>(length));
+    // Text that is converted to its own encoding keeps its length if it is well-formed.
+    if (in_encoding == EncodingType::ENC_UTF16LE || IsWellFormed(bytes, in_encoding)) {
+        return length;
+    }
+    const char* const name = EncodingInfo::GetName(in_encoding);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t measured = length > INT32_MAX
+                                      ? -1
+                                      : ucnv_convert(name, name, nullptr, 0, in_buffer,
+                                                     static_cast<std::int32_t>(length), &status);
+    const bool isMeasured = status == U_ZERO_ERROR || status == U_BUFFER_OVERFLOW_ERROR ||
+                            status == U_STRING_NOT_TERMINATED_WARNING;
+    if (!isMeasured || measured < 0) {
+        ORSKA_THROW((TraceSite{"Orska::Support::WideStringConverter::GetNulTerminatedStringLength",
+                               SOURCE, 0}),
+                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"EncodingNotRecog"));
+    }
+    return measured;
+}
+
+}  // namespace Orska::Support

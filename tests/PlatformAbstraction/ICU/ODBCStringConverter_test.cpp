@@ -1,0 +1,337 @@
+// Strings to and from the driver manager's buffers: lengths, NULs, truncation, recovery.
+#include "PlatformAbstraction/ICU/ODBCStringConverter.h"
+
+#include <gtest/gtest.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/ICU/WideStringConverter.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/orska_wstring.h"
+#include "tests/support/EncodedFit.h"
+#include "tests/support/StreamDriver.h"
+
+namespace Orska::Support::Testing {
+namespace {
+
+constexpr char FILL = '\x5A';
+
+orska_wstring MakeString(std::u16string_view in_text) {
+    orska_wstring string;
+    string.SetImpl(
+        new icu::UnicodeString(in_text.data(), static_cast<std::int32_t>(in_text.size())));
+    return string;
+}
+
+// A converter for a driver manager's encoding, with a platform converter of its own.
+struct Fixture {
+    explicit Fixture(int in_encoding) {
+        orska_wstring::SetDriverManagerEncoding(EncodingType{in_encoding});
+        m_converter = std::make_unique<ODBCStringConverter>(m_platform);
+    }
+    WideStringConverter m_platform;
+    std::unique_ptr<ODBCStringConverter> m_converter;
+};
+
+template <class Action>
+std::string KeyThrownBy(Action in_action) {
+    try {
+        in_action();
+    } catch (const ErrorException& error) {
+        EXPECT_EQ(DIAG_GENERAL_ERROR, error.GetDiagState());
+        EXPECT_EQ(SUPPORT_ERROR, error.GetComponentId());
+        return error.GetMessageKeyOrText().GetAsUtf8();
+    }
+    return "nothing thrown";
+}
+
+TEST(ODBCStringConverter, FollowsTheOutputRuleAtItsEdges) {
+    const std::string nul2(2, '\0');
+    const struct {
+        const char* m_point;
+        std::u16string m_text;
+        std::string m_before;  // the buffer
+        std::int64_t m_length;
+        bool m_isInBytes;
+        std::int64_t m_result;
+        bool m_isTruncated;
+        std::string m_after;
+    } cases[] = {
+        {"no buffer", u"ab", "xxxx", 0, false, 0, true, "xxxx"},
+        {"room for the NUL only", u"ab", "xxxx", 1, false, 0, true, nul2 + "xx"},
+        {"empty string, room for the NUL only", u"", "xxxx", 1, false, 0, false, nul2 + "xx"},
+        {"less than a code unit in bytes", u"ab", "xxxx", 1, true, 0, true, "xxxx"},
+        {"empty string without room", u"", "xxxx", 1, true, 0, true, "xxxx"},
+        {"all of it, exactly", u"ab", "xxxxxxxx", 3, false, 2, false,
+         std::string("a\0b\0\0\0xx", 8)},
+        {"one code unit short", u"ab", "xxxxxx", 2, false, 1, true, std::string("a\0\0\0xx", 6)},
+        {"bytes that are no whole units", u"ab", "xxxxxx", 5, true, 2, true,
+         std::string("a\0\0\0xx", 6)},
+        {"half a pair does not go in", u"a\U0001F600", "xxxxxxxx", 3, false, 1, true,
+         std::string("a\0\0\0xxxx", 8)},
+        {"a whole pair does", u"\U0001F600", "xxxxxxxx", 3, false, 2, false,
+         std::string("\x3D\xD8\x00\xDE\0\0xx", 8)},
+        {"as long as the text that is there", u"abcd", std::string("x\0x\0x\0\0\0xx", 10), -3,
+         false, 2, true, std::string("a\0b\0\0\0\0\0xx", 10)},
+        {"as long as no text", u"a", std::string("\0\0xx", 4), -3, false, 0, true,
+         std::string("\0\0xx", 4)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Fixture fixture(1);
+        std::string buffer = c.m_before;
+        bool isTruncated = !c.m_isTruncated;
+        EXPECT_EQ(c.m_result,
+                  fixture.m_converter->ConvertWStringToSQLWCHARString(
+                      MakeString(c.m_text), buffer.data(), c.m_length, c.m_isInBytes, isTruncated));
+        EXPECT_EQ(c.m_isTruncated, isTruncated);
+        EXPECT_EQ(c.m_after, buffer);
+    }
+}
+
+TEST(ODBCStringConverter, TakesNullStringsAndNullBuffers) {
+    const Fixture fixture(1);
+    std::string buffer = "xxxx";
+    bool isTruncated = true;
+    EXPECT_EQ(0, fixture.m_converter->ConvertWStringToSQLWCHARString(orska_wstring(), buffer.data(),
+                                                                     2, false, isTruncated));
+    EXPECT_FALSE(isTruncated);
+    EXPECT_EQ(std::string("\0\0xx", 4), buffer);
+    EXPECT_EQ(0, fixture.m_converter->ConvertWStringToSQLWCHARString(MakeString(u"a"), nullptr, 9,
+                                                                     false, isTruncated));
+    EXPECT_TRUE(isTruncated);
+    EXPECT_EQ(0, fixture.m_converter->GetLengthAsSQLWCHARString(orska_wstring(), true));
+    EXPECT_EQ(0, fixture.m_converter->GetLengthAsSQLCHARString(orska_wstring()));
+    orska_wstring result = MakeString(u"old");
+    fixture.m_converter->ConvertSQLWCHARToWString(nullptr, -3, false, result);
+    EXPECT_TRUE(result.IsNull());
+    fixture.m_converter->ConvertSQLCHARToWString(nullptr, 5, result);
+    EXPECT_TRUE(result.IsNull());
+}
+
+// One text in every capacity, in code units and in bytes.
+void CheckEveryCapacity(ODBCStringConverter& io_converter, const std::u16string& in_text) {
+    const EncodingType encoding = io_converter.GetDriverManagerEncoding();
+    const std::size_t width = EncodingInfo::GetCodeUnitWidth(encoding);
+    const std::vector<std::string> beginnings = EncodeBeginnings(in_text, encoding);
+    const std::size_t full = beginnings.back().size();
+    const orska_wstring string = MakeString(in_text);
+    ASSERT_EQ(full, static_cast<std::size_t>(io_converter.GetLengthAsSQLWCHARString(string, true)));
+    ASSERT_EQ(full / width,
+              static_cast<std::size_t>(io_converter.GetLengthAsSQLWCHARString(string, false)));
+    for (std::size_t capacity = width; capacity <= full + 2 * width + 1; ++capacity) {
+        const std::string& fit = GetFit(beginnings, capacity - width);
+        const bool isInBytes = capacity % width != 0 || capacity % 3 == 0;
+        std::vector<char> buffer(capacity + 24, FILL);
+        bool isTruncated = false;
+        const std::int64_t result = io_converter.ConvertWStringToSQLWCHARString(
+            string, buffer.data(),
+            static_cast<std::int64_t>(isInBytes ? capacity : capacity / width), isInBytes,
+            isTruncated);
+        ASSERT_EQ(isInBytes ? fit.size() : fit.size() / width, static_cast<std::size_t>(result));
+        ASSERT_EQ(capacity < full + width, isTruncated) << capacity;
+        ASSERT_EQ(fit + std::string(width, '\0'), std::string(buffer.data(), fit.size() + width));
+        for (std::size_t i = fit.size() + width; i < buffer.size(); ++i) {
+            const bool isZero = isTruncated && i < capacity && buffer[i] == '\0';
+            ASSERT_TRUE(buffer[i] == FILL || isZero) << capacity << " byte " << i;
+        }
+    }
+}
+
+TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
+    Random random(23);
+    for (const int encoding : CUT_ENCODINGS) {
+        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
+        const Fixture fixture(encoding);
+        for (const std::size_t length : {1U, 3U, 17U, 75U}) {
+            CheckEveryCapacity(*fixture.m_converter, MakeRandomText(random, length));
+            if (testing::Test::HasFailure()) return;
+        }
+    }
+}
+
+TEST(ODBCStringConverter, IsRightAfterATruncatedOrRefusedConversion) {
+    for (const int encoding : {0, 1, 18, 22, 24, 27, 67}) {
+        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
+        const Fixture fixture(encoding);
+        const std::u16string text = u"x\u6F22\u5B57y\u4E2D";
+        const std::string expected = EncodeWithIcu(text, EncodingType{encoding});
+        for (std::int64_t capacity = 1; capacity < 20; ++capacity) {
+            char buffer[64];
+            bool isTruncated = false;
+            fixture.m_converter->ConvertWStringToSQLWCHARString(MakeString(text), buffer, capacity,
+                                                                true, isTruncated);
+            EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+                          fixture.m_converter->ConvertWStringToSQLWCHARString(
+                              MakeString(text), buffer, -2, true, isTruncated);
+                      }));
+            EXPECT_EQ(expected.size(),
+                      static_cast<std::size_t>(
+                          fixture.m_converter->GetLengthAsSQLWCHARString(MakeString(text), true)));
+            const std::int64_t written = fixture.m_converter->ConvertWStringToSQLWCHARString(
+                MakeString(text), buffer, 64, true, isTruncated);
+            EXPECT_FALSE(isTruncated);
+            EXPECT_EQ(expected, std::string(buffer, static_cast<std::size_t>(written)));
+        }
+    }
+}
+
+TEST(ODBCStringConverter, ReadsWideBuffers) {
+    const struct {
+        const char* m_point;
+        int m_encoding;
+        std::string m_bytes;
+        std::int64_t m_length;
+        bool m_isInBytes;
+        std::u16string m_expected;
+    } cases[] = {
+        {"code units", 1, std::string("a\0b\0c\0", 6), 2, false, u"ab"},
+        {"bytes", 1, std::string("a\0b\0c\0", 6), 2, true, u"a"},
+        {"NUL-terminated", 1, std::string("a\0b\0\0\0", 6), -3, false, u"ab"},
+        {"NUL-terminated, the switch does not matter", 1, std::string("a\0b\0\0\0", 6), -3, true,
+         u"ab"},
+        {"length 0", 1, "xx", 0, false, u""},
+        {"four bytes a unit", 3, std::string("\x22\x6F\0\0a\0\0\0", 8), 2, false, u"\u6F22a"},
+        {"one byte a unit", 0,
+         "\xE6\xBC\xA2"
+         "a",
+         4, false, u"\u6F22a"},
+        {"malformed", 1,
+         std::string("\x00\xD8"
+                     "a\0",
+                     4),
+         2, false, u"\uFFFDa"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        const Fixture fixture(c.m_encoding);
+        orska_wstring result = MakeString(u"old");
+        fixture.m_converter->ConvertSQLWCHARToWString(c.m_bytes.data(), c.m_length, c.m_isInBytes,
+                                                      result);
+        EXPECT_TRUE(result == MakeString(c.m_expected));
+        EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+                      fixture.m_converter->ConvertSQLWCHARToWString("ab", -1, true, result);
+                  }));
+        EXPECT_TRUE(result == MakeString(c.m_expected));
+    }
+}
+
+TEST(ODBCStringConverter, UsesTheAnsiEncodingForNarrowBuffers) {
+    const Fixture fixture(1);
+    SetAnsiEncoding(EncodingType{18});
+    const orska_wstring string = MakeString(u"a\u6F22");
+    EXPECT_EQ(3, fixture.m_converter->GetLengthAsSQLCHARString(string));
+    const struct {
+        std::int64_t m_length, m_result;
+        bool m_isTruncated;
+        std::string m_after;
+    } cases[] = {
+        {0, 0, true, "xxxxxx"},
+        {1, 0, true, std::string("\0xxxxx", 6)},
+        {2, 1, true, std::string("a\0xxxx", 6)},
+        {3, 1, true, std::string("a\0xxxx", 6)},
+        {4, 3, false, std::string("a\x8A\xBF\0xx", 6)},
+        {6, 3, false, std::string("a\x8A\xBF\0xx", 6)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_length);
+        std::string buffer = "xxxxxx";
+        bool isTruncated = !c.m_isTruncated;
+        EXPECT_EQ(c.m_result, fixture.m_converter->ConvertWStringToSQLCHARString(
+                                  string, buffer.data(), c.m_length, isTruncated));
+        EXPECT_EQ(c.m_isTruncated, isTruncated);
+        EXPECT_EQ(c.m_after, buffer);
+    }
+    std::string buffer("xx\0x", 4);
+    bool isTruncated = false;
+    EXPECT_EQ(1, fixture.m_converter->ConvertWStringToSQLCHARString(string, buffer.data(), -3,
+                                                                    isTruncated));
+    EXPECT_EQ(std::string("a\0\0x", 4), buffer);
+    orska_wstring result;
+    fixture.m_converter->ConvertSQLCHARToWString(
+        "a\x8A\xBF"
+        "b",
+        3, result);
+    EXPECT_TRUE(result == string);
+    fixture.m_converter->ConvertSQLCHARToWString("a\x8A\xBF", -3, result);
+    EXPECT_TRUE(result == string);
+    EXPECT_EQ("ICUConvErrNotRecog",
+              KeyThrownBy([&] { fixture.m_converter->ConvertSQLCHARToWString("a", -4, result); }));
+}
+
+TEST(ODBCStringConverter, SizesBuffersForNarrowText) {
+    const struct {
+        int m_encoding;
+        std::int64_t m_length;
+        bool m_isInBytes, m_isWithNul;
+        std::uint32_t m_expected;
+    } cases[] = {
+        {1, -3, false, true, 8},  {1, -3, true, true, 16}, {1, -3, false, false, 6},
+        {1, 10, false, true, 22}, {3, 3, true, true, 16},  {0, 2, true, false, 8},
+        {18, 0, true, true, 2},   {1, 0, true, false, 0},
+    };
+    for (const auto& c : cases) {
+        const Fixture fixture(c.m_encoding);
+        EXPECT_EQ(c.m_expected,
+                  ODBCStringConverter::GetSQLCHARToSQLWCHARMaxBufferLength(
+                      *fixture.m_converter, "abc", c.m_length, c.m_isInBytes, c.m_isWithNul));
+    }
+    const Fixture fixture(1);
+    const auto keyFor = [&](const char* in_text, std::int64_t in_length) {
+        return KeyThrownBy([&] {
+            ODBCStringConverter::GetSQLCHARToSQLWCHARMaxBufferLength(*fixture.m_converter, in_text,
+                                                                     in_length, true, true);
+        });
+    };
+    EXPECT_EQ("InvalidNullParam", keyFor(nullptr, 3));
+    EXPECT_EQ("ICUConvErrNotRecog", keyFor("abc", -1));
+    EXPECT_EQ("nothing thrown", keyFor("abc", 0xFFFFFFFF / 4 - 1));
+    EXPECT_EQ("ICUConvErrNotRecog", keyFor("abc", 0xFFFFFFFF / 4));
+    EXPECT_EQ("ICUConvErrNotRecog", keyFor("abc", INT64_MAX));
+}
+
+TEST(ODBCStringConverter, RefusesAProcessWithoutADriverManagerEncoding) {
+    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Fixture fixture(-1); }));
+    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Fixture fixture(119); }));
+}
+
+TEST(ODBCStringConverter, ConvertsInManyThreadsAtOnce) {
+    constexpr int THREADS = 8;
+    for (const int encoding : {1, 24}) {
+        const Fixture fixture(encoding);
+        const std::u16string text = GetMixedText();
+        const std::string expected = EncodeWithIcu(text, EncodingType{encoding});
+        std::atomic<int> failures = 0;
+        const auto work = [&] {
+            const orska_wstring string = MakeString(text);
+            std::string buffer(expected.size() + 8, '\0');
+            for (int i = 0; i < 3000; ++i) {
+                bool isTruncated = false;
+                const bool isCut = i % 4 == 3;
+                const std::int64_t written = fixture.m_converter->ConvertWStringToSQLWCHARString(
+                    string, buffer.data(), isCut ? 40 : static_cast<std::int64_t>(buffer.size()),
+                    true, isTruncated);
+                orska_wstring back;
+                fixture.m_converter->ConvertSQLWCHARToWString(buffer.data(), written, true, back);
+                const bool isRight =
+                    isCut || buffer.compare(0, static_cast<std::size_t>(written), expected) == 0;
+                if (!isRight || isTruncated != isCut || back.IsEmpty()) ++failures;
+            }
+        };
+        std::vector<std::thread> threads;
+        for (int i = 0; i < THREADS; ++i) threads.emplace_back(work);
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(0, failures);
+    }
+}
+
+}  // namespace
+}  // namespace Orska::Support::Testing

@@ -1,0 +1,269 @@
+// The platform's string converter, compared with ICU and with the strings' own conversion.
+#include "PlatformAbstraction/ICU/WideStringConverter.h"
+
+#include <gtest/gtest.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/orska_wstring.h"
+#include "tests/support/EncodedFit.h"
+#include "tests/support/StreamDriver.h"
+
+namespace Orska::Support::Testing {
+namespace {
+
+constexpr char FILL = '\x5A';
+
+orska_wstring MakeString(std::u16string_view in_text) {
+    orska_wstring string;
+    string.SetImpl(
+        new icu::UnicodeString(in_text.data(), static_cast<std::int32_t>(in_text.size())));
+    return string;
+}
+
+orska_wstring Decode(WideStringConverter& io_converter, const std::string& in_bytes,
+                     EncodingType in_encoding) {
+    orska_wstring result;
+    io_converter.ConvertToWString(in_bytes.data(), static_cast<std::int64_t>(in_bytes.size()),
+                                  in_encoding, result);
+    return result;
+}
+
+template <class Action>
+std::string KeyThrownBy(Action in_action) {
+    try {
+        in_action();
+    } catch (const ErrorException& error) {
+        return error.GetMessageKeyOrText().GetAsUtf8();
+    }
+    return "nothing thrown";
+}
+
+// Bytes that are text, damaged text, cut text, or no text at all.
+std::string MakeBytes(Random& io_random, EncodingType in_encoding) {
+    std::string bytes = EncodeWithIcu(MakeRandomText(io_random, io_random.Below(60)), in_encoding);
+    const std::uint32_t damages = io_random.Below(4);
+    for (std::uint32_t i = 0; i < damages && !bytes.empty(); ++i) {
+        bytes[io_random.Below(static_cast<std::uint32_t>(bytes.size()))] =
+            static_cast<char>(io_random.Below(256));
+    }
+    if (damages == 1 && !bytes.empty()) {
+        bytes.resize(io_random.Below(static_cast<std::uint32_t>(bytes.size())));
+    }
+    return bytes;
+}
+
+TEST(WideStringConverter, DecodesAsIcuAndTheStringsThemselvesDo) {
+    WideStringConverter converter;
+    Random random(3);
+    for (std::int32_t i = 0; i < ENCODING_COUNT; ++i) {
+        const EncodingType encoding{i};
+        SCOPED_TRACE(EncodingInfo::GetName(encoding));
+        for (int round = 0; round < 60; ++round) {
+            const std::string bytes = MakeBytes(random, encoding);
+            const orska_wstring decoded = Decode(converter, bytes, encoding);
+            const icu::UnicodeString expected(bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                                              EncodingInfo::GetName(encoding));
+            ASSERT_FALSE(decoded.IsNull());
+            ASSERT_TRUE(expected == *decoded.GetImpl()) << round;
+            ASSERT_TRUE(orska_wstring(bytes.data(), bytes.size(), encoding) == decoded) << round;
+        }
+    }
+}
+
+TEST(WideStringConverter, TakesNullsEmptyTextAndNulTerminatedText) {
+    WideStringConverter converter;
+    orska_wstring result = MakeString(u"old");
+    converter.ConvertToWString(nullptr, 3, EncodingType::ENC_UTF8, result);
+    EXPECT_TRUE(result.IsNull());
+    for (const int encoding : {0, 1, 18}) {
+        result = MakeString(u"old");
+        converter.ConvertToWString("x", 0, EncodingType{encoding}, result);
+        EXPECT_FALSE(result.IsNull());
+        EXPECT_TRUE(result.IsEmpty());
+    }
+    converter.ConvertToWString("a\0b\0\0\0c", -3, EncodingType::ENC_UTF16LE, result);
+    EXPECT_TRUE(result == MakeString(u"ab"));
+    // Bytes of the very string that is replaced.
+    converter.ConvertToWString(reinterpret_cast<const char*>(result.GetView().data()), 4,
+                               EncodingType::ENC_UTF16BE, result);
+    EXPECT_TRUE(result == MakeString(u"\u6100\u6200"));
+}
+
+TEST(WideStringConverter, RefusesBadArguments) {
+    WideStringConverter converter;
+    orska_wstring text = MakeString(u"text");
+    char buffer[8];
+    EXPECT_EQ("ICUConvErr", KeyThrownBy([&] {
+                  converter.ConvertToWString("a", -2, EncodingType::ENC_UTF8, text);
+              }));
+    EXPECT_EQ("ICUConvErr", KeyThrownBy([&] {
+                  converter.ConvertFromWString(text, buffer, -1, EncodingType::ENC_UTF8);
+              }));
+    EXPECT_TRUE(text == MakeString(u"text"));
+    for (const int value : {-1, 119}) {
+        const EncodingType encoding{value};
+        EXPECT_EQ("EncodingNotRecog",
+                  KeyThrownBy([&] { converter.ConvertToWString("a", 1, encoding, text); }));
+        EXPECT_EQ("EncodingNotRecog",
+                  KeyThrownBy([&] { converter.ConvertFromWString(text, buffer, 8, encoding); }));
+        EXPECT_EQ("EncodingNotRecog",
+                  KeyThrownBy([&] { converter.GetLengthInBytes(text, encoding); }));
+        EXPECT_EQ("EncodingNotRecog",
+                  KeyThrownBy([&] { converter.GetNulTerminatedStringLength("a", encoding); }));
+    }
+}
+
+// Checks one text at every capacity from none to more than it needs.
+void CheckEveryCapacity(WideStringConverter& io_converter, const std::u16string& in_text,
+                        EncodingType in_encoding) {
+    const std::vector<std::string> beginnings = EncodeBeginnings(in_text, in_encoding);
+    const std::size_t full = beginnings.back().size();
+    const orska_wstring string = MakeString(in_text);
+    ASSERT_EQ(full, static_cast<std::size_t>(io_converter.GetLengthInBytes(string, in_encoding)));
+    for (std::size_t capacity = 0; capacity <= full + 3; ++capacity) {
+        std::vector<char> buffer(capacity + 24, FILL);
+        bool isTruncated = false;
+        const auto written = static_cast<std::size_t>(io_converter.ConvertFromWString(
+            string, buffer.data(), static_cast<std::int64_t>(capacity), in_encoding, isTruncated));
+        const std::string& fit = GetFit(beginnings, capacity);
+        ASSERT_EQ(fit, std::string(buffer.data(), std::min(written, capacity))) << capacity;
+        ASSERT_EQ(capacity < full, isTruncated) << capacity;
+        for (std::size_t i = written; i < buffer.size(); ++i) {
+            // Zeros may stand where a code point did not fit, else nothing is touched.
+            const bool isZero = isTruncated && i < capacity && buffer[i] == '\0';
+            ASSERT_TRUE(buffer[i] == FILL || isZero) << capacity << " byte " << i;
+        }
+    }
+}
+
+TEST(WideStringConverter, CutsExactlyAtEveryCapacity) {
+    WideStringConverter converter;
+    Random random(17);
+    for (const int encoding : CUT_ENCODINGS) {
+        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
+        for (const std::size_t length : {1U, 2U, 5U, 16U, 40U, 70U, 150U}) {
+            CheckEveryCapacity(converter, MakeRandomText(random, length), EncodingType{encoding});
+            std::u16string plain;
+            for (std::size_t i = 0; i < length; ++i) plain += u"a\u6F22"[i % 7 == 6];
+            CheckEveryCapacity(converter, plain, EncodingType{encoding});
+            if (testing::Test::HasFailure()) return;
+        }
+    }
+}
+
+TEST(WideStringConverter, MeasuresNulTerminatedBuffers) {
+    WideStringConverter converter;
+    const struct {
+        const char* m_point;
+        int m_encoding;
+        std::string m_bytes;
+        std::int64_t m_length;
+    } cases[] = {
+        {"UTF-8 stops at the byte", 0, std::string("ab\0c", 4), 2},
+        {"SJIS stops at the byte", 18, std::string("\x8A\xBF\0", 3), 2},
+        {"UTF-16LE", 1, std::string("a\0b\0\0\0x\0", 8), 4},
+        {"UTF-16BE does not stop at the first zero byte", 2, std::string("\0a\0b\0\0", 6), 4},
+        {"UTF-32LE", 3, std::string("a\0\0\0b\0\0\0\0\0\0\0", 12), 8},
+        {"UTF-32BE", 4, std::string("\0\0\0a\0\0\0b\0\0\0\0", 12), 8},
+        {"a zero unit across two units is none", 1, std::string("\0a\0\0", 4), 2},
+        {"malformed UTF-16BE", 2, std::string("\xDC\x00\0a\0\0", 6), 4},
+        {"malformed UTF-32LE", 3, std::string("\0\0\x11\x00\0\xD8\0\0\0\0\0\0", 12), 8},
+        {"empty", 4, std::string(4, '\0'), 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        // At an odd address too.
+        for (const std::size_t offset : {0U, 1U}) {
+            const std::string buffer = std::string(offset, 'x') + c.m_bytes;
+            EXPECT_EQ(c.m_length, converter.GetNulTerminatedStringLength(
+                                      buffer.data() + offset, EncodingType{c.m_encoding}));
+        }
+    }
+    EXPECT_EQ(0, converter.GetNulTerminatedStringLength(nullptr, EncodingType::ENC_UTF16LE));
+}
+
+TEST(WideStringConverter, IsWhatStringsUseWhileItIsInstalled) {
+    WideStringConverter converter;
+    SetPlatformStringConverter(&converter);
+    const orska_wstring string(
+        "\x8A\xBF"
+        "a",
+        3, EncodingType{18});
+    const std::string back = string.GetAsAnsiString(EncodingType{18});
+    const std::wstring wide = orska_wstring(L"w\u6F22").GetAsPlatformWString();
+    SetPlatformStringConverter(nullptr);
+    EXPECT_TRUE(string == MakeString(u"\u6F22a"));
+    EXPECT_EQ(
+        "\x8A\xBF"
+        "a",
+        back);
+    EXPECT_EQ(L"w\u6F22", wide);
+    EXPECT_EQ(1U, converter.CountPooledConverters(EncodingType{18}));
+}
+
+TEST(WideStringConverter, KeepsOneConverterForOneThread) {
+    WideStringConverter converter;
+    for (int i = 0; i < 20; ++i) {
+        Decode(converter, "\x8A\xBF", EncodingType{18});
+        EXPECT_EQ(2, converter.GetLengthInBytes(MakeString(u"\u6F22"), EncodingType{18}));
+    }
+    EXPECT_EQ(1U, converter.CountPooledConverters(EncodingType{18}));
+    // Well-formed text in the direct encodings needs none.
+    Decode(converter, "\xC3\xA9", EncodingType::ENC_UTF8);
+    EXPECT_EQ(0U, converter.CountPooledConverters(EncodingType::ENC_UTF8));
+    Decode(converter, "\xC3", EncodingType::ENC_UTF8);
+    EXPECT_EQ(1U, converter.CountPooledConverters(EncodingType::ENC_UTF8));
+}
+
+TEST(WideStringConverter, ConvertsInManyThreadsAtOnce) {
+    constexpr int THREADS = 8;
+    constexpr int ROUNDS = 4000;
+    WideStringConverter converter;
+    const std::u16string text = GetMixedText();
+    const orska_wstring string = MakeString(text);
+    const std::vector<int> encodings = {0, 1, 18, 24, 67};
+    std::vector<std::string> expected;
+    std::vector<orska_wstring> decoded;
+    for (const int encoding : encodings) {
+        expected.push_back(EncodeWithIcu(text, EncodingType{encoding}));
+        decoded.push_back(Decode(converter, expected.back(), EncodingType{encoding}));
+    }
+    std::atomic<int> failures = 0;
+    const auto work = [&](int in_thread) {
+        std::string buffer(expected[3].size() + 64, '\0');
+        for (int i = 0; i < ROUNDS; ++i) {
+            const std::size_t e = static_cast<std::size_t>(in_thread + i) % encodings.size();
+            const EncodingType encoding{encodings[e]};
+            // Every third one is cut short and must leave no trace in the converter.
+            const std::int64_t capacity =
+                i % 3 == 0 ? 30 : static_cast<std::int64_t>(buffer.size());
+            bool isTruncated = false;
+            const std::int64_t written = converter.ConvertFromWString(
+                string, buffer.data(), capacity, encoding, isTruncated);
+            const bool isRight = isTruncated ? i % 3 == 0
+                                             : buffer.compare(0, static_cast<std::size_t>(written),
+                                                              expected[e]) == 0;
+            const bool isBackRight = Decode(converter, expected[e], encoding) == decoded[e];
+            if (!isRight || !isBackRight) ++failures;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(0, failures);
+    for (const int encoding : encodings) {
+        EXPECT_LE(converter.CountPooledConverters(EncodingType{encoding}), std::size_t{THREADS});
+    }
+}
+
+}  // namespace
+}  // namespace Orska::Support::Testing

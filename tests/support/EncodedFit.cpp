@@ -1,0 +1,67 @@
+#include "tests/support/EncodedFit.h"
+
+namespace Orska::Support::Testing {
+
+namespace {
+
+bool IsLead(char16_t in_unit) { return in_unit >= 0xD800 && in_unit < 0xDC00; }
+bool IsTrail(char16_t in_unit) { return in_unit >= 0xDC00 && in_unit < 0xE000; }
+
+}  // namespace
+
+std::vector<std::string> EncodeBeginnings(std::u16string_view in_text, EncodingType in_encoding) {
+    std::vector<std::string> beginnings = {""};
+    for (std::size_t end = 1; end <= in_text.size(); ++end) {
+        const bool isInPair =
+            end < in_text.size() && IsLead(in_text[end - 1]) && IsTrail(in_text[end]);
+        if (!isInPair) {
+            beginnings.push_back(EncodeWithIcu(in_text.substr(0, end), in_encoding));
+        }
+    }
+    return beginnings;
+}
+
+const std::string& GetFit(const std::vector<std::string>& in_beginnings, std::size_t in_capacity) {
+    std::size_t best = 0;
+    for (std::size_t i = 0; i < in_beginnings.size(); ++i) {
+        if (in_beginnings[i].size() <= in_capacity) best = i;
+    }
+    return in_beginnings[best];
+}
+
+std::u16string MakeRandomText(Random& io_random, std::size_t in_codePoints) {
+    std::u16string text;
+    for (std::size_t i = 0; i < in_codePoints; ++i) {
+        switch (io_random.Below(9)) {
+            case 0:
+            case 1:
+                text += static_cast<char16_t>(0x20 + io_random.Below(0x5F));
+                break;
+            case 2:
+                text += static_cast<char16_t>(0xA0 + io_random.Below(0x300));
+                break;
+            case 3:
+                text += static_cast<char16_t>(0x300 + io_random.Below(0x70));
+                break;
+            case 4:
+            case 5:
+                text += static_cast<char16_t>(0x4E00 + io_random.Below(0x5000));
+                break;
+            case 6:
+                text += static_cast<char16_t>(0x3041 + io_random.Below(0x50));
+                break;
+            case 7:
+                text += static_cast<char16_t>(0xD800 + io_random.Below(0x400));
+                text += static_cast<char16_t>(0xDC00 + io_random.Below(0x400));
+                break;
+            default:
+                text += static_cast<char16_t>(0xD800 + io_random.Below(0x800));
+        }
+    }
+    return text;
+}
+
+const std::vector<int> CUT_ENCODINGS = {0,  1,  2,  3,  4,  5,  6,  7,  17,  18,  19, 22,
+                                        24, 25, 26, 27, 28, 32, 41, 67, 111, 113, 116};
+
+}  // namespace Orska::Support::Testing

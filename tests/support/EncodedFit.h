@@ -1,0 +1,34 @@
+/// What a string must become in a buffer of some size, found slowly: by encoding every beginning of
+/// the text with ICU until one fits. Shares no code with the library.
+#ifndef TESTS_SUPPORT_ENCODEDFIT_H
+#define TESTS_SUPPORT_ENCODEDFIT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "PlatformAbstraction/EncodingType.h"
+#include "tests/support/StreamDriver.h"
+
+namespace Orska::Support::Testing {
+
+/// The beginnings of a text that end between code points, each encoded and ended in the initial
+/// state; the empty one first.
+std::vector<std::string> EncodeBeginnings(std::u16string_view in_text, EncodingType in_encoding);
+
+/// The longest of them that is no longer than the capacity, in bytes.
+const std::string& GetFit(const std::vector<std::string>& in_beginnings, std::size_t in_capacity);
+
+/// Random text of code points of all kinds: ASCII, combining marks, CJK, surrogate pairs, and
+/// surrogates alone.
+std::u16string MakeRandomText(Random& io_random, std::size_t in_codePoints);
+
+/// Encodings of every kind that matters for cutting: the Unicode ones, multi-byte ones of up to
+/// four bytes, and those with shift states.
+extern const std::vector<int> CUT_ENCODINGS;
+
+}  // namespace Orska::Support::Testing
+
+#endif
