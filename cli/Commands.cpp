@@ -2,72 +2,140 @@
 
 #include <iostream>
 
-#include "cli/InitialValuesFile.h"
+#include "cli/Profile.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-constexpr const char* VALUE_KEYS[] = {"Server", "Namespace", "LoginMode", "UID", "PWD", "Database"};
-
-/// The driver of an existing DSN.
-std::string FindDriver(const DriverManager& in_manager, const std::string& in_dsn) {
-    const std::optional<std::string> driver = in_manager.Read(in_dsn, "Driver");
-    if (!driver) {
+/// The section of a DSN that has to exist.
+const Values& FindDsn(const Profile& in_profile, const std::string& in_dsn) {
+    const Values* section = in_profile.Find(in_dsn);
+    if (section == nullptr) {
         throw CommandError(EXIT_NOT_FOUND, "There is no DSN \"" + in_dsn + "\".");
     }
-    return *driver;
+    return *section;
 }
 
-FieldValues MakeFields(const std::string& in_dsn, const GivenValues& in_values) {
-    FieldValues fields{{"DSN", in_dsn}};
-    fields.insert(fields.end(), in_values.begin(), in_values.end());
-    return fields;
+/// Takes a value from the command line, where others can read it.
+void SetOpenly(Values& io_values, const std::string& in_key, const std::string& in_value) {
+    if (IsSecret(in_key)) {
+        throw CommandError(EXIT_USAGE,
+                           "A password on the command line can be read by other users. Use "
+                           "--pwd-stdin,\n--pwd-file, --pwd-env or --pwd-prompt instead.");
+    }
+    if (IsSameKey(in_key, "DSN") || IsSameKey(in_key, "Driver")) {
+        throw CommandError(EXIT_USAGE, in_key +
+                                           " is not a value: name the DSN as the argument and "
+                                           "the driver with --driver.");
+    }
+    io_values.Set(in_key, in_value);
+}
+
+Wish MakeWish(const Options& in_options) {
+    Wish wish{in_options.m_dsn, in_options.m_driver, {}, in_options.m_unset, false};
+    for (const auto& [key, value] : ParseConnectionString(in_options.m_connectionString)) {
+        SetOpenly(wish.m_values, key, value);
+    }
+    for (const auto& [key, value] : in_options.m_fields) {
+        SetOpenly(wish.m_values, key, value);
+    }
+    for (const std::string& assignment : in_options.m_assignments) {
+        const auto [key, value] = ParseAssignment(assignment);
+        SetOpenly(wish.m_values, key, value);
+    }
+    for (const std::string& key : wish.m_unset) {
+        if (IsSameKey(key, "Driver") || wish.m_values.Find(key) != nullptr) {
+            throw CommandError(EXIT_USAGE, key + " cannot be unset here.");
+        }
+    }
+    if (in_options.m_password.IsGiven()) {
+        std::string password = ReadPassword(in_options.m_password);
+        wish.m_values.Set("PWD", password);
+        Wipe(password);
+    }
+    return wish;
+}
+
+void Finish(const Options& in_options, const Change& in_change) {
+    if (!in_options.m_output.m_isDryRun) {
+        Execute(DriverManager(in_options.m_scope), in_change);
+    }
+    PrintChange(in_options.m_output, in_change);
 }
 
 }  // namespace
 
-void AddDsn(const DriverManager& in_manager, const std::string& in_driver,
-            const std::string& in_dsn, const GivenValues& in_values) {
-    if (in_manager.Read(in_dsn, "Driver")) {
-        throw CommandError(EXIT_EXISTS, "There is a DSN \"" + in_dsn + "\" already.");
+void AddDsn(const Options& in_options) {
+    const Profile profile(in_options.m_scope);
+    const Values* const section = profile.Find(in_options.m_dsn);
+    if (section != nullptr && in_options.m_isIfMissing) {
+        Finish(in_options, PlanChange({in_options.m_dsn, {}, {}, {}, false}, section));
+        return;
     }
-    const InitialValuesFile values(MakeFields(in_dsn, in_values));
-    in_manager.Configure(Request::Add, in_driver, in_dsn);
-}
-
-void SetDsn(const DriverManager& in_manager, const std::string& in_dsn,
-            const GivenValues& in_values) {
-    const std::string driver = FindDriver(in_manager, in_dsn);
-    GivenValues merged(in_values);
-    for (const char* key : VALUE_KEYS) {
-        // insert keeps what was given
-        merged.insert({key, in_manager.Read(in_dsn, key).value_or("")});
+    if (section != nullptr && !in_options.m_isReplace) {
+        throw CommandError(EXIT_EXISTS, "There is a DSN \"" + in_options.m_dsn + "\" already.");
     }
-    const InitialValuesFile values(MakeFields(in_dsn, merged));
-    in_manager.Configure(Request::Configure, driver, in_dsn);
+    Wish wish = MakeWish(in_options);
+    wish.m_isWhole = true;
+    if (wish.m_driver.empty()) {
+        wish.m_driver = DEFAULT_DRIVER;
+    }
+    Finish(in_options, PlanChange(wish, section));
 }
 
-void RemoveDsn(const DriverManager& in_manager, const std::string& in_dsn) {
-    const std::string driver = FindDriver(in_manager, in_dsn);
-    in_manager.Configure(Request::Remove, driver, in_dsn);
+void SetDsn(const Options& in_options) {
+    const Profile profile(in_options.m_scope);
+    const Values& section = FindDsn(profile, in_options.m_dsn);
+    Finish(in_options, PlanChange(MakeWish(in_options), &section));
 }
 
-void ShowDsn(const DriverManager& in_manager, const std::string& in_dsn) {
-    std::cout << "DSN=" << in_dsn << "\nDriver=" << FindDriver(in_manager, in_dsn) << "\n";
-    for (const char* key : VALUE_KEYS) {
-        if (const std::optional<std::string> value = in_manager.Read(in_dsn, key)) {
-            const bool isSecret = std::string(key) == "PWD";
-            std::cout << key << "=" << (isSecret ? "********" : *value) << "\n";
+void RemoveDsn(const Options& in_options) {
+    const Profile profile(in_options.m_scope);
+    const Values& section = FindDsn(profile, in_options.m_dsn);
+    const std::string* const driver = section.Find("Driver");
+    Finish(in_options,
+           {in_options.m_dsn,
+            in_options.m_driver.empty() && driver != nullptr ? *driver : in_options.m_driver,
+            true,
+            true,
+            section,
+            {}});
+}
+
+void ShowDsn(const Options& in_options) {
+    const Profile profile(in_options.m_scope);
+    const Values& section = FindDsn(profile, in_options.m_dsn);
+    Json values = Json::object();
+    std::string text = "DSN=" + in_options.m_dsn + "\n";
+    for (const auto& [key, value] : section) {
+        const std::string shown = Shown(in_options.m_output, key, value);
+        values[key] = shown;
+        text += key + "=" + shown + "\n";
+    }
+    if (in_options.m_output.m_isJson) {
+        PrintJson({{"name", in_options.m_dsn}, {"values", values}});
+    } else {
+        std::cout << text;
+    }
+}
+
+void ListDsns(const Options& in_options) {
+    const Profile profile(in_options.m_scope);
+    const std::string driver = in_options.m_driver.empty() ? DEFAULT_DRIVER : in_options.m_driver;
+    Json names = Json::array();
+    for (const std::string& name : profile.Names()) {
+        const std::string* const stored = profile.Find(name)->Find("Driver");
+        if (stored == nullptr || !IsSameKey(*stored, driver)) {
+            continue;
         }
-    }
-}
-
-void ListDsns(const DriverManager& in_manager, const std::string& in_driver) {
-    for (const std::string& name : in_manager.ListDsns()) {
-        if (in_manager.Read(name, "Driver") == in_driver) {
+        names.push_back(name);
+        if (!in_options.m_output.m_isJson) {
             std::cout << name << "\n";
         }
+    }
+    if (in_options.m_output.m_isJson) {
+        PrintJson(names);
     }
 }
 

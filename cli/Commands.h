@@ -1,52 +1,44 @@
-/// The commands of veltrane-dsn. Each prints its result on standard output and throws on failure.
+/// The commands of veltrane-dsn on DSNs. Each prints its result on standard output and throws on
+/// failure.
 #ifndef CLI_COMMANDS_H
 #define CLI_COMMANDS_H
 
-#include <map>
-#include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "cli/Change.h"
+#include "cli/CommandError.h"
 #include "cli/DriverManager.h"
+#include "cli/Output.h"
+#include "cli/Password.h"
 
 namespace Veltrane::Cli {
 
-/// The exit codes of the program.
-enum ExitCode {
-    EXIT_DONE = 0,
-    EXIT_FAILED = 1,
-    EXIT_USAGE = 2,
-    EXIT_NOT_FOUND = 3,
-    EXIT_EXISTS = 4
+/// What the command line says.
+struct Options {
+    Scope m_scope = Scope::User;
+    std::string m_driver;
+    std::string m_dsn;
+    std::vector<Values::Item> m_fields;      ///< --server and the like
+    std::vector<std::string> m_assignments;  ///< -p
+    std::vector<std::string> m_unset;
+    std::string m_connectionString;
+    PasswordSource m_password;
+    bool m_isIfMissing = false;
+    bool m_isReplace = false;
+    OutputOptions m_output;
 };
 
-/// A failure with an exit code of its own.
-class CommandError : public std::runtime_error {
-public:
-    CommandError(ExitCode in_exitCode, const std::string& in_text)
-        : std::runtime_error(in_text), m_exitCode(in_exitCode) {}
-    ExitCode GetExitCode() const { return m_exitCode; }
+constexpr char DEFAULT_DRIVER[] = "Veltrane";
 
-private:
-    ExitCode m_exitCode;
-};
-
-/// Values by profile key ("Server", "PWD" ...), in UTF-8; only the keys that were given.
-using GivenValues = std::map<std::string, std::string>;
-
-void AddDsn(const DriverManager& in_manager, const std::string& in_driver,
-            const std::string& in_dsn, const GivenValues& in_values);
-
+void AddDsn(const Options& in_options);
 /// Changes the given values of a DSN and keeps the others.
-void SetDsn(const DriverManager& in_manager, const std::string& in_dsn,
-            const GivenValues& in_values);
-
-void RemoveDsn(const DriverManager& in_manager, const std::string& in_dsn);
-
-/// Prints the DSN's values, the password masked.
-void ShowDsn(const DriverManager& in_manager, const std::string& in_dsn);
-
+void SetDsn(const Options& in_options);
+void RemoveDsn(const Options& in_options);
+/// Prints the DSN's values, secrets masked.
+void ShowDsn(const Options& in_options);
 /// Prints the names of the driver's DSNs.
-void ListDsns(const DriverManager& in_manager, const std::string& in_driver);
+void ListDsns(const Options& in_options);
 
 }  // namespace Veltrane::Cli
 

@@ -1,12 +1,10 @@
-/// The installed driver manager as this tool uses it: profile reads and SQLConfigDataSource without
-/// a window. Text is UTF-8. Used by one thread.
+/// The installed driver manager as this tool uses it: SQLConfigDataSource without a window. Text is
+/// UTF-8. Used by one thread.
 #ifndef CLI_DRIVERMANAGER_H
 #define CLI_DRIVERMANAGER_H
 
-#include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "cli/Scope.h"
 
@@ -24,13 +22,7 @@ class DriverManager {
 public:
     explicit DriverManager(Scope in_scope) : m_scope(in_scope) {}
 
-    /// The value of a key of a DSN's section; nothing when the section has no such key.
-    /// @throws InstallerError with path and reason when the file cannot be read
-    std::optional<std::string> Read(const std::string& in_dsn, const std::string& in_key) const;
-
-    /// The names of all DSNs of the scope, in file order.
-    /// @throws InstallerError as Read
-    std::vector<std::string> ListDsns() const;
+    Scope GetScope() const { return m_scope; }
 
     /// Sends a request to the setup library of a driver, without a window.
     /// @throws InstallerError with every error that the installer holds

@@ -44,7 +44,9 @@ void WriteAll(int in_descriptor, const std::string& in_text) {
 }  // namespace
 
 InitialValuesFile::InitialValuesFile(const FieldValues& in_values) {
-    std::string text = "[DSN]\n";
+    std::string text;
+    text.reserve(1 << 14);  // more than all values, so that no copy of a password stays behind
+    text = "[DSN]\n";
     for (const auto& [key, value] : in_values) {
         CheckValue(key, value);
         text += key + "=" + value + "\n";

@@ -11,8 +11,9 @@ namespace Veltrane::Cli {
 /// The path that the driver manager uses, whether there is a file or not.
 std::string ProfilePath(Scope in_scope);
 
-/// Why the driver manager cannot read the scope's file: path and reason.
-std::string DescribeUnreadable(Scope in_scope);
+/// The file's text; empty when there is no file.
+/// @throws InstallerError with path and reason when it, or the folder for it, cannot be read
+std::string ReadProfileFile(Scope in_scope);
 
 /// Why a file cannot be written: "path: reason". Empty when it can, or can be made.
 std::string DescribeUnwritable(const std::string& in_path);

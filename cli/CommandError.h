@@ -1,0 +1,31 @@
+/// The exit codes of the program, and the failure that carries one.
+#ifndef CLI_COMMANDERROR_H
+#define CLI_COMMANDERROR_H
+
+#include <stdexcept>
+#include <string>
+
+namespace Veltrane::Cli {
+
+enum ExitCode {
+    EXIT_DONE = 0,
+    EXIT_FAILED = 1,
+    EXIT_USAGE = 2,
+    EXIT_NOT_FOUND = 3,
+    EXIT_EXISTS = 4
+};
+
+/// A failure with an exit code of its own.
+class CommandError : public std::runtime_error {
+public:
+    CommandError(ExitCode in_exitCode, const std::string& in_text)
+        : std::runtime_error(in_text), m_exitCode(in_exitCode) {}
+    ExitCode GetExitCode() const { return m_exitCode; }
+
+private:
+    ExitCode m_exitCode;
+};
+
+}  // namespace Veltrane::Cli
+
+#endif
