@@ -8,6 +8,7 @@
 #include <cwchar>
 #include <iterator>
 
+#include "PlatformAbstraction/ICU/WideStringConverter.h"
 #include "PlatformAbstraction/OrskaSettingReader.h"
 #include "PlatformAbstraction/ProcessEncodings.h"
 
@@ -48,7 +49,9 @@ void TakeEncodingsFromSettings() {
 }  // namespace
 
 PlatformInstance::PlatformInstance()
-    : m_lock(std::make_unique<PlatformLock>()), m_service(std::make_unique<PlatformService>()) {
+    : m_lock(std::make_unique<PlatformLock>()),
+      m_stringConverter(std::make_unique<Support::WideStringConverter>()),
+      m_service(std::make_unique<PlatformService>()) {
     m_defaultLocale.SetFromUtf8(icu::Locale::getDefault().getName(),
                                 Support::orska_wstring::NUL_TERMINATED);
 }
@@ -72,7 +75,7 @@ PlatformInstance* InitializePlatform(bool in_isVerbose) {
     // Strings made until here convert through ICU directly, those made from here on through the
     // converter; both give the same text.
     TakeEncodingsFromSettings();
-    Support::SetPlatformStringConverter(instance->GetStringConverter());
+    Support::SetPlatformStringConverter(&instance->GetStringConverter());
     s_initCount = 1;
     s_instance = instance.release();
     return s_instance;

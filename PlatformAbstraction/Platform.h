@@ -44,9 +44,7 @@ public:
 
     PlatformLock& GetLock() noexcept { return *m_lock; }
     /// The converter of every string while the platform is started.
-    Support::IPlatformStringConverter* GetStringConverter() noexcept {
-        return m_stringConverter.get();
-    }
+    Support::IPlatformStringConverter& GetStringConverter() noexcept { return *m_stringConverter; }
     /// The name of ICU's default locale when the platform was started.
     const Support::orska_wstring& GetDefaultLocale() const noexcept { return m_defaultLocale; }
     bool IsStarted() const noexcept { return m_isStarted; }

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "PlatformAbstraction/OrskaSettingReader.h"
 #include "PlatformAbstraction/ProcessEncodings.h"
@@ -50,12 +51,40 @@ TEST(PlatformStart, CountsStartsAndStops) {
 TEST(PlatformStart, InstallsTheConverterWhileItIsStarted) {
     EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
     PlatformInstance* instance = InitializePlatform(false);
-    EXPECT_EQ(Support::GetPlatformStringConverter(), instance->GetStringConverter());
+    EXPECT_EQ(Support::GetPlatformStringConverter(), &instance->GetStringConverter());
     InitializePlatform(false);
     UninitializePlatform();
-    EXPECT_EQ(Support::GetPlatformStringConverter(), instance->GetStringConverter());
+    EXPECT_EQ(Support::GetPlatformStringConverter(), &instance->GetStringConverter());
     UninitializePlatform();
     EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
+}
+
+TEST(PlatformStart, StringsConvertAlikeWithAndWithoutTheConverter) {
+    constexpr EncodingType ENCODINGS[] = {
+        EncodingType::ENC_UTF8,    EncodingType::ENC_UTF16LE,  EncodingType::ENC_UTF16BE,
+        EncodingType::ENC_UTF32LE, EncodingType::ENC_UTF32BE,  EncodingType::ENC_LATIN1,
+        EncodingType::ENC_CP1252,  EncodingType::ENC_US_ASCII, static_cast<EncodingType>(18),
+    };
+    const std::string texts[] = {"", "plain", "gr\u00F6\u00DFer \u20AC", "\u6771\u4EAC \U0001F600",
+                                 "bad \xFF\xC3 bytes"};
+    const auto convert = [&] {
+        std::vector<std::string> results;
+        for (const EncodingType encoding : ENCODINGS) {
+            for (const std::string& text : texts) {
+                results.push_back(orska_wstring(text).GetAsAnsiString(encoding));
+                results.push_back(orska_wstring(text.data(), text.size(), encoding).GetAsUtf8());
+            }
+        }
+        return results;
+    };
+    const std::vector<std::string> before = convert();
+    InitializePlatform(false);
+    EXPECT_EQ(convert(), before);
+    EXPECT_EQ(orska_wstring(L"wide \u20AC").GetAsPlatformWString(), L"wide \u20AC");
+    const orska_wstring kept = L"a string outlives the platform";
+    UninitializePlatform();
+    EXPECT_EQ(convert(), before);
+    EXPECT_EQ(kept.GetAsAnsiString(), "a string outlives the platform");
 }
 
 constexpr char SETTING_LINES[] =
