@@ -7,6 +7,9 @@
 
 namespace Orska::Support::Siconv {
 
+// Hidden, so that a kernel reaches a table without asking for its address first.
+#define ORSKA_TABLE extern const __attribute__((visibility("hidden")))
+
 struct ShuffleTable {
     alignas(64) std::uint8_t m_bytes[256][16];
 };
@@ -16,37 +19,37 @@ struct ByteTable {
 };
 
 /// Bits set in a byte, for processors without POPCNT.
-extern const ByteTable BIT_COUNT;
+ORSKA_TABLE ByteTable BIT_COUNT;
 
 /// Keeps those of eight 16-bit lanes whose bit is set.
-extern const ShuffleTable KEEP_UNITS;
+ORSKA_TABLE ShuffleTable KEEP_UNITS;
 
 /// Keeps those of eight bytes whose bit is set; the second half of a row is the same for bytes 8
 /// to 15, to be used with a row of its own.
-extern const ShuffleTable KEEP_BYTES;
+ORSKA_TABLE ShuffleTable KEEP_BYTES;
 
 /// Eight 16-bit lanes that hold two UTF-8 bytes, of which lanes with their bit set keep only the
 /// first.
-extern const ShuffleTable PACK_UTF8_2;
+ORSKA_TABLE ShuffleTable PACK_UTF8_2;
 
 /// Four 32-bit lanes that hold, from the low byte on, the bytes of a UTF-8 sequence of three and
 /// the single byte of a code point below 80. Bits 0 to 3 of the index: the lane keeps its last
 /// byte; bits 4 to 7: it is below 800. So 1 and 1 keeps byte 3, 0 and 1 keeps bytes 1 and 2, 0 and
 /// 0 keeps bytes 0 to 2.
-extern const ShuffleTable PACK_UTF8_3;
+ORSKA_TABLE ShuffleTable PACK_UTF8_3;
 
 /// Four 32-bit lanes whose last bytes are a UTF-8 sequence. Bits 0 to 3 and 4 to 7 of the index:
 /// 1 and 1 keeps one byte, 0 and 1 two, 0 and 0 three, 1 and 0 four.
-extern const ShuffleTable PACK_UTF8_4;
+ORSKA_TABLE ShuffleTable PACK_UTF8_4;
 
 /// Loaded from byte N on, as a shuffle: byte N and those behind it move down to 0, zeros follow.
 struct MoveTable {
     std::uint8_t m_bytes[32];
 };
-extern const MoveTable MOVE_DOWN;
+ORSKA_TABLE MoveTable MOVE_DOWN;
 
 /// How many bytes a row of PACK_UTF8_3 or PACK_UTF8_4 keeps.
-extern const ByteTable PACKED_SIZE;
+ORSKA_TABLE ByteTable PACKED_SIZE;
 
 }  // namespace Orska::Support::Siconv
 
