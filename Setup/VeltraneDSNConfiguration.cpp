@@ -66,15 +66,17 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
     for (;;) {
         // The cut is as long as the delimiter's absolute position, so that later cuts run on into
         // the entries behind. Harmless and kept: a key that holds a NUL equals no known key, and a
-        // value ends at its first NUL.
+        // value ends at its first NUL. So only what stands before that NUL needs to be looked at; a
+        // search through the whole cut would take the square of the list's length.
         const std::wstring_view cut = view.substr(start, end);
-        const std::size_t equals = cut.find(entryDelimiter);
+        const std::wstring_view entry = cut.substr(0, cut.find(pairDelimiter));
+        const std::size_t equals = entry.find(entryDelimiter);
         if (equals != std::wstring_view::npos) {
-            const orska_wstring key(cut.data(), equals);
+            const orska_wstring key(entry.data(), equals);
             for (const auto& [name, field] : fields) {
                 if (key == *name) {
-                    const std::wstring_view value = cut.substr(equals + 1);
-                    *field = orska_wstring(value.data(), value.substr(0, value.find(L'\0')).size());
+                    const std::wstring_view value = entry.substr(equals + 1);
+                    *field = orska_wstring(value.data(), value.size());
                     break;
                 }
             }
