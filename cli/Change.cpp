@@ -122,7 +122,20 @@ const char* Change::ResultName() const {
     return !m_exists ? "added" : IsNeeded() ? "changed" : "unchanged";
 }
 
+Change PlanRemoval(const Wish& in_wish, const Values& in_section) {
+    const std::string* const driver = in_section.Find("Driver");
+    return {
+        in_wish.m_dsn, in_wish.m_driver.empty() && driver != nullptr ? *driver : in_wish.m_driver,
+        true,          true,
+        in_section,    {}};
+}
+
 Change PlanChange(const Wish& in_wish, const Values* in_section) {
+    if (in_section == nullptr && !DriverManager::IsValidName(in_wish.m_dsn)) {
+        throw CommandError(EXIT_USAGE, "\"" + in_wish.m_dsn +
+                                           "\" cannot be the name of a DSN: it has 1 to 32 bytes, "
+                                           "none of []{}(),;?*=!@\\.");
+    }
     CheckValues(in_wish.m_values);
     const Values before = in_section != nullptr ? *in_section : Values();
     const std::string* const stored = before.Find("Driver");

@@ -38,8 +38,11 @@ struct Change {
 };
 
 /// @param in_section  the section as it is; null when there is none
-/// @throws CommandError when a value could not be stored
+/// @throws CommandError when a value, or the name of a new DSN, could not be stored
 Change PlanChange(const Wish& in_wish, const Values* in_section);
+
+/// The removal of a DSN; the driver is the one that it has unless the wish names one.
+Change PlanRemoval(const Wish& in_wish, const Values& in_section);
 
 /// Does nothing when nothing differs.
 /// @throws InstallerError with code and text, and with path and reason where the file is at fault

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "cli/Commands.h"
+#include "cli/FleetCommands.h"
 
 namespace Veltrane::Cli {
 
@@ -116,7 +117,20 @@ CommandLine::CommandLine() {
     AddDriver(*remove);
     AddNamed("show", "Show the values of a DSN", ShowDsn);
     AddDriver(*Add("list", "List the driver's DSNs", ListDsns));
-    for (CLI::App* command : {add, set, remove}) {
+    CLI::App* apply = Add("apply", "Make DSNs what a description says", ApplyDescription);
+    apply->add_option("file", m_options.m_file, "JSON or INI; - for standard input")->required();
+    AddFlag(*apply, "--replace", m_options.m_isReplace, "Drop keys that are not described");
+    CLI::App* exported = Add("export", "Print a description of the driver's DSNs", ExportDsns);
+    for (CLI::App* command : {apply, exported}) {
+        AddFlag(*command, "--show-secrets", m_options.m_output.m_hasSecrets,
+                "Show passwords, not ********");
+    }
+    CLI::App* check = Add("check", "Say what is wrong with DSNs", CheckDsns);
+    check->add_option("name", m_options.m_dsn, "Name of the DSN; all of the driver without it");
+    for (CLI::App* command : {exported, check}) {
+        AddDriver(*command);
+    }
+    for (CLI::App* command : {add, set, remove, apply}) {
         AddFlag(*command, "--dry-run", m_options.m_output.m_isDryRun,
                 "Show the difference, do nothing");
         AddFlag(*command, "-q,--quiet", m_options.m_output.m_isQuiet, "Print nothing but errors");

@@ -93,14 +93,8 @@ void SetDsn(const Options& in_options) {
 void RemoveDsn(const Options& in_options) {
     const Profile profile(in_options.m_scope);
     const Values& section = FindDsn(profile, in_options.m_dsn);
-    const std::string* const driver = section.Find("Driver");
     Finish(in_options,
-           {in_options.m_dsn,
-            in_options.m_driver.empty() && driver != nullptr ? *driver : in_options.m_driver,
-            true,
-            true,
-            section,
-            {}});
+           PlanRemoval({in_options.m_dsn, in_options.m_driver, {}, {}, false}, section));
 }
 
 void ShowDsn(const Options& in_options) {

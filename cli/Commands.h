@@ -24,6 +24,7 @@ struct Options {
     std::vector<std::string> m_unset;
     std::string m_connectionString;
     PasswordSource m_password;
+    std::string m_file;  ///< of a description; "-" for standard input
     bool m_isIfMissing = false;
     bool m_isReplace = false;
     OutputOptions m_output;

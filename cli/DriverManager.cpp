@@ -27,6 +27,12 @@ std::string InstallerErrors() {
 
 }  // namespace
 
+bool DriverManager::IsValidName(const std::string& in_name) {
+    const bool isSimple = in_name.find_first_of(std::string("\0\n\r\t", 4)) == std::string::npos;
+    return isSimple && !in_name.empty() && in_name.front() != ' ' && in_name.back() != ' ' &&
+           SQLValidDSN(in_name.c_str());
+}
+
 void DriverManager::Configure(Request in_request, const std::string& in_driver,
                               const std::string& in_dsn) const {
     constexpr WORD USER_TO_SYSTEM = ODBC_ADD_SYS_DSN - ODBC_ADD_DSN;

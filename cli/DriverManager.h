@@ -22,6 +22,9 @@ class DriverManager {
 public:
     explicit DriverManager(Scope in_scope) : m_scope(in_scope) {}
 
+    /// Whether the driver manager takes a text as the name of a DSN.
+    static bool IsValidName(const std::string& in_name);
+
     Scope GetScope() const { return m_scope; }
 
     /// Sends a request to the setup library of a driver, without a window.

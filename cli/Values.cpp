@@ -54,6 +54,16 @@ bool IsSameKey(std::string_view in_a, std::string_view in_b) {
                       [](char a, char b) { return Lower(a) == Lower(b); });
 }
 
+int CompareKeys(std::string_view in_a, std::string_view in_b) {
+    const std::size_t common = std::min(in_a.size(), in_b.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        if (Lower(in_a[i]) != Lower(in_b[i])) {
+            return Lower(in_a[i]) < Lower(in_b[i]) ? -1 : 1;
+        }
+    }
+    return in_a.size() == in_b.size() ? 0 : in_a.size() < in_b.size() ? -1 : 1;
+}
+
 bool IsSecret(std::string_view in_key) {
     return std::any_of(std::begin(SECRET_KEYS), std::end(SECRET_KEYS),
                        [&](std::string_view key) { return IsSameKey(key, in_key); });

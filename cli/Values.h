@@ -14,6 +14,8 @@ void Wipe(std::string& io_text);
 
 /// Keys compare without regard to ASCII case, as the driver manager does.
 bool IsSameKey(std::string_view in_a, std::string_view in_b);
+/// Below 0, 0 or above 0: an order that goes with IsSameKey.
+int CompareKeys(std::string_view in_a, std::string_view in_b);
 /// Whether values of this key are shown masked.
 bool IsSecret(std::string_view in_key);
 /// Whether the setup component stores this key itself. Its saving drops the others.
