@@ -49,9 +49,8 @@ Conversion MakeOurs(TranscoderFunction in_function) {
 
 void AddOurs(std::vector<Peer>& io_peers, int in_source, int in_target) {
     constexpr std::pair<const char*, CpuLevel> LEVELS[] = {
-        {"ours-sse2", CpuLevel::SSE2},
-        {"ours-ssse3", CpuLevel::SSSE3},
-        {"ours-sse41", CpuLevel::SSE41},
+        {"ours-sse2", CpuLevel::SSE2},   {"ours-ssse3", CpuLevel::SSSE3},
+        {"ours-sse41", CpuLevel::SSE41}, {"ours-sse42", CpuLevel::SSE42},
         {"ours-avx2", CpuLevel::AVX2},
     };
     io_peers.push_back({"ours", MakeOurs(GetTranscoder(in_source, in_target))});
@@ -372,7 +371,7 @@ std::vector<Peer> GetExactPeers(int in_source, int in_target) {
 
 std::vector<Peer> GetStreamingPeers(std::size_t in_pieceSize, std::size_t in_targetSize) {
     std::vector<Peer> peers;
-    constexpr std::pair<const char*, CpuLevel> LEVELS[] = {{"ours-sse41", CpuLevel::SSE41},
+    constexpr std::pair<const char*, CpuLevel> LEVELS[] = {{"ours-sse42", CpuLevel::SSE42},
                                                            {"ours-avx2", CpuLevel::AVX2}};
     const auto add = [&](const std::string& in_who, TranscoderFunction in_function) {
         peers.push_back({in_who, [=](const TextPieces& in_pieces, char* out_to, std::size_t) {

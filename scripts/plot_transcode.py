@@ -13,7 +13,7 @@ import sys
 COMPARISONS = [
     # heading, ours, peers of which the best counts
     ("AVX2", "ours-avx2", ["simdutf-haswell"]),
-    ("SSE", "ours-sse41", ["simdutf-westmere"]),
+    ("SSE4.2", "ours-sse42", ["simdutf-westmere"]),
     ("ICU, iconv", "ours", ["icu", "iconv"]),
 ]
 
