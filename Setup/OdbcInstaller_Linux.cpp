@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Setup/InstallerLibrary.h"
 #include "Setup/OdbcIniFile.h"
@@ -56,6 +57,16 @@ std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
     return in_text.GetAsUtf8();
 }
 
+/// A stored value that is not UTF-8, from a file in an older encoding, and what was read instead.
+struct ForeignValue {
+    std::string m_key;
+    std::string m_given;   ///< what the reader got, in UTF-8
+    std::string m_stored;  ///< the bytes of the file
+};
+
+/// What stands for bytes that are not UTF-8. Two different names would become one with it.
+constexpr char16_t REPLACEMENT_CHARACTER = 0xFFFD;
+
 /// Cuts the text to what fits a buffer, without leaving half a character.
 int Deliver(orska_wstring in_text, int in_bufferSize, orska_wstring& out_value) {
     std::int32_t length = in_bufferSize - 1;
@@ -82,6 +93,7 @@ struct Request::State {
     std::string m_systemPath;
     Snapshot m_user;
     Snapshot m_system;
+    std::vector<ForeignValue> m_foreignValues;
     State* m_outer = nullptr;
 };
 
@@ -207,6 +219,24 @@ bool Edited(const Edit& in_edit) {
     return in_edit(*t_update) && update.Commit();
 }
 
+/// Remembers a value that could not be read as it is, so that it can be written as it was.
+void RememberForeignValue(const std::string& in_key, const orska_wstring& in_given,
+                          const std::string& in_stored) {
+    std::string given = in_given.GetAsUtf8();
+    if (t_request == nullptr || given == in_stored) return;
+    t_request->m_foreignValues.push_back({in_key, std::move(given), in_stored});
+}
+
+/// The bytes to write: those of the file for a value that this request read and did not change,
+/// also when the data source has a new name.
+std::string ToStoredBytes(const std::string& in_key, const std::string& in_value) {
+    if (t_request == nullptr) return in_value;
+    for (const ForeignValue& foreign : t_request->m_foreignValues) {
+        if (foreign.m_key == in_key && foreign.m_given == in_value) return foreign.m_stored;
+    }
+    return in_value;
+}
+
 bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
     // The driver manager does not find a system file that does not exist.
     if (io_state.m_mode == ConfigMode::SYSTEM && io_state.m_update.IsNewFile()) {
@@ -276,6 +306,7 @@ bool ValidDSN(const orska_wstring& in_name) {
     if (!library.IsLoaded()) return false;
     const std::optional<std::string> name = ToUtf8(in_name);
     if (!name || !OdbcIniText::IsCarriableSection(*name)) return false;
+    if (in_name.GetView().find(REPLACEMENT_CHARACTER) != std::u16string_view::npos) return false;
     if (in_name.Compare(orska_wstring(DATA_SOURCES_SECTION), false) == 0) return false;
     return library.m_validDSN(name->c_str()) != 0;
 }
@@ -293,6 +324,7 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     if (!lookup.m_value) return Deliver(in_default, in_bufferSize, out_value);
     orska_wstring value;
     value.SetFromUtf8(*lookup.m_value);
+    RememberForeignValue(*key, value, *lookup.m_value);
     return Deliver(std::move(value), in_bufferSize, out_value);
 }
 
@@ -310,7 +342,8 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
         return EditProfile(update, *section, optionalKey, optionalValue) && update.Commit();
     }
     return Edited([&](Update::State& io_state) {
-        return EditProfile(io_state.m_update, *section, optionalKey, optionalValue);
+        return EditProfile(io_state.m_update, *section, optionalKey,
+                           optionalValue ? ToStoredBytes(*key, *value) : optionalValue);
     });
 }
 

@@ -90,6 +90,7 @@ TEST_F(OdbcInstallerTest, ChecksNames) {
                                                   {"a\nb", false},
                                                   {"a\x7F", false},
                                                   {"a\xC2\x85", false},
+                                                  {"a\xFC", false},
                                                   {"a[b", false},
                                                   {"a;b", false},
                                                   {"odbc DATA sources", false},
@@ -120,6 +121,25 @@ TEST_F(OdbcInstallerTest, ValuesComeBackThroughTheRealReader) {
     EXPECT_FALSE(WritePrivateProfileString(Text("Sales"), Text("k"), orska_wstring(u'\xDC00', 1),
                                            Text("odbc.ini")));
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
+}
+
+TEST_F(OdbcInstallerTest, KeepsValuesInAnOlderEncoding) {
+    const std::string before = "[Sales]\nDriver=Veltrane\nServer=m\xFCll\nDatabase=\xE9\n";
+    IniScratch::Write(m_scratch.UserFile(), before);
+    const Request request;
+    const std::string server = Get("Sales", "Server");
+    const std::string database = Get("Sales", "Database");
+    EXPECT_EQ(server, "m\uFFFDll");
+    for (const char* name : {"Sales", "Renamed"}) {
+        Update update;
+        ASSERT_TRUE(WriteDSNToIni(Text(name), Text("Veltrane")) && Write(name, "Server", server) &&
+                    Write(name, "Database", database) && update.Commit());
+    }
+    const std::string renamed = "[Renamed]" + before.substr(before.find('\n'));
+    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before + "\n" + renamed);
+    ASSERT_TRUE(Write("Sales", "Server", "new") && Write("Sales", "Database", server));
+    EXPECT_EQ(Get("Sales", "Server"), "new");
+    EXPECT_EQ(Get("Sales", "Database"), server);
 }
 
 TEST_F(OdbcInstallerTest, CutsToTheBufferButNotACharacter) {
