@@ -33,11 +33,30 @@ constexpr char MAX_BUFFER_LENGTH[] =
 }
 
 // Refuses negative lengths other than the mark of a NUL-terminated argument, and what is too long
-// for a count of bytes.
-void CheckLength(std::int64_t in_length, std::uint8_t in_width, const char* in_function) {
+// for a count of bytes in code units of any width.
+void CheckLength(std::int64_t in_length, const char* in_function) {
     const bool isBad = in_length < 0 && in_length != orska_wstring::NUL_TERMINATED;
-    if (isBad || in_length > std::numeric_limits<std::int64_t>::max() / in_width) {
+    if (isBad || in_length > std::numeric_limits<std::int64_t>::max() / 4) {
         ThrowNotRecognised(in_function);
+    }
+}
+
+// Divides by a code unit's width, which is 1, 2 or 4; dividing proper costs as much as a short
+// text.
+std::int64_t CountUnits(std::int64_t in_bytes, std::uint8_t in_width) {
+    return in_bytes >> (in_width / 2);
+}
+
+void WriteNul(char* out_buffer, std::uint8_t in_width) {
+    switch (in_width) {
+        case 2:
+            std::memset(out_buffer, 0, 2);
+            break;
+        case 4:
+            std::memset(out_buffer, 0, 4);
+            break;
+        default:
+            *out_buffer = '\0';
     }
 }
 
@@ -67,7 +86,7 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
                                                                  std::int64_t in_bufferLength,
                                                                  bool in_lengthInBytes,
                                                                  bool& out_truncated) {
-    CheckLength(in_bufferLength, m_codeUnitWidth, TO_SQLWCHAR);
+    CheckLength(in_bufferLength, TO_SQLWCHAR);
     auto* const buffer = static_cast<char*>(out_buffer);
     out_truncated = true;
     if (in_bufferLength == 0 || buffer == nullptr) {
@@ -83,8 +102,8 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
     }
     const std::int64_t bytes =
         Encode(in_string.GetView(), buffer, capacity - m_codeUnitWidth, out_truncated);
-    std::memset(buffer + bytes, 0, m_codeUnitWidth);
-    return bytes / width;
+    WriteNul(buffer + bytes, m_codeUnitWidth);
+    return CountUnits(bytes, width);
 }
 
 // Encodes without a NUL; only what the direct way leaves over needs the converter and its lock.
@@ -137,7 +156,7 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLCHARString(const orska_wstr
                                                                 char* out_buffer,
                                                                 std::int64_t in_bufferLength,
                                                                 bool& out_truncated) {
-    CheckLength(in_bufferLength, 1, TO_SQLCHAR);
+    CheckLength(in_bufferLength, TO_SQLCHAR);
     out_truncated = true;
     if (in_bufferLength == 0 || out_buffer == nullptr) {
         return 0;
@@ -183,7 +202,7 @@ std::int64_t ODBCStringConverter::GetLengthAsSQLCHARString(const orska_wstring& 
 void ODBCStringConverter::ConvertSQLWCHARToWString(const void* in_buffer, std::int64_t in_length,
                                                    bool in_lengthInBytes,
                                                    orska_wstring& out_result) {
-    CheckLength(in_length, m_codeUnitWidth, FROM_SQLWCHAR);
+    CheckLength(in_length, FROM_SQLWCHAR);
     const bool isCounted = in_length != orska_wstring::NUL_TERMINATED;
     const std::int64_t bytes =
         isCounted && !in_lengthInBytes ? in_length * m_codeUnitWidth : in_length;
@@ -193,7 +212,7 @@ void ODBCStringConverter::ConvertSQLWCHARToWString(const void* in_buffer, std::i
 
 void ODBCStringConverter::ConvertSQLCHARToWString(const char* in_buffer, std::int64_t in_length,
                                                   orska_wstring& out_result) {
-    CheckLength(in_length, 1, FROM_SQLCHAR);
+    CheckLength(in_length, FROM_SQLCHAR);
     m_stringConverter.ConvertToWString(in_buffer, in_length, GetAnsiEncoding(), out_result);
 }
 
@@ -206,7 +225,7 @@ std::uint32_t ODBCStringConverter::GetSQLCHARToSQLWCHARMaxBufferLength(
     }
     const std::uint8_t most = in_inBytes ? in_converter.m_mostBytesPerCodePoint
                                          : in_converter.m_mostCodeUnitsPerCodePoint;
-    CheckLength(in_length, 1, MAX_BUFFER_LENGTH);
+    CheckLength(in_length, MAX_BUFFER_LENGTH);
     const std::int64_t length = in_length == orska_wstring::NUL_TERMINATED
                                     ? static_cast<std::int64_t>(std::strlen(in_text))
                                     : in_length;

@@ -1,5 +1,6 @@
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 
+#include <emmintrin.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
@@ -34,6 +35,34 @@ bool EncodePart(TranscoderFunction in_encoder, std::u16string_view in_part, char
         std::memset(out_buffer + target.m_position, 0, target.m_length - target.m_position);
     }
     return result == TRANSCODER_DONE;
+}
+
+// A quick look at short text: the loops of the general ways cost more than such a text itself.
+constexpr std::size_t MOST_SHORT_UNITS = 32;
+
+// True when no unit is of the kind. Takes at least one block of 8 units.
+bool HasNoneOfKind(const char16_t* in_units, std::size_t in_count, char16_t in_mask,
+                   char16_t in_kind) noexcept {
+    constexpr std::size_t BLOCK = 8;
+    const __m128i mask = _mm_set1_epi16(static_cast<short>(in_mask));
+    const __m128i kind = _mm_set1_epi16(static_cast<short>(in_kind));
+    __m128i found = _mm_setzero_si128();
+    const auto look = [&](std::size_t in_at) {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_units + in_at));
+        found = _mm_or_si128(found, _mm_cmpeq_epi16(_mm_and_si128(units, mask), kind));
+    };
+    for (std::size_t at = 0; at + BLOCK <= in_count; at += BLOCK) {
+        look(at);
+    }
+    // The last block may overlap the one before it.
+    look(in_count - BLOCK);
+    return _mm_movemask_epi8(found) == 0;
+}
+
+// UTF-16LE without surrogates, short enough for one look and one copy.
+bool IsShortUtf16(const void* in_units, std::size_t in_count) noexcept {
+    return in_count >= 8 && in_count <= MOST_SHORT_UNITS &&
+           HasNoneOfKind(static_cast<const char16_t*>(in_units), in_count, 0xF800, 0xD800);
 }
 
 std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
@@ -133,6 +162,14 @@ std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_
 EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
                            EncodingType in_encoding) noexcept {
     EncodedText done;
+    const auto bytes = static_cast<std::int64_t>(in_text.size() * UNIT);
+    if (in_encoding == EncodingType::ENC_UTF16LE && bytes <= in_capacity &&
+        IsShortUtf16(in_text.data(), in_text.size())) {
+        std::memcpy(out_buffer, in_text.data(), in_text.size() * UNIT);
+        done.m_units = in_text.size();
+        done.m_bytes = bytes;
+        return done;
+    }
     const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
     if (encoder == nullptr) {
         return done;
@@ -144,7 +181,8 @@ EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::i
     // The transcoder may leave scratch behind its position, up to the end that it is given. The
     // output of the tail covers that of the head; its own stays out of the buffer.
     const std::size_t start = GetStartOfTail(in_text);
-    if (!EncodePart(encoder, in_text.substr(0, start), out_buffer, in_capacity, done)) {
+    if (start > 0 &&
+        !EncodePart(encoder, in_text.substr(0, start), out_buffer, in_capacity, done)) {
         return done;
     }
     char tail[(TAIL_UNITS + 1) * MOST_BYTES_PER_UNIT];
@@ -215,6 +253,13 @@ std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_
 
 std::uint64_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
                              icu::UnicodeString& out_text) {
+    if (in_encoding == EncodingType::ENC_UTF16LE && in_bytes.size() % UNIT == 0 &&
+        IsShortUtf16(in_bytes.data(), in_bytes.size() / UNIT)) {
+        char16_t units[MOST_SHORT_UNITS];
+        std::memcpy(units, in_bytes.data(), in_bytes.size());
+        out_text.setTo(units, static_cast<std::int32_t>(in_bytes.size() / UNIT));
+        return in_bytes.size();
+    }
     const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
     if (decoder == nullptr) {
         out_text.remove();
