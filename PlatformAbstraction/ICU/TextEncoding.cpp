@@ -65,6 +65,24 @@ bool IsShortUtf16(const void* in_units, std::size_t in_count) noexcept {
            HasNoneOfKind(static_cast<const char16_t*>(in_units), in_count, 0xF800, 0xD800);
 }
 
+// Narrows short ASCII text into the buffer; false for other text.
+bool EncodeShortAscii(std::u16string_view in_text, char* out_buffer) noexcept {
+    alignas(16) char16_t units[MOST_SHORT_UNITS] = {};
+    std::memcpy(units, in_text.data(), in_text.size() * UNIT);
+    const auto* const blocks = reinterpret_cast<const __m128i*>(units);
+    const __m128i all =
+        _mm_or_si128(_mm_or_si128(blocks[0], blocks[1]), _mm_or_si128(blocks[2], blocks[3]));
+    const __m128i beyond = _mm_and_si128(all, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())) != 0xFFFF) {
+        return false;
+    }
+    alignas(16) char bytes[MOST_SHORT_UNITS];
+    _mm_store_si128(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(blocks[0], blocks[1]));
+    _mm_store_si128(reinterpret_cast<__m128i*>(bytes + 16), _mm_packus_epi16(blocks[2], blocks[3]));
+    std::memcpy(out_buffer, bytes, in_text.size());
+    return true;
+}
+
 std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
     if (in_text.size() <= TAIL_UNITS) {
         return 0;
@@ -168,6 +186,13 @@ EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::i
         std::memcpy(out_buffer, in_text.data(), in_text.size() * UNIT);
         done.m_units = in_text.size();
         done.m_bytes = bytes;
+        return done;
+    }
+    const auto units = static_cast<std::int64_t>(in_text.size());
+    if (in_encoding == EncodingType::ENC_UTF8 && in_text.size() <= MOST_SHORT_UNITS &&
+        units <= in_capacity && EncodeShortAscii(in_text, out_buffer)) {
+        done.m_units = in_text.size();
+        done.m_bytes = units;
         return done;
     }
     const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
