@@ -33,8 +33,8 @@ constexpr int REASON_COLORS = NEWT_COLORSET_CUSTOM(0);
 constexpr int KEY_CONTROL_C = 3;
 constexpr char TEXT_KEYS[] =
     VELTRANE_TEXT("Tab: next field   Enter: OK   Esc: cancel   F2: show password   F4: choices");
-constexpr char TEXT_TOO_SMALL[] =
-    VELTRANE_TEXT("The terminal is too small for the form; it needs 80 columns and 23 rows");
+constexpr char TOO_SMALL[] =
+    "The terminal is too small for the form; it needs 80 columns and 23 rows";
 
 /// Process-wide: set by the handler of the signals that end the editor, read by the form.
 volatile sig_atomic_t s_isEnding = 0;
@@ -110,7 +110,7 @@ void TerminalForm::Start() {
     m_width = std::min(columns - 4, MAX_WIDTH);
     m_entryLeft = MARGIN + LabelWidth() + GAP;
     if (lines < SCREEN_HEIGHT || m_width - m_entryLeft - MARGIN < MIN_ENTRY_WIDTH) {
-        throw EditorUnavailable(Translate(TEXT_TOO_SMALL));
+        throw EditorUnavailable(TOO_SMALL);
     }
     if (HasOwnColors()) {
         static char foreground[] = "red";

@@ -5,6 +5,7 @@ import os
 import shlex
 import subprocess
 import unittest
+from pathlib import Path
 
 import editor_harness
 from editor_harness import wait_for
@@ -23,6 +24,15 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.addCleanup(self.tmux, "kill-server")
         self.tmux("new-session", "-d", "-x", str(size[0]), "-y", str(size[1]),
                   f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; exec sleep 1000")
+
+    def test_language_of_the_user(self):
+        translations = Path(os.environ["TESTED_EDITOR"]).parents[1] / "share/locale/de"
+        if not translations.exists():
+            self.skipTest("built without gettext")
+        self.start("add", prefix="LANGUAGE=de")
+        self.wait_for_text("Neue Datenquelle")
+        self.type("a[")
+        self.wait_for_text("Ein Name hat keines der Zeichen [ ] { }")
 
     def client_pid(self):
         parent = f"/proc/{self.editor_pid()}/stat"
