@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QSocketNotifier>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -17,12 +18,13 @@ HostConnection* s_host = nullptr;
 std::string s_firstWarning;
 
 /// Qt ends the process when it finds no display; the host is told before that, so that it can try
-/// the terminal. Other messages have nowhere to go.
+/// the terminal.
 void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const QString& in_text) {
     const std::string_view category = in_context.category != nullptr ? in_context.category : "";
     if (s_firstWarning.empty() && (category.starts_with("qt.qpa") || in_type == QtFatalMsg)) {
         s_firstWarning = in_text.section(QLatin1Char('\n'), 0, 0).toStdString();
     }
+    std::fprintf(stderr, "%s\n", in_text.toLocal8Bit().constData());
     if (in_type != QtFatalMsg) {
         return;
     }

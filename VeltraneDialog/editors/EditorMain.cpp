@@ -66,7 +66,9 @@ int EditorMain(int in_argumentCount, char** in_arguments, ShowForm in_showForm) 
         HostConnection host;
         host.Send(ShowAndAnswer(host, in_showForm));
         return 0;
-    } catch (const std::exception&) {
+    } catch (const std::exception& exception) {
+        // The host discards it; for whoever puts a script in between to look.
+        std::fprintf(stderr, "%s\n", exception.what());
         return STATUS_NO_ANSWER;
     }
 }

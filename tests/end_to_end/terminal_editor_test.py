@@ -43,7 +43,7 @@ class TerminalEditorTest(editor_harness.EditorTest):
         return self.tmux("capture-pane", "-p")
 
     def wait_for_text(self, text):
-        wait_for(lambda: text in self.screen(), lambda: f"{text!r} on\n{self.screen()}")
+        wait_for(lambda: text in self.screen(), lambda: f"{text!r} on\n{self.screen()}\n{self.answer_so_far()}")
 
     def keys(self, *names):
         self.tmux("send-keys", *names)
