@@ -60,7 +60,7 @@ std::string LabelOf(const DialogField& in_field) {
 }
 
 /// Colours that the user chose stay as they are.
-bool HasOwnColors() {
+bool UsesDefaultColors() {
     return std::getenv("NEWT_COLORS") == nullptr && std::getenv("NEWT_COLORS_FILE") == nullptr &&
            std::getenv("NEWT_MONO") == nullptr;
 }
@@ -112,10 +112,13 @@ void TerminalForm::Start() {
     if (lines < SCREEN_HEIGHT || m_width - m_entryLeft - MARGIN < MIN_ENTRY_WIDTH) {
         throw EditorUnavailable(TOO_SMALL);
     }
-    if (HasOwnColors()) {
+    if (UsesDefaultColors()) {
         static char foreground[] = "red";
         static char background[] = "lightgray";
+        static char label[] = "blue";
         newtSetColor(REASON_COLORS, foreground, background);
+        // As a label: on the colour of an entry the switch of the password looks like one.
+        newtSetColor(NEWT_COLORSET_CHECKBOX, label, background);
     }
     newtCls();
     newtDrawRootText(1, 0, Translate(TEXT_KEYS));
@@ -139,7 +142,7 @@ void TerminalForm::Start() {
 int TerminalForm::BuildRow(Row& out_row, const DialogField& in_field, int in_top) {
     const bool isPassword = in_field.m_kind == DialogFieldKind::PASSWORD;
     const bool isChoice = in_field.m_kind == DialogFieldKind::LOGIN_MODE;
-    const int width = m_width - m_entryLeft - MARGIN - (isChoice ? 6 : 0);
+    const int width = m_width - m_entryLeft - MARGIN - (isChoice ? 7 : 0);
     std::string value = EncodeUtf8(*(m_values.*in_field.m_value));
     const WipeAtEnd<char> wipe(value);
     out_row.m_field = &in_field;
@@ -159,11 +162,11 @@ int TerminalForm::BuildRow(Row& out_row, const DialogField& in_field, int in_top
         ++top;
     }
     if (isChoice) {
-        m_chooseLoginMode = newtCompactButton(m_width - MARGIN - 5, in_top, "...");
+        m_chooseLoginMode = newtCompactButton(m_width - MARGIN - 6, in_top, "...");
         newtFormAddComponent(m_form, m_chooseLoginMode);
     }
     out_row.m_reason = newtTextbox(MARGIN, top, m_width - 2 * MARGIN, 1, 0);
-    if (HasOwnColors()) {
+    if (UsesDefaultColors()) {
         newtTextboxSetColors(out_row.m_reason, REASON_COLORS, REASON_COLORS);
     }
     newtFormAddComponent(m_form, out_row.m_reason);
