@@ -9,6 +9,7 @@ namespace Veltrane::ODBC {
 
 /// Lets the library read a profile and watches which files it opens for that: the user's in mode
 /// USER, the system's in mode SYSTEM, both in mode BOTH.
+/// When none was opened and only one of them cannot be, it is that one's mode.
 /// @return UNKNOWN when opening files cannot be watched
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library);
 

@@ -110,6 +110,20 @@ Opened Observe(const InstallerLibrary& in_library, int in_inotify, const std::st
     return ReadEvents(in_inotify, user, system);
 }
 
+bool IsUsable(const std::string& in_path) {
+    return ::faccessat(AT_FDCWD, in_path.c_str(), R_OK, AT_EACCESS) == 0 ||
+           SystemCalls::IsWritable(in_path.c_str());
+}
+
+/// Nothing was opened: when one of the files cannot be, it is that one that the library tried. The
+/// request fails in any case, and now for a reason with a path. No harm comes of an error in here:
+/// a file that cannot be opened is not written to either.
+ConfigMode GuessFromAccess(const std::string& in_user, const std::string& in_system) {
+    const bool isUserUsable = IsUsable(in_user);
+    if (isUserUsable == IsUsable(in_system)) return ConfigMode::UNKNOWN;
+    return isUserUsable ? ConfigMode::SYSTEM : ConfigMode::USER;
+}
+
 }  // namespace
 
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
@@ -129,6 +143,7 @@ ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
         if (opened.m_user) mode = ConfigMode::BOTH;
         SystemCalls::SleepMicroseconds(PAUSE);
     }
+    if (mode == ConfigMode::UNKNOWN) mode = GuessFromAccess(userPath, systemPath);
     ForgetReadValues();
     ClearInstallerErrors();
     return mode;

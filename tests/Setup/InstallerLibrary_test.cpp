@@ -76,6 +76,20 @@ TEST(ConfigModeProbe, SaysWhenItCannotTell) {
     EXPECT_EQ(ProbeConfigMode(library), ConfigMode::UNKNOWN);
 }
 
+TEST(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
+    const IniScratch scratch;
+    InstallerLibrary library;
+    library.m_readWithoutLock = &ReadAsTheDriverManager;
+    // Not even the superuser can open a file in a folder that does not exist.
+    ::setenv("ODBCINI", (scratch.Folder() / "none" / "odbc.ini").c_str(), 1);
+    s_mode = ConfigMode::USER;
+    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::USER);
+    ::setenv("ODBCINI", scratch.UserFile().c_str(), 1);
+    std::filesystem::remove_all(scratch.SystemFile().parent_path());
+    s_mode = ConfigMode::SYSTEM;
+    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::SYSTEM);
+}
+
 TEST(InstallerLibrary, TellsTheUserOnceWhenItCannotBeLoaded) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process, which finds another library
     const IniScratch scratch;
