@@ -4,6 +4,8 @@
 #include <functional>
 
 #include "cli/Commands.h"
+#include "cli/Doctor.h"
+#include "cli/DriverCommands.h"
 #include "cli/FleetCommands.h"
 
 namespace Veltrane::Cli {
@@ -20,6 +22,8 @@ public:
 
 private:
     CLI::App* Add(const char* in_name, const char* in_help, Action in_action);
+    CLI::App* Add(CLI::App& io_parent, const char* in_name, const char* in_help, Action in_action);
+    void AddDriverCommands();
     CLI::App* AddNamed(const char* in_name, const char* in_help, Action in_action);
     void AddDriver(CLI::App& io_command);
     void AddValues(CLI::App& io_command);
@@ -41,7 +45,12 @@ void CommandLine::AddFlag(CLI::App& io_command, const char* in_option, bool& out
 }
 
 CLI::App* CommandLine::Add(const char* in_name, const char* in_help, Action in_action) {
-    CLI::App* command = m_app.add_subcommand(in_name, in_help);
+    return Add(m_app, in_name, in_help, in_action);
+}
+
+CLI::App* CommandLine::Add(CLI::App& io_parent, const char* in_name, const char* in_help,
+                           Action in_action) {
+    CLI::App* command = io_parent.add_subcommand(in_name, in_help);
     command->callback([this, in_action] { m_action = in_action; });
     CLI::Option* user = command->add_flag("--user", m_isUser, "Work on the user's DSNs (default)");
     command
@@ -102,6 +111,23 @@ void CommandLine::AddValues(CLI::App& io_command) {
     AddPassword(io_command);
 }
 
+void CommandLine::AddDriverCommands() {
+    CLI::App* driver = m_app.add_subcommand("driver", "Register drivers and list them");
+    driver->require_subcommand(1);
+    CLI::App* add = Add(*driver, "register", "Register the driver", RegisterTheDriver);
+    add->add_option("--setup", m_options.m_setupLibrary, "Path of the setup library")->required();
+    add->add_option("--library", m_options.m_driverLibrary, "Path of the driver itself");
+    AddFlag(*add, "--replace", m_options.m_isReplace, "Change a registration that exists");
+    CLI::App* remove =
+        Add(*driver, "unregister", "Take the registration back", UnregisterTheDriver);
+    Add(*driver, "list", "List the registered drivers", PrintDrivers);
+    CLI::App* where = Add("where", "Print the files in use", PrintPlaces);
+    CLI::App* doctor = Add("doctor", "Find what is wrong and say how to repair it", Examine);
+    for (CLI::App* command : {add, remove, where, doctor}) {
+        AddDriver(*command);
+    }
+}
+
 CommandLine::CommandLine() {
     m_app.require_subcommand(1);
     m_app.set_help_flag("-h,--help", "Print this help");
@@ -130,6 +156,7 @@ CommandLine::CommandLine() {
     for (CLI::App* command : {exported, check}) {
         AddDriver(*command);
     }
+    AddDriverCommands();
     for (CLI::App* command : {add, set, remove, apply}) {
         AddFlag(*command, "--dry-run", m_options.m_output.m_isDryRun,
                 "Show the difference, do nothing");

@@ -25,6 +25,8 @@ struct Options {
     std::string m_connectionString;
     PasswordSource m_password;
     std::string m_file;  ///< of a description; "-" for standard input
+    std::string m_setupLibrary;
+    std::string m_driverLibrary;
     bool m_isIfMissing = false;
     bool m_isReplace = false;
     OutputOptions m_output;

@@ -2,6 +2,8 @@
 
 #include <odbcinst.h>
 
+#include "cli/ProfileFile.h"
+
 namespace Veltrane::Cli {
 
 namespace {
@@ -27,6 +29,15 @@ std::string InstallerErrors() {
 
 }  // namespace
 
+void ThrowInstallerErrors(const std::string& in_path) {
+    std::string text = InstallerErrors();
+    const std::string problem = in_path.empty() ? in_path : DescribeUnwritable(in_path);
+    if (!problem.empty()) {
+        text += (text.empty() ? "" : "\n") + problem;
+    }
+    throw InstallerError(text.empty() ? "the installer gave no reason" : text);
+}
+
 bool DriverManager::IsValidName(const std::string& in_name) {
     const bool isSimple = in_name.find_first_of(std::string("\0\n\r\t", 4)) == std::string::npos;
     return isSimple && !in_name.empty() && in_name.front() != ' ' && in_name.back() != ' ' &&
@@ -43,8 +54,7 @@ void DriverManager::Configure(Request in_request, const std::string& in_driver,
     std::string attributes = "DSN=" + in_dsn;
     attributes.push_back('\0');
     if (!SQLConfigDataSource(nullptr, request, in_driver.c_str(), attributes.c_str())) {
-        const std::string errors = InstallerErrors();
-        throw InstallerError(errors.empty() ? "the installer gave no reason" : errors);
+        ThrowInstallerErrors({});
     }
 }
 

@@ -18,6 +18,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Throws what the installer holds of its last call.
+/// @param in_path  the file that was to be written; a fault of it is added
+[[noreturn]] void ThrowInstallerErrors(const std::string& in_path);
+
 class DriverManager {
 public:
     explicit DriverManager(Scope in_scope) : m_scope(in_scope) {}

@@ -15,6 +15,9 @@ std::string ProfilePath(Scope in_scope);
 /// @throws InstallerError with path and reason when it, or the folder for it, cannot be read
 std::string ReadProfileFile(Scope in_scope);
 
+/// Whether users other than the owner may read a file.
+bool IsReadableByOthers(const std::string& in_path);
+
 /// Why a file cannot be written: "path: reason". Empty when it can, or can be made.
 std::string DescribeUnwritable(const std::string& in_path);
 

@@ -47,6 +47,11 @@ std::string ReadProfileFile(Scope in_scope) {
     return bytes;
 }
 
+bool IsReadableByOthers(const std::string& in_path) {
+    struct stat status {};
+    return stat(in_path.c_str(), &status) == 0 && (status.st_mode & (S_IRGRP | S_IROTH)) != 0;
+}
+
 std::string DescribeUnwritable(const std::string& in_path) {
     if (access(in_path.c_str(), W_OK) == 0) {
         return {};
