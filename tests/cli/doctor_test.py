@@ -5,6 +5,7 @@ import os
 import shutil
 import subprocess
 import unittest
+from pathlib import Path
 
 from cli_harness import SETUP_LIBRARY, CliTest
 
@@ -69,7 +70,7 @@ class Doctor(CliTest):
         self.use_library(text)
         self.finds("it is no shared library")
         foreign = self.folder / "foreign.so"
-        header = bytearray(open(SETUP_LIBRARY, "rb").read(4096))
+        header = bytearray(Path(SETUP_LIBRARY).read_bytes()[:4096])
         header[18] ^= 0x55
         foreign.write_bytes(header)
         self.use_library(foreign)
