@@ -146,10 +146,6 @@ class DesktopEditorTest(editor_harness.EditorTest):
         self.assertEqual(self.stored("sales"),
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
-    def existing(self):
-        self.ini.write_text("[sales]\nDriver=Veltrane\nServer=old\nUID=me\nPWD=s3cret\n"
-                            "Database=retail\n")
-
     def test_configure_by_accelerators(self):
         self.existing()
         self.start("config", "DSN=sales")
@@ -189,21 +185,13 @@ class DesktopEditorTest(editor_harness.EditorTest):
         self.start("add")
         self.focus("New data source")
         self.keys("Escape")
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertEqual(errors[-1], "error 7 Invalid driver or translator name.")
+        self.assert_add_without_name_failed()
 
     def test_killed_editor(self):
-        self.existing()
-        before = self.ini.read_text()
+        before = self.existing()
         self.start("config", "DSN=sales")
         self.focus("Data source sales")
-        self.kill_editor()
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertRegex(errors[-1], r"^error 11 The DSN editor /.*/veltrane-dsn-editor-desktop "
-                                     r"was ended by signal 9 \(Killed\) before it answered\.$")
-        self.assertEqual(self.ini.read_text(), before)
+        self.kill_editor_and_check(before)
 
     def test_killed_host_takes_its_editor_along(self):
         self.start("add")

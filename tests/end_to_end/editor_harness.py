@@ -90,9 +90,6 @@ class EditorTest(unittest.TestCase):
             parent = (child / "stat").read_text().rsplit(")", 1)[1].split()[1]
             return str(self.ini).encode() in Path("/proc", parent, "environ").read_bytes()
 
-    def kill_editor(self):
-        os.kill(wait_for(self.editor_pid, "the editor"), signal.SIGKILL)
-
     def errors(self):
         """The result of the call and the lines of its errors."""
         wait_for(self.answer.exists, "the end of the call")
@@ -101,6 +98,26 @@ class EditorTest(unittest.TestCase):
 
     def answer_so_far(self):
         return self.answer.read_text() if self.answer.exists() else "(the call is not back)"
+
+    def existing(self):
+        """Puts a data source into odbc.ini and gives the whole file."""
+        self.ini.write_text("[sales]\nDriver=Veltrane\nServer=old\nUID=me\nPWD=s3cret\n"
+                            "Database=retail\n")
+        return self.ini.read_text()
+
+    def assert_add_without_name_failed(self):
+        """What a cancelled add comes to: there is no name to save it under."""
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertEqual(errors[-1], "error 7 Invalid driver or translator name.")
+
+    def kill_editor_and_check(self, before):
+        os.kill(wait_for(self.editor_pid, "the editor"), signal.SIGKILL)
+        result, errors = self.errors()
+        self.assertEqual(result, 0)
+        self.assertEqual(errors[-1], f"error 11 The DSN editor {os.environ['TESTED_EDITOR']} was "
+                                     "ended by signal 9 (Killed) before it answered.")
+        self.assertEqual(self.ini.read_text(), before)
 
     def stored(self, name):
         """The section of a data source as a dictionary."""

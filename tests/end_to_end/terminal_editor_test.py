@@ -93,10 +93,6 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.assertEqual(self.stored("sal"),
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
-    def existing(self):
-        self.ini.write_text("[sales]\nDriver=Veltrane\nServer=old\nUID=me\nPWD=s3cret\n"
-                            "Database=retail\n")
-
     def test_configure_with_the_ok_button(self):
         self.existing()
         self.start("config", "DSN=sales")
@@ -141,21 +137,13 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.start("add")
         self.wait_for_text("New data source")
         self.keys("Escape")
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertEqual(errors[-1], "error 7 Invalid driver or translator name.")
+        self.assert_add_without_name_failed()
 
     def test_killed_editor(self):
-        self.existing()
-        before = self.ini.read_text()
+        before = self.existing()
         self.start("config", "DSN=sales")
         self.wait_for_text("Data source sales")
-        self.kill_editor()
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertRegex(errors[-1], r"^error 11 The DSN editor /.*/veltrane-dsn-editor-terminal "
-                                     r"was ended by signal 9 \(Killed\) before it answered\.$")
-        self.assertEqual(self.ini.read_text(), before)
+        self.kill_editor_and_check(before)
         self.assert_terminal_is_whole()
 
     def test_closed_terminal_takes_the_editor_along(self):
