@@ -64,6 +64,12 @@ bool HasControlCharacter(std::string_view in_text) {
     return false;
 }
 
+std::string KeyValueText(std::string_view in_piece) {
+    const std::size_t equals = in_piece.find('=');
+    if (equals == std::string_view::npos) return {};
+    return std::string(Trim(in_piece.substr(equals + 1)));
+}
+
 bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
 
 }  // namespace
@@ -203,10 +209,29 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     if (!section) return std::nullopt;
     const std::optional<Range> line = FindKey(*section, in_key, in_rules);
     if (!line) return std::nullopt;
-    const std::string_view piece = Piece(line->m_begin);
-    const std::size_t equals = piece.find('=');
-    if (equals == std::string_view::npos) return std::string();
-    return std::string(Trim(piece.substr(equals + 1)));
+    return KeyValueText(Piece(line->m_begin));
+}
+
+std::vector<std::string> OdbcIniText::GetSections() const {
+    std::vector<std::string> names;
+    if (!m_isReadable || m_firstSection == std::string::npos) return names;
+    for (std::size_t at = m_firstSection; at < m_text.size();
+         at = FindHeader(PieceEnd(at), Rules::FIRST_FILE)) {
+        names.emplace_back(HeaderName(Piece(at)));
+    }
+    return names;
+}
+
+std::vector<OdbcIniText::KeyValue> OdbcIniText::GetKeyValues(std::string_view in_section) const {
+    std::vector<KeyValue> lines;
+    const std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE);
+    if (!section) return lines;
+    for (std::size_t at = PieceEnd(section->m_begin); at < section->m_end; at = PieceEnd(at)) {
+        const std::string_view piece = TrimLeft(Piece(at));
+        if (piece.empty() || IsComment(piece.front())) continue;
+        lines.emplace_back(KeyName(piece), KeyValueText(piece));
+    }
+    return lines;
 }
 
 /// What stays of a section when its header and keys go. The tail of a long comment, which the

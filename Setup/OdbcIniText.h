@@ -15,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Veltrane::ODBC {
@@ -38,6 +39,13 @@ public:
     const std::string& GetBytes() const noexcept { return m_text; }
     bool IsChanged() const noexcept { return m_isChanged; }
 
+    /// A line of a section: its key, and its value without outer blanks.
+    using KeyValue = std::pair<std::string, std::string>;
+
+    /// The names of all sections in the order of the file; one that stands twice is named twice.
+    std::vector<std::string> GetSections() const;
+    /// The lines of the section that counts, keys that stand twice included; empty without one.
+    std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
     bool HasSection(std::string_view in_section, Rules in_rules = Rules::FIRST_FILE) const;
     /// The value, without outer blanks; nothing when the reader finds none.
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key,

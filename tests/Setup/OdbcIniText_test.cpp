@@ -150,6 +150,16 @@ TEST(OdbcIniText, KnowsWhatALineCanCarry) {
     EXPECT_FALSE(OdbcIniText::IsCarriableSection("a]b"));
 }
 
+TEST(OdbcIniText, ListsSectionsAndTheLinesOfOne) {
+    const OdbcIniText text("# c\n\n[ A ]\nk = v ; w\n# x=1\n\nk=2\nalone\n [B]\n[a]\ny=z");
+    EXPECT_EQ(text.GetSections(), (std::vector<std::string>{"A", "B", "a"}));
+    const std::vector<OdbcIniText::KeyValue> lines{{"k", "v ; w"}, {"k", "2"}, {"alone", ""}};
+    EXPECT_EQ(text.GetKeyValues("a"), lines);
+    EXPECT_TRUE(text.GetKeyValues("b").empty());
+    EXPECT_TRUE(text.GetKeyValues("c").empty());
+    EXPECT_TRUE(OdbcIniText("k=v\n[A]\n").GetSections().empty());
+}
+
 // A search must not look back over the same bytes for each bracket.
 TEST(OdbcIniText, FindsItsWayThroughALineOfBrackets) {
     std::string bytes = "[A]\nk=1\n";
