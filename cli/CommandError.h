@@ -1,4 +1,4 @@
-/// The exit codes of the program, and the failure that carries one.
+/// The exit codes of the program and the failure that carries one.
 #ifndef CLI_COMMANDERROR_H
 #define CLI_COMMANDERROR_H
 
@@ -15,7 +15,7 @@ enum ExitCode {
     EXIT_EXISTS = 4
 };
 
-/// A failure with an exit code of its own.
+/// A failure with an exit code of its own. Its text names keys, never the value of a secret one.
 class CommandError : public std::runtime_error {
 public:
     CommandError(ExitCode in_exitCode, const std::string& in_text)

@@ -1,183 +1,192 @@
 #include "cli/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <functional>
+#include <algorithm>
+#include <deque>
 
-#include "cli/Commands.h"
-#include "cli/Doctor.h"
-#include "cli/DriverCommands.h"
-#include "cli/FleetCommands.h"
+#include "cli/CommandError.h"
+#include "cli/HelpText.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-using Action = void (*)(const Options&);
-
-/// Builds the commands; the options and the chosen action outlive the parsing.
-class CommandLine {
-public:
-    CommandLine();
-    int Run(int in_count, char** in_arguments);
-
-private:
-    CLI::App* Add(const char* in_name, const char* in_help, Action in_action);
-    CLI::App* Add(CLI::App& io_parent, const char* in_name, const char* in_help, Action in_action);
-    void AddDriverCommands();
-    CLI::App* AddNamed(const char* in_name, const char* in_help, Action in_action);
-    void AddDriver(CLI::App& io_command);
-    void AddValues(CLI::App& io_command);
-    void AddPassword(CLI::App& io_command);
-    void AddField(CLI::App& io_command, const char* in_option, const char* in_key,
-                  const char* in_help);
-    void AddFlag(CLI::App& io_command, const char* in_option, bool& out_flag, const char* in_help);
-
-    CLI::App m_app{"Manages the DSNs of the Veltrane ODBC driver through the ODBC installer.",
-                   "veltrane-dsn"};
-    Options m_options;
-    Action m_action = nullptr;
-    bool m_isUser = true;  ///< only there to be said
+/// The parser's own storage for one command.
+struct Parsed {
+    const CommandInfo* m_info = nullptr;
+    CLI::App* m_app = nullptr;
+    bool m_isHelp = false;
+    std::vector<std::string> m_arguments;
+    struct Option {
+        const OptionInfo* m_info;
+        CLI::Option* m_option;
+        std::vector<std::string> m_values;
+    };
+    std::deque<Option> m_options;  // addresses stay
 };
 
-void CommandLine::AddFlag(CLI::App& io_command, const char* in_option, bool& out_flag,
-                          const char* in_help) {
-    io_command.add_flag(in_option, out_flag, in_help);
-}
+[[noreturn]] void Refuse(const std::string& in_text) { throw CommandError(EXIT_USAGE, in_text); }
 
-CLI::App* CommandLine::Add(const char* in_name, const char* in_help, Action in_action) {
-    return Add(m_app, in_name, in_help, in_action);
-}
-
-CLI::App* CommandLine::Add(CLI::App& io_parent, const char* in_name, const char* in_help,
-                           Action in_action) {
-    CLI::App* command = io_parent.add_subcommand(in_name, in_help);
-    command->callback([this, in_action] { m_action = in_action; });
-    CLI::Option* user = command->add_flag("--user", m_isUser, "Work on the user's DSNs (default)");
-    command
-        ->add_flag_callback(
-            "--system", [this] { m_options.m_scope = Scope::System; }, "Work on system DSNs")
-        ->excludes(user);
-    AddFlag(*command, "--json", m_options.m_output.m_isJson, "Print JSON");
-    return command;
-}
-
-CLI::App* CommandLine::AddNamed(const char* in_name, const char* in_help, Action in_action) {
-    CLI::App* command = Add(in_name, in_help, in_action);
-    command->add_option("name", m_options.m_dsn, "Name of the DSN")->required();
-    AddFlag(*command, "--show-secrets", m_options.m_output.m_hasSecrets,
-            "Show passwords, not ********");
-    return command;
-}
-
-void CommandLine::AddDriver(CLI::App& io_command) {
-    io_command.add_option("--driver", m_options.m_driver, "The driver's name in odbcinst.ini");
-}
-
-void CommandLine::AddField(CLI::App& io_command, const char* in_option, const char* in_key,
-                           const char* in_help) {
-    io_command.add_option_function<std::string>(
-        in_option,
-        [this, in_key](const std::string& in_value) {
-            m_options.m_fields.emplace_back(in_key, in_value);
-        },
-        in_help);
-}
-
-void CommandLine::AddPassword(CLI::App& io_command) {
-    PasswordSource& source = m_options.m_password;
-    CLI::Option_group* group = io_command.add_option_group("Password");
-    group->add_flag("--pwd-stdin", source.m_isInput, "Password: first line of standard input");
-    group->add_flag("--pwd-prompt", source.m_isPrompt, "Password: asked for on the terminal");
-    group->add_option("--pwd-file", source.m_file, "Password: first line of this file");
-    group->add_option("--pwd-env", source.m_variable, "Password: this environment variable");
-    group->require_option(0, 1);
-}
-
-void CommandLine::AddValues(CLI::App& io_command) {
-    AddDriver(io_command);
-    AddField(io_command, "--server", "Server", "Server");
-    AddField(io_command, "--database", "Database", "Database");
-    AddField(io_command, "--namespace", "Namespace", "Cognos namespace");
-    AddField(io_command, "--login-mode", "LoginMode", "MicroStrategy login mode");
-    AddField(io_command, "--uid", "UID", "User id");
-    io_command.add_option("-p", m_options.m_assignments, "KEY=VALUE; may be repeated")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    io_command.add_option("--unset", m_options.m_unset, "Remove this key; may be repeated")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    io_command.add_option("--connection-string", m_options.m_connectionString,
-                          "KEY=VALUE;KEY={VALUE}");
-    AddPassword(io_command);
-}
-
-void CommandLine::AddDriverCommands() {
-    CLI::App* driver = m_app.add_subcommand("driver", "Register drivers and list them");
-    driver->require_subcommand(1);
-    CLI::App* add = Add(*driver, "register", "Register the driver", RegisterTheDriver);
-    add->add_option("--setup", m_options.m_setupLibrary, "Path of the setup library")->required();
-    add->add_option("--library", m_options.m_driverLibrary, "Path of the driver itself");
-    AddFlag(*add, "--replace", m_options.m_isReplace, "Change a registration that exists");
-    CLI::App* remove =
-        Add(*driver, "unregister", "Take the registration back", UnregisterTheDriver);
-    Add(*driver, "list", "List the registered drivers", PrintDrivers);
-    CLI::App* where = Add("where", "Print the files in use", PrintPlaces);
-    CLI::App* doctor = Add("doctor", "Find what is wrong and say how to repair it", Examine);
-    for (CLI::App* command : {add, remove, where, doctor}) {
-        AddDriver(*command);
-    }
-}
-
-CommandLine::CommandLine() {
-    m_app.require_subcommand(1);
-    m_app.set_help_flag("-h,--help", "Print this help");
-    CLI::App* add = AddNamed("add", "Add a DSN", AddDsn);
-    AddValues(*add);
-    CLI::Option* ifMissing =
-        add->add_flag("--if-missing", m_options.m_isIfMissing, "Leave a DSN that exists as it is");
-    add->add_flag("--replace", m_options.m_isReplace, "Replace a DSN that exists, all keys of it")
-        ->excludes(ifMissing);
-    CLI::App* set = AddNamed("set", "Change values of a DSN, keep the others", SetDsn);
-    AddValues(*set);
-    CLI::App* remove = AddNamed("remove", "Remove a DSN", RemoveDsn);
-    AddDriver(*remove);
-    AddNamed("show", "Show the values of a DSN", ShowDsn);
-    AddDriver(*Add("list", "List the driver's DSNs", ListDsns));
-    CLI::App* apply = Add("apply", "Make DSNs what a description says", ApplyDescription);
-    apply->add_option("file", m_options.m_file, "JSON or INI; - for standard input")->required();
-    AddFlag(*apply, "--replace", m_options.m_isReplace, "Drop keys that are not described");
-    CLI::App* exported = Add("export", "Print a description of the driver's DSNs", ExportDsns);
-    for (CLI::App* command : {apply, exported}) {
-        AddFlag(*command, "--show-secrets", m_options.m_output.m_hasSecrets,
-                "Show passwords, not ********");
-    }
-    CLI::App* check = Add("check", "Say what is wrong with DSNs", CheckDsns);
-    check->add_option("name", m_options.m_dsn, "Name of the DSN; all of the driver without it");
-    for (CLI::App* command : {exported, check}) {
-        AddDriver(*command);
-    }
-    AddDriverCommands();
-    for (CLI::App* command : {add, set, remove, apply}) {
-        AddFlag(*command, "--dry-run", m_options.m_output.m_isDryRun,
-                "Show the difference, do nothing");
-        AddFlag(*command, "-q,--quiet", m_options.m_output.m_isQuiet, "Print nothing but errors");
-    }
-}
-
-int CommandLine::Run(int in_count, char** in_arguments) {
+/// "driver" of "driver register" gets the parent that its commands share.
+CLI::App* FindParent(CLI::App& io_root, std::string_view in_name) {
+    const std::size_t blank = in_name.find(' ');
+    if (blank == std::string_view::npos) return &io_root;
+    const std::string group(in_name.substr(0, blank));
     try {
-        m_app.parse(in_count, in_arguments);
-    } catch (const CLI::ParseError& error) {
-        return m_app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        return io_root.get_subcommand(group);
+    } catch (const CLI::OptionNotFound&) {
+        CLI::App* const parent = io_root.add_subcommand(group);
+        parent->set_help_flag();
+        parent->require_subcommand(0, 1);
+        return parent;
     }
-    m_action(m_options);
-    return EXIT_DONE;
+}
+
+void AddOption(Parsed& io_parsed, const OptionInfo& in_info) {
+    Parsed::Option& option = io_parsed.m_options.emplace_back(Parsed::Option{&in_info, {}, {}});
+    const std::string names(in_info.m_names);
+    if (in_info.m_argument.empty()) {
+        option.m_option = io_parsed.m_app->add_flag(names);
+    } else {
+        option.m_option = io_parsed.m_app->add_option(names, option.m_values);
+        option.m_option->allow_extra_args(false)->take_all();
+    }
+}
+
+void AddCommand(CLI::App& io_root, const CommandInfo& in_info, Parsed& out_parsed) {
+    const std::string_view name = in_info.m_name;
+    out_parsed.m_info = &in_info;
+    out_parsed.m_app =
+        FindParent(io_root, name)->add_subcommand(std::string(name.substr(name.rfind(' ') + 1)));
+    out_parsed.m_app->set_help_flag();
+    out_parsed.m_app->add_flag("-h,--help", out_parsed.m_isHelp);
+    for (const OptionInfo* option : GetOptionsOf(in_info.m_id)) AddOption(out_parsed, *option);
+    if (!in_info.m_arguments.empty()) {
+        out_parsed.m_app->add_option("arguments", out_parsed.m_arguments);
+    }
+}
+
+/// Takes the words behind "--" away: none of them is an option.
+std::vector<std::string> SplitAtMark(std::vector<std::string>& io_arguments) {
+    const auto mark = std::find(io_arguments.begin(), io_arguments.end(), "--");
+    if (mark == io_arguments.end()) return {};
+    std::vector<std::string> behind(mark + 1, io_arguments.end());
+    io_arguments.erase(mark, io_arguments.end());
+    return behind;
+}
+
+/// The parser takes the next word for the value of "--uid="; here it means an empty value.
+std::vector<std::string> SeparateEmptyValues(const std::vector<std::string>& in_arguments) {
+    std::vector<std::string> arguments;
+    for (const std::string& argument : in_arguments) {
+        const bool isEmpty = argument.size() > 3 && argument.starts_with("--") &&
+                             argument.find('=') == argument.size() - 1;
+        arguments.push_back(isEmpty ? argument.substr(0, argument.size() - 1) : argument);
+        if (isEmpty) arguments.emplace_back();
+    }
+    return arguments;
+}
+
+/// The options among words that nothing takes, without their values.
+std::string DescribeExtras(const std::vector<std::string>& in_extras) {
+    for (const std::string& word : in_extras) {
+        if (word.size() > 1 && word.front() == '-') {
+            return "There is no option " + word.substr(0, word.find('=')) + ".";
+        }
+    }
+    return "There is an argument too many, or an unknown command.";
+}
+
+void CheckCounts(const Parsed& in_parsed) {
+    const std::string_view shape = in_parsed.m_info->m_arguments;
+    const std::size_t count = in_parsed.m_arguments.size();
+    const bool areMany = shape.find("...") != std::string_view::npos;
+    if (count == 0 && !shape.empty() && shape.front() != '[') {
+        Refuse("The command needs " + std::string(shape) + ".");
+    }
+    if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There is an argument too many.");
+    for (const Parsed::Option& option : in_parsed.m_options) {
+        const std::string name(GetLongName(*option.m_info));
+        if (option.m_info->m_argument.empty()) {
+            for (const std::string& result : option.m_option->results()) {
+                if (result != "true") Refuse(name + " takes no value.");
+            }
+        } else if (option.m_option->count() > 1 && !option.m_info->m_isRepeatable) {
+            Refuse(name + " is given twice.");
+        }
+    }
+}
+
+CommandLine MakeResult(const Parsed& in_parsed) {
+    CommandLine line;
+    line.m_command = in_parsed.m_info->m_id;
+    line.m_arguments = in_parsed.m_arguments;
+    for (const Parsed::Option& option : in_parsed.m_options) {
+        if (option.m_option->count() == 0) continue;
+        line.m_options[option.m_info->m_id] = option.m_values;
+    }
+    if (line.Has(OptionId::User) && line.Has(OptionId::System)) {
+        Refuse("--user and --system exclude each other.");
+    }
+    return line;
+}
+
+/// What the root parser stands for when no command ran.
+void RunRoot(CLI::App& io_root, bool& io_isHelp, bool& io_isVersion) {
+    io_root.set_help_flag();
+    // Otherwise a DSN that is named as a command is taken for it.
+    io_root.require_subcommand(0, 1);
+    io_root.add_flag("-h,--help", io_isHelp);
+    io_root.add_flag("--version", io_isVersion);
+}
+
+std::string DescribeParseError(const CLI::ParseError& in_error, const CLI::App& in_app) {
+    if (dynamic_cast<const CLI::ExtrasError*>(&in_error) != nullptr) {
+        return DescribeExtras(in_app.remaining(true));
+    }
+    // The other errors name options only: nothing here is converted or validated.
+    return in_error.what();
 }
 
 }  // namespace
 
-int RunCommandLine(int in_count, char** in_arguments) {
-    return CommandLine().Run(in_count, in_arguments);
+std::string CommandLine::Get(OptionId in_id, const std::string& in_default) const {
+    const auto found = m_options.find(in_id);
+    return found == m_options.end() || found->second.empty() ? in_default : found->second.front();
+}
+
+std::vector<std::string> CommandLine::GetAll(OptionId in_id) const {
+    const auto found = m_options.find(in_id);
+    return found == m_options.end() ? std::vector<std::string>() : found->second;
+}
+
+CommandLine ParseCommandLine(std::vector<std::string> in_arguments) {
+    CLI::App root;
+    bool isHelp = false;
+    bool isVersion = false;
+    RunRoot(root, isHelp, isVersion);
+    std::deque<Parsed> commands;
+    for (const CommandInfo& info : GetCommands()) {
+        AddCommand(root, info, commands.emplace_back());
+    }
+    const std::vector<std::string> behind = SplitAtMark(in_arguments);
+    std::vector<std::string> arguments = SeparateEmptyValues(in_arguments);
+    std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
+    try {
+        root.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        Refuse(DescribeParseError(error, root) + " Try veltrane-dsn --help.");
+    }
+    if (isVersion) throw HelpRequest{MakeVersionText()};
+    for (Parsed& parsed : commands) {
+        if (!parsed.m_app->parsed()) continue;
+        parsed.m_arguments.insert(parsed.m_arguments.end(), behind.begin(), behind.end());
+        if (parsed.m_isHelp) throw HelpRequest{MakeHelp(*parsed.m_info)};
+        CheckCounts(parsed);
+        return MakeResult(parsed);
+    }
+    if (isHelp) throw HelpRequest{MakeOverview()};
+    Refuse("A command is missing. Try veltrane-dsn --help.");
 }
 
 }  // namespace Veltrane::Cli

@@ -1,47 +1,38 @@
-/// The commands of veltrane-dsn on DSNs. Each prints its result on standard output and throws on
-/// failure.
+/// The commands of veltrane-dsn. Each prints its result on standard output.
 #ifndef CLI_COMMANDS_H
 #define CLI_COMMANDS_H
 
-#include <string>
-#include <vector>
-
-#include "cli/Change.h"
 #include "cli/CommandError.h"
-#include "cli/DriverManager.h"
-#include "cli/Output.h"
-#include "cli/Password.h"
+#include "cli/CommandLine.h"
+#include "cli/DsnStore.h"
 
 namespace Veltrane::Cli {
 
-/// What the command line says.
-struct Options {
-    Scope m_scope = Scope::User;
-    std::string m_driver;
-    std::string m_dsn;
-    std::vector<Values::Item> m_fields;      ///< --server and the like
-    std::vector<std::string> m_assignments;  ///< -p
-    std::vector<std::string> m_unset;
-    std::string m_connectionString;
-    PasswordSource m_password;
-    std::string m_file;  ///< of a description; "-" for standard input
-    std::string m_setupLibrary;
-    std::string m_driverLibrary;
-    bool m_isIfMissing = false;
-    bool m_isReplace = false;
-    OutputOptions m_output;
-};
+/// Runs the command of the line.
+/// @throws CommandError and other exceptions, which are failures without an exit code of their own
+ExitCode RunCommand(const CommandLine& in_line);
 
-constexpr char DEFAULT_DRIVER[] = "Veltrane";
+ExitCode AddDsn(const CommandLine& in_line);
+ExitCode SetDsn(const CommandLine& in_line);
+ExitCode RemoveDsns(const CommandLine& in_line);
+ExitCode ApplyDescriptions(const CommandLine& in_line);
 
-void AddDsn(const Options& in_options);
-/// Changes the given values of a DSN and keeps the others.
-void SetDsn(const Options& in_options);
-void RemoveDsn(const Options& in_options);
-/// Prints the DSN's values, secrets masked.
-void ShowDsn(const Options& in_options);
-/// Prints the names of the driver's DSNs.
-void ListDsns(const Options& in_options);
+ExitCode ShowDsn(const CommandLine& in_line);
+ExitCode ListDsns(const CommandLine& in_line);
+ExitCode ExportDsns(const CommandLine& in_line);
+ExitCode CheckDsns(const CommandLine& in_line);
+
+ExitCode RegisterDriver(const CommandLine& in_line);
+ExitCode UnregisterDriver(const CommandLine& in_line);
+ExitCode ListDrivers(const CommandLine& in_line);
+
+ExitCode ShowPlaces(const CommandLine& in_line);
+ExitCode RunDoctor(const CommandLine& in_line);
+
+/// The scope that the options name.
+Scope GetScope(const CommandLine& in_line);
+/// The failure that a DSN is not there.
+CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn);
 
 }  // namespace Veltrane::Cli
 

@@ -1,158 +1,139 @@
-#include "cli/Doctor.h"
-
-#include <algorithm>
+#include <filesystem>
 #include <iostream>
-#include <optional>
 
-#include "Setup/InstallerLibrary.h"
-#include "Setup/OdbcIniText.h"
-#include "cli/Drivers.h"
-#include "cli/Faults.h"
-#include "cli/LibraryCheck.h"
-#include "cli/Profile.h"
-#include "cli/ProfileFile.h"
+#include "cli/Commands.h"
+#include "cli/DriverFindings.h"
+#include "cli/DriverManagerFindings.h"
+#include "cli/DriverRegistry.h"
+#include "cli/DsnFindings.h"
+#include "cli/Report.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-using Findings = std::vector<std::string>;
-
-void ExamineDriver(const std::string& in_driver, Findings& io_findings) {
-    if (!IsDriverRegistered(in_driver)) {
-        io_findings.push_back("The driver \"" + in_driver + "\" is not registered in " +
-                              DriversFile() +
-                              ". Register it: veltrane-dsn driver register --setup PATH.");
-        return;
-    }
-    const std::string setup = SetupLibraryOf(in_driver);
-    if (setup.empty()) {
-        io_findings.push_back("The driver \"" + in_driver + "\" has no setup library in " +
-                              DriversFile() +
-                              ". Name it: veltrane-dsn driver register --replace --setup PATH.");
-    } else if (const std::string fault = FindLibraryFault(setup, "ConfigDSN"); !fault.empty()) {
-        io_findings.push_back("Setup library: " + fault);
-    }
-    for (const char* key : {"Driver64", "Driver"}) {
-        const std::string library = ReadDriverValue(in_driver, key);
-        const std::string fault = library.empty() ? library : FindLibraryFault(library, nullptr);
-        if (!fault.empty()) {
-            io_findings.push_back("Driver library: " + fault);
-        }
-    }
+void Append(Findings& io_findings, Findings in_more) {
+    io_findings.insert(io_findings.end(), std::make_move_iterator(in_more.begin()),
+                       std::make_move_iterator(in_more.end()));
 }
 
-bool HasPassword(const Profile& in_profile) {
-    for (const std::string& name : in_profile.Names()) {
-        for (const auto& [key, value] : *in_profile.Find(name)) {
-            if (IsSecret(key) && !value.empty()) {
-                return true;
-            }
+/// The DSNs of the driver, and those of drivers that are not registered.
+Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
+    Findings findings;
+    const DriverRegistry registry;
+    const ODBC::OdbcIniText text = in_store.Load();
+    for (const std::string& dsn : GetDsnNames(text)) {
+        const std::string driver = text.Get(dsn, "Driver").value_or("");
+        if (EqualsIgnoringCase(driver, in_driver)) {
+            Append(findings, ExamineDsn(text, dsn));
+        } else if (driver.empty()) {
+            findings.push_back(
+                {Severity::Warning, "dsn-without-driver",
+                 "The DSN \"" + dsn + "\" of " + in_store.GetPath() + " has no Driver entry.",
+                 "Add it again, or remove the section from the file."});
+        } else if (driver.find('/') == std::string::npos && !registry.Find(driver)) {
+            findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
+                                "The DSN \"" + dsn + "\" of " + in_store.GetPath() +
+                                    " is one of the driver \"" + driver +
+                                    "\", which is not registered in " + registry.GetPath() + ".",
+                                "Install and register that driver, or remove the DSN."});
         }
     }
-    return false;
+    return findings;
 }
 
-void ExamineLines(Scope in_scope, Findings& io_findings) {
-    const std::string path = ProfilePath(in_scope);
-    std::string text = ReadProfileFile(in_scope);
-    std::size_t number = 1;
-    for (std::size_t begin = 0; begin < text.size(); ++number) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        if (end - begin > ODBC::OdbcIniText::MAX_LINE) {
-            io_findings.push_back(path + ", line " + std::to_string(number) +
-                                  ": it is longer than 999 bytes, and the driver manager cuts " +
-                                  "it. Shorten its value.");
+Findings Examine(const std::string& in_driver) {
+    Findings findings;
+    const DsnStore user(Scope::User);
+    const DsnStore system(Scope::System);
+    // Each examination stands for itself: what one cannot read must not hide what others find.
+    const auto add = [&findings](const auto& in_examine) {
+        try {
+            Append(findings, in_examine());
+        } catch (const CommandError& error) {
+            findings.push_back({Severity::Error, "cannot-examine", std::string(error.what()) + ".",
+                                "Give yourself the right to read it and run doctor again."});
         }
-        begin = end + 1;
+    };
+    add([&] { return ExamineDriver(in_driver); });
+    for (const DsnStore* store : {&user, &system}) {
+        const Findings file = ExamineFile(*store);
+        const bool isReadable =
+            file.empty() || std::string_view(file.front().m_id) != "file-unreadable";
+        Append(findings, file);
+        if (isReadable) add([&] { return ExamineDsns(*store, in_driver); });
     }
-    Wipe(text);
+    Append(findings, ExamineShadows(user, system));
+    Append(findings, ExamineEnvironment());
+    Append(findings, ExamineDriverManager(ProbeDriverManager()));
+    return findings;
 }
 
-/// Nothing when the file cannot be read.
-std::optional<Profile> ExamineFile(Scope in_scope, bool in_isWritten, Findings& io_findings) {
-    const std::string path = ProfilePath(in_scope);
-    const std::string problem = in_isWritten ? DescribeUnwritable(path) : std::string();
-    if (!problem.empty()) {
-        io_findings.push_back(problem + ". Give yourself the right to write there.");
-    }
-    try {
-        std::optional<Profile> profile(std::in_place, in_scope);
-        ExamineLines(in_scope, io_findings);
-        if (HasPassword(*profile) && IsReadableByOthers(path)) {
-            io_findings.push_back(path + ": it holds a password, and other users may read it. " +
-                                  "Run: chmod go-rwx " + path);
-        }
-        return profile;
-    } catch (const InstallerError& error) {
-        if (problem.empty()) {
-            io_findings.push_back(std::string(error.what()) + ". Repair the file.");
-        }
-        return std::nullopt;
-    }
+std::string Count(std::size_t in_count, const char* in_name) {
+    return std::to_string(in_count) + " " + in_name + (in_count == 1 ? "" : "s");
 }
 
-void ExamineDsns(const Profile& in_profile, const std::string& in_driver, Findings& io_findings) {
-    for (const std::string& name : in_profile.Names()) {
-        const std::string* const driver = in_profile.Find(name)->Find("Driver");
-        if (driver == nullptr || !IsSameKey(*driver, in_driver)) {
-            continue;
-        }
-        for (const std::string& fault : FindFaults(name, *in_profile.Find(name))) {
-            io_findings.push_back("DSN " + name + ": " + fault);
-        }
+void PrintSummary(const Findings& in_findings) {
+    std::size_t counts[3] = {};
+    for (const Finding& finding : in_findings) {
+        ++counts[static_cast<std::size_t>(finding.m_severity)];
     }
+    std::cout << Count(counts[0], "error") << ", " << Count(counts[1], "warning") << ", "
+              << Count(counts[2], "note") << "\n";
 }
 
-/// What is known about the driver manager, which tells no version of its own.
-std::string DescribeDriverManager() {
-    const ODBC::InstallerLibrary& library = ODBC::GetInstallerLibrary();
-    const std::string common =
-        " Its own writes of odbc.ini take no lock: do not let other tools write at the same time.";
-    if (library.m_readWithoutLock != nullptr) {
-        return "unixODBC 2.3.13 or later. Setup libraries of other drivers that read profiles may "
-               "hang in it." +
-               common;
-    }
-    if (library.m_clearCache != nullptr) {
-        return "unixODBC 2.3.12. Programs see changes of odbc.ini up to 20 s late." + common;
-    }
-    return "unixODBC 2.3.11 or earlier. Programs see changes of odbc.ini up to 20 s late." + common;
+/// What where shows: a name for people, its key in JSON, and a path.
+struct Place {
+    const char* m_title;
+    const char* m_key;
+    std::string m_path;
+};
+
+std::vector<Place> FindPlaces(const std::string& in_driver) {
+    const DriverRegistry registry;
+    const Entries driver = registry.Find(in_driver).value_or(Entries());
+    return {
+        {"DSNs of this user", "user_file", DsnStore(Scope::User).GetPath()},
+        {"DSNs of all users", "system_file", DsnStore(Scope::System).GetPath()},
+        {"Drivers", "driver_file", registry.GetPath()},
+        {"Setup library", "setup_library", GetLibraryEntry(driver, "Setup")},
+        {"Driver library", "driver_library", GetLibraryEntry(driver, "Driver")},
+        {"Installer library", "installer_library", ProbeDriverManager().m_library},
+    };
+}
+
+const char* DescribePresence(const std::string& in_path) {
+    if (in_path.empty()) return "not registered";
+    std::error_code error;
+    const bool isThere = std::filesystem::exists(in_path, error);
+    return isThere || in_path.find('/') == std::string::npos ? "" : " (does not exist)";
 }
 
 }  // namespace
 
-void Examine(const Options& in_options) {
-    const std::string driver = in_options.m_driver.empty() ? DEFAULT_DRIVER : in_options.m_driver;
-    Findings findings;
-    ExamineDriver(driver, findings);
-    const bool isSystem = in_options.m_scope == Scope::System;
-    const std::optional<Profile> user = ExamineFile(Scope::User, !isSystem, findings);
-    const std::optional<Profile> system = ExamineFile(Scope::System, isSystem, findings);
-    for (const std::optional<Profile>* profile : {&user, &system}) {
-        if (*profile) {
-            ExamineDsns(**profile, driver, findings);
-        }
-    }
-    if (user && system) {
-        for (const std::string& name : user->Names()) {
-            if (system->Find(name) != nullptr) {
-                findings.push_back("DSN " + name + ": the user's one hides the system's one. " +
-                                   "Remove one: veltrane-dsn remove " + name + ".");
-            }
-        }
-    }
-    if (in_options.m_output.m_isJson) {
-        PrintJson({{"findings", findings}, {"driver_manager", DescribeDriverManager()}});
+ExitCode RunDoctor(const CommandLine& in_line) {
+    const Findings findings = Examine(in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
+    if (in_line.Has(OptionId::Json)) {
+        PrintJson({{"sound", !HasError(findings)}, {"findings", ToJson(findings)}});
     } else {
-        for (const std::string& finding : findings) {
-            std::cout << finding << "\n";
+        PrintFindings(findings);
+        PrintSummary(findings);
+    }
+    return HasError(findings) ? EXIT_FAILED : EXIT_DONE;
+}
+
+ExitCode ShowPlaces(const CommandLine& in_line) {
+    Json document = Json::object();
+    for (const Place& place : FindPlaces(in_line.Get(OptionId::Driver, DEFAULT_DRIVER))) {
+        if (in_line.Has(OptionId::Json)) {
+            document[place.m_key] = place.m_path;
+        } else {
+            std::cout << place.m_title << ": " << place.m_path << DescribePresence(place.m_path)
+                      << "\n";
         }
-        std::cout << "Driver manager: " << DescribeDriverManager() << "\n";
     }
-    if (!findings.empty()) {
-        throw CommandError(EXIT_FAILED, "Findings: " + std::to_string(findings.size()) + ".");
-    }
+    if (in_line.Has(OptionId::Json)) PrintJson(document);
+    return EXIT_DONE;
 }
 
 }  // namespace Veltrane::Cli

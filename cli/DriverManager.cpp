@@ -2,7 +2,7 @@
 
 #include <odbcinst.h>
 
-#include "cli/ProfileFile.h"
+#include "cli/InitialValuesFile.h"
 
 namespace Veltrane::Cli {
 
@@ -24,38 +24,25 @@ std::string InstallerErrors() {
         }
         text.append(std::to_string(code)).append(": ").append(message);
     }
-    return text;
+    return text.empty() ? "the installer gave no reason" : text;
 }
 
 }  // namespace
 
-void ThrowInstallerErrors(const std::string& in_path) {
-    std::string text = InstallerErrors();
-    const std::string problem = in_path.empty() ? in_path : DescribeUnwritable(in_path);
-    if (!problem.empty()) {
-        text += (text.empty() ? "" : "\n") + problem;
-    }
-    throw InstallerError(text.empty() ? "the installer gave no reason" : text);
-}
-
-bool DriverManager::IsValidName(const std::string& in_name) {
-    const bool isSimple = in_name.find_first_of(std::string("\0\n\r\t", 4)) == std::string::npos;
-    return isSimple && !in_name.empty() && in_name.front() != ' ' && in_name.back() != ' ' &&
-           SQLValidDSN(in_name.c_str());
-}
-
-void DriverManager::Configure(Request in_request, const std::string& in_driver,
-                              const std::string& in_dsn) const {
+std::string DriverManager::Configure(Request in_request, Scope in_scope,
+                                     const std::string& in_driver, const std::string& in_dsn,
+                                     const Entries& in_values) const {
     constexpr WORD USER_TO_SYSTEM = ODBC_ADD_SYS_DSN - ODBC_ADD_DSN;
     WORD request = static_cast<WORD>(in_request);
-    if (m_scope == Scope::System) {
+    if (in_scope == Scope::System) {
         request = static_cast<WORD>(request + USER_TO_SYSTEM);
     }
     std::string attributes = "DSN=" + in_dsn;
     attributes.push_back('\0');
-    if (!SQLConfigDataSource(nullptr, request, in_driver.c_str(), attributes.c_str())) {
-        ThrowInstallerErrors({});
-    }
+    const InitialValuesFile values(in_values);
+    const bool isDone =
+        SQLConfigDataSource(nullptr, request, in_driver.c_str(), attributes.c_str()) != 0;
+    return isDone ? std::string() : InstallerErrors();
 }
 
 }  // namespace Veltrane::Cli

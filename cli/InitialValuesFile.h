@@ -3,21 +3,15 @@
 #ifndef CLI_INITIALVALUESFILE_H
 #define CLI_INITIALVALUESFILE_H
 
-#include <string>
-#include <utility>
-#include <vector>
+#include "cli/Entries.h"
 
 namespace Veltrane::Cli {
-
-/// Key and value of each field, in UTF-8.
-using FieldValues = std::vector<std::pair<std::string, std::string>>;
 
 class InitialValuesFile {
 public:
     /// Writes the file and names it in VELTRANE_DSN_INITIAL_VALUES.
-    /// @throws std::invalid_argument when a value holds what no line can carry: line ends, other
-    ///         control characters, blanks at an end. The text names the key, never the value.
-    explicit InitialValuesFile(const FieldValues& in_values);
+    /// @param in_values  each as one line can carry it: MakePlan has seen to that
+    explicit InitialValuesFile(const Entries& in_values);
     InitialValuesFile(const InitialValuesFile&) = delete;
     InitialValuesFile& operator=(const InitialValuesFile&) = delete;
     ~InitialValuesFile();

@@ -5,29 +5,16 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <stdexcept>
+#include <string>
 #include <system_error>
+
+#include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
 constexpr char VARIABLE[] = "VELTRANE_DSN_INITIAL_VALUES";
-
-void CheckValue(const std::string& in_key, const std::string& in_value) {
-    for (const char c : in_value) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) {
-            throw std::invalid_argument("The value of " + in_key +
-                                        " holds a control character, which cannot be stored.");
-        }
-    }
-    if (!in_value.empty() && (in_value.front() == ' ' || in_value.back() == ' ')) {
-        throw std::invalid_argument("The value of " + in_key +
-                                    " begins or ends with a blank, which cannot be stored.");
-    }
-}
 
 void WriteAll(int in_descriptor, const std::string& in_text) {
     std::size_t written = 0;
@@ -43,12 +30,10 @@ void WriteAll(int in_descriptor, const std::string& in_text) {
 
 }  // namespace
 
-InitialValuesFile::InitialValuesFile(const FieldValues& in_values) {
-    std::string text;
-    text.reserve(1 << 14);  // more than all values, so that no copy of a password stays behind
-    text = "[DSN]\n";
+InitialValuesFile::InitialValuesFile(const Entries& in_values) {
+    std::string text = "[DSN]\n";
+    const ODBC::WipeAtEnd wipe(text);
     for (const auto& [key, value] : in_values) {
-        CheckValue(key, value);
         text += key + "=" + value + "\n";
     }
     m_descriptor = memfd_create("veltrane-dsn", MFD_CLOEXEC);
@@ -56,7 +41,6 @@ InitialValuesFile::InitialValuesFile(const FieldValues& in_values) {
         throw std::system_error(errno, std::generic_category(), "Making room for the values");
     }
     WriteAll(m_descriptor, text);
-    explicit_bzero(text.data(), text.size());
     setenv(VARIABLE, ("/proc/self/fd/" + std::to_string(m_descriptor)).c_str(), 1);
 }
 

@@ -1,19 +1,45 @@
 /// veltrane-dsn: adds, changes, removes and shows DSNs through the installed driver manager.
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Generate.h"
+#include "cli/Report.h"
+
+namespace {
+
+using namespace Veltrane::Cli;
+
+int Run(const std::vector<std::string>& in_arguments) {
+    // Of use to the build only.
+    if (in_arguments.size() == 2 && in_arguments.front() == "--generate") {
+        std::cout << Generate(in_arguments.back());
+        return EXIT_DONE;
+    }
+    const CommandLine line = ParseCommandLine(in_arguments);
+    const ExitCode code = RunCommand(line);
+    std::cout.flush();
+    if (!std::cout) throw CommandError(EXIT_FAILED, "Standard output cannot be written.");
+    return code;
+}
+
+}  // namespace
 
 int main(int in_count, char** in_arguments) {
-    using namespace Veltrane::Cli;
     try {
-        return RunCommandLine(in_count, in_arguments);
+        return Run(std::vector<std::string>(in_arguments + 1, in_arguments + in_count));
+    } catch (const HelpRequest& help) {
+        std::cout << help.m_text;
+        return EXIT_DONE;
     } catch (const CommandError& error) {
-        std::cerr << "veltrane-dsn: " << error.what() << "\n";
+        PrintError(error.what());
         return error.GetExitCode();
     } catch (const std::exception& error) {
-        std::cerr << "veltrane-dsn: " << error.what() << "\n";
+        PrintError(error.what());
         return EXIT_FAILED;
     }
 }

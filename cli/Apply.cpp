@@ -1,0 +1,78 @@
+#include "cli/Commands.h"
+#include "cli/Description.h"
+#include "cli/DriverManager.h"
+#include "cli/DsnChanger.h"
+#include "cli/Report.h"
+#include "cli/Terminal.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line) {
+    const std::string& argument = in_line.m_arguments.front();
+    const bool isInput = argument == "-";
+    const std::string text = ReadAll(isInput ? std::string() : argument);
+    DescriptionFormat format = GuessFormat(text);
+    if (in_line.Has(OptionId::Format)) {
+        const std::string name = in_line.Get(OptionId::Format);
+        format = name == "ini" ? DescriptionFormat::Ini : DescriptionFormat::Json;
+        if (name != "ini" && name != "json") {
+            throw CommandError(EXIT_USAGE, "--format is json or ini.");
+        }
+    }
+    return ParseDescriptions(text, format, isInput ? "standard input" : argument);
+}
+
+void TakePassword(const DsnDescription& in_description, DsnWish& io_wish) {
+    if (!in_description.m_pwdFile.empty()) {
+        io_wish.m_values.Set("PWD", ReadFirstLine(in_description.m_pwdFile));
+    }
+    const std::string& name = in_description.m_pwdVariable;
+    if (name.empty()) return;
+    std::string password;
+    // Left in the environment: another DSN may name the same one.
+    if (!ReadVariable(name, password)) {
+        throw CommandError(EXIT_FAILED, "pwd_env: the variable " + name + " is not set.");
+    }
+    io_wish.m_values.Set("PWD", password);
+}
+
+DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {
+    DsnWish wish;
+    wish.m_name = in_description.m_name;
+    wish.m_driver = in_description.m_driver.empty() ? in_line.Get(OptionId::Driver, DEFAULT_DRIVER)
+                                                    : in_description.m_driver;
+    wish.m_values = in_description.m_values;
+    wish.m_unset = in_description.m_unset;
+    wish.m_isAbsent = in_description.m_isAbsent;
+    wish.m_isReplaced = in_line.Has(OptionId::Replace);
+    if (!wish.m_isAbsent) TakePassword(in_description, wish);
+    return wish;
+}
+
+}  // namespace
+
+ExitCode ApplyDescriptions(const CommandLine& in_line) {
+    const std::vector<DsnDescription> descriptions = ReadDescriptions(in_line);
+    const DriverManager manager;
+    const DsnStore store(GetScope(in_line));
+    const DsnChanger changer(manager, store);
+    Report report(in_line, store.GetScope());
+    std::size_t done = 0;
+    for (const DsnDescription& description : descriptions) {
+        // One that fails does not stop the others.
+        try {
+            const DsnWish wish = MakeWishFor(description, in_line);
+            const DsnPlan plan = MakePlan(wish, store.Read(description.m_name));
+            if (!in_line.Has(OptionId::DryRun)) changer.Execute(plan);
+            report.AddDone(plan);
+        } catch (const std::exception& error) {
+            report.AddFailed(description.m_name, error.what());
+        }
+        report.ShowProgress(++done, descriptions.size());
+    }
+    return report.Finish();
+}
+
+}  // namespace Veltrane::Cli

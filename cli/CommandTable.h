@@ -1,0 +1,110 @@
+/// Every command and option of veltrane-dsn with its texts: the one source of the parser, --help,
+/// the man page, docs and the shells' completion. Read-only.
+#ifndef CLI_COMMANDTABLE_H
+#define CLI_COMMANDTABLE_H
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+enum class CommandId : unsigned {
+    Add,
+    Set,
+    Remove,
+    Show,
+    List,
+    Apply,
+    Export,
+    Check,
+    DriverRegister,
+    DriverUnregister,
+    DriverList,
+    Where,
+    Doctor,
+};
+
+/// What an argument is, for the shells' completion.
+enum class ValueKind { None, Text, File, Variable, Dsn, Driver, Scope, Format };
+
+enum class OptionId : unsigned {
+    User,
+    System,
+    Driver,
+    Server,
+    Database,
+    Namespace,
+    LoginMode,
+    Uid,
+    Property,
+    Unset,
+    ConnectionString,
+    PwdStdin,
+    PwdFile,
+    PwdEnv,
+    PwdPrompt,
+    Pwd,
+    ShowSecrets,
+    All,
+    IfMissing,
+    IfExists,
+    Replace,
+    DryRun,
+    Format,
+    Setup,
+    Library,
+    Description,
+    Json,
+    Quiet,
+};
+
+struct OptionInfo {
+    OptionId m_id;
+    std::string_view m_names;     ///< "-p,--property"
+    std::string_view m_argument;  ///< "KEY=VALUE"; empty for a switch
+    ValueKind m_kind;
+    bool m_isRepeatable;
+    bool m_isHidden;  ///< understood, in order to be refused with a hint
+    std::string_view m_help;
+    std::uint32_t m_commands;  ///< one bit a command
+};
+
+struct CommandInfo {
+    CommandId m_id;
+    std::string_view m_name;       ///< "driver register"
+    std::string_view m_arguments;  ///< "NAME", "FILE", "[NAME...]" or empty
+    ValueKind m_kind;              ///< of the arguments
+    std::string_view m_summary;    ///< half a sentence
+    std::string_view m_text;       ///< paragraphs, one a line
+    std::string_view m_examples;   ///< one a line
+};
+
+constexpr std::uint32_t Bit(CommandId in_id) { return 1U << static_cast<unsigned>(in_id); }
+
+std::span<const CommandInfo> GetCommands();
+std::span<const OptionInfo> GetOptions();
+const CommandInfo& GetCommand(CommandId in_id);
+/// The options of a command, those to be refused included.
+std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id);
+/// "--property" of "-p,--property"
+std::string_view GetLongName(const OptionInfo& in_option);
+
+/// Sections of the manual that belong to no command; a heading and paragraphs, one a line. A line
+/// "TERM<tab>text" is an item of a list.
+struct ManualSection {
+    std::string_view m_heading;
+    std::string_view m_text;
+};
+
+/// The driver that commands work for unless --driver says otherwise.
+inline constexpr char DEFAULT_DRIVER[] = "Veltrane";
+
+inline constexpr std::string_view PROGRAM_SUMMARY =
+    "manage the DSNs of the Veltrane ODBC driver through the ODBC installer";
+std::span<const ManualSection> GetManualSections();
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,25 @@
+/// Which driver manager is installed.
+#ifndef CLI_DRIVERMANAGERPROBE_H
+#define CLI_DRIVERMANAGERPROBE_H
+
+#include <string>
+
+namespace Veltrane::Cli {
+
+struct DriverManagerInfo {
+    std::string m_library;  ///< path of the installer library of this process
+    /// "2.3.11"; empty when it cannot be found out.
+    std::string m_version;
+    bool m_hasLockedRequests = false;  ///< 2.3.13 and later: a lock is held around setup libraries
+    bool m_hasIodbc = false;           ///< iODBC's installer library can be loaded as well
+};
+
+DriverManagerInfo ProbeDriverManager();
+
+/// The version that a program's output or a library's text names first: digits and dots, at least
+/// two of them; empty when there is none.
+std::string FindVersion(const std::string& in_text);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,36 @@
+/// Carries out the plan for one DSN, so that the DSN ends up whole or untouched. One thread.
+#ifndef CLI_DSNCHANGER_H
+#define CLI_DSNCHANGER_H
+
+#include "cli/DriverManager.h"
+#include "cli/DsnPlan.h"
+#include "cli/DsnStore.h"
+
+namespace Veltrane::Cli {
+
+class DsnChanger {
+public:
+    /// Both are kept by reference.
+    DsnChanger(const DriverManager& in_manager, const DsnStore& in_store)
+        : m_manager(in_manager), m_store(in_store) {}
+
+    /// Adds, changes or removes the DSN through the installer, puts back the keys that the setup
+    /// library drops, and reads the section again: an installer that says "done" has been known not
+    /// to have done anything. A section that came out as neither the old nor the new one is
+    /// restored.
+    /// @throws CommandError EXIT_FAILED with the installer's errors, and path and reason where the
+    ///         file or the driver's library is what failed
+    void Execute(const DsnPlan& in_plan) const;
+
+private:
+    std::string Change(const DsnPlan& in_plan) const;
+    std::string Explain(const std::string& in_errors, const DsnPlan& in_plan) const;
+    std::string Undo(const DsnPlan& in_plan) const;
+
+    const DriverManager& m_manager;
+    const DsnStore& m_store;
+};
+
+}  // namespace Veltrane::Cli
+
+#endif

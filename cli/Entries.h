@@ -1,0 +1,60 @@
+/// The keys and values of a DSN, in UTF-8, in the order in which they were given, and what the tool
+/// knows about keys. Keys compare without regard to ASCII case, as the driver manager has it.
+#ifndef CLI_ENTRIES_H
+#define CLI_ENTRIES_H
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+using Entry = std::pair<std::string, std::string>;
+
+bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right);
+/// ASCII letters in lower case: equal for names that are the same to the driver manager.
+std::string FoldCase(std::string_view in_text);
+
+class Entries {
+public:
+    Entries() = default;
+    Entries(std::initializer_list<Entry> in_entries) : m_entries(in_entries) {}
+    /// Of keys that stand twice the first one counts, as for the driver manager.
+    explicit Entries(const std::vector<Entry>& in_lines);
+
+    /// Null when there is no such key; valid until the next change.
+    const std::string* Find(std::string_view in_key) const;
+    /// The value, empty when there is no such key.
+    std::string Get(std::string_view in_key) const;
+    void Set(std::string_view in_key, std::string_view in_value);
+    void Remove(std::string_view in_key);
+
+    bool IsEmpty() const { return m_entries.empty(); }
+    auto begin() const { return m_entries.begin(); }
+    auto end() const { return m_entries.end(); }
+
+private:
+    std::vector<Entry> m_entries;
+};
+
+/// The keys that the setup library writes, in its order, "Driver" not counted.
+inline constexpr std::string_view FIELD_KEYS[] = {"Server", "Namespace", "LoginMode",
+                                                  "UID",    "PWD",       "Database"};
+
+/// A field's key as the setup library spells it; any other key as it is.
+std::string CanonicalKey(std::string_view in_key);
+bool IsFieldKey(std::string_view in_key);
+/// Server and Database, which a DSN cannot do without.
+bool IsRequiredKey(std::string_view in_key);
+/// Whether the value is to be masked: the password, and what others may have named alike.
+bool IsSecretKey(std::string_view in_key);
+
+inline constexpr std::string_view MASK = "********";
+
+/// The value for people: masked when it is a secret one.
+std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown);
+
+}  // namespace Veltrane::Cli
+
+#endif

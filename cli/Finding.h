@@ -1,0 +1,43 @@
+/// What an examination of the machine's ODBC set-up has found.
+#ifndef CLI_FINDING_H
+#define CLI_FINDING_H
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+/// Error: DSNs of the driver do not work. Warning: they may not, or not safely.
+enum class Severity { Error, Warning, Note };
+
+struct Finding {
+    Severity m_severity;
+    const char* m_id;      ///< for programs: "driver-not-registered"
+    std::string m_text;    ///< a sentence that names what is wrong and where
+    std::string m_repair;  ///< a sentence on how to repair it
+};
+
+using Findings = std::vector<Finding>;
+
+/// "error", "warning", "note"
+inline const char* GetSeverityName(Severity in_severity) {
+    switch (in_severity) {
+        case Severity::Error:
+            return "error";
+        case Severity::Warning:
+            return "warning";
+        case Severity::Note:
+            break;
+    }
+    return "note";
+}
+
+bool HasError(const Findings& in_findings);
+nlohmann::ordered_json ToJson(const Findings& in_findings);
+/// Prints each with its repair, at most 80 columns wide.
+void PrintFindings(const Findings& in_findings);
+
+}  // namespace Veltrane::Cli
+
+#endif

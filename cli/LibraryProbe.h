@@ -1,0 +1,37 @@
+/// Whether a shared library can be loaded into a process like this one, and if not, why not.
+#ifndef CLI_LIBRARYPROBE_H
+#define CLI_LIBRARYPROBE_H
+
+#include <string>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+enum class LibraryFault {
+    None,
+    NotFound,           ///< no such file, or it may not be read; the detail is the system's reason
+    NotALibrary,        ///< not an ELF shared object
+    WrongArchitecture,  ///< the detail names both
+    MissingDependency,  ///< the detail is the name of the library that is not found
+    MissingSymbol,      ///< the detail is the symbol that no library defines
+    CannotLoad,         ///< any other reason of the loader, in the detail
+    Crashes,            ///< loading it ends the process
+    NoEntryPoint        ///< none of the wanted functions is exported; the detail lists them
+};
+
+struct LibraryProbe {
+    LibraryFault m_fault = LibraryFault::None;
+    std::string m_detail;
+};
+
+/// Loads the library in a process of its own, so that nothing that it does reaches this one.
+/// @param in_path  a path, or a bare name, which is searched for as the loader does it
+/// @param in_functions  one of them has to be exported; empty: none has to be
+LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
+
+/// What the loader's error text says.
+LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,66 @@
+#include "cli/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/CommandError.h"
+
+namespace Veltrane::Cli {
+namespace {
+
+using Words = std::vector<std::string>;
+
+TEST(CommandLine, TakesOptionsAnywhereAndEmptyValues) {
+    const CommandLine line =
+        ParseCommandLine({"add", "--uid=", "sales", "-p", "A=", "--property=B=c d", "-pC=[x,y]",
+                          "--namespace", "", "--server=-x", "-n"});
+    EXPECT_EQ(line.m_command, CommandId::Add);
+    EXPECT_EQ(line.m_arguments, Words{"sales"});
+    EXPECT_TRUE(line.Has(OptionId::Uid));
+    EXPECT_EQ(line.Get(OptionId::Uid, "default"), "");
+    EXPECT_TRUE(line.Has(OptionId::Namespace));
+    EXPECT_EQ(line.Get(OptionId::Server), "-x");
+    EXPECT_EQ(line.GetAll(OptionId::Property), (Words{"A=", "B=c d", "C=[x,y]"}));
+    EXPECT_TRUE(line.Has(OptionId::DryRun));
+    EXPECT_FALSE(line.Has(OptionId::System));
+}
+
+TEST(CommandLine, TakesGroupsNamesLikeCommandsAndLists) {
+    EXPECT_EQ(ParseCommandLine({"driver", "list", "--json"}).m_command, CommandId::DriverList);
+    EXPECT_EQ(ParseCommandLine({"show", "list"}).m_arguments, Words{"list"});
+    EXPECT_EQ(ParseCommandLine({"show", "--", "--json"}).m_arguments, Words{"--json"});
+    EXPECT_EQ(ParseCommandLine({"remove", "a", "--system", "b"}).m_arguments, (Words{"a", "b"}));
+    EXPECT_EQ(ParseCommandLine({"apply", "-"}).m_arguments, Words{"-"});
+}
+
+TEST(CommandLine, RefusesWithoutRepeatingWhatMayBeAPassword) {
+    const Words cases[] = {
+        {},
+        {"hunter2"},
+        {"add"},
+        {"add", "a", "hunter2"},
+        {"add", "a", "--pwd-stdin", "hunter2"},
+        {"add", "a", "--pwd-stdin=hunter2"},
+        {"add", "a", "--passwd=hunter2"},
+        {"add", "a", "--server", "x", "--server", "y"},
+        {"add", "a", "--uid"},
+        {"list", "a"},
+        {"list", "--", "a"},
+        {"list", "--server", "x"},
+        {"driver"},
+        {"driver", "hunter2"},
+        {"show", "a", "--user", "--system"},
+    };
+    for (const Words& words : cases) {
+        SCOPED_TRACE(testing::PrintToString(words));
+        try {
+            ParseCommandLine(words);
+            ADD_FAILURE() << "accepted";
+        } catch (const CommandError& error) {
+            EXPECT_EQ(error.GetExitCode(), EXIT_USAGE);
+            EXPECT_EQ(std::string(error.what()).find("hunter2"), std::string::npos) << error.what();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Veltrane::Cli

@@ -1,0 +1,63 @@
+#include "cli/LibraryProbe.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/DriverFindings.h"
+#include "cli/DriverManagerFindings.h"
+
+namespace Veltrane::Cli {
+namespace {
+
+TEST(LibraryProbe, TellsTheLoadersReasonsApart) {
+    const struct {
+        const char* m_error;
+        LibraryFault m_fault;
+        const char* m_detail;
+    } cases[] = {
+        {"/l.so: cannot open shared object file: No such file or directory", LibraryFault::NotFound,
+         "No such file or directory"},
+        {"libicuuc.so.99: cannot open shared object file: No such file or directory",
+         LibraryFault::MissingDependency, "libicuuc.so.99"},
+        {"/l.so: undefined symbol: SQLPostThing", LibraryFault::MissingSymbol, "SQLPostThing"},
+        {"/l.so: undefined symbol: f, version V_1", LibraryFault::MissingSymbol, "f"},
+        {"/lib/libc.so.6: version `GLIBC_2.99' not found (required by /l.so)",
+         LibraryFault::MissingSymbol, "version GLIBC_2.99"},
+        {"/l.so: invalid ELF header", LibraryFault::CannotLoad, "/l.so: invalid ELF header"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_error);
+        const LibraryProbe probe = ClassifyLoaderError("/l.so", c.m_error);
+        EXPECT_EQ(probe.m_fault, c.m_fault);
+        EXPECT_EQ(probe.m_detail, c.m_detail);
+        const Finding finding = DescribeFault(probe, "Setup", "/l.so");
+        EXPECT_NE(finding.m_text.find(c.m_detail), std::string::npos) << finding.m_text;
+        EXPECT_TRUE(finding.m_repair.ends_with(".")) << finding.m_repair;
+    }
+}
+
+TEST(DriverManager, VersionsComparePartByPart) {
+    EXPECT_EQ(CompareVersions("2.3.9", "2.3.11"), -1);
+    EXPECT_EQ(CompareVersions("2.3.11", "2.3.11"), 0);
+    EXPECT_EQ(CompareVersions("2.4", "2.3.14"), 1);
+    EXPECT_EQ(CompareVersions("2.3", "2.3.0"), 0);
+    EXPECT_EQ(FindVersion("unixODBC 2.3.11\n"), "2.3.11");
+    EXPECT_EQ(FindVersion("libfoo.so.2 a.b 1.2"), "");
+}
+
+TEST(DriverManager, NamesTheDefectsOfItsVersion) {
+    const auto ids = [](const char* in_version, bool in_hasLock) {
+        std::string text;
+        for (const Finding& f : ExamineDriverManager({"/lib", in_version, in_hasLock, false})) {
+            text += std::string(f.m_id) + " ";
+        }
+        return text;
+    };
+    EXPECT_NE(ids("2.3.11", false).find("manager-remembers-values"), std::string::npos);
+    EXPECT_EQ(ids("2.3.11", false).find("manager-locks-requests"), std::string::npos);
+    EXPECT_EQ(ids("2.3.12", false).find("manager-remembers-values"), std::string::npos);
+    EXPECT_NE(ids("2.3.14", true).find("manager-locks-requests"), std::string::npos);
+    EXPECT_NE(ids("", true).find("manager-locks-requests"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace Veltrane::Cli
