@@ -1,5 +1,7 @@
 #include "VeltraneDialog/EditorChoice.h"
 
+#include <utility>
+
 namespace Veltrane::ODBC {
 
 namespace {
@@ -21,12 +23,14 @@ void ConsiderInstalled(const std::string& in_name, const EditorSurroundings& in_
                        EditorChoice& io_choice) {
     std::string problems;
     for (const std::string& directory : in_surroundings.m_directories) {
-        const std::string problem = WhyNotRunnable(directory + "/" + in_name);
+        std::string program = directory;
+        program.append("/").append(in_name);
+        const std::string problem = WhyNotRunnable(program);
         if (problem.empty()) {
-            io_choice.m_programs.push_back(directory + "/" + in_name);
+            io_choice.m_programs.push_back(std::move(program));
             return;
         }
-        problems += " " + directory + " (" + problem + ")";
+        problems.append(" ").append(directory).append(" (").append(problem).append(")");
     }
     io_choice.m_problems += in_name + " was looked for in" + problems + ". ";
 }

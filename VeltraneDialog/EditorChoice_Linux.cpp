@@ -28,7 +28,7 @@ std::string SecureVariable(const char* in_name) {
 /// @return an absolute path without symbolic links; empty with errno when there is none
 std::string RealPath(const std::string& in_path) {
     char* const path = realpath(in_path.c_str(), nullptr);
-    const std::string result = path != nullptr ? path : "";
+    std::string result = path != nullptr ? path : "";
     free(path);
     return result;
 }

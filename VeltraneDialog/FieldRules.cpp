@@ -37,7 +37,7 @@ bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
                                                 : in_char;
     };
     return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
-                      [&](char a, char b) { return lower(a) == lower(b); });
+                      [&](char in_a, char in_b) { return lower(in_a) == lower(in_b); });
 }
 
 const char* WhyNoName(std::string_view in_name) {

@@ -23,7 +23,10 @@ void VeltraneDSNDialog::SetMicroStrategyLoginMode(DialogString in_text) {
 void VeltraneDSNDialog::SetUid(DialogString in_text) { m_values.m_uid = std::move(in_text); }
 
 void VeltraneDSNDialog::SetPwd(DialogString in_text) {
-    m_values.m_pwd = std::move(in_text);
+    if (m_values.m_pwd) {
+        Wipe(*m_values.m_pwd);
+    }
+    m_values.m_pwd = in_text;
     if (in_text) {
         Wipe(*in_text);
     }

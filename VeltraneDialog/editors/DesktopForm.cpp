@@ -68,8 +68,8 @@ DesktopForm::DesktopForm(DialogValues& io_values) : m_values(io_values) {
     grid->setRowStretch(grid->rowCount(), 1);
     grid->addWidget(BuildButtons(), grid->rowCount(), 0, 1, 2);
     Follow();
-    const auto first = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& row) {
-        return row.m_field->m_isRequired && row.m_edit->text().isEmpty();
+    const auto first = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& in_row) {
+        return in_row.m_field->m_isRequired && in_row.m_edit->text().isEmpty();
     });
     (first != m_rows.end() ? *first : m_rows.front()).m_edit->setFocus();
 }

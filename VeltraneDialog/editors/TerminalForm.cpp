@@ -276,8 +276,8 @@ bool TerminalForm::HandleExit(const newtExitStruct& in_exit, bool& out_accepted)
 }
 
 void TerminalForm::ChooseLoginMode() {
-    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& r) {
-        return r.m_field->m_kind == DialogFieldKind::LOGIN_MODE;
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& in_row) {
+        return in_row.m_field->m_kind == DialogFieldKind::LOGIN_MODE;
     });
     const int count = static_cast<int>(LOGIN_MODES.size());
     newtCenteredWindow(static_cast<unsigned>(m_width / 2), static_cast<unsigned>(count),

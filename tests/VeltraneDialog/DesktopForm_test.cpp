@@ -163,12 +163,12 @@ TEST_F(DesktopFormTest, EveryLabelLeadsToItsField) {
 }
 
 double Contrast(const QColor& in_first, const QColor& in_second) {
-    const auto luminance = [](const QColor& color) {
-        const auto linear = [](double part) {
-            return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    const auto luminance = [](const QColor& in_color) {
+        const auto linear = [](double in_part) {
+            return in_part <= 0.03928 ? in_part / 12.92 : std::pow((in_part + 0.055) / 1.055, 2.4);
         };
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-               0.0722 * linear(color.blueF()) + 0.05;
+        return 0.2126 * linear(in_color.redF()) + 0.7152 * linear(in_color.greenF()) +
+               0.0722 * linear(in_color.blueF()) + 0.05;
     };
     const double first = luminance(in_first);
     const double second = luminance(in_second);
@@ -177,8 +177,8 @@ double Contrast(const QColor& in_first, const QColor& in_second) {
 
 QColor Over(const QColor& in_color, const QColor& in_background) {
     const double alpha = in_color.alphaF();
-    const auto mix = [alpha](double a, double b) {
-        return static_cast<float>(a * alpha + b * (1 - alpha));
+    const auto mix = [alpha](double in_a, double in_b) {
+        return static_cast<float>(in_a * alpha + in_b * (1 - alpha));
     };
     return QColor::fromRgbF(mix(in_color.redF(), in_background.redF()),
                             mix(in_color.greenF(), in_background.greenF()),

@@ -31,7 +31,7 @@ protected:
     void TearDown() override { std::filesystem::remove_all(m_directory); }
 
     std::string MakeProgram(const std::string& in_name) const {
-        const std::string program = m_directory + in_name;
+        std::string program = m_directory + in_name;
         std::ofstream(program) << "#!/bin/sh\n";
         chmod(program.c_str(), 0755);
         return program;

@@ -174,6 +174,7 @@ TEST(EditorProcess, ManyThreadsShowEditorsAtOnce) {
     setenv("FAKE_EDITOR", "ok", 1);
     std::atomic<int> answers{0};
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&answers, i] {
             DialogValues values = Values();
