@@ -48,9 +48,9 @@ class EditorTest(unittest.TestCase):
         self.answer = self.directory / "answer"
         self.library = os.environ["SETUP_LIBRARY"]
         self.process = None
+        self.write_installer_file()
 
     def environment(self, **changes):
-        self.write_installer_file()
         base = {name: value for name, value in os.environ.items()
                 if name not in ("DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR")}
         base |= {"ODBCSYSINI": str(self.directory), "ODBCINSTINI": "odbcinst.ini",
@@ -71,6 +71,7 @@ class EditorTest(unittest.TestCase):
         alone = self.directory / "alone" / "lib"
         alone.mkdir(parents=True)
         self.library = shutil.copy(self.library, alone)
+        self.write_installer_file()
 
     def editor_pid(self):
         """The process of the editor that the client shows, or None."""
