@@ -173,10 +173,12 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
     }
     io_source.m_position += 2 * done;
     io_target.m_position += done;
-    if (done < count) {
-        return TRANSCODER_INVALID;
+    if (done == units) {
+        return TRANSCODER_DONE;
     }
-    return done == units ? TRANSCODER_DONE : TRANSCODER_FULL;
+    // What the set lacks may give no byte at all, so it is reported even when the target is full.
+    return Load<std::uint16_t, false>(source + 2 * done) <= LAST ? TRANSCODER_FULL
+                                                                 : TRANSCODER_INVALID;
 }
 
 template <UnicodeForms::BlockStep BLOCKS>

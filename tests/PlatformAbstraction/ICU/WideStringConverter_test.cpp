@@ -160,6 +160,16 @@ TEST(WideStringConverter, CutsExactlyAtEveryCapacity) {
     }
 }
 
+TEST(WideStringConverter, CallsTextWholeWhenOnlyWhatGivesNoBytesIsLeft) {
+    // The encodings lack the zero width space and ICU writes nothing for it.
+    WideStringConverter converter;
+    for (const int encoding : {5, 6, 7, 18, 24}) {
+        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
+        CheckEveryCapacity(converter, u"ab\u200B\u200B", EncodingType{encoding});
+        CheckEveryCapacity(converter, u"\u200Bab\u200Bc", EncodingType{encoding});
+    }
+}
+
 TEST(WideStringConverter, MeasuresNulTerminatedBuffers) {
     WideStringConverter converter;
     const struct {
