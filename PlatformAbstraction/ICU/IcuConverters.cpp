@@ -1,5 +1,7 @@
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 
+#include <cstring>
+
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/EncodingInfo.h"
 
@@ -27,16 +29,35 @@ bool IsStateful(const UConverter& in_converter) noexcept {
     return type == UCNV_ISO_2022 || type == UCNV_HZ;
 }
 
-std::uint8_t EndText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
-    // ICU flushes HZ without the sequence that leads back to ASCII, but writes it in front of an
-    // ASCII character, whose byte is then dropped.
-    const std::ptrdiff_t extra = ucnv_getType(&io_converter) == UCNV_HZ ? 1 : 0;
-    constexpr UChar ASCII[] = {u'a'};
-    const UChar* source = ASCII;
+namespace {
+
+// ICU flushes HZ without the sequence that leads back to ASCII. Whether the text stands in the
+// two-byte state shows when it is given one more character of that state, which is then dropped.
+std::uint8_t EndHzText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
+    constexpr UChar CHINESE[] = {u'\u4E2D'};
+    constexpr std::ptrdiff_t SIZE_WITH_SHIFT = 4;  // bytes, in front of which all else is kept
+    const UChar* source = CHINESE;
     char* position = out_bytes;
-    ucnv_fromUnicode(&io_converter, &position, out_bytes + ICU_MOST_END_BYTES, &source,
-                     ASCII + extra, nullptr, true, &io_status);
-    return static_cast<std::uint8_t>(position - out_bytes - extra);
+    ucnv_fromUnicode(&io_converter, &position, out_bytes + ICU_MOST_END_BYTES, &source, CHINESE + 1,
+                     nullptr, true, &io_status);
+    if (position - out_bytes >= SIZE_WITH_SHIFT) {
+        return static_cast<std::uint8_t>(position - out_bytes - SIZE_WITH_SHIFT);
+    }
+    std::memcpy(out_bytes, "~}", 2);
+    return 2;
+}
+
+}  // namespace
+
+std::uint8_t EndText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
+    if (ucnv_getType(&io_converter) == UCNV_HZ) {
+        return EndHzText(io_converter, out_bytes, io_status);
+    }
+    const UChar* source = u"";
+    char* position = out_bytes;
+    ucnv_fromUnicode(&io_converter, &position, out_bytes + ICU_MOST_END_BYTES, &source, source,
+                     nullptr, true, &io_status);
+    return static_cast<std::uint8_t>(position - out_bytes);
 }
 
 }  // namespace Orska::Support

@@ -107,11 +107,8 @@ std::string EncodeWithIcu(std::u16string_view in_text, EncodingType in_encoding)
                         in_text.data(), length, &status);
     EXPECT_TRUE(U_SUCCESS(status)) << u_errorName(status);
     bytes.resize(static_cast<std::size_t>(written));
-    // ICU does not end HZ in its initial state. It also puts the sequence for ASCII in front of the
-    // first character that it can map, so a text without one is ended by that sequence too.
-    const bool isUnset = !in_text.empty() && bytes.find('~') == std::string::npos;
-    const bool isUnended = in_encoding == EncodingType{67} && (isUnset || IsOpenHz(bytes));
-    return isUnended ? bytes + "~}" : bytes;
+    // ICU does not end HZ in its initial state.
+    return in_encoding == EncodingType{67} && IsOpenHz(bytes) ? bytes + "~}" : bytes;
 }
 
 std::u16string GetMixedText() {
