@@ -1,0 +1,60 @@
+"""The blocks of a page in Markdown, and what their info strings say.
+
+    ```sh                         commands that a test runs; they have to succeed
+    ```sh exit=4                  the last of them has to end with this code
+    ```sh types="secret"          on a terminal, where this line is typed as an answer
+    ```sh norun="why"             commands that no test can run here, with the reason
+    ```sh run-by="test"           commands that the named test runs
+    ```text output                what the commands above it print; a line "..." stands for any lines
+    ```json file=dsns.json        a file that the reader writes before going on
+"""
+import re
+import shlex
+
+INDENTED = re.compile(r"^(?: {4}|\t)(?=\S)")
+FENCE = re.compile(r"^(\s*)(```+|~~~+)\s*(.*?)\s*$")
+
+
+class Block:
+    def __init__(self, path, line, info):
+        words = shlex.split(info)
+        self.place = f"{path}:{line}"
+        self.language = words[0] if words else ""
+        self.flags = {word for word in words[1:] if "=" not in word}
+        self.options = dict(word.split("=", 1) for word in words[1:] if "=" in word)
+        self.lines = []
+
+    @property
+    def text(self):
+        return "".join(line + "\n" for line in self.lines)
+
+
+def read_blocks(path, name):
+    """Fenced blocks, and indented ones with the language "indented"; name stands in places."""
+    blocks, fence, before = [], None, ""
+    with open(path, encoding="utf-8") as file:
+        for number, line in enumerate(file.read().splitlines(), 1):
+            match = FENCE.match(line)
+            if fence and match and match[2].startswith(fence[2]) and not match[3]:
+                fence = None
+            elif fence:
+                blocks[-1].lines.append(line[len(fence[1]):] if line[:len(fence[1])].isspace()
+                                        else line)
+            elif match:
+                fence = match
+                blocks.append(Block(name, number, match[3]))
+            elif INDENTED.match(line) and (not before.strip() or INDENTED.match(before)):
+                if not before.strip():
+                    blocks.append(Block(name, number, "indented"))
+                blocks[-1].lines.append(line.strip())
+            before = line
+    if fence:
+        raise ValueError(f"{name}: the last block has no end")
+    return blocks
+
+
+def matches(expected, actual):
+    """Whether the lines are the expected ones, where "..." stands for any number of lines."""
+    pattern = "".join("(?:.*\n)*?" if line.strip() == "..." else re.escape(line) + "\n"
+                      for line in expected)
+    return re.fullmatch(pattern, "".join(line + "\n" for line in actual)) is not None

@@ -1,0 +1,169 @@
+#!/usr/bin/env python3
+"""Runs the commands of README.md, of docs/ and of the Ansible role's page, page by page.
+
+Arguments: the tool, the setup library and the source folder. Each page has a scratch folder with a
+HOME and the files of an ODBC installer; paths of an installed product are replaced by those of the
+build. PATH holds what pages may use and nothing else: no page installs or builds anything here.
+doc_blocks.py says what the info strings of blocks mean.
+"""
+import os
+import pty
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+from doc_blocks import matches, read_blocks  # noqa: E402
+
+TOOL, SETUP = sys.argv[1:3]
+SOURCE = Path(sys.argv[3])
+COMMANDS = ("ansible-inventory ansible-playbook bash cat chmod cp dirname env false grep head id iconv ls "
+            "mkdir mv odbcinst printf rm sed sh sort stat tail test touch true wc").split()
+# In a block without a language, such a first word is a command that somebody forgot to mark.
+FOREIGN = ("apt apt-get ansible cmake cpack ctest dpkg docker git isql ninja podman sudo systemctl "
+           "veltrane-dsn").split()
+PAGES_OF_WINDOWS = {"windows.md"}
+# They show how the driver is registered, and start without.
+PAGES_THAT_REGISTER = {"README.md", "docs/guide.md"}
+# What a reader of the page has before the first command.
+FIXTURES = {
+    "README.md": {"password": "s3cret\n"},
+}
+
+
+class Page(unittest.TestCase):
+    """One page in its scratch folder. A subclass for each page names it."""
+    name = ""
+
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="veltrane-docs-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        for folder in ("bin", "etc", "home/work", "tmp"):
+            (self.folder / folder).mkdir(parents=True)
+        self.home = self.folder / "home"
+        self.work = self.home / "work"
+        for command in COMMANDS:
+            if shutil.which(command):
+                (self.folder / "bin" / command).symlink_to(shutil.which(command))
+        (self.folder / "bin/veltrane-dsn").symlink_to(TOOL)
+        (self.work / "examples").symlink_to(SOURCE / "examples")
+        (self.work / "packaging").symlink_to(SOURCE / "packaging")
+        for name, text in FIXTURES.get(self.name, {}).items():
+            (self.work / name).write_text(text, encoding="utf-8")
+        self.register()
+        # Longer paths first: the reverse direction takes them in the same order.
+        self.paths = [("/usr/lib/libVeltraneSetup.so", SETUP),
+                      ("/home/anna", str(self.home)),
+                      ("/etc/odbc", f"{self.folder}/etc/odbc"),
+                      ("/tmp/", f"{self.folder}/tmp/")]
+
+    def register(self):
+        if self.name in PAGES_THAT_REGISTER:
+            return
+        (self.folder / "etc/odbcinst.ini").write_text(f"[Veltrane]\nSetup={SETUP}\n")
+
+    def to_scratch(self, text):
+        for shown, real in self.paths:
+            text = re.sub(r"(?<![\w.-])" + re.escape(shown), lambda _, real=real: real, text)
+        return text
+
+    def to_page(self, text):
+        for shown, real in self.paths:
+            text = text.replace(real, shown)
+        return text
+
+    def environment(self):
+        kept = {name: os.environ[name] for name in os.environ
+                if name.endswith("SAN_OPTIONS") or name == "LD_LIBRARY_PATH"}
+        return {"PATH": str(self.folder / "bin"), "HOME": str(self.home), "TERM": "dumb",
+                "LANG": "C.UTF-8", "USER": "anna", "ODBCSYSINI": str(self.folder / "etc"),
+                "ODBCINI": str(self.home / ".odbc.ini"), "NO_COLOR": "1", **kept}
+
+    def run_commands(self, block):
+        """Gives exit code and output, errors among it as on a terminal."""
+        command = ["bash", "-eu", "-o", "pipefail", "-c", self.to_scratch(block.text)]
+        if "types" in block.options:
+            return self.run_on_terminal(command, block.options["types"])
+        result = subprocess.run(command, cwd=self.work, env=self.environment(), timeout=120,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                stderr=subprocess.STDOUT, check=False)
+        return result.returncode, self.to_page(result.stdout.decode("utf-8", "replace"))
+
+    def run_on_terminal(self, command, answer):
+        child, terminal = pty.fork()
+        if child == 0:
+            os.chdir(self.work)
+            os.execvpe(command[0], command, self.environment())
+        output, is_answered = b"", False
+        while True:
+            try:
+                piece = os.read(terminal, 4096)
+            except OSError:  # how Linux says that the other end is closed
+                break
+            if not piece:
+                break
+            output += piece
+            if not is_answered and output.endswith(b": "):
+                os.write(terminal, answer.encode() + b"\n")
+                is_answered = True
+        os.close(terminal)
+        code = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+        self.assertTrue(is_answered, "nothing was asked for")
+        text = output.decode("utf-8", "replace").replace("\r\n", "\n")
+        self.assertNotIn(answer, text)
+        return code, self.to_page(text)
+
+    def check_unmarked(self, block):
+        if block.language not in ("", "indented"):
+            return
+        for line in block.lines:
+            words = line.removeprefix("$ ").split()
+            while words and re.match(r"^[A-Z_0-9]+=", words[0]):
+                words.pop(0)
+            is_command = bool(words) and words[0] in COMMANDS + FOREIGN
+            self.assertFalse(is_command, f"{block.place}: commands in a block that is not marked "
+                                         f"as such: {line}")
+
+    def test_page(self):
+        output, ran = None, 0
+        for block in read_blocks(SOURCE / self.name, self.name):
+            self.check_unmarked(block)
+            reason = block.options.get("norun") or block.options.get("run-by")
+            if "file" in block.options:
+                (self.work / block.options["file"]).write_text(self.to_scratch(block.text), "utf-8")
+            elif block.language in ("sh", "bash", "shell", "console") and reason:
+                print(f"{block.place}: not run here: {reason}")
+                output = None
+            elif block.language in ("bash", "shell", "console"):
+                self.fail(f"{block.place}: commands stand in blocks marked sh")
+            elif block.language == "sh":
+                code, output = self.run_commands(block)
+                expected = int(block.options.get("exit", "0"))
+                self.assertEqual(code, expected, f"{block.place}:\n{block.text}{output}")
+                ran += 1
+            elif block.language == "text" and "output" in block.flags:
+                if output is not None:
+                    self.assertTrue(matches(block.lines, output.splitlines()),
+                                    f"{block.place}: this is printed instead:\n{output}")
+        print(f"{self.name}: {ran} blocks of commands ran")
+
+
+def make_tests():
+    pages = ["README.md", *sorted(f"docs/{path.name}" for path in (SOURCE / "docs").glob("*.md")
+                                  if path.name not in PAGES_OF_WINDOWS)]
+    pages += sorted(str(path.relative_to(SOURCE))
+                    for path in (SOURCE / "packaging").glob("**/*.md"))
+    suite = unittest.TestSuite()
+    for page in pages:
+        class_name = re.sub(r"\W", "_", page)
+        suite.addTest(type(class_name, (Page,), {"name": page})("test_page"))
+    return suite
+
+
+if __name__ == "__main__":
+    RESULT = unittest.TextTestRunner(verbosity=2).run(make_tests())
+    sys.exit(0 if RESULT.wasSuccessful() else 1)
