@@ -7,6 +7,7 @@
 
 #include "PlatformAbstraction/orska_wstring.h"
 #include "Setup/ConfigDSNInternal.h"
+#include "Setup/ModulePin.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ orska_wstring MakeAttributeString(const Char* in_attributes) {
 template <typename Char>
 int ConfigDSNEntry(void* in_parentWindow, unsigned short in_requestType,
                    const Char* in_driverDescription, const Char* in_attributes) noexcept {
+    Veltrane::ODBC::PinModule();
     try {
         return Veltrane::ODBC::ConfigDSNInternal(in_parentWindow, in_requestType,
                                                  orska_wstring(in_driverDescription),

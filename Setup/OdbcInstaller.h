@@ -3,8 +3,10 @@
 ///
 /// On Linux the name check and the errors go to the driver manager's installer library, bound by
 /// name on first use; the profile operations work on the driver manager's own files themselves,
-/// because the library's functions neither lock nor replace a file whole. Every object here belongs
-/// to one thread; different threads and processes may work on the same file at the same time.
+/// because the library's functions neither lock nor replace a file whole. On Windows everything
+/// goes to odbccp32.dll, bound by name on first use as well, which keeps the profile in the
+/// registry. Every object here belongs to one thread; different threads and processes may work on
+/// the same profile at the same time.
 #ifndef SETUP_ODBCINSTALLER_H
 #define SETUP_ODBCINSTALLER_H
 
@@ -35,7 +37,8 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// One locked, atomic read-modify-write of the odbc.ini that the mode writes to. Profile writes and
+/// One locked, atomic read-modify-write of the odbc.ini that the mode writes to (on Linux; on
+/// Windows each operation takes effect by itself). Profile writes and
 /// removals of the same thread act on the text in memory while it lives, and reads see that text.
 /// When the file cannot be locked or read, the object exists but every write in it fails.
 /// An Update inside another one of the same thread joins it.
@@ -58,9 +61,13 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Whether the name may be the name of a data source: the installer's own check, and, on Linux, no
-/// control characters, no outer blanks, not "ODBC Data Sources" and nothing that UTF-8 cannot
-/// express.
+/// Whether it is the name of the section that lists all data sources, in any case. None of them may
+/// have it: with such a data source its list would be removed.
+bool IsListOfDataSources(const orska_wstring& in_name);
+
+/// Whether the name may be the name of a data source: the installer's own check, not empty, not the
+/// list of data sources, no NUL, and, on Linux, no control characters, no outer blanks and nothing
+/// that UTF-8 cannot express.
 bool ValidDSN(const orska_wstring& in_name);
 
 /// Reads a value as the driver manager would.
@@ -74,16 +81,17 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
                             int in_bufferSize, const orska_wstring& in_file);
 
 /// Writes a value; a NULL value removes the key, a NULL key the section.
-/// @return false when the file cannot be written, or when the line could not be read back as it is:
-///         control characters, outer blanks, more than 999 bytes
+/// @return false when the profile cannot be written, or when the value could not be read back as it
+///         is: a NUL in it, and, on Linux, control characters, outer blanks, more than 999 bytes
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file);
 
 /// Starts the section of a data source anew, with only the key "Driver" in it.
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver);
 
-/// Removes the section of a data source. Removing an absent section succeeds. A removal that fails
-/// outside an Update posts one error, with path and reason, as the installer's own function does.
+/// Removes the section of a data source. Removing an absent section succeeds. On Linux a removal
+/// that fails outside an Update posts one error, with path and reason, as the installer's own
+/// function does.
 bool RemoveDSNFromIni(const orska_wstring& in_dsn);
 
 /// Appends an error to the installer's list.

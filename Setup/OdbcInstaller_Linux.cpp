@@ -18,7 +18,6 @@ namespace {
 
 using Rules = OdbcIniText::Rules;
 
-constexpr char DATA_SOURCES_SECTION[] = "ODBC Data Sources";
 constexpr mode_t NEW_USER_FILE = 0600;
 /// Data sources of the system are for every user; the umask of the administrator may narrow it.
 constexpr mode_t NEW_SYSTEM_FILE = 0644;
@@ -307,7 +306,7 @@ bool ValidDSN(const orska_wstring& in_name) {
     const std::optional<std::string> name = ToUtf8(in_name);
     if (!name || !OdbcIniText::IsCarriableSection(*name)) return false;
     if (in_name.GetView().find(REPLACEMENT_CHARACTER) != std::u16string_view::npos) return false;
-    if (in_name.Compare(orska_wstring(DATA_SOURCES_SECTION), false) == 0) return false;
+    if (IsListOfDataSources(in_name)) return false;
     return library.m_validDSN(name->c_str()) != 0;
 }
 

@@ -20,7 +20,11 @@ DialogString ToEditorString(const orska_wstring& in_text) {
 }
 
 orska_wstring FromEditorString(const DialogString& in_text) {
-    return in_text ? orska_wstring(*in_text) : orska_wstring();
+    if (!in_text) {
+        return orska_wstring();
+    }
+    CheckThreadCodePage(*in_text);
+    return orska_wstring(*in_text);
 }
 
 orska_wstring ToInstallerText(const char* in_message) {

@@ -3,6 +3,7 @@
 #define SETUP_STRINGMARSHALLING_H
 
 #include <cstddef>
+#include <string_view>
 
 #include "PlatformAbstraction/orska_wstring.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
@@ -13,8 +14,8 @@ namespace Veltrane::ODBC {
 /// @throws std::length_error "Size of string exceeds INT_MAX."
 DialogString ToEditorString(const Orska::Support::orska_wstring& in_text);
 
-/// The editor's text for the record, embedded NULs included; a null string gives NULL. There is no
-/// thread code page on Linux, so nothing is measured there first.
+/// The editor's text for the record, embedded NULs included; a null string gives NULL.
+/// @throws std::range_error as CheckThreadCodePage
 Orska::Support::orska_wstring FromEditorString(const DialogString& in_text);
 
 /// The message of an exception, in UTF-8, for the installer.
@@ -24,6 +25,12 @@ Orska::Support::orska_wstring ToInstallerText(const char* in_message);
 /// @param in_length  code units
 /// @throws std::length_error "Size of string exceeds INT_MAX."
 void CheckEditorStringLength(std::size_t in_length);
+
+/// Measures the text in the thread's code page, where there is one (Windows). Characters that the
+/// code page lacks pass; the size is not used.
+/// @throws std::range_error "Conversion from WideChar to MultiByte failed.  Please check the
+///         content of the string and/or locale settings." when the conversion itself fails
+void CheckThreadCodePage(std::u16string_view in_text);
 
 }  // namespace Veltrane::ODBC
 

@@ -1,0 +1,36 @@
+#include "tools/WindowsApi.h"
+
+#include <stdexcept>
+
+#include "Setup/StringMarshalling.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+/// The size of the text in the thread's code page, in bytes; 0 when it cannot be converted.
+int Measure(std::u16string_view in_text, DWORD in_flags) {
+    return ::WideCharToMultiByte(CP_THREAD_ACP, in_flags,
+                                 reinterpret_cast<const wchar_t*>(in_text.data()),
+                                 static_cast<int>(in_text.size()), nullptr, 0, nullptr, nullptr);
+}
+
+bool IsConvertible(std::u16string_view in_text) {
+    if (Measure(in_text, WC_NO_BEST_FIT_CHARS) != 0) return true;
+    // Code pages without best fits, UTF-8 above all, refuse the flag, which says nothing about the
+    // text.
+    return ::GetLastError() == ERROR_INVALID_FLAGS && Measure(in_text, 0) != 0;
+}
+
+}  // namespace
+
+void CheckThreadCodePage(std::u16string_view in_text) {
+    CheckEditorStringLength(in_text.size());
+    if (!in_text.empty() && !IsConvertible(in_text)) {
+        throw std::range_error(
+            "Conversion from WideChar to MultiByte failed.  Please check the content of the string "
+            "and/or locale settings.");
+    }
+}
+
+}  // namespace Veltrane::ODBC
