@@ -21,6 +21,7 @@ using namespace std::string_literals;
 
 using Posted = std::vector<std::pair<unsigned long, std::string>>;
 
+/// What the editor is asked and in which order; Requests_test has the outcomes.
 class ConfigDSNInternalTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -49,30 +50,6 @@ protected:
     }
 };
 
-TEST_F(ConfigDSNInternalTest, RemoveChecksTheNameAndHandsTheInstallersResultOn) {
-    for (const unsigned short type : {ODBC_REMOVE_DSN, ODBC_REMOVE_SYS_DSN}) {
-        EXPECT_EQ(Call(type, "DSN=x\0"s), 1);
-        EXPECT_EQ(s_installer.m_profile.count("x"), 0U);
-    }
-    s_installer.m_fails = [](const std::string& in_call) { return in_call == "RemoveDSN [x]"; };
-    EXPECT_EQ(Call(ODBC_REMOVE_DSN, "DSN=x\0"s), 0);
-    EXPECT_THAT(s_installer.m_posted, ElementsAre());
-    EXPECT_EQ(Call(ODBC_REMOVE_DSN, "DSN=bad\0"s), 0);
-    EXPECT_EQ(s_installer.m_posted, (Posted{{8, "Invalid keyword-value pairs."}}));
-    EXPECT_THAT(s_editor.m_calls, ElementsAre());
-}
-
-TEST_F(ConfigDSNInternalTest, OtherRequestTypesAreRefusedBeforeAnythingHappens) {
-    for (const int type : {0, 7, 100, 65535}) {
-        SCOPED_TRACE(type);
-        s_installer.m_posted.clear();
-        EXPECT_EQ(Call(static_cast<unsigned short>(type), "DSN=x\0"s), 0);
-        EXPECT_EQ(s_installer.m_posted, (Posted{{5, "Invalid type of request."}}));
-    }
-    EXPECT_THAT(s_editor.m_calls, ElementsAre());
-    EXPECT_THAT(s_installer.m_calls, ElementsAre());
-}
-
 TEST_F(ConfigDSNInternalTest, WithoutAWindowTheNewEditorsValuesAreSaved) {
     for (const unsigned short type :
          {ODBC_ADD_DSN, ODBC_ADD_SYS_DSN, ODBC_CONFIG_DSN, ODBC_CONFIG_SYS_DSN}) {
@@ -84,12 +61,6 @@ TEST_F(ConfigDSNInternalTest, WithoutAWindowTheNewEditorsValuesAreSaved) {
                     ElementsAre("construct", "GetDSN", "GetServer", "GetCognosNamespace",
                                 "GetMicroStrategyLoginMode", "GetUid", "GetPwd", "GetDatabase"));
     }
-}
-
-TEST_F(ConfigDSNInternalTest, AddLoadsTheRecordOnlyFromAListThatIsNotEmpty) {
-    EXPECT_EQ(Call(ODBC_ADD_DSN, ""), 1);
-    EXPECT_EQ(Call(ODBC_ADD_DSN, "Server=y\0"s), 0);
-    EXPECT_EQ(s_installer.m_posted, (Posted{{8, "Invalid keyword-value pairs."}}));
 }
 
 TEST_F(ConfigDSNInternalTest, ConfigureWithAWindowFillsShowsAndReadsTheEditor) {
@@ -113,33 +84,6 @@ TEST_F(ConfigDSNInternalTest, AddWithAWindowShowsTheEditorsOwnValues) {
     EXPECT_EQ(Call(ODBC_ADD_DSN, "DSN=x\0"s, true), 1);
     EXPECT_EQ(s_editor.m_calls[1], "ShowDialog");
     EXPECT_EQ(Section("new"), "Driver=drv;Server=s2;Database=d2;");
-}
-
-TEST_F(ConfigDSNInternalTest, CancelSavesTheRecordAsItWasLoaded) {
-    for (const int result : {0, 2, -1}) {
-        SCOPED_TRACE(result);
-        SetUp();
-        s_installer.m_profile["x"].emplace_back("Extra", "1");
-        s_editor.m_result = result;
-        EXPECT_EQ(Call(ODBC_CONFIG_DSN, "DSN=x\0"s, true), 1);
-        EXPECT_EQ(Section("x"), "Driver=drv;Server=s;PWD=p;Database=d;");
-        EXPECT_EQ(s_editor.m_calls.back(), "ShowDialog");
-    }
-    // A cancelled add with an empty list saves under the empty name, which the installer refuses.
-    s_editor.m_result = 2;
-    s_installer.m_fails = [](const std::string& in_call) {
-        return in_call.rfind("WriteDSN []", 0) == 0;
-    };
-    EXPECT_EQ(Call(ODBC_ADD_DSN, "", true), 0);
-    EXPECT_EQ(s_installer.m_posted, (Posted{{7, "Invalid driver or translator name."}}));
-}
-
-TEST_F(ConfigDSNInternalTest, TheSameInvalidNameIsEightFromTheListAndElevenFromTheEditor) {
-    EXPECT_EQ(Call(ODBC_CONFIG_DSN, "DSN=bad\0"s), 0);
-    s_editor.m_initialValues.m_dsn = u"bad";
-    EXPECT_EQ(Call(ODBC_ADD_DSN, ""), 0);
-    EXPECT_EQ(s_installer.m_posted,
-              (Posted{{8, "Invalid keyword-value pairs."}, {11, "Request failed."}}));
 }
 
 TEST_F(ConfigDSNInternalTest, NullAndEmptyServerOrDatabaseAreRefused) {

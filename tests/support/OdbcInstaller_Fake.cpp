@@ -96,7 +96,7 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
 }
 
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
-    if (Fails("WriteDSN " + Bracketed(in_dsn) + " " + in_driver.GetAsUtf8())) {
+    if (Fails("WriteDSN " + Bracketed(in_dsn) + " " + in_driver.GetAsUtf8()) || in_dsn.IsEmpty()) {
         return false;
     }
     s_installer.m_profile[in_dsn.GetAsUtf8()] = {{"Driver", "path of " + in_driver.GetAsUtf8()}};

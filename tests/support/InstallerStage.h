@@ -1,0 +1,44 @@
+/// The installer under tests that run whole requests: the one in memory, or, on Windows, the test
+/// installer with its registry. One body of each; all texts in UTF-8.
+#ifndef TESTS_SUPPORT_INSTALLERSTAGE_H
+#define TESTS_SUPPORT_INSTALLERSTAGE_H
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Veltrane::Test {
+
+/// The keys of a data source with their values; the data sources by their names. Empty data sources
+/// and the list of the names do not count.
+using Keys = std::map<std::string, std::string>;
+using Profile = std::map<std::string, Keys>;
+
+class InstallerStage {
+public:
+    /// An installer with the driver "drv", whose path is "path of drv", that refuses the name
+    /// "a[b".
+    InstallerStage();
+    InstallerStage(const InstallerStage&) = delete;
+    InstallerStage& operator=(const InstallerStage&) = delete;
+    ~InstallerStage();
+
+    /// Begins anew: these data sources for the user or the system, which the requests are then
+    /// about, and none for the other.
+    void Begin(bool in_isSystem, const Profile& in_profile);
+    /// What the requests were about, and the other.
+    Profile Get();
+    Profile GetOther();
+    /// Makes one operation fail: "RemoveDSN", "WriteDSN", "Write <key>"; empty for none.
+    void FailAt(const std::string& in_operation);
+    /// The errors posted since Begin, without those of failing operations.
+    std::vector<std::pair<unsigned long, std::string>> Posted();
+
+private:
+    bool m_isSystem = false;
+};
+
+}  // namespace Veltrane::Test
+
+#endif
