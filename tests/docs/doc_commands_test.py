@@ -134,7 +134,9 @@ class Page(unittest.TestCase):
             self.check_unmarked(block)
             reason = block.options.get("norun") or block.options.get("run-by")
             if "file" in block.options:
-                (self.work / block.options["file"]).write_text(self.to_scratch(block.text), "utf-8")
+                path = self.work / block.options["file"]
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_text(self.to_scratch(block.text), "utf-8")
             elif block.language in ("sh", "bash", "shell", "console") and reason:
                 print(f"{block.place}: not run here: {reason}")
                 output = None

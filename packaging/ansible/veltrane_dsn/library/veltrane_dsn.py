@@ -1,0 +1,206 @@
+#!/usr/bin/python
+"""Brings DSNs of the Veltrane ODBC driver to a described state.
+
+One call of veltrane-dsn apply does all of them. The description goes to its standard input, with
+the passwords: they stand in no argument, no environment and no file.
+"""
+import json
+
+from ansible.module_utils.basic import AnsibleModule
+from ansible.module_utils.common.parameters import remove_values
+
+DOCUMENTATION = r"""
+module: veltrane_dsn
+short_description: Bring DSNs of the Veltrane ODBC driver to a described state
+description:
+  - Adds, changes and removes DSNs with C(veltrane-dsn apply). A second run changes nothing.
+  - Each DSN ends up whole or untouched. One that fails does not stop the others; the task fails
+    when all have been tried, and says which failed and why.
+  - Supports check mode, in which nothing is written, and C(--diff), in which passwords are masked.
+options:
+  data_sources:
+    description: The DSNs. Others on the host are not touched.
+    type: list
+    elements: dict
+    required: true
+    suboptions:
+      name:
+        description: The DSN.
+        type: str
+        required: true
+      state:
+        description: Whether it is to exist.
+        type: str
+        choices: [present, absent]
+        default: present
+      driver:
+        description: The driver's name in odbcinst.ini.
+        type: str
+      values:
+        description: Keys of odbc.ini with their values. A key with null is removed.
+        type: dict
+        default: {}
+      pwd:
+        description: The password.
+        type: str
+      pwd_file:
+        description: A file of the host whose first line is the password.
+        type: path
+  scope:
+    description: DSNs of all users, or of the user who runs the task.
+    type: str
+    choices: [system, user]
+    default: system
+  driver:
+    description: The driver's name where a DSN does not say another one.
+    type: str
+    default: Veltrane
+  replace:
+    description: Remove keys of a DSN that its description does not name.
+    type: bool
+    default: false
+  executable:
+    description: The tool, by name or path.
+    type: str
+    default: veltrane-dsn
+"""
+
+EXAMPLES = r"""
+- name: The DSNs of the reporting hosts
+  veltrane_dsn:
+    data_sources:
+      - name: sales
+        values: {Server: bi.example.org, Database: sales, UID: reports}
+        pwd: "{{ vault_sales_pwd }}"
+      - name: old
+        state: absent
+"""
+
+RETURN = r"""
+results:
+  description: What became of each DSN.
+  type: list
+  elements: dict
+  returned: when the tool could be run
+  sample: [{name: sales, state: changed, action: added, difference: ["+[sales]"], kept: []}]
+"""
+
+ARGUMENTS = {
+    "data_sources": {
+        "type": "list", "elements": "dict", "required": True,
+        "options": {
+            "name": {"type": "str", "required": True},
+            "state": {"type": "str", "choices": ["present", "absent"], "default": "present"},
+            "driver": {"type": "str"},
+            "values": {"type": "dict", "default": {}},
+            "pwd": {"type": "str", "no_log": True},
+            "pwd_file": {"type": "path", "no_log": False},
+        },
+        "mutually_exclusive": [("pwd", "pwd_file")],
+    },
+    "scope": {"type": "str", "choices": ["system", "user"], "default": "system"},
+    "driver": {"type": "str", "default": "Veltrane"},
+    "replace": {"type": "bool", "default": False},
+    "executable": {"type": "str", "default": "veltrane-dsn"},
+}
+
+
+def is_secret_key(key):
+    """As veltrane-dsn has it, which masks the same ones in the differences that it prints."""
+    parts = ("pwd", "password", "passwd", "secret", "token", "apikey")
+    return any(part in str(key).lower() for part in parts)
+
+
+class Module(AnsibleModule):
+    """Keeps passwords among the values out of the system log and out of all output too.
+
+    Ansible by itself logs the arguments before anything else runs, and as Python spells them: a
+    password with a quote or a backslash in it is not recognised there, not even that of pwd.
+    """
+
+    def _log_invocation(self):
+        self.mask_secret_values()
+        arguments = self.params
+        self.params = remove_values(arguments, self.no_log_values)
+        super()._log_invocation()
+        self.params = arguments
+
+    def mask_secret_values(self):
+        for source in self.params["data_sources"]:
+            for key, value in (source["values"] or {}).items():
+                if is_secret_key(key) and value not in (None, ""):
+                    self.no_log_values.add(str(value))
+
+
+def describe(module):
+    """The description that apply reads."""
+    descriptions = []
+    for source in module.params["data_sources"]:
+        description = {"name": source["name"], "state": source["state"]}
+        values = dict(source["values"] or {})
+        if source["pwd"] is not None:
+            values["PWD"] = source["pwd"]
+        if source["state"] == "present":
+            description["values"] = values
+            if source["pwd_file"]:
+                description["pwd_file"] = source["pwd_file"]
+        if source["driver"]:
+            description["driver"] = source["driver"]
+        descriptions.append(description)
+    return json.dumps({"data_sources": descriptions}, ensure_ascii=False)
+
+
+def foresee_without_tool(module):
+    """Check mode before the packages are there: what is absent cannot be told from what is not."""
+    present = [source["name"] for source in module.params["data_sources"]
+               if source["state"] == "present"]
+    module.warn("%s is not installed yet, so the DSNs of the host are unknown; "
+                "those that are to be present count as changed." % module.params["executable"])
+    module.exit_json(changed=bool(present), results=[])
+
+
+def run_tool(module, tool):
+    arguments = [tool, "apply", "-", "--format", "json", "--json",
+                 "--" + module.params["scope"], "--driver", module.params["driver"]]
+    arguments += ["--replace"] if module.params["replace"] else []
+    arguments += ["--dry-run"] if module.check_mode else []
+    code, output, errors = module.run_command(arguments, data=describe(module), errors="replace")
+    try:
+        return json.loads(output)
+    except ValueError:
+        reason = errors.strip() or "it printed nothing that could be understood"
+        return module.fail_json(msg="veltrane-dsn ended with code %d: %s" % (code, reason))
+
+
+def show_difference(results):
+    """The lines that --diff prints; the tool has masked the passwords in them."""
+    lines = []
+    for result in results:
+        if result.get("difference"):
+            lines += ["@@ %s @@" % result["name"]] + result["difference"]
+    return {"prepared": "\n".join(lines) + "\n"} if lines else {}
+
+
+def main():
+    module = Module(argument_spec=ARGUMENTS, supports_check_mode=True)
+    module.mask_secret_values()
+    if not module.params["data_sources"]:
+        module.exit_json(changed=False, results=[])
+    tool = module.get_bin_path(module.params["executable"])
+    if tool is None:
+        if module.check_mode:
+            foresee_without_tool(module)
+        module.fail_json(msg="%s is not installed on this host." % module.params["executable"])
+    report = run_tool(module, tool)
+    results = report["results"]
+    answer = {"changed": report["changed"], "results": results, "diff": show_difference(results)}
+    failed = ["%s: %s" % (result["name"], result["message"]) for result in results
+              if result["state"] == "failed"]
+    if failed:
+        module.fail_json(msg="%d of %d data sources failed. %s"
+                             % (len(failed), len(results), "; ".join(failed)), **answer)
+    module.exit_json(**answer)
+
+
+if __name__ == "__main__":
+    main()

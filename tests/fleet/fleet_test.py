@@ -1,0 +1,247 @@
+#!/usr/bin/env python3
+"""Runs the Ansible role against three hosts, with the files and commands that docs/guide.md shows.
+
+Arguments: the tool, the setup library, the recorder of arguments, and the source folder. The tests
+go on from one another in the order of their names. Skips, with the reason, where a machine does not
+allow such hosts.
+"""
+import hashlib
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+TOOL, SETUP, RECORDER, SOURCE = (Path(argument) for argument in sys.argv[1:5])
+sys.path.append(str(SOURCE / "tests/docs"))
+from doc_blocks import read_blocks  # noqa: E402
+from fleet_hosts import Host, run, why_not_possible  # noqa: E402
+
+SKIPPED = 77
+# The middle of it is what logs are searched for, because they may spell the signs in other ways.
+MARK = "geheim7Rx"
+PASSWORD = f"p;#'\"\\%${{}} {MARK} ü€日"
+NEW_MARK = "neuesQ4v"
+NEW_PASSWORD = f"{NEW_MARK}'\\"
+SALES = "[sales]\nDriver=Veltrane\nServer=bi.example.org\nUID=reports\nPWD={}\nDatabase=sales\n"
+STOCK = "[stock]\nDriver=Veltrane\nServer=bi.example.org\nDatabase=stock\n"
+BROKEN = "left behind by an editor\n[sales]\nDriver=Veltrane\nServer=own\nDatabase=d\n"
+
+
+def make_package(folder):
+    """The tool and the library as a package that registers the driver."""
+    root = folder / "package"
+    for source, place in ((TOOL, "usr/bin/veltrane-dsn"), (SETUP, "usr/lib/libVeltraneSetup.so")):
+        (root / place).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(source, root / place)
+    (root / "DEBIAN").mkdir()
+    (root / "DEBIAN/control").write_text(
+        "Package: veltrane-dsn\nVersion: 1.0\nArchitecture: amd64\nMaintainer: Test <t@example.org>\n"
+        "Depends: libodbcinst2, odbcinst\nDescription: the built tool and library\n")
+    script = root / "DEBIAN/postinst"
+    script.write_text("#!/bin/sh\nset -e\nprintf '[Veltrane]\\nSetup=/usr/lib/libVeltraneSetup.so\\n' "
+                      ">/tmp/driver.ini\nodbcinst -i -d -f /tmp/driver.ini\nrm /tmp/driver.ini\n")
+    script.chmod(0o755)
+    package = folder / "packages/veltrane-dsn.deb"
+    package.parent.mkdir()
+    run("dpkg-deb", "--root-owner-group", "-Znone", "--build", root, package)
+    return package
+
+
+def make_repository(package, folder):
+    folder.mkdir(parents=True)
+    shutil.copy(package, folder)
+    control = run("dpkg-deb", "--field", package)
+    digest = hashlib.sha256(package.read_bytes()).hexdigest()
+    (folder / "Packages").write_text(f"{control.strip()}\nFilename: ./{package.name}\n"
+                                     f"Size: {package.stat().st_size}\nSHA256: {digest}\n")
+
+
+class Fleet:
+    """The control node: the guide's files, the hosts, and Ansible's surroundings."""
+
+    def __init__(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="fleet-"))
+        self.work = self.folder / "control"
+        self.work.mkdir()
+        (self.work / "packaging").symlink_to(SOURCE / "packaging")
+        self.commands = []
+        self._take_guide()
+        package = make_package(self.work)
+        run("ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self.folder / "key")
+        public_key = (self.folder / "key.pub").read_text()
+        self.hosts = {name: Host(name, self.folder, RECORDER, public_key)
+                      for name in ("alpha", "beta", "gamma")}
+        make_repository(package, self.hosts["beta"].path("srv/repository"))
+        self._describe_hosts()
+        self.outputs = []
+        self.environment = {
+            "PATH": os.environ["PATH"], "HOME": str(self.folder / "home"), "LANG": "C.UTF-8",
+            "ANSIBLE_NOCOLOR": "1", "ANSIBLE_PIPELINING": "1",
+            "ANSIBLE_SSH_TRANSFER_METHOD": "piped",
+            "ANSIBLE_LOG_PATH": str(self.folder / "ansible.log"),
+            "ANSIBLE_CACHE_PLUGIN": "jsonfile",
+            "ANSIBLE_CACHE_PLUGIN_CONNECTION": str(self.folder / "facts"),
+            "LD_PRELOAD": str(RECORDER), "RECORD_ARGUMENTS": str(self.folder / "arguments"),
+        }
+        (self.folder / "home").mkdir()
+
+    def _take_guide(self):
+        for block in read_blocks(SOURCE / "docs/guide.md", "docs/guide.md"):
+            if "fleet" in block.options.get("run-by", ""):
+                self.commands += block.lines
+            name = block.options.get("file", "")
+            if name.startswith(("ansible.cfg", "inventory", "site", "group_vars")):
+                path = self.work / name
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_text(block.text, "utf-8")
+
+    def _describe_hosts(self):
+        self.set_passwords(PASSWORD)
+        (self.work / "host_vars").mkdir()
+        known = self.folder / "known_hosts"
+        known.write_text("".join(f"[127.0.0.1]:{host.port} {host.host_key}\n"
+                                 for host in self.hosts.values()))
+        for name, host in self.hosts.items():
+            (self.work / f"host_vars/{name}.yml").write_text(
+                f"ansible_host: 127.0.0.1\nansible_port: {host.port}\nansible_user: root\n"
+                "ansible_python_interpreter: /usr/bin/python3\n"
+                f"ansible_ssh_private_key_file: {self.folder}/key\n"
+                f"ansible_ssh_common_args: -F /dev/null -o UserKnownHostsFile={known}\n")
+        with open(self.work / "host_vars/beta.yml", "a", encoding="utf-8") as file:
+            file.write("veltrane_dsn_package_files: []\n"
+                       "veltrane_dsn_repository: 'deb [trusted=yes] file:/srv/repository ./'\n")
+
+    def set_passwords(self, password):
+        quoted = password.replace("'", "''")
+        (self.work / "group_vars/bi_clients/vault.yml").write_text(
+            f"vault_sales_pwd: !unsafe '{quoted}'\n", "utf-8")
+
+    def play(self, command, code=0, **environment):
+        """Runs ansible-playbook; gives what it printed and the counts of each host."""
+        result = subprocess.run(["sh", "-c", command], cwd=self.work,
+                                env={**self.environment, **environment},
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
+                                stderr=subprocess.STDOUT, timeout=120, check=False)
+        self.outputs.append(result.stdout)
+        if result.returncode != code:
+            raise AssertionError(f"{command}: {result.returncode}\n{result.stdout[-8000:]}")
+        recap = result.stdout.split("PLAY RECAP")[1]
+        counts = {}
+        for line in recap.splitlines():
+            match = re.match(r"(\w+)\s+:", line)
+            if match:
+                pairs = re.findall(r"(\w+)=(\d+)", line)
+                counts[match[1]] = {key: int(value) for key, value in pairs}
+        return result.stdout, counts
+
+    def close(self):
+        for host in self.hosts.values():
+            host.stop()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class RoleTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.fleet = Fleet()
+        cls.addClassCleanup(cls.fleet.close)
+        for host in cls.fleet.hosts.values():
+            host.start()
+        cls.check, cls.apply = cls.fleet.commands
+
+    def read(self, path):
+        return {name: host.read(path) for name, host in self.fleet.hosts.items()}
+
+    def assert_counts(self, counts, key, expected):
+        self.assertEqual({name: count[key] > 0 for name, count in counts.items()},
+                         dict(zip(("alpha", "beta", "gamma"), expected)), counts)
+
+    def test_1_check_mode_on_bare_hosts_foresees_changes_and_makes_none(self):
+        _, counts = self.fleet.play(self.check)
+        self.assert_counts(counts, "changed", (True, True, True))
+        self.assert_counts(counts, "failed", (False, False, False))
+        for host in self.fleet.hosts.values():
+            for name in ("etc/odbc.ini", "etc/odbcinst.ini", "var/cache/veltrane-dsn",
+                         "etc/apt/sources.list.d/veltrane.list"):
+                self.assertFalse(host.path(name).exists(), name)
+
+    def test_2_the_first_run_installs_and_adds(self):
+        for host in self.fleet.hosts.values():
+            host.write("etc/odbc.ini", "# kept\n[old]\nDriver=Veltrane\nServer=s\nDatabase=d\n")
+        output, counts = self.fleet.play(self.apply + " -vvvv", ANSIBLE_PIPELINING="0")
+        self.assert_counts(counts, "changed", (True, True, True))
+        for text in self.read("etc/odbc.ini").values():
+            self.assertEqual(text, "# kept\n\n" + SALES.format(PASSWORD) + "\n" + STOCK)
+        # The module, which holds the passwords, is never a file of the host, as others are.
+        self.assertIn("AnsiballZ_apt", output)
+        self.assertNotIn("AnsiballZ_veltrane_dsn", output)
+        for text in self.read("etc/odbcinst.ini").values():
+            self.assertIn("Setup=/usr/lib/libVeltraneSetup.so", text)
+
+    def test_3_the_second_run_changes_nothing(self):
+        before = self.read("etc/odbc.ini")
+        output, counts = self.fleet.play(self.apply)
+        self.assert_counts(counts, "changed", (False, False, False))
+        self.assertNotIn("changed: [", output)
+        self.assertEqual(self.read("etc/odbc.ini"), before)
+
+    def test_4_check_mode_shows_the_difference_without_the_password(self):
+        self.fleet.set_passwords(NEW_PASSWORD)
+        path = self.fleet.work / "group_vars/bi_clients/dsns.yml"
+        path.write_text(path.read_text("utf-8").replace("Database: stock", "Database: 東京"), "utf-8")
+        before = self.read("etc/odbc.ini")
+        output, counts = self.fleet.play(self.check + " --limit alpha")
+        self.assertEqual(counts["alpha"]["changed"], 1)
+        self.assertIn("@@ sales @@\n-PWD=********\n+PWD=********\n@@ stock @@\n-Database=stock\n"
+                      "+Database=東京\n", output)
+        self.assertEqual(self.read("etc/odbc.ini"), before)
+
+    def test_5_a_broken_file_is_reported_and_the_other_hosts_are_done(self):
+        self.fleet.hosts["gamma"].write("etc/odbc.ini", BROKEN)
+        output, counts = self.fleet.play(self.apply + " -vvvv", code=2)
+        self.assert_counts(counts, "failed", (False, False, True))
+        self.assert_counts(counts, "changed", (True, True, False))
+        self.assertIn("3 of 3 data sources failed. sales: /etc/odbc.ini: text before the first "
+                      "section makes the whole file unreadable for the driver manager; ", output)
+        files = self.read("etc/odbc.ini")
+        self.assertEqual(files["gamma"], BROKEN)
+        for name in ("alpha", "beta"):
+            self.assertIn(SALES.format(NEW_PASSWORD), files[name])
+            self.assertIn("Database=東京\n", files[name])
+
+    def test_6_no_password_is_anywhere_but_in_the_files_of_dsns(self):
+        fleet = self.fleet
+        texts = {f"output {index}": text for index, text in enumerate(fleet.outputs)}
+        for name, host in fleet.hosts.items():
+            texts["system log of " + name] = "\n".join(host.system_log)
+        for folder, _, names in os.walk(fleet.folder):
+            for name in names:
+                path = Path(folder) / name
+                is_meant = name in ("odbc.ini", "vault.yml")
+                if path.is_file() and not path.is_symlink() and not is_meant:
+                    texts[str(path)] = path.read_bytes().decode("utf-8", "replace")
+        # What is searched is what it is meant to be.
+        for name in fleet.hosts:
+            self.assertIn("data_sources=", texts["system log of " + name])
+            arguments = texts[str(fleet.folder / name / "var/log/arguments")]
+            self.assertIn("veltrane-dsn\0apply\0-\0", arguments)
+        self.assertIn("ansible-playbook\0-i\0", texts[str(fleet.folder / "arguments")])
+        self.assertIn("VALUE_SPECIFIED_IN_NO_LOG_PARAMETER", texts["output 1"])
+        for place, text in texts.items():
+            for mark in (MARK, NEW_MARK):
+                self.assertNotIn(mark, text, place) if len(text) < 2000 else \
+                    self.assertFalse(mark in text, place)
+
+
+if __name__ == "__main__":
+    REASON = why_not_possible()
+    if REASON:
+        print("skipped:", REASON)
+        sys.exit(SKIPPED)
+    os.environ["PATH"] += ":/usr/sbin:/sbin"
+    unittest.main(argv=sys.argv[:1], verbosity=2, failfast=True)

@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Runs the role's module as Ansible does on a host, in a scratch folder with the built tool.
+
+Arguments: the tool, the setup library and the module.
+"""
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+TOOL, SETUP, MODULE = sys.argv[1:4]
+PYTHON = "/usr/bin/python3"  # the one that Debian's ansible-core is installed for
+SKIPPED = 77
+SALES = {"name": "sales", "values": {"Server": "s", "Database": "d"}}
+PASSWORD = "p='\"\\% geheim ü"
+
+
+class ModuleTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="role-module-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.ini = self.folder / "odbc.ini"
+        self.ini.touch()
+        (self.folder / "odbcinst.ini").write_text(f"[Veltrane]\nSetup={SETUP}\n")
+
+    def run_module(self, *sources, check=False, **options):
+        """Gives what the module answers Ansible."""
+        arguments = {"data_sources": sources, "executable": TOOL, **options}
+        # Without a log: here that would be the machine's own.
+        arguments |= {"_ansible_check_mode": check, "_ansible_no_log": True}
+        result = subprocess.run(
+            [PYTHON, MODULE], input=json.dumps({"ANSIBLE_MODULE_ARGS": arguments}), text=True,
+            capture_output=True, timeout=120, check=False,
+            env={**os.environ, "HOME": str(self.folder), "ODBCSYSINI": str(self.folder),
+                 "ODBCINI": str(self.folder / "user.ini"), "PYTHONDONTWRITEBYTECODE": "1"})
+        try:
+            answer = json.loads(result.stdout)
+        except ValueError:
+            self.fail(result.stdout + result.stderr)
+        self.assertEqual(result.returncode, 1 if answer.get("failed") else 0, answer)
+        return answer
+
+    def test_changes_once_and_removes(self):
+        for expected in (True, False):
+            self.assertIs(self.run_module(SALES)["changed"], expected)
+        absent = {"name": "sales", "state": "absent"}
+        foreseen = self.run_module(absent, check=True)
+        self.assertTrue(foreseen["changed"])
+        self.assertEqual(foreseen["diff"]["prepared"], "@@ sales @@\n-[sales]\n-Driver=Veltrane\n"
+                                                       "-Server=s\n-Database=d\n")
+        self.assertNotEqual(self.ini.read_text(), "")
+        for expected in (True, False):
+            self.assertIs(self.run_module(absent)["changed"], expected)
+        self.assertEqual(self.ini.read_text(), "")
+
+    def test_keeps_or_replaces_keys_that_are_not_named(self):
+        self.run_module({"name": "sales", "values": {**SALES["values"], "UID": "u", "Port": 1}})
+        self.run_module({"name": "sales", "values": {"UID": None}})
+        self.assertEqual(self.ini.read_text(),
+                         "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nPort=1\n\n")
+        self.run_module(SALES, replace=True)
+        self.assertNotIn("Port", self.ini.read_text())
+
+    def test_works_on_the_dsns_of_a_user(self):
+        self.run_module(SALES, scope="user")
+        self.assertEqual(self.ini.read_text(), "")
+        self.assertIn("[sales]\n", (self.folder / "user.ini").read_text())
+
+    def test_one_that_fails_is_named_with_its_reason_and_the_others_are_done(self):
+        answer = self.run_module({"name": "bad"}, SALES, {"name": "a[b", "values": {}})
+        self.assertTrue(answer["failed"] and answer["changed"])
+        self.assertEqual(answer["msg"], "2 of 3 data sources failed. bad: Server: Has to be filled.; "
+                                        "a[b: DSN: A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
+        self.assertIn("[sales]\n", self.ini.read_text())
+
+    def test_passwords_reach_the_file_and_nothing_else(self):
+        secret = {"name": "sales", "pwd": PASSWORD,
+                  "values": {**SALES["values"], "ProxyToken": "geheim2"}}
+        for check in (True, False):
+            answer = json.dumps(self.run_module(secret, check=check), ensure_ascii=False)
+            self.assertIn("+PWD=", answer)
+            self.assertNotIn("geheim", answer)
+        text = self.ini.read_text("utf-8")
+        self.assertIn(f"PWD={PASSWORD}\n", text)
+        self.assertIn("ProxyToken=geheim2\n", text)
+        (self.folder / "pwd").write_text("other\n")
+        self.run_module({"name": "sales", "pwd_file": str(self.folder / "pwd")})
+        self.assertIn("PWD=other\n", self.ini.read_text("utf-8"))
+
+    def test_what_concerns_all_of_them_is_said_once(self):
+        cases = (
+            ("a name that stands twice", (SALES, SALES), {},
+             'code 1: veltrane-dsn: standard input: "sales" is described twice.'),
+            ("no tool", (SALES,), {"executable": "no-such-tool"},
+             "no-such-tool is not installed on this host."),
+            ("two passwords", ({"name": "n", "pwd": "geheim", "pwd_file": "/b"},), {},
+             "mutually exclusive: pwd|pwd_file"),
+        )
+        for point, sources, options, text in cases:
+            with self.subTest(point):
+                answer = self.run_module(*sources, **options)
+                self.assertTrue(answer["failed"])
+                self.assertIn(text, answer["msg"])
+        self.assertEqual(self.ini.read_text(), "")
+
+    def test_check_mode_without_the_tool_warns(self):
+        answer = self.run_module(SALES, check=True, executable="no-such-tool")
+        self.assertTrue(answer["changed"])
+        self.assertIn("no-such-tool is not installed yet", answer["warnings"][0])
+
+
+if __name__ == "__main__":
+    if subprocess.run([PYTHON, "-c", "import ansible.module_utils.basic"], check=False,
+                      stderr=subprocess.DEVNULL).returncode != 0:
+        print("skipped: ansible-core is not installed for", PYTHON)
+        sys.exit(SKIPPED)
+    unittest.main(argv=sys.argv[:1], verbosity=2)
