@@ -62,8 +62,11 @@ private:
     static constexpr std::intptr_t INVALID = -1;
 
     std::intptr_t m_handle = INVALID;
-    /// Only where a lock needs a handle of its own; not every body has that.
+    // Each used by one body alone.
+    /// Where a lock needs a handle of its own.
     [[maybe_unused]] std::intptr_t m_lockHandle = INVALID;
+    /// Where unlocking has to name the range that was locked; 0 when none is.
+    [[maybe_unused]] std::uint32_t m_lockedBytes = 0;
 };
 
 class TextFile {

@@ -2,9 +2,10 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <windows.h>
 
 #include <cstdlib>
+
+#include "tools/WindowsApi.h"
 
 namespace Orska {
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 #include <mutex>
+#include <thread>
 
 #include "tools/LineText.h"
 #include "tools/NameTables.h"
@@ -19,9 +20,25 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Process-wide: the two are set under s_readMutex before the word is stored, and read after it was
+/// A lock that is ready before any code runs, as std::mutex is not in every run-time library, since
+/// the first trace line may come from the construction of a static object. It is held once,
+/// briefly.
+class EarlyLock {
+public:
+    void lock() noexcept {
+        while (m_isHeld.test_and_set(std::memory_order_acquire)) {
+            std::this_thread::yield();
+        }
+    }
+    void unlock() noexcept { m_isHeld.clear(std::memory_order_release); }
+
+private:
+    std::atomic_flag m_isHeld;
+};
+
+// Process-wide: the two are set under s_readLock before the word is stored, and read after it was
 // loaded. The file is never closed, since a thread may be writing while the process ends.
-constinit std::mutex s_readMutex;
+constinit EarlyLock s_readLock;
 constinit std::FILE* s_traceStream = nullptr;
 constinit Clock::time_point s_startTime;
 
@@ -58,7 +75,7 @@ std::uint32_t ResolveTraceWord() noexcept {
         return word;
     }
     const ErrnoKeeper keeper;
-    const std::lock_guard<std::mutex> lock(s_readMutex);
+    const std::lock_guard<EarlyLock> lock(s_readLock);
     word = s_traceWord.load(std::memory_order_relaxed);
     if ((word & TRACE_LEVEL_MASK) > TRACE_MAX_LEVEL) {
         word = ReadEnvironment();
@@ -171,7 +188,7 @@ void SetDumpLimit(std::size_t in_bytes) noexcept {
 std::size_t GetDumpLimit() noexcept { return s_dumpLimit.load(std::memory_order_relaxed); }
 
 void ResetTrace() noexcept {
-    const std::lock_guard<std::mutex> lock(s_readMutex);
+    const std::lock_guard<EarlyLock> lock(s_readLock);
     if (s_traceStream != nullptr && s_traceStream != stderr) {
         std::fclose(s_traceStream);
     }

@@ -7,8 +7,13 @@
 
 namespace Orska::Support::Siconv {
 
-// Hidden, so that a kernel reaches a table without asking for its address first.
+// Hidden where a system has that, so that a kernel reaches a table without asking for its address
+// first.
+#ifdef __ELF__
 #define ORSKA_TABLE extern const __attribute__((visibility("hidden")))
+#else
+#define ORSKA_TABLE extern const
+#endif
 
 struct ShuffleTable {
     alignas(64) std::uint8_t m_bytes[256][16];

@@ -1,0 +1,39 @@
+#include "PlatformAbstraction/OrskaUtility.h"
+
+#include <memory>
+
+#include "tools/WindowsApi.h"
+
+namespace Orska::Support {
+
+namespace {
+
+bool FormatMessageFrom(DWORD in_source, HMODULE in_module, std::uint32_t in_code,
+                       orska_wstring& out_text) {
+    constexpr DWORD USER_DEFAULT_LANGUAGE = 1024;
+    wchar_t* text = nullptr;
+    const DWORD length = FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | in_source, in_module,
+        in_code, USER_DEFAULT_LANGUAGE, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    if (length == 0) {
+        return false;
+    }
+    const std::unique_ptr<wchar_t, decltype(&LocalFree)> owner(text, &LocalFree);
+    out_text = orska_wstring(text, length);
+    return true;
+}
+
+}  // namespace
+
+std::uint32_t GetLastErrorCode() noexcept { return GetLastError(); }
+
+bool FormatSystemMessage(std::uint32_t in_code, orska_wstring& out_text) {
+    return FormatMessageFrom(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, in_code, out_text);
+}
+
+bool FormatNtStatusMessage(std::uint32_t in_code, orska_wstring& out_text) {
+    return FormatMessageFrom(FORMAT_MESSAGE_FROM_HMODULE, GetModuleHandleW(L"NTDLL.DLL"), in_code,
+                             out_text);
+}
+
+}  // namespace Orska::Support
