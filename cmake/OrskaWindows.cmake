@@ -1,0 +1,30 @@
+# What a build for Windows on Debian finds elsewhere than one for Linux: ICU, which
+# `scripts/deps windows` has built, and Wine, in which its programs run.
+set(build_icu ${PROJECT_SOURCE_DIR}/packaging/windows/icu/build-icu)
+execute_process(COMMAND ${build_icu} --prefix OUTPUT_VARIABLE ORSKA_ICU_PREFIX
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+if(NOT EXISTS ${ORSKA_ICU_PREFIX}/complete)
+  message(FATAL_ERROR "There is no ICU for Windows in ${ORSKA_ICU_PREFIX}: run scripts/deps windows")
+endif()
+list(APPEND CMAKE_FIND_ROOT_PATH ${ORSKA_ICU_PREFIX})
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${build_icu})
+
+add_compile_definitions(
+  U_STATIC_IMPLEMENTATION UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN STRICT
+  WINVER=0x0A00 _WIN32_WINNT=0x0A00
+  # C99's printf formats, as on Linux.
+  __USE_MINGW_ANSI_STDIO=1)
+add_compile_options(-ffunction-sections -fdata-sections)
+add_link_options(-Wl,--gc-sections)
+
+# Programs run in Wine, in a folder of the build's own that the test `wine_prefix` makes.
+set(ORSKA_WINE_PREFIX ${PROJECT_BINARY_DIR}/wine)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/run-in-wine ${ORSKA_WINE_PREFIX})
+
+# Called once, where tests are enabled.
+function(orska_add_wine_tests)
+  add_test(NAME wine_prefix COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --create)
+  set_tests_properties(wine_prefix PROPERTIES FIXTURES_SETUP wine)
+  add_test(NAME wine_stop COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --stop)
+  set_tests_properties(wine_stop PROPERTIES FIXTURES_CLEANUP wine)
+endfunction()
