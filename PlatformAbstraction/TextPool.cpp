@@ -34,11 +34,6 @@ bool OpenPool(const TextPool& in_pool) noexcept {
     return true;
 }
 
-bool HoldsItsUnits(const icu::UnicodeString& in_text) noexcept {
-    const auto units = reinterpret_cast<std::uintptr_t>(in_text.getBuffer());
-    return units - reinterpret_cast<std::uintptr_t>(&in_text) < sizeof in_text;
-}
-
 /// Sets the length to a larger one, which only ICU can do.
 bool Lengthen(icu::UnicodeString& io_text, std::int32_t in_length) noexcept {
     if (io_text.getBuffer(in_length) == nullptr) {

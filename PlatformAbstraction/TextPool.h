@@ -9,6 +9,7 @@
 #include <unicode/unistr.h>
 
 #include <cstdint>
+#include <cstring>
 
 // What lies in the pool is nobody's: the address sanitizer, where there is one, reports its use.
 #if __has_include(<sanitizer/asan_interface.h>)
@@ -65,6 +66,24 @@ icu::UnicodeString* AcquireText(const char16_t* in_units, std::int32_t in_length
 /// The units of a text object that no other object shares, for writing.
 inline char16_t* GetUnits(icu::UnicodeString& io_text) noexcept {
     return const_cast<char16_t*>(io_text.getBuffer());
+}
+
+/// True when a text object holds its units in itself, so that no other object shares them.
+inline bool HoldsItsUnits(const icu::UnicodeString& in_text) noexcept {
+    const auto units = reinterpret_cast<std::uintptr_t>(in_text.getBuffer());
+    return units - reinterpret_cast<std::uintptr_t>(&in_text) < sizeof in_text;
+}
+
+/// Replaces the units of a text object by as many or fewer.
+/// @return false, with nothing changed, when it is shorter or does not hold its units in itself
+inline bool OverwriteText(icu::UnicodeString& io_text, const char16_t* in_units,
+                          std::int32_t in_count) noexcept {
+    if (io_text.length() < in_count || !HoldsItsUnits(io_text)) {
+        return false;
+    }
+    io_text.truncate(in_count);
+    std::memcpy(GetUnits(io_text), in_units, static_cast<std::size_t>(in_count) * sizeof(char16_t));
+    return true;
 }
 
 /// Takes a text object, made here or with `new icu::UnicodeString`, or null.

@@ -231,13 +231,6 @@ void orska_wstring::SetImpl(icu::UnicodeString* in_text) noexcept {
     }
 }
 
-std::u16string_view orska_wstring::GetView() const noexcept {
-    if (m_text == nullptr) {
-        return {};
-    }
-    return {m_text->getBuffer(), static_cast<std::size_t>(m_text->length())};
-}
-
 orska_wstring& orska_wstring::operator+=(const orska_wstring& in_other) {
     if (in_other.m_text == nullptr) {
         return *this;

@@ -86,7 +86,11 @@ public:
     /// Bytes of the UTF-16 form: twice the code units.
     std::int64_t GetLengthInBytes() const noexcept { return std::int64_t{GetLength()} * 2; }
     /// The code units, not NUL-terminated; empty for NULL. Valid until the string changes.
-    std::u16string_view GetView() const noexcept;
+    std::u16string_view GetView() const noexcept {
+        return m_text == nullptr ? std::u16string_view()
+                                 : std::u16string_view(m_text->getBuffer(),
+                                                       static_cast<std::size_t>(m_text->length()));
+    }
 
     /// Appending NULL changes nothing; appending to NULL copies.
     orska_wstring& operator+=(const orska_wstring& in_other);

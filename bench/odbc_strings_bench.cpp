@@ -169,6 +169,15 @@ void OursThreads(benchmark::State& io_state) {
     io_state.SetItemsProcessed(static_cast<std::int64_t>(io_state.iterations()));
 }
 
+/// The same with a converter of ICU's for each thread: what the machine allows.
+void IcuThreads(benchmark::State& io_state) {
+    const Case made = MakeCase(TEXTS[2], 256, EncodingType{18});
+    IcuConverter converter(made);
+    std::vector<char> buffer(made.m_bytes.size() + 16);
+    for (auto _ : io_state) IcuWrite(converter.Get(), made, buffer);
+    io_state.SetItemsProcessed(static_cast<std::int64_t>(io_state.iterations()));
+}
+
 void Register(const std::string& in_who, const std::string& in_direction, const Case& in_case,
               const std::string& in_suffix, void (*in_run)(benchmark::State&, const Case&)) {
     std::string pair;
@@ -197,6 +206,9 @@ void RegisterAll() {
         }
     }
     benchmark::RegisterBenchmark("ours/pooled-sjis/cjk/256", OursThreads)
+        ->ThreadRange(1, 2)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("icu-open/pooled-sjis/cjk/256", IcuThreads)
         ->ThreadRange(1, 2)
         ->UseRealTime();
 }

@@ -75,6 +75,8 @@ ODBCStringConverter::ODBCStringConverter(WideStringConverter& in_converter)
       m_mostCodeUnitsPerCodePoint(EncodingInfo::GetMaxCodeUnitsPerCodePoint(m_encoding)),
       m_mostBytesPerCodePoint(
           static_cast<std::uint8_t>(m_mostCodeUnitsPerCodePoint * m_codeUnitWidth)),
+      m_shortEncoder(GetShortEncoder(m_encoding)),
+      m_shortDecoder(GetShortDecoder(m_encoding)),
       m_converter(OpenConverter(
           m_encoding,
           TraceSite{"Orska::Support::ODBCStringConverter::ODBCStringConverter", SOURCE, 0})) {}
@@ -100,8 +102,14 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
     if (capacity < m_codeUnitWidth) {
         return 0;
     }
-    const std::int64_t bytes =
-        Encode(in_string.GetView(), buffer, capacity - m_codeUnitWidth, out_truncated);
+    const std::u16string_view text = in_string.GetView();
+    const std::int64_t room = capacity - m_codeUnitWidth;
+    std::int64_t bytes = EncodeShortText(text, m_shortEncoder, buffer, room);
+    if (bytes >= 0) {
+        out_truncated = false;
+    } else {
+        bytes = Encode(text, buffer, room, out_truncated);
+    }
     WriteNul(buffer + bytes, m_codeUnitWidth);
     return CountUnits(bytes, width);
 }
@@ -206,6 +214,11 @@ void ODBCStringConverter::ConvertSQLWCHARToWString(const void* in_buffer, std::i
     const bool isCounted = in_length != orska_wstring::NUL_TERMINATED;
     const std::int64_t bytes =
         isCounted && !in_lengthInBytes ? in_length * m_codeUnitWidth : in_length;
+    if (isCounted && in_buffer != nullptr &&
+        DecodeShortText({static_cast<const char*>(in_buffer), static_cast<std::size_t>(bytes)},
+                        m_shortDecoder, out_result)) {
+        return;
+    }
     m_stringConverter.ConvertToWString(static_cast<const char*>(in_buffer), bytes, m_encoding,
                                        out_result);
 }

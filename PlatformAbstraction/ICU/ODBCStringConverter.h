@@ -20,6 +20,7 @@
 #include <string_view>
 
 #include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/ICU/ShortText.h"
 #include "PlatformAbstraction/orska_wstring.h"
 
 namespace Orska::Support {
@@ -104,6 +105,8 @@ private:
     const std::uint8_t m_codeUnitWidth;              ///< bytes
     const std::uint8_t m_mostCodeUnitsPerCodePoint;  ///< by the table of encodings
     const std::uint8_t m_mostBytesPerCodePoint;
+    const ShortEncoder m_shortEncoder;
+    const ShortDecoder m_shortDecoder;
     const icu::LocalUConverterPointer m_converter;
     std::mutex m_lock;             ///< guards what m_converter points to, and the flag below
     bool m_isResetNeeded = false;  ///< the last use of m_converter failed or was cut short

@@ -1,6 +1,5 @@
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 
-#include <emmintrin.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
@@ -35,52 +34,6 @@ bool EncodePart(TranscoderFunction in_encoder, std::u16string_view in_part, char
         std::memset(out_buffer + target.m_position, 0, target.m_length - target.m_position);
     }
     return result == TRANSCODER_DONE;
-}
-
-// A quick look at short text: the loops of the general ways cost more than such a text itself.
-constexpr std::size_t MOST_SHORT_UNITS = 32;
-
-// True when no unit is of the kind. Takes at least one block of 8 units.
-bool HasNoneOfKind(const char16_t* in_units, std::size_t in_count, char16_t in_mask,
-                   char16_t in_kind) noexcept {
-    constexpr std::size_t BLOCK = 8;
-    const __m128i mask = _mm_set1_epi16(static_cast<short>(in_mask));
-    const __m128i kind = _mm_set1_epi16(static_cast<short>(in_kind));
-    __m128i found = _mm_setzero_si128();
-    const auto look = [&](std::size_t in_at) {
-        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_units + in_at));
-        found = _mm_or_si128(found, _mm_cmpeq_epi16(_mm_and_si128(units, mask), kind));
-    };
-    for (std::size_t at = 0; at + BLOCK <= in_count; at += BLOCK) {
-        look(at);
-    }
-    // The last block may overlap the one before it.
-    look(in_count - BLOCK);
-    return _mm_movemask_epi8(found) == 0;
-}
-
-// UTF-16LE without surrogates, short enough for one look and one copy.
-bool IsShortUtf16(const void* in_units, std::size_t in_count) noexcept {
-    return in_count >= 8 && in_count <= MOST_SHORT_UNITS &&
-           HasNoneOfKind(static_cast<const char16_t*>(in_units), in_count, 0xF800, 0xD800);
-}
-
-// Narrows short ASCII text into the buffer; false for other text.
-bool EncodeShortAscii(std::u16string_view in_text, char* out_buffer) noexcept {
-    alignas(16) char16_t units[MOST_SHORT_UNITS] = {};
-    std::memcpy(units, in_text.data(), in_text.size() * UNIT);
-    const auto* const blocks = reinterpret_cast<const __m128i*>(units);
-    const __m128i all =
-        _mm_or_si128(_mm_or_si128(blocks[0], blocks[1]), _mm_or_si128(blocks[2], blocks[3]));
-    const __m128i beyond = _mm_and_si128(all, _mm_set1_epi16(static_cast<short>(0xFF80)));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())) != 0xFFFF) {
-        return false;
-    }
-    alignas(16) char bytes[MOST_SHORT_UNITS];
-    _mm_store_si128(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(blocks[0], blocks[1]));
-    _mm_store_si128(reinterpret_cast<__m128i*>(bytes + 16), _mm_packus_epi16(blocks[2], blocks[3]));
-    std::memcpy(out_buffer, bytes, in_text.size());
-    return true;
 }
 
 std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
@@ -180,21 +133,6 @@ std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_
 EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
                            EncodingType in_encoding) noexcept {
     EncodedText done;
-    const auto bytes = static_cast<std::int64_t>(in_text.size() * UNIT);
-    if (in_encoding == EncodingType::ENC_UTF16LE && bytes <= in_capacity &&
-        IsShortUtf16(in_text.data(), in_text.size())) {
-        std::memcpy(out_buffer, in_text.data(), in_text.size() * UNIT);
-        done.m_units = in_text.size();
-        done.m_bytes = bytes;
-        return done;
-    }
-    const auto units = static_cast<std::int64_t>(in_text.size());
-    if (in_encoding == EncodingType::ENC_UTF8 && in_text.size() <= MOST_SHORT_UNITS &&
-        units <= in_capacity && EncodeShortAscii(in_text, out_buffer)) {
-        done.m_units = in_text.size();
-        done.m_bytes = units;
-        return done;
-    }
     const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
     if (encoder == nullptr) {
         return done;
@@ -278,13 +216,6 @@ std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_
 
 std::uint64_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
                              icu::UnicodeString& out_text) {
-    if (in_encoding == EncodingType::ENC_UTF16LE && in_bytes.size() % UNIT == 0 &&
-        IsShortUtf16(in_bytes.data(), in_bytes.size() / UNIT)) {
-        char16_t units[MOST_SHORT_UNITS];
-        std::memcpy(units, in_bytes.data(), in_bytes.size());
-        out_text.setTo(units, static_cast<std::int32_t>(in_bytes.size() / UNIT));
-        return in_bytes.size();
-    }
     const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
     if (decoder == nullptr) {
         out_text.remove();

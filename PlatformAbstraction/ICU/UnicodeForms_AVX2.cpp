@@ -34,20 +34,36 @@ __m256i CopyBlock(const char* in_source, char* out_target) {
     return _mm256_xor_si256(IsKind(units, 0xFC00, 0xD800), IsKind(next, 0xFC00, 0xDC00));
 }
 
-// Copies blocks up to the first ones that hold surrogates, and gives the units done. Most text has
-// none, and one look at each unit is enough to see that.
-std::uint64_t CopyPlainBlocks(const char* in_source, char* out_target, std::uint64_t in_count) {
+// Lanes that are surrogates.
+struct Plain {
+    static __m256i GetOthers(__m256i in_units) { return IsKind(in_units, 0xF800, 0xD800); }
+};
+
+// Lanes that are not a lead in an even place or a trail in an odd one.
+struct Pairs {
+    static __m256i GetOthers(__m256i in_units) {
+        const __m256i kinds = _mm256_set1_epi32(static_cast<int>(0xDC00D800));
+        const __m256i mask = _mm256_set1_epi16(static_cast<short>(0xFC00));
+        return _mm256_xor_si256(_mm256_and_si256(in_units, mask), kinds);
+    }
+};
+
+// Copies blocks up to the first ones that hold others than the form's units, and gives the units
+// done. Most text has no surrogates, or in a run nothing else, and one look at each unit is enough
+// to see that.
+template <class Form>
+std::uint64_t CopyBlocksOf(const char* in_source, char* out_target, std::uint64_t in_count) {
     std::uint64_t done = 0;
     for (; done + BLOCKS_AT_ONCE * BLOCK <= in_count; done += BLOCKS_AT_ONCE * BLOCK) {
         const char* const source = in_source + 2 * done;
         char* const target = out_target + 2 * done;
-        __m256i surrogates = _mm256_setzero_si256();
+        __m256i others = _mm256_setzero_si256();
         for (std::uint64_t i = 0; i < BLOCKS_AT_ONCE; ++i) {
             const __m256i units = LoadUnits(source + 32 * i);
             StoreUnits(target + 32 * i, units);
-            surrogates = _mm256_or_si256(surrogates, IsKind(units, 0xF800, 0xD800));
+            others = _mm256_or_si256(others, Form::GetOthers(units));
         }
-        if (!_mm256_testz_si256(surrogates, surrogates)) {
+        if (!_mm256_testz_si256(others, others)) {
             break;
         }
     }
@@ -65,7 +81,8 @@ std::uint64_t CopyUtf16_AVX2(const char* in_source, char* out_target, std::uint6
     if (in_count < BLOCK || IsUnitOfKind(in_source, 0xDC00)) {
         return in_count < BLOCK ? CopyUtf16_SSE2(in_source, out_target, in_count) : 0;
     }
-    std::uint64_t done = CopyPlainBlocks(in_source, out_target, in_count);
+    std::uint64_t done = CopyBlocksOf<Plain>(in_source, out_target, in_count);
+    done += CopyBlocksOf<Pairs>(in_source + 2 * done, out_target + 2 * done, in_count - done);
     while (done + BLOCKS_AT_ONCE * BLOCK < in_count) {
         const char* const source = in_source + 2 * done;
         char* const target = out_target + 2 * done;

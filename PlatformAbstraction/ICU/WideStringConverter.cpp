@@ -12,6 +12,7 @@
 #include "Exceptions/OrskaThrow.h"
 #include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/ShortText.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/TextPool.h"
@@ -133,6 +134,9 @@ void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in
         ThrowConversionError(FUNCTION);
     }
     const std::string_view bytes(in_bytes, static_cast<std::size_t>(length));
+    if (DecodeShortText(bytes, GetShortDecoder(in_encoding), out_result)) {
+        return;
+    }
     TextOwner owner;
     icu::UnicodeString* text = out_result.GetImpl();
     if (text == nullptr || IsInside(in_bytes, *text)) {
@@ -183,6 +187,12 @@ std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_str
         ThrowConversionError(FUNCTION);
     }
     const std::u16string_view text = in_string.GetView();
+    const std::int64_t bytes =
+        EncodeShortText(text, GetShortEncoder(in_encoding), out_buffer, in_bufferLength);
+    if (bytes >= 0) {
+        out_truncated = false;
+        return bytes;
+    }
     const EncodedText direct = EncodeDirectly(text, out_buffer, in_bufferLength, in_encoding);
     out_truncated = direct.m_isTruncated;
     if (direct.IsFinished(text)) {

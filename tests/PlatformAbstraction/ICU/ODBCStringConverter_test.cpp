@@ -313,7 +313,7 @@ TEST(ODBCStringConverter, ConvertsInManyThreadsAtOnce) {
         const auto work = [&] {
             const orska_wstring string = MakeString(text);
             std::string buffer(expected.size() + 8, '\0');
-            for (int i = 0; i < 3000; ++i) {
+            for (int i = 0; i < THREAD_ROUNDS; ++i) {
                 bool isTruncated = false;
                 const bool isCut = i % 4 == 3;
                 const std::int64_t written = fixture.m_converter->ConvertWStringToSQLWCHARString(

@@ -236,7 +236,6 @@ TEST(WideStringConverter, KeepsOneConverterForOneThread) {
 
 TEST(WideStringConverter, ConvertsInManyThreadsAtOnce) {
     constexpr int THREADS = 8;
-    constexpr int ROUNDS = 4000;
     WideStringConverter converter;
     const std::u16string text = GetMixedText();
     const orska_wstring string = MakeString(text);
@@ -250,7 +249,7 @@ TEST(WideStringConverter, ConvertsInManyThreadsAtOnce) {
     std::atomic<int> failures = 0;
     const auto work = [&](int in_thread) {
         std::string buffer(expected[3].size() + 64, '\0');
-        for (int i = 0; i < ROUNDS; ++i) {
+        for (int i = 0; i < THREAD_ROUNDS; ++i) {
             const std::size_t e = static_cast<std::size_t>(in_thread + i) % encodings.size();
             const EncodingType encoding{encodings[e]};
             // Every third one is cut short and must leave no trace in the converter.

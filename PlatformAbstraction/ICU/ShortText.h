@@ -1,0 +1,54 @@
+/// Short texts between UTF-16 in memory and the Unicode encodings of the driver manager, whole or
+/// not at all. For names and values of a few code units the way into the general conversions costs
+/// more than the text; who meets a text that is refused here takes them.
+///
+/// The functions hold no state; any thread may call them.
+#ifndef PLATFORMABSTRACTION_ICU_SHORTTEXT_H
+#define PLATFORMABSTRACTION_ICU_SHORTTEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "PlatformAbstraction/EncodingType.h"
+
+namespace Orska::Support {
+
+class orska_wstring;
+
+constexpr std::size_t MOST_SHORT_UNITS = 32;  ///< UTF-16 code units of a text to encode
+constexpr std::size_t MOST_SHORT_BYTES = 64;  ///< bytes of a text to decode
+/// UTF-16 code units that a decoder may write, scratch behind the text included.
+constexpr std::size_t SHORT_UNITS_ROOM = MOST_SHORT_BYTES + 16;
+
+/// Encodes a text of at most MOST_SHORT_UNITS. Behind its bytes nothing is written.
+/// @param in_capacity  bytes, not negative
+/// @return bytes; -1 when the text is not well-formed or may not fit: the buffer may then hold its
+///         beginning
+using ShortEncoder = std::int64_t (*)(std::u16string_view in_text, char* out_buffer,
+                                      std::int64_t in_capacity) noexcept;
+
+/// Decodes a text of at most MOST_SHORT_BYTES.
+/// @param out_units  room for SHORT_UNITS_ROOM
+/// @return code units; -1 when the text is not well-formed
+using ShortDecoder = std::int64_t (*)(std::string_view in_bytes, char16_t* out_units) noexcept;
+
+/// The function for an encoding on this processor; one that refuses every text where there is none.
+ShortEncoder GetShortEncoder(EncodingType in_encoding) noexcept;
+ShortDecoder GetShortDecoder(EncodingType in_encoding) noexcept;
+
+/// Encodes a text of any length if it is short.
+/// @return as ShortEncoder
+inline std::int64_t EncodeShortText(std::u16string_view in_text, ShortEncoder in_encoder,
+                                    char* out_buffer, std::int64_t in_capacity) noexcept {
+    return in_text.size() <= MOST_SHORT_UNITS ? in_encoder(in_text, out_buffer, in_capacity) : -1;
+}
+
+/// Replaces a string by the text of bytes, which may lie in it, if they are short.
+/// @return false, with nothing changed, when they are long or the decoder refuses them
+/// @throws std::bad_alloc
+bool DecodeShortText(std::string_view in_bytes, ShortDecoder in_decoder, orska_wstring& out_result);
+
+}  // namespace Orska::Support
+
+#endif
