@@ -1,0 +1,21 @@
+# Where things are installed: GNUInstallDirs, and the places that are this project's own.
+
+# On Debian libraries stand in lib/<architecture>, which CMake takes for the prefix /usr only. Taken
+# for every prefix, what a build tree installs and packs does not depend on the prefix that it was
+# configured for.
+if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND NOT CMAKE_CROSSCOMPILING
+   AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
+  set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH
+      "Object code libraries")
+endif()
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
+include(GNUInstallDirs)
+
+# Libraries that only driver managers load.
+if(WIN32)
+  set(VELTRANE_SETUP_INSTALL_DIR ${CMAKE_INSTALL_BINDIR})
+else()
+  set(VELTRANE_SETUP_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/odbc)
+endif()
+set(VELTRANE_EDITOR_INSTALL_DIR ${CMAKE_INSTALL_LIBEXECDIR}/veltrane)
+set(ORSKA_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/orska)
