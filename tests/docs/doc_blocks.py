@@ -6,12 +6,20 @@
     ```sh norun="why"             commands that no test can run here, with the reason
     ```sh run-by="test"           commands that the named test runs
     ```text output                what the commands above it print; a line "..." stands for any lines
+    ```text output unordered      the same where output and errors come in another order than here
+    ```text message               what the product says, with "..." for what differs
     ```json file=dsns.json        a file that the reader writes before going on
+
+A table with a column "Message" lists such texts too, as code in that column. Commands in a comment that begins with "<!-- before" make the situation that the page then
+shows.
 """
 import re
 import shlex
 
 INDENTED = re.compile(r"^(?: {4}|\t)(?=\S)")
+LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
+LITERALS = re.compile(LITERAL.pattern.replace("((?:", "(?:(?:") + r"(?:\s*" +
+                      LITERAL.pattern.replace("((?:", "(?:(?:") + ")*")
 FENCE = re.compile(r"^(\s*)(```+|~~~+)\s*(.*?)\s*$")
 
 
@@ -31,7 +39,7 @@ class Block:
 
 def read_blocks(path, name):
     """Fenced blocks, and indented ones with the language "indented"; name stands in places."""
-    blocks, fence, before = [], None, ""
+    blocks, fence, hidden, before = [], None, False, ""
     with open(path, encoding="utf-8") as file:
         for number, line in enumerate(file.read().splitlines(), 1):
             match = FENCE.match(line)
@@ -43,6 +51,12 @@ def read_blocks(path, name):
             elif match:
                 fence = match
                 blocks.append(Block(name, number, match[3]))
+            elif line == "<!-- before":
+                hidden = True
+                blocks.append(Block(name, number, "sh"))
+            elif hidden:
+                hidden = line != "-->"
+                blocks[-1].lines += [line] if hidden else []
             elif INDENTED.match(line) and (not before.strip() or INDENTED.match(before)):
                 if not before.strip():
                     blocks.append(Block(name, number, "indented"))
@@ -53,8 +67,36 @@ def read_blocks(path, name):
     return blocks
 
 
+def read_messages(path):
+    """The texts in columns of tables that are headed "Message", each with its line."""
+    column, messages = None, []
+    with open(path, encoding="utf-8") as file:
+        for number, line in enumerate(file.read().splitlines(), 1):
+            cells = [cell.strip() for cell in line.split("|")[1:-1]]
+            if not line.startswith("|"):
+                column = None
+            elif "Message" in cells:
+                column = cells.index("Message")
+            elif column is not None:
+                messages += [(number, text) for text in re.findall(r"`([^`]+)`", cells[column])]
+    return messages
+
+
+def read_literals(folders):
+    """The texts in the C++ sources of the folders, neighbours joined as the compiler does it."""
+    literals = []
+    for path in (path for folder in folders for path in sorted(folder.glob("**/*"))):
+        if path.suffix in (".cpp", ".h", ".inc"):
+            for match in LITERALS.findall(path.read_text("utf-8")):
+                text = "".join(LITERAL.findall(match))
+                literals.append(re.sub(r"\\(.)", r"\1", text))
+    return literals
+
+
 def matches(expected, actual):
-    """Whether the lines are the expected ones, where "..." stands for any number of lines."""
+    """Whether the lines are the expected ones, where "..." stands for any number of lines.
+
+    Blanks at the ends of lines do not count: editors of pages drop them."""
     pattern = "".join("(?:.*\n)*?" if line.strip() == "..." else re.escape(line) + "\n"
                       for line in expected)
-    return re.fullmatch(pattern, "".join(line + "\n" for line in actual)) is not None
+    return re.fullmatch(pattern, "".join(line.rstrip() + "\n" for line in actual)) is not None

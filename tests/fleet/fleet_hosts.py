@@ -124,6 +124,11 @@ class Host:
                 break
         raise RuntimeError(f"{self.name} does not start: {self.daemon_log()}")
 
+    def run(self, command, key, known_hosts):
+        """Runs commands of a shell on the host, as its root."""
+        return run("ssh", "-F", "/dev/null", "-i", key, "-o", f"UserKnownHostsFile={known_hosts}",
+                   "-o", "BatchMode=yes", "-p", self.port, "root@127.0.0.1", command)
+
     def daemon_log(self):
         return self.path("../" + self.name + ".daemon.log").read_text("utf-8", "replace")
 

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Runs the Ansible role against three hosts, with the files and commands that docs/guide.md shows.
 
+A fourth one is made by the Dockerfile of the same page.
+
 Arguments: the tool, the setup library, the recorder of arguments, and the source folder. The tests
 go on from one another in the order of their names. Skips, with the reason, where a machine does not
 allow such hosts.
@@ -70,12 +72,14 @@ class Fleet:
         self.work.mkdir()
         (self.work / "packaging").symlink_to(SOURCE / "packaging")
         self.commands = []
+        self.container_command = ""
         self._take_guide()
         package = make_package(self.work)
         run("ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self.folder / "key")
         public_key = (self.folder / "key.pub").read_text()
         self.hosts = {name: Host(name, self.folder, RECORDER, public_key)
                       for name in ("alpha", "beta", "gamma")}
+        self.image = Host("image", self.folder, RECORDER, public_key)
         make_repository(package, self.hosts["beta"].path("srv/repository"))
         self._describe_hosts()
         self.outputs = []
@@ -92,10 +96,13 @@ class Fleet:
 
     def _take_guide(self):
         for block in read_blocks(SOURCE / "docs/guide.md", "docs/guide.md"):
-            if "fleet" in block.options.get("run-by", ""):
+            runner = block.options.get("run-by", "")
+            if runner.endswith("container"):
+                self.container_command = block.text
+            elif runner:
                 self.commands += block.lines
             name = block.options.get("file", "")
-            if name.startswith(("ansible.cfg", "inventory", "site", "group_vars")):
+            if name and not name.startswith(".."):
                 path = self.work / name
                 path.parent.mkdir(parents=True, exist_ok=True)
                 path.write_text(block.text, "utf-8")
@@ -105,7 +112,7 @@ class Fleet:
         (self.work / "host_vars").mkdir()
         known = self.folder / "known_hosts"
         known.write_text("".join(f"[127.0.0.1]:{host.port} {host.host_key}\n"
-                                 for host in self.hosts.values()))
+                                 for host in (*self.hosts.values(), self.image)))
         for name, host in self.hosts.items():
             (self.work / f"host_vars/{name}.yml").write_text(
                 f"ansible_host: 127.0.0.1\nansible_port: {host.port}\nansible_user: root\n"
@@ -140,7 +147,7 @@ class Fleet:
         return result.stdout, counts
 
     def close(self):
-        for host in self.hosts.values():
+        for host in (*self.hosts.values(), self.image):
             host.stop()
         shutil.rmtree(self.folder, ignore_errors=True)
 
@@ -214,7 +221,31 @@ class RoleTest(unittest.TestCase):
             self.assertIn(SALES.format(NEW_PASSWORD), files[name])
             self.assertIn("Database=東京\n", files[name])
 
-    def test_6_no_password_is_anywhere_but_in_the_files_of_dsns(self):
+    def test_6_a_container_image_has_the_dsns_and_gets_its_password_when_it_starts(self):
+        fleet, image = self.fleet, self.fleet.image
+        image.start()
+        text = (fleet.work / "Dockerfile").read_text("utf-8")
+        words = [line.split(maxsplit=1) for line in text.splitlines()]
+        self.assertEqual([word for word, _ in words], ["FROM", "COPY", "RUN", "RUN", "COPY", "RUN"])
+        for word, rest in words:
+            if word == "COPY":
+                source, target = rest.split()
+                image.path(target).parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy(fleet.work / source, image.path(target))
+            elif word == "RUN":
+                self.run_in_image(rest)
+        self.assertNotIn("PWD", image.read("etc/odbc.ini"))
+        image.write("run/secrets/sales", PASSWORD + "\n", 0o600)
+        self.run_in_image(fleet.container_command)
+        self.assertIn(f"PWD={PASSWORD}\n", image.read("etc/odbc.ini"))
+        image.path("run/secrets/sales").unlink()
+
+    def run_in_image(self, command):
+        fleet = self.fleet
+        fleet.outputs.append(fleet.image.run(command, fleet.folder / "key",
+                                             fleet.folder / "known_hosts"))
+
+    def test_7_no_password_is_anywhere_but_in_the_files_of_dsns(self):
         fleet = self.fleet
         texts = {f"output {index}": text for index, text in enumerate(fleet.outputs)}
         for name, host in fleet.hosts.items():
