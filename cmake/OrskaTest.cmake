@@ -1,5 +1,35 @@
 include(GoogleTest)
 
+# GoogleTest's headers take longer to compile than most tests. Compiler caches refuse what uses
+# precompiled headers, so with one of them in place there are none.
+set(precompile_default ON)
+if(CMAKE_CXX_COMPILER_LAUNCHER OR WIN32)
+  set(precompile_default OFF)
+endif()
+option(ORSKA_PRECOMPILE_TEST_HEADERS "Precompile the headers that all tests use"
+       ${precompile_default})
+
+# What every test is compiled with; the same for all, so that they can share a precompiled header.
+function(orska_test_options target)
+  orska_warnings(${target})
+  # Test code compiles in two thirds of the time so; what it tests keeps its own flags.
+  target_compile_options(${target} PRIVATE -O1)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # gcc 12 sees a mismatch in tests that replace both operators, to count or to clear.
+    target_compile_options(${target} PRIVATE -Wno-mismatched-new-delete)
+  endif()
+  target_link_libraries(${target} PRIVATE GTest::gmock GTest::gtest_main)
+endfunction()
+
+if(ORSKA_PRECOMPILE_TEST_HEADERS)
+  file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp CONTENT "")
+  add_executable(orska_test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp)
+  orska_test_options(orska_test_headers)
+  target_include_directories(orska_test_headers PRIVATE ${PROJECT_SOURCE_DIR})
+  target_precompile_headers(orska_test_headers PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h> <algorithm> <memory> <string> <vector>)
+endif()
+
 # orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds])
 # One test program. Each test of it runs in its own process, so that process-wide state begins
 # fresh. The default library is orska_support.
@@ -16,14 +46,11 @@ function(orska_test)
     list(APPEND properties TIMEOUT ${ARG_TIMEOUT})
   endif()
   add_executable(${ARG_NAME} ${ARG_SOURCES})
-  orska_warnings(${ARG_NAME})
-  # Test code compiles in two thirds of the time so; what it tests keeps its own flags.
-  target_compile_options(${ARG_NAME} PRIVATE -O1)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # gcc 12 sees a mismatch in tests that replace both operators, to count or to clear.
-    target_compile_options(${ARG_NAME} PRIVATE -Wno-mismatched-new-delete)
+  orska_test_options(${ARG_NAME})
+  target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBRARIES})
+  if(ORSKA_PRECOMPILE_TEST_HEADERS)
+    target_precompile_headers(${ARG_NAME} REUSE_FROM orska_test_headers)
   endif()
-  target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main)
   if(WIN32)
     # Wine starts too slowly for a process a test, so the program runs whole.
     add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
