@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "VeltraneDialog/FieldLimits.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 
@@ -40,12 +41,12 @@ bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
                       [&](char in_a, char in_b) { return lower(in_a) == lower(in_b); });
 }
 
-const char* WhyNoName(std::string_view in_name) {
+const char* WhyNoName(std::string_view in_name, std::u16string_view in_units) {
     if (in_name.find_first_of(CHARACTERS_NOT_IN_NAMES) != std::string_view::npos) {
         return VELTRANE_TEXT("A name has none of [ ] { } ( ) , ; ? * = ! @ \\");
     }
-    if (in_name.size() > MAX_NAME_LENGTH) {
-        return VELTRANE_TEXT("Too long: a name has at most 32 bytes; some letters take several.");
+    if (const char* const reason = WhyNameTooLong(in_name, in_units)) {
+        return reason;
     }
     // The driver managers keep their list of data sources under this name.
     if (EqualsIgnoringCase(in_name, "ODBC Data Sources")) {
@@ -69,12 +70,9 @@ const char* WhyRefused(const DialogField& in_field, std::string_view in_text) {
         return reason;
     }
     if (in_field.m_value == &DialogValues::m_dsn) {
-        return WhyNoName(in_text);
+        return WhyNoName(in_text, text);
     }
-    if (in_field.m_key.size() + 1 + in_text.size() > MAX_LINE_LENGTH) {
-        return VELTRANE_TEXT("Too long: a line of odbc.ini has at most 999 bytes.");
-    }
-    return nullptr;
+    return WhyValueTooLong(in_field.m_key, in_text, text);
 }
 
 bool IsOnlyMissing(const DialogField& in_field, std::string_view in_text) {

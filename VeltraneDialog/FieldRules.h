@@ -2,19 +2,13 @@
 #ifndef VELTRANEDIALOG_FIELDRULES_H
 #define VELTRANEDIALOG_FIELDRULES_H
 
-#include <cstddef>
 #include <string_view>
 
 #include "VeltraneDialog/DialogFields.h"
 
 namespace Veltrane::ODBC {
 
-/// What the installer takes as a name, in bytes of UTF-8.
-constexpr std::size_t MAX_NAME_LENGTH = 32;
 constexpr std::string_view CHARACTERS_NOT_IN_NAMES = "[]{}(),;?*=!@\\";
-
-/// The longest line of odbc.ini that is read back whole, in bytes of UTF-8, "key=" included.
-constexpr std::size_t MAX_LINE_LENGTH = 999;
 
 /// @param in_text  UTF-8
 /// @return why the field cannot hold the text, in English (a key of the translations); null when it

@@ -37,7 +37,8 @@ struct DialogValues {
     DialogString m_database = u"";
 };
 
-/// The administrator's file, used when VELTRANE_DSN_INITIAL_VALUES is not set; it may be absent.
+/// The administrator's file on Linux, used when VELTRANE_DSN_INITIAL_VALUES is not set; it may be
+/// absent. On Windows it is dsn-defaults.ini beside the setup library.
 constexpr char DEFAULT_INITIAL_VALUES_FILE[] = "/etc/veltrane/dsn-defaults.ini";
 
 /// Reads the file that the environment variable VELTRANE_DSN_INITIAL_VALUES names (ignored in a

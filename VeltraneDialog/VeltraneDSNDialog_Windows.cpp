@@ -1,0 +1,108 @@
+#include "VeltraneDialog/VeltraneDSNDialog.h"
+
+#include <windows.h>
+
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/DialogLibrary.h"
+#include "VeltraneDialog/WideText_Windows.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+static_assert(DIALOG_FIELDS.size() == DIALOG_TEXT_COUNT);
+
+[[noreturn]] void Fail(const std::string& in_reason) {
+    throw std::runtime_error(
+        "No DSN editor can be shown. " + in_reason +
+        ". To work without one, make the request without a parent window: it then takes the values "
+        "from the file that VELTRANE_DSN_INITIAL_VALUES names.");
+}
+
+/// Loads a library by its full path, and what it needs from its own folder and the system's only: a
+/// library of the same name in the host's folder, its working directory or PATH is never taken.
+HMODULE LoadFrom(const std::wstring& in_path) {
+    const HMODULE library =
+        LoadLibraryExW(in_path.c_str(), nullptr,
+                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    // A Windows 7 without its updates does not know those flags.
+    if (library == nullptr && GetLastError() == ERROR_INVALID_PARAMETER) {
+        return LoadLibraryExW(in_path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    }
+    return library;
+}
+
+/// The function of the library that stands beside this code. The library stays loaded: a C++
+/// run-time that is linked into it loses a slot of the process each time it is loaded anew.
+ShowDialogFunction FindShowDialog() {
+    const std::wstring own = OwnModulePath();
+    const std::wstring path = own.substr(0, own.rfind(L'\\') + 1) + DIALOG_LIBRARY_NAME;
+    const HMODULE library = LoadFrom(path);
+    if (library == nullptr) {
+        Fail(ToUtf8(path) + " cannot be loaded: " + DescribeSystemError(GetLastError()));
+    }
+    const FARPROC function = GetProcAddress(library, DIALOG_FUNCTION_NAME);
+    if (function == nullptr) {
+        Fail(ToUtf8(path) + " has no function " + DIALOG_FUNCTION_NAME);
+    }
+    return reinterpret_cast<ShowDialogFunction>(reinterpret_cast<void*>(function));
+}
+
+struct Answer {
+    DialogValues m_values;
+    std::u16string m_reason;
+    bool m_isWhole = true;
+};
+
+/// Called by the dialog: no exception may go through it.
+void TakeText(void* io_context, unsigned in_index, DialogText in_text) {
+    Answer& answer = *static_cast<Answer*>(io_context);
+    try {
+        std::u16string text(in_text.m_text, in_text.m_length);
+        if (in_index < DIALOG_TEXT_COUNT) {
+            answer.m_values.*DIALOG_FIELDS[in_index].m_value = std::move(text);
+        } else {
+            answer.m_reason = std::move(text);
+        }
+    } catch (const std::bad_alloc&) {
+        answer.m_isWhole = false;
+    }
+}
+
+DialogRequest MakeRequest(const DialogValues& in_values, Answer& out_answer) {
+    DialogRequest request{};
+    request.m_size = sizeof request;
+    for (unsigned i = 0; i < DIALOG_TEXT_COUNT; ++i) {
+        const DialogString& text = in_values.*DIALOG_FIELDS[i].m_value;
+        request.m_texts[i] = text ? DialogText{text->data(), text->size()} : DialogText{u"", 0};
+    }
+    request.m_take = TakeText;
+    request.m_context = &out_answer;
+    return request;
+}
+
+}  // namespace
+
+int VeltraneDSNDialog::ShowDialog() {
+    Answer answer;
+    const DialogRequest request = MakeRequest(m_values, answer);
+    const int result = FindShowDialog()(&request);
+    if (!answer.m_isWhole) throw std::bad_alloc();
+    switch (result) {
+        case DIALOG_ACCEPTED:
+            m_values = std::move(answer.m_values);
+            return RESULT_OK;
+        case DIALOG_CANCELLED:
+            return RESULT_CANCEL;
+        case DIALOG_OTHER_VERSION:
+            Fail("VeltraneDialog.dll is of another version than the setup library");
+        default:
+            Fail(ToUtf8(AsWide(answer.m_reason.c_str())));
+    }
+}
+
+}  // namespace Veltrane::ODBC

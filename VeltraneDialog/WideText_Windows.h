@@ -1,0 +1,30 @@
+/// Text for Windows' own functions: wchar_t has 16 bits there, as the editor's texts have.
+#ifndef VELTRANEDIALOG_WIDETEXT_WINDOWS_H
+#define VELTRANEDIALOG_WIDETEXT_WINDOWS_H
+
+#include <string>
+#include <string_view>
+
+namespace Veltrane::ODBC {
+
+inline const wchar_t* AsWide(const char16_t* in_text) {
+    static_assert(sizeof(wchar_t) == sizeof(char16_t));
+    return reinterpret_cast<const wchar_t*>(in_text);
+}
+
+inline wchar_t* AsWide(char16_t* in_text) { return reinterpret_cast<wchar_t*>(in_text); }
+
+/// @param in_bytes  UTF-8; what is not becomes an empty text
+std::wstring ToWide(std::string_view in_bytes);
+std::string ToUtf8(std::wstring_view in_text);
+
+/// The system's text for an error of GetLastError, in UTF-8, without the line end and full stop.
+std::string DescribeSystemError(unsigned long in_error);
+
+/// The full path of the file that holds this code, the program or a library.
+/// @throws std::runtime_error when the system does not tell it
+std::wstring OwnModulePath();
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,67 @@
+/// The DSN editor as a dialog of Windows' own, made from the dialog resource.
+#ifndef VELTRANEDIALOG_LIBRARY_NATIVEFORM_H
+#define VELTRANEDIALOG_LIBRARY_NATIVEFORM_H
+
+#include <windows.h>
+
+#include <array>
+#include <string>
+
+#include "VeltraneDialog/DialogFields.h"
+
+namespace Veltrane::ODBC {
+
+class NativeForm {
+public:
+    /// @param io_values  changed when the form is accepted; none of them null
+    explicit NativeForm(DialogValues& io_values);
+
+    /// Shows the form and waits for the user.
+    /// @param in_library  the one that has the dialog resource
+    /// @param in_owner  the window that waits meanwhile; may be null
+    /// @return IDOK, IDCANCEL, or -1 with the reason in GetLastError
+    INT_PTR Show(HMODULE in_library, HWND in_owner);
+
+private:
+    struct Row {
+        const DialogField* m_field = nullptr;
+        /// Why the field is refused; null when it is not, or nothing is to be said yet.
+        const char* m_reason = nullptr;
+        /// An empty field is only pointed out once the user has been in it.
+        bool m_isEdited = false;
+    };
+
+    static INT_PTR CALLBACK HandleMessage(HWND in_window, UINT in_message, WPARAM in_first,
+                                          LPARAM in_second);
+    bool Handle(UINT in_message, WPARAM in_first, LPARAM in_second);
+    void HandleCommand(int in_control, int in_notice);
+
+    void Start();
+    void FillRow(std::size_t in_row);
+    void FillChoices(HWND in_choice);
+    void SetFirstFocus();
+
+    /// After a change: the notes, the title and OK follow the fields.
+    void Follow();
+    void ShowNote(std::size_t in_row);
+    HBRUSH PaintStatic(HDC in_context, HWND in_control) const;
+    void ShowPassword(bool in_isShown);
+    void Accept();
+    /// Overwrites what the password's field holds, before the memory of the field is given back.
+    void WipePassword();
+
+    HWND Get(int in_control) const { return GetDlgItem(m_window, in_control); }
+    void SetText(int in_control, const std::wstring& in_text);
+    std::u16string GetText(int in_control) const;
+
+    DialogValues& m_values;
+    HWND m_window = nullptr;
+    std::array<Row, DIALOG_FIELDS.size()> m_rows;
+    WPARAM m_passwordMark = 0;
+    /// False while the fields are filled: that is no change by the user.
+    bool m_isStarted = false;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif

@@ -1,0 +1,77 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+#include "VeltraneDialog/InitialValues.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+class InitialValuesFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_directory = testing::TempDir() + "initial-values-XXXXXX";
+        ASSERT_NE(mkdtemp(m_directory.data()), nullptr);
+        m_file = m_directory + "/values.ini";
+        setenv("VELTRANE_DSN_INITIAL_VALUES", m_file.c_str(), 1);
+    }
+    void TearDown() override {
+        unlink(m_file.c_str());
+        rmdir(m_file.c_str());
+        rmdir(m_directory.c_str());
+    }
+    std::string LoadError() {
+        try {
+            LoadInitialValues();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no error";
+    }
+    std::string m_directory;
+    std::string m_file;
+};
+
+TEST_F(InitialValuesFileTest, ReadsTheNamedFile) {
+    std::ofstream(m_file) << "[DSN]\nDatabase=d\n" << std::string(9000, '#') << "\nUID=u\n";
+    const DialogValues values = LoadInitialValues();
+    EXPECT_EQ(values.m_database, u"d");
+    EXPECT_EQ(values.m_uid, u"u");
+}
+
+TEST_F(InitialValuesFileTest, AMissingNamedFileIsAnError) {
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": No such file or directory.");
+}
+
+TEST_F(InitialValuesFileTest, ADirectoryIsAnError) {
+    ASSERT_EQ(mkdir(m_file.c_str(), 0700), 0);
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": Is a directory.");
+}
+
+TEST_F(InitialValuesFileTest, AnEndlessFileIsRefused) {
+    setenv("VELTRANE_DSN_INITIAL_VALUES", "/dev/zero", 1);
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: /dev/zero: larger than 1 MiB.");
+}
+
+TEST_F(InitialValuesFileTest, APipeWithoutWriterIsEmptyAndDoesNotHang) {
+    ASSERT_EQ(mkfifo(m_file.c_str(), 0600), 0);
+    EXPECT_EQ(LoadInitialValues().m_dsn, u"");
+}
+
+TEST_F(InitialValuesFileTest, WithoutAnyFileAllValuesAreEmptyNotNull) {
+    if (access(DEFAULT_INITIAL_VALUES_FILE, F_OK) == 0) {
+        GTEST_SKIP() << "this machine has defaults of its own";
+    }
+    unsetenv("VELTRANE_DSN_INITIAL_VALUES");
+    const DialogValues values = LoadInitialValues();
+    EXPECT_EQ(values.m_dsn, u"");
+    EXPECT_EQ(values.m_database, u"");
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC

@@ -1,0 +1,286 @@
+/// The dialog of Windows' own, driven from a second thread of the test as its user.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <functional>
+#include <stdexcept>
+#include <thread>
+
+#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/DialogLibrary.h"
+#include "VeltraneDialog/VeltraneDSNDialog.h"
+#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/Wipe.h"
+#include "VeltraneDialog/library/Resource.h"
+#include "tests/support/PasswordCopies.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+/// What the user sees and does.
+class Form {
+public:
+    explicit Form(HWND in_window) : m_window(in_window) {}
+
+    std::wstring Text(int in_control) const {
+        std::wstring text(2048, L'\0');
+        text.resize(static_cast<std::size_t>(
+            SendMessageW(Get(in_control), WM_GETTEXT, text.size(),
+                         reinterpret_cast<LPARAM>(text.data()))));
+        return text;
+    }
+    std::wstring Title() const {
+        std::wstring text(256, L'\0');
+        text.resize(static_cast<std::size_t>(SendMessageW(
+            m_window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+        return text;
+    }
+    void Enter(int in_control, const std::wstring& in_text) const {
+        SendMessageW(Get(in_control), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(in_text.c_str()));
+    }
+    void Choose(int in_control, WPARAM in_index) const {
+        SendMessageW(Get(in_control), CB_SETCURSEL, in_index, 0);
+        SendMessageW(m_window, WM_COMMAND, MAKEWPARAM(in_control, CBN_SELCHANGE),
+                     reinterpret_cast<LPARAM>(Get(in_control)));
+    }
+    /// As Enter and Escape do it, whether the button is enabled or not.
+    void Press(int in_control) const {
+        SendMessageW(m_window, WM_COMMAND, MAKEWPARAM(in_control, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(Get(in_control)));
+    }
+    void Click(int in_control) const { SendMessageW(Get(in_control), BM_CLICK, 0, 0); }
+    bool IsEnabled(int in_control) const { return IsWindowEnabled(Get(in_control)) != FALSE; }
+    bool IsOpen() const { return IsWindow(m_window) != FALSE; }
+    HWND Get(int in_control) const { return GetDlgItem(m_window, in_control); }
+    HWND Window() const { return m_window; }
+
+private:
+    HWND m_window;
+};
+
+HWND FindForm() {
+    for (HWND window = nullptr;;) {
+        window = FindWindowExW(nullptr, window, L"#32770", nullptr);
+        if (window == nullptr) return nullptr;
+        DWORD process = 0;
+        GetWindowThreadProcessId(window, &process);
+        // OK is enabled or not only once everything is filled.
+        const bool isOurs = process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE;
+        if (isOurs && GetDlgItem(window, ID_NOTE) != nullptr) return window;
+    }
+}
+
+/// Shows the editor while a user is there, who cancels what they leave open.
+int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>& in_user) {
+    std::thread user([&] {
+        HWND window = nullptr;
+        for (int i = 0; i < 400 && window == nullptr; ++i) {
+            Sleep(50);
+            window = FindForm();
+        }
+        if (window == nullptr) return;
+        const Form form(window);
+        in_user(form);
+        if (form.IsOpen()) form.Press(IDCANCEL);
+    });
+    int result = -1;
+    try {
+        result = io_editor.ShowDialog();
+    } catch (const std::exception& exception) {
+        ADD_FAILURE() << exception.what();
+    }
+    user.join();
+    return result;
+}
+
+constexpr DialogString (VeltraneDSNDialog::*GETTERS[])() const = {
+    &VeltraneDSNDialog::GetDSN,    &VeltraneDSNDialog::GetServer,
+    &VeltraneDSNDialog::GetDatabase, &VeltraneDSNDialog::GetUid,
+    &VeltraneDSNDialog::GetPwd,    &VeltraneDSNDialog::GetCognosNamespace,
+    &VeltraneDSNDialog::GetMicroStrategyLoginMode};
+constexpr int ROWS = static_cast<int>(std::size(GETTERS));
+constexpr int NAME = ID_INPUT;
+constexpr int SERVER = ID_INPUT + 1;
+constexpr int DATABASE = ID_INPUT + 2;
+constexpr int PASSWORD = ID_INPUT + 4;
+constexpr int LOGIN_MODE = ID_INPUT + 6;
+
+int NoteOf(int in_input) { return in_input - ID_INPUT + ID_NOTE; }
+
+/// In the order of the form's rows.
+const std::u16string OLD[] = {u"sales",  u"bi.example.com", u"売上 Größe", u"anna",
+                              u"geheim", u"ns",             u"my own mode"};
+
+VeltraneDSNDialog MakeEditor() {
+    VeltraneDSNDialog editor;
+    editor.SetDSN(OLD[0]);
+    editor.SetServer(OLD[1]);
+    editor.SetDatabase(OLD[2]);
+    editor.SetUid(OLD[3]);
+    editor.SetPwd(OLD[4]);
+    editor.SetCognosNamespace(OLD[5]);
+    editor.SetMicroStrategyLoginMode(OLD[6]);
+    return editor;
+}
+
+TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
+    const std::wstring entered[] = {L"neu \U0001F600", L"s2", L"d2", L"", L"p\x20AC", L"n2",
+                                    L"LDAP"};
+    VeltraneDSNDialog editor = MakeEditor();
+    const int result = ShowTo(editor, [&](const Form& in_form) {
+        EXPECT_EQ(in_form.Title(), L"Data source sales");
+        for (int i = 0; i < ROWS; ++i) {
+            EXPECT_EQ(in_form.Text(ID_INPUT + i), AsWide(OLD[i].c_str())) << i;
+            if (ID_INPUT + i != LOGIN_MODE) in_form.Enter(ID_INPUT + i, entered[i]);
+        }
+        in_form.Choose(LOGIN_MODE, 1);
+        EXPECT_EQ(in_form.Title(), L"Data source neu \U0001F600");
+        in_form.Click(IDOK);
+    });
+    EXPECT_EQ(result, VeltraneDSNDialog::RESULT_OK);
+    for (int i = 0; i < ROWS; ++i) {
+        EXPECT_EQ(AsWide((editor.*GETTERS[i])()->c_str()), entered[i]) << i;
+    }
+}
+
+TEST(NativeForm, CancelChangesNothing) {
+    VeltraneDSNDialog editor = MakeEditor();
+    for (const bool isCross : {false, true}) {
+        const int result = ShowTo(editor, [&](const Form& in_form) {
+            in_form.Enter(SERVER, L"other");
+            if (isCross) {
+                SendMessageW(in_form.Window(), WM_CLOSE, 0, 0);
+            } else {
+                in_form.Click(IDCANCEL);
+            }
+        });
+        EXPECT_EQ(result, VeltraneDSNDialog::RESULT_CANCEL);
+        EXPECT_EQ(editor.GetServer(), OLD[1]);
+    }
+}
+
+TEST(NativeForm, RefusesWithTheReasonBelowTheField) {
+    const struct {
+        int m_input;
+        std::wstring m_text;
+        const wchar_t* m_reason;
+    } cases[] = {
+        {NAME, L"a[b", L"A name has none of [ ] { } ( ) , ; ? * = ! @ \\"},
+        {NAME, std::wstring(33, L'\x65E5'), L"Too long: a name has at most 32 characters."},
+        {NAME, L"ODBC data sources", L"This name is reserved."},
+        {SERVER, L"", L"Has to be filled."},
+        {DATABASE, L" d", L"Blanks at the beginning or the end cannot be stored."},
+        {PASSWORD, std::wstring(260, L'x'), L"Too long: a value has at most 259 characters."},
+    };
+    VeltraneDSNDialog editor = MakeEditor();
+    const int result = ShowTo(editor, [&](const Form& in_form) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(ToUtf8(c.m_text));
+            const std::wstring sound = in_form.Text(c.m_input);
+            const std::wstring hint = in_form.Text(NoteOf(c.m_input));
+            in_form.Enter(c.m_input, c.m_text);
+            EXPECT_EQ(in_form.Text(NoteOf(c.m_input)), c.m_reason);
+            EXPECT_FALSE(in_form.IsEnabled(IDOK));
+            in_form.Press(IDOK);
+            ASSERT_TRUE(in_form.IsOpen());
+            in_form.Enter(c.m_input, sound);
+            EXPECT_EQ(in_form.Text(NoteOf(c.m_input)), hint);
+            EXPECT_TRUE(in_form.IsEnabled(IDOK));
+        }
+        in_form.Enter(NAME, std::wstring(32, L'\x65E5'));
+        EXPECT_TRUE(in_form.IsEnabled(IDOK)) << "32 characters, 96 bytes";
+    });
+    EXPECT_EQ(result, VeltraneDSNDialog::RESULT_CANCEL);
+}
+
+TEST(NativeForm, ANewOnePointsOutNothingYetAndBeginsWithTheName) {
+    VeltraneDSNDialog editor;
+    ShowTo(editor, [&](const Form& in_form) {
+        EXPECT_EQ(in_form.Title(), L"New data source");
+        EXPECT_FALSE(in_form.IsEnabled(IDOK));
+        EXPECT_EQ(in_form.Text(ID_NOTE), L"The name under which programs find this data source.");
+        EXPECT_EQ(in_form.Text(ID_LABEL), L"&Name *");
+        EXPECT_EQ(in_form.Text(ID_KEY), L"DSN");
+        GUITHREADINFO info{};
+        info.cbSize = sizeof info;
+        GetGUIThreadInfo(GetWindowThreadProcessId(in_form.Window(), nullptr), &info);
+        EXPECT_EQ(info.hwndFocus, in_form.Get(NAME));
+    });
+}
+
+TEST(NativeForm, TabGoesThroughTheFieldsInTheirOrder) {
+    VeltraneDSNDialog editor = MakeEditor();
+    ShowTo(editor, [&](const Form& in_form) {
+        std::vector<int> order;
+        HWND control = in_form.Get(NAME);
+        do {
+            order.push_back(GetDlgCtrlID(control));
+            control = GetNextDlgTabItem(in_form.Window(), control, FALSE);
+        } while (control != in_form.Get(NAME) && order.size() < 20);
+        EXPECT_EQ(order, (std::vector<int>{ID_INPUT, ID_INPUT + 1, ID_INPUT + 2, ID_INPUT + 3,
+                                           ID_INPUT + 4, ID_SHOW_PASSWORD, ID_INPUT + 5,
+                                           ID_INPUT + 6, IDOK, IDCANCEL}));
+    });
+}
+
+TEST(NativeForm, ThePasswordIsMaskedUnlessItIsToBeShown) {
+    VeltraneDSNDialog editor = MakeEditor();
+    ShowTo(editor, [&](const Form& in_form) {
+        const auto mark = [&] { return SendMessageW(in_form.Get(PASSWORD), EM_GETPASSWORDCHAR, 0, 0); };
+        const LRESULT masked = mark();
+        EXPECT_NE(masked, 0);
+        in_form.Click(ID_SHOW_PASSWORD);
+        EXPECT_EQ(mark(), 0);
+        in_form.Click(ID_SHOW_PASSWORD);
+        EXPECT_EQ(mark(), masked);
+    });
+}
+
+TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
+    for (const int button : {IDOK, IDCANCEL}) {
+        for (const std::size_t length : {std::size_t{30}, std::size_t{250}}) {
+            SCOPED_TRACE(std::to_string(button) + " " + std::to_string(length));
+            VeltraneDSNDialog editor = MakeEditor();
+            {
+                DialogString password = MakePassword(length);
+                editor.SetPwd(*password);
+                Wipe(*password);
+            }
+            ASSERT_EQ(CopiesOfThePassword(), 1U) << "the search finds what is there";
+            ShowTo(editor, [&](const Form& in_form) {
+                EXPECT_GT(CopiesOfThePassword(), 1U) << "the form holds it";
+                in_form.Enter(SERVER, L"other");
+                in_form.Click(button);
+            });
+            EXPECT_EQ(CopiesOfThePassword(), 1U) << "besides the editor's own value";
+        }
+    }
+}
+
+TEST(NativeForm, TheActiveWindowWaits) {
+    const HWND host = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0,
+                                      200, 100, nullptr, nullptr, nullptr, nullptr);
+    SetActiveWindow(host);
+    VeltraneDSNDialog editor = MakeEditor();
+    ShowTo(editor, [&](const Form& in_form) {
+        EXPECT_EQ(GetWindow(in_form.Window(), GW_OWNER), host);
+        EXPECT_FALSE(IsWindowEnabled(host));
+    });
+    EXPECT_TRUE(IsWindowEnabled(host));
+    DestroyWindow(host);
+}
+
+TEST(NativeForm, ARequestOfAnotherVersionIsRefused) {
+    const HMODULE library = LoadLibraryW(DIALOG_LIBRARY_NAME);
+    ASSERT_NE(library, nullptr);
+    const auto show = reinterpret_cast<ShowDialogFunction>(
+        reinterpret_cast<void*>(GetProcAddress(library, DIALOG_FUNCTION_NAME)));
+    ASSERT_NE(show, nullptr);
+    DialogRequest request{};
+    request.m_size = sizeof request - 1;
+    EXPECT_EQ(show(&request), DIALOG_OTHER_VERSION);
+    EXPECT_EQ(show(nullptr), DIALOG_OTHER_VERSION);
+}
+
+}  // namespace
+}  // namespace Veltrane::ODBC
