@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -72,9 +73,10 @@ HWND FindForm() {
 
 /// Shows the editor while a user is there, who cancels what they leave open.
 int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>& in_user) {
+    std::atomic<bool> isOver = false;
     std::thread user([&] {
         HWND window = nullptr;
-        for (int i = 0; i < 400 && window == nullptr; ++i) {
+        for (int i = 0; i < 400 && window == nullptr && !isOver; ++i) {
             Sleep(50);
             window = FindForm();
         }
@@ -89,6 +91,7 @@ int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>&
     } catch (const std::exception& exception) {
         ADD_FAILURE() << exception.what();
     }
+    isOver = true;
     user.join();
     return result;
 }
