@@ -1,5 +1,5 @@
-/// The one call between the setup library and VeltraneDialog.dll. It is plain C, and each side keeps
-/// its own memory: the two are linked with a C++ run-time of their own each. Windows only.
+/// The one call between the setup library and VeltraneDialog.dll. It is plain C, and each side
+/// keeps its own memory: the two are linked with a C++ run-time of their own each. Windows only.
 #ifndef VELTRANEDIALOG_DIALOGLIBRARY_H
 #define VELTRANEDIALOG_DIALOGLIBRARY_H
 

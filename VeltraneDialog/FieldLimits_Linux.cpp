@@ -15,8 +15,7 @@ constexpr std::size_t MAX_LINE_LENGTH = 999;
 
 const char* WhyNameTooLong(std::string_view in_name, std::u16string_view) {
     return in_name.size() > MAX_NAME_LENGTH
-               ? VELTRANE_TEXT(
-                     "Too long: a name has at most 32 bytes; some letters take several.")
+               ? VELTRANE_TEXT("Too long: a name has at most 32 bytes; some letters take several.")
                : nullptr;
 }
 

@@ -26,9 +26,8 @@ static_assert(DIALOG_FIELDS.size() == DIALOG_TEXT_COUNT);
 /// Loads a library by its full path, and what it needs from its own folder and the system's only: a
 /// library of the same name in the host's folder, its working directory or PATH is never taken.
 HMODULE LoadFrom(const std::wstring& in_path) {
-    const HMODULE library =
-        LoadLibraryExW(in_path.c_str(), nullptr,
-                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const HMODULE library = LoadLibraryExW(
+        in_path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
     // A Windows 7 without its updates does not know those flags.
     if (library == nullptr && GetLastError() == ERROR_INVALID_PARAMETER) {
         return LoadLibraryExW(in_path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);

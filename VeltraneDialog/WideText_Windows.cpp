@@ -34,10 +34,9 @@ std::string DescribeSystemError(unsigned long in_error) {
 
 std::wstring OwnModulePath() {
     HMODULE module = nullptr;
-    const BOOL isFound =
-        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                               GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                           reinterpret_cast<const wchar_t*>(&OwnModulePath), &module);
+    const BOOL isFound = GetModuleHandleExW(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        reinterpret_cast<const wchar_t*>(&OwnModulePath), &module);
     // Long paths are cut to the buffer without an error on old systems: a full buffer is too small.
     constexpr DWORD MAX_LENGTH = 1 << 15;
     std::wstring path(isFound ? MAX_PATH : 0, L'\0');
@@ -51,8 +50,8 @@ std::wstring OwnModulePath() {
         }
         path.resize(path.size() * 2);
     }
-    throw std::runtime_error("The path of this module cannot be found: " +
-                             DescribeSystemError(GetLastError()) + ".");
+    throw std::runtime_error(
+        "The path of this module cannot be found: " + DescribeSystemError(GetLastError()) + ".");
 }
 
 }  // namespace Veltrane::ODBC

@@ -108,12 +108,10 @@ std::size_t EncodeUtf32Blocks(std::u16string_view in_text, char*& io_to,
         const __m128i units = Load(in_text.data() + done);
         const __m128i kinds = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xFC00)));
         const __m128i pairs = _mm_set1_epi32(static_cast<int>(0xDC00D800));
-        if (in_end - io_to >= 16 &&
-            _mm_movemask_epi8(_mm_cmpeq_epi16(kinds, pairs)) == 0xFFFF) {
+        if (in_end - io_to >= 16 && _mm_movemask_epi8(_mm_cmpeq_epi16(kinds, pairs)) == 0xFFFF) {
             Store(io_to, JoinPairs(units));
             io_to += 16;
-        } else if (in_end - io_to >= 32 &&
-                   _mm_movemask_epi8(IsKind(units, 0xF800, 0xD800)) == 0) {
+        } else if (in_end - io_to >= 32 && _mm_movemask_epi8(IsKind(units, 0xF800, 0xD800)) == 0) {
             Store(io_to, _mm_unpacklo_epi16(units, _mm_setzero_si128()));
             Store(io_to + 16, _mm_unpackhi_epi16(units, _mm_setzero_si128()));
             io_to += 32;
@@ -151,13 +149,9 @@ std::int64_t DecodeUtf32(std::string_view in_bytes, char16_t* out_units) noexcep
                : -1;
 }
 
-std::int64_t RefuseText(std::u16string_view, char*, std::int64_t) noexcept {
-    return -1;
-}
+std::int64_t RefuseText(std::u16string_view, char*, std::int64_t) noexcept { return -1; }
 
-std::int64_t RefuseBytes(std::string_view, char16_t*) noexcept {
-    return -1;
-}
+std::int64_t RefuseBytes(std::string_view, char16_t*) noexcept { return -1; }
 
 }  // namespace
 

@@ -18,9 +18,9 @@ namespace {
 
 HMODULE OwnLibrary() {
     HMODULE library = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                           GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<const wchar_t*>(&OwnLibrary), &library);
+    GetModuleHandleExW(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        reinterpret_cast<const wchar_t*>(&OwnLibrary), &library);
     return library;
 }
 
@@ -49,12 +49,13 @@ int ShowRequest(const DialogRequest& in_request) {
         values.*DIALOG_FIELDS[i].m_value = std::u16string(text.m_text, text.m_length);
     }
     // Without an owner the host's window would take input while the user edits.
-    const HWND owner = in_request.m_owner != nullptr ? static_cast<HWND>(in_request.m_owner)
-                                                     : GetActiveWindow();
+    const HWND owner =
+        in_request.m_owner != nullptr ? static_cast<HWND>(in_request.m_owner) : GetActiveWindow();
     const INT_PTR result = Show(values, owner);
     if (result == IDCANCEL) return DIALOG_CANCELLED;
     if (result != IDOK) {
-        return Fail(in_request, "The dialog cannot be opened: " + DescribeSystemError(GetLastError()));
+        return Fail(in_request,
+                    "The dialog cannot be opened: " + DescribeSystemError(GetLastError()));
     }
     for (unsigned i = 0; i < DIALOG_TEXT_COUNT; ++i) {
         Hand(in_request, i, *(values.*DIALOG_FIELDS[i].m_value));

@@ -85,8 +85,8 @@ INT_PTR CALLBACK NativeForm::HandleMessage(HWND in_window, UINT in_message, WPAR
     auto* const form = reinterpret_cast<NativeForm*>(GetWindowLongPtrW(in_window, DWLP_USER));
     if (form == nullptr) return FALSE;
     if (in_message == WM_CTLCOLORSTATIC) {
-        return reinterpret_cast<INT_PTR>(form->PaintStatic(reinterpret_cast<HDC>(in_first),
-                                                           reinterpret_cast<HWND>(in_second)));
+        return reinterpret_cast<INT_PTR>(
+            form->PaintStatic(reinterpret_cast<HDC>(in_first), reinterpret_cast<HWND>(in_second)));
     }
     return form->Handle(in_message, in_first, in_second) ? TRUE : FALSE;
 }

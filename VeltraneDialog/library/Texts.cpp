@@ -18,7 +18,7 @@ struct Translation {
 
 /// Made by the build from editors/po.
 constexpr Translation GERMAN[] = {
-#include "VeltraneTexts_de.inc"
+#include <VeltraneTexts_de.inc>
 };
 
 const char* Translate(const char* in_text) {

@@ -32,8 +32,7 @@ CurrentControls::CurrentControls(HMODULE in_library) : m_context(INVALID_HANDLE_
     wish.hModule = in_library;
     m_context = CreateActCtxW(&wish);
     // Without it the dialog works as well, in the look of the host.
-    m_isActive =
-        m_context != INVALID_HANDLE_VALUE && ActivateActCtx(m_context, &m_cookie) != FALSE;
+    m_isActive = m_context != INVALID_HANDLE_VALUE && ActivateActCtx(m_context, &m_cookie) != FALSE;
 }
 
 CurrentControls::~CurrentControls() {

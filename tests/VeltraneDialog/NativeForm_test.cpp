@@ -25,15 +25,14 @@ public:
 
     std::wstring Text(int in_control) const {
         std::wstring text(2048, L'\0');
-        text.resize(static_cast<std::size_t>(
-            SendMessageW(Get(in_control), WM_GETTEXT, text.size(),
-                         reinterpret_cast<LPARAM>(text.data()))));
+        text.resize(static_cast<std::size_t>(SendMessageW(Get(in_control), WM_GETTEXT, text.size(),
+                                                          reinterpret_cast<LPARAM>(text.data()))));
         return text;
     }
     std::wstring Title() const {
         std::wstring text(256, L'\0');
-        text.resize(static_cast<std::size_t>(SendMessageW(
-            m_window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+        text.resize(static_cast<std::size_t>(SendMessageW(m_window, WM_GETTEXT, text.size(),
+                                                          reinterpret_cast<LPARAM>(text.data()))));
         return text;
     }
     void Enter(int in_control, const std::wstring& in_text) const {
@@ -97,9 +96,12 @@ int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>&
 }
 
 constexpr DialogString (VeltraneDSNDialog::*GETTERS[])() const = {
-    &VeltraneDSNDialog::GetDSN,    &VeltraneDSNDialog::GetServer,
-    &VeltraneDSNDialog::GetDatabase, &VeltraneDSNDialog::GetUid,
-    &VeltraneDSNDialog::GetPwd,    &VeltraneDSNDialog::GetCognosNamespace,
+    &VeltraneDSNDialog::GetDSN,
+    &VeltraneDSNDialog::GetServer,
+    &VeltraneDSNDialog::GetDatabase,
+    &VeltraneDSNDialog::GetUid,
+    &VeltraneDSNDialog::GetPwd,
+    &VeltraneDSNDialog::GetCognosNamespace,
     &VeltraneDSNDialog::GetMicroStrategyLoginMode};
 constexpr int ROWS = static_cast<int>(std::size(GETTERS));
 constexpr int NAME = ID_INPUT;
@@ -111,8 +113,8 @@ constexpr int LOGIN_MODE = ID_INPUT + 6;
 int NoteOf(int in_input) { return in_input - ID_INPUT + ID_NOTE; }
 
 /// In the order of the form's rows.
-const std::u16string OLD[] = {u"sales",  u"bi.example.com", u"売上 Größe", u"anna",
-                              u"geheim", u"ns",             u"my own mode"};
+const std::u16string OLD[] = {u"sales", u"bi.example.com", u"売上 Größe", u"anna", u"geheim",
+                              u"ns",    u"my own mode"};
 
 VeltraneDSNDialog MakeEditor() {
     VeltraneDSNDialog editor;
@@ -127,8 +129,8 @@ VeltraneDSNDialog MakeEditor() {
 }
 
 TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
-    const std::wstring entered[] = {L"neu \U0001F600", L"s2", L"d2", L"", L"p\x20AC", L"n2",
-                                    L"LDAP"};
+    const std::wstring entered[] = {L"neu \U0001F600", L"s2", L"d2",  L"",
+                                    L"p\x20AC",        L"n2", L"LDAP"};
     VeltraneDSNDialog editor = MakeEditor();
     const int result = ShowTo(editor, [&](const Form& in_form) {
         EXPECT_EQ(in_form.Title(), L"Data source sales");
@@ -229,7 +231,9 @@ TEST(NativeForm, TabGoesThroughTheFieldsInTheirOrder) {
 TEST(NativeForm, ThePasswordIsMaskedUnlessItIsToBeShown) {
     VeltraneDSNDialog editor = MakeEditor();
     ShowTo(editor, [&](const Form& in_form) {
-        const auto mark = [&] { return SendMessageW(in_form.Get(PASSWORD), EM_GETPASSWORDCHAR, 0, 0); };
+        const auto mark = [&] {
+            return SendMessageW(in_form.Get(PASSWORD), EM_GETPASSWORDCHAR, 0, 0);
+        };
         const LRESULT masked = mark();
         EXPECT_NE(masked, 0);
         in_form.Click(ID_SHOW_PASSWORD);

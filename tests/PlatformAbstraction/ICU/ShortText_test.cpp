@@ -95,7 +95,8 @@ private:
             CheckEncoding(in_form, utf16);
             CheckDecoding(in_form, bytes);
             if (utf16.empty() || HasFailure()) return;
-            const std::size_t unit = 2 * io_random.Below(static_cast<std::uint32_t>(utf16.size() / 2));
+            const std::size_t unit =
+                2 * io_random.Below(static_cast<std::uint32_t>(utf16.size() / 2));
             utf16[unit + 1] = static_cast<char>(0xD4 + io_random.Below(12));
             const std::size_t at = io_random.Below(static_cast<std::uint32_t>(bytes.size()));
             bytes[at] = static_cast<char>(0x70 + io_random.Below(0x90));
@@ -111,9 +112,7 @@ private:
     GuardedBuffer m_target{PAGE};
 };
 
-TEST_F(ShortText, IsWholeOrRefused) {
-    CheckAll();
-}
+TEST_F(ShortText, IsWholeOrRefused) { CheckAll(); }
 
 TEST_F(ShortText, IsWholeOrRefusedWithSse2Alone) {
     setenv("ORSKA_CPU_LEVEL", "sse2", 1);
