@@ -7,11 +7,13 @@
 
 #include "PlatformAbstraction/orska_wstring.h"
 #include "Setup/ConfigDSNInternal.h"
+#include "Setup/InstallerCaller.h"
 #include "Setup/ModulePin.h"
 
 namespace {
 
 using Orska::Support::orska_wstring;
+using Veltrane::ODBC::InstallerCaller;
 
 /// The characters of a list of NUL-terminated entries, up to the last one before two NULs in a row.
 /// A list whose first character is NUL has none: callers exist that pass "" with its single NUL,
@@ -65,13 +67,20 @@ extern "C" {
 /// @return 1, or 0 with one installer error posted (a refused removal posts none)
 VELTRANE_EXPORT int ConfigDSN(void* in_parentWindow, unsigned short in_requestType,
                               const char* in_driverDescription, const char* in_attributes) {
+    const InstallerCaller caller(__builtin_return_address(0));
     return ConfigDSNEntry(in_parentWindow, in_requestType, in_driverDescription, in_attributes);
 }
 
-/// As ConfigDSN, in UTF-16.
+/// As ConfigDSN, in UTF-16, or in what the calling installer takes for wide text.
 VELTRANE_EXPORT int ConfigDSNW(void* in_parentWindow, unsigned short in_requestType,
                                const char16_t* in_driverDescription,
                                const char16_t* in_attributes) {
+    const InstallerCaller caller(__builtin_return_address(0));
+    if (caller.HasPlatformWideChars()) {
+        return ConfigDSNEntry(in_parentWindow, in_requestType,
+                              reinterpret_cast<const wchar_t*>(in_driverDescription),
+                              reinterpret_cast<const wchar_t*>(in_attributes));
+    }
     return ConfigDSNEntry(in_parentWindow, in_requestType, in_driverDescription, in_attributes);
 }
 

@@ -10,8 +10,12 @@ namespace Veltrane::ODBC {
 /// Whose data sources a request is about. The values are those of SQLGetConfigMode.
 enum class ConfigMode { BOTH = 0, USER = 1, SYSTEM = 2, UNKNOWN = -1 };
 
+/// unixODBC and iODBC have installer libraries with the same names and rules of their own.
+enum class DriverManager { UNIXODBC, IODBC };
+
 /// Null where the library lacks a function. Never unloaded.
 struct InstallerLibrary {
+    DriverManager m_driverManager = DriverManager::UNIXODBC;
     int (*m_validDSN)(const char* in_name) = nullptr;
     short (*m_postInstallerError)(unsigned in_code, const char* in_text) = nullptr;
     int (*m_getConfigMode)(unsigned short* out_mode) = nullptr;
@@ -31,16 +35,27 @@ struct InstallerLibrary {
     bool IsLoaded() const noexcept { return m_validDSN != nullptr; }
 };
 
-/// Loads the library at the first call. When that fails the user is told, once.
-const InstallerLibrary& GetInstallerLibrary();
+/// The library to which the code at an address belongs, or else the one that it calls.
+/// @return null when it has to do with none
+const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept;
+/// Sets the library of the calling thread.
+/// @param in_library  null: the one of the process
+/// @return the one set before
+const InstallerLibrary* UseInstallerLibrary(const InstallerLibrary* in_library) noexcept;
+/// The library of the calling thread; else the one of the process: a library that it holds, or
+/// loaded at the first call. When that fails the user is told, once.
+const InstallerLibrary& GetInstallerLibrary() noexcept;
 
 /// The config mode of the request that is running; UNKNOWN when it cannot be found out.
 ConfigMode FindConfigMode();
-/// The path of the user's odbc.ini and of the system's, whether they exist or not. A process that
-/// runs with more rights than its user has takes neither from the environment.
+/// The path of the user's odbc.ini and of the system's, whether they exist or not, by the rules of
+/// the driver manager. A process that runs with more rights than its user has takes neither from
+/// the environment.
 std::string GetUserIniPath();
 std::string GetSystemIniPath();
 
+/// Posts an error. The text need not outlive the call.
+bool PostError(unsigned in_code, const std::string& in_text);
 /// Makes the library forget the values that it has read: it keeps them for 20 s, old ones too.
 void ForgetReadValues();
 /// Empties the installer's error list.

@@ -1,47 +1,109 @@
 #include <dlfcn.h>
+#include <link.h>
 #include <pwd.h>
 #include <sys/auxv.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <mutex>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Setup/ConfigModeProbe.h"
 #include "Setup/InstallerLibrary.h"
+#include "Setup/SystemCalls.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
 
-constexpr char LIBRARY_NAME[] = "libodbcinst.so.2";
+constexpr const char* LIBRARY_NAMES[] = {"libodbcinst.so.2", "libiodbcinst.so.2"};
 constexpr char NOT_INSTALLED[] =
     "The ODBC installer DLL (ODBCCP32.DLL) is not installed on this system.";
 constexpr char NOT_INSTALLED_TITLE[] = "ODBC Installer Error";
+constexpr char SYSTEM_INI[] = "/etc/odbc.ini";
+constexpr char ANY_FUNCTION[] = "SQLPostInstallerError";
+constexpr short SQL_SUCCESS = 0;
 
 template <typename Function>
 void Bind(void* in_library, const char* in_name, Function& out_function) {
     out_function = reinterpret_cast<Function>(::dlsym(in_library, in_name));
 }
 
-InstallerLibrary Load() {
+InstallerLibrary BindAll(void* in_library) {
     InstallerLibrary library;
-    void* const handle = ::dlopen(LIBRARY_NAME, RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        std::fprintf(stderr, "%s: %s\n", NOT_INSTALLED_TITLE, NOT_INSTALLED);
-        return library;
-    }
-    Bind(handle, "SQLValidDSN", library.m_validDSN);
-    Bind(handle, "SQLPostInstallerError", library.m_postInstallerError);
-    Bind(handle, "SQLGetConfigMode", library.m_getConfigMode);
-    Bind(handle, "_odbcinst_UserINI", library.m_userIni);
-    Bind(handle, "_odbcinst_SystemINI", library.m_systemIni);
-    Bind(handle, "SQLWritePrivateProfileString", library.m_writeProfileString);
-    Bind(handle, "__clear_ini_cache", library.m_clearCache);
-    Bind(handle, "__SQLGetPrivateProfileStringNL", library.m_readWithoutLock);
+    Bind(in_library, "SQLValidDSN", library.m_validDSN);
+    Bind(in_library, "SQLPostInstallerError", library.m_postInstallerError);
+    Bind(in_library, "SQLGetConfigMode", library.m_getConfigMode);
+    Bind(in_library, "_odbcinst_UserINI", library.m_userIni);
+    Bind(in_library, "_odbcinst_SystemINI", library.m_systemIni);
+    Bind(in_library, "SQLWritePrivateProfileString", library.m_writeProfileString);
+    Bind(in_library, "__clear_ini_cache", library.m_clearCache);
+    Bind(in_library, "__SQLGetPrivateProfileStringNL", library.m_readWithoutLock);
+    if (library.m_systemIni == nullptr) library.m_driverManager = DriverManager::IODBC;
     return library;
+}
+
+/// A module that is in the process already. The main program has no name.
+void* OpenLoaded(const char* in_name) {
+    const bool isMainProgram = in_name == nullptr || *in_name == '\0';
+    return ::dlopen(isMainProgram ? nullptr : in_name, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+}
+
+/// The module that holds an address; null when there is none.
+void* OpenModuleOf(const void* in_address) {
+    Dl_info info{};
+    void* module = nullptr;
+    if (::dladdr1(in_address, &info, &module, RTLD_DL_LINKMAP) == 0) return nullptr;
+    return OpenLoaded(static_cast<const link_map*>(module)->l_name);
+}
+
+/// The libraries bound so far, one for each driver manager in the process.
+/// Process-wide: filled as callers come, read by every request.
+class BoundLibraries {
+public:
+    /// @param in_function  a function of the library
+    /// @return null when there are more libraries than anybody can have
+    const InstallerLibrary* Get(const void* in_function) {
+        const std::lock_guard lock(m_mutex);
+        for (std::size_t i = 0; i < m_count; ++i) {
+            if (m_entries[i].m_function == in_function) return &m_entries[i].m_library;
+        }
+        void* const handle = m_count < m_entries.size() ? OpenModuleOf(in_function) : nullptr;
+        if (handle == nullptr) return nullptr;
+        m_entries[m_count] = {in_function, BindAll(handle)};
+        return &m_entries[m_count++].m_library;
+    }
+
+private:
+    struct Entry {
+        const void* m_function = nullptr;
+        InstallerLibrary m_library;
+    };
+
+    std::mutex m_mutex;
+    std::array<Entry, 4> m_entries;
+    std::size_t m_count = 0;
+};
+
+constinit BoundLibraries s_boundLibraries;
+
+/// Of the code of this thread's request; null outside of one.
+thread_local const InstallerLibrary* t_library = nullptr;
+
+InstallerLibrary LoadAny() {
+    for (const char* name : LIBRARY_NAMES) {
+        if (void* const handle = OpenLoaded(name)) return BindAll(handle);
+    }
+    for (const char* name : LIBRARY_NAMES) {
+        if (void* const handle = ::dlopen(name, RTLD_NOW | RTLD_LOCAL)) return BindAll(handle);
+    }
+    std::fprintf(stderr, "%s: %s\n", NOT_INSTALLED_TITLE, NOT_INSTALLED);
+    return {};
 }
 
 bool IsPrivileged() { return ::getauxval(AT_SECURE) != 0; }
@@ -52,12 +114,50 @@ std::string AskPath(int (*in_function)(char*, int)) {
     return path.data();
 }
 
-std::string GetHome() {
+std::string GetPasswdHome() {
     std::vector<char> buffer(16384);
     passwd entry{};
     passwd* found = nullptr;
     ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/home";
+}
+
+std::string GetHome() {
+    const char* const home = std::getenv("HOME");
+    return home != nullptr ? home : GetPasswdHome();
+}
+
+/// The path in a variable, when the file can be read or made; empty otherwise. That is iODBC's
+/// rule.
+std::string GetUsablePath(const char* in_variable) {
+    const char* const path = std::getenv(in_variable);
+    if (path == nullptr || *path == '\0') return {};
+    const bool isReadable = ::access(path, R_OK) == 0;
+    return isReadable || (errno == ENOENT && SystemCalls::IsWritable(path)) ? path : std::string();
+}
+
+/// Texts that iODBC, which keeps but their address, may still show.
+/// Process-wide: written by posts, read by the library until its error list is emptied.
+class PostedTexts {
+public:
+    const char* Keep(const std::string& in_text) {
+        const std::lock_guard lock(m_mutex);
+        std::string& place = m_texts[m_next++ % m_texts.size()];
+        place = in_text;
+        return place.c_str();
+    }
+
+private:
+    std::mutex m_mutex;
+    /// Several times the eight errors that the library keeps for all threads together.
+    std::array<std::string, 64> m_texts;
+    std::size_t m_next = 0;
+};
+
+PostedTexts& GetPostedTexts() {
+    // Never destroyed: the library may be asked for its errors until the process ends.
+    static PostedTexts& s_texts = *new PostedTexts;
+    return s_texts;
 }
 
 /// The variable that overrides the config mode in the library itself.
@@ -72,9 +172,25 @@ ConfigMode ModeOfEnvironment() {
 
 }  // namespace
 
-const InstallerLibrary& GetInstallerLibrary() {
+const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept {
+    void* const module = OpenModuleOf(in_code);
+    if (module == nullptr) return nullptr;
+    // In the module itself, or in what it is linked with.
+    const void* const function = ::dlsym(module, ANY_FUNCTION);
+    const InstallerLibrary* const library =
+        function == nullptr ? nullptr : s_boundLibraries.Get(function);
+    ::dlclose(module);
+    return library;
+}
+
+const InstallerLibrary* UseInstallerLibrary(const InstallerLibrary* in_library) noexcept {
+    return std::exchange(t_library, in_library);
+}
+
+const InstallerLibrary& GetInstallerLibrary() noexcept {
+    if (t_library != nullptr) return *t_library;
     // Process-wide: set on first use, never changed.
-    static const InstallerLibrary s_library = Load();
+    static const InstallerLibrary s_library = LoadAny();
     return s_library;
 }
 
@@ -93,18 +209,36 @@ ConfigMode FindConfigMode() {
 
 std::string GetUserIniPath() {
     const InstallerLibrary& library = GetInstallerLibrary();
-    if (library.m_userIni != nullptr && !IsPrivileged()) return AskPath(library.m_userIni);
-    return GetHome() + "/.odbc.ini";
+    if (IsPrivileged()) return GetPasswdHome() + "/.odbc.ini";
+    if (library.m_driverManager == DriverManager::IODBC) {
+        const std::string path = GetUsablePath("ODBCINI");
+        return path.empty() ? GetHome() + "/.odbc.ini" : path;
+    }
+    if (library.m_userIni != nullptr) return AskPath(library.m_userIni);
+    return GetPasswdHome() + "/.odbc.ini";
 }
 
 std::string GetSystemIniPath() {
     const InstallerLibrary& library = GetInstallerLibrary();
-    if (library.m_systemIni != nullptr && !IsPrivileged()) return AskPath(library.m_systemIni);
-    return "/etc/odbc.ini";
+    std::string path;
+    if (IsPrivileged()) return SYSTEM_INI;
+    if (library.m_driverManager == DriverManager::IODBC) path = GetUsablePath("SYSODBCINI");
+    if (library.m_systemIni != nullptr) path = AskPath(library.m_systemIni);
+    return path.empty() ? SYSTEM_INI : path;
+}
+
+bool PostError(unsigned in_code, const std::string& in_text) {
+    const InstallerLibrary& library = GetInstallerLibrary();
+    if (library.m_postInstallerError == nullptr) return false;
+    const bool isKept = library.m_driverManager == DriverManager::UNIXODBC;
+    const char* const text = isKept ? in_text.c_str() : GetPostedTexts().Keep(in_text);
+    return library.m_postInstallerError(in_code, text) == SQL_SUCCESS;
 }
 
 void ForgetReadValues() {
     const InstallerLibrary& library = GetInstallerLibrary();
+    // iODBC keeps no values between its calls.
+    if (library.m_driverManager == DriverManager::IODBC) return;
     if (library.m_clearCache != nullptr) {
         library.m_clearCache();
     } else if (library.m_writeProfileString != nullptr && library.m_readWithoutLock == nullptr) {

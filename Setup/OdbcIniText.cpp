@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace Veltrane::ODBC {
 
@@ -70,23 +71,62 @@ std::string KeyValueText(std::string_view in_piece) {
     return std::string(Trim(in_piece.substr(equals + 1)));
 }
 
+constexpr std::string_view IODBC_LINE_ENDS("\r\x1A\0", 3);
+constexpr std::string_view QUOTES = "'\"";
+
+/// Whether what looks like a section header is one to iODBC.
+bool HasIodbcName(std::string_view in_piece) {
+    return in_piece.find(']') != std::string_view::npos && !HeaderName(in_piece).empty();
+}
+
+/// A line that begins with a blank goes on with the line before.
+bool IsIodbcKeyLine(std::string_view in_piece) {
+    return !IsBlank(in_piece.front()) && in_piece.front() != '[' &&
+           in_piece.find('=') != std::string_view::npos;
+}
+
+/// A key as iODBC compares it.
+std::string_view Unquote(std::string_view in_key) {
+    in_key.remove_prefix(std::min(in_key.find_first_not_of(QUOTES), in_key.size()));
+    return in_key.substr(0, in_key.find_first_of(QUOTES));
+}
+
+/// How much of a trimmed value iODBC reads: what follows is a comment.
+std::size_t IodbcValueSize(std::string_view in_value) {
+    char quote = '\0';
+    for (std::size_t i = 0; i < in_value.size(); ++i) {
+        const char c = in_value[i];
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (QUOTES.find(c) != std::string_view::npos) {
+            quote = c;
+        } else if (IsComment(c) && (i == 0 || in_value[i - 1] == ' ' || in_value[i - 1] == '\t')) {
+            return Trim(in_value.substr(0, i)).size();
+        }
+    }
+    return in_value.size();
+}
+
 bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
 
 }  // namespace
 
-OdbcIniText::OdbcIniText(std::string in_bytes) : m_text(std::move(in_bytes)) {
+OdbcIniText::OdbcIniText(std::string in_bytes, Rules in_rules)
+    : m_text(std::move(in_bytes)), m_rules(in_rules) {
+    if (m_rules == Rules::IODBC) m_maxPiece = std::numeric_limits<std::size_t>::max();
     if (m_text.starts_with(BYTE_ORDER_MARK)) m_text.erase(0, BYTE_ORDER_MARK.size());
     const std::size_t lineEnd = m_text.find('\n');
     if (lineEnd != std::string::npos && lineEnd > 0 && m_text[lineEnd - 1] == '\r') {
         m_lineEnd = "\r\n";
     }
     m_isReadable = FindRefused() == std::string::npos;
-    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
+    m_firstSection = FindHeader(0, m_rules);
 }
 
 /// Where the reader refuses the text: at what stands before the first section and is neither blank
 /// nor a comment. npos when it does not.
 std::size_t OdbcIniText::FindRefused() const {
+    if (m_rules == Rules::IODBC) return std::string::npos;
     for (std::size_t at = 0; at < m_text.size(); at = PieceEnd(at)) {
         const std::string_view piece = Piece(at);
         if (piece.starts_with('[')) break;
@@ -111,13 +151,14 @@ void OdbcIniText::MendFirstHeader() {
 
 /// The end of the reader's line that begins here, its line end included.
 std::size_t OdbcIniText::PieceEnd(std::size_t in_begin) const {
-    return LineEnd(in_begin, std::min(m_text.size(), in_begin + MAX_LINE));
+    return LineEnd(in_begin, in_begin + std::min(m_text.size() - in_begin, m_maxPiece));
 }
 
 /// What the reader sees of the line that begins here.
 std::string_view OdbcIniText::Piece(std::size_t in_begin) const {
     const std::string_view piece(m_text.data() + in_begin, PieceEnd(in_begin) - in_begin);
-    return piece.substr(0, piece.find('\0'));
+    return piece.substr(
+        0, m_rules == Rules::IODBC ? piece.find_first_of(IODBC_LINE_ENDS) : piece.find('\0'));
 }
 
 std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) const {
@@ -138,12 +179,12 @@ std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules) const {
         if (bracket == std::string_view::npos) return text.size();
         const std::size_t lineEnd = text.substr(from, bracket - from).rfind('\n');
         if (lineEnd != std::string_view::npos) line = from + lineEnd + 1;
-        const std::size_t piece = line + (bracket - line) / MAX_LINE * MAX_LINE;
+        const std::size_t piece = line + (bracket - line) / m_maxPiece * m_maxPiece;
         const std::string_view before = text.substr(piece, bracket - piece);
-        const bool isHeader = in_rules == Rules::APPENDED_FILE
-                                  ? before.empty()
-                                  : std::all_of(before.begin(), before.end(), IsBlank);
-        if (isHeader) return piece;
+        const bool isFirst = in_rules == Rules::APPENDED_FILE
+                                 ? before.empty()
+                                 : std::all_of(before.begin(), before.end(), IsBlank);
+        if (isFirst && (in_rules != Rules::IODBC || HasIodbcName(Piece(piece)))) return piece;
         from = bracket + 1;
     }
 }
@@ -185,7 +226,11 @@ std::optional<OdbcIniText::Range> OdbcIniText::FindKey(Range in_section, std::st
         if (in_rules == Rules::FIRST_FILE) piece = TrimLeft(piece);
         if (piece.empty() || IsComment(piece.front())) continue;
         if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(piece.front())) continue;
-        if (IsSameName(KeyName(piece), in_key)) return Range{begin, end};
+        if (in_rules == Rules::IODBC && !IsIodbcKeyLine(piece)) continue;
+        const std::string_view key = KeyName(piece);
+        if (IsSameName(in_rules == Rules::IODBC ? Unquote(key) : key, in_key)) {
+            return Range{begin, end};
+        }
     }
     return std::nullopt;
 }
@@ -193,7 +238,7 @@ std::optional<OdbcIniText::Range> OdbcIniText::FindKey(Range in_section, std::st
 /// As FindKey, with all of the line even where the reader would cut it.
 std::optional<OdbcIniText::Range> OdbcIniText::FindKeyLine(Range in_section,
                                                            std::string_view in_key) const {
-    std::optional<Range> line = FindKey(in_section, in_key, Rules::FIRST_FILE);
+    std::optional<Range> line = FindKey(in_section, in_key, m_rules);
     if (line && m_text[line->m_end - 1] != '\n')
         line->m_end = LineEnd(line->m_begin, in_section.m_end);
     return line;
@@ -209,14 +254,16 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     if (!section) return std::nullopt;
     const std::optional<Range> line = FindKey(*section, in_key, in_rules);
     if (!line) return std::nullopt;
-    return KeyValueText(Piece(line->m_begin));
+    std::string value = KeyValueText(Piece(line->m_begin));
+    if (in_rules == Rules::IODBC) value.resize(IodbcValueSize(value));
+    return value;
 }
 
 std::vector<std::string> OdbcIniText::GetSections() const {
     std::vector<std::string> names;
     if (!m_isReadable || m_firstSection == std::string::npos) return names;
     for (std::size_t at = m_firstSection; at < m_text.size();
-         at = FindHeader(PieceEnd(at), Rules::FIRST_FILE)) {
+         at = FindHeader(PieceEnd(at), m_rules)) {
         names.emplace_back(HeaderName(Piece(at)));
     }
     return names;
@@ -224,7 +271,7 @@ std::vector<std::string> OdbcIniText::GetSections() const {
 
 std::vector<OdbcIniText::KeyValue> OdbcIniText::GetKeyValues(std::string_view in_section) const {
     std::vector<KeyValue> lines;
-    const std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE);
+    const std::optional<Range> section = FindSection(in_section, m_rules);
     if (!section) return lines;
     for (std::size_t at = PieceEnd(section->m_begin); at < section->m_end; at = PieceEnd(at)) {
         const std::string_view piece = TrimLeft(Piece(at));
@@ -255,8 +302,8 @@ std::string OdbcIniText::KeepComments(Range in_section, Gap& out_gap) const {
 
 void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) const {
     constexpr std::string_view MARK = "# ";
-    while (in_line.size() - in_line.ends_with('\n') > MAX_LINE) {
-        std::size_t size = MAX_LINE - MARK.size();
+    while (in_line.size() - in_line.ends_with('\n') > m_maxPiece) {
+        std::size_t size = m_maxPiece - MARK.size();
         while (size > 1 && IsContinuation(in_line[size])) --size;
         io_text.append(in_line.substr(0, size)).append(m_lineEnd).append(MARK);
         in_line.remove_prefix(size);
@@ -265,7 +312,7 @@ void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) 
 }
 
 void OdbcIniText::RemoveSection(std::string_view in_section) {
-    std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE);
+    std::optional<Range> section = FindSection(in_section, m_rules);
     while (section) {
         Gap gap{{std::string(in_section), 0}, {}};
         const std::string kept = KeepComments(*section, gap);
@@ -273,10 +320,10 @@ void OdbcIniText::RemoveSection(std::string_view in_section) {
         gap.m_header.m_position = position;
         for (Place& key : gap.m_keys) key.m_position += position;
         m_gaps.push_back(std::move(gap));
-        const std::size_t next = FindHeader(position, Rules::FIRST_FILE);
-        section = FindSectionFrom(next, in_section, Rules::FIRST_FILE);
+        const std::size_t next = FindHeader(position, m_rules);
+        section = FindSectionFrom(next, in_section, m_rules);
     }
-    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
+    m_firstSection = FindHeader(0, m_rules);
     Remember(in_section, std::nullopt);
 }
 
@@ -302,8 +349,8 @@ void OdbcIniText::AddSection(std::string_view in_section) {
     } else {
         position = Splice({end, end}, m_lineEnd + header) + m_lineEnd.size();
     }
-    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
-    Remember(in_section, Range{position, FindHeader(PieceEnd(position), Rules::FIRST_FILE)});
+    m_firstSection = FindHeader(0, m_rules);
+    Remember(in_section, Range{position, FindHeader(PieceEnd(position), m_rules)});
 }
 
 /// Where a new key goes: to its old place, else behind the last key.
@@ -331,7 +378,7 @@ std::size_t OdbcIniText::InsertPosition(Range in_section, std::string_view in_se
 void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
                       std::string_view in_value) {
     AddSection(in_section);
-    const Range section = *FindSection(in_section, Rules::FIRST_FILE);
+    const Range section = *FindSection(in_section, m_rules);
     std::string line(in_key);
     line.append("=").append(in_value).append(m_lineEnd);
     std::optional<Range> old = FindKeyLine(section, in_key);
@@ -345,7 +392,7 @@ void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
 }
 
 void OdbcIniText::RemoveKey(std::string_view in_section, std::string_view in_key) {
-    while (const std::optional<Range> section = FindSection(in_section, Rules::FIRST_FILE)) {
+    while (const std::optional<Range> section = FindSection(in_section, m_rules)) {
         const std::optional<Range> line = FindKeyLine(*section, in_key);
         if (!line) return;
         Splice(*line, "");
@@ -359,7 +406,7 @@ void OdbcIniText::Finish() {
     m_gaps.clear();
     if (m_isChanged) MendFirstHeader();
     m_isSought = false;
-    m_firstSection = FindHeader(0, Rules::FIRST_FILE);
+    m_firstSection = FindHeader(0, m_rules);
 }
 
 /// True also at the beginning of the text.
@@ -418,11 +465,15 @@ bool OdbcIniText::IsCarriableSection(std::string_view in_section) {
            !HasControlCharacter(in_section);
 }
 
-bool OdbcIniText::IsCarriableLine(std::string_view in_key, std::string_view in_value) {
-    return !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
-           in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
-           !HasOuterBlank(in_value) && !HasControlCharacter(in_key) &&
-           !HasControlCharacter(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
+bool OdbcIniText::IsCarriableLine(std::string_view in_key, std::string_view in_value,
+                                  Rules in_rules) {
+    const bool isCarried = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
+                           in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
+                           !HasOuterBlank(in_value) && !HasControlCharacter(in_key) &&
+                           !HasControlCharacter(in_value) &&
+                           in_key.size() + 1 + in_value.size() <= MAX_LINE;
+    if (in_rules != Rules::IODBC) return isCarried;
+    return isCarried && Unquote(in_key) == in_key && IodbcValueSize(in_value) == in_value.size();
 }
 
 }  // namespace Veltrane::ODBC

@@ -1,13 +1,19 @@
-/// The text of one odbc.ini in memory: read as unixODBC's installer library reads the file, edited
-/// without touching a byte that does not belong to the section in question.
+/// The text of one odbc.ini in memory: read as the driver manager's installer library reads the
+/// file, edited without touching a byte that does not belong to the section in question.
 ///
-/// The reader's rules, which decide what a file means: lines are cut to pieces of 999 bytes, and
-/// each piece counts as a line; a line ends for the reader at a NUL; blanks around lines, names,
-/// keys and values do not count; lines that begin with # or ; are comments; everything from "[" to
+/// The reader's rules, which decide what a file means. unixODBC's: lines are cut to pieces of 999
+/// bytes, and each piece counts as a line; a line ends for the reader at a NUL; blanks around
+/// lines, names, keys and values do not count; lines that begin with # or ; are comments;
+/// everything from "[" to
 /// "]" is a section name; names compare without regard to ASCII case; of sections or keys that
 /// stand twice the first one counts; anything but comments and blank lines before the first section
 /// makes the whole file unreadable. A byte order mark is no part of the text here: it would make
 /// the file unreadable to the driver manager, so it is dropped when the file is written.
+///
+/// iODBC's: lines may have any length and end at a carriage return too; a key begins in the first
+/// column, is followed by "=" and may stand in quotes; a section name is not empty and ends with
+/// "]"; a # or ; at the beginning of a value, or behind a blank in it and outside of quotes, begins
+/// a comment; what stands before the first section does not matter. The rest is as above.
 #ifndef SETUP_ODBCINITEXT_H
 #define SETUP_ODBCINITEXT_H
 
@@ -28,10 +34,12 @@ public:
     /// How the reader treats the file: as the only or first one, or as the system file whose
     /// sections it appends to those of the user file. The latter counts a section or a key only
     /// when it begins in the first column, and a key only when it begins with a letter or digit.
-    enum class Rules { FIRST_FILE, APPENDED_FILE };
+    /// IODBC: as iODBC treats any file.
+    enum class Rules { FIRST_FILE, APPENDED_FILE, IODBC };
 
     OdbcIniText() = default;
-    explicit OdbcIniText(std::string in_bytes);
+    /// @param in_rules  how the file is read where nothing else is said, and therefore edited
+    explicit OdbcIniText(std::string in_bytes, Rules in_rules = Rules::FIRST_FILE);
 
     /// False when the reader refuses the file as a whole.
     bool IsReadable() const noexcept { return m_isReadable; }
@@ -46,10 +54,14 @@ public:
     std::vector<std::string> GetSections() const;
     /// The lines of the section that counts, keys that stand twice included; empty without one.
     std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
-    bool HasSection(std::string_view in_section, Rules in_rules = Rules::FIRST_FILE) const;
+    bool HasSection(std::string_view in_section) const { return HasSection(in_section, m_rules); }
+    bool HasSection(std::string_view in_section, Rules in_rules) const;
     /// The value, without outer blanks; nothing when the reader finds none.
+    std::optional<std::string> Get(std::string_view in_section, std::string_view in_key) const {
+        return Get(in_section, in_key, m_rules);
+    }
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key,
-                                   Rules in_rules = Rules::FIRST_FILE) const;
+                                   Rules in_rules) const;
 
     /// Removes the header and the keys of every section of that name. Comments and blank lines
     /// stay, and the places are remembered: a section and keys of the same names that are added
@@ -68,7 +80,8 @@ public:
     /// Whether a section of this name can be written and found again.
     static bool IsCarriableSection(std::string_view in_section);
     /// Whether a line with this key and value can be written and read back unchanged.
-    static bool IsCarriableLine(std::string_view in_key, std::string_view in_value);
+    static bool IsCarriableLine(std::string_view in_key, std::string_view in_value,
+                                Rules in_rules = Rules::FIRST_FILE);
 
 private:
     struct Range {
@@ -107,6 +120,8 @@ private:
     std::size_t Splice(Range in_old, std::string_view in_new);
 
     std::string m_text;
+    Rules m_rules = Rules::FIRST_FILE;
+    std::size_t m_maxPiece = MAX_LINE;  ///< where the reader cuts a line
     std::string m_lineEnd = "\n";
     std::size_t m_firstSection = 0;  ///< the end of the text when there is none
     bool m_isReadable = true;

@@ -18,8 +18,9 @@ void TraceFileFailure(const FileFailure& in_failure) {
                 in_failure.Describe().c_str());
 }
 
-OdbcIniUpdate::OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode)
-    : m_file(in_path), m_newFileMode(in_newFileMode), m_isOpen(Open()) {}
+OdbcIniUpdate::OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
+                             OdbcIniText::Rules in_rules)
+    : m_file(in_path), m_newFileMode(in_newFileMode), m_rules(in_rules), m_isOpen(Open()) {}
 
 bool OdbcIniUpdate::Open() {
     if (m_file.GetPath().empty()) {
@@ -30,7 +31,7 @@ bool OdbcIniUpdate::Open() {
         TraceFileFailure(m_file.GetFailure());
         return false;
     }
-    m_text = OdbcIniText(std::move(bytes));
+    m_text = OdbcIniText(std::move(bytes), m_rules);
     if (!m_text.IsReadable()) {
         // The driver manager refuses such a file as a whole, so what we wrote could not be read.
         m_file.Unlock();
@@ -57,7 +58,7 @@ bool OdbcIniUpdate::RemoveSection(const std::string& in_section) {
 bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
     return OdbcIniText::IsCarriableSection(in_section) &&
-           OdbcIniText::IsCarriableLine(in_key, in_value) &&
+           OdbcIniText::IsCarriableLine(in_key, in_value, m_rules) &&
            Do({Kind::SET, in_section, in_key, in_value});
 }
 

@@ -15,7 +15,8 @@ namespace Veltrane::ODBC {
 class OdbcIniUpdate {
 public:
     /// Locks and reads the file. A failure is traced, and every operation then gives false.
-    OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode);
+    OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
+                  OdbcIniText::Rules in_rules = OdbcIniText::Rules::FIRST_FILE);
 
     bool IsOpen() const noexcept { return m_isOpen; }
     bool IsNewFile() const noexcept { return m_file.IsNew(); }
@@ -52,6 +53,7 @@ private:
 
     OdbcIniFile m_file;
     mode_t m_newFileMode;
+    OdbcIniText::Rules m_rules;
     OdbcIniText m_text;
     std::vector<Edit> m_edits;
     bool m_isOpen = false;

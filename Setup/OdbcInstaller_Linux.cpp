@@ -23,7 +23,7 @@ constexpr mode_t NEW_USER_FILE = 0600;
 constexpr mode_t NEW_SYSTEM_FILE = 0644;
 /// For how long, in microseconds, a file that looks unchanged is not read again within a request.
 constexpr long long SNAPSHOT_AGE = 1'000'000;
-constexpr short SQL_SUCCESS = 0;
+constexpr char LIST_OF_DATA_SOURCES[] = "ODBC Data Sources";
 constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 
 /// A file as it was read, so that the reads of one request need to read it once.
@@ -77,16 +77,24 @@ int Deliver(orska_wstring in_text, int in_bufferSize, orska_wstring& out_value) 
     return out_value.GetLength();
 }
 
+bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
+
+/// How the driver manager reads a file that is the only or first one.
+Rules RulesOf(bool in_isIodbc) { return in_isIodbc ? Rules::IODBC : Rules::FIRST_FILE; }
+
 orska_wstring EmptyText() { return orska_wstring(std::string()); }
 
 }  // namespace
 
 struct Request::State {
     State()
-        : m_mode(FindConfigMode()),
+        : m_isIodbc(IsIodbc()),
+          m_mode(FindConfigMode()),
           m_userPath(GetUserIniPath()),
           m_systemPath(GetSystemIniPath()) {}
 
+    bool m_isIodbc;
+    /// Captured once: iODBC's own falls back to BOTH at any profile call of the host.
     ConfigMode m_mode;
     std::string m_userPath;
     std::string m_systemPath;
@@ -98,9 +106,11 @@ struct Request::State {
 
 struct Update::State {
     explicit State(const Request::State& in_request)
-        : m_mode(in_request.m_mode),
+        : m_isIodbc(in_request.m_isIodbc),
+          m_mode(in_request.m_mode),
           m_update(PathFor(in_request),
-                   m_mode == ConfigMode::SYSTEM ? NEW_SYSTEM_FILE : NEW_USER_FILE) {}
+                   m_mode == ConfigMode::SYSTEM ? NEW_SYSTEM_FILE : NEW_USER_FILE,
+                   RulesOf(in_request.m_isIodbc)) {}
 
     /// Empty, which no update accepts, when it is not known whose file is meant.
     static std::string PathFor(const Request::State& in_request) {
@@ -109,6 +119,7 @@ struct Update::State {
                                                        : in_request.m_userPath;
     }
 
+    bool m_isIodbc;
     ConfigMode m_mode;
     OdbcIniUpdate m_update;
 };
@@ -141,14 +152,14 @@ bool IsCurrent(const Snapshot& in_snapshot, const std::string& in_path, long lon
 
 /// Null when the file cannot be read or the driver manager would refuse it. A file that does not
 /// exist is empty: reading makes the driver manager create it.
-const OdbcIniText* ReadFile(const std::string& in_path, Snapshot& io_snapshot) {
+const OdbcIniText* ReadFile(const std::string& in_path, Rules in_rules, Snapshot& io_snapshot) {
     const long long time = SystemCalls::GetMonotonicTime();
     if (!IsCurrent(io_snapshot, in_path, time)) {
         io_snapshot = {};
         OdbcIniFile file(in_path);
         std::string bytes;
         if (file.Read(bytes, io_snapshot.m_stat)) {
-            io_snapshot.m_text = OdbcIniText(std::move(bytes));
+            io_snapshot.m_text = OdbcIniText(std::move(bytes), in_rules);
             io_snapshot.m_time = time;
             io_snapshot.m_isValid = true;
         } else if (file.GetFailure().m_error != ENOENT) {
@@ -164,8 +175,9 @@ const OdbcIniText* ReadProfile(Request::State& in_request, bool in_isSystem) {
     const bool isUpdated = t_update != nullptr && t_update->m_update.IsOpen() &&
                            in_isSystem == (t_update->m_mode == ConfigMode::SYSTEM);
     if (isUpdated) return &t_update->m_update.GetText();
-    return in_isSystem ? ReadFile(in_request.m_systemPath, in_request.m_system)
-                       : ReadFile(in_request.m_userPath, in_request.m_user);
+    const Rules rules = RulesOf(in_request.m_isIodbc);
+    return in_isSystem ? ReadFile(in_request.m_systemPath, rules, in_request.m_system)
+                       : ReadFile(in_request.m_userPath, rules, in_request.m_user);
 }
 
 struct Lookup {
@@ -193,11 +205,20 @@ Lookup LookUpInBoth(Request::State& in_request, const std::string& in_section,
     return {true, system->Get(in_section, in_key, Rules::APPENDED_FILE)};
 }
 
+/// For iODBC a value of the system's file counts where the user's file has none or an empty one.
+Lookup LookUpInBothOfIodbc(Request::State& in_request, const std::string& in_section,
+                           const std::string& in_key) {
+    Lookup user = LookUpIn(ReadProfile(in_request, false), in_section, in_key);
+    if (!user.m_value.value_or("").empty()) return user;
+    Lookup system = LookUpIn(ReadProfile(in_request, true), in_section, in_key);
+    return system.m_isRead ? system : user;
+}
+
 Lookup LookUp(const std::string& in_file, const std::string& in_section,
               const std::string& in_key) {
     if (in_file.front() == '/') {
         Snapshot snapshot;
-        return LookUpIn(ReadFile(in_file, snapshot), in_section, in_key);
+        return LookUpIn(ReadFile(in_file, RulesOf(IsIodbc()), snapshot), in_section, in_key);
     }
     CurrentRequest request;
     switch (request->m_mode) {
@@ -206,7 +227,8 @@ Lookup LookUp(const std::string& in_file, const std::string& in_section,
         case ConfigMode::SYSTEM:
             return LookUpIn(ReadProfile(*request, true), in_section, in_key);
         default:
-            return LookUpInBoth(*request, in_section, in_key);
+            return request->m_isIodbc ? LookUpInBothOfIodbc(*request, in_section, in_key)
+                                      : LookUpInBoth(*request, in_section, in_key);
     }
 }
 
@@ -236,12 +258,27 @@ std::string ToStoredBytes(const std::string& in_key, const std::string& in_value
     return in_value;
 }
 
+/// iODBC keeps a list of all data sources in the file; the one named so is not in it.
+bool IsListed(const Update::State& in_state, const std::string& in_dsn) {
+    return in_state.m_isIodbc && in_dsn != "Default";
+}
+
 bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
-    // The driver manager does not find a system file that does not exist.
-    if (io_state.m_mode == ConfigMode::SYSTEM && io_state.m_update.IsNewFile()) {
+    // unixODBC does not find a system file that does not exist. iODBC makes it.
+    if (!io_state.m_isIodbc && io_state.m_mode == ConfigMode::SYSTEM &&
+        io_state.m_update.IsNewFile()) {
         return io_state.m_update.Refuse("does not exist");
     }
-    return io_state.m_update.RemoveSection(in_dsn);
+    const bool isUnlisted =
+        !IsListed(io_state, in_dsn) || io_state.m_update.RemoveKey(LIST_OF_DATA_SOURCES, in_dsn);
+    return isUnlisted && io_state.m_update.RemoveSection(in_dsn);
+}
+
+bool StartIn(Update::State& io_state, const std::string& in_dsn, const std::string& in_driver) {
+    const bool isListed = !IsListed(io_state, in_dsn) ||
+                          io_state.m_update.Set(LIST_OF_DATA_SOURCES, in_dsn, in_driver);
+    return isListed && io_state.m_update.StartSection(in_dsn) &&
+           io_state.m_update.Set(in_dsn, "Driver", in_driver);
 }
 
 bool EditProfile(OdbcIniUpdate& io_update, const std::string& in_section,
@@ -307,6 +344,9 @@ bool ValidDSN(const orska_wstring& in_name) {
     if (!name || !OdbcIniText::IsCarriableSection(*name)) return false;
     if (in_name.GetView().find(REPLACEMENT_CHARACTER) != std::u16string_view::npos) return false;
     if (IsListOfDataSources(in_name)) return false;
+    if (IsIodbc() && !OdbcIniText::IsCarriableLine(*name, "", Rules::IODBC)) {
+        return false;  // it is a key too, in the list of data sources
+    }
     return library.m_validDSN(name->c_str()) != 0;
 }
 
@@ -337,7 +377,7 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     const auto optionalKey = in_key.IsNull() ? std::nullopt : key;
     const auto optionalValue = in_value.IsNull() ? std::nullopt : value;
     if (file->front() == '/') {
-        OdbcIniUpdate update(*file, NEW_USER_FILE);
+        OdbcIniUpdate update(*file, NEW_USER_FILE, RulesOf(IsIodbc()));
         return EditProfile(update, *section, optionalKey, optionalValue) && update.Commit();
     }
     return Edited([&](Update::State& io_state) {
@@ -351,9 +391,7 @@ bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) 
     if (!ValidDSN(in_dsn) || !driver || driver->empty()) return false;
     if (!OdbcIniText::IsCarriableLine("Driver", *driver)) return false;
     const std::string dsn = in_dsn.GetAsUtf8();
-    return Edited([&](Update::State& io_state) {
-        return io_state.m_update.StartSection(dsn) && io_state.m_update.Set(dsn, "Driver", *driver);
-    });
+    return Edited([&](Update::State& io_state) { return StartIn(io_state, dsn, *driver); });
 }
 
 bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
@@ -369,11 +407,7 @@ bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
 }
 
 bool PostInstallerError(unsigned long in_code, const orska_wstring& in_text) {
-    const InstallerLibrary& library = GetInstallerLibrary();
-    if (library.m_postInstallerError == nullptr) return false;
-    const std::string text = in_text.GetAsUtf8();
-    return library.m_postInstallerError(static_cast<unsigned>(in_code), text.c_str()) ==
-           SQL_SUCCESS;
+    return PostError(static_cast<unsigned>(in_code), in_text.GetAsUtf8());
 }
 
 }  // namespace Veltrane::ODBC::OdbcInstaller

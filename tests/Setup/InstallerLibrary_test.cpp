@@ -93,7 +93,9 @@ TEST(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
 TEST(InstallerLibrary, TellsTheUserOnceWhenItCannotBeLoaded) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process, which finds another library
     const IniScratch scratch;
-    IniScratch::Write(scratch.Folder() / "libodbcinst.so.2", "not a library");
+    for (const char* name : {"libodbcinst.so.2", "libiodbcinst.so.2"}) {
+        IniScratch::Write(scratch.Folder() / name, "not a library");
+    }
     ::setenv("LD_LIBRARY_PATH", scratch.Folder().c_str(), 1);
     EXPECT_EXIT(
         {

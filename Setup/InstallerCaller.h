@@ -1,0 +1,28 @@
+/// Which installer has called an entry point. A process may hold more than one driver manager, each
+/// with an installer library of its own, and the names of their functions are the same.
+#ifndef SETUP_INSTALLERCALLER_H
+#define SETUP_INSTALLERCALLER_H
+
+namespace Veltrane::ODBC {
+
+struct InstallerLibrary;
+
+/// Binds the operations of the calling thread, while it lives, to the caller's installer library.
+class InstallerCaller {
+public:
+    /// @param in_returnAddress  where the entry point goes back to
+    explicit InstallerCaller(const void* in_returnAddress) noexcept;
+    InstallerCaller(const InstallerCaller&) = delete;
+    InstallerCaller& operator=(const InstallerCaller&) = delete;
+    ~InstallerCaller();
+
+    /// Whether the caller's wide characters are wchar_t; they are UTF-16 otherwise.
+    bool HasPlatformWideChars() const noexcept;
+
+private:
+    const InstallerLibrary* m_outer = nullptr;
+};
+
+}  // namespace Veltrane::ODBC
+
+#endif
