@@ -58,6 +58,7 @@ class Page(unittest.TestCase):
         self.register()
         # Longer paths first: the reverse direction takes them in the same order.
         self.paths = [("/usr/lib/libVeltraneSetup.so", SETUP),
+                      ("/opt/veltrane/lib/libVeltraneSetup.so", SETUP),
                       ("/home/anna", str(self.home)),
                       ("/etc/odbc", f"{self.folder}/etc/odbc"),
                       ("/tmp/", f"{self.folder}/tmp/")]
