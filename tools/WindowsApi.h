@@ -8,7 +8,9 @@
 #undef CreateFile
 #undef GetMessage
 #undef GetObject
+#undef GetPrivateProfileString
 #undef RegisterClass
+#undef WritePrivateProfileString
 #undef Yield
 
 #endif
