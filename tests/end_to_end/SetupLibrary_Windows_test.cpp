@@ -1,0 +1,175 @@
+/// The built library through the test installer, which loads it for each request and frees it
+/// again.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/installer/TestProfile.h"
+#include "tools/WindowsApi.h"
+// Behind the Windows API, which it needs. Its macro would rename the narrow function.
+#include <odbcinst.h>
+#undef SQLConfigDataSource
+#include <psapi.h>
+
+namespace Veltrane::Test {
+namespace {
+
+using namespace std::string_literals;
+using TestProfile::Root;
+using TestProfile::Section;
+
+struct Error {
+    DWORD m_code;
+    std::wstring m_text;
+    bool operator==(const Error& in_other) const = default;
+};
+
+void PrintTo(const Error& in_error, std::ostream* out_stream) {
+    *out_stream << in_error.m_code << " " << testing::PrintToString(in_error.m_text);
+}
+
+class SetupLibrary : public testing::Test {
+protected:
+    SetupLibrary() {
+        TestProfile::UseScratchKey();
+        TestProfile::Write(Root::DRIVERS, L"Veltrane", L"Driver", L"C:\\veltrane.dll");
+        TestProfile::Write(Root::DRIVERS, L"Veltrane", L"Setup", SETUP_LIBRARY);
+        m_values = std::filesystem::temp_directory_path() /
+                   ("veltrane-" + std::to_string(::GetCurrentProcessId()) + ".ini");
+        SetInitialValues("");
+    }
+    ~SetupLibrary() override {
+        TestProfile::RemoveScratchKey();
+        std::error_code ignored;
+        std::filesystem::remove(m_values, ignored);
+    }
+
+    void SetInitialValues(const std::string& in_section) {
+        std::ofstream(m_values, std::ios::binary) << "[DSN]\n" << in_section;
+        // Into the C library's copy of the environment and the system's.
+        ::_wputenv_s(L"VELTRANE_DSN_INITIAL_VALUES", m_values.c_str());
+    }
+
+    static std::vector<Error> Errors() {
+        std::vector<Error> errors;
+        DWORD code = 0;
+        wchar_t text[1024];
+        WORD length = 0;
+        for (WORD i = 1; SQLInstallerErrorW(i, &code, text, 1024, &length) == SQL_SUCCESS; ++i) {
+            errors.push_back({code, text});
+        }
+        return errors;
+    }
+
+    std::filesystem::path m_values;
+};
+
+constexpr char VALUES[] =
+    "DSN=sales\nServer=db1\nNamespace= cognos \nLoginMode=1\nUID=anna\nPWD=ü€日本😀\nDatabase=d\n";
+const Section SAVED = {
+    {L"Driver", L"Veltrane"}, {L"Server", L"db1"}, {L"Namespace", L"cognos"},
+    {L"LoginMode", L"1"},     {L"UID", L"anna"},   {L"PWD", L"ü€日本\U0001F600"},
+    {L"Database", L"d"},
+};
+
+TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
+    SetInitialValues(VALUES);
+    for (const bool isWide : {false, true}) {
+        for (const bool isSystem : {false, true}) {
+            SCOPED_TRACE(testing::Message()
+                         << (isWide ? "wide" : "narrow") << (isSystem ? ", system" : ", user"));
+            const auto call = [&](int in_request, const char* in_narrow, const wchar_t* in_wide) {
+                const WORD request = static_cast<WORD>(in_request + (isSystem ? 3 : 0));
+                return isWide ? SQLConfigDataSourceW(nullptr, request, L"Veltrane", in_wide)
+                              : SQLConfigDataSource(nullptr, request, "Veltrane", in_narrow);
+            };
+            const Root root = isSystem ? Root::SYSTEM : Root::USER;
+            EXPECT_TRUE(call(ODBC_ADD_DSN, "", L"")) << testing::PrintToString(Errors());
+            EXPECT_EQ(TestProfile::List(root)[L"sales"], SAVED);
+            TestProfile::Write(root, L"sales", L"Extra", L"1");
+            EXPECT_TRUE(call(ODBC_CONFIG_DSN, "DSN=sales\0", L"DSN=sales\0"));
+            EXPECT_EQ(TestProfile::List(root)[L"sales"], SAVED);
+            EXPECT_TRUE(call(ODBC_REMOVE_DSN, "DSN=sales\0", L"DSN=sales\0"));
+            EXPECT_EQ(TestProfile::List(root).count(L"sales"), 0U);
+            EXPECT_EQ(TestProfile::List(isSystem ? Root::USER : Root::SYSTEM).size(),
+                      0U + (isWide || isSystem));  // the emptied list of names
+        }
+    }
+}
+
+TEST_F(SetupLibrary, RefusalsCarryTheTextsOfItsStringTable) {
+    SetInitialValues("");
+    const struct {
+        WORD m_request;
+        const wchar_t* m_attributes;
+        Error m_error;
+    } cases[] = {
+        {7, L"DSN=a\0", {5, L"Invalid type of request."}},
+        {ODBC_REMOVE_DSN, L"", {8, L"Invalid keyword-value pairs."}},
+        {ODBC_ADD_DSN, L"", {11, L"Request failed."}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_FALSE(SQLConfigDataSourceW(nullptr, c.m_request, L"Veltrane", c.m_attributes));
+        EXPECT_EQ(Errors(), std::vector<Error>{c.m_error});
+    }
+    SetInitialValues("DSN=a\nServer=s\nDatabase=d\n");
+    EXPECT_FALSE(SQLConfigDataSourceW(nullptr, ODBC_ADD_DSN, L"Veltrane", L"DSN=a[b\0"));
+    EXPECT_EQ(Errors(), (std::vector<Error>{{8, L"Invalid keyword-value pairs."}}));
+}
+
+TEST_F(SetupLibrary, CarriesItsVersion) {
+    const HMODULE library = ::LoadLibraryExW(SETUP_LIBRARY, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    ASSERT_NE(library, nullptr);
+    const HRSRC found = ::FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
+    ASSERT_NE(found, nullptr);
+    const std::wstring bytes(
+        static_cast<const wchar_t*>(::LockResource(::LoadResource(library, found))),
+        ::SizeofResource(library, found) / sizeof(wchar_t));
+    EXPECT_NE(bytes.find(L"VeltraneSetup.dll"), std::wstring::npos);
+    EXPECT_NE(bytes.find(L"FileVersion\0\0" SETUP_VERSION L"\0"s), std::wstring::npos);
+    ::FreeLibrary(library);
+}
+
+/// Bytes of memory that the process has to itself.
+std::size_t OwnMemory() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    counters.cb = sizeof counters;
+    ::K32GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PagefileUsage;
+}
+
+class SetupLibraryLoads : public SetupLibrary {
+protected:
+    /// Loads, calls and frees the library for each of these requests.
+    static void Request(int in_count) {
+        for (int i = 0; i < in_count; ++i) {
+            // One that saves, one that refuses: both ways through the library.
+            ASSERT_TRUE(
+                SQLConfigDataSourceW(nullptr, ODBC_CONFIG_DSN, L"Veltrane", L"DSN=sales\0"));
+            ASSERT_FALSE(SQLConfigDataSource(nullptr, ODBC_REMOVE_DSN, "Veltrane", "DSN=a[b\0"));
+        }
+    }
+
+    void CheckMemoryStaysFlat(int in_requests) {
+        SetInitialValues(VALUES);
+        ASSERT_TRUE(SQLConfigDataSourceW(nullptr, ODBC_ADD_DSN, L"Veltrane", L""));
+        EXPECT_NE(::GetModuleHandleW(SETUP_LIBRARY), nullptr) << "kept, although it was freed";
+        Request(in_requests / 20);
+        const std::size_t before = OwnMemory();
+        Request(in_requests / 2);
+        const std::size_t after = OwnMemory();
+        EXPECT_LT(after, before + 1024 * 1024) << before;
+        std::printf("%zu bytes before, %zu behind %d requests\n", before, after, in_requests);
+    }
+};
+
+// More loads than the process has thread-local slots for.
+TEST_F(SetupLibraryLoads, OfTwelveHundredRequestsLeaveNothing) { CheckMemoryStaysFlat(1200); }
+
+TEST_F(SetupLibraryLoads, DISABLED_OfTwentyThousandRequestsLeaveNothing) {
+    CheckMemoryStaysFlat(20000);
+}
+
+}  // namespace
+}  // namespace Veltrane::Test

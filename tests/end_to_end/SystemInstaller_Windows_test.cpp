@@ -1,0 +1,68 @@
+/// The built library through the odbccp32.dll of the system, which is Wine's own here: it loads the
+/// library, writes a section to one root and values to the other, and keeps no errors of ours. It
+/// would remove every data source under an empty name, so no request here is without one.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tools/WindowsApi.h"
+// Behind the Windows API, which it needs.
+#include <odbcinst.h>
+
+namespace Veltrane::Test {
+namespace {
+
+constexpr wchar_t DRIVER_KEY[] = L"Software\\ODBC\\ODBCINST.INI\\Veltrane Test";
+constexpr wchar_t DSN_KEY[] = L"Software\\ODBC\\ODBC.INI\\veltrane-test";
+
+std::wstring Read(HKEY in_root, const wchar_t* in_key) {
+    wchar_t text[512] = L"(absent)";
+    DWORD bytes = sizeof text;
+    ::RegGetValueW(in_root, DSN_KEY, in_key, RRF_RT_REG_SZ, nullptr, text, &bytes);
+    return text;
+}
+
+class SystemInstaller : public testing::Test {
+protected:
+    SystemInstaller() {
+        // Wine's reads "Driver" where others read "Setup".
+        for (const wchar_t* value : {L"Driver", L"Setup"}) {
+            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, DRIVER_KEY, value, REG_SZ, SETUP_LIBRARY,
+                              sizeof SETUP_LIBRARY);
+        }
+        std::ofstream(m_values, std::ios::binary)
+            << "[DSN]\nDSN=veltrane-test\nServer=ü€日本😀\nPWD= p w \nDatabase=d\n";
+        ::_wputenv_s(L"VELTRANE_DSN_INITIAL_VALUES", m_values.c_str());
+    }
+    ~SystemInstaller() override {
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, DRIVER_KEY);
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, DSN_KEY);
+        ::RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);
+        std::error_code ignored;
+        std::filesystem::remove(m_values, ignored);
+    }
+
+    std::filesystem::path m_values =
+        std::filesystem::temp_directory_path() / "veltrane-system-installer.ini";
+};
+
+TEST_F(SystemInstaller, AddsADataSource) {
+    EXPECT_TRUE(
+        SQLConfigDataSourceW(nullptr, ODBC_ADD_DSN, L"Veltrane Test", L"DSN=veltrane-test\0"));
+    EXPECT_EQ(Read(HKEY_CURRENT_USER, L"Driver"), L"Veltrane Test");
+    EXPECT_EQ(Read(HKEY_CURRENT_USER, L"Server"), L"ü€日本\U0001F600");
+    EXPECT_EQ(Read(HKEY_CURRENT_USER, L"PWD"), L"p w");
+    EXPECT_EQ(Read(HKEY_CURRENT_USER, L"UID"), L"(absent)");
+    EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, L"Driver"), SETUP_LIBRARY) << "from the drivers";
+    EXPECT_TRUE(
+        SQLConfigDataSourceW(nullptr, ODBC_REMOVE_DSN, L"Veltrane Test", L"DSN=veltrane-test\0"));
+    EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, L"Driver"), L"(absent)");
+}
+
+TEST_F(SystemInstaller, HandsRefusalsOn) {
+    EXPECT_FALSE(SQLConfigDataSourceW(nullptr, ODBC_REMOVE_DSN, L"Veltrane Test", L"DSN=a[b\0"));
+}
+
+}  // namespace
+}  // namespace Veltrane::Test

@@ -1,0 +1,26 @@
+# The built library through the test installer, and through the system's own (Wine's).
+set(setup_library "SETUP_LIBRARY=L\"Z:$<TARGET_FILE:VeltraneSetup>\"")
+
+installer_test(NAME end_to_end_test
+  SOURCES SetupLibrary_Windows_test.cpp
+  LIBRARIES orska_support
+  LABELS end_to_end)
+orska_test(NAME system_installer_test
+  SOURCES SystemInstaller_Windows_test.cpp
+  LIBRARIES orska_support odbccp32
+  LABELS end_to_end
+  ENVIRONMENT WINEDLLOVERRIDES=odbccp32=b)
+foreach(test end_to_end_test system_installer_test)
+  target_compile_definitions(${test} PRIVATE
+    ${setup_library} "SETUP_VERSION=L\"${PROJECT_VERSION}\"")
+  add_dependencies(${test} VeltraneSetup)
+endforeach()
+add_test(NAME end_to_end_test_20000_loads
+  COMMAND end_to_end_test --gtest_also_run_disabled_tests
+          --gtest_filter=SetupLibraryLoads.DISABLED_OfTwentyThousandRequestsLeaveNothing)
+set_tests_properties(end_to_end_test_20000_loads PROPERTIES
+  LABELS "end_to_end;long" TIMEOUT 1800 ENVIRONMENT WINEDLLOVERRIDES=odbccp32=n)
+
+add_test(NAME exports_exactly_two_names
+  COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-exports-windows ${CMAKE_OBJDUMP}
+          $<TARGET_FILE:VeltraneSetup>)

@@ -1,0 +1,132 @@
+#include "tests/installer/TestProfile.h"
+
+#include "tools/WindowsApi.h"
+
+#include <utility>
+#include <vector>
+
+namespace Veltrane::Test::TestProfile {
+
+namespace {
+
+/// Names the scratch key to the installer's library in the same process.
+constexpr wchar_t VARIABLE[] = L"VELTRANE_TEST_INSTALLER_KEY";
+constexpr DWORD LONGEST_NAME = 16384;
+
+std::wstring ScratchKey() {
+    std::wstring key(MAX_PATH, L'\0');
+    key.resize(::GetEnvironmentVariableW(VARIABLE, key.data(), MAX_PATH));
+    return key;
+}
+
+std::wstring PathOf(Root in_root) {
+    constexpr const wchar_t* NAMES[] = {L"\\User\\ODBC.INI", L"\\System\\ODBC.INI",
+                                        L"\\System\\ODBCINST.INI"};
+    return ScratchKey() + NAMES[static_cast<int>(in_root)];
+}
+
+std::wstring PathOf(Root in_root, const std::wstring& in_section) {
+    return PathOf(in_root) + L"\\" + in_section;
+}
+
+/// Owns an open key; null when it cannot be opened.
+class Key {
+public:
+    explicit Key(const std::wstring& in_path) {
+        if (::RegOpenKeyExW(HKEY_CURRENT_USER, in_path.c_str(), 0, KEY_READ, &m_key) != 0) {
+            m_key = nullptr;
+        }
+    }
+    Key(const Key&) = delete;
+    Key& operator=(const Key&) = delete;
+    ~Key() {
+        if (m_key != nullptr) ::RegCloseKey(m_key);
+    }
+    HKEY Get() const noexcept { return m_key; }
+
+private:
+    HKEY m_key = nullptr;
+};
+
+/// The names that one of the two enumerating functions gives.
+template <typename Enumerate>
+std::vector<std::wstring> NamesOf(Enumerate in_enumerate) {
+    std::vector<std::wstring> names;
+    std::vector<wchar_t> name(LONGEST_NAME);
+    DWORD size = LONGEST_NAME;
+    while (in_enumerate(static_cast<DWORD>(names.size()), name.data(), &size) == 0) {
+        names.emplace_back(name.data(), size);
+        size = LONGEST_NAME;
+    }
+    return names;
+}
+
+}  // namespace
+
+void UseScratchKey() {
+    const std::wstring key =
+        L"Software\\Veltrane Tests\\" + std::to_wstring(::GetCurrentProcessId());
+    ::SetEnvironmentVariableW(VARIABLE, key.c_str());
+    RemoveScratchKey();
+}
+
+void RemoveScratchKey() { ::RegDeleteTreeW(HKEY_CURRENT_USER, ScratchKey().c_str()); }
+
+std::optional<std::wstring> Read(Root in_root, const std::wstring& in_section,
+                                 const std::wstring& in_key) {
+    const std::wstring path = PathOf(in_root, in_section);
+    DWORD bytes = 0;
+    const auto get = [&](wchar_t* out_value) {
+        return ::RegGetValueW(HKEY_CURRENT_USER, path.c_str(), in_key.c_str(), RRF_RT_REG_SZ,
+                              nullptr, out_value, &bytes);
+    };
+    if (get(nullptr) != 0) return std::nullopt;
+    std::wstring value(bytes / sizeof(wchar_t), L'\0');
+    if (get(value.data()) != 0) return std::nullopt;
+    value.resize(bytes / sizeof(wchar_t) - 1);
+    return value;
+}
+
+bool Write(Root in_root, const std::wstring& in_section, const std::wstring& in_key,
+           const wchar_t* in_value) {
+    const std::wstring path = PathOf(in_root, in_section);
+    if (in_value == nullptr) {
+        const LONG result = ::RegDeleteKeyValueW(HKEY_CURRENT_USER, path.c_str(), in_key.c_str());
+        return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
+    }
+    const std::size_t bytes = (std::char_traits<wchar_t>::length(in_value) + 1) * sizeof(wchar_t);
+    return ::RegSetKeyValueW(HKEY_CURRENT_USER, path.c_str(), in_key.c_str(), REG_SZ, in_value,
+                             static_cast<DWORD>(bytes)) == ERROR_SUCCESS;
+}
+
+bool HasSection(Root in_root, const std::wstring& in_section) {
+    return Key(PathOf(in_root, in_section)).Get() != nullptr;
+}
+
+bool RemoveSection(Root in_root, const std::wstring& in_section) {
+    const LONG result = ::RegDeleteTreeW(HKEY_CURRENT_USER, PathOf(in_root, in_section).c_str());
+    return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
+}
+
+Sections List(Root in_root) {
+    Sections sections;
+    const Key root(PathOf(in_root));
+    const auto enumerateSections = [&](DWORD in_index, wchar_t* out_name, DWORD* io_size) {
+        return ::RegEnumKeyExW(root.Get(), in_index, out_name, io_size, nullptr, nullptr, nullptr,
+                               nullptr);
+    };
+    for (const std::wstring& name : NamesOf(enumerateSections)) {
+        const Key section(PathOf(in_root, name));
+        const auto enumerateKeys = [&](DWORD in_index, wchar_t* out_name, DWORD* io_size) {
+            return ::RegEnumValueW(section.Get(), in_index, out_name, io_size, nullptr, nullptr,
+                                   nullptr, nullptr);
+        };
+        Section& values = sections[name];
+        for (const std::wstring& key : NamesOf(enumerateKeys)) {
+            values[key] = Read(in_root, name, key).value_or(L"(not text)");
+        }
+    }
+    return sections;
+}
+
+}  // namespace Veltrane::Test::TestProfile
