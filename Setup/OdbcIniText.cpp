@@ -379,15 +379,27 @@ void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
                       std::string_view in_value) {
     AddSection(in_section);
     const Range section = *FindSection(in_section, m_rules);
+    WriteLine(in_section, in_key, in_value, FindKeyLine(section, in_key));
+}
+
+void OdbcIniText::Add(std::string_view in_section, std::string_view in_key,
+                      std::string_view in_value) {
+    AddSection(in_section);
+    WriteLine(in_section, in_key, in_value, std::nullopt);
+}
+
+/// Writes a key of a section that is there, in place of a line or, without one, as a new line.
+void OdbcIniText::WriteLine(std::string_view in_section, std::string_view in_key,
+                            std::string_view in_value, std::optional<Range> in_old) {
+    const Range section = *FindSection(in_section, m_rules);
     std::string line(in_key);
     line.append("=").append(in_value).append(m_lineEnd);
-    std::optional<Range> old = FindKeyLine(section, in_key);
-    if (!old) {
+    if (!in_old) {
         const std::size_t position = InsertPosition(section, in_section, in_key);
-        old = Range{position, position};
+        in_old = Range{position, position};
     }
     const std::size_t size = m_text.size();
-    Splice(*old, line);
+    Splice(*in_old, line);
     Remember(in_section, Range{section.m_begin, section.m_end + m_text.size() - size});
 }
 

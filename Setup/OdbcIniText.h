@@ -71,6 +71,8 @@ public:
     void AddSection(std::string_view in_section);
     /// Writes a key in the first section of that name, which is added when there is none.
     void Set(std::string_view in_section, std::string_view in_key, std::string_view in_value);
+    /// Writes a further line for a key, behind those that it has. Only the first one counts.
+    void Add(std::string_view in_section, std::string_view in_key, std::string_view in_value);
     void RemoveKey(std::string_view in_section, std::string_view in_key);
     /// Ends the edits. Closes the gaps of sections that were removed and have not come back: of the
     /// blank lines before and after such a section one goes with it. Adding and removing a section
@@ -115,6 +117,8 @@ private:
     void AppendComment(std::string_view in_line, std::string& io_text) const;
     std::size_t InsertPosition(Range in_section, std::string_view in_section_name,
                                std::string_view in_key);
+    void WriteLine(std::string_view in_section, std::string_view in_key, std::string_view in_value,
+                   std::optional<Range> in_old);
     void Remember(std::string_view in_section, std::optional<Range> in_range);
     void CloseGap(std::size_t in_position);
     std::size_t Splice(Range in_old, std::string_view in_new);

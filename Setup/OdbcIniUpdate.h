@@ -31,6 +31,8 @@ public:
     bool StartSection(const std::string& in_section);
     bool RemoveSection(const std::string& in_section);
     bool Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
+    /// Adds a line for a key that may have one; see OdbcIniText::Add.
+    bool Add(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     bool RemoveKey(const std::string& in_section, const std::string& in_key);
 
     /// Writes the file if an edit changed it, and ends the lock. When the file was written to by a
@@ -38,7 +40,7 @@ public:
     bool Commit();
 
 private:
-    enum class Kind { START_SECTION, REMOVE_SECTION, SET, REMOVE_KEY };
+    enum class Kind { START_SECTION, REMOVE_SECTION, SET, ADD, REMOVE_KEY };
     struct Edit {
         Kind m_kind;
         std::string m_section;
