@@ -1,3 +1,4 @@
+#include "cli/ChangeRecord.h"
 #include "cli/Commands.h"
 #include "cli/Description.h"
 #include "cli/DriverManager.h"
@@ -51,6 +52,24 @@ DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_
     return wish;
 }
 
+/// @return the plan, which has been carried out unless this is a dry run
+DsnPlan ApplyOne(const DsnDescription& in_description, const CommandLine& in_line,
+                 const DsnStore& in_store, const DsnChanger& in_changer) {
+    constexpr int MAX_REPEATS = 8;
+    const DsnWish wish = MakeWishFor(in_description, in_line);
+    for (int repeats = 0;; ++repeats) {
+        const DsnPlan plan = MakePlan(wish, in_store.Read(wish.m_name));
+        if (in_line.Has(OptionId::DryRun)) return plan;
+        try {
+            in_changer.Execute(plan);
+            return plan;
+        } catch (const ChangedMeanwhile&) {
+            // A description says what a DSN is to be, whatever it has become.
+            if (repeats == MAX_REPEATS) throw;
+        }
+    }
+}
+
 }  // namespace
 
 ExitCode ApplyDescriptions(const CommandLine& in_line) {
@@ -59,14 +78,12 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
     const DsnStore store(GetScope(in_line));
     const DsnChanger changer(manager, store);
     Report report(in_line, store.GetScope());
+    if (!in_line.Has(OptionId::DryRun)) report.AddNotice(FinishInterruptedChange(store));
     std::size_t done = 0;
     for (const DsnDescription& description : descriptions) {
         // One that fails does not stop the others.
         try {
-            const DsnWish wish = MakeWishFor(description, in_line);
-            const DsnPlan plan = MakePlan(wish, store.Read(description.m_name));
-            if (!in_line.Has(OptionId::DryRun)) changer.Execute(plan);
-            report.AddDone(plan);
+            report.AddDone(ApplyOne(description, in_line, store, changer));
         } catch (const std::exception& error) {
             report.AddFailed(description.m_name, error.what());
         }

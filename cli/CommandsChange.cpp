@@ -1,3 +1,4 @@
+#include "cli/ChangeRecord.h"
 #include "cli/Commands.h"
 #include "cli/DriverManager.h"
 #include "cli/DsnChanger.h"
@@ -15,7 +16,9 @@ public:
         : m_line(in_line),
           m_store(GetScope(in_line)),
           m_changer(m_manager, m_store),
-          m_report(in_line, m_store.GetScope()) {}
+          m_report(in_line, m_store.GetScope()) {
+        if (!in_line.Has(OptionId::DryRun)) m_report.AddNotice(FinishInterruptedChange(m_store));
+    }
 
     const DsnStore& GetStore() const { return m_store; }
 

@@ -1,6 +1,6 @@
 #include "cli/DsnChanger.h"
 
-#include "cli/CommandError.h"
+#include "cli/ChangeRecord.h"
 #include "cli/DriverFindings.h"
 #include "cli/HeldSignals.h"
 
@@ -16,6 +16,7 @@ struct Parts {
             if (EqualsIgnoringCase(key, "Driver")) continue;
             (IsFieldKey(key) ? m_fields : m_extras).Set(key, value);
         }
+        m_extras.TakeRepeated(in_plan.m_after);
     }
     Entries m_fields;
     Entries m_extras;
@@ -51,13 +52,18 @@ void DsnChanger::Execute(const DsnPlan& in_plan) const {
     const std::string reason = m_store.WhyNotWritable();
     if (!reason.empty()) throw CommandError(EXIT_FAILED, reason);
     const HeldSignals held;
-    const std::string problem = Change(in_plan);
-    if (!problem.empty()) throw CommandError(EXIT_FAILED, problem + Undo(in_plan));
+    ChangeRecord record(m_store);
+    if (!IsAsBefore(m_store.Read(in_plan.m_name), in_plan)) throw ChangedMeanwhile(in_plan.m_name);
+    const std::string problem = Change(in_plan, record);
+    if (problem.empty()) return;
+    const std::string result = Undo(in_plan, record);
+    throw CommandError(EXIT_FAILED, problem + result);
 }
 
 /// @return what went wrong; empty when the section is as planned
-std::string DsnChanger::Change(const DsnPlan& in_plan) const {
+std::string DsnChanger::Change(const DsnPlan& in_plan, ChangeRecord& io_record) const {
     const Parts parts(in_plan);
+    if (!parts.m_extras.IsEmpty()) io_record.Write(in_plan, parts.m_extras);
     const std::string errors =
         m_manager.Configure(RequestFor(in_plan.m_action), m_store.GetScope(), in_plan.m_driver,
                             in_plan.m_name, parts.m_fields);
@@ -87,11 +93,13 @@ std::string DsnChanger::Explain(const std::string& in_errors, const DsnPlan& in_
 }
 
 /// Puts the old section back if it is there in part. @return what to tell about it
-std::string DsnChanger::Undo(const DsnPlan& in_plan) const {
+std::string DsnChanger::Undo(const DsnPlan& in_plan, ChangeRecord& io_record) const {
     if (IsAsBefore(m_store.Read(in_plan.m_name), in_plan)) return {};
-    return m_store.Restore(in_plan.m_name, in_plan.m_before)
-               ? "\nThe DSN has been put back as it was."
-               : "\nThe DSN could not be put back as it was.";
+    if (m_store.Restore(in_plan.m_name, in_plan.m_before)) {
+        return "\nThe DSN has been put back as it was.";
+    }
+    io_record.Leave();
+    return "\nThe DSN could not be put back as it was.";
 }
 
 }  // namespace Veltrane::Cli

@@ -2,11 +2,22 @@
 #ifndef CLI_DSNCHANGER_H
 #define CLI_DSNCHANGER_H
 
+#include "cli/CommandError.h"
 #include "cli/DriverManager.h"
 #include "cli/DsnPlan.h"
 #include "cli/DsnStore.h"
 
 namespace Veltrane::Cli {
+
+class ChangeRecord;
+
+/// The DSN is not any more what the plan was made for. Nothing has been done.
+class ChangedMeanwhile : public CommandError {
+public:
+    explicit ChangedMeanwhile(const std::string& in_dsn)
+        : CommandError(EXIT_FAILED, "Another program has changed the DSN \"" + in_dsn +
+                                        "\" at the same time. Nothing has been done; try again.") {}
+};
 
 class DsnChanger {
 public:
@@ -17,15 +28,16 @@ public:
     /// Adds, changes or removes the DSN through the installer, puts back the keys that the setup
     /// library drops, and reads the section again: an installer that says "done" has been known not
     /// to have done anything. A section that came out as neither the old nor the new one is
-    /// restored.
-    /// @throws CommandError EXIT_FAILED with the installer's errors, and path and reason where the
+    /// restored; if this process is killed, the next run finishes what is missing (ChangeRecord).
+    /// @throws ChangedMeanwhile; CommandError EXIT_FAILED with the installer's errors, and path and
+    /// reason where the
     ///         file or the driver's library is what failed
     void Execute(const DsnPlan& in_plan) const;
 
 private:
-    std::string Change(const DsnPlan& in_plan) const;
+    std::string Change(const DsnPlan& in_plan, ChangeRecord& io_record) const;
     std::string Explain(const std::string& in_errors, const DsnPlan& in_plan) const;
-    std::string Undo(const DsnPlan& in_plan) const;
+    std::string Undo(const DsnPlan& in_plan, ChangeRecord& io_record) const;
 
     const DriverManager& m_manager;
     const DsnStore& m_store;

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "VeltraneDialog/FieldRules.h"
+#include "cli/ChangeRecord.h"
 #include "cli/CommandError.h"
 #include "cli/Entries.h"
 #include "cli/FileRights.h"
@@ -129,6 +130,14 @@ Findings ExamineFile(const DsnStore& in_store) {
         return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
                  "Give yourself the right to read it, or move text that stands before the first "
                  "section into one."}};
+    }
+    const std::string record = FindInterruptedChange(in_store);
+    if (!record.empty()) {
+        findings.push_back({Severity::Warning, "change-interrupted",
+                            "A change of a DSN in " + in_store.GetPath() +
+                                " was cut off. Keys that it may lack are kept in " + record + ".",
+                            "The next change puts them back: veltrane-dsn set NAME, for any DSN of "
+                            "the file."});
     }
     const std::string reason = in_store.WhyNotWritable();
     const bool isOurs = in_store.GetScope() == Scope::User || IsAdministrator();

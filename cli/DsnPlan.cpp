@@ -46,6 +46,7 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     for (const auto& [key, value] : merged) {
         if (section.Find(key) == nullptr && !IsFieldKey(key)) section.Set(key, value);
     }
+    section.TakeRepeated(merged);
     return section;
 }
 

@@ -22,6 +22,16 @@ bool IsReserved(const std::string& in_section) {
 /// As the setup library creates files: the user's are private, the system's are for everybody.
 mode_t NewFileMode(Scope in_scope) { return in_scope == Scope::System ? 0644 : 0600; }
 
+bool Write(ODBC::OdbcIniUpdate& io_update, const std::string& in_dsn, const Entries& in_entries) {
+    for (const auto& [key, value] : in_entries) {
+        if (!io_update.Set(in_dsn, key, value)) return false;
+    }
+    for (const auto& [key, value] : in_entries.GetRepeated()) {
+        if (!io_update.Add(in_dsn, key, value)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 const char* GetScopeName(Scope in_scope) { return in_scope == Scope::System ? "system" : "user"; }
@@ -57,20 +67,13 @@ bool DsnStore::PutBack(const std::string& in_dsn, const Entries& in_entries) con
     ODBC::OdbcIniUpdate update(m_path, NewFileMode(m_scope));
     // Gone meanwhile: nothing to put a key into.
     if (!update.IsOpen() || !update.GetText().HasSection(in_dsn)) return false;
-    for (const auto& [key, value] : in_entries) {
-        if (!update.Set(in_dsn, key, value)) return false;
-    }
-    return update.Commit();
+    return Write(update, in_dsn, in_entries) && update.Commit();
 }
 
 bool DsnStore::Restore(const std::string& in_dsn, const Entries& in_entries) const {
     ODBC::OdbcIniUpdate update(m_path, NewFileMode(m_scope));
     if (in_entries.IsEmpty()) return update.RemoveSection(in_dsn) && update.Commit();
-    if (!update.StartSection(in_dsn)) return false;
-    for (const auto& [key, value] : in_entries) {
-        if (!update.Set(in_dsn, key, value)) return false;
-    }
-    return update.Commit();
+    return update.StartSection(in_dsn) && Write(update, in_dsn, in_entries) && update.Commit();
 }
 
 std::string DsnStore::WhyNotWritable() const {

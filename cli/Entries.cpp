@@ -25,7 +25,7 @@ std::string FoldCase(std::string_view in_text) {
 
 Entries::Entries(const std::vector<Entry>& in_lines) {
     for (const auto& [key, value] : in_lines) {
-        if (Find(key) == nullptr) m_entries.emplace_back(key, value);
+        (Find(key) == nullptr ? m_entries : m_repeated).emplace_back(key, value);
     }
 }
 
@@ -52,9 +52,18 @@ void Entries::Set(std::string_view in_key, std::string_view in_value) {
 }
 
 void Entries::Remove(std::string_view in_key) {
-    std::erase_if(m_entries, [in_key](const Entry& in_entry) {
-        return EqualsIgnoringCase(in_entry.first, in_key);
-    });
+    for (std::vector<Entry>* const lines : {&m_entries, &m_repeated}) {
+        std::erase_if(*lines, [in_key](const Entry& in_entry) {
+            return EqualsIgnoringCase(in_entry.first, in_key);
+        });
+    }
+}
+
+void Entries::TakeRepeated(const Entries& in_others) {
+    for (const Entry& line : in_others.m_repeated) {
+        const bool isOurs = IsFieldKey(line.first) || EqualsIgnoringCase(line.first, "Driver");
+        if (!isOurs && Find(line.first) != nullptr) m_repeated.push_back(line);
+    }
 }
 
 std::string CanonicalKey(std::string_view in_key) {

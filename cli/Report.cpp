@@ -78,6 +78,10 @@ void Report::AddFailed(const std::string& in_dsn, const std::string& in_reason) 
     }
 }
 
+void Report::AddNotice(const std::string& in_text) {
+    if (!in_text.empty() && !m_isQuiet) PrintError(in_text);
+}
+
 void Report::ShowProgress(std::size_t in_done, std::size_t in_count) {
     if (!m_hasProgress) return;
     std::cout.flush();

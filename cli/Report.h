@@ -28,6 +28,8 @@ public:
 
     void AddDone(const DsnPlan& in_plan);
     void AddFailed(const std::string& in_dsn, const std::string& in_reason);
+    /// For people, on standard error, unless they want it quiet; nothing for an empty text.
+    void AddNotice(const std::string& in_text);
     /// Shows on a terminal how far the work has come.
     void ShowProgress(std::size_t in_done, std::size_t in_count);
 

@@ -55,6 +55,15 @@ class ToolTest(unittest.TestCase):
     def run_json(self, *arguments, **others):
         return json.loads(self.run_tool(*arguments, "--json", **others)[0])
 
+    def compile(self, name, source, *options):
+        source = self.write(name + ".c", source)
+        library = self.path(name + ".so")
+        subprocess.run(["cc", "-shared", "-fPIC", "-o", library, source, *options], check=True)
+        return library
+
+    def register(self, library):
+        self.write("odbcinst.ini", f"[Veltrane]\nSetup={library}\n")
+
     def add_sales(self, *arguments):
         return self.run_tool("add", "sales", "--server", "db", "--database", "d", *arguments)
 
@@ -101,6 +110,77 @@ class ChangeTest(ToolTest):
         self.assertIn("Server=t\n", after)
         self.assertTrue(after.startswith("# ours\n[sales]\n"), after)
         self.assertTrue(after.endswith("[other]\nx=1\n"), after)
+
+    def test_keeps_lines_of_a_key_that_stands_twice(self):
+        self.write("user.ini", "[sales]\nDriver=Veltrane\nHint=1\nServer=s\nDatabase=d\nhint = 2\n"
+                               "Old=1\nOld=2\nPWD=a\nPWD=b\n")
+        self.run_tool("set", "sales", "--server", "t", "--unset", "Old")
+        self.assertEqual(self.read(self.user), "[sales]\nDriver=Veltrane\nServer=t\nPWD=a\n"
+                                               "Database=d\nHint=1\nhint=2\n")
+
+    # A setup library that kills the tool before or after it has done its work, when told so.
+    KILLER = """
+        #include <dlfcn.h>
+        #include <signal.h>
+        #include <stdlib.h>
+        #include <string.h>
+        int ConfigDSN(void* window, unsigned short request, const char* driver, const char* values) {
+            const char* const moment = getenv("MOMENT");
+            if (!strcmp(moment, "before")) raise(SIGKILL);
+            void* const library = dlopen("%s", RTLD_NOW);
+            int (*configure)(void*, unsigned short, const char*, const char*) =
+                dlsym(library, "ConfigDSN");
+            const int result = configure(window, request, driver, values);
+            if (!strcmp(moment, "after")) raise(SIGKILL);
+            return result;
+        }
+    """
+    WITH_EXTRAS = ("[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nExtra=a ; b\nHint=1\nHint=2\n")
+
+    def test_the_next_run_finishes_what_a_killed_one_left(self):
+        record = self.user + ".veltrane-dsn-change"
+        self.register(self.compile("killer", self.KILLER % SETUP))
+        # The moment of the kill, the change, what somebody writes then, and the section afterwards.
+        set_server = ("set", "sales", "--server", "t", "-p", "New=3")
+        saved = "[sales]\nDriver=Veltrane\nServer=t\nDatabase=d\n"
+        cases = [
+            ("before", set_server, None, self.WITH_EXTRAS),
+            ("after", set_server, None, saved + "Extra=a ; b\nHint=1\nNew=3\nHint=2\n"),
+            ("after", ("set", "sales", "--server", "t", "--unset", "Hint"), None,
+             saved + "Extra=a ; b\n"),
+            ("after", set_server, saved + "Extra=other\n",
+             saved + "Extra=other\nHint=1\nNew=3\nHint=2\n"),
+            ("after", set_server, "[else]\nDriver=Veltrane\n", "[else]\nDriver=Veltrane\n"),
+            ("after", ("add", "fresh", "--server", "s", "--database", "d", "-p", "New=3"), None,
+             self.WITH_EXTRAS + "\n[fresh]\nDriver=Veltrane\nServer=s\nDatabase=d\nNew=3\n"),
+        ]
+        for moment, change, written, after in cases:
+            with self.subTest(moment=moment, change=change, written=written):
+                self.write("user.ini", self.WITH_EXTRAS)
+                self.run_tool(*change, code=-9, MOMENT=moment)
+                self.assertEqual(stat.S_IMODE(os.stat(record).st_mode), 0o600)
+                ids = {finding["id"] for finding in self.run_json("doctor")["findings"]}
+                self.assertIn("change-interrupted", ids)
+                if written:
+                    self.write("user.ini", written)
+                # Any change of the file will do, also one of nothing.
+                _, notice = self.run_tool("remove", "nothing", "--if-exists", MOMENT="")
+                self.assertEqual("put back" in notice, after not in (self.WITH_EXTRAS, written), notice)
+                self.assertEqual(self.read(self.user), after)
+                self.assertFalse(os.path.exists(record))
+
+    def test_a_record_that_others_can_write_to_is_refused(self):
+        self.write("user.ini", self.WITH_EXTRAS)
+        record = self.write("user.ini.veltrane-dsn-change",
+                            "[change]\nDSN=sales\n[before]\n[kept]\nEvil=1\n[end]\n")
+        os.chmod(record, 0o666)
+        _, errors = self.run_tool("set", "sales", "--server", "t", code=1)
+        self.assertIn(f"{record}: is somebody else's", errors)
+        # One that was cut off while it was written stands for a change that had not begun.
+        os.chmod(record, 0o600)
+        self.write("user.ini.veltrane-dsn-change", "[change]\nDSN=sales\n[before]\n[kept]\nEvil=1\n")
+        self.run_tool("set", "sales", "--server", "s")
+        self.assertEqual(self.read(self.user), self.WITH_EXTRAS)
 
     def test_existing_and_missing_dsns_have_exit_codes_of_their_own(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
@@ -344,15 +424,6 @@ class DoctorTest(ToolTest):
         for finding in report["findings"]:
             self.assertRegex(finding["repair"], r"\.$")
         return {finding["id"]: finding["text"] for finding in report["findings"]}
-
-    def compile(self, name, source, *options):
-        source = self.write(name + ".c", source)
-        library = self.path(name + ".so")
-        subprocess.run(["cc", "-shared", "-fPIC", "-o", library, source, *options], check=True)
-        return library
-
-    def register(self, library):
-        self.write("odbcinst.ini", f"[Veltrane]\nSetup={library}\n")
 
     def test_finds_nothing_wrong_where_nothing_is(self):
         self.add_sales()
