@@ -165,12 +165,29 @@ class Page(unittest.TestCase):
         print(f"{self.name}: {ran} blocks of commands ran")
 
 
+class KeysTest(unittest.TestCase):
+    def test_the_page_has_the_keys_of_the_code_and_the_options_of_the_tool(self):
+        """What is needed is needed in both, and each named option is one of the tool."""
+        code = (SOURCE / "VeltraneDialog/DialogFields.h").read_text("utf-8")
+        fields = dict(re.findall(r'{"(\w+)", &DialogValues::\w+, [\w:]+, (true|false)', code))
+        page = (SOURCE / "docs/dsn-keys.md").read_text("utf-8").split("\n## ")[0]
+        rows = re.findall(r"(?m)^\| (`\w+`|\(the section\)) \| (.*?) \| (yes|no) \|", page)
+        found = {key.strip("`"): needed for key, _, needed in rows}
+        expected = {key: "yes" if needed == "true" else "no" for key, needed in fields.items()}
+        expected["(the section)"] = expected.pop("DSN")
+        self.assertEqual(found, expected | {"Driver": "yes"})
+        usage = subprocess.run([TOOL, "add", "--help"], capture_output=True, text=True,
+                               check=True).stdout
+        for option in re.findall(r"--[\w-]+", " ".join(options for _, options, _ in rows)):
+            self.assertRegex(usage, rf"(?m)^  {option}( |$)")
+
+
 def make_tests():
     pages = ["README.md", *sorted(f"docs/{path.name}" for path in (SOURCE / "docs").glob("*.md")
                                   if path.name not in PAGES_OF_WINDOWS)]
     pages += sorted(str(path.relative_to(SOURCE))
                     for path in (SOURCE / "packaging/ansible").glob("**/*.md"))
-    suite = unittest.TestSuite()
+    suite = unittest.defaultTestLoader.loadTestsFromTestCase(KeysTest)
     for page in pages:
         class_name = re.sub(r"\W", "_", page)
         suite.addTest(type(class_name, (Page,), {"name": page})("test_page"))
