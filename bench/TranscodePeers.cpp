@@ -51,7 +51,7 @@ void AddOurs(std::vector<Peer>& io_peers, int in_source, int in_target) {
     constexpr std::pair<const char*, CpuLevel> LEVELS[] = {
         {"ours-sse2", CpuLevel::SSE2},   {"ours-ssse3", CpuLevel::SSSE3},
         {"ours-sse41", CpuLevel::SSE41}, {"ours-sse42", CpuLevel::SSE42},
-        {"ours-avx2", CpuLevel::AVX2},
+        {"ours-avx2", CpuLevel::AVX2},   {"ours-avx512", CpuLevel::AVX512},
     };
     io_peers.push_back({"ours", MakeOurs(GetTranscoder(in_source, in_target))});
     for (const auto& [who, level] : LEVELS) {
@@ -372,7 +372,8 @@ std::vector<Peer> GetExactPeers(int in_source, int in_target) {
 std::vector<Peer> GetStreamingPeers(std::size_t in_pieceSize, std::size_t in_targetSize) {
     std::vector<Peer> peers;
     constexpr std::pair<const char*, CpuLevel> LEVELS[] = {{"ours-sse42", CpuLevel::SSE42},
-                                                           {"ours-avx2", CpuLevel::AVX2}};
+                                                           {"ours-avx2", CpuLevel::AVX2},
+                                                           {"ours-avx512", CpuLevel::AVX512}};
     const auto add = [&](const std::string& in_who, TranscoderFunction in_function) {
         peers.push_back({in_who, [=](const TextPieces& in_pieces, char* out_to, std::size_t) {
                              return StreamOurs(in_function, in_pieces.m_pieces.front(),

@@ -261,6 +261,15 @@ TEST_P(TranscoderKernelTest, NullBuffersOfLengthZero) {
 INSTANTIATE_TEST_SUITE_P(All, TranscoderKernelTest, ::testing::ValuesIn(GetKernels()),
                          [](const auto& in_info) { return in_info.param.m_name; });
 
+// Not a failure, but nobody should take the suite's success for more than it is.
+TEST(TranscoderTest, ProcessorHasEveryLevel) {
+    if (DetectCpuLevel() < CpuLevel::AVX512) {
+        GTEST_SKIP() << "this processor lacks AVX-512 with VBMI2 (its level is "
+                     << static_cast<int>(DetectCpuLevel())
+                     << "): kernels above its level were not run; see docs/encodings.md";
+    }
+}
+
 struct Corner {
     const char* m_point;
     int m_source;
