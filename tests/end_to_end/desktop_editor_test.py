@@ -10,17 +10,6 @@ import editor_harness
 from editor_harness import wait_for
 
 
-def start_display():
-    reader, writer = os.pipe()
-    display = subprocess.Popen(
-        ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-         "-noreset"],
-        pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    os.close(writer)
-    with os.fdopen(reader) as numbers:
-        return display, ":" + numbers.readline().strip()
-
-
 def close_window(display_name, window):
     """Asks a window to close as the cross in its frame does."""
     class ClientMessage(ctypes.Structure):
@@ -40,17 +29,7 @@ def close_window(display_name, window):
     x.XCloseDisplay(display)
 
 
-class DesktopEditorTest(editor_harness.EditorTest):
-    @classmethod
-    def setUpClass(cls):
-        cls.display, cls.display_name = start_display()
-
-    @classmethod
-    def tearDownClass(cls):
-        # Not killed: its lock would stay, and servers that start together fight over such a display.
-        cls.display.terminate()
-        cls.display.wait()
-
+class DesktopEditorTest(editor_harness.DisplayTest):
     def start(self, request, *attributes, **environment):
         """Without a terminal, so that only the desktop is left."""
         environment = {"DISPLAY": self.display_name} | environment
@@ -65,28 +44,6 @@ class DesktopEditorTest(editor_harness.EditorTest):
 
     def client_pid(self):
         return self.process.pid
-
-    def xdotool(self, *arguments):
-        return subprocess.run(["xdotool", *arguments], text=True, stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL, check=False,
-                              env=os.environ | {"DISPLAY": self.display_name}).stdout.strip()
-
-    def find_window(self, title):
-        return self.xdotool("search", "--onlyvisible", "--name", f"^{title}$")
-
-    def focus(self, title):
-        """Waits for the window and gives it the keyboard, as no window manager does it here."""
-        window = wait_for(lambda: self.find_window(title),
-                          lambda: f"the window {title!r}\n{self.answer_so_far()}")
-        wait_for(lambda: self.xdotool("windowfocus", window, "getwindowfocus") == window,
-                 "the focus")
-        return int(window)
-
-    def keys(self, *names):
-        self.xdotool("key", "--delay", "30", *names)
-
-    def type(self, text):
-        self.xdotool("type", "--delay", "30", text)
 
     def use_keyboard(self, layout):
         subprocess.run(["setxkbmap", layout], check=True,

@@ -38,6 +38,17 @@ def main(*needed):
     unittest.main(verbosity=2)
 
 
+def start_display():
+    reader, writer = os.pipe()
+    display = subprocess.Popen(
+        ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+         "-noreset"],
+        pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    os.close(writer)
+    with os.fdopen(reader) as numbers:
+        return display, ":" + numbers.readline().strip()
+
+
 class EditorTest(unittest.TestCase):
     """One client, one editor, one odbc.ini."""
 
@@ -136,3 +147,39 @@ class EditorTest(unittest.TestCase):
                 except PermissionError:
                     continue
                 self.assertNotIn(secret.encode(), seen, f"{name} of {pid}")
+
+
+class DisplayTest(EditorTest):
+    """Programs on a virtual display, driven by real key and button events."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.display, cls.display_name = start_display()
+
+    @classmethod
+    def tearDownClass(cls):
+        # Not killed: its lock would stay, and servers that start together fight over such a display.
+        cls.display.terminate()
+        cls.display.wait()
+
+    def xdotool(self, *arguments):
+        return subprocess.run(["xdotool", *arguments], text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, check=False,
+                              env=os.environ | {"DISPLAY": self.display_name}).stdout.strip()
+
+    def find_window(self, title):
+        return self.xdotool("search", "--onlyvisible", "--name", f"^{title}$")
+
+    def focus(self, title):
+        """Waits for the window and gives it the keyboard, as no window manager does it here."""
+        window = wait_for(lambda: self.find_window(title),
+                          lambda: f"the window {title!r}\n{self.answer_so_far()}")
+        wait_for(lambda: self.xdotool("windowfocus", window, "getwindowfocus") == window,
+                 "the focus")
+        return int(window)
+
+    def keys(self, *names):
+        self.xdotool("key", "--delay", "30", *names)
+
+    def type(self, text):
+        self.xdotool("type", "--delay", "30", text)
