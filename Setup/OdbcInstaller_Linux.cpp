@@ -398,11 +398,13 @@ bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
     const std::optional<std::string> dsn = ToUtf8(in_dsn);
     if (!dsn || dsn->empty()) return false;
     if (t_update != nullptr) return RemoveFrom(*t_update, *dsn);
-    Update update;
-    if (RemoveFrom(*t_update, *dsn) && update.Commit()) return true;
+    std::optional<Update> update(std::in_place);
+    if (RemoveFrom(*t_update, *dsn) && update->Commit()) return true;
+    const std::string reason = t_update->m_update.GetFailure().Describe();
+    // Its end may make the library forget what it has read, and with that the errors.
+    update.reset();
     // Nobody posts an error for a removal that fails; the installer's own function would have.
-    const FileFailure& failure = t_update->m_update.GetFailure();
-    PostInstallerError(ODBC_ERROR_REQUEST_FAILED, orska_wstring(failure.Describe()));
+    PostInstallerError(ODBC_ERROR_REQUEST_FAILED, orska_wstring(reason));
     return false;
 }
 

@@ -15,8 +15,9 @@ namespace Veltrane::Test {
 
 class IniScratch {
 public:
-    IniScratch() {
-        std::string folder = (std::filesystem::temp_directory_path() / "odbcini-XXXXXX").string();
+    explicit IniScratch(
+        const std::filesystem::path& in_parent = std::filesystem::temp_directory_path()) {
+        std::string folder = (in_parent / "odbcini-XXXXXX").string();
         m_folder = ::mkdtemp(folder.data());
         std::filesystem::create_directory(m_folder / "system");
         ::setenv("ODBCINI", UserFile().c_str(), 1);

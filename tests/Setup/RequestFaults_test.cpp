@@ -1,0 +1,68 @@
+// Every system call below a whole request fails: the request answers 0 and posts one error, or does
+// without the call; the file is the old or the new one, and nothing is left behind.
+#include <cerrno>
+
+#include "tests/support/RequestOnFiles.h"
+#include "tests/support/SystemCalls_Fake.h"
+
+namespace Veltrane::Test {
+namespace {
+
+/// The n-th call fails, counted from 0.
+void FailAt(std::size_t in_number, int in_error) {
+    s_systemCalls = {};
+    s_systemCalls.m_before = [=](const std::string&, std::size_t in_call) {
+        return in_call == in_number ? in_error : 0;
+    };
+}
+
+void Check(const RequestOnFiles& in_request, const std::string& in_old, const std::string& in_new,
+           int in_result) {
+    const std::string now = in_request.Read();
+    EXPECT_EQ(RequestOnFiles::CountErrors(), in_result == 0 ? 1u : 0u);
+    EXPECT_TRUE(now == in_old || now == in_new) << now;
+    if (in_result == 1) {
+        EXPECT_EQ(now, in_new);
+    }
+    EXPECT_EQ(s_systemCalls.m_openHandles, 0);
+    EXPECT_EQ(in_request.CountLeftFiles(), 0u);
+    // No lock is held: the same request goes through.
+    s_systemCalls = {};
+    in_request.Prepare();
+    in_request.Run();
+    EXPECT_EQ(in_request.Read(), in_new);
+}
+
+TEST(RequestFaults, EachSystemCallFails) {
+    std::size_t failed = 0;
+    RequestOnFiles request;
+    for (const FileRequest& kind : RequestOnFiles::All()) {
+        request.Use(kind);
+        request.Prepare();
+        const std::string before = request.Read();
+        s_systemCalls = {};
+        const int plainResult = request.Run();
+        EXPECT_EQ(RequestOnFiles::CountErrors(), plainResult == 0 ? 1u : 0u) << request.Describe();
+        const std::string after = request.Read();
+        const std::size_t calls = s_systemCalls.m_calls.size();
+        ASSERT_GT(calls, 3u);
+        for (std::size_t call = 0; call < calls; ++call) {
+            for (const int error : {EIO, ENOSPC, ESTALE, ENOLCK, EOPNOTSUPP}) {
+                // What the list was made of does not matter down there.
+                if (kind.m_isWide && error != EIO) continue;
+                request.Prepare();
+                FailAt(call, error);
+                const int result = request.Run();
+                SCOPED_TRACE(request.Describe() + ", " + s_systemCalls.m_calls[call] + " " +
+                             std::to_string(call) + ", error " + std::to_string(error));
+                failed += result == 0 ? 1 : 0;
+                Check(request, before, after, result);
+                if (testing::Test::HasFailure()) return;
+            }
+        }
+    }
+    EXPECT_GT(failed, 500u);
+}
+
+}  // namespace
+}  // namespace Veltrane::Test
