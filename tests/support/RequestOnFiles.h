@@ -84,6 +84,11 @@ public:
         return count;
     }
 
+    static long CountOpenFiles() {
+        using std::filesystem::directory_iterator;
+        return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
+    }
+
     static std::size_t CountErrors() {
         std::size_t count = 0;
         for (WORD i = 1; i <= 8; ++i) {
