@@ -10,6 +10,12 @@ if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND NOT CMAKE_CROSSCOMPILING
 endif()
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 include(GNUInstallDirs)
+foreach(directory BINDIR LIBDIR LIBEXECDIR INCLUDEDIR DATAROOTDIR)
+  # Files find each other by relative paths, so that an installation can be moved.
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_${directory}})
+    message(FATAL_ERROR "CMAKE_INSTALL_${directory} has to be relative to the prefix")
+  endif()
+endforeach()
 
 # Libraries that only driver managers load.
 if(WIN32)

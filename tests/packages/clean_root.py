@@ -12,7 +12,11 @@ from pathlib import Path
 
 # What a clean machine has in the files that this one may have filled.
 PRISTINE = {"etc/odbc.ini": "", "etc/odbcinst.ini": "", "etc/hosts": "127.0.0.1 localhost\n"}
-LEFT_OUT = re.compile(r"^/usr/share/(doc|info|locale|man|lintian|icons)/.|^/(dev|proc|sys|tmp|run)/.")
+LEFT_OUT = re.compile(r"^/usr/share/(doc|info|locale|man|lintian|icons)/.|^/(dev|proc|sys|tmp|run|var/cache)/.")
+
+
+# Not in the search path of everybody, but anybody may run what is used of it here.
+os.environ["PATH"] += ":/usr/sbin:/sbin"
 
 
 class Unavailable(Exception):
@@ -122,12 +126,17 @@ def glob_escape(name):
     return re.sub(r"([*?[])", r"[\1]", name)
 
 
+def is_copyable(path):
+    """Not root: a few files that nothing here needs are for root alone."""
+    return os.path.islink(path) or os.access(path, os.R_OK)
+
+
 def files_of(records):
     for record in records:
         if record.suffix == ".list":
             yield from (path for path in record.read_text().splitlines()
                         if path not in ("", "/.") and not LEFT_OUT.match(path)
-                        and os.path.lexists(path))
+                        and is_copyable(path))
 
 
 def copy_files(paths, root):
