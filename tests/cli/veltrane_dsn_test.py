@@ -388,6 +388,23 @@ class ApplyTest(ToolTest):
                 self.assertIn(f"[{part}{i}]\nDriver=Veltrane\nServer=s{i}\nPWD=p{i}\nDatabase=d\nX=1\n",
                               text)
 
+    def test_two_processes_on_the_same_dsns_lose_nothing(self):
+        names = [f"x{i}" for i in range(50)]
+        self.write("user.ini", "".join(f"[{name}]\nDriver=Veltrane\nServer=s\nDatabase=d\nKeep=1\n"
+                                       for name in names))
+        for server in ("a", "b"):
+            self.write(server, json.dumps([{"name": name, "values": {"Server": server, "UID": server}}
+                                           for name in names]))
+        processes = [subprocess.Popen([TOOL, "apply", "-q", self.path(server)], env=self.environment)
+                     for server in ("a", "b")]
+        self.assertEqual([process.wait(300) for process in processes], [0, 0])
+        text = self.read(self.user)
+        for name in names:
+            self.assertRegex(text, rf"\[{name}\]\nDriver=Veltrane\nServer=(a|b)\nUID=\1\n"
+                                   r"Database=d\nKeep=1\n")
+        self.assertEqual(sorted(os.listdir(self.folder)),
+                         ["a", "b", "odbc.ini", "odbcinst.ini", "user.ini"])
+
 
 class DriverTest(ToolTest):
     def test_registers_and_unregisters(self):
