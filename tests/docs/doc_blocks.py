@@ -7,6 +7,7 @@
     ```sh run-by="test"           commands that the named test runs
     ```text output                what the commands above it print; a line "..." stands for any lines
     ```text output unordered      the same where output and errors come in another order than here
+    ```json output                the same as JSON, however it is laid out
     ```text message               what the product says, with "..." for what differs
     ```json file=dsns.json        a file that the reader writes before going on
 

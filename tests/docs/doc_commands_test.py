@@ -6,6 +6,7 @@ HOME and the files of an ODBC installer; paths of an installed product are repla
 build. PATH holds what pages may use and nothing else: no page installs or builds anything here.
 doc_blocks.py says what the info strings of blocks mean.
 """
+import json
 import os
 import pty
 import re
@@ -154,6 +155,8 @@ class Page(unittest.TestCase):
                 expected = int(block.options.get("exit", "0"))
                 self.assertEqual(code, expected, f"{block.place}:\n{block.text}{output}")
                 ran += 1
+            elif "output" in block.flags and block.language == "json" and output is not None:
+                self.assertEqual(json.loads(output), json.loads(block.text), block.place)
             elif "output" in block.flags and output is not None:
                 order = sorted if "unordered" in block.flags else list
                 self.assertTrue(matches(order(block.lines), order(output.splitlines())),
