@@ -47,7 +47,8 @@ class Fleet:
     """The control node: the guide's files, the hosts, and Ansible's surroundings."""
 
     def __init__(self):
-        self.folder = Path(tempfile.mkdtemp(prefix="fleet-"))
+        # Not in TMPDIR, which may be long: there are sockets below, whose paths have to be short.
+        self.folder = Path(tempfile.mkdtemp(prefix="fleet-", dir="/tmp"))
         self.work = self.folder / "control"
         self.work.mkdir()
         (self.work / "packaging").symlink_to(SOURCE / "packaging")
