@@ -136,8 +136,9 @@ Findings ExamineFile(const DsnStore& in_store) {
         findings.push_back({Severity::Warning, "change-interrupted",
                             "A change of a DSN in " + in_store.GetPath() +
                                 " was cut off. Keys that it may lack are kept in " + record + ".",
-                            "The next change puts them back: veltrane-dsn set NAME, for any DSN of "
-                            "the file."});
+                            std::string("The next change puts them back: veltrane-dsn set NAME") +
+                                (in_store.GetScope() == Scope::System ? " --system" : "") +
+                                ", for any DSN of the file."});
     }
     const std::string reason = in_store.WhyNotWritable();
     const bool isOurs = in_store.GetScope() == Scope::User || IsAdministrator();

@@ -1,13 +1,13 @@
-#include "cli/ChangeRecord.h"
-
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
 #include "Setup/OdbcIniFile.h"
+#include "cli/ChangeRecord.h"
 #include "cli/CommandError.h"
 
 namespace Veltrane::Cli {
@@ -34,9 +34,19 @@ std::string PathFor(const DsnStore& in_store) {
 
 std::string Section(const std::string& in_name, const Entries& in_entries) {
     std::string text = "[" + in_name + "]\n";
-    for (const auto& [key, value] : in_entries) text += key + "=" + value + "\n";
-    for (const auto& [key, value] : in_entries.GetRepeated()) text += key + "=" + value + "\n";
+    const auto add = [&text](const Entry& in_entry) {
+        text.append(in_entry.first).append("=").append(in_entry.second).append("\n");
+    };
+    std::for_each(in_entries.begin(), in_entries.end(), add);
+    std::for_each(in_entries.GetRepeated().begin(), in_entries.GetRepeated().end(), add);
     return text;
+}
+
+/// What others could have written must not get into a DSN, and a file that has another name as well
+/// is not ours to empty.
+bool IsOurs(const struct stat& in_status) {
+    return S_ISREG(in_status.st_mode) && in_status.st_nlink <= 1 && in_status.st_uid == geteuid() &&
+           (in_status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 /// The entries whose keys the section lacks.
@@ -54,9 +64,9 @@ std::string Describe(const std::string& in_dsn, const Entries& in_missing) {
 
 }  // namespace
 
-ChangeRecord::ChangeRecord(const DsnStore& in_store) : m_store(in_store), m_path(PathFor(in_store)) {
-    const long long deadline =
-        SystemCalls::GetMonotonicTime() + ODBC::OdbcIniFile::LOCK_TIMEOUT;
+ChangeRecord::ChangeRecord(const DsnStore& in_store)
+    : m_store(in_store), m_path(PathFor(in_store)) {
+    const long long deadline = SystemCalls::GetMonotonicTime() + ODBC::OdbcIniFile::LOCK_TIMEOUT;
     while (!Open()) {
         if (SystemCalls::GetMonotonicTime() > deadline) Fail("in use by another run", ETIMEDOUT);
         SystemCalls::SleepMicroseconds(POLL_MICROSECONDS);
@@ -82,9 +92,7 @@ bool ChangeRecord::Open() {
     if (!m_file.IsOpen()) Fail("cannot open", errno);
     struct stat status {};
     if (SystemCalls::StatHandle(m_file.Get(), status) != 0) Fail("cannot read", errno);
-    // What others could have written must not get into a DSN.
-    const bool isOurs = status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-    if (!isOurs || !S_ISREG(status.st_mode)) {
+    if (!IsOurs(status)) {
         m_file = SystemCalls::FileHandle();
         throw CommandError(EXIT_FAILED, m_path + ": is somebody else's; remove it");
     }
@@ -110,8 +118,10 @@ void ChangeRecord::Write(const DsnPlan& in_plan, const Entries& in_kept) {
         if (count < 0 && errno != EINTR) Fail("cannot write", errno);
         written += count < 0 ? 0 : static_cast<std::size_t>(count);
     }
-    // A loss of power matters for what was stored before, not for what nobody has been promised yet.
-    if (!in_plan.m_kept.empty() && SystemCalls::Sync(m_file.Get()) != 0) Fail("cannot write", errno);
+    // A loss of power matters for what was stored before, not for what nobody has been promised
+    // yet.
+    if (!in_plan.m_kept.empty() && SystemCalls::Sync(m_file.Get()) != 0)
+        Fail("cannot write", errno);
 }
 
 /// Puts back what is missing, unless the change had not begun or the DSN is gone.
@@ -124,8 +134,10 @@ void ChangeRecord::Finish(std::string in_bytes) {
     const Entries missing = Missing(Entries(text.GetKeyValues(KEPT)), *section);
     if (missing.IsEmpty()) return;
     if (!m_store.PutBack(dsn, missing)) {
-        throw CommandError(EXIT_FAILED, dsn + ": what an interrupted change had left out cannot be "
-                                              "put back: " + m_store.WhyNotWritable());
+        throw CommandError(EXIT_FAILED, dsn +
+                                            ": what an interrupted change had left out cannot be "
+                                            "put back: " +
+                                            m_store.WhyNotWritable());
     }
     m_finished = Describe(dsn, missing);
 }
@@ -148,8 +160,7 @@ std::string FindInterruptedChange(const DsnStore& in_store) {
     struct stat status {};
     if (!file.IsOpen() || SystemCalls::StatHandle(file.Get(), status) != 0) return {};
     // A lock is one of a run that is not killed.
-    const bool isLeft =
-        status.st_size > 0 && SystemCalls::Lock(file.Get(), LOCK_SH | LOCK_NB) == 0;
+    const bool isLeft = status.st_size > 0 && SystemCalls::Lock(file.Get(), LOCK_SH | LOCK_NB) == 0;
     return isLeft ? path : std::string();
 }
 
