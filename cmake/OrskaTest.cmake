@@ -33,11 +33,15 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
 endif()
 
 # orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
-#            [ENVIRONMENT name=value])
+#            [ENVIRONMENT name=value] [EACH_UNIXODBC])
 # One test program. Each test of it runs in its own process, so that process-wide state begins
 # fresh. The default library is orska_support.
+#
+# With EACH_UNIXODBC the tests run once more with each unixODBC that ORSKA_UNIXODBC_PREFIXES names.
+# A driver manager that waits for ever is found by the time limit.
+set(ORSKA_UNIXODBC_PREFIXES "" CACHE STRING "Where further versions of unixODBC are installed")
 function(orska_test)
-  cmake_parse_arguments(ARG "" "NAME;TIMEOUT;ENVIRONMENT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "EACH_UNIXODBC" "NAME;TIMEOUT;ENVIRONMENT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   if(NOT ARG_LIBRARIES)
     set(ARG_LIBRARIES orska_support)
   endif()
@@ -65,5 +69,12 @@ function(orska_test)
     gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
   else()
     gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60)
+  endif()
+  if(ARG_EACH_UNIXODBC)
+    foreach(prefix ${ORSKA_UNIXODBC_PREFIXES})
+      cmake_path(GET prefix FILENAME version)
+      gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 TEST_PREFIX ${version}.
+        PROPERTIES LABELS unixodbc TIMEOUT 120 ENVIRONMENT LD_LIBRARY_PATH=${prefix}/lib)
+    endforeach()
   endif()
 endfunction()

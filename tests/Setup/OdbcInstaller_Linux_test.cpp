@@ -2,7 +2,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <odbcinst.h>
+#include <sched.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -10,8 +12,11 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <mutex>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -269,6 +274,18 @@ struct Obstacle {
     std::function<void(const IniScratch&)> m_place;
 };
 
+/// Puts a small file system in place of the folder, for this process, and ends a process that may
+/// not do so as if all was well.
+void MountMemory(const IniScratch& in_scratch, const char* in_options) {
+    const bool isMounted =
+        ::unshare(CLONE_NEWNS) == 0 &&
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+        ::mount("none", in_scratch.Folder().c_str(), "tmpfs", 0, in_options) == 0;
+    if (isMounted) return;
+    std::fputs("not tested: mounting a file system is not allowed here\n", stderr);
+    ::_exit(0);
+}
+
 const Obstacle OBSTACLES[] = {
     {"no directory", true, true,
      [](const IniScratch& in_scratch) {
@@ -286,6 +303,19 @@ const Obstacle OBSTACLES[] = {
      [](const IniScratch&) {
          const rlimit limit{25, RLIM_INFINITY};
          ::setrlimit(RLIMIT_FSIZE, &limit);
+     }},
+    {"a full disk", true, false,
+     [](const IniScratch& in_scratch) {
+         MountMemory(in_scratch, "size=16k");
+         IniScratch::Write(in_scratch.UserFile(), OTHERS);
+         std::filesystem::create_directory(in_scratch.Folder() / "full");
+         IniScratch::Write(in_scratch.Folder() / "full" / "up", std::string(1 << 20, 'x'));
+     }},
+    {"a read-only file system", true, true,
+     [](const IniScratch& in_scratch) {
+         MountMemory(in_scratch, "size=16k");
+         IniScratch::Write(in_scratch.UserFile(), OTHERS);
+         ::mount(nullptr, in_scratch.Folder().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
      }},
     {"no permission for the file", false, true,
      [](const IniScratch& in_scratch) { ::chmod(in_scratch.UserFile().c_str(), 0444); }},
@@ -365,59 +395,95 @@ TEST_F(OdbcInstallerTest, ARemovalThatFailsSaysWhy) {
     EXPECT_EQ(SQLInstallerError(2, &code, text, sizeof text, &length), SQL_NO_DATA);
 }
 
-TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
-    constexpr int PROCESSES = 8;
-    constexpr int ADDS = 50;
-    IniScratch::Write(m_scratch.UserFile(), OTHERS);
-    std::vector<pid_t> children;
-    for (int process = 0; process < PROCESSES; ++process) {
-        const pid_t child = ::fork();
-        if (child != 0) {
-            children.push_back(child);
-            continue;
-        }
-        bool isDone = true;
-        const auto add = [&](int in_first) {
-            for (int i = in_first; i < ADDS; i += 2) {
-                const std::string name = std::to_string(process) + "-" + std::to_string(i);
-                isDone = Save(name, "server of " + name) && isDone;
-            }
-        };
-        std::thread other(add, 1);
-        add(0);
-        other.join();
-        ::_exit(isDone ? 0 : 1);
-    }
-    for (const pid_t child : children) {
-        int status = -1;
-        ::waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
-    }
-    for (int i = 0; i < PROCESSES * ADDS; ++i) {
-        const std::string name = std::to_string(i / ADDS) + "-" + std::to_string(i % ADDS);
-        EXPECT_EQ(Get(name, "Server"), "server of " + name);
-        EXPECT_EQ(Get(name, "Database"), "db");
-    }
-    EXPECT_TRUE(IniScratch::Read(m_scratch.UserFile()).starts_with(OTHERS));
-    EXPECT_EQ(m_scratch.CountFiles(), 1u);
+/// One file for the user and one for the system, the user's behind a symbolic link.
+struct File {
+    unsigned short m_mode;
+    std::filesystem::path m_path;
+};
+
+std::vector<File> MakeFiles(const IniScratch& in_scratch) {
+    std::filesystem::create_symlink("system/user.ini", in_scratch.UserFile());
+    const std::vector<File> files = {{ODBC_USER_DSN, in_scratch.UserFile()},
+                                     {ODBC_SYSTEM_DSN, in_scratch.SystemFile()}};
+    for (const File& file : files) IniScratch::Write(file.m_path, OTHERS);
+    return files;
 }
 
+/// The files in the folder that both are in.
+std::ptrdiff_t CountFiles(const IniScratch& in_scratch) {
+    using std::filesystem::directory_iterator;
+    return std::distance(directory_iterator(in_scratch.SystemFile().parent_path()),
+                         directory_iterator());
+}
+
+TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
+    constexpr int PROCESSES = 16;
+    constexpr int ADDS = 16;
+    for (const File& file : MakeFiles(m_scratch)) {
+        SQLSetConfigMode(file.m_mode);
+        std::vector<pid_t> children;
+        for (int process = 0; process < PROCESSES; ++process) {
+            const pid_t child = ::fork();
+            if (child != 0) {
+                children.push_back(child);
+                continue;
+            }
+            bool isDone = true;
+            std::mutex mutex;
+            const auto add = [&](int in_first) {
+                for (int i = in_first; i < ADDS; i += 2) {
+                    const std::string name = std::to_string(process) + "-" + std::to_string(i);
+                    const bool isSaved = Save(name, "server of " + name);
+                    const std::lock_guard lock(mutex);
+                    isDone = isSaved && isDone;
+                }
+            };
+            std::thread other(add, 1);
+            add(0);
+            other.join();
+            ::_exit(isDone ? 0 : 1);
+        }
+        for (const pid_t child : children) {
+            int status = -1;
+            ::waitpid(child, &status, 0);
+            EXPECT_EQ(status, 0);
+        }
+        for (int i = 0; i < PROCESSES * ADDS; ++i) {
+            const std::string name = std::to_string(i / ADDS) + "-" + std::to_string(i % ADDS);
+            EXPECT_EQ(Get(name, "Server"), "server of " + name);
+            EXPECT_EQ(Get(name, "Database"), "db");
+        }
+        EXPECT_TRUE(IniScratch::Read(file.m_path).starts_with(OTHERS));
+    }
+    EXPECT_EQ(CountFiles(m_scratch), 2);
+    EXPECT_TRUE(std::filesystem::is_symlink(m_scratch.UserFile()));
+}
+
+// ORSKA_TEST_ROUNDS asks for more than a quick run kills.
 TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
-    IniScratch::Write(m_scratch.UserFile(), OTHERS);
-    for (unsigned round = 0; round < 20; ++round) {
+    const std::vector<File> files = MakeFiles(m_scratch);
+    const char* const variable = std::getenv("ORSKA_TEST_ROUNDS");
+    const int rounds = variable == nullptr ? 20 : std::atoi(variable);
+    std::mt19937 random(static_cast<unsigned>(rounds));
+    for (int round = 0; round < rounds; ++round) {
+        const File& file = files[static_cast<std::size_t>(round) % files.size()];
+        SQLSetConfigMode(file.m_mode);
         const pid_t child = ::fork();
         if (child == 0) {
             for (unsigned i = 0;; ++i) Save("Sales", std::string(100 + i % 7, 's'));
         }
-        ::usleep(5000 + round * 1717);
+        ::usleep(2000 + static_cast<useconds_t>(random() % 30000));
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
-        const std::string now = IniScratch::Read(m_scratch.UserFile());
+        const std::string now = IniScratch::Read(file.m_path);
         ASSERT_TRUE(now.starts_with(OTHERS)) << now;
         ASSERT_TRUE(now == OTHERS || now.ends_with("\nDatabase=db\n")) << now;
     }
-    EXPECT_TRUE(Save("Sales", "s"));
-    EXPECT_EQ(m_scratch.CountFiles(), 1u) << "left by the killed";
+    for (const File& file : files) {
+        SQLSetConfigMode(file.m_mode);
+        EXPECT_TRUE(Save("Sales", "s"));
+    }
+    EXPECT_EQ(CountFiles(m_scratch), 2) << "left by the killed";
 }
 
 TEST_F(OdbcInstallerTest, LeavesNoOpenFiles) {

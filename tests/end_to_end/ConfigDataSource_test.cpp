@@ -77,6 +77,29 @@ TEST_F(ConfigDataSource, WideAndNarrowListsReachTheSameCode) {
     EXPECT_EQ(ReadFile(m_userIni), "");
 }
 
+// The installer keeps what it has read; a caller must not be given that after a save.
+TEST_F(ConfigDataSource, TheCallerReadsWhatWasSaved) {
+    const auto read = [](unsigned short in_mode) {
+        char value[100] = "";
+        SQLSetConfigMode(in_mode);
+        SQLGetPrivateProfileString("sales", "Server", "(absent)", value, sizeof value, "odbc.ini");
+        return std::string(value);
+    };
+    for (const bool isSystem : {false, true}) {
+        const unsigned short mode = isSystem ? ODBC_SYSTEM_DSN : ODBC_USER_DSN;
+        const unsigned short offset = isSystem ? ODBC_ADD_SYS_DSN - ODBC_ADD_DSN : 0;
+        EXPECT_EQ(read(mode), "(absent)");
+        for (const std::string server : {"first", "second"}) {
+            SetInitialValues("DSN=sales\nDatabase=d\nServer=" + server + "\n");
+            EXPECT_TRUE(Configure(static_cast<unsigned short>(ODBC_ADD_DSN + offset), ""));
+            EXPECT_EQ(read(mode), server);
+        }
+        EXPECT_TRUE(
+            Configure(static_cast<unsigned short>(ODBC_REMOVE_DSN + offset), "DSN=sales\0"s));
+        EXPECT_EQ(read(mode), "(absent)");
+    }
+}
+
 struct Refusal {
     const char* m_point;
     unsigned short m_request;
