@@ -23,7 +23,8 @@ void FileSystemUtils::CreateFileDirectory(const orska_wstring& in_path) {
     if (IsDirectory(directory) || CreateOneDirectory(directory)) {
         return;
     }
-    const std::vector<orska_wstring> msgParams{in_path, GetLastErrorText(GetLastErrorCode())};
+    const std::uint32_t error = GetLastErrorCode();
+    const std::vector<orska_wstring> msgParams{in_path, GetLastErrorText(error)};
     ORSKA_THROW((TraceSite{"Orska::Support::FileSystemUtils::CreateFileDirectory", SOURCE, 0}),
                 ProductException((L"CannotOpenFile"), msgParams));
 }

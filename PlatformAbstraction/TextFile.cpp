@@ -55,15 +55,15 @@ TextFile::TextFile(const orska_wstring& in_fileName, std::int32_t in_mode)
         FileSystemUtils::CreateFileDirectory(in_fileName);
     }
     if (!m_handle.Open(in_fileName, arguments)) {
-        const std::vector<orska_wstring> msgParams{in_fileName,
-                                                   GetLastErrorText(GetLastErrorCode())};
+        const std::uint32_t error = GetLastErrorCode();
+        const std::vector<orska_wstring> msgParams{in_fileName, GetLastErrorText(error)};
         ORSKA_THROW((TraceSite{CONSTRUCTOR, SOURCE, 144}),
                     ProductException((L"CannotOpenFile"), msgParams));
     }
     if (in_mode == MODE_APPEND && m_handle.Seek(0, FileHandle::Origin::END) < 0) {
+        const std::uint32_t error = GetLastErrorCode();
         ORSKA_TRACE(1, CONSTRUCTOR, SOURCE, 161, "SetFilePointerEx() failed for file '%s': %s",
-                    in_fileName.GetAsUtf8().c_str(),
-                    GetLastErrorText(GetLastErrorCode()).GetAsUtf8().c_str());
+                    in_fileName.GetAsUtf8().c_str(), GetLastErrorText(error).GetAsUtf8().c_str());
         ORSKA_THROW((TraceSite{CONSTRUCTOR, SOURCE, 163}),
                     ProductException(L"CannotSetFilePosition"));
     }

@@ -3,11 +3,36 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 #include "tools/WindowsApi.h"
 
 namespace Orska {
+
+namespace {
+
+struct ErrnoNumber {
+    int m_errno;
+    int m_number;
+};
+
+// The name table has the order of the socket errors, 10035 and up; those of the C library's errno
+// differ from them, but for 1 to 34.
+constexpr ErrnoNumber SOCKET_ERRORS[] = {
+    {EWOULDBLOCK, 35},  {EINPROGRESS, 36},     {EALREADY, 37},     {ENOTSOCK, 38},
+    {EDESTADDRREQ, 39}, {EMSGSIZE, 40},        {EPROTOTYPE, 41},   {ENOPROTOOPT, 42},
+    {EOPNOTSUPP, 45},   {EPROTONOSUPPORT, 43}, {EAFNOSUPPORT, 47}, {EADDRINUSE, 48},
+    {ENETDOWN, 50},     {EADDRNOTAVAIL, 49},   {ENETUNREACH, 51},  {ENETRESET, 52},
+    {ECONNRESET, 54},   {ECONNABORTED, 53},    {ENOBUFS, 55},      {EISCONN, 56},
+    {ENOTCONN, 57},     {ETIMEDOUT, 60},       {ECONNREFUSED, 61}, {ELOOP, 62},
+    {EHOSTUNREACH, 65}, {ENAMETOOLONG, 63},    {ENOTEMPTY, 66},
+};
+
+constexpr int LAST_COMMON_ERRNO = ERANGE;
+constexpr int NO_NAME = 108;
+
+}  // namespace
 
 const char* ReadTraceVariable() noexcept { return std::getenv("TR4CE"); }
 
@@ -42,6 +67,16 @@ std::uint32_t GetTraceThreadId() noexcept { return GetCurrentThreadId(); }
 
 std::uint32_t GetTraceProcessId() noexcept { return GetCurrentProcessId(); }
 
-int ToNameTableNumber(int in_errno) noexcept { return in_errno; }
+int ToNameTableNumber(int in_errno) noexcept {
+    if (in_errno >= 0 && in_errno <= LAST_COMMON_ERRNO) {
+        return in_errno;
+    }
+    for (const ErrnoNumber& entry : SOCKET_ERRORS) {
+        if (entry.m_errno == in_errno) {
+            return entry.m_number;
+        }
+    }
+    return NO_NAME;
+}
 
 }  // namespace Orska
