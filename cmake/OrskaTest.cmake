@@ -20,7 +20,7 @@ function(orska_test_options target)
     # gcc 12 sees a mismatch in tests that replace both operators, to count or to clear.
     target_compile_options(${target} PRIVATE -Wno-mismatched-new-delete)
   endif()
-  target_link_libraries(${target} PRIVATE GTest::gmock GTest::gtest_main)
+  target_link_libraries(${target} PRIVATE orska_test_support GTest::gmock GTest::gtest_main)
 endfunction()
 
 if(ORSKA_PRECOMPILE_TEST_HEADERS)
@@ -33,15 +33,17 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
 endif()
 
 # orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
-#            [ENVIRONMENT name=value] [EACH_UNIXODBC])
+#            [ENVIRONMENT name=value] [APART] [EACH_UNIXODBC])
 # One test program. Each test of it runs in its own process, so that process-wide state begins
-# fresh. The default library is orska_support.
+# fresh; in Wine, where a process takes long to start, only where APART asks for it. The default
+# library is orska_support.
 #
 # With EACH_UNIXODBC the tests run once more with each unixODBC that ORSKA_UNIXODBC_PREFIXES names.
 # A driver manager that waits for ever is found by the time limit.
 set(ORSKA_UNIXODBC_PREFIXES "" CACHE STRING "Where further versions of unixODBC are installed")
 function(orska_test)
-  cmake_parse_arguments(ARG "EACH_UNIXODBC" "NAME;TIMEOUT;ENVIRONMENT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "APART;EACH_UNIXODBC" "NAME;TIMEOUT;ENVIRONMENT"
+                        "SOURCES;LIBRARIES;LABELS" ${ARGN})
   if(NOT ARG_LIBRARIES)
     set(ARG_LIBRARIES orska_support)
   endif()
@@ -62,8 +64,12 @@ function(orska_test)
     target_precompile_headers(${ARG_NAME} REUSE_FROM orska_test_headers)
   endif()
   if(WIN32)
-    # Wine starts too slowly for a process a test, so the program runs whole.
-    add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
+    if(ARG_APART)
+      add_test(NAME ${ARG_NAME} COMMAND ${PROJECT_SOURCE_DIR}/cmake/run-tests-apart
+               ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${ARG_NAME}>)
+    else()
+      add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
+    endif()
     set_tests_properties(${ARG_NAME} PROPERTIES FIXTURES_REQUIRED wine ${properties})
   elseif(properties)
     gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})

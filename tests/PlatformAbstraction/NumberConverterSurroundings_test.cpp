@@ -1,16 +1,16 @@
 /// What number conversion must not depend on or touch: the program's heap and the locale.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <clocale>
 #include <cstdio>
-#include <filesystem>
 #include <limits>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "PlatformAbstraction/NumberConverter.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 
 namespace {
 
@@ -35,6 +35,8 @@ void operator delete[](void* in_memory, std::size_t) noexcept { std::free(in_mem
 namespace Orska::Support {
 
 namespace {
+
+using Test::SetCommaLocale;
 
 TEST(NumberConverter, AllocatesNothing) {
     const std::string digits = "12";
@@ -75,37 +77,24 @@ TEST(NumberConverter, AllocatesNothing) {
     EXPECT_EQ(s_allocations, before + 1);
 }
 
-/// A folder with a locale whose decimal point is a comma.
+/// A locale whose decimal point is a comma, as long as the object lives.
 class CommaLocale {
 public:
-    CommaLocale() : m_folder(std::filesystem::temp_directory_path() / "orska_comma_XXXXXX") {
-        std::string name = m_folder.string();
-        if (mkdtemp(name.data()) == nullptr) return;
-        m_folder = name;
-        const std::string command =
-            "localedef -i de_DE -f UTF-8 '" + (m_folder / "de_DE.UTF-8").string() + "' 2>/dev/null";
-        setenv("LOCPATH", name.c_str(), 1);
-        m_isSet =
-            std::system(command.c_str()) >= 0 && std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-    }
-    ~CommaLocale() {
-        std::setlocale(LC_ALL, "C");
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
+    CommaLocale() : m_isSet(SetCommaLocale(m_scratch.GetPath())) {}
+    ~CommaLocale() { std::setlocale(LC_ALL, "C"); }
     CommaLocale(const CommaLocale&) = delete;
     CommaLocale& operator=(const CommaLocale&) = delete;
 
     bool IsSet() const { return m_isSet; }
 
 private:
-    std::filesystem::path m_folder;
-    bool m_isSet = false;
+    Test::TemporaryDirectory m_scratch;
+    bool m_isSet;
 };
 
 TEST(NumberConverter, IgnoresTheLocale) {
     const CommaLocale locale;
-    if (!locale.IsSet()) GTEST_SKIP() << "localedef cannot make the locale here";
+    if (!locale.IsSet()) GTEST_SKIP() << "there is no such locale here";
     char comma[8];
     std::snprintf(comma, sizeof(comma), "%.1f", 1.5);
     ASSERT_STREQ(comma, "1,5");

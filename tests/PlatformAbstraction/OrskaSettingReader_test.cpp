@@ -5,16 +5,19 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "PlatformAbstraction/FileSystemUtils.h"
 #include "PlatformAbstraction/ISettingListener.h"
 #include "PlatformAbstraction/Platform.h"
 #include "PlatformAbstraction/SettingKeys.h"
 #include "tests/support/RegistryKey_Fake.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
 
@@ -24,6 +27,8 @@ namespace {
 using namespace std::string_literals;
 using Reader = OrskaSettingReader;
 using Test::FakeRegistry;
+using Test::SetVariable;
+using Test::TEMPORARY_DIRECTORY_VARIABLE;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 using Test::TraceCapture;
@@ -68,7 +73,9 @@ private:
 
 TEST_F(SettingReader, DefaultsWithoutAnySource) {
     InitializeWithoutSources();
-    setenv("TMPDIR", "/var/tmp/", 1);
+    std::string scratch = std::filesystem::temp_directory_path().string();
+    scratch.erase(scratch.find_last_not_of("/\\") + 1);
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, (scratch + "/").c_str());
     EXPECT_EQ(Reader::GetLogPath(), ".\\");
     EXPECT_EQ(Reader::GetDriverLocale(), "en-US");
     EXPECT_FALSE(Reader::GetTraceToStdErr());
@@ -77,11 +84,11 @@ TEST_F(SettingReader, DefaultsWithoutAnySource) {
     EXPECT_EQ(Reader::GetErrorMessagesPath("C:\\drv"), "C:\\drv\\");
     EXPECT_EQ(Reader::GetErrorMessagesPath(""), "");
     EXPECT_EQ(Reader::GetConfigErrorMessagesPath(), "");
-    EXPECT_EQ(Reader::GetSwapFilePath(), "/var/tmp\\");
+    EXPECT_EQ(Reader::GetSwapFilePath(), scratch + "\\");
     EXPECT_EQ(Reader::GetODBCInstLib(), std::nullopt);
     EXPECT_EQ(Reader::GetLogLevel(), "");
     EXPECT_EQ(Reader::GetSetting("anything"), "");
-    setenv("TMPDIR", std::string(260, 'x').c_str(), 1);
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, std::string(260, 'x').c_str());
     EXPECT_EQ(Reader::GetSwapFilePath(), ".\\");
 }
 
@@ -143,20 +150,21 @@ TEST_F(SettingReader, Paths) {
     struct Case {
         const char* m_value;
         const char* m_logPath;
-        const char* m_messagesPath;  // with the default directory C:\drv
+        std::string m_messagesPath;  // with the default directory C:\drv
     };
-    constexpr Case CASES[] = {
+    const std::string joinedToSlash = FileSystemUtils::IsRelative(L"/") ? "C:\\drv\\" : "";
+    const Case cases[] = {
         {"", ".\\", "C:\\drv\\"},
         {"C:/logs/", "C:/logs\\", "C:/logs\\"},
         {"C:\\logs", "C:\\logs\\", "C:\\logs\\"},
         {"C:\\logs\\", "C:\\logs\\", "C:\\logs\\"},
-        {"/var/log", "/var/log\\", "/var/log\\"},
+        {"/var/log", "/var/log\\", joinedToSlash + "/var/log\\"},
         {".\\msgs", ".\\msgs\\", "C:\\drv\\.\\msgs\\"},
         {"msgs/", "msgs\\", "C:\\drv\\msgs\\"},
         {"../x", "../x\\", "C:\\drv\\../x\\"},
-        {"/", "\\", "\\"},
+        {"/", "\\", joinedToSlash + "\\"},
     };
-    for (const Case& row : CASES) {
+    for (const Case& row : cases) {
         SCOPED_TRACE(row.m_value);
         Reader::SetLogPath(row.m_value);
         Reader::SetErrorMessagesPath(row.m_value);
@@ -276,10 +284,9 @@ TEST_F(SettingReader, AppCharEncoding) {
     for (const Case& row : CASES) {
         SCOPED_TRACE(row.m_setting);
         Reader::SetSetting(SETTING_ANSI_ENCODING, row.m_setting);
-        if (row.m_environment == nullptr) {
-            unsetenv(ENVIRONMENT_ANSI_ENCODING);
-        } else {
-            setenv(ENVIRONMENT_ANSI_ENCODING, row.m_environment, 1);
+        SetVariable(ENVIRONMENT_ANSI_ENCODING, row.m_environment);
+        if (row.m_environment != nullptr && std::getenv(ENVIRONMENT_ANSI_ENCODING) == nullptr) {
+            continue;  // this system has no empty variables
         }
         int encoding = -2;
         const std::string thrown = ThrownMessage<StartupInitException>(
@@ -292,7 +299,7 @@ TEST_F(SettingReader, AppCharEncoding) {
 
 TEST_F(SettingReader, DriverManagerEncoding) {
     InitializeWithoutSources();
-    setenv(ENVIRONMENT_ANSI_ENCODING, "UTF-8", 1);  // has no say here
+    SetVariable(ENVIRONMENT_ANSI_ENCODING, "UTF-8");  // has no say here
     struct Case {
         const char* m_setting;
         int m_encoding;  // -2: not legal

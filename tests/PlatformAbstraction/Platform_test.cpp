@@ -4,14 +4,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
+#include <unicode/ucnv.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "PlatformAbstraction/ICU/ICUUtils.h"
 #include "PlatformAbstraction/OrskaSettingReader.h"
 #include "PlatformAbstraction/ProcessEncodings.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Orska::Platform {
@@ -22,6 +25,7 @@ using Support::GetAnsiEncoding;
 using Support::GetDriverManagerEncoding;
 using Support::orska_wstring;
 using Support::OrskaSettingReader;
+using Test::SetVariable;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 using testing::internal::CaptureStderr;
@@ -78,6 +82,7 @@ TEST(PlatformStart, StringsConvertAlikeWithAndWithoutTheConverter) {
         return results;
     };
     const std::vector<std::string> before = convert();
+    SetVariable("ORSKA_APP_ANSI_ENCODING", "UTF-8");  // as before the start, whatever the system's
     InitializePlatform(false);
     EXPECT_EQ(convert(), before);
     EXPECT_EQ(orska_wstring(L"wide \u20AC").GetAsPlatformWString(), L"wide \u20AC");
@@ -141,11 +146,11 @@ TEST(PlatformStart, AStopTooManyWrapsTheCount) {
 
 TEST(PlatformStart, WithoutSettingsTheEncodingsAreTheDefaults) {
     InitializePlatform(false);
-    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
+    EXPECT_EQ(GetAnsiEncoding(), Support::ICUUtils::GetEncodingEnum(ucnv_getDefaultName()));
     EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
     EXPECT_FALSE(OrskaSettingReader::IsInitialized());
     UninitializePlatform();
-    setenv("ORSKA_APP_ANSI_ENCODING", "latin1", 1);
+    SetVariable("ORSKA_APP_ANSI_ENCODING", "latin1");
     InitializePlatform(false);
     EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_LATIN1);
 }

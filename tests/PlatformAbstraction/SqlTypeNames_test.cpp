@@ -1,4 +1,8 @@
-// The ODBC headers come first: the names below are their macros.
+// The ODBC headers come first: the names below are their macros. Those of Windows want its own
+// first.
+#ifdef _WIN32
+#include <windows.h>
+#endif
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>

@@ -5,8 +5,10 @@
 #include <string>
 
 #include "PlatformAbstraction/IniFileConfigurationReader.h"
+#include "PlatformAbstraction/OrskaUtility.h"
 #include "PlatformAbstraction/TextFile.h"
 #include "tests/support/SettingText.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/TextFile_Fake.h"
 #include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
@@ -16,6 +18,7 @@ namespace {
 
 using Test::FakeFile;
 using Test::MakeSection;
+using Test::SYSTEM_ERRORS;
 using Test::ThrownMessage;
 using Test::ToText;
 using Test::TraceCapture;
@@ -28,9 +31,11 @@ TEST(TextFileFailures, AnAppendPositionThatCannotBeSetClosesTheFile) {
     EXPECT_FALSE(FakeFile::Get().m_isOpen);
     EXPECT_EQ(trace.GetText(),
               "Orska::Support::TextFile::TextFile:161\tSetFilePointerEx() failed for file "
-              "'log.txt': Input/output error TextFile_Windows\n"
-              "Orska::Support::TextFile::TextFile:163\tThrowing: "
-              "ProductException(L\"CannotSetFilePosition\") TextFile_Windows\n");
+              "'log.txt': " +
+                  GetLastErrorText(SYSTEM_ERRORS.m_inputOutput).GetAsUtf8() +
+                  " TextFile_Windows\n"
+                  "Orska::Support::TextFile::TextFile:163\tThrowing: "
+                  "ProductException(L\"CannotSetFilePosition\") TextFile_Windows\n");
 }
 
 TEST(TextFileFailures, ClearTellsWhichStepFailed) {

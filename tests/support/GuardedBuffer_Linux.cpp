@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 
 #include "tests/support/GuardedBuffer.h"
 
@@ -21,16 +20,5 @@ GuardedBuffer::GuardedBuffer(std::size_t in_capacity) {
 }
 
 GuardedBuffer::~GuardedBuffer() { munmap(m_mapping, m_mappedSize); }
-
-char* GuardedBuffer::PutAtEnd(std::string_view in_bytes) {
-    char* const start = GetEnd() - in_bytes.size();
-    if (!in_bytes.empty()) std::memcpy(start, in_bytes.data(), in_bytes.size());
-    return start;
-}
-
-char* GuardedBuffer::PutAtStart(std::string_view in_bytes) {
-    if (!in_bytes.empty()) std::memcpy(m_start, in_bytes.data(), in_bytes.size());
-    return m_start;
-}
 
 }  // namespace Orska::Support::Testing

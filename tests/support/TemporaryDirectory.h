@@ -4,7 +4,7 @@
 #define TESTS_SUPPORT_TEMPORARYDIRECTORY_H
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -17,9 +17,12 @@ namespace Orska::Test {
 class TemporaryDirectory {
 public:
     TemporaryDirectory() {
-        std::string path = testing::TempDir() + "orska.XXXXXX";
-        EXPECT_NE(mkdtemp(path.data()), nullptr);
-        m_path = path + "/";
+        // The process is the only one of its number now, and what another left behind is skipped.
+        static int s_count = 0;
+        do {
+            m_path = testing::TempDir() + "orska." + std::to_string(getpid()) + "." +
+                     std::to_string(++s_count) + "/";
+        } while (!std::filesystem::create_directory(m_path));
     }
     ~TemporaryDirectory() {
         std::error_code ignored;

@@ -1,10 +1,10 @@
 #include "tests/support/TextFile_Fake.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "PlatformAbstraction/TextFile.h"
+#include "tests/support/TestSystem.h"
 
 namespace Orska::Test {
 
@@ -23,7 +23,7 @@ namespace {
 
 bool Fail(bool in_fails) {
     if (in_fails) {
-        errno = EIO;
+        Test::SetLastErrorCode(Test::SYSTEM_ERRORS.m_inputOutput);
     }
     return in_fails;
 }

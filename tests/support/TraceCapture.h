@@ -6,13 +6,13 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/TestSystem.h"
 #include "tools/trace.h"
 
 namespace Orska::Test {
@@ -21,15 +21,11 @@ namespace Orska::Test {
 class TraceSetting {
 public:
     explicit TraceSetting(const char* in_value) {
-        if (in_value == nullptr) {
-            unsetenv("TR4CE");
-        } else {
-            setenv("TR4CE", in_value, 1);
-        }
+        SetVariable("TR4CE", in_value);
         ResetTrace();
     }
     ~TraceSetting() {
-        unsetenv("TR4CE");
+        SetVariable("TR4CE", nullptr);
         ResetTrace();
     }
     TraceSetting(const TraceSetting&) = delete;
@@ -69,6 +65,14 @@ private:
     std::string m_path;
     TraceSetting m_setting;
 };
+
+/// What a line of the trace, switched on so, leaves on standard error.
+inline std::string TraceOnStandardError(const char* in_value, int in_level = 1) {
+    const TraceSetting setting(in_value);
+    testing::internal::CaptureStderr();
+    trace(in_level, "F", "S", 7, "text");
+    return testing::internal::GetCapturedStderr();
+}
 
 }  // namespace Orska::Test
 

@@ -114,7 +114,8 @@ TEST(buf, StopsWhenMoreIsTakenThanThereIs) {
 /// The dump with the two addresses, which differ from run to run, written as @.
 std::string Dump(const buf& in_buffer, bool in_toStandardError = false) {
     char buffer[32], data[32];
-    std::snprintf(buffer, sizeof buffer, "BUF %p", static_cast<const void*>(&in_buffer));
+    std::snprintf(buffer, sizeof buffer, "BUF 0x%llx",
+                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(&in_buffer)));
     std::snprintf(
         data, sizeof data, "data=0x%llx",
         static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(in_buffer.data)));

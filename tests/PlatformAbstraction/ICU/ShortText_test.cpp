@@ -11,6 +11,7 @@
 #include "PlatformAbstraction/orska_wstring.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/StreamDriver.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/TranscoderReference.h"
 
 namespace Orska::Support::Testing {
@@ -115,7 +116,7 @@ private:
 TEST_F(ShortText, IsWholeOrRefused) { CheckAll(); }
 
 TEST_F(ShortText, IsWholeOrRefusedWithSse2Alone) {
-    setenv("ORSKA_CPU_LEVEL", "sse2", 1);
+    Orska::Test::SetVariable("ORSKA_CPU_LEVEL", "sse2");
     CheckAll();
 }
 

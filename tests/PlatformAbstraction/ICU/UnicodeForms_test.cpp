@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "tests/support/StreamDriver.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/TranscoderReference.h"
 
 namespace Orska::Support::Testing {
@@ -83,7 +83,7 @@ TEST(UnicodeForms, ConvertAsTheReferenceDoes) {
 }
 
 TEST(UnicodeForms, ConvertAsTheReferenceDoesWithoutAvx2) {
-    setenv("ORSKA_CPU_LEVEL", "sse2", 1);
+    Orska::Test::SetVariable("ORSKA_CPU_LEVEL", "sse2");
     for (const Form& form : GetForms()) {
         CheckForm(form);
     }

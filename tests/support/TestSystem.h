@@ -1,0 +1,44 @@
+/// What tests ask of the system under them; one body a system.
+#ifndef TESTS_SUPPORT_TESTSYSTEM_H
+#define TESTS_SUPPORT_TESTSYSTEM_H
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace Orska::Test {
+
+/// Sets a variable of this process's environment, or removes it for null. On Windows an empty value
+/// removes it too.
+void SetVariable(const char* in_name, const char* in_value);
+
+/// The variable that names the directory for temporary files.
+extern const char* const TEMPORARY_DIRECTORY_VARIABLE;
+
+/// The directory of the running program, with the system's separator at its end.
+std::string GetProgramDirectory();
+
+/// Whether a process that ended with this status was ended by abort().
+bool IsAborted(int in_status);
+
+/// Whether the C library now writes a comma for a decimal point; the caller sets "C" again.
+/// @param in_scratch  a directory for what that may need; it has to outlive the locale
+bool SetCommaLocale(const std::filesystem::path& in_scratch);
+
+/// The system's numbers of failures that tests provoke.
+struct SystemErrors {
+    std::uint32_t m_noSuchFile;
+    std::uint32_t m_noSuchDirectory;
+    std::uint32_t m_notADirectory;
+    std::uint32_t m_accessDenied;
+    std::uint32_t m_inputOutput;
+    std::uint32_t m_noText;  ///< told by the call that gives the text of a number
+};
+extern const SystemErrors SYSTEM_ERRORS;
+
+/// Makes this the last error of the calling thread.
+void SetLastErrorCode(std::uint32_t in_code);
+
+}  // namespace Orska::Test
+
+#endif

@@ -1,0 +1,36 @@
+#include <clocale>
+#include <cstdlib>
+
+#include "tests/support/TestSystem.h"
+#include "tools/WindowsApi.h"
+
+namespace Orska::Test {
+
+void SetVariable(const char* in_name, const char* in_value) {
+    _putenv_s(in_name, in_value == nullptr ? "" : in_value);
+}
+
+const char* const TEMPORARY_DIRECTORY_VARIABLE = "TMP";
+
+std::string GetProgramDirectory() {
+    char file[MAX_PATH];
+    const std::string path(file, GetModuleFileNameA(nullptr, file, MAX_PATH));
+    return path.substr(0, path.rfind('\\') + 1);
+}
+
+bool IsAborted(int in_status) {
+    constexpr int STATUS_OF_ABORT = 3;
+    return in_status == STATUS_OF_ABORT;
+}
+
+bool SetCommaLocale(const std::filesystem::path& /*in_scratch*/) {
+    return std::setlocale(LC_ALL, "German") != nullptr;
+}
+
+const SystemErrors SYSTEM_ERRORS = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
+                                    ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED,
+                                    ERROR_IO_DEVICE,      ERROR_MR_MID_NOT_FOUND};
+
+void SetLastErrorCode(std::uint32_t in_code) { SetLastError(in_code); }
+
+}  // namespace Orska::Test

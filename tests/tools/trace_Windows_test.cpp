@@ -1,0 +1,56 @@
+// The trace's file as the system has it.
+#include <gtest/gtest.h>
+#include <io.h>
+
+#include <cstdio>
+#include <string>
+
+#include "tests/support/TraceCapture.h"
+#include "tools/WindowsApi.h"
+#include "tools/trace.h"
+
+namespace {
+
+using namespace Orska;
+using Orska::Test::TraceCapture;
+using Orska::Test::TraceOnStandardError;
+
+TEST(trace, TheThreadIdIsFoldedTo16Bits) {
+    const TraceCapture capture("1tn");
+    trace(1, "F", "S", 1, "x");
+    const auto id = static_cast<unsigned>(GetCurrentThreadId());
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "F:1\tx\t #%04X\n", id >> 16 ^ (id & 0xFFFF));
+    EXPECT_EQ(capture.GetText(), expected);
+}
+
+TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
+    const TraceCapture capture("1");
+    const HANDLE other = CreateFileA(capture.GetPath().c_str(), GENERIC_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                     nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    DWORD written = 0;
+    ASSERT_TRUE(WriteFile(other, "before\n", 7, &written, nullptr));
+    trace(1, "F", "S", 1, "a");
+    EXPECT_EQ(capture.GetText(), "before\nF:1\ta S\n");
+    SetFilePointer(other, 0, nullptr, FILE_BEGIN);
+    ASSERT_TRUE(SetEndOfFile(other));
+    trace(1, "F", "S", 1, "b");
+    EXPECT_EQ(capture.GetText(), "F:1\tb S\n");
+    CloseHandle(other);
+}
+
+TEST(trace, APipeThatIsNotThereMeansStandardError) {
+    EXPECT_EQ(TraceOnStandardError("1:\\\\.\\pipe\\orska no such pipe"), "F:7\ttext S\n");
+}
+
+TEST(trace, TheFileIsNotInherited) {
+    const TraceCapture capture("1");
+    DWORD flags = HANDLE_FLAG_INHERIT;
+    const intptr_t handle = _get_osfhandle(_fileno(GetTraceStream()));
+    ASSERT_TRUE(GetHandleInformation(reinterpret_cast<HANDLE>(handle), &flags));
+    EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, 0u);
+}
+
+}  // namespace
