@@ -116,7 +116,7 @@ class Fleet:
         result = subprocess.run(["sh", "-c", command], cwd=self.work,
                                 env={**self.environment, **environment},
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
-                                stderr=subprocess.STDOUT, timeout=120, check=False)
+                                stderr=subprocess.STDOUT, timeout=300, check=False)
         self.outputs.append(result.stdout)
         if result.returncode != code:
             raise AssertionError(f"{command}: {result.returncode}\n{result.stdout[-8000:]}")
