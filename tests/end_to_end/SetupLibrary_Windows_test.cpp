@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "VeltraneDialog/library/Resource.h"
 #include "tests/installer/TestProfile.h"
+#include "tests/support/DialogUser.h"
 #include "tools/WindowsApi.h"
 // Behind the Windows API, which it needs. Its macro would rename the narrow function.
 #include <odbcinst.h>
@@ -95,6 +97,30 @@ TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
             EXPECT_EQ(TestProfile::List(isSystem ? Root::USER : Root::SYSTEM).size(),
                       0U + (isWide || isSystem));  // the emptied list of names
         }
+    }
+}
+
+TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
+    SetInitialValues(VALUES);
+    ASSERT_TRUE(SQLConfigDataSourceW(nullptr, ODBC_ADD_DSN, L"Veltrane", L""));
+    const struct {
+        WPARAM m_button;
+        std::wstring m_server;
+    } cases[] = {{IDCANCEL, L"db1"}, {IDOK, L"entered ü€"}};
+    for (const auto& c : cases) {
+        TestProfile::Write(Root::USER, L"sales", L"Extra", L"1");
+        DialogUser user(L"Data source sales", [&](HWND in_dialog) {
+            ::SendDlgItemMessageW(in_dialog, ID_INPUT + 1, WM_SETTEXT, 0,
+                                  reinterpret_cast<LPARAM>(L"entered ü€"));
+            ::SendMessageW(in_dialog, WM_COMMAND, c.m_button, 0);
+        });
+        // What the handle points to must not matter, so it points nowhere.
+        EXPECT_TRUE(SQLConfigDataSource(reinterpret_cast<HWND>(1), ODBC_CONFIG_DSN, "Veltrane",
+                                        "DSN=sales\0"))
+            << testing::PrintToString(Errors());
+        Section expected = SAVED;
+        expected[L"Server"] = c.m_server;
+        EXPECT_EQ(TestProfile::List(Root::USER)[L"sales"], expected);
     }
 }
 

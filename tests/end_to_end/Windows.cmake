@@ -13,7 +13,7 @@ orska_test(NAME system_installer_test
 foreach(test end_to_end_test system_installer_test)
   target_compile_definitions(${test} PRIVATE
     ${setup_library} "SETUP_VERSION=L\"${PROJECT_VERSION}\"")
-  add_dependencies(${test} VeltraneSetup)
+  add_dependencies(${test} VeltraneSetup VeltraneDialog)
 endforeach()
 add_test(NAME end_to_end_test_20000_loads
   COMMAND end_to_end_test --gtest_also_run_disabled_tests

@@ -1,0 +1,48 @@
+/// A user for the dialogs that a test opens on Windows: a thread that waits for those with a title
+/// and deals with each.
+#ifndef TESTS_SUPPORT_DIALOGUSER_H
+#define TESTS_SUPPORT_DIALOGUSER_H
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include "tools/WindowsApi.h"
+
+namespace Veltrane::Test {
+
+class DialogUser {
+public:
+    /// @param in_act  called in the user's thread for each dialog; has to close it
+    DialogUser(const wchar_t* in_title, std::function<void(HWND)> in_act)
+        : m_title(in_title), m_act(std::move(in_act)), m_thread([this] { Watch(); }) {}
+    DialogUser(const DialogUser&) = delete;
+    DialogUser& operator=(const DialogUser&) = delete;
+    ~DialogUser() { Stop(); }
+
+    /// Ends the thread. What it has noted may be read then.
+    void Stop() {
+        m_isStopped = true;
+        if (m_thread.joinable()) m_thread.join();
+    }
+
+private:
+    void Watch() {
+        while (!m_isStopped) {
+            const HWND dialog = ::FindWindowW(L"#32770", m_title);
+            DWORD process = 0;
+            ::GetWindowThreadProcessId(dialog, &process);
+            if (process == ::GetCurrentProcessId() && ::IsWindowVisible(dialog)) m_act(dialog);
+            ::Sleep(10);
+        }
+    }
+
+    const wchar_t* m_title;
+    std::function<void(HWND)> m_act;
+    std::atomic<bool> m_isStopped{false};
+    std::thread m_thread;
+};
+
+}  // namespace Veltrane::Test
+
+#endif
