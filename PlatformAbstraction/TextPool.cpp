@@ -10,27 +10,13 @@ constinit thread_local TextPool s_textPool = {};
 
 namespace {
 
-/// Empties the pool when the thread ends.
-struct PoolCloser {
-    PoolCloser() noexcept { s_textPool.m_capacity = TextPool::CAPACITY; }
-    ~PoolCloser() {
-        TextPool& pool = s_textPool;
-        pool.m_isClosed = true;
-        pool.m_capacity = 0;
-        while (pool.m_count != 0) {
-            icu::UnicodeString* const text = pool.m_texts[--pool.m_count];
-            ASAN_UNPOISON_MEMORY_REGION(text, sizeof *text);
-            delete text;
-        }
-    }
-};
-
 /// Makes room in a pool that is full: only in one that has not been opened yet.
-bool OpenPool(const TextPool& in_pool) noexcept {
-    if (in_pool.m_isClosed || in_pool.m_capacity != 0) {
+bool OpenPool(TextPool& io_pool) noexcept {
+    if (io_pool.m_isClosed || io_pool.m_capacity != 0) {
         return false;
     }
-    static thread_local const PoolCloser s_closer;
+    ClosePoolAtThreadEnd();
+    io_pool.m_capacity = TextPool::CAPACITY;
     return true;
 }
 
@@ -44,6 +30,17 @@ bool Lengthen(icu::UnicodeString& io_text, std::int32_t in_length) noexcept {
 }
 
 }  // namespace
+
+void ClosePool() noexcept {
+    TextPool& pool = s_textPool;
+    pool.m_isClosed = true;
+    pool.m_capacity = 0;
+    while (pool.m_count != 0) {
+        icu::UnicodeString* const text = pool.m_texts[--pool.m_count];
+        ASAN_UNPOISON_MEMORY_REGION(text, sizeof *text);
+        delete text;
+    }
+}
 
 icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length) {
     // The units that a text object can hold in itself.

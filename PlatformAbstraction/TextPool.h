@@ -35,6 +35,11 @@ struct TextPool {
 // Per thread: set and read by AcquireText and ReleaseText.
 extern constinit thread_local TextPool s_textPool;
 
+/// Arranges that ClosePool is called when this thread ends.
+void ClosePoolAtThreadEnd() noexcept;
+/// Deletes what this thread's pool keeps; it keeps nothing more.
+void ClosePool() noexcept;
+
 /// AcquireText where the pool has nothing that is long enough.
 /// @param in_text  a pooled text to lengthen, or null
 icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length);
