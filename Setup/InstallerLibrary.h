@@ -46,6 +46,9 @@ const InstallerLibrary* UseInstallerLibrary(const InstallerLibrary* in_library) 
 /// loaded at the first call. When that fails the user is told, once.
 const InstallerLibrary& GetInstallerLibrary() noexcept;
 
+/// Whether this process runs with more rights than its user has (set-user-id and the like).
+bool IsPrivileged() noexcept;
+
 /// The config mode of the request that is running; UNKNOWN when it cannot be found out.
 ConfigMode FindConfigMode();
 /// The path of the user's odbc.ini and of the system's, whether they exist or not, by the rules of

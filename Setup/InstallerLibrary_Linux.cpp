@@ -106,8 +106,6 @@ InstallerLibrary LoadAny() {
     return {};
 }
 
-bool IsPrivileged() { return ::getauxval(AT_SECURE) != 0; }
-
 std::string AskPath(int (*in_function)(char*, int)) {
     std::vector<char> path(InstallerLibrary::PATH_BUFFER, '\0');
     in_function(path.data(), 0);
@@ -162,6 +160,7 @@ PostedTexts& GetPostedTexts() {
 
 /// The variable that overrides the config mode in the library itself.
 ConfigMode ModeOfEnvironment() {
+    // Not a matter of trust: it tells what the library, which believes it, is about to do.
     const char* const variable = std::getenv("ODBCSEARCH");
     const std::string_view search = variable == nullptr ? "" : variable;
     if (search == "ODBC_SYSTEM_DSN") return ConfigMode::SYSTEM;
@@ -171,6 +170,8 @@ ConfigMode ModeOfEnvironment() {
 }
 
 }  // namespace
+
+bool IsPrivileged() noexcept { return ::getauxval(AT_SECURE) != 0; }
 
 const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept {
     void* const module = OpenModuleOf(in_code);

@@ -250,7 +250,8 @@ bool OdbcIniFile::CopyAttributes(int in_handle) {
                                               static_cast<std::size_t>(size)) != 0) {
         return Fail("cannot keep the access list", errno);
     }
-    if (SystemCalls::ChangeMode(in_handle, old.st_mode & 07777) != 0) {
+    // Without set-user-id and the like, which writing to a file takes away as well.
+    if (SystemCalls::ChangeMode(in_handle, old.st_mode & 0777) != 0) {
         return Fail("cannot keep the mode", errno);
     }
     return true;

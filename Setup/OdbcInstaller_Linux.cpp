@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Setup/InstallerLibrary.h"
@@ -84,6 +85,25 @@ Rules RulesOf(bool in_isIodbc) { return in_isIodbc ? Rules::IODBC : Rules::FIRST
 
 orska_wstring EmptyText() { return orska_wstring(std::string()); }
 
+/// In a set-user-id program, whose user decides where the user's odbc.ini leads: what he may not
+/// read or write himself is not read or written for him. The system's file is the program's matter.
+class FileRights {
+public:
+    FileRights() : m_isChanged(IsPrivileged()) {
+        if (m_isChanged) SystemCalls::UseFileRightsOfUser();
+    }
+    FileRights(const FileRights&) = delete;
+    FileRights& operator=(const FileRights&) = delete;
+    ~FileRights() { End(); }
+
+    void End() {
+        if (std::exchange(m_isChanged, false)) SystemCalls::UseFileRightsOfProcess();
+    }
+
+private:
+    bool m_isChanged;
+};
+
 }  // namespace
 
 struct Request::State {
@@ -91,8 +111,11 @@ struct Request::State {
         : m_isIodbc(IsIodbc()),
           m_mode(FindConfigMode()),
           m_userPath(GetUserIniPath()),
-          m_systemPath(GetSystemIniPath()) {}
+          m_systemPath(GetSystemIniPath()) {
+        if (m_mode == ConfigMode::SYSTEM) m_rights.End();
+    }
 
+    FileRights m_rights;  ///< before the library looks at files to tell the mode
     bool m_isIodbc;
     /// Captured once: iODBC's own falls back to BOTH at any profile call of the host.
     ConfigMode m_mode;

@@ -44,6 +44,11 @@ void SleepMicroseconds(unsigned in_microseconds);
 /// Microseconds of a clock that never goes back.
 long long GetMonotonicTime();
 
+/// Makes files accessible to this thread with the rights of the user who started the process, who
+/// may have fewer than the process (setfsuid, setfsgid); and with those of the process again.
+void UseFileRightsOfUser();
+void UseFileRightsOfProcess();
+
 /// Owns an open file.
 class FileHandle {
 public:

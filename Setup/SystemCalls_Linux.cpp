@@ -6,6 +6,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/file.h>
+#include <sys/fsuid.h>
 #include <sys/random.h>
 #include <sys/xattr.h>
 #include <time.h>
@@ -142,6 +143,17 @@ long long GetMonotonicTime() {
     timespec time{};
     ::clock_gettime(CLOCK_MONOTONIC, &time);
     return time.tv_sec * 1000000LL + time.tv_nsec / 1000;
+}
+
+// The group first, and last on the way back: changing it needs the rights of the process.
+void UseFileRightsOfUser() {
+    ::setfsgid(::getgid());
+    ::setfsuid(::getuid());
+}
+
+void UseFileRightsOfProcess() {
+    ::setfsuid(::geteuid());
+    ::setfsgid(::getegid());
 }
 
 }  // namespace Veltrane::ODBC::SystemCalls

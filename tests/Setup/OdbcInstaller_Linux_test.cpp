@@ -251,6 +251,16 @@ TEST_F(OdbcInstallerTest, KeepsModeOwnerAndAccessList) {
     }
 }
 
+TEST_F(OdbcInstallerTest, HardLinksKeepTheOldFile) {
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
+    const std::filesystem::path other = m_scratch.Folder() / "system" / "link.ini";
+    std::filesystem::create_hard_link(m_scratch.UserFile(), other);
+    ::chmod(other.c_str(), 06755);
+    ASSERT_TRUE(Save("Sales", "s"));
+    EXPECT_EQ(IniScratch::Read(other), OTHERS);
+    EXPECT_EQ(ModeOf(m_scratch.UserFile()), 0755u) << "rights to run as somebody else are not kept";
+}
+
 TEST_F(OdbcInstallerTest, FollowsSymbolicLinks) {
     const std::filesystem::path target = m_scratch.Folder() / "target";
     std::filesystem::create_directory(target);

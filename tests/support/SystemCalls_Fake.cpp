@@ -146,4 +146,8 @@ long long GetMonotonicTime() {
     return time.tv_sec * 1000000LL + time.tv_nsec / 1000 + s_systemCalls.m_clockOffset;
 }
 
+void UseFileRightsOfUser() {}
+
+void UseFileRightsOfProcess() {}
+
 }  // namespace Veltrane::ODBC::SystemCalls
