@@ -57,12 +57,12 @@ class Page(unittest.TestCase):
         for name, text in FIXTURES.get(self.name, {}).items():
             (self.work / name).write_text(text, encoding="utf-8")
         self.register()
-        # Longer paths first: the reverse direction takes them in the same order.
-        self.paths = [("/usr/lib/libVeltraneSetup.so", SETUP),
-                      ("/opt/veltrane/lib/libVeltraneSetup.so", SETUP),
-                      ("/home/anna", str(self.home)),
-                      ("/etc/odbc", f"{self.folder}/etc/odbc"),
-                      ("/tmp/", f"{self.folder}/tmp/")]
+        # Paths of an installed product and what stands for them here.
+        self.paths = {"/usr/lib/libVeltraneSetup.so": SETUP,
+                      "/opt/veltrane/lib/libVeltraneSetup.so": SETUP,
+                      "/home/anna": str(self.home),
+                      "/etc/odbc": f"{self.folder}/etc/odbc",
+                      "/tmp/": f"{self.folder}/tmp/"}
 
     def register(self):
         if self.name in PAGES_THAT_REGISTER:
@@ -70,12 +70,11 @@ class Page(unittest.TestCase):
         (self.folder / "etc/odbcinst.ini").write_text(f"[Veltrane]\nSetup={SETUP}\n")
 
     def to_scratch(self, text):
-        for shown, real in self.paths:
-            text = re.sub(r"(?<![\w.-])" + re.escape(shown), lambda _, real=real: real, text)
-        return text
+        shown = "|".join(map(re.escape, self.paths))
+        return re.sub(rf"(?<![\w.-])(?:{shown})", lambda match: self.paths[match[0]], text)
 
     def to_page(self, text):
-        for shown, real in self.paths:
+        for shown, real in self.paths.items():
             text = text.replace(real, shown)
         return text
 
