@@ -4,13 +4,18 @@
 Arguments: the build folder, the folder of the packages, the client that asks for an editor, and the
 classes to run.
 """
+import fcntl
 import json
 import os
+import pty
 import re
+import select
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
@@ -251,6 +256,10 @@ class RelocationTest(PackageTest):
                        "ODBCINI": str(self.folder / "user.ini")}
         self.succeed(str(prefix / "bin/veltrane-dsn"), "add", "x", "--server", "s", "--database",
                      "d", env=environment)
+        if (prefix / "libexec/veltrane/veltrane-dsn-editor-terminal").exists():
+            self.assertIn("Neue Datenquelle", self.show_in_terminal(
+                {**environment, "LANGUAGE": "de", "LC_ALL": "C.UTF-8", "TERM": "xterm",
+                 "VELTRANE_DSN_EDITOR": "terminal"}))
         for editor, answer in NO_EDITOR.items():
             program = prefix / f"libexec/veltrane/veltrane-dsn-editor-{editor}"
             if not program.exists():
@@ -259,6 +268,26 @@ class RelocationTest(PackageTest):
             program.unlink()
             self.assertRegex(self.ask_for(editor, environment),
                              rf"looked for in {prefix}/.*libexec/veltrane \(No such file")
+
+    def show_in_terminal(self, environment):
+        """What an editor in the user's language shows, up to its title; Ctrl+C ends it."""
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execve(CLIENT, [str(CLIENT), str(self.folder / "answer"), "add"], environment)
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+        shown, is_ended = b"", False
+        while select.select([terminal], [], [], 30)[0]:
+            try:
+                piece = os.read(terminal, 4096)
+            except OSError:  # how Linux says that the other end is closed
+                break
+            shown += piece
+            if not is_ended and b"datenquelle" in shown.lower():
+                os.write(terminal, b"\x03")
+                is_ended = True
+        os.close(terminal)
+        os.waitpid(child, 0)
+        return shown.decode("utf-8", "replace")
 
     def ask_for(self, editor, environment):
         answer = self.folder / "answer"
