@@ -201,7 +201,8 @@ std::vector<std::string> GetMalformed(int in_encoding) {
 TEST_P(TranscoderKernelTest, MalformedAnywhere) {
     const std::vector<std::string> sequences = GetMalformed(GetParam().m_source);
     if (sequences.empty()) return;  // every latin1 and cp1252 byte is valid
-    for (const TextKind kind : {TextKind::ASCII, TextKind::LATIN, TextKind::CJK, TextKind::MIXED}) {
+    for (const TextKind kind :
+         {TextKind::ASCII, TextKind::LATIN, TextKind::CJK, TextKind::EMOJI, TextKind::MIXED}) {
         for (const std::string& malformed : sequences) {
             for (std::size_t before = 0; before <= MAX_LENGTH; ++before) {
                 const std::string head = MakeSourceText(kind, before, 1);
