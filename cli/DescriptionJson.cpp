@@ -85,6 +85,9 @@ Json ParseDocument(std::string_view in_text, const std::string& in_source) {
     } catch (const Json::parse_error& error) {
         throw CommandError(EXIT_FAILED, in_source + ", " + DescribePlace(in_text, error.byte) +
                                             ": not JSON in UTF-8.");
+    } catch (const Json::out_of_range&) {
+        // Its text would repeat the number as well, and has no place.
+        throw CommandError(EXIT_FAILED, in_source + ": a number that is out of range.");
     }
 }
 

@@ -73,6 +73,7 @@ TEST(Description, RefusesWithThePlaceAndWithoutValues) {
     } cases[] = {
         {JSON, "{\"data_sources\": [\n{\"name\": \"hunter2\" \"x\"}]}", "f, line 2, column "},
         {JSON, "{\"PWD\": \"hunter2\xFF\"}", "not JSON in UTF-8"},
+        {JSON, "[{\"name\": \"a\", \"values\": {\"PWD\": 1e999}}]", "f: a number that is out"},
         {JSON, "{\"dsn\": \"hunter2\"}", "no list"},
         {JSON, "[{\"values\": {}}]", "entry 1 has no \"name\""},
         {JSON, "[{\"name\": 1}]", "not a text"},
