@@ -1,0 +1,93 @@
+// The files of `apply`, JSON and INI: a refusal names the source and never the password, what is
+// accepted is written by export and read again as the same, and a plan either refuses it or ends in
+// a section that plans no further change.
+//
+// Input: the format (or: guess it), then the text.
+#include <algorithm>
+
+#include "cli/CommandError.h"
+#include "cli/Description.h"
+#include "cli/DsnPlan.h"
+#include "fuzz/FuzzInput.h"
+
+namespace {
+
+using namespace Veltrane::Cli;
+using Orska::Fuzz::FuzzInput;
+using Orska::Fuzz::Require;
+
+using Descriptions = std::vector<DsnDescription>;
+
+std::vector<Entry> Sorted(const Entries& in_entries) {
+    std::vector<Entry> entries(in_entries.begin(), in_entries.end());
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
+/// Whether export can write it: it has a driver and no more than values.
+bool IsPlain(const DsnDescription& in_description) {
+    return !in_description.m_isAbsent && in_description.m_unset.empty() &&
+           in_description.m_pwdVariable.empty() && in_description.m_pwdFile.empty();
+}
+
+void Plan(const DsnDescription& in_description) {
+    DsnWish wish;
+    wish.m_name = in_description.m_name;
+    wish.m_driver = in_description.m_driver.empty() ? "Veltrane" : in_description.m_driver;
+    wish.m_values = in_description.m_values;
+    wish.m_unset = in_description.m_unset;
+    wish.m_isAbsent = in_description.m_isAbsent;
+    try {
+        const DsnPlan plan = MakePlan(wish, std::nullopt);
+        if (plan.m_action == Action::None) return;
+        Require(plan.m_action == Action::Add, "another action for a new DSN", wish.m_name);
+        const DsnPlan again = MakePlan(wish, plan.m_after);
+        Require(again.m_action == Action::None, "a change behind the change", wish.m_name);
+    } catch (const CommandError& error) {
+        const std::string* const password = in_description.m_values.Find("PWD");
+        if (password == nullptr || password->size() < 8) return;
+        const std::string text = error.what();
+        // The name of the DSN is in the text.
+        if (in_description.m_name.find(*password) != std::string::npos) return;
+        Require(text.find(*password) == std::string::npos, "a password in an error", text);
+    }
+}
+
+void CompareExported(const Descriptions& in_descriptions, DescriptionFormat in_format) {
+    const std::string text = FormatDescriptions(in_descriptions, in_format);
+    const Descriptions again = ParseDescriptions(text, in_format, "again");
+    Require(again.size() == in_descriptions.size(), "another number of DSNs", text);
+    for (std::size_t i = 0; i < again.size(); ++i) {
+        Require(again[i].m_name == in_descriptions[i].m_name, "another name", text);
+        Require(again[i].m_driver == in_descriptions[i].m_driver, "another driver", text);
+        Require(Sorted(again[i].m_values) == Sorted(in_descriptions[i].m_values), "other values",
+                text);
+    }
+}
+
+Descriptions Parse(const std::string& in_text, DescriptionFormat in_format) {
+    try {
+        return ParseDescriptions(in_text, in_format, "source");
+    } catch (const CommandError& error) {
+        Require(error.GetExitCode() == EXIT_FAILED, "another exit code", error.what());
+        Require(std::string(error.what()).starts_with("source"), "no source", error.what());
+        return {};
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
+    FuzzInput input(in_data, in_size);
+    const std::uint8_t mode = input.TakeByte() % 3;
+    const std::string text = input.TakeRest();
+    const DescriptionFormat format = mode == 0   ? GuessFormat(text)
+                                     : mode == 1 ? DescriptionFormat::Json
+                                                 : DescriptionFormat::Ini;
+    const Descriptions descriptions = Parse(text, format);
+    std::for_each(descriptions.begin(), descriptions.end(), Plan);
+    if (std::all_of(descriptions.begin(), descriptions.end(), IsPlain)) {
+        CompareExported(descriptions, format);
+    }
+    return 0;
+}

@@ -1,0 +1,104 @@
+// The editor's protocol. What one end reads, it can write again byte for byte; and both ends, on
+// real sockets, take the bytes for the message that they are, or say what is wrong with them.
+//
+// Input: which end, then the bytes that it is sent.
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <optional>
+#include <utility>
+
+#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/EditorProcess.h"
+#include "VeltraneDialog/EditorProtocol.h"
+#include "VeltraneDialog/editors/HostConnection.h"
+#include "fuzz/FuzzInput.h"
+#include "fuzz/ScratchFile.h"
+
+namespace {
+
+using namespace Veltrane::ODBC;
+using Orska::Fuzz::FuzzInput;
+using Orska::Fuzz::Require;
+
+/// The message at the beginning of the bytes, or nothing when they are none; the error's text holds
+/// none of the bytes.
+std::optional<EditorMessage> Decode(std::span<const char> in_bytes) {
+    if (in_bytes.size() < EDITOR_HEADER_SIZE) return std::nullopt;
+    const std::span<const char> header = in_bytes.first(EDITOR_HEADER_SIZE);
+    try {
+        const std::size_t size = EditorPayloadSize(header);
+        Require(size <= MAX_EDITOR_PAYLOAD_SIZE, "a long payload");
+        if (size > in_bytes.size() - EDITOR_HEADER_SIZE) return std::nullopt;
+        return DecodeEditorMessage(header, in_bytes.subspan(EDITOR_HEADER_SIZE, size));
+    } catch (const EditorProtocolError& error) {
+        Require(std::string_view(error.what()).size() < 60, "a long error", error.what());
+        return std::nullopt;
+    }
+}
+
+std::string Encode(const EditorMessage& in_message) {
+    const SecretBytes bytes = EncodeEditorMessage(in_message);
+    return {bytes.Get().begin(), bytes.Get().end()};
+}
+
+/// The editor's end, which has the socket as its standard input.
+void Receive(const std::string& in_bytes, const std::optional<EditorMessage>& in_expected) {
+    int sockets[2];
+    Require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) == 0, "no sockets");
+    Require(send(sockets[0], in_bytes.data(), in_bytes.size(), MSG_NOSIGNAL) ==
+                    static_cast<ssize_t>(in_bytes.size()) &&
+                dup2(sockets[1], STDIN_FILENO) == STDIN_FILENO,
+            "the sockets fail");
+    shutdown(sockets[0], SHUT_WR);
+    close(sockets[1]);
+    try {
+        HostConnection connection;
+        const EditorMessage message = connection.Receive();
+        Require(in_expected && Encode(message) == Encode(*in_expected), "another message");
+        connection.Send(message);
+        std::string answer(Encode(message).size() + 1, '\0');
+        const ssize_t size = recv(sockets[0], answer.data(), answer.size(), MSG_DONTWAIT);
+        Require(size + 1 == static_cast<ssize_t>(answer.size()), "another answer");
+    } catch (const std::runtime_error& error) {
+        Require(!in_expected, "a refused message", error.what());
+    }
+    close(sockets[0]);
+}
+
+/// The host's end, with an editor program that says the bytes and ends.
+void Answer(const std::string& in_bytes, const std::optional<EditorMessage>& in_expected) {
+    static const Orska::Fuzz::ScratchFile s_answer;
+    static const std::string s_program = s_answer.GetPath() + ".sh";
+    if (static bool s_isWritten = false; !std::exchange(s_isWritten, true)) {
+        std::ofstream(s_program) << "#!/bin/sh\nexec cat '" << s_answer.GetPath() << "' >&0\n";
+        Require(chmod(s_program.c_str(), 0700) == 0, "no editor program");
+    }
+    s_answer.Write(in_bytes);
+    const bool isAnswer = in_expected && in_expected->m_kind != EditorMessageKind::SHOW;
+    try {
+        const EditorMessage message = RunEditor(s_program, DialogValues());
+        Require(isAnswer && Encode(message) == Encode(*in_expected), "another answer");
+    } catch (const std::runtime_error& error) {
+        Require(!isAnswer, "a refused answer", error.what());
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
+    FuzzInput input(in_data, in_size);
+    const std::uint8_t end = input.TakeByte();
+    const std::string bytes = input.TakeRest();
+    const std::optional<EditorMessage> message = Decode(bytes);
+    if (message) {
+        const std::string again = Encode(*message);
+        Require(again == bytes.substr(0, again.size()), "other bytes");
+    }
+    if (bytes.size() > 4096) return 0;
+    if (end % 2 != 0) Receive(bytes, message);
+    if (end == 2) Answer(bytes, message);
+    return 0;
+}

@@ -1,0 +1,99 @@
+// Settings from damaged hive files: what can be read is the same each time, what cannot is missing.
+//
+// Input: changes to a good hive, each two bytes of position and one of value. The checksum of the
+// base block is right again behind them unless the first byte of the input says otherwise.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/RegistryConfigurationReader.h"
+#include "fuzz/FuzzInput.h"
+#include "fuzz/ScratchFile.h"
+#include "tests/support/HiveFile.h"
+#include "tests/support/SettingText.h"
+
+namespace {
+
+using namespace Orska::Support;
+using Orska::Fuzz::FuzzInput;
+using Orska::Fuzz::Require;
+using Orska::Fuzz::ScratchFile;
+using Orska::Test::HiveText;
+
+constexpr std::size_t CHECKSUM = 0x1FC;
+
+std::string MakeHive() {
+    const ScratchFile file;
+    Orska::Test::WriteHive(
+        file.GetPath(),
+        {{"SOFTWARE\\Veltrane\\Driver",
+          {{"Text", 1, HiveText(u"a \u20AC")},
+           {"Number", 4, std::string("\x07\0\0\0", 4)},
+           {"Large", 11, std::string("\x07\0\0\0\x01\0\0\0", 8)},
+           {"DRIVER", 1, HiveText(u"x")},
+           {"", 1, HiveText(u"default")},
+           {"Long", 1, HiveText(std::u16string(600, u'l'))},
+           {"Other", 3, "bytes"}}},
+         {"SOFTWARE\\Veltrane\\Driver\\\u00DCber", {{"k\u00E9y", 1, HiveText(u"sub")}}},
+         {"SOFTWARE\\Veltrane\\Driver\\Second", {{"n", 4, std::string(4, '\1')}}}});
+    std::ifstream stream(file.GetPath(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void SetChecksum(std::string& io_hive) {
+    std::uint32_t sum = 0;
+    for (std::size_t at = 0; at < CHECKSUM; at += 4) {
+        std::uint32_t number = 0;
+        std::memcpy(&number, io_hive.data() + at, 4);
+        sum ^= number;
+    }
+    std::memcpy(io_hive.data() + CHECKSUM, &sum, 4);
+}
+
+std::string Load(const orska_wstring* in_section) {
+    const RegistryConfigurationReader reader(false);
+    ConfigurationMap configuration;
+    try {
+        reader.LoadConfiguration(configuration, "HKEY_CURRENT_USER", "SOFTWARE\\Veltrane\\Driver",
+                                 in_section);
+        SectionMap section;
+        reader.LoadConfiguration(section, "HKEY_CURRENT_USER", "SOFTWARE\\Veltrane\\Driver",
+                                 in_section, true);
+        return Orska::Test::ToText(configuration) + "/" + Orska::Test::ToText(section);
+    } catch (const ProductException& error) {
+        Require(error.GetMessageKeyOrText() == orska_wstring("RegKeyNotFound"), "another key",
+                error.GetMessageKeyOrText().GetAsUtf8());
+        return "refused";
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
+    static const std::string s_good = MakeHive();
+    static const ScratchFile s_file;
+    setenv("VELTRANE_USER_HIVE", s_file.GetPath().c_str(), 1);
+    FuzzInput input(in_data, in_size);
+    const bool isSumWrong = input.TakeByte() == 0xFF;
+    std::string hive = s_good;
+    while (!input.IsEmpty()) {
+        const std::size_t at = input.TakeNumber(2) % hive.size();
+        hive[at] = static_cast<char>(input.TakeByte());
+    }
+    if (!isSumWrong) SetChecksum(hive);
+    s_file.Write(hive);
+    const orska_wstring second("SECOND");
+    for (const orska_wstring* section : {static_cast<const orska_wstring*>(nullptr), &second}) {
+        const std::string text = Load(section);
+        Require(Load(section) == text, "another reading of the same hive", text);
+        if (in_size <= 1 && !isSumWrong) {
+            Require(text.find("=sub;") != std::string::npos || section != nullptr,
+                    "the good hive is not read", text);
+        }
+    }
+    return 0;
+}

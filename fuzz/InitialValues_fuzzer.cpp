@@ -1,0 +1,61 @@
+// The file of initial values: what is read can be written and is read again as the same, and what
+// is refused names a line of the file and nothing that stands in it.
+#include <algorithm>
+#include <stdexcept>
+
+#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/InitialValues.h"
+#include "VeltraneDialog/Utf8.h"
+#include "fuzz/FuzzInput.h"
+
+namespace {
+
+using namespace Veltrane::ODBC;
+using Orska::Fuzz::Require;
+
+const std::string FILE_NAME = "f";
+
+void CheckRefusal(const std::string& in_contents, const std::string& in_text) {
+    constexpr std::string_view BEGINNING("Initial values of a DSN: f, line ");
+    constexpr std::string_view REASONS[] = {
+        ": a section header without its closing bracket.",
+        ": neither a section, a comment nor a key with its value.",
+        ": an unknown key; known are DSN, Server, Namespace, LoginMode, UID, PWD and Database.",
+        ": a value that is not UTF-8 text."};
+    Require(in_text.starts_with(BEGINNING), "another error text", in_text);
+    std::size_t digits = 0;
+    const long line = std::stol(in_text.substr(BEGINNING.size()), &digits);
+    Require(line >= 1 && line <= std::count(in_contents.begin(), in_contents.end(), '\n') + 1,
+            "a line that is not in the file", in_text);
+    const std::string reason = in_text.substr(BEGINNING.size() + digits);
+    Require(std::find(std::begin(REASONS), std::end(REASONS), reason) != std::end(REASONS),
+            "another reason", in_text);
+}
+
+std::string Write(const DialogValues& in_values) {
+    std::string text = "[DSN]\n";
+    for (const DialogField& field : DIALOG_FIELDS) {
+        const DialogString& value = in_values.*field.m_value;
+        Require(value.has_value(), "a value that is null");
+        text += std::string(field.m_key) + "=" + EncodeUtf8(*value) + "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
+    const std::string contents(reinterpret_cast<const char*>(in_data), in_size);
+    DialogValues values;
+    try {
+        values = ParseInitialValues(contents, FILE_NAME);
+    } catch (const std::runtime_error& error) {
+        CheckRefusal(contents, error.what());
+        return 0;
+    }
+    const DialogValues again = ParseInitialValues(Write(values), FILE_NAME);
+    for (const DialogField& field : DIALOG_FIELDS) {
+        Require(values.*field.m_value == again.*field.m_value, "another value", field.m_key);
+    }
+    return 0;
+}

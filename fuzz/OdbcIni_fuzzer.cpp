@@ -1,0 +1,206 @@
+// Any odbc.ini through load, save and removal of one data source, on real files: all other sections
+// stay byte for byte, the values come back through the installer's own reader, and what cannot be
+// carried is refused with the file as it was.
+//
+// Input: what to do, then the name, four values, and the file.
+#include <odbcinst.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcInstaller.h"
+#include "fuzz/FuzzInput.h"
+#include "tests/support/IniScratch.h"
+
+namespace {
+
+using namespace Veltrane::ODBC;
+using namespace Veltrane::ODBC::OdbcInstaller;
+using Orska::Fuzz::FuzzInput;
+using Orska::Fuzz::Require;
+using Veltrane::Test::IniScratch;
+
+const IniScratch& Scratch() {
+    static const IniScratch s_scratch;
+    return s_scratch;
+}
+
+orska_wstring Text(const std::string& in_utf8) {
+    orska_wstring text;
+    text.SetFromUtf8(in_utf8);
+    return text;
+}
+
+std::string Fold(std::string in_text) {
+    for (char& c : in_text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    return in_text;
+}
+
+std::string Trim(const std::string& in_text) {
+    constexpr const char* BLANKS = " \t\n\v\f\r";
+    const std::size_t begin = in_text.find_first_not_of(BLANKS);
+    if (begin == std::string::npos) return {};
+    return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
+}
+
+/// A section as it stands in the file; the name of what is before the first one is empty.
+struct Block {
+    std::string m_name;  ///< folded
+    std::string m_bytes;
+};
+
+/// Splits a file whose lines the reader does not cut. A line ends for it at a NUL.
+std::vector<Block> Split(const std::string& in_file) {
+    std::vector<Block> blocks(1);
+    for (std::size_t at = 0; at < in_file.size();) {
+        const std::size_t end = std::min(in_file.find('\n', at), in_file.size() - 1) + 1;
+        const std::string line = in_file.substr(at, end - at);
+        const std::string seen = Trim(line.c_str());
+        if (seen.starts_with('[')) {
+            blocks.push_back({Fold(Trim(seen.substr(1, seen.find(']', 1) - 1))), ""});
+        }
+        blocks.back().m_bytes += line;
+        at = end;
+    }
+    return blocks;
+}
+
+bool HasLongLine(const std::string& in_file) {
+    std::size_t line = 0;
+    for (const char c : in_file) {
+        line = c == '\n' ? 0 : line + 1;
+        if (line > OdbcIniText::MAX_LINE) return true;
+    }
+    return false;
+}
+
+std::string WithoutBlankEnd(const std::string& in_bytes) {
+    const std::size_t end = in_bytes.find_last_not_of(" \t\n\v\f\r");
+    return end == std::string::npos ? std::string() : in_bytes.substr(0, end + 1);
+}
+
+/// The sections of other names, in their order, joined where one of the name stood between them:
+/// its comments stay and belong to the section before. Blank lines at an edge of the section may
+/// come and go with it.
+std::vector<Block> OthersOf(const std::string& in_file, const std::string& in_name) {
+    std::vector<Block> others;
+    for (Block& block : Split(in_file)) {
+        if (block.m_name == Fold(in_name) && !others.empty()) continue;
+        others.push_back({block.m_name, WithoutBlankEnd(block.m_bytes)});
+    }
+    return others;
+}
+
+std::string DropMark(const std::string& in_file) {
+    return in_file.starts_with("\xEF\xBB\xBF") ? in_file.substr(3) : in_file;
+}
+
+void CheckOthers(const std::string& in_before, const std::string& in_after,
+                 const std::string& in_name) {
+    if (HasLongLine(in_before)) return;
+    const std::vector<Block> before = OthersOf(DropMark(in_before), in_name);
+    const std::vector<Block> after = OthersOf(in_after, in_name);
+    Require(before.size() == after.size(), "another number of other sections", in_after);
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        // Comments of a section that went stand at the end of the one before.
+        std::string rest = after[i].m_bytes;
+        const std::string kept = Trim(before[i].m_bytes);
+        const std::size_t at = rest.find(kept);
+        Require(at != std::string::npos, "another section is changed", in_after);
+        rest = rest.substr(at + kept.size());
+        for (std::size_t line = 0; line < rest.size();) {
+            const std::size_t end = std::min(rest.find('\n', line), rest.size());
+            const std::string seen = Trim(rest.substr(line, end - line).c_str());
+            Require(seen.empty() || seen[0] == '#' || seen[0] == ';', "a new line", in_after);
+            line = end + 1;
+        }
+    }
+}
+
+std::string ReadOurs(const std::string& in_section, const std::string& in_key) {
+    orska_wstring value;
+    GetPrivateProfileString(Text(in_section), Text(in_key), Text(""), value, 2000,
+                            Text("odbc.ini"));
+    return value.GetAsUtf8();
+}
+
+std::string ReadTheirs(const std::string& in_section, const std::string& in_key) {
+    char value[2000] = "";
+    SQLGetPrivateProfileString(in_section.c_str(), in_key.c_str(), "", value, sizeof value,
+                               "odbc.ini");
+    return value;
+}
+
+struct Save {
+    std::string m_name;
+    std::vector<std::pair<std::string, std::string>> m_values;
+};
+
+/// @return whether it was saved
+bool Run(const Save& in_save, bool in_isRemovedFirst) {
+    Update update;
+    if (in_isRemovedFirst && !RemoveDSNFromIni(Text(in_save.m_name))) return false;
+    if (!WriteDSNToIni(Text(in_save.m_name), Text("Veltrane"))) return false;
+    for (const auto& [key, value] : in_save.m_values) {
+        if (!WritePrivateProfileString(Text(in_save.m_name), Text(key), Text(value),
+                                       Text("odbc.ini"))) {
+            return false;
+        }
+    }
+    return update.Commit();
+}
+
+/// What the installer's reader cannot be asked: it has buffers of 1000 bytes for names.
+bool IsForTheirReader(const std::string& in_file) {
+    return !HasLongLine(in_file) && in_file.find('\0') == std::string::npos;
+}
+
+void CheckSaved(const Save& in_save, const std::string& in_after) {
+    for (const auto& [key, value] : in_save.m_values) {
+        Require(ReadOurs(in_save.m_name, key) == value, "we read another value", in_after);
+        if (IsForTheirReader(in_after)) {
+            Require(ReadTheirs(in_save.m_name, key) == value, "they read another value", in_after);
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
+    const std::filesystem::path file = Scratch().UserFile();
+    FuzzInput input(in_data, in_size);
+    const std::uint8_t what = input.TakeByte();
+    Save save;
+    // As UTF-8: what is not is replaced here already.
+    const auto takeText = [&] { return Text(input.TakePart()).GetAsUtf8(); };
+    save.m_name = takeText();
+    for (const char* key : {"Server", "UID", "PWD", "Database"}) {
+        save.m_values.emplace_back(key, takeText());
+    }
+    const std::string before = input.TakeRest();
+    IniScratch::Write(file, before);
+    SQLSetConfigMode(ODBC_USER_DSN);
+    const Request request;
+    const bool isValid = ValidDSN(Text(save.m_name));
+    ReadOurs(save.m_name, "Server");
+    if ((what & 2) != 0) {
+        const bool isRemoved = isValid && RemoveDSNFromIni(Text(save.m_name));
+        const std::string after = IniScratch::Read(file);
+        Require(isRemoved || after == before, "a failed removal changed the file", after);
+        if (isRemoved) {
+            Require(ReadOurs(save.m_name, "Driver").empty(), "a removed section", after);
+            CheckOthers(before, after, save.m_name);
+        }
+        return 0;
+    }
+    const bool isSaved = isValid && Run(save, (what & 1) != 0);
+    const std::string after = IniScratch::Read(file);
+    if (isValid || isSaved) CheckOthers(before, after, save.m_name);
+    if (isSaved) CheckSaved(save, after);
+    Require(Scratch().CountFiles() == 1, "a file is left behind");
+    return 0;
+}
