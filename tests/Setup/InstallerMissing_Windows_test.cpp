@@ -10,12 +10,13 @@ namespace Veltrane::ODBC {
 namespace {
 
 using OdbcInstaller::orska_wstring;
+using Veltrane::Test::DialogUser;
 
 BOOL CALLBACK NoteStatic(HWND in_window, LPARAM in_texts) {
     wchar_t kind[32] = L"";
     wchar_t text[256] = L"";
     ::GetClassNameW(in_window, kind, 32);
-    ::SendMessageW(in_window, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text));
+    DialogUser::Send(in_window, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text));
     if (::_wcsicmp(kind, L"Static") == 0 && *text != L'\0') {
         *reinterpret_cast<std::wstring*>(in_texts) += std::wstring(L"[") + text + L"]";
     }
@@ -25,9 +26,9 @@ BOOL CALLBACK NoteStatic(HWND in_window, LPARAM in_texts) {
 TEST(InstallerMissing, TheUserIsToldOnceAndEveryOperationFails) {
     ASSERT_EQ(::LoadLibraryW(L"odbccp32.dll"), nullptr) << "the test has to run without it";
     std::wstring texts;  // of every box
-    Veltrane::Test::DialogUser user(L"ODBC Installer Error", [&](HWND in_box) {
+    DialogUser user(L"ODBC Installer Error", [&](HWND in_box) {
         ::EnumChildWindows(in_box, &NoteStatic, reinterpret_cast<LPARAM>(&texts));
-        ::SendMessageW(in_box, WM_COMMAND, IDOK, 0);
+        DialogUser::Send(in_box, WM_COMMAND, IDOK, 0);
     });
     orska_wstring value(L"before");
     const orska_wstring file(L"odbc.ini");

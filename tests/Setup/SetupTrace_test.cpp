@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <stdexcept>
 
 #include "Setup/ConfigDSNInternal.h"
 #include "tests/support/OdbcInstaller_Fake.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/VeltraneDSNDialog_Fake.h"
 #include "tools/trace.h"
 
@@ -22,7 +22,7 @@ using namespace std::string_literals;
 /// What requests trace to standard error at a level.
 template <typename Function>
 std::string TraceOf(const char* in_level, Function in_requests) {
-    setenv("TR4CE", in_level, 1);
+    Orska::Test::SetVariable("TR4CE", in_level);
     Orska::ResetTrace();
     testing::internal::CaptureStderr();
     in_requests();

@@ -111,9 +111,9 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
     for (const auto& c : cases) {
         TestProfile::Write(Root::USER, L"sales", L"Extra", L"1");
         DialogUser user(L"Data source sales", [&](HWND in_dialog) {
-            ::SendDlgItemMessageW(in_dialog, ID_INPUT + 1, WM_SETTEXT, 0,
-                                  reinterpret_cast<LPARAM>(L"entered ü€"));
-            ::SendMessageW(in_dialog, WM_COMMAND, c.m_button, 0);
+            DialogUser::Send(::GetDlgItem(in_dialog, ID_INPUT + 1), WM_SETTEXT, 0,
+                             reinterpret_cast<LPARAM>(L"entered ü€"));
+            DialogUser::Send(in_dialog, WM_COMMAND, c.m_button, 0);
         });
         // What the handle points to must not matter, so it points nowhere.
         EXPECT_TRUE(SQLConfigDataSource(reinterpret_cast<HWND>(1), ODBC_CONFIG_DSN, "Veltrane",

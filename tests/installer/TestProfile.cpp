@@ -11,7 +11,8 @@ namespace {
 
 /// Names the scratch key to the installer's library in the same process.
 constexpr wchar_t VARIABLE[] = L"VELTRANE_TEST_INSTALLER_KEY";
-constexpr DWORD LONGEST_NAME = 16384;
+/// Characters of a name or a text, with the NUL.
+constexpr DWORD LONGEST = 8192;
 
 std::wstring ScratchKey() {
     std::wstring key(MAX_PATH, L'\0');
@@ -48,17 +49,33 @@ private:
     HKEY m_key = nullptr;
 };
 
-/// The names that one of the two enumerating functions gives.
-template <typename Enumerate>
-std::vector<std::wstring> NamesOf(Enumerate in_enumerate) {
+/// The sections of an open key.
+std::vector<std::wstring> SectionsOf(HKEY in_root) {
     std::vector<std::wstring> names;
-    std::vector<wchar_t> name(LONGEST_NAME);
-    DWORD size = LONGEST_NAME;
-    while (in_enumerate(static_cast<DWORD>(names.size()), name.data(), &size) == 0) {
-        names.emplace_back(name.data(), size);
-        size = LONGEST_NAME;
+    wchar_t name[MAX_PATH];
+    DWORD size = MAX_PATH;
+    while (::RegEnumKeyExW(in_root, static_cast<DWORD>(names.size()), name, &size, nullptr, nullptr,
+                           nullptr, nullptr) == ERROR_SUCCESS) {
+        names.emplace_back(name, size);
+        size = MAX_PATH;
     }
     return names;
+}
+
+/// The texts of an open section.
+Section ValuesOf(HKEY in_section) {
+    Section values;
+    std::vector<wchar_t> name(LONGEST);
+    std::vector<wchar_t> text(LONGEST);
+    for (DWORD i = 0;; ++i) {
+        DWORD size = LONGEST;
+        DWORD bytes = LONGEST * sizeof(wchar_t);
+        if (::RegEnumValueW(in_section, i, name.data(), &size, nullptr, nullptr,
+                            reinterpret_cast<BYTE*>(text.data()), &bytes) != ERROR_SUCCESS) {
+            return values;
+        }
+        values[{name.data(), size}] = text.data();
+    }
 }
 
 }  // namespace
@@ -99,9 +116,7 @@ bool Write(Root in_root, const std::wstring& in_section, const std::wstring& in_
                              static_cast<DWORD>(bytes)) == ERROR_SUCCESS;
 }
 
-bool HasSection(Root in_root, const std::wstring& in_section) {
-    return Key(PathOf(in_root, in_section)).Get() != nullptr;
-}
+void Clear(Root in_root) { ::RegDeleteTreeW(HKEY_CURRENT_USER, PathOf(in_root).c_str()); }
 
 bool RemoveSection(Root in_root, const std::wstring& in_section) {
     const LONG result = ::RegDeleteTreeW(HKEY_CURRENT_USER, PathOf(in_root, in_section).c_str());
@@ -111,20 +126,8 @@ bool RemoveSection(Root in_root, const std::wstring& in_section) {
 Sections List(Root in_root) {
     Sections sections;
     const Key root(PathOf(in_root));
-    const auto enumerateSections = [&](DWORD in_index, wchar_t* out_name, DWORD* io_size) {
-        return ::RegEnumKeyExW(root.Get(), in_index, out_name, io_size, nullptr, nullptr, nullptr,
-                               nullptr);
-    };
-    for (const std::wstring& name : NamesOf(enumerateSections)) {
-        const Key section(PathOf(in_root, name));
-        const auto enumerateKeys = [&](DWORD in_index, wchar_t* out_name, DWORD* io_size) {
-            return ::RegEnumValueW(section.Get(), in_index, out_name, io_size, nullptr, nullptr,
-                                   nullptr, nullptr);
-        };
-        Section& values = sections[name];
-        for (const std::wstring& key : NamesOf(enumerateKeys)) {
-            values[key] = Read(in_root, name, key).value_or(L"(not text)");
-        }
+    for (const std::wstring& name : SectionsOf(root.Get())) {
+        sections[name] = ValuesOf(Key(PathOf(in_root, name)).Get());
     }
     return sections;
 }

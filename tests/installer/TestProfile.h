@@ -25,7 +25,8 @@ std::optional<std::wstring> Read(Root in_root, const std::wstring& in_section,
 /// @param in_value  null removes the key
 bool Write(Root in_root, const std::wstring& in_section, const std::wstring& in_key,
            const wchar_t* in_value);
-bool HasSection(Root in_root, const std::wstring& in_section);
+/// Removes all sections.
+void Clear(Root in_root);
 /// @return also true when there is no such section
 bool RemoveSection(Root in_root, const std::wstring& in_section);
 /// Every section with its values.

@@ -20,6 +20,12 @@ public:
     DialogUser& operator=(const DialogUser&) = delete;
     ~DialogUser() { Stop(); }
 
+    /// Sends a message, but does not wait for ever for a thread that has left its windows.
+    static void Send(HWND in_window, UINT in_message, WPARAM in_first, LPARAM in_second) {
+        ::SendMessageTimeoutW(in_window, in_message, in_first, in_second, SMTO_NORMAL, 5000,
+                              nullptr);
+    }
+
     /// Ends the thread. What it has noted may be read then.
     void Stop() {
         m_isStopped = true;

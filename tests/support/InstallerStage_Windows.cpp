@@ -45,11 +45,8 @@ InstallerStage::~InstallerStage() { TestProfile::RemoveScratchKey(); }
 
 void InstallerStage::Begin(bool in_isSystem, const Profile& in_profile) {
     m_isSystem = in_isSystem;
-    for (const Root root : {Root::USER, Root::SYSTEM}) {
-        for (const auto& [name, section] : TestProfile::List(root)) {
-            TestProfile::RemoveSection(root, name);
-        }
-    }
+    TestProfile::Clear(Root::USER);
+    TestProfile::Clear(Root::SYSTEM);
     for (const auto& [name, keys] : in_profile) {
         for (const auto& [key, value] : keys) {
             TestProfile::Write(in_isSystem ? Root::SYSTEM : Root::USER, Widen(name), Widen(key),
