@@ -199,7 +199,7 @@ protected:
     }
 };
 
-TEST_F(SetupLibraryLoads, OfAFewHundredRequestsLeaveNothing) { CheckMemoryStaysFlat(300); }
+TEST_F(SetupLibraryLoads, OfAFewHundredRequestsLeaveNothing) { CheckMemoryStaysFlat(200); }
 
 // Far more loads than the process has thread-local slots for.
 TEST_F(SetupLibraryLoads, DISABLED_OfTwentyThousandRequestsLeaveNothing) {
