@@ -29,7 +29,12 @@ run(${STRIP_PROGRAM} --remove-section=.comment --strip-debug --enable-determinis
 find_staged(manuals share/man/*.1)
 find_staged(changelogs share/doc/*/changelog)
 foreach(changelog ${changelogs})
+  # share/doc/PACKAGE/changelog
+  cmake_path(GET changelog PARENT_PATH folder)
+  cmake_path(GET folder FILENAME package)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog ${changelog}.Debian COPYONLY)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/lintian-overrides
+                 ${folder}/../../lintian/overrides/${package} COPYONLY)
   list(APPEND changelogs ${changelog}.Debian)
 endforeach()
 run(${GZIP_PROGRAM} -9 --no-name --force ${manuals} ${changelogs})
