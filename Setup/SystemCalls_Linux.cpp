@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 
 #include "Setup/SystemCalls.h"
 
@@ -122,11 +123,12 @@ std::vector<std::string> ListDirectory(int in_directory) {
     // A file description of its own, because the position in the directory belongs to it.
     FileHandle handle(::openat(in_directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!handle.IsOpen()) return names;
-    DIR* const directory = ::fdopendir(handle.Get());
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(handle.Get()), &::closedir);
     if (directory == nullptr) return names;
     handle.Release();
-    while (const dirent* const entry = ::readdir(directory)) names.emplace_back(entry->d_name);
-    ::closedir(directory);
+    while (const dirent* const entry = ::readdir(directory.get())) {
+        names.emplace_back(entry->d_name);
+    }
     return names;
 }
 

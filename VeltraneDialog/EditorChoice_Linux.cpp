@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "VeltraneDialog/EditorChoice.h"
 #include "VeltraneDialog/FileDescriptor.h"
@@ -27,10 +28,8 @@ std::string SecureVariable(const char* in_name) {
 
 /// @return an absolute path without symbolic links; empty with errno when there is none
 std::string RealPath(const std::string& in_path) {
-    char* const path = realpath(in_path.c_str(), nullptr);
-    std::string result = path != nullptr ? path : "";
-    free(path);
-    return result;
+    const std::unique_ptr<char, void (*)(void*)> path(realpath(in_path.c_str(), nullptr), &free);
+    return path != nullptr ? path.get() : "";
 }
 
 std::string DirectoryOf(const std::string& in_path) {

@@ -156,11 +156,13 @@ TEST(RequestMemory, RunsOut) {
         Sweep(request, 1);
         CountAllocations(request);
         const long live = s_memory.m_live;
+        const long openFiles = RequestOnFiles::CountOpenFiles();
         for (const std::size_t refusals : {std::size_t{1}, ALL}) {
             Sweep(request, refusals);
             if (HasFailure()) return;
         }
         CountAllocations(request);
+        EXPECT_EQ(RequestOnFiles::CountOpenFiles(), openFiles) << request.Describe();
         EXPECT_EQ(s_memory.m_live, live) << request.Describe() << ": leaks";
     }
 }
