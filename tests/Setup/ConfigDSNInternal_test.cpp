@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <initializer_list>
 #include <stdexcept>
+#include <utility>
 
 #include "Exceptions/ErrorException.h"
 #include "Setup/VeltraneDSNSetupException.h"
@@ -96,6 +98,38 @@ TEST_F(ConfigDSNInternalTest, NullAndEmptyServerOrDatabaseAreRefused) {
         s_editor.m_initialValues.m_database = u"d";
     }
     EXPECT_EQ(s_installer.m_posted, (Posted(4, {11, "Request failed."})));
+}
+
+TEST_F(ConfigDSNInternalTest, EachOperationOfTheInstallerFails) {
+    for (const auto& [type, hasWindow] :
+         std::initializer_list<std::pair<unsigned short, bool>>{{ODBC_ADD_DSN, false},
+                                                                {ODBC_ADD_SYS_DSN, true},
+                                                                {ODBC_CONFIG_DSN, true},
+                                                                {ODBC_CONFIG_SYS_DSN, false},
+                                                                {ODBC_REMOVE_DSN, false},
+                                                                {ODBC_REMOVE_SYS_DSN, true}}) {
+        std::string failed = "none yet";
+        for (std::size_t number = 0; !failed.empty(); ++number) {
+            SetUp();
+            s_installer.m_profile["new"] = {{"Driver", "drv"}, {"Server", "old"}};
+            s_editor.m_initialValues = MakeDialogValues(u"new", u"s2", u"d2", u"u", u"p");
+            failed.clear();
+            s_installer.m_fails = [&, call = std::size_t{0}](const std::string& in_call) mutable {
+                if (call++ == number) failed = in_call;
+                return failed == in_call;
+            };
+            const int result = Call(type, "DSN=x\0"s, hasWindow);
+            SCOPED_TRACE(testing::Message() << "request " << type << ", failed: " << failed);
+            // What cannot be read counts as empty, and an empty server can be refused.
+            const bool isRead = failed.starts_with("Read ");
+            if (!isRead) {
+                EXPECT_EQ(result, failed.empty() ? 1 : 0);
+            }
+            // Why nothing is removed is the installer's to say.
+            const bool isRemoval = type % 3 == 0 && failed.starts_with("RemoveDSN");
+            EXPECT_EQ(s_installer.m_posted.size(), result == 1 || isRemoval ? 0u : 1u);
+        }
+    }
 }
 
 TEST_F(ConfigDSNInternalTest, EveryKindOfExceptionIsPostedOnceByTheFirstHandlerThatFits) {
