@@ -10,9 +10,8 @@ struct Cp1252ToLatin1 {
     static constexpr std::uint32_t UNIT = 1;
 
     static ORSKA_INLINE void GetParts(__m512i in_bytes, __m512i (&out_parts)[UNIT]) {
-        const std::uint64_t isMapped = _mm512_cmplt_epu8_mask(
-            _mm512_xor_si512(in_bytes, _mm512_set1_epi8(static_cast<char>(0x80))),
-            _mm512_set1_epi8(0x20));
+        const std::uint64_t isMapped =
+            _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
         // 81, 8D, 8F, 90 and 9D stay; an index counts by its lowest six bits.
         const __m512i high =
             _mm512_set_epi64(0, 0, 0, 0, 0x1A1A9D1A1A1A1A1A, 0x1A1A1A1A1A1A1A90,

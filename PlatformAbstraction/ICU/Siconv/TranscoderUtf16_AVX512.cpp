@@ -16,14 +16,14 @@ struct Surrogates {
 // in_count of them, such as half a unit, does not count.
 ORSKA_INLINE bool FindSurrogates(__m512i in_units, std::uint64_t in_count,
                                  Surrogates& out_surrogates) {
-    const __m512i six = _mm512_and_si512(in_units, All16(0xFC00));
+    const __m512i six = _mm512_and_si512(in_units, All16<0xFC00>());
     const std::uint64_t counted = GetLowBits(in_count);
-    const std::uint64_t lead = _mm512_cmpeq_epi16_mask(six, All16(0xD800)) & counted;
-    const std::uint64_t trail = _mm512_cmpeq_epi16_mask(six, All16(0xDC00)) & counted;
+    const std::uint64_t lead = _mm512_cmpeq_epi16_mask(six, All16<0xD800>()) & counted;
+    const std::uint64_t trail = _mm512_cmpeq_epi16_mask(six, All16<0xDC00>()) & counted;
     // A lead at the end is left out. The place behind is looked at as well: that lead must not
     // stand where a trail is expected.
-    const bool isCut = GetWidth(lead) == in_count;
-    const std::uint64_t inside = in_count - (isCut && in_count > 0 ? 1 : 0);
+    const std::uint64_t cut = in_count == 0 ? 0 : lead >> (in_count - 1);
+    const std::uint64_t inside = in_count - cut;
     out_surrogates = {lead, trail, inside};
     return (((lead << 1) ^ trail) & GetLowBits(inside + 1)) == 0;
 }
@@ -50,7 +50,7 @@ public:
         IS_BIG ? Utf16BEToUtf8_Scalar : Utf16LEToUtf8_Scalar;
 
     static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
-        return _mm512_test_epi16_mask(in_bytes, All16(IS_BIG ? 0x80FF : 0xFF80)) == 0;
+        return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x80FF : 0xFF80 > ()) == 0;
     }
     static ORSKA_INLINE void WritePlain(char* out_to, __m512i in_bytes) {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_to), Narrow(in_bytes));
@@ -129,26 +129,27 @@ private:
         const __m512i unit = _mm512_cvtepu16_epi32(in_units);
         const __m512i sum = _mm512_mask_add_epi32(unit, in_trail, unit, lead);
         return _mm512_mask_sub_epi32(sum, in_trail, sum,
-                                     All32((0xD800U << 10) + 0xDC00U - 0x10000U));
+                                     All32<(0xD800U << 10) + 0xDC00U - 0x10000U>());
     }
 
     // Windows of nothing but surrogate pairs, each as long in UTF-8. False if there was none.
     static ORSKA_INLINE bool ConvertPairs(Cursor& io_cursor, __m512i in_units) {
         const char* const start = io_cursor.m_from;
         while (true) {
-            const __m512i marks = _mm512_and_si512(in_units, All32(0xFC00FC00));
-            if (_mm512_cmpneq_epi32_mask(marks, All32(0xDC00D800)) != 0) {
+            const __m512i marks = _mm512_and_si512(in_units, All32<0xFC00FC00>());
+            if (_mm512_cmpneq_epi32_mask(marks, All32<0xDC00D800>()) != 0) {
                 break;
             }
-            const __m512i lead = _mm512_slli_epi32(_mm512_and_si512(in_units, All32(0x3FF)), 10);
+            const __m512i lead = _mm512_slli_epi32(_mm512_and_si512(in_units, All32<0x3FF>()), 10);
             const __m512i trail = _mm512_srli_epi32(in_units, 16);
             // Bits of the trail below 10, of the lead above.
-            const __m512i offsets = _mm512_ternarylogic_epi32(All32(0x3FF), trail, lead, 0xCA);
-            const __m512i codePoints = _mm512_add_epi32(offsets, All32(0x10000));
-            const __m512i shifts = _mm512_set1_epi64(0x20262C3200060C12);
+            const __m512i offsets = _mm512_ternarylogic_epi32(All32<0x3FF>(), trail, lead, 0xCA);
+            const __m512i codePoints = _mm512_add_epi32(offsets, All32<0x10000>());
+            const __m512i shifts = All64<0x20262C3200060C12>();
             const __m512i bits = _mm512_multishift_epi64_epi8(shifts, codePoints);
-            _mm512_storeu_si512(io_cursor.m_to, _mm512_ternarylogic_epi32(bits, All32(0x3F3F3F3F),
-                                                                          All32(0x808080F0), 0xEA));
+            _mm512_storeu_si512(
+                io_cursor.m_to,
+                _mm512_ternarylogic_epi32(bits, All32<0x3F3F3F3F>(), All32<0x808080F0>(), 0xEA));
             io_cursor.m_from += WINDOW;
             io_cursor.m_to += WINDOW;
             if (io_cursor.GetLeft() < WINDOW || io_cursor.GetRoom() < ROOM) {
@@ -170,7 +171,7 @@ public:
         IS_BIG ? Utf16BEToSingleByte_Scalar : Utf16LEToSingleByte_Scalar;
 
     static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
-        return _mm512_test_epi16_mask(in_bytes, All16(IS_BIG ? 0x00FF : 0xFF00)) == 0;
+        return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x00FF : 0xFF00 > ()) == 0;
     }
     static ORSKA_INLINE void WritePlain(char* out_to, __m512i in_bytes) {
         Write(out_to, Narrow(OrderUnits16<IS_BIG>(in_bytes)), WINDOW / 2);
@@ -217,8 +218,8 @@ public:
 private:
     // A code point above FF gives the substitute, a pair of surrogates by its trail.
     static ORSKA_INLINE __m256i Narrow(__m512i in_units) {
-        const __mmask32 isLarge = _mm512_test_epi16_mask(in_units, All16(0xFF00));
-        return _mm512_cvtepi16_epi8(_mm512_mask_mov_epi16(in_units, isLarge, All16(0x1A)));
+        const __mmask32 isLarge = _mm512_test_epi16_mask(in_units, All16<0xFF00>());
+        return _mm512_cvtepi16_epi8(_mm512_mask_mov_epi16(in_units, isLarge, All16<0x1A>()));
     }
     static ORSKA_INLINE void Write(char* out_to, __m256i in_bytes, std::uint64_t in_size) {
         _mm256_mask_storeu_epi8(out_to, static_cast<__mmask32>(GetLowBits(in_size)), in_bytes);

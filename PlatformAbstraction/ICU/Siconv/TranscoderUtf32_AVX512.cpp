@@ -15,7 +15,7 @@ public:
         IS_BIG ? Utf32BEToUtf8_Scalar : Utf32LEToUtf8_Scalar;
 
     static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
-        return _mm512_test_epi32_mask(in_bytes, All32(IS_BIG ? 0x80FFFFFF : 0xFFFFFF80)) == 0;
+        return _mm512_test_epi32_mask(in_bytes, All32 < IS_BIG ? 0x80FFFFFF : 0xFFFFFF80 > ()) == 0;
     }
     static ORSKA_INLINE void WritePlain(char* out_to, __m512i in_bytes) {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out_to), Narrow(in_bytes));
@@ -58,10 +58,10 @@ private:
     }
 
     static ORSKA_INLINE bool IsValid(__m512i in_codePoints, std::uint64_t in_count) {
-        const __m512i surrogate = _mm512_and_si512(in_codePoints, All32(0xFFFFF800));
+        const __m512i surrogate = _mm512_and_si512(in_codePoints, All32<0xFFFFF800>());
         const std::uint64_t isWrong =
-            std::uint64_t{_mm512_cmpeq_epi32_mask(surrogate, All32(0xD800))} |
-            _mm512_cmpgt_epu32_mask(in_codePoints, All32(0x10FFFF));
+            std::uint64_t{_mm512_cmpeq_epi32_mask(surrogate, All32<0xD800>())} |
+            _mm512_cmpgt_epu32_mask(in_codePoints, All32<0x10FFFF>());
         return (isWrong & GetLowBits(in_count)) == 0;
     }
 };

@@ -10,15 +10,10 @@ namespace {
 
 constexpr std::uint64_t FULL = ~std::uint64_t{0};
 
-ORSKA_INLINE __m512i All8(std::uint32_t in_value) {
-    return _mm512_set1_epi8(static_cast<char>(in_value));
-}
-ORSKA_INLINE __m512i All32(std::uint32_t in_value) {
-    return _mm512_set1_epi32(static_cast<int>(in_value));
-}
-// Bits of in_a where in_bits are set, of in_b elsewhere.
-ORSKA_INLINE __m512i ChooseBits(std::uint32_t in_bits, __m512i in_a, __m512i in_b) {
-    return _mm512_ternarylogic_epi32(All8(in_bits), in_a, in_b, 0xCA);
+// Bits of in_a where BITS has them set, of in_b elsewhere.
+template <std::uint32_t BITS>
+ORSKA_INLINE __m512i ChooseBits(__m512i in_a, __m512i in_b) {
+    return _mm512_ternarylogic_epi32(All8<BITS>(), in_a, in_b, 0xCA);
 }
 
 // The bytes COUNT places earlier, up to 16; zeros come in at the start.
@@ -74,13 +69,13 @@ struct ToUtf16 {
     static ORSKA_INLINE void SetLong(__m512i in_at, __m512i in_1, __m512i, __m512i in_plane,
                                      std::uint64_t in_third, std::uint64_t in_fourth,
                                      CodePoints& io_text) {
-        const __m512i leadHigh =
-            _mm512_or_si512(All8(0xD8), _mm512_and_si512(_mm512_srli_epi16(in_plane, 2), All8(3)));
-        const __m512i leadLow =
-            ChooseBits(0xC0, _mm512_slli_epi16(in_plane, 6),
-                       ChooseBits(0x3C, _mm512_slli_epi16(in_1, 2),
-                                  _mm512_and_si512(_mm512_srli_epi16(in_at, 4), All8(3))));
-        const __m512i trailHigh = ChooseBits(0xFC, All8(0xDC), io_text.m_high);
+        const __m512i leadHigh = _mm512_or_si512(
+            All8<0xD8>(), _mm512_and_si512(_mm512_srli_epi16(in_plane, 2), All8<3>()));
+        const __m512i leadLow = ChooseBits<0xC0>(
+            _mm512_slli_epi16(in_plane, 6),
+            ChooseBits<0x3C>(_mm512_slli_epi16(in_1, 2),
+                             _mm512_and_si512(_mm512_srli_epi16(in_at, 4), All8<3>())));
+        const __m512i trailHigh = ChooseBits<0xFC>(All8<0xDC>(), io_text.m_high);
         const __m512i high = _mm512_mask_mov_epi8(io_text.m_high, in_third, leadHigh);
         io_text.m_high = _mm512_mask_mov_epi8(high, in_fourth, trailHigh);
         io_text.m_low = _mm512_mask_mov_epi8(io_text.m_low, in_third, leadLow);
@@ -94,8 +89,8 @@ struct ToUtf16 {
     static ORSKA_INLINE void WriteRun4(char* out_at, __m512i in_offsets) {
         const __m512i trail = _mm512_slli_epi32(in_offsets, 16);
         const __m512i lead = _mm512_srli_epi32(in_offsets, 10);
-        const __m512i bits = _mm512_ternarylogic_epi32(All32(0x03FF0000), trail, lead, 0xCA);
-        const __m512i pair = _mm512_or_si512(bits, All32(0xDC00D800));
+        const __m512i bits = _mm512_ternarylogic_epi32(All32<0x03FF0000>(), trail, lead, 0xCA);
+        const __m512i pair = _mm512_or_si512(bits, All32<0xDC00D800>());
         _mm512_storeu_si512(out_at, OrderUnits16<IS_BIG>(pair));
     }
 };
@@ -109,9 +104,9 @@ struct ToWholeCodePoints {
                                      std::uint64_t, std::uint64_t in_fourth, CodePoints& io_text) {
         io_text.m_high =
             _mm512_mask_mov_epi8(io_text.m_high, in_fourth,
-                                 ChooseBits(0xF0, _mm512_slli_epi16(in_2, 4), io_text.m_high));
+                                 ChooseBits<0xF0>(_mm512_slli_epi16(in_2, 4), io_text.m_high));
         io_text.m_top =
-            _mm512_maskz_mov_epi8(in_fourth, _mm512_add_epi8(Earlier<1>(in_plane), All8(1)));
+            _mm512_maskz_mov_epi8(in_fourth, _mm512_add_epi8(Earlier<1>(in_plane), All8<1>()));
     }
 };
 
@@ -148,7 +143,7 @@ struct ToUtf32 : ToWholeCodePoints {
         _mm512_storeu_si512(out_at, OrderUnits32<IS_BIG>(in_codePoints));
     }
     static ORSKA_INLINE void WriteRun4(char* out_at, __m512i in_offsets) {
-        const __m512i codePoints = _mm512_add_epi32(in_offsets, All32(0x10000));
+        const __m512i codePoints = _mm512_add_epi32(in_offsets, All32<0x10000>());
         _mm512_storeu_si512(out_at, OrderUnits32<IS_BIG>(codePoints));
     }
 };
@@ -166,7 +161,7 @@ struct ToSingleByte : ToWholeCodePoints {
         const __m512i above =
             in_text.m_hasTop ? _mm512_or_si512(in_text.m_high, in_text.m_top) : in_text.m_high;
         const std::uint64_t isLarge = _mm512_test_epi8_mask(above, above);
-        const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8(0x1A));
+        const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8<0x1A>());
         out_parts[0] = _mm512_maskz_compress_epi8(in_text.m_keep, bytes);
     }
 };
@@ -244,16 +239,16 @@ private:
     // False when the window, up to the last code point that is whole, is not valid.
     static ORSKA_INLINE bool Read(__m512i in_at, std::uint64_t in_size, CodePoints& out_text) {
         const std::uint64_t notAscii = _mm512_movepi8_mask(in_at);
-        const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8(0xC0));
-        const std::uint64_t lead3 = _mm512_cmpge_epu8_mask(in_at, All8(0xE0));
-        const std::uint64_t isOverlong2 = _mm512_mask_cmplt_epu8_mask(lead, in_at, All8(0xC2));
+        const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
+        const std::uint64_t lead3 = _mm512_cmpge_epu8_mask(in_at, All8<0xE0>());
+        const std::uint64_t isOverlong2 = _mm512_mask_cmplt_epu8_mask(lead, in_at, All8<0xC2>());
         const __m512i before = Earlier<1>(in_at);
         // Where a follower stands unexpected or is missing, so far.
         const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1;
-        const __m512i follower = ChooseBits(0xC0, _mm512_slli_epi16(before, 6), in_at);
+        const __m512i follower = ChooseBits<0xC0>(_mm512_slli_epi16(before, 6), in_at);
         out_text.m_low = _mm512_mask_mov_epi8(in_at, notAscii, follower);
         out_text.m_high = _mm512_maskz_mov_epi8(
-            notAscii, _mm512_and_si512(_mm512_srli_epi16(before, 2), All8(0x0F)));
+            notAscii, _mm512_and_si512(_mm512_srli_epi16(before, 2), All8<0x0F>()));
         out_text.m_top = _mm512_setzero_si512();
         out_text.m_hasTop = false;
         if (lead3 != 0) {
@@ -270,13 +265,13 @@ private:
                                       std::uint64_t in_unexplained, std::uint64_t in_wrong,
                                       CodePoints& io_text) {
         const __m512i before2 = Earlier<2>(in_at);
-        const std::uint64_t lead4 = _mm512_cmpge_epu8_mask(in_at, All8(0xF0));
+        const std::uint64_t lead4 = _mm512_cmpge_epu8_mask(in_at, All8<0xF0>());
         const std::uint64_t ends3 = (in_lead3 & ~lead4) << 2;
         io_text.m_high = _mm512_mask_mov_epi8(
-            io_text.m_high, ends3, ChooseBits(0xF0, _mm512_slli_epi16(before2, 4), io_text.m_high));
-        const __m512i five = _mm512_and_si512(io_text.m_high, All8(0xF8));
+            io_text.m_high, ends3, ChooseBits<0xF0>(_mm512_slli_epi16(before2, 4), io_text.m_high));
+        const __m512i five = _mm512_and_si512(io_text.m_high, All8<0xF8>());
         const std::uint64_t isOverlong3 = _mm512_mask_testn_epi8_mask(ends3, five, five);
-        const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8(0xD8));
+        const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8<0xD8>());
         std::uint64_t wrong =
             (in_unexplained ^ in_lead3 << 2 ^ lead4 << 3) | in_wrong | isOverlong3 | isSurrogate;
         const std::uint64_t cut = in_lead >> (in_size - 1) | in_lead3 >> ((in_size - 2) & 63) |
@@ -285,11 +280,12 @@ private:
         const std::uint64_t third = lead4 << 2;
         if (lead4 != 0) {
             // Bits 16 to 20, which must be 1 to 16.
-            const __m512i bits = ChooseBits(0x1C, _mm512_slli_epi16(before2, 2),
-                                            _mm512_and_si512(_mm512_srli_epi16(in_1, 4), All8(3)));
-            const __m512i plane = _mm512_add_epi8(bits, All8(0xFF));
-            wrong |= _mm512_mask_test_epi8_mask(third, plane, All8(0xF0)) |
-                     _mm512_cmpge_epu8_mask(in_at, All8(0xF5));
+            const __m512i bits =
+                ChooseBits<0x1C>(_mm512_slli_epi16(before2, 2),
+                                 _mm512_and_si512(_mm512_srli_epi16(in_1, 4), All8<3>()));
+            const __m512i plane = _mm512_add_epi8(bits, All8<0xFF>());
+            wrong |= _mm512_mask_test_epi8_mask(third, plane, All8<0xF0>()) |
+                     _mm512_cmpge_epu8_mask(in_at, All8<0xF5>());
             Target::SetLong(in_at, in_1, before2, plane, third, lead4 << 3, io_text);
             io_text.m_hasTop = true;
             keep &= Target::KEEPS_THIRD ? FULL : ~third;
@@ -332,15 +328,15 @@ private:
                              0x00090A0B, 0x00060708, 0x00030405, 0x00000102);
         while (true) {
             const __m512i lanes = _mm512_permutexvar_epi8(order, in_at);
-            const __m512i marks = _mm512_and_si512(lanes, All32(0x00F0C0C0));
-            const __m512i bits = _mm512_and_si512(lanes, All32(0x000F3F3F));
-            const __m512i halves = _mm512_maddubs_epi16(bits, All32(0x00014001));
-            const __m512i codePoints = _mm512_madd_epi16(halves, All32(0x10000001));
-            const __m512i five = _mm512_and_si512(codePoints, All32(0xF800));
+            const __m512i marks = _mm512_and_si512(lanes, All32<0x00F0C0C0>());
+            const __m512i bits = _mm512_and_si512(lanes, All32<0x000F3F3F>());
+            const __m512i halves = _mm512_maddubs_epi16(bits, All32<0x00014001>());
+            const __m512i codePoints = _mm512_madd_epi16(halves, All32<0x10000001>());
+            const __m512i five = _mm512_and_si512(codePoints, All32<0xF800>());
             const __mmask16 isGood = _mm512_mask_cmpneq_epi32_mask(
                 _mm512_mask_cmpeq_epi32_mask(_mm512_test_epi32_mask(five, five), marks,
-                                             All32(0x00E08080)),
-                five, All32(0xD800));
+                                             All32<0x00E08080>()),
+                five, All32<0xD800>());
             if (isGood != 0xFFFF) {
                 return;
             }
@@ -356,13 +352,13 @@ private:
 
     static ORSKA_INLINE void ConvertRun4(Cursor& io_cursor, __m512i in_at) {
         while (true) {
-            const __m512i marks = _mm512_and_si512(in_at, All32(0xC0C0C0F8));
-            const __m512i bits = _mm512_and_si512(in_at, All32(0x3F3F3F07));
-            const __m512i halves = _mm512_maddubs_epi16(bits, All32(0x01400140));
-            const __m512i codePoints = _mm512_madd_epi16(halves, All32(0x00011000));
-            const __m512i offsets = _mm512_sub_epi32(codePoints, All32(0x10000));
+            const __m512i marks = _mm512_and_si512(in_at, All32<0xC0C0C0F8>());
+            const __m512i bits = _mm512_and_si512(in_at, All32<0x3F3F3F07>());
+            const __m512i halves = _mm512_maddubs_epi16(bits, All32<0x01400140>());
+            const __m512i codePoints = _mm512_madd_epi16(halves, All32<0x00011000>());
+            const __m512i offsets = _mm512_sub_epi32(codePoints, All32<0x10000>());
             const __mmask16 isGood = _mm512_mask_cmplt_epu32_mask(
-                _mm512_cmpeq_epi32_mask(marks, All32(0x808080F0)), offsets, All32(0x100000));
+                _mm512_cmpeq_epi32_mask(marks, All32<0x808080F0>()), offsets, All32<0x100000>());
             if (isGood != 0xFFFF) {
                 return;
             }
