@@ -1,6 +1,7 @@
 #include <cxxabi.h>
 
 #include "PlatformAbstraction/TextPool.h"
+#include "tools/WindowsApi.h"
 
 namespace Orska::Support {
 
@@ -15,7 +16,10 @@ void CallAtThreadEnd(void (*in_function)(void*)) noexcept {
 /// list has to be first: else the pool is gone when it is to be closed, and its texts leak.
 struct ListFirst {
     ListFirst() noexcept {
-        CallAtThreadEnd([](void*) {});
+        // A function of the system's that does no harm: the list keeps the library of a function
+        // loaded until the thread ends, and must not be what frees ours, which it is a part of.
+        CallAtThreadEnd(
+            reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(&::SetLastError)));
     }
 };
 

@@ -76,6 +76,14 @@ const Section SAVED = {
     {L"Database", L"d"},
 };
 
+// The first test of the program: each request keeps the library.
+TEST_F(SetupLibrary, GoesAgainWhenItWasOnlyLookedAt) {
+    bool isFreed = false;
+    std::thread([&] { isFreed = ::FreeLibrary(::LoadLibraryW(SETUP_LIBRARY)); }).join();
+    EXPECT_TRUE(isFreed);
+    EXPECT_EQ(::GetModuleHandleW(L"VeltraneSetup.dll"), nullptr);
+}
+
 TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
     SetInitialValues(VALUES);
     for (const bool isWide : {false, true}) {
