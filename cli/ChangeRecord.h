@@ -1,4 +1,4 @@
-/// The record of a change that is under way, in a file beside odbc.ini.
+/// The record of a change that is under way, in a file beside odbc.ini (RecordFile).
 ///
 /// The setup library drops the keys that it does not know, and the tool puts them back right after.
 /// If it is killed in between, only the record has them; the next run finds it and puts them back.
@@ -9,9 +9,9 @@
 
 #include <string>
 
-#include "Setup/SystemCalls.h"
 #include "cli/DsnPlan.h"
 #include "cli/DsnStore.h"
+#include "cli/RecordFile.h"
 
 namespace Veltrane::Cli {
 
@@ -23,28 +23,21 @@ public:
     explicit ChangeRecord(const DsnStore& in_store);
     ChangeRecord(const ChangeRecord&) = delete;
     ChangeRecord& operator=(const ChangeRecord&) = delete;
-    /// Removes the file.
-    ~ChangeRecord();
-
     /// Makes sure that the keys survive the end of this process. Call it before the change.
     /// @param in_kept  what has to be put back once the setup library has saved
     void Write(const DsnPlan& in_plan, const Entries& in_kept);
     /// Leaves the file for the next run.
-    void Leave() { m_isLeft = true; }
+    void Leave() { m_file.Leave(); }
 
     /// What has been finished, a sentence; empty when nothing was left.
     const std::string& GetFinished() const { return m_finished; }
 
 private:
-    bool Open();
     void Finish(std::string in_bytes);
-    [[noreturn]] void Fail(const std::string& in_operation, int in_error) const;
 
     const DsnStore& m_store;
-    std::string m_path;
-    ODBC::SystemCalls::FileHandle m_file;
+    RecordFile m_file;
     std::string m_finished;
-    bool m_isLeft = false;
 };
 
 /// Finishes what a run that was killed has left undone in a file.

@@ -67,7 +67,7 @@ constexpr OptionInfo OPTIONS[] = {
      "The format. export writes json unless told otherwise; apply finds it out by itself.",
      Bit(C::Apply) | Bit(C::Export)},
     {O::Setup, "--setup", "PATH", K::File, false, false,
-     "The driver's setup library, libVeltraneSetup.so.", Bit(C::DriverRegister)},
+     "The driver's setup library, " VELTRANE_SETUP_LIBRARY ".", Bit(C::DriverRegister)},
     {O::Library, "--library", "PATH", K::File, false, false,
      "The driver itself, with which programs connect.", Bit(C::DriverRegister)},
     {O::Description, "--description", "TEXT", K::Text, false, false,
@@ -130,8 +130,8 @@ constexpr CommandInfo COMMANDS[] = {
      "Comments and everybody else's entries of the file stay. If the driver is registered with "
      "other values, nothing is changed and the exit code is 4, unless --replace is given, which "
      "changes the values that are given.",
-     "veltrane-dsn driver register --setup /usr/lib/libVeltraneSetup.so\n"
-     "veltrane-dsn driver register --replace --library /opt/v/libdriver.so"},
+     "veltrane-dsn driver register --setup " VELTRANE_EXAMPLE_SETUP "\n"
+     "veltrane-dsn driver register --replace --library " VELTRANE_EXAMPLE_LIBRARY},
     {C::DriverUnregister, "driver unregister", "", K::None, "remove the driver's registration",
      "Removes the driver from odbcinst.ini. Its DSNs stay.",
      "veltrane-dsn driver unregister\n"

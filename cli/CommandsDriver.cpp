@@ -1,7 +1,9 @@
 #include <iostream>
 
+#include "Setup/OdbcIniText.h"
 #include "cli/Commands.h"
 #include "cli/DriverRegistry.h"
+#include "cli/PlatformWords.h"
 #include "cli/Report.h"
 
 namespace Veltrane::Cli {
@@ -20,10 +22,11 @@ Entries GivenEntries(const CommandLine& in_line) {
     for (const auto& [option, key] : KEYS) {
         if (!in_line.Has(option)) continue;
         const std::string value = in_line.Get(option);
-        if (option != OptionId::Description && !value.starts_with('/')) {
-            throw CommandError(EXIT_USAGE, std::string("The path of ") + key +
-                                               " has to begin with a slash: programs with other "
-                                               "working directories read it.");
+        if (option != OptionId::Description && !IsAbsolutePath(value)) {
+            throw CommandError(EXIT_USAGE, std::string("The path of ") + key + " " +
+                                               PLATFORM_WORDS.m_absolutePath +
+                                               ": programs with other working directories read "
+                                               "it.");
         }
         entries.Set(key, value);
     }

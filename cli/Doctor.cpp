@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <iostream>
 
 #include "cli/Commands.h"
@@ -6,6 +5,7 @@
 #include "cli/DriverManagerFindings.h"
 #include "cli/DriverRegistry.h"
 #include "cli/DsnFindings.h"
+#include "cli/PlatformWords.h"
 #include "cli/Report.h"
 
 namespace Veltrane::Cli {
@@ -31,7 +31,7 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
                 {Severity::Warning, "dsn-without-driver",
                  "The DSN \"" + dsn + "\" of " + in_store.GetPath() + " has no Driver entry.",
                  "Add it again, or remove the section from the file."});
-        } else if (driver.find('/') == std::string::npos && !registry.Find(driver)) {
+        } else if (!HasFolder(driver) && !registry.Find(driver)) {
             findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
                                 "The DSN \"" + dsn + "\" of " + in_store.GetPath() +
                                     " is one of the driver \"" + driver +
@@ -104,9 +104,7 @@ std::vector<Place> FindPlaces(const std::string& in_driver) {
 
 const char* DescribePresence(const std::string& in_path) {
     if (in_path.empty()) return "not registered";
-    std::error_code error;
-    const bool isThere = std::filesystem::exists(in_path, error);
-    return isThere || in_path.find('/') == std::string::npos ? "" : " (does not exist)";
+    return IsThere(in_path) || !HasFolder(in_path) ? "" : " (does not exist)";
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "cli/DriverFindings.h"
 
 #include "cli/DriverRegistry.h"
+#include "cli/PlatformWords.h"
 
 namespace Veltrane::Cli {
 
@@ -16,13 +17,13 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
     return {Severity::Error, "driver-not-registered",
             "The driver " + Quote(in_driver) + " is not registered in " + in_registry.GetPath() +
                 "." + known + (known.empty() ? "" : "."),
-            "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) +
-                " --setup /path/to/libVeltraneSetup.so, or give the right name with --driver."};
+            "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) + " --setup " +
+                PLATFORM_WORDS.m_exampleSetup + ", or give the right name with --driver."};
 }
 
 void ExamineLibrary(const std::string& in_entry, const std::string& in_library,
                     const std::vector<std::string>& in_functions, Findings& io_findings) {
-    if (in_library.find('/') != std::string::npos && in_library.front() != '/') {
+    if (HasFolder(in_library) && !IsAbsolutePath(in_library)) {
         io_findings.push_back({Severity::Warning, "library-path-relative",
                                in_entry + "=" + in_library +
                                    " is a relative path, so it depends on the working directory of "
@@ -59,12 +60,11 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
             return {Severity::Error, "library-missing-dependency",
                     subject + " cannot be loaded: it needs " + detail + ", which is not found.",
                     "Install the package that contains " + detail +
-                        " (apt-file search finds it), or run ldconfig if it is installed."};
+                        PLATFORM_WORDS.m_missingDependencyRepair};
         case LibraryFault::MissingSymbol:
             return {Severity::Error, "library-missing-symbol",
                     subject + " cannot be loaded: no library defines " + detail + ".",
-                    "A library that it needs is too old or a different one: bring both packages to "
-                    "matching versions; ldd -r lists what is missing."};
+                    PLATFORM_WORDS.m_missingSymbolRepair};
         case LibraryFault::Crashes:
             return {Severity::Error, "library-crashes",
                     subject + " ends the process that loads it, or takes too long to load.",
@@ -76,8 +76,7 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
                     "the two are different files."};
         default:
             return {Severity::Error, "library-cannot-be-loaded",
-                    subject + " cannot be loaded: " + detail + ".",
-                    "Repair what the loader names; ldd shows what it looks for."};
+                    subject + " cannot be loaded: " + detail + ".", PLATFORM_WORDS.m_loaderRepair};
     }
 }
 
@@ -92,19 +91,20 @@ Findings ExamineDriver(const std::string& in_driver) {
                             "The driver " + Quote(in_driver) + " has no Setup entry in " +
                                 registry.GetPath() + ".",
                             "Add it: veltrane-dsn driver register --replace --driver " +
-                                Quote(in_driver) + " --setup /path/to/libVeltraneSetup.so."});
+                                Quote(in_driver) + " --setup " + PLATFORM_WORDS.m_exampleSetup +
+                                "."});
     } else {
         ExamineLibrary("Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
     }
     const std::string driver = GetLibraryEntry(*entries, "Driver");
     if (driver.empty()) {
-        findings.push_back({Severity::Warning, "driver-without-library",
-                            "The driver " + Quote(in_driver) + " has no Driver entry in " +
-                                registry.GetPath() +
-                                ": DSNs can be managed, but programs cannot connect.",
-                            "Install the driver, or add it: veltrane-dsn driver register --replace "
-                            "--driver " +
-                                Quote(in_driver) + " --library /path/to/driver.so."});
+        findings.push_back(
+            {Severity::Warning, "driver-without-library",
+             "The driver " + Quote(in_driver) + " has no Driver entry in " + registry.GetPath() +
+                 ": DSNs can be managed, but programs cannot connect.",
+             "Install the driver, or add it: veltrane-dsn driver register --replace "
+             "--driver " +
+                 Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + "."});
     } else {
         ExamineLibrary("Driver", driver, {"SQLAllocHandle", "SQLAllocEnv"}, findings);
     }

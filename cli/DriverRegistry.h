@@ -1,6 +1,6 @@
 /// The drivers that odbcinst.ini registers. Read and written by the setup library's own code for
 /// the same reasons as odbc.ini (DsnStore); the driver manager's functions would also drop every
-/// comment of the file. Used by one thread.
+/// comment of the file. On Windows they stand in a key of the registry. Used by one thread.
 #ifndef CLI_DRIVERREGISTRY_H
 #define CLI_DRIVERREGISTRY_H
 
@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "Setup/OdbcIniText.h"
 #include "cli/Entries.h"
 
 namespace Veltrane::Cli {
@@ -21,7 +20,7 @@ public:
     const std::string& GetPath() const { return m_path; }
 
     /// The names of the drivers in the order of the file.
-    /// @throws CommandError EXIT_FAILED with path and reason when the file is there but unreadable
+    /// @throws CommandError EXIT_FAILED with path and reason when they are there but unreadable
     std::vector<std::string> GetNames() const;
     /// The entries of a driver; nothing when it is not registered.
     std::optional<Entries> Find(const std::string& in_driver) const;
@@ -32,13 +31,10 @@ public:
     void Unregister(const std::string& in_driver) const;
 
 private:
-    ODBC::OdbcIniText Load() const;
-    [[noreturn]] void FailToWrite() const;
-
     std::string m_path;
 };
 
-/// The value of a driver's entry as the driver manager takes it: "Setup64" before "Setup".
+/// The value of a driver's entry as the driver manager takes it: on Linux "Setup64" before "Setup".
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key);
 
 }  // namespace Veltrane::Cli

@@ -7,6 +7,7 @@
 #include "cli/CommandError.h"
 #include "cli/Entries.h"
 #include "cli/FileRights.h"
+#include "cli/PlatformWords.h"
 
 namespace Veltrane::Cli {
 
@@ -59,6 +60,7 @@ void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
                  "Remove the second line, or write the DSN anew: veltrane-dsn set " +
                      Quote(in_dsn) + " -p " + key + "=VALUE."});
         }
+        if (!PLATFORM_WORDS.m_hasCommentsInValues) continue;
         const bool isCutByIodbc = value.starts_with(';') || value.starts_with('#') ||
                                   value.find(" ;") != std::string::npos ||
                                   value.find(" #") != std::string::npos;

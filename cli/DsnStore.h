@@ -2,6 +2,9 @@
 /// reads create the file, keep old values for 20 s and cost a parse for each key, and its writes
 /// are neither locked nor atomic. DSNs themselves are added, changed and removed through the
 /// installer (DriverManager), not here. Used by one thread.
+///
+/// On Windows it is a key of the registry, and its text here is that of a file with the same
+/// sections. The registry has no lock and changes value by value.
 #ifndef CLI_DSNSTORE_H
 #define CLI_DSNSTORE_H
 
@@ -21,7 +24,7 @@ const char* GetScopeName(Scope in_scope);
 
 class DsnStore {
 public:
-    /// The file that the driver manager uses for the scope.
+    /// The file or key that the driver manager uses for the scope.
     explicit DsnStore(Scope in_scope);
 
     Scope GetScope() const { return m_scope; }
@@ -32,7 +35,7 @@ public:
     ODBC::OdbcIniText Load() const;
 
     /// The section of a DSN; nothing when there is none.
-    /// @throws CommandError as Load
+    /// @throws CommandError as Load; on Windows also for a value that could not be written back
     std::optional<Entries> Read(const std::string& in_dsn) const;
 
     /// Adds keys to a section, in one locked, atomic write.

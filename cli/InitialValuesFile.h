@@ -1,7 +1,10 @@
 /// The file through which a request without a window gets its values. It lives in memory, is seen
-/// by this process only and is gone with the object, so a password in it never reaches the disk.
+/// by this process only and is gone with the object, so a password in it never reaches the disk. On
+/// Windows it is a pipe that answers this process alone.
 #ifndef CLI_INITIALVALUESFILE_H
 #define CLI_INITIALVALUESFILE_H
+
+#include <memory>
 
 #include "cli/Entries.h"
 
@@ -17,7 +20,8 @@ public:
     ~InitialValuesFile();
 
 private:
-    int m_descriptor = -1;
+    struct State;
+    std::unique_ptr<State> m_state;
 };
 
 }  // namespace Veltrane::Cli

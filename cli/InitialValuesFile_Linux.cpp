@@ -8,6 +8,7 @@
 #include <string>
 #include <system_error>
 
+#include "Setup/SystemCalls.h"
 #include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::Cli {
@@ -30,23 +31,26 @@ void WriteAll(int in_descriptor, const std::string& in_text) {
 
 }  // namespace
 
+struct InitialValuesFile::State {
+    ODBC::SystemCalls::FileHandle m_file;
+};
+
 InitialValuesFile::InitialValuesFile(const Entries& in_values) {
     std::string text = "[DSN]\n";
     const ODBC::WipeAtEnd wipe(text);
     for (const auto& [key, value] : in_values) {
         text += key + "=" + value + "\n";
     }
-    m_descriptor = memfd_create("veltrane-dsn", MFD_CLOEXEC);
-    if (m_descriptor < 0) {
+    const int descriptor = memfd_create("veltrane-dsn", MFD_CLOEXEC);
+    if (descriptor < 0) {
         throw std::system_error(errno, std::generic_category(), "Making room for the values");
     }
-    WriteAll(m_descriptor, text);
-    setenv(VARIABLE, ("/proc/self/fd/" + std::to_string(m_descriptor)).c_str(), 1);
+    m_state = std::make_unique<State>();
+    m_state->m_file = ODBC::SystemCalls::FileHandle(descriptor);
+    WriteAll(descriptor, text);
+    setenv(VARIABLE, ("/proc/self/fd/" + std::to_string(descriptor)).c_str(), 1);
 }
 
-InitialValuesFile::~InitialValuesFile() {
-    unsetenv(VARIABLE);
-    close(m_descriptor);
-}
+InitialValuesFile::~InitialValuesFile() { unsetenv(VARIABLE); }
 
 }  // namespace Veltrane::Cli

@@ -10,7 +10,7 @@ namespace Veltrane::Cli {
 enum class LibraryFault {
     None,
     NotFound,           ///< no such file, or it may not be read; the detail is the system's reason
-    NotALibrary,        ///< not an ELF shared object
+    NotALibrary,        ///< not an ELF shared object, not a DLL
     WrongArchitecture,  ///< the detail names both
     MissingDependency,  ///< the detail is the name of the library that is not found
     MissingSymbol,      ///< the detail is the symbol that no library defines
@@ -24,7 +24,8 @@ struct LibraryProbe {
     std::string m_detail;
 };
 
-/// Loads the library in a process of its own, so that nothing that it does reaches this one.
+/// Loads the library in a process of its own, so that nothing that it does reaches this one. On
+/// Windows it reads what the library says about itself and runs nothing of it.
 /// @param in_path  a path, or a bare name, which is searched for as the loader does it
 /// @param in_functions  one of them has to be exported; empty: none has to be
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);

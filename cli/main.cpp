@@ -8,6 +8,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Generate.h"
+#include "cli/ProgramStart.h"
 #include "cli/Report.h"
 
 namespace {
@@ -31,7 +32,7 @@ int Run(const std::vector<std::string>& in_arguments) {
 
 int main(int in_count, char** in_arguments) {
     try {
-        return Run(std::vector<std::string>(in_arguments + 1, in_arguments + in_count));
+        return Run(StartProgram(in_count, in_arguments));
     } catch (const HelpRequest& help) {
         std::cout << help.m_text;
         return EXIT_DONE;

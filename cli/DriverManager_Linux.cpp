@@ -1,7 +1,6 @@
-#include "cli/DriverManager.h"
-
 #include <odbcinst.h>
 
+#include "cli/DriverManager.h"
 #include "cli/InitialValuesFile.h"
 
 namespace Veltrane::Cli {

@@ -1,5 +1,3 @@
-#include "cli/DriverRegistry.h"
-
 #include <cerrno>
 #include <cstdlib>
 
@@ -7,6 +5,7 @@
 #include "Setup/OdbcIniFile.h"
 #include "Setup/OdbcIniUpdate.h"
 #include "cli/CommandError.h"
+#include "cli/DriverRegistry.h"
 #include "cli/FreeSpace.h"
 
 namespace Veltrane::Cli {
@@ -21,12 +20,8 @@ std::string FindPath() {
     return system.substr(0, system.rfind('/') + 1) + (name == nullptr ? "odbcinst.ini" : name);
 }
 
-}  // namespace
-
-DriverRegistry::DriverRegistry() : m_path(FindPath()) {}
-
-ODBC::OdbcIniText DriverRegistry::Load() const {
-    ODBC::OdbcIniFile file(m_path);
+ODBC::OdbcIniText Load(const std::string& in_path) {
+    ODBC::OdbcIniFile file(in_path);
     std::string bytes;
     struct stat status {};
     if (!file.Read(bytes, status)) {
@@ -36,9 +31,21 @@ ODBC::OdbcIniText DriverRegistry::Load() const {
     return ODBC::OdbcIniText(std::move(bytes));
 }
 
+[[noreturn]] void FailToWrite(const std::string& in_path) {
+    ODBC::OdbcIniFile file(in_path);
+    std::string bytes;
+    std::string reason = WhyNoRoomBeside(in_path);
+    if (!file.Lock(bytes, NEW_FILE_MODE)) reason = file.GetFailure().Describe();
+    throw CommandError(EXIT_FAILED, reason.empty() ? in_path + ": cannot write" : reason);
+}
+
+}  // namespace
+
+DriverRegistry::DriverRegistry() : m_path(FindPath()) {}
+
 std::vector<std::string> DriverRegistry::GetNames() const {
     std::vector<std::string> names;
-    for (std::string& name : Load().GetSections()) {
+    for (std::string& name : Load(m_path).GetSections()) {
         const bool isDriver =
             !EqualsIgnoringCase(name, "ODBC") && !EqualsIgnoringCase(name, "ODBC Drivers");
         if (isDriver) names.push_back(std::move(name));
@@ -47,7 +54,7 @@ std::vector<std::string> DriverRegistry::GetNames() const {
 }
 
 std::optional<Entries> DriverRegistry::Find(const std::string& in_driver) const {
-    const ODBC::OdbcIniText text = Load();
+    const ODBC::OdbcIniText text = Load(m_path);
     if (!text.HasSection(in_driver)) return std::nullopt;
     return Entries(text.GetKeyValues(in_driver));
 }
@@ -58,22 +65,14 @@ void DriverRegistry::Register(const std::string& in_driver, const Entries& in_en
         if (!ODBC::OdbcIniText::IsCarriableLine(key, value)) {
             throw CommandError(EXIT_FAILED, key + ": No line of the file can hold this value.");
         }
-        if (!update.Set(in_driver, key, value)) FailToWrite();
+        if (!update.Set(in_driver, key, value)) FailToWrite(m_path);
     }
-    if (!update.Commit()) FailToWrite();
+    if (!update.Commit()) FailToWrite(m_path);
 }
 
 void DriverRegistry::Unregister(const std::string& in_driver) const {
     ODBC::OdbcIniUpdate update(m_path, NEW_FILE_MODE);
-    if (!update.RemoveSection(in_driver) || !update.Commit()) FailToWrite();
-}
-
-void DriverRegistry::FailToWrite() const {
-    ODBC::OdbcIniFile file(m_path);
-    std::string bytes;
-    std::string reason = WhyNoRoomBeside(m_path);
-    if (!file.Lock(bytes, NEW_FILE_MODE)) reason = file.GetFailure().Describe();
-    throw CommandError(EXIT_FAILED, reason.empty() ? m_path + ": cannot write" : reason);
+    if (!update.RemoveSection(in_driver) || !update.Commit()) FailToWrite(m_path);
 }
 
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key) {

@@ -1,0 +1,30 @@
+/// What differs between the systems in the tool's advice and in what it takes for a path.
+#ifndef CLI_PLATFORMWORDS_H
+#define CLI_PLATFORMWORDS_H
+
+#include <string>
+
+namespace Veltrane::Cli {
+
+struct PlatformWords {
+    const char* m_exampleSetup;   ///< a path of the setup library
+    const char* m_exampleDriver;  ///< a path of a driver
+    const char* m_absolutePath;   ///< how an absolute path begins: "has to begin with a slash"
+    const char* m_missingDependencyRepair;  ///< behind "Install the package that contains X"
+    const char* m_missingSymbolRepair;
+    const char* m_loaderRepair;
+    /// Whether other driver managers of this system take ";" and "#" in a value for a comment.
+    bool m_hasCommentsInValues;
+};
+
+extern const PlatformWords PLATFORM_WORDS;
+
+bool IsAbsolutePath(const std::string& in_path);
+/// Whether it names a folder as well, so that it is not searched for.
+bool HasFolder(const std::string& in_path);
+/// Whether a path of WHERE is there: a file, or a key of the registry.
+bool IsThere(const std::string& in_path);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,15 @@
+/// What a program does first.
+#ifndef CLI_PROGRAMSTART_H
+#define CLI_PROGRAMSTART_H
+
+#include <string>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+/// The arguments behind the program's name, in UTF-8. What is printed from then on is UTF-8, too.
+std::vector<std::string> StartProgram(int in_count, char** in_arguments);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,205 @@
+#include <windows.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/Wipe.h"
+#include "cli/CommandError.h"
+#include "cli/HeldSignals.h"
+#include "cli/Terminal.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using ODBC::DescribeSystemError;
+using ODBC::ToUtf8;
+using ODBC::ToWide;
+
+constexpr std::size_t MAX_LINE = 64 << 10;
+constexpr std::size_t MAX_FILE = 256 << 20;
+
+std::string Name(const std::string& in_path) {
+    return in_path.empty() ? "standard input" : in_path;
+}
+
+[[noreturn]] void Fail(const std::string& in_path, const std::string& in_reason) {
+    throw CommandError(EXIT_FAILED, Name(in_path) + ": cannot read: " + in_reason);
+}
+
+bool IsConsole(HANDLE in_handle) {
+    DWORD mode = 0;
+    return GetConsoleMode(in_handle, &mode) != FALSE;
+}
+
+/// Owns an open file or console.
+class Handle {
+public:
+    Handle() = default;
+    explicit Handle(const std::wstring& in_path, DWORD in_access = GENERIC_READ)
+        : m_handle(CreateFileW(in_path.c_str(), in_access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                               nullptr, OPEN_EXISTING, 0, nullptr)) {}
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() {
+        if (IsOpen()) CloseHandle(m_handle);
+    }
+    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
+    HANDLE Get() const { return m_handle; }
+
+private:
+    HANDLE m_handle = INVALID_HANDLE_VALUE;
+};
+
+/// An open file, or standard input, which is not closed.
+class Input {
+public:
+    explicit Input(const std::string& in_path) : m_path(in_path), m_file(ToWide(in_path)) {
+        if (!in_path.empty() && !m_file.IsOpen())
+            Fail(in_path, DescribeSystemError(GetLastError()));
+    }
+    std::size_t Read(char* out_bytes, std::size_t in_size) const {
+        const HANDLE handle = m_path.empty() ? GetStdHandle(STD_INPUT_HANDLE) : m_file.Get();
+        DWORD count = 0;
+        const BOOL isRead =
+            ReadFile(handle, out_bytes, static_cast<DWORD>(in_size), &count, nullptr);
+        // A pipe whose writer has gone is at its end.
+        if (isRead == FALSE && GetLastError() != ERROR_BROKEN_PIPE) {
+            Fail(m_path, DescribeSystemError(GetLastError()));
+        }
+        return count;
+    }
+
+private:
+    const std::string& m_path;
+    Handle m_file;
+};
+
+/// The console without echo. Ctrl-C comes as a character, so that it never stays so.
+class SilentConsole {
+public:
+    explicit SilentConsole(HANDLE in_handle) : m_handle(in_handle) {
+        GetConsoleMode(in_handle, &m_before);
+        SetConsoleMode(in_handle, ENABLE_LINE_INPUT);
+        FlushConsoleInputBuffer(in_handle);
+    }
+    SilentConsole(const SilentConsole&) = delete;
+    SilentConsole& operator=(const SilentConsole&) = delete;
+    ~SilentConsole() { SetConsoleMode(m_handle, m_before); }
+
+private:
+    HANDLE m_handle;
+    DWORD m_before = 0;
+};
+
+void WriteText(HANDLE in_console, const std::string& in_text) {
+    const std::wstring text = ToWide(in_text);
+    WriteConsoleW(in_console, text.data(), static_cast<DWORD>(text.size()), nullptr, nullptr);
+}
+
+/// Of the line, without its end.
+std::wstring ReadConsoleLine(HANDLE in_console) {
+    std::wstring line;
+    line.reserve(MAX_LINE);
+    wchar_t unit = 0;
+    for (DWORD count = 0;
+         ReadConsoleW(in_console, &unit, 1, &count, nullptr) != FALSE && count == 1;) {
+        constexpr wchar_t INTERRUPT = 3;
+        if (unit == INTERRUPT) {
+            ODBC::Wipe(line);
+            throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
+        }
+        if (unit == L'\n') break;
+        if (unit != L'\r' && line.size() < MAX_LINE) line += unit;
+    }
+    return line;
+}
+
+}  // namespace
+
+bool IsInputTerminal() { return IsConsole(GetStdHandle(STD_INPUT_HANDLE)); }
+
+bool IsErrorTerminal() { return IsConsole(GetStdHandle(STD_ERROR_HANDLE)); }
+
+bool IsOutputColoured() {
+    const char* const noColour = std::getenv("NO_COLOR");
+    if (noColour != nullptr && *noColour != '\0') return false;
+    // Consoles before Windows 10 do not know the sequences.
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(output, &mode) != FALSE &&
+           SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
+}
+
+std::string AskSecretly(const std::string& in_question) {
+    const Handle input(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
+    const Handle output(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
+    if (!input.IsOpen() || !output.IsOpen() || !IsConsole(input.Get())) {
+        throw CommandError(EXIT_USAGE,
+                           "There is no terminal to ask for the password; use --pwd-stdin, "
+                           "--pwd-file or --pwd-env.");
+    }
+    const HeldSignals held;
+    const SilentConsole silent(input.Get());
+    WriteText(output.Get(), in_question);
+    std::wstring line = ReadConsoleLine(input.Get());
+    const ODBC::WipeAtEnd wipe(line);
+    WriteText(output.Get(), "\n");
+    return ToUtf8(line);
+}
+
+std::string ReadFirstLine(const std::string& in_path) {
+    const Input input(in_path);
+    std::string line;
+    line.reserve(MAX_LINE);  // one place in memory, cleared when the string goes
+    char byte = 0;
+    while (input.Read(&byte, 1) == 1 && byte != '\n') {
+        if (line.size() == MAX_LINE) Fail(in_path, "the first line is too long");
+        line += byte;
+    }
+    if (line.ends_with('\r')) line.pop_back();
+    std::string result(line);
+    ODBC::Wipe(line);
+    return result;
+}
+
+std::string ReadAll(const std::string& in_path) {
+    const Input input(in_path);
+    std::string text;
+    for (;;) {
+        const std::size_t size = text.size();
+        text.resize(size + (64 << 10));
+        const std::size_t count = input.Read(text.data() + size, text.size() - size);
+        text.resize(size + count);
+        if (count == 0) return text;
+        if (text.size() > MAX_FILE) Fail(in_path, "larger than 256 MiB");
+    }
+}
+
+bool ReadVariable(const std::string& in_name, std::string& out_value) {
+    const std::wstring name = ToWide(in_name);
+    const DWORD size = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
+    if (size == 0) return false;
+    std::wstring value(size, L'\0');
+    value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
+    out_value = ToUtf8(value);
+    ODBC::Wipe(value);
+    return true;
+}
+
+bool TakeVariable(const std::string& in_name, std::string& out_value) {
+    if (!ReadVariable(in_name, out_value)) return false;
+    const std::wstring name = ToWide(in_name);
+    // Overwritten where it stands, in the process and in the copy of the C run-time.
+    SetEnvironmentVariableW(name.c_str(), std::wstring(ToWide(out_value).size(), L' ').c_str());
+    SetEnvironmentVariableW(name.c_str(), nullptr);
+    if (char* const copy = std::getenv(in_name.c_str())) {
+        ODBC::WipeBytes(copy, std::strlen(copy));
+        _putenv_s(in_name.c_str(), "");
+    }
+    return true;
+}
+
+}  // namespace Veltrane::Cli
