@@ -54,9 +54,11 @@ bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
     char block[4096];
     for (;;) {
         DWORD count = 0;
-        if (ReadFile(file.Get(), block, sizeof block, &count, nullptr) == FALSE &&
-            GetLastError() != ERROR_BROKEN_PIPE) {
-            Fail(in_fileName, DescribeSystemError(GetLastError()));
+        if (ReadFile(file.Get(), block, sizeof block, &count, nullptr) == FALSE) {
+            // A pipe whose other end has gone is at its end.
+            const DWORD error = GetLastError();
+            const bool isEnd = error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
+            if (!isEnd) Fail(in_fileName, DescribeSystemError(error));
         }
         if (count == 0) break;
         out_contents.append(block, count);
