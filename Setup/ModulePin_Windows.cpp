@@ -18,8 +18,8 @@ bool Pin() noexcept {
 
 // The run-time linked into the library takes a thread-local slot at each load and does not give it
 // back: after about a thousand loads the process has none left and aborts. ICU leaves the tables of
-// the converters that it opened. Loaded for good, the library costs both once. Besides, at the end of
-// a thread that has used it, the run-time would free the library from within itself.
+// the converters that it opened. Loaded for good, the library costs both once. Besides, at the end
+// of a thread that has used it, the run-time would free the library from within itself.
 void PinModule() noexcept {
     // Process-wide: set at the first entry, never changed.
     [[maybe_unused]] static const bool s_isPinned = Pin();
