@@ -32,12 +32,16 @@ void CheckRefusal(const std::string& in_contents, const std::string& in_text) {
             "another reason", in_text);
 }
 
+/// Written around each value, to be read as part of it.
+constexpr char BEFORE[] = "'=\"";
+constexpr char BEHIND[] = ";#= \\'";
+
 std::string Write(const DialogValues& in_values) {
     std::string text = "[DSN]\n";
     for (const DialogField& field : DIALOG_FIELDS) {
         const DialogString& value = in_values.*field.m_value;
         Require(value.has_value(), "a value that is null");
-        text += std::string(field.m_key) + "=" + EncodeUtf8(*value) + "\n";
+        text += std::string(field.m_key) + "=" + BEFORE + EncodeUtf8(*value) + BEHIND + "\n";
     }
     return text;
 }
@@ -55,7 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     }
     const DialogValues again = ParseInitialValues(Write(values), FILE_NAME);
     for (const DialogField& field : DIALOG_FIELDS) {
-        Require(values.*field.m_value == again.*field.m_value, "another value", field.m_key);
+        const std::string value = BEFORE + EncodeUtf8(*(values.*field.m_value)) + BEHIND;
+        Require(EncodeUtf8(*(again.*field.m_value)) == value, "another value", field.m_key);
     }
     return 0;
 }

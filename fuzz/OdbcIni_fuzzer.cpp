@@ -99,9 +99,21 @@ std::string DropMark(const std::string& in_file) {
     return in_file.starts_with("\xEF\xBB\xBF") ? in_file.substr(3) : in_file;
 }
 
+std::vector<std::string> CommentsOf(const std::string& in_file) {
+    std::vector<std::string> comments;
+    for (std::size_t at = 0; at < in_file.size();) {
+        const std::size_t end = std::min(in_file.find('\n', at), in_file.size());
+        const std::string line = Trim(in_file.substr(at, end - at));
+        if (line.starts_with('#') || line.starts_with(';')) comments.push_back(line);
+        at = end + 1;
+    }
+    return comments;
+}
+
 void CheckOthers(const std::string& in_before, const std::string& in_after,
                  const std::string& in_name) {
     if (HasLongLine(in_before)) return;
+    Require(CommentsOf(DropMark(in_before)) == CommentsOf(in_after), "other comments", in_after);
     const std::vector<Block> before = OthersOf(DropMark(in_before), in_name);
     const std::vector<Block> after = OthersOf(in_after, in_name);
     Require(before.size() == after.size(), "another number of other sections", in_after);
