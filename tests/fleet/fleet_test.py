@@ -46,9 +46,8 @@ def make_repository(package, folder):
 class Fleet:
     """The control node: the guide's files, the hosts, and Ansible's surroundings."""
 
-    def __init__(self):
-        # Not in TMPDIR, which may be long: there are sockets below, whose paths have to be short.
-        self.folder = Path(tempfile.mkdtemp(prefix="fleet-", dir="/tmp"))
+    def __init__(self, folder):
+        self.folder = folder
         self.work = self.folder / "control"
         self.work.mkdir()
         (self.work / "packaging").symlink_to(SOURCE / "packaging")
@@ -132,13 +131,15 @@ class Fleet:
     def close(self):
         for host in (*self.hosts.values(), self.image):
             host.stop()
-        shutil.rmtree(self.folder, ignore_errors=True)
 
 
 class RoleTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.fleet = Fleet()
+        # Not in TMPDIR, which may be long: there are sockets below, whose paths have to be short.
+        folder = Path(tempfile.mkdtemp(prefix="fleet-", dir="/tmp"))
+        cls.addClassCleanup(shutil.rmtree, folder, ignore_errors=True)
+        cls.fleet = Fleet(folder)
         cls.addClassCleanup(cls.fleet.close)
         for host in cls.fleet.hosts.values():
             host.start()
