@@ -9,6 +9,17 @@ endif()
 list(APPEND CMAKE_FIND_ROOT_PATH ${ORSKA_ICU_PREFIX})
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${build_icu})
 
+if(ORSKA_BUILD_BENCHMARKS)
+  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/packaging/windows/benchmark/build-benchmark --prefix
+                  OUTPUT_VARIABLE benchmark_prefix OUTPUT_STRIP_TRAILING_WHITESPACE
+                  COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT EXISTS ${benchmark_prefix}/complete)
+    message(FATAL_ERROR "There is no Google Benchmark for Windows in ${benchmark_prefix}: "
+                        "run packaging/windows/benchmark/build-benchmark")
+  endif()
+  list(APPEND CMAKE_FIND_ROOT_PATH ${benchmark_prefix})
+endif()
+
 add_compile_definitions(
   U_STATIC_IMPLEMENTATION UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN STRICT
   WINVER=0x0A00 _WIN32_WINNT=0x0A00

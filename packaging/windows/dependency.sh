@@ -1,0 +1,78 @@
+# Functions for the recipes of what the Windows build needs and Debian has as source only. A recipe
+# sources this file. Its results are kept between builds, each named for the version of the source
+# and for the recipe, in ORSKA_CACHE_DIR (default: orska in the user's cache folder).
+windows=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+toolchain=$windows/../../cmake/toolchain-windows-mingw.cmake
+cache=${ORSKA_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/orska}
+
+# source_version PACKAGE: the version of the source package that the installed PACKAGE was built of.
+source_version() {
+  dpkg-query -W -f '${source:Version}' "$1" 2>/dev/null ||
+    { echo "$1 is not installed; run scripts/deps windows" >&2; return 1; }
+}
+
+# prefix_of NAME VERSION: the folder for the result of a recipe, whose text is standard input.
+prefix_of() {
+  local recipe
+  recipe=$({ cat; x86_64-w64-mingw32-g++-posix -dumpfullversion 2>/dev/null || true; } | sha256sum)
+  echo "$cache/$1-mingw-${2//[^A-Za-z0-9.+-]/_}-${recipe:0:12}"
+}
+
+# begin TITLE: makes the folder $work, and keeps what follows quiet unless the recipe fails. It must
+# stand alone, so that the first command that fails ends the recipe.
+begin() {
+  title=$1
+  echo "Building $title for Windows"
+  work=$(mktemp -d)
+  exec 3>&2 >"$work/log" 2>&1
+  trap finish EXIT
+}
+
+finish() {
+  local status=$?
+  [ $status -eq 0 ] || { tail -n 40 "$work/log"; echo "Building $title for Windows failed."; } >&3
+  rm -rf "$work"
+}
+
+# fetch_source NAME VERSION FOLDER: unpacks a source package of the distribution into FOLDER/source.
+# It is downloaded through a list of the machine's own package sources, asked for source packages;
+# the list stands in a folder of its own, so that nothing of the system changes.
+fetch_source() {
+  local file work=$3/fetch
+  mkdir -p "$work/sources" "$work/lists/partial" "$work/cache/archives/partial" "$work/download"
+  for file in /etc/apt/sources.list.d/*.sources; do
+    [ ! -e "$file" ] || sed -E 's/^Types:.*/Types: deb-src/' "$file" >"$work/sources/${file##*/}"
+  done
+  for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [ ! -e "$file" ] || sed -nE 's/^deb(-src)?[[:space:]]/deb-src /p' "$file" >"$work/sources/${file##*/}"
+  done
+  local options=(-q -o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$work/sources"
+    -o "Dir::State::Lists=$work/lists" -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=)
+  # A source of binary packages alone makes this fail, which does no harm: the download tells.
+  apt-get "${options[@]}" update || true
+  (cd "$work/download" && apt-get "${options[@]}" source --only-source --download-only "$1=$2")
+  (cd "$3" && dpkg-source --no-check -x "$work/download/$1"_*.dsc source)
+}
+
+# build_and_install SOURCE FOLDER OPTION...: with CMake, into FOLDER/prefix.
+build_and_install() {
+  local source=$1 folder=$2
+  shift 2
+  cmake -S "$source" -B "$folder/build" -G Ninja "-DCMAKE_TOOLCHAIN_FILE=$toolchain" \
+    -DCMAKE_BUILD_TYPE=Release "-DCMAKE_INSTALL_PREFIX=$folder/prefix" "$@"
+  cmake --build "$folder/build" -j "$(nproc)"
+  cmake --install "$folder/build"
+}
+
+# publish FOLDER PREFIX: moves FOLDER/prefix to its place. What is there is complete, whoever else
+# builds the same at the same time.
+publish() {
+  local staging
+  mkdir -p "$cache"
+  touch "$1/prefix/complete"
+  staging=$(mktemp -d "$cache/.staging.XXXXXX")
+  cp -r "$1/prefix/." "$staging"
+  chmod 755 "$staging"
+  mv -T "$staging" "$2" 2>/dev/null || rm -rf "$staging"
+  [ -e "$2/complete" ] || { echo "$2 could not be written" >&2; return 1; }
+}
