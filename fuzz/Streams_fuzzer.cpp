@@ -120,9 +120,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     const bool isSiconv = dynamic_cast<SiconvStreamConverter*>(converter.get()) != nullptr;
     const bool isWide = dynamic_cast<WideStreamConverter*>(converter.get()) != nullptr;
     Require(isSiconv || !whole.m_isRefused, "a refusal by another kind");
-    // Blitted text is not read at all. The transcoder writes cp1252 as latin1, which is meant.
+    // Blitted text is not read at all. ICU opens ISO-2022-KR with a header, but not where it is
+    // given an empty text at once. The transcoder writes cp1252 as latin1, which is meant.
     const bool isCp1252 = to == EncodingType{6} || to == EncodingType{96};
-    if (isWide || (isSiconv && isExact && !isCp1252)) {
+    if (!source.empty() && (isWide || (isSiconv && isExact && !isCp1252))) {
         Require(whole.m_bytes == Testing::ConvertWithIcu(source, from, to),
                 "other bytes than ICU's");
     }
