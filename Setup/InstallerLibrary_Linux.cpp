@@ -108,6 +108,9 @@ InstallerLibrary LoadAny() {
 
 std::string AskPath(int (*in_function)(char*, int)) {
     std::vector<char> path(InstallerLibrary::PATH_BUFFER, '\0');
+    // The library keeps the system's path without a lock. Process-wide: for all threads' requests.
+    static constinit std::mutex s_mutex;
+    const std::lock_guard lock(s_mutex);
     in_function(path.data(), 0);
     return path.data();
 }
