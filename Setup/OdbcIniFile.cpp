@@ -19,6 +19,8 @@ constexpr char TEMPORARY_MARK[] = ".veltrane-";
 constexpr std::size_t RANDOM_DIGITS = 16;
 /// Leaves room for the mark and the digits in a name of 255 bytes.
 constexpr std::size_t MAX_NAME_PART = 200;
+/// How often a file is opened again that is replaced while it is read.
+constexpr int MAX_READS = 8;
 constexpr char ACCESS_LIST[] = "system.posix_acl_access";
 
 bool IsSameFile(const struct stat& in_left, const struct stat& in_right) {
@@ -39,6 +41,12 @@ std::string HexDigits(std::uint64_t in_value) {
         digits += "0123456789abcdef"[in_value & 15];
     }
     return digits;
+}
+
+void Pause() {
+    std::uint16_t random = 0;
+    SystemCalls::GetRandom(&random, sizeof random);
+    SystemCalls::SleepMicroseconds(200 + random % 2000);
 }
 
 bool IsTemporaryName(const std::string& in_name, const std::string& in_prefix) {
@@ -63,10 +71,21 @@ bool OdbcIniFile::Fail(const char* in_operation, int in_error) {
     return false;
 }
 
+/// An open file that is said not to exist is one that was replaced, on some network file systems.
+bool OdbcIniFile::FailToRead() { return Fail("cannot read", errno == ENOENT ? ESTALE : errno); }
+
 bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
+    for (int attempts = 1;; ++attempts) {
+        m_failure = {};
+        if (ReadOnce(out_bytes, out_stat)) return true;
+        if (!IsStale() || attempts == MAX_READS) return false;
+    }
+}
+
+bool OdbcIniFile::ReadOnce(std::string& out_bytes, struct stat& out_stat) {
     const FileHandle file(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
     if (!file.IsOpen()) return Fail("cannot open", errno);
-    if (SystemCalls::StatHandle(file.Get(), out_stat) != 0) return Fail("cannot read", errno);
+    if (SystemCalls::StatHandle(file.Get(), out_stat) != 0) return FailToRead();
     return ReadAll(file.Get(), out_stat, out_bytes);
 }
 
@@ -80,7 +99,7 @@ bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string
         const ssize_t count = SystemCalls::Read(in_handle, out_bytes.data() + size,
                                                 out_bytes.size() - size, static_cast<off_t>(size));
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return Fail("cannot read", errno);
+        if (count < 0) return FailToRead();
         if (count == 0) break;
         size += static_cast<std::size_t>(count);
         if (static_cast<off_t>(size) > MAX_SIZE) return Fail("cannot read", EFBIG);
@@ -95,15 +114,21 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     for (;;) {
         Unlock();
         m_failure = {};
-        if (!OpenOrCreate(in_newFileMode)) return false;
-        if (!m_file.IsOpen()) continue;  // another process created or removed it meanwhile
-        if (!WaitForLock(deadline)) return false;
-        if (FindPlace()) break;
-        if (m_failure.IsSet()) return false;
+        if (LockOnce(out_bytes, in_newFileMode, deadline)) break;
+        if (m_failure.IsSet() && !IsStale()) return false;
         if (SystemCalls::GetMonotonicTime() > deadline)
-            return Fail("locked by another program", ETIMEDOUT);
+            return !m_failure.IsSet() && Fail("locked by another program", ETIMEDOUT);
+        if (IsStale()) Pause();
     }
-    return ReadAll(m_file.Get(), m_stat, out_bytes);
+    m_bytes = out_bytes;
+    return true;
+}
+
+/// @return false without a failure when another process created, removed or replaced the file
+///         meanwhile
+bool OdbcIniFile::LockOnce(std::string& out_bytes, mode_t in_newFileMode, long long in_deadline) {
+    return OpenOrCreate(in_newFileMode) && m_file.IsOpen() && WaitForLock(in_deadline) &&
+           FindPlace() && ReadAll(m_file.Get(), m_stat, out_bytes);
 }
 
 /// Opens the file for writing, so that a file that may not be written is refused although its
@@ -128,9 +153,7 @@ bool OdbcIniFile::WaitForLock(long long in_deadline) {
         if (errno != EWOULDBLOCK && errno != EINTR) return Fail("cannot lock", errno);
         if (SystemCalls::GetMonotonicTime() > in_deadline)
             return Fail("locked by another program", ETIMEDOUT);
-        std::uint16_t random = 0;
-        SystemCalls::GetRandom(&random, sizeof random);
-        SystemCalls::SleepMicroseconds(200 + random % 2000);
+        Pause();
     }
     return true;
 }
@@ -146,7 +169,7 @@ bool OdbcIniFile::FindPlace() {
     m_directory =
         FileHandle(SystemCalls::Open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
     if (!m_directory.IsOpen()) return errno != ENOENT && Fail("cannot open the directory", errno);
-    if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return Fail("cannot read", errno);
+    if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return FailToRead();
     struct stat inPlace {};
     if (SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) != 0) {
         return errno != ENOENT && Fail("cannot read", errno);
@@ -161,14 +184,33 @@ bool OdbcIniFile::IsOutdated() {
            !IsSameTime(m_stat.st_mtim, inPlace.st_mtim);
 }
 
+/// True when the path still leads to the bytes that were read. Number, size and time alone do not
+/// tell: within one tick of the file system's clock, which for some is a second, as many bytes can
+/// be written again, and a network file system keeps all three for seconds, except for who opens
+/// the file anew.
+bool OdbcIniFile::IsAsRead() {
+    const FileHandle file(SystemCalls::OpenAt(m_directory.Get(), m_name.c_str(),
+                                              O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
+    char buffer[16384];
+    for (std::size_t size = 0; file.IsOpen();) {
+        const ssize_t count =
+            SystemCalls::Read(file.Get(), buffer, sizeof buffer, static_cast<off_t>(size));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return count == 0 && size == m_bytes.size();
+        const std::string_view part(buffer, static_cast<std::size_t>(count));
+        if (std::string_view(m_bytes).substr(size, part.size()) != part) return false;
+        size += part.size();
+    }
+    return false;
+}
+
 void OdbcIniFile::Unlock() noexcept {
     // Still locked here: nobody else can have written to a file that we made and that is empty.
-    struct stat now {};
-    if (m_isCreated && m_directory.IsOpen() && !IsOutdated() &&
-        SystemCalls::StatHandle(m_file.Get(), now) == 0 && now.st_size == 0) {
+    if (m_isCreated && m_directory.IsOpen() && !IsOutdated() && IsAsRead()) {
         SystemCalls::UnlinkAt(m_directory.Get(), m_name.c_str());
     }
     m_isCreated = false;
+    m_bytes.clear();
     m_directory = FileHandle();
     m_file = FileHandle();
 }
@@ -259,7 +301,7 @@ bool OdbcIniFile::CopyAttributes(int in_handle) {
 
 bool OdbcIniFile::Exchange(const std::string& in_name) {
     // Syncing took its time; what another program wrote meanwhile must not be lost.
-    if (IsOutdated()) return Fail("written to by another program", EAGAIN);
+    if (!IsAsRead() || IsOutdated()) return Fail("written to by another program", EAGAIN);
     if (SystemCalls::RenameAt(m_directory.Get(), in_name.c_str(), m_name.c_str()) != 0) {
         return Fail("cannot replace", errno);
     }

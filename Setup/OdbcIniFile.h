@@ -11,6 +11,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <string>
 #include <string_view>
 
@@ -52,8 +53,6 @@ public:
     /// Locks the file and reads it. A file that does not exist is created, empty, with a mode that
     /// the process's umask narrows; Unlock removes it again when it was not replaced.
     bool Lock(std::string& out_bytes, mode_t in_newFileMode);
-    /// True when something that does not know the lock has written to the file since Lock.
-    bool IsOutdated();
     /// Replaces the locked file. On failure the file is as it was; EAGAIN means that it is
     /// outdated.
     bool Replace(std::string_view in_bytes);
@@ -68,10 +67,18 @@ public:
 
 private:
     bool Fail(const char* in_operation, int in_error);
+    bool FailToRead();
+    /// The failure of a handle whose file was replaced on another host of a network file system.
+    bool IsStale() const noexcept { return m_failure.m_error == ESTALE; }
+    bool ReadOnce(std::string& out_bytes, struct stat& out_stat);
+    bool LockOnce(std::string& out_bytes, mode_t in_newFileMode, long long in_deadline);
     bool OpenOrCreate(mode_t in_newFileMode);
     bool WaitForLock(long long in_deadline);
     bool FindPlace();
     bool ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes);
+    /// True when something that does not know the lock has written to the file since Lock.
+    bool IsOutdated();
+    bool IsAsRead();
     void RemoveStaleFiles();
     bool CreateTemporary(SystemCalls::FileHandle& out_handle, std::string& out_name);
     bool WriteTemporary(int in_handle, std::string_view in_bytes);
@@ -84,6 +91,7 @@ private:
     SystemCalls::FileHandle m_directory;  ///< of the real file
     std::string m_name;                   ///< of the real file, in its directory
     struct stat m_stat {};                ///< of the file as it was read
+    std::string m_bytes;                  ///< the same
     bool m_isCreated = false;             ///< by Lock
 };
 

@@ -37,6 +37,20 @@ bool IsOurs(const struct stat& in_status) {
                                         std::generic_category().message(in_error));
 }
 
+/// On a network file system a file that was removed a moment ago can be seen for a while, and fails
+/// so when it is used.
+/// @return false when that is the reason
+bool FailUnlessRemoved(const std::string& in_path, const std::string& in_operation) {
+    const int error = errno;
+    struct stat status {};
+    const std::string folder = in_path.substr(0, in_path.rfind('/') + 1);
+    const bool isRemoved =
+        error == ESTALE ||
+        (error == ENOENT && SystemCalls::Stat(folder.c_str(), status, true) == 0);
+    if (!isRemoved) Fail(in_path, in_operation, error);
+    return false;
+}
+
 }  // namespace
 
 struct RecordFile::State {
@@ -51,16 +65,18 @@ struct RecordFile::State {
 bool RecordFile::State::Open() {
     m_file = SystemCalls::FileHandle(SystemCalls::Open(
         m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0600));
-    if (!m_file.IsOpen()) Fail(m_path, "cannot open", errno);
+    if (!m_file.IsOpen()) return FailUnlessRemoved(m_path, "cannot open");
     struct stat status {};
-    if (SystemCalls::StatHandle(m_file.Get(), status) != 0) Fail(m_path, "cannot read", errno);
+    if (SystemCalls::StatHandle(m_file.Get(), status) != 0) {
+        return FailUnlessRemoved(m_path, "cannot read");
+    }
     if (!IsOurs(status)) {
         m_file = SystemCalls::FileHandle();
         throw CommandError(EXIT_FAILED, m_path + ": is somebody else's; remove it");
     }
     if (SystemCalls::Lock(m_file.Get(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR) Fail(m_path, "cannot lock", errno);
-        return false;
+        if (errno == EWOULDBLOCK || errno == EINTR) return false;
+        return FailUnlessRemoved(m_path, "cannot lock");
     }
     struct stat inPlace {};
     return SystemCalls::Stat(m_path.c_str(), inPlace, false) == 0 &&

@@ -20,6 +20,8 @@ using Test::IniScratch;
 using Test::s_systemCalls;
 
 constexpr char OLD[] = "# old\n[A]\nk=v\n";
+constexpr char OTHER[] = "# new\n[B]\nk=v\n";
+static_assert(sizeof OTHER == sizeof OLD, "as many bytes");
 constexpr char NEW[] = "# old\n[A]\nk=v\n\n[S]\nDriver=V\n";
 
 bool Change(const IniScratch& in_scratch) {
@@ -60,8 +62,9 @@ TEST(OdbcIniFaults, AFailingCallLeavesTheOldFile) {
 }
 
 TEST(OdbcIniFaults, WhatMustNotFailIsNotIgnored) {
-    for (const char* name : {"open", "flock", "read", "realpath", "openat", "write", "fsync",
-                             "rename", "fchmod", "fgetxattr", "getrandom"}) {
+    for (const char* name :
+         {"open", "flock", "read", "realpath", "openat", "write", "fsync", "rename", "fchmod",
+          "fgetxattr", "getrandom", "close", "fstat", "fstatat"}) {
         SCOPED_TRACE(name);
         const IniScratch scratch;
         IniScratch::Write(scratch.UserFile(), OLD);
@@ -137,6 +140,36 @@ TEST(OdbcIniFaults, DyingAtAnyCallLeavesTheOldFileOrTheNewOne) {
     }
 }
 
+/// Handles go stale on a network file system when another host replaces the file.
+TEST(OdbcIniFaults, AStaleHandleIsOpenedAgain) {
+    const std::pair<const char*, int> FAULTS[] = {
+        {"open", ESTALE},    {"flock", ESTALE}, {"fstat", ESTALE}, {"fstat", ENOENT},
+        {"fstatat", ESTALE}, {"read", ESTALE},  {"read", ENOENT},  {"realpath", ESTALE}};
+    for (const auto& [name, error] : FAULTS) {
+        for (const bool isForEver : {false, true}) {
+            SCOPED_TRACE(name + (" " + std::to_string(error)) + (isForEver ? ", for ever" : ""));
+            const IniScratch scratch;
+            IniScratch::Write(scratch.UserFile(), OLD);
+            bool isDone = false;
+            s_systemCalls = {};
+            s_systemCalls.m_sleepBonus = 1'000'000;
+            s_systemCalls.m_before = [&, call = name, result = error](const std::string& in_name,
+                                                                      std::size_t) {
+                return in_name == call && (!std::exchange(isDone, true) || isForEver) ? result : 0;
+            };
+            EXPECT_EQ(Change(scratch), !isForEver);
+            EXPECT_EQ(IniScratch::Read(scratch.UserFile()), isForEver ? OLD : NEW);
+            EXPECT_EQ(scratch.CountFiles(), 1u);
+            std::string bytes;
+            struct stat status {};
+            isDone = false;
+            const bool isRead = OdbcIniFile(scratch.UserFile()).Read(bytes, status);
+            const bool isCalled = isDone;
+            EXPECT_EQ(isRead, !isForEver || !isCalled);
+        }
+    }
+}
+
 TEST(OdbcIniFaults, ALockThatIsNeverFreedEndsInARefusal) {
     const IniScratch scratch;
     IniScratch::Write(scratch.UserFile(), OLD);
@@ -155,21 +188,26 @@ TEST(OdbcIniFaults, ALockThatIsNeverFreedEndsInARefusal) {
 
 TEST(OdbcIniFaults, EditsAreMadeAgainOnWhatAnotherProgramWrote) {
     for (const std::string call : {"flock", "read", "openat", "write", "fchmod", "fsync"}) {
-        for (const bool isReplaced : {false, true}) {
-            SCOPED_TRACE(call + (isReplaced ? ", replaced" : ", written"));
+        for (const std::string how : {"written", "replaced", "written in the same tick"}) {
+            SCOPED_TRACE(call + ", " + how);
             const IniScratch scratch;
             IniScratch::Write(scratch.UserFile(), OLD);
+            const auto tick = std::filesystem::last_write_time(scratch.UserFile());
             bool isDone = false;
             s_systemCalls = {};
             s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
                 if (in_name != call || std::exchange(isDone, true)) return 0;
-                if (isReplaced) std::filesystem::remove(scratch.UserFile());
-                IniScratch::Write(scratch.UserFile(), "[Other]\nk=v\n");
+                if (how == "replaced") std::filesystem::remove(scratch.UserFile());
+                IniScratch::Write(scratch.UserFile(), OTHER);
+                if (how == "written in the same tick") {
+                    std::filesystem::last_write_time(scratch.UserFile(), tick);
+                }
                 return 0;
             };
             EXPECT_TRUE(Change(scratch));
             EXPECT_TRUE(isDone);
-            EXPECT_EQ(IniScratch::Read(scratch.UserFile()), "[Other]\nk=v\n\n[S]\nDriver=V\n");
+            EXPECT_EQ(IniScratch::Read(scratch.UserFile()),
+                      std::string(OTHER) + "\n[S]\nDriver=V\n");
             EXPECT_EQ(scratch.CountFiles(), 1u);
         }
     }
