@@ -33,17 +33,23 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
 endif()
 
 # orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
-#            [ENVIRONMENT name=value] [APART] [EACH_UNIXODBC])
+#            [ENVIRONMENT name=value] [APART] [EACH_UNIXODBC] [OWN_OPERATORS])
 # One test program. Each test of it runs in its own process, so that process-wide state begins
 # fresh; in Wine, where a process takes long to start, only where APART asks for it. The default
 # library is orska_support.
 #
 # With EACH_UNIXODBC the tests run once more with each unixODBC that ORSKA_UNIXODBC_PREFIXES names.
 # A driver manager that waits for ever is found by the time limit.
+#
+# OWN_OPERATORS: the program replaces the operators new and delete. ThreadSanitizer's run-time
+# defines them too, before the program's, so such a test is no part of its build; it has one thread.
 set(ORSKA_UNIXODBC_PREFIXES "" CACHE STRING "Where further versions of unixODBC are installed")
 function(orska_test)
-  cmake_parse_arguments(ARG "APART;EACH_UNIXODBC" "NAME;TIMEOUT;ENVIRONMENT"
+  cmake_parse_arguments(ARG "APART;EACH_UNIXODBC;OWN_OPERATORS" "NAME;TIMEOUT;ENVIRONMENT"
                         "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  if(ARG_OWN_OPERATORS AND CMAKE_CXX_FLAGS MATCHES "sanitize=thread")
+    return()
+  endif()
   if(NOT ARG_LIBRARIES)
     set(ARG_LIBRARIES orska_support)
   endif()

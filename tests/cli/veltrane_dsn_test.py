@@ -29,9 +29,8 @@ class ToolTest(unittest.TestCase):
             "PATH": os.environ["PATH"], "HOME": self.folder, "ODBCSYSINI": self.folder,
             "ODBCINSTINI": "odbcinst.ini", "ODBCINI": self.user, "TERM": "xterm",
         }
-        for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "LD_LIBRARY_PATH"):
-            if name in os.environ:
-                self.environment[name] = os.environ[name]
+        self.environment |= {name: value for name, value in os.environ.items()
+                             if name.endswith("SAN_OPTIONS") or name == "LD_LIBRARY_PATH"}
 
     def path(self, name):
         return os.path.join(self.folder, name)

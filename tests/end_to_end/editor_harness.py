@@ -67,7 +67,7 @@ class EditorTest(unittest.TestCase):
         base |= {"ODBCSYSINI": str(self.directory), "ODBCINSTINI": "odbcinst.ini",
                  "ODBCINI": str(self.ini), "VELTRANE_DSN_INITIAL_VALUES": "/dev/null",
                  # The editors let nobody look into their process, the leak checker neither.
-                 "ASAN_OPTIONS": "detect_leaks=0"}
+                 "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
         return base | changes
 
     def write_installer_file(self):
