@@ -4,6 +4,7 @@
 #include <sys/eventfd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cwchar>
 #include <stdexcept>
@@ -38,12 +39,15 @@ constexpr char TOO_SMALL[] =
 
 /// Process-wide: set by the handler of the signals that end the editor, read by the form.
 volatile sig_atomic_t s_isEnding = 0;
-/// Process-wide: the descriptor that wakes the form, for the handler; set when the form starts.
+/// Process-wide: the descriptor that wakes the form, for the handler; -1 while there is no form.
 volatile sig_atomic_t s_wake = -1;
 
 void OnEndingSignal(int) {
     s_isEnding = 1;
+    if (s_wake < 0) return;
+    const int error = errno;  // of what the signal came between
     eventfd_write(s_wake, 1);
+    errno = error;
 }
 
 int ColumnsOf(const std::string& in_text) {
@@ -91,6 +95,7 @@ TerminalForm::TerminalForm(DialogValues& io_values, int in_host)
 }
 
 TerminalForm::~TerminalForm() {
+    s_wake = -1;  // the number is soon that of another file
     newtFormDestroy(m_form);
     newtFinished();
 }
