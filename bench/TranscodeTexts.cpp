@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <random>
 #include <stdexcept>
+#include <unordered_map>
 
 namespace Orska::Bench {
 
@@ -53,7 +54,10 @@ UConverter* GetConverter(int in_encoding) {
     return s_converters[in_encoding];
 }
 
-std::string Encode(char32_t in_codePoint, int in_encoding) {
+const std::string& Encode(char32_t in_codePoint, int in_encoding) {
+    static std::unordered_map<char32_t, std::string> s_known[7];
+    std::string& known = s_known[in_encoding][in_codePoint];
+    if (!known.empty()) return known;
     UChar units[2];
     std::int32_t count = 0;
     U16_APPEND_UNSAFE(units, count, in_codePoint);
@@ -62,7 +66,8 @@ std::string Encode(char32_t in_codePoint, int in_encoding) {
     const std::int32_t length =
         ucnv_fromUChars(GetConverter(in_encoding), bytes, sizeof bytes, units, count, &status);
     if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
-    return std::string(bytes, static_cast<std::size_t>(length));
+    known.assign(bytes, static_cast<std::size_t>(length));
+    return known;
 }
 
 std::string MakePiece(const std::string& in_text, int in_encoding, std::size_t in_size,
@@ -70,11 +75,11 @@ std::string MakePiece(const std::string& in_text, int in_encoding, std::size_t i
     std::string piece;
     while (piece.size() < in_size) {
         for (const char32_t letter : MakeWord(in_text, io_random)) {
-            const std::string bytes = Encode(letter, in_encoding);
+            const std::string& bytes = Encode(letter, in_encoding);
             if (piece.size() + bytes.size() > in_size) break;
             piece += bytes;
         }
-        const std::string space = Encode(U' ', in_encoding);
+        const std::string& space = Encode(U' ', in_encoding);
         while (in_size - piece.size() < 4 && piece.size() + space.size() <= in_size) piece += space;
         if (in_size - piece.size() < space.size()) break;
     }
@@ -100,13 +105,14 @@ bool CanHold(int in_encoding, const std::string& in_text) {
 
 TextPieces MakePieces(const std::string& in_text, int in_encoding, std::size_t in_size) {
     constexpr std::size_t BYTES = 16384;
-    constexpr std::size_t CHUNK = 4096;
+    constexpr std::size_t CHUNK = 262144;
     std::mt19937 random(20);
     TextPieces pieces;
     while (pieces.m_bytes < (in_size == 0 ? BYTES : std::max(BYTES, in_size))) {
         const std::size_t size = in_size != 0 ? in_size : 8 + random() % 57;
         std::string piece;
-        // Longer pieces repeat a chunk: making them letter by letter takes long.
+        // Longer pieces repeat a chunk: making them letter by letter takes long. It is so large that
+        // a processor does not learn what comes next.
         if (size > CHUNK) {
             const std::string chunk = MakePiece(in_text, in_encoding, CHUNK, random);
             while (piece.size() + chunk.size() <= size) piece += chunk;
