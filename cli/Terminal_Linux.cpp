@@ -69,8 +69,10 @@ std::string ReadLine(const Input& in_input, const std::string& in_path) {
     return result;
 }
 
-/// The terminal without echo. The signals of the keyboard act afterwards, so that it never stays
-/// so.
+constexpr char INTERRUPT = 3;
+
+/// The terminal without echo. Ctrl-C comes as a character that ends the line, so that it never
+/// stays so.
 class SilentTerminal {
 public:
     explicit SilentTerminal(int in_handle) : m_handle(in_handle) {
@@ -78,6 +80,7 @@ public:
         termios silent = m_before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
         silent.c_lflag |= ECHONL;
+        silent.c_cc[VEOL] = INTERRUPT;
         tcsetattr(in_handle, TCSAFLUSH, &silent);
     }
     SilentTerminal(const SilentTerminal&) = delete;
@@ -120,7 +123,6 @@ std::string AskSecretly(const std::string& in_question) {
     std::string line;
     line.reserve(MAX_LINE);
     for (char byte = 0; read(terminal.Get(), &byte, 1) == 1 && byte != '\n';) {
-        constexpr char INTERRUPT = 3;  // Ctrl-C arrives as a character here
         if (byte == INTERRUPT) throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
         if (line.size() < MAX_LINE) line += byte;
     }

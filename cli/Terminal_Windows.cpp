@@ -7,7 +7,6 @@
 #include "VeltraneDialog/WideText_Windows.h"
 #include "VeltraneDialog/Wipe.h"
 #include "cli/CommandError.h"
-#include "cli/HeldSignals.h"
 #include "cli/Terminal.h"
 
 namespace Veltrane::Cli {
@@ -77,21 +76,33 @@ private:
     Handle m_file;
 };
 
-/// The console without echo. Ctrl-C comes as a character, so that it never stays so.
+/// Process-wide: set by SilentConsole, read by RestoreConsole: the console, and its mode before.
+HANDLE s_console = nullptr;
+DWORD s_modeBefore = 0;
+
+/// For what ends the program while it waits for the answer: nothing is half way then. Not every
+/// system gives such an end a code of its own.
+BOOL WINAPI RestoreConsole(DWORD /*in_event*/) {
+    SetConsoleMode(s_console, s_modeBefore);
+    ExitProcess(static_cast<UINT>(STATUS_CONTROL_C_EXIT));
+}
+
+/// The console without echo; it never stays so. Ctrl-C comes as a character.
 class SilentConsole {
 public:
-    explicit SilentConsole(HANDLE in_handle) : m_handle(in_handle) {
-        GetConsoleMode(in_handle, &m_before);
+    explicit SilentConsole(HANDLE in_handle) {
+        s_console = in_handle;
+        GetConsoleMode(in_handle, &s_modeBefore);
+        SetConsoleCtrlHandler(RestoreConsole, TRUE);
         SetConsoleMode(in_handle, ENABLE_LINE_INPUT);
         FlushConsoleInputBuffer(in_handle);
     }
     SilentConsole(const SilentConsole&) = delete;
     SilentConsole& operator=(const SilentConsole&) = delete;
-    ~SilentConsole() { SetConsoleMode(m_handle, m_before); }
-
-private:
-    HANDLE m_handle;
-    DWORD m_before = 0;
+    ~SilentConsole() {
+        SetConsoleMode(s_console, s_modeBefore);
+        SetConsoleCtrlHandler(RestoreConsole, FALSE);
+    }
 };
 
 void WriteText(HANDLE in_console, const std::string& in_text) {
@@ -101,19 +112,26 @@ void WriteText(HANDLE in_console, const std::string& in_text) {
 
 /// Of the line, without its end.
 std::wstring ReadConsoleLine(HANDLE in_console) {
+    constexpr wchar_t INTERRUPT = 3;
+    // Consoles have not always had room for more at once.
+    std::wstring part(8192, L'\0');
+    const ODBC::WipeAtEnd wipePart(part);
     std::wstring line;
     line.reserve(MAX_LINE);
-    wchar_t unit = 0;
-    for (DWORD count = 0;
-         ReadConsoleW(in_console, &unit, 1, &count, nullptr) != FALSE && count == 1;) {
-        constexpr wchar_t INTERRUPT = 3;
-        if (unit == INTERRUPT) {
-            ODBC::Wipe(line);
-            throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
-        }
-        if (unit == L'\n') break;
-        if (unit != L'\r' && line.size() < MAX_LINE) line += unit;
+    // Without waiting for the end of the line.
+    CONSOLE_READCONSOLE_CONTROL control{sizeof control, 0, 1U << INTERRUPT, 0};
+    for (bool isEnd = false; !isEnd;) {
+        DWORD count = 0;
+        const BOOL isRead = ReadConsoleW(in_console, part.data(), static_cast<DWORD>(part.size()),
+                                         &count, &control);
+        const std::wstring_view read(part.data(), isRead != FALSE ? count : 0);
+        isEnd = read.empty() || read.back() == L'\n';
+        line.append(read.substr(0, MAX_LINE - line.size()));
+        if (read.find(INTERRUPT) == std::wstring_view::npos) continue;
+        ODBC::Wipe(line);
+        throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
     }
+    while (!line.empty() && (line.back() == L'\n' || line.back() == L'\r')) line.pop_back();
     return line;
 }
 
@@ -141,7 +159,6 @@ std::string AskSecretly(const std::string& in_question) {
                            "There is no terminal to ask for the password; use --pwd-stdin, "
                            "--pwd-file or --pwd-env.");
     }
-    const HeldSignals held;
     const SilentConsole silent(input.Get());
     WriteText(output.Get(), in_question);
     std::wstring line = ReadConsoleLine(input.Get());
