@@ -20,7 +20,7 @@ std::vector<StoredDsn> Select(const DsnStore& in_store, const CommandLine& in_li
     const ODBC::OdbcIniText text = in_store.Load();
     std::vector<StoredDsn> selected;
     for (const std::string& name : in_line.m_arguments) {
-        if (!text.HasSection(name)) throw NoSuchDsn(in_store, name);
+        if (IsReservedSection(name) || !text.HasSection(name)) throw NoSuchDsn(in_store, name);
         selected.push_back({name, Entries(text.GetKeyValues(name))});
     }
     if (!in_line.m_arguments.empty()) return selected;
@@ -128,7 +128,7 @@ ExitCode CheckDsns(const CommandLine& in_line) {
                                {"sound", !HasError(findings)},
                                {"findings", ToJson(findings)}});
         } else if (!in_line.Has(OptionId::Quiet) || HasError(findings)) {
-            std::cout << dsn.m_name << ": " << (findings.empty() ? "sound\n" : "\n");
+            std::cout << dsn.m_name << (findings.empty() ? ": sound\n" : ":\n");
             PrintFindings(findings);
         }
     }

@@ -19,10 +19,14 @@ public:
 
     const std::string& GetPath() const { return m_path; }
 
+    /// Whether a driver may have this name. "ODBC" and "ODBC Drivers" are the driver manager's, and
+    /// a backslash would lead to another key of the registry.
+    static bool IsName(const std::string& in_driver);
+
     /// The names of the drivers in the order of the file.
     /// @throws CommandError EXIT_FAILED with path and reason when they are there but unreadable
     std::vector<std::string> GetNames() const;
-    /// The entries of a driver; nothing when it is not registered.
+    /// The entries of a driver; nothing when it is not registered, or when this is no name.
     std::optional<Entries> Find(const std::string& in_driver) const;
 
     /// Sets the entries of a driver, which is added when it is new.

@@ -46,16 +46,14 @@ DriverRegistry::DriverRegistry() : m_path(FindPath()) {}
 std::vector<std::string> DriverRegistry::GetNames() const {
     std::vector<std::string> names;
     for (std::string& name : Load(m_path).GetSections()) {
-        const bool isDriver =
-            !EqualsIgnoringCase(name, "ODBC") && !EqualsIgnoringCase(name, "ODBC Drivers");
-        if (isDriver) names.push_back(std::move(name));
+        if (IsName(name)) names.push_back(std::move(name));
     }
     return names;
 }
 
 std::optional<Entries> DriverRegistry::Find(const std::string& in_driver) const {
     const ODBC::OdbcIniText text = Load(m_path);
-    if (!text.HasSection(in_driver)) return std::nullopt;
+    if (!IsName(in_driver) || !text.HasSection(in_driver)) return std::nullopt;
     return Entries(text.GetKeyValues(in_driver));
 }
 

@@ -34,8 +34,8 @@ std::vector<std::string> DriverRegistry::GetNames() const {
 
 std::optional<Entries> DriverRegistry::Find(const std::string& in_driver) const {
     RegistryRoot::Section section;
-    if (in_driver.empty() || in_driver.find('\\') != std::string::npos) return std::nullopt;
-    if (!RegistryRoot::OfDrivers().Read(in_driver, section)) return std::nullopt;
+    if (!IsName(in_driver) || !RegistryRoot::OfDrivers().Read(in_driver, section))
+        return std::nullopt;
     return Entries(section.m_entries);
 }
 

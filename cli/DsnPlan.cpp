@@ -3,6 +3,7 @@
 #include "Setup/OdbcIniText.h"
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/CommandError.h"
+#include "cli/DsnStore.h"
 
 namespace Veltrane::Cli {
 
@@ -23,6 +24,9 @@ void CheckField(const ODBC::DialogField& in_field, const std::string& in_value) 
 /// The setup library would keep what it wrote before a value that it refuses, so everything that it
 /// refuses is found out here first.
 void CheckSection(const DsnPlan& in_plan) {
+    if (IsReservedSection(in_plan.m_name)) {
+        Refuse("DSN", "This is the name of a section of the driver manager's own.");
+    }
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         CheckField(field, field.m_key == "DSN" ? in_plan.m_name : in_plan.m_after.Get(field.m_key));
     }

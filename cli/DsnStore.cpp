@@ -4,15 +4,10 @@
 
 namespace Veltrane::Cli {
 
-namespace {
-
-/// The sections of odbc.ini that belong to the driver manager.
-bool IsReserved(const std::string& in_section) {
+bool IsReservedSection(const std::string& in_section) {
     return EqualsIgnoringCase(in_section, "ODBC Data Sources") ||
            EqualsIgnoringCase(in_section, "ODBC");
 }
-
-}  // namespace
 
 const char* GetScopeName(Scope in_scope) { return in_scope == Scope::System ? "system" : "user"; }
 
@@ -20,7 +15,8 @@ std::vector<std::string> GetDsnNames(const ODBC::OdbcIniText& in_text) {
     std::vector<std::string> names;
     std::set<std::string> known;
     for (std::string& name : in_text.GetSections()) {
-        if (name.empty() || IsReserved(name) || !known.insert(FoldCase(name)).second) continue;
+        if (name.empty() || IsReservedSection(name) || !known.insert(FoldCase(name)).second)
+            continue;
         names.push_back(std::move(name));
     }
     return names;

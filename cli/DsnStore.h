@@ -22,6 +22,9 @@ enum class Scope { User, System };
 
 const char* GetScopeName(Scope in_scope);
 
+/// Whether a section of odbc.ini is the driver manager's own, which makes its name no DSN's.
+bool IsReservedSection(const std::string& in_section);
+
 class DsnStore {
 public:
     /// The file or key that the driver manager uses for the scope.
@@ -34,7 +37,7 @@ public:
     /// @throws CommandError EXIT_FAILED with path and reason
     ODBC::OdbcIniText Load() const;
 
-    /// The section of a DSN; nothing when there is none.
+    /// The section of a DSN; nothing when there is none or the name is reserved.
     /// @throws CommandError as Load; on Windows also for a value that could not be written back
     std::optional<Entries> Read(const std::string& in_dsn) const;
 

@@ -43,7 +43,9 @@ ODBC::OdbcIniText DsnStore::Load() const {
 
 std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
     RegistryRoot::Section section;
-    if (in_dsn.empty() || in_dsn.find('\\') != std::string::npos) return std::nullopt;
+    if (in_dsn.empty() || in_dsn.find('\\') != std::string::npos || IsReservedSection(in_dsn)) {
+        return std::nullopt;
+    }
     if (!RootOf(m_scope).Read(in_dsn, section)) return std::nullopt;
     const std::string uncarriable = FindUncarriable(section);
     if (!uncarriable.empty()) {
