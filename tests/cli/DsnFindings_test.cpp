@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/PlatformWords.h"
+
 namespace Veltrane::Cli {
 namespace {
 
@@ -28,7 +30,8 @@ TEST(DsnFindings, ExamineTheLinesOfADsn) {
         {"a longer line", sound + "X=" + std::string(998, 'v') + "\n", "value-does-not-survive"},
         {"a long line of another DSN", sound + "[b]\nX=" + std::string(998, 'v') + "\n", ""},
         {"a key twice", sound + "server=t\n", "key-twice"},
-        {"a value that iODBC cuts", sound + "PWD=a ;b\n", "value-cut-by-iodbc"},
+        {"a value that iODBC cuts", sound + "PWD=a ;b\n",
+         PLATFORM_WORDS.m_hasCommentsInValues ? "value-cut-by-iodbc" : ""},
         {"a semicolon that it does not", sound + "PWD=a;b\n", ""},
     };
     for (const auto& c : cases) {

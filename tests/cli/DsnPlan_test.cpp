@@ -87,7 +87,7 @@ TEST(DsnPlan, RefusesWhatCouldNotBeReadBack) {
     DsnWish wish = Wish({{"Server", "s"}, {"Database", "d"}});
     wish.m_name = "a[b";
     EXPECT_THROW(MakePlan(wish, {}), CommandError);
-    wish = Wish({{"PWD", std::string(995, 'x')}});
+    wish = Wish({{"X", std::string(997, 'x')}});
     EXPECT_EQ(MakePlan(wish, STORED).m_action, Action::Change);
 }
 

@@ -10,6 +10,7 @@ orska_test(NAME system_installer_test
   LIBRARIES orska_support odbccp32
   LABELS end_to_end
   ENVIRONMENT WINEDLLOVERRIDES=odbccp32=b)
+set_tests_properties(system_installer_test PROPERTIES RESOURCE_LOCK odbc_keys)
 foreach(test end_to_end_test system_installer_test)
   target_compile_definitions(${test} PRIVATE
     ${setup_library} "SETUP_VERSION=L\"${PROJECT_VERSION}\"")

@@ -11,8 +11,21 @@ namespace {
 
 /// Names the scratch key to the installer's library in the same process.
 constexpr wchar_t VARIABLE[] = L"VELTRANE_TEST_INSTALLER_KEY";
+/// The name that stands for the keys of ODBC itself.
+constexpr wchar_t KEYS_OF_ODBC[] = L"ODBC";
 /// Characters of a name or a text, with the NUL.
 constexpr DWORD LONGEST = 8192;
+
+/// A key below one of the registry's own.
+struct Place {
+    HKEY m_root;
+    std::wstring m_path;
+
+    const wchar_t* GetPath() const noexcept { return m_path.c_str(); }
+    Place operator/(const std::wstring& in_name) const {
+        return {m_root, m_path + L"\\" + in_name};
+    }
+};
 
 std::wstring ScratchKey() {
     std::wstring key(MAX_PATH, L'\0');
@@ -20,21 +33,21 @@ std::wstring ScratchKey() {
     return key;
 }
 
-std::wstring PathOf(Root in_root) {
-    constexpr const wchar_t* NAMES[] = {L"\\User\\ODBC.INI", L"\\System\\ODBC.INI",
-                                        L"\\System\\ODBCINST.INI"};
-    return ScratchKey() + NAMES[static_cast<int>(in_root)];
-}
-
-std::wstring PathOf(Root in_root, const std::wstring& in_section) {
-    return PathOf(in_root) + L"\\" + in_section;
+Place PlaceOf(Root in_root) {
+    const std::wstring key = ScratchKey();
+    const std::wstring name = in_root == Root::DRIVERS ? L"ODBCINST.INI" : L"ODBC.INI";
+    if (key == KEYS_OF_ODBC) {
+        return {in_root == Root::USER ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE,
+                L"Software\\ODBC\\" + name};
+    }
+    return Place{HKEY_CURRENT_USER, key} / (in_root == Root::USER ? L"User" : L"System") / name;
 }
 
 /// Owns an open key; null when it cannot be opened.
 class Key {
 public:
-    explicit Key(const std::wstring& in_path) {
-        if (::RegOpenKeyExW(HKEY_CURRENT_USER, in_path.c_str(), 0, KEY_READ, &m_key) != 0) {
+    explicit Key(const Place& in_place) {
+        if (::RegOpenKeyExW(in_place.m_root, in_place.GetPath(), 0, KEY_READ, &m_key) != 0) {
             m_key = nullptr;
         }
     }
@@ -91,11 +104,11 @@ void RemoveScratchKey() { ::RegDeleteTreeW(HKEY_CURRENT_USER, ScratchKey().c_str
 
 std::optional<std::wstring> Read(Root in_root, const std::wstring& in_section,
                                  const std::wstring& in_key) {
-    const std::wstring path = PathOf(in_root, in_section);
+    const Place place = PlaceOf(in_root) / in_section;
     DWORD bytes = 0;
     const auto get = [&](wchar_t* out_value) {
-        return ::RegGetValueW(HKEY_CURRENT_USER, path.c_str(), in_key.c_str(), RRF_RT_REG_SZ,
-                              nullptr, out_value, &bytes);
+        return ::RegGetValueW(place.m_root, place.GetPath(), in_key.c_str(), RRF_RT_REG_SZ, nullptr,
+                              out_value, &bytes);
     };
     if (get(nullptr) != 0) return std::nullopt;
     std::wstring value(bytes / sizeof(wchar_t), L'\0');
@@ -106,28 +119,33 @@ std::optional<std::wstring> Read(Root in_root, const std::wstring& in_section,
 
 bool Write(Root in_root, const std::wstring& in_section, const std::wstring& in_key,
            const wchar_t* in_value) {
-    const std::wstring path = PathOf(in_root, in_section);
+    const Place place = PlaceOf(in_root) / in_section;
     if (in_value == nullptr) {
-        const LONG result = ::RegDeleteKeyValueW(HKEY_CURRENT_USER, path.c_str(), in_key.c_str());
+        const LONG result = ::RegDeleteKeyValueW(place.m_root, place.GetPath(), in_key.c_str());
         return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
     }
     const std::size_t bytes = (std::char_traits<wchar_t>::length(in_value) + 1) * sizeof(wchar_t);
-    return ::RegSetKeyValueW(HKEY_CURRENT_USER, path.c_str(), in_key.c_str(), REG_SZ, in_value,
+    return ::RegSetKeyValueW(place.m_root, place.GetPath(), in_key.c_str(), REG_SZ, in_value,
                              static_cast<DWORD>(bytes)) == ERROR_SUCCESS;
 }
 
-void Clear(Root in_root) { ::RegDeleteTreeW(HKEY_CURRENT_USER, PathOf(in_root).c_str()); }
+void Clear(Root in_root) {
+    const Place place = PlaceOf(in_root);
+    ::RegDeleteTreeW(place.m_root, place.GetPath());
+}
 
 bool RemoveSection(Root in_root, const std::wstring& in_section) {
-    const LONG result = ::RegDeleteTreeW(HKEY_CURRENT_USER, PathOf(in_root, in_section).c_str());
+    const Place place = PlaceOf(in_root) / in_section;
+    const LONG result = ::RegDeleteTreeW(place.m_root, place.GetPath());
     return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
 }
 
 Sections List(Root in_root) {
     Sections sections;
-    const Key root(PathOf(in_root));
+    const Place place = PlaceOf(in_root);
+    const Key root(place);
     for (const std::wstring& name : SectionsOf(root.Get())) {
-        sections[name] = ValuesOf(Key(PathOf(in_root, name)).Get());
+        sections[name] = ValuesOf(Key(place / name).Get());
     }
     return sections;
 }

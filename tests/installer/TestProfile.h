@@ -1,6 +1,7 @@
 /// The registry of the test installer: the data sources of a user and of the system and the
 /// installed drivers, all below one scratch key, so that tests neither meet each other nor the data
-/// sources of the machine. Names and values are UTF-16.
+/// sources of the machine. A program that looks at ODBC's own keys is tested on these: for it
+/// VELTRANE_TEST_INSTALLER_KEY is "ODBC". Names and values are UTF-16.
 #ifndef TESTS_INSTALLER_TESTPROFILE_H
 #define TESTS_INSTALLER_TESTPROFILE_H
 

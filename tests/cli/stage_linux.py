@@ -1,0 +1,117 @@
+"""Linux: profiles are files, which the environment names; the installer is unixODBC's."""
+import os
+import subprocess
+
+
+class Stage:
+    KILLED = -9
+    NOT_FOUND = "No such file or directory"
+    NOWHERE = "/no/such/library.so"
+    INSTALLER = r"^/.*/libodbcinst\.so"
+    MANAGER = r"unixODBC 2\.\d+\.\d+"
+    # For the sources of setup libraries.
+    PRELUDE = """
+        #include <dlfcn.h>
+        #include <signal.h>
+        #include <stdio.h>
+        #include <stdlib.h>
+        #include <string.h>
+        #define EXPORTED
+        #define CONFIGURE ConfigDSN
+        #define KILL() raise(SIGKILL)
+        static void* find(const char* library, const char* name) {
+            return dlsym(dlopen(library, RTLD_NOW), name);
+        }
+        static void copy(const char* from, FILE* to) {
+            FILE* const file = fopen(from, "r");
+            for (int c; (c = getc(file)) != EOF;) putc(c, to);
+            fclose(file);
+        }
+        /* What others see of this process, and its environment. */
+        static void show_process(FILE* to) {
+            extern char** environ;
+            copy("/proc/self/cmdline", to);
+            copy("/proc/self/environ", to);
+            for (char** entry = environ; *entry; ++entry) fprintf(to, "%s\\n", *entry);
+        }
+    """
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.setup = os.environ["SETUP_LIBRARY"]
+        self.places = {"user": os.path.join(folder, "user.ini"),
+                       "system": os.path.join(folder, "odbc.ini"),
+                       "drivers": os.path.join(folder, "odbcinst.ini")}
+        self.record = self.places["user"] + ".veltrane-dsn-change"
+        self.environment = {
+            "PATH": os.environ["PATH"], "HOME": folder, "ODBCSYSINI": folder,
+            "ODBCINSTINI": "odbcinst.ini", "ODBCINI": self.places["user"], "TERM": "xterm",
+        }
+        self.environment |= {name: value for name, value in os.environ.items()
+                             if name.endswith("SAN_OPTIONS") or name == "LD_LIBRARY_PATH"}
+        self.write("system", {})
+
+    def prepare(self, arguments):
+        return [os.environ["VELTRANE_DSN"], *arguments], self.environment
+
+    def start(self, arguments, environment=None, **others):
+        return subprocess.Popen([os.environ["VELTRANE_DSN"], *arguments],
+                                env={**self.environment, **(environment or {})}, **others)
+
+    def native(self, path):
+        return path
+
+    def unix(self, path):
+        return path
+
+    def base(self, path):
+        return os.path.basename(path)
+
+    def remove(self, path):
+        os.remove(path)
+
+    def driver(self, library):
+        return {"Setup": library}
+
+    def write(self, place, sections):
+        with open(self.places[place], "w", encoding="utf-8") as file:
+            for name, entries in sections.items():
+                file.write(f"[{name}]\n")
+                file.writelines(f"{key}={value}\n" for key, value in entries.items())
+
+    def read(self, place):
+        sections = {}
+        if not os.path.exists(self.places[place]):
+            return sections
+        with open(self.places[place], encoding="utf-8") as file:
+            for line in file.read().split("\n"):
+                if line.startswith("["):
+                    entries = sections.setdefault(line[1:-1], {})
+                elif line:
+                    key, value = line.split("=", 1)
+                    entries[key] = value
+        return sections
+
+    def write_record(self, text):
+        with open(self.record, "w", encoding="utf-8") as file:
+            file.write(text)
+        os.chmod(self.record, 0o600)
+
+    def has_record(self):
+        return os.path.exists(self.record)
+
+    def compile(self, name, source, *libraries):
+        """Gives the path of a shared library, which needs these in the same folder."""
+        path = os.path.join(self.folder, name)
+        with open(path + ".c", "w", encoding="utf-8") as file:
+            file.write(source)
+        subprocess.run(["cc", "-shared", "-fPIC", "-o", path + ".so", path + ".c",
+                        "-L" + self.folder, *("-l:" + os.path.basename(it) for it in libraries)],
+                       check=True)
+        return path + ".so"
+
+    def make_foreign(self, library):
+        """Makes the library one for a machine of another kind."""
+        with open(library, "r+b") as file:
+            file.seek(18)
+            file.write(b"\xb7\x00" if os.uname().machine != "aarch64" else b"\x3e\x00")

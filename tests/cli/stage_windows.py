@@ -1,0 +1,198 @@
+"""Windows, in Wine: profiles are keys of the registry, those of ODBC itself in the build's own
+WINEPREFIX; the installer is the one for tests, which lies beside the tool.
+
+Environment, beside that of tool_test.py: RUN_IN_WINE and WINE_FOLDER, TEST_INSTALLER,
+DIALOG_LIBRARY and C_COMPILER.
+"""
+import os
+import re
+import shutil
+import subprocess
+
+RECORD_KEY = r"Software\Veltrane\veltrane-dsn"
+DATA_SOURCES = "ODBC Data Sources"
+DRIVERS = "ODBC Drivers"
+
+
+def quote(text):
+    return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
+
+
+def unquote(text):
+    return re.sub(r"\\(.)", r"\1", text[1:-1])
+
+
+class Stage:
+    KILLED = 9
+    NOT_FOUND = "Path not found"
+    NOWHERE = "C:\\no\\such\\library.dll"
+    INSTALLER = r"(?i)^Z:.*\\odbccp32\.dll$"
+    MANAGER = r"(?is)^The ODBC installer is Z:.*\\odbccp32\.dll, 10\.20\.30\.40\."
+    # For the sources of setup libraries.
+    PRELUDE = """
+        #include <stdio.h>
+        #include <stdlib.h>
+        #include <string.h>
+        #include <windows.h>
+        #define EXPORTED __declspec(dllexport)
+        #define CONFIGURE ConfigDSNW
+        #define KILL() TerminateProcess(GetCurrentProcess(), 9)
+        static void* find(const char* library, const char* name) {
+            return (void*)GetProcAddress(LoadLibraryA(library), name);
+        }
+        static void show(const wchar_t* text, FILE* to) {
+            char bytes[8192] = "";
+            WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, NULL, NULL);
+            fprintf(to, "%s\\n", bytes);
+        }
+        /* What others see of this process, and its environment, also the C run-time's copy. */
+        static void show_process(FILE* to) {
+            show(GetCommandLineW(), to);
+            for (const wchar_t* entry = GetEnvironmentStringsW(); *entry; entry += wcslen(entry) + 1) {
+                show(entry, to);
+            }
+            for (char** entry = _environ; entry && *entry; ++entry) fprintf(to, "%s\\n", *entry);
+        }
+    """
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.environment = {
+            "PATH": os.environ["PATH"], "HOME": os.environ.get("HOME", folder),
+            "LC_ALL": "C.UTF-8", "TERM": "xterm",
+            "WINEDLLOVERRIDES": "odbccp32=n", "VELTRANE_TEST_INSTALLER_KEY": "ODBC",
+        }
+        for name in ("VELTRANE_DSN", "TEST_INSTALLER"):
+            os.symlink(os.environ[name], os.path.join(folder, os.path.basename(os.environ[name])))
+        self.tool = os.path.join(folder, os.path.basename(os.environ["VELTRANE_DSN"]))
+        # A folder of its own, as that of an installed driver.
+        os.mkdir(os.path.join(folder, "driver"))
+        for name in ("SETUP_LIBRARY", "DIALOG_LIBRARY"):
+            shutil.copy(os.environ[name], os.path.join(folder, "driver"))
+        self.setup = self.native(os.path.join(folder, "driver",
+                                              os.path.basename(os.environ["SETUP_LIBRARY"])))
+        self.places = {"user": r"HKEY_CURRENT_USER\Software\ODBC\ODBC.INI",
+                       "system": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBC.INI",
+                       "drivers": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBCINST.INI"}
+        self.record = f"HKEY_CURRENT_USER\\{RECORD_KEY}\\Change"
+        # What is to be written to the registry before the next program runs: a start of one that
+        # does so takes as long as that of the tool.
+        self.unwritten = [f"[-HKEY_CURRENT_USER\\{RECORD_KEY}]",
+                          f"[-HKEY_LOCAL_MACHINE\\{RECORD_KEY}]"]
+        self.exported = {}  # what has been read since the tool last ran
+        self.write("user", {})
+        self.write("system", {})
+
+    def command(self, *words):
+        return [os.environ["RUN_IN_WINE"], os.environ["WINE_FOLDER"], *words]
+
+    def write_registry(self):
+        if not self.unwritten:
+            return
+        path = os.path.join(self.folder, "unwritten.reg")
+        with open(path, "w", encoding="utf-16", newline="\r\n") as file:
+            file.write("Windows Registry Editor Version 5.00\n\n" + "\n".join(self.unwritten) + "\n")
+        subprocess.run(self.command("reg", "import", self.native(path)), env=self.environment,
+                       check=True, capture_output=True)
+        self.unwritten = []
+
+    def prepare(self, arguments):
+        self.write_registry()
+        self.exported = {}
+        return self.command(self.tool, *arguments), self.environment
+
+    def start(self, arguments, environment=None, **others):
+        command, own = self.prepare(arguments)
+        return subprocess.Popen(command, env={**own, **(environment or {})}, **others)
+
+    def native(self, path):
+        return "Z:" + path.replace("/", "\\")
+
+    def base(self, path):
+        return os.path.basename(self.unix(path))
+
+    def remove(self, path):
+        os.remove(self.unix(path))
+
+    def driver(self, library):
+        return {"Driver": "C:\\windows\\system32\\odbc32.dll", "Setup": library}
+
+    def write(self, place, sections):
+        """A value is a text, or what stands for another type in a .reg file, as bytes."""
+        root = self.places[place]
+        self.exported.pop(root, None)
+        lists = {}
+        self.unwritten.append(f"[-{root}]")
+        for name, entries in sections.items():
+            self.unwritten.append(f"[{root}\\{name}]")
+            self.unwritten += [f"{quote(key)}=" + (value.decode() if isinstance(value, bytes)
+                                                   else quote(value))
+                               for key, value in entries.items()]
+            if place == "drivers" and name != "ODBC":
+                lists.setdefault(DRIVERS, {})[name] = "Installed"
+            elif "Driver" in entries:
+                lists.setdefault(DATA_SOURCES, {})[name] = entries["Driver"]
+        for name, entries in lists.items():
+            self.unwritten.append(f"[{root}\\{name}]")
+            self.unwritten += [f"{quote(key)}={quote(value)}" for key, value in entries.items()]
+
+    def export(self, key):
+        """The sections below a key of the registry."""
+        self.write_registry()
+        if key in self.exported:
+            return self.exported[key]
+        path = os.path.join(self.folder, "exported.reg")
+        result = subprocess.run(self.command("reg", "export", key, self.native(path), "/y"),
+                                env=self.environment, capture_output=True, check=False)
+        sections = {}
+        if result.returncode == 0:
+            with open(path, encoding="utf-16") as file:
+                for line in file:
+                    if line.startswith("["):
+                        entries = sections.setdefault(line[len(key) + 2:-2], {})
+                    elif match := re.match(r'("(?:[^"\\]|\\.)*")=(.*)$', line):
+                        value = match[2]
+                        entries[unquote(match[1])] = (unquote(value) if value.startswith('"')
+                                                      else value.encode())
+        sections.pop("", None)
+        self.exported[key] = sections
+        return sections
+
+    def read(self, place):
+        """The sections without the list of them, which has to agree with them."""
+        sections = dict(self.export(self.places[place]))
+        if place == "drivers":
+            expected = dict.fromkeys(sections.keys() - {DRIVERS, "ODBC"}, "Installed")
+            assert sections.pop(DRIVERS, {}) == expected, sections
+        else:
+            expected = {name: entries["Driver"] for name, entries in sections.items()
+                        if "Driver" in entries}
+            assert sections.pop(DATA_SOURCES, {}) == expected, sections
+        return sections
+
+    def write_record(self, text):
+        bytes_of = ",".join(f"{byte:02x}" for byte in (text + "\0").encode("utf-16-le"))
+        self.unwritten += [f"[HKEY_CURRENT_USER\\{RECORD_KEY}]", f'"Change"=hex(1):{bytes_of}']
+
+    def has_record(self):
+        return "Change" in self.export(r"HKEY_CURRENT_USER\Software\Veltrane").get("veltrane-dsn", {})
+
+    def compile(self, name, source, *libraries):
+        """Gives the path of a shared library, which needs these in the same folder."""
+        path = os.path.join(self.folder, name)
+        with open(path + ".c", "w", encoding="utf-8") as file:
+            file.write(source)
+        subprocess.run([os.environ["C_COMPILER"], "-shared", "-s", "-o", path + ".dll", path + ".c",
+                        *(self.unix(it) for it in libraries)], check=True)
+        return self.native(path + ".dll")
+
+    def unix(self, path):
+        return path[2:].replace("\\", "/")
+
+    def make_foreign(self, library):
+        """Makes the library one for a machine of another kind."""
+        with open(self.unix(library), "r+b") as file:
+            file.seek(0x3c)
+            header = int.from_bytes(file.read(4), "little")
+            file.seek(header + 4)
+            file.write(b"\x64\xaa")

@@ -1,0 +1,107 @@
+"""What the tests of the built veltrane-dsn share. It runs in a scratch folder, through the ODBC
+installer: on Linux the real one, in Wine the project's own for tests.
+
+Environment: VELTRANE_DSN is the tool, SETUP_LIBRARY the setup library; the systems' own parts,
+stage_linux.py and stage_windows.py, name what else they need.
+"""
+import json
+import os
+import pty
+import re
+import select
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import termios
+import time
+import unittest
+
+sys.dont_write_bytecode = True
+if os.environ["VELTRANE_DSN"].endswith(".exe"):
+    from stage_windows import Stage
+else:
+    from stage_linux import Stage
+
+PASSWORD = "p=;#'\"{}[]\\%$ ü€日本😀"
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="veltrane-dsn-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.stage = Stage(self.folder)
+        self.stage.write("drivers", {"Veltrane": self.stage.driver(self.stage.setup)})
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write_file(self, name, text):
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write(text)
+        return self.stage.native(self.path(name))
+
+    def read_file(self, path):
+        with open(path, encoding="utf-8") as file:
+            return file.read()
+
+    def write(self, sections, scope="user"):
+        """Makes these the DSNs of the scope, {name: {key: value}}."""
+        self.stage.write(scope, sections)
+
+    def dsns(self, scope="user"):
+        return self.stage.read(scope)
+
+    def run_tool(self, *arguments, code=0, stdin="", **environment):
+        """Runs the tool, checks its exit code, and gives its output and its errors."""
+        process = self.stage.start(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True, encoding="utf-8",
+                                   start_new_session=True, environment=environment)
+        output, errors = process.communicate(stdin, timeout=120)
+        self.assertEqual(process.returncode, code, f"{arguments}: {output}{errors}")
+        return output, errors
+
+    def run_json(self, *arguments, **others):
+        return json.loads(self.run_tool(*arguments, "--json", **others)[0])
+
+    def run_together(self, *commands):
+        """Runs the tool several times at once."""
+        processes = [self.stage.start(command) for command in commands]
+        self.assertEqual([process.wait(300) for process in processes], [0 for _ in commands])
+
+    def run_on_a_terminal(self, *arguments, answer):
+        """Gives the exit code and what the terminal shows; types the answer to the question."""
+        command, environment = self.stage.prepare(arguments)
+        process, terminal = pty.fork()
+        if process == 0:
+            os.execve(command[0], command, environment)
+        shown = b""
+        try:
+            end = time.monotonic() + 60
+            while time.monotonic() < end:
+                if select.select([terminal], [], [], 0.05)[0]:
+                    shown += os.read(terminal, 1024)
+                # Wine's console takes the echo away behind the question.
+                is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
+                if answer and b":" in shown and is_silent:
+                    os.write(terminal, answer)
+                    answer = b""
+            os.kill(process, signal.SIGKILL)
+        except OSError:  # its other end has been closed
+            pass
+        os.close(terminal)
+        code = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
+        # In Wine blanks and line ends are movements of the cursor, among other sequences.
+        return code, re.sub(r"\x1b\[[?0-9;]*[A-Za-z]", "", shown.decode("utf-8"))
+
+    def register(self, library):
+        self.stage.write("drivers", {"Veltrane": self.stage.driver(library)})
+
+    def add_sales(self, *arguments, **others):
+        return self.run_tool("add", "sales", "--server", "db", "--database", "d", *arguments, **others)
+
+
+def main():
+    """Runs the classes or tests that the command line names."""
+    unittest.main(module="__main__")

@@ -1,0 +1,184 @@
+#!/usr/bin/env python3
+"""What the built veltrane-dsn does with files, on Linux, and the texts for manuals and shells.
+
+Environment, beside that of tool_test.py: TEXTS, the folder of the generated texts.
+"""
+import os
+import re
+import shutil
+import stat
+import subprocess
+
+from tool_test import ToolTest, main
+
+
+class FileTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.user = self.stage.places["user"]
+
+
+class FilesTest(FileTest):
+    def test_writes_the_keys_in_their_order_into_a_private_file(self):
+        self.add_sales("--uid", "anna", "-p", "LoginMode=1")
+        self.assertEqual(self.read_file(self.user), "[sales]\nDriver=Veltrane\nServer=db\n"
+                                                    "LoginMode=1\nUID=anna\nDatabase=d\n\n")
+        self.assertEqual(stat.S_IMODE(os.stat(self.user).st_mode), 0o600)
+        self.run_tool("remove", "sales")
+        self.assertEqual(self.read_file(self.user), "")
+
+    def test_keeps_what_the_setup_library_drops_and_comments(self):
+        self.write_file("user.ini", "# ours\n[sales]\nDriver = Veltrane\nExtra = a ; b\nServer=s\n"
+                                    "Database=d\nTrace=\n\n[other]\nx=1\n")
+        self.run_tool("set", "sales", "--server", "t")
+        after = self.read_file(self.user)
+        self.assertIn("Extra=a ; b\n", after)
+        self.assertTrue(after.startswith("# ours\n[sales]\n"), after)
+        self.assertTrue(after.endswith("[other]\nx=1\n"), after)
+
+    def test_keeps_lines_of_a_key_that_stands_twice(self):
+        self.write_file("user.ini", "[sales]\nDriver=Veltrane\nHint=1\nServer=s\nDatabase=d\n"
+                                    "hint = 2\nOld=1\nOld=2\nPWD=a\nPWD=b\n")
+        self.run_tool("set", "sales", "--server", "t", "--unset", "Old")
+        self.assertEqual(self.read_file(self.user), "[sales]\nDriver=Veltrane\nServer=t\nPWD=a\n"
+                                                    "Database=d\nHint=1\nhint=2\n")
+
+    def test_a_killed_run_leaves_repeated_lines_in_a_private_file(self):
+        self.register(self.stage.compile("killer", self.stage.PRELUDE + """
+            int ConfigDSN(void* window, unsigned short request, const char* driver,
+                          const char* values) {
+                int (*configure)(void*, unsigned short, const char*, const char*) =
+                    find("%s", "ConfigDSN");
+                configure(window, request, driver, values);
+                return KILL();
+            }""" % self.stage.setup))
+        before = "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nHint=1\nHint=2\n"
+        self.write_file("user.ini", before)
+        self.run_tool("set", "sales", "--server", "t", code=self.stage.KILLED)
+        self.assertEqual(stat.S_IMODE(os.stat(self.stage.record).st_mode), 0o600)
+        self.run_tool("remove", "nothing", "--if-exists")
+        self.assertEqual(self.read_file(self.user), before.replace("=s", "=t"))
+
+    def test_a_record_that_others_can_write_to_is_refused(self):
+        before = "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nExtra=1\n"
+        self.write_file("user.ini", before)
+        self.stage.write_record("[change]\nDSN=sales\n[before]\n[kept]\nEvil=1\n[end]\n")
+        os.chmod(self.stage.record, 0o666)
+        _, errors = self.run_tool("set", "sales", "--server", "t", code=1)
+        self.assertIn(f"{self.stage.record}: is somebody else's", errors)
+        self.assertEqual(self.read_file(self.user), before)
+
+    def test_errors_name_path_and_reason(self):
+        missing = self.path("nowhere/odbc.ini")
+        _, errors = self.add_sales(code=1, ODBCINI=missing)
+        self.assertIn(missing + ": cannot create: No such file or directory", errors)
+        os.mkdir(self.path("folder.ini"))
+        _, errors = self.add_sales(code=1, ODBCINI=self.path("folder.ini"))
+        self.assertIn("folder.ini: ", errors)
+        self.write_file("user.ini", "text before\n[sales]\n")
+        _, errors = self.run_tool("show", "sales", code=1)
+        self.assertIn("before the first section", errors)
+        self.assertEqual(self.read_file(self.user), "text before\n[sales]\n")
+
+    def test_leaves_nothing_beside_the_files(self):
+        self.add_sales("-p", "Trace=1")
+        self.run_tool("set", "sales", "--server", "t")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["odbc.ini", "odbcinst.ini", "user.ini"])
+
+    def test_a_registration_keeps_comments(self):
+        before = f"# kept\n[Veltrane]\nSetup={self.stage.setup}\n"
+        self.write_file("odbcinst.ini", before)
+        for command in ("register", "unregister"):
+            setup = ["--setup", self.stage.setup] if command == "register" else []
+            self.run_tool("driver", command, "--driver", "V 2", *setup)
+        self.assertEqual(self.read_file(self.stage.places["drivers"]), before)
+
+
+class FileFindingsTest(FileTest):
+    def findings(self, **environment):
+        report = self.run_json("doctor", code=1, **environment)
+        return {finding["id"]: finding["text"] for finding in report["findings"]}
+
+    def test_finds_what_is_wrong_with_a_shared_object(self):
+        self.register(self.stage.compile("symbol", "int absent_function(void);"
+                                                   "int ConfigDSN(void) { return absent_function(); }"))
+        self.assertIn("absent_function", self.findings()["library-missing-symbol"])
+        self.register(self.stage.compile("crash", "#include <stdlib.h>\n__attribute__((constructor)) "
+                                                  "static void f(void) { abort(); }"))
+        self.assertIn("library-crashes", self.findings())
+
+    def test_finds_what_is_wrong_with_files(self):
+        self.write_file("user.ini", "[sales]\nDriver=Veltrane\nServer=s\nPWD=hunter2\nServer=t\n"
+                                    "[SALES]\n")
+        os.chmod(self.user, 0o666)
+        found = self.findings(ODBCSEARCH="ODBC_SYSTEM_DSN")
+        for name in ("key-twice", "section-twice", "password-readable-by-others",
+                     "file-writable-by-others", "environment-odbcsearch"):
+            self.assertIn(name, found)
+        self.assertNotIn("hunter2", str(found))
+        os.chmod(self.user, 0o600)
+        self.assertNotIn("password-readable-by-others", self.findings())
+        found = self.findings(ODBCINI="/nowhere/odbc.ini")
+        self.assertIn("/nowhere/odbc.ini: cannot create", found["file-not-writable"])
+        self.write_file("user.ini", "text\n")
+        self.assertIn("before the first section", self.findings()["file-unreadable"])
+
+
+class TextsTest(ToolTest):
+    def names(self):
+        """Every command with its options, as the tool's own help has them."""
+        overview, _ = self.run_tool("--help")
+        commands = re.findall(r"(?m)^  ((?:driver )?[a-z]+)  +", overview)
+        self.assertGreater(len(commands), 10)
+        for command in commands:
+            text, _ = self.run_tool(*command.split(), "--help")
+            yield command, re.findall(r"(?m)^  (?:-\w, )?(--[a-z-]+)", text)
+
+    def test_the_manual_names_every_option_and_formats_cleanly(self):
+        page = os.path.join(os.environ["TEXTS"], "man", "veltrane-dsn.1")
+        if shutil.which("groff"):
+            result = subprocess.run(["groff", "-man", "-Tutf8", "-ww", page], text=True,
+                                    capture_output=True, check=True)
+            self.assertEqual(result.stderr, "")
+        source = self.read_file(page).replace("\\-", "-")
+        for command, options in self.names():
+            self.assertIn(f".SS veltrane-dsn {command}", source)
+            for option in options:
+                if option != "--help":
+                    self.assertIn(option, source)
+
+    def complete(self, *words):
+        script = os.path.join(os.environ["TEXTS"], "bash", "veltrane-dsn")
+        quoted = " ".join("'" + word + "'" for word in ("veltrane-dsn", *words))
+        result = subprocess.run(
+            ["bash", "-c", f"source '{script}'; COMP_WORDS=({quoted}); COMP_CWORD={len(words)}; "
+                           "_veltrane_dsn; printf '%s\\n' \"${COMPREPLY[@]}\""],
+            text=True, capture_output=True, check=True,
+            env={**self.stage.environment, "PATH": os.path.dirname(os.environ["VELTRANE_DSN"]) + ":" + os.environ["PATH"]})
+        self.assertEqual(result.stderr, "")
+        return result.stdout.split("\n")[:-1]
+
+    def test_bash_completes_commands_options_and_names(self):
+        self.add_sales()
+        for command, options in self.names():
+            self.assertEqual(set(self.complete(*command.split(), "--")) - {""}, set(options), command)
+        self.assertIn("doctor", self.complete("do"))
+        self.assertEqual(set(self.complete("driver", "")), {"register", "unregister", "list"})
+        self.assertEqual(self.complete("show", "sa"), ["sales"])
+        self.assertEqual(self.complete("set", "sales", "--driver", "V"), ["Veltrane"])
+        self.assertEqual(self.complete("add", "x", "--pwd-env", "ODBCSYS"), ["ODBCSYSINI"])
+
+    def test_other_shells_take_their_completion(self):
+        for shell, name in (("zsh", "_veltrane-dsn"), ("fish", "veltrane-dsn.fish")):
+            path = os.path.join(os.environ["TEXTS"], shell, name)
+            text = self.read_file(path)
+            for _, options in self.names():
+                for option in options:
+                    if option != "--help":
+                        self.assertIn(option if shell == "zsh" else "-l " + option[2:], text)
+            if shutil.which(shell):
+                subprocess.run([shell, "-n", path], check=True)
+
+
+if __name__ == "__main__":
+    main()
