@@ -9,12 +9,13 @@
 
 namespace Orska {
 
-/// The value of TR4CE, or null when it is not set or may not be trusted.
+/// The value of TR4CE, or null when it is not set or may not be trusted. One thread at a time
+/// calls this and OpenTraceFile.
 const char* ReadTraceVariable() noexcept;
 
 /// Opens a file for appending, creating it where needed, so that other processes may append to it
 /// at the same time and programs started later do not inherit it. The caller closes it.
-/// @param in_fileName  in the encoding of the system's narrow calls
+/// @param in_fileName  in the encoding of TR4CE's value: on Windows UTF-8
 /// @return null when the file cannot be opened
 std::FILE* OpenTraceFile(const char* in_fileName) noexcept;
 

@@ -4,7 +4,6 @@
 #include <io.h>
 
 #include <cerrno>
-#include <cstdlib>
 
 #include "tools/WindowsApi.h"
 
@@ -29,17 +28,37 @@ constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EHOSTUNREACH, 65}, {ENAMETOOLONG, 63},    {ENOTEMPTY, 66},
 };
 
+/// Of a variable of the environment, its NUL included, in code units.
+constexpr int LONGEST_VALUE = 32'767;
+
+// Process-wide: set and read by ReadTraceVariable and OpenTraceFile, under the lock of their
+// caller.
+constinit wchar_t s_wide[LONGEST_VALUE] = {};
+constinit char s_value[3 * LONGEST_VALUE] = {};
+
 constexpr int LAST_COMMON_ERRNO = ERANGE;
 constexpr int NO_NAME = 108;
 
 }  // namespace
 
-const char* ReadTraceVariable() noexcept { return std::getenv("TR4CE"); }
+const char* ReadTraceVariable() noexcept {
+    // From the system, in UTF-8. The C library's copy has lost the letters that the code page
+    // lacks, and is that of its own start, while the host may have set the variable since.
+    const DWORD length = GetEnvironmentVariableW(L"TR4CE", s_wide, LONGEST_VALUE);
+    const bool isThere = length != 0 && length < LONGEST_VALUE;
+    return isThere && WideCharToMultiByte(CP_UTF8, 0, s_wide, -1, s_value, sizeof s_value, nullptr,
+                                          nullptr) != 0
+               ? s_value
+               : nullptr;
+}
 
 std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
+    if (MultiByteToWideChar(CP_UTF8, 0, in_fileName, -1, s_wide, LONGEST_VALUE) == 0) {
+        return nullptr;
+    }
     // With the right to append and no right to write elsewhere, the system places each write at the
     // end of the file, whatever other processes do meanwhile.
-    const HANDLE handle = CreateFileA(in_fileName, FILE_APPEND_DATA | SYNCHRONIZE,
+    const HANDLE handle = CreateFileW(s_wide, FILE_APPEND_DATA | SYNCHRONIZE,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {

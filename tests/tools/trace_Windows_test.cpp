@@ -3,6 +3,8 @@
 #include <io.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "tests/support/TraceCapture.h"
@@ -14,6 +16,7 @@ namespace {
 using namespace Orska;
 using Orska::Test::TraceCapture;
 using Orska::Test::TraceOnStandardError;
+using Orska::Test::TraceSetting;
 
 TEST(trace, TheThreadIdIsFoldedTo16Bits) {
     const TraceCapture capture("1tn");
@@ -39,6 +42,21 @@ TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
     trace(1, "F", "S", 1, "b");
     EXPECT_EQ(capture.GetText(), "F:1\tb S\n");
     CloseHandle(other);
+}
+
+TEST(trace, ANameThatNoCodePageHasIsTakenFromTheSystem) {
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / L"orska \x65E5\x672C \x00FC \x0416.log";
+    SetEnvironmentVariableW(L"TR4CE", (L"1:" + file.wstring()).c_str());
+    ResetTrace();
+    trace(1, "F", "S", 1, "x");
+    const TraceSetting off(nullptr);
+    std::ifstream stream(file);
+    std::string line;
+    EXPECT_TRUE(std::getline(stream, line));
+    EXPECT_EQ(line, "F:1\tx S");
+    stream.close();
+    EXPECT_TRUE(std::filesystem::remove(file));
 }
 
 TEST(trace, APipeThatIsNotThereMeansStandardError) {
