@@ -1,6 +1,8 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +18,7 @@ namespace {
 
 /// More than any seven values need; keeps a device or an endless pipe from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
+constexpr std::size_t BLOCK_SIZE = 4096;
 
 [[noreturn]] void Fail(const std::string& in_fileName, const std::string& in_reason) {
     throw std::runtime_error("Initial values of a DSN: " + in_fileName + ": " + in_reason + ".");
@@ -32,9 +35,15 @@ bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::str
         Fail(in_fileName, std::strerror(errno));
     }
     fcntl(file.Get(), F_SETFL, 0);
-    char block[4096];
+    // Room for all at once: a buffer that grows leaves what it held behind.
+    struct stat status {};
+    fstat(file.Get(), &status);
+    const auto bytes = static_cast<std::size_t>(status.st_size);
+    out_contents.reserve(std::min(bytes, MAX_FILE_SIZE) + BLOCK_SIZE);
+    std::string block(BLOCK_SIZE, '\0');
+    const WipeAtEnd wipe(block);
     for (;;) {
-        const ssize_t count = read(file.Get(), block, sizeof block);
+        const ssize_t count = read(file.Get(), block.data(), BLOCK_SIZE);
         if (count == 0) {
             return true;
         }
@@ -42,7 +51,7 @@ bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::str
             Fail(in_fileName, std::strerror(errno));
         }
         if (count > 0) {
-            out_contents.append(block, static_cast<std::size_t>(count));
+            out_contents.append(block, 0, static_cast<std::size_t>(count));
         }
         if (out_contents.size() > MAX_FILE_SIZE) {
             Fail(in_fileName, "larger than 1 MiB");
@@ -57,10 +66,10 @@ DialogValues LoadInitialValues() {
     const bool isNamed = named != nullptr && *named != '\0';
     const std::string fileName = isNamed ? named : DEFAULT_INITIAL_VALUES_FILE;
     std::string contents;
+    const WipeAtEnd wipe(contents);
     if (!ReadWholeFile(fileName, !isNamed, contents)) {
         return {};
     }
-    const WipeAtEnd wipe(contents);
     return ParseInitialValues(contents, fileName);
 }
 

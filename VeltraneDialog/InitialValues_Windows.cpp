@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -13,6 +14,7 @@ namespace {
 
 /// More than any seven values need; keeps a device or an endless pipe from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
+constexpr DWORD BLOCK_SIZE = 4096;
 
 constexpr wchar_t VARIABLE[] = L"VELTRANE_DSN_INITIAL_VALUES";
 constexpr wchar_t DEFAULT_FILE_NAME[] = L"dsn-defaults.ini";
@@ -51,21 +53,25 @@ bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
         }
         Fail(in_fileName, DescribeSystemError(error));
     }
-    char block[4096];
+    // Room for all at once: a buffer that grows leaves what it held behind.
+    LARGE_INTEGER size{};
+    GetFileSizeEx(file.Get(), &size);
+    const auto bytes = static_cast<std::size_t>(size.QuadPart);
+    out_contents.reserve(std::min(bytes, MAX_FILE_SIZE) + BLOCK_SIZE);
+    std::string block(BLOCK_SIZE, '\0');
+    const WipeAtEnd wipe(block);
     for (;;) {
         DWORD count = 0;
-        if (ReadFile(file.Get(), block, sizeof block, &count, nullptr) == FALSE) {
+        if (ReadFile(file.Get(), block.data(), BLOCK_SIZE, &count, nullptr) == FALSE) {
             // A pipe whose other end has gone is at its end.
             const DWORD error = GetLastError();
             const bool isEnd = error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
             if (!isEnd) Fail(in_fileName, DescribeSystemError(error));
         }
-        if (count == 0) break;
-        out_contents.append(block, count);
+        if (count == 0) return true;
+        out_contents.append(block.data(), count);
         if (out_contents.size() > MAX_FILE_SIZE) Fail(in_fileName, "larger than 1 MiB");
     }
-    WipeBytes(block, sizeof block);
-    return true;
 }
 
 /// Empty when the variable is not set.
