@@ -33,10 +33,11 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
 endif()
 
 # orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
-#            [ENVIRONMENT name=value] [APART] [EACH_UNIXODBC] [OWN_OPERATORS])
+#            [ENVIRONMENT name=value] [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS])
 # One test program. Each test of it runs in its own process, so that process-wide state begins
 # fresh; in Wine, where a process takes long to start, only where APART asks for it. The default
-# library is orska_support.
+# library is orska_support. With DESKTOP it has windows on Wine's desktop, where programs that run
+# together would take the front from each other, so it runs beside no other such.
 #
 # With EACH_UNIXODBC the tests run once more with each unixODBC that ORSKA_UNIXODBC_PREFIXES names.
 # A driver manager that waits for ever is found by the time limit.
@@ -45,7 +46,7 @@ endif()
 # defines them too, before the program's, so such a test is no part of its build; it has one thread.
 set(ORSKA_UNIXODBC_PREFIXES "" CACHE STRING "Where further versions of unixODBC are installed")
 function(orska_test)
-  cmake_parse_arguments(ARG "APART;EACH_UNIXODBC;OWN_OPERATORS" "NAME;TIMEOUT;ENVIRONMENT"
+  cmake_parse_arguments(ARG "APART;DESKTOP;EACH_UNIXODBC;OWN_OPERATORS" "NAME;TIMEOUT;ENVIRONMENT"
                         "SOURCES;LIBRARIES;LABELS" ${ARGN})
   if(ARG_OWN_OPERATORS AND CMAKE_CXX_FLAGS MATCHES "sanitize=thread")
     return()
@@ -62,6 +63,9 @@ function(orska_test)
   endif()
   if(ARG_ENVIRONMENT)
     list(APPEND properties ENVIRONMENT ${ARG_ENVIRONMENT})
+  endif()
+  if(ARG_DESKTOP)
+    list(APPEND properties RESOURCE_LOCK desktop)
   endif()
   add_executable(${ARG_NAME} ${ARG_SOURCES})
   orska_test_options(${ARG_NAME})

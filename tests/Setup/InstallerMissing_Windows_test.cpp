@@ -28,7 +28,7 @@ TEST(InstallerMissing, TheUserIsToldOnceAndEveryOperationFails) {
     std::wstring texts;  // of every box
     DialogUser user(L"ODBC Installer Error", [&](HWND in_box) {
         ::EnumChildWindows(in_box, &NoteStatic, reinterpret_cast<LPARAM>(&texts));
-        DialogUser::Send(in_box, WM_COMMAND, IDOK, 0);
+        DialogUser::Press(in_box, IDOK);
     });
     orska_wstring value(L"before");
     const orska_wstring file(L"odbc.ini");
@@ -40,7 +40,6 @@ TEST(InstallerMissing, TheUserIsToldOnceAndEveryOperationFails) {
     EXPECT_FALSE(OdbcInstaller::RemoveDSNFromIni(L"a"));
     EXPECT_FALSE(OdbcInstaller::PostInstallerError(11, L"text"));
     EXPECT_STREQ(OdbcInstaller::Request().GetModeName(), "unknown");
-    ::Sleep(50);
     user.Stop();
     EXPECT_EQ(texts, L"[The ODBC installer DLL (ODBCCP32.DLL) is not installed on this system.]");
 }

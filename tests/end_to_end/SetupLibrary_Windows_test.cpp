@@ -121,7 +121,7 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
         DialogUser user(L"Data source sales", [&](HWND in_dialog) {
             DialogUser::Send(::GetDlgItem(in_dialog, ID_INPUT + 1), WM_SETTEXT, 0,
                              reinterpret_cast<LPARAM>(L"entered ü€"));
-            DialogUser::Send(in_dialog, WM_COMMAND, c.m_button, 0);
+            DialogUser::Press(in_dialog, c.m_button);
         });
         // What the handle points to must not matter, so it points nowhere.
         EXPECT_TRUE(SQLConfigDataSource(reinterpret_cast<HWND>(1), ODBC_CONFIG_DSN, "Veltrane",

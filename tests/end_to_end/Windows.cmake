@@ -1,7 +1,7 @@
 # The built library through the test installer, and through the system's own (Wine's).
 set(setup_library "SETUP_LIBRARY=L\"Z:$<TARGET_FILE:VeltraneSetup>\"")
 
-installer_test(NAME end_to_end_test
+installer_test(NAME end_to_end_test DESKTOP
   SOURCES SetupLibrary_Windows_test.cpp
   LIBRARIES orska_support
   LABELS end_to_end)

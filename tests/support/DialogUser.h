@@ -26,6 +26,13 @@ public:
                               nullptr);
     }
 
+    /// Presses a button that closes the dialog, and waits until that is gone. As a click it waits
+    /// in the thread's queue until the dialog is open as a whole: what is sent may come before.
+    static void Press(HWND in_dialog, WPARAM in_button) {
+        ::PostMessageW(in_dialog, WM_COMMAND, in_button, 0);
+        for (int i = 0; i < 500 && ::IsWindow(in_dialog); ++i) ::Sleep(10);
+    }
+
     /// Ends the thread. What it has noted may be read then.
     void Stop() {
         m_isStopped = true;
