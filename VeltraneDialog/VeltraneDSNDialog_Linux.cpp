@@ -27,6 +27,7 @@ int VeltraneDSNDialog::ShowDialog() {
     for (const std::string& program : choice.m_programs) {
         EditorMessage answer = RunEditorInItsTerminal(program, m_values);
         if (answer.m_kind == EditorMessageKind::OK) {
+            SetPwd({});  // a shorter one would leave the rest of it in its memory
             m_values = std::move(answer.m_values);
             return RESULT_OK;
         }

@@ -42,7 +42,8 @@ ShowDialogFunction FindShowDialog() {
     const std::wstring path = own.substr(0, own.rfind(L'\\') + 1) + DIALOG_LIBRARY_NAME;
     const HMODULE library = LoadFrom(path);
     if (library == nullptr) {
-        Fail(ToUtf8(path) + " cannot be loaded: " + DescribeSystemError(GetLastError()));
+        const DWORD error = GetLastError();
+        Fail(ToUtf8(path) + " cannot be loaded: " + DescribeSystemError(error));
     }
     const FARPROC function = GetProcAddress(library, DIALOG_FUNCTION_NAME);
     if (function == nullptr) {
@@ -93,6 +94,7 @@ int VeltraneDSNDialog::ShowDialog() {
     if (!answer.m_isWhole) throw std::bad_alloc();
     switch (result) {
         case DIALOG_ACCEPTED:
+            SetPwd({});  // a shorter one would leave the rest of it in its memory
             m_values = std::move(answer.m_values);
             return RESULT_OK;
         case DIALOG_CANCELLED:

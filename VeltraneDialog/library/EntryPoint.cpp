@@ -35,11 +35,14 @@ int Fail(const DialogRequest& in_request, const std::string& in_reason) {
     return DIALOG_FAILED;
 }
 
-INT_PTR Show(DialogValues& io_values, HWND in_owner) {
+/// @param out_error  why the form did not open, before the thread's look is put back
+INT_PTR Show(DialogValues& io_values, HWND in_owner, DWORD& out_error) {
     const HMODULE library = OwnLibrary();
     const SharpAtEachScale scale;
     const CurrentControls look(library);
-    return NativeForm(io_values).Show(library, in_owner);
+    const INT_PTR result = NativeForm(io_values).Show(library, in_owner);
+    out_error = GetLastError();
+    return result;
 }
 
 int ShowRequest(const DialogRequest& in_request) {
@@ -51,11 +54,11 @@ int ShowRequest(const DialogRequest& in_request) {
     // Without an owner the host's window would take input while the user edits.
     const HWND owner =
         in_request.m_owner != nullptr ? static_cast<HWND>(in_request.m_owner) : GetActiveWindow();
-    const INT_PTR result = Show(values, owner);
+    DWORD error = ERROR_SUCCESS;
+    const INT_PTR result = Show(values, owner, error);
     if (result == IDCANCEL) return DIALOG_CANCELLED;
     if (result != IDOK) {
-        return Fail(in_request,
-                    "The dialog cannot be opened: " + DescribeSystemError(GetLastError()));
+        return Fail(in_request, "The dialog cannot be opened: " + DescribeSystemError(error));
     }
     for (unsigned i = 0; i < DIALOG_TEXT_COUNT; ++i) {
         Hand(in_request, i, *(values.*DIALOG_FIELDS[i].m_value));

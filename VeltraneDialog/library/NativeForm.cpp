@@ -1,7 +1,5 @@
 #include "VeltraneDialog/library/NativeForm.h"
 
-#include <algorithm>
-
 #include "VeltraneDialog/FieldRules.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/WideText_Windows.h"
@@ -15,9 +13,6 @@ namespace {
 
 /// Posted to the form by itself: a choice changes its text only after it has told of the change.
 constexpr UINT MESSAGE_FOLLOW = WM_APP;
-
-/// Room that the password's field gets at once, so that it leaves no copies in smaller buffers.
-constexpr std::size_t PASSWORD_ROOM = 2048;
 
 constexpr int ROW_COUNT = static_cast<int>(DIALOG_FIELDS.size());
 
@@ -103,7 +98,7 @@ bool NativeForm::Handle(UINT in_message, WPARAM in_first, LPARAM) {
             InvalidateRect(m_window, nullptr, TRUE);
             return true;
         case WM_DESTROY:
-            WipePassword();
+            m_password.Overwrite();
             return true;
         default:
             return false;
@@ -122,7 +117,7 @@ void NativeForm::HandleCommand(int in_control, int in_notice) {
         const bool isChoice = row.m_field->m_kind == DialogFieldKind::LOGIN_MODE;
         const bool isChanged = isChoice ? in_notice == CBN_EDITCHANGE || in_notice == CBN_SELCHANGE
                                         : in_notice == EN_CHANGE;
-        if (!isChanged) return;
+        if (!isChanged || m_password.IsOverwriting()) return;
         row.m_isEdited = true;
         if (isChoice) {
             PostMessageW(m_window, MESSAGE_FOLLOW, 0, 0);
@@ -155,11 +150,10 @@ void NativeForm::FillRow(std::size_t in_row) {
     SetText(ID_KEY + row, ToWide(field.m_key));
     if (field.m_kind == DialogFieldKind::LOGIN_MODE) {
         FillChoices(input);
+    } else if (field.m_kind == DialogFieldKind::PASSWORD) {
+        m_password.Attach(input);
     } else {
         SendMessageW(input, EM_SETLIMITTEXT, 0, 0);
-    }
-    if (field.m_kind == DialogFieldKind::PASSWORD) {
-        SetWindowTextW(input, std::wstring(PASSWORD_ROOM, L' ').c_str());
     }
     SetWindowTextW(input, AsWide((m_values.*field.m_value)->c_str()));
 }
@@ -238,18 +232,11 @@ void NativeForm::Accept() {
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         std::u16string text = GetText(ID_INPUT + static_cast<int>(i));
         const WipeAtEnd wipe(text);
-        m_values.*m_rows[i].m_field->m_value = text;
+        DialogString& value = m_values.*m_rows[i].m_field->m_value;
+        if (value) Wipe(*value);  // before its memory is given back for a longer one
+        value = text;
     }
     EndDialog(m_window, IDOK);
-}
-
-void NativeForm::WipePassword() {
-    m_isStarted = false;
-    const HWND password = Get(ID_PASSWORD);
-    const int length = GetWindowTextLengthW(password);
-    const std::size_t room = std::max(PASSWORD_ROOM, static_cast<std::size_t>(length));
-    SendMessageW(password, EM_EMPTYUNDOBUFFER, 0, 0);
-    SetWindowTextW(password, std::wstring(room, L' ').c_str());
 }
 
 void NativeForm::SetText(int in_control, const std::wstring& in_text) {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/library/PasswordField.h"
 
 namespace Veltrane::ODBC {
 
@@ -47,8 +48,6 @@ private:
     HBRUSH PaintStatic(HDC in_context, HWND in_control) const;
     void ShowPassword(bool in_isShown);
     void Accept();
-    /// Overwrites what the password's field holds, before the memory of the field is given back.
-    void WipePassword();
 
     HWND Get(int in_control) const { return GetDlgItem(m_window, in_control); }
     void SetText(int in_control, const std::wstring& in_text);
@@ -57,6 +56,7 @@ private:
     DialogValues& m_values;
     HWND m_window = nullptr;
     std::array<Row, DIALOG_FIELDS.size()> m_rows;
+    PasswordField m_password;
     WPARAM m_passwordMark = 0;
     /// False while the fields are filled: that is no change by the user.
     bool m_isStarted = false;
