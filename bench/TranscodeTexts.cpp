@@ -111,8 +111,8 @@ TextPieces MakePieces(const std::string& in_text, int in_encoding, std::size_t i
     while (pieces.m_bytes < (in_size == 0 ? BYTES : std::max(BYTES, in_size))) {
         const std::size_t size = in_size != 0 ? in_size : 8 + random() % 57;
         std::string piece;
-        // Longer pieces repeat a chunk: making them letter by letter takes long. It is so large that
-        // a processor does not learn what comes next.
+        // Longer pieces repeat a chunk: making them letter by letter takes long. It is so large
+        // that a processor does not learn what comes next.
         if (size > CHUNK) {
             const std::string chunk = MakePiece(in_text, in_encoding, CHUNK, random);
             while (piece.size() + chunk.size() <= size) piece += chunk;

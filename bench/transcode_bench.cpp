@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
@@ -55,10 +56,13 @@ void Register(const Peer& in_peer, const std::string& in_name, const SharedPiece
     benchmark::RegisterBenchmark(
         (in_peer.m_who + "/" + in_name).c_str(),
         [in_peer, in_pieces, in_room](benchmark::State& io_state) {
-            std::string target(in_room, '\0');
+            // Where it begins in a cache line makes up to half the speed: for all at its start.
+            constexpr std::size_t LINE = 64;
+            std::string target(in_room + LINE, '\0');
+            const auto address = reinterpret_cast<std::uintptr_t>(target.data());
+            char* const to = target.data() + (LINE - address % LINE) % LINE;
             for (auto _ : io_state) {
-                benchmark::DoNotOptimize(
-                    in_peer.m_convert(*in_pieces, target.data(), target.size()));
+                benchmark::DoNotOptimize(in_peer.m_convert(*in_pieces, to, in_room));
                 benchmark::ClobberMemory();
             }
             const auto bytes = static_cast<std::int64_t>(in_pieces->m_bytes);
