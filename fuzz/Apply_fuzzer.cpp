@@ -1,6 +1,6 @@
 // The files of `apply`, JSON and INI: a refusal names the source and never the password, what is
-// accepted is written by export and read again as the same, and a plan either refuses it or ends in
-// a section that plans no further change.
+// accepted is written by export and read again as the same, a JSON number means what its digits
+// mean as a text, and a plan either refuses it or ends in a section that plans no further change.
 //
 // Input: the format (or: guess it), then the text.
 #include <algorithm>
@@ -56,16 +56,45 @@ void Plan(const DsnDescription& in_description) {
     }
 }
 
+/// The same JSON with a text in place of each number; "-0" is left.
+std::string QuoteNumbers(const std::string& in_json) {
+    std::string quoted;
+    bool isText = false;
+    for (std::size_t at = 0; at < in_json.size(); ++at) {
+        const char first = in_json[at];
+        std::size_t length = 1;
+        if (isText && first == '\\') {
+            length = 2;
+        } else if (first == '"') {
+            isText = !isText;
+        } else if (!isText && (first == '-' || (first >= '0' && first <= '9'))) {
+            length =
+                std::min(in_json.find_first_not_of("+-.0123456789Ee", at), in_json.size()) - at;
+        }
+        const std::string part = in_json.substr(at, length);
+        const bool isNumber =
+            !isText && part != "-0" && (length > 1 || (first >= '0' && first <= '9'));
+        quoted += isNumber ? '"' + part + '"' : part;
+        at += length - 1;
+    }
+    return quoted;
+}
+
+void RequireSame(const Descriptions& in_one, const Descriptions& in_other,
+                 const std::string& in_text) {
+    Require(in_one.size() == in_other.size(), "another number of DSNs", in_text);
+    for (std::size_t i = 0; i < in_one.size(); ++i) {
+        Require(in_one[i].m_name == in_other[i].m_name, "another name", in_text);
+        Require(in_one[i].m_driver == in_other[i].m_driver, "another driver", in_text);
+        Require(Sorted(in_one[i].m_values) == Sorted(in_other[i].m_values), "other values",
+                in_text);
+    }
+}
+
 void CompareExported(const Descriptions& in_descriptions, DescriptionFormat in_format) {
     const std::string text = FormatDescriptions(in_descriptions, in_format);
     const Descriptions again = ParseDescriptions(text, in_format, "again");
-    Require(again.size() == in_descriptions.size(), "another number of DSNs", text);
-    for (std::size_t i = 0; i < again.size(); ++i) {
-        Require(again[i].m_name == in_descriptions[i].m_name, "another name", text);
-        Require(again[i].m_driver == in_descriptions[i].m_driver, "another driver", text);
-        Require(Sorted(again[i].m_values) == Sorted(in_descriptions[i].m_values), "other values",
-                text);
-    }
+    RequireSame(again, in_descriptions, text);
 }
 
 Descriptions Parse(const std::string& in_text, DescriptionFormat in_format) {
@@ -88,6 +117,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
                                      : mode == 1 ? DescriptionFormat::Json
                                                  : DescriptionFormat::Ini;
     const Descriptions descriptions = Parse(text, format);
+    if (format == DescriptionFormat::Json && !descriptions.empty()) {
+        RequireSame(Parse(QuoteNumbers(text), format), descriptions, text);
+    }
     std::for_each(descriptions.begin(), descriptions.end(), Plan);
     if (std::all_of(descriptions.begin(), descriptions.end(), IsPlain)) {
         CompareExported(descriptions, format);

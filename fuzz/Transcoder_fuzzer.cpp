@@ -2,7 +2,8 @@
 // against ICU where the text is valid.
 //
 // Input: the pair, the kind of text, two bytes of room, one of offset, then the text: as it stands,
-// or as numbers that become valid code points, so that deep blocks of valid text are reached.
+// or as numbers that become valid code points, so that deep blocks of valid text are reached, and
+// on request one ill-formed sequence among them, as long as the one in whose place it stands.
 #include <unicode/ucnv.h>
 
 #include <cstdint>
@@ -27,7 +28,23 @@ constexpr std::size_t HEADER = 5;
     std::abort();
 }
 
-std::string MakeValid(const std::uint8_t* in_data, std::size_t in_size, int in_encoding) {
+/// A sequence of this size that is not well-formed, or a code point that is none.
+std::string MakeIllFormed(std::size_t in_size, std::uint8_t in_choice, int in_encoding) {
+    constexpr const char* SEQUENCES[][4] = {
+        {"\x80", "\xBF", "\xC2", "\xFF"},
+        {"\xC0\x80", "\xC1\xBF", "\xC2\x7F", "\xDF\xC0"},
+        {"\xE0\x9F\xBF", "\xED\xA0\x80", "\xED\xBF\xBF", "\xE1\x80\x7F"},
+        {"\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF7\xBF\xBF\xBF", "\xF8\x90\x80\x80"}};
+    constexpr char32_t CODE_POINTS[] = {0xD800, 0xDFFF, 0x110000, 0xDC00};
+    return in_encoding == UTF8 ? SEQUENCES[in_size - 1][in_choice % 4]
+                               : EncodeCodePoint(in_size == 2 ? 0xD800 | (in_choice % 8) << 8
+                                                              : CODE_POINTS[in_choice % 4],
+                                                 in_encoding);
+}
+
+/// @param in_bad  the code point that is ill-formed, counted from 0
+std::string MakeValid(const std::uint8_t* in_data, std::size_t in_size, int in_encoding,
+                      std::size_t in_bad, std::uint8_t in_choice) {
     std::string text;
     for (std::size_t i = 0; i + 1 < in_size; i += 2) {
         char32_t codePoint = in_data[i] | static_cast<char32_t>(in_data[i + 1] & 0x0F) << 8;
@@ -62,7 +79,9 @@ std::string MakeValid(const std::uint8_t* in_data, std::size_t in_size, int in_e
                 codePoint |= 0x1F000;
                 break;
         }
-        text += EncodeCodePoint(codePoint, in_encoding);
+        const std::string sequence = EncodeCodePoint(codePoint, in_encoding);
+        const bool isBad = i / 2 == in_bad && in_encoding < LATIN1;
+        text += isBad ? MakeIllFormed(sequence.size(), in_choice, in_encoding) : sequence;
     }
     return text;
 }
@@ -120,8 +139,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     if (in_size < HEADER) return 0;
     const Kernel& first = s_kernels[in_data[0] % s_kernels.size()];
     const bool isValid = (in_data[1] & 1) != 0;
-    std::string text = isValid ? MakeValid(in_data + HEADER, in_size - HEADER, first.m_source)
-                               : std::string(in_data + HEADER, in_data + in_size);
+    const std::size_t raw = in_data[2] | static_cast<std::size_t>(in_data[3]) << 8;
+    const std::size_t bad = (in_data[1] & 8) != 0 ? raw % (in_size / 2) : in_size;
+    std::string text =
+        isValid ? MakeValid(in_data + HEADER, in_size - HEADER, first.m_source, bad, in_data[4])
+                : std::string(in_data + HEADER, in_data + in_size);
     if (isValid && (in_data[1] & 2) != 0 && !text.empty()) {
         text.resize(text.size() - in_data[4] % text.size());
     }
@@ -129,7 +151,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
         ReferenceTranscode(first.m_source, first.m_target, text, text.size() * 4);
     CompareWithIcu(first, text, whole);
     // Mostly just below or above what the text needs.
-    const std::size_t raw = in_data[2] | static_cast<std::size_t>(in_data[3]) << 8;
     const std::size_t needed = whole.m_bytes.size();
     const std::size_t room = (in_data[1] & 4) != 0 ? raw % (needed + 1) : needed + raw % 160;
     const ReferenceResult expected = ReferenceTranscode(first.m_source, first.m_target, text, room);
