@@ -167,6 +167,9 @@ TEST_F(RegistryKeyLinux, LooksForTheUserHiveInTheConfigurationDirectory) {
     }
     unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(Load(L"", L"Key"), "home=;");
+    // The home of the user database; whatever is there, it is not these.
+    unsetenv("HOME");
+    EXPECT_EQ(Load(L"HKEY_CURRENT_USER", L"Key"), "");
 }
 
 TEST_F(RegistryKeyLinux, AMissingHiveIsAMissingKey) {
@@ -180,6 +183,8 @@ TEST_F(RegistryKeyLinux, AMissingHiveIsAMissingKey) {
 TEST_F(RegistryKeyLinux, AHiveThatCannotBeReadIsReportedAndCountsAsMissing) {
     WriteHive(m_user, {{"Key", {{"V", 4, "\1\0\0\0"s}}}});
     const std::string good = m_directory.Read("user.hive");
+    const std::string loop = m_directory.GetPath("loop");
+    std::filesystem::create_symlink(loop, loop);
     const std::string fifo = m_directory.GetPath("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     std::string wrongChecksum = good;
@@ -194,6 +199,7 @@ TEST_F(RegistryKeyLinux, AHiveThatCannotBeReadIsReportedAndCountsAsMissing) {
         m_directory.Write("bin", wrongBin),
         m_directory.GetPath(),
         fifo,
+        loop,
     };
     for (const std::string& file : files) {
         SCOPED_TRACE(file);

@@ -1,5 +1,6 @@
 #include "Setup/InstallerLibrary.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,6 +8,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <utility>
 
 #include "Setup/ConfigModeProbe.h"
 #include "Setup/OdbcInstaller.h"
@@ -88,6 +90,33 @@ TEST(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
     std::filesystem::remove_all(scratch.SystemFile().parent_path());
     s_mode = ConfigMode::SYSTEM;
     EXPECT_EQ(ProbeConfigMode(library), ConfigMode::SYSTEM);
+}
+
+/// In the mode that it starts with. Its reader takes the user's file when that has the value.
+TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
+    using namespace OdbcInstaller;
+    const IniScratch scratch;
+    ::setenv("SYSODBCINI", scratch.SystemFile().c_str(), 1);
+    IniScratch::Write(scratch.UserFile(), "[a]\nboth=user\nempty=\nuser=1\n");
+    IniScratch::Write(scratch.SystemFile(), "[a]\nboth=system\nempty=full\nsystem=2\n[b]\nk=v\n");
+    void* const iodbc = ::dlopen("libiodbcinst.so.2", RTLD_NOW | RTLD_LOCAL);
+    if (iodbc == nullptr) GTEST_SKIP() << "iODBC is not installed";
+    const auto read = reinterpret_cast<decltype(&ReadAsTheDriverManager)>(
+        ::dlsym(iodbc, "SQLGetPrivateProfileString"));
+    for (const auto& [section, key] : {std::pair{"a", "both"},
+                                       {"a", "empty"},
+                                       {"a", "user"},
+                                       {"a", "system"},
+                                       {"b", "k"},
+                                       {"b", "none"}}) {
+        char theirs[20] = "";
+        read(section, key, "", theirs, sizeof theirs, "odbc.ini");
+        orska_wstring ours;
+        EXPECT_GE(GetPrivateProfileString(orska_wstring(section), orska_wstring(key),
+                                          orska_wstring(""), ours, 20, orska_wstring("odbc.ini")),
+                  0);
+        EXPECT_EQ(ours.GetAsUtf8(), theirs) << section << " " << key;
+    }
 }
 
 TEST(InstallerLibrary, TellsTheUserOnceWhenItCannotBeLoaded) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -76,6 +77,57 @@ TEST(OdbcIniFaults, WhatMustNotFailIsNotIgnored) {
         EXPECT_EQ(IniScratch::Read(scratch.UserFile()), OLD);
         EXPECT_EQ(scratch.CountFiles(), 1u);
     }
+}
+
+/// What belongs to the file and cannot be given to the new one.
+TEST(OdbcIniFaults, AttributesThatCannotBeKeptAreAReasonToRefuse) {
+    // user::rw-, user:7:r--, group::---, mask::r--, other::---
+    constexpr unsigned char LIST[] = {2,   0,   0,   0,   1,   0,   6,  0,   255, 255, 255,
+                                      255, 2,   0,   4,   0,   7,   0,  0,   0,   4,   0,
+                                      0,   0,   255, 255, 255, 255, 16, 0,   4,   0,   255,
+                                      255, 255, 255, 32,  0,   0,   0,  255, 255, 255, 255};
+    for (const bool isOwner : {true, false}) {
+        SCOPED_TRACE(isOwner ? "the owner" : "the access list");
+        const IniScratch scratch;
+        const std::string path = scratch.UserFile();
+        IniScratch::Write(path, OLD);
+        const int result =
+            isOwner ? ::chown(path.c_str(), 1234, 4321)
+                    : ::setxattr(path.c_str(), "system.posix_acl_access", LIST, sizeof LIST, 0);
+        if (result != 0) continue;  // not root, or a file system without access lists
+        s_systemCalls = {};
+        s_systemCalls.m_before = [=](const std::string& in_name, std::size_t) {
+            return in_name == (isOwner ? "fchown" : "fsetxattr") ? EPERM : 0;
+        };
+        OdbcIniUpdate update(path, 0600);
+        EXPECT_TRUE(update.Set("S", "Driver", "V"));
+        EXPECT_FALSE(update.Commit());
+        EXPECT_EQ(IniScratch::Read(path), OLD);
+        EXPECT_EQ(scratch.CountFiles(), 1u);
+        s_systemCalls.m_before = nullptr;
+        EXPECT_TRUE(Change(scratch));
+    }
+}
+
+/// A file system that says it wrote more than it did.
+TEST(OdbcIniFaults, ANewFileOfAnotherSizeIsNotPutInPlace) {
+    const IniScratch scratch;
+    IniScratch::Write(scratch.UserFile(), OLD);
+    bool isWritten = false;
+    s_systemCalls = {};
+    s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
+        if (in_name == "write") isWritten = true;
+        if (in_name != "fstat" || !std::exchange(isWritten, false)) return 0;
+        for (const auto& entry : std::filesystem::directory_iterator(scratch.Folder())) {
+            if (entry.path().filename().string().find(".veltrane-") != std::string::npos) {
+                std::filesystem::resize_file(entry.path(), 3);
+            }
+        }
+        return 0;
+    };
+    EXPECT_FALSE(Change(scratch));
+    EXPECT_EQ(IniScratch::Read(scratch.UserFile()), OLD);
+    EXPECT_EQ(scratch.CountFiles(), 1u);
 }
 
 TEST(OdbcIniFaults, ANewFileGoesAgainWhenTheChangeFails) {

@@ -168,6 +168,7 @@ TEST_F(OdbcInstallerTest, TheModeOfTheRequestChoosesTheFile) {
     SQLSetConfigMode(ODBC_SYSTEM_DSN);
     {
         const Request request;
+        EXPECT_STREQ(request.GetModeName(), "system");
         SQLSetConfigMode(ODBC_USER_DSN);  // too late: captured at entry
         EXPECT_TRUE(Save("Sales", "system"));
     }
@@ -182,6 +183,20 @@ TEST_F(OdbcInstallerTest, TheModeOfTheRequestChoosesTheFile) {
     EXPECT_TRUE(RemoveDSNFromIni(Text("Sales")));
     EXPECT_EQ(Get("Sales", "Server"), "system");
     EXPECT_TRUE(IniScratch::Read(m_scratch.SystemFile()).starts_with(OTHERS));
+}
+
+TEST_F(OdbcInstallerTest, AnAbsolutePathIsTheFileInAnyMode) {
+    const std::filesystem::path path = m_scratch.Folder() / "other.ini";
+    const orska_wstring file = Text(path.string());
+    IniScratch::Write(path, OTHERS);
+    SQLSetConfigMode(ODBC_SYSTEM_DSN);
+    EXPECT_TRUE(WritePrivateProfileString(Text("Sales"), Text("k"), Text("ü"), file));
+    orska_wstring value;
+    EXPECT_EQ(GetPrivateProfileString(Text("sales"), Text("K"), Text(""), value, 9, file), 1);
+    EXPECT_EQ(value, Text("ü"));
+    EXPECT_TRUE(WritePrivateProfileString(Text("Other"), Text("k"), orska_wstring(), file));
+    EXPECT_EQ(IniScratch::Read(path), "# kept\n[Other]\n\n[Sales]\nk=ü\n");
+    EXPECT_FALSE(std::filesystem::exists(m_scratch.SystemFile()));
 }
 
 TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {

@@ -128,6 +128,23 @@ class ChangeTest(FrontTest):
             self.assertEqual(self.dsns(), {"sales": self.WITH_EXTRAS})
         self.assertFalse(self.stage.has_record())
 
+    def test_refuses_what_contradicts_itself_and_changes_nothing(self):
+        self.add_sales()
+        for arguments, code in [(("apply", "--format", "xml", "-"), 2),
+                                (("export", "--format", "xml"), 2),
+                                (("add", "sales", "--server", "x", "--database", "y", "--if-missing",
+                                  "--replace"), 2),
+                                (("set", "sales", "-p", "Trace"), 2),
+                                (("set", "sales", "--unset", "server"), 2),
+                                (("set", "sales", "-p", "Driver=x"), 2)]:
+            with self.subTest(arguments):
+                self.assertNotEqual(self.run_tool(*arguments, code=code)[1], "")
+                self.assertEqual(self.dsns(), {"sales": SALES})
+        with_variable = json.dumps([{"name": "sales", "pwd_env": "NOT_SET", "values": {}}])
+        _, errors = self.run_tool("apply", "-", stdin=with_variable, code=1)
+        self.assertIn("NOT_SET", errors)
+        self.assertEqual(self.dsns(), {"sales": SALES})
+
     def test_existing_and_missing_dsns_have_exit_codes_of_their_own(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
         before = self.dsns()

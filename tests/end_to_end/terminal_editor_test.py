@@ -25,6 +25,16 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.tmux("new-session", "-d", "-x", str(size[0]), "-y", str(size[1]),
                   f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; exec sleep 1000")
 
+    def test_by_hand_it_only_tells_its_version(self):
+        editor = os.environ["TESTED_EDITOR"]
+        for arguments, code, text in [(["--version"], 0, Path(editor).name + " "),
+                                      ([], 2, "is started by the setup library"),
+                                      (["--version", "x"], 2, "is started by the setup library")]:
+            run = subprocess.run([editor, *arguments], text=True, stdin=subprocess.DEVNULL,
+                                 capture_output=True, check=False)
+            self.assertEqual(run.returncode, code)
+            self.assertIn(text, run.stdout + run.stderr)
+
     def test_language_of_the_user(self):
         translations = Path(os.environ["TESTED_EDITOR"]).parents[1] / "share/locale/de"
         if not translations.exists():

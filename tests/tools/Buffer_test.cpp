@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -100,6 +101,16 @@ TEST(Buffer, StopsWhenTheNeedIsAbove2To31) {
     Buffer written;
     Fill(written, 0);
     EXPECT_DEATH(written.AllowHelper(0xFFFFFFFF), text);
+}
+
+TEST(Buffer, TakesWhatIsWrittenAtItsEnd) {
+    Buffer buffer;
+    buffer.Append("ab", 2);
+    buffer.Consume(1);
+    buffer.Allow(3);
+    std::memcpy(buffer.GetWritePointer(), "cde", 3);
+    buffer.Commit(2);
+    EXPECT_EQ(std::string(buffer.GetReadPointer(), buffer.GetUnread()), "bcd");
 }
 
 TEST(Buffer, StopsWhenMoreIsTakenThanThereIs) {
