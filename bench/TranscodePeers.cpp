@@ -1,6 +1,5 @@
 #include "bench/TranscodePeers.h"
 
-#include <iconv.h>
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
@@ -10,6 +9,11 @@
 #include <stdexcept>
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
+// Not part of the C library everywhere.
+#if __has_include(<iconv.h>)
+#include <iconv.h>
+#define ORSKA_HAVE_ICONV
+#endif
 
 #ifdef ORSKA_HAVE_SIMDUTF
 #include <simdutf.h>
@@ -132,6 +136,7 @@ Conversion MakeIcu(int in_source, int in_target) {
     });
 }
 
+#ifdef ORSKA_HAVE_ICONV
 Conversion MakeIconv(int in_source, int in_target) {
     constexpr const char* NAMES[] = {"UTF-8",    "UTF-16LE",   "UTF-16BE", "UTF-32LE",
                                      "UTF-32BE", "ISO-8859-1", "CP1252"};
@@ -148,6 +153,7 @@ Conversion MakeIconv(int in_source, int in_target) {
         return result == static_cast<std::size_t>(-1) ? FAILED : in_room - room;
     });
 }
+#endif
 
 #ifdef ORSKA_HAVE_SIMDUTF
 
@@ -348,7 +354,9 @@ std::vector<Peer> GetPeers(int in_source, int in_target) {
     AddOurs(peers, in_source, in_target);
     AddSimdutf(peers, in_source, in_target);
     peers.push_back({"icu", MakeIcu(in_source, in_target)});
+#ifdef ORSKA_HAVE_ICONV
     peers.push_back({"iconv", MakeIconv(in_source, in_target)});
+#endif
     peers.push_back({"memcpy", OverPieces([](const char* in_from, std::size_t in_size, char* out_to,
                                              std::size_t) {
                          std::memcpy(out_to, in_from, in_size);

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <mutex>
@@ -33,9 +34,9 @@ constexpr int KEYS_PER_SECTION = 100;
 class IniFile {
 public:
     IniFile() {
-        char name[] = "/tmp/orska_bench.XXXXXX";
-        const int descriptor = mkstemp(name);
-        m_path = name;
+        m_path = (std::filesystem::temp_directory_path() /
+                  ("orska_bench." + std::to_string(getpid()) + ".ini"))
+                     .string();
         std::string text;
         for (int section = 0; section < SECTIONS; ++section) {
             text += "[Section " + std::to_string(section) + "]\n";
@@ -50,10 +51,7 @@ public:
         }
         text.resize((1 << 20) - 1, '#');
         text += '\n';
-        if (write(descriptor, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-            std::abort();
-        }
-        close(descriptor);
+        if (!(std::ofstream(m_path, std::ios::binary) << text).flush()) std::abort();
     }
     ~IniFile() { std::remove(m_path.c_str()); }
 
@@ -142,6 +140,12 @@ void LinesOurs(benchmark::State& io_state) {
 }
 BENCHMARK(LinesOurs)->Name("ours/readline/1MiB")->Unit(benchmark::kMicrosecond);
 
+#ifdef _WIN32
+constexpr int READING = O_RDONLY | O_BINARY;
+#else
+constexpr int READING = O_RDONLY | O_CLOEXEC;
+#endif
+
 bool ReadLineBytewise(int in_descriptor, std::string& out_line) {
     out_line.clear();
     unsigned char byte = 0;
@@ -162,7 +166,7 @@ bool ReadLineBytewise(int in_descriptor, std::string& out_line) {
 void LinesRead(benchmark::State& io_state) {
     std::size_t count = 0;
     for (auto _ : io_state) {
-        const int descriptor = open(IniFile::GetPath().c_str(), O_RDONLY | O_CLOEXEC);
+        const int descriptor = open(IniFile::GetPath().c_str(), READING);
         count = 0;
         for (std::string line; ReadLineBytewise(descriptor, line);) {
             ++count;

@@ -1,21 +1,36 @@
 // What a trace call costs: with tracing off, and with it on beside fprintf of the same text to the
-// same stream. The stream is /dev/null, so that the work before the system call shows, or a file in
+// same stream. The stream is the null device, so that the work before the system call shows, or a file in
 // the temporary folder. Names are who, work, text and size, joined by slashes, with the size of the
 // message in bytes.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "tests/support/TestSystem.h"
 #include "tools/trace.h"
+#ifdef _WIN32
+#include "tools/WindowsApi.h"
+#else
+#include <unistd.h>
+#endif
 
 namespace {
 
 using namespace Orska;
+using Test::SetVariable;
+
+#ifdef _WIN32
+constexpr char NULL_DEVICE[] = "NUL";
+unsigned GetThread() { return GetCurrentThreadId(); }
+unsigned GetProcess() { return GetCurrentProcessId(); }
+#else
+constexpr char NULL_DEVICE[] = "/dev/null";
+unsigned GetThread() { return static_cast<unsigned>(gettid()); }
+unsigned GetProcess() { return static_cast<unsigned>(getpid()); }
+#endif
 
 constexpr char FUNCTION[] = "Orska::Support::TextFile::Clear";
 constexpr char SOURCE[] = "PlatformAbstraction\\TextFile";
@@ -26,16 +41,16 @@ public:
     Tracing(const char* in_flags, bool in_isFile)
         : m_path(in_isFile
                      ? std::filesystem::temp_directory_path().string() + "/orska_trace_bench.log"
-                     : "/dev/null"),
+                     : NULL_DEVICE),
           m_isFile(in_isFile) {
-        setenv("TR4CE", (std::string(in_flags) + ":" + m_path).c_str(), 1);
+        SetVariable("TR4CE", (std::string(in_flags) + ":" + m_path).c_str());
         ResetTrace();
     }
     ~Tracing() {
-        unsetenv("TR4CE");
+        SetVariable("TR4CE", nullptr);
         ResetTrace();
         if (m_isFile) {
-            unlink(m_path.c_str());
+            std::filesystem::remove(m_path);
         }
     }
 
@@ -45,7 +60,7 @@ private:
 };
 
 void OursOff(benchmark::State& io_state) {
-    unsetenv("TR4CE");
+    SetVariable("TR4CE", nullptr);
     ResetTrace();
     unsigned number = 0;
     for (auto _ : io_state) {
@@ -55,7 +70,7 @@ void OursOff(benchmark::State& io_state) {
 }
 
 void OursOffFunction(benchmark::State& io_state) {
-    unsetenv("TR4CE");
+    SetVariable("TR4CE", nullptr);
     ResetTrace();
     unsigned number = 0;
     for (auto _ : io_state) {
@@ -92,10 +107,10 @@ void PeerOnAllFields(benchmark::State& io_state, const char* in_flags, bool in_i
     unsigned number = 0;
     for (auto _ : io_state) {
         const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-        const auto id = static_cast<unsigned>(gettid());
+        const unsigned id = GetThread();
         std::fprintf(stream, "%s:%d\tsection %s has %u keys\t @%.5f #%04X pid:%u %s\n", FUNCTION,
                      620, text.c_str(), ++number, elapsed.count(), id >> 16 ^ (id & 0xFFFF),
-                     static_cast<unsigned>(getpid()), "TextFile");
+                     GetProcess(), "TextFile");
     }
 }
 

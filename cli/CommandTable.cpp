@@ -67,7 +67,9 @@ constexpr OptionInfo OPTIONS[] = {
      "The format. export writes json unless told otherwise; apply finds it out by itself.",
      Bit(C::Apply) | Bit(C::Export)},
     {O::Setup, "--setup", "PATH", K::File, false, false,
-     "The driver's setup library, " VELTRANE_SETUP_LIBRARY ".", Bit(C::DriverRegister)},
+     "The driver's setup library, " VELTRANE_SETUP_LIBRARY
+     ". With driver unregister: remove the driver only if it has this one.",
+     DRIVER},
     {O::Library, "--library", "PATH", K::File, false, false,
      "The driver itself, with which programs connect.", Bit(C::DriverRegister)},
     {O::Description, "--description", "TEXT", K::Text, false, false,
@@ -135,7 +137,8 @@ constexpr CommandInfo COMMANDS[] = {
     {C::DriverUnregister, "driver unregister", "", K::None, "remove the driver's registration",
      "Removes the driver from odbcinst.ini. Its DSNs stay.",
      "veltrane-dsn driver unregister\n"
-     "veltrane-dsn driver unregister --driver 'Veltrane test'"},
+     "veltrane-dsn driver unregister --driver 'Veltrane test'\n"
+     "veltrane-dsn driver unregister --setup " VELTRANE_EXAMPLE_SETUP},
     {C::DriverList, "driver list", "", K::None, "list the registered drivers",
      "Lists the drivers of odbcinst.ini with their setup libraries.",
      "veltrane-dsn driver list\n"

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <iostream>
 
 #include "Setup/OdbcIniText.h"
@@ -49,6 +50,25 @@ Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
         missing.Set(has64 ? key + "64" : key, value);
     }
     return missing;
+}
+
+bool IsSamePath(const std::string& in_left, const std::string& in_right) {
+    const auto toPath = [](const std::string& in_path) {
+        return std::filesystem::path(std::u8string(in_path.begin(), in_path.end()));
+    };
+    std::error_code error;
+    return in_left == in_right ||
+           (std::filesystem::equivalent(toPath(in_left), toPath(in_right), error) && !error);
+}
+
+/// What another installation has registered stays when one of the same driver is taken away.
+void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std::string& in_path) {
+    if (!in_line.Has(OptionId::Setup)) return;
+    const std::string setup = GetLibraryEntry(in_current, "Setup");
+    if (IsSamePath(setup, in_line.Get(OptionId::Setup))) return;
+    throw CommandError(EXIT_NOT_FOUND, "The driver \"" + GetDriver(in_line) + "\" in " + in_path +
+                                           " has another setup library" +
+                                           (setup.empty() ? "" : ", " + setup) + ".");
 }
 
 void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
@@ -112,6 +132,7 @@ ExitCode UnregisterDriver(const CommandLine& in_line) {
         throw CommandError(EXIT_NOT_FOUND,
                            "There is no driver \"" + driver + "\" in " + registry.GetPath() + ".");
     }
+    CheckSetup(in_line, *current, registry.GetPath());
     if (!in_line.Has(OptionId::DryRun)) registry.Unregister(driver);
     PrintChange(in_line, Action::Remove, *current, {});
     return EXIT_DONE;

@@ -19,7 +19,9 @@ endforeach()
 
 # Libraries that only driver managers load.
 if(WIN32)
-  set(VELTRANE_SETUP_INSTALL_DIR ${CMAKE_INSTALL_BINDIR})
+  # Everything stands in one folder: the libraries are found beside each other.
+  set(CMAKE_INSTALL_BINDIR .)
+  set(VELTRANE_SETUP_INSTALL_DIR .)
 else()
   set(VELTRANE_SETUP_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/odbc)
 endif()

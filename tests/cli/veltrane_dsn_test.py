@@ -391,7 +391,10 @@ class DriverTest(ToolTest):
         self.assertIn({"name": "V 2", "description": "", "setup": setup, "library": library},
                       self.run_json("driver", "list")["drivers"])
         self.run_tool("add", "s", "--driver", "v 2", "--server", "s", "--database", "d")
-        self.run_tool("driver", "unregister", "--driver", "V 2")
+        unregister = ["driver", "unregister", "--driver", "V 2", "--setup"]
+        self.run_tool(*unregister, other, code=3)
+        self.assertNotEqual(self.stage.read("drivers"), before)
+        self.run_tool(*unregister, setup)
         self.assertEqual(self.stage.read("drivers"), before)
         self.run_tool("driver", "unregister", "--driver", "V 2", code=3)
 

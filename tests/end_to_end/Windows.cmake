@@ -22,6 +22,12 @@ add_test(NAME end_to_end_test_20000_loads
 set_tests_properties(end_to_end_test_20000_loads PROPERTIES
   LABELS "end_to_end;long" TIMEOUT 1800 ENVIRONMENT WINEDLLOVERRIDES=odbccp32=n)
 
-add_test(NAME exports_exactly_two_names
-  COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-exports-windows ${CMAKE_OBJDUMP}
-          $<TARGET_FILE:VeltraneSetup>)
+# expect_exports(target [name...])
+function(expect_exports in_target)
+  add_test(NAME exports_of_${in_target}
+    COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-exports-windows ${CMAKE_OBJDUMP}
+            $<TARGET_FILE:${in_target}> ${ARGN})
+endfunction()
+expect_exports(VeltraneSetup ConfigDSN ConfigDSNW)
+expect_exports(VeltraneDialog VeltraneShowDSNDialog)
+expect_exports(veltrane-dsn)

@@ -1,0 +1,178 @@
+"""The archive and the installer for Windows, made and installed in a Wine of their own.
+
+  windows_packages_test.py BUILD RUN_IN_WINE VERSION TEST_INSTALLER [unittest arguments]
+"""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import zipfile
+
+BUILD, RUN_IN_WINE, VERSION, TEST_INSTALLER = sys.argv[1:5]
+DRIVERS = r"HKLM\SOFTWARE\ODBC\ODBCINST.INI"
+SYSTEM_DSNS = r"HKLM\SOFTWARE\ODBC\ODBC.INI"
+UNINSTALL = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\VeltraneODBCSetup"
+PROGRAMS = {"VeltraneSetup.dll", "VeltraneDialog.dll", "veltrane-dsn.exe"}
+DOCS = {"docs/" + name for name in
+        ("LICENSE", "CHANGELOG.md", "dsn-keys.md", "editor.md", "guide.md", "tracing.md",
+         "troubleshooting.md", "veltrane-dsn.md", "windows.md")}
+SCRATCH = tempfile.mkdtemp(prefix="veltrane packages ü ")
+WINE = os.path.join(SCRATCH, "wine")
+
+
+def run(*command, code=0, **options):
+    """Output and errors of a command; any exit code is right if none is given."""
+    result = subprocess.run(command, capture_output=True, timeout=120, check=False, **options)
+    if code is not None and result.returncode != code:
+        raise AssertionError(f"{command}: {result.returncode}\n{result.stdout}\n{result.stderr}")
+    return result.stdout, result.stderr
+
+
+def setUpModule():
+    run(RUN_IN_WINE, WINE, "--create")
+
+
+def tearDownModule():
+    run(RUN_IN_WINE, WINE, "--stop")
+    shutil.rmtree(SCRATCH)
+
+
+class InWine(unittest.TestCase):
+    """A registry with a driver and a DSN that are somebody else's."""
+
+    def wine(self, *command, code=0, stdin=b""):
+        environment = dict(os.environ, LC_ALL="C.UTF-8", WINEDLLOVERRIDES="odbccp32=n,b",
+                           VELTRANE_TEST_INSTALLER_KEY="ODBC")
+        return run(RUN_IN_WINE, WINE, *command, code=code, input=stdin, env=environment)
+
+    def setUp(self):
+        for key in (DRIVERS, SYSTEM_DSNS):
+            self.wine("reg", "delete", key, "/f", code=None)
+        self.wine("reg", "add", DRIVERS + r"\ODBC Drivers", "/v", "Other", "/d", "Installed")
+        self.wine("reg", "add", DRIVERS + r"\Other", "/v", "Setup", "/d", r"C:\other.dll")
+        self.wine("reg", "add", SYSTEM_DSNS + r"\theirs", "/v", "Server", "/d", "s")
+        self.before = self.registry(DRIVERS)
+
+    def registry(self, key):
+        """The keys below one with their values, as text."""
+        path = os.path.join(SCRATCH, "exported.reg")
+        self.wine("reg", "export", key, "Z:" + path, "/y")
+        with open(path, encoding="utf-16") as file:
+            return file.read()
+
+    def unix_path(self, path):
+        return os.path.join(WINE, "drive_c", *path.split("\\")[1:])
+
+    def check_registered(self, folder):
+        setup = folder.replace("\\", "\\\\") + "\\\\VeltraneSetup.dll"
+        text = self.registry(DRIVERS)
+        self.assertIn(f'"Setup"="{setup}"\n', text)
+        self.assertIn('"Veltrane"="Installed"\n', text)
+        self.assertIn('"Other"="Installed"\n', text)
+
+    def check_works(self, folder):
+        """A DSN is added by the installed tool through an installer that loads the setup library.
+        Wine's own does not look at the value Setup; the one for tests lies there meanwhile. It
+        wants the driver itself too, which is another product."""
+        self.wine("reg", "add", DRIVERS + r"\Veltrane", "/v", "Driver", "/d", r"C:\driver.dll", "/f")
+        shutil.copy(TEST_INSTALLER, self.unix_path(folder))
+        self.wine(folder + r"\veltrane-dsn.exe", "add", "--system", "grün", "--server", "db",
+                  "--database", "d", "--uid", "anna", "--pwd-stdin", stdin="p ü\n".encode())
+        os.remove(os.path.join(self.unix_path(folder), os.path.basename(TEST_INSTALLER)))
+        text = self.registry(SYSTEM_DSNS)
+        for line in ("ODBC.INI\\grün]", '"PWD"="p ü"', '"Server"="db"', '"grün"="Veltrane"'):
+            self.assertIn(line, text)
+
+    def check_gone(self, folder):
+        for _ in range(100):
+            if not os.path.exists(self.unix_path(folder)):
+                break
+            time.sleep(0.1)
+        self.assertFalse(os.path.exists(self.unix_path(folder)), folder)
+        self.assertEqual(self.registry(DRIVERS), self.before)
+        for name in ("theirs", "grün"):
+            self.assertIn(f"ODBC.INI\\{name}]", self.registry(SYSTEM_DSNS))
+
+
+class ArchiveTest(InWine):
+    def setUp(self):
+        super().setUp()
+        run("cpack", "-G", "ZIP", "--config", os.path.join(BUILD, "CPackConfig.cmake"), "-B",
+            SCRATCH)
+        name = f"veltrane-odbc-setup-{VERSION}-win64"
+        self.files = os.path.join(SCRATCH, name)
+        shutil.rmtree(self.files, ignore_errors=True)
+        with zipfile.ZipFile(self.files + ".zip") as archive:
+            archive.extractall(SCRATCH)
+
+    def script(self, path, *arguments, code=0):
+        return self.wine("cmd", "/c", path, *arguments, code=code)[1].decode()
+
+    def install(self, *folder, code=0):
+        return self.script("Z:" + os.path.join(self.files, "install.cmd").replace("/", "\\"), *folder,
+                           code=code)
+
+    def uninstall(self, folder):
+        self.script(folder + r"\uninstall.cmd")
+        # Wine keeps a script open while it runs, so its folder cannot end with it as on Windows.
+        os.rmdir(self.unix_path(folder))
+
+    def test_has_the_programs_the_scripts_and_the_documentation(self):
+        found = {os.path.relpath(os.path.join(folder, name), self.files)
+                 for folder, _, names in os.walk(self.files) for name in names}
+        self.assertEqual(found, PROGRAMS | DOCS | {"install.cmd", "uninstall.cmd"})
+
+    def test_installs_works_and_uninstalls(self):
+        first, second = r"C:\Program Files\Veltrane", r"C:\Veltrané2"
+        self.install()
+        self.check_registered(first)
+        self.check_works(first)
+        registered = self.registry(DRIVERS)
+        self.install()
+        self.assertEqual(self.registry(DRIVERS), registered)
+        self.assertEqual(set(os.listdir(self.unix_path(first))), PROGRAMS | {"uninstall.cmd"})
+        # What another folder has registered is not taken away with this one.
+        self.install(second)
+        self.uninstall(first)
+        self.check_registered(second)
+        self.uninstall(second)
+        self.check_gone(second)
+
+    def test_changes_nothing_where_it_cannot_finish(self):
+        self.assertRegex(self.install(r"C:\windows\explorer.exe", code=1), "cannot be (made|copied)")
+        os.remove(os.path.join(self.files, "VeltraneDialog.dll"))
+        self.assertIn("cannot be copied", self.install(r"C:\V", code=1))
+        self.assertEqual(os.listdir(self.unix_path(r"C:\V")), [])
+        self.assertEqual(self.registry(DRIVERS), self.before)
+
+
+class InstallerTest(InWine):
+    @classmethod
+    def setUpClass(cls):
+        if not shutil.which("makensis"):
+            print("no makensis: the installer is not tested")
+            raise unittest.SkipTest("no makensis")
+        run("cmake", "--build", BUILD, "--target", "installer")
+        cls.program = os.path.join(BUILD, "packages", f"veltrane-odbc-setup-{VERSION}-win64.exe")
+
+    def test_installs_works_and_uninstalls(self):
+        for options, folder in (([], r"C:\Program Files\Veltrane"),
+                                (["/D=C:\\Veltrané"], r"C:\Veltrané")):
+            with self.subTest(folder):
+                self.setUp()
+                self.wine(self.program, "/S", *options)
+                self.check_registered(folder)
+                self.assertTrue(PROGRAMS <= set(os.listdir(self.unix_path(folder))))
+                self.check_works(folder)
+                self.assertIn(f'"DisplayVersion"="{VERSION}"', self.registry(UNINSTALL))
+                # It goes on from a copy of itself.
+                self.wine(folder + r"\uninstall.exe", "/S")
+                self.check_gone(folder)
+                self.wine("reg", "query", UNINSTALL, code=1)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[5:]])
