@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace Orska::Test {
@@ -20,6 +21,12 @@ std::string GetProgramDirectory();
 
 /// Whether a process that ended with this status was ended by abort().
 bool IsAborted(int in_status);
+
+/// Calls the function with 0, 1, ... in as many copies of this process at once, which end without
+/// the C library's clean-up, as a process that is killed does; on Windows, where a process cannot
+/// be copied, with 0 in this one.
+/// @return how many have come to their end
+int RunInProcesses(int in_count, const std::function<void(int)>& in_function);
 
 /// Whether the C library now writes a comma for a decimal point; the caller sets "C" again.
 /// @param in_scratch  a directory for what that may need; it has to outlive the locale

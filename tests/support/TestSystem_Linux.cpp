@@ -1,9 +1,12 @@
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
+#include <vector>
 
 #include "tests/support/TestSystem.h"
 
@@ -24,6 +27,22 @@ std::string GetProgramDirectory() {
 }
 
 bool IsAborted(int in_status) { return WIFSIGNALED(in_status) && WTERMSIG(in_status) == SIGABRT; }
+
+int RunInProcesses(int in_count, const std::function<void(int)>& in_function) {
+    std::vector<pid_t> children;
+    for (int i = 0; i < in_count; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            in_function(i);
+            _exit(0);
+        }
+        if (child > 0) children.push_back(child);
+    }
+    return static_cast<int>(std::count_if(children.begin(), children.end(), [](pid_t in_child) {
+        int status = -1;
+        return waitpid(in_child, &status, 0) == in_child && status == 0;
+    }));
+}
 
 bool SetCommaLocale(const std::filesystem::path& in_scratch) {
     const std::string command =

@@ -23,6 +23,11 @@ bool IsAborted(int in_status) {
     return in_status == STATUS_OF_ABORT;
 }
 
+int RunInProcesses(int /*in_count*/, const std::function<void(int)>& in_function) {
+    in_function(0);
+    return 1;
+}
+
 bool SetCommaLocale(const std::filesystem::path& /*in_scratch*/) {
     return std::setlocale(LC_ALL, "German") != nullptr;
 }

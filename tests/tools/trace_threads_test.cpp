@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <map>
 #include <string>
@@ -8,6 +6,7 @@
 #include <tuple>
 #include <vector>
 
+#include "tests/support/TestSystem.h"
 #include "tests/support/TraceCapture.h"
 #include "tools/trace.h"
 
@@ -47,31 +46,12 @@ void TraceFromThreads(int in_process) {
     }
 }
 
-/// Runs the processes, which end without the C library's clean-up, as a process that is killed
-/// does.
-void TraceFromProcesses() {
-    std::vector<pid_t> children;
-    for (int process = 0; process < PROCESSES; ++process) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            TraceFromThreads(process);
-            _exit(0);
-        }
-        children.push_back(child);
-    }
-    for (const pid_t child : children) {
-        int status = -1;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-    }
-}
-
 class TraceThreads : public testing::TestWithParam<const char*> {};
 
 TEST_P(TraceThreads, NoLineIsTornOrLost) {
     const TraceCapture capture(GetParam());
-    TraceFromProcesses();
+    const int processes = Orska::Test::RunInProcesses(PROCESSES, TraceFromThreads);
+    ASSERT_GE(processes, 1);
     const bool hasFlags = std::string(GetParam()) != "1";
     std::map<std::pair<int, int>, int> next;
     int torn = 0;
@@ -87,7 +67,7 @@ TEST_P(TraceThreads, NoLineIsTornOrLost) {
         }
     }
     EXPECT_EQ(torn, 0);
-    ASSERT_EQ(next.size(), static_cast<std::size_t>(PROCESSES * THREADS));
+    ASSERT_EQ(next.size(), static_cast<std::size_t>(processes * THREADS));
     for (const auto& [who, count] : next) {
         EXPECT_EQ(count, LINES) << "process " << who.first << " thread " << who.second;
     }
