@@ -2,10 +2,10 @@
 #ifndef FUZZ_SCRATCHFILE_H
 #define FUZZ_SCRATCHFILE_H
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "fuzz/FuzzInput.h"
@@ -15,9 +15,12 @@ namespace Orska::Fuzz {
 class ScratchFile {
 public:
     ScratchFile() {
-        std::string folder = (std::filesystem::temp_directory_path() / "fuzz-XXXXXX").string();
-        Require(mkdtemp(folder.data()) != nullptr, "no scratch directory", folder);
-        m_folder = folder;
+        // The process is the only one of its number now, and what another left behind is skipped.
+        int number = 0;
+        do {
+            m_folder = std::filesystem::temp_directory_path() /
+                       ("fuzz-" + std::to_string(getpid()) + "." + std::to_string(++number));
+        } while (!std::filesystem::create_directory(m_folder));
     }
     ScratchFile(const ScratchFile&) = delete;
     ScratchFile& operator=(const ScratchFile&) = delete;
@@ -29,11 +32,9 @@ public:
     std::string GetPath() const { return (m_folder / "file").string(); }
 
     void Write(std::string_view in_bytes) const {
-        const int file = open(GetPath().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        Require(file >= 0 && write(file, in_bytes.data(), in_bytes.size()) ==
-                                 static_cast<ssize_t>(in_bytes.size()),
-                "the scratch file cannot be written");
-        close(file);
+        std::ofstream file(GetPath(), std::ios::binary);
+        file.write(in_bytes.data(), static_cast<std::streamsize>(in_bytes.size())).flush();
+        Require(file.good(), "the scratch file cannot be written");
     }
 
 private:
