@@ -36,7 +36,7 @@ using Orska::Support::NumberConverter;
 
 constexpr std::size_t COUNT = 8192;  // more than a branch predictor keeps in mind
 
-/// NUL-terminated text, as strtol and strtod need it.
+/// NUL-terminated text, as strtoll and strtod need it.
 struct Text {
     const char* m_text;
     std::size_t m_length;
@@ -121,12 +121,12 @@ void RegisterIntegerParsers(const std::string& in_type, const std::string& in_in
     RegisterParser("from_chars", work, *texts, FromChars<T>, ours);
     const auto c = [](const Text& text) {
         if constexpr (std::is_signed_v<T>) {
-            return static_cast<T>(std::strtol(text.m_text, nullptr, 10));
+            return static_cast<T>(std::strtoll(text.m_text, nullptr, 10));
         } else {
-            return static_cast<T>(std::strtoul(text.m_text, nullptr, 10));
+            return static_cast<T>(std::strtoull(text.m_text, nullptr, 10));
         }
     };
-    RegisterParser("strtol", work, *texts, c, ours);
+    RegisterParser("strtoll", work, *texts, c, ours);
 }
 
 #ifdef ORSKA_HAVE_DOUBLE_CONVERSION

@@ -22,12 +22,12 @@ add_test(NAME end_to_end_test_20000_loads
 set_tests_properties(end_to_end_test_20000_loads PROPERTIES
   LABELS "end_to_end;long" TIMEOUT 1800 ENVIRONMENT WINEDLLOVERRIDES=odbccp32=n)
 
-# expect_exports(target [name...])
-function(expect_exports in_target)
+# expect_exports(target "[needed.dll...]" [name...])
+function(expect_exports in_target in_needed)
   add_test(NAME exports_of_${in_target}
     COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-exports-windows ${CMAKE_OBJDUMP}
-            $<TARGET_FILE:${in_target}> ${ARGN})
+            $<TARGET_FILE:${in_target}> "${in_needed}" ${ARGN})
 endfunction()
-expect_exports(VeltraneSetup ConfigDSN ConfigDSNW)
-expect_exports(VeltraneDialog VeltraneShowDSNDialog)
-expect_exports(veltrane-dsn)
+expect_exports(VeltraneSetup "" ConfigDSN ConfigDSNW)
+expect_exports(VeltraneDialog gdi32.dll VeltraneShowDSNDialog)
+expect_exports(veltrane-dsn "odbccp32.dll version.dll")
