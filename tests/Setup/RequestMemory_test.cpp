@@ -6,32 +6,13 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <new>
 
+#include "tests/support/RefusedMemory.h"
 #include "tests/support/RequestOnFiles.h"
 
 namespace {
-
-/// Counts the allocations of our code and of what it is built on, and refuses some.
-/// Process-wide: set by a test, read by the allocations.
-struct Memory {
-    bool m_isCounting = false;
-    std::size_t m_count = 0;
-    std::size_t m_firstRefused = 0;
-    std::size_t m_refusals = 0;  ///< how many are refused, beginning with the first
-    long m_live = 0;             ///< objects that operator new has made and that still exist
-};
-Memory s_memory;
-
-bool IsRefused() {
-    if (!s_memory.m_isCounting) return false;
-    const std::size_t number = s_memory.m_count++;
-    return number >= s_memory.m_firstRefused &&
-           number - s_memory.m_firstRefused < s_memory.m_refusals;
-}
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define IS_SANITIZED
@@ -52,25 +33,6 @@ void* PlainMalloc(std::size_t in_size) { return __libc_malloc(in_size); }
 }  // namespace
 
 // NOLINTBEGIN: the names and signatures are the language's
-void* operator new(std::size_t in_size) {
-    void* const memory = operator new(in_size, std::nothrow);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-void* operator new[](std::size_t in_size) { return operator new(in_size); }
-void* operator new(std::size_t in_size, const std::nothrow_t&) noexcept {
-    void* const memory = IsRefused() ? nullptr : PlainMalloc(in_size == 0 ? 1 : in_size);
-    s_memory.m_live += memory != nullptr ? 1 : 0;
-    return memory;
-}
-void operator delete(void* in_memory) noexcept {
-    s_memory.m_live -= in_memory != nullptr ? 1 : 0;
-    std::free(in_memory);
-}
-void operator delete[](void* in_memory) noexcept { operator delete(in_memory); }
-void operator delete(void* in_memory, std::size_t) noexcept { operator delete(in_memory); }
-void operator delete[](void* in_memory, std::size_t) noexcept { operator delete(in_memory); }
-
 #ifndef IS_SANITIZED
 // ICU and our text buffers call malloc. Only calls from them and from us are refused: the driver
 // manager's library does not check its own.
@@ -110,10 +72,7 @@ namespace {
 constexpr std::size_t ALL = std::numeric_limits<std::size_t>::max();
 
 int RunWithout(const RequestOnFiles& in_request, std::size_t in_first, std::size_t in_refusals) {
-    s_memory.m_count = 0;
-    s_memory.m_firstRefused = in_first;
-    s_memory.m_refusals = in_refusals;
-    s_memory.m_isCounting = true;
+    s_memory.Start(in_first, in_refusals);
     const int result = in_request.Run();
     s_memory.m_isCounting = false;
     return result;
