@@ -3,6 +3,7 @@
 #include "cli/Description.h"
 #include "cli/DriverManager.h"
 #include "cli/DsnChanger.h"
+#include "cli/Input.h"
 #include "cli/Report.h"
 #include "cli/Terminal.h"
 

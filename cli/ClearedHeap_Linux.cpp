@@ -1,32 +1,13 @@
-/// Every block of the C++ heap is cleared before it is given back, so that no copy of a password
-/// that a string, a container or a parser made stays in memory. The process is short-lived and
-/// small; the cost does not show.
 #include <malloc.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
-namespace {
+#include "cli/ClearedHeap.h"
 
-void ClearAndFree(void* in_block) noexcept {
-    if (in_block == nullptr) return;
-    // The size that was asked for, rounded up: all of it belongs to the block.
-    explicit_bzero(in_block, malloc_usable_size(in_block));
-    std::free(in_block);
+namespace Veltrane::Cli {
+
+void ClearBlock(void* out_block) noexcept {
+    explicit_bzero(out_block, malloc_usable_size(out_block));
 }
 
-void* Allocate(std::size_t in_size) {
-    void* const block = std::malloc(in_size == 0 ? 1 : in_size);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-
-}  // namespace
-
-void* operator new(std::size_t in_size) { return Allocate(in_size); }
-void* operator new[](std::size_t in_size) { return Allocate(in_size); }
-void operator delete(void* in_block) noexcept { ClearAndFree(in_block); }
-void operator delete[](void* in_block) noexcept { ClearAndFree(in_block); }
-void operator delete(void* in_block, std::size_t) noexcept { ClearAndFree(in_block); }
-void operator delete[](void* in_block, std::size_t) noexcept { ClearAndFree(in_block); }
+}  // namespace Veltrane::Cli

@@ -2,6 +2,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/ConnectionString.h"
+#include "cli/Input.h"
 #include "cli/Terminal.h"
 
 namespace Veltrane::Cli {

@@ -6,9 +6,9 @@
 
 #include "VeltraneDialog/WideText_Windows.h"
 #include "cli/CommandError.h"
+#include "cli/Input.h"
 #include "cli/LibraryProbe.h"
 #include "cli/PlatformWords.h"
-#include "cli/Terminal.h"
 
 namespace Veltrane::Cli {
 

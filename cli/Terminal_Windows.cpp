@@ -7,74 +7,21 @@
 #include "VeltraneDialog/WideText_Windows.h"
 #include "VeltraneDialog/Wipe.h"
 #include "cli/CommandError.h"
+#include "cli/FileHandle_Windows.h"
+#include "cli/Input.h"
 #include "cli/Terminal.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-using ODBC::DescribeSystemError;
 using ODBC::ToUtf8;
 using ODBC::ToWide;
-
-constexpr std::size_t MAX_LINE = 64 << 10;
-constexpr std::size_t MAX_FILE = 256 << 20;
-
-std::string Name(const std::string& in_path) {
-    return in_path.empty() ? "standard input" : in_path;
-}
-
-[[noreturn]] void Fail(const std::string& in_path, const std::string& in_reason) {
-    throw CommandError(EXIT_FAILED, Name(in_path) + ": cannot read: " + in_reason);
-}
 
 bool IsConsole(HANDLE in_handle) {
     DWORD mode = 0;
     return GetConsoleMode(in_handle, &mode) != FALSE;
 }
-
-/// Owns an open file or console.
-class Handle {
-public:
-    Handle() = default;
-    explicit Handle(const std::wstring& in_path, DWORD in_access = GENERIC_READ)
-        : m_handle(CreateFileW(in_path.c_str(), in_access, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                               nullptr, OPEN_EXISTING, 0, nullptr)) {}
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    ~Handle() {
-        if (IsOpen()) CloseHandle(m_handle);
-    }
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
-
-private:
-    HANDLE m_handle = INVALID_HANDLE_VALUE;
-};
-
-/// An open file, or standard input, which is not closed.
-class Input {
-public:
-    explicit Input(const std::string& in_path) : m_path(in_path), m_file(ToWide(in_path)) {
-        if (!in_path.empty() && !m_file.IsOpen())
-            Fail(in_path, DescribeSystemError(GetLastError()));
-    }
-    std::size_t Read(char* out_bytes, std::size_t in_size) const {
-        const HANDLE handle = m_path.empty() ? GetStdHandle(STD_INPUT_HANDLE) : m_file.Get();
-        DWORD count = 0;
-        const BOOL isRead =
-            ReadFile(handle, out_bytes, static_cast<DWORD>(in_size), &count, nullptr);
-        // A pipe whose writer has gone is at its end.
-        if (isRead == FALSE && GetLastError() != ERROR_BROKEN_PIPE) {
-            Fail(m_path, DescribeSystemError(GetLastError()));
-        }
-        return count;
-    }
-
-private:
-    const std::string& m_path;
-    Handle m_file;
-};
 
 /// Process-wide: set by SilentConsole, read by RestoreConsole: the console, and its mode before.
 HANDLE s_console = nullptr;
@@ -152,8 +99,8 @@ bool IsOutputColoured() {
 }
 
 std::string AskSecretly(const std::string& in_question) {
-    const Handle input(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
-    const Handle output(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
+    const FileHandle input(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
+    const FileHandle output(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
     if (!input.IsOpen() || !output.IsOpen() || !IsConsole(input.Get())) {
         throw CommandError(EXIT_USAGE,
                            "There is no terminal to ask for the password; use --pwd-stdin, "
@@ -165,34 +112,6 @@ std::string AskSecretly(const std::string& in_question) {
     const ODBC::WipeAtEnd wipe(line);
     WriteText(output.Get(), "\n");
     return ToUtf8(line);
-}
-
-std::string ReadFirstLine(const std::string& in_path) {
-    const Input input(in_path);
-    std::string line;
-    line.reserve(MAX_LINE);  // one place in memory, cleared when the string goes
-    char byte = 0;
-    while (input.Read(&byte, 1) == 1 && byte != '\n') {
-        if (line.size() == MAX_LINE) Fail(in_path, "the first line is too long");
-        line += byte;
-    }
-    if (line.ends_with('\r')) line.pop_back();
-    std::string result(line);
-    ODBC::Wipe(line);
-    return result;
-}
-
-std::string ReadAll(const std::string& in_path) {
-    const Input input(in_path);
-    std::string text;
-    for (;;) {
-        const std::size_t size = text.size();
-        text.resize(size + (64 << 10));
-        const std::size_t count = input.Read(text.data() + size, text.size() - size);
-        text.resize(size + count);
-        if (count == 0) return text;
-        if (text.size() > MAX_FILE) Fail(in_path, "larger than 256 MiB");
-    }
 }
 
 bool ReadVariable(const std::string& in_name, std::string& out_value) {

@@ -1,7 +1,7 @@
-#include <odbcinst.h>
-
 #include "cli/DriverManager.h"
+
 #include "cli/InitialValuesFile.h"
+#include "cli/InstallerCalls.h"
 
 namespace Veltrane::Cli {
 
@@ -10,17 +10,10 @@ namespace {
 /// The errors of the last call, one a line: "code: text".
 std::string InstallerErrors() {
     std::string text;
-    for (WORD i = 1; i <= 8; ++i) {
-        DWORD code = 0;
-        char message[SQL_MAX_MESSAGE_LENGTH + 1] = "";
-        WORD length = 0;
-        const RETCODE result = SQLInstallerError(i, &code, message, sizeof message, &length);
-        if (result != SQL_SUCCESS && result != SQL_SUCCESS_WITH_INFO) {
-            break;
-        }
-        if (!text.empty()) {
-            text += '\n';
-        }
+    unsigned long code = 0;
+    std::string message;
+    for (unsigned short i = 1; i <= 8 && InstallerCalls::GetError(i, code, message); ++i) {
+        if (!text.empty()) text += '\n';
         text.append(std::to_string(code)).append(": ").append(message);
     }
     return text.empty() ? "the installer gave no reason" : text;
@@ -31,16 +24,13 @@ std::string InstallerErrors() {
 std::string DriverManager::Configure(Request in_request, Scope in_scope,
                                      const std::string& in_driver, const std::string& in_dsn,
                                      const Entries& in_values) const {
-    constexpr WORD USER_TO_SYSTEM = ODBC_ADD_SYS_DSN - ODBC_ADD_DSN;
-    WORD request = static_cast<WORD>(in_request);
+    constexpr unsigned short USER_TO_SYSTEM = 3;
+    auto request = static_cast<unsigned short>(in_request);
     if (in_scope == Scope::System) {
-        request = static_cast<WORD>(request + USER_TO_SYSTEM);
+        request = static_cast<unsigned short>(request + USER_TO_SYSTEM);
     }
-    std::string attributes = "DSN=" + in_dsn;
-    attributes.push_back('\0');
     const InitialValuesFile values(in_values);
-    const bool isDone =
-        SQLConfigDataSource(nullptr, request, in_driver.c_str(), attributes.c_str()) != 0;
+    const bool isDone = InstallerCalls::Configure(request, in_driver, "DSN=" + in_dsn);
     return isDone ? std::string() : InstallerErrors();
 }
 
