@@ -1,9 +1,39 @@
+#include "Setup/StringMarshalling.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <vector>
 
-#include "Setup/StringMarshalling.h"
 #include "tools/WindowsApi.h"
+
+namespace {
+
+using Conversion = decltype(&::WideCharToMultiByte);
+
+/// What the next conversions end with, instead of being made.
+std::vector<DWORD> s_failures;
+
+int WINAPI ConvertOrFail(UINT in_codePage, DWORD in_flags, LPCWCH in_text, int in_length,
+                         LPSTR out_bytes, int in_size, LPCCH in_default, LPBOOL out_isUsed) {
+    static const auto s_real = reinterpret_cast<Conversion>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "WideCharToMultiByte")));
+    if (s_failures.empty()) {
+        return s_real(in_codePage, in_flags, in_text, in_length, out_bytes, in_size, in_default,
+                      out_isUsed);
+    }
+    ::SetLastError(s_failures.front());
+    s_failures.erase(s_failures.begin());
+    return 0;
+}
+
+}  // namespace
+
+/// The place through which this program calls the system's function: a conversion itself fails only
+/// where a code page is not installed, which a test cannot bring about.
+extern "C" {
+Conversion __imp_WideCharToMultiByte = &ConvertOrFail;
+}
 
 namespace Veltrane::ODBC {
 namespace {
@@ -23,6 +53,35 @@ TEST(ThreadCodePage, LacksCharactersButRefusesNone) {
         for (const char16_t* text : {u"", u"a", u"ü€日本\U0001F600", u"\xD800"}) {
             EXPECT_NO_THROW(CheckThreadCodePage(text));
         }
+    }
+}
+
+TEST(ThreadCodePage, RefusesATextWhoseConversionFails) {
+    const struct {
+        const char* m_point;
+        std::vector<DWORD> m_failures;
+        const char16_t* m_text;
+        bool m_isRefused;
+    } cases[] = {
+        {"the code page is not there", {ERROR_INVALID_PARAMETER}, u"a", true},
+        {"no such character", {ERROR_NO_UNICODE_TRANSLATION}, u"日本", true},
+        {"not for the flag alone", {ERROR_INVALID_FLAGS, ERROR_INVALID_PARAMETER}, u"a", true},
+        {"for the flag alone", {ERROR_INVALID_FLAGS}, u"a", false},
+        {"an empty text is not converted", {ERROR_INVALID_PARAMETER}, u"", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_point);
+        s_failures = c.m_failures;
+        std::string message;
+        try {
+            EXPECT_EQ(FromEditorString(DialogString(c.m_text)).GetView(), c.m_text);
+        } catch (const std::range_error& error) {
+            message = error.what();
+        }
+        EXPECT_EQ(message, c.m_isRefused ? "Conversion from WideChar to MultiByte failed.  Please "
+                                           "check the content of the string and/or locale settings."
+                                         : "");
+        s_failures.clear();
     }
 }
 
