@@ -6,8 +6,8 @@
 namespace Veltrane::Cli {
 
 void Input::Fail(const std::string& in_reason) const {
-    throw CommandError(EXIT_FAILED, (m_path.empty() ? "standard input" : m_path) +
-                                        ": cannot read: " + in_reason);
+    throw CommandError(
+        EXIT_FAILED, (m_path.empty() ? "standard input" : m_path) + ": cannot read: " + in_reason);
 }
 
 /// Byte by byte, so that what follows the line stays where it is.
