@@ -59,7 +59,7 @@ DsnPlan ApplyOne(const DsnDescription& in_description, const CommandLine& in_lin
     constexpr int MAX_REPEATS = 8;
     const DsnWish wish = MakeWishFor(in_description, in_line);
     for (int repeats = 0;; ++repeats) {
-        DsnPlan plan = MakePlan(wish, in_store.Read(wish.m_name));
+        DsnPlan plan = MakePlan(wish, in_store.ReadSettled(wish.m_name));
         if (in_line.Has(OptionId::DryRun)) return plan;
         try {
             in_changer.Execute(plan);

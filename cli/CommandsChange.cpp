@@ -45,7 +45,7 @@ private:
 };
 
 void AddUnlessThere(const CommandLine& in_line, DsnWish& io_wish, Run& io_run) {
-    const std::optional<Entries> current = io_run.GetStore().Read(io_wish.m_name);
+    const std::optional<Entries> current = io_run.GetStore().ReadSettled(io_wish.m_name);
     io_wish.m_isReplaced = in_line.Has(OptionId::Replace);
     if (current && in_line.Has(OptionId::IfMissing)) {
         io_run.Leave(io_wish.m_name);
@@ -72,7 +72,7 @@ ExitCode AddDsn(const CommandLine& in_line) {
 ExitCode SetDsn(const CommandLine& in_line) {
     Run run(in_line);
     const std::string& dsn = in_line.m_arguments.front();
-    const std::optional<Entries> current = run.GetStore().Read(dsn);
+    const std::optional<Entries> current = run.GetStore().ReadSettled(dsn);
     if (!current) throw NoSuchDsn(run.GetStore(), dsn);
     run.Change(MakeWish(in_line), current);
     return run.Finish();
@@ -82,7 +82,7 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
     Run run(in_line);
     // Looked for first, so that a misspelt name removes nothing.
     for (const std::string& dsn : in_line.m_arguments) {
-        const bool isThere = run.GetStore().Read(dsn).has_value();
+        const bool isThere = run.GetStore().ReadSettled(dsn).has_value();
         if (!isThere && !in_line.Has(OptionId::IfExists)) throw NoSuchDsn(run.GetStore(), dsn);
     }
     for (const std::string& dsn : in_line.m_arguments) {
@@ -90,7 +90,7 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
         wish.m_name = dsn;
         wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
         wish.m_isAbsent = true;
-        run.Change(wish, run.GetStore().Read(dsn));
+        run.Change(wish, run.GetStore().ReadSettled(dsn));
     }
     return run.Finish();
 }

@@ -41,6 +41,9 @@ public:
     /// @throws CommandError as Load; on Windows also for a value that could not be written back
     std::optional<Entries> Read(const std::string& in_dsn) const;
 
+    /// As Read, but not while another run changes the DSN, where that could be seen half done.
+    std::optional<Entries> ReadSettled(const std::string& in_dsn) const;
+
     /// Adds keys to a section, in one locked, atomic write.
     /// @return false when the file could not be written
     bool PutBack(const std::string& in_dsn, const Entries& in_entries) const;

@@ -53,6 +53,11 @@ std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
     return Entries(text.GetKeyValues(in_dsn));
 }
 
+/// The file is replaced as a whole.
+std::optional<Entries> DsnStore::ReadSettled(const std::string& in_dsn) const {
+    return Read(in_dsn);
+}
+
 bool DsnStore::PutBack(const std::string& in_dsn, const Entries& in_entries) const {
     ODBC::OdbcIniUpdate update(m_path, NewFileMode(m_scope));
     // Gone meanwhile: nothing to put a key into.

@@ -1,3 +1,4 @@
+#include "cli/ChangeLock_Windows.h"
 #include "cli/CommandError.h"
 #include "cli/DsnStore.h"
 #include "cli/RegistryRoot_Windows.h"
@@ -54,6 +55,11 @@ std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
                                             "back unchanged");
     }
     return Entries(section.m_entries);
+}
+
+std::optional<Entries> DsnStore::ReadSettled(const std::string& in_dsn) const {
+    const ChangeLock lock(m_scope, m_path);
+    return Read(in_dsn);
 }
 
 bool DsnStore::PutBack(const std::string& in_dsn, const Entries& in_entries) const {

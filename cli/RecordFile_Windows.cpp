@@ -2,6 +2,7 @@
 
 #include "VeltraneDialog/WideText_Windows.h"
 #include "VeltraneDialog/Wipe.h"
+#include "cli/ChangeLock_Windows.h"
 #include "cli/CommandError.h"
 #include "cli/RecordFile.h"
 
@@ -13,7 +14,6 @@ using ODBC::DescribeSystemError;
 using ODBC::ToUtf8;
 using ODBC::ToWide;
 
-constexpr DWORD LOCK_TIMEOUT = 10'000;  // milliseconds
 constexpr wchar_t KEY[] = L"Software\\Veltrane\\veltrane-dsn";
 constexpr wchar_t VALUE[] = L"Change";
 
@@ -25,12 +25,6 @@ std::string PathFor(const DsnStore& in_store) {
     const char* const root =
         in_store.GetScope() == Scope::System ? "HKEY_LOCAL_MACHINE" : "HKEY_CURRENT_USER";
     return std::string(root) + "\\" + ToUtf8(KEY) + "\\" + ToUtf8(VALUE);
-}
-
-/// The lock is one of all sessions for the system's DSNs.
-const wchar_t* MutexNameFor(const DsnStore& in_store) {
-    return in_store.GetScope() == Scope::System ? L"Global\\veltrane-dsn-change"
-                                                : L"Local\\veltrane-dsn-change";
 }
 
 [[noreturn]] void Fail(const std::string& in_path, const std::string& in_operation,
@@ -56,28 +50,15 @@ std::string ReadValue(HKEY in_root, const std::string& in_path) {
 }  // namespace
 
 struct RecordFile::State {
-    HKEY m_root = nullptr;
+    HKEY m_root;
     std::string m_path;
-    HANDLE m_mutex = nullptr;
-    bool m_isMine = false;
+    ChangeLock m_lock;
     bool m_isLeft = false;
-
-    ~State() {
-        if (m_isMine) ReleaseMutex(m_mutex);
-        if (m_mutex != nullptr) CloseHandle(m_mutex);
-    }
 };
 
-RecordFile::RecordFile(const DsnStore& in_store) : m_state(std::make_unique<State>()) {
-    m_state->m_root = RootOf(in_store);
-    m_state->m_path = PathFor(in_store);
-    m_state->m_mutex = CreateMutexW(nullptr, FALSE, MutexNameFor(in_store));
-    if (m_state->m_mutex == nullptr) Fail(m_state->m_path, "cannot lock", GetLastError());
-    const DWORD result = WaitForSingleObject(m_state->m_mutex, LOCK_TIMEOUT);
-    // One that was abandoned is of a run that was killed: its record is what is looked for next.
-    m_state->m_isMine = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
-    if (!m_state->m_isMine) Fail(m_state->m_path, "in use by another run", WAIT_TIMEOUT);
-}
+RecordFile::RecordFile(const DsnStore& in_store)
+    : m_state(new State{
+          RootOf(in_store), PathFor(in_store), {in_store.GetScope(), PathFor(in_store)}}) {}
 
 RecordFile::~RecordFile() {
     if (!m_state->m_isLeft) RegDeleteKeyValueW(m_state->m_root, KEY, VALUE);
@@ -103,12 +84,7 @@ void RecordFile::Leave() { m_state->m_isLeft = true; }
 bool RecordFile::Exists(const DsnStore& in_store) { return !FindLeft(in_store).empty(); }
 
 std::string RecordFile::FindLeft(const DsnStore& in_store) {
-    const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, MutexNameFor(in_store));
-    // The mutex is there as long as a run is that has it.
-    if (mutex != nullptr) {
-        CloseHandle(mutex);
-        return {};
-    }
+    if (ChangeLock::IsUsed(in_store.GetScope())) return {};
     const std::string path = PathFor(in_store);
     return ReadValue(RootOf(in_store), path).empty() ? std::string() : path;
 }

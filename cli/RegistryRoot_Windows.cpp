@@ -107,15 +107,18 @@ std::vector<std::string> RegistryRoot::GetSectionNames() const {
 
 bool RegistryRoot::Read(const std::string& in_section, Section& out_section) const {
     const std::string path = std::string(m_path) + "\\" + in_section;
-    const Key key(static_cast<HKEY>(m_root), path, KEY_READ);
-    if (!key.IsThere()) return false;
-    LONG error = key.GetError();
-    out_section.m_name = in_section;
-    for (DWORD i = 0; error == ERROR_SUCCESS; ++i) {
-        error = ReadValue(key.Get(), i, out_section);
+    for (;;) {
+        const Key key(static_cast<HKEY>(m_root), path, KEY_READ);
+        if (!key.IsThere()) return false;
+        LONG error = key.GetError();
+        out_section = {in_section, {}, {}};
+        for (DWORD i = 0; error == ERROR_SUCCESS; ++i) {
+            error = ReadValue(key.Get(), i, out_section);
+        }
+        if (error == ERROR_NO_MORE_ITEMS) return true;
+        // Removed while it was read; it may be there again.
+        if (error != ERROR_KEY_DELETED) FailToRead(GetName() + "\\" + in_section, error);
     }
-    if (error != ERROR_NO_MORE_ITEMS) FailToRead(GetName() + "\\" + in_section, error);
-    return true;
 }
 
 unsigned long RegistryRoot::Write(const std::string& in_section, const std::string& in_key,
