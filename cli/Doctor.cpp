@@ -30,7 +30,7 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
             findings.push_back(
                 {Severity::Warning, "dsn-without-driver",
                  "The DSN \"" + dsn + "\" of " + in_store.GetPath() + " has no Driver entry.",
-                 "Add it again, or remove the section from the file."});
+                 "Add it again, or remove its section."});
         } else if (!HasFolder(driver) && !registry.Find(driver)) {
             findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
                                 "The DSN \"" + dsn + "\" of " + in_store.GetPath() +

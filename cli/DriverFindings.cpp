@@ -47,7 +47,8 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
             return {Severity::Error, "library-not-found",
                     "The library of " + subject + " cannot be opened: " + detail + ".",
                     "Install it there, or register its real path: veltrane-dsn driver register "
-                    "--replace --setup PATH."};
+                    "--replace " +
+                        std::string(in_entry == "Setup" ? "--setup" : "--library") + " PATH."};
         case LibraryFault::NotALibrary:
             return {Severity::Error, "library-not-a-library",
                     subject + " is not a shared library: " + detail + ".",

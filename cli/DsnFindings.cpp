@@ -140,14 +140,13 @@ Findings ExamineFile(const DsnStore& in_store) {
                                 " was cut off. Keys that it may lack are kept in " + record + ".",
                             std::string("The next change puts them back: veltrane-dsn set NAME") +
                                 (in_store.GetScope() == Scope::System ? " --system" : "") +
-                                ", for any DSN of the file."});
+                                ", for any DSN there."});
     }
     const std::string reason = in_store.WhyNotWritable();
     const bool isOurs = in_store.GetScope() == Scope::User || IsAdministrator();
     if (!reason.empty() && isOurs) {
         findings.push_back({Severity::Error, "file-not-writable", reason + ".",
-                            "Create the folder, free room, or give yourself the right to write the "
-                            "file and its folder; ODBCINI and ODBCSYSINI choose other ones."});
+                            PLATFORM_WORDS.m_notWritableRepair});
     }
     ExamineRights(in_store, text, findings);
     std::set<std::string> known;

@@ -12,6 +12,8 @@ const PlatformWords PLATFORM_WORDS = {
     "A library that it needs is too old or a different one: bring both packages to matching "
     "versions; ldd -r lists what is missing.",
     "Repair what the loader names; ldd shows what it looks for.",
+    "Create the folder, free room, or give yourself the right to write the file and its folder; "
+    "ODBCINI and ODBCSYSINI choose other ones.",
     true,
 };
 

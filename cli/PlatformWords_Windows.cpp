@@ -13,6 +13,7 @@ const PlatformWords PLATFORM_WORDS = {
     ", or put it into the folder of the library that needs it.",
     "A library that it needs is too old or a different one: bring both to matching versions.",
     "Repair what the system names, and install the library again.",
+    "Give yourself the right to write the key.",
     false,
 };
 

@@ -66,14 +66,14 @@ TEST_F(PasswordMemory, KeepsNothingOfWhatACommandReads) {
         const char* m_text;
         std::vector<std::string> m_arguments;
     } cases[] = {
-        {"a file with the password", "@\n",
+        {"a file with the password",
+         "@\n",
          {"add", "x", "--server", "s", "--database", "d", "--pwd-file", file, "-n"}},
         {"a description in JSON",
          R"([{"name": "x", "values": {"Server": "s", "Database": "d", "PWD": "@"}}])",
          {"apply", file, "-n", "--json"}},
         {"a description in INI", "[x]\nServer=s\nDatabase=d\nPWD=@\n", {"apply", file, "-n"}},
-        {"an unreadable description", R"([{"name": "x", "values": {"PWD": "@"})",
-         {"apply", file}},
+        {"an unreadable description", R"([{"name": "x", "values": {"PWD": "@"})", {"apply", file}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);

@@ -16,9 +16,11 @@ class Stage:
         #include <stdio.h>
         #include <stdlib.h>
         #include <string.h>
+        #include <unistd.h>
         #define EXPORTED
         #define CONFIGURE ConfigDSN
         #define KILL() raise(SIGKILL)
+        #define PAUSE() usleep(10000)
         static void* find(const char* library, const char* name) {
             return dlsym(dlopen(library, RTLD_NOW), name);
         }

@@ -37,6 +37,7 @@ class Stage:
         #define EXPORTED __declspec(dllexport)
         #define CONFIGURE ConfigDSNW
         #define KILL() TerminateProcess(GetCurrentProcess(), 9)
+        #define PAUSE() Sleep(10)
         static void* find(const char* library, const char* name) {
             return (void*)GetProcAddress(LoadLibraryA(library), name);
         }

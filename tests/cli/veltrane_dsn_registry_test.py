@@ -18,6 +18,20 @@ class RegistryTest(ToolTest):
             self.assertEqual(self.run_tool("list")[0], "odd\nsales\n")
             self.assertEqual(self.dsns(), before)
 
+    def test_a_change_of_a_system_dsn_that_was_killed_is_recorded_for_all_users(self):
+        self.register_front("forward(window, request, driver, values); KILL();")
+        self.write({"sales": {**SALES, "Extra": "1"}}, "system")
+        self.run_tool("set", "sales", "--system", "--server", "t", code=self.stage.KILLED)
+        record = self.stage.export(r"HKEY_LOCAL_MACHINE\SOFTWARE\Veltrane")["veltrane-dsn"]["Change"]
+        self.assertIn("Extra=1", record)
+        self.assertFalse(self.stage.has_record())
+        self.assertEqual(self.dsns("system"), {"sales": {**SALES, "Server": "t"}})
+        repairs = [finding["repair"] for finding in self.run_json("doctor")["findings"]
+                   if finding["id"] == "change-interrupted"]
+        self.assertIn("veltrane-dsn set NAME --system", repairs[0])
+        self.run_tool("remove", "nothing", "--if-exists", "--system")
+        self.assertEqual(self.dsns("system"), {"sales": {**SALES, "Server": "t", "Extra": "1"}})
+
     def test_no_name_reaches_another_key(self):
         self.write({"sales": SALES})
         for name in ("", "\\", "sales\\..", "ODBC Data Sources\\sales"):

@@ -2,35 +2,14 @@
 """What the built veltrane-dsn does on every system, by the commands' topics (tool_test.py)."""
 import json
 import os
+import subprocess
 
 from tool_test import PASSWORD, ToolTest, main
 
 SALES = {"Driver": "Veltrane", "Server": "db", "Database": "d"}
-# Sets up a request to the real setup library, as a setup library in front of it gets it.
-FRONT = """
-    typedef int Request(void*, unsigned short, const void*, const void*);
-    static int forward(void* window, unsigned short request, const void* driver, const void* values) {
-        Request* const configure = (Request*)find("%s", "%s");
-        return configure(window, request, driver, values);
-    }
-"""
 
 
-class FrontTest(ToolTest):
-    """Tests with a setup library of their own in front of the real one."""
-
-    def register_front(self, body):
-        setup = self.stage.setup.replace("\\", "\\\\")
-        entry = "ConfigDSNW" if "\\" in setup else "ConfigDSN"
-        self.register(self.stage.compile("front", self.stage.PRELUDE + FRONT % (setup, entry) + """
-            EXPORTED int CONFIGURE(void* window, unsigned short request, const void* driver,
-                                   const void* values) {
-                const char* const moment = getenv("MOMENT") ? getenv("MOMENT") : "";
-                int result = 0;
-            """ + body + "return result; }"))
-
-
-class ChangeTest(FrontTest):
+class ChangeTest(ToolTest):
     def test_adds_shows_lists_changes_and_removes(self):
         self.assertEqual(self.add_sales("--uid", "anna", "-p", "LoginMode=1")[0], "sales: added\n")
         self.assertEqual(self.dsns(), {"sales": {**SALES, "UID": "anna", "LoginMode": "1"}})
@@ -111,6 +90,34 @@ class ChangeTest(FrontTest):
                 self.assertEqual("put back" in notice, after not in (extras, written), notice)
                 self.assertEqual(self.dsns(), after)
                 self.assertFalse(self.stage.has_record())
+
+    def test_runs_wait_for_each_other(self):
+        started, go = self.path("started"), self.path("go")
+        quoted = tuple(self.stage.native(it).replace("\\", "\\\\") for it in (started, go))
+        self.register_front("""
+            if (!strcmp(moment, "wait")) {
+                fclose(fopen("%s", "w"));
+                FILE* file;
+                while (!(file = fopen("%s", "r"))) PAUSE();
+                fclose(file);
+            }
+            result = forward(window, request, driver, values);
+        """ % quoted)
+        self.write({"sales": self.WITH_EXTRAS, "other": SALES})
+        first = self.stage.start(["set", "sales", "--server", "t", "-q"],
+                                 environment={"MOMENT": "wait"})
+        self.wait_for(lambda: os.path.exists(started))
+        self.assertTrue(self.stage.has_record())
+        # A record that a run has is none of a run that was killed.
+        found = {finding["id"] for finding in self.run_json("doctor")["findings"]}
+        self.assertNotIn("change-interrupted", found)
+        second = self.stage.start(["set", "other", "--uid", "u", "-q"])
+        with self.assertRaises(subprocess.TimeoutExpired):
+            second.wait(1)
+        self.write_file("go", "")
+        self.assertEqual((first.wait(60), second.wait(60)), (0, 0))
+        self.assertEqual(self.dsns(), {"sales": {**self.WITH_EXTRAS, "Server": "t"},
+                                       "other": {**SALES, "UID": "u"}})
 
     def test_a_record_that_was_cut_off_stands_for_a_change_that_had_not_begun(self):
         self.write({"sales": self.WITH_EXTRAS})
@@ -211,7 +218,7 @@ class ChangeTest(FrontTest):
         self.assertEqual(self.dsns(), dsns)
 
 
-class SecretsTest(FrontTest):
+class SecretsTest(ToolTest):
     def test_a_password_comes_from_input_file_or_environment(self):
         file = self.write_file("password", PASSWORD + "\nmore\n")
         self.add_sales()
@@ -449,11 +456,15 @@ class DoctorTest(ToolTest):
         self.stage.write("drivers", {"Veltrane": {"Driver": nowhere}})
         found = self.findings(1)
         self.assertIn("has no Setup entry", found["driver-without-setup"])
+        self.assertIn("register --replace --library PATH.", self.run_json("doctor", code=1)
+                      ["findings"][1]["repair"])
         self.assertIn("Driver=" + nowhere, found["library-not-found"])
         self.stage.write("drivers", {"Veltrane": {"Setup": nowhere}})
         found = self.findings(1)
         self.assertIn(self.stage.NOT_FOUND, found["library-not-found"])
         self.assertIn("programs cannot connect", found["driver-without-library"])
+        self.register(self.stage.NOWHERE.replace("C:", "")[1:])
+        self.assertIn("depends on the working directory", self.findings(1)["library-path-relative"])
         self.register(self.write_file("text.so", "not a library"))
         self.assertIn("library-not-a-library", self.findings(1))
         self.register(self.stage.native(self.folder))
