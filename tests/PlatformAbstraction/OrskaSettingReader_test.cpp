@@ -3,9 +3,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
@@ -27,6 +29,7 @@ namespace {
 using namespace std::string_literals;
 using Reader = OrskaSettingReader;
 using Test::FakeRegistry;
+using Test::GetProgramDirectory;
 using Test::SetVariable;
 using Test::TEMPORARY_DIRECTORY_VARIABLE;
 using Test::TemporaryDirectory;
@@ -248,6 +251,16 @@ TEST_F(SettingReader, TheSourcesMayChangeBeforeTheFirstRead) {
     Reader::SetIniFilePath(m_directory.Write("driver.ini", "[Driver]\nLogLevel=5\n"));
     EXPECT_EQ(observer.m_seen.size(), 2u);
     EXPECT_EQ(Reader::GetLogLevel(), "5");
+}
+
+TEST_F(SettingReader, ARelativePathStartsAtTheModuleIfItIsToldTo) {
+    const std::string name = "setting_reader." + std::to_string(getpid()) + ".ini";
+    const std::filesystem::path beside = GetProgramDirectory() + name;
+    std::ofstream(beside) << "[Driver]\nfrom=module\n";
+    Reader::Initialize(name, L"Veltrane", L"Driver");
+    Reader::SetResolveIniPathFromModule(true);
+    EXPECT_EQ(Reader::GetSetting("from"), "module");
+    std::filesystem::remove(beside);
 }
 
 TEST_F(SettingReader, AFirstReadThatFailsIsTriedAgain) {
