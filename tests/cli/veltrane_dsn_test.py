@@ -106,15 +106,17 @@ class ChangeTest(ToolTest):
         self.write({"sales": self.WITH_EXTRAS, "other": SALES})
         first = self.stage.start(["set", "sales", "--server", "t", "-q"],
                                  environment={"MOMENT": "wait"})
-        self.wait_for(lambda: os.path.exists(started))
-        self.assertTrue(self.stage.has_record())
-        # A record that a run has is none of a run that was killed.
-        found = {finding["id"] for finding in self.run_json("doctor")["findings"]}
-        self.assertNotIn("change-interrupted", found)
-        second = self.stage.start(["set", "other", "--uid", "u", "-q"])
-        with self.assertRaises(subprocess.TimeoutExpired):
-            second.wait(1)
-        self.write_file("go", "")
+        try:
+            self.wait_for(lambda: os.path.exists(started))
+            self.assertTrue(self.stage.has_record())
+            # A record that a run has is none of a run that was killed.
+            found = {finding["id"] for finding in self.run_json("doctor")["findings"]}
+            self.assertNotIn("change-interrupted", found)
+            second = self.stage.start(["set", "other", "--uid", "u", "-q"])
+            with self.assertRaises(subprocess.TimeoutExpired):
+                second.wait(1)
+        finally:
+            self.write_file("go", "")  # also where the test fails, or the first would wait for ever
         self.assertEqual((first.wait(60), second.wait(60)), (0, 0))
         self.assertEqual(self.dsns(), {"sales": {**self.WITH_EXTRAS, "Server": "t"},
                                        "other": {**SALES, "UID": "u"}})
