@@ -12,8 +12,8 @@
 #include "Exceptions/DiagState.h"
 #include "Exceptions/IMessageSource.h"
 #include "Exceptions/SQLState.h"
-#include "PlatformAbstraction/ThreadSafeSharedObject.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/base/ThreadSafeSharedObject.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 

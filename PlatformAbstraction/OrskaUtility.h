@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -9,8 +9,8 @@
 #include <iterator>
 
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
-#include "PlatformAbstraction/OrskaSettingReader.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
 
 namespace Orska::Platform {
 

@@ -12,8 +12,8 @@
 #include <memory>
 #include <mutex>
 
-#include "PlatformAbstraction/IPlatformStringConverter.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/IPlatformStringConverter.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Platform {
 

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support::SqlTypeNames {
 

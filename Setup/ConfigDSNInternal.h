@@ -2,7 +2,7 @@
 #ifndef SETUP_CONFIGDSNINTERNAL_H
 #define SETUP_CONFIGDSNINTERNAL_H
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC {
 

@@ -5,7 +5,7 @@
 /// types.
 #include <cstddef>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "Setup/ConfigDSNInternal.h"
 #include "Setup/InstallerCaller.h"
 #include "Setup/ModulePin.h"

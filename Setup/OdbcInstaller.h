@@ -12,7 +12,7 @@
 
 #include <memory>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC::OdbcInstaller {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
 
 namespace Veltrane::ODBC {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC::TracedInstaller {
 

@@ -4,7 +4,7 @@
 #ifndef SETUP_VELTRANEDSNCONFIGURATION_H
 #define SETUP_VELTRANEDSNCONFIGURATION_H
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC {
 

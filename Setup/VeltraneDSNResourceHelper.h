@@ -2,7 +2,7 @@
 #ifndef SETUP_VELTRANEDSNRESOURCEHELPER_H
 #define SETUP_VELTRANEDSNRESOURCEHELPER_H
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC {
 

@@ -12,10 +12,10 @@
 #include <mutex>
 #include <string>
 
-#include "PlatformAbstraction/IniFileConfigurationReader.h"
-#include "PlatformAbstraction/OrskaSettingReader.h"
-#include "PlatformAbstraction/SettingKeys.h"
-#include "PlatformAbstraction/TextFile.h"
+#include "PlatformAbstraction/files/TextFile.h"
+#include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
+#include "PlatformAbstraction/settings/SettingKeys.h"
 #ifdef ORSKA_HAVE_GLIB
 #include <glib.h>
 #endif

@@ -28,7 +28,7 @@
 #include <double-conversion/double-conversion.h>
 #endif
 
-#include "PlatformAbstraction/NumberConverter.h"
+#include "PlatformAbstraction/numbers/NumberConverter.h"
 
 namespace {
 

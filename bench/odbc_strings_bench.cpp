@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/ODBCStringConverter.h"
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace {
 

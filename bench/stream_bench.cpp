@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "PlatformAbstraction/EncodingInfo.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 namespace {

@@ -1,7 +1,7 @@
 // What a trace call costs: with tracing off, and with it on beside fprintf of the same text to the
-// same stream. The stream is the null device, so that the work before the system call shows, or a file in
-// the temporary folder. Names are who, work, text and size, joined by slashes, with the size of the
-// message in bytes.
+// same stream. The stream is the null device, so that the work before the system call shows, or a
+// file in the temporary folder. Names are who, work, text and size, joined by slashes, with the
+// size of the message in bytes.
 #include <benchmark/benchmark.h>
 
 #include <chrono>

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/CommandError.h"
-#include "cli/CommandLine.h"
-#include "cli/Commands.h"
-#include "cli/Generate.h"
-#include "cli/ProgramStart.h"
-#include "cli/Report.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Report.h"
+#include "cli/line/CommandLine.h"
+#include "cli/line/Generate.h"
+#include "cli/system/CommandError.h"
+#include "cli/system/ProgramStart.h"
 
 namespace {
 

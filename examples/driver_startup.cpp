@@ -6,11 +6,11 @@
 #include <string>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/EncodingInfo.h"
-#include "PlatformAbstraction/OrskaSettingReader.h"
 #include "PlatformAbstraction/Platform.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 using Orska::Support::EncodingInfo;
 using Orska::Support::orska_wstring;

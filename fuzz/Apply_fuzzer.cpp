@@ -5,9 +5,9 @@
 // Input: the format (or: guess it), then the text.
 #include <algorithm>
 
-#include "cli/CommandError.h"
-#include "cli/Description.h"
-#include "cli/DsnPlan.h"
+#include "cli/dsn/Description.h"
+#include "cli/dsn/DsnPlan.h"
+#include "cli/system/CommandError.h"
 #include "fuzz/FuzzInput.h"
 
 namespace {
@@ -114,10 +114,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     const std::uint8_t mode = input.TakeByte() % 3;
     const std::string text = input.TakeRest();
     const DescriptionFormat format = mode == 0   ? GuessFormat(text)
-                                     : mode == 1 ? DescriptionFormat::Json
-                                                 : DescriptionFormat::Ini;
+                                     : mode == 1 ? DescriptionFormat::JSON
+                                                 : DescriptionFormat::INI;
     const Descriptions descriptions = Parse(text, format);
-    if (format == DescriptionFormat::Json && !descriptions.empty()) {
+    if (format == DescriptionFormat::JSON && !descriptions.empty()) {
         RequireSame(Parse(QuoteNumbers(text), format), descriptions, text);
     }
     std::for_each(descriptions.begin(), descriptions.end(), Plan);

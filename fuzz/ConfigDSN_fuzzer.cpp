@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/support/OdbcInstaller_Fake.h"
 #include "tests/support/VeltraneDSNDialog_Fake.h"

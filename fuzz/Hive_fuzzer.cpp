@@ -11,7 +11,7 @@
 #include <iterator>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/RegistryConfigurationReader.h"
+#include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/ScratchFile.h"
 #include "tests/support/HiveFile.h"

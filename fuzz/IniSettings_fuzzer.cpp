@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/IniFileConfigurationReader.h"
+#include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/ScratchFile.h"
 #include "tests/support/SettingText.h"

@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/NumberConverter.h"
+#include "PlatformAbstraction/numbers/NumberConverter.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/support/NumberModel.h"
 

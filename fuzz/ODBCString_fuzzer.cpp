@@ -8,10 +8,10 @@
 #include <memory>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/ODBCStringConverter.h"
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/support/EncodedFit.h"
 

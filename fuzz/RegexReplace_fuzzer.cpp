@@ -4,7 +4,7 @@
 #include <unicode/regex.h>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "fuzz/FuzzInput.h"
 
 namespace {

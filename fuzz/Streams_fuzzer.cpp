@@ -8,11 +8,11 @@
 #include <memory>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/SiconvStreamConverter.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/support/StreamDriver.h"
 

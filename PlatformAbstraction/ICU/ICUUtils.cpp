@@ -9,7 +9,7 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 

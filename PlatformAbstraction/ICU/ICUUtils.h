@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

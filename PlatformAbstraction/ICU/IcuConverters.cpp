@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

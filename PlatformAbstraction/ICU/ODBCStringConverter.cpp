@@ -5,12 +5,12 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
 
 namespace Orska::Support {
 

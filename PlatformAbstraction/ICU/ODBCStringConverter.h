@@ -19,9 +19,9 @@
 #include <mutex>
 #include <string_view>
 
-#include "PlatformAbstraction/EncodingType.h"
 #include "PlatformAbstraction/ICU/ShortText.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -5,11 +5,11 @@
 
 #include <cstring>
 
-#include "PlatformAbstraction/CpuLevel.h"
 #include "PlatformAbstraction/ICU/ShortTextKernels.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
-#include "PlatformAbstraction/TextPool.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/base/CpuLevel.h"
+#include "PlatformAbstraction/strings/TextPool.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

@@ -29,7 +29,7 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

@@ -1,10 +1,10 @@
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
 
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 #include "PlatformAbstraction/ICU/SiconvStreamConverter.h"
 #include "PlatformAbstraction/ICU/WideStreamBlitter.h"
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "PlatformAbstraction/EncodingType.h"
 #include "PlatformAbstraction/ICU/StreamConverter.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

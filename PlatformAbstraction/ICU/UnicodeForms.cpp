@@ -6,8 +6,8 @@
 #include <bit>
 #include <cstring>
 
-#include "PlatformAbstraction/CpuLevel.h"
 #include "PlatformAbstraction/ICU/UnicodeFormsKernels.h"
+#include "PlatformAbstraction/base/CpuLevel.h"
 
 namespace Orska::Support {
 

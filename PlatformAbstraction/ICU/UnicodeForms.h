@@ -13,8 +13,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "PlatformAbstraction/EncodingType.h"
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

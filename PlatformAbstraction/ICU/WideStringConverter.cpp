@@ -10,13 +10,13 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 #include "PlatformAbstraction/ICU/ShortText.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
-#include "PlatformAbstraction/TextPool.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/TextPool.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 

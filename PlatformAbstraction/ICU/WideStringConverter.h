@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "PlatformAbstraction/IPlatformStringConverter.h"
+#include "PlatformAbstraction/strings/IPlatformStringConverter.h"
 
 namespace Orska::Support {
 

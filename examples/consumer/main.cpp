@@ -7,8 +7,8 @@
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
-#include "PlatformAbstraction/NumberConverter.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/numbers/NumberConverter.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 using Orska::Support::ErrorException;
 using Orska::Support::NumberConverter;

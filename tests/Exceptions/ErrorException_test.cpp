@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "Exceptions/ILogger.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "tests/support/TraceCapture.h"
 
 namespace Orska::Support {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "PlatformAbstraction/ICU/ICUUtils.h"
-#include "PlatformAbstraction/OrskaSettingReader.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"

@@ -9,10 +9,10 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/ILogger.h"
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
-#include "PlatformAbstraction/NumberConverter.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/numbers/NumberConverter.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/TraceCapture.h"
 
 namespace {

@@ -1,8 +1,8 @@
-#include "cli/CommandLine.h"
+#include "cli/line/CommandLine.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/CommandError.h"
+#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 namespace {

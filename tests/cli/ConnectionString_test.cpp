@@ -1,10 +1,10 @@
-#include "cli/ConnectionString.h"
+#include "cli/dsn/ConnectionString.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "cli/CommandError.h"
+#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 namespace {

@@ -1,14 +1,14 @@
-#include "cli/Description.h"
+#include "cli/dsn/Description.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/CommandError.h"
+#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 namespace {
 
-constexpr auto JSON = DescriptionFormat::Json;
-constexpr auto INI = DescriptionFormat::Ini;
+constexpr auto JSON = DescriptionFormat::JSON;
+constexpr auto INI = DescriptionFormat::INI;
 
 std::string Spell(const std::vector<DsnDescription>& in_descriptions) {
     std::string text;

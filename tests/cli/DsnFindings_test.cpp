@@ -1,8 +1,8 @@
-#include "cli/DsnFindings.h"
+#include "cli/examine/DsnFindings.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/PlatformWords.h"
+#include "cli/system/PlatformWords.h"
 
 namespace Veltrane::Cli {
 namespace {

@@ -1,8 +1,8 @@
-#include "cli/DsnPlan.h"
+#include "cli/dsn/DsnPlan.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/CommandError.h"
+#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 namespace {

@@ -1,11 +1,11 @@
-#include "cli/HelpText.h"
+#include "cli/line/HelpText.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <sstream>
 
-#include "cli/CommandLine.h"
+#include "cli/line/CommandLine.h"
 
 namespace Veltrane::Cli {
 namespace {

@@ -1,9 +1,9 @@
-#include "cli/LibraryProbe.h"
+#include "cli/examine/LibraryProbe.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/DriverFindings.h"
-#include "cli/DriverManagerFindings.h"
+#include "cli/examine/DriverFindings.h"
+#include "cli/examine/DriverManagerFindings.h"
 
 namespace Veltrane::Cli {
 namespace {

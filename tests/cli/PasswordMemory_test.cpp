@@ -8,9 +8,9 @@
 #include <iostream>
 #include <streambuf>
 
-#include "cli/CommandError.h"
-#include "cli/CommandLine.h"
-#include "cli/Commands.h"
+#include "cli/commands/Commands.h"
+#include "cli/line/CommandLine.h"
+#include "cli/system/CommandError.h"
 #include "tests/support/PasswordCopies.h"
 
 namespace Veltrane::Cli {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 #include "tests/support/StreamDriver.h"
 
 namespace Orska::Support::Testing {

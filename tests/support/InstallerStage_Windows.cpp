@@ -4,7 +4,7 @@
 // Behind the Windows API, which it needs.
 #include <odbcinst.h>
 
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/installer/TestInstaller.h"
 #include "tests/installer/TestProfile.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "PlatformAbstraction/RegistryKey.h"
+#include "PlatformAbstraction/settings/RegistryKey.h"
 
 namespace Orska::Test {
 

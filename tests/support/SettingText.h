@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "PlatformAbstraction/SettingValue.h"
+#include "PlatformAbstraction/settings/SettingValue.h"
 
 namespace Orska::Test {
 

@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support::Testing {
 

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "PlatformAbstraction/EncodingType.h"
 #include "PlatformAbstraction/ICU/StreamConverter.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support::Testing {
 

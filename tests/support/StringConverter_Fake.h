@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "PlatformAbstraction/IPlatformStringConverter.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/IPlatformStringConverter.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Test {
 

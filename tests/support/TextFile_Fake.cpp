@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "PlatformAbstraction/TextFile.h"
+#include "PlatformAbstraction/files/TextFile.h"
 #include "tests/support/TestSystem.h"
 
 namespace Orska::Test {

@@ -35,8 +35,8 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/CpuLevel.h"
-#include "PlatformAbstraction/EncodingType.h"
+#include "PlatformAbstraction/base/CpuLevel.h"
+#include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
 

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/StreamDriver.h"
 
 namespace Orska::Support {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "PlatformAbstraction/EncodingInfo.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
 

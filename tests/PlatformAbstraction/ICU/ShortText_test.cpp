@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "PlatformAbstraction/CpuLevel.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/base/CpuLevel.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/StreamDriver.h"
 #include "tests/support/TestSystem.h"

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/EncodingInfo.h"
 #include "PlatformAbstraction/ICU/SiconvStreamConverter.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
 #include "PlatformAbstraction/ICU/WideStreamBlitter.h"
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "tests/support/StreamDriver.h"
 
 namespace Orska::Support::Testing {

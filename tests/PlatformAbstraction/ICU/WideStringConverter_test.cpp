@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/EncodingInfo.h"
-#include "PlatformAbstraction/ProcessEncodings.h"
-#include "PlatformAbstraction/orska_wstring.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/EncodedFit.h"
 #include "tests/support/StreamDriver.h"
 

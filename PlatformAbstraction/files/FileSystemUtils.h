@@ -1,0 +1,53 @@
+/// Directories and paths.
+///
+/// A path is written with "/" or "\"; both separate, on both systems. On Linux the system is given
+/// the path in UTF-8 with every "\" turned into "/", so that a path made from a setting such as
+/// ".\" opens what was meant. Any thread may call.
+#ifndef PLATFORMABSTRACTION_FILESYSTEMUTILS_H
+#define PLATFORMABSTRACTION_FILESYSTEMUTILS_H
+
+#include <filesystem>
+
+#include "PlatformAbstraction/strings/orska_wstring.h"
+
+namespace Orska::Support {
+
+class FileSystemUtils {
+public:
+    /// Creates the directory that a file path names: the text up to the last separator. Only the
+    /// last level is created; nothing is done when it exists or when the path has no separator.
+    /// @throws ProductException "CannotOpenFile" with the path and the system's error text
+    static void CreateFileDirectory(const orska_wstring& in_path);
+
+    /// True for a path that the INI file and message directories are joined to: one that is empty,
+    /// begins with "." or is relative for the system.
+    static bool IsJoinedToDirectory(const orska_wstring& in_path);
+
+    /// The directory of the file that holds this library (or of the program it is linked into),
+    /// with a separator at its end; empty when the system does not tell.
+    static orska_wstring GetModuleDirectory();
+
+    /// The directory for temporary files as the system names it; NULL when it does not, or when the
+    /// name has MAX_PATH_LENGTH code units or more.
+    static orska_wstring GetTempDirectory();
+
+    static constexpr int MAX_PATH_LENGTH = 260;
+
+    /// The path in the form that the system's own calls take.
+    static std::filesystem::path GetNativePath(const orska_wstring& in_path);
+
+    static bool IsDirectory(const orska_wstring& in_path);
+
+    /// Creates one directory; one that exists already is a success.
+    /// @return false on failure; GetLastErrorCode says why
+    static bool CreateOneDirectory(const orska_wstring& in_path);
+
+    /// What the system itself takes for a relative path. By the rules of Windows a path is absolute
+    /// when it begins with "\" or has ":" as its second character; on Linux also when it begins
+    /// with "/".
+    static bool IsRelative(const orska_wstring& in_path);
+};
+
+}  // namespace Orska::Support
+
+#endif

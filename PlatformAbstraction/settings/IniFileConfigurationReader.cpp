@@ -1,0 +1,240 @@
+#include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/files/FileSystemUtils.h"
+#include "PlatformAbstraction/files/TextFile.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+
+namespace Orska::Support {
+
+namespace {
+
+constexpr char SOURCE[] = "PlatformAbstraction\\IniFileConfigurationReader";
+constexpr char PARSE_KEY_VALUE[] = "`anonymous-namespace'::ParseKeyValue";
+
+constexpr bool IsBlank(char in_byte) {
+    return in_byte == ' ' || (in_byte >= '\t' && in_byte <= '\r');
+}
+
+std::string_view Trim(std::string_view in_text) {
+    const char* first = in_text.data();
+    const char* end = first + in_text.size();
+    while (first != end && IsBlank(*first)) {
+        ++first;
+    }
+    while (first != end && IsBlank(end[-1])) {
+        --end;
+    }
+    return {first, static_cast<std::size_t>(end - first)};
+}
+
+/// The line up to the first comment sign. They stand anywhere, also in quotes, which is meant.
+std::string_view CutComment(std::string_view in_line) {
+    const std::size_t sign = in_line.find('#');
+    const std::string_view line = in_line.substr(0, sign);
+    return line.substr(0, line.find(';'));
+}
+
+/// ASCII letters only: a byte above 127 is part of a longer character in UTF-8.
+void ToUpper(std::string_view in_text, std::string& out_upper) {
+    out_upper.resize(in_text.size());
+    for (std::size_t index = 0; index < in_text.size(); ++index) {
+        const char byte = in_text[index];
+        const bool isLower = byte >= 'a' && byte <= 'z';
+        out_upper[index] = static_cast<char>(isLower ? byte - 'a' + 'A' : byte);
+    }
+}
+
+/// Decodes bytes in the ANSI encoding.
+class Decoder {
+public:
+    std::u16string_view Decode(std::string_view in_bytes) {
+        if (m_isAsciiSuperset && IsAscii(in_bytes)) {
+            m_units.resize(in_bytes.size());
+            std::copy(in_bytes.begin(), in_bytes.end(), m_units.begin());
+        } else {
+            m_units = orska_wstring(in_bytes.data(), in_bytes.size()).GetView();
+        }
+        return m_units;
+    }
+
+private:
+    static bool IsAscii(std::string_view in_bytes) {
+        unsigned all = 0;
+        for (const char byte : in_bytes) {
+            all |= static_cast<unsigned char>(byte);
+        }
+        return all < 0x80;
+    }
+
+    bool m_isAsciiSuperset = EncodingInfo::IsAsciiSuperset(GetAnsiEncoding());
+    std::u16string m_units;  ///< kept for its memory
+};
+
+struct KeyValue {
+    std::string_view m_key;
+    std::string_view m_value;
+};
+
+/// @param in_line  trimmed
+KeyValue ParseKeyValue(std::string_view in_line) {
+    if (in_line.empty()) {
+        ORSKA_THROW((TraceSite{PARSE_KEY_VALUE, SOURCE, 65}), std::exception());
+    }
+    const std::size_t equals = in_line.find('=');
+    if (equals == std::string_view::npos || equals == 0) {
+        ORSKA_THROW((TraceSite{PARSE_KEY_VALUE, SOURCE, 75}), std::exception());
+    }
+    const std::string_view key = Trim(in_line.substr(0, equals));
+    std::string_view value = Trim(in_line.substr(equals + 1));
+    if (value.size() > 1 && (value.front() == '"' || value.front() == '\'')) {
+        if (value.find(value.front(), 1) != value.size() - 1) {
+            ORSKA_THROW((TraceSite{PARSE_KEY_VALUE, SOURCE, 102}), std::exception());
+        }
+        value = value.substr(1, value.size() - 2);
+    }
+    return {key, value};
+}
+
+/// Turns lines into entries of a configuration map.
+class LineLoader {
+public:
+    LineLoader(ConfigurationMap& io_configuration, std::optional<orska_wstring> in_wantedSection,
+               bool in_isCaseSensitive)
+        : m_configuration(io_configuration),
+          m_wantedSection(std::move(in_wantedSection)),
+          m_isCaseSensitive(in_isCaseSensitive) {
+        EnterSection({});
+    }
+
+    void LoadLine(std::string_view in_line) {
+        const std::string_view line = Trim(CutComment(in_line));
+        if (line.empty()) {
+            return;
+        }
+        if (line.front() == '[' && line.back() == ']') {
+            EnterSection(line.substr(1, line.size() - 2));
+            return;
+        }
+        // A malformed line is an error in every section.
+        const KeyValue entry = ParseKeyValue(line);
+        if (m_isWanted) {
+            Store(entry);
+        }
+    }
+
+    /// Sorts here, where time is spent anyway, what the next read of each section would sort.
+    void Finish() {
+        for (const auto& entry : m_configuration) {
+            entry.second.Sort();
+        }
+    }
+
+private:
+    void EnterSection(std::string_view in_name) {
+        ToUpper(in_name, m_upper);
+        m_sectionName = orska_wstring(m_upper);
+        m_isWanted = !m_wantedSection || *m_wantedSection == m_sectionName;
+        m_section = nullptr;
+    }
+
+    void Store(const KeyValue& in_entry) {
+        if (m_section == nullptr) {
+            m_section = &m_configuration[m_sectionName];
+        }
+        std::string_view key = in_entry.m_key;
+        if (!m_isCaseSensitive) {
+            ToUpper(key, m_upper);
+            key = m_upper;
+        }
+        m_section->SetText(m_keyDecoder.Decode(key), m_valueDecoder.Decode(in_entry.m_value));
+    }
+
+    ConfigurationMap& m_configuration;
+    std::optional<orska_wstring> m_wantedSection;  ///< in upper case; absent: all
+    bool m_isCaseSensitive;
+    orska_wstring m_sectionName;
+    bool m_isWanted = true;
+    std::string m_upper;  ///< kept for its memory
+    Decoder m_keyDecoder;
+    Decoder m_valueDecoder;
+    SectionMap* m_section = nullptr;  ///< the current section's map, once it has a key
+};
+
+/// Null when the file cannot be opened, which is no error: there are other sources.
+std::unique_ptr<TextFile> OpenForReading(const orska_wstring& in_path) {
+    try {
+        return std::make_unique<TextFile>(in_path, TextFile::MODE_READ);
+    } catch (const ProductException&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+bool IniFileConfigurationReader::LoadConfiguration(ConfigurationMap& io_configuration,
+                                                   const orska_wstring& in_filePath,
+                                                   const orska_wstring* in_section) const {
+    if (in_filePath.IsEmpty()) {
+        return false;
+    }
+    const std::unique_ptr<TextFile> file = OpenForReading(ResolvePath(in_filePath));
+    if (file == nullptr) {
+        return false;
+    }
+    constexpr char FUNCTION[] = "Orska::Support::IniFileConfigurationReader::LoadConfiguration";
+    std::uint64_t lineNumber = 1;
+    try {
+        std::optional<orska_wstring> wantedSection;
+        if (in_section != nullptr) {
+            wantedSection = in_section->IsNull() ? orska_wstring("") : *in_section;
+            wantedSection->ToUpper();
+        }
+        LineLoader loader(io_configuration, std::move(wantedSection), m_isCaseSensitive);
+        for (std::string line; file->ReadLine(line); ++lineNumber) {
+            loader.LoadLine(line);
+        }
+        loader.Finish();
+        if (file->HasReadFailed()) {
+            ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 0}), std::exception());
+        }
+    } catch (...) {
+        const std::vector<orska_wstring> msgParams{file->GetFileName(),
+                                                   orska_wstring(std::to_wstring(lineNumber))};
+        ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 301}),
+                    ProductException((L"IniParseError"), msgParams));
+    }
+    return true;
+}
+
+bool IniFileConfigurationReader::LoadConfiguration(SectionMap& out_section,
+                                                   const orska_wstring& in_filePath,
+                                                   const orska_wstring& in_section) const {
+    ConfigurationMap configuration;
+    if (!LoadConfiguration(configuration, in_filePath, &in_section)) {
+        return false;
+    }
+    // Only the wanted section can be there, if it is.
+    out_section = configuration.empty() ? SectionMap() : std::move(configuration.begin()->second);
+    return true;
+}
+
+orska_wstring IniFileConfigurationReader::ResolvePath(const orska_wstring& in_filePath) const {
+    if (m_resolveIniPathFromModule && FileSystemUtils::IsJoinedToDirectory(in_filePath)) {
+        return FileSystemUtils::GetModuleDirectory() + in_filePath;
+    }
+    return in_filePath;
+}
+
+}  // namespace Orska::Support

@@ -1,0 +1,48 @@
+/// Reads settings from an INI file.
+///
+/// A line is cut at the first "#" or ";", also inside quotes, and trimmed. What is left is a
+/// section header in brackets or a key and a value around the first "="; a value may stand in
+/// double quotes or apostrophes. Section names and keys are upper-cased byte by byte (ASCII letters
+/// only). Bytes are read in the process ANSI encoding. A reader holds nothing open between calls
+/// and is used by one thread at a time.
+#ifndef PLATFORMABSTRACTION_INIFILECONFIGURATIONREADER_H
+#define PLATFORMABSTRACTION_INIFILECONFIGURATIONREADER_H
+
+#include "PlatformAbstraction/settings/SettingValue.h"
+
+namespace Orska::Support {
+
+class IniFileConfigurationReader {
+public:
+    /// @param in_isCaseSensitive  false: keys become upper case
+    /// @param in_resolveIniPathFromModule  true: a relative path starts at the directory of the
+    /// file
+    ///        that holds this library; false: at the working directory
+    IniFileConfigurationReader(bool in_isCaseSensitive, bool in_resolveIniPathFromModule)
+        : m_isCaseSensitive(in_isCaseSensitive),
+          m_resolveIniPathFromModule(in_resolveIniPathFromModule) {}
+    virtual ~IniFileConfigurationReader() = default;
+
+    /// Replaces `out_section` by the values of one section, none when the file has no such section.
+    /// @param in_section  compared in upper case with the names in the file
+    /// @return false when the path is empty or the file cannot be opened; nothing is changed then
+    /// @throws ProductException "IniParseError" (file name, line number) for a malformed line or a
+    ///         failing read; nothing is changed
+    bool LoadConfiguration(SectionMap& out_section, const orska_wstring& in_filePath,
+                           const orska_wstring& in_section) const;
+
+    /// Adds the values of one section, or of all when `in_section` is null. A section without keys
+    /// is not added. When a line is malformed, the values before it have been added.
+    bool LoadConfiguration(ConfigurationMap& io_configuration, const orska_wstring& in_filePath,
+                           const orska_wstring* in_section) const;
+
+private:
+    orska_wstring ResolvePath(const orska_wstring& in_filePath) const;
+
+    bool m_isCaseSensitive;
+    bool m_resolveIniPathFromModule;
+};
+
+}  // namespace Orska::Support
+
+#endif

@@ -1,0 +1,413 @@
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
+
+#include <unicode/ucnv.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/ICU/ICUUtils.h"
+#include "PlatformAbstraction/Platform.h"
+#include "PlatformAbstraction/base/orska_abort.h"
+#include "PlatformAbstraction/files/FileSystemUtils.h"
+#include "PlatformAbstraction/settings/ISettingListener.h"
+#include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
+#include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
+#include "PlatformAbstraction/settings/SettingKeys.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+
+namespace Orska::Support {
+
+using Platform::TraceVerbose;
+
+namespace {
+
+constexpr char SOURCE[] = "PlatformAbstraction\\OrskaSettingReader_Windows";
+
+// Process-wide: guards the reader. Re-entrant, because listeners run inside it.
+std::recursive_mutex s_lock;
+
+using Guard = std::lock_guard<std::recursive_mutex>;
+
+std::string EnsureTrailingSeparator(std::string in_path) {
+    if (in_path.empty()) {
+        return in_path;
+    }
+    if (in_path.back() == '/') {
+        in_path.back() = '\\';
+    } else if (in_path.back() != '\\') {
+        in_path += '\\';
+    }
+    return in_path;
+}
+
+/// The encoding of any name that is known, or nothing.
+std::optional<EncodingType> LookUpEncoding(const std::string& in_name) {
+    try {
+        return ICUUtils::GetEncodingEnum(in_name);
+    } catch (...) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace
+
+OrskaSettingReader* OrskaSettingReader::s_instance = nullptr;
+
+void OrskaSettingReader::Initialize(const orska_wstring& in_iniFilePath,
+                                    const orska_wstring& in_registryKeyName,
+                                    const orska_wstring& in_section) {
+    const Guard guard(s_lock);
+    if (s_instance == nullptr) {
+        s_instance = new OrskaSettingReader(in_iniFilePath, in_registryKeyName, in_section);
+    }
+}
+
+void OrskaSettingReader::Initialize(const orska_wstring& in_registryKeyName,
+                                    const orska_wstring& in_section) {
+    Initialize(orska_wstring(L""), in_registryKeyName, in_section);
+}
+
+bool OrskaSettingReader::IsInitialized() {
+    const Guard guard(s_lock);
+    return s_instance != nullptr;
+}
+
+OrskaSettingReader& OrskaSettingReader::Get() {
+    if (s_instance == nullptr) {
+        orska_abort(SOURCE, 0, "OrskaSettingReader::Initialize has not been called.");
+    }
+    return *s_instance;
+}
+
+// The table.
+
+void OrskaSettingReader::Load() {
+    if (m_isLoaded || m_isLoading) {
+        return;
+    }
+    const struct Loading {
+        bool& m_flag;
+        explicit Loading(bool& io_flag) : m_flag(io_flag) { m_flag = true; }
+        ~Loading() { m_flag = false; }
+    } loading(m_isLoading);
+
+    SectionMap section;
+    const IniFileConfigurationReader iniReader(false, m_resolveIniPathFromModule);
+    if (!iniReader.LoadConfiguration(section, m_iniFilePath, m_section)) {
+        const RegistryConfigurationReader registryReader(false);
+        registryReader.LoadConfiguration(section, orska_wstring(L""),
+                                         orska_wstring(L"SOFTWARE\\") + m_registryKeyName,
+                                         &m_section, false);
+    }
+    for (const auto& [key, value] : section) {
+        Store(key.GetAsAnsiString(), value.GetAsText().GetAsAnsiString());
+    }
+    m_isLoaded = true;
+}
+
+std::string& OrskaSettingReader::FindOrAdd(std::string_view in_key) {
+    const SettingKeyView key(in_key);
+    auto found = m_settings.find(key);
+    if (found == m_settings.end()) {
+        found = m_settings.emplace(SettingKey(key), std::string()).first;
+    }
+    return found->second;
+}
+
+/// A key that is not there yet is added with an empty value, of which no listener is told.
+const std::string& OrskaSettingReader::Read(std::string_view in_key) {
+    Load();
+    return FindOrAdd(in_key);
+}
+
+void OrskaSettingReader::Store(std::string_view in_key, const std::string& in_value) {
+    std::string& value = FindOrAdd(in_key);
+    if (value != in_value) {
+        Notify(in_key, value, in_value);
+        value = in_value;
+    }
+}
+
+/// A listener may register and unregister others, and itself: those registered at the start are
+/// told in their order, except the ones that are not registered any more when their turn comes.
+void OrskaSettingReader::Notify(std::string_view in_key, const std::string& in_oldValue,
+                                const std::string& in_newValue) {
+    const auto found = m_listeners.find(SettingKeyView(in_key));
+    if (found == m_listeners.end()) {
+        return;
+    }
+    const std::string key(in_key);
+    const std::vector<ISettingListener*> listeners = found->second;
+    for (ISettingListener* listener : listeners) {
+        if (IsListening(listener, key)) {
+            listener->OnSettingChanged(key, in_oldValue, in_newValue);
+        }
+    }
+}
+
+bool OrskaSettingReader::IsListening(ISettingListener* in_listener, std::string_view in_key) const {
+    const auto found = m_listeners.find(SettingKeyView(in_key));
+    return found != m_listeners.end() && std::find(found->second.begin(), found->second.end(),
+                                                   in_listener) != found->second.end();
+}
+
+std::string OrskaSettingReader::ReadLocked(std::string_view in_key) {
+    const Guard guard(s_lock);
+    return Get().Read(in_key);
+}
+
+/// Empty also when there is no reader or the sources cannot be read.
+std::string OrskaSettingReader::ReadOrEmpty(std::string_view in_key) noexcept try {
+    const Guard guard(s_lock);
+    return s_instance == nullptr ? std::string() : s_instance->Read(in_key);
+} catch (...) {
+    return {};
+}
+
+void OrskaSettingReader::StoreLocked(std::string_view in_key, const std::string& in_value) {
+    const Guard guard(s_lock);
+    Get().Store(in_key, in_value);
+}
+
+std::string OrskaSettingReader::GetSetting(const std::string& in_key) { return ReadLocked(in_key); }
+
+void OrskaSettingReader::SetSetting(const std::string& in_key, const std::string& in_value) {
+    StoreLocked(in_key, in_value);
+}
+
+// Listeners and sources.
+
+void OrskaSettingReader::RegisterListener(ISettingListener* in_listener,
+                                          const std::string& in_key) {
+    const Guard guard(s_lock);
+    OrskaSettingReader& reader = Get();
+    if (reader.IsListening(in_listener, in_key)) {
+        orska_abort(SOURCE, 656, "Attempted to register same <Listener, Key> combination twice.");
+    }
+    reader.m_listeners[SettingKey(SettingKeyView(in_key))].push_back(in_listener);
+}
+
+void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
+                                            const std::string& in_key) {
+    const Guard guard(s_lock);
+    OrskaSettingReader& reader = Get();
+    const auto found = reader.m_listeners.find(SettingKeyView(in_key));
+    if (found == reader.m_listeners.end()) {
+        orska_abort(SOURCE, 673,
+                    "Attempted to unregister <Listener, Key> combination which wasn't registered. "
+                    "(No listeners on that key)");
+    }
+    std::vector<ISettingListener*>& listeners = found->second;
+    const auto listener = std::find(listeners.begin(), listeners.end(), in_listener);
+    if (listener == listeners.end()) {
+        orska_abort(SOURCE, 681,
+                    "Attempted to unregister <Listener, Key> combination which wasn't registered.");
+    }
+    // The order of the others changes, which is meant. An empty list stays, so that what is removed
+    // twice is told from what was never there.
+    std::swap(*listener, listeners.back());
+    listeners.pop_back();
+}
+
+const orska_wstring& OrskaSettingReader::GetIniFilePath() {
+    const Guard guard(s_lock);
+    return Get().m_iniFilePath;
+}
+
+const orska_wstring& OrskaSettingReader::GetRegistryKeyName() {
+    const Guard guard(s_lock);
+    return Get().m_registryKeyName;
+}
+
+void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
+    const Guard guard(s_lock);
+    OrskaSettingReader& reader = Get();
+    reader.m_iniFilePath = in_path;
+    if (reader.m_changeObserver != nullptr) {
+        reader.m_changeObserver->OnSettingSourceChanged();
+    }
+}
+
+void OrskaSettingReader::SetRegistryKeyName(const orska_wstring& in_name) {
+    const Guard guard(s_lock);
+    OrskaSettingReader& reader = Get();
+    reader.m_registryKeyName = in_name;
+    if (reader.m_changeObserver != nullptr) {
+        reader.m_changeObserver->OnSettingSourceChanged();
+    }
+}
+
+void OrskaSettingReader::SetChangeObserver(ISettingChangeObserver* in_observer) {
+    const Guard guard(s_lock);
+    Get().m_changeObserver = in_observer;
+}
+
+void OrskaSettingReader::SetResolveIniPathFromModule(bool in_resolve) {
+    const Guard guard(s_lock);
+    Get().m_resolveIniPathFromModule = in_resolve;
+}
+
+// The two encodings.
+
+EncodingType OrskaSettingReader::GetAppCharEncoding() {
+    TraceVerbose("OrskaSettingReader::GetAppCharEncoding()");
+    const char* environment = std::getenv(ENVIRONMENT_ANSI_ENCODING);
+    const std::string name =
+        environment != nullptr ? std::string(environment) : ReadOrEmpty(SETTING_ANSI_ENCODING);
+    if (name.empty()) {
+        return EncodingType::ENC_NONE;
+    }
+    if (name == "UTF-16") {
+        return EncodingType::ENC_UTF16LE;
+    }
+    if (name == "UTF-32") {
+        return EncodingType::ENC_UTF32LE;
+    }
+    const std::optional<EncodingType> encoding = LookUpEncoding(name);
+    if (!encoding) {
+        TraceVerbose("ANSIEncoding setting is not a legal encoding.");
+        ORSKA_THROW(
+            (TraceSite{"Orska::Support::OrskaSettingReader::GetAppCharEncoding", SOURCE, 236}),
+            StartupInitException("ANSIEncoding setting is not a legal encoding."));
+    }
+    return *encoding;
+}
+
+/// Only the three Unicode forms, with their exact names; the application's encoding may be any.
+EncodingType OrskaSettingReader::GetDriverManagerEncoding() {
+    TraceVerbose("OrskaSettingReader::GetDriverManagerEncoding()");
+    const std::string name = ReadOrEmpty(SETTING_DRIVER_MANAGER_ENCODING);
+    if (name.empty()) {
+        TraceVerbose("DriverManagerEncoding setting not loaded, using default: UTF-16_LE.");
+        return EncodingType::ENC_UTF16LE;
+    }
+    if (name == "UTF-8") {
+        return EncodingType::ENC_UTF8;
+    }
+    if (name == "UTF-16") {
+        return EncodingType::ENC_UTF16LE;
+    }
+    if (name == "UTF-32") {
+        return EncodingType::ENC_UTF32LE;
+    }
+    TraceVerbose("DriverManagerEncoding setting is not a legal encoding.");
+    ORSKA_THROW(
+        (TraceSite{"Orska::Support::OrskaSettingReader::GetDriverManagerEncoding", SOURCE, 186}),
+        StartupInitException("DriverManagerEncoding setting is not a legal encoding."));
+}
+
+EncodingType orska_wstring::InitializeAnsiEncoding() {
+    TraceVerbose("orska_wstring::InitializeAnsiEncoding()");
+    EncodingType encoding = OrskaSettingReader::GetAppCharEncoding();
+    if (encoding == EncodingType::ENC_NONE) {
+        encoding = ICUUtils::GetEncodingEnum(ucnv_getDefaultName());
+    }
+    SetAnsiEncoding(encoding);
+    return encoding;
+}
+
+// The accessors.
+
+std::string OrskaSettingReader::GetConfigErrorMessagesPath() {
+    return EnsureTrailingSeparator(ReadLocked(SETTING_CONFIG_ERROR_MESSAGES_PATH));
+}
+
+std::string OrskaSettingReader::GetErrorMessagesPath(const std::string& in_defaultDirectory) {
+    const std::string value = ReadLocked(SETTING_ERROR_MESSAGES_PATH);
+    if (value.empty()) {
+        return EnsureTrailingSeparator(in_defaultDirectory);
+    }
+    if (FileSystemUtils::IsJoinedToDirectory(value)) {
+        return EnsureTrailingSeparator(EnsureTrailingSeparator(in_defaultDirectory) + value);
+    }
+    return EnsureTrailingSeparator(value);
+}
+
+std::string OrskaSettingReader::GetLogPath() {
+    const std::string value = ReadLocked(SETTING_LOG_PATH);
+    return EnsureTrailingSeparator(value.empty() ? "." : value);
+}
+
+std::string OrskaSettingReader::GetSwapFilePath() {
+    std::string value = ReadLocked(SETTING_SWAP_FILE_PATH);
+    if (value.empty()) {
+        const orska_wstring directory = FileSystemUtils::GetTempDirectory();
+        value = directory.IsNull() ? "." : directory.GetAsAnsiString();
+    }
+    return EnsureTrailingSeparator(std::move(value));
+}
+
+std::string OrskaSettingReader::GetDriverLocale() {
+    const Guard guard(s_lock);
+    Get();
+    std::string value = ReadOrEmpty(SETTING_DRIVER_LOCALE);
+    return value.empty() ? "en-US" : value;
+}
+
+std::optional<std::string> OrskaSettingReader::GetODBCInstLib() {
+    std::string value = ReadLocked(SETTING_ODBC_INST_LIB);
+    return value.empty() ? std::nullopt : std::optional(std::move(value));
+}
+
+bool OrskaSettingReader::GetTraceToStdErr() { return ReadLocked(SETTING_TRACE_TO_STD_ERR) == "1"; }
+
+std::string OrskaSettingReader::GetEncryptSwapFile() {
+    return ReadLocked(SETTING_ENCRYPT_SWAP_FILE);
+}
+std::string OrskaSettingReader::GetLogFileCount() { return ReadLocked(SETTING_LOG_FILE_COUNT); }
+std::string OrskaSettingReader::GetLogFileSize() { return ReadLocked(SETTING_LOG_FILE_SIZE); }
+std::string OrskaSettingReader::GetLogLevel() { return ReadLocked(SETTING_LOG_LEVEL); }
+std::string OrskaSettingReader::GetLogNamespace() { return ReadLocked(SETTING_LOG_NAMESPACE); }
+std::string OrskaSettingReader::GetLogType() { return ReadLocked(SETTING_LOG_TYPE); }
+std::string OrskaSettingReader::GetMemoryManagerMemoryLimit() {
+    return ReadLocked(SETTING_MEMORY_MANAGER_MEMORY_LIMIT);
+}
+std::string OrskaSettingReader::GetMemoryManagerStrategy() {
+    return ReadLocked(SETTING_MEMORY_MANAGER_STRATEGY);
+}
+std::string OrskaSettingReader::GetMemoryManagerSwapDiskLimit() {
+    return ReadLocked(SETTING_MEMORY_MANAGER_SWAP_DISK_LIMIT);
+}
+std::string OrskaSettingReader::GetMemoryManagerThresholdPercent() {
+    return ReadLocked(SETTING_MEMORY_MANAGER_THRESHOLD_PERCENT);
+}
+std::string OrskaSettingReader::GetServiceName() { return ReadLocked(SETTING_SERVICE_NAME); }
+
+void OrskaSettingReader::SetDriverLocale(const std::string& in_value) {
+    StoreLocked(SETTING_DRIVER_LOCALE, in_value);
+}
+void OrskaSettingReader::SetErrorMessagesPath(const std::string& in_value) {
+    StoreLocked(SETTING_ERROR_MESSAGES_PATH, in_value);
+}
+void OrskaSettingReader::SetLogFileCount(const std::string& in_value) {
+    StoreLocked(SETTING_LOG_FILE_COUNT, in_value);
+}
+void OrskaSettingReader::SetLogFileSize(const std::string& in_value) {
+    StoreLocked(SETTING_LOG_FILE_SIZE, in_value);
+}
+void OrskaSettingReader::SetLogLevel(const std::string& in_value) {
+    StoreLocked(SETTING_LOG_LEVEL, in_value);
+}
+void OrskaSettingReader::SetLogNamespace(const std::string& in_value) {
+    StoreLocked(SETTING_LOG_NAMESPACE, in_value);
+}
+void OrskaSettingReader::SetLogPath(const std::string& in_value) {
+    StoreLocked(SETTING_LOG_PATH, in_value);
+}
+void OrskaSettingReader::SetLogType(const std::string& in_value) {
+    StoreLocked(SETTING_LOG_TYPE, in_value);
+}
+void OrskaSettingReader::SetODBCInstLib(const std::string& in_value) {
+    StoreLocked(SETTING_ODBC_INST_LIB, in_value);
+}
+void OrskaSettingReader::SetServiceName(const std::string& in_value) {
+    StoreLocked(SETTING_SERVICE_NAME, in_value);
+}
+void OrskaSettingReader::SetSwapFilePath(const std::string& in_value) {
+    StoreLocked(SETTING_SWAP_FILE_PATH, in_value);
+}
+
+}  // namespace Orska::Support

@@ -1,0 +1,39 @@
+/// The string type's own conversion between bytes and UTF-16, used where no platform converter is
+/// in force: the text that ICU's converter gives for the same bytes, malformed ones included.
+///
+/// UTF-8, UTF-16, UTF-32, latin1, cp1252 and US-ASCII are converted here; every other encoding goes
+/// to ICU, which opens a converter by name each time. Without state; any thread may call.
+#ifndef PLATFORMABSTRACTION_STRINGCODEC_H
+#define PLATFORMABSTRACTION_STRINGCODEC_H
+
+#include <unicode/unistr.h>
+
+#include <cstdint>
+#include <string>
+
+#include "PlatformAbstraction/strings/EncodingType.h"
+
+namespace Orska::Support {
+
+/// A text object, which the caller owns, with the text of the bytes. Bytes that the encoding
+/// does not allow become U+FFFD.
+/// @param in_lengthInBytes  bytes, at least 0; with 0 the pointer may be null
+/// @param in_encoding  a legal value
+/// @throws std::bad_alloc; ErrorException "ICUConvErr" when ICU fails altogether
+icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInBytes,
+                               EncodingType in_encoding);
+
+/// The bytes of a text, without a terminator. A code point that the encoding lacks becomes the
+/// encoding's substitution, or nothing if it is one that Unicode lets a display ignore.
+/// @param in_encoding  a legal value
+std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encoding);
+
+/// The text as UTF-16 units; a surrogate without its partner becomes U+FFFD.
+std::u16string EncodeUtf16(const icu::UnicodeString& in_text);
+
+/// The text as UTF-16 or UTF-32 units, by the width of `wchar_t`; surrogates as above.
+std::wstring EncodeWide(const icu::UnicodeString& in_text);
+
+}  // namespace Orska::Support
+
+#endif

@@ -1,0 +1,400 @@
+#include "PlatformAbstraction/strings/orska_wstring.h"
+
+#include <unicode/locid.h>
+#include <unicode/regex.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "Exceptions/ErrorException.h"
+#include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/IPlatformStringConverter.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "PlatformAbstraction/strings/StringCodec.h"
+#include "PlatformAbstraction/strings/TextPool.h"
+
+namespace Orska::Support {
+
+namespace {
+
+constexpr char SOURCE[] = "PlatformAbstraction\\orska_wstring";
+constexpr EncodingType WIDE_ENCODING =
+    sizeof(wchar_t) == 2 ? EncodingType::ENC_UTF16LE : EncodingType::ENC_UTF32LE;
+constexpr std::int32_t REGEX_FLAGS = 0x2E;  // case-insensitive, comments, multi-line, dot-all
+
+/// ICU counts in 32 bits, signed. A longer text is refused whole.
+std::int32_t CheckedLength(std::size_t in_count, std::size_t in_width) {
+    if (in_count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / in_width) {
+        ORSKA_THROW((TraceSite{"Orska::Support::orska_wstring::CheckedLength", SOURCE, 0}),
+                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
+    }
+    return static_cast<std::int32_t>(in_count * in_width);
+}
+
+/// ICU marks a text whose memory ran out as bogus.
+void CheckWhole(const icu::UnicodeString& in_text) {
+    if (in_text.isBogus()) {
+        throw std::bad_alloc();
+    }
+}
+
+/// Always a copy of the code units, never a share in ICU's reference-counted buffer, so that two
+/// strings can be used by two threads.
+icu::UnicodeString* CopyOf(const icu::UnicodeString* in_text) {
+    if (in_text == nullptr) {
+        return nullptr;
+    }
+    return AcquireText(in_text->getBuffer(), in_text->length());
+}
+
+/// Converts through the platform converter when there is one; empty text needs no conversion.
+void SetFromBytes(orska_wstring& out_string, const char* in_bytes, std::int32_t in_length,
+                  EncodingType in_encoding) {
+    EncodingInfo::CheckEncodingType(in_encoding);
+    IPlatformStringConverter* const converter = GetPlatformStringConverter();
+    if (converter == nullptr || in_length == 0) {
+        out_string.SetImpl(DecodeText(in_bytes, in_length, in_encoding));
+    } else {
+        converter->ConvertToWString(in_bytes, in_length, in_encoding, out_string);
+    }
+}
+
+void SetFromWide(orska_wstring& out_string, const wchar_t* in_text, std::size_t in_length) {
+    SetFromBytes(out_string, reinterpret_cast<const char*>(in_text),
+                 CheckedLength(in_length, sizeof(wchar_t)), WIDE_ENCODING);
+}
+
+void SetFromUtf16(orska_wstring& out_string, const char16_t* in_text, std::size_t in_length) {
+    SetFromBytes(out_string, reinterpret_cast<const char*>(in_text),
+                 CheckedLength(in_length, sizeof(char16_t)), EncodingType::ENC_UTF16LE);
+}
+
+std::string EncodeThrough(IPlatformStringConverter& in_converter, const orska_wstring& in_string,
+                          EncodingType in_encoding) {
+    const std::int64_t length = in_converter.GetLengthInBytes(in_string, in_encoding);
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    const std::int64_t written =
+        in_converter.ConvertFromWString(in_string, bytes.data(), length, in_encoding);
+    bytes.resize(static_cast<std::size_t>(written));
+    return bytes;
+}
+
+std::string Encode(const orska_wstring& in_string, EncodingType in_encoding) {
+    if (in_string.IsEmpty()) {
+        return {};
+    }
+    EncodingInfo::CheckEncodingType(in_encoding);
+    IPlatformStringConverter* const converter = GetPlatformStringConverter();
+    return converter == nullptr ? EncodeText(*in_string.GetImpl(), in_encoding)
+                                : EncodeThrough(*converter, in_string, in_encoding);
+}
+
+/// `in_direct` makes the same units where there is no platform converter.
+template <typename Unit>
+std::basic_string<Unit> EncodeUnits(
+    const orska_wstring& in_string, EncodingType in_encoding,
+    std::basic_string<Unit> (*in_direct)(const icu::UnicodeString&)) {
+    if (in_string.IsEmpty()) {
+        return {};
+    }
+    IPlatformStringConverter* const converter = GetPlatformStringConverter();
+    if (converter == nullptr) {
+        return in_direct(*in_string.GetImpl());
+    }
+    const std::string bytes = EncodeThrough(*converter, in_string, in_encoding);
+    std::basic_string<Unit> units(bytes.size() / sizeof(Unit), Unit{});
+    std::memcpy(units.data(), bytes.data(), units.size() * sizeof(Unit));
+    return units;
+}
+
+void CheckForICUError(UErrorCode in_status, const orska_wstring& in_pattern) {
+    if (U_SUCCESS(in_status)) {
+        return;
+    }
+    constexpr TraceSite SITE = {"`anonymous-namespace'::CheckForICUError", SOURCE, 0};
+    if (IsTraceOn(1)) {
+        TraceLine(1, SITE, (std::string("ICURegexError = ") + u_errorName(in_status)).c_str());
+    }
+    const std::vector<orska_wstring> msgParams = {in_pattern};
+    ORSKA_THROW(SITE,
+                ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICURegexError", msgParams));
+}
+
+}  // namespace
+
+orska_wstring::orska_wstring(const orska_wstring& in_other) : m_text(CopyOf(in_other.m_text)) {}
+
+orska_wstring::orska_wstring(orska_wstring&& in_other) noexcept
+    : m_text(std::exchange(in_other.m_text, nullptr)) {}
+
+// The constructors below delegate, so that the destructor runs when a conversion throws.
+orska_wstring::orska_wstring(const std::string& in_text)
+    : orska_wstring(in_text.data(), in_text.size()) {}
+
+orska_wstring::orska_wstring(const char* in_text)
+    : orska_wstring(in_text, in_text == nullptr ? 0 : std::strlen(in_text)) {}
+
+orska_wstring::orska_wstring(const char* in_text, std::size_t in_lengthInBytes)
+    : orska_wstring(in_text, in_lengthInBytes, GetAnsiEncoding()) {}
+
+orska_wstring::orska_wstring(const char* in_text, std::size_t in_lengthInBytes,
+                             EncodingType in_encoding)
+    : orska_wstring() {
+    if (in_text != nullptr) {
+        SetFromBytes(*this, in_text, CheckedLength(in_lengthInBytes, 1), in_encoding);
+    }
+}
+
+orska_wstring::orska_wstring(const std::wstring& in_text)
+    : orska_wstring(in_text.data(), in_text.size()) {}
+
+orska_wstring::orska_wstring(const wchar_t* in_text)
+    : orska_wstring(in_text, in_text == nullptr ? 0 : std::char_traits<wchar_t>::length(in_text)) {}
+
+orska_wstring::orska_wstring(const wchar_t* in_text, std::size_t in_length) : orska_wstring() {
+    if (in_text != nullptr) {
+        SetFromWide(*this, in_text, in_length);
+    }
+}
+
+orska_wstring::orska_wstring(const std::u16string& in_text)
+    : orska_wstring(in_text.data(), in_text.size()) {}
+
+orska_wstring::orska_wstring(const char16_t* in_text)
+    : orska_wstring(in_text, in_text == nullptr ? 0 : std::char_traits<char16_t>::length(in_text)) {
+}
+
+orska_wstring::orska_wstring(const char16_t* in_text, std::size_t in_length) : orska_wstring() {
+    if (in_text != nullptr) {
+        SetFromUtf16(*this, in_text, in_length);
+    }
+}
+
+orska_wstring::orska_wstring(char16_t in_unit, std::size_t in_count)
+    : m_text(AcquireText(CheckedLength(in_count, 1))) {
+    std::fill_n(GetUnits(*m_text), in_count, in_unit);
+}
+
+orska_wstring::~orska_wstring() { ReleaseText(m_text); }
+
+orska_wstring& orska_wstring::operator=(const orska_wstring& in_other) {
+    if (m_text == nullptr || in_other.m_text == nullptr) {
+        SetImpl(CopyOf(in_other.m_text));
+    } else if (this != &in_other) {
+        CheckWhole(m_text->setTo(in_other.m_text->getBuffer(), in_other.m_text->length()));
+    }
+    return *this;
+}
+
+orska_wstring& orska_wstring::operator=(orska_wstring&& in_other) noexcept {
+    if (this != &in_other) {
+        SetImpl(std::exchange(in_other.m_text, nullptr));
+    }
+    return *this;
+}
+
+orska_wstring& orska_wstring::operator=(const std::string& in_text) {
+    SetFromBytes(*this, in_text.data(), CheckedLength(in_text.size(), 1), GetAnsiEncoding());
+    return *this;
+}
+
+orska_wstring& orska_wstring::operator=(const std::wstring& in_text) {
+    SetFromWide(*this, in_text.data(), in_text.size());
+    return *this;
+}
+
+orska_wstring& orska_wstring::SetFromUtf8(const std::string& in_text) {
+    SetImpl(DecodeText(in_text.data(), CheckedLength(in_text.size(), 1), EncodingType::ENC_UTF8));
+    return *this;
+}
+
+orska_wstring& orska_wstring::SetFromUtf8(const char* in_text, std::int64_t in_lengthInBytes) {
+    // Any other negative length is too large as an unsigned one, and refused.
+    auto length = static_cast<std::size_t>(in_lengthInBytes);
+    if (in_lengthInBytes == NUL_TERMINATED && in_text != nullptr) {
+        length = std::strlen(in_text);
+    } else if (in_text == nullptr) {
+        length = 0;
+    }
+    SetImpl(DecodeText(in_text, CheckedLength(length, 1), EncodingType::ENC_UTF8));
+    return *this;
+}
+
+void orska_wstring::SetImpl(icu::UnicodeString* in_text) noexcept {
+    if (in_text != m_text) {
+        ReleaseText(std::exchange(m_text, in_text));
+    }
+}
+
+orska_wstring& orska_wstring::operator+=(const orska_wstring& in_other) {
+    if (in_other.m_text == nullptr) {
+        return *this;
+    }
+    if (m_text == nullptr) {
+        return *this = in_other;
+    }
+    CheckedLength(GetView().size() + in_other.GetView().size(), 1);
+    CheckWhole(m_text->append(*in_other.m_text));
+    return *this;
+}
+
+orska_wstring operator+(const orska_wstring& in_left, const orska_wstring& in_right) {
+    orska_wstring sum = in_left;
+    sum += in_right;
+    return sum;
+}
+
+bool operator==(const orska_wstring& in_left, const orska_wstring& in_right) noexcept {
+    return in_left.IsNull() == in_right.IsNull() && in_left.GetView() == in_right.GetView();
+}
+
+bool operator<(const orska_wstring& in_left, const orska_wstring& in_right) noexcept {
+    if (in_left.IsNull() || in_right.IsNull()) {
+        return in_left.IsNull() && !in_right.IsNull();
+    }
+    return in_left.GetView() < in_right.GetView();
+}
+
+int orska_wstring::Compare(const orska_wstring& in_other, bool in_isCaseSensitive) const {
+    return CompareRange(0, GetLength(), in_other, in_isCaseSensitive);
+}
+
+int orska_wstring::ComparePrefix(const orska_wstring& in_other, std::int32_t in_length,
+                                 bool in_isCaseSensitive) const {
+    return CompareRange(0, in_length, in_other.Substring(0, in_length), in_isCaseSensitive);
+}
+
+int orska_wstring::CompareRange(std::int32_t in_start, std::int32_t in_length,
+                                const orska_wstring& in_other, bool in_isCaseSensitive) const {
+    if (IsNull() || in_other.IsNull()) {
+        return static_cast<int>(in_other.IsNull()) - static_cast<int>(IsNull());
+    }
+    return in_isCaseSensitive
+               ? m_text->compare(in_start, in_length, *in_other.m_text)
+               : m_text->caseCompare(in_start, in_length, *in_other.m_text, U_FOLD_CASE_DEFAULT);
+}
+
+std::int32_t orska_wstring::IndexOf(const orska_wstring& in_other, std::int32_t in_start) const {
+    return IsNull() || in_other.IsNull() ? -1 : m_text->indexOf(*in_other.m_text, in_start);
+}
+
+std::int32_t orska_wstring::IndexOfCodePoint(char32_t in_codePoint, std::int32_t in_start) const {
+    return IsNull() ? -1 : m_text->indexOf(static_cast<UChar32>(in_codePoint), in_start);
+}
+
+std::int32_t orska_wstring::LastIndexOf(const orska_wstring& in_other) const {
+    return IsNull() || in_other.IsNull() ? -1 : m_text->lastIndexOf(*in_other.m_text);
+}
+
+std::int32_t orska_wstring::IndexOfAny(const orska_wstring& in_set, std::int32_t in_start) const {
+    const std::size_t start = static_cast<std::size_t>(std::clamp(in_start, 0, GetLength()));
+    const std::size_t found = GetView().find_first_of(in_set.GetView(), start);
+    return found == std::u16string_view::npos ? -1 : static_cast<std::int32_t>(found);
+}
+
+bool orska_wstring::StartsWith(const orska_wstring& in_other) const {
+    return !IsNull() && !in_other.IsNull() && m_text->startsWith(*in_other.m_text);
+}
+
+orska_wstring& orska_wstring::FindAndReplace(const orska_wstring& in_old,
+                                             const orska_wstring& in_new) {
+    if (!IsNull() && !in_old.IsNull()) {
+        m_text->findAndReplace(*in_old.m_text,
+                               in_new.IsNull() ? icu::UnicodeString() : *in_new.m_text);
+    }
+    return *this;
+}
+
+bool orska_wstring::PadTrailing(std::int32_t in_targetLength, char16_t in_pad) {
+    return !IsNull() && m_text->padTrailing(in_targetLength, in_pad);
+}
+
+orska_wstring& orska_wstring::TruncateAt(char16_t in_unit) {
+    const std::size_t found = GetView().find(in_unit);
+    if (found != std::u16string_view::npos) {
+        m_text->truncate(static_cast<std::int32_t>(found));
+    }
+    return *this;
+}
+
+orska_wstring orska_wstring::Substring(std::int32_t in_start, std::int32_t in_length) const {
+    orska_wstring part;
+    if (!IsNull()) {
+        const std::int32_t start = std::clamp(in_start, 0, GetLength());
+        const std::int32_t length = std::clamp(in_length, 0, GetLength() - start);
+        part.SetImpl(AcquireText(m_text->getBuffer() + start, length));
+    }
+    return part;
+}
+
+orska_wstring& orska_wstring::Trim() {
+    if (!IsNull()) {
+        m_text->trim();
+    }
+    return *this;
+}
+
+orska_wstring& orska_wstring::ToUpper() {
+    if (!IsNull()) {
+        m_text->toUpper(icu::Locale::getRoot());
+    }
+    return *this;
+}
+
+orska_wstring& orska_wstring::ToLower() {
+    if (!IsNull()) {
+        m_text->toLower(icu::Locale::getRoot());
+    }
+    return *this;
+}
+
+char32_t orska_wstring::CharAt(std::int32_t in_index) const {
+    return IsNull() ? 0xFFFF : static_cast<char32_t>(m_text->char32At(in_index));
+}
+
+std::string orska_wstring::GetAsAnsiString() const { return Encode(*this, GetAnsiEncoding()); }
+
+std::string orska_wstring::GetAsAnsiString(EncodingType in_encoding) const {
+    return Encode(*this, in_encoding);
+}
+
+std::string orska_wstring::GetAsUtf8() const {
+    return IsEmpty() ? std::string() : EncodeText(*m_text, EncodingType::ENC_UTF8);
+}
+
+std::wstring orska_wstring::GetAsPlatformWString() const {
+    return EncodeUnits(*this, WIDE_ENCODING, EncodeWide);
+}
+
+std::u16string orska_wstring::GetAsUtf16() const {
+    return EncodeUnits(*this, EncodingType::ENC_UTF16LE, EncodeUtf16);
+}
+
+orska_wstring& orska_wstring::RegexReplace(const orska_wstring& in_pattern,
+                                           const orska_wstring& in_replacement,
+                                           std::int32_t in_flags) {
+    const icu::UnicodeString none;
+    const icu::UnicodeString& pattern = in_pattern.IsNull() ? none : *in_pattern.m_text;
+    const icu::UnicodeString& replacement = in_replacement.IsNull() ? none : *in_replacement.m_text;
+    UErrorCode status = U_ZERO_ERROR;
+    icu::RegexMatcher matcher(pattern, static_cast<std::uint32_t>(in_flags & REGEX_FLAGS), status);
+    CheckForICUError(status, in_pattern);
+    if (IsNull()) {
+        return *this;
+    }
+    matcher.reset(*m_text);
+    CheckForICUError(status, in_pattern);
+    // The top bit of the flags is no pattern flag but the switch for the first match only.
+    icu::UnicodeString replaced = in_flags < 0 ? matcher.replaceFirst(replacement, status)
+                                               : matcher.replaceAll(replacement, status);
+    CheckForICUError(status, in_pattern);
+    *m_text = std::move(replaced);
+    return *this;
+}
+
+}  // namespace Orska::Support

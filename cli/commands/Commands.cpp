@@ -1,0 +1,45 @@
+#include "cli/commands/Commands.h"
+
+namespace Veltrane::Cli {
+
+ExitCode RunCommand(const CommandLine& in_line) {
+    switch (in_line.m_command) {
+        case CommandId::Add:
+            return AddDsn(in_line);
+        case CommandId::Set:
+            return SetDsn(in_line);
+        case CommandId::Remove:
+            return RemoveDsns(in_line);
+        case CommandId::Show:
+            return ShowDsn(in_line);
+        case CommandId::List:
+            return ListDsns(in_line);
+        case CommandId::Apply:
+            return ApplyDescriptions(in_line);
+        case CommandId::Export:
+            return ExportDsns(in_line);
+        case CommandId::Check:
+            return CheckDsns(in_line);
+        case CommandId::DriverRegister:
+            return RegisterDriver(in_line);
+        case CommandId::DriverUnregister:
+            return UnregisterDriver(in_line);
+        case CommandId::DriverList:
+            return ListDrivers(in_line);
+        case CommandId::Where:
+            return ShowPlaces(in_line);
+        case CommandId::Doctor:
+            return RunDoctor(in_line);
+    }
+    return EXIT_USAGE;
+}
+
+Scope GetScope(const CommandLine& in_line) {
+    return in_line.Has(OptionId::System) ? Scope::System : Scope::User;
+}
+
+CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn) {
+    return {EXIT_NOT_FOUND, "There is no DSN \"" + in_dsn + "\" in " + in_store.GetPath() + "."};
+}
+
+}  // namespace Veltrane::Cli

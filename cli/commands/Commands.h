@@ -1,0 +1,39 @@
+/// The commands of veltrane-dsn. Each prints its result on standard output.
+#ifndef CLI_COMMANDS_H
+#define CLI_COMMANDS_H
+
+#include "cli/dsn/DsnStore.h"
+#include "cli/line/CommandLine.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+/// Runs the command of the line.
+/// @throws CommandError and other exceptions, which are failures without an exit code of their own
+ExitCode RunCommand(const CommandLine& in_line);
+
+ExitCode AddDsn(const CommandLine& in_line);
+ExitCode SetDsn(const CommandLine& in_line);
+ExitCode RemoveDsns(const CommandLine& in_line);
+ExitCode ApplyDescriptions(const CommandLine& in_line);
+
+ExitCode ShowDsn(const CommandLine& in_line);
+ExitCode ListDsns(const CommandLine& in_line);
+ExitCode ExportDsns(const CommandLine& in_line);
+ExitCode CheckDsns(const CommandLine& in_line);
+
+ExitCode RegisterDriver(const CommandLine& in_line);
+ExitCode UnregisterDriver(const CommandLine& in_line);
+ExitCode ListDrivers(const CommandLine& in_line);
+
+ExitCode ShowPlaces(const CommandLine& in_line);
+ExitCode RunDoctor(const CommandLine& in_line);
+
+/// The scope that the options name.
+Scope GetScope(const CommandLine& in_line);
+/// The failure that a DSN is not there.
+CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn);
+
+}  // namespace Veltrane::Cli
+
+#endif

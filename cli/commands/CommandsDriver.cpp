@@ -1,0 +1,162 @@
+#include <filesystem>
+#include <iostream>
+
+#include "Setup/OdbcIniText.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Report.h"
+#include "cli/dsn/DriverRegistry.h"
+#include "cli/system/PlatformWords.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+std::string GetDriver(const CommandLine& in_line) {
+    return in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+}
+
+Entries GivenEntries(const CommandLine& in_line) {
+    constexpr std::pair<OptionId, const char*> KEYS[] = {{OptionId::Description, "Description"},
+                                                         {OptionId::Library, "Driver"},
+                                                         {OptionId::Setup, "Setup"}};
+    Entries entries;
+    for (const auto& [option, key] : KEYS) {
+        if (!in_line.Has(option)) continue;
+        const std::string value = in_line.Get(option);
+        if (option != OptionId::Description && !IsAbsolutePath(value)) {
+            throw CommandError(EXIT_USAGE, std::string("The path of ") + key + " " +
+                                               PLATFORM_WORDS.m_absolutePath +
+                                               ": programs with other working directories read "
+                                               "it.");
+        }
+        entries.Set(key, value);
+    }
+    return entries;
+}
+
+void CheckName(const std::string& in_driver) {
+    if (!DriverRegistry::IsName(in_driver) || !ODBC::OdbcIniText::IsCarriableSection(in_driver) ||
+        !ODBC::OdbcIniText::IsCarriableLine("Driver", in_driver)) {
+        throw CommandError(EXIT_FAILED, "This cannot be the name of a driver.");
+    }
+}
+
+/// What is to be written: "Setup64" in place of "Setup" where the driver has it, because it wins.
+Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
+    Entries missing;
+    for (const auto& [key, value] : in_given) {
+        if (GetLibraryEntry(in_current, key) == value) continue;
+        const bool has64 = in_current.Find(key + "64") != nullptr;
+        missing.Set(has64 ? key + "64" : key, value);
+    }
+    return missing;
+}
+
+bool IsSamePath(const std::string& in_left, const std::string& in_right) {
+    const auto toPath = [](const std::string& in_path) {
+        return std::filesystem::path(std::u8string(in_path.begin(), in_path.end()));
+    };
+    std::error_code error;
+    return in_left == in_right ||
+           (std::filesystem::equivalent(toPath(in_left), toPath(in_right), error) && !error);
+}
+
+/// What another installation has registered stays when one of the same driver is taken away.
+void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std::string& in_path) {
+    if (!in_line.Has(OptionId::Setup)) return;
+    const std::string setup = GetLibraryEntry(in_current, "Setup");
+    if (IsSamePath(setup, in_line.Get(OptionId::Setup))) return;
+    throw CommandError(EXIT_NOT_FOUND, "The driver \"" + GetDriver(in_line) + "\" in " + in_path +
+                                           " has another setup library" +
+                                           (setup.empty() ? "" : ", " + setup) + ".");
+}
+
+void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
+                 const Entries& in_after) {
+    const bool isDryRun = in_line.Has(OptionId::DryRun);
+    DsnPlan plan;
+    plan.m_action = in_action;
+    plan.m_name = GetDriver(in_line);
+    plan.m_before = in_before;
+    plan.m_after = in_after;
+    const std::vector<std::string> difference = Difference(plan, true);
+    if (in_line.Has(OptionId::Json)) {
+        PrintJson({{"driver", plan.m_name},
+                   {"changed", in_action != Action::None},
+                   {"dry_run", isDryRun},
+                   {"difference", difference}});
+    } else if (!in_line.Has(OptionId::Quiet)) {
+        std::cout << "Driver " << plan.m_name << ": " << DescribeAction(in_action, isDryRun)
+                  << "\n";
+        for (const std::string& line : isDryRun ? difference : std::vector<std::string>()) {
+            std::cout << line << "\n";
+        }
+    }
+}
+
+}  // namespace
+
+ExitCode RegisterDriver(const CommandLine& in_line) {
+    const DriverRegistry registry;
+    const std::string driver = GetDriver(in_line);
+    CheckName(driver);
+    const Entries given = GivenEntries(in_line);
+    const std::optional<Entries> current = registry.Find(driver);
+    if (!current && given.Find("Setup") == nullptr) {
+        throw CommandError(EXIT_USAGE, "A new driver needs --setup with its setup library.");
+    }
+    const Entries before = current.value_or(Entries());
+    const Entries missing = MissingFrom(before, given);
+    if (current && !missing.IsEmpty() && !in_line.Has(OptionId::Replace)) {
+        throw CommandError(EXIT_EXISTS, "The driver \"" + driver + "\" is registered in " +
+                                            registry.GetPath() +
+                                            " with other values; --replace changes them.");
+    }
+    const Action action = !current            ? Action::Add
+                          : missing.IsEmpty() ? Action::None
+                                              : Action::Change;
+    Entries after = before;
+    for (const auto& [key, value] : missing) after.Set(key, value);
+    if (action != Action::None && !in_line.Has(OptionId::DryRun)) {
+        registry.Register(driver, missing);
+    }
+    PrintChange(in_line, action, before, after);
+    return EXIT_DONE;
+}
+
+ExitCode UnregisterDriver(const CommandLine& in_line) {
+    const DriverRegistry registry;
+    const std::string driver = GetDriver(in_line);
+    const std::optional<Entries> current = registry.Find(driver);
+    if (!current) {
+        throw CommandError(EXIT_NOT_FOUND,
+                           "There is no driver \"" + driver + "\" in " + registry.GetPath() + ".");
+    }
+    CheckSetup(in_line, *current, registry.GetPath());
+    if (!in_line.Has(OptionId::DryRun)) registry.Unregister(driver);
+    PrintChange(in_line, Action::Remove, *current, {});
+    return EXIT_DONE;
+}
+
+ExitCode ListDrivers(const CommandLine& in_line) {
+    const DriverRegistry registry;
+    Json list = Json::array();
+    for (const std::string& name : registry.GetNames()) {
+        const Entries entries = registry.Find(name).value_or(Entries());
+        const std::string setup = GetLibraryEntry(entries, "Setup");
+        if (in_line.Has(OptionId::Json)) {
+            list.push_back({{"name", name},
+                            {"description", entries.Get("Description")},
+                            {"setup", setup},
+                            {"library", GetLibraryEntry(entries, "Driver")}});
+        } else {
+            std::cout << name << (setup.empty() ? "" : "  " + setup) << "\n";
+        }
+    }
+    if (in_line.Has(OptionId::Json)) {
+        PrintJson({{"file", registry.GetPath()}, {"drivers", std::move(list)}});
+    }
+    return EXIT_DONE;
+}
+
+}  // namespace Veltrane::Cli

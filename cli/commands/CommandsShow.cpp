@@ -1,0 +1,143 @@
+#include <iostream>
+
+#include "cli/commands/Commands.h"
+#include "cli/commands/Report.h"
+#include "cli/dsn/Description.h"
+#include "cli/examine/DsnFindings.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+/// A DSN with its section.
+struct StoredDsn {
+    std::string m_name;
+    Entries m_entries;
+};
+
+/// The named DSNs, or all of the driver when none is named.
+std::vector<StoredDsn> Select(const DsnStore& in_store, const CommandLine& in_line) {
+    const ODBC::OdbcIniText text = in_store.Load();
+    std::vector<StoredDsn> selected;
+    for (const std::string& name : in_line.m_arguments) {
+        if (IsReservedSection(name) || !text.HasSection(name)) throw NoSuchDsn(in_store, name);
+        selected.push_back({name, Entries(text.GetKeyValues(name))});
+    }
+    if (!in_line.m_arguments.empty()) return selected;
+    const std::string driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+    for (const std::string& name : GetDsnNames(text)) {
+        Entries entries(text.GetKeyValues(name));
+        const bool isOurs = EqualsIgnoringCase(entries.Get("Driver"), driver);
+        if (isOurs || in_line.Has(OptionId::All)) selected.push_back({name, std::move(entries)});
+    }
+    return selected;
+}
+
+DescriptionFormat GetExportFormat(const CommandLine& in_line) {
+    const std::string name = in_line.Get(OptionId::Format, "json");
+    if (name == "json") return DescriptionFormat::JSON;
+    if (name == "ini" && !in_line.Has(OptionId::Json)) return DescriptionFormat::INI;
+    throw CommandError(EXIT_USAGE, "--format is json or ini.");
+}
+
+DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown, bool& io_isLeftOut) {
+    DsnDescription description;
+    description.m_name = in_dsn.m_name;
+    for (const auto& [key, value] : in_dsn.m_entries) {
+        if (EqualsIgnoringCase(key, "Driver")) {
+            description.m_driver = value;
+        } else if (IsSecretKey(key) && !in_areSecretsShown) {
+            // A mask would be taken for the password by whoever applies it.
+            io_isLeftOut = true;
+        } else {
+            description.m_values.Set(CanonicalKey(key), value);
+        }
+    }
+    return description;
+}
+
+}  // namespace
+
+ExitCode ShowDsn(const CommandLine& in_line) {
+    const DsnStore store(GetScope(in_line));
+    const std::string& dsn = in_line.m_arguments.front();
+    const std::optional<Entries> entries = store.Read(dsn);
+    if (!entries) throw NoSuchDsn(store, dsn);
+    const bool areSecretsShown = in_line.Has(OptionId::ShowSecrets);
+    if (!in_line.Has(OptionId::Json)) {
+        std::cout << "DSN=" << dsn << "\n";
+        for (const Entry& entry : *entries) {
+            std::cout << entry.first << "=" << ShownValue(entry, areSecretsShown) << "\n";
+        }
+        return EXIT_DONE;
+    }
+    Json values = Json::object();
+    Json masked = Json::array();
+    for (const Entry& entry : *entries) {
+        if (EqualsIgnoringCase(entry.first, "Driver")) continue;
+        values[CanonicalKey(entry.first)] = ShownValue(entry, areSecretsShown);
+        if (!areSecretsShown && IsSecretKey(entry.first)) masked.push_back(entry.first);
+    }
+    PrintJson({{"name", dsn},
+               {"scope", GetScopeName(store.GetScope())},
+               {"driver", entries->Get("Driver")},
+               {"values", std::move(values)},
+               {"masked", std::move(masked)}});
+    return EXIT_DONE;
+}
+
+ExitCode ListDsns(const CommandLine& in_line) {
+    const DsnStore store(GetScope(in_line));
+    Json list = Json::array();
+    for (const StoredDsn& dsn : Select(store, in_line)) {
+        if (in_line.Has(OptionId::Json)) {
+            list.push_back({{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
+        } else {
+            std::cout << dsn.m_name << "\n";
+        }
+    }
+    if (in_line.Has(OptionId::Json)) {
+        PrintJson({{"scope", GetScopeName(store.GetScope())}, {"dsns", std::move(list)}});
+    }
+    return EXIT_DONE;
+}
+
+ExitCode ExportDsns(const CommandLine& in_line) {
+    const DescriptionFormat format = GetExportFormat(in_line);
+    const DsnStore store(GetScope(in_line));
+    std::vector<DsnDescription> descriptions;
+    bool isLeftOut = false;
+    for (const StoredDsn& dsn : Select(store, in_line)) {
+        descriptions.push_back(Describe(dsn, in_line.Has(OptionId::ShowSecrets), isLeftOut));
+    }
+    std::cout << FormatDescriptions(descriptions, format);
+    if (isLeftOut) PrintError("Passwords are left out; --show-secrets writes them.");
+    return EXIT_DONE;
+}
+
+ExitCode CheckDsns(const CommandLine& in_line) {
+    const DsnStore store(GetScope(in_line));
+    const ODBC::OdbcIniText text = store.Load();
+    Json results = Json::array();
+    bool isSound = true;
+    for (const StoredDsn& dsn : Select(store, in_line)) {
+        const Findings findings = ExamineDsn(text, dsn.m_name);
+        isSound = isSound && !HasError(findings);
+        if (in_line.Has(OptionId::Json)) {
+            results.push_back({{"name", dsn.m_name},
+                               {"sound", !HasError(findings)},
+                               {"findings", ToJson(findings)}});
+        } else if (!in_line.Has(OptionId::Quiet) || HasError(findings)) {
+            std::cout << dsn.m_name << (findings.empty() ? ": sound\n" : ":\n");
+            PrintFindings(findings);
+        }
+    }
+    if (in_line.Has(OptionId::Json)) {
+        PrintJson({{"scope", GetScopeName(store.GetScope())},
+                   {"sound", isSound},
+                   {"dsns", std::move(results)}});
+    }
+    return isSound ? EXIT_DONE : EXIT_FAILED;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,137 @@
+#include <iostream>
+
+#include "cli/commands/Commands.h"
+#include "cli/commands/Report.h"
+#include "cli/dsn/DriverRegistry.h"
+#include "cli/examine/DriverFindings.h"
+#include "cli/examine/DriverManagerFindings.h"
+#include "cli/examine/DsnFindings.h"
+#include "cli/system/PlatformWords.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+void Append(Findings& io_findings, Findings in_more) {
+    io_findings.insert(io_findings.end(), std::make_move_iterator(in_more.begin()),
+                       std::make_move_iterator(in_more.end()));
+}
+
+/// The DSNs of the driver, and those of drivers that are not registered.
+Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
+    Findings findings;
+    const DriverRegistry registry;
+    const ODBC::OdbcIniText text = in_store.Load();
+    for (const std::string& dsn : GetDsnNames(text)) {
+        const std::string driver = text.Get(dsn, "Driver").value_or("");
+        if (EqualsIgnoringCase(driver, in_driver)) {
+            Append(findings, ExamineDsn(text, dsn));
+        } else if (driver.empty()) {
+            findings.push_back(
+                {Severity::Warning, "dsn-without-driver",
+                 "The DSN \"" + dsn + "\" of " + in_store.GetPath() + " has no Driver entry.",
+                 "Add it again, or remove its section."});
+        } else if (!HasFolder(driver) && !registry.Find(driver)) {
+            findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
+                                "The DSN \"" + dsn + "\" of " + in_store.GetPath() +
+                                    " is one of the driver \"" + driver +
+                                    "\", which is not registered in " + registry.GetPath() + ".",
+                                "Install and register that driver, or remove the DSN."});
+        }
+    }
+    return findings;
+}
+
+Findings Examine(const std::string& in_driver) {
+    Findings findings;
+    const DsnStore user(Scope::User);
+    const DsnStore system(Scope::System);
+    // Each examination stands for itself: what one cannot read must not hide what others find.
+    const auto add = [&findings](const auto& in_examine) {
+        try {
+            Append(findings, in_examine());
+        } catch (const CommandError& error) {
+            findings.push_back({Severity::Error, "cannot-examine", std::string(error.what()) + ".",
+                                "Give yourself the right to read it and run doctor again."});
+        }
+    };
+    add([&] { return ExamineDriver(in_driver); });
+    for (const DsnStore* store : {&user, &system}) {
+        const Findings file = ExamineFile(*store);
+        const bool isReadable =
+            file.empty() || std::string_view(file.front().m_id) != "file-unreadable";
+        Append(findings, file);
+        if (isReadable) add([&] { return ExamineDsns(*store, in_driver); });
+    }
+    Append(findings, ExamineShadows(user, system));
+    Append(findings, ExamineEnvironment());
+    Append(findings, ExamineDriverManager(ProbeDriverManager()));
+    return findings;
+}
+
+std::string Count(std::size_t in_count, const char* in_name) {
+    return std::to_string(in_count) + " " + in_name + (in_count == 1 ? "" : "s");
+}
+
+void PrintSummary(const Findings& in_findings) {
+    std::size_t counts[3] = {};
+    for (const Finding& finding : in_findings) {
+        ++counts[static_cast<std::size_t>(finding.m_severity)];
+    }
+    std::cout << Count(counts[0], "error") << ", " << Count(counts[1], "warning") << ", "
+              << Count(counts[2], "note") << "\n";
+}
+
+/// What where shows: a name for people, its key in JSON, and a path.
+struct Place {
+    const char* m_title;
+    const char* m_key;
+    std::string m_path;
+};
+
+std::vector<Place> FindPlaces(const std::string& in_driver) {
+    const DriverRegistry registry;
+    const Entries driver = registry.Find(in_driver).value_or(Entries());
+    return {
+        {"DSNs of this user", "user_file", DsnStore(Scope::User).GetPath()},
+        {"DSNs of all users", "system_file", DsnStore(Scope::System).GetPath()},
+        {"Drivers", "driver_file", registry.GetPath()},
+        {"Setup library", "setup_library", GetLibraryEntry(driver, "Setup")},
+        {"Driver library", "driver_library", GetLibraryEntry(driver, "Driver")},
+        {"Installer library", "installer_library", ProbeDriverManager().m_library},
+    };
+}
+
+const char* DescribePresence(const std::string& in_path) {
+    if (in_path.empty()) return "not registered";
+    return IsThere(in_path) || !HasFolder(in_path) ? "" : " (does not exist)";
+}
+
+}  // namespace
+
+ExitCode RunDoctor(const CommandLine& in_line) {
+    const Findings findings = Examine(in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
+    if (in_line.Has(OptionId::Json)) {
+        PrintJson({{"sound", !HasError(findings)}, {"findings", ToJson(findings)}});
+    } else {
+        PrintFindings(findings);
+        PrintSummary(findings);
+    }
+    return HasError(findings) ? EXIT_FAILED : EXIT_DONE;
+}
+
+ExitCode ShowPlaces(const CommandLine& in_line) {
+    Json document = Json::object();
+    for (const Place& place : FindPlaces(in_line.Get(OptionId::Driver, DEFAULT_DRIVER))) {
+        if (in_line.Has(OptionId::Json)) {
+            document[place.m_key] = place.m_path;
+        } else {
+            std::cout << place.m_title << ": " << place.m_path << DescribePresence(place.m_path)
+                      << "\n";
+        }
+    }
+    if (in_line.Has(OptionId::Json)) PrintJson(document);
+    return EXIT_DONE;
+}
+
+}  // namespace Veltrane::Cli

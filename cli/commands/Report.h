@@ -1,0 +1,58 @@
+/// The results of commands that change DSNs, for people as they come or as one JSON document at the
+/// end. Failures go to standard error in either case. One thread.
+#ifndef CLI_REPORT_H
+#define CLI_REPORT_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/dsn/DsnPlan.h"
+#include "cli/dsn/DsnStore.h"
+#include "cli/line/CommandLine.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+using Json = nlohmann::ordered_json;
+
+/// Prints a document; bytes that are not UTF-8 become U+FFFD.
+void PrintJson(const Json& in_document);
+/// Prints "veltrane-dsn: text" on standard error.
+void PrintError(const std::string& in_text);
+
+class Report {
+public:
+    Report(const CommandLine& in_line, Scope in_scope);
+
+    void AddDone(const DsnPlan& in_plan);
+    void AddFailed(const std::string& in_dsn, const std::string& in_reason);
+    /// For people, on standard error, unless they want it quiet; nothing for an empty text.
+    void AddNotice(const std::string& in_text);
+    /// Shows on a terminal how far the work has come.
+    void ShowProgress(std::size_t in_done, std::size_t in_count);
+
+    /// @return EXIT_FAILED when something failed
+    ExitCode Finish();
+
+private:
+    void Print(const DsnPlan& in_plan, const std::vector<std::string>& in_difference);
+    void ClearProgress();
+
+    Scope m_scope;
+    bool m_isJson;
+    bool m_isQuiet;
+    bool m_isDryRun;
+    bool m_areSecretsShown;
+    bool m_isColoured;
+    bool m_hasProgress;
+    bool m_isProgressShown = false;
+    bool m_isChanged = false;
+    std::size_t m_failures = 0;
+    Json m_results = Json::array();
+};
+
+}  // namespace Veltrane::Cli
+
+#endif

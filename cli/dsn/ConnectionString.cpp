@@ -1,0 +1,91 @@
+#include "cli/dsn/ConnectionString.h"
+
+#include <vector>
+
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+constexpr std::string_view BLANKS(" \t\r\n");
+
+std::string_view Trim(std::string_view in_text) {
+    const std::size_t begin = in_text.find_first_not_of(BLANKS);
+    if (begin == std::string_view::npos) return {};
+    return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
+}
+
+class Parser {
+public:
+    explicit Parser(std::string_view in_text) : m_text(in_text) {}
+
+    Entries Run() {
+        for (;;) {
+            SkipBlanks();
+            if (m_at == m_text.size()) return Entries(m_entries);
+            if (m_text[m_at] == ';') {
+                ++m_at;
+                continue;
+            }
+            ParseEntry();
+        }
+    }
+
+private:
+    void ParseEntry() {
+        const std::size_t equals = m_text.find_first_of("=;", m_at);
+        if (equals == std::string_view::npos || m_text[equals] == ';') Fail("a key without \"=\"");
+        const std::string key(Trim(m_text.substr(m_at, equals - m_at)));
+        if (key.empty()) Fail("a value without a key");
+        m_at = equals + 1;
+        SkipBlanks();
+        const bool isQuoted = m_at < m_text.size() && m_text[m_at] == '{';
+        m_entries.emplace_back(key, isQuoted ? QuotedValue() : PlainValue());
+    }
+
+    std::string PlainValue() {
+        const std::size_t end = std::min(m_text.find(';', m_at), m_text.size());
+        const std::string_view value = Trim(m_text.substr(m_at, end - m_at));
+        m_at = end;
+        return std::string(value);
+    }
+
+    std::string QuotedValue() {
+        std::string value;
+        const std::size_t begin = m_at;
+        for (++m_at; m_at < m_text.size(); ++m_at) {
+            const bool isBrace = m_text[m_at] == '}';
+            const bool isDoubled = isBrace && m_text.substr(m_at + 1, 1) == "}";
+            if (isBrace && !isDoubled) {
+                ++m_at;
+                SkipBlanks();
+                if (m_at < m_text.size() && m_text[m_at] != ';') {
+                    Fail("text behind a closing brace; a brace in a value is doubled");
+                }
+                return value;
+            }
+            if (isDoubled) ++m_at;
+            value += m_text[m_at];
+        }
+        m_at = begin;
+        Fail("an opening brace without its closing one");
+    }
+
+    void SkipBlanks() { m_at = std::min(m_text.find_first_not_of(BLANKS, m_at), m_text.size()); }
+
+    [[noreturn]] void Fail(const char* in_reason) const {
+        throw CommandError(EXIT_USAGE, "The connection string has, at byte " +
+                                           std::to_string(m_at + 1) + ", " + in_reason + ".");
+    }
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+    std::vector<Entry> m_entries;
+};
+
+}  // namespace
+
+Entries ParseConnectionString(std::string_view in_text) { return Parser(in_text).Run(); }
+
+}  // namespace Veltrane::Cli

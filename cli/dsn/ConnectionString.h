@@ -1,0 +1,18 @@
+/// Connection strings: "Key=Value;Key={a;b}".
+#ifndef CLI_CONNECTIONSTRING_H
+#define CLI_CONNECTIONSTRING_H
+
+#include <string_view>
+
+#include "cli/dsn/Entries.h"
+
+namespace Veltrane::Cli {
+
+/// Blanks around keys and values do not count. A value in braces may hold anything; a closing brace
+/// in it is doubled. Of a key that stands twice the first one counts, as the driver manager has it.
+/// @throws CommandError EXIT_USAGE with the position in bytes, never with a value
+Entries ParseConnectionString(std::string_view in_text);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,79 @@
+#include "cli/dsn/Description.h"
+
+#include <set>
+
+#include "cli/dsn/DescriptionFormats.h"
+#include "cli/dsn/DsnPlan.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+constexpr std::string_view BYTE_ORDER_MARK("\xEF\xBB\xBF");
+
+std::string_view SkipBlanks(std::string_view in_text) {
+    const std::size_t begin = in_text.find_first_not_of(" \t\r\n");
+    return begin == std::string_view::npos ? std::string_view() : in_text.substr(begin);
+}
+
+std::string_view SkipMark(std::string_view in_text) {
+    const bool isMarked = in_text.starts_with(BYTE_ORDER_MARK);
+    return isMarked ? in_text.substr(BYTE_ORDER_MARK.size()) : in_text;
+}
+
+void CheckKeys(const DsnDescription& in_description, const std::string& in_place) {
+    const auto check = [&](const std::string& in_key) {
+        const std::string reason = WhyNoKey(in_key);
+        if (reason.empty()) return;
+        throw CommandError(EXIT_FAILED,
+                           in_place + ": the key " + in_key + " is no value of a DSN.");
+    };
+    for (const auto& [key, value] : in_description.m_values) check(key);
+    for (const std::string& key : in_description.m_unset) check(key);
+    const int sources = (in_description.m_values.Find("PWD") != nullptr ? 1 : 0) +
+                        (in_description.m_pwdVariable.empty() ? 0 : 1) +
+                        (in_description.m_pwdFile.empty() ? 0 : 1);
+    if (sources > 1) throw CommandError(EXIT_FAILED, in_place + ": the password is given twice.");
+}
+
+}  // namespace
+
+DescriptionFormat GuessFormat(std::string_view in_text) {
+    const std::string_view text = SkipBlanks(SkipMark(in_text));
+    if (text.starts_with('{')) return DescriptionFormat::JSON;
+    if (!text.starts_with('[')) return DescriptionFormat::INI;
+    const std::string_view inner = SkipBlanks(text.substr(1));
+    const bool isList = inner.starts_with('{') || inner.starts_with(']');
+    return isList ? DescriptionFormat::JSON : DescriptionFormat::INI;
+}
+
+std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
+                                              const std::string& in_source) {
+    const std::string_view text = SkipMark(in_text);
+    std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
+                                                   ? ParseJson(text, in_source)
+                                                   : ParseIni(text, in_source);
+    std::set<std::string> names;
+    for (const DsnDescription& description : descriptions) {
+        const std::string place = in_source + ": \"" + description.m_name + "\"";
+        if (!names.insert(FoldCase(description.m_name)).second) {
+            throw CommandError(EXIT_FAILED, place + " is described twice.");
+        }
+        CheckKeys(description, place);
+    }
+    return descriptions;
+}
+
+std::string FormatDescriptions(const std::vector<DsnDescription>& in_descriptions,
+                               DescriptionFormat in_format) {
+    return in_format == DescriptionFormat::JSON ? FormatJson(in_descriptions)
+                                                : FormatIni(in_descriptions);
+}
+
+bool ParseState(std::string_view in_text, bool& out_isAbsent) {
+    out_isAbsent = in_text == "absent";
+    return out_isAbsent || in_text == "present";
+}
+
+}  // namespace Veltrane::Cli

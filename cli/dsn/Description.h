@@ -1,0 +1,40 @@
+/// Descriptions of DSNs, as apply reads and export writes them: JSON or INI, both in UTF-8.
+#ifndef CLI_DESCRIPTION_H
+#define CLI_DESCRIPTION_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/dsn/Entries.h"
+
+namespace Veltrane::Cli {
+
+struct DsnDescription {
+    std::string m_name;
+    std::string m_driver;  ///< empty: the command's
+    bool m_isAbsent = false;
+    Entries m_values;
+    std::vector<std::string> m_unset;
+    std::string m_pwdVariable;  ///< where the password is to be taken from; empty: nowhere
+    std::string m_pwdFile;
+};
+
+enum class DescriptionFormat { JSON, INI };
+
+/// What the text looks like. A list of JSON and the first section of an INI file both begin with a
+/// bracket, but a DSN's name does not begin with what stands in a list of objects.
+DescriptionFormat GuessFormat(std::string_view in_text);
+
+/// @param in_source  the file's name for error texts
+/// @throws CommandError EXIT_FAILED for a malformed text and for a name that stands twice, with
+///         source and place, never with a value
+std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
+                                              const std::string& in_source);
+
+std::string FormatDescriptions(const std::vector<DsnDescription>& in_descriptions,
+                               DescriptionFormat in_format);
+
+}  // namespace Veltrane::Cli
+
+#endif

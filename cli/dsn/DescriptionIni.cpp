@@ -1,0 +1,92 @@
+#include "cli/dsn/DescriptionFormats.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+std::string_view Trim(std::string_view in_text) {
+    constexpr std::string_view BLANKS(" \t\r");
+    const std::size_t begin = in_text.find_first_not_of(BLANKS);
+    if (begin == std::string_view::npos) return {};
+    return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
+}
+
+class Reader {
+public:
+    explicit Reader(const std::string& in_source) : m_source(in_source) {}
+
+    Descriptions Run(std::string_view in_text) {
+        while (!in_text.empty()) {
+            ++m_line;
+            const std::size_t end = in_text.find('\n');
+            ReadLine(Trim(in_text.substr(0, end)));
+            in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
+        }
+        return std::move(m_descriptions);
+    }
+
+private:
+    void ReadLine(std::string_view in_line) {
+        if (in_line.empty() || in_line.front() == '#' || in_line.front() == ';') return;
+        if (in_line.front() == '[') {
+            if (in_line.back() != ']') Fail("a section header without its closing bracket");
+            DsnDescription& description = m_descriptions.emplace_back();
+            description.m_name = Trim(in_line.substr(1, in_line.size() - 2));
+            return;
+        }
+        const std::size_t equals = in_line.find('=');
+        if (equals == std::string_view::npos || equals == 0) {
+            Fail("neither a section, a comment nor a key with its value");
+        }
+        if (m_descriptions.empty()) Fail("a key before the first section");
+        ReadKey(std::string(Trim(in_line.substr(0, equals))),
+                std::string(Trim(in_line.substr(equals + 1))));
+    }
+
+    void ReadKey(const std::string& in_key, const std::string& in_value) {
+        DsnDescription& description = m_descriptions.back();
+        if (EqualsIgnoringCase(in_key, "Driver")) {
+            description.m_driver = in_value;
+        } else if (EqualsIgnoringCase(in_key, "State")) {
+            if (!ParseState(in_value, description.m_isAbsent)) {
+                Fail("a state other than present and absent");
+            }
+        } else if (EqualsIgnoringCase(in_key, "pwd_env")) {
+            description.m_pwdVariable = in_value;
+        } else if (EqualsIgnoringCase(in_key, "pwd_file")) {
+            description.m_pwdFile = in_value;
+        } else if (description.m_values.Find(in_key) != nullptr) {
+            Fail("a key that stands twice");
+        } else {
+            description.m_values.Set(CanonicalKey(in_key), in_value);
+        }
+    }
+
+    [[noreturn]] void Fail(const char* in_reason) const {
+        throw CommandError(EXIT_FAILED,
+                           m_source + ", line " + std::to_string(m_line) + ": " + in_reason + ".");
+    }
+
+    const std::string& m_source;
+    Descriptions m_descriptions;
+    std::size_t m_line = 0;
+};
+
+}  // namespace
+
+Descriptions ParseIni(std::string_view in_text, const std::string& in_source) {
+    return Reader(in_source).Run(in_text);
+}
+
+std::string FormatIni(const Descriptions& in_descriptions) {
+    std::string text;
+    for (const DsnDescription& description : in_descriptions) {
+        if (!text.empty()) text += "\n";
+        text += "[" + description.m_name + "]\nDriver=" + description.m_driver + "\n";
+        for (const auto& [key, value] : description.m_values) text += key + "=" + value + "\n";
+    }
+    return text;
+}
+
+}  // namespace Veltrane::Cli

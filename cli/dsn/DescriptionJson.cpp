@@ -1,0 +1,124 @@
+#include <nlohmann/json.hpp>
+
+#include "cli/dsn/DescriptionFormats.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Reads one description; knows its place for error texts.
+class Reader {
+public:
+    Reader(const std::string& in_source, std::size_t in_index)
+        : m_place(in_source + ": entry " + std::to_string(in_index + 1)) {}
+
+    DsnDescription Run(const Json& in_object) {
+        if (!in_object.is_object()) Fail("is not an object");
+        if (!in_object.contains("name")) Fail("has no \"name\"");
+        for (const auto& [key, value] : in_object.items()) ReadMember(key, value);
+        return std::move(m_description);
+    }
+
+private:
+    void ReadMember(const std::string& in_key, const Json& in_value) {
+        if (in_key == "name") {
+            m_description.m_name = Text(in_key, in_value);
+        } else if (in_key == "driver") {
+            m_description.m_driver = Text(in_key, in_value);
+        } else if (in_key == "state") {
+            if (!ParseState(Text(in_key, in_value), m_description.m_isAbsent)) {
+                Fail("has a \"state\" other than \"present\" and \"absent\"");
+            }
+        } else if (in_key == "pwd_env") {
+            m_description.m_pwdVariable = Text(in_key, in_value);
+        } else if (in_key == "pwd_file") {
+            m_description.m_pwdFile = Text(in_key, in_value);
+        } else if (in_key == "values") {
+            if (!in_value.is_object()) Fail("has \"values\" that are not an object");
+            for (const auto& [key, value] : in_value.items()) ReadValue(key, value);
+        } else if (in_key != "scope") {
+            Fail("has the unknown member \"" + in_key + "\"");
+        }
+    }
+
+    void ReadValue(const std::string& in_key, const Json& in_value) {
+        if (m_description.m_values.Find(in_key) != nullptr) {
+            Fail("has the key \"" + in_key + "\" twice");
+        }
+        const std::string key = CanonicalKey(in_key);
+        if (in_value.is_null()) {
+            m_description.m_unset.push_back(key);
+        } else if (in_value.is_number_integer()) {
+            m_description.m_values.Set(key, in_value.dump());
+        } else {
+            m_description.m_values.Set(key, Text(in_key, in_value));
+        }
+    }
+
+    std::string Text(const std::string& in_key, const Json& in_value) const {
+        if (!in_value.is_string()) Fail("has \"" + in_key + "\", which is not a text");
+        return in_value.get<std::string>();
+    }
+
+    [[noreturn]] void Fail(const std::string& in_reason) const {
+        throw CommandError(EXIT_FAILED, m_place + " " + in_reason + ".");
+    }
+
+    std::string m_place;
+    DsnDescription m_description;
+};
+
+/// Where the parser stopped; its own text would repeat what it last read.
+std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
+    const std::string_view before = in_text.substr(0, in_byte == 0 ? 0 : in_byte - 1);
+    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+    const std::size_t column = before.size() - (before.rfind('\n') + 1) + 1;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+Json ParseDocument(std::string_view in_text, const std::string& in_source) {
+    try {
+        return Json::parse(in_text);
+    } catch (const Json::parse_error& error) {
+        throw CommandError(EXIT_FAILED, in_source + ", " + DescribePlace(in_text, error.byte) +
+                                            ": not JSON in UTF-8.");
+    } catch (const Json::out_of_range&) {
+        // Its text would repeat the number as well, and has no place.
+        throw CommandError(EXIT_FAILED, in_source + ": a number that is out of range.");
+    }
+}
+
+}  // namespace
+
+Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
+    const Json document = ParseDocument(in_text, in_source);
+    const bool isObject = document.is_object() && document.contains("data_sources");
+    const Json& list = isObject ? document["data_sources"] : document;
+    if (!list.is_array()) {
+        throw CommandError(EXIT_FAILED, in_source + ": there is no list \"data_sources\".");
+    }
+    Descriptions descriptions;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        descriptions.push_back(Reader(in_source, i).Run(list[i]));
+    }
+    return descriptions;
+}
+
+std::string FormatJson(const Descriptions& in_descriptions) {
+    Json list = Json::array();
+    for (const DsnDescription& description : in_descriptions) {
+        Json values = Json::object();
+        for (const auto& [key, value] : description.m_values) values[key] = value;
+        list.push_back({{"name", description.m_name},
+                        {"driver", description.m_driver},
+                        {"values", std::move(values)}});
+    }
+    return Json{{"data_sources", std::move(list)}}.dump(2, ' ', false,
+                                                        Json::error_handler_t::replace) +
+           "\n";
+}
+
+}  // namespace Veltrane::Cli

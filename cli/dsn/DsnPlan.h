@@ -1,0 +1,56 @@
+/// What is to become of one DSN: worked out from what its section holds and what is wished, before
+/// anything is written. Pure functions of their arguments.
+#ifndef CLI_DSNPLAN_H
+#define CLI_DSNPLAN_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/dsn/Entries.h"
+
+namespace Veltrane::Cli {
+
+struct DsnWish {
+    std::string m_name;
+    std::string m_driver;  ///< its name in odbcinst.ini
+    Entries m_values;      ///< an empty value of a field removes its key
+    std::vector<std::string> m_unset;
+    bool m_isAbsent = false;    ///< the DSN is to be removed
+    bool m_isReplaced = false;  ///< keys that are not given go; otherwise they stay
+};
+
+enum class Action { None, Add, Change, Remove };
+
+struct DsnPlan {
+    Action m_action = Action::None;
+    std::string m_name;
+    std::string m_driver;
+    Entries m_before;  ///< the section as it is, "Driver" first; empty when there is none
+    Entries m_after;   ///< as it will be; empty when it is removed
+    /// Keys that the setup library does not know and that stay.
+    std::vector<std::string> m_kept;
+};
+
+/// @param in_current  the DSN's section; nothing when there is none
+/// @throws CommandError EXIT_FAILED when the DSN could not be stored so that it reads back whole,
+///         and when it is one of another driver
+DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current);
+
+/// Whether two sections mean the same DSN; an empty value of a field is as good as none.
+bool IsSameSection(const Entries& in_left, const Entries& in_right);
+
+/// The reason why a key cannot be given or removed; empty when it can.
+std::string WhyNoKey(std::string_view in_key);
+
+/// "-Server=old" and "+Server=new" for each difference; secret values masked. A secret that changes
+/// shows as two equal masked lines.
+std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsShown);
+
+/// "added", "changed", "removed", "unchanged"; for a dry run "would be added" and so on.
+std::string DescribeAction(Action in_action, bool in_isDryRun);
+
+}  // namespace Veltrane::Cli
+
+#endif

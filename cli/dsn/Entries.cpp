@@ -1,0 +1,99 @@
+#include "cli/dsn/Entries.h"
+
+#include <algorithm>
+
+namespace Veltrane::Cli {
+
+namespace {
+
+char Fold(char in_char) {
+    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
+}
+
+}  // namespace
+
+bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
+    return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
+                      [](char in_a, char in_b) { return Fold(in_a) == Fold(in_b); });
+}
+
+std::string FoldCase(std::string_view in_text) {
+    std::string folded(in_text);
+    std::transform(folded.begin(), folded.end(), folded.begin(), Fold);
+    return folded;
+}
+
+Entries::Entries(const std::vector<Entry>& in_lines) {
+    for (const auto& [key, value] : in_lines) {
+        (Find(key) == nullptr ? m_entries : m_repeated).emplace_back(key, value);
+    }
+}
+
+const std::string* Entries::Find(std::string_view in_key) const {
+    for (const Entry& entry : m_entries) {
+        if (EqualsIgnoringCase(entry.first, in_key)) return &entry.second;
+    }
+    return nullptr;
+}
+
+std::string Entries::Get(std::string_view in_key) const {
+    const std::string* const value = Find(in_key);
+    return value == nullptr ? std::string() : *value;
+}
+
+void Entries::Set(std::string_view in_key, std::string_view in_value) {
+    for (Entry& entry : m_entries) {
+        if (EqualsIgnoringCase(entry.first, in_key)) {
+            entry.second = in_value;
+            return;
+        }
+    }
+    m_entries.emplace_back(in_key, in_value);
+}
+
+void Entries::Remove(std::string_view in_key) {
+    for (std::vector<Entry>* const lines : {&m_entries, &m_repeated}) {
+        std::erase_if(*lines, [in_key](const Entry& in_entry) {
+            return EqualsIgnoringCase(in_entry.first, in_key);
+        });
+    }
+}
+
+void Entries::TakeRepeated(const Entries& in_others) {
+    for (const Entry& line : in_others.m_repeated) {
+        const bool isOurs = IsFieldKey(line.first) || EqualsIgnoringCase(line.first, "Driver");
+        if (!isOurs && Find(line.first) != nullptr) m_repeated.push_back(line);
+    }
+}
+
+std::string CanonicalKey(std::string_view in_key) {
+    for (const std::string_view key : FIELD_KEYS) {
+        if (EqualsIgnoringCase(key, in_key)) return std::string(key);
+    }
+    return std::string(in_key);
+}
+
+bool IsFieldKey(std::string_view in_key) {
+    return std::any_of(
+        std::begin(FIELD_KEYS), std::end(FIELD_KEYS),
+        [in_key](std::string_view in_field) { return EqualsIgnoringCase(in_field, in_key); });
+}
+
+bool IsRequiredKey(std::string_view in_key) {
+    return EqualsIgnoringCase(in_key, "Server") || EqualsIgnoringCase(in_key, "Database");
+}
+
+bool IsSecretKey(std::string_view in_key) {
+    const std::string key = FoldCase(in_key);
+    constexpr std::string_view PARTS[] = {"pwd", "password", "passwd", "secret", "token", "apikey"};
+    return std::any_of(std::begin(PARTS), std::end(PARTS), [&key](std::string_view in_part) {
+        return key.find(in_part) != std::string::npos;
+    });
+}
+
+std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown) {
+    const bool isMasked = !in_areSecretsShown && IsSecretKey(in_entry.first);
+    return isMasked ? std::string(MASK) : in_entry.second;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,115 @@
+#include "cli/examine/DriverFindings.h"
+
+#include "cli/dsn/DriverRegistry.h"
+#include "cli/system/PlatformWords.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
+
+Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver) {
+    std::string known;
+    for (const std::string& name : in_registry.GetNames()) {
+        known += (known.empty() ? " Registered are: " : ", ") + name;
+    }
+    return {Severity::Error, "driver-not-registered",
+            "The driver " + Quote(in_driver) + " is not registered in " + in_registry.GetPath() +
+                "." + known + (known.empty() ? "" : "."),
+            "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) + " --setup " +
+                PLATFORM_WORDS.m_exampleSetup + ", or give the right name with --driver."};
+}
+
+void ExamineLibrary(const std::string& in_entry, const std::string& in_library,
+                    const std::vector<std::string>& in_functions, Findings& io_findings) {
+    if (HasFolder(in_library) && !IsAbsolutePath(in_library)) {
+        io_findings.push_back({Severity::Warning, "library-path-relative",
+                               in_entry + "=" + in_library +
+                                   " is a relative path, so it depends on the working directory of "
+                                   "each program.",
+                               "Register it again with an absolute path."});
+    }
+    const LibraryProbe probe = ProbeLibrary(in_library, in_functions);
+    if (probe.m_fault != LibraryFault::None) {
+        io_findings.push_back(DescribeFault(probe, in_entry, in_library));
+    }
+}
+
+}  // namespace
+
+Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
+                      const std::string& in_library) {
+    const std::string subject = in_entry + "=" + in_library;
+    const std::string& detail = in_probe.m_detail;
+    switch (in_probe.m_fault) {
+        case LibraryFault::NotFound:
+            return {Severity::Error, "library-not-found",
+                    "The library of " + subject + " cannot be opened: " + detail + ".",
+                    "Install it there, or register its real path: veltrane-dsn driver register "
+                    "--replace " +
+                        std::string(in_entry == "Setup" ? "--setup" : "--library") + " PATH."};
+        case LibraryFault::NotALibrary:
+            return {Severity::Error, "library-not-a-library",
+                    subject + " is not a shared library: " + detail + ".",
+                    "Register the path of the library itself, or install its package again."};
+        case LibraryFault::WrongArchitecture:
+            return {Severity::Error, "library-wrong-architecture",
+                    subject + " is a library for another architecture: " + detail + ".",
+                    "Install the package that is built for this architecture."};
+        case LibraryFault::MissingDependency:
+            return {Severity::Error, "library-missing-dependency",
+                    subject + " cannot be loaded: it needs " + detail + ", which is not found.",
+                    "Install the package that contains " + detail +
+                        PLATFORM_WORDS.m_missingDependencyRepair};
+        case LibraryFault::MissingSymbol:
+            return {Severity::Error, "library-missing-symbol",
+                    subject + " cannot be loaded: no library defines " + detail + ".",
+                    PLATFORM_WORDS.m_missingSymbolRepair};
+        case LibraryFault::Crashes:
+            return {Severity::Error, "library-crashes",
+                    subject + " ends the process that loads it, or takes too long to load.",
+                    "Install its package again; if that does not help, report it to its maker."};
+        case LibraryFault::NoEntryPoint:
+            return {Severity::Error, "library-no-entry-point",
+                    subject + " exports none of " + detail + ".",
+                    "Register the driver's setup library as Setup and the driver itself as Driver; "
+                    "the two are different files."};
+        default:
+            return {Severity::Error, "library-cannot-be-loaded",
+                    subject + " cannot be loaded: " + detail + ".", PLATFORM_WORDS.m_loaderRepair};
+    }
+}
+
+Findings ExamineDriver(const std::string& in_driver) {
+    const DriverRegistry registry;
+    const std::optional<Entries> entries = registry.Find(in_driver);
+    if (!entries) return {NotRegistered(registry, in_driver)};
+    Findings findings;
+    const std::string setup = GetLibraryEntry(*entries, "Setup");
+    if (setup.empty()) {
+        findings.push_back({Severity::Error, "driver-without-setup",
+                            "The driver " + Quote(in_driver) + " has no Setup entry in " +
+                                registry.GetPath() + ".",
+                            "Add it: veltrane-dsn driver register --replace --driver " +
+                                Quote(in_driver) + " --setup " + PLATFORM_WORDS.m_exampleSetup +
+                                "."});
+    } else {
+        ExamineLibrary("Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
+    }
+    const std::string driver = GetLibraryEntry(*entries, "Driver");
+    if (driver.empty()) {
+        findings.push_back(
+            {Severity::Warning, "driver-without-library",
+             "The driver " + Quote(in_driver) + " has no Driver entry in " + registry.GetPath() +
+                 ": DSNs can be managed, but programs cannot connect.",
+             "Install the driver, or add it: veltrane-dsn driver register --replace "
+             "--driver " +
+                 Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + "."});
+    } else {
+        ExamineLibrary("Driver", driver, {"SQLAllocHandle", "SQLAllocEnv"}, findings);
+    }
+    return findings;
+}
+
+}  // namespace Veltrane::Cli

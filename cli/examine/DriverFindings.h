@@ -1,0 +1,23 @@
+/// What may be wrong with the registration of a driver and with the libraries that it names.
+#ifndef CLI_DRIVERFINDINGS_H
+#define CLI_DRIVERFINDINGS_H
+
+#include <string>
+
+#include "cli/examine/Finding.h"
+#include "cli/examine/LibraryProbe.h"
+
+namespace Veltrane::Cli {
+
+/// Loads the driver's libraries, each in a process of its own.
+/// @throws CommandError when odbcinst.ini is there but cannot be read
+Findings ExamineDriver(const std::string& in_driver);
+
+/// The finding for a library that cannot be used.
+/// @param in_entry  the key in odbcinst.ini that names it, "Setup" for example
+Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
+                      const std::string& in_library);
+
+}  // namespace Veltrane::Cli
+
+#endif

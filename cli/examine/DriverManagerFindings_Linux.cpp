@@ -1,0 +1,90 @@
+#include <cstdlib>
+
+#include "cli/examine/DriverManagerFindings.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+struct Defect {
+    const char* m_first;  ///< the first version that has it
+    const char* m_last;   ///< the last one known to have it; null: all
+    Severity m_severity;
+    const char* m_id;
+    const char* m_text;
+    const char* m_repair;
+};
+
+constexpr Defect DEFECTS[] = {
+    {"2.3.13", nullptr, Severity::Note, "manager-locks-requests",
+     "It holds a lock while a driver's setup library runs. Setup libraries that ask it for a value "
+     "or for the config mode then wait for ever; the one of this driver does not.",
+     "If a program hangs while it configures another driver, use unixODBC 2.3.12 for it."},
+    {"2.0", "2.3.11", Severity::Note, "manager-remembers-values",
+     "Its profile functions keep what they have read for 20 seconds, and programs cannot make them "
+     "read again. A program that runs may see a changed DSN that much later.",
+     "Wait 20 seconds, or start the program again; 2.3.12 can be told to read again."},
+    {"2.0", nullptr, Severity::Note, "manager-rewrites-in-place",
+     "Its own profile functions rewrite odbc.ini in place, without a lock, and drop the comments. "
+     "Programs that use them at the same time can lose DSNs.",
+     "Change DSNs with veltrane-dsn, which locks the file and replaces it whole."},
+    {"2.0", nullptr, Severity::Note, "manager-cuts-wide-text",
+     "Its wide profile functions keep only the low byte of each character, so programs that use "
+     "them read \"\xE2\x82\xAC\" and \"\xE6\x97\xA5\" as something else.",
+     "Where a program shows such a value wrongly, choose one in ASCII."},
+};
+
+bool Applies(const Defect& in_defect, const std::string& in_version) {
+    if (CompareVersions(in_version, in_defect.m_first) < 0) return false;
+    return in_defect.m_last == nullptr || CompareVersions(in_version, in_defect.m_last) <= 0;
+}
+
+/// The version, or what its functions tell about it.
+std::string EffectiveVersion(const DriverManagerInfo& in_info) {
+    if (!in_info.m_version.empty()) return in_info.m_version;
+    return in_info.m_hasLockedRequests ? "2.3.13" : "2.3.11";
+}
+
+}  // namespace
+
+Findings ExamineDriverManager(const DriverManagerInfo& in_info) {
+    const std::string version = EffectiveVersion(in_info);
+    Findings findings{
+        {Severity::Note, "manager-version",
+         "The driver manager is unixODBC " +
+             (in_info.m_version.empty() ? "of an unknown version, about " + version : version) +
+             ", " + in_info.m_library + ".",
+         "Nothing has to be done."}};
+    for (const Defect& defect : DEFECTS) {
+        if (!Applies(defect, version)) continue;
+        findings.push_back({defect.m_severity, defect.m_id, defect.m_text, defect.m_repair});
+    }
+    if (in_info.m_hasIodbc) {
+        findings.push_back({Severity::Note, "two-managers",
+                            "iODBC is installed as well. It reads the same files by other rules.",
+                            "Find out with ldd which of the two a program uses."});
+    }
+    return findings;
+}
+
+Findings ExamineEnvironment() {
+    Findings findings;
+    if (const char* const search = std::getenv("ODBCSEARCH")) {
+        findings.push_back({Severity::Warning, "environment-odbcsearch",
+                            std::string("The variable ODBCSEARCH is set to ") + search +
+                                ": the driver manager then works on other files than a request "
+                                "says.",
+                            "Unset it: unset ODBCSEARCH."});
+    }
+    for (const char* const name : {"ODBCINI", "ODBCSYSINI", "ODBCINSTINI"}) {
+        const char* const value = std::getenv(name);
+        if (value == nullptr) continue;
+        findings.push_back({Severity::Note, "environment-other-files",
+                            std::string("The variable ") + name + " is set to " + value +
+                                ": programs without it use other files.",
+                            "Set it for every program that is to see the same DSNs, or for none."});
+    }
+    return findings;
+}
+
+}  // namespace Veltrane::Cli

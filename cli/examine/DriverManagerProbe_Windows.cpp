@@ -1,0 +1,43 @@
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "VeltraneDialog/WideText_Windows.h"
+#include "cli/examine/DriverManagerProbe.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+/// Of the file's version resource; empty when it has none.
+std::string ReadFileVersion(const std::wstring& in_path) {
+    DWORD ignored = 0;
+    const DWORD size = GetFileVersionInfoSizeW(in_path.c_str(), &ignored);
+    std::vector<char> data(size);
+    VS_FIXEDFILEINFO* info = nullptr;
+    UINT length = 0;
+    const bool isRead =
+        size != 0 && GetFileVersionInfoW(in_path.c_str(), 0, size, data.data()) != FALSE &&
+        VerQueryValueW(data.data(), L"\\", reinterpret_cast<void**>(&info), &length) != FALSE;
+    if (!isRead || info == nullptr) return {};
+    std::string version;
+    for (const DWORD part : {info->dwFileVersionMS, info->dwFileVersionLS}) {
+        version += (version.empty() ? "" : ".") + std::to_string(HIWORD(part)) + "." +
+                   std::to_string(LOWORD(part));
+    }
+    return version;
+}
+
+}  // namespace
+
+DriverManagerInfo ProbeDriverManager() {
+    DriverManagerInfo info;
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(GetModuleHandleW(L"odbccp32.dll"), path.data(), MAX_PATH));
+    info.m_library = ODBC::ToUtf8(path);
+    info.m_version = ReadFileVersion(path);
+    return info;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,182 @@
+#include "cli/examine/DsnFindings.h"
+
+#include <set>
+
+#include "VeltraneDialog/FieldRules.h"
+#include "cli/dsn/ChangeRecord.h"
+#include "cli/dsn/Entries.h"
+#include "cli/examine/FileRights.h"
+#include "cli/system/CommandError.h"
+#include "cli/system/PlatformWords.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
+
+/// Whether a line of the section is longer than what its reader takes as one.
+bool HasLongLine(const ODBC::OdbcIniText& in_text, const std::string& in_dsn) {
+    std::string_view rest = in_text.GetBytes();
+    for (bool isInside = false; !rest.empty();) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size() - 1);
+        std::string_view line = rest.substr(0, end + 1);
+        rest.remove_prefix(end + 1);
+        while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+        if (line.starts_with('[')) {
+            isInside = EqualsIgnoringCase(line.substr(1, line.find(']') - 1), in_dsn);
+        } else if (isInside && line.size() > ODBC::OdbcIniText::MAX_LINE) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Findings& io_findings) {
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        const std::string key(field.m_key);
+        const std::string value = key == "DSN" ? in_dsn : in_entries.Get(key);
+        const char* const reason = ODBC::WhyRefused(field, value);
+        if (reason == nullptr) continue;
+        const bool isMissing = ODBC::IsOnlyMissing(field, value);
+        io_findings.push_back(
+            {Severity::Error, isMissing ? "value-missing" : "value-does-not-survive",
+             key + " of the DSN " + Quote(in_dsn) + ": " + reason,
+             key == "DSN" ? "Add the DSN again under another name and remove this one."
+                          : "Give it another value: veltrane-dsn set " + Quote(in_dsn) + " -p " +
+                                key + "=VALUE."});
+    }
+}
+
+void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
+                  Findings& io_findings) {
+    std::set<std::string> known;
+    for (const auto& [key, value] : in_lines) {
+        if (!known.insert(FoldCase(key)).second) {
+            io_findings.push_back(
+                {Severity::Warning, "key-twice",
+                 "The DSN " + Quote(in_dsn) + " has the key " + key +
+                     " twice; the driver manager takes the first one.",
+                 "Remove the second line, or write the DSN anew: veltrane-dsn set " +
+                     Quote(in_dsn) + " -p " + key + "=VALUE."});
+        }
+        if (!PLATFORM_WORDS.m_hasCommentsInValues) continue;
+        const bool isCutByIodbc = value.starts_with(';') || value.starts_with('#') ||
+                                  value.find(" ;") != std::string::npos ||
+                                  value.find(" #") != std::string::npos;
+        if (isCutByIodbc) {
+            io_findings.push_back(
+                {Severity::Note, "value-cut-by-iodbc",
+                 "The value of " + key + " of the DSN " + Quote(in_dsn) +
+                     " is whole for unixODBC, but iODBC takes \";\" and \"#\" at its beginning or "
+                     "behind a blank for a comment.",
+                 "If programs on this machine use iODBC, choose a value without them."});
+        }
+    }
+}
+
+void ExamineRights(const DsnStore& in_store, const ODBC::OdbcIniText& in_text,
+                   Findings& io_findings) {
+    const FileRights rights = GetFileRights(in_store.GetPath());
+    std::string holders;
+    for (const std::string& dsn : GetDsnNames(in_text)) {
+        for (const auto& [key, value] : in_text.GetKeyValues(dsn)) {
+            if (!IsSecretKey(key) || value.empty()) continue;
+            holders += (holders.empty() ? "" : ", ") + dsn;
+            break;
+        }
+    }
+    const std::string subject = in_store.GetPath() + " (mode " + rights.m_mode + ")";
+    if (!holders.empty() && (rights.m_isReadByOthers || rights.m_isReadByGroup)) {
+        io_findings.push_back(
+            {rights.m_isReadByOthers ? Severity::Warning : Severity::Note,
+             "password-readable-by-others",
+             subject + " can be read by " + (rights.m_isReadByOthers ? "everybody" : "its group") +
+                 " and holds the passwords of: " + holders + ".",
+             in_store.GetScope() == Scope::User
+                 ? "Make it private: chmod 600 " + in_store.GetPath() + "."
+                 : "Remove the passwords (veltrane-dsn set NAME --system --unset PWD) and let "
+                   "programs ask for them."});
+    }
+    if (rights.m_isWrittenByOthers) {
+        io_findings.push_back({Severity::Warning, "file-writable-by-others",
+                               subject + " can be changed by others than its owner, who could send "
+                                         "passwords to a server of theirs.",
+                               "Take the right away: chmod go-w " + in_store.GetPath() + "."});
+    }
+}
+
+}  // namespace
+
+Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn) {
+    Findings findings;
+    const std::vector<Entry> lines = in_text.GetKeyValues(in_dsn);
+    ExamineFields(Entries(lines), in_dsn, findings);
+    ExamineLines(lines, in_dsn, findings);
+    if (HasLongLine(in_text, in_dsn)) {
+        findings.push_back({Severity::Error, "value-does-not-survive",
+                            "The DSN " + Quote(in_dsn) +
+                                " has a line of more than 999 bytes; programs read the rest of it "
+                                "as another line.",
+                            "Shorten the value with veltrane-dsn set."});
+    }
+    return findings;
+}
+
+Findings ExamineFile(const DsnStore& in_store) {
+    Findings findings;
+    ODBC::OdbcIniText text;
+    try {
+        text = in_store.Load();
+    } catch (const CommandError& error) {
+        return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
+                 "Give yourself the right to read it, or move text that stands before the first "
+                 "section into one."}};
+    }
+    const std::string record = FindInterruptedChange(in_store);
+    if (!record.empty()) {
+        findings.push_back({Severity::Warning, "change-interrupted",
+                            "A change of a DSN in " + in_store.GetPath() +
+                                " was cut off. Keys that it may lack are kept in " + record + ".",
+                            std::string("The next change puts them back: veltrane-dsn set NAME") +
+                                (in_store.GetScope() == Scope::System ? " --system" : "") +
+                                ", for any DSN there."});
+    }
+    const std::string reason = in_store.WhyNotWritable();
+    const bool isOurs = in_store.GetScope() == Scope::User || IsAdministrator();
+    if (!reason.empty() && isOurs) {
+        findings.push_back({Severity::Error, "file-not-writable", reason + ".",
+                            PLATFORM_WORDS.m_notWritableRepair});
+    }
+    ExamineRights(in_store, text, findings);
+    std::set<std::string> known;
+    for (const std::string& section : text.GetSections()) {
+        if (known.insert(FoldCase(section)).second) continue;
+        findings.push_back({Severity::Warning, "section-twice",
+                            in_store.GetPath() + " has the section " + Quote(section) +
+                                " twice; the driver manager takes the first one.",
+                            "Move what is needed into the first one and remove the second."});
+    }
+    return findings;
+}
+
+Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system) {
+    Findings findings;
+    try {
+        const ODBC::OdbcIniText user = in_user.Load();
+        const ODBC::OdbcIniText system = in_system.Load();
+        for (const std::string& dsn : GetDsnNames(user)) {
+            if (!system.HasSection(dsn) || in_user.GetPath() == in_system.GetPath()) continue;
+            findings.push_back({Severity::Warning, "user-dsn-shadows-system-dsn",
+                                "The DSN " + Quote(dsn) + " of " + in_user.GetPath() +
+                                    " hides the one of " + in_system.GetPath() + ".",
+                                "Remove the one that is not meant: veltrane-dsn remove " +
+                                    Quote(dsn) + ", or with --system."});
+        }
+    } catch (const CommandError&) {
+        // Reported with the file itself.
+    }
+    return findings;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,24 @@
+/// What may be wrong with stored DSNs and with the files that hold them.
+#ifndef CLI_DSNFINDINGS_H
+#define CLI_DSNFINDINGS_H
+
+#include <string>
+
+#include "Setup/OdbcIniText.h"
+#include "cli/dsn/DsnStore.h"
+#include "cli/examine/Finding.h"
+
+namespace Veltrane::Cli {
+
+/// Examines one DSN: what is missing, and which values programs will not read as they stand.
+Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn);
+
+/// Examines the file of a scope: readable, writable, private if it holds a password.
+Findings ExamineFile(const DsnStore& in_store);
+
+/// Names the DSNs of the user's file that hide one of the system's.
+Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,25 @@
+#include <windows.h>
+
+#include "cli/examine/FileRights.h"
+
+namespace Veltrane::Cli {
+
+/// The keys of the registry have the system's own access lists: a user's for that user, the
+/// system's for administrators. There is no file to look at.
+FileRights GetFileRights(const std::string&) { return {}; }
+
+bool IsAdministrator() {
+    SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};
+    PSID group = nullptr;
+    BOOL isMember = FALSE;
+    if (AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID,
+                                 DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0, &group) == FALSE) {
+        return false;
+    }
+    // Not of one whose rights are not raised.
+    const BOOL isKnown = CheckTokenMembership(nullptr, group, &isMember);
+    FreeSid(group);
+    return isKnown != FALSE && isMember != FALSE;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,56 @@
+#include <algorithm>
+#include <iostream>
+
+#include "cli/commands/Report.h"
+#include "cli/examine/Finding.h"
+#include "cli/line/HelpText.h"
+#include "cli/system/Terminal.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+const char* ColourOf(Severity in_severity) {
+    switch (in_severity) {
+        case Severity::Error:
+            return "\x1B[31m";
+        case Severity::Warning:
+            return "\x1B[33m";
+        default:
+            return "\x1B[36m";
+    }
+}
+
+}  // namespace
+
+bool HasError(const Findings& in_findings) {
+    return std::any_of(in_findings.begin(), in_findings.end(), [](const Finding& in_finding) {
+        return in_finding.m_severity == Severity::Error;
+    });
+}
+
+Json ToJson(const Findings& in_findings) {
+    Json list = Json::array();
+    for (const Finding& finding : in_findings) {
+        list.push_back({{"severity", GetSeverityName(finding.m_severity)},
+                        {"id", finding.m_id},
+                        {"text", finding.m_text},
+                        {"repair", finding.m_repair}});
+    }
+    return list;
+}
+
+void PrintFindings(const Findings& in_findings) {
+    const bool isColoured = IsOutputColoured();
+    for (const Finding& finding : in_findings) {
+        const std::string name = GetSeverityName(finding.m_severity);
+        std::string text = Wrap(name + ": " + finding.m_text, 0);
+        if (isColoured) {
+            text.insert(name.size(), "\x1B[0m");
+            text.insert(0, ColourOf(finding.m_severity));
+        }
+        std::cout << text << Wrap("Repair: " + finding.m_repair, 4);
+    }
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,137 @@
+#include <dlfcn.h>
+#include <elf.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <optional>
+
+#include "Setup/SystemCalls.h"
+#include "cli/examine/LibraryProbe.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using ODBC::SystemCalls::FileHandle;
+
+/// How long a library may take to load, in milliseconds.
+constexpr int LOAD_TIMEOUT = 20'000;
+
+/// What tells the architecture at the beginning of an ELF file; the same in 32 and 64 bits.
+struct ElfStart {
+    unsigned char m_identity[EI_NIDENT];
+    Elf64_Half m_type;
+    Elf64_Half m_machine;
+};
+
+std::optional<ElfStart> ReadElfStart(int in_handle) {
+    ElfStart start{};
+    if (pread(in_handle, &start, sizeof start, 0) != static_cast<ssize_t>(sizeof start)) {
+        return std::nullopt;
+    }
+    if (std::memcmp(start.m_identity, ELFMAG, SELFMAG) != 0) return std::nullopt;
+    return start;
+}
+
+std::string DescribeArchitecture(const ElfStart& in_start) {
+    static constexpr struct {
+        int m_machine;
+        const char* m_name;
+    } NAMES[] = {{EM_386, "x86"},         {EM_X86_64, "x86-64"}, {EM_ARM, "ARM"},
+                 {EM_AARCH64, "AArch64"}, {EM_PPC64, "POWER"},   {EM_S390, "S/390"},
+                 {EM_RISCV, "RISC-V"}};
+    std::string text = in_start.m_identity[EI_CLASS] == ELFCLASS32 ? "32-bit " : "64-bit ";
+    for (const auto& [machine, name] : NAMES) {
+        if (machine == in_start.m_machine) return text + name;
+    }
+    return text + "machine " + std::to_string(in_start.m_machine);
+}
+
+LibraryProbe ProbeFile(const std::string& in_path) {
+    const FileHandle file(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.IsOpen()) return {LibraryFault::NotFound, std::strerror(errno)};
+    const std::optional<ElfStart> start = ReadElfStart(file.Get());
+    if (!start) return {LibraryFault::NotALibrary, "it is not an ELF file"};
+    const FileHandle own(open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
+    const std::optional<ElfStart> ours = own.IsOpen() ? ReadElfStart(own.Get()) : std::nullopt;
+    const bool isOurs = !ours || (ours->m_machine == start->m_machine &&
+                                  ours->m_identity[EI_CLASS] == start->m_identity[EI_CLASS] &&
+                                  ours->m_identity[EI_DATA] == start->m_identity[EI_DATA]);
+    if (!isOurs) {
+        return {LibraryFault::WrongArchitecture,
+                DescribeArchitecture(*start) + " instead of " + DescribeArchitecture(*ours)};
+    }
+    if (start->m_type != ET_DYN) return {LibraryFault::NotALibrary, "it is not a shared object"};
+    return {};
+}
+
+/// In the child: '=' when all is well, '-' when no function is exported, else the loader's error.
+std::string Load(const std::string& in_path, const std::vector<std::string>& in_functions) {
+    void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return dlerror();
+    bool isExported = in_functions.empty();
+    for (const std::string& function : in_functions) {
+        isExported = isExported || dlsym(library, function.c_str()) != nullptr;
+    }
+    return isExported ? "=" : "-";
+}
+
+std::string ReadAnswer(int in_handle) {
+    std::string answer;
+    for (pollfd waited{in_handle, POLLIN, 0}; poll(&waited, 1, LOAD_TIMEOUT) > 0;) {
+        char block[1024];
+        const ssize_t count = read(in_handle, block, sizeof block);
+        if (count <= 0) break;
+        answer.append(block, static_cast<std::size_t>(count));
+    }
+    return answer;
+}
+
+/// @return what Load gave; empty when the process ended before
+std::string LoadInChild(const std::string& in_path, const std::vector<std::string>& in_functions) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return std::strerror(errno);
+    const FileHandle readEnd(ends[0]);
+    FileHandle writeEnd(ends[1]);
+    const pid_t child = fork();
+    if (child < 0) return std::strerror(errno);
+    if (child == 0) {
+        const std::string answer = Load(in_path, in_functions);
+        const ssize_t written = write(writeEnd.Get(), answer.data(), answer.size());
+        _exit(written < 0 ? 1 : 0);
+    }
+    writeEnd = FileHandle();
+    const std::string answer = ReadAnswer(readEnd.Get());
+    kill(child, SIGKILL);
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    return answer;
+}
+
+std::string Join(const std::vector<std::string>& in_names) {
+    std::string text;
+    for (const std::string& name : in_names) text += (text.empty() ? "" : ", ") + name;
+    return text;
+}
+
+}  // namespace
+
+LibraryProbe ProbeLibrary(const std::string& in_path,
+                          const std::vector<std::string>& in_functions) {
+    if (in_path.find('/') != std::string::npos) {
+        const LibraryProbe file = ProbeFile(in_path);
+        if (file.m_fault != LibraryFault::None) return file;
+    }
+    const std::string answer = LoadInChild(in_path, in_functions);
+    if (answer.empty()) return {LibraryFault::Crashes, {}};
+    if (answer == "=") return {};
+    if (answer == "-") return {LibraryFault::NoEntryPoint, Join(in_functions)};
+    return ClassifyLoaderError(in_path, answer);
+}
+
+}  // namespace Veltrane::Cli

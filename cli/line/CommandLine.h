@@ -1,0 +1,38 @@
+/// The command line, parsed by the table of commands.
+#ifndef CLI_COMMANDLINE_H
+#define CLI_COMMANDLINE_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "cli/line/CommandTable.h"
+
+namespace Veltrane::Cli {
+
+struct CommandLine {
+    CommandId m_command = CommandId::List;
+    std::vector<std::string> m_arguments;
+    std::map<OptionId, std::vector<std::string>> m_options;
+
+    bool Has(OptionId in_id) const { return m_options.contains(in_id); }
+    /// The value of an option that is given at most once.
+    std::string Get(OptionId in_id, const std::string& in_default = {}) const;
+    /// The values of a repeatable option.
+    std::vector<std::string> GetAll(OptionId in_id) const;
+};
+
+/// What to print instead of running a command.
+struct HelpRequest {
+    std::string m_text;
+};
+
+/// @param in_arguments  without the program's name
+/// @throws HelpRequest for --help and --version
+/// @throws CommandError EXIT_USAGE; its text repeats option names, but no values, because one may
+///         be a password in the wrong place
+CommandLine ParseCommandLine(std::vector<std::string> in_arguments);
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,215 @@
+#include "cli/line/CommandTable.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using C = CommandId;
+using K = ValueKind;
+using O = OptionId;
+
+constexpr std::uint32_t CHANGE = Bit(C::Add) | Bit(C::Set);
+constexpr std::uint32_t WRITES = CHANGE | Bit(C::Remove) | Bit(C::Apply);
+constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | Bit(C::Check);
+constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
+constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Doctor) + 1)) - 1;
+
+constexpr OptionInfo OPTIONS[] = {
+    {O::User, "--user", "", K::None, false, false,
+     "Work on the DSNs of this user. This is the default.", WRITES | READS},
+    {O::System, "--system", "", K::None, false, false, "Work on the DSNs of all users.",
+     WRITES | READS},
+    {O::Driver, "--driver", "NAME", K::Driver, false, false,
+     "The driver's name in odbcinst.ini. The default is Veltrane.",
+     WRITES | Bit(C::List) | Bit(C::Export) | Bit(C::Check) | DRIVER | Bit(C::Where) |
+         Bit(C::Doctor)},
+    {O::Server, "--server", "HOST", K::Text, false, false,
+     "The computer on which the BI server runs: its name or address.", CHANGE},
+    {O::Database, "--database", "NAME", K::Text, false, false, "The database on that server.",
+     CHANGE},
+    {O::Namespace, "--namespace", "NAME", K::Text, false, false,
+     "Only for a Cognos server: the namespace in which the user signs in.", CHANGE},
+    {O::LoginMode, "--login-mode", "MODE", K::Text, false, false,
+     "Only for a MicroStrategy server: how the user signs in.", CHANGE},
+    {O::Uid, "--uid", "NAME", K::Text, false, false, "The user name.", CHANGE},
+    {O::Property, "-p,--property", "KEY=VALUE", K::Text, true, false,
+     "Any key with its value, which may be empty. Can be given several times.", CHANGE},
+    {O::Unset, "--unset", "KEY", K::Text, true, false, "Remove a key. Can be given several times.",
+     Bit(C::Set)},
+    {O::ConnectionString, "--connection-string", "TEXT", K::Text, false, false,
+     "Take keys and values from a connection string, such as \"Server=db;Database={a;b}\". "
+     "Options beside it win.",
+     CHANGE},
+    {O::PwdStdin, "--pwd-stdin", "", K::None, false, false,
+     "Read the password from the first line of standard input; on a terminal, ask for it.", CHANGE},
+    {O::PwdFile, "--pwd-file", "FILE", K::File, false, false,
+     "Read the password from the first line of a file.", CHANGE},
+    {O::PwdEnv, "--pwd-env", "VARIABLE", K::Variable, false, false,
+     "Take the password from an environment variable.", CHANGE},
+    {O::PwdPrompt, "--pwd-prompt", "", K::None, false, false,
+     "Ask for the password on the terminal.", CHANGE},
+    {O::Pwd, "--pwd,--password", "TEXT", K::Text, false, true, "", CHANGE},
+    {O::ShowSecrets, "--show-secrets", "", K::None, false, false,
+     "Show passwords in clear text instead of masking them or leaving them out.",
+     WRITES | Bit(C::Show) | Bit(C::Export)},
+    {O::All, "--all", "", K::None, false, false, "The DSNs of all drivers.",
+     Bit(C::List) | Bit(C::Export)},
+    {O::IfMissing, "--if-missing", "", K::None, false, false,
+     "Do nothing, successfully, if the DSN exists already.", Bit(C::Add)},
+    {O::Replace, "--replace", "", K::None, false, false,
+     "Replace what exists: keys that are not given are removed.",
+     Bit(C::Add) | Bit(C::Apply) | Bit(C::DriverRegister)},
+    {O::IfExists, "--if-exists", "", K::None, false, false,
+     "Do nothing, successfully, if there is no such DSN.", Bit(C::Remove)},
+    {O::DryRun, "-n,--dry-run", "", K::None, false, false,
+     "Write nothing; show the exact difference.", WRITES | DRIVER},
+    {O::Format, "--format", "json|ini", K::Format, false, false,
+     "The format. export writes json unless told otherwise; apply finds it out by itself.",
+     Bit(C::Apply) | Bit(C::Export)},
+    {O::Setup, "--setup", "PATH", K::File, false, false,
+     "The driver's setup library, " VELTRANE_SETUP_LIBRARY
+     ". With driver unregister: remove the driver only if it has this one.",
+     DRIVER},
+    {O::Library, "--library", "PATH", K::File, false, false,
+     "The driver itself, with which programs connect.", Bit(C::DriverRegister)},
+    {O::Description, "--description", "TEXT", K::Text, false, false,
+     "What other tools show beside the driver's name.", Bit(C::DriverRegister)},
+    {O::Json, "--json", "", K::None, false, false, "Write the result as JSON.", ALL},
+    {O::Quiet, "-q,--quiet", "", K::None, false, false, "Write errors only.",
+     WRITES | DRIVER | Bit(C::Check)},
+};
+
+constexpr CommandInfo COMMANDS[] = {
+    {C::Add, "add", "NAME", K::None, "add a DSN",
+     "Adds a DSN. A server and a database have to be given.\n"
+     "If there is a DSN of that name already, nothing is changed and the exit code is 4, unless "
+     "--if-missing or --replace says otherwise.",
+     "veltrane-dsn add sales --server db.example.org --database sales\n"
+     "veltrane-dsn add sales --server db --database d --uid anna --pwd-prompt\n"
+     "veltrane-dsn add sales --connection-string 'Server=db;Database={a;b}'\n"
+     "pass show db | veltrane-dsn add sales --server db --database d \\\n"
+     "    --uid anna --pwd-stdin --replace"},
+    {C::Set, "set", "NAME", K::Dsn, "change values of a DSN, keep the others",
+     "Changes the given values of a DSN and keeps all others.\n"
+     "The setup library drops keys that it does not know whenever it saves a DSN. They are put "
+     "back, and the command says so.",
+     "veltrane-dsn set sales --database archive\n"
+     "veltrane-dsn set sales -p Trace=1 --unset Namespace\n"
+     "veltrane-dsn set sales --server new.example.org --dry-run"},
+    {C::Remove, "remove", "NAME...", K::Dsn, "remove DSNs", "Removes DSNs.",
+     "veltrane-dsn remove sales\n"
+     "veltrane-dsn remove --system --if-exists sales archive"},
+    {C::Show, "show", "NAME", K::Dsn, "show the values of a DSN",
+     "Shows the keys and values of a DSN, passwords masked.",
+     "veltrane-dsn show sales\n"
+     "veltrane-dsn show sales --json --show-secrets"},
+    {C::List, "list", "", K::None, "list DSNs",
+     "Lists the names of the driver's DSNs in the order of the file.",
+     "veltrane-dsn list\n"
+     "veltrane-dsn list --system --all --json"},
+    {C::Apply, "apply", "FILE", K::File, "bring many DSNs to a described state",
+     "Reads a description of DSNs from a file, or from standard input if FILE is -, and adds, "
+     "changes and removes what differs from it. A second run changes nothing. Keys that the "
+     "description does not name stay as they are, unless --replace is given; DSNs that it does not "
+     "name are never touched.\n"
+     "Each DSN ends up whole or untouched. A DSN that fails does not stop the others; the exit "
+     "code is then 1.",
+     "veltrane-dsn apply dsns.json\n"
+     "veltrane-dsn apply --system --dry-run dsns.ini\n"
+     "ssh other veltrane-dsn export | veltrane-dsn apply -"},
+    {C::Export, "export", "[NAME...]", K::Dsn, "write DSNs as a description for apply",
+     "Writes DSNs in a form that apply reads: those that are named, else all of the driver. "
+     "Passwords are left out unless --show-secrets is given.",
+     "veltrane-dsn export > dsns.json\n"
+     "veltrane-dsn export --format ini sales"},
+    {C::Check, "check", "[NAME...]", K::Dsn, "check whether DSNs are complete and sound",
+     "Checks the stored values of DSNs: those that are named, else all of the driver. The exit "
+     "code is 1 if one of them has an error.",
+     "veltrane-dsn check\n"
+     "veltrane-dsn check --system sales"},
+    {C::DriverRegister, "driver register", "", K::None, "register the driver",
+     "Registers the driver in odbcinst.ini, so that the ODBC installer finds its setup library. "
+     "Comments and everybody else's entries of the file stay. If the driver is registered with "
+     "other values, nothing is changed and the exit code is 4, unless --replace is given, which "
+     "changes the values that are given.",
+     "veltrane-dsn driver register --setup " VELTRANE_EXAMPLE_SETUP "\n"
+     "veltrane-dsn driver register --replace --library " VELTRANE_EXAMPLE_LIBRARY},
+    {C::DriverUnregister, "driver unregister", "", K::None, "remove the driver's registration",
+     "Removes the driver from odbcinst.ini. Its DSNs stay.",
+     "veltrane-dsn driver unregister\n"
+     "veltrane-dsn driver unregister --driver 'Veltrane test'\n"
+     "veltrane-dsn driver unregister --setup " VELTRANE_EXAMPLE_SETUP},
+    {C::DriverList, "driver list", "", K::None, "list the registered drivers",
+     "Lists the drivers of odbcinst.ini with their setup libraries.",
+     "veltrane-dsn driver list\n"
+     "veltrane-dsn driver list --json"},
+    {C::Where, "where", "", K::None, "show which files and libraries are in use",
+     "Shows which files the driver manager uses for this user in this environment.",
+     "veltrane-dsn where\n"
+     "veltrane-dsn where --json"},
+    {C::Doctor, "doctor", "", K::None, "find what is wrong and how to repair it",
+     "Examines the driver's registration and libraries, the files of DSNs, their rights and their "
+     "contents, and the driver manager. Each finding comes with a way to repair it. Nothing is "
+     "changed. The exit code is 1 if there is an error.",
+     "veltrane-dsn doctor\n"
+     "veltrane-dsn doctor --json"},
+};
+
+constexpr ManualSection SECTIONS[] = {
+    {"DESCRIPTIONS OF DSNS",
+     "apply reads JSON or INI, both in UTF-8; export writes them.\n"
+     "JSON: an object with the list \"data_sources\". Each has a \"name\" and \"values\", the keys "
+     "with "
+     "their texts; null removes a key. It may have a \"driver\", the \"state\" \"present\" or "
+     "\"absent\", and \"pwd_env\" or \"pwd_file\", which name where the password is to be taken "
+     "from.\n"
+     "INI: a section for each DSN with its name and its keys. The keys Driver, State, pwd_env and "
+     "pwd_file have the meaning above. Lines that begin with # or ; are comments."},
+    {"PASSWORDS",
+     "A password is not accepted on the command line, where every user of the machine could read "
+     "it and the shell would store it. It is stored in odbc.ini in clear text, because "
+     "the driver reads it from there; a new file can be read by its owner only. Left empty, "
+     "programs ask for it."},
+    {"EXIT CODES",
+     "0\tDone.\n"
+     "1\tFailed; the installer's code and text are on standard error.\n"
+     "2\tThe command line is wrong.\n"
+     "3\tThere is no such DSN or driver.\n"
+     "4\tThere is such a DSN or driver already."},
+    {"ENVIRONMENT",
+     "ODBCINI\tThe user's file of DSNs; otherwise ~/.odbc.ini.\n"
+     "ODBCSYSINI\tThe directory of the system's files; otherwise that of the driver manager.\n"
+     "ODBCINSTINI\tThe name of the file of drivers there; otherwise odbcinst.ini.\n"
+     "NO_COLOR\tIf it is set and not empty, nothing is coloured.\n"
+     "TR4CE\tA trace of the setup library, for example 1:/tmp/trace.log."},
+    {"FILES",
+     "~/.odbc.ini\tThe DSNs of the user.\n"
+     "/etc/odbc.ini\tThe DSNs of all users.\n"
+     "/etc/odbcinst.ini\tThe drivers."},
+};
+
+}  // namespace
+
+std::span<const CommandInfo> GetCommands() { return COMMANDS; }
+
+std::span<const OptionInfo> GetOptions() { return OPTIONS; }
+
+std::span<const ManualSection> GetManualSections() { return SECTIONS; }
+
+const CommandInfo& GetCommand(CommandId in_id) { return COMMANDS[static_cast<std::size_t>(in_id)]; }
+
+std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id) {
+    std::vector<const OptionInfo*> options;
+    for (const OptionInfo& option : OPTIONS) {
+        if ((option.m_commands & Bit(in_id)) != 0) options.push_back(&option);
+    }
+    return options;
+}
+
+std::string_view GetLongName(const OptionInfo& in_option) {
+    const std::string_view names = in_option.m_names;
+    const std::size_t begin = names.find("--");
+    return names.substr(begin, names.substr(begin).find(','));
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,251 @@
+#include "cli/line/CommandTable.h"
+#include "cli/line/Generate.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+constexpr char LIST_DSNS[] = "veltrane-dsn list --all 2>/dev/null";
+constexpr char LIST_DRIVERS[] = "veltrane-dsn driver list 2>/dev/null | sed 's/  .*//'";
+
+/// In single quotes for a shell.
+std::string Quote(std::string_view in_text) {
+    std::string text = "'";
+    for (const char c : in_text) text += c == '\'' ? "'\\''" : std::string(1, c);
+    return text + "'";
+}
+
+/// "-p" and "--property" of "-p,--property"
+std::vector<std::string> SplitNames(const OptionInfo& in_option) {
+    const std::string names(in_option.m_names);
+    const std::size_t comma = names.find(',');
+    if (comma == std::string::npos) return {names};
+    return {names.substr(0, comma), names.substr(comma + 1)};
+}
+
+/// Options that are understood and shown.
+std::vector<const OptionInfo*> ShownOptions(CommandId in_command) {
+    std::vector<const OptionInfo*> options = GetOptionsOf(in_command);
+    std::erase_if(options, [](const OptionInfo* in_option) { return in_option->m_isHidden; });
+    return options;
+}
+
+/// The first words of commands, and the second ones of a group such as "driver".
+std::vector<std::string_view> Words(std::string_view in_group) {
+    std::vector<std::string_view> words;
+    for (const CommandInfo& command : GetCommands()) {
+        std::string_view name = command.m_name;
+        if (!in_group.empty()) {
+            if (!name.starts_with(in_group) || name.size() == in_group.size()) continue;
+            name.remove_prefix(in_group.size() + 1);
+        }
+        name = name.substr(0, name.find(' '));
+        if (words.empty() || words.back() != name) words.push_back(name);
+    }
+    return words;
+}
+
+std::string Join(const std::vector<std::string_view>& in_words) {
+    std::string text;
+    for (const std::string_view word : in_words) {
+        text += text.empty() ? "" : " ";
+        text += word;
+    }
+    return text;
+}
+
+/// What bash completes a value with; empty for free text.
+std::string BashAction(ValueKind in_kind) {
+    switch (in_kind) {
+        case ValueKind::File:
+            return "COMPREPLY=($(compgen -f -- \"$cur\"))";
+        case ValueKind::Variable:
+            return "COMPREPLY=($(compgen -e -- \"$cur\"))";
+        case ValueKind::Dsn:
+            return std::string("_veltrane_dsn_lines \"$(") + LIST_DSNS + ")\"";
+        case ValueKind::Driver:
+            return std::string("_veltrane_dsn_lines \"$(") + LIST_DRIVERS + ")\"";
+        case ValueKind::Format:
+            return "COMPREPLY=($(compgen -W 'json ini' -- \"$cur\"))";
+        default:
+            return "COMPREPLY=()";
+    }
+}
+
+std::string ZshAction(ValueKind in_kind) {
+    switch (in_kind) {
+        case ValueKind::File:
+            return "_files";
+        case ValueKind::Variable:
+            return "_parameters -g \"*export*\"";
+        case ValueKind::Dsn:
+            return "_veltrane_dsn_names";
+        case ValueKind::Driver:
+            return "_veltrane_dsn_drivers";
+        case ValueKind::Format:
+            return "(json ini)";
+        default:
+            return " ";
+    }
+}
+
+std::string FishAction(ValueKind in_kind) {
+    switch (in_kind) {
+        case ValueKind::File:
+            return " -rF";
+        case ValueKind::Variable:
+            return " -xa '(set -nx)'";
+        case ValueKind::Dsn:
+            return std::string(" -xa '(") + LIST_DSNS + ")'";
+        case ValueKind::Driver:
+            return " -xa '(veltrane-dsn driver list 2>/dev/null | string replace -r \"  .*\" "
+                   "\"\")'";
+        case ValueKind::Format:
+            return " -xa 'json ini'";
+        default:
+            return " -x";
+    }
+}
+
+/// Text in the brackets of a zsh option.
+std::string ZshText(std::string_view in_text) {
+    std::string text;
+    for (const char c : in_text) {
+        if (c == '[' || c == ']' || c == ':' || c == '\\') text += '\\';
+        text += c;
+    }
+    return text;
+}
+
+std::string BashCommand(const CommandInfo& in_command) {
+    std::string text = "    " + Quote(in_command.m_name) + ")\n      case $prev in\n";
+    std::string names;
+    for (const OptionInfo* option : ShownOptions(in_command.m_id)) {
+        std::string pattern;
+        for (const std::string& name : SplitNames(*option)) {
+            names += name + " ";
+            pattern += (pattern.empty() ? "" : "|") + name;
+        }
+        if (option->m_argument.empty()) continue;
+        text += "        " + pattern + ") " + BashAction(option->m_kind) + "; return ;;\n";
+    }
+    text += "      esac\n      case $cur in\n        -*) COMPREPLY=($(compgen -W " +
+            Quote(names + "--help") + " -- \"$cur\")) ;;\n        *) " +
+            BashAction(in_command.m_kind) + " ;;\n      esac\n      ;;\n";
+    return text;
+}
+
+}  // namespace
+
+std::string MakeBashCompletion() {
+    std::string text =
+        "# Completion of veltrane-dsn for bash.\n"
+        "_veltrane_dsn_lines() {\n"
+        "  local line\n"
+        "  COMPREPLY=()\n"
+        "  while IFS= read -r line; do\n"
+        "    [[ -n $line && $line == \"$cur\"* ]] && COMPREPLY+=(\"$(printf %q \"$line\")\")\n"
+        "  done <<<\"$1\"\n"
+        "}\n"
+        "_veltrane_dsn() {\n"
+        "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
+        "  local command=${COMP_WORDS[1]}\n"
+        "  COMPREPLY=()\n"
+        "  if ((COMP_CWORD == 1)); then\n"
+        "    COMPREPLY=($(compgen -W " +
+        Quote(Join(Words("")) + " --help --version") +
+        " -- \"$cur\"))\n"
+        "    return\n"
+        "  fi\n"
+        "  if [[ $command == driver ]]; then\n"
+        "    if ((COMP_CWORD == 2)); then\n"
+        "      COMPREPLY=($(compgen -W " +
+        Quote(Join(Words("driver"))) +
+        " -- \"$cur\"))\n"
+        "      return\n"
+        "    fi\n"
+        "    command=\"driver ${COMP_WORDS[2]}\"\n"
+        "  fi\n"
+        "  case $command in\n";
+    for (const CommandInfo& command : GetCommands()) text += BashCommand(command);
+    return text + "  esac\n}\ncomplete -F _veltrane_dsn veltrane-dsn\n";
+}
+
+std::string MakeZshCompletion() {
+    std::string text =
+        "#compdef veltrane-dsn\n"
+        "_veltrane_dsn_names() {\n"
+        "  local -a names; names=(${(f)\"$(" +
+        std::string(LIST_DSNS) +
+        ")\"}); compadd -a names\n}\n"
+        "_veltrane_dsn_drivers() {\n"
+        "  local -a names; names=(${(f)\"$(" +
+        std::string(LIST_DRIVERS) +
+        ")\"}); compadd -a names\n}\n"
+        "_veltrane_dsn() {\n"
+        "  local command=$words[2]\n"
+        "  if (( CURRENT == 2 )); then\n"
+        "    compadd " +
+        Join(Words("")) +
+        "; return\n  fi\n"
+        "  if [[ $command == driver ]]; then\n"
+        "    if (( CURRENT == 3 )); then compadd " +
+        Join(Words("driver")) +
+        "; return; fi\n"
+        "    command=\"driver $words[3]\"; shift words; (( CURRENT-- ))\n  fi\n"
+        "  shift words; (( CURRENT-- ))\n"
+        "  case $command in\n";
+    for (const CommandInfo& command : GetCommands()) {
+        text += "    (" + Quote(command.m_name) + ") _arguments";
+        for (const OptionInfo* option : ShownOptions(command.m_id)) {
+            for (const std::string& name : SplitNames(*option)) {
+                std::string spec = (option->m_isRepeatable ? "*" : "") + name + "[" +
+                                   ZshText(option->m_help) + "]";
+                if (!option->m_argument.empty()) {
+                    spec += ":" + ZshText(option->m_argument) + ":" + ZshAction(option->m_kind);
+                }
+                text += " \\\n      " + Quote(spec);
+            }
+        }
+        if (command.m_kind != ValueKind::None) {
+            text += " \\\n      " + Quote("*:name:" + ZshAction(command.m_kind));
+        }
+        text += " ;;\n";
+    }
+    return text + "  esac\n}\n_veltrane_dsn \"$@\"\n";
+}
+
+std::string MakeFishCompletion() {
+    std::string text = "# Completion of veltrane-dsn for fish.\ncomplete -c veltrane-dsn -f\n";
+    const std::string seen = "__fish_seen_subcommand_from ";
+    for (const std::string_view word : Words("")) {
+        text +=
+            "complete -c veltrane-dsn -n '__fish_use_subcommand' -a " + std::string(word) + "\n";
+    }
+    for (const std::string_view word : Words("driver")) {
+        text += "complete -c veltrane-dsn -n '" + seen + "driver; and not " + seen +
+                Join(Words("driver")) + "' -a " + std::string(word) + "\n";
+    }
+    for (const CommandInfo& command : GetCommands()) {
+        const std::string_view name = command.m_name;
+        const std::size_t blank = name.find(' ');
+        const std::string condition =
+            blank == std::string_view::npos
+                ? seen + std::string(name) + "; and not " + seen + "driver"
+                : seen + "driver; and " + seen + std::string(name.substr(blank + 1));
+        const std::string begin = "complete -c veltrane-dsn -n '" + condition + "'";
+        if (command.m_kind != ValueKind::None) text += begin + FishAction(command.m_kind) + "\n";
+        for (const OptionInfo* option : ShownOptions(command.m_id)) {
+            text += begin;
+            for (const std::string& option_name : SplitNames(*option)) {
+                const bool isLong = option_name.starts_with("--");
+                text += isLong ? " -l " + option_name.substr(2) : " -s " + option_name.substr(1);
+            }
+            if (!option->m_argument.empty()) text += FishAction(option->m_kind);
+            text += " -d " + Quote(option->m_help) + "\n";
+        }
+    }
+    return text;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,120 @@
+#include "cli/line/GivenValues.h"
+
+#include "cli/dsn/ConnectionString.h"
+#include "cli/system/CommandError.h"
+#include "cli/system/Input.h"
+#include "cli/system/Terminal.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+constexpr std::pair<OptionId, const char*> FIELD_OPTIONS[] = {
+    {OptionId::Server, "Server"},
+    {OptionId::Database, "Database"},
+    {OptionId::Namespace, "Namespace"},
+    {OptionId::LoginMode, "LoginMode"},
+    {OptionId::Uid, "UID"},
+};
+
+constexpr OptionId PASSWORD_OPTIONS[] = {OptionId::PwdStdin, OptionId::PwdFile, OptionId::PwdEnv,
+                                         OptionId::PwdPrompt, OptionId::Pwd};
+
+[[noreturn]] void Refuse(const std::string& in_text) { throw CommandError(EXIT_USAGE, in_text); }
+
+[[noreturn]] void RefusePassword(const std::string& in_where) {
+    Refuse(in_where +
+           ": a password is not accepted on the command line, where every user of the machine can "
+           "read it. Use --pwd-prompt, --pwd-stdin, --pwd-file or --pwd-env.");
+}
+
+void SetKey(const std::string& in_key, const std::string& in_value, const std::string& in_where,
+            DsnWish& io_wish) {
+    const std::string reason = WhyNoKey(in_key);
+    if (!reason.empty())
+        Refuse(in_where + ": " + in_key + " is no value of a DSN: " + reason + ".");
+    if (IsSecretKey(in_key) && !in_value.empty()) RefusePassword(in_where);
+    io_wish.m_values.Set(CanonicalKey(in_key), in_value);
+}
+
+void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
+    constexpr char WHERE[] = "--connection-string";
+    for (const auto& [key, value] :
+         ParseConnectionString(in_line.Get(OptionId::ConnectionString))) {
+        if (EqualsIgnoringCase(key, "Driver")) {
+            if (!in_line.Has(OptionId::Driver)) io_wish.m_driver = value;
+        } else {
+            SetKey(key, value, WHERE, io_wish);
+        }
+    }
+}
+
+void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
+    for (const std::string& property : in_line.GetAll(OptionId::Property)) {
+        const std::size_t equals = property.find('=');
+        if (equals == std::string::npos || equals == 0) {
+            Refuse("-p has to be followed by KEY=VALUE.");
+        }
+        SetKey(property.substr(0, equals), property.substr(equals + 1), "-p", io_wish);
+    }
+    for (const std::string& key : in_line.GetAll(OptionId::Unset)) {
+        const std::string reason = WhyNoKey(key);
+        if (!reason.empty()) Refuse("--unset: " + key + " cannot be removed: " + reason + ".");
+        if (IsRequiredKey(key))
+            Refuse("--unset: a DSN cannot do without " + CanonicalKey(key) + ".");
+        io_wish.m_unset.push_back(key);
+    }
+}
+
+std::string AskForPassword(const std::string& in_dsn) {
+    return AskSecretly("Password of the DSN \"" + in_dsn + "\": ");
+}
+
+std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
+    const std::string& dsn = in_line.m_arguments.front();
+    switch (in_source) {
+        case OptionId::PwdStdin:
+            return IsInputTerminal() ? AskForPassword(dsn) : ReadFirstLine({});
+        case OptionId::PwdFile: {
+            const std::string path = in_line.Get(in_source);
+            if (path.empty()) Refuse("--pwd-file has to be followed by the name of a file.");
+            return ReadFirstLine(path);
+        }
+        case OptionId::PwdEnv: {
+            std::string password;
+            const std::string name = in_line.Get(in_source);
+            if (TakeVariable(name, password)) return password;
+            throw CommandError(EXIT_FAILED, "--pwd-env: the variable " + name + " is not set.");
+        }
+        default:
+            return AskForPassword(dsn);
+    }
+}
+
+void TakePassword(const CommandLine& in_line, DsnWish& io_wish) {
+    const OptionId* source = nullptr;
+    for (const OptionId& option : PASSWORD_OPTIONS) {
+        if (!in_line.Has(option)) continue;
+        if (option == OptionId::Pwd) RefusePassword("--pwd");
+        if (source != nullptr) Refuse("The password is to come from two places.");
+        source = &option;
+    }
+    if (source != nullptr) io_wish.m_values.Set("PWD", ReadPassword(in_line, *source));
+}
+
+}  // namespace
+
+DsnWish MakeWish(const CommandLine& in_line) {
+    DsnWish wish;
+    wish.m_name = in_line.m_arguments.front();
+    wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+    if (in_line.Has(OptionId::ConnectionString)) TakeConnectionString(in_line, wish);
+    for (const auto& [option, key] : FIELD_OPTIONS) {
+        if (in_line.Has(option)) wish.m_values.Set(key, in_line.Get(option));
+    }
+    TakeProperties(in_line, wish);
+    TakePassword(in_line, wish);
+    return wish;
+}
+
+}  // namespace Veltrane::Cli

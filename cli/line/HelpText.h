@@ -1,0 +1,29 @@
+/// The texts of --help, made of the table of commands, at most 80 columns wide.
+#ifndef CLI_HELPTEXT_H
+#define CLI_HELPTEXT_H
+
+#include <string>
+#include <string_view>
+
+#include "cli/line/CommandTable.h"
+
+namespace Veltrane::Cli {
+
+inline constexpr std::size_t MAX_COLUMNS = 80;
+
+/// Breaks a text at blanks; each line begins with `in_indent` blanks.
+std::string Wrap(std::string_view in_text, std::size_t in_indent,
+                 std::size_t in_columns = MAX_COLUMNS);
+
+std::string MakeOverview();
+std::string MakeHelp(const CommandInfo& in_command);
+std::string MakeVersionText();
+
+/// "veltrane-dsn set NAME [OPTION...]"
+std::string MakeUsage(const CommandInfo& in_command);
+/// "-p, --property KEY=VALUE"
+std::string MakeOptionTitle(const OptionInfo& in_option);
+
+}  // namespace Veltrane::Cli
+
+#endif

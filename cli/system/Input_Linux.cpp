@@ -1,0 +1,34 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "Setup/SystemCalls.h"
+#include "cli/system/Input.h"
+
+namespace Veltrane::Cli {
+
+struct Input::State {
+    ODBC::SystemCalls::FileHandle m_file;
+};
+
+Input::Input(const std::string& in_path) : m_path(in_path), m_state(std::make_unique<State>()) {
+    if (in_path.empty()) return;
+    m_state->m_file =
+        ODBC::SystemCalls::FileHandle(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    if (!m_state->m_file.IsOpen()) Fail(std::strerror(errno));
+}
+
+Input::~Input() = default;
+
+std::size_t Input::Read(char* out_bytes, std::size_t in_size) const {
+    for (;;) {
+        const ssize_t count =
+            read(m_path.empty() ? STDIN_FILENO : m_state->m_file.Get(), out_bytes, in_size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) Fail(std::strerror(errno));
+    }
+}
+
+}  // namespace Veltrane::Cli

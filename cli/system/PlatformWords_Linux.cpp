@@ -1,0 +1,29 @@
+#include <filesystem>
+
+#include "cli/system/PlatformWords.h"
+
+namespace Veltrane::Cli {
+
+const PlatformWords PLATFORM_WORDS = {
+    "/path/to/libVeltraneSetup.so",
+    "/path/to/driver.so",
+    "has to begin with a slash",
+    " (apt-file search finds it), or run ldconfig if it is installed.",
+    "A library that it needs is too old or a different one: bring both packages to matching "
+    "versions; ldd -r lists what is missing.",
+    "Repair what the loader names; ldd shows what it looks for.",
+    "Create the folder, free room, or give yourself the right to write the file and its folder; "
+    "ODBCINI and ODBCSYSINI choose other ones.",
+    true,
+};
+
+bool IsAbsolutePath(const std::string& in_path) { return in_path.starts_with('/'); }
+
+bool HasFolder(const std::string& in_path) { return in_path.find('/') != std::string::npos; }
+
+bool IsThere(const std::string& in_path) {
+    std::error_code error;
+    return std::filesystem::exists(in_path, error);
+}
+
+}  // namespace Veltrane::Cli

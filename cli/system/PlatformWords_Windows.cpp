@@ -1,0 +1,45 @@
+#include "cli/system/PlatformWords.h"
+
+#include <windows.h>
+
+#include "VeltraneDialog/WideText_Windows.h"
+
+namespace Veltrane::Cli {
+
+const PlatformWords PLATFORM_WORDS = {
+    "C:\\path\\to\\VeltraneSetup.dll",
+    "C:\\path\\to\\driver.dll",
+    "has to begin with a drive and a backslash, or with two backslashes",
+    ", or put it into the folder of the library that needs it.",
+    "A library that it needs is too old or a different one: bring both to matching versions.",
+    "Repair what the system names, and install the library again.",
+    "Give yourself the right to write the key.",
+    false,
+};
+
+bool IsAbsolutePath(const std::string& in_path) {
+    const bool hasDrive =
+        in_path.size() > 2 && in_path[1] == ':' && (in_path[2] == '\\' || in_path[2] == '/');
+    return hasDrive || in_path.starts_with("\\\\");
+}
+
+bool HasFolder(const std::string& in_path) {
+    return in_path.find_first_of("\\/:") != std::string::npos;
+}
+
+bool IsThere(const std::string& in_path) {
+    HKEY root = nullptr;
+    const std::size_t end = in_path.find('\\');
+    if (in_path.starts_with("HKEY_CURRENT_USER\\")) root = HKEY_CURRENT_USER;
+    if (in_path.starts_with("HKEY_LOCAL_MACHINE\\")) root = HKEY_LOCAL_MACHINE;
+    if (root == nullptr) {
+        return GetFileAttributesW(ODBC::ToWide(in_path).c_str()) != INVALID_FILE_ATTRIBUTES;
+    }
+    HKEY key = nullptr;
+    const std::wstring path = ODBC::ToWide(in_path.substr(end + 1));
+    const bool isThere = RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS;
+    if (isThere) RegCloseKey(key);
+    return isThere;
+}
+
+}  // namespace Veltrane::Cli

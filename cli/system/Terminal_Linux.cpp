@@ -1,0 +1,97 @@
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "Setup/SystemCalls.h"
+#include "VeltraneDialog/Wipe.h"
+#include "cli/dsn/HeldSignals.h"
+#include "cli/system/CommandError.h"
+#include "cli/system/Input.h"
+#include "cli/system/Terminal.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using ODBC::SystemCalls::FileHandle;
+
+constexpr char INTERRUPT = 3;
+
+/// The terminal without echo. Ctrl-C comes as a character that ends the line, so that it never
+/// stays so.
+class SilentTerminal {
+public:
+    explicit SilentTerminal(int in_handle) : m_handle(in_handle) {
+        tcgetattr(in_handle, &m_before);
+        termios silent = m_before;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
+        silent.c_lflag |= ECHONL;
+        silent.c_cc[VEOL] = INTERRUPT;
+        tcsetattr(in_handle, TCSAFLUSH, &silent);
+    }
+    SilentTerminal(const SilentTerminal&) = delete;
+    SilentTerminal& operator=(const SilentTerminal&) = delete;
+    ~SilentTerminal() { tcsetattr(m_handle, TCSAFLUSH, &m_before); }
+
+private:
+    int m_handle;
+    termios m_before{};
+};
+
+void WriteText(int in_handle, std::string_view in_text) {
+    [[maybe_unused]] const ssize_t ignored = write(in_handle, in_text.data(), in_text.size());
+}
+
+}  // namespace
+
+bool IsInputTerminal() { return isatty(STDIN_FILENO) != 0; }
+
+bool IsErrorTerminal() { return isatty(STDERR_FILENO) != 0; }
+
+bool IsOutputColoured() {
+    const char* const noColour = std::getenv("NO_COLOR");
+    const char* const terminal = std::getenv("TERM");
+    const bool isRefused = (noColour != nullptr && *noColour != '\0') || terminal == nullptr ||
+                           std::string_view(terminal) == "dumb";
+    return !isRefused && isatty(STDOUT_FILENO) != 0;
+}
+
+std::string AskSecretly(const std::string& in_question) {
+    const FileHandle terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+    if (!terminal.IsOpen()) {
+        throw CommandError(EXIT_USAGE,
+                           "There is no terminal to ask for the password; use --pwd-stdin, "
+                           "--pwd-file or --pwd-env.");
+    }
+    const HeldSignals held;
+    const SilentTerminal silent(terminal.Get());
+    WriteText(terminal.Get(), in_question);
+    std::string line;
+    line.reserve(MAX_LINE);
+    for (char byte = 0; read(terminal.Get(), &byte, 1) == 1 && byte != '\n';) {
+        if (byte == INTERRUPT) throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
+        if (line.size() < MAX_LINE) line += byte;
+    }
+    return line;
+}
+
+bool TakeVariable(const std::string& in_name, std::string& out_value) {
+    char* const value = std::getenv(in_name.c_str());
+    if (value == nullptr) return false;
+    out_value = value;
+    ODBC::WipeBytes(value, std::strlen(value));
+    unsetenv(in_name.c_str());
+    return true;
+}
+
+bool ReadVariable(const std::string& in_name, std::string& out_value) {
+    const char* const value = std::getenv(in_name.c_str());
+    if (value != nullptr) out_value = value;
+    return value != nullptr;
+}
+
+}  // namespace Veltrane::Cli

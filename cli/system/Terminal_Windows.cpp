@@ -1,0 +1,141 @@
+#include <windows.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/Wipe.h"
+#include "cli/system/CommandError.h"
+#include "cli/system/FileHandle_Windows.h"
+#include "cli/system/Input.h"
+#include "cli/system/Terminal.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using ODBC::ToUtf8;
+using ODBC::ToWide;
+
+bool IsConsole(HANDLE in_handle) {
+    DWORD mode = 0;
+    return GetConsoleMode(in_handle, &mode) != FALSE;
+}
+
+/// Process-wide: set by SilentConsole, read by RestoreConsole: the console, and its mode before.
+HANDLE s_console = nullptr;
+DWORD s_modeBefore = 0;
+
+/// For what ends the program while it waits for the answer: nothing is half way then. Not every
+/// system gives such an end a code of its own.
+BOOL WINAPI RestoreConsole(DWORD /*in_event*/) {
+    SetConsoleMode(s_console, s_modeBefore);
+    ExitProcess(static_cast<UINT>(STATUS_CONTROL_C_EXIT));
+}
+
+/// The console without echo; it never stays so. Ctrl-C comes as a character.
+class SilentConsole {
+public:
+    explicit SilentConsole(HANDLE in_handle) {
+        s_console = in_handle;
+        GetConsoleMode(in_handle, &s_modeBefore);
+        SetConsoleCtrlHandler(RestoreConsole, TRUE);
+        SetConsoleMode(in_handle, ENABLE_LINE_INPUT);
+        FlushConsoleInputBuffer(in_handle);
+    }
+    SilentConsole(const SilentConsole&) = delete;
+    SilentConsole& operator=(const SilentConsole&) = delete;
+    ~SilentConsole() {
+        SetConsoleMode(s_console, s_modeBefore);
+        SetConsoleCtrlHandler(RestoreConsole, FALSE);
+    }
+};
+
+void WriteText(HANDLE in_console, const std::string& in_text) {
+    const std::wstring text = ToWide(in_text);
+    WriteConsoleW(in_console, text.data(), static_cast<DWORD>(text.size()), nullptr, nullptr);
+}
+
+/// Of the line, without its end.
+std::wstring ReadConsoleLine(HANDLE in_console) {
+    constexpr wchar_t INTERRUPT = 3;
+    // Consoles have not always had room for more at once.
+    std::wstring part(8192, L'\0');
+    const ODBC::WipeAtEnd wipePart(part);
+    std::wstring line;
+    line.reserve(MAX_LINE);
+    // Without waiting for the end of the line.
+    CONSOLE_READCONSOLE_CONTROL control{sizeof control, 0, 1U << INTERRUPT, 0};
+    for (bool isEnd = false; !isEnd;) {
+        DWORD count = 0;
+        const BOOL isRead = ReadConsoleW(in_console, part.data(), static_cast<DWORD>(part.size()),
+                                         &count, &control);
+        const std::wstring_view read(part.data(), isRead != FALSE ? count : 0);
+        isEnd = read.empty() || read.back() == L'\n';
+        line.append(read.substr(0, MAX_LINE - line.size()));
+        if (read.find(INTERRUPT) == std::wstring_view::npos) continue;
+        ODBC::Wipe(line);
+        throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
+    }
+    while (!line.empty() && (line.back() == L'\n' || line.back() == L'\r')) line.pop_back();
+    return line;
+}
+
+}  // namespace
+
+bool IsInputTerminal() { return IsConsole(GetStdHandle(STD_INPUT_HANDLE)); }
+
+bool IsErrorTerminal() { return IsConsole(GetStdHandle(STD_ERROR_HANDLE)); }
+
+bool IsOutputColoured() {
+    const char* const noColour = std::getenv("NO_COLOR");
+    if (noColour != nullptr && *noColour != '\0') return false;
+    // Consoles before Windows 10 do not know the sequences.
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(output, &mode) != FALSE &&
+           SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
+}
+
+std::string AskSecretly(const std::string& in_question) {
+    const FileHandle input(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
+    const FileHandle output(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
+    if (!input.IsOpen() || !output.IsOpen() || !IsConsole(input.Get())) {
+        throw CommandError(EXIT_USAGE,
+                           "There is no terminal to ask for the password; use --pwd-stdin, "
+                           "--pwd-file or --pwd-env.");
+    }
+    const SilentConsole silent(input.Get());
+    WriteText(output.Get(), in_question);
+    std::wstring line = ReadConsoleLine(input.Get());
+    const ODBC::WipeAtEnd wipe(line);
+    WriteText(output.Get(), "\n");
+    return ToUtf8(line);
+}
+
+bool ReadVariable(const std::string& in_name, std::string& out_value) {
+    const std::wstring name = ToWide(in_name);
+    const DWORD size = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
+    if (size == 0) return false;
+    std::wstring value(size, L'\0');
+    value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
+    out_value = ToUtf8(value);
+    ODBC::Wipe(value);
+    return true;
+}
+
+bool TakeVariable(const std::string& in_name, std::string& out_value) {
+    if (!ReadVariable(in_name, out_value)) return false;
+    const std::wstring name = ToWide(in_name);
+    // Overwritten where it stands, in the process and in the copy of the C run-time.
+    SetEnvironmentVariableW(name.c_str(), std::wstring(ToWide(out_value).size(), L' ').c_str());
+    SetEnvironmentVariableW(name.c_str(), nullptr);
+    if (char* const copy = std::getenv(in_name.c_str())) {
+        ODBC::WipeBytes(copy, std::strlen(copy));
+        _putenv_s(in_name.c_str(), "");
+    }
+    return true;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,97 @@
+#include "PlatformAbstraction/files/FileSystemUtils.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "PlatformAbstraction/OrskaUtility.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
+#include "tests/support/ThrownMessage.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Orska::Support {
+namespace {
+
+using Test::GetProgramDirectory;
+using Test::SYSTEM_ERRORS;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::TraceCapture;
+
+TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
+    struct Case {
+        const char* m_path;     // below the temporary directory
+        const char* m_created;  // null: refused
+        std::uint32_t m_error = 0;
+    };
+    const Case cases[] = {
+        {"one/file.txt", "one"},
+        {"two\\file.txt", "two"},
+        {"three/", "three"},
+        {"one/four\\file", "one/four"},
+        {"present/x", "present"},
+        {"a/b/c.txt", nullptr, SYSTEM_ERRORS.m_noSuchDirectory},
+        {"file/sub/x", nullptr, SYSTEM_ERRORS.m_notADirectory},
+    };
+    const TemporaryDirectory directory;
+    std::filesystem::create_directory(directory.GetPath("present"));
+    directory.Write("file", "");
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.m_path);
+        const std::string path = directory.GetPath(row.m_path);
+        const std::string thrown =
+            ThrownMessage([&] { FileSystemUtils::CreateFileDirectory(path); });
+        if (row.m_created != nullptr) {
+            EXPECT_EQ(thrown, "nothing");
+            EXPECT_TRUE(std::filesystem::is_directory(directory.GetPath(row.m_created)));
+        } else {
+            EXPECT_EQ(thrown, "CannotOpenFile(" + path + ", " +
+                                  GetLastErrorText(row.m_error).GetAsUtf8() + ")");
+        }
+    }
+    // A file in the directory's place is met by the open that follows.
+    EXPECT_EQ(
+        ThrownMessage([&] { FileSystemUtils::CreateFileDirectory(directory.GetPath("file/x")); }),
+        "nothing");
+    EXPECT_EQ(ThrownMessage([] { FileSystemUtils::CreateFileDirectory(L"name only"); }), "nothing");
+    EXPECT_EQ(ThrownMessage([] { FileSystemUtils::CreateFileDirectory({}); }), "nothing");
+}
+
+TEST(FileSystemUtils, TracesItsThrow) {
+    const TraceCapture trace;
+    ThrownMessage([] { FileSystemUtils::CreateFileDirectory(L"/missing/a/b"); });
+    EXPECT_EQ(trace.GetText(),
+              "Orska::Support::FileSystemUtils::CreateFileDirectory:0\tThrowing: "
+              "ProductException((L\"CannotOpenFile\"), msgParams) FileSystemUtils_Windows\n");
+}
+
+TEST(FileSystemUtils, TellsRelativePaths) {
+    struct Case {
+        const wchar_t* m_path;
+        bool m_isRelative;
+        bool m_isJoined;
+    };
+    constexpr Case CASES[] = {
+        {L"", true, true},        {L"a", true, true},     {L"a/b", true, true},
+        {L".", true, true},       {L".\\a", true, true},  {L"..\\a", true, true},
+        {L".:x", false, true},    {L"\\a", false, false}, {L"\\\\host", false, false},
+        {L"C:\\a", false, false}, {L"C:", false, false},  {L"C:a", false, false},
+        {L"ab:c", true, true},
+    };
+    for (const Case& row : CASES) {
+        SCOPED_TRACE(orska_wstring(row.m_path).GetAsUtf8());
+        EXPECT_EQ(FileSystemUtils::IsRelative(row.m_path), row.m_isRelative);
+        EXPECT_EQ(FileSystemUtils::IsJoinedToDirectory(row.m_path), row.m_isJoined);
+    }
+    EXPECT_TRUE(FileSystemUtils::IsRelative({}));
+}
+
+TEST(FileSystemUtils, FindsItsOwnModule) {
+    // The library is linked into the test program here.
+    EXPECT_EQ(FileSystemUtils::GetModuleDirectory().GetAsUtf8(), GetProgramDirectory());
+}
+
+}  // namespace
+}  // namespace Orska::Support

@@ -1,0 +1,61 @@
+// What Linux has by the name of a file and is none.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+#include "PlatformAbstraction/files/TextFile.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/ThrownMessage.h"
+
+namespace Orska::Support {
+namespace {
+
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+
+TEST(TextFile, RefusesOtherThanFiles) {
+    const TemporaryDirectory directory;
+    const std::string fifo = directory.GetPath("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::string folder = directory.GetPath("folder");
+    std::filesystem::create_directory(folder);
+    const std::string file = directory.Write("file", "");
+    const struct {
+        const char* m_name;
+        std::string m_file;
+        std::int32_t m_mode;
+        std::string m_reason;
+    } cases[] = {
+        {"directory, read", folder, 1, "Is a directory"},
+        {"directory, write", folder, 2, "Is a directory"},
+        {"FIFO, read", fifo, 1, "Illegal seek"},
+        {"FIFO, write", fifo, 2, "No such device or address"},
+        {"FIFO, both", fifo, 6, "Illegal seek"},
+        {"device", "/dev/zero", 1, "Illegal seek"},
+        {"file for a directory", file + "/x", 2, "Not a directory"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.m_name);
+        EXPECT_EQ(ThrownMessage([&] { TextFile opened(row.m_file, row.m_mode); }),
+                  "CannotOpenFile(" + row.m_file + ", " + row.m_reason + ")");
+    }
+    TextFile null(L"/dev/null", TextFile::MODE_READ_WRITE);
+    EXPECT_EQ(null.ReadByte(), 255);
+}
+
+TEST(TextFile, AReopenThatFailsLeavesAClosedFile) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x", "content");
+    TextFile file(path, TextFile::MODE_READ_WRITE);
+    std::filesystem::remove(path);  // Windows keeps a file that is open
+    EXPECT_FALSE(file.Reopen(TextFile::MODE_READ_WRITE));
+    EXPECT_FALSE(file.IsOpen());
+    EXPECT_EQ(file.ReadByte(), 255);
+    EXPECT_EQ(file.Write("x", 1), 0u);
+    EXPECT_EQ(file.GetPosition(), -1);
+}
+
+}  // namespace
+}  // namespace Orska::Support

@@ -1,0 +1,384 @@
+#include "PlatformAbstraction/files/TextFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "PlatformAbstraction/OrskaUtility.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
+#include "tests/support/ThrownMessage.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Orska::Support {
+namespace {
+
+using Test::SYSTEM_ERRORS;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::TraceCapture;
+
+std::string CannotOpen(const std::string& in_path, std::uint32_t in_error) {
+    return "CannotOpenFile(" + in_path + ", " + GetLastErrorText(in_error).GetAsUtf8() + ")";
+}
+
+TEST(TextFile, Modes) {
+    struct Case {
+        std::int32_t m_mode;
+        bool m_creates;
+        std::int64_t m_position;     // in a file that held "old\n"
+        const char* m_readsFirst;    // null: cannot read
+        std::size_t m_written;       // of three bytes
+        const char* m_contentAfter;  // of the file that held "old\n"
+    };
+    constexpr Case CASES[] = {
+        {TextFile::MODE_READ, false, 0, "old", 0, "old\n"},
+        {TextFile::MODE_WRITE, true, 0, nullptr, 3, "new"},
+        {TextFile::MODE_APPEND, true, 4, nullptr, 3, "old\nnew"},
+        {TextFile::MODE_READ_WRITE, false, 0, "old", 3, "old\nnew"},
+        {TextFile::MODE_READ_WRITE_EMPTY, true, 0, nullptr, 3, "new"},
+        {TextFile::MODE_READ_WRITE_CREATE, true, 0, "old", 3, "old\nnew"},
+    };
+    for (const Case& row : CASES) {
+        SCOPED_TRACE(row.m_mode);
+        const TemporaryDirectory directory;
+        const std::string missing = directory.GetPath("missing");
+        EXPECT_EQ(ThrownMessage([&] { TextFile file(missing, row.m_mode); }),
+                  row.m_creates ? "nothing" : CannotOpen(missing, SYSTEM_ERRORS.m_noSuchFile));
+        EXPECT_EQ(std::filesystem::exists(missing), row.m_creates);
+        {
+            TextFile file(directory.Write("present", "old\n"), row.m_mode);
+            EXPECT_EQ(file.GetPosition(), row.m_position);
+            std::string line;
+            EXPECT_EQ(file.ReadLine(line), row.m_readsFirst != nullptr);
+            EXPECT_EQ(line, row.m_readsFirst == nullptr ? "" : row.m_readsFirst);
+            EXPECT_EQ(file.Write("new", 3), row.m_written);
+        }
+        EXPECT_EQ(directory.Read("present"), row.m_contentAfter);
+    }
+}
+
+TEST(TextFile, RefusesWhatCannotBeOpened) {
+    const TemporaryDirectory directory;
+    const std::string deep = directory.GetPath("a/b/c.txt");
+    const std::string file = directory.Write("file", "");
+    const std::uint32_t noDirectory = SYSTEM_ERRORS.m_noSuchDirectory;
+    const struct {
+        const char* m_name;
+        orska_wstring m_file;
+        std::int32_t m_mode;
+        std::string m_thrown;
+    } cases[] = {
+        {"NULL name", {}, 1, "InvalidFileName"},
+        {"empty name", L"", 2, "InvalidFileName"},
+        {"empty name and no mode", L"", 0, "InvalidFileName"},
+        {"mode 0", file, 0, "UnrecognizedOpenMode"},
+        {"mode 7", file, 7, "UnrecognizedOpenMode"},
+        {"mode -1", file, -1, "UnrecognizedOpenMode"},
+        {"NUL in the name", orska_wstring(file) + orska_wstring(L"\0x", 2), 1,
+         CannotOpen(file + std::string("\0x", 2), noDirectory)},
+        {"only one level is created", deep, 2, CannotOpen(deep, noDirectory)},
+        {"no level is created for reading", deep, 1, CannotOpen(deep, noDirectory)},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.m_name);
+        EXPECT_EQ(ThrownMessage([&] { TextFile opened(row.m_file, row.m_mode); }), row.m_thrown);
+    }
+    EXPECT_FALSE(std::filesystem::exists(directory.GetPath("a")));
+}
+
+TEST(TextFile, TracesItsThrows) {
+    const TraceCapture trace("1");
+    for (const std::int32_t mode : {1, 7}) {
+        ThrownMessage([&] { TextFile file(L"/missing/file", mode); });
+    }
+    EXPECT_EQ(trace.GetText(),
+              "Orska::Support::TextFile::TextFile:144\tThrowing: "
+              "ProductException((L\"CannotOpenFile\"), msgParams) TextFile_Windows\n"
+              "GetModeDword:86\tThrowing: ProductException(L\"UnrecognizedOpenMode\") "
+              "TextFile_Windows\n");
+}
+
+TEST(TextFile, OpensPathsWithEitherSeparator) {
+    const TemporaryDirectory directory;
+    std::string path = directory.GetPath("sub/file.txt");
+    std::replace(path.begin(), path.end(), '/', '\\');
+    {
+        TextFile file(path, TextFile::MODE_WRITE);
+        EXPECT_EQ(file.GetFileName().GetAsUtf8(), path);
+        file.WriteLine("x");
+    }
+    EXPECT_EQ(directory.Read("sub/file.txt"), "x\r\n");
+    std::string line;
+    EXPECT_TRUE(TextFile(path, TextFile::MODE_READ).ReadLine(line));
+    EXPECT_EQ(line, "x");
+}
+
+std::vector<std::string> ReadLines(const std::string& in_path) {
+    TextFile file(in_path, TextFile::MODE_READ);
+    std::vector<std::string> lines;
+    for (std::string line; file.ReadLine(line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST(TextFile, Lines) {
+    using namespace std::string_literals;
+    struct Case {
+        const char* m_name;
+        std::string m_bytes;
+        std::vector<std::string> m_lines;  // up to the first call that answers false
+    };
+    const Case cases[] = {
+        {"empty file", "", {}},
+        {"one byte", "a", {"a"}},
+        {"one line feed", "\n", {""}},
+        {"one carriage return", "\r", {""}},
+        {"CR LF, no final newline", "a\r\nb", {"a", "b"}},
+        {"final newline ends no further line", "a\nb\n", {"a", "b"}},
+        {"CR alone joins", "a\rb", {"ab"}},
+        {"CR anywhere is dropped", "\r\ra\r\r\n\rb\r", {"a", "b"}},
+        {"empty lines", "\n\na\n\n", {"", "", "a", ""}},
+        {"NUL is a byte", "a\0b\n\0"s, {"a\0b"s, "\0"s}},
+        {"0xFF at the start", "\xFF"s + "abc\n", {}},
+        {"0xFF ends a line and is consumed", "ab\xFF"s + "cd\nef", {"ab", "cd", "ef"}},
+        {"0xFF behind a line feed", "ab\n\xFF"s + "cd\n", {"ab"}},
+        {"0xFF behind a CR", "\r\xFF"s + "cd\n", {"", "cd"}},
+    };
+    const TemporaryDirectory directory;
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.m_name);
+        EXPECT_EQ(ReadLines(directory.Write("lines", row.m_bytes)), row.m_lines);
+    }
+}
+
+TEST(TextFile, ReadsManyAndLongLines) {
+    const TemporaryDirectory directory;
+    std::string many;
+    for (int number = 0; number < 100'000; ++number) {
+        many += "line " + std::to_string(number) + (number % 3 == 0 ? "\r\n" : "\n");
+    }
+    const std::vector<std::string> lines = ReadLines(directory.Write("many", many));
+    ASSERT_EQ(lines.size(), 100'000u);
+    for (std::size_t number = 0; number < lines.size(); ++number) {
+        ASSERT_EQ(lines[number], "line " + std::to_string(number));
+    }
+    const std::string longLine(1 << 20, 'x');
+    EXPECT_THAT(ReadLines(directory.Write("long", longLine + "\r\n" + longLine)),
+                testing::ElementsAre(longLine, longLine));
+}
+
+/// Reading byte by byte, as the rules tell it: what reading ahead must look like.
+class PlainFile {
+public:
+    explicit PlainFile(std::string in_content) : m_content(std::move(in_content)) {}
+
+    std::optional<unsigned char> Next() {
+        if (m_position >= m_content.size()) return std::nullopt;
+        return static_cast<unsigned char>(m_content[m_position++]);
+    }
+
+    bool ReadLine(std::string& out_line) {
+        out_line.clear();
+        std::optional<unsigned char> byte = Next();
+        if (!byte || *byte == 0xFF) return false;
+        while (byte && *byte != 0xFF) {
+            if (*byte == '\n') return true;
+            if (*byte != '\r') out_line += static_cast<char>(*byte);
+            byte = Next();
+        }
+        return true;
+    }
+
+    std::string Read(std::size_t in_count) {
+        std::string bytes;
+        while (bytes.size() < in_count && m_position < m_content.size()) {
+            bytes += m_content[m_position++];
+        }
+        return bytes;
+    }
+
+    void Write(const std::string& in_bytes) {
+        if (m_content.size() < m_position + in_bytes.size()) {
+            m_content.resize(m_position + in_bytes.size());
+        }
+        m_content.replace(m_position, in_bytes.size(), in_bytes);
+        m_position += in_bytes.size();
+    }
+
+    void Truncate() {
+        m_content.clear();
+        m_position = 0;
+    }
+
+    std::string m_content;
+    std::size_t m_position = 0;
+};
+
+std::string MakeBytes(std::mt19937& io_random, std::size_t in_size, std::string_view in_alphabet) {
+    std::string bytes(in_size, '\0');
+    for (char& byte : bytes) {
+        byte = in_alphabet[io_random() % in_alphabet.size()];
+    }
+    return bytes;
+}
+
+/// Does the same at random to the file and to the plain one, and compares after each step.
+void CompareWithPlainFile(std::mt19937& io_random, TextFile& io_file, PlainFile& io_plain) {
+    for (int step = 0; step < 200; ++step) {
+        const auto limit = static_cast<std::int64_t>(io_plain.m_content.size()) + 1;
+        std::string line;
+        std::string plainLine;
+        switch (io_random() % 9) {
+            case 0: {
+                const auto offset = static_cast<std::int64_t>(io_random()) % limit;
+                ASSERT_EQ(io_file.Seek(offset, TextFile::FROM_START), offset);
+                io_plain.m_position = static_cast<std::size_t>(offset);
+                break;
+            }
+            case 1: {
+                const std::string bytes = MakeBytes(io_random, io_random() % 20, "wW\n");
+                ASSERT_EQ(io_file.Write(bytes.data(), bytes.size()), bytes.size());
+                io_plain.Write(bytes);
+                break;
+            }
+            case 2:
+                ASSERT_EQ(io_file.ReadByte(), io_plain.Next().value_or(255));
+                break;
+            case 3: {
+                std::string bytes(io_random() % 50'000, '\0');
+                const std::string plainBytes = io_plain.Read(bytes.size());
+                bytes.resize(io_file.Read(bytes.data(), bytes.size()));
+                ASSERT_EQ(bytes, plainBytes);
+                break;
+            }
+            case 4: {  // a move from the current position, by any code that is no origin
+                const std::int64_t back =
+                    -static_cast<std::int64_t>(std::min<std::size_t>(io_plain.m_position, 7));
+                io_plain.m_position -= static_cast<std::size_t>(-back);
+                ASSERT_EQ(io_file.Seek(back, static_cast<std::int32_t>(io_random() % 3)),
+                          static_cast<std::int64_t>(io_plain.m_position));
+                break;
+            }
+            default:
+                ASSERT_EQ(io_file.ReadLine(line), io_plain.ReadLine(plainLine));
+                ASSERT_EQ(line, plainLine);
+        }
+        ASSERT_EQ(io_file.GetPosition(), static_cast<std::int64_t>(io_plain.m_position));
+    }
+}
+
+TEST(TextFile, BehavesAsIfEachByteWereReadAlone) {
+    const TemporaryDirectory directory;
+    std::mt19937 random(20);
+    for (const std::string_view alphabet :
+         {std::string_view("a\n"), std::string_view("ab\r\n\xFF"),
+          std::string_view("abcdefghijklmnopqrstuvwxyz0123456789 =\n")}) {
+        for (const std::size_t size : {0, 1, 50, 32'767, 32'768, 32'769, 100'000}) {
+            SCOPED_TRACE(size);
+            PlainFile plain(MakeBytes(random, size, alphabet));
+            TextFile file(directory.Write("bytes", plain.m_content), TextFile::MODE_READ_WRITE);
+            CompareWithPlainFile(random, file, plain);
+            ASSERT_EQ(directory.Read("bytes"), plain.m_content);
+        }
+    }
+}
+
+TEST(TextFile, SeeksByItsOwnOriginCodes) {
+    const TemporaryDirectory directory;
+    TextFile file(directory.Write("ten", "0123456789"), TextFile::MODE_READ);
+    EXPECT_EQ(file.Seek(4, 3), 4);
+    EXPECT_EQ(file.Seek(0, 2), 4);
+    EXPECT_EQ(file.Seek(1, 1), 5);
+    EXPECT_EQ(file.Seek(1, 0), 6);
+    EXPECT_EQ(file.Seek(-1, 99), 5);
+    EXPECT_EQ(file.ReadByte(), '5');
+    EXPECT_EQ(file.Seek(-100, 3), -1);
+    EXPECT_EQ(file.GetPosition(), 6);
+    EXPECT_EQ(file.ReadByte(), '6');
+    EXPECT_EQ(file.Seek(0, 4), 10);
+    EXPECT_EQ(file.GetSize(), 10u);
+    EXPECT_EQ(file.Seek(5, 4), 15);
+    EXPECT_EQ(file.ReadByte(), 255);
+}
+
+TEST(TextFile, SeesAFileThatGrowsOrShrinksMeanwhile) {
+    const TemporaryDirectory directory;
+    const std::string content(100'000, 'x');
+    TextFile file(directory.Write("x", content), TextFile::MODE_READ);
+    char bytes[10];
+    EXPECT_EQ(file.Read(bytes, sizeof bytes), 10u);
+    std::filesystem::resize_file(directory.GetPath("x"), 5);
+    std::string line;
+    EXPECT_FALSE(file.ReadLine(line));
+    EXPECT_FALSE(file.HasReadFailed());
+    EXPECT_EQ(file.GetPosition(), 10);
+    directory.Write("x", "0123456789tail");
+    EXPECT_TRUE(file.ReadLine(line));
+    EXPECT_EQ(line, "tail");
+    EXPECT_FALSE(file.ReadLine(line));
+}
+
+TEST(TextFile, FormatsTextOfEveryLength) {
+    const TemporaryDirectory directory;
+    std::string expected;
+    {
+        TextFile file(directory.GetPath("out"), TextFile::MODE_WRITE);
+        for (const std::size_t length : {0, 1, 254, 255, 256, 257, 5000}) {
+            const std::string text(length, 'x');
+            EXPECT_EQ(file.WriteFormat("%s", text.c_str()), length);
+            expected += text;
+        }
+        EXPECT_EQ(file.WriteFormat("%d%%,%s", 7, "y"), 4u);
+        const wchar_t noCharacter[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
+        if (std::snprintf(nullptr, 0, "%ls", noCharacter) < 0) {  // not every C library refuses it
+            EXPECT_EQ(file.WriteFormat("lost%ls", noCharacter), 0u);
+        }
+        EXPECT_EQ(file.WriteLine("end"), 5u);
+        EXPECT_TRUE(file.Flush());
+    }
+    EXPECT_EQ(directory.Read("out"), expected + "7%,yend\r\n");
+}
+
+TEST(TextFile, ClearAndTruncateEmptyTheFile) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x", "one\ntwo\n");
+    TextFile file(path, TextFile::MODE_READ_WRITE);
+    std::string line;
+    EXPECT_TRUE(file.ReadLine(line));
+    file.Clear();
+    EXPECT_EQ(file.GetPosition(), 0);
+    file.Write("abc", 3);
+    EXPECT_EQ(directory.Read("x"), "abc");
+    EXPECT_EQ(file.ReadByte(), 255);
+    EXPECT_TRUE(file.Truncate());
+    EXPECT_EQ(directory.Read("x"), "");
+    TextFile reader(path, TextFile::MODE_READ);
+    EXPECT_FALSE(reader.Truncate());
+    EXPECT_EQ(ThrownMessage([&] { reader.Clear(); }), "IOError");
+}
+
+TEST(TextFile, Reopens) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x", "one\ntwo\n");
+    TextFile file(path, TextFile::MODE_READ);
+    std::string line;
+    EXPECT_TRUE(file.ReadLine(line));
+    EXPECT_EQ(ThrownMessage([&] { file.Reopen(7); }), "UnrecognizedOpenMode");
+    EXPECT_TRUE(file.ReadLine(line));
+    EXPECT_EQ(line, "two");
+    ASSERT_TRUE(file.Reopen(TextFile::MODE_APPEND));
+    EXPECT_EQ(file.Write("three", 5), 5u);
+    ASSERT_TRUE(file.Reopen(TextFile::MODE_READ));
+    EXPECT_EQ(file.ReadByte(), 'o');
+}
+
+}  // namespace
+}  // namespace Orska::Support

@@ -1,0 +1,210 @@
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "PlatformAbstraction/numbers/NumberConverter.h"
+#include "tests/support/GuardedBuffer.h"
+#include "tests/support/NumberModel.h"
+
+namespace Orska::Support {
+
+namespace {
+
+using Testing::GuardedBuffer;
+
+constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
+
+std::string PrintFixed(double in_value, int in_decimals) {
+    char buffer[NumberConverter::DECIMALS_TEXT_SIZE];
+    const std::size_t length =
+        NumberConverter::ConvertDoubleToBufferFixed(in_value, in_decimals, buffer);
+    EXPECT_EQ(buffer[length], '\0');
+    return std::string(buffer, length);
+}
+
+std::string PrintTrimmed(double in_value, int in_decimals) {
+    char buffer[NumberConverter::DECIMALS_TEXT_SIZE];
+    const std::size_t length =
+        NumberConverter::ConvertDoubleToBufferTrimmed(in_value, in_decimals, buffer);
+    EXPECT_EQ(buffer[length], '\0');
+    return std::string(buffer, length);
+}
+
+/// The exponent, if any, with the point that must not stand in front of it.
+bool HasBarePoint(const std::string& in_text) {
+    return in_text.ends_with('.') || in_text.find(".e") != std::string::npos;
+}
+
+/// Writes into exactly the promised room.
+template <class T>
+void CheckSignificant(GuardedBuffer& in_pages, T in_value) {
+    const std::string expected = Testing::ModelSignificant(in_value, sizeof(T) == 4 ? 7 : 15);
+    char* const buffer = in_pages.GetEnd() - NumberConverter::FLOAT_TEXT_SIZE;
+    const std::size_t length = NumberConverter::ConvertFloatingPointToBuffer(in_value, buffer);
+    ASSERT_EQ(std::string(buffer, length), expected);
+    ASSERT_EQ(buffer[length], '\0');
+    ASSERT_FALSE(HasBarePoint(expected)) << expected;
+}
+
+void CheckAll(GuardedBuffer& in_pages, double in_value) {
+    SCOPED_TRACE(in_value);
+    for (const double value : {in_value, -in_value}) {
+        ASSERT_NO_FATAL_FAILURE(CheckSignificant(in_pages, value));
+        ASSERT_NO_FATAL_FAILURE(CheckSignificant(in_pages, static_cast<float>(value)));
+        for (int decimals = 0; decimals <= 15; ++decimals) {
+            ASSERT_EQ(PrintFixed(value, decimals), Testing::ModelDecimals(value, decimals, true));
+            ASSERT_EQ(PrintTrimmed(value, decimals),
+                      Testing::ModelDecimals(value, decimals, false));
+        }
+    }
+}
+
+TEST(FloatingPointToText, GivesTheDocumentedTexts) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        double m_value;
+        const char* m_text;
+    } CASES[] = {
+        {0.0, "0"},
+        {-0.0, "0"},
+        {1.0, "1"},
+        {0.5, "0.5"},
+        {-0.5, "-0.5"},
+        {100.0, "100"},
+        {0.001, "0.001"},
+        {1.1, "1.1"},
+        {123.456, "123.456"},
+        {2147483647.0, "2147483647"},
+        {2147483646.9999998, "2147483647"},
+        {2147483647.0000002, "2147483647"},
+        {2147483647.5, "2147483647.5"},
+        {-2147483648.0, "-2147483648"},
+        {99999999999999999.0, "1e+17"},
+        {1e15, "1e+15"},
+        {1e20, "1e+20"},
+        {1e-15, "0.000000000000001"},
+        {9.99e-16, "9.99e-16"},
+        {1.7976931348623157e308, "1.79769313486232e+308"},
+        {-1.7976931348623157e308, "-1.79769313486232e+308"},
+        {std::numeric_limits<double>::quiet_NaN(), "NaN"},
+        {infinity, "INFINITY"},
+        {-infinity, "-INFINITY"},
+    };
+    for (const auto& row : CASES) {
+        EXPECT_EQ(NumberConverter::ConvertFloatingPointToString(row.m_value), row.m_text);
+        EXPECT_EQ(NumberConverter::ConvertFloatingPointToWString(row.m_value).GetAsUtf8(),
+                  row.m_text);
+    }
+    EXPECT_EQ(NumberConverter::ConvertFloatingPointToString(0.1f), "0.1");
+    EXPECT_EQ(NumberConverter::ConvertFloatingPointToString(1234567.8f), "1234568");
+    EXPECT_EQ(NumberConverter::ConvertFloatingPointToString(1e10f), "1e+10");
+    EXPECT_EQ(NumberConverter::ConvertFloatingPointToWString(-1.5f).GetAsUtf8(), "-1.5");
+}
+
+TEST(FloatingPointToText, RoundsTiesAndCarriesAsDocumented) {
+    EXPECT_EQ(PrintFixed(0.125, 2), "0.12");  // a tie to the even fraction
+    EXPECT_EQ(PrintFixed(0.375, 2), "0.38");  // a tie to the even fraction, upwards
+    EXPECT_EQ(PrintFixed(2.5, 0), "2");
+    EXPECT_EQ(PrintFixed(3.5, 0), "4");
+    EXPECT_EQ(PrintFixed(2.75, 0), "3");
+    EXPECT_EQ(PrintFixed(9.99, 1), "10.0");  // above one half: the carry is taken
+    EXPECT_EQ(PrintTrimmed(9.99, 1), "10");
+    EXPECT_EQ(PrintFixed(0.95, 1), "0.10");  // a tie: the carry is not taken, by design
+    EXPECT_EQ(PrintTrimmed(0.95, 1), "0.1");
+    EXPECT_EQ(PrintTrimmed(0.9999999999999995, 15), "0.1");
+    EXPECT_EQ(PrintFixed(5.0, 3), "5.000");
+    EXPECT_EQ(PrintFixed(0.0, 2), "0.00");
+    EXPECT_EQ(PrintFixed(-0.0, 0), "0");
+    EXPECT_EQ(PrintFixed(2147483647.0, 15), "2147483647.000000000000000");
+}
+
+TEST(FloatingPointToText, FallsBackOutsideTheRange) {
+    EXPECT_EQ(PrintFixed(0.001, 2), "1.000000e-03");
+    EXPECT_EQ(PrintFixed(-3e9, 2), "-3.000000e+09");
+    EXPECT_EQ(PrintTrimmed(0.00123, 2), "0.0012");
+    EXPECT_EQ(PrintTrimmed(3e9, 0), "3e+09");
+    EXPECT_EQ(PrintTrimmed(1.0 / 3e16, 15), "3.33333333333333e-17");
+    EXPECT_EQ(PrintFixed(std::numeric_limits<double>::infinity(), 2), "INFINITY");
+    EXPECT_EQ(PrintTrimmed(std::numeric_limits<double>::quiet_NaN(), 2), "NaN");
+    // Counts of decimals that there are none of.
+    EXPECT_EQ(PrintFixed(1.5, -1), PrintFixed(1.5, 0));
+    EXPECT_EQ(PrintFixed(1.5, 16), PrintFixed(1.5, 15));
+}
+
+TEST(FloatingPointToText, FollowsTheRulesAroundTheLimits) {
+    GuardedBuffer pages(ROOM);
+    for (const double limit : {2147483647.0, 2147483646.5, 4294967296.0, 1e5, 1e6, 1e9, 1.0, 0.5}) {
+        double value = limit;
+        for (int step = 0; step < 4; ++step) {
+            ASSERT_NO_FATAL_FAILURE(CheckAll(pages, value));
+            value = std::nextafter(value, step < 2 ? 0.0 : 1e300);
+        }
+    }
+    for (int exponent = -18; exponent <= 20; ++exponent) {
+        const double power = Testing::ModelPowerOfTen(exponent);
+        for (const double value : {power, std::nextafter(power, 0.0), std::nextafter(power, 1e300),
+                                   power * 9.5, power * 0.9999995, power * 0.99999999999999995}) {
+            ASSERT_NO_FATAL_FAILURE(CheckAll(pages, value));
+        }
+    }
+    for (const double value : {4.9e-324, 2.2250738585072014e-308, 1.7976931348623157e308}) {
+        ASSERT_NO_FATAL_FAILURE(CheckAll(pages, value));
+    }
+}
+
+TEST(FloatingPointToText, FollowsTheRulesOnTies) {
+    // Odd multiples of a power of one half, where scaled fractions end in exactly one half, and
+    // decimal fractions that land there by their rounding.
+    std::mt19937_64 random(4);
+    GuardedBuffer pages(ROOM);
+    for (int round = 0; round < 2000; ++round) {
+        const auto whole = static_cast<double>(random() % 1000000);
+        const double half = std::ldexp(static_cast<double>(random() % 65536 * 2 + 1),
+                                       -static_cast<int>(random() % 17 + 1));
+        ASSERT_NO_FATAL_FAILURE(CheckAll(pages, whole + half));
+        const auto digits = static_cast<double>(random() % 100000 * 10 + 5);
+        ASSERT_NO_FATAL_FAILURE(CheckAll(pages, digits / 1e6));
+        ASSERT_NO_FATAL_FAILURE(
+            CheckAll(pages, 1.0 - std::pow(10.0, -static_cast<int>(random() % 15)) * 0.5));
+    }
+}
+
+TEST(FloatingPointToText, FollowsTheRulesOnRandomValues) {
+    std::mt19937_64 random(5);
+    GuardedBuffer pages(ROOM);
+    for (int round = 0; round < 6000; ++round) {
+        const auto digits = static_cast<double>(random() >> random() % 64);
+        const double value = round % 3 == 0   ? std::bit_cast<double>(random())
+                             : round % 3 == 1 ? digits / std::pow(10.0, random() % 19)
+                                              : digits / 4294967296.0;
+        if (std::isfinite(value)) {
+            ASSERT_NO_FATAL_FAILURE(CheckAll(pages, std::fabs(value)));
+        }
+    }
+}
+
+TEST(FloatingPointToText, FallsBackToWhatPrintfWrites) {
+    std::mt19937_64 random(6);
+    for (int round = 0; round < 100000; ++round) {
+        const auto value = std::bit_cast<double>(random());
+        const int precision = static_cast<int>(random() % 16);
+        const double magnitude = std::fabs(value);
+        if (!std::isfinite(value) || (magnitude > 1e-20 && magnitude < 3e9)) continue;
+        char expected[40];
+        std::snprintf(expected, sizeof(expected), "%.*g", precision, value);
+        ASSERT_EQ(PrintTrimmed(value, precision), expected);
+        std::snprintf(expected, sizeof(expected), "%e", value);
+        ASSERT_EQ(PrintFixed(value, precision), expected);
+        std::snprintf(expected, sizeof(expected), "%.15g", value);
+        ASSERT_EQ(NumberConverter::ConvertFloatingPointToString(value), expected);
+    }
+}
+
+}  // namespace
+
+}  // namespace Orska::Support

@@ -1,0 +1,217 @@
+#include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/SettingText.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
+#include "tests/support/ThrownMessage.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Orska::Support {
+namespace {
+
+using Test::GetProgramDirectory;
+using Test::MakeSection;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::ToText;
+using Test::TraceCapture;
+
+TEST(IniFileConfigurationReader, Grammar) {
+    using namespace std::string_literals;
+    struct Case {
+        const char* m_name;
+        std::string m_file;
+        std::string m_loaded;  // or "!" and the line of the error
+    };
+    const Case cases[] = {
+        {"empty file", "", ""},
+        {"keys before the first header", "a=1\n[S]\nb=2", "[]A=1;[S]B=2;"},
+        {"header without keys", "[S]\n\n[T]\na=1", "[T]A=1;"},
+        {"section met again", "[s]\na=1\n[t]\nb=2\n[S]\nc=3", "[S]A=1;C=3;[T]B=2;"},
+        {"last of a key wins", "[S]\nKey=1\nkEY=2\n", "[S]KEY=2;"},
+        {"blanks around everything", " \t\v\f[S]\r\n \tkey\t = \v value x \f\r\n",
+         "[S]KEY=value x;"},
+        {"blanks inside the brackets count", "[ Sect ]\na=1", "[ SECT ]A=1;"},
+        {"empty brackets", "[]\na=1", "[]A=1;"},
+        {"a header needs both brackets", "[S=1\nT]=2", "[]T]=2;[S=1;"},
+        {"one bracket alone", "[", "!1"},
+        {"header with a comment", "[S];x\na=1", "[S]A=1;"},
+        {"comment signs anywhere", "a=1#2\nb=x;y\n#c=1\n  ; d=2\ne#=3=4\nf=1", "!5"},
+        {"comments", "a=1#2\nb=x;y\n#c=1\n  ; d=2\n", "[]A=1;B=x;"},
+        {"empty value", "a=\nb=  \nc= ;x", "[]A=;B=;C=;"},
+        {"equals signs in the value", "a==b=c=", "[]A==b=c=;"},
+        {"quotes", "a=\"x y \"\nb=' x'\nc=\"\"\nd=''\ne=\"it's\"\nf='a\"b'",
+         "[]A=x y ;B= x;C=;D=;E=it's;F=a\"b;"},
+        {"a quote alone is kept", "a=\"\nb='", "[]A=\";B=';"},
+        {"quotes inside are text", "a=x\"y\"\nb=x'", "[]A=x\"y\";B=x';"},
+        {"quote not closed", "ok=1\na=\"x", "!2"},
+        {"text behind the closing quote", "a=\"x\"y\"", "!1"},
+        {"closed by the other quote", "a='x\"", "!1"},
+        {"comment sign in quotes", "\n\na=\"a;b\"", "!3"},
+        {"no equals sign", "[S]\na=1\nnonsense\n", "!3"},
+        {"equals sign first", "=1", "!1"},
+        {"equals sign first after blanks", "a=1\n \t=1", "!2"},
+        {"malformed in another section", "[T]\nbad\n[S]\na=1", "!2"},
+        {"bytes above 127 keep their case", "[\xC3\xA4z]\n\xC3\xB6k=\xC3\xBC",
+         "[\xC3\xA4Z]\xC3\xB6K=\xC3\xBC;"},
+        {"NUL is text", "a=x\0y"s, "[]A=x\0y;"s},
+        {"0xFF ends a line", "a=1\xFF"s + "b=2\n", "[]A=1;B=2;"},
+        {"0xFF first in a line ends the file", "a=1\n\xFF"s + "b=2\n", "[]A=1;"},
+        {"a byte order mark is text", "\xEF\xBB\xBF[S]\na=1", "!1"},
+    };
+    const TemporaryDirectory directory;
+    const IniFileConfigurationReader reader(false, false);
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.m_name);
+        const std::string path = directory.Write("x.ini", row.m_file);
+        ConfigurationMap loaded;
+        const std::string thrown =
+            ThrownMessage([&] { EXPECT_TRUE(reader.LoadConfiguration(loaded, path, nullptr)); });
+        if (row.m_loaded[0] == '!') {
+            EXPECT_EQ(thrown, "IniParseError(" + path + ", " + row.m_loaded.substr(1) + ")");
+        } else {
+            EXPECT_EQ(thrown, "nothing");
+            EXPECT_EQ(ToText(loaded), row.m_loaded);
+        }
+    }
+}
+
+TEST(IniFileConfigurationReader, KeepsTheCaseOfKeysWhenAsked) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x.ini", "[Sect]\nKey=1\nkEY=2\nKey=3");
+    ConfigurationMap loaded;
+    EXPECT_TRUE(IniFileConfigurationReader(true, false).LoadConfiguration(loaded, path, nullptr));
+    EXPECT_EQ(ToText(loaded), "[SECT]Key=3;kEY=2;");
+}
+
+TEST(IniFileConfigurationReader, LoadsOneSection) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write(
+        "x.ini", "top=0\n[Sect]\na=1\n[ Sect ]\nb=2\n[\xC3\xA4]\nc=3\n[sECT]\nd=4\n");
+    struct Case {
+        const char* m_section;
+        const char* m_loaded;
+    };
+    constexpr Case CASES[] = {
+        {"Sect", "A=1;D=4;"},
+        {"SECT", "A=1;D=4;"},
+        {" sect ", "B=2;"},
+        {"", "TOP=0;"},
+        {"missing", ""},
+        // The wanted name is upper-cased as text and the one in the file byte by byte.
+        {"\xC3\xA4", ""},
+    };
+    const IniFileConfigurationReader reader(false, false);
+    for (const Case& row : CASES) {
+        SCOPED_TRACE(row.m_section);
+        SectionMap section = MakeSection(L"OLD", 1);
+        EXPECT_TRUE(reader.LoadConfiguration(section, path, row.m_section));
+        EXPECT_EQ(ToText(section), row.m_loaded);
+        ConfigurationMap configuration;
+        const orska_wstring name = row.m_section;
+        EXPECT_TRUE(reader.LoadConfiguration(configuration, path, &name));
+        EXPECT_EQ(configuration.size(), *row.m_loaded == '\0' ? 0u : 1u);
+    }
+    SectionMap section;
+    EXPECT_TRUE(reader.LoadConfiguration(section, path, orska_wstring()));
+    EXPECT_EQ(ToText(section), "TOP=0;");
+}
+
+TEST(IniFileConfigurationReader, LoadsManyKeysAndLongValues) {
+    const TemporaryDirectory directory;
+    const std::string longValue(1 << 20, 'x');
+    std::string file = "[S]\n";
+    for (int number = 0; number < 100'000; ++number) {
+        file += "key" + std::to_string(number) + "=" + std::to_string(number) + "\n";
+    }
+    SectionMap section;
+    EXPECT_TRUE(IniFileConfigurationReader(false, false)
+                    .LoadConfiguration(section,
+                                       directory.Write("x.ini", file + "long=" + longValue), L"S"));
+    EXPECT_EQ(section.GetSize(), 100'001u);
+    EXPECT_EQ(section.Find(L"KEY99999"), SettingValue(orska_wstring(L"99999")));
+    EXPECT_EQ(section.Find(L"LONG"), SettingValue(orska_wstring(longValue)));
+}
+
+TEST(IniFileConfigurationReader, AnswersFalseForAFileThatCannotBeOpened) {
+    const TemporaryDirectory directory;
+    const IniFileConfigurationReader reader(false, false);
+    for (const orska_wstring& path :
+         {orska_wstring(), orska_wstring(L""), orska_wstring(directory.GetPath("missing")),
+          orska_wstring(directory.GetPath())}) {
+        SCOPED_TRACE(path.GetAsUtf8());
+        SectionMap section = MakeSection(L"OLD", 1);
+        EXPECT_FALSE(reader.LoadConfiguration(section, path, L"S"));
+        EXPECT_EQ(ToText(section), "OLD:1;");
+    }
+}
+
+TEST(IniFileConfigurationReader, AnErrorLeavesTheSectionAsItWas) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x.ini", "[S]\na=1\nbad\n");
+    SectionMap section = MakeSection(L"OLD", 1);
+    EXPECT_EQ(ThrownMessage([&] {
+                  IniFileConfigurationReader(false, false).LoadConfiguration(section, path, L"S");
+              }),
+              "IniParseError(" + path + ", 3)");
+    EXPECT_EQ(ToText(section), "OLD:1;");
+}
+
+TEST(IniFileConfigurationReader, TracesItsThrows) {
+    const TemporaryDirectory directory;
+    const TraceCapture trace;
+    for (const char* line : {"bad", "a='b"}) {
+        ConfigurationMap loaded;
+        const std::string path = directory.Write("x.ini", line);
+        ThrownMessage([&] {
+            IniFileConfigurationReader(false, false).LoadConfiguration(loaded, path, nullptr);
+        });
+    }
+    const std::string wrapped =
+        "Orska::Support::IniFileConfigurationReader::LoadConfiguration:301\tThrowing: "
+        "ProductException((L\"IniParseError\"), msgParams) IniFileConfigurationReader\n";
+    EXPECT_EQ(trace.GetText(),
+              "`anonymous-namespace'::ParseKeyValue:75\tThrowing: std::exception() "
+              "IniFileConfigurationReader\n" +
+                  wrapped +
+                  "`anonymous-namespace'::ParseKeyValue:102\tThrowing: std::exception() "
+                  "IniFileConfigurationReader\n" +
+                  wrapped);
+}
+
+TEST(IniFileConfigurationReader, ResolvesARelativePathFromTheModule) {
+    const TemporaryDirectory working;
+    std::filesystem::current_path(working.GetPath());
+    const std::string name = "orska." + std::to_string(getpid()) + ".ini";
+    working.Write(name, "from=working");
+    const std::filesystem::path beside = GetProgramDirectory() + name;
+    std::ofstream(beside) << "from=module";
+    struct Case {
+        std::string m_path;
+        bool m_resolve;
+        const char* m_loaded;
+    };
+    const Case cases[] = {
+        {name, false, "FROM=working;"},
+        {name, true, "FROM=module;"},
+        {".\\" + name, true, "FROM=module;"},
+        {working.GetPath(name), true, "FROM=working;"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.m_path);
+        SectionMap section;
+        EXPECT_TRUE(IniFileConfigurationReader(false, row.m_resolve)
+                        .LoadConfiguration(section, row.m_path, L""));
+        EXPECT_EQ(ToText(section), row.m_loaded);
+    }
+    std::filesystem::remove(beside);
+}
+
+}  // namespace
+}  // namespace Orska::Support

@@ -1,0 +1,506 @@
+// The setting table, on INI files and on a registry in memory. Each test has a process of its own.
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "PlatformAbstraction/Platform.h"
+#include "PlatformAbstraction/files/FileSystemUtils.h"
+#include "PlatformAbstraction/settings/ISettingListener.h"
+#include "PlatformAbstraction/settings/SettingKeys.h"
+#include "tests/support/RegistryKey_Fake.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
+#include "tests/support/ThrownMessage.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Orska::Support {
+namespace {
+
+using namespace std::string_literals;
+using Reader = OrskaSettingReader;
+using Test::FakeRegistry;
+using Test::GetProgramDirectory;
+using Test::SetVariable;
+using Test::TEMPORARY_DIRECTORY_VARIABLE;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::TraceCapture;
+using testing::ElementsAre;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+constexpr char USER_KEY[] = "HKCU\\SOFTWARE\\Veltrane\\Driver";
+
+void InitializeWithoutSources() { Reader::Initialize(L"Veltrane", L"Driver"); }
+
+class SettingReader : public testing::Test {
+protected:
+    void InitializeWith(const std::string& in_settings) {
+        Reader::Initialize(m_directory.Write("driver.ini", "[Driver]\n" + in_settings), L"Veltrane",
+                           L"Driver");
+    }
+
+    TemporaryDirectory m_directory;
+};
+
+/// Notes what it is told, and then does what the test wants.
+class Listener : public ISettingListener {
+public:
+    explicit Listener(const char* in_name, std::vector<std::string>& out_notes,
+                      std::function<void()> in_then = {})
+        : m_name(in_name), m_notes(out_notes), m_then(std::move(in_then)) {}
+
+    void OnSettingChanged(const std::string& in_key, const std::string& in_oldValue,
+                          const std::string& in_newValue) override {
+        m_notes.push_back(m_name + " " + in_key + ":" + in_oldValue + ">" + in_newValue);
+        if (m_then) {
+            m_then();
+        }
+    }
+
+private:
+    std::string m_name;
+    std::vector<std::string>& m_notes;
+    std::function<void()> m_then;
+};
+
+TEST_F(SettingReader, DefaultsWithoutAnySource) {
+    InitializeWithoutSources();
+    std::string scratch = std::filesystem::temp_directory_path().string();
+    scratch.erase(scratch.find_last_not_of("/\\") + 1);
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, (scratch + "/").c_str());
+    EXPECT_EQ(Reader::GetLogPath(), ".\\");
+    EXPECT_EQ(Reader::GetDriverLocale(), "en-US");
+    EXPECT_FALSE(Reader::GetTraceToStdErr());
+    EXPECT_EQ(Reader::GetAppCharEncoding(), EncodingType::ENC_NONE);
+    EXPECT_EQ(Reader::GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
+    EXPECT_EQ(Reader::GetErrorMessagesPath("C:\\drv"), "C:\\drv\\");
+    EXPECT_EQ(Reader::GetErrorMessagesPath(""), "");
+    EXPECT_EQ(Reader::GetConfigErrorMessagesPath(), "");
+    EXPECT_EQ(Reader::GetSwapFilePath(), scratch + "\\");
+    EXPECT_EQ(Reader::GetODBCInstLib(), std::nullopt);
+    EXPECT_EQ(Reader::GetLogLevel(), "");
+    EXPECT_EQ(Reader::GetSetting("anything"), "");
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, std::string(260, 'x').c_str());
+    EXPECT_EQ(Reader::GetSwapFilePath(), ".\\");
+}
+
+TEST_F(SettingReader, ReadsEveryKnownKey) {
+    InitializeWith(
+        "driverlocale=de-DE\nEncryptSwapFile=e\nLogFileCount=1\nLogFileSize=2\nLogLevel=3\n"
+        "LogNamespace=n\nLogType=t\nMemoryManagerMemoryLimit=4\nMemoryManagerStrategy=s\n"
+        "MemoryManagerThresholdPercent=5\nMemoryManagerSwapDiskLimit=6\nServiceName=v\n"
+        "ODBCInstLib=libodbcinst.so\nCONFIGERRORMESSAGESPATH=/c/\nSWAPFILEPATH=/swap\n"
+        "TRACETOSTDERR=1\nDRIVER=kept\n");
+    EXPECT_EQ(Reader::GetDriverLocale(), "de-DE");
+    EXPECT_EQ(Reader::GetEncryptSwapFile(), "e");
+    EXPECT_EQ(Reader::GetLogFileCount(), "1");
+    EXPECT_EQ(Reader::GetLogFileSize(), "2");
+    EXPECT_EQ(Reader::GetLogLevel(), "3");
+    EXPECT_EQ(Reader::GetLogNamespace(), "n");
+    EXPECT_EQ(Reader::GetLogType(), "t");
+    EXPECT_EQ(Reader::GetMemoryManagerMemoryLimit(), "4");
+    EXPECT_EQ(Reader::GetMemoryManagerStrategy(), "s");
+    EXPECT_EQ(Reader::GetMemoryManagerThresholdPercent(), "5");
+    EXPECT_EQ(Reader::GetMemoryManagerSwapDiskLimit(), "6");
+    EXPECT_EQ(Reader::GetServiceName(), "v");
+    EXPECT_EQ(Reader::GetODBCInstLib(), "libodbcinst.so");
+    EXPECT_EQ(Reader::GetConfigErrorMessagesPath(), "/c\\");
+    EXPECT_EQ(Reader::GetSwapFilePath(), "/swap\\");
+    EXPECT_TRUE(Reader::GetTraceToStdErr());
+    EXPECT_EQ(Reader::GetSetting("Driver"), "kept");
+    EXPECT_TRUE(FakeRegistry::Get().m_asked.empty());
+}
+
+TEST_F(SettingReader, SettersStoreUnderTheirKeys) {
+    InitializeWithoutSources();
+    const struct {
+        const char* m_key;
+        void (*m_set)(const std::string&);
+    } setters[] = {
+        {"DriverLocale", Reader::SetDriverLocale},
+        {"ERRORMESSAGESPATH", Reader::SetErrorMessagesPath},
+        {"LogFileCount", Reader::SetLogFileCount},
+        {"LogFileSize", Reader::SetLogFileSize},
+        {"LogLevel", Reader::SetLogLevel},
+        {"LogNamespace", Reader::SetLogNamespace},
+        {"LogPath", Reader::SetLogPath},
+        {"LogType", Reader::SetLogType},
+        {"ODBCInstLib", Reader::SetODBCInstLib},
+        {"ServiceName", Reader::SetServiceName},
+        {"SWAPFILEPATH", Reader::SetSwapFilePath},
+    };
+    for (const auto& setter : setters) {
+        setter.m_set("value of "s + setter.m_key);
+    }
+    for (const auto& setter : setters) {
+        EXPECT_EQ(Reader::GetSetting(setter.m_key), "value of "s + setter.m_key);
+    }
+}
+
+TEST_F(SettingReader, Paths) {
+    InitializeWithoutSources();
+    struct Case {
+        const char* m_value;
+        const char* m_logPath;
+        std::string m_messagesPath;  // with the default directory C:\drv
+    };
+    const std::string joinedToSlash = FileSystemUtils::IsRelative(L"/") ? "C:\\drv\\" : "";
+    const Case cases[] = {
+        {"", ".\\", "C:\\drv\\"},
+        {"C:/logs/", "C:/logs\\", "C:/logs\\"},
+        {"C:\\logs", "C:\\logs\\", "C:\\logs\\"},
+        {"C:\\logs\\", "C:\\logs\\", "C:\\logs\\"},
+        {"/var/log", "/var/log\\", joinedToSlash + "/var/log\\"},
+        {".\\msgs", ".\\msgs\\", "C:\\drv\\.\\msgs\\"},
+        {"msgs/", "msgs\\", "C:\\drv\\msgs\\"},
+        {"../x", "../x\\", "C:\\drv\\../x\\"},
+        {"/", "\\", joinedToSlash + "\\"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.m_value);
+        Reader::SetLogPath(row.m_value);
+        Reader::SetErrorMessagesPath(row.m_value);
+        EXPECT_EQ(Reader::GetLogPath(), row.m_logPath);
+        EXPECT_EQ(Reader::GetErrorMessagesPath("C:\\drv"), row.m_messagesPath);
+    }
+}
+
+TEST_F(SettingReader, TraceToStandardErrorOnlyForOne) {
+    InitializeWithoutSources();
+    for (const char* value : {"0", "true", "11", "", " 1", "1"}) {
+        Reader::SetSetting(SETTING_TRACE_TO_STD_ERR, value);
+        EXPECT_EQ(Reader::GetTraceToStdErr(), value == "1"s) << value;
+    }
+}
+
+TEST_F(SettingReader, KeysIgnoreTheCaseOfAsciiLetters) {
+    InitializeWith("Mixed=1\n\xC3\xA4=2\n");
+    EXPECT_EQ(Reader::GetSetting("mIXED"), "1");
+    EXPECT_EQ(Reader::GetSetting("\xC3\xA4"), "2");
+    EXPECT_EQ(Reader::GetSetting("\xC3\x84"), "");
+    EXPECT_EQ(Reader::GetSetting("Mixe"), "");
+    EXPECT_EQ(Reader::GetSetting("Mixed1"), "");
+    Reader::SetSetting("MIXED", "3");
+    EXPECT_EQ(Reader::GetSetting("mixed"), "3");
+    Reader::SetSetting("a_b", "4");  // "_" stands between the upper-case and the lower-case letters
+    Reader::SetSetting("aAb", "5");
+    EXPECT_EQ(Reader::GetSetting("A_B"), "4");
+    EXPECT_EQ(Reader::GetSetting("AAB"), "5");
+}
+
+TEST_F(SettingReader, ReadsTheRegistryOnlyWithoutAnIniFile) {
+    const auto text = [](char in_letter) { return std::string{in_letter, '\0', '\0', '\0'}; };
+    FakeRegistry::Get().m_keys[USER_KEY].m_values = {
+        {u"LogLevel", 4, "\6\0\0\0"s},   {u"Large", 11, "\1\0\0\0\1\0\0\0"s},
+        {u"LogType", 1, text('x')},      {u"Dri", 1, text('d')},
+        {u"DriverLocale", 1, text('l')},
+    };
+    Reader::Initialize(L"/missing/driver.ini", L"Veltrane", L"Driver");
+    EXPECT_TRUE(FakeRegistry::Get().m_asked.empty());
+    EXPECT_EQ(Reader::GetLogLevel(), "6");
+    EXPECT_EQ(Reader::GetSetting("large"), "4294967297");
+    EXPECT_EQ(Reader::GetLogType(), "x");
+    EXPECT_EQ(Reader::GetSetting("Dri"), "");
+    EXPECT_EQ(Reader::GetDriverLocale(), "l");
+    EXPECT_THAT(FakeRegistry::Get().m_asked, ElementsAre(USER_KEY));
+}
+
+TEST_F(SettingReader, LoadsOnceAndNeverAgain) {
+    InitializeWithoutSources();
+    EXPECT_EQ(Reader::GetLogLevel(), "");
+    EXPECT_THAT(FakeRegistry::Get().m_asked,
+                ElementsAre(USER_KEY, "HKLM\\SOFTWARE\\Veltrane\\Driver"));
+    FakeRegistry::Get().m_keys[USER_KEY].m_values = {{u"LogLevel", 4, "\6\0\0\0"s}};
+    Reader::SetRegistryKeyName(L"Other");
+    Reader::SetIniFilePath(m_directory.Write("driver.ini", "[Driver]\nLogLevel=5\n"));
+    InitializeWith("LogLevel=4\n");
+    EXPECT_EQ(Reader::GetLogLevel(), "");
+    EXPECT_EQ(FakeRegistry::Get().m_asked.size(), 2u);
+}
+
+TEST_F(SettingReader, TheSourcesMayChangeBeforeTheFirstRead) {
+    class Observer : public ISettingChangeObserver {
+    public:
+        void OnSettingSourceChanged() override {
+            m_seen.push_back(Reader::GetIniFilePath().GetAsUtf8() + "|" +
+                             Reader::GetRegistryKeyName().GetAsUtf8());
+        }
+        std::vector<std::string> m_seen;
+    } observer;
+    InitializeWithoutSources();
+    Reader::Initialize(L"second.ini", L"Second", L"Second");
+    EXPECT_EQ(Reader::GetIniFilePath(), L"");
+    EXPECT_EQ(Reader::GetRegistryKeyName(), L"Veltrane");
+    Reader::SetRegistryKeyName(L"unobserved");
+    Reader::SetChangeObserver(&observer);
+    Reader::SetRegistryKeyName(L"Key");
+    Reader::SetIniFilePath(L"x.ini");
+    EXPECT_THAT(observer.m_seen, ElementsAre("|Key", "x.ini|Key"));
+    Reader::SetChangeObserver(nullptr);
+    Reader::SetIniFilePath(m_directory.Write("driver.ini", "[Driver]\nLogLevel=5\n"));
+    EXPECT_EQ(observer.m_seen.size(), 2u);
+    EXPECT_EQ(Reader::GetLogLevel(), "5");
+}
+
+TEST_F(SettingReader, ARelativePathStartsAtTheModuleIfItIsToldTo) {
+    const std::string name = "setting_reader." + std::to_string(getpid()) + ".ini";
+    const std::filesystem::path beside = GetProgramDirectory() + name;
+    std::ofstream(beside) << "[Driver]\nfrom=module\n";
+    Reader::Initialize(name, L"Veltrane", L"Driver");
+    Reader::SetResolveIniPathFromModule(true);
+    EXPECT_EQ(Reader::GetSetting("from"), "module");
+    std::filesystem::remove(beside);
+}
+
+TEST_F(SettingReader, AFirstReadThatFailsIsTriedAgain) {
+    FakeRegistry::Get().m_keys[USER_KEY].m_queryFails = true;
+    InitializeWithoutSources();
+    EXPECT_EQ(Reader::GetDriverLocale(), "en-US");
+    EXPECT_EQ(Reader::GetAppCharEncoding(), EncodingType::ENC_NONE);
+    EXPECT_EQ(Reader::GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
+    EXPECT_EQ(ThrownMessage([] { Reader::GetSetting("x"); }), "RegKeyNotFound");
+    EXPECT_EQ(ThrownMessage([] { Reader::GetLogPath(); }), "RegKeyNotFound");
+    EXPECT_EQ(ThrownMessage([] { Reader::GetODBCInstLib(); }), "RegKeyNotFound");
+    EXPECT_EQ(ThrownMessage([] { Reader::GetTraceToStdErr(); }), "RegKeyNotFound");
+    const std::string path = m_directory.Write("driver.ini", "[Driver]\nDriverLocale=fr\nbad\n");
+    Reader::SetIniFilePath(path);
+    EXPECT_EQ(ThrownMessage([] { Reader::GetLogLevel(); }), "IniParseError(" + path + ", 3)");
+    EXPECT_EQ(Reader::GetDriverLocale(), "en-US");
+    m_directory.Write("driver.ini", "[Driver]\nDriverLocale=fr\n");
+    EXPECT_EQ(Reader::GetDriverLocale(), "fr");
+}
+
+TEST_F(SettingReader, AppCharEncoding) {
+    InitializeWithoutSources();
+    struct Case {
+        const char* m_environment;  // null: not set
+        const char* m_setting;
+        int m_encoding;  // -2: not legal
+    };
+    constexpr Case CASES[] = {
+        {nullptr, "", -1},         {nullptr, "UTF-16", 1},     {nullptr, "UTF-32", 3},
+        {nullptr, "cp1252", 6},    {nullptr, "utf-16le", 1},   {nullptr, "ISO-8859-1", 5},
+        {nullptr, "nonsense", -2}, {"UTF-32", "cp1252", 3},    {"", "cp1252", -1},
+        {"UTF-8", "nonsense", 0},  {"nonsense", "UTF-16", -2}, {nullptr, "UTF-16 ", -2},
+    };
+    for (const Case& row : CASES) {
+        SCOPED_TRACE(row.m_setting);
+        Reader::SetSetting(SETTING_ANSI_ENCODING, row.m_setting);
+        SetVariable(ENVIRONMENT_ANSI_ENCODING, row.m_environment);
+        if (row.m_environment != nullptr && std::getenv(ENVIRONMENT_ANSI_ENCODING) == nullptr) {
+            continue;  // this system has no empty variables
+        }
+        int encoding = -2;
+        const std::string thrown = ThrownMessage<StartupInitException>(
+            [&] { encoding = static_cast<int>(Reader::GetAppCharEncoding()); });
+        EXPECT_EQ(encoding, row.m_encoding);
+        EXPECT_EQ(thrown, row.m_encoding == -2 ? "ANSIEncoding setting is not a legal encoding."
+                                               : "nothing");
+    }
+}
+
+TEST_F(SettingReader, DriverManagerEncoding) {
+    InitializeWithoutSources();
+    SetVariable(ENVIRONMENT_ANSI_ENCODING, "UTF-8");  // has no say here
+    struct Case {
+        const char* m_setting;
+        int m_encoding;  // -2: not legal
+    };
+    constexpr Case CASES[] = {
+        {"", 1},        {"UTF-8", 0},   {"UTF-16", 1},    {"UTF-32", 3},
+        {"utf-16", -2}, {"cp1252", -2}, {"UTF-16LE", -2}, {"UTF-8 ", -2},
+    };
+    for (const Case& row : CASES) {
+        SCOPED_TRACE(row.m_setting);
+        Reader::SetSetting(SETTING_DRIVER_MANAGER_ENCODING, row.m_setting);
+        int encoding = -2;
+        const std::string thrown = ThrownMessage<StartupInitException>(
+            [&] { encoding = static_cast<int>(Reader::GetDriverManagerEncoding()); });
+        EXPECT_EQ(encoding, row.m_encoding);
+        EXPECT_EQ(thrown, row.m_encoding == -2
+                              ? "DriverManagerEncoding setting is not a legal encoding."
+                              : "nothing");
+    }
+}
+
+TEST_F(SettingReader, WritesItsVerboseAndItsTraceLines) {
+    InitializeWithoutSources();
+    Platform::SetVerbose(true);
+    const TraceCapture trace;
+    CaptureStderr();
+    Reader::GetAppCharEncoding();
+    Reader::GetDriverManagerEncoding();
+    Reader::SetSetting("AnsiEncoding", "bad");
+    Reader::SetSetting("DriverManagerEncoding", "bad");
+    ThrownMessage([] { Reader::GetAppCharEncoding(); });
+    ThrownMessage([] { Reader::GetDriverManagerEncoding(); });
+    EXPECT_EQ(GetCapturedStderr(),
+              "OrskaSettingReader::GetAppCharEncoding()\n"
+              "OrskaSettingReader::GetDriverManagerEncoding()\n"
+              "DriverManagerEncoding setting not loaded, using default: UTF-16_LE.\n"
+              "OrskaSettingReader::GetAppCharEncoding()\n"
+              "ANSIEncoding setting is not a legal encoding.\n"
+              "OrskaSettingReader::GetDriverManagerEncoding()\n"
+              "DriverManagerEncoding setting is not a legal encoding.\n");
+    EXPECT_THAT(
+        trace.GetText(),
+        testing::EndsWith(
+            "Orska::Support::OrskaSettingReader::GetAppCharEncoding:236\tThrowing: "
+            "StartupInitException(\"ANSIEncoding setting is not a legal encoding.\") "
+            "OrskaSettingReader_Windows\n"
+            "Orska::Support::OrskaSettingReader::GetDriverManagerEncoding:186\tThrowing: "
+            "StartupInitException(\"DriverManagerEncoding setting is not a legal encoding.\") "
+            "OrskaSettingReader_Windows\n"));
+}
+
+TEST_F(SettingReader, ListenersHearChangesBeforeTheyAreStored) {
+    std::vector<std::string> notes;
+    InitializeWith("LogLevel=3\nLogType=t\n");
+    Listener first("first", notes, [&] { notes.push_back("was " + Reader::GetLogLevel()); });
+    Listener second("second", notes);
+    Reader::RegisterListener(&first, "LogLevel");
+    Reader::RegisterListener(&second, "LOGLEVEL");
+    Reader::RegisterListener(&second, "unset");
+    EXPECT_EQ(Reader::GetSetting("unset"), "");
+    EXPECT_THAT(notes, ElementsAre("first LOGLEVEL:>3", "was ", "second LOGLEVEL:>3"));
+    notes.clear();
+    Reader::SetLogLevel("3");
+    EXPECT_TRUE(notes.empty());
+    Reader::SetLogLevel("4");
+    Reader::SetSetting("Unset", "x");
+    EXPECT_THAT(notes, ElementsAre("first LogLevel:3>4", "was 3", "second LogLevel:3>4",
+                                   "second Unset:>x"));
+}
+
+TEST_F(SettingReader, UnregisteringPutsTheLastInTheGap) {
+    std::vector<std::string> notes;
+    InitializeWithoutSources();
+    Listener a("a", notes), b("b", notes), c("c", notes), d("d", notes);
+    for (Listener* listener : {&a, &b, &c, &d}) {
+        Reader::RegisterListener(listener, "K");
+    }
+    Reader::UnregisterListener(&a, "k");
+    Reader::SetSetting("K", "1");
+    EXPECT_THAT(notes, ElementsAre("d K:>1", "b K:>1", "c K:>1"));
+    notes.clear();
+    Reader::UnregisterListener(&c, "K");
+    Reader::RegisterListener(&a, "K");
+    Reader::SetSetting("K", "2");
+    EXPECT_THAT(notes, ElementsAre("d K:1>2", "b K:1>2", "a K:1>2"));
+}
+
+TEST_F(SettingReader, ListenersMayChangeTheListAndOtherSettings) {
+    std::vector<std::string> notes;
+    InitializeWithoutSources();
+    Listener late("late", notes);
+    Listener removed("removed", notes);
+    Listener self("self", notes, [&] {
+        Reader::UnregisterListener(&self, "K");
+        Reader::UnregisterListener(&removed, "K");
+        Reader::RegisterListener(&late, "K");
+        Reader::SetSetting("Other", "o");
+    });
+    Listener last("last", notes);
+    Reader::RegisterListener(&self, "K");
+    Reader::RegisterListener(&removed, "K");
+    Reader::RegisterListener(&last, "K");
+    Reader::RegisterListener(&last, "Other");
+    Reader::SetSetting("K", "1");
+    EXPECT_THAT(notes, ElementsAre("self K:>1", "last Other:>o", "last K:>1"));
+    notes.clear();
+    Reader::SetSetting("K", "2");
+    EXPECT_THAT(notes, ElementsAre("last K:1>2", "late K:1>2"));
+}
+
+TEST_F(SettingReader, AListenerThatThrowsKeepsTheOldValue) {
+    std::vector<std::string> notes;
+    InitializeWith("A=1\nK=2\n");
+    bool throws = true;
+    Listener listener("l", notes, [&] {
+        if (throws) {
+            throw ProductException(L"refused");
+        }
+    });
+    Reader::RegisterListener(&listener, "K");
+    EXPECT_EQ(ThrownMessage([] { Reader::GetSetting("A"); }), "refused");
+    throws = false;
+    EXPECT_EQ(Reader::GetSetting("K"), "2");  // not loaded the first time, so loaded again
+    throws = true;
+    EXPECT_EQ(ThrownMessage([] { Reader::SetSetting("K", "3"); }), "refused");
+    EXPECT_EQ(Reader::GetSetting("K"), "2");
+}
+
+TEST(SettingReaderDeathTest, StopsOnBrokenRules) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const std::string start =
+        "^orska_abort\\(\\) called from PlatformAbstraction\\\\OrskaSettingReader_Windows:";
+    std::vector<std::string> notes;
+    Listener listener("l", notes);
+    EXPECT_DEATH(Reader::GetLogLevel(), "OrskaSettingReader::Initialize has not been called\\.$");
+    InitializeWithoutSources();
+    EXPECT_DEATH(Reader::UnregisterListener(&listener, "K"),
+                 start +
+                     "673 for reason: Attempted to unregister <Listener, Key> combination which "
+                     "wasn't registered\\. \\(No listeners on that key\\)$");
+    Reader::RegisterListener(&listener, "K");
+    Reader::RegisterListener(&listener, "another key");
+    EXPECT_DEATH(Reader::RegisterListener(&listener, "k"),
+                 start +
+                     "656 for reason: Attempted to register same <Listener, Key> combination "
+                     "twice\\.$");
+    Reader::UnregisterListener(&listener, "K");
+    EXPECT_DEATH(Reader::UnregisterListener(&listener, "K"),
+                 start +
+                     "681 for reason: Attempted to unregister <Listener, Key> combination which "
+                     "wasn't registered\\.$");
+}
+
+TEST_F(SettingReader, ThreadsReadSetAndListenTogether) {
+    constexpr int ROUNDS = 300;
+    InitializeWith("Shared=start\n");
+    std::vector<std::string> notes;
+    Listener counter("c", notes);  // told inside the lock, so it needs none of its own
+    Reader::RegisterListener(&counter, "Shared");
+    const auto read = [&] {
+        for (int round = 0; round < ROUNDS; ++round) {
+            EXPECT_NE(Reader::GetSetting("shared"), "");
+            Reader::GetLogPath();
+            Reader::GetDriverManagerEncoding();
+        }
+    };
+    const auto write = [&](const char* in_name) {
+        for (int round = 0; round < ROUNDS; ++round) {
+            Reader::SetSetting("Shared", in_name + std::to_string(round));
+            Reader::SetLogPath(in_name);
+        }
+    };
+    const auto listen = [&] {
+        std::vector<std::string> own;
+        Listener listener("l", own);
+        for (int round = 0; round < ROUNDS; ++round) {
+            Reader::RegisterListener(&listener, "Shared");
+            Reader::Initialize(L"", L"");
+            Reader::UnregisterListener(&listener, "Shared");
+        }
+    };
+    std::thread threads[] = {std::thread(read), std::thread(read), std::thread(write, "first"),
+                             std::thread(write, "second"), std::thread(listen)};
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(notes.size(), 2u * ROUNDS + 1);  // and the load; all values differ
+}
+
+}  // namespace
+}  // namespace Orska::Support

@@ -1,0 +1,246 @@
+// The registry in hive files.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
+#include "PlatformAbstraction/settings/RegistryKey.h"
+#include "tests/support/HiveFile.h"
+#include "tests/support/SettingText.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Orska::Support {
+namespace {
+
+using namespace std::string_literals;
+using Test::HiveText;
+using Test::HiveValue;
+using Test::TemporaryDirectory;
+using Test::ToText;
+using Test::TraceCapture;
+using Test::WriteHive;
+using testing::HasSubstr;
+
+constexpr RegistryKey::Root USER = RegistryKey::Root::CURRENT_USER;
+
+class RegistryKeyLinux : public testing::Test {
+protected:
+    void SetUp() override {
+        setenv("VELTRANE_USER_HIVE", m_user.c_str(), 1);
+        setenv("VELTRANE_MACHINE_HIVE", m_machine.c_str(), 1);
+    }
+
+    static std::string Load(const wchar_t* in_hive, const orska_wstring& in_key) {
+        SectionMap section;
+        RegistryConfigurationReader(true).LoadConfiguration(section, in_hive, in_key, nullptr,
+                                                            true);
+        return ToText(section);
+    }
+
+    TemporaryDirectory m_directory;
+    std::string m_user = m_directory.GetPath("user.hive");
+    std::string m_machine = m_directory.GetPath("machine.hive");
+};
+
+TEST_F(RegistryKeyLinux, GivesValuesAsTheyAreStored) {
+    WriteHive(m_user, {{"Key",
+                        {{"zlast", 1, HiveText(u"first")},
+                         {"", 1, HiveText(u"default")},
+                         {"gr\u00F6\u00DFe", 1, HiveText(u"\u00FC\u20AC")},
+                         {"\u6771\u4EAC", 4, "\1\0\0\0"s},
+                         {"OneByte", 1, "a"},
+                         {"NoData", 1, ""},
+                         {"Unterminated", 1, "a\0b\0"s},
+                         {"Odd", 1, "a\0b"s},
+                         {"Expand", 2, HiveText(u"x")},
+                         {"Large", 11, "\1\2\3\4\5\6\7\x80"},
+                         {"Long", 1, HiveText(std::u16string(3'000, u'x'))},
+                         {"Bytes", 3, "abc"}}}});
+    RegistryKey key;
+    ASSERT_TRUE(key.Open(USER, L"Key"));
+    RegistryKey::Info info;
+    ASSERT_TRUE(key.QueryInfo(info));
+    EXPECT_EQ(info.m_subKeyCount, 0u);
+    EXPECT_EQ(info.m_valueCount, 12u);
+    EXPECT_EQ(info.m_longestValueName, 12u);
+    EXPECT_EQ(info.m_longestData, 6'002u);
+    std::string names;
+    for (std::uint32_t index = 0; index < info.m_valueCount; ++index) {
+        char16_t name[13];
+        std::byte data[6'002];
+        std::uint32_t length = 0;
+        std::uint32_t type = 0;
+        std::uint32_t size = 0;
+        ASSERT_TRUE(key.EnumValue(index, name, length, type, data, size));
+        EXPECT_EQ(name[length], u'\0');
+        names += orska_wstring(name, length).GetAsUtf8() + ":" + std::to_string(type) + ":" +
+                 std::to_string(size) + " ";
+    }
+    EXPECT_EQ(names,
+              "zlast:1:12 :1:16 gr\u00F6\u00DFe:1:6 \u6771\u4EAC:4:4 OneByte:1:1 NoData:1:0 "
+              "Unterminated:1:4 Odd:1:3 Expand:2:4 Large:11:8 Long:1:6002 Bytes:3:3 ");
+    EXPECT_EQ(Load(L"", L"Key"),
+              "=default;Large::9225348980303659521;Long=" + std::string(3'000, 'x') +
+                  ";NoData=;Odd=a;OneByte=;Unterminated=ab;gr\u00F6\u00DFe=\u00FC\u20AC;"
+                  "zlast=first;\u6771\u4EAC:1;");
+}
+
+TEST_F(RegistryKeyLinux, RefusesBuffersThatAreTooSmall) {
+    WriteHive(m_user, {{"Key\\Sub", {}}, {"Key", {{"name", 4, "\1\0\0\0"s}}}});
+    RegistryKey key;
+    ASSERT_TRUE(key.Open(USER, L"Key"));
+    char16_t name[5];
+    std::byte data[4];
+    std::uint32_t length = 0;
+    std::uint32_t type = 0;
+    std::uint32_t size = 0;
+    EXPECT_TRUE(key.EnumValue(0, name, length, type, data, size));
+    EXPECT_FALSE(key.EnumValue(0, std::span(name, 4), length, type, data, size));
+    EXPECT_FALSE(key.EnumValue(0, name, length, type, std::span(data, 3), size));
+    EXPECT_FALSE(key.EnumValue(1, name, length, type, data, size));
+    EXPECT_TRUE(key.EnumKey(0, std::span(name, 4), length));
+    EXPECT_EQ(orska_wstring(name, length), L"Sub");
+    EXPECT_FALSE(key.EnumKey(0, std::span(name, 3), length));
+    EXPECT_FALSE(key.EnumKey(1, name, length));
+}
+
+TEST_F(RegistryKeyLinux, FindsKeysAsWindowsDoes) {
+    WriteHive(m_user, {{"SOFTWARE\\Veltrane\\\u00C4rger", {{"V", 4, "\1\0\0\0"s}}},
+                       {"SOFTWARE\\Veltrane", {{"P", 4, "\2\0\0\0"s}}},
+                       {"", {{"R", 4, "\3\0\0\0"s}}}});
+    struct Case {
+        const wchar_t* m_path;
+        const char* m_loaded;
+    };
+    constexpr Case CASES[] = {
+        {L"SOFTWARE\\Veltrane\\\u00C4rger", "V:1;"},
+        {L"software\\VELTRANE\\\u00E4RGER", "V:1;"},
+        {L"SOFTWARE\\Veltrane\\", "P:2;"},
+        {L"SOFTWARE\\\\Veltrane", "P:2;"},
+        {L"", "R:3;"},
+        {L"\\SOFTWARE\\Veltrane", ""},
+        {L"SOFTWARE\\Veltran", ""},
+        {L"SOFTWARE\\Veltrane\\x", ""},
+        {L"SOFTWARE/Veltrane", ""},
+    };
+    for (const Case& row : CASES) {
+        SCOPED_TRACE(orska_wstring(row.m_path).GetAsUtf8());
+        EXPECT_EQ(Load(L"", row.m_path), row.m_loaded);
+    }
+    ConfigurationMap configuration;
+    RegistryConfigurationReader(false).LoadConfiguration(configuration, L"", L"SOFTWARE\\Veltrane",
+                                                         nullptr);
+    EXPECT_EQ(ToText(configuration), "[]P:2;[\u00C4RGER]V:1;");
+}
+
+TEST_F(RegistryKeyLinux, EachRootHasItsHive) {
+    WriteHive(m_machine, {{"Both", {{"V", 4, "\2\0\0\0"s}}}, {"Machine", {{"V", 4, "\2\0\0\0"s}}}});
+    EXPECT_EQ(Load(L"", L"Both"), "V:2;");
+    WriteHive(m_user, {{"Both", {{"V", 4, "\1\0\0\0"s}}}});
+    EXPECT_EQ(Load(L"", L"Both"), "V:1;");
+    EXPECT_EQ(Load(L"HKEY_LOCAL_MACHINE", L"Both"), "V:2;");
+    EXPECT_EQ(Load(L"", L"Machine"), "V:2;");
+    EXPECT_EQ(Load(L"HKEY_CURRENT_USER", L"Machine"), "");
+}
+
+TEST_F(RegistryKeyLinux, LooksForTheUserHiveInTheConfigurationDirectory) {
+    const std::string xdg = m_directory.GetPath("xdg");
+    const std::string home = m_directory.GetPath("home");
+    std::filesystem::create_directories(xdg + "/veltrane");
+    std::filesystem::create_directories(home + "/.config/veltrane");
+    WriteHive(xdg + "/veltrane/user.hive", {{"Key", {{"xdg", 1, ""}}}});
+    WriteHive(home + "/.config/veltrane/user.hive", {{"Key", {{"home", 1, ""}}}});
+    unsetenv("VELTRANE_USER_HIVE");
+    setenv("HOME", home.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", xdg.c_str(), 1);
+    EXPECT_EQ(Load(L"", L"Key"), "xdg=;");
+    for (const char* unusable : {"", "relative"}) {
+        setenv("XDG_CONFIG_HOME", unusable, 1);
+        EXPECT_EQ(Load(L"", L"Key"), "home=;");
+    }
+    unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(Load(L"", L"Key"), "home=;");
+    // The home of the user database; whatever is there, it is not these.
+    unsetenv("HOME");
+    EXPECT_EQ(Load(L"HKEY_CURRENT_USER", L"Key"), "");
+}
+
+TEST_F(RegistryKeyLinux, AMissingHiveIsAMissingKey) {
+    const TraceCapture trace;
+    EXPECT_EQ(Load(L"", L"Key"), "");
+    setenv("VELTRANE_USER_HIVE", m_directory.Write("file", "").append("/below").c_str(), 1);
+    EXPECT_EQ(Load(L"", L"Key"), "");
+    EXPECT_EQ(trace.GetText(), "");
+}
+
+TEST_F(RegistryKeyLinux, AHiveThatCannotBeReadIsReportedAndCountsAsMissing) {
+    WriteHive(m_user, {{"Key", {{"V", 4, "\1\0\0\0"s}}}});
+    const std::string good = m_directory.Read("user.hive");
+    const std::string loop = m_directory.GetPath("loop");
+    std::filesystem::create_symlink(loop, loop);
+    const std::string fifo = m_directory.GetPath("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::string wrongChecksum = good;
+    ++wrongChecksum[0x30];
+    std::string wrongBin = good;
+    wrongBin[0x1000] = 'x';
+    const std::string files[] = {
+        m_directory.Write("empty", ""),
+        m_directory.Write("text", "Windows Registry Editor Version 5.00\n"),
+        m_directory.Write("short", good.substr(0, 0x1800)),
+        m_directory.Write("checksum", wrongChecksum),
+        m_directory.Write("bin", wrongBin),
+        m_directory.GetPath(),
+        fifo,
+        loop,
+    };
+    for (const std::string& file : files) {
+        SCOPED_TRACE(file);
+        setenv("VELTRANE_USER_HIVE", file.c_str(), 1);
+        const TraceCapture trace;
+        EXPECT_EQ(Load(L"HKEY_CURRENT_USER", L"Key"), "");
+        EXPECT_THAT(trace.GetText(),
+                    testing::StartsWith("Orska::Support::RegistryKey::Open:0\tCannot read the "
+                                        "hive '" +
+                                        file + "': "));
+    }
+}
+
+TEST_F(RegistryKeyLinux, SurvivesDamageAnywhereInAHive) {
+    WriteHive(m_user, {{"Key\\A", {{"V", 1, HiveText(u"text")}, {"W", 4, "\1\0\0\0"s}}},
+                       {"Key\\B", {{"L", 1, HiveText(std::u16string(3000, u'x'))}}}});
+    const std::string good = m_directory.Read("user.hive");
+    const RegistryConfigurationReader reader(false);
+    int changed = 0;
+    for (std::size_t position = 0x1000; position < good.size(); ++position) {
+        if (good[position] == '\0' || good[position] == 'x') {
+            continue;  // unused space and the long text
+        }
+        for (const char damage : {'\0', '\xFF', '\x08'}) {
+            // In place: many file systems make a replaced file wait for the disk.
+            std::fstream file(m_user, std::ios::in | std::ios::out | std::ios::binary);
+            file.seekp(static_cast<std::streamoff>(position)).put(damage);
+            file.close();
+            ConfigurationMap configuration;
+            try {
+                reader.LoadConfiguration(configuration, L"HKEY_CURRENT_USER", L"Key", nullptr);
+            } catch (const ProductException& exception) {
+                EXPECT_EQ(exception.GetMessageKeyOrText(), L"RegKeyNotFound");
+            }
+            changed += configuration.size() == 3 ? 0 : 1;
+        }
+        std::fstream file(m_user, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(position)).put(good[position]);
+    }
+    EXPECT_GT(changed, 50);
+}
+
+}  // namespace
+}  // namespace Orska::Support

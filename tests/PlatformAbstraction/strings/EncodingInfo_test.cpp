@@ -1,0 +1,180 @@
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+
+#include <gtest/gtest.h>
+#include <unicode/ucnv.h>
+
+#include <cstdint>
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "tests/support/ThrownMessage.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Orska::Support {
+namespace {
+
+using Test::ThrownMessage;
+using Test::TraceCapture;
+
+/// An open ICU converter.
+class Converter {
+public:
+    explicit Converter(const char* in_name) : m_converter(ucnv_open(in_name, &m_status)) {}
+    ~Converter() { ucnv_close(m_converter); }
+    Converter(const Converter&) = delete;
+    Converter& operator=(const Converter&) = delete;
+
+    bool IsOpen() const { return U_SUCCESS(m_status); }
+    std::string GetName() const {
+        UErrorCode status = U_ZERO_ERROR;
+        return ucnv_getName(m_converter, &status);
+    }
+    int GetMaxBytes() const { return ucnv_getMaxCharSize(m_converter); }
+    int GetMinBytes() const { return ucnv_getMinCharSize(m_converter); }
+
+private:
+    UErrorCode m_status = U_ZERO_ERROR;
+    UConverter* m_converter;
+};
+
+TEST(EncodingInfoTest, IcuKnowsEveryNameAndItsWidth) {
+    for (std::int32_t value = 0; value < ENCODING_COUNT; ++value) {
+        const auto encoding = static_cast<EncodingType>(value);
+        SCOPED_TRACE(EncodingInfo::GetName(encoding));
+        const Converter converter(EncodingInfo::GetName(encoding));
+        ASSERT_TRUE(converter.IsOpen());
+        EXPECT_EQ(EncodingInfo::GetCodeUnitWidth(encoding), converter.GetMinBytes());
+    }
+}
+
+TEST(EncodingInfoTest, NamesAndEnumeratorsStandAtTheirPlaces) {
+    const struct {
+        std::int32_t m_value;
+        const char* m_name;
+    } cases[] = {
+        {0, "UTF-8"},
+        {1, "UTF-16LE"},
+        {2, "UTF-16BE"},
+        {3, "UTF-32LE"},
+        {4, "UTF-32BE"},
+        {5, "latin1"},
+        {6, "cp1252"},
+        {7, "US-ASCII"},
+        {16, "ISO-8859-10"},
+        {17, "ISO_2022,locale=ja,version=1"},
+        {28, "ISO-2022-CN-EXT"},
+        {37, "Windows-31J"},
+        {53, "IBM851"},
+        {70, "IBM00858"},
+        {82, "cp1250"},
+        {90, "windows-874"},
+        {96, "ibm-5348"},
+        {112, "ibm-1363_P11B-1998"},
+        {118, "IBM868"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_STREQ(EncodingInfo::GetName(static_cast<EncodingType>(row.m_value)), row.m_name);
+    }
+    EXPECT_STREQ(EncodingInfo::GetName(EncodingType::ENC_US_ASCII), "US-ASCII");
+    EXPECT_STREQ(EncodingInfo::GetName(EncodingType::ENC_IBM5348), "ibm-5348");
+}
+
+// Where the flag says that ASCII is valid, ICU must agree, except for the sets that ICU maps with
+// small differences below 0x80.
+TEST(EncodingInfoTest, AsciiSupersetsDecodeAsciiAsItIs) {
+    std::string ascii;
+    for (char byte = 0x20; byte < 0x7F; ++byte) {
+        ascii += byte;
+    }
+    std::set<int> flagged;
+    for (std::int32_t value = 0; value < ENCODING_COUNT; ++value) {
+        const auto encoding = static_cast<EncodingType>(value);
+        if (EncodingInfo::IsAsciiSuperset(encoding)) {
+            flagged.insert(value);
+            EXPECT_EQ(orska_wstring(ascii.data(), ascii.size(), encoding).GetAsUtf8(), ascii)
+                << EncodingInfo::GetName(encoding);
+        }
+    }
+    EXPECT_EQ(flagged.size(), 1u + 12 + 1 + 3 + 4 + 1 + 8 + 3 + 2 + 5 + 18);
+    EXPECT_EQ(flagged.count(84), 0u);
+    EXPECT_EQ(flagged.count(83) + flagged.count(85), 2u);
+}
+
+TEST(EncodingInfoTest, TheMostCodeUnitsAreAsListed) {
+    std::vector<int> counts(5);
+    for (std::int32_t value = 0; value < ENCODING_COUNT; ++value) {
+        ++counts[EncodingInfo::GetMaxCodeUnitsPerCodePoint(static_cast<EncodingType>(value))];
+    }
+    EXPECT_EQ(counts, (std::vector<int>{0, 58, 60, 0, 1}));
+    for (const int value :
+         {3, 15, 29, 31, 34, 36, 40, 44, 46, 50, 52, 62, 66, 68, 69, 82, 88, 91}) {
+        EXPECT_EQ(EncodingInfo::GetMaxCodeUnitsPerCodePoint(static_cast<EncodingType>(value)), 1);
+    }
+    for (const int value : {1, 2, 16, 28, 32, 33, 35, 37, 39, 45, 51, 53, 61, 63, 65, 67, 70, 81}) {
+        EXPECT_EQ(EncodingInfo::GetMaxCodeUnitsPerCodePoint(static_cast<EncodingType>(value)), 2);
+    }
+}
+
+TEST(EncodingInfoTest, ChecksTheLowSixteenBits) {
+    for (const std::int32_t value : {0, 1, 118, 0x10000, 0x10000 + 118}) {
+        EXPECT_NO_THROW(EncodingInfo::CheckEncodingType(static_cast<EncodingType>(value)));
+    }
+    for (const std::int32_t value : {-1, 119, 0xFFFF, 0x10000 + 119}) {
+        const auto check = [&] {
+            EncodingInfo::CheckEncodingType(static_cast<EncodingType>(value));
+        };
+        EXPECT_EQ(ThrownMessage<ErrorException>(check), "EncodingNotRecog");
+    }
+    EXPECT_STREQ(EncodingInfo::GetName(static_cast<EncodingType>(0x10000 + 5)), "latin1");
+}
+
+TEST(EncodingInfoTest, TracesARefusal) {
+    const TraceCapture capture;
+    EXPECT_THROW(EncodingInfo::CheckEncodingType(EncodingType::ENC_NONE), ErrorException);
+    EXPECT_EQ(capture.GetText(),
+              "Orska::Support::EncodingInfo::CheckEncodingType:0\t"
+              "Throwing: ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L\"EncodingNotRecog\") "
+              "EncodingInfo\n");
+}
+
+TEST(EncodingInfoTest, WorstCases) {
+    constexpr std::uint64_t MOST = ~std::uint64_t{0};
+    const struct {
+        std::uint64_t m_length;
+        std::int32_t m_source;
+        std::int32_t m_target;
+        std::uint64_t m_result;
+    } cases[] = {
+        {10, 1, 0, 20},              // 4 by 1, divided by 2
+        {10, 5, 1, 40},              // latin1 to UTF-16LE: 2 by 2, which is generous
+        {10, 0, 0, 40},              //
+        {10, 5, 3, 40},              // UTF-32: 1 by 4
+        {10, 3, 0, 10},              // from UTF-32: 4 divided by 4
+        {10, 1, 18, 10},             // SJIS: 2 divided by 2
+        {10, 1, 5, 0},               // latin1: 1 divided by 2
+        {0, 0, 1, 0},                //
+        {MOST / 4, 0, 0, MOST - 3},  //
+        {MOST / 4 + 1, 0, 0, EncodingInfo::TOO_LARGE},
+        {MOST, 3, 0, MOST},
+        {MOST, 1, 5, 0},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(std::to_string(row.m_length) + " from " + std::to_string(row.m_source) +
+                     " to " + std::to_string(row.m_target));
+        EXPECT_EQ(EncodingInfo::GetWorstCaseByteCount(row.m_length,
+                                                      static_cast<EncodingType>(row.m_source),
+                                                      static_cast<EncodingType>(row.m_target)),
+                  row.m_result);
+    }
+    EXPECT_EQ(EncodingInfo::GetWorstCaseCodeUnitCount(7, EncodingType::ENC_UTF8), 28u);
+    EXPECT_EQ(EncodingInfo::GetWorstCaseCodeUnitCount(MOST, EncodingType::ENC_LATIN1), MOST);
+    EXPECT_EQ(EncodingInfo::GetWorstCaseCodeUnitCount(MOST / 4, EncodingType::ENC_UTF8), MOST - 3);
+    EXPECT_EQ(EncodingInfo::GetWorstCaseCodeUnitCount(MOST / 4 + 1, EncodingType::ENC_UTF8),
+              EncodingInfo::TOO_LARGE);
+}
+
+}  // namespace
+}  // namespace Orska::Support
