@@ -7,7 +7,6 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/line/CommandLine.h"
-#include "cli/line/Generate.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/ProgramStart.h"
 
@@ -16,11 +15,6 @@ namespace {
 using namespace Veltrane::Cli;
 
 int Run(const std::vector<std::string>& in_arguments) {
-    // Of use to the build only.
-    if (in_arguments.size() == 2 && in_arguments.front() == "--generate") {
-        std::cout << Generate(in_arguments.back());
-        return EXIT_DONE;
-    }
     const CommandLine line = ParseCommandLine(in_arguments);
     const ExitCode code = RunCommand(line);
     std::cout.flush();

@@ -1,9 +1,9 @@
 #include "cli/commands/Commands.h"
+#include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ChangeRecord.h"
 #include "cli/dsn/DriverManager.h"
 #include "cli/dsn/DsnChanger.h"
-#include "cli/line/GivenValues.h"
 
 namespace Veltrane::Cli {
 

@@ -4,8 +4,8 @@
 #include "Setup/OdbcIniFile.h"
 #include "Setup/OdbcIniUpdate.h"
 #include "cli/dsn/DsnStore.h"
-#include "cli/examine/FreeSpace.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/FreeSpace.h"
 
 namespace Veltrane::Cli {
 

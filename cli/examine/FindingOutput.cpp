@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
-#include "cli/commands/Report.h"
 #include "cli/examine/Finding.h"
 #include "cli/line/HelpText.h"
 #include "cli/system/Terminal.h"
@@ -29,8 +29,8 @@ bool HasError(const Findings& in_findings) {
     });
 }
 
-Json ToJson(const Findings& in_findings) {
-    Json list = Json::array();
+nlohmann::ordered_json ToJson(const Findings& in_findings) {
+    auto list = nlohmann::ordered_json::array();
     for (const Finding& finding : in_findings) {
         list.push_back({{"severity", GetSeverityName(finding.m_severity)},
                         {"id", finding.m_id},

@@ -2,13 +2,13 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "Setup/SystemCalls.h"
 #include "VeltraneDialog/Wipe.h"
-#include "cli/dsn/HeldSignals.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/Terminal.h"
@@ -21,11 +21,15 @@ using ODBC::SystemCalls::FileHandle;
 
 constexpr char INTERRUPT = 3;
 
-/// The terminal without echo. Ctrl-C comes as a character that ends the line, so that it never
-/// stays so.
+/// The terminal without echo. It never stays so: Ctrl-C comes as a character that ends the line,
+/// and signals wait.
 class SilentTerminal {
 public:
     explicit SilentTerminal(int in_handle) : m_handle(in_handle) {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&held, signal);
+        sigprocmask(SIG_BLOCK, &held, &m_signalsBefore);
         tcgetattr(in_handle, &m_before);
         termios silent = m_before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
@@ -35,10 +39,14 @@ public:
     }
     SilentTerminal(const SilentTerminal&) = delete;
     SilentTerminal& operator=(const SilentTerminal&) = delete;
-    ~SilentTerminal() { tcsetattr(m_handle, TCSAFLUSH, &m_before); }
+    ~SilentTerminal() {
+        tcsetattr(m_handle, TCSAFLUSH, &m_before);
+        sigprocmask(SIG_SETMASK, &m_signalsBefore, nullptr);
+    }
 
 private:
     int m_handle;
+    sigset_t m_signalsBefore{};
     termios m_before{};
 };
 
@@ -67,7 +75,6 @@ std::string AskSecretly(const std::string& in_question) {
                            "There is no terminal to ask for the password; use --pwd-stdin, "
                            "--pwd-file or --pwd-env.");
     }
-    const HeldSignals held;
     const SilentTerminal silent(terminal.Get());
     WriteText(terminal.Get(), in_question);
     std::string line;

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "cli/examine/FreeSpace.h"
+#include "cli/system/FreeSpace.h"
 
 namespace Veltrane::Cli {
 

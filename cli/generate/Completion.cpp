@@ -1,5 +1,5 @@
+#include "cli/generate/Generate.h"
 #include "cli/line/CommandTable.h"
-#include "cli/line/Generate.h"
 
 namespace Veltrane::Cli {
 

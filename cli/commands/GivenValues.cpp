@@ -1,4 +1,4 @@
-#include "cli/line/GivenValues.h"
+#include "cli/commands/GivenValues.h"
 
 #include "cli/dsn/ConnectionString.h"
 #include "cli/system/CommandError.h"
