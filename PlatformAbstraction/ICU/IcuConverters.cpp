@@ -24,6 +24,21 @@ icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceS
     return converter;
 }
 
+void ResetConverter(UConverter& io_converter) noexcept {
+    if (ucnv_getType(&io_converter) == UCNV_MBCS) {
+        // A code point that displays ignore may choose the short substitute but writes none, so the
+        // choice would last until the next substitute. This one uses it up.
+        constexpr UChar LONE_SURROGATE[] = {0xD800};
+        const UChar* source = LONE_SURROGATE;
+        char scratch[ICU_MOST_END_BYTES];
+        char* position = scratch;
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_fromUnicode(&io_converter, &position, scratch + sizeof(scratch), &source,
+                         LONE_SURROGATE + 1, nullptr, true, &status);
+    }
+    ucnv_reset(&io_converter);
+}
+
 bool IsStateful(const UConverter& in_converter) noexcept {
     const UConverterType type = ucnv_getType(&in_converter);
     return type == UCNV_ISO_2022 || type == UCNV_HZ;

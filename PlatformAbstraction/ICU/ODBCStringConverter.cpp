@@ -1,5 +1,6 @@
 #include "PlatformAbstraction/ICU/ODBCStringConverter.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -32,19 +33,19 @@ constexpr char MAX_BUFFER_LENGTH[] =
                 ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErrNotRecog"));
 }
 
-// Refuses negative lengths other than the mark of a NUL-terminated argument, and what is too long
-// for a count of bytes in code units of any width.
-void CheckLength(std::int64_t in_length, const char* in_function) {
-    const bool isBad = in_length < 0 && in_length != orska_wstring::NUL_TERMINATED;
-    if (isBad || in_length > std::numeric_limits<std::int64_t>::max() / 4) {
-        ThrowNotRecognised(in_function);
-    }
-}
-
 // Divides by a code unit's width, which is 1, 2 or 4; dividing proper costs as much as a short
 // text.
 std::int64_t CountUnits(std::int64_t in_bytes, std::uint8_t in_width) {
     return in_bytes >> (in_width / 2);
+}
+
+// Refuses negative lengths other than the mark of a NUL-terminated argument, and a number of code
+// units whose bytes cannot be counted.
+void CheckLength(std::int64_t in_length, const char* in_function, std::uint8_t in_width = 1) {
+    const bool isBad = in_length < 0 && in_length != orska_wstring::NUL_TERMINATED;
+    if (isBad || in_length > CountUnits(std::numeric_limits<std::int64_t>::max(), in_width)) {
+        ThrowNotRecognised(in_function);
+    }
 }
 
 void WriteNul(char* out_buffer, std::uint8_t in_width) {
@@ -88,13 +89,13 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
                                                                  std::int64_t in_bufferLength,
                                                                  bool in_lengthInBytes,
                                                                  bool& out_truncated) {
-    CheckLength(in_bufferLength, TO_SQLWCHAR);
+    const std::uint8_t width = in_lengthInBytes ? 1 : m_codeUnitWidth;
+    CheckLength(in_bufferLength, TO_SQLWCHAR, width);
     auto* const buffer = static_cast<char*>(out_buffer);
     out_truncated = true;
     if (in_bufferLength == 0 || buffer == nullptr) {
         return 0;
     }
-    const std::uint8_t width = in_lengthInBytes ? 1 : m_codeUnitWidth;
     const std::int64_t capacity =
         in_bufferLength == orska_wstring::NUL_TERMINATED
             ? m_stringConverter.GetNulTerminatedStringLength(buffer, m_encoding)
@@ -103,7 +104,7 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
         return 0;
     }
     const std::u16string_view text = in_string.GetView();
-    const std::int64_t room = capacity - m_codeUnitWidth;
+    const std::int64_t room = std::min(capacity - m_codeUnitWidth, GetMostBytes(text));
     std::int64_t bytes = EncodeShortText(text, m_shortEncoder, buffer, room);
     if (bytes >= 0) {
         out_truncated = false;
@@ -135,12 +136,10 @@ std::int64_t ODBCStringConverter::EncodeWithConverter(std::u16string_view in_tex
                                                       std::int64_t in_capacity,
                                                       bool& out_truncated) {
     const std::lock_guard<std::mutex> lock(m_lock);
-    ResetIfNeeded();
     int attempts = 0;
     UErrorCode status = U_ZERO_ERROR;
     const EncodedText encoded =
         EncodeThroughIcu(*m_converter, in_text, out_buffer, in_capacity, attempts, status);
-    m_isResetNeeded = U_FAILURE(status) || encoded.m_isTruncated;
     if (U_SUCCESS(status)) {
         out_truncated = encoded.m_isTruncated;
         return encoded.m_bytes;
@@ -151,13 +150,6 @@ std::int64_t ODBCStringConverter::EncodeWithConverter(std::u16string_view in_tex
                     ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
     }
     ThrowNotRecognised(TO_SQLWCHAR);
-}
-
-void ODBCStringConverter::ResetIfNeeded() noexcept {
-    if (m_isResetNeeded) {
-        ucnv_reset(m_converter.getAlias());
-        m_isResetNeeded = false;
-    }
 }
 
 std::int64_t ODBCStringConverter::ConvertWStringToSQLCHARString(const orska_wstring& in_string,
@@ -188,10 +180,8 @@ std::int64_t ODBCStringConverter::GetLengthAsSQLWCHARString(const orska_wstring&
     std::int64_t bytes = CountEncodedBytes(text, m_encoding);
     if (bytes < 0) {
         const std::lock_guard<std::mutex> lock(m_lock);
-        ResetIfNeeded();
         UErrorCode status = U_ZERO_ERROR;
         bytes = MeasureThroughIcu(*m_converter, text, status);
-        m_isResetNeeded = status != U_ZERO_ERROR;
         if (U_FAILURE(status)) {
             ThrowNotRecognised(LENGTH_AS_SQLWCHAR);
         }
@@ -210,7 +200,7 @@ std::int64_t ODBCStringConverter::GetLengthAsSQLCHARString(const orska_wstring& 
 void ODBCStringConverter::ConvertSQLWCHARToWString(const void* in_buffer, std::int64_t in_length,
                                                    bool in_lengthInBytes,
                                                    orska_wstring& out_result) {
-    CheckLength(in_length, FROM_SQLWCHAR);
+    CheckLength(in_length, FROM_SQLWCHAR, in_lengthInBytes ? 1 : m_codeUnitWidth);
     const bool isCounted = in_length != orska_wstring::NUL_TERMINATED;
     const std::int64_t bytes =
         isCounted && !in_lengthInBytes ? in_length * m_codeUnitWidth : in_length;

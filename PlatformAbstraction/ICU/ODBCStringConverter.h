@@ -98,7 +98,6 @@ private:
                         bool& out_truncated);
     std::int64_t EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
                                      std::int64_t in_capacity, bool& out_truncated);
-    void ResetIfNeeded() noexcept;
 
     WideStringConverter& m_stringConverter;
     const EncodingType m_encoding;
@@ -108,8 +107,7 @@ private:
     const ShortEncoder m_shortEncoder;
     const ShortDecoder m_shortDecoder;
     const icu::LocalUConverterPointer m_converter;
-    std::mutex m_lock;             ///< guards what m_converter points to, and the flag below
-    bool m_isResetNeeded = false;  ///< the last use of m_converter failed or was cut short
+    std::mutex m_lock;  ///< guards what m_converter points to
 };
 
 }  // namespace Orska::Support

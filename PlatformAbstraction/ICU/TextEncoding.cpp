@@ -44,38 +44,30 @@ std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
     return U16_IS_TRAIL(in_text[start]) ? start - 1 : start;
 }
 
-// The longest beginning of a text that is worth another try when the converter has stopped behind
-// `in_converted` units of the first `in_tried`. ICU stops in front of a unit for which there is no
-// room at all, and behind one whose output has only partly found room.
-std::size_t GetShorterBeginning(std::u16string_view in_text, std::size_t in_converted,
-                                std::size_t in_tried) noexcept {
-    std::size_t end = in_converted;
-    if (end == in_tried && end > 0) {
-        U16_BACK_1(in_text.data(), std::size_t{0}, end);
-    } else {
-        U16_SET_CP_START(in_text.data(), std::size_t{0}, end);
-    }
-    return end;
-}
-
 // One conversion with ICU. Buffers of any size: ICU itself takes no more than 2 GiB.
 class IcuEncoding {
 public:
     IcuEncoding(UConverter& io_converter, std::u16string_view in_text) noexcept
-        : m_converter(io_converter), m_source(in_text.data()), m_end(m_source + in_text.size()) {}
+        : m_converter(io_converter), m_source(in_text.data()), m_end(m_source + in_text.size()) {
+        ResetConverter(io_converter);
+    }
 
     /// Converts units until there are no more (true) or the buffer is full or ICU fails (false).
     bool Run(char*& io_target, char* in_limit, UErrorCode& io_status) {
+        return RunTo(m_end, io_target, in_limit, io_status);
+    }
+
+    bool RunTo(const char16_t* in_end, char*& io_target, char* in_limit, UErrorCode& io_status) {
         constexpr auto MOST = static_cast<std::ptrdiff_t>(ICU_MOST_BYTES_PER_CALL);
         char* limit = io_target;
         do {
             io_status = U_ZERO_ERROR;
             limit = io_target + std::min(in_limit - io_target, MOST);
             const char16_t* const end =
-                m_source + std::min<std::ptrdiff_t>(m_end - m_source, MOST / 4);
+                m_source + std::min<std::ptrdiff_t>(in_end - m_source, MOST / 4);
             ucnv_fromUnicode(&m_converter, &io_target, limit, &m_source, end, nullptr, false,
                              &io_status);
-        } while ((io_status == U_ZERO_ERROR && m_source < m_end) ||
+        } while ((io_status == U_ZERO_ERROR && m_source < in_end) ||
                  (io_status == U_BUFFER_OVERFLOW_ERROR && limit < in_limit));
         return io_status == U_ZERO_ERROR;
     }
@@ -115,6 +107,38 @@ private:
     const char16_t* m_source;
     const char16_t* m_end;
 };
+
+// Where the last code point that gives bytes begins, in a text that has all been converted.
+std::size_t FindLastWithBytes(UConverter& io_converter, std::u16string_view in_text,
+                              UErrorCode& io_status) {
+    IcuEncoding encoding(io_converter, in_text);
+    std::size_t last = 0;
+    for (std::size_t start = 0; start < in_text.size();) {
+        std::size_t end = start;
+        U16_FWD_1(in_text.data(), end, in_text.size());
+        char scratch[ICU_MOST_END_BYTES];
+        char* position = scratch;
+        encoding.RunTo(in_text.data() + end, position, scratch + sizeof(scratch), io_status);
+        const bool isKept = ucnv_fromUCountPending(&io_converter, &io_status) > 0;
+        last = position != scratch || isKept ? start : last;
+        start = end;
+    }
+    return last;
+}
+
+// The longest beginning of a text that is worth another try when the converter has stopped behind
+// `in_converted` units of the first `in_tried`. ICU stops in front of a unit for which there is no
+// room at all, and behind one whose output has only partly found room. Where what ends the text has
+// found none, code points without bytes are passed over: less of them changes nothing.
+std::size_t GetShorterBeginning(UConverter& io_converter, std::u16string_view in_text,
+                                std::size_t in_converted, std::size_t in_tried,
+                                UErrorCode& io_status) {
+    if (in_converted == in_tried) {
+        return FindLastWithBytes(io_converter, in_text.substr(0, in_tried), io_status);
+    }
+    U16_SET_CP_START(in_text.data(), std::size_t{0}, in_converted);
+    return in_converted;
+}
 
 // How much of the buffer ICU may see. Its converters of latin1 and US-ASCII leave scratch behind
 // their output, so they get no more room than they fill.
@@ -181,8 +205,8 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
         }
         // It does not fit. How many bytes lead a stateful encoding back is only known by trying.
         io_status = U_ZERO_ERROR;
-        ucnv_resetFromUnicode(&io_converter);
-        done.m_units = GetShorterBeginning(in_text, converted, done.m_units);
+        done.m_units =
+            GetShorterBeginning(io_converter, in_text, converted, done.m_units, io_status);
         done.m_isTruncated = true;
     }
     if (done.m_isTruncated) {
@@ -240,6 +264,7 @@ void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,
     const char* source = in_bytes.data();
     const char* const end = source + in_bytes.size();
     const char* sourceLimit = source;
+    ResetConverter(io_converter);
     do {
         const std::int64_t length = io_text.length();
         const std::int64_t wanted =

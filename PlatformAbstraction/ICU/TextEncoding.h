@@ -29,6 +29,12 @@ struct EncodedText {
     }
 };
 
+/// More bytes than a text takes in any encoding. Buffers may be longer than memory is, so where
+/// they end cannot always be computed; with this their length is cut first.
+constexpr std::int64_t GetMostBytes(std::u16string_view in_text) noexcept {
+    return 16 * (static_cast<std::int64_t>(in_text.size()) + 1);
+}
+
 /// Encodes from the start as far as no ICU is needed. Behind the bytes it writes nothing, except
 /// zeros in place of a code point that did not fit.
 /// @param in_capacity  bytes
@@ -37,7 +43,7 @@ EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::i
 
 /// Encodes with ICU: the whole text, ended in the encoding's initial state, or else the most whole
 /// code points that fit together with what ends them. The rest of the buffer is then zeros.
-/// @param io_converter  in its initial state; after a failure or a truncated text it is not
+/// @param io_converter  in any state, as in the functions below; nothing of it reaches the result
 /// @param out_attempts  how many conversions it took, counting one that failed
 EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_text,
                              char* out_buffer, std::int64_t in_capacity, int& out_attempts,
@@ -55,7 +61,6 @@ std::uint64_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding
                              icu::UnicodeString& out_text);
 
 /// Decodes with ICU and appends.
-/// @param io_converter  in its initial state, and left in it after success
 void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,
                       icu::UnicodeString& io_text, UErrorCode& io_status);
 

@@ -82,7 +82,7 @@ void WideStreamConverter::DoConvertWithNul() {
 void WideStreamConverter::Reset() {
     StreamConverter::Reset();
     ucnv_reset(m_sourceConverter.getAlias());
-    ucnv_reset(m_targetConverter.getAlias());
+    ResetConverter(*m_targetConverter);
     m_isIcuReading = false;
     m_isIcuWriting = false;
     m_isFinished = false;
@@ -163,7 +163,9 @@ bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
         // Both converters may keep something, so that only ICU can go on.
         m_isIcuReading = true;
         m_isIcuWriting = isCut;
-        m_isFinished = isEnd && !isCut;
+        if (isEnd && !isCut) {
+            FinishText();
+        }
         m_isSourceConsumed = count == remaining && !isCut;
         if (isCut && limit == in_limit) {
             return false;
@@ -307,6 +309,11 @@ void WideStreamConverter::HoldEndOfText() {
         m_heldCount = EndText(*m_targetConverter, m_held, status);
     }
     CheckStatus(status, "Orska::Support::WideStreamConverter::HoldEndOfText");
+    FinishText();
+}
+
+void WideStreamConverter::FinishText() noexcept {
+    ResetConverter(*m_targetConverter);
     m_isIcuWriting = false;
     m_isFinished = true;
 }

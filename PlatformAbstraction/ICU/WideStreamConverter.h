@@ -46,6 +46,7 @@ private:
     bool WriteDirectly(const char* in_limit, const UChar* in_end);
     bool WriteThroughIcu(const char* in_limit, const UChar* in_end);
     void HoldEndOfText();
+    void FinishText() noexcept;
     std::int64_t CountUnitsThatFit(const char* in_limit) const noexcept;
     void HoldCutOutput(const char* in_entry) noexcept;
     bool CopyHeldOutput(const char* in_limit) noexcept;

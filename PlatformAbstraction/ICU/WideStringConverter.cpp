@@ -2,6 +2,7 @@
 
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <mutex>
@@ -90,8 +91,6 @@ public:
     AutoPoolConverter(const AutoPoolConverter&) = delete;
     AutoPoolConverter& operator=(const AutoPoolConverter&) = delete;
     ~AutoPoolConverter() {
-        // The next one finds it in its initial state, however this conversion ended.
-        ucnv_reset(m_converter.getAlias());
         const std::lock_guard<std::mutex> lock(m_pool.m_lock);
         m_pool.m_converters.push_back(std::move(m_converter));
     }
@@ -187,13 +186,14 @@ std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_str
         ThrowConversionError(FUNCTION);
     }
     const std::u16string_view text = in_string.GetView();
+    const std::int64_t capacity = std::min(in_bufferLength, GetMostBytes(text));
     const std::int64_t bytes =
-        EncodeShortText(text, GetShortEncoder(in_encoding), out_buffer, in_bufferLength);
+        EncodeShortText(text, GetShortEncoder(in_encoding), out_buffer, capacity);
     if (bytes >= 0) {
         out_truncated = false;
         return bytes;
     }
-    const EncodedText direct = EncodeDirectly(text, out_buffer, in_bufferLength, in_encoding);
+    const EncodedText direct = EncodeDirectly(text, out_buffer, capacity, in_encoding);
     out_truncated = direct.m_isTruncated;
     if (direct.IsFinished(text)) {
         return direct.m_bytes;
@@ -203,7 +203,7 @@ std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_str
     int attempts = 0;
     const EncodedText rest =
         EncodeThroughIcu(converter.Get(), text.substr(direct.m_units), out_buffer + direct.m_bytes,
-                         in_bufferLength - direct.m_bytes, attempts, status);
+                         capacity - direct.m_bytes, attempts, status);
     CheckStatus(status, FUNCTION);
     out_truncated = rest.m_isTruncated;
     return direct.m_bytes + rest.m_bytes;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/ICU/StreamConverterFactory.h"
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
@@ -182,6 +183,84 @@ TEST(ODBCStringConverter, IsRightAfterATruncatedOrRefusedConversion) {
             EXPECT_EQ(expected, std::string(buffer, static_cast<std::size_t>(written)));
         }
     }
+}
+
+// Texts that leave something behind in a converter: a code point without bytes, a cut pair, a
+// shift.
+TEST(ODBCStringConverter, GivesTheSameBytesWhateverWasConvertedBefore) {
+    const std::u16string lead(1, char16_t{0xD800});
+    const std::u16string texts[] = {u"\u00AD", u"\uFFA0",          u"a\u200B", u"x" + lead + u"yz",
+                                    lead,      u"\u4E2D\u6587",    u"\uFF71",  u"\u00E9\uFFFD",
+                                    u"",       u"\U00020000\u0304"};
+    for (int encoding = 0; encoding < ENCODING_COUNT; ++encoding) {
+        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
+        const Fixture fixture(encoding);
+        const auto stream = StreamConverterFactory::CreateConverter(EncodingType::ENC_UTF16LE,
+                                                                    EncodingType{encoding});
+        std::string buffer(64, FILL);
+        WideStringConverter platform;
+        const auto toPlatform = [&](const std::u16string& in_text, std::int64_t in_capacity) {
+            return buffer.substr(
+                0, static_cast<std::size_t>(platform.ConvertFromWString(
+                       MakeString(in_text), buffer.data(), in_capacity, EncodingType{encoding})));
+        };
+        const auto toDriverManager = [&](const std::u16string& in_text, std::int64_t in_capacity) {
+            bool isTruncated = false;
+            return buffer.substr(
+                0, static_cast<std::size_t>(fixture.m_converter->ConvertWStringToSQLWCHARString(
+                       MakeString(in_text), buffer.data(), in_capacity, true, isTruncated)));
+        };
+        const auto toStream = [&](const std::u16string& in_text) {
+            return ConvertAtOnce(*stream, {reinterpret_cast<const char*>(in_text.data()),
+                                           in_text.size() * sizeof(char16_t)});
+        };
+        // The transcoder refuses what the others replace.
+        const bool isStream = encoding > 7 && encoding != 96;
+        for (const std::u16string& before : texts) {
+            for (const std::u16string& text : texts) {
+                const orska_wstring string = MakeString(text);
+                const std::string expected = EncodeWithIcu(text, EncodingType{encoding});
+                const auto length = static_cast<std::int64_t>(expected.size());
+                for (const std::int64_t capacity : {64, 5}) {
+                    toPlatform(before, capacity);
+                    EXPECT_EQ(length, platform.GetLengthInBytes(string, EncodingType{encoding}));
+                    toPlatform(before, capacity);
+                    EXPECT_EQ(expected, toPlatform(text, 64));
+                    toDriverManager(before, capacity);
+                    EXPECT_EQ(length, fixture.m_converter->GetLengthAsSQLWCHARString(string, true));
+                    toDriverManager(before, capacity);
+                    EXPECT_EQ(expected, toDriverManager(text, 64));
+                }
+                if (isStream && !text.empty()) {
+                    toStream(before);
+                    EXPECT_EQ(expected, toStream(text));
+                }
+            }
+            if (HasFailure()) return;
+        }
+    }
+}
+
+// A driver manager may give the most that there is for "as long as needed".
+TEST(ODBCStringConverter, TakesEveryLegalByteLength) {
+    const Fixture fixture(1);
+    for (const std::int64_t length : {INT64_MAX, INT64_MAX / 2, INT64_MAX / 4 + 1}) {
+        char buffer[8] = {};
+        bool isTruncated = true;
+        EXPECT_EQ(4, fixture.m_converter->ConvertWStringToSQLWCHARString(
+                         MakeString(u"ab"), buffer, length, true, isTruncated));
+        EXPECT_EQ(2, fixture.m_converter->ConvertWStringToSQLCHARString(MakeString(u"ab"), buffer,
+                                                                        length, isTruncated));
+        EXPECT_FALSE(isTruncated);
+    }
+    char buffer[8] = {};
+    bool isTruncated = true;
+    EXPECT_EQ(2, fixture.m_converter->ConvertWStringToSQLWCHARString(
+                     MakeString(u"ab"), buffer, INT64_MAX / 2, false, isTruncated));
+    EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+                  fixture.m_converter->ConvertWStringToSQLWCHARString(
+                      MakeString(u"ab"), buffer, INT64_MAX / 2 + 1, false, isTruncated);
+              }));
 }
 
 TEST(ODBCStringConverter, ReadsWideBuffers) {
