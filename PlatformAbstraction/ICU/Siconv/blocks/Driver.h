@@ -1,0 +1,318 @@
+// The way through a text that all kernels share: whole blocks, the last one in part, and the ends
+// of small targets. Included by kernels only; everything is local to the including file.
+//
+// A class of blocks converts from one encoding to another. It has
+// - V, the vectors it uses; SOURCE_UNIT and TARGET_UNIT, the bytes of a plain character;
+// - HAS_PAIRS, whether it has ConvertTwo(block, block, to), which converts two blocks if they are
+//   of a kind that it has a quicker way for;
+// - ROOM, the most bytes that converting a block may write, scratch behind the text included;
+// - Load(at) and LoadPart(at, size), V::SIZE bytes with units in the processor's byte order;
+// - IsPlain(block), whether its characters need no more than other units (at least ASCII is so),
+//   and WritePlain(to, block);
+// - Convert(block, to), false with nothing changed when the block is not valid so far;
+// - ContinueRun(cursor, start), which may go on by itself behind a converted block;
+// - IsPending(), whether the last block ended inside a code point;
+// - TakeBack(cursor, start), which steps back to the start of such a code point;
+// - GetWhole(at, size), what of a piece is whole code points, if it is valid.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_DRIVER_H
+#define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_DRIVER_H
+
+#include "PlatformAbstraction/ICU/Siconv/TranscoderTable.h"
+#include "PlatformAbstraction/ICU/Siconv/blocks/Vector128.h"
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+// Up to 32 bytes by overlapping moves.
+ORSKA_INLINE void CopyShort(char* out_to, const char* in_from, std::uint64_t in_size) {
+    if (in_size >= 16) {
+        const auto head = Vector128::Load(in_from);
+        const auto tail = Vector128::Load(in_from + in_size - 16);
+        Vector128::Store(out_to, head);
+        Vector128::Store(out_to + in_size - 16, tail);
+    } else if (in_size >= 8) {
+        const auto head = Read<std::uint64_t>(in_from);
+        const auto tail = Read<std::uint64_t>(in_from + in_size - 8);
+        __builtin_memcpy(out_to, &head, 8);
+        __builtin_memcpy(out_to + in_size - 8, &tail, 8);
+    } else if (in_size >= 4) {
+        const auto head = Read<std::uint32_t>(in_from);
+        const auto tail = Read<std::uint32_t>(in_from + in_size - 4);
+        __builtin_memcpy(out_to, &head, 4);
+        __builtin_memcpy(out_to + in_size - 4, &tail, 4);
+    } else if (in_size > 0) {
+        const char middle = in_from[in_size / 2];
+        const char last = in_from[in_size - 1];
+        out_to[0] = in_from[0];
+        out_to[in_size / 2] = middle;
+        out_to[in_size - 1] = last;
+    }
+}
+
+ORSKA_INLINE void CopyPiece(char* out_to, const char* in_from, std::uint64_t in_size) {
+    std::uint64_t copied = 0;
+    for (; in_size - copied > 32; copied += 32) {
+        CopyShort(out_to + copied, in_from + copied, 32);
+    }
+    CopyShort(out_to + copied, in_from + copied, in_size - copied);
+}
+
+// The source and target of a call while it runs.
+struct Cursor {
+    const char* m_from;
+    const char* m_fromEnd;
+    char* m_to;
+    char* m_toEnd;
+
+    ORSKA_INLINE std::uint64_t GetLeft() const {
+        return static_cast<std::uint64_t>(m_fromEnd - m_from);
+    }
+    ORSKA_INLINE std::uint64_t GetRoom() const {
+        return static_cast<std::uint64_t>(m_toEnd - m_to);
+    }
+};
+
+// A piece of UTF-16 without half a unit or a lead surrogate at its end.
+template <bool IS_BIG>
+ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_size) {
+    const std::uint64_t size = in_size & ~std::uint64_t{1};
+    if (size == 0) {
+        return 0;
+    }
+    const auto high = static_cast<unsigned char>(in_at[size - (IS_BIG ? 2 : 1)]);
+    return (high & 0xFC) == 0xD8 ? size - 2 : size;
+}
+
+// Steps of 64 bytes while they are plain. All that is written counts.
+template <class Blocks>
+ORSKA_INLINE void ConvertPlainRun(Cursor& io_cursor) {
+    using V = typename Blocks::V;
+    constexpr std::uint32_t COUNT = 64 / V::SIZE;
+    constexpr std::uint64_t WRITTEN = 64 / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    while (io_cursor.GetLeft() >= 64 && io_cursor.GetRoom() >= WRITTEN) {
+        typename V::Type parts[COUNT];
+        auto all = V::Zero();
+        for (std::uint32_t i = 0; i < COUNT; ++i) {
+            parts[i] = Blocks::Load(io_cursor.m_from + i * V::SIZE);
+            all = V::Or(all, parts[i]);
+        }
+        if (!Blocks::IsPlain(all)) {
+            return;
+        }
+        for (std::uint32_t i = 0; i < COUNT; ++i) {
+            Blocks::WritePlain(io_cursor.m_to + i * (WRITTEN / COUNT), parts[i]);
+        }
+        io_cursor.m_from += 64;
+        io_cursor.m_to += WRITTEN;
+    }
+}
+
+// A plain block. All that is written counts.
+template <class Blocks>
+ORSKA_INLINE void PutPlain(char*& io_to, typename Blocks::V::Type in_at) {
+    Blocks::WritePlain(io_to, in_at);
+    io_to += Blocks::V::SIZE / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+}
+template <class Blocks>
+ORSKA_INLINE void PutPlain(BoundedTo& io_to, typename Blocks::V::Type in_at) {
+    constexpr std::int64_t WRITTEN = Blocks::V::SIZE / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    char* const to = io_to.m_end - io_to.m_room;
+    if (io_to.m_room >= WRITTEN) {
+        Blocks::WritePlain(to, in_at);
+    } else if (io_to.m_room > 0) {
+        char target[WRITTEN + 32];
+        Blocks::WritePlain(target, in_at);
+        CopyPiece(to, target, static_cast<std::uint64_t>(io_to.m_room));
+    }
+    io_to.m_room -= WRITTEN;
+}
+
+ORSKA_INLINE void StepBack(char*& io_to, std::uint64_t in_size) { io_to -= in_size; }
+ORSKA_INLINE void StepBack(BoundedTo& io_to, std::uint64_t in_size) {
+    io_to.m_room += static_cast<std::int64_t>(in_size);
+}
+
+// One block of fewer than V::SIZE bytes, with zero bytes behind it, each of which gives a
+// character behind the others.
+template <class Blocks, class To>
+ORSKA_INLINE bool ConvertPart(Blocks& io_blocks, const char* in_from, std::uint64_t in_size,
+                              To& io_to) {
+    if (!io_blocks.Convert(Blocks::LoadPart(in_from, in_size), io_to)) {
+        return false;
+    }
+    StepBack(io_to, (Blocks::V::SIZE - in_size) / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT);
+    return true;
+}
+
+// The start of a text that two blocks hold and that the class of blocks can convert at once; gives
+// its size, or 0.
+template <class Blocks, class To>
+ORSKA_INLINE std::uint64_t ConvertPair(const char* in_from, std::uint64_t in_left, To& io_to) {
+    constexpr std::uint64_t STEP = Blocks::V::SIZE;
+    if constexpr (Blocks::HAS_PAIRS) {
+        const std::uint64_t size = in_left < 2 * STEP ? in_left : 2 * STEP;
+        if (size <= STEP || size % Blocks::SOURCE_UNIT != 0) {
+            return 0;
+        }
+        const auto second = size == 2 * STEP ? Blocks::Load(in_from + STEP)
+                                             : Blocks::LoadPart(in_from + STEP, size - STEP);
+        if (Blocks::ConvertTwo(Blocks::Load(in_from), second, io_to)) {
+            StepBack(io_to, (2 * STEP - size) / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT);
+            return size;
+        }
+    }
+    return 0;
+}
+
+// What is left when a target has no room for all that a block may write, or when the text is not
+// valid or cut off. Stops where only the scalar form can tell what happens next.
+template <class Blocks>
+__attribute__((noinline)) void ConvertEnds(Cursor& io_cursor) {
+    constexpr std::uint64_t STEP = Blocks::V::SIZE;
+    while (io_cursor.m_from < io_cursor.m_fromEnd) {
+        const std::uint64_t left = io_cursor.GetLeft();
+        const std::uint64_t size = Blocks::GetWhole(io_cursor.m_from, left < STEP ? left : STEP);
+        Blocks blocks;
+        const auto room = static_cast<std::int64_t>(io_cursor.GetRoom());
+        BoundedTo to{io_cursor.m_toEnd, room};
+        if (size == 0) {
+            return;
+        }
+        const std::uint64_t pair = ConvertPair<Blocks>(io_cursor.m_from, left, to);
+        if (pair > 0 && to.m_room >= 0) {
+            io_cursor.m_from += pair;
+            io_cursor.m_to = io_cursor.m_toEnd - to.m_room;
+            continue;
+        }
+        to.m_room = room;
+        const auto block = size == STEP ? Blocks::Load(io_cursor.m_from)
+                                        : Blocks::LoadPart(io_cursor.m_from, size);
+        const bool isValid = blocks.Convert(block, to);
+        StepBack(to, (STEP - size) / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT);
+        if (!isValid) {
+            return;
+        }
+        if (to.m_room < 0) {
+            if (Blocks::IsPlain(block)) {
+                // Each character has its unit, so that those that fit have been written.
+                const std::uint64_t units = io_cursor.GetRoom() / Blocks::TARGET_UNIT;
+                io_cursor.m_from += units * Blocks::SOURCE_UNIT;
+                io_cursor.m_to += units * Blocks::TARGET_UNIT;
+            }
+            return;
+        }
+        io_cursor.m_from += size;
+        io_cursor.m_to = io_cursor.m_toEnd - to.m_room;
+    }
+}
+
+// Blocks while the target has room for all that one may write, the last one in part.
+template <class Blocks>
+ORSKA_INLINE void ConvertBlocks(Cursor& io_cursor) {
+    constexpr std::uint64_t SIZE = Blocks::V::SIZE;
+    Blocks blocks;
+    const char* const start = io_cursor.m_from;
+    if (io_cursor.GetRoom() >= 2 * Blocks::ROOM) {
+        io_cursor.m_from +=
+            ConvertPair<Blocks>(io_cursor.m_from, io_cursor.GetLeft(), io_cursor.m_to);
+    }
+    while (io_cursor.GetRoom() >= Blocks::ROOM) {
+        const std::uint64_t left = io_cursor.GetLeft();
+        if (left < SIZE) {
+            if (left == 0 && !blocks.IsPending()) {
+                return;
+            }
+            const std::uint64_t whole = Blocks::GetWhole(io_cursor.m_from, left);
+            if (ConvertPart(blocks, io_cursor.m_from, whole, io_cursor.m_to)) {
+                io_cursor.m_from += whole;
+                return;
+            }
+            break;
+        }
+        if (!blocks.Convert(Blocks::Load(io_cursor.m_from), io_cursor.m_to)) {
+            break;
+        }
+        io_cursor.m_from += SIZE;
+        blocks.ContinueRun(io_cursor, start);
+    }
+    blocks.TakeBack(io_cursor, start);
+}
+
+// The plain function of a pair.
+template <int SOURCE, int TARGET>
+ORSKA_INLINE std::int32_t ConvertScalar(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    return SCALAR_TABLE.m_functions[SOURCE][TARGET](io_source, io_target);
+}
+
+template <int SOURCE, int TARGET, class Blocks>
+__attribute__((noinline)) std::int32_t ConvertAny(TranscoderSource& io_source,
+                                                  TranscoderTarget& io_target) {
+    Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
+                  io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
+    ConvertBlocks<Blocks>(cursor);
+    if (cursor.m_from != cursor.m_fromEnd) {
+        ConvertEnds<Blocks>(cursor);
+    }
+    io_source.m_position = static_cast<std::uint64_t>(cursor.m_from - io_source.m_data);
+    io_target.m_position = static_cast<std::uint64_t>(cursor.m_to - io_target.m_data);
+    return cursor.m_from == cursor.m_fromEnd ? TRANSCODER_DONE
+                                             : ConvertScalar<SOURCE, TARGET>(io_source, io_target);
+}
+
+// COUNT blocks from the start and COUNT to the end of a text, which may overlap, if it is plain.
+template <class Blocks, std::uint32_t COUNT>
+ORSKA_INLINE bool ConvertPlainEnds(const char* in_from, std::uint64_t in_size, char* out_to) {
+    using V = typename Blocks::V;
+    constexpr std::uint64_t WRITTEN = V::SIZE / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    const std::uint64_t second = in_size - COUNT * V::SIZE;
+    typename V::Type parts[2 * COUNT];
+    auto all = V::Zero();
+    for (std::uint32_t i = 0; i < COUNT; ++i) {
+        parts[i] = Blocks::Load(in_from + i * V::SIZE);
+        parts[COUNT + i] = Blocks::Load(in_from + second + i * V::SIZE);
+        all = V::Or(all, V::Or(parts[i], parts[COUNT + i]));
+    }
+    if (!Blocks::IsPlain(all)) {
+        return false;
+    }
+    char* const behind = out_to + second / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    for (std::uint32_t i = 0; i < COUNT; ++i) {
+        Blocks::WritePlain(out_to + i * WRITTEN, parts[i]);
+        Blocks::WritePlain(behind + i * WRITTEN, parts[COUNT + i]);
+    }
+    return true;
+}
+
+// The front of every function: 16 to 64 plain bytes are done here, with few registers to save,
+// and the rest out of line. Small and Large: the blocks of the pair with Vector128 and with the
+// level's vectors.
+template <int SOURCE, int TARGET, class Small, class Large>
+ORSKA_INLINE std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    const std::uint64_t size = io_source.m_length - io_source.m_position;
+    const std::uint64_t written = size / Large::SOURCE_UNIT * Large::TARGET_UNIT;
+    if (size - 16 <= 64 - 16 && size % Large::SOURCE_UNIT == 0 &&
+        io_target.m_length - io_target.m_position >= written) {
+        const char* const from = io_source.m_data + io_source.m_position;
+        char* const to = io_target.m_data + io_target.m_position;
+        const bool isDone = size <= 32
+                                ? ConvertPlainEnds<Small, 1>(from, size, to)
+                                : ConvertPlainEnds<Large, 32 / Large::V::SIZE>(from, size, to);
+        if (isDone) {
+            io_source.m_position += size;
+            io_target.m_position += written;
+            return TRANSCODER_DONE;
+        }
+    }
+    if (size <= 4) {
+        return ConvertScalar<SOURCE, TARGET>(io_source, io_target);
+    }
+    return size <= 16 ? ConvertAny<SOURCE, TARGET, Small>(io_source, io_target)
+                      : ConvertAny<SOURCE, TARGET, Large>(io_source, io_target);
+}
+
+}  // namespace
+
+}  // namespace Orska::Support::Siconv
+
+#endif

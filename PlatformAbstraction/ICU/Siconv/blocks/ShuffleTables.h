@@ -1,0 +1,55 @@
+/// Byte shuffles that close up the lanes of a vector, and how many bytes are left. Read-only; used
+/// by the kernels of every level.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_SHUFFLETABLES_H
+#define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_SHUFFLETABLES_H
+
+#include <cstdint>
+
+#include "PlatformAbstraction/ICU/Siconv/TranscoderTable.h"
+
+namespace Orska::Support::Siconv {
+
+struct ShuffleTable {
+    alignas(64) std::uint8_t m_bytes[256][16];
+};
+
+struct ByteTable {
+    alignas(64) std::uint8_t m_bytes[256];
+};
+
+/// Bits set in a byte, for processors without POPCNT.
+ORSKA_TABLE ByteTable BIT_COUNT;
+
+/// Keeps those of eight 16-bit lanes whose bit is set.
+ORSKA_TABLE ShuffleTable KEEP_UNITS;
+
+/// Keeps those of eight bytes whose bit is set; the second half of a row is the same for bytes 8
+/// to 15, to be used with a row of its own.
+ORSKA_TABLE ShuffleTable KEEP_BYTES;
+
+/// Eight 16-bit lanes that hold two UTF-8 bytes, of which lanes with their bit set keep only the
+/// first.
+ORSKA_TABLE ShuffleTable PACK_UTF8_2;
+
+/// Four 32-bit lanes that hold, from the low byte on, the bytes of a UTF-8 sequence of three and
+/// the single byte of a code point below 80. Bits 0 to 3 of the index: the lane keeps its last
+/// byte; bits 4 to 7: it is below 800. So 1 and 1 keeps byte 3, 0 and 1 keeps bytes 1 and 2, 0 and
+/// 0 keeps bytes 0 to 2.
+ORSKA_TABLE ShuffleTable PACK_UTF8_3;
+
+/// Four 32-bit lanes whose last bytes are a UTF-8 sequence. Bits 0 to 3 and 4 to 7 of the index:
+/// 1 and 1 keeps one byte, 0 and 1 two, 0 and 0 three, 1 and 0 four.
+ORSKA_TABLE ShuffleTable PACK_UTF8_4;
+
+/// Loaded from byte N on, as a shuffle: byte N and those behind it move down to 0, zeros follow.
+struct MoveTable {
+    std::uint8_t m_bytes[32];
+};
+ORSKA_TABLE MoveTable MOVE_DOWN;
+
+/// How many bytes a row of PACK_UTF8_3 or PACK_UTF8_4 keeps.
+ORSKA_TABLE ByteTable PACKED_SIZE;
+
+}  // namespace Orska::Support::Siconv
+
+#endif

@@ -1,0 +1,118 @@
+// From UTF-16 to latin1 or cp1252, which are one target. Included by kernels only; everything is
+// local to the including file.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOSINGLEBYTE_H
+#define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOSINGLEBYTE_H
+
+#include "PlatformAbstraction/ICU/Siconv/blocks/Driver.h"
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+template <class VECTOR, bool IS_BIG>
+class Utf16ToSingleByteBlocks {
+public:
+    using V = VECTOR;
+    using Type = typename V::Type;
+    static constexpr std::uint64_t SOURCE_UNIT = 2;
+    static constexpr std::uint64_t TARGET_UNIT = 1;
+    static constexpr bool HAS_PAIRS = false;
+    static constexpr std::uint64_t ROOM = V::SIZE / 2;
+
+    static ORSKA_INLINE Type Load(const char* in_at) {
+        return V::template OrderUnits16<IS_BIG>(V::Load(in_at));
+    }
+    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
+        return V::template OrderUnits16<IS_BIG>(V::LoadPart(in_at, in_size));
+    }
+    static ORSKA_INLINE bool IsPlain(Type in_at) {
+        return V::IsZero(V::And(in_at, V::template All16<0xFF00>()));
+    }
+    static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) {
+        V::WriteNarrow16(out_to, in_at);
+    }
+    static ORSKA_INLINE std::uint64_t GetWhole(const char* in_at, std::uint64_t in_size) {
+        return GetWholeUtf16<IS_BIG>(in_at, in_size);
+    }
+
+    ORSKA_INLINE bool IsPending() const { return m_isLead >> (V::SIZE - 1) != 0; }
+
+    template <class To>
+    ORSKA_INLINE bool Convert(Type in_at, To& io_to) {
+        m_isPlain = IsPlain(in_at) && !IsPending();
+        m_hasSurrogates = false;
+        if (m_isPlain) {
+            PutPlain<Utf16ToSingleByteBlocks>(io_to, in_at);
+            return true;
+        }
+        const auto isSmall = V::Equal16(V::And(in_at, V::template All16<0xFF00>()), V::Zero());
+        const auto bytes = V::Choose(V::template All16<0x1A>(), in_at, isSmall);
+        const auto isSurrogate =
+            V::Equal16(V::And(in_at, V::template All16<0xF800>()), V::template All16<0xD800>());
+        if (V::IsZero(isSurrogate) && !IsPending()) {
+            PutPlain<Utf16ToSingleByteBlocks>(io_to, bytes);
+            return true;
+        }
+        m_hasSurrogates = true;
+        // The lead surrogate gives the substitute of the pair, the trail nothing.
+        const auto isTrail =
+            V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
+        const std::uint64_t lead = V::Mask8(V::AndNot(isTrail, isSurrogate));
+        const std::uint64_t expected = ((lead << 2) | (m_isLead >> (V::SIZE - 2))) & V::FULL;
+        if (expected != V::Mask8(isTrail)) {
+            return false;
+        }
+        V::KeepNarrow16(io_to, bytes, ~V::Mask8(V::PackMask16(isTrail, isTrail)));
+        m_isLead = lead;
+        return true;
+    }
+
+    ORSKA_INLINE void ContinueRun(Cursor& io_cursor, const char*) {
+        if (m_isPlain) {
+            ConvertPlainRun<Utf16ToSingleByteBlocks>(io_cursor);
+        } else if (!m_hasSurrogates) {
+            ConvertMixedRun(io_cursor);
+        }
+    }
+
+    ORSKA_INLINE void TakeBack(Cursor& io_cursor, const char*) {
+        if (IsPending()) {
+            io_cursor.m_from -= 2;
+            io_cursor.m_to -= 1;
+        }
+    }
+
+private:
+    // Units that are no surrogates; behind some up to FF only, those may go on more quickly.
+    static ORSKA_INLINE void ConvertMixedRun(Cursor& io_cursor) {
+        std::uint64_t steps = io_cursor.GetLeft() / V::SIZE;
+        steps = steps < io_cursor.GetRoom() / ROOM ? steps : io_cursor.GetRoom() / ROOM;
+        const char* from = io_cursor.m_from;
+        char* to = io_cursor.m_to;
+        for (std::uint32_t plain = 0; steps > 0 && plain < 8; --steps) {
+            const auto units = Load(from);
+            const auto isSurrogate =
+                V::Equal16(V::And(units, V::template All16<0xF800>()), V::template All16<0xD800>());
+            if (!V::IsZero(isSurrogate)) {
+                break;
+            }
+            const auto isSmall = V::Equal16(V::And(units, V::template All16<0xFF00>()), V::Zero());
+            plain = V::Mask8(isSmall) == V::FULL ? plain + 1 : 0;
+            WritePlain(to, V::Choose(V::template All16<0x1A>(), units, isSmall));
+            from += V::SIZE;
+            to += ROOM;
+        }
+        io_cursor.m_from = from;
+        io_cursor.m_to = to;
+    }
+
+    std::uint64_t m_isLead = 0;  // two bits a unit, of the last block with surrogates
+    bool m_isPlain = false;
+    bool m_hasSurrogates = false;
+};
+
+}  // namespace
+
+}  // namespace Orska::Support::Siconv
+
+#endif

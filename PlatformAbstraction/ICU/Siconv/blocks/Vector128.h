@@ -1,0 +1,427 @@
+// Sixteen bytes at a time, with the instructions up to SSSE3, and better ones where the including
+// file is compiled for them. Included by kernels only; everything is local to the including file,
+// so that no copy compiled for a higher level can be used elsewhere.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR128_H
+#define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR128_H
+
+#include <immintrin.h>
+
+#include <cstdint>
+
+#include "PlatformAbstraction/ICU/Siconv/blocks/ShuffleTables.h"
+
+#define ORSKA_INLINE inline __attribute__((always_inline))
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+template <class Word>
+ORSKA_INLINE Word Read(const char* in_at) {
+    Word word;
+    __builtin_memcpy(&word, in_at, sizeof word);
+    return word;
+}
+
+#ifdef __AVX2__
+// gcc would make a constant vector anew from a number, in three instructions, wherever one is used.
+// They are read from here by an instruction that it cannot look into.
+struct Constant {
+    alignas(32) std::uint32_t m_words[8];
+};
+template <std::uint32_t VALUE>
+constexpr Constant CONSTANT = {{VALUE, VALUE, VALUE, VALUE, VALUE, VALUE, VALUE, VALUE}};
+#endif
+
+// Where the writers below may not write behind the text: m_room bytes before m_end. What does not
+// fit is left out, and makes m_room negative.
+struct BoundedTo {
+    char* m_end;
+    std::int64_t m_room;
+};
+
+// Operations work within lanes of 128 bits; masks have one bit a byte.
+struct Vector128 {
+    using Type = __m128i;
+    static constexpr std::uint32_t SIZE = 16;
+    static constexpr std::uint64_t FULL = 0xFFFF;
+
+    static ORSKA_INLINE Type Load(const char* in_at) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_at));
+    }
+    // The first in_size bytes, fewer than SIZE, and zeros behind them; reads no others.
+    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
+        std::uint64_t low = 0;
+        std::uint64_t high = 0;
+        if (in_size >= 8) {
+            // What both words have is shifted out of the second.
+            low = Read<std::uint64_t>(in_at);
+            high = Read<std::uint64_t>(in_at + in_size - 8) >> (8 * (15 - in_size)) >> 8;
+        } else if (in_size >= 4) {
+            low = Read<std::uint32_t>(in_at) |
+                  std::uint64_t{Read<std::uint32_t>(in_at + in_size - 4)} << (8 * (in_size - 4));
+        } else if (in_size > 0) {
+            low = std::uint64_t{Read<std::uint8_t>(in_at)} |
+                  std::uint64_t{Read<std::uint8_t>(in_at + in_size / 2)} << (8 * (in_size / 2)) |
+                  std::uint64_t{Read<std::uint8_t>(in_at + in_size - 1)} << (8 * (in_size - 1));
+        }
+        return _mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low));
+    }
+    static ORSKA_INLINE void Store(char* out_at, Type in_value) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out_at), in_value);
+    }
+    // The first in_size bytes, fewer than SIZE.
+    static ORSKA_INLINE void StorePart(char* out_at, Type in_value, std::uint64_t in_size) {
+        const auto low = static_cast<std::uint64_t>(_mm_cvtsi128_si64(in_value));
+        if (in_size >= 8) {
+            const Type order = Load(reinterpret_cast<const char*>(MOVE_DOWN.m_bytes + in_size - 8));
+            const Type moved = Shuffle(in_value, order);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at), in_value);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at + in_size - 8), moved);
+        } else if (in_size >= 4) {
+            const auto first = static_cast<std::uint32_t>(low);
+            const auto last = static_cast<std::uint32_t>(low >> (8 * (in_size - 4)));
+            __builtin_memcpy(out_at, &first, 4);
+            __builtin_memcpy(out_at + in_size - 4, &last, 4);
+        } else if (in_size > 0) {
+            out_at[0] = static_cast<char>(low);
+            out_at[in_size / 2] = static_cast<char>(low >> (8 * (in_size / 2)));
+            out_at[in_size - 1] = static_cast<char>(low >> (8 * (in_size - 1)));
+        }
+    }
+    static ORSKA_INLINE Type Zero() { return _mm_setzero_si128(); }
+    // A constant in each byte, each 16-bit or each 32-bit unit.
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE Type All8() {
+        return All32<(VALUE & 0xFF) * 0x01010101U>();
+    }
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE Type All16() {
+        return All32<(VALUE & 0xFFFF) * 0x00010001U>();
+    }
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE Type All32() {
+#ifdef __AVX2__
+        Type value;
+        __asm__("vmovdqa %1, %0" : "=x"(value) : "m"(CONSTANT<VALUE>));
+        return value;
+#else
+        return _mm_set1_epi32(static_cast<int>(VALUE));
+#endif
+    }
+    static ORSKA_INLINE Type And(Type in_a, Type in_b) { return _mm_and_si128(in_a, in_b); }
+    // The bits of b that are not set in a.
+    static ORSKA_INLINE Type AndNot(Type in_a, Type in_b) { return _mm_andnot_si128(in_a, in_b); }
+    static ORSKA_INLINE Type Or(Type in_a, Type in_b) { return _mm_or_si128(in_a, in_b); }
+    // b where the mask is set, else a.
+    static ORSKA_INLINE Type Choose(Type in_a, Type in_b, Type in_mask) {
+#ifdef __SSE4_1__
+        return _mm_blendv_epi8(in_a, in_b, in_mask);
+#else
+        return Or(AndNot(in_mask, in_a), And(in_mask, in_b));
+#endif
+    }
+    static ORSKA_INLINE Type Equal8(Type in_a, Type in_b) { return _mm_cmpeq_epi8(in_a, in_b); }
+    static ORSKA_INLINE Type Equal16(Type in_a, Type in_b) { return _mm_cmpeq_epi16(in_a, in_b); }
+    static ORSKA_INLINE Type Equal32(Type in_a, Type in_b) { return _mm_cmpeq_epi32(in_a, in_b); }
+    // Signed.
+    static ORSKA_INLINE Type Greater8(Type in_a, Type in_b) { return _mm_cmpgt_epi8(in_a, in_b); }
+    static ORSKA_INLINE Type Greater32(Type in_a, Type in_b) { return _mm_cmpgt_epi32(in_a, in_b); }
+    static ORSKA_INLINE Type Add8(Type in_a, Type in_b) { return _mm_add_epi8(in_a, in_b); }
+    static ORSKA_INLINE Type Add16(Type in_a, Type in_b) { return _mm_add_epi16(in_a, in_b); }
+    static ORSKA_INLINE Type Add32(Type in_a, Type in_b) { return _mm_add_epi32(in_a, in_b); }
+    // Sums of neighbouring products; the first factors of MulAdd8 are unsigned.
+    static ORSKA_INLINE Type MulAdd8(Type in_a, Type in_b) { return _mm_maddubs_epi16(in_a, in_b); }
+    static ORSKA_INLINE Type MulAdd16(Type in_a, Type in_b) { return _mm_madd_epi16(in_a, in_b); }
+    static ORSKA_INLINE Type AddUpTo255(Type in_a, Type in_b) { return _mm_adds_epu8(in_a, in_b); }
+    static ORSKA_INLINE Type Xor(Type in_a, Type in_b) { return _mm_xor_si128(in_a, in_b); }
+    // Unsigned, not below 0.
+    static ORSKA_INLINE Type Less8(Type in_a, Type in_b) { return _mm_subs_epu8(in_a, in_b); }
+    template <int COUNT>
+    static ORSKA_INLINE Type Left16(Type in_value) {
+        return _mm_slli_epi16(in_value, COUNT);
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Right16(Type in_value) {
+        return _mm_srli_epi16(in_value, COUNT);
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Left32(Type in_value) {
+        return _mm_slli_epi32(in_value, COUNT);
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Right32(Type in_value) {
+        return _mm_srli_epi32(in_value, COUNT);
+    }
+    static ORSKA_INLINE Type ZipLow8(Type in_a, Type in_b) { return _mm_unpacklo_epi8(in_a, in_b); }
+    static ORSKA_INLINE Type ZipHigh8(Type in_a, Type in_b) {
+        return _mm_unpackhi_epi8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type ZipLow16(Type in_a, Type in_b) {
+        return _mm_unpacklo_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type ZipHigh16(Type in_a, Type in_b) {
+        return _mm_unpackhi_epi16(in_a, in_b);
+    }
+    // 16-bit lanes that are 0 or all ones, or at most 255, to bytes: first a, then b, lane by lane.
+    static ORSKA_INLINE Type PackMask16(Type in_a, Type in_b) {
+        return _mm_packs_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type PackBytes16(Type in_a, Type in_b) {
+        return _mm_packus_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type PackMask32(Type in_a, Type in_b) {
+        return _mm_packs_epi32(in_a, in_b);
+    }
+    // Exchanges the second and the third quarter of a lane.
+    static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
+        return _mm_shuffle_epi32(in_value, _MM_SHUFFLE(3, 1, 2, 0));
+    }
+    static ORSKA_INLINE Type Shuffle(Type in_value, Type in_order) {
+        return _mm_shuffle_epi8(in_value, in_order);
+    }
+    // The four words of a lane.
+    static ORSKA_INLINE Type Repeat(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
+                                    std::uint32_t in_3) {
+        return _mm_setr_epi32(static_cast<int>(in_0), static_cast<int>(in_1),
+                              static_cast<int>(in_2), static_cast<int>(in_3));
+    }
+    // Twelve bytes for each lane; reads four more.
+    static ORSKA_INLINE Type LoadTwelves(const char* in_at) { return Load(in_at); }
+    // Two vectors of which each lane holds 8 bytes, the first in its low and the second in its
+    // high half, in the order of the text.
+    static ORSKA_INLINE Type JoinHalves(Type in_first, Type in_second) {
+        return Or(in_first, in_second);
+    }
+    // 16-bit units up to FF of two vectors to bytes, in text order.
+    static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
+        return PackBytes16(in_first, in_second);
+    }
+    // The low halves of the 32-bit units of two vectors, in text order.
+    static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
+        return JoinHalves(Shuffle(in_first, Repeat(0x05040100, 0x0D0C0908, ~0U, ~0U)),
+                          Shuffle(in_second, Repeat(~0U, ~0U, 0x05040100, 0x0D0C0908)));
+    }
+
+    // Units of the text to the processor's order, or back.
+    template <bool IS_BIG>
+    static ORSKA_INLINE Type OrderUnits16(Type in_units) {
+        return IS_BIG ? Shuffle(in_units, Repeat(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
+                      : in_units;
+    }
+    template <bool IS_BIG>
+    static ORSKA_INLINE Type OrderUnits32(Type in_units) {
+        return IS_BIG ? Shuffle(in_units, Repeat(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
+                      : in_units;
+    }
+    static ORSKA_INLINE bool IsZero(Type in_value) {
+#ifdef __SSE4_1__
+        return _mm_testz_si128(in_value, in_value) != 0;
+#else
+        return _mm_movemask_epi8(_mm_cmpeq_epi8(in_value, _mm_setzero_si128())) == 0xFFFF;
+#endif
+    }
+    static ORSKA_INLINE std::uint64_t Mask8(Type in_value) {
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(in_value));
+    }
+    // The bytes that stand COUNT places earlier in the text.
+    template <int COUNT>
+    static ORSKA_INLINE Type Earlier(Type in_value, Type in_before) {
+        return _mm_alignr_epi8(in_value, in_before, 16 - COUNT);
+    }
+    static ORSKA_INLINE std::uint32_t CountBits(std::uint64_t in_byte) {
+#ifdef __POPCNT__
+        return static_cast<std::uint32_t>(__builtin_popcount(in_byte & 0xFF));
+#else
+        return BIT_COUNT.m_bytes[in_byte & 0xFF];
+#endif
+    }
+    static ORSKA_INLINE Type LoadRow(const ShuffleTable& in_table, std::uint64_t in_row) {
+        return _mm_load_si128(reinterpret_cast<const __m128i*>(in_table.m_bytes[in_row & 0xFF]));
+    }
+
+    // The writers below store whole lanes: they may write up to the size that all lanes together
+    // would take, and move the position on by what counts. To is char*, or BoundedTo where there
+    // may be no room for all that.
+
+    static ORSKA_INLINE void Put(char*& io_to, Type in_value, std::uint64_t in_size) {
+        Store(io_to, in_value);
+        io_to += in_size;
+    }
+    static ORSKA_INLINE void Put(BoundedTo& io_to, Type in_value, std::uint64_t in_size) {
+        PutBehind(io_to, in_value, 0);
+        io_to.m_room -= static_cast<std::int64_t>(in_size);
+    }
+    // The same where only the low half counts.
+    static ORSKA_INLINE void PutLow(char*& io_to, Type in_value, std::uint64_t in_size) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(io_to), in_value);
+        io_to += in_size;
+    }
+    static ORSKA_INLINE void PutLow(BoundedTo& io_to, Type in_value, std::uint64_t in_size) {
+        Put(io_to, in_value, in_size);
+    }
+    static ORSKA_INLINE void PutTwo(char*& io_to, Type in_first, Type in_second,
+                                    std::uint64_t in_size) {
+        Store(io_to, in_first);
+        Store(io_to + SIZE, in_second);
+        io_to += in_size;
+    }
+    static ORSKA_INLINE void PutTwo(BoundedTo& io_to, Type in_first, Type in_second,
+                                    std::uint64_t in_size) {
+        PutBehind(io_to, in_first, 0);
+        PutBehind(io_to, in_second, SIZE);
+        io_to.m_room -= static_cast<std::int64_t>(in_size);
+    }
+
+    // ASCII bytes to units of 2 or 4 bytes.
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
+        Store(out_at, IS_BIG ? ZipLow8(Zero(), in_bytes) : ZipLow8(in_bytes, Zero()));
+        Store(out_at + 16, IS_BIG ? ZipHigh8(Zero(), in_bytes) : ZipHigh8(in_bytes, Zero()));
+    }
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
+        WriteUnits32<IS_BIG>(out_at, ZipLow8(in_bytes, Zero()));
+        WriteUnits32<IS_BIG>(out_at + 32, ZipHigh8(in_bytes, Zero()));
+    }
+
+    // The 16-bit units of ZipLow8 and ZipHigh8 whose bit is set.
+    template <class To>
+    static ORSKA_INLINE void KeepUnits(To& io_at, Type in_low, Type in_high,
+                                       std::uint64_t in_keep) {
+        Put(io_at, Shuffle(in_low, LoadRow(KEEP_UNITS, in_keep)), 2 * CountBits(in_keep));
+        Put(io_at, Shuffle(in_high, LoadRow(KEEP_UNITS, in_keep >> 8)),
+            2 * CountBits(in_keep >> 8));
+    }
+
+    // The same, each with two zero bytes behind (IS_BIG: before) it.
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void KeepWide(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
+        KeepWideOfHalf<IS_BIG>(io_at, in_low, in_keep);
+        KeepWideOfHalf<IS_BIG>(io_at, in_high, in_keep >> 8);
+    }
+
+    // The same with a second unit for each, that goes behind (IS_BIG: before) the first.
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void KeepPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
+                                       Type in_topHigh, std::uint64_t in_keep) {
+        KeepPairsOfHalf<IS_BIG>(io_at, in_low, in_topLow, in_keep);
+        KeepPairsOfHalf<IS_BIG>(io_at, in_high, in_topHigh, in_keep >> 8);
+    }
+
+    // UTF-8 in 16-bit lanes of two bytes; lanes with a bit of in_isShort keep the first byte.
+    // Bits are those of the bytes of PackMask16(lanes, lanes).
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_lanes, std::uint64_t in_isShort) {
+        Put(io_at, Shuffle(in_lanes, LoadRow(PACK_UTF8_2, in_isShort)), 16 - CountBits(in_isShort));
+    }
+
+    // The lanes of ZipLow8 and ZipHigh8, with a bit for each byte.
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
+                                             std::uint64_t in_isShort) {
+        PackUtf8Of2(io_at, in_low, in_isShort);
+        PackUtf8Of2(io_at, in_high, in_isShort >> 8);
+    }
+
+    // UTF-8 in 32-bit lanes, with an index of the table for each vector.
+    template <class To>
+    static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_lanes,
+                                      std::uint64_t in_index) {
+        Put(io_at, Shuffle(in_lanes, LoadRow(in_table, in_index)),
+            PACKED_SIZE.m_bytes[in_index & 0xFF]);
+    }
+    // The lanes of ZipLow16 and ZipHigh16, with an index for each four units.
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
+                                          Type in_high, std::uint64_t in_indexes) {
+        PackUtf8(in_table, io_at, in_low, in_indexes);
+        PackUtf8(in_table, io_at, in_high, in_indexes >> 8);
+    }
+
+    // The same when all lanes keep three bytes.
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
+        const Type order = Repeat(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
+        Put(io_at, Shuffle(in_low, order), 12);
+        Put(io_at, Shuffle(in_high, order), 12);
+    }
+
+    // 16-bit units that are at most 255 to bytes; in text order.
+    static ORSKA_INLINE void WriteNarrow16(char* out_at, Type in_units) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at), PackBytes16(in_units, in_units));
+    }
+    static ORSKA_INLINE void WriteNarrow32(char* out_at, Type in_units) {
+        const Type bytes = Shuffle(in_units, Repeat(0x0C080400, ~0U, ~0U, ~0U));
+        const int word = _mm_cvtsi128_si32(bytes);
+        __builtin_memcpy(out_at, &word, 4);
+    }
+
+    // The same for the units with a bit of in_keep, which has those of the bytes of
+    // PackMask16(units, units).
+    template <class To>
+    static ORSKA_INLINE void KeepNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
+        const Type kept = Shuffle(PackBytes16(in_units, in_units), LoadRow(KEEP_BYTES, in_keep));
+        PutLow(io_at, kept, CountBits(in_keep));
+    }
+
+    // Bytes and their high bytes to two vectors of 16-bit units, in text order.
+    static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
+        out_first = ZipLow8(in_low, in_high);
+        out_second = ZipHigh8(in_low, in_high);
+    }
+
+    // The bytes whose bit is set.
+    template <class To>
+    static ORSKA_INLINE void KeepBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
+        const Type low = LoadRow(KEEP_BYTES, in_keep);
+        const Type high = LoadRow(KEEP_BYTES, in_keep >> 8);
+        const Type kept = Shuffle(in_bytes, _mm_castpd_si128(_mm_shuffle_pd(
+                                                _mm_castsi128_pd(low), _mm_castsi128_pd(high), 2)));
+        PutLow(io_at, kept, CountBits(in_keep));
+        PutLow(io_at, _mm_unpackhi_epi64(kept, kept), CountBits(in_keep >> 8));
+    }
+
+private:
+    static ORSKA_INLINE void PutBehind(const BoundedTo& in_to, Type in_value,
+                                       std::int64_t in_offset) {
+        const std::int64_t room = in_to.m_room - in_offset;
+        if (room >= SIZE) {
+            Store(in_to.m_end - room, in_value);
+        } else if (room > 0) {
+            StorePart(in_to.m_end - room, in_value, static_cast<std::uint64_t>(room));
+        }
+    }
+
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteUnits32(char* out_at, Type in_units) {
+        const Type low = ZipLow16(in_units, Zero());
+        const Type high = ZipHigh16(in_units, Zero());
+        Store(out_at, IS_BIG ? Left32<24>(low) : low);
+        Store(out_at + 16, IS_BIG ? Left32<24>(high) : high);
+    }
+
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void KeepWideOfHalf(To& io_at, Type in_units, std::uint64_t in_keep) {
+        const Type units = Shuffle(in_units, LoadRow(KEEP_UNITS, in_keep));
+        PutTwo(io_at, IS_BIG ? ZipLow16(Zero(), units) : ZipLow16(units, Zero()),
+               IS_BIG ? ZipHigh16(Zero(), units) : ZipHigh16(units, Zero()),
+               4 * CountBits(in_keep));
+    }
+
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void KeepPairsOfHalf(To& io_at, Type in_units, Type in_tops,
+                                             std::uint64_t in_keep) {
+        const Type row = LoadRow(KEEP_UNITS, in_keep);
+        const Type units = Shuffle(in_units, row);
+        const Type tops = Shuffle(in_tops, row);
+        PutTwo(io_at, IS_BIG ? ZipLow16(tops, units) : ZipLow16(units, tops),
+               IS_BIG ? ZipHigh16(tops, units) : ZipHigh16(units, tops), 4 * CountBits(in_keep));
+    }
+};
+
+}  // namespace
+
+}  // namespace Orska::Support::Siconv
+
+#endif

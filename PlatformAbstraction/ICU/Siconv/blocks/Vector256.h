@@ -1,0 +1,344 @@
+// Thirty-two bytes at a time, with AVX2 and POPCNT: the operations of Vector128, on two lanes.
+// Included by kernels only; everything is local to the including file.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR256_H
+#define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR256_H
+
+#include <immintrin.h>
+
+#include "PlatformAbstraction/ICU/Siconv/blocks/Vector128.h"
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+struct Vector256 {
+    using Type = __m256i;
+    static constexpr std::uint32_t SIZE = 32;
+    static constexpr std::uint64_t FULL = 0xFFFFFFFF;
+
+    static ORSKA_INLINE Type Load(const char* in_at) {
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in_at));
+    }
+    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
+        if (in_size < 16) {
+            return _mm256_zextsi128_si256(Vector128::LoadPart(in_at, in_size));
+        }
+        const __m128i order =
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(MOVE_DOWN.m_bytes + (32 - in_size)));
+        const __m128i high = _mm_shuffle_epi8(Vector128::Load(in_at + in_size - 16), order);
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::Load(in_at)), high, 1);
+    }
+    static ORSKA_INLINE void Store(char* out_at, Type in_value) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at), in_value);
+    }
+    static ORSKA_INLINE Type Zero() { return _mm256_setzero_si256(); }
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE Type All8() {
+        return All32<(VALUE & 0xFF) * 0x01010101U>();
+    }
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE Type All16() {
+        return All32<(VALUE & 0xFFFF) * 0x00010001U>();
+    }
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE Type All32() {
+        Type value;
+        __asm__("vmovdqa %1, %0" : "=x"(value) : "m"(CONSTANT<VALUE>));
+        return value;
+    }
+    static ORSKA_INLINE Type And(Type in_a, Type in_b) { return _mm256_and_si256(in_a, in_b); }
+    static ORSKA_INLINE Type AndNot(Type in_a, Type in_b) {
+        return _mm256_andnot_si256(in_a, in_b);
+    }
+    static ORSKA_INLINE Type Or(Type in_a, Type in_b) { return _mm256_or_si256(in_a, in_b); }
+    static ORSKA_INLINE Type Choose(Type in_a, Type in_b, Type in_mask) {
+        return _mm256_blendv_epi8(in_a, in_b, in_mask);
+    }
+    static ORSKA_INLINE Type Equal8(Type in_a, Type in_b) { return _mm256_cmpeq_epi8(in_a, in_b); }
+    static ORSKA_INLINE Type Equal16(Type in_a, Type in_b) {
+        return _mm256_cmpeq_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type Equal32(Type in_a, Type in_b) {
+        return _mm256_cmpeq_epi32(in_a, in_b);
+    }
+    static ORSKA_INLINE Type Greater8(Type in_a, Type in_b) {
+        return _mm256_cmpgt_epi8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type Greater32(Type in_a, Type in_b) {
+        return _mm256_cmpgt_epi32(in_a, in_b);
+    }
+    static ORSKA_INLINE Type Add8(Type in_a, Type in_b) { return _mm256_add_epi8(in_a, in_b); }
+    static ORSKA_INLINE Type Add16(Type in_a, Type in_b) { return _mm256_add_epi16(in_a, in_b); }
+    static ORSKA_INLINE Type Add32(Type in_a, Type in_b) { return _mm256_add_epi32(in_a, in_b); }
+    static ORSKA_INLINE Type MulAdd8(Type in_a, Type in_b) {
+        return _mm256_maddubs_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type MulAdd16(Type in_a, Type in_b) {
+        return _mm256_madd_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type AddUpTo255(Type in_a, Type in_b) {
+        return _mm256_adds_epu8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type Xor(Type in_a, Type in_b) { return _mm256_xor_si256(in_a, in_b); }
+    static ORSKA_INLINE Type Less8(Type in_a, Type in_b) { return _mm256_subs_epu8(in_a, in_b); }
+    template <int COUNT>
+    static ORSKA_INLINE Type Left16(Type in_value) {
+        return _mm256_slli_epi16(in_value, COUNT);
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Right16(Type in_value) {
+        return _mm256_srli_epi16(in_value, COUNT);
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Left32(Type in_value) {
+        return _mm256_slli_epi32(in_value, COUNT);
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Right32(Type in_value) {
+        return _mm256_srli_epi32(in_value, COUNT);
+    }
+    static ORSKA_INLINE Type ZipLow8(Type in_a, Type in_b) {
+        return _mm256_unpacklo_epi8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type ZipHigh8(Type in_a, Type in_b) {
+        return _mm256_unpackhi_epi8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type ZipLow16(Type in_a, Type in_b) {
+        return _mm256_unpacklo_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type ZipHigh16(Type in_a, Type in_b) {
+        return _mm256_unpackhi_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type PackMask16(Type in_a, Type in_b) {
+        return _mm256_packs_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type PackBytes16(Type in_a, Type in_b) {
+        return _mm256_packus_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type PackMask32(Type in_a, Type in_b) {
+        return _mm256_packs_epi32(in_a, in_b);
+    }
+    static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
+        return _mm256_shuffle_epi32(in_value, _MM_SHUFFLE(3, 1, 2, 0));
+    }
+    static ORSKA_INLINE Type Shuffle(Type in_value, Type in_order) {
+        return _mm256_shuffle_epi8(in_value, in_order);
+    }
+    static ORSKA_INLINE Type Repeat(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
+                                    std::uint32_t in_3) {
+        return _mm256_broadcastsi128_si256(Vector128::Repeat(in_0, in_1, in_2, in_3));
+    }
+    static ORSKA_INLINE Type LoadTwelves(const char* in_at) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::Load(in_at)),
+                                       Vector128::Load(in_at + 12), 1);
+    }
+    static ORSKA_INLINE Type JoinHalves(Type in_first, Type in_second) {
+        return _mm256_permute4x64_epi64(Or(in_first, in_second), _MM_SHUFFLE(3, 1, 2, 0));
+    }
+    static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
+        return _mm256_permute4x64_epi64(PackBytes16(in_first, in_second), _MM_SHUFFLE(3, 1, 2, 0));
+    }
+    // The low halves of the 32-bit units of two vectors, in text order.
+    static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
+        return JoinHalves(Shuffle(in_first, Repeat(0x05040100, 0x0D0C0908, ~0U, ~0U)),
+                          Shuffle(in_second, Repeat(~0U, ~0U, 0x05040100, 0x0D0C0908)));
+    }
+
+    // Units of the text to the processor's order, or back.
+    template <bool IS_BIG>
+    static ORSKA_INLINE Type OrderUnits16(Type in_units) {
+        return IS_BIG ? Shuffle(in_units, Repeat(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
+                      : in_units;
+    }
+    template <bool IS_BIG>
+    static ORSKA_INLINE Type OrderUnits32(Type in_units) {
+        return IS_BIG ? Shuffle(in_units, Repeat(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
+                      : in_units;
+    }
+    static ORSKA_INLINE bool IsZero(Type in_value) {
+        return _mm256_testz_si256(in_value, in_value) != 0;
+    }
+    static ORSKA_INLINE std::uint64_t Mask8(Type in_value) {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(in_value));
+    }
+    template <int COUNT>
+    static ORSKA_INLINE Type Earlier(Type in_value, Type in_before) {
+        const Type middle = _mm256_permute2x128_si256(in_before, in_value, 0x21);
+        return _mm256_alignr_epi8(in_value, middle, 16 - COUNT);
+    }
+    static ORSKA_INLINE std::uint32_t CountBits(std::uint64_t in_byte) {
+        return Vector128::CountBits(in_byte);
+    }
+    // A row for each lane.
+    static ORSKA_INLINE Type LoadRows(const ShuffleTable& in_table, std::uint64_t in_low,
+                                      std::uint64_t in_high) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::LoadRow(in_table, in_low)),
+                                       Vector128::LoadRow(in_table, in_high), 1);
+    }
+    static ORSKA_INLINE __m128i GetLow(Type in_value) { return _mm256_castsi256_si128(in_value); }
+    static ORSKA_INLINE __m128i GetHigh(Type in_value) {
+        return _mm256_extracti128_si256(in_value, 1);
+    }
+
+    static ORSKA_INLINE void Put(char*& io_to, Type in_value, std::uint64_t in_size) {
+        Store(io_to, in_value);
+        io_to += in_size;
+    }
+    static ORSKA_INLINE void Put(BoundedTo& io_to, Type in_value, std::uint64_t in_size) {
+        Vector128::PutTwo(io_to, GetLow(in_value), GetHigh(in_value), in_size);
+    }
+
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
+        const Type spread = _mm256_permute4x64_epi64(in_bytes, _MM_SHUFFLE(3, 1, 2, 0));
+        Store(out_at, IS_BIG ? ZipLow8(Zero(), spread) : ZipLow8(spread, Zero()));
+        Store(out_at + 32, IS_BIG ? ZipHigh8(Zero(), spread) : ZipHigh8(spread, Zero()));
+    }
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
+        WriteUnits32<IS_BIG>(out_at, GetLow(in_bytes));
+        WriteUnits32<IS_BIG>(out_at + 64, GetHigh(in_bytes));
+    }
+
+    template <class To>
+    static ORSKA_INLINE void KeepUnits(To& io_at, Type in_low, Type in_high,
+                                       std::uint64_t in_keep) {
+        const Type low = Shuffle(in_low, LoadRows(KEEP_UNITS, in_keep, in_keep >> 16));
+        const Type high = Shuffle(in_high, LoadRows(KEEP_UNITS, in_keep >> 8, in_keep >> 24));
+        Vector128::Put(io_at, GetLow(low), 2 * CountBits(in_keep));
+        Vector128::Put(io_at, GetLow(high), 2 * CountBits(in_keep >> 8));
+        Vector128::Put(io_at, GetHigh(low), 2 * CountBits(in_keep >> 16));
+        Vector128::Put(io_at, GetHigh(high), 2 * CountBits(in_keep >> 24));
+    }
+
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void KeepWide(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
+        const Type low = Shuffle(in_low, LoadRows(KEEP_UNITS, in_keep, in_keep >> 16));
+        const Type high = Shuffle(in_high, LoadRows(KEEP_UNITS, in_keep >> 8, in_keep >> 24));
+        WriteWide<IS_BIG>(io_at, GetLow(low), in_keep);
+        WriteWide<IS_BIG>(io_at, GetLow(high), in_keep >> 8);
+        WriteWide<IS_BIG>(io_at, GetHigh(low), in_keep >> 16);
+        WriteWide<IS_BIG>(io_at, GetHigh(high), in_keep >> 24);
+    }
+
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void KeepPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
+                                       Type in_topHigh, std::uint64_t in_keep) {
+        const Type lowRows = LoadRows(KEEP_UNITS, in_keep, in_keep >> 16);
+        const Type highRows = LoadRows(KEEP_UNITS, in_keep >> 8, in_keep >> 24);
+        const Type low = Shuffle(in_low, lowRows);
+        const Type high = Shuffle(in_high, highRows);
+        const Type topLow = Shuffle(in_topLow, lowRows);
+        const Type topHigh = Shuffle(in_topHigh, highRows);
+        WritePairs<IS_BIG>(io_at, GetLow(low), GetLow(topLow), in_keep);
+        WritePairs<IS_BIG>(io_at, GetLow(high), GetLow(topHigh), in_keep >> 8);
+        WritePairs<IS_BIG>(io_at, GetHigh(low), GetHigh(topLow), in_keep >> 16);
+        WritePairs<IS_BIG>(io_at, GetHigh(high), GetHigh(topHigh), in_keep >> 24);
+    }
+
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_lanes, std::uint64_t in_isShort) {
+        const Type packed = Shuffle(in_lanes, LoadRows(PACK_UTF8_2, in_isShort, in_isShort >> 16));
+        Vector128::Put(io_at, GetLow(packed), 16 - CountBits(in_isShort));
+        Vector128::Put(io_at, GetHigh(packed), 16 - CountBits(in_isShort >> 16));
+    }
+
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
+                                             std::uint64_t in_isShort) {
+        const Type low = Shuffle(in_low, LoadRows(PACK_UTF8_2, in_isShort, in_isShort >> 16));
+        const Type high =
+            Shuffle(in_high, LoadRows(PACK_UTF8_2, in_isShort >> 8, in_isShort >> 24));
+        Vector128::Put(io_at, GetLow(low), 16 - CountBits(in_isShort));
+        Vector128::Put(io_at, GetLow(high), 16 - CountBits(in_isShort >> 8));
+        Vector128::Put(io_at, GetHigh(low), 16 - CountBits(in_isShort >> 16));
+        Vector128::Put(io_at, GetHigh(high), 16 - CountBits(in_isShort >> 24));
+    }
+
+    template <class To>
+    static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_lanes,
+                                      std::uint64_t in_index) {
+        const Type packed = Shuffle(in_lanes, LoadRows(in_table, in_index, in_index >> 16));
+        Vector128::Put(io_at, GetLow(packed), PACKED_SIZE.m_bytes[in_index & 0xFF]);
+        Vector128::Put(io_at, GetHigh(packed), PACKED_SIZE.m_bytes[(in_index >> 16) & 0xFF]);
+    }
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
+                                          Type in_high, std::uint64_t in_indexes) {
+        const Type low = Shuffle(in_low, LoadRows(in_table, in_indexes, in_indexes >> 16));
+        const Type high = Shuffle(in_high, LoadRows(in_table, in_indexes >> 8, in_indexes >> 24));
+        Vector128::Put(io_at, GetLow(low), PACKED_SIZE.m_bytes[in_indexes & 0xFF]);
+        Vector128::Put(io_at, GetLow(high), PACKED_SIZE.m_bytes[(in_indexes >> 8) & 0xFF]);
+        Vector128::Put(io_at, GetHigh(low), PACKED_SIZE.m_bytes[(in_indexes >> 16) & 0xFF]);
+        Vector128::Put(io_at, GetHigh(high), PACKED_SIZE.m_bytes[(in_indexes >> 24) & 0xFF]);
+    }
+
+    template <class To>
+    static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
+        const Type order = Repeat(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
+        const Type low = Shuffle(in_low, order);
+        const Type high = Shuffle(in_high, order);
+        Vector128::Put(io_at, GetLow(low), 12);
+        Vector128::Put(io_at, GetLow(high), 12);
+        Vector128::Put(io_at, GetHigh(low), 12);
+        Vector128::Put(io_at, GetHigh(high), 12);
+    }
+
+    static ORSKA_INLINE void WriteNarrow16(char* out_at, Type in_units) {
+        Vector128::Store(out_at, _mm_packus_epi16(GetLow(in_units), GetHigh(in_units)));
+    }
+    static ORSKA_INLINE void WriteNarrow32(char* out_at, Type in_units) {
+        const Type bytes = Shuffle(in_units, Repeat(0x0C080400, ~0U, ~0U, ~0U));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at),
+                         _mm_unpacklo_epi32(GetLow(bytes), GetHigh(bytes)));
+    }
+
+    template <class To>
+    static ORSKA_INLINE void KeepNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
+        const __m128i bytes = _mm_packus_epi16(GetLow(in_units), GetHigh(in_units));
+        Vector128::KeepBytes(io_at, bytes, (in_keep & 0xFF) | ((in_keep >> 8) & 0xFF00));
+    }
+
+    static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
+        const Type low = _mm256_permute4x64_epi64(in_low, _MM_SHUFFLE(3, 1, 2, 0));
+        const Type high = _mm256_permute4x64_epi64(in_high, _MM_SHUFFLE(3, 1, 2, 0));
+        out_first = ZipLow8(low, high);
+        out_second = ZipHigh8(low, high);
+    }
+
+    template <class To>
+    static ORSKA_INLINE void KeepBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
+        Vector128::KeepBytes(io_at, GetLow(in_bytes), in_keep);
+        Vector128::KeepBytes(io_at, GetHigh(in_bytes), in_keep >> 16);
+    }
+
+private:
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteUnits32(char* out_at, __m128i in_bytes) {
+        const Type low = _mm256_cvtepu8_epi32(in_bytes);
+        const Type high = _mm256_cvtepu8_epi32(_mm_unpackhi_epi64(in_bytes, in_bytes));
+        Store(out_at, IS_BIG ? Left32<24>(low) : low);
+        Store(out_at + 32, IS_BIG ? Left32<24>(high) : high);
+    }
+
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void WriteWide(To& io_at, __m128i in_units, std::uint64_t in_keep) {
+        const Type wide = _mm256_cvtepu16_epi32(in_units);
+        Put(io_at, IS_BIG ? Left32<16>(wide) : wide, 4 * CountBits(in_keep));
+    }
+
+    template <bool IS_BIG, class To>
+    static ORSKA_INLINE void WritePairs(To& io_at, __m128i in_units, __m128i in_tops,
+                                        std::uint64_t in_keep) {
+        const __m128i first = IS_BIG ? in_tops : in_units;
+        const __m128i second = IS_BIG ? in_units : in_tops;
+        Vector128::PutTwo(io_at, _mm_unpacklo_epi16(first, second),
+                          _mm_unpackhi_epi16(first, second), 4 * CountBits(in_keep));
+    }
+};
+
+}  // namespace
+
+}  // namespace Orska::Support::Siconv
+
+#endif

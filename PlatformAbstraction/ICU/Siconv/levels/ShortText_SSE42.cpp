@@ -1,0 +1,108 @@
+// Whole short texts with the instructions up to SSE4.2 and POPCNT: block after block into scratch
+// with room for all that they may write, without the ways in and out of the general functions.
+#include "PlatformAbstraction/ICU/ShortTextKernels.h"
+#include "PlatformAbstraction/ICU/Siconv/blocks/FromUtf8.h"
+#include "PlatformAbstraction/ICU/Siconv/blocks/ToUtf8.h"
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+// False for text that is not plain, or too short or too long to be done by four blocks.
+template <class Blocks>
+ORSKA_INLINE bool ConvertPlain(const char* in_from, std::uint64_t in_size, char* out_to) {
+    if (in_size - 16 > 64 - 16) {
+        return false;
+    }
+    return in_size <= 32 ? ConvertPlainEnds<Blocks, 1>(in_from, in_size, out_to)
+                         : ConvertPlainEnds<Blocks, 2>(in_from, in_size, out_to);
+}
+
+// Text below 800 in whole and part blocks of 8 units, to a buffer with room for two bytes a unit;
+// 0 for other text. What a block writes behind its bytes, the units behind it cover; the last block
+// is copied.
+ORSKA_INLINE std::int64_t ConvertUpTo7FF(const char* in_from, std::uint64_t in_size, char* out_to) {
+    using V = Vector128;
+    const auto isAscii = [](V::Type in_units) {
+        return V::Equal16(V::And(in_units, V::All16<0xFF80>()), V::Zero());
+    };
+    char* to = out_to;
+    for (; in_size >= 2 * V::SIZE; in_size -= V::SIZE, in_from += V::SIZE) {
+        const auto units = V::Load(in_from);
+        if (!V::IsZero(V::And(units, V::All16<0xF800>()))) {
+            return 0;
+        }
+        Utf8Packer<V>::Write2(units, isAscii(units), to);
+    }
+    for (std::uint64_t size = 0; in_size > 0; in_size -= size, in_from += size) {
+        char last[V::SIZE];
+        char* behind = last;
+        size = in_size < V::SIZE ? in_size : V::SIZE;
+        const auto units = size < V::SIZE ? V::LoadPart(in_from, size) : V::Load(in_from);
+        if (!V::IsZero(V::And(units, V::All16<0xF800>()))) {
+            return 0;
+        }
+        Utf8Packer<V>::Write2(units, isAscii(units), behind);
+        const std::uint64_t written =
+            static_cast<std::uint64_t>(behind - last) - (V::SIZE - size) / 2;
+        CopyShort(to, last, written);
+        to += written;
+    }
+    return to - out_to;
+}
+
+template <class Blocks>
+ORSKA_INLINE std::int64_t ConvertWhole(const char* in_from, std::uint64_t in_size,
+                                       char* out_scratch) {
+    constexpr std::uint64_t STEP = Blocks::V::SIZE;
+    Blocks blocks;
+    char* to = out_scratch;
+    for (; in_size >= STEP; in_size -= STEP, in_from += STEP) {
+        if (!blocks.Convert(Blocks::Load(in_from), to)) {
+            return -1;
+        }
+    }
+    // The zeros behind the text show a code point that is cut off.
+    if ((in_size > 0 || blocks.IsPending()) && !ConvertPart(blocks, in_from, in_size, to)) {
+        return -1;
+    }
+    return to - out_scratch;
+}
+
+}  // namespace
+
+std::int64_t ShortUtf16ToUtf8_SSE42(std::u16string_view in_text, char* out_buffer,
+                                    std::int64_t in_capacity) noexcept {
+    using Blocks = Utf16Blocks<Vector128, false>;
+    const auto* const from = reinterpret_cast<const char*>(in_text.data());
+    const std::uint64_t size = 2 * in_text.size();
+    const auto units = static_cast<std::int64_t>(in_text.size());
+    if (units <= in_capacity && ConvertPlain<Blocks>(from, size, out_buffer)) {
+        return units;
+    }
+    if (const std::int64_t written =
+            2 * units <= in_capacity ? ConvertUpTo7FF(from, size, out_buffer) : 0) {
+        return written;
+    }
+    char scratch[3 * MOST_SHORT_UNITS + Blocks::ROOM];
+    const std::int64_t written = ConvertWhole<Blocks>(from, size, scratch);
+    if (written > in_capacity) {
+        return -1;
+    }
+    if (written > 0) {
+        CopyPiece(out_buffer, scratch, static_cast<std::uint64_t>(written));
+    }
+    return written;
+}
+
+std::int64_t ShortUtf8ToUtf16_SSE42(std::string_view in_bytes, char16_t* out_units) noexcept {
+    using Blocks = Utf8Blocks<Vector128, UnitsOf16<Vector128, false>>;
+    auto* const to = reinterpret_cast<char*>(out_units);
+    if (ConvertPlain<Blocks>(in_bytes.data(), in_bytes.size(), to)) {
+        return static_cast<std::int64_t>(in_bytes.size());
+    }
+    const std::int64_t written = ConvertWhole<Blocks>(in_bytes.data(), in_bytes.size(), to);
+    return written < 0 ? written : written / 2;
+}
+
+}  // namespace Orska::Support::Siconv

@@ -1,0 +1,187 @@
+// The way through a text with AVX-512: windows of up to 64 bytes that each begin at a code point,
+// so that no window has to know of the one before. Whole windows while the target has room for all
+// that one may write; then windows that read and write under masks, as much as fits. What no window
+// can decide (malformed, cut off, full) is left to the scalar function, which is never more than a
+// window away. Included by kernels only; everything is local to the including file.
+//
+// A class of windows has
+// - SOURCE_UNIT, the bytes of a code unit; TARGET_UNIT, those of a plain character;
+// - ROOM, the most bytes that converting a whole window may write, scratch behind the text
+// included;
+// - IsPlain(bytes), whether the characters need no more than other units (at least ASCII is so),
+//   WritePlain(to, bytes) for 64 of them and WritePlainPart(to, bytes, size);
+// - GetCut(from), the bytes of a code point at the end of a valid whole window that goes on behind;
+// - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid;
+// - ConvertPart(cursor, bytes, size): the code points of a window with zeros behind it that are
+//   whole and fit; false when some do not fit or the window is not valid or holds none.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
+#define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
+
+#include <immintrin.h>
+
+#include "PlatformAbstraction/ICU/Siconv/blocks/Driver.h"
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+constexpr std::uint64_t WINDOW = 64;
+
+// A number in every lane. gcc would make it anew wherever it is used, by way of a general register,
+// which takes the unit that shuffles; it is read by an instruction that gcc cannot look into.
+template <class Word, Word VALUE>
+constexpr Word NUMBER = VALUE;
+template <std::uint32_t VALUE>
+ORSKA_INLINE __m512i All32() {
+    __m512i lanes;
+    __asm__("vpbroadcastd %1, %0" : "=v"(lanes) : "m"(NUMBER<std::uint32_t, VALUE>));
+    return lanes;
+}
+template <std::uint64_t VALUE>
+ORSKA_INLINE __m512i All64() {
+    __m512i lanes;
+    __asm__("vpbroadcastq %1, %0" : "=v"(lanes) : "m"(NUMBER<std::uint64_t, VALUE>));
+    return lanes;
+}
+template <std::uint32_t VALUE>
+ORSKA_INLINE __m512i All16() {
+    return All32<VALUE * 0x00010001U>();
+}
+template <std::uint32_t VALUE>
+ORSKA_INLINE __m512i All8() {
+    return All32<VALUE * 0x01010101U>();
+}
+
+// The lowest bits, all of them from 64 on; in_count: below 256, of which the processor looks at the
+// lowest byte alone.
+ORSKA_INLINE std::uint64_t GetLowBits(std::uint64_t in_count) {
+    return _bzhi_u64(~std::uint64_t{0}, in_count);
+}
+ORSKA_INLINE std::uint64_t CountBits(std::uint64_t in_mask) {
+    return static_cast<std::uint64_t>(__builtin_popcountll(in_mask));
+}
+// The bit of a mask that has in_index bits of it below; 0 when it has no more.
+ORSKA_INLINE std::uint64_t GetBit(std::uint64_t in_mask, std::uint64_t in_index) {
+    return in_index < 64 ? _pdep_u64(std::uint64_t{1} << in_index, in_mask) : 0;
+}
+// How many bits reach up to the highest one of a mask.
+ORSKA_INLINE std::uint64_t GetWidth(std::uint64_t in_mask) { return 64 - _lzcnt_u64(in_mask); }
+
+ORSKA_INLINE __m512i LoadWindow(const char* in_at) { return _mm512_loadu_si512(in_at); }
+// Zeros behind the first in_size bytes, which alone are read.
+ORSKA_INLINE __m512i LoadWindowPart(const char* in_at, std::uint64_t in_size) {
+    return _mm512_maskz_loadu_epi8(GetLowBits(in_size), in_at);
+}
+// Writes the first in_size bytes alone, at most 64.
+ORSKA_INLINE void StorePart(char* out_at, __m512i in_bytes, std::uint64_t in_size) {
+    _mm512_mask_storeu_epi8(out_at, GetLowBits(in_size), in_bytes);
+}
+// The same for COUNT vectors one behind the other; those that get nothing are not touched.
+template <std::uint32_t COUNT>
+ORSKA_INLINE void StoreParts(char* out_at, const __m512i (&in_parts)[COUNT],
+                             std::uint64_t in_size) {
+    for (std::uint32_t i = 0; i < COUNT && in_size > i * WINDOW; ++i) {
+        const std::uint64_t left = in_size - i * WINDOW;
+        StorePart(out_at + i * WINDOW, in_parts[i], left < WINDOW ? left : WINDOW);
+    }
+}
+template <std::uint32_t COUNT>
+ORSKA_INLINE void StoreWhole(char* out_at, const __m512i (&in_parts)[COUNT]) {
+    for (std::uint32_t i = 0; i < COUNT; ++i) {
+        _mm512_storeu_si512(out_at + i * WINDOW, in_parts[i]);
+    }
+}
+
+ORSKA_INLINE __m256i GetLowHalf(__m512i in_value) { return _mm512_castsi512_si256(in_value); }
+ORSKA_INLINE __m256i GetHighHalf(__m512i in_value) {
+    return _mm512_extracti64x4_epi64(in_value, 1);
+}
+
+// Units of the text to the processor's order, or back.
+template <bool IS_BIG>
+ORSKA_INLINE __m512i OrderUnits16(__m512i in_units) {
+    return IS_BIG ? _mm512_shldi_epi16(in_units, in_units, 8) : in_units;
+}
+template <bool IS_BIG>
+ORSKA_INLINE __m512i OrderUnits32(__m512i in_units) {
+    const __m512i order = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
+    return IS_BIG ? _mm512_shuffle_epi8(in_units, order) : in_units;
+}
+
+// 64 bytes as units of 16 bits.
+template <bool IS_BIG>
+ORSKA_INLINE void Widen16(__m512i in_bytes, __m512i (&out_units)[2]) {
+    const __m512i low = _mm512_cvtepu8_epi16(GetLowHalf(in_bytes));
+    const __m512i high = _mm512_cvtepu8_epi16(GetHighHalf(in_bytes));
+    out_units[0] = IS_BIG ? _mm512_slli_epi16(low, 8) : low;
+    out_units[1] = IS_BIG ? _mm512_slli_epi16(high, 8) : high;
+}
+// 64 bytes as units of 32 bits.
+template <bool IS_BIG>
+ORSKA_INLINE void Widen32(__m512i in_bytes, __m512i (&out_units)[4]) {
+    const __m128i quarters[4] = {
+        _mm512_castsi512_si128(in_bytes), _mm512_extracti32x4_epi32(in_bytes, 1),
+        _mm512_extracti32x4_epi32(in_bytes, 2), _mm512_extracti32x4_epi32(in_bytes, 3)};
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        const __m512i units = _mm512_cvtepu8_epi32(quarters[i]);
+        out_units[i] = IS_BIG ? _mm512_slli_epi32(units, 24) : units;
+    }
+}
+
+template <class Windows>
+ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
+    while (io_cursor.GetLeft() >= WINDOW && io_cursor.GetRoom() >= Windows::ROOM) {
+        const __m512i bytes = LoadWindow(io_cursor.m_from);
+        if (Windows::IsPlain(bytes)) {
+            Windows::WritePlain(io_cursor.m_to, bytes);
+            io_cursor.m_from += WINDOW;
+            io_cursor.m_to += WINDOW / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+        } else if (!Windows::ConvertWhole(io_cursor, bytes, Windows::GetCut(io_cursor.m_from))) {
+            return;
+        }
+    }
+}
+
+template <int SOURCE, int TARGET, class Windows>
+__attribute__((noinline)) std::int32_t ConvertWindows(TranscoderSource& io_source,
+                                                      TranscoderTarget& io_target) {
+    Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
+                  io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
+    ConvertWholeWindows<Windows>(cursor);
+    while (cursor.m_from != cursor.m_fromEnd) {
+        const std::uint64_t left = cursor.GetLeft();
+        const std::uint64_t size = left < WINDOW ? left : WINDOW;
+        if (!Windows::ConvertPart(cursor, LoadWindowPart(cursor.m_from, size), size)) {
+            break;
+        }
+    }
+    io_source.m_position = static_cast<std::uint64_t>(cursor.m_from - io_source.m_data);
+    io_target.m_position = static_cast<std::uint64_t>(cursor.m_to - io_target.m_data);
+    return cursor.m_from == cursor.m_fromEnd ? TRANSCODER_DONE
+                                             : ConvertScalar<SOURCE, TARGET>(io_source, io_target);
+}
+
+// The front of every function: up to 64 plain bytes are done here and the rest out of line.
+template <int SOURCE, int TARGET, class Windows>
+ORSKA_INLINE std::int32_t ConvertTextByWindows(TranscoderSource& io_source,
+                                               TranscoderTarget& io_target) {
+    const std::uint64_t size = io_source.m_length - io_source.m_position;
+    const std::uint64_t written = size / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+    if (size <= WINDOW && size % Windows::SOURCE_UNIT == 0 &&
+        io_target.m_length - io_target.m_position >= written) {
+        const __m512i bytes = LoadWindowPart(io_source.m_data + io_source.m_position, size);
+        if (Windows::IsPlain(bytes)) {
+            Windows::WritePlainPart(io_target.m_data + io_target.m_position, bytes, size);
+            io_source.m_position += size;
+            io_target.m_position += written;
+            return TRANSCODER_DONE;
+        }
+    }
+    return ConvertWindows<SOURCE, TARGET, Windows>(io_source, io_target);
+}
+
+}  // namespace
+
+}  // namespace Orska::Support::Siconv
+
+#endif

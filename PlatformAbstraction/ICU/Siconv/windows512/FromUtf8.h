@@ -1,0 +1,377 @@
+// From UTF-8 with the instructions up to AVX-512 VBMI2.
+//
+// Every byte of a window is worked on as if it were the last one of its code point, with the bytes
+// before it; then the places that are not the last one are dropped.
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMUTF8_H
+#define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMUTF8_H
+
+#include "PlatformAbstraction/ICU/Siconv/windows512/Driver.h"
+
+namespace Orska::Support::Siconv {
+
+namespace {
+
+constexpr std::uint64_t FULL = ~std::uint64_t{0};
+
+// Bits of in_a where BITS has them set, of in_b elsewhere.
+template <std::uint32_t BITS>
+ORSKA_INLINE __m512i ChooseBits(__m512i in_a, __m512i in_b) {
+    return _mm512_ternarylogic_epi32(All8<BITS>(), in_a, in_b, 0xCA);
+}
+
+// The bytes COUNT places earlier, up to 16; zeros come in at the start.
+template <int COUNT>
+ORSKA_INLINE __m512i Earlier(__m512i in_bytes) {
+    const __m512i before = _mm512_alignr_epi32(in_bytes, _mm512_setzero_si512(), 12);
+    return _mm512_alignr_epi8(in_bytes, before, 16 - COUNT);
+}
+
+// The code points of a window, by the place of their last byte. Towards UTF-16 the last but one of
+// four bytes has a lead surrogate.
+struct CodePoints {
+    __m512i m_low;           // bits 0 to 7
+    __m512i m_high;          // bits 8 to 15
+    __m512i m_top;           // bits 16 to 20, if m_hasTop
+    bool m_hasTop;           // some have four bytes
+    std::uint64_t m_keep;    // the places that count
+    std::uint64_t m_last;    // those of them that end a code point
+    std::uint64_t m_inside;  // bytes of whole code points
+};
+
+// A pair of vectors that hold the bytes of each unit one behind the other.
+ORSKA_INLINE void Zip(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
+    const __m512i order = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
+    const __m512i first = _mm512_permutexvar_epi64(order, in_first);
+    const __m512i second = _mm512_permutexvar_epi64(order, in_second);
+    out_units[0] = _mm512_unpacklo_epi8(first, second);
+    out_units[1] = _mm512_unpackhi_epi8(first, second);
+}
+
+template <bool IS_BIG>
+struct WindowUnitsOf16 {
+    static constexpr std::uint32_t UNIT = 2;
+    static constexpr std::uint32_t PARTS = 2;
+    static constexpr bool KEEPS_THIRD = true;
+    static constexpr bool HAS_RUNS = true;
+
+    static ORSKA_INLINE void WidenPlain(__m512i in_bytes, __m512i (&out_parts)[PARTS]) {
+        Widen16<IS_BIG>(in_bytes, out_parts);
+    }
+    static ORSKA_INLINE void Gather(const CodePoints& in_text, __m512i (&out_parts)[PARTS]) {
+        const __m512i low = _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_low);
+        const __m512i high = _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_high);
+        if (IS_BIG) {
+            Zip(high, low, out_parts);
+        } else {
+            Zip(low, high, out_parts);
+        }
+    }
+    // in_plane: bits 16 to 20 less 1, where in_third.
+    static ORSKA_INLINE void SetLong(__m512i in_at, __m512i in_1, __m512i, __m512i in_plane,
+                                     std::uint64_t in_third, std::uint64_t in_fourth,
+                                     CodePoints& io_text) {
+        const __m512i leadHigh = _mm512_or_si512(
+            All8<0xD8>(), _mm512_and_si512(_mm512_srli_epi16(in_plane, 2), All8<3>()));
+        const __m512i leadLow = ChooseBits<0xC0>(
+            _mm512_slli_epi16(in_plane, 6),
+            ChooseBits<0x3C>(_mm512_slli_epi16(in_1, 2),
+                             _mm512_and_si512(_mm512_srli_epi16(in_at, 4), All8<3>())));
+        const __m512i trailHigh = ChooseBits<0xFC>(All8<0xDC>(), io_text.m_high);
+        const __m512i high = _mm512_mask_mov_epi8(io_text.m_high, in_third, leadHigh);
+        io_text.m_high = _mm512_mask_mov_epi8(high, in_fourth, trailHigh);
+        io_text.m_low = _mm512_mask_mov_epi8(io_text.m_low, in_third, leadLow);
+    }
+    // Code points of three bytes in lanes of 32 bits. Writes 32 bytes.
+    static ORSKA_INLINE void WriteRun3(char* out_at, __m512i in_codePoints) {
+        const __m512i units = OrderUnits16<IS_BIG>(in_codePoints);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at), _mm512_cvtepi32_epi16(units));
+    }
+    // Code points less 10000 in lanes of 32 bits. Writes 64 bytes.
+    static ORSKA_INLINE void WriteRun4(char* out_at, __m512i in_offsets) {
+        const __m512i trail = _mm512_slli_epi32(in_offsets, 16);
+        const __m512i lead = _mm512_srli_epi32(in_offsets, 10);
+        const __m512i bits = _mm512_ternarylogic_epi32(All32<0x03FF0000>(), trail, lead, 0xCA);
+        const __m512i pair = _mm512_or_si512(bits, All32<0xDC00D800>());
+        _mm512_storeu_si512(out_at, OrderUnits16<IS_BIG>(pair));
+    }
+};
+
+// What the targets that take a code point as a whole share.
+struct ToWholeCodePoints {
+    static constexpr bool KEEPS_THIRD = false;
+
+    // in_2: two bytes earlier; in_plane: see above.
+    static ORSKA_INLINE void SetLong(__m512i, __m512i, __m512i in_2, __m512i in_plane,
+                                     std::uint64_t, std::uint64_t in_fourth, CodePoints& io_text) {
+        io_text.m_high =
+            _mm512_mask_mov_epi8(io_text.m_high, in_fourth,
+                                 ChooseBits<0xF0>(_mm512_slli_epi16(in_2, 4), io_text.m_high));
+        io_text.m_top =
+            _mm512_maskz_mov_epi8(in_fourth, _mm512_add_epi8(Earlier<1>(in_plane), All8<1>()));
+    }
+};
+
+template <bool IS_BIG>
+struct WindowUnitsOf32 : ToWholeCodePoints {
+    static constexpr std::uint32_t UNIT = 4;
+    static constexpr std::uint32_t PARTS = 4;
+    static constexpr bool HAS_RUNS = true;
+
+    static ORSKA_INLINE void WidenPlain(__m512i in_bytes, __m512i (&out_parts)[PARTS]) {
+        Widen32<IS_BIG>(in_bytes, out_parts);
+    }
+    static ORSKA_INLINE void Gather(const CodePoints& in_text, __m512i (&out_parts)[PARTS]) {
+        __m512i units[2];
+        Zip(_mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_low),
+            _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_high), units);
+        __m512i tops[4];
+        if (in_text.m_hasTop) {
+            Widen32<false>(_mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_top), tops);
+        }
+        for (std::uint32_t i = 0; i < PARTS; ++i) {
+            const __m512i pair = units[i / 2];
+            __m512i whole =
+                _mm512_cvtepu16_epi32(i % 2 == 0 ? GetLowHalf(pair) : GetHighHalf(pair));
+            if (in_text.m_hasTop) {
+                whole = _mm512_or_si512(whole, _mm512_slli_epi32(tops[i], 16));
+            }
+            out_parts[i] = OrderUnits32<IS_BIG>(whole);
+        }
+    }
+    static ORSKA_INLINE void WriteRun3(char* out_at, __m512i in_codePoints) {
+        _mm512_storeu_si512(out_at, OrderUnits32<IS_BIG>(in_codePoints));
+    }
+    static ORSKA_INLINE void WriteRun4(char* out_at, __m512i in_offsets) {
+        const __m512i codePoints = _mm512_add_epi32(in_offsets, All32<0x10000>());
+        _mm512_storeu_si512(out_at, OrderUnits32<IS_BIG>(codePoints));
+    }
+};
+
+struct WindowUnitsOf8 : ToWholeCodePoints {
+    static constexpr std::uint32_t UNIT = 1;
+    static constexpr std::uint32_t PARTS = 1;
+    static constexpr bool HAS_RUNS = false;
+
+    static ORSKA_INLINE void WidenPlain(__m512i in_bytes, __m512i (&out_parts)[PARTS]) {
+        out_parts[0] = in_bytes;
+    }
+    static ORSKA_INLINE void Gather(const CodePoints& in_text, __m512i (&out_parts)[PARTS]) {
+        const __m512i above =
+            in_text.m_hasTop ? _mm512_or_si512(in_text.m_high, in_text.m_top) : in_text.m_high;
+        const std::uint64_t isLarge = _mm512_test_epi8_mask(above, above);
+        const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8<0x1A>());
+        out_parts[0] = _mm512_maskz_compress_epi8(in_text.m_keep, bytes);
+    }
+};
+
+template <class Target>
+class Utf8Windows {
+public:
+    static constexpr std::uint64_t SOURCE_UNIT = 1;
+    static constexpr std::uint64_t TARGET_UNIT = Target::UNIT;
+    static constexpr std::uint64_t ROOM = WINDOW * Target::UNIT;
+
+    static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
+        return _mm512_movepi8_mask(in_bytes) == 0;
+    }
+    static ORSKA_INLINE void WritePlain(char* out_to, __m512i in_bytes) {
+        __m512i parts[Target::PARTS];
+        Target::WidenPlain(in_bytes, parts);
+        StoreWhole(out_to, parts);
+    }
+    static ORSKA_INLINE void WritePlainPart(char* out_to, __m512i in_bytes, std::uint64_t in_size) {
+        __m512i parts[Target::PARTS];
+        Target::WidenPlain(in_bytes, parts);
+        StoreParts(out_to, parts, in_size * Target::UNIT);
+    }
+
+    // From the last three bytes alone, so that the next window need not wait for the masks. At most
+    // one of the comparisons holds in valid text.
+    static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
+        const auto isFrom = [in_from](std::uint64_t in_at, unsigned char in_least) {
+            return std::uint64_t{static_cast<unsigned char>(in_from[in_at]) >= in_least};
+        };
+        return isFrom(63, 0xC0) | isFrom(62, 0xE0) << 1 | isFrom(61, 0xF0) * 3;
+    }
+
+    static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
+        if constexpr (Target::HAS_RUNS) {
+            if (ConvertRun(io_cursor, in_at)) {
+                return true;
+            }
+        }
+        CodePoints text;
+        if (!Read(in_at, WINDOW, text)) {
+            return false;
+        }
+        __m512i parts[Target::PARTS];
+        Target::Gather(text, parts);
+        StoreWhole(io_cursor.m_to, parts);
+        io_cursor.m_from += WINDOW - in_cut;
+        io_cursor.m_to += CountBits(text.m_keep) * Target::UNIT;
+        return true;
+    }
+
+    static ORSKA_INLINE bool ConvertPart(Cursor& io_cursor, __m512i in_at, std::uint64_t in_size) {
+        CodePoints text;
+        if (!Read(in_at, in_size, text) || text.m_inside == 0) {
+            return false;
+        }
+        const std::uint64_t room = io_cursor.GetRoom() / Target::UNIT;
+        const bool isFull = CountBits(text.m_keep) > room;
+        if (isFull) {
+            text.m_inside = GetWidth(text.m_last & (GetBit(text.m_keep, room) - 1));
+            text.m_keep &= GetLowBits(text.m_inside);
+        }
+        __m512i parts[Target::PARTS];
+        Target::Gather(text, parts);
+        const std::uint64_t written = CountBits(text.m_keep) * Target::UNIT;
+        StoreParts(io_cursor.m_to, parts, written);
+        io_cursor.m_from += text.m_inside;
+        io_cursor.m_to += written;
+        return !isFull;
+    }
+
+private:
+    // False when the window, up to the last code point that is whole, is not valid.
+    static ORSKA_INLINE bool Read(__m512i in_at, std::uint64_t in_size, CodePoints& out_text) {
+        const std::uint64_t notAscii = _mm512_movepi8_mask(in_at);
+        const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
+        const std::uint64_t lead3 = _mm512_cmpge_epu8_mask(in_at, All8<0xE0>());
+        const std::uint64_t isOverlong2 = _mm512_mask_cmplt_epu8_mask(lead, in_at, All8<0xC2>());
+        const __m512i before = Earlier<1>(in_at);
+        // Where a follower stands unexpected or is missing, so far.
+        const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1;
+        const __m512i follower = ChooseBits<0xC0>(_mm512_slli_epi16(before, 6), in_at);
+        out_text.m_low = _mm512_mask_mov_epi8(in_at, notAscii, follower);
+        out_text.m_high = _mm512_maskz_mov_epi8(
+            notAscii, _mm512_and_si512(_mm512_srli_epi16(before, 2), All8<0x0F>()));
+        out_text.m_top = _mm512_setzero_si512();
+        out_text.m_hasTop = false;
+        if (lead3 != 0) {
+            return ReadLong(in_at, before, in_size, lead, lead3, unexplained, isOverlong2,
+                            out_text);
+        }
+        return Finish(in_size, lead, lead >> (in_size - 1), unexplained | isOverlong2, ~lead, ~lead,
+                      out_text);
+    }
+
+    // A window with sequences of three or four bytes.
+    static ORSKA_INLINE bool ReadLong(__m512i in_at, __m512i in_1, std::uint64_t in_size,
+                                      std::uint64_t in_lead, std::uint64_t in_lead3,
+                                      std::uint64_t in_unexplained, std::uint64_t in_wrong,
+                                      CodePoints& io_text) {
+        const __m512i before2 = Earlier<2>(in_at);
+        const std::uint64_t lead4 = _mm512_cmpge_epu8_mask(in_at, All8<0xF0>());
+        const std::uint64_t ends3 = (in_lead3 & ~lead4) << 2;
+        io_text.m_high = _mm512_mask_mov_epi8(
+            io_text.m_high, ends3, ChooseBits<0xF0>(_mm512_slli_epi16(before2, 4), io_text.m_high));
+        const __m512i five = _mm512_and_si512(io_text.m_high, All8<0xF8>());
+        const std::uint64_t isOverlong3 = _mm512_mask_testn_epi8_mask(ends3, five, five);
+        const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8<0xD8>());
+        std::uint64_t wrong =
+            (in_unexplained ^ in_lead3 << 2 ^ lead4 << 3) | in_wrong | isOverlong3 | isSurrogate;
+        const std::uint64_t cut = in_lead >> (in_size - 1) | in_lead3 >> ((in_size - 2) & 63) |
+                                  lead4 >> ((in_size - 3) & 63);
+        std::uint64_t keep = ~(in_lead | in_lead3 << 1);
+        const std::uint64_t third = lead4 << 2;
+        if (lead4 != 0) {
+            // Bits 16 to 20, which must be 1 to 16.
+            const __m512i bits =
+                ChooseBits<0x1C>(_mm512_slli_epi16(before2, 2),
+                                 _mm512_and_si512(_mm512_srli_epi16(in_1, 4), All8<3>()));
+            const __m512i plane = _mm512_add_epi8(bits, All8<0xFF>());
+            wrong |= _mm512_mask_test_epi8_mask(third, plane, All8<0xF0>()) |
+                     _mm512_cmpge_epu8_mask(in_at, All8<0xF5>());
+            Target::SetLong(in_at, in_1, before2, plane, third, lead4 << 3, io_text);
+            io_text.m_hasTop = true;
+            keep &= Target::KEEPS_THIRD ? FULL : ~third;
+        }
+        return Finish(in_size, in_lead, cut, wrong, keep, keep & ~third, io_text);
+    }
+
+    // in_cut: not 0 when the last lead has not all its bytes in the window.
+    static ORSKA_INLINE bool Finish(std::uint64_t in_size, std::uint64_t in_lead,
+                                    std::uint64_t in_cut, std::uint64_t in_wrong,
+                                    std::uint64_t in_keep, std::uint64_t in_last,
+                                    CodePoints& out_text) {
+        const std::uint64_t inside = in_cut == 0 ? in_size : GetWidth(in_lead) - 1;
+        out_text.m_inside = inside;
+        out_text.m_keep = in_keep & GetLowBits(inside);
+        out_text.m_last = in_last & GetLowBits(inside);
+        // The place behind is looked at as well: the cut lead may stand where another one still
+        // expects a byte.
+        return (in_wrong & GetLowBits(inside + 1)) == 0;
+    }
+
+    // A whole window of nothing but sequences of three or of four bytes, from the start of one on.
+    // False when it is not the start of such a run.
+    static ORSKA_INLINE bool ConvertRun(Cursor& io_cursor, __m512i in_at) {
+        const char* const start = io_cursor.m_from;
+        const auto first = static_cast<unsigned char>(*start);
+        if (first >= 0xF0) {
+            ConvertRun4(io_cursor, in_at);
+        } else if (first >= 0xE0) {
+            ConvertRun3(io_cursor, in_at);
+        }
+        return io_cursor.m_from != start;
+    }
+
+    // Takes 48 bytes of a window at a time.
+    static ORSKA_INLINE void ConvertRun3(Cursor& io_cursor, __m512i in_at) {
+        const __m512i order =
+            _mm512_set_epi32(0x002D2E2F, 0x002A2B2C, 0x00272829, 0x00242526, 0x00212223, 0x001E1F20,
+                             0x001B1C1D, 0x0018191A, 0x00151617, 0x00121314, 0x000F1011, 0x000C0D0E,
+                             0x00090A0B, 0x00060708, 0x00030405, 0x00000102);
+        while (true) {
+            const __m512i lanes = _mm512_permutexvar_epi8(order, in_at);
+            const __m512i marks = _mm512_and_si512(lanes, All32<0x00F0C0C0>());
+            const __m512i bits = _mm512_and_si512(lanes, All32<0x000F3F3F>());
+            const __m512i halves = _mm512_maddubs_epi16(bits, All32<0x00014001>());
+            const __m512i codePoints = _mm512_madd_epi16(halves, All32<0x10000001>());
+            const __m512i five = _mm512_and_si512(codePoints, All32<0xF800>());
+            const __mmask16 isGood = _mm512_mask_cmpneq_epi32_mask(
+                _mm512_mask_cmpeq_epi32_mask(_mm512_test_epi32_mask(five, five), marks,
+                                             All32<0x00E08080>()),
+                five, All32<0xD800>());
+            if (isGood != 0xFFFF) {
+                return;
+            }
+            Target::WriteRun3(io_cursor.m_to, codePoints);
+            io_cursor.m_from += 48;
+            io_cursor.m_to += 16 * Target::UNIT;
+            if (io_cursor.GetLeft() < WINDOW || io_cursor.GetRoom() < 16 * Target::UNIT) {
+                return;
+            }
+            in_at = LoadWindow(io_cursor.m_from);
+        }
+    }
+
+    static ORSKA_INLINE void ConvertRun4(Cursor& io_cursor, __m512i in_at) {
+        while (true) {
+            const __m512i marks = _mm512_and_si512(in_at, All32<0xC0C0C0F8>());
+            const __m512i bits = _mm512_and_si512(in_at, All32<0x3F3F3F07>());
+            const __m512i halves = _mm512_maddubs_epi16(bits, All32<0x01400140>());
+            const __m512i codePoints = _mm512_madd_epi16(halves, All32<0x00011000>());
+            const __m512i offsets = _mm512_sub_epi32(codePoints, All32<0x10000>());
+            const __mmask16 isGood = _mm512_mask_cmplt_epu32_mask(
+                _mm512_cmpeq_epi32_mask(marks, All32<0x808080F0>()), offsets, All32<0x100000>());
+            if (isGood != 0xFFFF) {
+                return;
+            }
+            Target::WriteRun4(io_cursor.m_to, offsets);
+            io_cursor.m_from += WINDOW;
+            io_cursor.m_to += WINDOW;
+            if (io_cursor.GetLeft() < WINDOW || io_cursor.GetRoom() < WINDOW) {
+                return;
+            }
+            in_at = LoadWindow(io_cursor.m_from);
+        }
+    }
+};
+
+}  // namespace
+
+}  // namespace Orska::Support::Siconv
+
+#endif
