@@ -2,7 +2,6 @@
 
 #include <unicode/locid.h>
 
-#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cwchar>
@@ -23,9 +22,6 @@ std::uint32_t s_initCount = 0;
 // Process-wide: the platform object while the count is above 0. Changed by the same.
 PlatformInstance* s_instance = nullptr;
 
-// Process-wide: set by InitializePlatform and SetVerbose, read by TraceVerbose.
-std::atomic<bool> s_isVerbose = false;
-
 /// Writes one whole line, so that lines of several threads do not mix.
 void WriteLine(const char* in_function, const char* in_arguments) {
     std::fprintf(stderr, "Entering Orska::Platform::%s(%s) with s_initCount ==%u.\n", in_function,
@@ -42,6 +38,7 @@ void RunWideFormatter() {
 void TakeEncodingsFromSettings() {
     using Support::orska_wstring;
     using Support::OrskaSettingReader;
+    Support::SetAnsiEncodingSetting(&OrskaSettingReader::GetAppCharEncoding);
     orska_wstring::InitializeAnsiEncoding();
     orska_wstring::SetDriverManagerEncoding(OrskaSettingReader::GetDriverManagerEncoding());
 }
@@ -82,7 +79,7 @@ PlatformInstance* InitializePlatform(bool in_isVerbose) {
 }
 
 void UninitializePlatform() {
-    if (s_isVerbose) {
+    if (IsVerbose()) {
         WriteLine("UninitializePlatform", "");
     }
     --s_initCount;
@@ -90,18 +87,6 @@ void UninitializePlatform() {
         Support::SetPlatformStringConverter(nullptr);
         delete s_instance;
         s_instance = nullptr;
-    }
-}
-
-void SetVerbose(bool in_isVerbose) noexcept {
-    s_isVerbose = in_isVerbose;
-    Support::SetVerboseTraceSink(&TraceVerbose);
-}
-
-void TraceVerbose(const char* in_text) {
-    if (s_isVerbose) {
-        std::fprintf(stderr, "%s\n", in_text);
-        std::fflush(stderr);
     }
 }
 

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 
+#include "PlatformAbstraction/base/VerboseTrace.h"
 #include "PlatformAbstraction/strings/IPlatformStringConverter.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
 
@@ -68,11 +69,6 @@ PlatformInstance* InitializePlatform(bool in_isVerbose);
 /// Counts one user less; the last one destroys the platform object and takes the string converter
 /// away. To be called once for each InitializePlatform: a further call wraps the count.
 void UninitializePlatform();
-
-void SetVerbose(bool in_isVerbose) noexcept;
-
-/// Writes the text and a line end to standard error when the verbose trace is on.
-void TraceVerbose(const char* in_text);
 
 }  // namespace Orska::Platform
 

@@ -1,40 +1,14 @@
-/// Clears memory that held a password.
+/// The names under which the editor and what stands on it clear passwords.
 #ifndef VELTRANEDIALOG_WIPE_H
 #define VELTRANEDIALOG_WIPE_H
 
-#include <cstddef>
-#include <string>
+#include "PlatformAbstraction/base/Wipe.h"
 
 namespace Veltrane::ODBC {
 
-/// Writes zeros that the compiler may not leave out.
-inline void WipeBytes(void* out_bytes, std::size_t in_count) {
-    volatile unsigned char* bytes = static_cast<unsigned char*>(out_bytes);
-    for (std::size_t i = 0; i < in_count; ++i) {
-        bytes[i] = 0;
-    }
-}
-
-/// Clears the whole buffer of a string, also what is left in it of a longer text, and empties it.
-template <typename Char>
-void Wipe(std::basic_string<Char>& io_text) {
-    io_text.resize(io_text.capacity());
-    WipeBytes(io_text.data(), io_text.size() * sizeof(Char));
-    io_text.clear();
-}
-
-/// Clears a string on every way out of a block.
-template <typename Char>
-class WipeAtEnd {
-public:
-    explicit WipeAtEnd(std::basic_string<Char>& io_text) : m_text(io_text) {}
-    WipeAtEnd(const WipeAtEnd&) = delete;
-    WipeAtEnd& operator=(const WipeAtEnd&) = delete;
-    ~WipeAtEnd() { Wipe(m_text); }
-
-private:
-    std::basic_string<Char>& m_text;
-};
+using Orska::Support::Wipe;
+using Orska::Support::WipeAtEnd;
+using Orska::Support::WipeBytes;
 
 }  // namespace Veltrane::ODBC
 

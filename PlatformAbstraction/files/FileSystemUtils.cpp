@@ -4,7 +4,7 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 
 namespace Orska::Support {
 

@@ -23,8 +23,8 @@ public:
     /// begins with "." or is relative for the system.
     static bool IsJoinedToDirectory(const orska_wstring& in_path);
 
-    /// The directory of the file that holds this library (or of the program it is linked into),
-    /// with a separator at its end; empty when the system does not tell.
+    /// GetOwnDirectory as a text: absolute, with a separator at its end; empty when the system does
+    /// not tell.
     static orska_wstring GetModuleDirectory();
 
     /// The directory for temporary files as the system names it; NULL when it does not, or when the

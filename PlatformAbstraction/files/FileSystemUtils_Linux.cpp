@@ -1,33 +1,14 @@
-#include <dlfcn.h>
-#include <link.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
+#include "PlatformAbstraction/base/OwnDirectory.h"
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 
 namespace Orska::Support {
-
-namespace {
-
-/// The file that the code of this library was loaded from.
-const char* FindModuleFile() {
-    static const char s_anchor = 0;
-    Dl_info info;
-    void* extra = nullptr;
-    if (dladdr1(&s_anchor, &info, &extra, RTLD_DL_LINKMAP) == 0) {
-        return "/proc/self/exe";
-    }
-    // The program itself has no name here; dladdr would give argv[0], which may be anything.
-    const link_map* module = static_cast<const link_map*>(extra);
-    return module->l_name[0] == '\0' ? "/proc/self/exe" : module->l_name;
-}
-
-}  // namespace
 
 std::filesystem::path FileSystemUtils::GetNativePath(const orska_wstring& in_path) {
     std::string path = in_path.GetAsUtf8();
@@ -55,14 +36,7 @@ bool FileSystemUtils::IsRelative(const orska_wstring& in_path) {
 }
 
 orska_wstring FileSystemUtils::GetModuleDirectory() {
-    const std::unique_ptr<char, decltype(&std::free)> file(realpath(FindModuleFile(), nullptr),
-                                                           &std::free);
-    orska_wstring directory;
-    if (file != nullptr) {
-        const std::string path = file.get();
-        directory.SetFromUtf8(path.substr(0, path.rfind('/') + 1));
-    }
-    return directory;
+    return orska_wstring().SetFromUtf8(GetOwnDirectory().native());
 }
 
 orska_wstring FileSystemUtils::GetTempDirectory() {

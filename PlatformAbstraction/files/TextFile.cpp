@@ -8,8 +8,8 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/OrskaUtility.h"
 #include "PlatformAbstraction/files/FileSystemUtils.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 
 namespace Orska::Support {
 

@@ -11,6 +11,7 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 #include "PlatformAbstraction/files/TextFile.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
@@ -23,22 +24,6 @@ namespace {
 constexpr char SOURCE[] = "PlatformAbstraction\\IniFileConfigurationReader";
 constexpr char PARSE_KEY_VALUE[] = "`anonymous-namespace'::ParseKeyValue";
 
-constexpr bool IsBlank(char in_byte) {
-    return in_byte == ' ' || (in_byte >= '\t' && in_byte <= '\r');
-}
-
-std::string_view Trim(std::string_view in_text) {
-    const char* first = in_text.data();
-    const char* end = first + in_text.size();
-    while (first != end && IsBlank(*first)) {
-        ++first;
-    }
-    while (first != end && IsBlank(end[-1])) {
-        --end;
-    }
-    return {first, static_cast<std::size_t>(end - first)};
-}
-
 /// The line up to the first comment sign. They stand anywhere, also in quotes, which is meant.
 std::string_view CutComment(std::string_view in_line) {
     const std::size_t sign = in_line.find('#');
@@ -50,9 +35,7 @@ std::string_view CutComment(std::string_view in_line) {
 void ToUpper(std::string_view in_text, std::string& out_upper) {
     out_upper.resize(in_text.size());
     for (std::size_t index = 0; index < in_text.size(); ++index) {
-        const char byte = in_text[index];
-        const bool isLower = byte >= 'a' && byte <= 'z';
-        out_upper[index] = static_cast<char>(isLower ? byte - 'a' + 'A' : byte);
+        out_upper[index] = ToUpperAscii(in_text[index]);
     }
 }
 

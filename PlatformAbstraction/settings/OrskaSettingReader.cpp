@@ -1,7 +1,5 @@
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
 
-#include <unicode/ucnv.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <mutex>
@@ -9,14 +7,13 @@
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
-#include "PlatformAbstraction/Platform.h"
+#include "PlatformAbstraction/base/VerboseTrace.h"
 #include "PlatformAbstraction/base/orska_abort.h"
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 #include "PlatformAbstraction/settings/ISettingListener.h"
 #include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
 #include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
 #include "PlatformAbstraction/settings/SettingKeys.h"
-#include "PlatformAbstraction/strings/ProcessEncodings.h"
 
 namespace Orska::Support {
 
@@ -297,16 +294,6 @@ EncodingType OrskaSettingReader::GetDriverManagerEncoding() {
     ORSKA_THROW(
         (TraceSite{"Orska::Support::OrskaSettingReader::GetDriverManagerEncoding", SOURCE, 186}),
         StartupInitException("DriverManagerEncoding setting is not a legal encoding."));
-}
-
-EncodingType orska_wstring::InitializeAnsiEncoding() {
-    TraceVerbose("orska_wstring::InitializeAnsiEncoding()");
-    EncodingType encoding = OrskaSettingReader::GetAppCharEncoding();
-    if (encoding == EncodingType::ENC_NONE) {
-        encoding = ICUUtils::GetEncodingEnum(ucnv_getDefaultName());
-    }
-    SetAnsiEncoding(encoding);
-    return encoding;
 }
 
 // The accessors.

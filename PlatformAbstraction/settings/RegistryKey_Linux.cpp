@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 #include "PlatformAbstraction/settings/RegistryKey.h"
 #include "tools/trace.h"
 

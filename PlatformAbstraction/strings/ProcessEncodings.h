@@ -15,19 +15,21 @@ class IPlatformStringConverter;
 EncodingType GetAnsiEncoding() noexcept;
 void SetAnsiEncoding(EncodingType in_encoding) noexcept;
 
-/// The encoding towards the driver manager; UTF-16LE from the start. Set by
-/// orska_wstring::SetDriverManagerEncoding.
+/// The encoding towards the driver manager; UTF-16LE from the start.
 EncodingType GetDriverManagerEncoding() noexcept;
+void SetDriverManagerEncoding(EncodingType in_encoding) noexcept;
 
 /// The converter of the started platform; null before the start and after the shut-down.
 IPlatformStringConverter* GetPlatformStringConverter() noexcept;
 /// @param in_converter  not owned; must live until it is replaced; null to convert without it again
 void SetPlatformStringConverter(IPlatformStringConverter* in_converter) noexcept;
 
-/// Where the string layer writes its verbose trace lines, one call a line without a line end; null,
-/// as at the start, writes none. The platform stands above the strings, so it hands itself in here.
-using VerboseTraceSink = void (*)(const char* in_text);
-void SetVerboseTraceSink(VerboseTraceSink in_sink) noexcept;
+/// What the settings say about the ANSI encoding, ENC_NONE when nothing. The settings stand above
+/// the strings, so the platform hands their reader in here; null, as at the start: nothing is said.
+using EncodingSetting = EncodingType (*)();
+void SetAnsiEncodingSetting(EncodingSetting in_setting) noexcept;
+/// Throws what the reader throws.
+EncodingType ReadAnsiEncodingSetting();
 
 }  // namespace Orska::Support
 

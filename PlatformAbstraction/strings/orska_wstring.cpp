@@ -2,6 +2,7 @@
 
 #include <unicode/locid.h>
 #include <unicode/regex.h>
+#include <unicode/ucnv.h>
 
 #include <algorithm>
 #include <cstring>
@@ -12,6 +13,8 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/ICU/ICUUtils.h"
+#include "PlatformAbstraction/base/VerboseTrace.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/IPlatformStringConverter.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
@@ -126,6 +129,21 @@ void CheckForICUError(UErrorCode in_status, const orska_wstring& in_pattern) {
 }
 
 }  // namespace
+
+EncodingType orska_wstring::InitializeAnsiEncoding() {
+    Platform::TraceVerbose("orska_wstring::InitializeAnsiEncoding()");
+    EncodingType encoding = ReadAnsiEncodingSetting();
+    if (encoding == EncodingType::ENC_NONE) {
+        encoding = ICUUtils::GetEncodingEnum(ucnv_getDefaultName());
+    }
+    SetAnsiEncoding(encoding);
+    return encoding;
+}
+
+void orska_wstring::SetDriverManagerEncoding(EncodingType in_encoding) {
+    Platform::TraceVerbose("orska_wstring::SetDriverManagerEncoding()");
+    Support::SetDriverManagerEncoding(in_encoding);
+}
 
 orska_wstring::orska_wstring(const orska_wstring& in_other) : m_text(CopyOf(in_other.m_text)) {}
 

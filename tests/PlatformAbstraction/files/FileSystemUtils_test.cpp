@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 #include "PlatformAbstraction/files/TextFile.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/ThrownMessage.h"

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 #include "PlatformAbstraction/files/TextFile.h"
 #include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
 #include "tests/support/SettingText.h"

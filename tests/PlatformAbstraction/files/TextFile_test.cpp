@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "PlatformAbstraction/base/VerboseTrace.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "tests/support/StringConverter_Fake.h"
 #include "tests/support/ThrownMessage.h"
@@ -171,15 +172,16 @@ TEST(OrskaWstringTest, TheAnsiEncodingIsThatOfUnnamedNarrowText) {
 }
 
 TEST(OrskaWstringTest, TheDriverManagerEncodingIsSetUncheckedAndTraced) {
-    static Strings s_lines;
     EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
-    SetVerboseTraceSink([](const char* in_text) { s_lines.push_back(in_text); });
+    Platform::SetVerbose(true);
+    testing::internal::CaptureStderr();
     orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_NONE);
-    SetVerboseTraceSink(nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "orska_wstring::SetDriverManagerEncoding()\n");
+    Platform::SetVerbose(false);
     EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_NONE);
     orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_UTF32LE);
     EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF32LE);
-    EXPECT_EQ(s_lines, Strings{"orska_wstring::SetDriverManagerEncoding()"});
     orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_UTF16LE);
 }
 

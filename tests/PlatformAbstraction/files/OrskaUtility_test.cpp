@@ -1,4 +1,4 @@
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 
 #include <gtest/gtest.h>
 

@@ -1,19 +1,17 @@
-/// Texts for the system's error codes.
+/// Texts for the system's error codes as the library's messages carry them; base/SystemError.h has
+/// what they are made from.
 ///
-/// An error text never fails: where the system knows no text, a fallback names the code. The
-/// system's codes are errno values on Linux and GetLastError values on Windows. Any thread may
-/// call.
-#ifndef PLATFORMABSTRACTION_ORSKAUTILITY_H
-#define PLATFORMABSTRACTION_ORSKAUTILITY_H
+/// An error text never fails: where the system knows no text, a fallback names the code. Any thread
+/// may call.
+#ifndef PLATFORMABSTRACTION_FILES_ORSKAUTILITY_H
+#define PLATFORMABSTRACTION_FILES_ORSKAUTILITY_H
 
 #include <cstdint>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
-
-/// The code of this thread's last failed system call. Ask before any other call is made.
-std::uint32_t GetLastErrorCode() noexcept;
 
 /// The system's text for an error code, in the user's language; the fallback where there is none.
 orska_wstring GetLastErrorText(std::uint32_t in_code);
@@ -26,11 +24,6 @@ orska_wstring GetLastErrorTextImpl(std::uint32_t in_code, bool in_allowRetry);
 
 /// The system's text for an NTSTATUS code, or "Unknown NTSTATUS " and the code in decimal.
 orska_wstring GetNtStatusText(std::uint32_t in_code);
-
-/// Asks the system alone, without fallbacks.
-/// @return false when there is no text; GetLastErrorCode then says why
-bool FormatSystemMessage(std::uint32_t in_code, orska_wstring& out_text);
-bool FormatNtStatusMessage(std::uint32_t in_code, orska_wstring& out_text);
 
 }  // namespace Orska::Support
 

@@ -1,7 +1,6 @@
-#include "PlatformAbstraction/OrskaUtility.h"
-
 #include <memory>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "tools/WindowsApi.h"
 
 namespace Orska::Support {
@@ -9,7 +8,7 @@ namespace Orska::Support {
 namespace {
 
 bool FormatMessageFrom(DWORD in_source, HMODULE in_module, std::uint32_t in_code,
-                       orska_wstring& out_text) {
+                       std::string& out_text) {
     constexpr DWORD USER_DEFAULT_LANGUAGE = 1024;
     wchar_t* text = nullptr;
     const DWORD length = FormatMessageW(
@@ -19,7 +18,11 @@ bool FormatMessageFrom(DWORD in_source, HMODULE in_module, std::uint32_t in_code
         return false;
     }
     const std::unique_ptr<wchar_t, decltype(&LocalFree)> owner(text, &LocalFree);
-    out_text = orska_wstring(text, length);
+    const int units = static_cast<int>(length);
+    out_text.resize(3 * std::size_t{length});
+    out_text.resize(static_cast<std::size_t>(
+        WideCharToMultiByte(CP_UTF8, 0, text, units, out_text.data(),
+                            static_cast<int>(out_text.size()), nullptr, nullptr)));
     return true;
 }
 
@@ -27,11 +30,11 @@ bool FormatMessageFrom(DWORD in_source, HMODULE in_module, std::uint32_t in_code
 
 std::uint32_t GetLastErrorCode() noexcept { return GetLastError(); }
 
-bool FormatSystemMessage(std::uint32_t in_code, orska_wstring& out_text) {
+bool FormatSystemMessage(std::uint32_t in_code, std::string& out_text) {
     return FormatMessageFrom(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, in_code, out_text);
 }
 
-bool FormatNtStatusMessage(std::uint32_t in_code, orska_wstring& out_text) {
+bool FormatNtStatusMessage(std::uint32_t in_code, std::string& out_text) {
     return FormatMessageFrom(FORMAT_MESSAGE_FROM_HMODULE, GetModuleHandleW(L"NTDLL.DLL"), in_code,
                              out_text);
 }

@@ -1,4 +1,4 @@
-#include "PlatformAbstraction/OrskaUtility.h"
+#include "PlatformAbstraction/files/OrskaUtility.h"
 
 #include <string>
 
@@ -17,9 +17,9 @@ orska_wstring GetLastErrorText(std::uint32_t in_code) {
 }
 
 orska_wstring GetLastErrorTextImpl(std::uint32_t in_code, bool in_allowRetry) {
-    orska_wstring text;
+    std::string text;
     if (FormatSystemMessage(in_code, text)) {
-        return text;
+        return orska_wstring().SetFromUtf8(text);
     }
     const std::uint32_t secondCode = GetLastErrorCode();
     ORSKA_TRACE(1, "GetLastErrorTextImpl", SOURCE, 71,
@@ -36,9 +36,9 @@ orska_wstring GetLastErrorTextImpl(std::uint32_t in_code, bool in_allowRetry) {
 }
 
 orska_wstring GetNtStatusText(std::uint32_t in_code) {
-    orska_wstring text;
+    std::string text;
     if (FormatNtStatusMessage(in_code, text)) {
-        return text;
+        return orska_wstring().SetFromUtf8(text);
     }
     return orska_wstring(L"Unknown NTSTATUS " + std::to_wstring(in_code));
 }

@@ -1,0 +1,69 @@
+/// Case and blanks of ASCII text, whatever the C locale is: in Turkish "i" and "I" are no pair for
+/// <cctype>. Bytes and code units above 127 are never changed, so UTF-8 stays whole. No state.
+#ifndef PLATFORMABSTRACTION_BASE_ASCII_H
+#define PLATFORMABSTRACTION_BASE_ASCII_H
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace Orska::Support {
+
+template <typename Char>
+constexpr Char ToLowerAscii(Char in_char) noexcept {
+    return in_char >= 'A' && in_char <= 'Z' ? static_cast<Char>(in_char + ('a' - 'A')) : in_char;
+}
+
+template <typename Char>
+constexpr Char ToUpperAscii(Char in_char) noexcept {
+    return in_char >= 'a' && in_char <= 'z' ? static_cast<Char>(in_char - ('a' - 'A')) : in_char;
+}
+
+/// A blank, tab, line feed, vertical tab, form feed or carriage return.
+template <typename Char>
+constexpr bool IsAsciiBlank(Char in_char) noexcept {
+    return in_char == ' ' || (in_char >= '\t' && in_char <= '\r');
+}
+
+inline std::string ToLowerAscii(std::string_view in_text) {
+    std::string text(in_text);
+    for (char& byte : text) byte = ToLowerAscii(byte);
+    return text;
+}
+
+inline std::string ToUpperAscii(std::string_view in_text) {
+    std::string text(in_text);
+    for (char& byte : text) byte = ToUpperAscii(byte);
+    return text;
+}
+
+constexpr bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) noexcept {
+    return std::equal(
+        in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
+        [](char in_a, char in_b) { return ToLowerAscii(in_a) == ToLowerAscii(in_b); });
+}
+
+/// The order of `_stricmp`: bytes, with letters as lower-case ones.
+constexpr bool IsLessIgnoringCase(std::string_view in_left, std::string_view in_right) noexcept {
+    return std::lexicographical_compare(in_left.begin(), in_left.end(), in_right.begin(),
+                                        in_right.end(), [](char in_a, char in_b) {
+                                            return static_cast<unsigned char>(ToLowerAscii(in_a)) <
+                                                   static_cast<unsigned char>(ToLowerAscii(in_b));
+                                        });
+}
+
+constexpr std::string_view TrimLeft(std::string_view in_text) noexcept {
+    while (!in_text.empty() && IsAsciiBlank(in_text.front())) in_text.remove_prefix(1);
+    return in_text;
+}
+
+/// The text without blanks at both ends; a view into it.
+constexpr std::string_view Trim(std::string_view in_text) noexcept {
+    in_text = TrimLeft(in_text);
+    while (!in_text.empty() && IsAsciiBlank(in_text.back())) in_text.remove_suffix(1);
+    return in_text;
+}
+
+}  // namespace Orska::Support
+
+#endif

@@ -1,0 +1,66 @@
+#include "PlatformAbstraction/base/OwnDirectory.h"
+
+#include <dlfcn.h>
+#include <limits.h>
+#include <link.h>
+#include <sys/auxv.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace Orska::Support {
+
+namespace {
+
+/// A path of the module's file, or an empty one. The file's own name may be wrong for a program
+/// that was replaced ("... (deleted)"); its directory is not.
+struct ModuleFile {
+    char m_path[PATH_MAX] = {};
+
+    ModuleFile() noexcept {
+        if (!FindLibrary() && !FindProgram()) {
+            m_path[0] = '\0';
+        }
+    }
+
+private:
+    bool FindLibrary() noexcept {
+        Dl_info info;
+        void* extra = nullptr;
+        if (dladdr1(this, &info, &extra, RTLD_DL_LINKMAP) == 0 || extra == nullptr) {
+            return false;
+        }
+        // The program itself has no name here; dladdr would give argv[0], which may be anything.
+        const char* name = static_cast<const link_map*>(extra)->l_name;
+        return *name != '\0' && realpath(name, m_path) != nullptr;
+    }
+
+    bool FindProgram() noexcept {
+        const ssize_t length = readlink("/proc/self/exe", m_path, sizeof m_path - 1);
+        if (length > 0 && m_path[0] == '/') {
+            m_path[length] = '\0';
+            return true;
+        }
+        // Without /proc: the name that the kernel was given, still true at the start.
+        const auto* name = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+        return name != nullptr && realpath(name, m_path) != nullptr;
+    }
+};
+
+const ModuleFile& GetModuleFile() noexcept {
+    // Process-wide: set when the module is loaded, read by GetOwnDirectory.
+    static const ModuleFile s_file;
+    return s_file;
+}
+
+[[maybe_unused]] const ModuleFile& s_whenLoaded = GetModuleFile();
+
+}  // namespace
+
+std::filesystem::path GetOwnDirectory() {
+    const std::string_view file = GetModuleFile().m_path;
+    return file.substr(0, file.rfind('/') + 1);
+}
+
+}  // namespace Orska::Support

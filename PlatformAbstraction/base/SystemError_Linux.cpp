@@ -1,0 +1,72 @@
+#include <cerrno>
+#include <cstring>
+#include <cwchar>
+
+#include "PlatformAbstraction/base/SystemError.h"
+
+namespace Orska::Support {
+
+namespace {
+
+void AppendUtf8(char32_t in_codePoint, std::string& io_text) {
+    const auto append = [&io_text](char32_t in_byte) { io_text += static_cast<char>(in_byte); };
+    if (in_codePoint < 0x80) {
+        append(in_codePoint);
+    } else if (in_codePoint < 0x800) {
+        append(0xC0 | in_codePoint >> 6);
+        append(0x80 | (in_codePoint & 0x3F));
+    } else if (in_codePoint < 0x10000) {
+        append(0xE0 | in_codePoint >> 12);
+        append(0x80 | (in_codePoint >> 6 & 0x3F));
+        append(0x80 | (in_codePoint & 0x3F));
+    } else {
+        append(0xF0 | in_codePoint >> 18);
+        append(0x80 | (in_codePoint >> 12 & 0x3F));
+        append(0x80 | (in_codePoint >> 6 & 0x3F));
+        append(0x80 | (in_codePoint & 0x3F));
+    }
+}
+
+/// From the charset of the thread's locale, in which the C library gives its messages.
+std::string DecodeLocaleText(const char* in_text) {
+    constexpr char32_t REPLACEMENT = 0xFFFD;
+    std::string text;
+    std::mbstate_t state{};
+    std::size_t left = std::strlen(in_text);
+    while (left > 0) {
+        wchar_t codePoint = 0;
+        std::size_t size = std::mbrtowc(&codePoint, in_text, left, &state);
+        if (size > left) {  // not a character of the charset, or cut
+            codePoint = static_cast<wchar_t>(REPLACEMENT);
+            size = 1;
+            state = {};
+        }
+        AppendUtf8(static_cast<char32_t>(codePoint), text);
+        in_text += size;
+        left -= size;
+    }
+    return text;
+}
+
+}  // namespace
+
+std::uint32_t GetLastErrorCode() noexcept { return static_cast<std::uint32_t>(errno); }
+
+bool FormatSystemMessage(std::uint32_t in_code, std::string& out_text) {
+    const int code = static_cast<int>(in_code);
+    // strerror_r makes up a text for every number; only this call tells which errors exist.
+    if (strerrordesc_np(code) == nullptr) {
+        errno = EINVAL;
+        return false;
+    }
+    char buffer[256];
+    out_text = DecodeLocaleText(strerror_r(code, buffer, sizeof buffer));
+    return true;
+}
+
+bool FormatNtStatusMessage(std::uint32_t /*in_code*/, std::string& /*out_text*/) {
+    errno = ENOSYS;
+    return false;
+}
+
+}  // namespace Orska::Support

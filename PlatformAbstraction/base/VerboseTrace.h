@@ -1,0 +1,16 @@
+/// The verbose trace that platform start-up turns on: which steps of it are taken.
+#ifndef PLATFORMABSTRACTION_BASE_VERBOSETRACE_H
+#define PLATFORMABSTRACTION_BASE_VERBOSETRACE_H
+
+namespace Orska::Platform {
+
+/// Turns the trace on or off. Any thread may.
+void SetVerbose(bool in_isVerbose) noexcept;
+bool IsVerbose() noexcept;
+
+/// Writes the text and a line end to standard error when the verbose trace is on.
+void TraceVerbose(const char* in_text);
+
+}  // namespace Orska::Platform
+
+#endif
