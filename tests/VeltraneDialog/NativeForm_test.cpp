@@ -222,6 +222,17 @@ TEST(NativeForm, ANewOnePointsOutNothingYetAndBeginsWithTheName) {
     });
 }
 
+TEST(NativeForm, SpeaksTheLanguageOfTheUser) {
+    if (PRIMARYLANGID(GetThreadUILanguage()) != LANG_GERMAN) {
+        GTEST_SKIP() << "dialog_native_german runs it";
+    }
+    VeltraneDSNDialog editor;
+    ShowTo(editor, [](const Form& in_form) {
+        EXPECT_EQ(in_form.Title(), L"Neue Datenquelle");
+        EXPECT_EQ(in_form.Text(IDCANCEL), L"Abbre&chen");
+    });
+}
+
 TEST(NativeForm, TabGoesThroughTheFieldsInTheirOrder) {
     VeltraneDSNDialog editor = MakeEditor();
     ShowTo(editor, [&](const Form& in_form) {
