@@ -42,7 +42,7 @@ class CleanRoot:
     def __init__(self, path):
         self.path = Path(path)
 
-    def run(self, *command, stdin="", **environment):
+    def run(self, *command, stdin="", timeout=300, **environment):
         """Runs a command in the root and gives its result; the output holds its errors as well."""
         script = ('mount -t proc proc "$0/proc" && mount --rbind /dev "$0/dev" && '
                   'root=$0 && exec chroot "$root" "$@"')
@@ -50,8 +50,8 @@ class CleanRoot:
                      "DEBIAN_FRONTEND": "noninteractive", **environment}
         return subprocess.run(
             [*namespaces(), "sh", "-c", script, str(self.path), *command], env=variables,
-            input=stdin, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300,
-            check=False)
+            input=stdin, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            timeout=timeout, check=False)
 
     def read(self, path):
         return (self.path / path).read_text(encoding="utf-8")

@@ -24,6 +24,7 @@ sys.dont_write_bytecode = True
 from clean_root import CleanRoot, Unavailable, check_available, make_clean_root  # noqa: E402
 
 BUILD, PACKAGES, CLIENT = map(Path, sys.argv[1:4])
+SOURCE = Path(__file__).resolve().parents[2]
 SKIPPED = 77
 RUNTIME, DESKTOP, DEV = "veltrane-odbc-setup", "veltrane-odbc-setup-desktop", "liborska-dev"
 LIBDIR = next(line.split("=")[1].strip() for line in (BUILD / "CMakeCache.txt").open()
@@ -66,6 +67,7 @@ class ContentTest(PackageTest):
                   "share/fish/vendor_completions.d/veltrane-dsn.fish",
                   "share/locale/de/LC_MESSAGES/veltrane-dsn-editor.mo",
                   "share/man/man1/veltrane-dsn.1.gz",
+                  "share/veltrane-odbc-setup/ansible/veltrane_dsn/",
                   "share/zsh/vendor-completions/_veltrane-dsn"],
         DESKTOP: ["libexec/veltrane/veltrane-dsn-editor-desktop"],
         DEV: ["include/orska/", "lib*/liborska_support.a", "lib*/cmake/Orska/",
@@ -90,6 +92,15 @@ class ContentTest(PackageTest):
                     self.assertIn(f"share/doc/{package}/{name}", documents)
                 self.assertNotRegex(listing, r"(?m)^.(?!rw.r-.r-.|rwxr-xr-x|rwx)",
                                     "files that others cannot read")
+
+    def test_links_of_the_documents_lead_to_installed_files(self):
+        for path in package_files().values():
+            self.succeed("dpkg-deb", "-x", str(path), str(self.folder))
+        links = [(page, target.split("#")[0]) for page in self.folder.glob("usr/share/**/*.md")
+                 for target in re.findall(r"\]\((?!https?:|#)([^)]+)\)", page.read_text())]
+        self.assertGreater(len(links), 10)
+        self.assertEqual([], [(page.name, target) for page, target in links
+                              if not (page.parent / target).exists()])
 
     def test_dependencies_are_those_of_the_programs(self):
         names = lambda package: set(re.findall(r"(?:^|, )([a-z0-9.+-]+)", field(package, "Depends")))
@@ -205,6 +216,21 @@ class InstallTest(RootTest):
                 self.remove(RUNTIME)
                 self.assertEqual(self.entries(), after)
 
+    def test_an_upgrade_keeps_what_the_administrator_changed(self):
+        older = self.folder / "older"
+        self.succeed("dpkg-deb", "-R", str(package_files()[RUNTIME]), str(older))
+        control = older / "DEBIAN/control"
+        control.write_text(re.sub(r"(?m)^Version: .*", "Version: 0.0.9-1", control.read_text()))
+        self.succeed("dpkg-deb", "-b", str(older), f"{self.scratch}/tmp/older.deb")
+        self.install("older")
+        changed = self.root.read("etc/odbcinst.ini").replace(
+            "Description=Veltrane ODBC driver", "# by the DBA team\nDescription=ours\nDriver=/opt/d.so")
+        self.root.write("etc/odbcinst.ini", changed)
+        self.install(RUNTIME)
+        self.assertEqual(self.root.read("etc/odbcinst.ini"), changed)
+        self.assertIn(f"Version: {field(RUNTIME, 'Version')}",
+                      self.run_in_root("dpkg", "-s", RUNTIME))
+
     def test_a_registration_that_somebody_took_back_stays_so(self):
         self.install(RUNTIME)
         self.run_in_root("veltrane-dsn", "driver", "unregister")
@@ -226,20 +252,49 @@ class InstallTest(RootTest):
             self.assertIn(answer, self.root.read("tmp/answer"))
 
 
+def debootstrap(path, relations=""):
+    check_available(["chroot", "debootstrap"])
+    if os.geteuid() != 0:
+        raise Unavailable("debootstrap needs root")
+    needed = ",".join(re.findall(r"(?:^|, )([a-z0-9.+-]+)", relations))
+    sites = output_of("apt-get", "indextargets", "--format", "$(SITE)",
+                      "Created-By: Packages").stdout.split()
+    command = ["debootstrap", "--variant=minbase", *(["--include=" + needed] if needed else []),
+               "bookworm", path]
+    result = output_of(*command, *sites[:1])
+    if result.returncode != 0:
+        raise RuntimeError(result.stdout[-2000:])
+    return CleanRoot(path)
+
+
+class ScriptTest(PackageTest):
+    """The commands of the README on a machine that has nothing but Debian's minimum."""
+
+    def test_the_script_builds_packages_that_install_as_it_says(self):
+        try:
+            root = debootstrap(str(self.folder))
+        except Unavailable as reason:
+            self.skipTest(str(reason))
+        source = self.folder / "source"
+        source.mkdir()
+        files = subprocess.check_output(["git", "ls-files"], cwd=SOURCE, text=True).splitlines()
+        archive = subprocess.check_output(["tar", "-C", SOURCE, "-c", *files])
+        subprocess.run(["tar", "-C", source, "-x"], input=archive, check=True)
+        built = root.run("source/scripts/package", timeout=1700)
+        self.assertEqual(built.returncode, 0, built.stdout)
+        line = built.stdout.splitlines()[-1].split()
+        self.assertEqual(line[:2], ["apt-get", "install"])
+        installed = root.run(*line, "-y", "--no-install-recommends")
+        self.assertEqual(installed.returncode, 0, installed.stdout)
+        for command in (["veltrane-dsn", "add", "sales", "--server", "db", "--database", "d"],
+                        ["test", "-x", "/usr/libexec/veltrane/veltrane-dsn-editor-desktop"]):
+            done = root.run(*command)
+            self.assertEqual(done.returncode, 0, done.stdout)
+        self.assertEqual(root.run("odbcinst", "-q", "-s").stdout.strip(), "[sales]")
+
+
 class DebootstrapTest(RootTest):
-    @staticmethod
-    def make_root(path, relations):
-        check_available(["chroot", "debootstrap"])
-        if os.geteuid() != 0:
-            raise Unavailable("debootstrap needs root")
-        needed = ",".join(re.findall(r"(?:^|, )([a-z0-9.+-]+)", relations))
-        sites = output_of("apt-get", "indextargets", "--format", "$(SITE)",
-                          "Created-By: Packages").stdout.split()
-        command = ["debootstrap", "--variant=minbase", "--include=" + needed, "bookworm", path]
-        result = output_of(*command, *sites[:1])
-        if result.returncode != 0:
-            raise RuntimeError(result.stdout[-2000:])
-        return CleanRoot(path)
+    make_root = staticmethod(debootstrap)
 
     def test_a_dsn_is_added_and_the_package_removed(self):
         self.check_life_of_a_dsn()
