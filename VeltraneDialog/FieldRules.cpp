@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <string>
 
-#include "VeltraneDialog/FieldLimits.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
+
+/// The driver managers' list of data sources, and their own settings.
+constexpr std::string_view RESERVED_NAMES[] = {"ODBC Data Sources", "ODBC"};
 
 /// The characters that reading or saving a value takes off its ends: the white space of Unicode but
 /// the no-break spaces. All are below U+10000.
@@ -48,14 +50,16 @@ const char* WhyNoName(std::string_view in_name, std::u16string_view in_units) {
     if (const char* const reason = WhyNameTooLong(in_name, in_units)) {
         return reason;
     }
-    // The driver managers keep their list of data sources under this name.
-    if (EqualsIgnoringCase(in_name, "ODBC Data Sources")) {
-        return VELTRANE_TEXT("This name is reserved.");
-    }
-    return nullptr;
+    return IsReservedName(in_name) ? VELTRANE_TEXT("This name is reserved.") : nullptr;
 }
 
 }  // namespace
+
+bool IsReservedName(std::string_view in_name) {
+    return std::any_of(
+        std::begin(RESERVED_NAMES), std::end(RESERVED_NAMES),
+        [&](std::string_view in_reserved) { return EqualsIgnoringCase(in_name, in_reserved); });
+}
 
 const char* WhyRefused(const DialogField& in_field, std::string_view in_text) {
     if (in_text.empty()) {
@@ -72,7 +76,20 @@ const char* WhyRefused(const DialogField& in_field, std::string_view in_text) {
     if (in_field.m_value == &DialogValues::m_dsn) {
         return WhyNoName(in_text, text);
     }
-    return WhyValueTooLong(in_field.m_key, in_text, text);
+    return text.size() > MAX_VALUE_LENGTH
+               ? VELTRANE_TEXT("Too long: a value has at most 259 characters.")
+               : nullptr;
+}
+
+const char* WhyRefused(const DialogField& in_field, std::string_view in_text,
+                       const DialogValues& in_loaded) {
+    // A name is no value: it is checked anew wherever it is written.
+    const bool isValue = in_field.m_value != &DialogValues::m_dsn && !in_text.empty();
+    std::u16string text;
+    const WipeAtEnd wipe(text);
+    const bool isUnchanged =
+        isValue && DecodeUtf8(in_text, text) && text == in_loaded.*in_field.m_value;
+    return isUnchanged ? nullptr : WhyRefused(in_field, in_text);
 }
 
 bool IsOnlyMissing(const DialogField& in_field, std::string_view in_text) {

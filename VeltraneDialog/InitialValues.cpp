@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <stdexcept>
 
-#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/FieldRules.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 
@@ -83,7 +83,9 @@ private:
         const std::string_view key = TrimBlanks(in_line.substr(0, equals));
         for (const DialogField& field : DIALOG_FIELDS) {
             if (EqualsIgnoringCase(key, field.m_key)) {
-                m_values.*field.m_value = Decode(TrimBlanks(in_line.substr(equals + 1)));
+                const std::string_view value = TrimBlanks(in_line.substr(equals + 1));
+                m_values.*field.m_value = Decode(value);
+                Check(field, value);
                 return;
             }
         }
@@ -98,9 +100,18 @@ private:
         return text;
     }
 
-    [[noreturn]] void Fail(const char* in_reason) const {
+    /// An empty value stands for none, and the setup library has its own error for a bad name.
+    void Check(const DialogField& in_field, std::string_view in_value) const {
+        if (in_value.empty() || in_field.m_value == &DialogValues::m_dsn) return;
+        if (const char* const reason = WhyRefused(in_field, in_value)) {
+            Fail(std::string(in_field.m_key) + ": " + reason);
+        }
+    }
+
+    [[noreturn]] void Fail(std::string in_reason) const {
+        if (in_reason.back() != '.') in_reason += '.';
         throw std::runtime_error("Initial values of a DSN: " + m_fileName + ", line " +
-                                 std::to_string(m_line) + ": " + in_reason + ".");
+                                 std::to_string(m_line) + ": " + in_reason);
     }
 
     std::string_view m_rest;

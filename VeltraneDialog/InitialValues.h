@@ -5,7 +5,8 @@
 /// LoginMode, UID, PWD and Database, in any case. Blanks around key and value do not count; a value
 /// is everything else up to the end of its line, quotes and "#" included. Lines that begin with
 /// ";" or "#" are comments, a later key replaces an earlier one, other sections are left alone. A
-/// line that is none of these, an unknown key or a character that is not UTF-8 is an error.
+/// line that is none of these, an unknown key, a character that is not UTF-8 and a value that no
+/// editor would take are errors.
 #ifndef VELTRANEDIALOG_INITIALVALUES_H
 #define VELTRANEDIALOG_INITIALVALUES_H
 

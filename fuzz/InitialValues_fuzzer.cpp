@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/FieldRules.h"
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/Utf8.h"
 #include "fuzz/FuzzInput.h"
@@ -21,13 +21,20 @@ void CheckRefusal(const std::string& in_contents, const std::string& in_text) {
         ": a section header without its closing bracket.",
         ": neither a section, a comment nor a key with its value.",
         ": an unknown key; known are DSN, Server, Namespace, LoginMode, UID, PWD and Database.",
-        ": a value that is not UTF-8 text."};
+        ": a value that is not UTF-8 text.",
+        "Line ends, tabs and other control characters cannot be stored.",
+        "Blanks at the beginning or the end cannot be stored.",
+        "Too long: a value has at most 259 characters."};
     Require(in_text.starts_with(BEGINNING), "another error text", in_text);
     std::size_t digits = 0;
     const long line = std::stol(in_text.substr(BEGINNING.size()), &digits);
     Require(line >= 1 && line <= std::count(in_contents.begin(), in_contents.end(), '\n') + 1,
             "a line that is not in the file", in_text);
-    const std::string reason = in_text.substr(BEGINNING.size() + digits);
+    std::string reason = in_text.substr(BEGINNING.size() + digits);
+    for (const DialogField& field : DIALOG_FIELDS) {
+        const std::string prefix = ": " + std::string(field.m_key) + ": ";
+        if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
+    }
     Require(std::find(std::begin(REASONS), std::end(REASONS), reason) != std::end(REASONS),
             "another reason", in_text);
 }
@@ -56,6 +63,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     } catch (const std::runtime_error& error) {
         CheckRefusal(contents, error.what());
         return 0;
+    }
+    for (const DialogField& field : DIALOG_FIELDS) {
+        const std::size_t room = MAX_VALUE_LENGTH - sizeof BEFORE - sizeof BEHIND;
+        if ((values.*field.m_value)->size() > room) return 0;
     }
     const DialogValues again = ParseInitialValues(Write(values), FILE_NAME);
     for (const DialogField& field : DIALOG_FIELDS) {

@@ -173,7 +173,7 @@ void DesktopForm::Follow() {
     for (const Row& row : m_rows) {
         QByteArray value = row.m_edit->text().toUtf8();
         const std::string_view text(value.constData(), static_cast<std::size_t>(value.size()));
-        const char* const reason = WhyRefused(*row.m_field, text);
+        const char* const reason = WhyRefused(*row.m_field, text, m_values);
         ShowNote(row, IsOnlyMissing(*row.m_field, text) && !row.m_isEdited ? nullptr : reason);
         isAcceptable = isAcceptable && reason == nullptr;
         if (row.m_field->m_value == &DialogValues::m_dsn) {

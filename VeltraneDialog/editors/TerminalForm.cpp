@@ -217,7 +217,7 @@ void TerminalForm::Follow() {
     for (const Row& row : m_rows) {
         const char* const value = newtEntryGetValue(row.m_entry);
         const bool isHidden = IsOnlyMissing(*row.m_field, value) && !m_showsMissing;
-        const char* const reason = isHidden ? nullptr : WhyRefused(*row.m_field, value);
+        const char* const reason = isHidden ? nullptr : WhyRefused(*row.m_field, value, m_values);
         const std::string text = reason != nullptr ? Translate(reason) : "";
         newtTextboxSetText(row.m_reason, Indented(text).c_str());
         if (row.m_entry == current) {
@@ -309,7 +309,7 @@ void TerminalForm::ChooseLoginMode() {
 /// @return false when a field is refused; it has the focus then
 bool TerminalForm::Accept() {
     for (const Row& row : m_rows) {
-        if (WhyRefused(*row.m_field, newtEntryGetValue(row.m_entry)) != nullptr) {
+        if (WhyRefused(*row.m_field, newtEntryGetValue(row.m_entry), m_values) != nullptr) {
             m_showsMissing = true;
             newtBell();
             newtFormSetCurrent(m_form, row.m_entry);

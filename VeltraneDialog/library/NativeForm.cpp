@@ -183,7 +183,7 @@ void NativeForm::Follow() {
         std::string text = EncodeUtf8(value);
         const WipeAtEnd wipeValue(value);
         const WipeAtEnd wipeText(text);
-        const char* const reason = WhyRefused(*row.m_field, text);
+        const char* const reason = WhyRefused(*row.m_field, text, m_values);
         row.m_reason = IsOnlyMissing(*row.m_field, text) && !row.m_isEdited ? nullptr : reason;
         ShowNote(i);
         isAcceptable = isAcceptable && reason == nullptr;

@@ -67,8 +67,7 @@ TEST_F(DesktopFormTest, OkIsEnabledOnlyWhileEveryFieldIsAccepted) {
         {"Server", "", "Has to be filled."},
         {"Database", " x", "Blanks at the beginning or the end cannot be stored."},
         {"Password", "x ", "Blanks at the beginning or the end cannot be stored."},
-        {"Cognos namespace", QString(1000, 'x'),
-         "Too long: a line of odbc.ini has at most 999 bytes."},
+        {"Cognos namespace", QString(1000, 'x'), "Too long: a value has at most 259 characters."},
         {"MicroStrategy login mode", "a\tb",
          "Line ends, tabs and other control characters cannot be stored."},
     };
@@ -98,8 +97,10 @@ TEST_F(DesktopFormTest, AnEmptyFormPointsNothingOutYet) {
 }
 
 TEST_F(DesktopFormTest, AcceptedValuesComeBackExactly) {
-    const std::u16string longText(900, u'x');
-    m_values.m_uid = longText;
+    // Loaded ones, too, that nobody could enter.
+    const std::u16string odd = std::u16string(300, u'x') + u"\t\x01\x7F\r\v\x85\xFFFD ";
+    m_values.m_uid = odd;
+    m_values.m_cognosNamespace = odd;
     DesktopForm form(m_values);
     Edit(form, "Server")->setText(QString::fromUtf16(u"日本 \U0001F600 &amp; <b>"));
     Edit(form, "MicroStrategy login mode")->setText("standard");
@@ -108,13 +109,14 @@ TEST_F(DesktopFormTest, AcceptedValuesComeBackExactly) {
     EXPECT_EQ(form.result(), QDialog::Accepted);
     EXPECT_EQ(m_values.m_server, u"日本 \U0001F600 &amp; <b>");
     EXPECT_EQ(m_values.m_microStrategyLoginMode, u"standard");
-    EXPECT_EQ(m_values.m_uid, longText);
+    EXPECT_EQ(m_values.m_uid, odd);
+    EXPECT_EQ(m_values.m_cognosNamespace, odd);
     EXPECT_EQ(m_values.m_pwd, u"geheim");
 }
 
 TEST_F(DesktopFormTest, TextsBeyondTheLimitOfAWidgetAreRefusedNotCut) {
-    m_values.m_server = std::u16string(100000, u'x');
     const DesktopForm form(m_values);
+    Edit(form, "Server")->setText(QString(100000, 'x'));
     EXPECT_EQ(Edit(form, "Server")->text().size(), 100000);
     EXPECT_FALSE(Button(form, "&OK")->isEnabled());
 }

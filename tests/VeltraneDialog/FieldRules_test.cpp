@@ -8,6 +8,12 @@
 namespace Veltrane::ODBC {
 namespace {
 
+constexpr bool ARE_NAMES_COUNTED_IN_UTF16 = sizeof(wchar_t) == sizeof(char16_t);  // Windows
+const std::string MAX_NAME_REASON =
+    ARE_NAMES_COUNTED_IN_UTF16
+        ? "Too long: a name has at most 32 characters."
+        : "Too long: a name has at most 32 bytes; some letters take several.";
+
 const DialogField& Field(std::string_view in_key) {
     for (const DialogField& field : DIALOG_FIELDS) {
         if (field.m_key == in_key) {
@@ -29,7 +35,10 @@ TEST(FieldRules, Names) {
         {"empty", "", "Has to be filled."},
         {"one letter", "a", ""},
         {"32 bytes", std::string(32, 'a'), ""},
+        {"33 bytes", std::string(33, 'a'), MAX_NAME_REASON},
         {"32 bytes of 16 letters", "üüüüüüüüüüüüüüüü", ""},
+        {"33 bytes of 17 letters", "üüüüüüüüüüüüüüüüx",
+         ARE_NAMES_COUNTED_IN_UTF16 ? "" : MAX_NAME_REASON},
         {"inner blank, quotes, # and :", "a b'\"#:<>|/", ""},
         {"blank in front", " a", blanks},
         {"blank at the end", "a ", blanks},
@@ -47,6 +56,9 @@ TEST(FieldRules, Names) {
         {"the list of the manager", "ODBC Data Sources", "This name is reserved."},
         {"the same in another case", "odbc data sources", "This name is reserved."},
         {"longer than that", "ODBC Data Sources 2", ""},
+        {"the manager's settings", "ODBC", "This name is reserved."},
+        {"the same in another case", "oDbC", "This name is reserved."},
+        {"longer than that", "ODBC2", ""},
     };
     for (const auto& [point, name, reason] : cases) {
         SCOPED_TRACE(point);
@@ -65,6 +77,43 @@ TEST(FieldRules, ValuesHaveNoControlCharactersAndNoBlanksAtTheirEnds) {
         const std::string key(field.m_key);
         EXPECT_NE(Reason(key, "a\rb"), "");
         EXPECT_NE(Reason(key, "\ta"), "");
+    }
+}
+
+TEST(FieldRules, ValuesHaveAtMostWhatARequestReadsOfThem) {
+    std::string letters;
+    for (int i = 0; i < 259; ++i) letters += "日";
+    std::string pairs;
+    for (int i = 0; i < 129; ++i) pairs += "\U0001F600";
+    for (const DialogField& field : DIALOG_FIELDS) {
+        if (field.m_key == "DSN") continue;
+        SCOPED_TRACE(field.m_key);
+        const std::string key(field.m_key);
+        EXPECT_EQ(Reason(key, letters), "");
+        EXPECT_EQ(Reason(key, letters + "x"), "Too long: a value has at most 259 characters.");
+        EXPECT_EQ(Reason(key, pairs + "x"), "");
+        EXPECT_EQ(Reason(key, pairs + "xx"), "Too long: a value has at most 259 characters.");
+    }
+}
+
+TEST(FieldRules, ALoadedValuePassesAFormAsLongAsItIsNotChanged) {
+    DialogValues loaded;
+    loaded.m_dsn = u"ODBC";
+    loaded.m_server = u"a\tb\x7F ";
+    loaded.m_pwd = std::u16string(300, u'p');
+    loaded.m_database = u"";
+    const std::tuple<const char*, std::string, bool> cases[] = {
+        {"Server", "a\tb\x7F ", true},
+        {"Server", "a\tb\x7F", false},
+        {"PWD", std::string(300, 'p'), true},
+        {"PWD", std::string(299, 'p'), false},
+        {"UID", "", true},
+        {"Database", "", false},
+        {"DSN", "ODBC", false},
+    };
+    for (const auto& [key, text, isTaken] : cases) {
+        SCOPED_TRACE(key + (" " + text));
+        EXPECT_EQ(WhyRefused(Field(key), text, loaded) == nullptr, isTaken);
     }
 }
 

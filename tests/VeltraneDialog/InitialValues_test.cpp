@@ -59,6 +59,8 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
         {"unknown key", "[DSN]\n\nPassword=secret\n"},
         {"not UTF-8", "[DSN]\n\nPWD=secret\xFF\n"},
         {"NUL", std::string("[DSN]\n\nPWD=secret\0x\n", 20)},
+        {"tab", "[DSN]\n\nPWD=secret\tx\n"},
+        {"longer than what is read back", "[DSN]\n\nPWD=secret" + std::string(254, 'x') + "\n"},
     };
     for (const auto& [point, contents] : cases) {
         SCOPED_TRACE(point);
