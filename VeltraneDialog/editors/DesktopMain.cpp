@@ -46,6 +46,9 @@ bool ShowOnDesktop(DialogValues& io_values, HostConnection& io_host) {
     static char* arguments[] = {name, nullptr};
     static int argumentCount = 1;
     const QApplication application(argumentCount, arguments);
+    // A cursor that does not blink: an editor that nobody types in wakes neither itself nor the
+    // display.
+    QApplication::setCursorFlashTime(0);
     DesktopForm form(io_values);
     QSocketNotifier hostHasGone(io_host.Descriptor(), QSocketNotifier::Read);
     QObject::connect(&hostHasGone, &QSocketNotifier::activated, &form, &QDialog::reject);

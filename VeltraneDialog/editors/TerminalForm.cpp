@@ -189,12 +189,21 @@ void TerminalForm::BuildButtons(int in_top) {
 }
 
 int TerminalForm::OnKey(newtComponent, void* in_form, int in_key, int) {
-    static_cast<TerminalForm*>(in_form)->Wake();
+    auto* const form = static_cast<TerminalForm*>(in_form);
+    form->m_startedIn = nullptr;
+    form->Wake();
     return in_key;
 }
 
-void TerminalForm::OnChange(newtComponent, void* in_form) {
-    static_cast<TerminalForm*>(in_form)->Wake();
+void TerminalForm::OnChange(newtComponent in_component, void* in_form) {
+    auto* const form = static_cast<TerminalForm*>(in_form);
+    // Each run of the form begins with a callback of the entry that has the focus. To wake the form
+    // for that would end the run at once, and the next one, for ever.
+    if (in_component == form->m_startedIn) {
+        form->m_startedIn = nullptr;
+    } else {
+        form->Wake();
+    }
 }
 
 void TerminalForm::Wake() const { eventfd_write(m_wake.Get(), 1); }
@@ -214,6 +223,7 @@ std::string TerminalForm::Indented(const std::string& in_reason) const {
 void TerminalForm::Follow() {
     const newtComponent current = newtFormGetCurrent(m_form);
     const char* hint = "";
+    m_startedIn = nullptr;
     for (const Row& row : m_rows) {
         const char* const value = newtEntryGetValue(row.m_entry);
         const bool isHidden = IsOnlyMissing(*row.m_field, value) && !m_showsMissing;
@@ -222,6 +232,7 @@ void TerminalForm::Follow() {
         newtTextboxSetText(row.m_reason, Indented(text).c_str());
         if (row.m_entry == current) {
             hint = row.m_field->m_hint;
+            m_startedIn = current;
         }
         if (row.m_field->m_kind == DialogFieldKind::PASSWORD) {
             const bool isShown = newtCheckboxGetValue(m_showPassword) == '*';

@@ -61,6 +61,8 @@ private:
     /// Empty fields are pointed out once OK was tried.
     bool m_showsMissing = false;
     newtComponent m_form = nullptr;
+    /// The entry with the focus, from the start of a run until its first callback.
+    newtComponent m_startedIn = nullptr;
     newtComponent m_showPassword = nullptr;
     newtComponent m_chooseLoginMode = nullptr;
     newtComponent m_ok = nullptr;

@@ -87,6 +87,14 @@ class DesktopEditorTest(editor_harness.DisplayTest):
         self.assertEqual(self.stored("Größe"), {"Driver": "Veltrane", "Server": "сервер",
                                                 "Database": "数据库 \U0001F600"})
 
+    def test_idle_until_a_key_comes(self):
+        self.start("add")
+        self.focus("New data source")
+        self.assert_idle()
+        self.keys("a", "Tab")
+        self.focus("Data source a")
+        self.assert_idle()
+
     def test_ok_waits_for_what_is_required(self):
         self.start("add")
         window = self.focus("New data source")

@@ -102,6 +102,31 @@ class EditorTest(unittest.TestCase):
             parent = (child / "stat").read_text().rsplit(")", 1)[1].split()[1]
             return str(self.ini).encode() in Path("/proc", parent, "environ").read_bytes()
 
+    def assert_idle(self):
+        """An editor that nobody types in uses no processor time and writes nothing."""
+        editor = Path("/proc", str(wait_for(self.editor_pid, "the editor")))
+
+        def used():
+            ticks = (editor / "stat").read_text().rsplit(")", 1)[1].split()[11:13]
+            return sum(map(int, ticks)), int((editor / "io").read_text().split()[3])
+
+        def measure():
+            ticks, written = used()
+            time.sleep(3)
+            now = used()
+            return now[0] - ticks, now[1] - written
+
+        try:
+            used()
+        except PermissionError:
+            self.skipTest("nobody but root looks into an editor")
+        # It may still be drawing itself at first.
+        idle = [measure()]
+        if idle[0] != (0, 0):
+            idle.append(measure())
+        self.assertLessEqual(idle[-1][0], 1, f"ticks and bytes written in 3 s: {idle}")
+        self.assertEqual(idle[-1][1], 0, f"ticks and bytes written in 3 s: {idle}")
+
     def errors(self):
         """The result of the call and the lines of its errors."""
         wait_for(self.answer.exists, "the end of the call")

@@ -87,6 +87,17 @@ class TerminalEditorTest(editor_harness.EditorTest):
                           "LoginMode": "LDAP", "UID": "me", "PWD": "s3cret#;=[",
                           "Database": "数据库 ü"})
 
+    def test_idle_until_a_key_comes(self):
+        self.start("add")
+        self.wait_for_text("New data source")
+        self.assert_idle()
+        self.keys("Tab", "a", "F2", "Tab")
+        self.wait_for_text("The database on that server.")
+        self.assert_idle()
+        self.keys("F4")
+        self.wait_for_text("Windows")
+        self.assert_idle()
+
     def test_ok_waits_for_what_is_required(self):
         self.start("add")
         self.wait_for_text("New data source")
