@@ -80,7 +80,10 @@ public:
     virtual void ConvertSQLCHARToWString(const char* in_buffer, std::int64_t in_length,
                                          orska_wstring& out_result);
 
-    /// The size of a SQLWCHAR buffer that is always enough for narrow text.
+    /// The size of a SQLWCHAR buffer for narrow text, by the table of encodings. It is enough in
+    /// all driver-manager encodings but EUC-JP, ISO-2022 and HZ (17, 19, 22, 24, 25, 27, 28 and
+    /// 67): the table has two bytes for their code points, which take up to three and shift
+    /// sequences.
     /// @param in_length   bytes, or -3: up to the first NUL
     /// @param in_withNul  also room for a NUL
     /// @return bytes or code units

@@ -35,6 +35,7 @@ void StreamConverter::SetSource(const char* in_start, std::uint64_t in_length, b
     m_sourceStart = in_start == nullptr ? s_noBytes : in_start;
     m_sourceLength = in_length;
     m_sourcePosition = m_sourceStart;
+    m_sourceExcess = 0;
     m_isSourceConsumed = false;
     m_isLastPiece = in_isLast;
 }
@@ -43,6 +44,7 @@ void StreamConverter::SetTarget(char* in_start, std::uint64_t in_length) {
     m_targetStart = in_start == nullptr ? s_noBytes : in_start;
     m_targetLength = in_length;
     m_targetPosition = m_targetStart;
+    m_targetExcess = 0;
     m_isTargetFilled = false;
 }
 
@@ -67,12 +69,16 @@ void StreamConverter::Reset() {
 }
 
 void StreamConverter::SetSourcePosition(std::uint64_t in_position) {
-    m_sourcePosition = m_sourceStart + in_position;
+    const std::uint64_t position = std::min(in_position, m_sourceLength);
+    m_sourcePosition = m_sourceStart + position;
+    m_sourceExcess = in_position - position;
     m_isSourceConsumed = false;
 }
 
 void StreamConverter::SetTargetPosition(std::uint64_t in_position) {
-    m_targetPosition = m_targetStart + in_position;
+    const std::uint64_t position = std::min(in_position, m_targetLength);
+    m_targetPosition = m_targetStart + position;
+    m_targetExcess = in_position - position;
 }
 
 std::uint64_t StreamConverter::ThrowInvalidPosition() {

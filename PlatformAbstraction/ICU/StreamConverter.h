@@ -75,11 +75,11 @@ public:
 
     /// Bytes of the piece that have been taken in.
     std::uint64_t GetSourcePosition() const noexcept {
-        return static_cast<std::uint64_t>(m_sourcePosition - m_sourceStart);
+        return static_cast<std::uint64_t>(m_sourcePosition - m_sourceStart) + m_sourceExcess;
     }
     /// Bytes of the target that have been written.
     std::uint64_t GetTargetPosition() const noexcept {
-        return static_cast<std::uint64_t>(m_targetPosition - m_targetStart);
+        return static_cast<std::uint64_t>(m_targetPosition - m_targetStart) + m_targetExcess;
     }
     /// Bytes written since construction or Reset, to all targets, without NULs.
     std::uint64_t GetTotalBytesWritten() const noexcept { return m_totalBytesWritten; }
@@ -134,9 +134,11 @@ protected:
     const char* m_sourceStart;
     std::uint64_t m_sourceLength = 0;
     const char* m_sourcePosition;
+    std::uint64_t m_sourceExcess = 0;  ///< how far past the end a caller has set the position
     char* m_targetStart;
     std::uint64_t m_targetLength = 0;
     char* m_targetPosition;
+    std::uint64_t m_targetExcess = 0;
     std::uint64_t m_totalBytesWritten = 0;
     const std::uint8_t m_targetCodeUnitWidth;
     /// By the table of encodings, which counts no shift sequences.

@@ -36,11 +36,6 @@ void CheckStatus(UErrorCode in_status, const char* in_function) {
     }
 }
 
-struct TextReleaser {
-    void operator()(icu::UnicodeString* in_text) const noexcept { ReleaseText(in_text); }
-};
-using TextOwner = std::unique_ptr<icu::UnicodeString, TextReleaser>;
-
 // True when bytes lie in the text that they are to replace.
 bool IsInside(const char* in_bytes, const icu::UnicodeString& in_text) noexcept {
     const char* const start = reinterpret_cast<const char*>(in_text.getBuffer());

@@ -24,7 +24,9 @@ public:
     /// Bytes per code unit of a legal value: 1, 2 or 4.
     static std::uint8_t GetCodeUnitWidth(EncodingType in_encoding) noexcept;
 
-    /// The most code units one code point can take in a legal value; generous for some.
+    /// The most code units one code point takes in a legal value; generous for some. Too few for
+    /// EUC-JP (19), which takes three bytes, and for the shift sequences of ISO-2022 and HZ (17,
+    /// 22, 24, 25, 27, 28, 67). The two functions below build on it.
     static std::uint8_t GetMaxCodeUnitsPerCodePoint(EncodingType in_encoding) noexcept;
 
     /// True when text in US-ASCII is valid, byte for byte, in this encoding.

@@ -13,7 +13,8 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
-#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/strings/TextPool.h"
 
 namespace Orska::Support {
@@ -21,6 +22,8 @@ namespace Orska::Support {
 namespace {
 
 static_assert(std::endian::native == std::endian::little);
+
+constexpr char SOURCE[] = "PlatformAbstraction\\StringCodec";
 
 using Byte = std::uint8_t;
 
@@ -343,27 +346,33 @@ std::string EncodeSingleByte(const char16_t* in_from, const char16_t* in_end) {
     return bytes;
 }
 
-icu::UnicodeString* DecodeByName(const char* in_bytes, std::int32_t in_lengthInBytes,
-                                 EncodingType in_encoding) {
-    const char* name = EncodingInfo::GetName(in_encoding);
-    auto* text = new icu::UnicodeString(in_bytes, in_lengthInBytes, name);
-    if (text == nullptr) {
-        throw std::bad_alloc();
+void CheckStatus(UErrorCode in_status, const TraceSite& in_site) {
+    if (U_FAILURE(in_status)) {
+        ORSKA_THROW(in_site, ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
     }
-    if (text->isBogus()) {
-        delete text;
-        ORSKA_THROW(
-            (TraceSite{"Orska::Support::DecodeText", "PlatformAbstraction\\StringCodec", 0}),
-            ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
-    }
-    return text;
 }
 
-std::string EncodeByName(const icu::UnicodeString& in_text, EncodingType in_encoding) {
-    const char* name = EncodingInfo::GetName(in_encoding);
-    const std::int32_t length = in_text.extract(0, in_text.length(), nullptr, 0, name);
+icu::UnicodeString* DecodeByName(const char* in_bytes, std::int32_t in_lengthInBytes,
+                                 EncodingType in_encoding) {
+    constexpr TraceSite SITE = {"Orska::Support::DecodeText", SOURCE, 0};
+    const icu::LocalUConverterPointer converter = OpenConverter(in_encoding, SITE);
+    TextOwner text(AcquireText(0));
+    UErrorCode status = U_ZERO_ERROR;
+    DecodeThroughIcu(*converter, {in_bytes, static_cast<std::size_t>(in_lengthInBytes)}, *text,
+                     status);
+    CheckStatus(status, SITE);
+    return text.release();
+}
+
+std::string EncodeByName(std::u16string_view in_text, EncodingType in_encoding) {
+    constexpr TraceSite SITE = {"Orska::Support::EncodeText", SOURCE, 0};
+    const icu::LocalUConverterPointer converter = OpenConverter(in_encoding, SITE);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int64_t length = MeasureThroughIcu(*converter, in_text, status);
     std::string bytes(static_cast<std::size_t>(length), '\0');
-    in_text.extract(0, in_text.length(), bytes.data(), static_cast<std::uint32_t>(length), name);
+    int attempts = 0;
+    EncodeThroughIcu(*converter, in_text, bytes.data(), length, attempts, status);
+    CheckStatus(status, SITE);
     return bytes;
 }
 
@@ -436,7 +445,7 @@ std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encodi
         case EncodingType::ENC_US_ASCII:
             return EncodeSingleByte<UsAscii>(from, end);
         default:
-            return EncodeByName(in_text, in_encoding);
+            return EncodeByName({from, end}, in_encoding);
     }
 }
 

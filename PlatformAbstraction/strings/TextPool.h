@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 // What lies in the pool is nobody's: the address sanitizer, where there is one, reports its use.
 #if __has_include(<sanitizer/asan_interface.h>)
@@ -93,6 +94,11 @@ inline bool OverwriteText(icu::UnicodeString& io_text, const char16_t* in_units,
 
 /// Takes a text object, made here or with `new icu::UnicodeString`, or null.
 void ReleaseText(icu::UnicodeString* in_text) noexcept;
+
+struct TextReleaser {
+    void operator()(icu::UnicodeString* in_text) const noexcept { ReleaseText(in_text); }
+};
+using TextOwner = std::unique_ptr<icu::UnicodeString, TextReleaser>;
 
 }  // namespace Orska::Support
 

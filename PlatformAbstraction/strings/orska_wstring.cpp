@@ -1,8 +1,8 @@
 #include "PlatformAbstraction/strings/orska_wstring.h"
 
-#include <unicode/locid.h>
 #include <unicode/regex.h>
 #include <unicode/ucnv.h>
+#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <cstring>
@@ -30,11 +30,15 @@ constexpr EncodingType WIDE_ENCODING =
     sizeof(wchar_t) == 2 ? EncodingType::ENC_UTF16LE : EncodingType::ENC_UTF32LE;
 constexpr std::int32_t REGEX_FLAGS = 0x2E;  // case-insensitive, comments, multi-line, dot-all
 
+[[noreturn]] void ThrowTooLong() {
+    ORSKA_THROW((TraceSite{"Orska::Support::orska_wstring::CheckedLength", SOURCE, 0}),
+                ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
+}
+
 /// ICU counts in 32 bits, signed. A longer text is refused whole.
 std::int32_t CheckedLength(std::size_t in_count, std::size_t in_width) {
-    if (in_count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / in_width) {
-        ORSKA_THROW((TraceSite{"Orska::Support::orska_wstring::CheckedLength", SOURCE, 0}),
-                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
+    if (in_count > static_cast<std::size_t>(INT32_MAX) / in_width) {
+        ThrowTooLong();
     }
     return static_cast<std::int32_t>(in_count * in_width);
 }
@@ -113,6 +117,25 @@ std::basic_string<Unit> EncodeUnits(
     std::basic_string<Unit> units(bytes.size() / sizeof(Unit), Unit{});
     std::memcpy(units.data(), bytes.data(), units.size() * sizeof(Unit));
     return units;
+}
+
+/// @param in_change  u_strToUpper or u_strToLower
+void ChangeCase(orska_wstring& io_string, decltype(u_strToUpper)& in_change) {
+    std::int32_t length = io_string.GetLength();
+    UErrorCode status = U_BUFFER_OVERFLOW_ERROR;
+    while (!io_string.IsNull() && status == U_BUFFER_OVERFLOW_ERROR) {
+        TextOwner changed(AcquireText(length));
+        status = U_ZERO_ERROR;
+        // The locale without a name, which ICU need not load.
+        length = in_change(GetUnits(*changed), changed->length(), io_string.GetView().data(),
+                           io_string.GetLength(), "", &status);
+        if (U_SUCCESS(status)) {
+            changed->truncate(length);
+            io_string.SetImpl(changed.release());
+        } else if (status != U_BUFFER_OVERFLOW_ERROR) {
+            ThrowTooLong();
+        }
+    }
 }
 
 void CheckForICUError(UErrorCode in_status, const orska_wstring& in_pattern) {
@@ -204,7 +227,9 @@ orska_wstring& orska_wstring::operator=(const orska_wstring& in_other) {
     if (m_text == nullptr || in_other.m_text == nullptr) {
         SetImpl(CopyOf(in_other.m_text));
     } else if (this != &in_other) {
-        CheckWhole(m_text->setTo(in_other.m_text->getBuffer(), in_other.m_text->length()));
+        icu::UnicodeString copy(in_other.m_text->getBuffer(), in_other.m_text->length());
+        CheckWhole(copy);
+        m_text->swap(copy);
     }
     return *this;
 }
@@ -213,16 +238,6 @@ orska_wstring& orska_wstring::operator=(orska_wstring&& in_other) noexcept {
     if (this != &in_other) {
         SetImpl(std::exchange(in_other.m_text, nullptr));
     }
-    return *this;
-}
-
-orska_wstring& orska_wstring::operator=(const std::string& in_text) {
-    SetFromBytes(*this, in_text.data(), CheckedLength(in_text.size(), 1), GetAnsiEncoding());
-    return *this;
-}
-
-orska_wstring& orska_wstring::operator=(const std::wstring& in_text) {
-    SetFromWide(*this, in_text.data(), in_text.size());
     return *this;
 }
 
@@ -256,8 +271,16 @@ orska_wstring& orska_wstring::operator+=(const orska_wstring& in_other) {
     if (m_text == nullptr) {
         return *this = in_other;
     }
-    CheckedLength(GetView().size() + in_other.GetView().size(), 1);
-    CheckWhole(m_text->append(*in_other.m_text));
+    const std::int32_t length = CheckedLength(GetView().size() + in_other.GetView().size(), 1);
+    if (length <= m_text->getCapacity()) {
+        CheckWhole(m_text->append(*in_other.m_text));
+        return *this;
+    }
+    // ICU drops a text that it cannot lengthen. Room for more, as many texts grow piece by piece.
+    icu::UnicodeString longer(length + std::min(length / 4 + 128, INT32_MAX - length), 0, 0);
+    CheckWhole(longer);
+    longer.append(*m_text).append(*in_other.m_text);
+    m_text->swap(longer);
     return *this;
 }
 
@@ -321,15 +344,41 @@ bool orska_wstring::StartsWith(const orska_wstring& in_other) const {
 
 orska_wstring& orska_wstring::FindAndReplace(const orska_wstring& in_old,
                                              const orska_wstring& in_new) {
-    if (!IsNull() && !in_old.IsNull()) {
-        m_text->findAndReplace(*in_old.m_text,
-                               in_new.IsNull() ? icu::UnicodeString() : *in_new.m_text);
+    const std::size_t oldLength = in_old.GetView().size();
+    std::vector<std::size_t> places;
+    for (std::int32_t at = IndexOf(in_old); oldLength != 0 && at >= 0;
+         at = IndexOf(in_old, at + in_old.GetLength())) {
+        places.push_back(static_cast<std::size_t>(at));
     }
+    if (places.empty()) {
+        return *this;
+    }
+    const std::u16string_view text = GetView();
+    const std::u16string_view replacement = in_new.GetView();
+    const std::size_t kept = text.size() - places.size() * oldLength;
+    icu::UnicodeString* const replaced =
+        AcquireText(CheckedLength(kept + places.size() * replacement.size(), 1));
+    char16_t* to = GetUnits(*replaced);
+    std::size_t from = 0;
+    for (const std::size_t place : places) {
+        to = std::copy(text.begin() + from, text.begin() + place, to);
+        to = std::copy(replacement.begin(), replacement.end(), to);
+        from = place + oldLength;
+    }
+    std::copy(text.begin() + from, text.end(), to);
+    SetImpl(replaced);
     return *this;
 }
 
 bool orska_wstring::PadTrailing(std::int32_t in_targetLength, char16_t in_pad) {
-    return !IsNull() && m_text->padTrailing(in_targetLength, in_pad);
+    if (IsNull() || in_targetLength <= GetLength()) {
+        return false;
+    }
+    icu::UnicodeString* const padded = AcquireText(in_targetLength);
+    char16_t* const end = std::copy_n(GetView().data(), GetLength(), GetUnits(*padded));
+    std::fill(end, GetUnits(*padded) + in_targetLength, in_pad);
+    SetImpl(padded);
+    return true;
 }
 
 orska_wstring& orska_wstring::TruncateAt(char16_t in_unit) {
@@ -358,16 +407,12 @@ orska_wstring& orska_wstring::Trim() {
 }
 
 orska_wstring& orska_wstring::ToUpper() {
-    if (!IsNull()) {
-        m_text->toUpper(icu::Locale::getRoot());
-    }
+    ChangeCase(*this, u_strToUpper);
     return *this;
 }
 
 orska_wstring& orska_wstring::ToLower() {
-    if (!IsNull()) {
-        m_text->toLower(icu::Locale::getRoot());
-    }
+    ChangeCase(*this, u_strToLower);
     return *this;
 }
 
@@ -411,7 +456,8 @@ orska_wstring& orska_wstring::RegexReplace(const orska_wstring& in_pattern,
     icu::UnicodeString replaced = in_flags < 0 ? matcher.replaceFirst(replacement, status)
                                                : matcher.replaceAll(replacement, status);
     CheckForICUError(status, in_pattern);
-    *m_text = std::move(replaced);
+    CheckWhole(replaced);
+    m_text->swap(replaced);
     return *this;
 }
 

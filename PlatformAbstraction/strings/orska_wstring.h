@@ -6,7 +6,8 @@
 /// platform start-up sets it. Wide text (`wchar_t`) is UTF-16LE on Windows and UTF-32LE on Linux.
 /// Bytes that an encoding does not allow become U+FFFD, as ICU's converters have it. Text of more
 /// than INT32_MAX bytes is refused with ErrorException "ICUConvErr", and an encoding that is not
-/// one of the 119 with "EncodingNotRecog".
+/// one of the 119 with "EncodingNotRecog". A result of more code units than that is refused with
+/// "ICUConvErr" or std::bad_alloc. A string for whose change there is no memory stays as it was.
 #ifndef PLATFORMABSTRACTION_ORSKA_WSTRING_H
 #define PLATFORMABSTRACTION_ORSKA_WSTRING_H
 
@@ -39,6 +40,7 @@ public:
 
     /// NULL.
     orska_wstring() noexcept = default;
+    orska_wstring(std::nullptr_t) noexcept {}
     orska_wstring(const orska_wstring& in_other);
     orska_wstring(orska_wstring&& in_other) noexcept;
     /// Bytes in the ANSI encoding; an empty string gives an empty, non-NULL one.
@@ -63,8 +65,12 @@ public:
 
     orska_wstring& operator=(const orska_wstring& in_other);
     orska_wstring& operator=(orska_wstring&& in_other) noexcept;
-    orska_wstring& operator=(const std::string& in_text);
-    orska_wstring& operator=(const std::wstring& in_text);
+    /// As the constructor from the same.
+    orska_wstring& operator=(const std::string& in_text) { return *this = orska_wstring(in_text); }
+    orska_wstring& operator=(const std::wstring& in_text) { return *this = orska_wstring(in_text); }
+    orska_wstring& operator=(const char* in_text) { return *this = orska_wstring(in_text); }
+    orska_wstring& operator=(const wchar_t* in_text) { return *this = orska_wstring(in_text); }
+    orska_wstring& operator=(std::nullptr_t) { return *this = orska_wstring(); }
 
     /// Replaces the text by UTF-8 bytes. Never uses the platform converter.
     orska_wstring& SetFromUtf8(const std::string& in_text);

@@ -149,8 +149,11 @@ TEST(StreamConverter, RefusesPositionsOutsideTheBuffers) {
         EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
         EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvertWithNul(); }));
         converter->SetTargetPosition(4);
-        converter->SetSourcePosition(5);
-        EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
+        for (const std::uint64_t position : {std::uint64_t{5}, ~std::uint64_t{0}}) {
+            converter->SetSourcePosition(position);
+            EXPECT_EQ(position, converter->GetSourcePosition());
+            EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
+        }
         converter->SetTargetPosition(0);
         converter->SetSourcePosition(2);
         EXPECT_EQ("nothing thrown", KeyThrownBy([&] { converter->DoConvert(); }));

@@ -16,16 +16,11 @@ namespace {
 
 // Process-wide: set by the tests of this file, read by the allocators below.
 int s_allocations = 0;
-bool s_isNextLargeOneRefused = false;
+std::size_t s_leastRefused = SIZE_MAX;  // bytes; ICU gets no more at once
 
 void* U_CALLCONV Allocate(const void*, std::size_t in_size) {
     ++s_allocations;
-    constexpr std::size_t LEAST_CONVERTER = 200;  // bytes; more than a string object
-    if (s_isNextLargeOneRefused && in_size >= LEAST_CONVERTER) {
-        s_isNextLargeOneRefused = false;
-        return nullptr;
-    }
-    return std::malloc(in_size);
+    return in_size < s_leastRefused ? std::malloc(in_size) : nullptr;
 }
 
 void* U_CALLCONV Reallocate(const void*, void* in_memory, std::size_t in_size) {
@@ -82,10 +77,69 @@ TEST(StreamMemory, PiecesAndTargetsCostNoAllocation) {
     }
 }
 
+/// For its lifetime ICU gets memory for small objects only, not for a converter or a longer text.
+struct RefuseLarge {
+    RefuseLarge() { s_leastRefused = 200; }
+    ~RefuseLarge() { s_leastRefused = SIZE_MAX; }
+};
+
+TEST(StreamMemory, AStringThatCannotChangeStaysAsItWas) {
+    CountIcuAllocations();
+    const orska_wstring longer(u'z', 300);
+    const struct {
+        const char* m_point;
+        void (*m_change)(orska_wstring&, const orska_wstring&);
+    } cases[] = {
+        {"=", [](orska_wstring& io_text, const orska_wstring& in_other) { io_text = in_other; }},
+        {"+=", [](orska_wstring& io_text, const orska_wstring& in_other) { io_text += in_other; }},
+        {"replace", [](orska_wstring& io_text,
+                       const orska_wstring& in_other) { io_text.FindAndReplace(u"b", in_other); }},
+        {"regex", [](orska_wstring& io_text,
+                     const orska_wstring& in_other) { io_text.RegexReplace(u"b", in_other); }},
+        {"pad", [](orska_wstring& io_text, const orska_wstring&) { io_text.PadTrailing(300); }},
+        {"pad beyond all",
+         [](orska_wstring& io_text, const orska_wstring&) { io_text.PadTrailing(INT32_MAX); }},
+        {"upper", [](orska_wstring& io_text, const orska_wstring&) { io_text.ToUpper(); }},
+        {"lower", [](orska_wstring& io_text, const orska_wstring&) { io_text.ToLower(); }},
+        {"UTF-8",
+         [](orska_wstring& io_text, const orska_wstring&) { io_text = std::string(300, 'x'); }},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.m_point);
+        // Changing case makes it longer than it may be.
+        orska_wstring text = orska_wstring(u"ab") + orska_wstring(u'\u0390', 70);
+        if (row.m_point == std::string("lower")) text = orska_wstring(u'\u0130', 70);
+        const orska_wstring before = text;
+        {
+            const RefuseLarge refusal;
+            EXPECT_ANY_THROW(row.m_change(text, longer));
+        }
+        EXPECT_TRUE(before == text) << text.GetLength();
+    }
+}
+
+// 70,000 times 70,000 units are refused before any are copied.
+TEST(StreamMemory, AStringRefusesAReplacementBeyondWhatItCanHold) {
+    orska_wstring text(u'a', 70000);
+    const orska_wstring replacement(u'b', 70000);
+    EXPECT_THROW(text.FindAndReplace(u"a", replacement), ErrorException);
+    EXPECT_TRUE(orska_wstring(u'a', 70000) == text);
+}
+
+TEST(StreamMemory, AStringSaysThatItsConverterCannotBeOpened) {
+    CountIcuAllocations();
+    const orska_wstring text(u"\u6F22");
+    for (const int encoding : {18, 67}) {
+        const RefuseLarge refusal;
+        EXPECT_THROW(text.GetAsAnsiString(Enc(encoding)), ErrorException);
+        EXPECT_THROW(orska_wstring("\x8A\xBF", 2, Enc(encoding)), ErrorException);
+    }
+}
+
 TEST(StreamMemory, ConverterThatCannotBeOpenedIsNamed) {
     CountIcuAllocations();
-    s_isNextLargeOneRefused = true;
     try {
+        const RefuseLarge refusal;
         StreamConverterFactory::CreateConverter(Enc(18), Enc(27));
         FAIL() << "nothing thrown";
     } catch (const ErrorException& error) {

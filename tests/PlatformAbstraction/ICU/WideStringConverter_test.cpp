@@ -100,6 +100,19 @@ TEST(WideStringConverter, TakesNullsEmptyTextAndNulTerminatedText) {
     EXPECT_TRUE(result == MakeString(u"\u6100\u6200"));
 }
 
+TEST(WideStringConverter, TakesNullBuffersOfLengthZero) {
+    WideStringConverter converter;
+    for (std::int32_t i = 0; i < ENCODING_COUNT; ++i) {
+        for (const std::u16string_view text : {u"", u"a", u"\u6F22\u00AD", u"\xD800"}) {
+            bool isTruncated = false;
+            EXPECT_EQ(0, converter.ConvertFromWString(MakeString(text), nullptr, 0, EncodingType{i},
+                                                      isTruncated));
+            EXPECT_EQ(!text.empty(), isTruncated) << i;
+        }
+        EXPECT_EQ(0, orska_wstring().SetFromUtf8(nullptr, 0).GetLength());
+    }
+}
+
 TEST(WideStringConverter, RefusesBadArguments) {
     WideStringConverter converter;
     orska_wstring text = MakeString(u"text");

@@ -51,6 +51,12 @@ std::string IcuEncode(const icu::UnicodeString& in_text, EncodingType in_encodin
     const std::int32_t length = in_text.extract(0, in_text.length(), bytes.data(),
                                                 static_cast<std::uint32_t>(bytes.size()), name);
     bytes.resize(static_cast<std::size_t>(length));
+    // ICU leaves HZ in its two-byte state.
+    const std::size_t open = bytes.rfind("~{");
+    if (in_encoding == EncodingType{67} && open != std::string::npos &&
+        bytes.find("~}", open) == std::string::npos) {
+        bytes += "~}";
+    }
     return bytes;
 }
 

@@ -44,6 +44,11 @@ TEST(OrskaWstringTest, ConstructionKeepsNullAndEmptyApart) {
         std::int32_t m_length;
     } cases[] = {
         {"nothing", {}, true, 0},
+        {"nullptr", nullptr, true, 0},
+        {"assigned nullptr", orska_wstring(u"a") = nullptr, true, 0},
+        {"assigned narrow", orska_wstring() = "abc", false, 3},
+        {"assigned wide", orska_wstring() = L"abc", false, 3},
+        {"assigned null narrow", orska_wstring(u"a") = nullNarrow, true, 0},
         {"a copy of NULL", NULL_STRING, true, 0},
         {"null narrow", nullNarrow, true, 0},
         {"null narrow, length", {nullNarrow, 5}, true, 0},
