@@ -20,7 +20,7 @@ std::vector<StoredDsn> Select(const DsnStore& in_store, const CommandLine& in_li
     const ODBC::OdbcIniText text = in_store.Load();
     std::vector<StoredDsn> selected;
     for (const std::string& name : in_line.m_arguments) {
-        if (IsReservedSection(name) || !text.HasSection(name)) throw NoSuchDsn(in_store, name);
+        if (ODBC::IsReservedName(name) || !text.HasSection(name)) throw NoSuchDsn(in_store, name);
         selected.push_back({name, Entries(text.GetKeyValues(name))});
     }
     if (!in_line.m_arguments.empty()) return selected;

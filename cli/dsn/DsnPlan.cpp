@@ -21,12 +21,8 @@ void CheckField(const ODBC::DialogField& in_field, const std::string& in_value) 
     }
 }
 
-/// The setup library would keep what it wrote before a value that it refuses, so everything that it
-/// refuses is found out here first.
+/// What the setup library refuses is found out here first, where a reason can be given.
 void CheckSection(const DsnPlan& in_plan) {
-    if (IsReservedSection(in_plan.m_name)) {
-        Refuse("DSN", "This is the name of a section of the driver manager's own.");
-    }
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         CheckField(field, field.m_key == "DSN" ? in_plan.m_name : in_plan.m_after.Get(field.m_key));
     }

@@ -4,18 +4,13 @@
 
 namespace Veltrane::Cli {
 
-bool IsReservedSection(const std::string& in_section) {
-    return EqualsIgnoringCase(in_section, "ODBC Data Sources") ||
-           EqualsIgnoringCase(in_section, "ODBC");
-}
-
 const char* GetScopeName(Scope in_scope) { return in_scope == Scope::System ? "system" : "user"; }
 
 std::vector<std::string> GetDsnNames(const ODBC::OdbcIniText& in_text) {
     std::vector<std::string> names;
     std::set<std::string> known;
     for (std::string& name : in_text.GetSections()) {
-        if (name.empty() || IsReservedSection(name) || !known.insert(FoldCase(name)).second)
+        if (name.empty() || ODBC::IsReservedName(name) || !known.insert(FoldCase(name)).second)
             continue;
         names.push_back(std::move(name));
     }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Setup/OdbcIniText.h"
+#include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/Entries.h"
 
 namespace Veltrane::Cli {
@@ -21,9 +22,6 @@ namespace Veltrane::Cli {
 enum class Scope { User, System };
 
 const char* GetScopeName(Scope in_scope);
-
-/// Whether a section of odbc.ini is the driver manager's own, which makes its name no DSN's.
-bool IsReservedSection(const std::string& in_section);
 
 class DsnStore {
 public:

@@ -49,7 +49,7 @@ ODBC::OdbcIniText DsnStore::Load() const {
 
 std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
     const ODBC::OdbcIniText text = Load();
-    if (IsReservedSection(in_dsn) || !text.HasSection(in_dsn)) return std::nullopt;
+    if (ODBC::IsReservedName(in_dsn) || !text.HasSection(in_dsn)) return std::nullopt;
     return Entries(text.GetKeyValues(in_dsn));
 }
 

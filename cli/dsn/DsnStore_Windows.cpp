@@ -44,7 +44,7 @@ ODBC::OdbcIniText DsnStore::Load() const {
 
 std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
     RegistryRoot::Section section;
-    if (in_dsn.empty() || in_dsn.find('\\') != std::string::npos || IsReservedSection(in_dsn)) {
+    if (in_dsn.empty() || in_dsn.find('\\') != std::string::npos || ODBC::IsReservedName(in_dsn)) {
         return std::nullopt;
     }
     if (!RootOf(m_scope).Read(in_dsn, section)) return std::nullopt;
