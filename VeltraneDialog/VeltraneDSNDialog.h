@@ -3,6 +3,8 @@
 #ifndef VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 #define VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 
+#include <exception>
+
 #include "VeltraneDialog/InitialValues.h"
 
 namespace Veltrane::ODBC {
@@ -13,8 +15,9 @@ public:
     static constexpr int RESULT_OK = 1;
     static constexpr int RESULT_CANCEL = 2;
 
-    /// An editor with its initial values (see LoadInitialValues); nothing is shown.
-    /// @throws std::runtime_error when the file of initial values cannot be used
+    /// An editor with its initial values (see LoadInitialValues); nothing is shown. A file of
+    /// initial values that cannot be used stops whoever asks for one of them: ShowDialog and the
+    /// getters then throw std::runtime_error until the texts in question have been set.
     VeltraneDSNDialog();
 
     void SetDSN(DialogString in_text);
@@ -39,7 +42,14 @@ public:
     DialogString GetDatabase() const;
 
 private:
+    void SetText(DialogString DialogValues::*in_field, DialogString in_text);
+    const DialogString& GetText(DialogString DialogValues::*in_field) const;
+    /// @throws std::runtime_error when an initial value is missing
+    void CheckAllValues() const;
+
     DialogValues m_values;
+    /// Why there are no initial values. Texts that have not been set are null then.
+    std::exception_ptr m_failure;
 };
 
 }  // namespace Veltrane::ODBC

@@ -23,6 +23,7 @@ EditorMessage RunEditorInItsTerminal(const std::string& in_program, const Dialog
 }  // namespace
 
 int VeltraneDSNDialog::ShowDialog() {
+    CheckAllValues();
     EditorChoice choice = ChooseEditor(LookAroundForEditors());
     for (const std::string& program : choice.m_programs) {
         EditorMessage answer = RunEditorInItsTerminal(program, m_values);

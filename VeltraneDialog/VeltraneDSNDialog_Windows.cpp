@@ -88,6 +88,7 @@ DialogRequest MakeRequest(const DialogValues& in_values, Answer& out_answer) {
 }  // namespace
 
 int VeltraneDSNDialog::ShowDialog() {
+    CheckAllValues();
     Answer answer;
     const DialogRequest request = MakeRequest(m_values, answer);
     const int result = FindShowDialog()(&request);

@@ -4,6 +4,9 @@
 
 #include <stdexcept>
 
+#include "VeltraneDialog/VeltraneDSNDialog.h"
+#include "tests/support/TestSystem.h"
+
 namespace Veltrane::ODBC {
 namespace {
 
@@ -68,6 +71,18 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
         EXPECT_EQ(error.find("Initial values of a DSN: file.ini, line 3: "), 0U) << error;
         EXPECT_EQ(error.find("secret"), std::string::npos) << error;
     }
+}
+
+TEST(InitialValues, AnUnusableFileStopsOnlyWhoAsksForItsValues) {
+    Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", "no-such-file.ini");
+    VeltraneDSNDialog editor;
+    EXPECT_THROW(editor.ShowDialog(), std::runtime_error);
+    editor.SetServer(u"s");
+    editor.SetUid({});
+    EXPECT_EQ(editor.GetServer(), u"s");
+    EXPECT_EQ(editor.GetUid(), u"");
+    EXPECT_THROW(editor.GetPwd(), std::runtime_error);
+    EXPECT_THROW(editor.ShowDialog(), std::runtime_error);
 }
 
 }  // namespace
