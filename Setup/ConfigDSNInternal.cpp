@@ -1,6 +1,7 @@
 #include "Setup/ConfigDSNInternal.h"
 
 #include <exception>
+#include <stdexcept>
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
@@ -73,6 +74,10 @@ int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool i
     return 1;
 }
 
+bool IsSystemRequest(unsigned short in_requestType) {
+    return in_requestType >= ODBC_ADD_SYS_DSN && in_requestType <= ODBC_REMOVE_SYS_DSN;
+}
+
 int Dispatch(bool in_hasParentWindow, unsigned short in_requestType,
              const orska_wstring& in_driverDescription, const orska_wstring& in_attributes) {
     VeltraneDSNConfiguration record(in_driverDescription);
@@ -98,6 +103,15 @@ void Post(unsigned long in_code, const orska_wstring& in_text) {
     TracedInstaller::PostInstallerError(in_code, in_text);
 }
 
+/// The message of an exception, or why there is none.
+orska_wstring MessageOf(const std::exception& in_exception) {
+    try {
+        return ToInstallerText(in_exception.what());
+    } catch (const std::invalid_argument& failure) {
+        return ToInstallerText(failure.what());
+    }
+}
+
 /// The handlers, in the order in which they are tried.
 void PostByKind() {
     try {
@@ -107,7 +121,7 @@ void PostByKind() {
     } catch (const VeltraneDSNSetupException& exception) {
         Post(exception.GetErrorCode(), exception.GetErrorMsg());
     } catch (const std::exception& exception) {
-        Post(INSTALLER_REQUEST_FAILED, ToInstallerText(exception.what()));
+        Post(INSTALLER_REQUEST_FAILED, MessageOf(exception));
     } catch (...) {
         const VeltraneDSNSetupException exception(VeltraneDSNSetupException::REQUEST_FAILED);
         Post(exception.GetErrorCode(), exception.GetErrorMsg());
@@ -129,7 +143,7 @@ int ConfigDSNInternal(void* in_parentWindow, unsigned short in_requestType,
                       const orska_wstring& in_driverDescription,
                       const orska_wstring& in_attributes) noexcept {
     try {
-        const OdbcInstaller::Request request;
+        const OdbcInstaller::Request request(IsSystemRequest(in_requestType));
         ORSKA_TRACE(2, FUNCTION, SOURCE, 0, "Request %u for driver \"%s\", mode %s, %s window",
                     in_requestType, TracedInstaller::ForTrace(in_driverDescription).c_str(),
                     request.GetModeName(), in_parentWindow != nullptr ? "with" : "without");

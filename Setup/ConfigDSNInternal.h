@@ -6,8 +6,8 @@
 
 namespace Veltrane::ODBC {
 
-/// The installer's request types. Some installers hand over the system requests as the plain ones
-/// and tell them apart by the config mode only.
+/// The installer's request types. Most installers hand over the system requests as the plain ones
+/// and tell them apart by the config mode only; one that comes as it is needs no mode.
 enum RequestType : unsigned short {
     ODBC_ADD_DSN = 1,
     ODBC_CONFIG_DSN = 2,

@@ -57,9 +57,9 @@ bool HasControlCharacter(std::string_view in_text) {
     for (std::size_t i = 0; i < in_text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(in_text[i]);
         if (byte < 0x20 || byte == 0x7F) return true;
-        if (byte == 0xC2 && i + 1 < in_text.size() &&
-            static_cast<unsigned char>(in_text[i + 1]) < 0xA0) {
-            return true;
+        if (byte == 0xC2 && i + 1 < in_text.size()) {
+            const auto next = static_cast<unsigned char>(in_text[i + 1]);
+            if (next >= 0x80 && next < 0xA0) return true;
         }
     }
     return false;
@@ -91,6 +91,14 @@ std::string_view Unquote(std::string_view in_key) {
     return in_key.substr(0, in_key.find_first_of(QUOTES));
 }
 
+/// A vertical tab is no blank to iODBC.
+constexpr std::string_view IODBC_BLANKS = " \t\n\f\r";
+
+std::string_view TrimIodbcValue(std::string_view in_value) {
+    in_value.remove_prefix(std::min(in_value.find_first_not_of(IODBC_BLANKS), in_value.size()));
+    return in_value.substr(0, in_value.find_last_not_of(IODBC_BLANKS) + 1);
+}
+
 /// How much of a trimmed value iODBC reads: what follows is a comment.
 std::size_t IodbcValueSize(std::string_view in_value) {
     char quote = '\0';
@@ -100,14 +108,23 @@ std::size_t IodbcValueSize(std::string_view in_value) {
             if (c == quote) quote = '\0';
         } else if (QUOTES.find(c) != std::string_view::npos) {
             quote = c;
-        } else if (IsComment(c) && (i == 0 || in_value[i - 1] == ' ' || in_value[i - 1] == '\t')) {
-            return Trim(in_value.substr(0, i)).size();
+        } else if (IsComment(c) &&
+                   (i == 0 || IODBC_BLANKS.find(in_value[i - 1]) != std::string_view::npos)) {
+            return TrimIodbcValue(in_value.substr(0, i)).size();
         }
     }
     return in_value.size();
 }
 
 bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
+
+/// Whether the reader's line would end within the text.
+bool HasLineEnd(std::string_view in_text, OdbcIniText::Rules in_rules) {
+    constexpr std::string_view LINE_ENDS("\n\0", 2);
+    const bool isIodbc = in_rules == OdbcIniText::Rules::IODBC;
+    return in_text.find_first_of(LINE_ENDS) != std::string_view::npos ||
+           (isIodbc && in_text.find_first_of(IODBC_LINE_ENDS) != std::string_view::npos);
+}
 
 }  // namespace
 
@@ -254,8 +271,10 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     if (!section) return std::nullopt;
     const std::optional<Range> line = FindKey(*section, in_key, in_rules);
     if (!line) return std::nullopt;
-    std::string value = KeyValueText(Piece(line->m_begin));
-    if (in_rules == Rules::IODBC) value.resize(IodbcValueSize(value));
+    const std::string_view piece = Piece(line->m_begin);
+    if (in_rules != Rules::IODBC) return KeyValueText(piece);
+    std::string value(TrimIodbcValue(piece.substr(piece.find('=') + 1)));
+    value.resize(IodbcValueSize(value));
     return value;
 }
 
@@ -479,13 +498,20 @@ bool OdbcIniText::IsCarriableSection(std::string_view in_section) {
 
 bool OdbcIniText::IsCarriableLine(std::string_view in_key, std::string_view in_value,
                                   Rules in_rules) {
-    const bool isCarried = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
-                           in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
-                           !HasOuterBlank(in_value) && !HasControlCharacter(in_key) &&
-                           !HasControlCharacter(in_value) &&
-                           in_key.size() + 1 + in_value.size() <= MAX_LINE;
-    if (in_rules != Rules::IODBC) return isCarried;
-    return isCarried && Unquote(in_key) == in_key && IodbcValueSize(in_value) == in_value.size();
+    return IsReadBack(in_key, in_value, in_rules) && !HasControlCharacter(in_key) &&
+           !HasControlCharacter(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
+}
+
+bool OdbcIniText::IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules) {
+    const bool isLine = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
+                        in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
+                        !HasLineEnd(in_key, in_rules) && !HasLineEnd(in_value, in_rules);
+    if (in_rules != Rules::IODBC) {
+        return isLine && !HasOuterBlank(in_value) &&
+               in_key.size() + 1 + in_value.size() <= MAX_LINE;
+    }
+    return isLine && Unquote(in_key) == in_key && TrimIodbcValue(in_value) == in_value &&
+           IodbcValueSize(in_value) == in_value.size();
 }
 
 }  // namespace Veltrane::ODBC

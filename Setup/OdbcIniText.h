@@ -81,7 +81,11 @@ public:
 
     /// Whether a section of this name can be written and found again.
     static bool IsCarriableSection(std::string_view in_section);
-    /// Whether a line with this key and value can be written and read back unchanged.
+    /// Whether a line with this key and value is read back unchanged. Values that were read from
+    /// the file are.
+    static bool IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules);
+    /// Whether a line with this key and new value may be written: one that is read back unchanged
+    /// and has no control characters.
     static bool IsCarriableLine(std::string_view in_key, std::string_view in_value,
                                 Rules in_rules = Rules::FIRST_FILE);
 

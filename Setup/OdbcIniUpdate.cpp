@@ -62,6 +62,13 @@ bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key
            Do({Kind::SET, in_section, in_key, in_value});
 }
 
+bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
+                              const std::string& in_value) {
+    return OdbcIniText::IsCarriableSection(in_section) &&
+           OdbcIniText::IsReadBack(in_key, in_value, m_rules) &&
+           Do({Kind::SET, in_section, in_key, in_value});
+}
+
 bool OdbcIniUpdate::Add(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
     return OdbcIniText::IsCarriableSection(in_section) &&

@@ -31,6 +31,9 @@ public:
     bool StartSection(const std::string& in_section);
     bool RemoveSection(const std::string& in_section);
     bool Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
+    /// As Set, for a value that was read from a file: control characters in it stay.
+    bool SetAsRead(const std::string& in_section, const std::string& in_key,
+                   const std::string& in_value);
     /// Adds a line for a key that may have one; see OdbcIniText::Add.
     bool Add(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     bool RemoveKey(const std::string& in_section, const std::string& in_key);

@@ -1,9 +1,18 @@
 #include "Setup/OdbcInstaller.h"
 
+#include <unicode/utf16.h>
+
 namespace Veltrane::ODBC::OdbcInstaller {
 
-bool IsListOfDataSources(const orska_wstring& in_name) {
-    return in_name.Compare(orska_wstring(L"ODBC Data Sources"), false) == 0;
+bool HasReplacementCharacter(const orska_wstring& in_text) {
+    return in_text.GetView().find(u'\uFFFD') != std::u16string_view::npos;
+}
+
+orska_wstring CutToBuffer(orska_wstring in_text, int in_bufferSize) {
+    std::int32_t length = in_bufferSize - 1;
+    if (in_text.GetLength() <= length) return in_text;
+    if (U16_IS_LEAD(in_text.GetView()[static_cast<std::size_t>(length) - 1])) --length;
+    return in_text.Substring(0, length);
 }
 
 }  // namespace Veltrane::ODBC::OdbcInstaller

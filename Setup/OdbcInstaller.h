@@ -19,11 +19,14 @@ namespace Veltrane::ODBC::OdbcInstaller {
 using Orska::Support::orska_wstring;
 
 /// One setup request: captures the config mode (user, system or both) and the files that belong to
-/// it once, at entry. One for each call of an entry point, used by the thread that made it. Without
-/// one, each operation finds mode and files for itself.
+/// it once, at entry, and remembers the values that it reads (see IsAsRead). One for each call of
+/// an entry point, used by the thread that made it. Without one, each operation finds mode and
+/// files for itself.
 class Request {
 public:
-    Request();
+    /// @param in_isSystem  the request itself says that it is about the system's data sources; else
+    ///                     the installer's config mode does
+    explicit Request(bool in_isSystem = false);
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
     ~Request();
@@ -61,13 +64,17 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Whether it is the name of the section that lists all data sources, in any case. None of them may
-/// have it: with such a data source its list would be removed.
-bool IsListOfDataSources(const orska_wstring& in_name);
+/// Whether the text has what stands for bytes that are not UTF-8. Two different names would become
+/// one with it.
+bool HasReplacementCharacter(const orska_wstring& in_text);
 
-/// Whether the name may be the name of a data source: the installer's own check, not empty, not the
-/// list of data sources, no NUL, and, on Linux, no control characters, no outer blanks and nothing
-/// that UTF-8 cannot express.
+/// The text cut to what fits a buffer, without leaving half a character.
+/// @param in_bufferSize  UTF-16 code units, the ending NUL counted; at least 2
+orska_wstring CutToBuffer(orska_wstring in_text, int in_bufferSize);
+
+/// Whether the name may be the name of a data source: the installer's own check, not empty, not
+/// reserved for a section of the driver manager's own, no NUL, no U+FFFD, and, on Linux, no control
+/// characters, no outer blanks and nothing that UTF-8 cannot express.
 bool ValidDSN(const orska_wstring& in_name);
 
 /// Reads a value as the driver manager would.
@@ -80,13 +87,24 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
                             const orska_wstring& in_default, orska_wstring& out_value,
                             int in_bufferSize, const orska_wstring& in_file);
 
+/// Whether the running request got this text from GetPrivateProfileString as the value of the key,
+/// of whatever data source. Such a text stands for the value as it is stored, and
+/// WritePrivateProfileString writes that.
+bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value);
+
+/// Whether WriteDSNToIni, and WritePrivateProfileString in "odbc.ini", would take these texts. Both
+/// ask by themselves; who writes several asks for all of them before the first.
+bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver);
+bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value);
+
 /// Writes a value; a NULL value removes the key, a NULL key the section.
-/// @return false when the profile cannot be written, or when the value could not be read back as it
-///         is: a NUL in it, and, on Linux, control characters, outer blanks, more than 999 bytes
+/// @return false when the profile cannot be written, or when a new value could not be read back as
+///         it is: a NUL in it, and, on Linux, control characters, outer blanks, more than 999 bytes
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file);
 
 /// Starts the section of a data source anew, with only the key "Driver" in it.
+/// @param in_driver  not empty; no U+FFFD: the caller's text was in another encoding then
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver);
 
 /// Removes the section of a data source. Removing an absent section succeeds. On Linux a removal

@@ -5,13 +5,14 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
+#include "Setup/HandedOutValues.h"
 #include "Setup/InstallerLibrary.h"
 #include "Setup/OdbcIniFile.h"
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcIniUpdate.h"
 #include "Setup/OdbcInstaller.h"
+#include "VeltraneDialog/FieldRules.h"
 
 namespace Veltrane::ODBC::OdbcInstaller {
 
@@ -57,27 +58,6 @@ std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
     return in_text.GetAsUtf8();
 }
 
-/// A stored value that is not UTF-8, from a file in an older encoding, and what was read instead.
-struct ForeignValue {
-    std::string m_key;
-    std::string m_given;   ///< what the reader got, in UTF-8
-    std::string m_stored;  ///< the bytes of the file
-};
-
-/// What stands for bytes that are not UTF-8. Two different names would become one with it.
-constexpr char16_t REPLACEMENT_CHARACTER = 0xFFFD;
-
-/// Cuts the text to what fits a buffer, without leaving half a character.
-int Deliver(orska_wstring in_text, int in_bufferSize, orska_wstring& out_value) {
-    std::int32_t length = in_bufferSize - 1;
-    if (in_text.GetLength() > length) {
-        if (U16_IS_LEAD(in_text.GetView()[static_cast<std::size_t>(length) - 1])) --length;
-        in_text = in_text.Substring(0, length);
-    }
-    out_value = std::move(in_text);
-    return out_value.GetLength();
-}
-
 bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
 
 /// How the driver manager reads a file that is the only or first one.
@@ -107,9 +87,9 @@ private:
 }  // namespace
 
 struct Request::State {
-    State()
+    explicit State(bool in_isSystem = false)
         : m_isIodbc(IsIodbc()),
-          m_mode(FindConfigMode()),
+          m_mode(in_isSystem ? ConfigMode::SYSTEM : FindConfigMode()),
           m_userPath(GetUserIniPath()),
           m_systemPath(GetSystemIniPath()) {
         if (m_mode == ConfigMode::SYSTEM) m_rights.End();
@@ -123,7 +103,7 @@ struct Request::State {
     std::string m_systemPath;
     Snapshot m_user;
     Snapshot m_system;
-    std::vector<ForeignValue> m_foreignValues;
+    HandedOutValues<std::string> m_values;
     State* m_outer = nullptr;
 };
 
@@ -263,22 +243,9 @@ bool Edited(const Edit& in_edit) {
     return in_edit(*t_update) && update.Commit();
 }
 
-/// Remembers a value that could not be read as it is, so that it can be written as it was.
-void RememberForeignValue(const std::string& in_key, const orska_wstring& in_given,
-                          const std::string& in_stored) {
-    std::string given = in_given.GetAsUtf8();
-    if (t_request == nullptr || given == in_stored) return;
-    t_request->m_foreignValues.push_back({in_key, std::move(given), in_stored});
-}
-
-/// The bytes to write: those of the file for a value that this request read and did not change,
-/// also when the data source has a new name.
-std::string ToStoredBytes(const std::string& in_key, const std::string& in_value) {
-    if (t_request == nullptr) return in_value;
-    for (const ForeignValue& foreign : t_request->m_foreignValues) {
-        if (foreign.m_key == in_key && foreign.m_given == in_value) return foreign.m_stored;
-    }
-    return in_value;
+/// The bytes of the profile for a text that this request has read; null for a new one.
+const std::string* FindStored(const orska_wstring& in_key, const orska_wstring& in_value) {
+    return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
 }
 
 /// iODBC keeps a list of all data sources in the file; the one named so is not in it.
@@ -304,17 +271,15 @@ bool StartIn(Update::State& io_state, const std::string& in_dsn, const std::stri
            io_state.m_update.Set(in_dsn, "Driver", in_driver);
 }
 
-bool EditProfile(OdbcIniUpdate& io_update, const std::string& in_section,
-                 const std::optional<std::string>& in_key,
-                 const std::optional<std::string>& in_value) {
-    if (!in_key) return io_update.RemoveSection(in_section);
-    if (!in_value) return io_update.RemoveKey(in_section, *in_key);
-    return io_update.Set(in_section, *in_key, *in_value);
+/// Removes a section without a key, and a key without a value.
+bool Remove(OdbcIniUpdate& io_update, const std::string& in_section,
+            const std::optional<std::string>& in_key) {
+    return in_key ? io_update.RemoveKey(in_section, *in_key) : io_update.RemoveSection(in_section);
 }
 
 }  // namespace
 
-Request::Request() : m_state(std::make_unique<State>()) {
+Request::Request(bool in_isSystem) : m_state(std::make_unique<State>(in_isSystem)) {
     ClearInstallerErrors();
     m_state->m_outer = t_request;
     t_request = m_state.get();
@@ -365,8 +330,7 @@ bool ValidDSN(const orska_wstring& in_name) {
     if (!library.IsLoaded()) return false;
     const std::optional<std::string> name = ToUtf8(in_name);
     if (!name || !OdbcIniText::IsCarriableSection(*name)) return false;
-    if (in_name.GetView().find(REPLACEMENT_CHARACTER) != std::u16string_view::npos) return false;
-    if (IsListOfDataSources(in_name)) return false;
+    if (HasReplacementCharacter(in_name) || IsReservedName(*name)) return false;
     if (IsIodbc() && !OdbcIniText::IsCarriableLine(*name, "", Rules::IODBC)) {
         return false;  // it is a key too, in the list of data sources
     }
@@ -383,11 +347,34 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     if (in_bufferSize < 2 || !file || file->empty()) return -1;
     const Lookup lookup = section && key ? LookUp(*file, *section, *key) : Lookup{true, {}};
     if (!lookup.m_isRead) return -1;
-    if (!lookup.m_value) return Deliver(in_default, in_bufferSize, out_value);
-    orska_wstring value;
-    value.SetFromUtf8(*lookup.m_value);
-    RememberForeignValue(*key, value, *lookup.m_value);
-    return Deliver(std::move(value), in_bufferSize, out_value);
+    orska_wstring value = in_default;
+    if (lookup.m_value) value.SetFromUtf8(*lookup.m_value);
+    out_value = CutToBuffer(std::move(value), in_bufferSize);
+    if (lookup.m_value && t_request != nullptr) {
+        t_request->m_values.Remember(in_key, out_value, *lookup.m_value);
+    }
+    return out_value.GetLength();
+}
+
+bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value) {
+    return FindStored(in_key, in_value) != nullptr;
+}
+
+bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
+    const std::optional<std::string> driver = ToUtf8(in_driver);
+    if (!ValidDSN(in_dsn) || !driver || driver->empty()) return false;
+    const Rules rules = RulesOf(IsIodbc());
+    return !HasReplacementCharacter(in_driver) &&
+           OdbcIniText::IsCarriableLine("Driver", *driver, rules) &&
+           (rules != Rules::IODBC ||
+            OdbcIniText::IsCarriableLine(in_dsn.GetAsUtf8(), *driver, rules));
+}
+
+bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value) {
+    const std::optional<std::string> key = ToUtf8(in_key);
+    const std::optional<std::string> value = ToUtf8(in_value);
+    return IsAsRead(in_key, in_value) ||
+           (key && value && OdbcIniText::IsCarriableLine(*key, *value, RulesOf(IsIodbc())));
 }
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
@@ -397,24 +384,27 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     const std::optional<std::string> value = ToUtf8(in_value);
     const std::optional<std::string> file = ToUtf8(in_file);
     if (!section || section->empty() || !key || !value || !file || file->empty()) return false;
+    const bool isRemoval = in_key.IsNull() || in_value.IsNull();
     const auto optionalKey = in_key.IsNull() ? std::nullopt : key;
-    const auto optionalValue = in_value.IsNull() ? std::nullopt : value;
     if (file->front() == '/') {
         OdbcIniUpdate update(*file, NEW_USER_FILE, RulesOf(IsIodbc()));
-        return EditProfile(update, *section, optionalKey, optionalValue) && update.Commit();
+        return (isRemoval ? Remove(update, *section, optionalKey)
+                          : update.Set(*section, *key, *value)) &&
+               update.Commit();
     }
+    const std::string* const stored = FindStored(in_key, in_value);
     return Edited([&](Update::State& io_state) {
-        return EditProfile(io_state.m_update, *section, optionalKey,
-                           optionalValue ? ToStoredBytes(*key, *value) : optionalValue);
+        if (isRemoval) return Remove(io_state.m_update, *section, optionalKey);
+        return stored != nullptr ? io_state.m_update.SetAsRead(*section, *key, *stored)
+                                 : io_state.m_update.Set(*section, *key, *value);
     });
 }
 
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
-    const std::optional<std::string> driver = ToUtf8(in_driver);
-    if (!ValidDSN(in_dsn) || !driver || driver->empty()) return false;
-    if (!OdbcIniText::IsCarriableLine("Driver", *driver)) return false;
+    if (!IsWritableDSN(in_dsn, in_driver)) return false;
     const std::string dsn = in_dsn.GetAsUtf8();
-    return Edited([&](Update::State& io_state) { return StartIn(io_state, dsn, *driver); });
+    const std::string driver = in_driver.GetAsUtf8();
+    return Edited([&](Update::State& io_state) { return StartIn(io_state, dsn, driver); });
 }
 
 bool RemoveDSNFromIni(const orska_wstring& in_dsn) {

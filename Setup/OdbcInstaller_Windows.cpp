@@ -1,13 +1,14 @@
 #include "tools/WindowsApi.h"
 // Behind the Windows API, which it needs.
 #include <odbcinst.h>
-#include <unicode/utf16.h>
 
 #include <atomic>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "Setup/HandedOutValues.h"
 #include "Setup/OdbcInstaller.h"
+#include "VeltraneDialog/FieldRules.h"
 
 namespace Veltrane::ODBC::OdbcInstaller {
 
@@ -27,6 +28,7 @@ struct InstallerFunctions {
     decltype(&::SQLRemoveDSNFromIniW) m_removeDSNFromIni = nullptr;
     decltype(&::SQLPostInstallerErrorW) m_postInstallerError = nullptr;
     decltype(&::SQLGetConfigMode) m_getConfigMode = nullptr;
+    decltype(&::SQLSetConfigMode) m_setConfigMode = nullptr;
     bool m_isLoaded = false;
 };
 
@@ -55,6 +57,7 @@ InstallerFunctions Load() {
     Bind(library, "SQLRemoveDSNFromIniW", functions.m_removeDSNFromIni);
     Bind(library, "SQLPostInstallerErrorW", functions.m_postInstallerError);
     Bind(library, "SQLGetConfigMode", functions.m_getConfigMode);
+    Bind(library, "SQLSetConfigMode", functions.m_setConfigMode);
     functions.m_isLoaded = true;
     return functions;
 }
@@ -89,24 +92,69 @@ private:
     bool m_isNull;
 };
 
-/// The text in a buffer, without the half of a character that the installer's cut may leave.
-orska_wstring TextOf(const std::vector<wchar_t>& in_buffer) {
-    std::size_t length = std::char_traits<wchar_t>::length(in_buffer.data());
-    const bool isFull = length + 1 == in_buffer.size();
-    if (isFull && length != 0 && U16_IS_LEAD(in_buffer[length - 1])) --length;
-    return orska_wstring(in_buffer.data(), length);
+/// A value as the installer gives it, whole: the installer cuts to the buffer, or gives nothing at
+/// all for one that is too small.
+/// @return false when the installer refuses
+bool ReadWhole(const InstallerFunctions& in_installer, const orska_wstring& in_section,
+               const orska_wstring& in_key, const orska_wstring& in_default,
+               const orska_wstring& in_file, std::wstring& out_value) {
+    constexpr std::size_t FIRST_SIZE = 1 << 15;
+    constexpr std::size_t LARGEST_SIZE = 1 << 24;
+    for (std::size_t size = FIRST_SIZE;; size *= 2) {
+        out_value.assign(size, L'\0');
+        const int count = in_installer.m_getProfileString(
+            in_section.GetAsPlatformWString().c_str(), in_key.GetAsPlatformWString().c_str(),
+            in_default.GetAsPlatformWString().c_str(), out_value.data(), static_cast<int>(size),
+            in_file.GetAsPlatformWString().c_str());
+        out_value.back() = L'\0';
+        out_value.resize(std::char_traits<wchar_t>::length(out_value.c_str()));
+        if (out_value.size() + 1 < size || size == LARGEST_SIZE) return count >= 0;
+    }
 }
 
 }  // namespace
 
-/// The installer keeps the config mode itself, for as long as a request runs.
-struct Request::State {};
+struct Request::State {
+    explicit State(bool in_isSystem) {
+        const InstallerFunctions& installer = GetInstaller();
+        if (!in_isSystem || installer.m_setConfigMode == nullptr) return;
+        if (installer.m_getConfigMode == nullptr || !installer.m_getConfigMode(&m_mode)) return;
+        m_isModeSet = m_mode != ODBC_SYSTEM_DSN && installer.m_setConfigMode(ODBC_SYSTEM_DSN) != 0;
+    }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() {
+        if (m_isModeSet) GetInstaller().m_setConfigMode(m_mode);
+    }
+
+    /// The installer's config mode, where the request had to set another one.
+    UWORD m_mode = ODBC_BOTH_DSN;
+    bool m_isModeSet = false;
+    HandedOutValues<orska_wstring> m_values;
+    State* m_outer = nullptr;
+};
 
 /// The installer writes each value when it is told to; nothing is collected.
 struct Update::State {};
 
-Request::Request() = default;
-Request::~Request() = default;
+namespace {
+
+/// The request of this thread. Set and reset by the class.
+thread_local Request::State* t_request = nullptr;
+
+/// The whole value for a text that this request has read; null for a new one.
+const orska_wstring* FindStored(const orska_wstring& in_key, const orska_wstring& in_value) {
+    return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
+}
+
+}  // namespace
+
+Request::Request(bool in_isSystem) : m_state(std::make_unique<State>(in_isSystem)) {
+    m_state->m_outer = t_request;
+    t_request = m_state.get();
+}
+
+Request::~Request() { t_request = m_state->m_outer; }
 
 const char* Request::GetModeName() const noexcept {
     const InstallerFunctions& installer = GetInstaller();
@@ -132,7 +180,8 @@ bool ValidDSN(const orska_wstring& in_name) {
     const InstallerFunctions& installer = GetInstaller();
     if (installer.m_validDSN == nullptr || !IsWhole(in_name)) return false;
     // Not every installer refuses the empty name, under which it would find all data sources.
-    if (in_name.IsEmpty() || IsListOfDataSources(in_name)) return false;
+    if (in_name.IsEmpty() || HasReplacementCharacter(in_name)) return false;
+    if (IsReservedName(in_name.GetAsUtf8())) return false;
     return installer.m_validDSN(in_name.GetAsPlatformWString().c_str()) != 0;
 }
 
@@ -142,14 +191,26 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     const InstallerFunctions& installer = GetInstaller();
     out_value = orska_wstring(L"");
     if (installer.m_getProfileString == nullptr || in_bufferSize < 2) return -1;
-    std::vector<wchar_t> buffer(static_cast<std::size_t>(in_bufferSize), L'\0');
-    const int count = installer.m_getProfileString(
-        in_section.GetAsPlatformWString().c_str(), in_key.GetAsPlatformWString().c_str(),
-        in_default.GetAsPlatformWString().c_str(), buffer.data(), in_bufferSize,
-        in_file.GetAsPlatformWString().c_str());
-    buffer.back() = L'\0';
-    out_value = TextOf(buffer);
-    return count;
+    std::wstring value;
+    const bool isRead = ReadWhole(installer, in_section, in_key, in_default, in_file, value);
+    const orska_wstring stored(value.data(), value.size());
+    out_value = CutToBuffer(stored, in_bufferSize);
+    if (!isRead) return -1;
+    if (t_request != nullptr) t_request->m_values.Remember(in_key, out_value, stored);
+    return out_value.GetLength();
+}
+
+bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value) {
+    return FindStored(in_key, in_value) != nullptr;
+}
+
+bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
+    return !in_dsn.IsEmpty() && IsWhole(in_dsn) && !in_driver.IsEmpty() && IsWhole(in_driver) &&
+           !HasReplacementCharacter(in_driver);
+}
+
+bool IsWritableValue(const orska_wstring& /*in_key*/, const orska_wstring& in_value) {
+    return IsWhole(in_value);
 }
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
@@ -157,16 +218,16 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     const InstallerFunctions& installer = GetInstaller();
     if (installer.m_writeProfileString == nullptr || in_section.IsEmpty()) return false;
     if (!IsWhole(in_section) || !IsWhole(in_key) || !IsWhole(in_value)) return false;
+    const orska_wstring* const stored = FindStored(in_key, in_value);
     return installer.m_writeProfileString(in_section.GetAsPlatformWString().c_str(),
-                                          Optional(in_key).Get(), Optional(in_value).Get(),
+                                          Optional(in_key).Get(),
+                                          Optional(stored != nullptr ? *stored : in_value).Get(),
                                           in_file.GetAsPlatformWString().c_str()) != 0;
 }
 
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
     const InstallerFunctions& installer = GetInstaller();
-    if (installer.m_writeDSNToIni == nullptr) return false;
-    if (in_dsn.IsEmpty() || !IsWhole(in_dsn)) return false;
-    if (in_driver.IsEmpty() || !IsWhole(in_driver)) return false;
+    if (installer.m_writeDSNToIni == nullptr || !IsWritableDSN(in_dsn, in_driver)) return false;
     return installer.m_writeDSNToIni(in_dsn.GetAsPlatformWString().c_str(),
                                      in_driver.GetAsPlatformWString().c_str()) != 0;
 }

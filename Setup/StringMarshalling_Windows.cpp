@@ -2,9 +2,12 @@
 
 #include <stdexcept>
 
+#include "Exceptions/OrskaThrow.h"
 #include "Setup/StringMarshalling.h"
 
 namespace Veltrane::ODBC {
+
+using Orska::Support::TraceSite;
 
 namespace {
 
@@ -27,9 +30,10 @@ bool IsConvertible(std::u16string_view in_text) {
 void CheckThreadCodePage(std::u16string_view in_text) {
     CheckEditorStringLength(in_text.size());
     if (!in_text.empty() && !IsConvertible(in_text)) {
-        throw std::range_error(
-            "Conversion from WideChar to MultiByte failed.  Please check the content of the string "
-            "and/or locale settings.");
+        ORSKA_THROW(
+            (TraceSite{"Veltrane::ODBC::CheckThreadCodePage", "Setup\\StringMarshalling", 0}),
+            std::range_error("Conversion from WideChar to MultiByte failed.  Please check "
+                             "the content of the string and/or locale settings."));
     }
 }
 

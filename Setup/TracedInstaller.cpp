@@ -63,6 +63,22 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     return isDone;
 }
 
+bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
+    if (OdbcInstaller::IsWritableDSN(in_dsn, in_driver)) return true;
+    ORSKA_TRACE(1, "Veltrane::ODBC::OdbcInstaller::IsWritableDSN", SOURCE, 0,
+                "[%s] driver \"%s\": cannot be stored", ForTrace(in_dsn).c_str(),
+                ForTrace(in_driver).c_str());
+    return false;
+}
+
+bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value) {
+    if (OdbcInstaller::IsWritableValue(in_key, in_value)) return true;
+    ORSKA_TRACE(1, "Veltrane::ODBC::OdbcInstaller::IsWritableValue", SOURCE, 0,
+                "%s: %s cannot be stored", ForTrace(in_key).c_str(),
+                ValueForTrace(in_key, in_value).c_str());
+    return false;
+}
+
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
     const bool isDone = OdbcInstaller::WriteDSNToIni(in_dsn, in_driver);
     ORSKA_TRACE(LEVEL, "Veltrane::ODBC::OdbcInstaller::WriteDSNToIni", SOURCE, 0,

@@ -1,5 +1,6 @@
 /// The installer's operations as the setup logic calls them: each one leaves a trace line at level
-/// 3 with section, key and result. Values of UID and PWD are never traced, at any level.
+/// 3 with section, key and result, a text that cannot be stored one at level 1. Values of UID and
+/// PWD are never traced, at any level.
 #ifndef SETUP_TRACEDINSTALLER_H
 #define SETUP_TRACEDINSTALLER_H
 
@@ -18,6 +19,8 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
                             int in_bufferSize, const orska_wstring& in_file);
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file);
+bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver);
+bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value);
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver);
 bool RemoveDSNFromIni(const orska_wstring& in_dsn);
 bool PostInstallerError(unsigned long in_code, const orska_wstring& in_text);

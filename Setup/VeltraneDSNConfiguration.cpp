@@ -128,15 +128,54 @@ void VeltraneDSNConfiguration::WriteKey(const orska_wstring& in_key,
     }
 }
 
-void VeltraneDSNConfiguration::WriteOptionalKey(const orska_wstring& in_key,
-                                                orska_wstring& io_value) {
-    if (!io_value.IsNull() && io_value.Trim().GetLength() != 0) {
-        WriteKey(in_key, io_value);
+/// A key of the section with what is to be written.
+struct VeltraneDSNConfiguration::Line {
+    const orska_wstring& m_key;
+    orska_wstring m_value;
+};
+
+/// The lines of the section in their order; trims the optional fields.
+std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines() {
+    // A NULL would remove the key, which is there even when it is empty.
+    const auto required = [](const orska_wstring& in_value) {
+        return in_value.IsNull() ? orska_wstring(L"") : in_value;
+    };
+    std::vector<Line> lines = {{DSN_CONFIG_KEY_DRIVER, m_driverDescription},
+                               {SERVER, required(m_server)}};
+    const auto addOptional = [&](const orska_wstring& in_key, orska_wstring& io_value) {
+        const orska_wstring before = io_value;
+        if (io_value.IsNull() || io_value.Trim().GetLength() == 0) return;
+        // What nobody has changed keeps its outer blanks, as it keeps everything else.
+        lines.push_back({in_key, OdbcInstaller::IsAsRead(in_key, before) ? before : io_value});
+    };
+    addOptional(COGNOS_NAMESPACE, m_cognosNamespace);
+    addOptional(MICROSTRATEGY_LOGINMODE, m_microStrategyLoginMode);
+    addOptional(UID, m_uid);
+    addOptional(PWD, m_pwd);
+    lines.push_back({DATABASE, required(m_database)});
+    return lines;
+}
+
+/// A text that cannot be stored is known before the section is touched, and refused with the code
+/// that its write would give: nothing is lost for it. What fails later, a write itself, is not
+/// rolled back.
+void VeltraneDSNConfiguration::CheckLines(const std::vector<Line>& in_lines) const {
+    if (!TracedInstaller::IsWritableDSN(m_dsn, m_driverDescription)) {
+        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::CheckLines")),
+                    VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
+    }
+    for (const auto& [key, value] : in_lines) {
+        if (!TracedInstaller::IsWritableValue(key, value)) {
+            ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::CheckLines")),
+                        VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
+        }
     }
 }
 
 void VeltraneDSNConfiguration::Save() {
     TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Save", m_dsn);
+    const std::vector<Line> lines = TakeLines();
+    CheckLines(lines);
     // One locked read-modify-write. Its destructor still writes what came before a failure.
     OdbcInstaller::Update update;
     RemoveStoredSection();
@@ -144,13 +183,7 @@ void VeltraneDSNConfiguration::Save() {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
     }
-    WriteKey(DSN_CONFIG_KEY_DRIVER, m_driverDescription);
-    WriteKey(SERVER, m_server);
-    WriteOptionalKey(COGNOS_NAMESPACE, m_cognosNamespace);
-    WriteOptionalKey(MICROSTRATEGY_LOGINMODE, m_microStrategyLoginMode);
-    WriteOptionalKey(UID, m_uid);
-    WriteOptionalKey(PWD, m_pwd);
-    WriteKey(DATABASE, m_database);
+    for (const auto& [key, value] : lines) WriteKey(key, value);
     if (!update.Commit()) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));

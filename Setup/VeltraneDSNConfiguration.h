@@ -4,6 +4,8 @@
 #ifndef SETUP_VELTRANEDSNCONFIGURATION_H
 #define SETUP_VELTRANEDSNCONFIGURATION_H
 
+#include <vector>
+
 #include "PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Veltrane::ODBC {
@@ -31,8 +33,10 @@ public:
     void Load(const Orska::Support::orska_wstring& in_attributeString);
 
     /// Removes the DSN's section and writes it again, keys that the record does not know excepted.
-    /// Blank values of the optional keys are not written; the record keeps the trimmed values. The
-    /// password is stored in clear text. Nothing is rolled back on failure.
+    /// Blank values of the optional keys are not written; the record keeps the trimmed values.
+    /// Values that are as Load has read them are written as they were stored. The password is
+    /// stored in clear text. Values that cannot be stored are refused before anything is changed;
+    /// nothing is rolled back on a later failure.
     /// @throws VeltraneDSNSetupException INVALID_NAME or REQUEST_FAILED
     void Save();
 
@@ -62,11 +66,12 @@ public:
 
 private:
     void ParseDSNAttribute(const Orska::Support::orska_wstring& in_attributeString);
+    struct Line;
+    std::vector<Line> TakeLines();
+    void CheckLines(const std::vector<Line>& in_lines) const;
     void RemoveStoredSection();
     void WriteKey(const Orska::Support::orska_wstring& in_key,
                   const Orska::Support::orska_wstring& in_value);
-    void WriteOptionalKey(const Orska::Support::orska_wstring& in_key,
-                          Orska::Support::orska_wstring& io_value);
 
     Orska::Support::orska_wstring m_dsn;
     Orska::Support::orska_wstring m_driverDescription;

@@ -23,6 +23,10 @@ using namespace std::string_literals;
 
 using Posted = std::vector<std::pair<unsigned long, std::string>>;
 
+struct WithoutMessage : std::exception {
+    const char* what() const noexcept override { return nullptr; }
+};
+
 /// What the editor is asked and in which order; Requests_test has the outcomes.
 class ConfigDSNInternalTest : public testing::Test {
 protected:
@@ -143,6 +147,8 @@ TEST_F(ConfigDSNInternalTest, EveryKindOfExceptionIsPostedOnceByTheFirstHandlerT
         {"setup", [] { throw VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_HWND); },
          3, "Invalid window handle."},
         {"editor", [] { throw std::runtime_error("kein Fenster, ü"); }, 11, "kein Fenster, ü"},
+        {"no message", [] { throw WithoutMessage(); }, 11,
+         "NULLPTR is not supported for this conversion."},
         {"no memory", [] { throw std::bad_alloc(); }, 11, "std::bad_alloc"},
         {"anything else", [] { throw 42; }, 11, "Request failed."},
     };

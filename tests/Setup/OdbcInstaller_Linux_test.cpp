@@ -1,4 +1,6 @@
 // The operations on real files, beside the real installer library.
+#include "Setup/ConfigDSNInternal.h"
+// The installer's macros have the names of ours.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <odbcinst.h>
@@ -99,6 +101,7 @@ TEST_F(OdbcInstallerTest, ChecksNames) {
                                                   {"a[b", false},
                                                   {"a;b", false},
                                                   {"odbc DATA sources", false},
+                                                  {"Odbc", false},
                                                   {"12345678901234567890123456789012", true},
                                                   {"123456789012345678901234567890123", false},
                                                   {"12345678901234567890123456789ü12", false}};
@@ -128,23 +131,70 @@ TEST_F(OdbcInstallerTest, ValuesComeBackThroughTheRealReader) {
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
 }
 
-TEST_F(OdbcInstallerTest, KeepsValuesInAnOlderEncoding) {
-    const std::string before = "[Sales]\nDriver=Veltrane\nServer=m\xFCll\nDatabase=\xE9\n";
-    IniScratch::Write(m_scratch.UserFile(), before);
+TEST_F(OdbcInstallerTest, WhatWasReadIsWrittenAsItIsStored) {
+    const std::string server = "m\xFCll\t" + std::string(300, 's');
+    IniScratch::Write(m_scratch.UserFile(), "[Sales]\nServer=" + server + "\nDatabase=a\tb\n");
+    const std::string cut = Get("Sales", "Server");
+    EXPECT_FALSE(Write("Sales", "Server", cut)) << "remembered without a request";
     const Request request;
-    const std::string server = Get("Sales", "Server");
-    const std::string database = Get("Sales", "Database");
-    EXPECT_EQ(server, "m\uFFFDll");
-    for (const char* name : {"Sales", "Renamed"}) {
-        Update update;
-        ASSERT_TRUE(WriteDSNToIni(Text(name), Text("Veltrane")) && Write(name, "Server", server) &&
-                    Write(name, "Database", database) && update.Commit());
+    EXPECT_EQ(Get("Sales", "Server"), cut);
+    EXPECT_EQ(Get("Sales", "Database"), "a\tb");
+    EXPECT_FALSE(Write("Sales", "Server", "a\tb")) << "the value of another key";
+    EXPECT_TRUE(Write("Renamed", "Server", cut));
+    EXPECT_EQ(Get("Renamed", "Server", 2000), Get("Sales", "Server", 2000));
+    EXPECT_TRUE(Write("Sales", "Server", "new"));
+    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()),
+              "[Sales]\nServer=new\nDatabase=a\tb\n\n[Renamed]\nServer=" + server + "\n");
+}
+
+/// A request as an installer makes it that has no config mode, with these initial values.
+int RunRequest(const IniScratch& in_scratch, unsigned short in_type, const std::string& in_driver,
+               const std::string& in_values, const std::string& in_attributes = "") {
+    const auto file = in_scratch.Folder() / "values";
+    IniScratch::Write(file, "[DSN]\n" + in_values);
+    ::setenv("VELTRANE_DSN_INITIAL_VALUES", file.c_str(), 1);
+    return ConfigDSNInternal(nullptr, in_type, orska_wstring(in_driver),
+                             orska_wstring(in_attributes));
+}
+
+TEST_F(OdbcInstallerTest, SystemRequestsNeedNoConfigMode) {
+    const std::string values = "DSN=Sales\nServer=s\nDatabase=d\n";
+    const std::string sales("DSN=Sales\0", 10);
+    SQLSetConfigMode(ODBC_BOTH_DSN);
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
+    EXPECT_EQ(RunRequest(m_scratch, ODBC_ADD_SYS_DSN, "V", values), 1);
+    EXPECT_EQ(IniScratch::Read(m_scratch.SystemFile()),
+              "[Sales]\nDriver=V\nServer=s\nDatabase=d\n\n");
+    EXPECT_EQ(RunRequest(m_scratch, ODBC_CONFIG_SYS_DSN, "W", values, sales), 1);
+    EXPECT_EQ(IniScratch::Read(m_scratch.SystemFile()),
+              "[Sales]\nDriver=W\nServer=s\nDatabase=d\n\n");
+    EXPECT_EQ(RunRequest(m_scratch, ODBC_REMOVE_SYS_DSN, "V", values, sales), 1);
+    EXPECT_EQ(IniScratch::Read(m_scratch.SystemFile()), "");
+    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
+}
+
+TEST_F(OdbcInstallerTest, WhatCannotBeStoredIsRefusedBeforeAnythingIsChanged) {
+    const std::string before = "[Sales]\nDriver=V\nServer=old\nExtra=1\n";
+    const struct {
+        const char* m_driver;
+        const char* m_values;
+        const char* m_code;
+    } cases[] = {{"V", "Server=s\nDatabase=a\tb\n", "11"},
+                 {"V", "Server=s\nDatabase=d\nPWD=a\x7F\n", "11"},
+                 {"m\xFCll", "Server=s\nDatabase=d\n", "7"},
+                 {"V\n", "Server=s\nDatabase=d\n", "7"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.m_values);
+        IniScratch::Write(m_scratch.UserFile(), before);
+        const std::string values = std::string("DSN=Sales\n") + c.m_values;
+        EXPECT_EQ(RunRequest(m_scratch, ODBC_ADD_DSN, c.m_driver, values), 0);
+        DWORD code = 0;
+        char text[300] = "";
+        WORD length = 0;
+        EXPECT_EQ(SQLInstallerError(1, &code, text, sizeof text, &length), SQL_SUCCESS);
+        EXPECT_EQ(std::to_string(code), c.m_code);
+        EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
     }
-    const std::string renamed = "[Renamed]" + before.substr(before.find('\n'));
-    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before + "\n" + renamed);
-    ASSERT_TRUE(Write("Sales", "Server", "new") && Write("Sales", "Database", server));
-    EXPECT_EQ(Get("Sales", "Server"), "new");
-    EXPECT_EQ(Get("Sales", "Database"), server);
 }
 
 TEST_F(OdbcInstallerTest, CutsToTheBufferButNotACharacter) {
@@ -219,6 +269,7 @@ TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
     EXPECT_FALSE(RemoveDSNFromIni(Text("")));
     EXPECT_FALSE(WriteDSNToIni(Text("Sales"), Text("")));
+    EXPECT_FALSE(WriteDSNToIni(Text("Sales"), Text("m\xFCll")));
     EXPECT_FALSE(WriteDSNToIni(Text("a;b"), Text("Veltrane")));
 }
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "Setup/ConfigDSNInternal.h"
+#include "Setup/StringMarshalling.h"
 #include "tests/support/OdbcInstaller_Fake.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/VeltraneDSNDialog_Fake.h"
@@ -49,6 +50,8 @@ TEST_F(SetupTrace, LevelOneTellsWhatWasThrownAndPosted) {
                                  "VeltraneDSNSetupException::INVALID_REQUEST_TYPE)"));
     EXPECT_THAT(trace, HasSubstr("installer error 5 \"Invalid type of request.\""));
     EXPECT_EQ(TraceOf("1", [] { Call(ODBC_ADD_DSN, ""); }), "");
+    EXPECT_THAT(TraceOf("1", [] { EXPECT_ANY_THROW(ToInstallerText(nullptr)); }),
+                HasSubstr("Throwing: std::invalid_argument("));
 }
 
 TEST_F(SetupTrace, LevelTwoTellsTheRequestAndItsOutcome) {

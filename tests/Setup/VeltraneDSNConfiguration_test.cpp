@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "Setup/OdbcInstaller.h"
 #include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/OdbcInstaller_Fake.h"
 
@@ -130,6 +131,21 @@ TEST_F(VeltraneDSNConfigurationTest, SaveReplacesAnExistingSectionAndSkipsBlankO
                   {"Driver", "drv"}, {"Server", " s "}, {"PWD", "p w"}, {"Database", "d"}}));
     EXPECT_EQ(record.GetCognosNamespace(), orska_wstring(L""));
     EXPECT_TRUE(record.GetMicroStrategyLoginMode().IsNull());
+}
+
+TEST_F(VeltraneDSNConfigurationTest, SaveTrimsWhatIsNewOnly) {
+    const OdbcInstaller::Request request;
+    s_installer.m_profile["x"] = {{"Namespace", "\u3000n"}, {"UID", "\u3000u"}};
+    VeltraneDSNConfiguration record(L"drv");
+    record.Load("DSN=x\0"s);
+    record.SetUid(L" u");
+    record.Save();
+    EXPECT_EQ(s_installer.m_profile["x"], (FakeInstaller::Section{{"Driver", "drv"},
+                                                                  {"Server", ""},
+                                                                  {"Namespace", "\u3000n"},
+                                                                  {"UID", "u"},
+                                                                  {"Database", ""}}));
+    EXPECT_EQ(record.GetCognosNamespace(), orska_wstring(L"n"));
 }
 
 TEST_F(VeltraneDSNConfigurationTest, SaveWritesRequiredValuesEvenWhenTheyAreEmpty) {

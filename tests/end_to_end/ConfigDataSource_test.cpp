@@ -171,14 +171,6 @@ TEST_F(ConfigDataSource, RemovingADsnThatIsNotThereSucceeds) {
     EXPECT_EQ(ReadFile(m_userIni), "[other]\nx=1\n");
 }
 
-TEST_F(ConfigDataSource, ALineThatIsTooLongIsRefusedAndTheRestIsCommitted) {
-    SetInitialValues("DSN=sales\nServer=s\nDatabase=" + std::string(1200, 'x') + "\n");
-    EXPECT_FALSE(Configure(ODBC_ADD_DSN, ""));
-    EXPECT_EQ(Count(Errors(), 11, "Request failed."), 1) << testing::PrintToString(Errors());
-    // There is no rollback: what was written before the refused key stays.
-    EXPECT_EQ(ReadFile(m_userIni), "[sales]\nDriver=Veltrane\nServer=s\n\n");
-}
-
 TEST_F(ConfigDataSource, AThousandRequestsLeaveNoOpenFile) {
     SetInitialValues(FULL_VALUES);
     const auto countOpenFiles = [] {

@@ -156,11 +156,13 @@ TEST_F(Iodbc, ValuesComeBackThroughItsReaderOrAreRefused) {
         {"a # b", false},
         {"'a' #b", false},
     };
+    std::string stored;
     for (const auto& [value, isCarried] : cases) {
         SCOPED_TRACE(value);
         SetValues("DSN=sales\nServer=s\nDatabase=d\nPWD="s + value + "\n");
         EXPECT_EQ(Configure(ADD, ""), isCarried);
-        EXPECT_EQ(m_iodbc.Read(false, "sales", "PWD"), isCarried ? value : "(absent)");
+        if (isCarried) stored = value;
+        EXPECT_EQ(m_iodbc.Read(false, "sales", "PWD"), stored);
     }
 }
 

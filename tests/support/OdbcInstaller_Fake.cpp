@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Setup/HandedOutValues.h"
 #include "Setup/OdbcInstaller.h"
 
 namespace Veltrane::Test {
@@ -15,12 +16,17 @@ namespace Veltrane::ODBC::OdbcInstaller {
 using Veltrane::Test::FakeInstaller;
 using Veltrane::Test::s_installer;
 
-struct Request::State {};
+struct Request::State {
+    HandedOutValues<std::string> m_values;
+};
 struct Update::State {
     bool m_isDone = false;
 };
 
 namespace {
+
+/// The request that is running; null outside of one.
+Request::State* s_request = nullptr;
 
 /// Records an operation; true when it is to fail.
 bool Fails(const std::string& in_call) {
@@ -34,8 +40,10 @@ std::string Bracketed(const orska_wstring& in_section) {
 
 }  // namespace
 
-Request::Request() = default;
-Request::~Request() = default;
+Request::Request(bool /*in_isSystem*/) : m_state(std::make_unique<State>()) {
+    s_request = m_state.get();
+}
+Request::~Request() { s_request = nullptr; }
 const char* Request::GetModeName() const noexcept { return "fake"; }
 
 Update::Update() : m_state(std::make_unique<State>()) { s_installer.m_calls.emplace_back("Begin"); }
@@ -70,16 +78,28 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     for (const auto& [name, value] : s_installer.m_profile[in_section.GetAsUtf8()]) {
         if (name == key) {
             out_value.SetFromUtf8(value);
-            out_value = out_value.Substring(0, in_bufferSize - 1);
+            out_value = CutToBuffer(out_value, in_bufferSize);
+            if (s_request != nullptr) s_request->m_values.Remember(in_key, out_value, value);
         }
     }
     return out_value.GetLength();
 }
 
+bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value) {
+    return s_request != nullptr && s_request->m_values.Find(in_key, in_value) != nullptr;
+}
+
+bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring&) { return !in_dsn.IsEmpty(); }
+
+bool IsWritableValue(const orska_wstring&, const orska_wstring&) { return true; }
+
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file) {
     const std::string key = in_key.GetAsUtf8();
-    const std::string value = in_value.GetAsUtf8();
+    const std::string value = in_value.IsNull() ? "(removed)"
+                              : IsAsRead(in_key, in_value)
+                                  ? *s_request->m_values.Find(in_key, in_value)
+                                  : in_value.GetAsUtf8();
     if (Fails("Write " + Bracketed(in_section) + " " + key + "=" + value + " " +
               in_file.GetAsUtf8())) {
         return false;

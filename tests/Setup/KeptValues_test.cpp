@@ -1,0 +1,254 @@
+// A request that changes nothing loses nothing: whatever the installer's own reader finds in a
+// generated section, it finds there after Load and Save. With each driver manager.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Setup/OdbcInstaller.h"
+#include "Setup/StringMarshalling.h"
+#include "Setup/VeltraneDSNConfiguration.h"
+#include "tests/support/IniScratch.h"
+
+namespace Veltrane::ODBC {
+namespace {
+
+using Orska::Support::orska_wstring;
+using Test::IniScratch;
+
+const std::array<std::string, 6> KEYS = {"Server", "Namespace", "LoginMode",
+                                         "UID",    "PWD",       "Database"};
+
+using Sections = std::vector<std::array<std::string, KEYS.size()>>;
+
+/// The installer's own functions. Loaded before the setup logic looks for a library, which takes
+/// this one then.
+struct Installer {
+    explicit Installer(const char* in_name) : m_handle(::dlopen(in_name, RTLD_NOW)) {
+        if (m_handle == nullptr) return;
+        m_setMode =
+            reinterpret_cast<int (*)(unsigned short)>(::dlsym(m_handle, "SQLSetConfigMode"));
+        m_read =
+            reinterpret_cast<decltype(m_read)>(::dlsym(m_handle, "SQLGetPrivateProfileString"));
+    }
+
+    std::string Read(const std::string& in_section, const std::string& in_key) const {
+        std::array<char, 4096> value{};
+        m_setMode(1);
+        m_read(in_section.c_str(), in_key.c_str(), "", value.data(), value.size(), "odbc.ini");
+        return value.data();
+    }
+
+    void* m_handle;
+    int (*m_setMode)(unsigned short) = nullptr;
+    int (*m_read)(const char*, const char*, const char*, char*, int, const char*) = nullptr;
+};
+
+class Generator {
+public:
+    std::size_t Below(std::size_t in_limit) { return m_random() % in_limit; }
+    std::string OneOf(const std::vector<std::string>& in_list) {
+        return in_list[Below(in_list.size())];
+    }
+
+    std::string Value() {
+        switch (Below(6)) {
+            case 0:
+                return Mixed(1 + Below(8));
+            case 1:  // its beginning alone is what the record gets
+                return Mixed(200 + Below(120));
+            case 2:
+                return Mixed(60) + std::string(150 + Below(60), 'x') + Mixed(60);
+            case 3:
+                return std::string(250 + Below(20), OneOf({"\xFC", "p", "\x7F"})[0]) + Mixed(3);
+            case 4:
+                return std::string(900 + Below(200), 'l');
+            default:
+                return OneOf({"", "v", "a ;b # c", "'q;' x", "\"q # \"", "; c", "p=;#'\"{}[]\\%$"});
+        }
+    }
+
+private:
+    /// ASCII, blanks, control characters, lone bytes and whole characters in any order.
+    std::string Mixed(std::size_t in_parts) {
+        std::string text;
+        for (std::size_t i = 0; i < in_parts; ++i) {
+            switch (Below(8)) {
+                case 0:
+                    text += static_cast<char>(1 + Below(31));
+                    if (text.back() == '\n') text.back() = '\x7F';
+                    break;
+                case 1:
+                    text += static_cast<char>(0x80 + Below(0x80));
+                    break;
+                case 2:
+                    text += OneOf({"ü", "日", "😀", "\xC2\x85", "\xC2", "\u3000", "\uFFFD"});
+                    break;
+                case 3:
+                    text += ' ';
+                    break;
+                default:
+                    text += static_cast<char>('a' + Below(26));
+            }
+        }
+        return text;
+    }
+
+    std::mt19937 m_random;
+};
+
+/// A section for every value that is dangerous by its place or by one byte, then generated ones.
+Sections MakeSections(std::size_t in_count) {
+    Sections sections;
+    for (int byte = 1; byte < 0x100; ++byte) {
+        const std::string inside = std::string("CH") + static_cast<char>(byte) + "TEAU";
+        if (byte != '\n') sections.push_back({inside, inside, inside, inside, inside, inside});
+    }
+    for (std::size_t place = 250; place < 270; ++place) {
+        std::string value(280, 'x');
+        value[place] = ' ';
+        sections.push_back({value, value, value, value, value, value});
+    }
+    Generator generator;
+    while (sections.size() < in_count) {
+        auto& section = sections.emplace_back();
+        for (std::string& value : section) value = generator.Value();
+    }
+    return sections;
+}
+
+std::string MakeFile(const Sections& in_sections) {
+    Generator generator;
+    std::string file;
+    for (std::size_t i = 0; i < in_sections.size(); ++i) {
+        file.append("[d").append(std::to_string(i)).append("]\nDriver=Old\n");
+        for (std::size_t key = 0; key < KEYS.size(); ++key) {
+            file.append(KEYS[key]).append(generator.OneOf({"=", " = ", "=\t"}));
+            file.append(in_sections[i][key]).append(generator.OneOf({"\n", "\n", "\r\n"}));
+        }
+    }
+    return file;
+}
+
+/// What something says in a process of its own, which forgets what the installer remembers.
+std::string InNewProcess(const std::function<void(std::FILE*)>& in_work) {
+    std::FILE* const file = std::tmpfile();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        in_work(file);
+        ::_exit(std::fclose(file) == 0 ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    std::string text;
+    std::rewind(file);
+    for (int c; (c = std::fgetc(file)) != EOF;) text += static_cast<char>(c);
+    std::fclose(file);
+    return text;
+}
+
+/// Every value as the installer reads it, each with its NUL.
+std::vector<std::string> ReadAll(const Installer& in_installer, const std::string& in_prefix,
+                                 std::size_t in_count) {
+    const std::string text = InNewProcess([&](std::FILE* in_file) {
+        for (std::size_t i = 0; i < in_count; ++i) {
+            for (const std::string& key : KEYS) {
+                const std::string value = in_installer.Read(in_prefix + std::to_string(i), key);
+                std::fwrite(value.c_str(), 1, value.size() + 1, in_file);
+            }
+        }
+    });
+    std::vector<std::string> values;
+    for (std::size_t at = 0; at < text.size(); at += values.back().size() + 1) {
+        values.emplace_back(text.c_str() + at);
+    }
+    return values;
+}
+
+/// Blank values of these keys are not written, by contract; blanks to the record are more than
+/// those that the reader takes off.
+bool IsDropped(std::size_t in_key, const std::string& in_value) {
+    orska_wstring text;
+    text.SetFromUtf8(in_value);
+    return in_key != 0 && in_key + 1 != KEYS.size() && text.Trim().IsEmpty();
+}
+
+/// As Cancel in an editor saves, and as OK does without a change.
+void SaveUnchanged(const std::string& in_dsn, const std::string& in_newName, bool in_isAccepted) {
+    const OdbcInstaller::Request request;
+    VeltraneDSNConfiguration record(orska_wstring(std::string("Veltrane")));
+    record.Load(orska_wstring("DSN=" + in_dsn + std::string(1, '\0')));
+    const auto edited = [](const orska_wstring& in_text) {
+        return FromEditorString(ToEditorString(in_text));
+    };
+    record.SetDsn(orska_wstring(in_newName));
+    if (in_isAccepted && !record.GetServer().IsEmpty() && !record.GetDatabase().IsEmpty()) {
+        record.SetServer(edited(record.GetServer()));
+        record.SetCognosNamespace(edited(record.GetCognosNamespace()));
+        record.SetMicroStrategyLoginMode(edited(record.GetMicroStrategyLoginMode()));
+        record.SetUid(edited(record.GetUid()));
+        record.SetPwd(edited(record.GetPwd()));
+        record.SetDatabase(edited(record.GetDatabase()));
+    }
+    record.Save();
+}
+
+void CheckSections(const Installer& in_installer, const Sections& in_sections) {
+    const std::vector<std::string> before = ReadAll(in_installer, "d", in_sections.size());
+    ASSERT_EQ(before.size(), in_sections.size() * KEYS.size());
+    const std::string failures = InNewProcess([&](std::FILE* in_file) {
+        for (std::size_t i = 0; i < in_sections.size(); ++i) {
+            const std::string number = std::to_string(i);
+            try {
+                // Under a new name first: the old one would be read anew afterwards.
+                SaveUnchanged("d" + number, "renamed" + number, i % 2 == 0);
+                SaveUnchanged("d" + number, "d" + number, i % 3 == 0);
+            } catch (...) {
+                std::fprintf(in_file, "d%zu is refused\n", i);
+            }
+        }
+    });
+    EXPECT_EQ(failures, "");
+    for (const char* const prefix : {"d", "renamed"}) {
+        const std::vector<std::string> after = ReadAll(in_installer, prefix, in_sections.size());
+        ASSERT_EQ(after.size(), before.size());
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            const std::size_t key = i % KEYS.size();
+            EXPECT_EQ(after[i], IsDropped(key, before[i]) ? "" : before[i])
+                << prefix << i / KEYS.size() << " " << KEYS[key];
+        }
+    }
+}
+
+void CheckNothingChanges(const char* in_library) {
+    const IniScratch scratch(
+        ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path());
+    const Installer installer(in_library);
+    if (installer.m_handle == nullptr) GTEST_SKIP() << in_library << " is not installed";
+    const Sections all = MakeSections(500);
+    // In small files, because the installer parses a file for each value.
+    constexpr std::size_t IN_A_FILE = 20;
+    for (std::size_t first = 0; first < all.size() && !testing::Test::HasFailure();
+         first += IN_A_FILE) {
+        SCOPED_TRACE(first);
+        const auto begin = all.begin() + static_cast<std::ptrdiff_t>(first);
+        const Sections sections(begin, begin + IN_A_FILE);
+        IniScratch::Write(scratch.UserFile(), MakeFile(sections));
+        CheckSections(installer, sections);
+    }
+}
+
+TEST(KeptValues, OfUnixodbc) { CheckNothingChanges("libodbcinst.so.2"); }
+
+TEST(KeptValues, OfIodbc) { CheckNothingChanges("libiodbcinst.so.2"); }
+
+}  // namespace
+}  // namespace Veltrane::ODBC
