@@ -93,13 +93,16 @@ void RequireSame(const Descriptions& in_one, const Descriptions& in_other,
 
 void CompareExported(const Descriptions& in_descriptions, DescriptionFormat in_format) {
     const std::string text = FormatDescriptions(in_descriptions, in_format);
-    const Descriptions again = ParseDescriptions(text, in_format, "again");
+    std::vector<std::string> notes;
+    const Descriptions again =
+        text.empty() ? Descriptions() : ParseDescriptions(text, in_format, "again", notes);
     RequireSame(again, in_descriptions, text);
 }
 
 Descriptions Parse(const std::string& in_text, DescriptionFormat in_format) {
+    std::vector<std::string> notes;
     try {
-        return ParseDescriptions(in_text, in_format, "source");
+        return ParseDescriptions(in_text, in_format, "source", notes);
     } catch (const CommandError& error) {
         Require(error.GetExitCode() == EXIT_FAILED, "another exit code", error.what());
         Require(std::string(error.what()).starts_with("source"), "no source", error.what());

@@ -11,10 +11,11 @@ namespace Veltrane::Cli {
 
 namespace {
 
-std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line) {
+std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
+                                             std::vector<std::string>& out_notes) {
     const std::string& argument = in_line.m_arguments.front();
     const bool isInput = argument == "-";
-    const std::string text = ReadAll(isInput ? std::string() : argument);
+    const std::string text = ReadText(isInput ? std::string() : argument);
     DescriptionFormat format = GuessFormat(text);
     if (in_line.Has(OptionId::Format)) {
         const std::string name = in_line.Get(OptionId::Format);
@@ -23,7 +24,7 @@ std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line) {
             throw CommandError(EXIT_USAGE, "--format is json or ini.");
         }
     }
-    return ParseDescriptions(text, format, isInput ? "standard input" : argument);
+    return ParseDescriptions(text, format, isInput ? "standard input" : argument, out_notes);
 }
 
 void TakePassword(const DsnDescription& in_description, DsnWish& io_wish) {
@@ -74,11 +75,13 @@ DsnPlan ApplyOne(const DsnDescription& in_description, const CommandLine& in_lin
 }  // namespace
 
 ExitCode ApplyDescriptions(const CommandLine& in_line) {
-    const std::vector<DsnDescription> descriptions = ReadDescriptions(in_line);
+    std::vector<std::string> notes;
+    const std::vector<DsnDescription> descriptions = ReadDescriptions(in_line, notes);
     const DriverManager manager;
     const DsnStore store(GetScope(in_line));
     const DsnChanger changer(manager, store);
     Report report(in_line, store.GetScope());
+    for (const std::string& note : notes) report.AddNotice(note);
     if (!in_line.Has(OptionId::DryRun)) report.AddNotice(FinishInterruptedChange(store));
     std::size_t done = 0;
     for (const DsnDescription& description : descriptions) {

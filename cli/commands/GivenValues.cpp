@@ -1,6 +1,10 @@
 #include "cli/commands/GivenValues.h"
 
+#include "Setup/OdbcIniText.h"
+#include "VeltraneDialog/FieldRules.h"
+#include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
+#include "cli/dsn/NearKey.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/Terminal.h"
@@ -29,22 +33,37 @@ constexpr OptionId PASSWORD_OPTIONS[] = {OptionId::PwdStdin, OptionId::PwdFile, 
 }
 
 void SetKey(const std::string& in_key, const std::string& in_value, const std::string& in_where,
-            DsnWish& io_wish) {
+            const CommandLine& in_line, DsnWish& io_wish) {
     const std::string reason = WhyNoKey(in_key);
     if (!reason.empty())
         Refuse(in_where + ": " + in_key + " is no value of a DSN: " + reason + ".");
     if (IsSecretKey(in_key) && !in_value.empty()) RefusePassword(in_where);
+    if (EqualsIgnoringCase(in_key, "PWD")) {
+        // A new DSN has none anyway, and connection strings often say so.
+        if (in_line.m_command == CommandId::Add) return;
+        Refuse(in_where + ": PWD is empty. To remove the password: --unset PWD.");
+    }
     io_wish.m_values.Set(CanonicalKey(in_key), in_value);
 }
 
 void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
     constexpr char WHERE[] = "--connection-string";
-    for (const auto& [key, value] :
-         ParseConnectionString(in_line.Get(OptionId::ConnectionString))) {
+    constexpr std::pair<const char*, const char*> OLE_DB_NAMES[] = {
+        {"Data Source", "Server"}, {"Initial Catalog", "Database"}, {"User ID", "UID"}};
+    const Entries given = ParseConnectionString(in_line.Get(OptionId::ConnectionString));
+    std::string foreign;
+    for (const auto& [name, key] : OLE_DB_NAMES) {
+        if (given.Find(name) == nullptr) continue;
+        foreign += (foreign.empty() ? "" : ", ") + std::string(name) + " is " + key;
+    }
+    if (!foreign.empty()) {
+        Refuse(std::string(WHERE) + " has names of OLE DB. Write those of ODBC: " + foreign + ".");
+    }
+    for (const auto& [key, value] : given) {
         if (EqualsIgnoringCase(key, "Driver")) {
             if (!in_line.Has(OptionId::Driver)) io_wish.m_driver = value;
         } else {
-            SetKey(key, value, WHERE, io_wish);
+            SetKey(key, value, WHERE, in_line, io_wish);
         }
     }
 }
@@ -55,7 +74,7 @@ void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
         if (equals == std::string::npos || equals == 0) {
             Refuse("-p has to be followed by KEY=VALUE.");
         }
-        SetKey(property.substr(0, equals), property.substr(equals + 1), "-p", io_wish);
+        SetKey(property.substr(0, equals), property.substr(equals + 1), "-p", in_line, io_wish);
     }
     for (const std::string& key : in_line.GetAll(OptionId::Unset)) {
         const std::string reason = WhyNoKey(key);
@@ -66,15 +85,42 @@ void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
     }
 }
 
-std::string AskForPassword(const std::string& in_dsn) {
-    return AskSecretly("Password of the DSN \"" + in_dsn + "\": ");
+void CheckComplete(const DsnWish& in_wish) {
+    std::string missing;
+    for (const std::string_view key : FIELD_KEYS) {
+        if (!IsRequiredKey(key) || !in_wish.m_values.Get(key).empty()) continue;
+        missing += (missing.empty() ? "--" : " and --") + FoldCase(key);
+    }
+    if (!missing.empty()) Refuse("A new DSN needs " + missing + ".");
+}
+
+/// What the command line itself has wrong, before anything is read.
+void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        const std::string key(field.m_key);
+        const std::string* value = in_wish.m_values.Find(key);
+        if (key == "DSN" && in_line.m_command == CommandId::Add) value = &in_wish.m_name;
+        const char* const reason = value == nullptr ? nullptr : ODBC::WhyRefused(field, *value);
+        if (reason != nullptr) Refuse(key + ": " + reason);
+    }
+    for (const auto& [key, value] : in_wish.m_values) {
+        for (const std::string& unset : in_wish.m_unset) {
+            if (EqualsIgnoringCase(key, unset)) Refuse(key + " is both given and removed.");
+        }
+        if (!ODBC::OdbcIniText::IsCarriableLine(key, value)) {
+            Refuse(key + ": No line of odbc.ini can hold this key and value unchanged.");
+        }
+        const std::string note =
+            in_line.Has(OptionId::Quiet) ? std::string() : DescribeNearKey(key);
+        if (!note.empty()) PrintError(note);
+    }
 }
 
 std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
-    const std::string& dsn = in_line.m_arguments.front();
+    const std::string question = "Password of the DSN \"" + in_line.m_arguments.front() + "\": ";
     switch (in_source) {
         case OptionId::PwdStdin:
-            return IsInputTerminal() ? AskForPassword(dsn) : ReadFirstLine({});
+            return IsInputTerminal() ? AskForPassword(question) : ReadFirstLine({});
         case OptionId::PwdFile: {
             const std::string path = in_line.Get(in_source);
             if (path.empty()) Refuse("--pwd-file has to be followed by the name of a file.");
@@ -87,7 +133,7 @@ std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
             throw CommandError(EXIT_FAILED, "--pwd-env: the variable " + name + " is not set.");
         }
         default:
-            return AskForPassword(dsn);
+            return AskForPassword(question);
     }
 }
 
@@ -113,6 +159,8 @@ DsnWish MakeWish(const CommandLine& in_line) {
         if (in_line.Has(option)) wish.m_values.Set(key, in_line.Get(option));
     }
     TakeProperties(in_line, wish);
+    if (in_line.m_command == CommandId::Add) CheckComplete(wish);
+    CheckValues(in_line, wish);
     TakePassword(in_line, wish);
     return wish;
 }

@@ -4,22 +4,16 @@
 
 #include "cli/dsn/DescriptionFormats.h"
 #include "cli/dsn/DsnPlan.h"
+#include "cli/dsn/NearKey.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-constexpr std::string_view BYTE_ORDER_MARK("\xEF\xBB\xBF");
-
 std::string_view SkipBlanks(std::string_view in_text) {
     const std::size_t begin = in_text.find_first_not_of(" \t\r\n");
     return begin == std::string_view::npos ? std::string_view() : in_text.substr(begin);
-}
-
-std::string_view SkipMark(std::string_view in_text) {
-    const bool isMarked = in_text.starts_with(BYTE_ORDER_MARK);
-    return isMarked ? in_text.substr(BYTE_ORDER_MARK.size()) : in_text;
 }
 
 void CheckKeys(const DsnDescription& in_description, const std::string& in_place) {
@@ -40,7 +34,7 @@ void CheckKeys(const DsnDescription& in_description, const std::string& in_place
 }  // namespace
 
 DescriptionFormat GuessFormat(std::string_view in_text) {
-    const std::string_view text = SkipBlanks(SkipMark(in_text));
+    const std::string_view text = SkipBlanks(in_text);
     if (text.starts_with('{')) return DescriptionFormat::JSON;
     if (!text.starts_with('[')) return DescriptionFormat::INI;
     const std::string_view inner = SkipBlanks(text.substr(1));
@@ -49,11 +43,14 @@ DescriptionFormat GuessFormat(std::string_view in_text) {
 }
 
 std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
-                                              const std::string& in_source) {
-    const std::string_view text = SkipMark(in_text);
+                                              const std::string& in_source,
+                                              std::vector<std::string>& out_notes) {
+    // What wrote it has probably failed.
+    if (SkipBlanks(in_text).empty()) throw CommandError(EXIT_FAILED, in_source + ": is empty.");
     std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
-                                                   ? ParseJson(text, in_source)
-                                                   : ParseIni(text, in_source);
+                                                   ? ParseJson(in_text, in_source)
+                                                   : ParseIni(in_text, in_source, out_notes);
+    if (descriptions.empty()) out_notes.push_back(in_source + " describes no DSN.");
     std::set<std::string> names;
     for (const DsnDescription& description : descriptions) {
         const std::string place = in_source + ": \"" + description.m_name + "\"";
@@ -61,6 +58,10 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
             throw CommandError(EXIT_FAILED, place + " is described twice.");
         }
         CheckKeys(description, place);
+        for (const auto& [key, value] : description.m_values) {
+            const std::string note = DescribeNearKey(key);
+            if (!note.empty()) out_notes.push_back(place + ": " + note);
+        }
     }
     return descriptions;
 }

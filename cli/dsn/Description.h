@@ -1,4 +1,4 @@
-/// Descriptions of DSNs, as apply reads and export writes them: JSON or INI, both in UTF-8.
+/// Descriptions of DSNs, as apply reads and export writes them: JSON or INI, here in UTF-8.
 #ifndef CLI_DESCRIPTION_H
 #define CLI_DESCRIPTION_H
 
@@ -27,10 +27,13 @@ enum class DescriptionFormat { JSON, INI };
 DescriptionFormat GuessFormat(std::string_view in_text);
 
 /// @param in_source  the file's name for error texts
-/// @throws CommandError EXIT_FAILED for a malformed text and for a name that stands twice, with
-///         source and place, never with a value
+/// @param out_notes  gets sentences on what is passed over and on keys that look mistyped
+/// @throws CommandError EXIT_FAILED for an empty or malformed text and for a name that stands
+/// twice,
+///         with source and place, never with a value
 std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
-                                              const std::string& in_source);
+                                              const std::string& in_source,
+                                              std::vector<std::string>& out_notes);
 
 std::string FormatDescriptions(const std::vector<DsnDescription>& in_descriptions,
                                DescriptionFormat in_format);

@@ -9,7 +9,8 @@ namespace Veltrane::Cli {
 using Descriptions = std::vector<DsnDescription>;
 
 Descriptions ParseJson(std::string_view in_text, const std::string& in_source);
-Descriptions ParseIni(std::string_view in_text, const std::string& in_source);
+Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
+                      std::vector<std::string>& out_notes);
 std::string FormatJson(const Descriptions& in_descriptions);
 std::string FormatIni(const Descriptions& in_descriptions);
 

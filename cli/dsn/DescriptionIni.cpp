@@ -1,4 +1,5 @@
 #include "cli/dsn/DescriptionFormats.h"
+#include "cli/dsn/DsnStore.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
@@ -14,7 +15,8 @@ std::string_view Trim(std::string_view in_text) {
 
 class Reader {
 public:
-    explicit Reader(const std::string& in_source) : m_source(in_source) {}
+    Reader(const std::string& in_source, std::vector<std::string>& out_notes)
+        : m_source(in_source), m_notes(out_notes) {}
 
     Descriptions Run(std::string_view in_text) {
         while (!in_text.empty()) {
@@ -31,10 +33,10 @@ private:
         if (in_line.empty() || in_line.front() == '#' || in_line.front() == ';') return;
         if (in_line.front() == '[') {
             if (in_line.back() != ']') Fail("a section header without its closing bracket");
-            DsnDescription& description = m_descriptions.emplace_back();
-            description.m_name = Trim(in_line.substr(1, in_line.size() - 2));
+            StartSection(std::string(Trim(in_line.substr(1, in_line.size() - 2))));
             return;
         }
+        if (m_isPassedOver) return;
         const std::size_t equals = in_line.find('=');
         if (equals == std::string_view::npos || equals == 0) {
             Fail("neither a section, a comment nor a key with its value");
@@ -42,6 +44,16 @@ private:
         if (m_descriptions.empty()) Fail("a key before the first section");
         ReadKey(std::string(Trim(in_line.substr(0, equals))),
                 std::string(Trim(in_line.substr(equals + 1))));
+    }
+
+    void StartSection(const std::string& in_name) {
+        m_isPassedOver = IsReservedSection(in_name);
+        if (!m_isPassedOver) {
+            m_descriptions.emplace_back().m_name = in_name;
+        } else {
+            m_notes.push_back(m_source + ": [" + in_name +
+                              "] is the driver manager's own section and is passed over.");
+        }
     }
 
     void ReadKey(const std::string& in_key, const std::string& in_value) {
@@ -58,6 +70,8 @@ private:
             description.m_pwdFile = in_value;
         } else if (description.m_values.Find(in_key) != nullptr) {
             Fail("a key that stands twice");
+        } else if (EqualsIgnoringCase(in_key, "PWD") && in_value.empty()) {
+            // Files of odbc.ini often have it. It does not remove a password that is stored.
         } else {
             description.m_values.Set(CanonicalKey(in_key), in_value);
         }
@@ -69,14 +83,17 @@ private:
     }
 
     const std::string& m_source;
+    std::vector<std::string>& m_notes;
+    bool m_isPassedOver = false;
     Descriptions m_descriptions;
     std::size_t m_line = 0;
 };
 
 }  // namespace
 
-Descriptions ParseIni(std::string_view in_text, const std::string& in_source) {
-    return Reader(in_source).Run(in_text);
+Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
+                      std::vector<std::string>& out_notes) {
+    return Reader(in_source, out_notes).Run(in_text);
 }
 
 std::string FormatIni(const Descriptions& in_descriptions) {

@@ -54,7 +54,9 @@ private:
         } else if (in_value.is_number_integer()) {
             m_description.m_values.Set(key, in_value.dump());
         } else {
-            m_description.m_values.Set(key, Text(in_key, in_value));
+            const std::string text = Text(in_key, in_value);
+            if (key == "PWD" && text.empty()) Fail("has an empty \"PWD\"; null removes one");
+            m_description.m_values.Set(key, text);
         }
     }
 

@@ -6,6 +6,7 @@
 
 #include "cli/line/HelpText.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/NearWord.h"
 
 namespace Veltrane::Cli {
 
@@ -38,6 +39,7 @@ CLI::App* FindParent(CLI::App& io_root, std::string_view in_name) {
         CLI::App* const parent = io_root.add_subcommand(group);
         parent->set_help_flag();
         parent->require_subcommand(0, 1);
+        parent->fallthrough();  // for --help
         return parent;
     }
 }
@@ -87,14 +89,64 @@ std::vector<std::string> SeparateEmptyValues(const std::vector<std::string>& in_
     return arguments;
 }
 
-/// The options among words that nothing takes, without their values.
-std::string DescribeExtras(const std::vector<std::string>& in_extras) {
-    for (const std::string& word : in_extras) {
-        if (word.size() > 1 && word.front() == '-') {
-            return "There is no option " + word.substr(0, word.find('=')) + ".";
+std::string Suggest(std::string_view in_word, const std::vector<std::string_view>& in_known) {
+    const std::string_view near = FindNearWord(in_word, in_known);
+    return near.empty() ? std::string() : " Did you mean " + std::string(near) + "?";
+}
+
+/// The names of the commands, or the second words of a group such as "driver".
+std::vector<std::string_view> CommandNames(const std::string& in_group) {
+    std::vector<std::string_view> names;
+    for (const CommandInfo& command : GetCommands()) {
+        if (in_group.empty()) {
+            names.push_back(command.m_name.substr(0, command.m_name.find(' ')));
+        } else if (command.m_name.starts_with(in_group + " ")) {
+            names.push_back(command.m_name.substr(in_group.size() + 1));
         }
     }
-    return "There is an argument too many, or an unknown command.";
+    return names;
+}
+
+/// The group of commands that a line names without one of its commands; empty when there is none.
+std::string OpenGroup(const CLI::App& in_root) {
+    const std::vector<CLI::App*> parsed = in_root.get_subcommands();
+    const bool isOpen = !parsed.empty() && !CommandNames(parsed.front()->get_name()).empty() &&
+                        parsed.front()->get_subcommands().empty();
+    return isOpen ? parsed.front()->get_name() : std::string();
+}
+
+std::string DescribeNoCommand(const std::string& in_group) {
+    if (in_group.empty()) return "A command is missing.";
+    std::string names;
+    for (const std::string_view name : CommandNames(in_group)) {
+        names.append(names.empty() ? "" : ", ").append(name);
+    }
+    return "A command is missing after \"" + in_group + "\": " + names + ".";
+}
+
+/// Names the option or the command among words that nothing takes. Other words may be passwords.
+std::string DescribeExtras(const CLI::App& in_root, const std::string& in_first) {
+    const std::vector<std::string> extras = in_root.remaining(true);
+    const std::string group = OpenGroup(in_root);
+    const bool isCommand =
+        !group.empty() || (in_root.get_subcommands().empty() && extras.front() == in_first);
+    if (isCommand && !extras.front().starts_with('-')) {
+        return "There is no command \"" + group + (group.empty() ? "" : " ") + extras.front() +
+               "\"." + Suggest(extras.front(), CommandNames(group));
+    }
+    std::vector<std::string_view> names;
+    for (const OptionInfo& option : GetOptions()) names.push_back(GetLongName(option));
+    for (const std::string& word : extras) {
+        if (word.size() < 2 || word.front() != '-') continue;
+        const std::string name = word.substr(0, word.find('='));
+        return "There is no option " + name + " here." + Suggest(name, names);
+    }
+    return "There is an argument too many.";
+}
+
+std::string DescribeMissing(const CommandInfo& in_command) {
+    return std::string(in_command.m_arguments == "FILE" ? "The file" : "The name of the DSN") +
+           " is missing. Usage: " + MakeUsage(in_command) + ".";
 }
 
 void CheckCounts(const Parsed& in_parsed) {
@@ -102,7 +154,7 @@ void CheckCounts(const Parsed& in_parsed) {
     const std::size_t count = in_parsed.m_arguments.size();
     const bool areMany = shape.find("...") != std::string_view::npos;
     if (count == 0 && !shape.empty() && shape.front() != '[') {
-        Refuse("The command needs " + std::string(shape) + ".");
+        Refuse(DescribeMissing(*in_parsed.m_info));
     }
     if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There is an argument too many.");
     for (const Parsed::Option& option : in_parsed.m_options) {
@@ -140,12 +192,20 @@ void RunRoot(CLI::App& io_root, bool& io_isHelp, bool& io_isVersion) {
     io_root.add_flag("--version", io_isVersion);
 }
 
-std::string DescribeParseError(const CLI::ParseError& in_error, const CLI::App& in_app) {
+std::string DescribeParseError(const CLI::ParseError& in_error, const CLI::App& in_root,
+                               const std::string& in_first) {
     if (dynamic_cast<const CLI::ExtrasError*>(&in_error) != nullptr) {
-        return DescribeExtras(in_app.remaining(true));
+        return DescribeExtras(in_root, in_first);
     }
     // The other errors name options only: nothing here is converted or validated.
-    return in_error.what();
+    const std::string text = in_error.what();
+    for (const OptionInfo& option : GetOptions()) {
+        if (option.m_argument.empty() || !text.starts_with(std::string(GetLongName(option)) + ":"))
+            continue;
+        return std::string(GetLongName(option)) + " needs a value: " + MakeOptionTitle(option) +
+               ".";
+    }
+    return text;
 }
 
 }  // namespace
@@ -169,13 +229,14 @@ CommandLine ParseCommandLine(std::vector<std::string> in_arguments) {
     for (const CommandInfo& info : GetCommands()) {
         AddCommand(root, info, commands.emplace_back());
     }
+    const std::string first = in_arguments.empty() ? std::string() : in_arguments.front();
     const std::vector<std::string> behind = SplitAtMark(in_arguments);
     std::vector<std::string> arguments = SeparateEmptyValues(in_arguments);
     std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
     try {
         root.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
-        Refuse(DescribeParseError(error, root) + " Try veltrane-dsn --help.");
+        Refuse(DescribeParseError(error, root, first) + " Try veltrane-dsn --help.");
     }
     if (isVersion) throw HelpRequest{MakeVersionText()};
     for (Parsed& parsed : commands) {
@@ -186,7 +247,7 @@ CommandLine ParseCommandLine(std::vector<std::string> in_arguments) {
         return MakeResult(parsed);
     }
     if (isHelp) throw HelpRequest{MakeOverview()};
-    Refuse("A command is missing. Try veltrane-dsn --help.");
+    Refuse(DescribeNoCommand(OpenGroup(root)) + " Try veltrane-dsn --help.");
 }
 
 }  // namespace Veltrane::Cli

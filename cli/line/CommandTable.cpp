@@ -47,7 +47,7 @@ constexpr OptionInfo OPTIONS[] = {
     {O::PwdEnv, "--pwd-env", "VARIABLE", K::Variable, false, false,
      "Take the password from an environment variable.", CHANGE},
     {O::PwdPrompt, "--pwd-prompt", "", K::None, false, false,
-     "Ask for the password on the terminal.", CHANGE},
+     "Ask for the password on the terminal, twice.", CHANGE},
     {O::Pwd, "--pwd,--password", "TEXT", K::Text, false, true, "", CHANGE},
     {O::ShowSecrets, "--show-secrets", "", K::None, false, false,
      "Show passwords in clear text instead of masking them or leaving them out.",
@@ -157,25 +157,28 @@ constexpr CommandInfo COMMANDS[] = {
 
 constexpr ManualSection SECTIONS[] = {
     {"DESCRIPTIONS OF DSNS",
-     "apply reads JSON or INI, both in UTF-8; export writes them.\n"
+     "apply reads JSON or INI, in UTF-8 or in UTF-16 with a byte order mark; export writes UTF-8.\n"
      "JSON: an object with the list \"data_sources\". Each has a \"name\" and \"values\", the keys "
      "with "
      "their texts; null removes a key. It may have a \"driver\", the \"state\" \"present\" or "
      "\"absent\", and \"pwd_env\" or \"pwd_file\", which name where the password is to be taken "
      "from.\n"
      "INI: a section for each DSN with its name and its keys. The keys Driver, State, pwd_env and "
-     "pwd_file have the meaning above. Lines that begin with # or ; are comments."},
+     "pwd_file have the meaning above. Lines that begin with # or ; are comments. The driver "
+     "manager's own sections of an odbc.ini, and a PWD without a value, are passed over."},
     {"PASSWORDS",
      "A password is not accepted on the command line, where every user of the machine could read "
      "it and the shell would store it. It is stored in odbc.ini in clear text, because "
      "the driver reads it from there; a new file can be read by its owner only. Left empty, "
-     "programs ask for it."},
+     "programs ask for it.\n"
+     "An empty line, file or variable is no password and is refused. set --unset PWD removes one."},
     {"EXIT CODES",
      "0\tDone.\n"
      "1\tFailed; the installer's code and text are on standard error.\n"
      "2\tThe command line is wrong.\n"
      "3\tThere is no such DSN or driver.\n"
-     "4\tThere is such a DSN or driver already."},
+     "4\tThere is such a DSN or driver already.\n"
+     "130\tInterrupted by Ctrl-C at the question for a password."},
     {"ENVIRONMENT",
      "ODBCINI\tThe user's file of DSNs; otherwise ~/.odbc.ini.\n"
      "ODBCSYSINI\tThe directory of the system's files; otherwise that of the driver manager.\n"

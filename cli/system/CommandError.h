@@ -12,7 +12,8 @@ enum ExitCode {
     EXIT_FAILED = 1,
     EXIT_USAGE = 2,
     EXIT_NOT_FOUND = 3,
-    EXIT_EXISTS = 4
+    EXIT_EXISTS = 4,
+    EXIT_INTERRUPTED = 130  ///< as shells have it for Ctrl-C
 };
 
 /// A failure with an exit code of its own. Its text names keys, never the value of a secret one.

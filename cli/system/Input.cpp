@@ -1,5 +1,8 @@
 #include "cli/system/Input.h"
 
+#include <string_view>
+
+#include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 #include "cli/system/CommandError.h"
 
@@ -10,35 +13,90 @@ void Input::Fail(const std::string& in_reason) const {
         EXIT_FAILED, (m_path.empty() ? "standard input" : m_path) + ": cannot read: " + in_reason);
 }
 
-/// Byte by byte, so that what follows the line stays where it is.
-std::string ReadFirstLine(const std::string& in_path) {
-    const Input input(in_path);
-    std::string line;
-    line.reserve(MAX_LINE);  // one place in memory, cleared when the string goes
-    char byte = 0;
-    while (input.Read(&byte, 1) == 1 && byte != '\n') {
-        if (line.size() == MAX_LINE) input.Fail("the first line is too long");
-        line += byte;
+namespace {
+
+constexpr std::string_view UTF8_MARK("\xEF\xBB\xBF");
+constexpr std::string_view BIG_MARK("\xFE\xFF");
+constexpr std::string_view LITTLE_MARK("\xFF\xFE");
+
+/// Takes a byte order mark away and makes UTF-8 of UTF-16 that has one.
+std::string Decode(const Input& in_input, std::string in_bytes) {
+    const bool isBig = in_bytes.starts_with(BIG_MARK);
+    if (!isBig && !in_bytes.starts_with(LITTLE_MARK)) {
+        if (in_bytes.starts_with(UTF8_MARK)) in_bytes.erase(0, UTF8_MARK.size());
+        return in_bytes;
     }
-    if (line.ends_with('\r')) line.pop_back();
-    std::string result(line);
-    ODBC::Wipe(line);
-    return result;
+    const ODBC::WipeAtEnd wipeBytes(in_bytes);
+    std::u16string units;
+    const ODBC::WipeAtEnd wipe(units);
+    units.reserve(in_bytes.size() / 2);
+    for (std::size_t at = 2; at + 1 < in_bytes.size(); at += 2) {
+        const auto byte = [&](std::size_t in_at) {
+            return static_cast<unsigned char>(in_bytes[in_at]);
+        };
+        units +=
+            static_cast<char16_t>((byte(at + (isBig ? 0 : 1)) << 8) | byte(at + (isBig ? 1 : 0)));
+    }
+    std::string text = ODBC::EncodeUtf8(units);
+    // A lone surrogate has become another character.
+    std::u16string again;
+    const ODBC::WipeAtEnd wipeAgain(again);
+    if (in_bytes.size() % 2 != 0 || !ODBC::DecodeUtf8(text, again) || again != units) {
+        in_input.Fail("not valid UTF-16");
+    }
+    return text;
 }
 
-std::string ReadAll(const std::string& in_path) {
+bool IsLineEnd(std::string_view in_bytes) {
+    using namespace std::string_view_literals;
+    const bool isWhole = in_bytes.size() % 2 == 0;
+    if (in_bytes.starts_with(BIG_MARK)) return isWhole && in_bytes.ends_with("\0\n"sv);
+    if (in_bytes.starts_with(LITTLE_MARK)) return isWhole && in_bytes.ends_with("\n\0"sv);
+    return in_bytes.ends_with('\n');
+}
+
+std::string ReadRest(const Input& in_input) {
     constexpr std::size_t MAX_FILE = 256 << 20;
     constexpr std::size_t STEP = 64 << 10;
-    const Input input(in_path);
     std::string text;
     for (;;) {
         const std::size_t size = text.size();
         text.resize(size + STEP);
-        const std::size_t count = input.Read(text.data() + size, STEP);
+        const std::size_t count = in_input.Read(text.data() + size, STEP);
         text.resize(size + count);
         if (count == 0) return text;
-        if (text.size() > MAX_FILE) input.Fail("larger than 256 MiB");
+        if (text.size() > MAX_FILE) in_input.Fail("larger than 256 MiB");
     }
 }
+
+}  // namespace
+
+void RefuseEmptySecret(const std::string& in_source) {
+    throw CommandError(EXIT_FAILED, in_source +
+                                        ": there is no password in it. To remove a stored one: "
+                                        "veltrane-dsn set NAME --unset PWD.");
+}
+
+std::string ReadFirstLine(const std::string& in_path) {
+    const Input input(in_path);
+    std::string bytes;
+    bytes.reserve(MAX_LINE + 1);  // one place in memory
+    // Byte by byte, so that what follows the line stays where it is.
+    for (char byte = 0; !IsLineEnd(bytes) && input.Read(&byte, 1) == 1; bytes += byte) {
+        if (bytes.size() == MAX_LINE) input.Fail("the first line is too long");
+    }
+    std::string line = Decode(input, std::move(bytes));
+    if (line.ends_with('\n')) line.pop_back();
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.empty()) RefuseEmptySecret(in_path.empty() ? "standard input" : in_path);
+    return line;
+}
+
+std::string ReadText(const std::string& in_path) {
+    const Input input(in_path);
+    return Decode(input, ReadRest(input));
+}
+
+std::string ReadAll(const std::string& in_path) { return ReadRest(Input(in_path)); }
 
 }  // namespace Veltrane::Cli

@@ -1,5 +1,4 @@
-/// What the tool reads: a file, or standard input. Bytes are handed on as they come; nothing keeps
-/// them.
+/// What the tool reads: a file, or standard input. Nothing keeps a copy of it.
 #ifndef CLI_INPUT_H
 #define CLI_INPUT_H
 
@@ -31,13 +30,23 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// The first line, without its end.
+/// The password in the first line of a file, in UTF-8, without the line's end and a byte order
+/// mark. UTF-16 has to have one.
 /// @param in_path  empty: standard input, which is not read further than the line
-/// @throws CommandError EXIT_FAILED with path and reason, and for a line of more than 64 KiB
+/// @throws CommandError EXIT_FAILED with path and reason, also for an empty line and for one of
+/// more
+///         than 64 KiB
 std::string ReadFirstLine(const std::string& in_path);
 
-/// All of a file, or of standard input if the path is empty.
+/// Says that a source has an empty password. It would be stored as none, and nobody means that who
+/// names a source.
+[[noreturn]] void RefuseEmptySecret(const std::string& in_source);
+
+/// All of a text file, or of standard input if the path is empty, as ReadFirstLine in UTF-8.
 /// @throws CommandError EXIT_FAILED with path and reason, and for more than 256 MiB
+std::string ReadText(const std::string& in_path);
+
+/// All bytes of a file, with ReadText's errors.
 std::string ReadAll(const std::string& in_path);
 
 }  // namespace Veltrane::Cli

@@ -1,8 +1,9 @@
-/// The terminal and the environment, without a buffer that would keep what it held.
+/// The terminal, and secrets from the environment, without a buffer that would keep what it held.
 #ifndef CLI_TERMINAL_H
 #define CLI_TERMINAL_H
 
 #include <string>
+#include <vector>
 
 namespace Veltrane::Cli {
 
@@ -11,12 +12,22 @@ bool IsErrorTerminal();
 /// True on a terminal that shows colour, unless NO_COLOR is set and not empty.
 bool IsOutputColoured();
 
-/// Asks on the controlling terminal and reads a line without showing it.
-/// @throws CommandError EXIT_USAGE without a terminal
-std::string AskSecretly(const std::string& in_question);
+/// Asks for a new password on the controlling terminal, twice and without showing it.
+/// @throws CommandError EXIT_USAGE without a terminal, EXIT_INTERRUPTED after Ctrl-C, EXIT_FAILED
+/// for
+///         an empty password and for two different ones
+std::string AskForPassword(const std::string& in_question);
+
+/// Asks on the controlling terminal and reads a line for each question without showing it;
+/// AskForPassword's part that differs between the systems.
+inline constexpr char NO_TERMINAL[] =
+    "There is no terminal to ask for the password; use --pwd-stdin, --pwd-file or --pwd-env.";
+inline constexpr char INTERRUPTED[] = "Interrupted; nothing is changed.";
+std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions);
 
 /// Takes a variable out of the environment of this process and clears the memory that it stood in.
 /// @return false when it is not set
+/// @throws CommandError EXIT_FAILED when it is empty
 bool TakeVariable(const std::string& in_name, std::string& out_value);
 
 /// As TakeVariable, but leaves the variable where it is.

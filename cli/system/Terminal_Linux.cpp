@@ -68,37 +68,38 @@ bool IsOutputColoured() {
     return !isRefused && isatty(STDOUT_FILENO) != 0;
 }
 
-std::string AskSecretly(const std::string& in_question) {
+std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions) {
     const FileHandle terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
-    if (!terminal.IsOpen()) {
-        throw CommandError(EXIT_USAGE,
-                           "There is no terminal to ask for the password; use --pwd-stdin, "
-                           "--pwd-file or --pwd-env.");
-    }
+    if (!terminal.IsOpen()) throw CommandError(EXIT_USAGE, NO_TERMINAL);
     const SilentTerminal silent(terminal.Get());
-    WriteText(terminal.Get(), in_question);
-    std::string line;
-    line.reserve(MAX_LINE);
-    for (char byte = 0; read(terminal.Get(), &byte, 1) == 1 && byte != '\n';) {
-        if (byte == INTERRUPT) throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
-        if (line.size() < MAX_LINE) line += byte;
+    std::vector<std::string> answers;
+    for (const std::string& question : in_questions) {
+        WriteText(terminal.Get(), question);
+        std::string& line = answers.emplace_back();
+        line.reserve(MAX_LINE);
+        for (char byte = 0; read(terminal.Get(), &byte, 1) == 1 && byte != '\n';) {
+            if (byte == INTERRUPT) throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);
+            if (line.size() < MAX_LINE) line += byte;
+        }
+        if (line.empty()) break;
     }
-    return line;
-}
-
-bool TakeVariable(const std::string& in_name, std::string& out_value) {
-    char* const value = std::getenv(in_name.c_str());
-    if (value == nullptr) return false;
-    out_value = value;
-    ODBC::WipeBytes(value, std::strlen(value));
-    unsetenv(in_name.c_str());
-    return true;
+    return answers;
 }
 
 bool ReadVariable(const std::string& in_name, std::string& out_value) {
     const char* const value = std::getenv(in_name.c_str());
-    if (value != nullptr) out_value = value;
-    return value != nullptr;
+    if (value == nullptr) return false;
+    if (*value == '\0') RefuseEmptySecret("the variable " + in_name);
+    out_value = value;
+    return true;
+}
+
+bool TakeVariable(const std::string& in_name, std::string& out_value) {
+    if (!ReadVariable(in_name, out_value)) return false;
+    char* const value = std::getenv(in_name.c_str());
+    ODBC::WipeBytes(value, std::strlen(value));
+    unsetenv(in_name.c_str());
+    return true;
 }
 
 }  // namespace Veltrane::Cli

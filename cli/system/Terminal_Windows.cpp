@@ -27,11 +27,10 @@ bool IsConsole(HANDLE in_handle) {
 HANDLE s_console = nullptr;
 DWORD s_modeBefore = 0;
 
-/// For what ends the program while it waits for the answer: nothing is half way then. Not every
-/// system gives such an end a code of its own.
+/// For what ends the program while it waits for the answer: nothing is half way then.
 BOOL WINAPI RestoreConsole(DWORD /*in_event*/) {
     SetConsoleMode(s_console, s_modeBefore);
-    ExitProcess(static_cast<UINT>(STATUS_CONTROL_C_EXIT));
+    ExitProcess(EXIT_INTERRUPTED);
 }
 
 /// The console without echo; it never stays so. Ctrl-C comes as a character.
@@ -76,7 +75,7 @@ std::wstring ReadConsoleLine(HANDLE in_console) {
         line.append(read.substr(0, MAX_LINE - line.size()));
         if (read.find(INTERRUPT) == std::wstring_view::npos) continue;
         ODBC::Wipe(line);
-        throw CommandError(EXIT_FAILED, "Interrupted; nothing is changed.");
+        throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);
     }
     while (!line.empty() && (line.back() == L'\n' || line.back() == L'\r')) line.pop_back();
     return line;
@@ -98,20 +97,23 @@ bool IsOutputColoured() {
            SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
 }
 
-std::string AskSecretly(const std::string& in_question) {
+std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions) {
     const FileHandle input(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
     const FileHandle output(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
     if (!input.IsOpen() || !output.IsOpen() || !IsConsole(input.Get())) {
-        throw CommandError(EXIT_USAGE,
-                           "There is no terminal to ask for the password; use --pwd-stdin, "
-                           "--pwd-file or --pwd-env.");
+        throw CommandError(EXIT_USAGE, NO_TERMINAL);
     }
     const SilentConsole silent(input.Get());
-    WriteText(output.Get(), in_question);
-    std::wstring line = ReadConsoleLine(input.Get());
-    const ODBC::WipeAtEnd wipe(line);
-    WriteText(output.Get(), "\n");
-    return ToUtf8(line);
+    std::vector<std::string> answers;
+    for (const std::string& question : in_questions) {
+        WriteText(output.Get(), question);
+        std::wstring line = ReadConsoleLine(input.Get());
+        const ODBC::WipeAtEnd wipe(line);
+        WriteText(output.Get(), "\n");
+        answers.push_back(ToUtf8(line));
+        if (line.empty()) break;
+    }
+    return answers;
 }
 
 bool ReadVariable(const std::string& in_name, std::string& out_value) {
@@ -122,6 +124,7 @@ bool ReadVariable(const std::string& in_name, std::string& out_value) {
     value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
     out_value = ToUtf8(value);
     ODBC::Wipe(value);
+    if (out_value.empty()) RefuseEmptySecret("the variable " + in_name);
     return true;
 }
 

@@ -34,9 +34,7 @@ TEST(CommandLine, TakesGroupsNamesLikeCommandsAndLists) {
 
 TEST(CommandLine, RefusesWithoutRepeatingWhatMayBeAPassword) {
     const Words cases[] = {
-        {},
-        {"hunter2"},
-        {"add"},
+        {"--pwd", "hunter2"},
         {"add", "a", "hunter2"},
         {"add", "a", "--pwd-stdin", "hunter2"},
         {"add", "a", "--pwd-stdin=hunter2"},
@@ -46,8 +44,6 @@ TEST(CommandLine, RefusesWithoutRepeatingWhatMayBeAPassword) {
         {"list", "a"},
         {"list", "--", "a"},
         {"list", "--server", "x"},
-        {"driver"},
-        {"driver", "hunter2"},
         {"show", "a", "--user", "--system"},
     };
     for (const Words& words : cases) {
@@ -58,6 +54,34 @@ TEST(CommandLine, RefusesWithoutRepeatingWhatMayBeAPassword) {
         } catch (const CommandError& error) {
             EXPECT_EQ(error.GetExitCode(), EXIT_USAGE);
             EXPECT_EQ(std::string(error.what()).find("hunter2"), std::string::npos) << error.what();
+        }
+    }
+}
+
+TEST(CommandLine, SaysWhatIsMissingOrUnknownAndWhatIsMeant) {
+    const struct {
+        Words m_words;
+        const char* m_text;
+    } cases[] = {
+        {{}, "A command is missing. Try"},
+        {{"lst", "--json"}, "There is no command \"lst\". Did you mean list?"},
+        {{"frobnicate"}, "There is no command \"frobnicate\". Try"},
+        {{"driver"}, "A command is missing after \"driver\": register, unregister, list. Try"},
+        {{"driver", "remove"}, "There is no command \"driver remove\". Try"},
+        {{"set"}, "The name of the DSN is missing. Usage: veltrane-dsn set NAME [OPTION...]."},
+        {{"apply"}, "The file is missing. Usage: veltrane-dsn apply FILE [OPTION...]."},
+        {{"add", "a", "--uid"}, "--uid needs a value: --uid NAME."},
+        {{"add", "a", "-p"}, "--property needs a value: -p, --property KEY=VALUE."},
+        {{"add", "a", "--sever=x"}, "There is no option --sever here. Did you mean --server?"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.m_words));
+        try {
+            ParseCommandLine(c.m_words);
+            ADD_FAILURE() << "accepted";
+        } catch (const CommandError& error) {
+            EXPECT_EQ(error.GetExitCode(), EXIT_USAGE);
+            EXPECT_EQ(std::string(error.what()).find(c.m_text), 0U) << error.what();
         }
     }
 }

@@ -87,6 +87,7 @@ TEST(HelpText, HelpIsShownForGroupsOfCommandsToo) {
         return "none";
     };
     EXPECT_EQ(help({"--help"}), MakeOverview());
+    EXPECT_EQ(help({"driver", "--help"}), MakeOverview());
     EXPECT_EQ(help({"add", "--help"}), MakeHelp(GetCommand(CommandId::Add)));
     EXPECT_EQ(help({"driver", "list", "-h"}), MakeHelp(GetCommand(CommandId::DriverList)));
     EXPECT_EQ(help({"--version"}), MakeVersionText());

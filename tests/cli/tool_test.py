@@ -78,13 +78,13 @@ class ToolTest(unittest.TestCase):
         processes = [self.stage.start(command) for command in commands]
         self.assertEqual([process.wait(300) for process in processes], [0 for _ in commands])
 
-    def run_on_a_terminal(self, *arguments, answer):
-        """Gives the exit code and what the terminal shows; types the answer to the question."""
+    def run_on_a_terminal(self, *arguments, answers):
+        """Gives the exit code and what the terminal shows; types an answer to each question."""
         command, environment = self.stage.prepare(arguments)
         process, terminal = pty.fork()
         if process == 0:
             os.execve(command[0], command, environment)
-        shown = b""
+        shown, asked, answers = b"", 0, list(answers)
         try:
             end = time.monotonic() + 60
             while time.monotonic() < end:
@@ -92,9 +92,9 @@ class ToolTest(unittest.TestCase):
                     shown += os.read(terminal, 1024)
                 # Wine's console takes the echo away behind the question.
                 is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
-                if answer and b":" in shown and is_silent:
-                    os.write(terminal, answer)
-                    answer = b""
+                if answers and shown.count(b": ") > asked and is_silent:
+                    asked = shown.count(b": ")
+                    os.write(terminal, answers.pop(0))
             os.kill(process, signal.SIGKILL)
         except OSError:  # its other end has been closed
             pass

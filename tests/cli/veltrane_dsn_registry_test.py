@@ -37,7 +37,7 @@ class RegistryTest(ToolTest):
         for name in ("", "\\", "sales\\..", "ODBC Data Sources\\sales"):
             for command in ("remove", "show"):
                 self.run_tool(command, name, code=3)
-            self.run_tool("add", name, "--server", "s", "--database", "d", code=1)
+            self.run_tool("add", name, "--server", "s", "--database", "d", code=2)
         self.assertEqual(self.dsns(), {"sales": SALES})
 
 

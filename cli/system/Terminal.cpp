@@ -1,0 +1,17 @@
+#include "cli/system/Terminal.h"
+
+#include "cli/system/CommandError.h"
+#include "cli/system/Input.h"
+
+namespace Veltrane::Cli {
+
+std::string AskForPassword(const std::string& in_question) {
+    const std::vector<std::string> answers = AskSecretly({in_question, "The same once more: "});
+    if (answers.front().empty()) RefuseEmptySecret("the answer");
+    if (answers.front() != answers.back()) {
+        throw CommandError(EXIT_FAILED, "The two passwords differ; nothing is changed.");
+    }
+    return answers.front();
+}
+
+}  // namespace Veltrane::Cli
