@@ -1,6 +1,7 @@
 #include "Setup/OdbcIniFile.h"
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/file.h>
 
 #include <cerrno>
@@ -12,7 +13,8 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-using SystemCalls::FileHandle;
+using SystemCalls::PrivateHandle;
+using SystemCalls::Writers;
 
 constexpr int OPEN_FLAGS = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 constexpr char TEMPORARY_MARK[] = ".veltrane-";
@@ -21,14 +23,42 @@ constexpr std::size_t RANDOM_DIGITS = 16;
 constexpr std::size_t MAX_NAME_PART = 200;
 /// How often a file is opened again that is replaced while it is read.
 constexpr int MAX_READS = 8;
+constexpr int MAX_LINKS = 40;
 constexpr char ACCESS_LIST[] = "system.posix_acl_access";
+constexpr char NETWORK_ACCESS_LIST[] = "system.nfs4_acl";
+/// Written in place it would be lost when that is cut off, and others would read half of it.
+constexpr char MOUNTED[] =
+    "cannot be replaced, because it is mounted by itself (mount its directory instead)";
+/// The system's limit for one attribute and for the list of names.
+constexpr std::size_t MAX_ATTRIBUTE = 65536;
+/// A program that has the file open, and has not written for so long, in microseconds, is not in
+/// the middle of it; unless the file is empty, which is how programs begin.
+constexpr long long WRITER_PAUSE = 4'000'000;
+constexpr long long EMPTY_WRITER_PAUSE = 30'000'000;
+/// The same where it is not known whether a program has it open.
+constexpr long long REST = 50'000;
 
 bool IsSameFile(const struct stat& in_left, const struct stat& in_right) {
     return in_left.st_dev == in_right.st_dev && in_left.st_ino == in_right.st_ino;
 }
 
-bool IsSameTime(const timespec& in_left, const timespec& in_right) {
-    return in_left.tv_sec == in_right.tv_sec && in_left.tv_nsec == in_right.tv_nsec;
+/// The same file, not written to between.
+bool IsSameVersion(const struct stat& in_left, const struct stat& in_right) {
+    return IsSameFile(in_left, in_right) && in_left.st_size == in_right.st_size &&
+           in_left.st_mtim.tv_sec == in_right.st_mtim.tv_sec &&
+           in_left.st_mtim.tv_nsec == in_right.st_mtim.tv_nsec;
+}
+
+/// True when one of these may be in the middle of writing the file in place.
+bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
+    if (in_writers == Writers::NONE) return false;
+    const long long age = SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
+                          in_stat.st_mtim.tv_nsec / 1000;
+    if (in_writers == Writers::SOME) {
+        return age < (in_stat.st_size == 0 ? EMPTY_WRITER_PAUSE : WRITER_PAUSE);
+    }
+    // A time to come is that of a file server with another clock, and tells nothing.
+    return age > -REST && age < REST;
 }
 
 std::string TemporaryPrefix(const std::string& in_name) {
@@ -50,8 +80,71 @@ void Pause() {
 }
 
 bool IsTemporaryName(const std::string& in_name, const std::string& in_prefix) {
-    return in_name.size() == in_prefix.size() + RANDOM_DIGITS && in_name.starts_with(in_prefix) &&
+    return in_name.size() == in_prefix.size() + RANDOM_DIGITS &&
            in_name.find_first_not_of("0123456789abcdef", in_prefix.size()) == std::string::npos;
+}
+
+/// Gives a lock up although a copy of the handle, in a child made without our knowledge, may live
+/// on.
+void Release(PrivateHandle& io_handle) noexcept {
+    if (io_handle.IsOpen()) SystemCalls::Lock(io_handle.Get(), LOCK_UN);
+    io_handle = PrivateHandle();
+}
+
+bool TryLock(const PrivateHandle& in_handle) {
+    int result = 0;
+    do {
+        result = SystemCalls::Lock(in_handle.Get(), LOCK_EX | LOCK_NB);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+/// Locks a file if nobody else has. Network file systems lock for writing only what is open for it.
+/// @param in_path  as openat takes it, for them
+bool LockNow(PrivateHandle& io_handle, int in_directory, const char* in_path, int in_flags) {
+    if (TryLock(io_handle)) return true;
+    if (errno != EBADF) return false;
+    io_handle = PrivateHandle(
+        SystemCalls::OpenAt(in_directory, in_path, O_RDWR | in_flags | OPEN_FLAGS, 0));
+    return io_handle.IsOpen() && TryLock(io_handle);
+}
+
+/// Where the path leads when no file is there: a file is made there with O_EXCL, which follows no
+/// link.
+std::string FollowLinks(std::string in_path) {
+    for (int i = 0; i < MAX_LINKS; ++i) {
+        const std::string target = SystemCalls::ReadLink(in_path.c_str());
+        if (target.empty()) break;
+        if (target.front() == '/') in_path.clear();
+        in_path = in_path.substr(0, in_path.rfind('/') + 1) + target;
+    }
+    return in_path;
+}
+
+/// The attribute with its value; nothing when it cannot be read.
+bool GetAttribute(int in_handle, const char* in_name, std::string& out_value) {
+    out_value.resize(MAX_ATTRIBUTE);
+    const ssize_t size =
+        SystemCalls::GetAttribute(in_handle, in_name, out_value.data(), out_value.size());
+    out_value.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    return size >= 0;
+}
+
+bool SetAttribute(int in_handle, const char* in_name, const std::string& in_value) {
+    return SystemCalls::SetAttribute(in_handle, in_name, in_value.data(), in_value.size()) == 0;
+}
+
+/// The failure of a call that the file system or the system does not have.
+bool IsUnsupported(int in_error) {
+    return in_error == EINVAL || in_error == ENOSYS || in_error == ENOTSUP;
+}
+
+bool IsWithoutAttribute() { return errno == ENODATA || errno == ENOTSUP; }
+
+/// What is neither a part of the file's bytes, as signatures are, nor a right to run it.
+bool IsCopied(std::string_view in_attribute) {
+    return in_attribute.starts_with("user.") || in_attribute == "security.selinux" ||
+           in_attribute == "security.SMACK64" || in_attribute == NETWORK_ACCESS_LIST;
 }
 
 }  // namespace
@@ -77,16 +170,38 @@ bool OdbcIniFile::FailToRead() { return Fail("cannot read", errno == ENOENT ? ES
 bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
     for (int attempts = 1;; ++attempts) {
         m_failure = {};
-        if (ReadOnce(out_bytes, out_stat)) return true;
+        if (ReadOnce(out_bytes, out_stat)) break;
         if (!IsStale() || attempts == MAX_READS) return false;
     }
+    // Whether that can be done is no matter of reading.
+    if (OpenDirectory()) FindLeft(true);
+    m_failure = {};
+    m_directory = PrivateHandle();
+    return true;
 }
 
 bool OdbcIniFile::ReadOnce(std::string& out_bytes, struct stat& out_stat) {
-    const FileHandle file(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
+    const PrivateHandle file(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
     if (!file.IsOpen()) return Fail("cannot open", errno);
-    if (SystemCalls::StatHandle(file.Get(), out_stat) != 0) return FailToRead();
-    return ReadAll(file.Get(), out_stat, out_bytes);
+    return ReadAtRest(file.Get(), out_stat, out_bytes);
+}
+
+/// A program that writes the file in place empties it first. What is read in between would be taken
+/// for all there is.
+bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& out_stat, std::string& out_bytes) {
+    const long long deadline = SystemCalls::GetMonotonicTime() + WRITER_TIMEOUT;
+    for (;;) {
+        struct stat after {};
+        if (SystemCalls::StatHandle(in_handle, out_stat) != 0) return FailToRead();
+        if (!ReadAll(in_handle, out_stat, out_bytes)) return false;
+        m_writers = SystemCalls::FindWriters(in_handle);
+        if (SystemCalls::StatHandle(in_handle, after) != 0) return FailToRead();
+        if (IsSameVersion(out_stat, after) && !IsBeingWritten(m_writers, after)) return true;
+        if (SystemCalls::GetMonotonicTime() > deadline) {
+            return Fail("another program does not end writing to it", ETIMEDOUT);
+        }
+        Pause();
+    }
 }
 
 bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes) {
@@ -111,46 +226,49 @@ bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string
 
 bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     const long long deadline = SystemCalls::GetMonotonicTime() + LOCK_TIMEOUT;
+    m_newFileMode = in_newFileMode;
     for (;;) {
         Unlock();
         m_failure = {};
-        if (LockOnce(out_bytes, in_newFileMode, deadline)) break;
+        if (LockOnce(out_bytes, deadline)) break;
         if (m_failure.IsSet() && !IsStale()) return false;
         if (SystemCalls::GetMonotonicTime() > deadline)
             return !m_failure.IsSet() && Fail("locked by another program", ETIMEDOUT);
         if (IsStale()) Pause();
     }
     m_bytes = out_bytes;
+    FindLeft(true);
     return true;
 }
 
-/// @return false without a failure when another process created, removed or replaced the file
+/// @return false without a failure when another process made, removed or replaced the file
 ///         meanwhile
-bool OdbcIniFile::LockOnce(std::string& out_bytes, mode_t in_newFileMode, long long in_deadline) {
-    return OpenOrCreate(in_newFileMode) && m_file.IsOpen() && WaitForLock(in_deadline) &&
-           FindPlace() && ReadAll(m_file.Get(), m_stat, out_bytes);
+bool OdbcIniFile::LockOnce(std::string& out_bytes, long long in_deadline) {
+    if (!OpenToLock()) return false;
+    if (!m_isNew && !WaitForLock(in_deadline)) return false;
+    if (!OpenDirectory() || !IsInPlace()) return false;
+    out_bytes.clear();
+    return m_isNew || ReadAtRest(m_file.Get(), m_stat, out_bytes);
 }
 
-/// Opens the file for writing, so that a file that may not be written is refused although its
-/// directory would allow to replace it. Leaves it closed when another try is due.
-bool OdbcIniFile::OpenOrCreate(mode_t in_newFileMode) {
-    m_file = FileHandle(SystemCalls::Open(m_path.c_str(), O_RDWR | OPEN_FLAGS, 0));
-    if (m_file.IsOpen()) return true;
-    if (errno != ENOENT) return Fail("cannot open for writing", errno);
-    // A dangling link is followed by the system, which knows the links that must not be followed.
-    struct stat link {};
-    const bool isLink = SystemCalls::Stat(m_path.c_str(), link, false) == 0;
-    const int flags = O_RDWR | O_CREAT | OPEN_FLAGS | (isLink ? 0 : O_EXCL);
-    m_file = FileHandle(SystemCalls::Open(m_path.c_str(), flags, in_newFileMode));
-    m_isCreated = m_file.IsOpen();
-    return m_isCreated || errno == EEXIST || Fail("cannot create", errno);
+/// Opens the file for reading only, because other requests would take us for a program that is
+/// writing to it. That it may be written is asked for: the directory could allow to replace a file
+/// that may not.
+bool OdbcIniFile::OpenToLock() {
+    m_file = PrivateHandle(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
+    m_isNew = !m_file.IsOpen() && errno == ENOENT;
+    if (!m_isNew && !m_file.IsOpen()) return Fail("cannot open for writing", errno);
+    const std::string path = m_isNew ? FollowLinks(m_path) : m_path;
+    if (SystemCalls::IsWritable(path.c_str())) return true;
+    return Fail(m_isNew ? "cannot create" : "cannot open for writing", errno);
 }
 
 /// Waits in small steps of random length: a blocking flock cannot be given a time limit without
 /// signals, and without a limit any reader of the file could stop us for ever.
 bool OdbcIniFile::WaitForLock(long long in_deadline) {
-    while (SystemCalls::Lock(m_file.Get(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR) return Fail("cannot lock", errno);
+    while (!LockNow(m_file, AT_FDCWD, m_path.c_str(), 0)) {
+        if (!m_file.IsOpen()) return errno != ENOENT && Fail("cannot open for writing", errno);
+        if (errno != EWOULDBLOCK) return Fail("cannot lock", errno);
         if (SystemCalls::GetMonotonicTime() > in_deadline)
             return Fail("locked by another program", ETIMEDOUT);
         Pause();
@@ -158,41 +276,231 @@ bool OdbcIniFile::WaitForLock(long long in_deadline) {
     return true;
 }
 
-/// Opens the directory in which the locked file really is.
-/// @return false without a failure when the path now leads to another file
-bool OdbcIniFile::FindPlace() {
-    const std::string path = SystemCalls::RealPath(m_path.c_str());
+/// Opens the directory in which the file really is, or is to be.
+/// @return false without a failure when there is no file any more
+bool OdbcIniFile::OpenDirectory() {
+    const std::string path = m_isNew ? FollowLinks(m_path) : SystemCalls::RealPath(m_path.c_str());
     if (path.empty()) return errno != ENOENT && Fail("cannot resolve", errno);
     const std::size_t slash = path.rfind('/');
     m_name = path.substr(slash + 1);
-    const std::string directory = slash == 0 ? "/" : path.substr(0, slash);
+    const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
     m_directory =
-        FileHandle(SystemCalls::Open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
-    if (!m_directory.IsOpen()) return errno != ENOENT && Fail("cannot open the directory", errno);
-    if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return FailToRead();
+        PrivateHandle(SystemCalls::Open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
+    return m_directory.IsOpen() ||
+           ((m_isNew || errno != ENOENT) && Fail("cannot open the directory", errno));
+}
+
+/// Whether the locked file is the one in that place; a file that is to be made, whether none is.
+/// @return false without a failure when the path now leads to another file
+bool OdbcIniFile::IsInPlace() {
     struct stat inPlace {};
-    if (SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) != 0) {
-        return errno != ENOENT && Fail("cannot read", errno);
+    const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0;
+    if (!isThere && errno != ENOENT) return Fail("cannot read", errno);
+    if (m_isNew) return !isThere;
+    if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return FailToRead();
+    if (!isThere || !IsSameFile(m_stat, inPlace)) return false;
+    return !SystemCalls::IsMounted(m_file.Get()) || Fail(MOUNTED, EBUSY);
+}
+
+/// The names of the temporary files that were left by a process that died: a living one holds a
+/// lock on its own.
+std::vector<std::string> OdbcIniFile::FindLeft(bool in_isToGo) const {
+    const std::string prefix = TemporaryPrefix(m_name);
+    std::vector<std::string> left;
+    for (const std::string& name : SystemCalls::ListDirectory(m_directory.Get(), prefix)) {
+        if (!IsTemporaryName(name, prefix)) continue;
+        PrivateHandle file(SystemCalls::OpenAt(m_directory.Get(), name.c_str(),
+                                               O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
+        if (!file.IsOpen() || !LockNow(file, m_directory.Get(), name.c_str(), O_NOFOLLOW)) continue;
+        left.push_back(name);
+        if (in_isToGo) SystemCalls::UnlinkAt(m_directory.Get(), name.c_str());
+        Release(file);
     }
-    return IsSameFile(m_stat, inPlace);
+    return left;
+}
+
+std::vector<std::string> OdbcIniFile::FindLeftFiles(const std::string& in_path) {
+    OdbcIniFile file(in_path);
+    file.m_isNew = SystemCalls::RealPath(in_path.c_str()).empty();
+    if (!file.OpenDirectory()) return {};
+    std::vector<std::string> paths = file.FindLeft(false);
+    const std::string path =
+        file.m_isNew ? FollowLinks(in_path) : SystemCalls::RealPath(in_path.c_str());
+    for (std::string& name : paths) name.insert(0, path, 0, path.rfind('/') + 1);
+    return paths;
+}
+
+void OdbcIniFile::Unlock() noexcept {
+    m_isNew = false;
+    m_bytes.clear();
+    Release(m_temporary);
+    Release(m_file);
+    m_directory = PrivateHandle();
+}
+
+bool OdbcIniFile::Replace(std::string_view in_bytes) {
+    if (in_bytes.size() > MAX_SIZE) return Fail("cannot write", EFBIG);
+    if (IsOutdated()) return FailAsOutdated();
+    PrivateHandle file;
+    std::string name;
+    if (!CreateTemporary(file, name)) return false;
+    bool isDone = WriteTemporary(file.Get(), in_bytes) && CopyAttributes(file.Get()) &&
+                  Finish(file) && PutInPlace(name);
+    if (!name.empty()) SystemCalls::UnlinkAt(m_directory.Get(), name.c_str());
+    return isDone && SyncDirectory();
 }
 
 bool OdbcIniFile::IsOutdated() {
     struct stat inPlace {};
-    if (SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) != 0) return true;
-    return !IsSameFile(m_stat, inPlace) || m_stat.st_size != inPlace.st_size ||
-           !IsSameTime(m_stat.st_mtim, inPlace.st_mtim);
+    const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0;
+    return m_isNew ? isThere : !isThere || !IsSameVersion(m_stat, inPlace);
 }
 
-/// True when the path still leads to the bytes that were read. Number, size and time alone do not
-/// tell: within one tick of the file system's clock, which for some is a second, as many bytes can
-/// be written again, and a network file system keeps all three for seconds, except for who opens
-/// the file anew.
-bool OdbcIniFile::IsAsRead() {
-    const FileHandle file(SystemCalls::OpenAt(m_directory.Get(), m_name.c_str(),
-                                              O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
+/// The name is one that nobody can guess and that FindLeft knows.
+bool OdbcIniFile::CreateTemporary(PrivateHandle& out_handle, std::string& out_name) {
+    for (int attempts = 0; attempts < 16; ++attempts) {
+        std::uint64_t random = 0;
+        if (!SystemCalls::GetRandom(&random, sizeof random)) break;
+        out_name = TemporaryPrefix(m_name) + HexDigits(random);
+        out_handle = PrivateHandle(SystemCalls::OpenAt(
+            m_directory.Get(), out_name.c_str(),
+            O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, m_isNew ? m_newFileMode : 0600));
+        if (out_handle.IsOpen()) return LockTemporary(out_name);
+        if (errno != EEXIST && errno != EINTR) break;
+    }
+    return Fail("cannot create a temporary file beside it", errno);
+}
+
+/// Says to others that the file is in use, and keeps them from changing it, once it is in place,
+/// until that is certain to last. The handle is one for reading, because that for writing is closed
+/// before.
+bool OdbcIniFile::LockTemporary(const std::string& in_name) {
+    m_temporary = PrivateHandle(SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
+                                                    O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
+    if (m_temporary.IsOpen() &&
+        LockNow(m_temporary, m_directory.Get(), in_name.c_str(), O_NOFOLLOW)) {
+        return true;
+    }
+    Fail("cannot lock a temporary file beside it", errno);
+    SystemCalls::UnlinkAt(m_directory.Get(), in_name.c_str());
+    return false;
+}
+
+bool OdbcIniFile::WriteTemporary(int in_handle, std::string_view in_bytes) {
+    for (std::string_view rest = in_bytes; !rest.empty();) {
+        const ssize_t count = SystemCalls::Write(in_handle, rest.data(), rest.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return Fail("cannot write", count < 0 ? errno : EIO);
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+    if (SystemCalls::StatHandle(in_handle, m_written) != 0) return Fail("cannot write", errno);
+    return static_cast<std::size_t>(m_written.st_size) == in_bytes.size() ||
+           Fail("cannot write", EIO);
+}
+
+/// Gives the temporary file what belongs to the file that it replaces. What cannot be kept of owner
+/// and rights is a reason to refuse: a wider or narrower file is not the same file.
+bool OdbcIniFile::CopyAttributes(int in_handle) {
+    if (m_isNew) return true;
+    struct stat old {};
+    if (SystemCalls::StatHandle(m_file.Get(), old) != 0) {
+        return Fail("cannot read the owner", errno);
+    }
+    if ((old.st_uid != m_written.st_uid || old.st_gid != m_written.st_gid) &&
+        SystemCalls::ChangeOwner(in_handle, old.st_uid, old.st_gid) != 0) {
+        return Fail("cannot keep the owner", errno);
+    }
+    if (!CopyAccessList(in_handle)) return false;
+    // Without set-user-id and the like, which writing to a file takes away as well.
+    mode_t mode = old.st_mode & 0777;
+    if (m_bytes.empty()) mode &= m_newFileMode;
+    if (SystemCalls::ChangeMode(in_handle, mode) != 0) return Fail("cannot keep the mode", errno);
+    return CopyExtendedAttributes(in_handle);
+}
+
+bool OdbcIniFile::CopyAccessList(int in_handle) {
+    std::string list;
+    if (GetAttribute(m_file.Get(), ACCESS_LIST, list)) {
+        return SetAttribute(in_handle, ACCESS_LIST, list) ||
+               Fail("cannot keep the access list", errno);
+    }
+    if (!IsWithoutAttribute()) return Fail("cannot read the access list", errno);
+    // One that the directory has for new files lets in others than the old file did.
+    return SystemCalls::RemoveAttribute(in_handle, ACCESS_LIST) == 0 || IsWithoutAttribute() ||
+           Fail("cannot remove the access list of the directory", errno);
+}
+
+/// Those that users and the system's policy have set. A file without them is usable, but for the
+/// access list of a network file system, which changing the mode may have changed.
+bool OdbcIniFile::CopyExtendedAttributes(int in_handle) {
+    std::string names(MAX_ATTRIBUTE, '\0');
+    const ssize_t size = SystemCalls::ListAttributes(m_file.Get(), names.data(), names.size());
+    names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    std::string value;
+    for (std::size_t i = 0; i < names.size(); i = names.find('\0', i) + 1) {
+        const char* const name = names.c_str() + i;
+        if (!IsCopied(name)) continue;
+        const bool isKept =
+            GetAttribute(m_file.Get(), name, value) && SetAttribute(in_handle, name, value);
+        if (!isKept && std::string_view(name) == NETWORK_ACCESS_LIST) {
+            return Fail("cannot keep the access list", errno);
+        }
+    }
+    return true;
+}
+
+bool OdbcIniFile::Finish(PrivateHandle& io_handle) {
+    if (SystemCalls::Sync(io_handle.Get()) != 0) return Fail("cannot write", errno);
+    // Some file systems report a full disk only here.
+    return io_handle.CloseNow() == 0 || errno == EINTR || Fail("cannot write", errno);
+}
+
+/// @param io_name  of the temporary file, and then of what is to be removed; empty for nothing
+bool OdbcIniFile::PutInPlace(std::string& io_name) {
+    // Syncing took its time; what another program wrote meanwhile must not be lost.
+    if (IsOutdated()) return FailAsOutdated();
+    if (m_isNew) return PutNew(io_name);
+    if (Rename(io_name, RENAME_EXCHANGE)) return IsAsRead(io_name) || PutBack(io_name);
+    if (!IsUnsupported(errno)) return FailToReplace();
+    // Here the old file has no name any more once it is replaced, so it is looked at before.
+    if (!IsAsRead(m_name)) return FailAsOutdated();
+    return Rename(io_name, 0) || FailToReplace();
+}
+
+bool OdbcIniFile::Rename(const std::string& in_name, unsigned in_flags) {
+    return SystemCalls::RenameAt(m_directory.Get(), in_name.c_str(), m_name.c_str(), in_flags) == 0;
+}
+
+bool OdbcIniFile::PutNew(const std::string& in_name) {
+    if (Rename(in_name, RENAME_NOREPLACE)) return true;
+    if (IsUnsupported(errno) &&
+        SystemCalls::LinkAt(m_directory.Get(), in_name.c_str(), m_name.c_str()) == 0) {
+        return true;
+    }
+    return errno == EEXIST ? FailAsOutdated() : FailToReplace();
+}
+
+/// No file is there when somebody has removed it, or, on another host, the temporary one.
+bool OdbcIniFile::FailToReplace() {
+    if (errno == ENOENT) return FailAsOutdated();
+    return Fail(errno == EBUSY ? MOUNTED : "cannot replace", errno);
+}
+
+/// True when the name leads to the file and to the bytes that were read. Number, size and time
+/// alone do not tell: within one tick of the file system's clock, which for some is a second, as
+/// many bytes can be written again, and a network file system keeps all three for seconds, except
+/// for who opens the file anew.
+bool OdbcIniFile::IsAsRead(const std::string& in_name) {
+    const PrivateHandle file(SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
+                                                 O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
+    struct stat now {};
+    if (!file.IsOpen() || SystemCalls::StatHandle(file.Get(), now) != 0) return false;
+    // Who has opened it since then has emptied it, or is about to.
+    if (m_writers == Writers::NONE && SystemCalls::FindWriters(file.Get()) == Writers::SOME) {
+        return false;
+    }
     char buffer[16384];
-    for (std::size_t size = 0; file.IsOpen();) {
+    for (std::size_t size = 0; IsSameVersion(m_stat, now);) {
         const ssize_t count =
             SystemCalls::Read(file.Get(), buffer, sizeof buffer, static_cast<off_t>(size));
         if (count < 0 && errno == EINTR) continue;
@@ -204,111 +512,27 @@ bool OdbcIniFile::IsAsRead() {
     return false;
 }
 
-void OdbcIniFile::Unlock() noexcept {
-    // Still locked here: nobody else can have written to a file that we made and that is empty.
-    if (m_isCreated && m_directory.IsOpen() && !IsOutdated() && IsAsRead()) {
-        SystemCalls::UnlinkAt(m_directory.Get(), m_name.c_str());
-    }
-    m_isCreated = false;
-    m_bytes.clear();
-    m_directory = FileHandle();
-    m_file = FileHandle();
-}
-
-bool OdbcIniFile::Replace(std::string_view in_bytes) {
-    if (IsOutdated()) return Fail("written to by another program", EAGAIN);
-    RemoveStaleFiles();
-    FileHandle file;
-    std::string name;
-    if (!CreateTemporary(file, name)) return false;
-    bool isDone = WriteTemporary(file.Get(), in_bytes) && CopyAttributes(file.Get());
-    if (isDone && SystemCalls::Sync(file.Get()) != 0) isDone = Fail("cannot write", errno);
-    // Some file systems report a full disk only here.
-    if (SystemCalls::Close(file.Release()) != 0 && errno != EINTR && isDone) {
-        isDone = Fail("cannot write", errno);
-    }
-    if (isDone) isDone = Exchange(name);
-    if (!isDone) SystemCalls::UnlinkAt(m_directory.Get(), name.c_str());
-    return isDone;
-}
-
-/// Temporary files are made under the lock only, so any that is there now was left by a process
-/// that died.
-void OdbcIniFile::RemoveStaleFiles() {
-    const std::string prefix = TemporaryPrefix(m_name);
-    for (const std::string& name : SystemCalls::ListDirectory(m_directory.Get())) {
-        if (IsTemporaryName(name, prefix)) {
-            SystemCalls::UnlinkAt(m_directory.Get(), name.c_str());
-        }
-    }
-}
-
-bool OdbcIniFile::CreateTemporary(FileHandle& out_handle, std::string& out_name) {
-    for (int attempts = 0; attempts < 16; ++attempts) {
-        std::uint64_t random = 0;
-        if (!SystemCalls::GetRandom(&random, sizeof random)) break;
-        out_name = TemporaryPrefix(m_name) + HexDigits(random);
-        out_handle = FileHandle(
-            SystemCalls::OpenAt(m_directory.Get(), out_name.c_str(),
-                                O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-        if (out_handle.IsOpen()) return true;
-        if (errno != EEXIST && errno != EINTR) break;
-    }
-    return Fail("cannot create a temporary file beside it", errno);
-}
-
-bool OdbcIniFile::WriteTemporary(int in_handle, std::string_view in_bytes) {
-    for (std::string_view rest = in_bytes; !rest.empty();) {
-        const ssize_t count = SystemCalls::Write(in_handle, rest.data(), rest.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return Fail("cannot write", count < 0 ? errno : EIO);
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    }
-    struct stat written {};
-    if (SystemCalls::StatHandle(in_handle, written) != 0) return Fail("cannot write", errno);
-    return static_cast<std::size_t>(written.st_size) == in_bytes.size() ||
-           Fail("cannot write", EIO);
-}
-
-/// Gives the temporary file the owner, the access list and the mode of the file that it replaces.
-/// What cannot be kept is a reason to refuse: a wider or narrower file is not the same file.
-bool OdbcIniFile::CopyAttributes(int in_handle) {
-    struct stat old {};
+/// Undoes the exchange, because a program without the lock has written to the old file, or replaced
+/// it, since it was read.
+bool OdbcIniFile::PutBack(std::string& io_name) {
     struct stat now {};
-    if (SystemCalls::StatHandle(m_file.Get(), old) != 0 ||
-        SystemCalls::StatHandle(in_handle, now) != 0) {
-        return Fail("cannot read the owner", errno);
-    }
-    if ((old.st_uid != now.st_uid || old.st_gid != now.st_gid) &&
-        SystemCalls::ChangeOwner(in_handle, old.st_uid, old.st_gid) != 0) {
-        return Fail("cannot keep the owner", errno);
-    }
-    char list[4096];
-    const ssize_t size = SystemCalls::GetAttribute(m_file.Get(), ACCESS_LIST, list, sizeof list);
-    if (size < 0 && errno != ENODATA && errno != ENOTSUP) {
-        return Fail("cannot read the access list", errno);
-    }
-    if (size > 0 && SystemCalls::SetAttribute(in_handle, ACCESS_LIST, list,
-                                              static_cast<std::size_t>(size)) != 0) {
-        return Fail("cannot keep the access list", errno);
-    }
-    // Without set-user-id and the like, which writing to a file takes away as well.
-    if (SystemCalls::ChangeMode(in_handle, old.st_mode & 0777) != 0) {
-        return Fail("cannot keep the mode", errno);
-    }
-    return true;
+    const bool isOurs = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), now) == 0 &&
+                        IsSameVersion(m_written, now);
+    // What was written to the new file since is newer still, and by a program that writes it all.
+    if (!isOurs) return true;
+    if (Rename(io_name, RENAME_EXCHANGE)) return FailAsOutdated();
+    Fail("cannot put the file back", errno);
+    io_name.clear();
+    return false;
 }
 
-bool OdbcIniFile::Exchange(const std::string& in_name) {
-    // Syncing took its time; what another program wrote meanwhile must not be lost.
-    if (!IsAsRead() || IsOutdated()) return Fail("written to by another program", EAGAIN);
-    if (SystemCalls::RenameAt(m_directory.Get(), in_name.c_str(), m_name.c_str()) != 0) {
-        return Fail("cannot replace", errno);
-    }
-    // The directory is not synced: after a power cut the path may lead to the old file for a few
-    // seconds' worth of changes, but always to a whole one, and the wait would double.
-    m_isCreated = false;
-    return true;
+/// Until then a power cut can bring the old file back, for 5 s on ext4 and for 30 s and more on XFS
+/// and btrfs.
+bool OdbcIniFile::SyncDirectory() {
+    int result = SystemCalls::Sync(m_directory.Get());
+    while (result != 0 && errno == EINTR) result = SystemCalls::Sync(m_directory.Get());
+    // Some file systems have nothing to sync in a directory.
+    return result == 0 || IsUnsupported(errno) || Fail("cannot sync the directory", errno);
 }
 
 }  // namespace Veltrane::ODBC

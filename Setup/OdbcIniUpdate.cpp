@@ -8,8 +8,9 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// How often the edits are made again for programs that do not know the lock.
-constexpr int MAX_REPEATS = 8;
+/// For how long, in microseconds, the edits are made again for programs that do not know the lock.
+constexpr long long REPEAT_TIME = 5'000'000;
+constexpr unsigned PAUSE = 1000;
 
 }  // namespace
 
@@ -112,8 +113,11 @@ bool OdbcIniUpdate::Commit() {
     if (!m_isOpen) return false;
     m_text.Finish();
     bool isDone = !m_text.IsChanged() || Replace();
-    for (int repeats = 0; !isDone && m_file.GetFailure().m_error == EAGAIN; ++repeats) {
-        if (repeats == MAX_REPEATS || !Open()) break;
+    const long long deadline = SystemCalls::GetMonotonicTime() + REPEAT_TIME;
+    while (!isDone && m_file.GetFailure().m_error == EAGAIN) {
+        if (SystemCalls::GetMonotonicTime() > deadline) break;
+        SystemCalls::SleepMicroseconds(PAUSE);
+        if (!Open()) break;
         for (const Edit& edit : m_edits) Apply(edit);
         m_text.Finish();
         isDone = !m_text.IsChanged() || Replace();

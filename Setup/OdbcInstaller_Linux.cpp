@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -70,7 +71,9 @@ orska_wstring EmptyText() { return orska_wstring(std::string()); }
 class FileRights {
 public:
     FileRights() : m_isChanged(IsPrivileged()) {
-        if (m_isChanged) SystemCalls::UseFileRightsOfUser();
+        if (m_isChanged && !SystemCalls::UseFileRightsOfUser()) {
+            throw std::runtime_error("The rights of the program cannot be given up.");
+        }
     }
     FileRights(const FileRights&) = delete;
     FileRights& operator=(const FileRights&) = delete;

@@ -1,6 +1,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <linux/capability.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
@@ -8,11 +9,13 @@
 #include <sys/file.h>
 #include <sys/fsuid.h>
 #include <sys/random.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 
 #include "Setup/SystemCalls.h"
@@ -48,6 +51,49 @@ private:
     sigset_t m_before;
     bool m_wasPending = false;
 };
+
+long long GetTime(clockid_t in_clock) {
+    timespec time{};
+    ::clock_gettime(in_clock, &time);
+    return time.tv_sec * 1000000LL + time.tv_nsec / 1000;
+}
+
+/// What makes files of others accessible.
+constexpr std::uint32_t FILE_CAPABILITIES = 1U << CAP_CHOWN | 1U << CAP_DAC_OVERRIDE |
+                                            1U << CAP_DAC_READ_SEARCH | 1U << CAP_FOWNER |
+                                            1U << CAP_FSETID | 1U << CAP_LINUX_IMMUTABLE;
+
+/// Those that this thread had in effect before it gave them up.
+thread_local std::uint32_t t_droppedCapabilities = 0;
+
+/// The capabilities of this thread. There is no function in the C library for them.
+bool GetCapabilities(__user_cap_data_struct (&out_data)[2]) {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    return ::syscall(SYS_capget, &header, out_data) == 0;
+}
+
+bool SetCapabilities(const __user_cap_data_struct (&in_data)[2]) {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    return ::syscall(SYS_capset, &header, in_data) == 0;
+}
+
+bool DropFileCapabilities() {
+    __user_cap_data_struct data[2] = {};
+    if (!GetCapabilities(data)) return false;
+    const std::uint32_t dropped = data[0].effective & FILE_CAPABILITIES;
+    data[0].effective &= ~FILE_CAPABILITIES;
+    if (dropped != 0 && !SetCapabilities(data)) return false;
+    t_droppedCapabilities |= dropped;
+    return true;
+}
+
+void RaiseFileCapabilities() {
+    __user_cap_data_struct data[2] = {};
+    if (t_droppedCapabilities == 0 || !GetCapabilities(data)) return;
+    data[0].effective |= t_droppedCapabilities;
+    SetCapabilities(data);
+    t_droppedCapabilities = 0;
+}
 
 }  // namespace
 
@@ -98,8 +144,20 @@ int SetAttribute(int in_handle, const char* in_name, const void* in_bytes, std::
     return ::fsetxattr(in_handle, in_name, in_bytes, in_size, 0);
 }
 
-int RenameAt(int in_directory, const char* in_from, const char* in_to) {
-    return ::renameat(in_directory, in_from, in_directory, in_to);
+int RemoveAttribute(int in_handle, const char* in_name) {
+    return ::fremovexattr(in_handle, in_name);
+}
+
+ssize_t ListAttributes(int in_handle, char* out_names, std::size_t in_size) {
+    return ::flistxattr(in_handle, out_names, in_size);
+}
+
+int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned in_flags) {
+    return ::renameat2(in_directory, in_from, in_directory, in_to, in_flags);
+}
+
+int LinkAt(int in_directory, const char* in_from, const char* in_to) {
+    return ::linkat(in_directory, in_from, in_directory, in_to, 0);
 }
 
 int UnlinkAt(int in_directory, const char* in_name) { return ::unlinkat(in_directory, in_name, 0); }
@@ -113,12 +171,24 @@ bool IsWritable(const char* in_path) {
     return ::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
+bool IsMounted(int in_handle) {
+    struct statx status {};
+    return ::statx(in_handle, "", AT_EMPTY_PATH, 0, &status) == 0 &&
+           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 std::string RealPath(const char* in_path) {
     char path[PATH_MAX];
     return ::realpath(in_path, path) == nullptr ? std::string() : std::string(path);
 }
 
-std::vector<std::string> ListDirectory(int in_directory) {
+std::string ReadLink(const char* in_path) {
+    char target[PATH_MAX];
+    const ssize_t size = ::readlink(in_path, target, sizeof target);
+    return size <= 0 ? std::string() : std::string(target, static_cast<std::size_t>(size));
+}
+
+std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix) {
     std::vector<std::string> names;
     // A file description of its own, because the position in the directory belongs to it.
     FileHandle handle(::openat(in_directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -127,9 +197,25 @@ std::vector<std::string> ListDirectory(int in_directory) {
     if (directory == nullptr) return names;
     handle.Release();
     while (const dirent* const entry = ::readdir(directory.get())) {
-        names.emplace_back(entry->d_name);
+        const std::string_view name(entry->d_name);
+        if (name.starts_with(in_prefix)) names.emplace_back(name);
     }
     return names;
+}
+
+Writers FindWriters(int in_handle) {
+    // Who opens the file for writing just then waits until the lease is given back, and the system
+    // tells us so with a signal: to this thread alone, one that does nothing by default.
+    const f_owner_ex owner{F_OWNER_TID, ::gettid()};
+    if ((::fcntl(in_handle, F_GETFL) & O_ACCMODE) != O_RDONLY ||
+        ::fcntl(in_handle, F_SETOWN_EX, &owner) != 0 || ::fcntl(in_handle, F_SETSIG, SIGURG) != 0) {
+        return Writers::UNKNOWN;
+    }
+    if (::fcntl(in_handle, F_SETLEASE, F_RDLCK) != 0) {
+        return errno == EAGAIN ? Writers::SOME : Writers::UNKNOWN;
+    }
+    ::fcntl(in_handle, F_SETLEASE, F_UNLCK);
+    return Writers::NONE;
 }
 
 bool GetRandom(void* out_bytes, std::size_t in_size) {
@@ -141,19 +227,23 @@ void SleepMicroseconds(unsigned in_microseconds) {
     ::nanosleep(&time, nullptr);
 }
 
-long long GetMonotonicTime() {
-    timespec time{};
-    ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return time.tv_sec * 1000000LL + time.tv_nsec / 1000;
-}
+long long GetMonotonicTime() { return GetTime(CLOCK_MONOTONIC); }
 
-// The group first, and last on the way back: changing it needs the rights of the process.
-void UseFileRightsOfUser() {
+long long GetRealTime() { return GetTime(CLOCK_REALTIME); }
+
+// The group first, and last on the way back: changing it needs the rights of the process. The
+// capabilities go last: setfsuid takes them from root, but not from a program that has them from
+// its file.
+bool UseFileRightsOfUser() {
     ::setfsgid(::getgid());
     ::setfsuid(::getuid());
+    if (::getuid() == 0 || DropFileCapabilities()) return true;
+    UseFileRightsOfProcess();
+    return false;
 }
 
 void UseFileRightsOfProcess() {
+    RaiseFileCapabilities();
     ::setfsuid(::geteuid());
     ::setfsgid(::getegid());
 }

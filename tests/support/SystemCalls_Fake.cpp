@@ -36,6 +36,12 @@ bool Enter(const char* in_name) {
     return error == 0;
 }
 
+long long GetTime(clockid_t in_clock) {
+    timespec time{};
+    ::clock_gettime(in_clock, &time);
+    return time.tv_sec * 1000000LL + time.tv_nsec / 1000 + s_systemCalls.m_clockOffset;
+}
+
 int Opened(int in_handle) {
     if (in_handle >= 0) ++s_systemCalls.m_openHandles;
     return in_handle;
@@ -105,15 +111,31 @@ int SetAttribute(int in_handle, const char* in_name, const void* in_bytes, std::
     return Enter("fsetxattr") ? ::fsetxattr(in_handle, in_name, in_bytes, in_size, 0) : -1;
 }
 
-int RenameAt(int in_directory, const char* in_from, const char* in_to) {
-    return Enter("rename") ? ::renameat(in_directory, in_from, in_directory, in_to) : -1;
+int RemoveAttribute(int in_handle, const char* in_name) {
+    return Enter("fremovexattr") ? ::fremovexattr(in_handle, in_name) : -1;
+}
+
+ssize_t ListAttributes(int in_handle, char* out_names, std::size_t in_size) {
+    return Enter("flistxattr") ? ::flistxattr(in_handle, out_names, in_size) : -1;
+}
+
+int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned in_flags) {
+    if (!Enter("rename")) return -1;
+    return ::renameat2(in_directory, in_from, in_directory, in_to, in_flags);
+}
+
+int LinkAt(int in_directory, const char* in_from, const char* in_to) {
+    return Enter("link") ? ::linkat(in_directory, in_from, in_directory, in_to, 0) : -1;
 }
 
 int UnlinkAt(int in_directory, const char* in_name) {
     return Enter("unlink") ? ::unlinkat(in_directory, in_name, 0) : -1;
 }
 
-bool IsWritable(const char* in_path) { return Enter("access") && ::access(in_path, W_OK) == 0; }
+/// The directory of a new file is always one that the tests may write to.
+bool IsWritable(const char* in_path) {
+    return Enter("access") && (::access(in_path, W_OK) == 0 || errno == ENOENT);
+}
 
 std::string RealPath(const char* in_path) {
     char path[PATH_MAX];
@@ -121,12 +143,32 @@ std::string RealPath(const char* in_path) {
     return isFound ? path : "";
 }
 
-std::vector<std::string> ListDirectory(int in_directory) {
+std::string ReadLink(const char* in_path) {
+    char target[PATH_MAX];
+    const ssize_t size = Enter("readlink") ? ::readlink(in_path, target, sizeof target) : -1;
+    return size <= 0 ? std::string() : std::string(target, static_cast<std::size_t>(size));
+}
+
+bool IsMounted(int /*in_handle*/) { return !Enter("statx"); }
+
+Writers FindWriters(int in_handle) {
+    if (!Enter("lease")) return Writers::UNKNOWN;
+    if (::fcntl(in_handle, F_SETLEASE, F_RDLCK) != 0) {
+        return errno == EAGAIN ? Writers::SOME : Writers::UNKNOWN;
+    }
+    ::fcntl(in_handle, F_SETLEASE, F_UNLCK);
+    return Writers::NONE;
+}
+
+std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix) {
     std::vector<std::string> names;
     if (!Enter("readdir")) return names;
     DIR* const directory = ::fdopendir(::openat(in_directory, ".", O_RDONLY | O_DIRECTORY));
     if (directory == nullptr) return names;
-    while (const dirent* const entry = ::readdir(directory)) names.emplace_back(entry->d_name);
+    while (const dirent* const entry = ::readdir(directory)) {
+        const std::string_view name(entry->d_name);
+        if (name.starts_with(in_prefix)) names.emplace_back(name);
+    }
     ::closedir(directory);
     return names;
 }
@@ -140,13 +182,11 @@ void SleepMicroseconds(unsigned in_microseconds) {
     s_systemCalls.m_clockOffset += in_microseconds + s_systemCalls.m_sleepBonus;
 }
 
-long long GetMonotonicTime() {
-    timespec time{};
-    ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return time.tv_sec * 1000000LL + time.tv_nsec / 1000 + s_systemCalls.m_clockOffset;
-}
+long long GetMonotonicTime() { return GetTime(CLOCK_MONOTONIC); }
 
-void UseFileRightsOfUser() {}
+long long GetRealTime() { return GetTime(CLOCK_REALTIME); }
+
+bool UseFileRightsOfUser() { return true; }
 
 void UseFileRightsOfProcess() {}
 

@@ -1,0 +1,78 @@
+#include "Setup/SystemCalls.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+
+namespace Veltrane::ODBC::SystemCalls {
+
+namespace {
+
+constexpr int FIRST_OWN_HANDLE = 3;
+
+/// The private handles that are open, each plus one; 0 is a free place. Four are open at most for
+/// one request; a handle without a place stays open in children.
+/// Process-wide: set by PrivateHandle, read and emptied in a forked child.
+constinit std::array<std::atomic<int>, 512> s_private{};
+/// How many forks lie between this process and the one that loaded the library.
+/// Process-wide: set in a forked child, read by PrivateHandle.
+constinit std::atomic<unsigned> s_forks{0};
+
+/// Runs in the child, where nothing may be allocated and no lock taken: other threads of the parent
+/// may have been in the middle of anything.
+void CloseInChild() {
+    ++s_forks;
+    for (std::atomic<int>& place : s_private) {
+        const int handle = place.exchange(0);
+        if (handle != 0) ::close(handle - 1);
+    }
+}
+
+/// Done when the library is loaded: a first use could be on two threads, and in the middle of it
+/// when one forks.
+[[maybe_unused]] const int s_isHandled = ::pthread_atfork(nullptr, nullptr, &CloseInChild);
+
+std::size_t TakePlace(int in_handle) {
+    for (std::size_t i = 0; i < s_private.size(); ++i) {
+        int free = 0;
+        if (s_private[i].compare_exchange_strong(free, in_handle + 1)) return i;
+    }
+    return s_private.size();
+}
+
+}  // namespace
+
+int KeepOffStandardHandles(int in_handle) {
+    if (in_handle < 0 || in_handle >= FIRST_OWN_HANDLE) return in_handle;
+    const int handle = ::fcntl(in_handle, F_DUPFD_CLOEXEC, FIRST_OWN_HANDLE);
+    const int error = errno;
+    ::close(in_handle);
+    errno = error;
+    return handle;
+}
+
+PrivateHandle::PrivateHandle(int in_handle) : m_file(in_handle), m_forks(s_forks) {
+    if (m_file.IsOpen()) m_slot = TakePlace(m_file.Get());
+}
+
+int PrivateHandle::Get() const noexcept { return m_forks == s_forks ? m_file.Get() : -1; }
+
+int PrivateHandle::CloseNow() noexcept {
+    const bool isOpen = IsOpen();
+    const int handle = m_file.Release();
+    if (!isOpen) return 0;
+    if (m_slot < s_private.size()) s_private[m_slot] = 0;
+    return Close(handle);
+}
+
+void PrivateHandle::Swap(PrivateHandle& io_other) noexcept {
+    m_file = std::move(io_other.m_file);
+    std::swap(m_slot, io_other.m_slot);
+    std::swap(m_forks, io_other.m_forks);
+}
+
+}  // namespace Veltrane::ODBC::SystemCalls
