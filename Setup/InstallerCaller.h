@@ -7,7 +7,9 @@ namespace Veltrane::ODBC {
 
 struct InstallerLibrary;
 
-/// Binds the operations of the calling thread, while it lives, to the caller's installer library.
+/// Binds the operations of the calling thread, while it lives, to the caller's installer library,
+/// and puts off a cancellation of that thread (Linux) until the call is back: it would unwind
+/// through code that may not be left like that and end the host.
 class InstallerCaller {
 public:
     /// @param in_returnAddress  where the entry point goes back to
@@ -21,6 +23,7 @@ public:
 
 private:
     const InstallerLibrary* m_outer = nullptr;
+    int m_cancelState = 0;
 };
 
 }  // namespace Veltrane::ODBC

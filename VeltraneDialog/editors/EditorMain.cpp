@@ -1,5 +1,6 @@
 #include "VeltraneDialog/editors/EditorMain.h"
 
+#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 
@@ -59,6 +60,9 @@ int EditorMain(int in_argumentCount, char** in_arguments, ShowForm in_showForm) 
     if (in_argumentCount != 1 || !IsStartedByHost()) {
         return PrintHelp(in_argumentCount, in_arguments);
     }
+    // A host that goes takes its editor along. The end of the socket alone does not tell: a process
+    // that the host has forked in the meantime holds it open.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     // There will be a password in this process: no core file, and nobody looks into it.
     prctl(PR_SET_DUMPABLE, 0);
     try {

@@ -3,8 +3,13 @@
 ///
 ///     configure_data_source FILE add|config [key=value ...]
 ///
-/// Writes to the file, once the call is back, its result and the installer's errors.
+/// Writes to the file, once the call is back, its result and the installer's errors. The call is
+/// made on a thread of its own. Meanwhile SIGUSR1 makes the program fork, with a child that does
+/// nothing but live, and SIGUSR2 cancels the thread.
 #include <odbcinst.h>
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -34,6 +39,41 @@ void WriteErrors(std::FILE* in_file) {
     }
 }
 
+struct Call {
+    WORD m_request;
+    std::string m_attributes;
+    BOOL m_result = 0;
+};
+
+void* MakeCall(void* io_call) {
+    Call& call = *static_cast<Call*>(io_call);
+    // What the handle points to must not matter, so it points nowhere.
+    HWND window = reinterpret_cast<HWND>(1);
+    call.m_result =
+        SQLConfigDataSource(window, call.m_request, "Veltrane", call.m_attributes.c_str());
+    pthread_testcancel();
+    return io_call;
+}
+
+/// @return whether the thread was cancelled
+bool MakeCallOnThread(Call& io_call) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    sigaddset(&signals, SIGUSR2);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    pthread_t thread{};
+    pthread_create(&thread, nullptr, MakeCall, &io_call);
+    void* end = nullptr;
+    while (pthread_tryjoin_np(thread, &end) != 0) {
+        const timespec step{0, 20'000'000};
+        const int number = sigtimedwait(&signals, nullptr, &step);
+        if (number == SIGUSR2) pthread_cancel(thread);
+        while (number == SIGUSR1 && fork() == 0) pause();
+    }
+    return end == PTHREAD_CANCELED;
+}
+
 }  // namespace
 
 int main(int in_argumentCount, char** in_arguments) {
@@ -41,17 +81,16 @@ int main(int in_argumentCount, char** in_arguments) {
         return 2;
     }
     const bool isAdd = std::strcmp(in_arguments[2], "add") == 0;
-    const std::string attributes = Attributes(in_argumentCount - 3, in_arguments + 3);
-    // What the handle points to must not matter, so it points nowhere.
-    HWND window = reinterpret_cast<HWND>(1);
-    const BOOL result = SQLConfigDataSource(window, isAdd ? ODBC_ADD_DSN : ODBC_CONFIG_DSN,
-                                            "Veltrane", attributes.c_str());
+    Call call{static_cast<WORD>(isAdd ? ODBC_ADD_DSN : ODBC_CONFIG_DSN),
+              Attributes(in_argumentCount - 3, in_arguments + 3)};
+    const bool isCancelled = MakeCallOnThread(call);
     const std::string name = std::string(in_arguments[1]) + ".part";
     std::FILE* const file = std::fopen(name.c_str(), "w");
     if (file == nullptr) {
         return 2;
     }
-    std::fprintf(file, "result %d\n", result);
+    std::fprintf(file, "result %d\n", call.m_result);
+    if (isCancelled) std::fputs("cancelled\n", file);
     WriteErrors(file);
     std::fclose(file);
     return std::rename(name.c_str(), in_arguments[1]) == 0 ? 0 : 2;

@@ -162,6 +162,7 @@ class DesktopEditorTest(editor_harness.DisplayTest):
         self.start("add")
         self.focus("New data source")
         editor = wait_for(self.editor_pid, "the editor")
+        self.fork_client()
         self.process.kill()
         wait_for(lambda: not os.path.exists(f"/proc/{editor}"), "the end of the editor")
 

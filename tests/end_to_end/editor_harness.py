@@ -102,6 +102,18 @@ class EditorTest(unittest.TestCase):
             parent = (child / "stat").read_text().rsplit(")", 1)[1].split()[1]
             return str(self.ini).encode() in Path("/proc", parent, "environ").read_bytes()
 
+    def fork_client(self):
+        """The client forks; the child lives on and holds open all that the client had open."""
+        client, editor = self.client_pid(), self.editor_pid()
+
+        def child():
+            of_client = Path(f"/proc/{client}/task").glob("*/children")
+            children = {int(pid) for tasks in of_client for pid in tasks.read_text().split()}
+            return next(iter(children - {editor}), None)
+
+        os.kill(client, signal.SIGUSR1)
+        self.addCleanup(os.kill, wait_for(child, "the child"), signal.SIGKILL)
+
     def assert_idle(self):
         """An editor that nobody types in uses no processor time and writes nothing."""
         editor = Path("/proc", str(wait_for(self.editor_pid, "the editor")))

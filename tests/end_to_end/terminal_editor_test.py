@@ -3,6 +3,7 @@
 tmux, real keys, and what is in odbc.ini afterwards."""
 import os
 import shlex
+import signal
 import subprocess
 import unittest
 from pathlib import Path
@@ -97,6 +98,29 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.keys("F4")
         self.wait_for_text("Windows")
         self.assert_idle()
+
+    def test_cancelled_thread_ends_after_the_request(self):
+        """A cancellation would unwind through the library and end the host."""
+        self.existing()
+        self.start("config", "DSN=sales")
+        self.wait_for_text("Data source sales")
+        os.kill(self.client_pid(), signal.SIGUSR2)
+        self.keys("Tab", "End")
+        self.type("2")
+        self.wait_for_text("old2")
+        self.keys("Enter")
+        self.assertEqual(self.errors(), (1, ["cancelled"]))
+        self.assertEqual(self.stored("sales")["Server"], "old2")
+        self.assert_terminal_is_whole()
+
+    def test_fork_of_the_host(self):
+        self.existing()
+        self.start("config", "DSN=sales")
+        self.wait_for_text("Data source sales")
+        self.fork_client()
+        self.keys("Tab", "BSpace", "Enter")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales")["Server"], "ol")
 
     def test_ok_waits_for_what_is_required(self):
         self.start("add")
