@@ -10,8 +10,8 @@
 #include <cstring>
 #include <memory>
 
+#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/EditorChoice.h"
-#include "VeltraneDialog/FileDescriptor.h"
 
 #ifndef VELTRANE_EDITOR_DIRECTORY
 #error "The build defines where editors are installed, relative to the library"
@@ -50,8 +50,9 @@ std::string OwnDirectory() {
 }
 
 std::string TerminalProblem() {
-    const FileDescriptor terminal(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
-    if (terminal.Get() < 0) {
+    const Orska::Support::FileDescriptor terminal =
+        Orska::Support::AboveStandardStreams(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (!terminal.IsOpen()) {
         return std::string("/dev/tty: ") + std::strerror(errno);
     }
     // A program in the background is stopped when it touches its terminal, and would never return.

@@ -15,10 +15,13 @@
 #include <cstring>
 #include <optional>
 
+#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/EditorEnvironment.h"
-#include "VeltraneDialog/FileDescriptor.h"
 
 namespace Veltrane::ODBC {
+
+using Orska::Support::AboveStandardStreams;
+using Orska::Support::FileDescriptor;
 
 namespace {
 
@@ -41,24 +44,21 @@ constexpr int INTERVAL_WITHOUT_PIDFD = 200;
     Fail(in_program, std::string("cannot be started: ") + std::strerror(in_error));
 }
 
-/// The two ends, numbered above the standard descriptors: a host may have closed those, and what it
-/// still prints there must not reach the editor.
+/// The two ends.
 struct SocketPair {
     explicit SocketPair(const std::string& in_program) {
-        int low[2];
-        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, low) != 0) {
+        int ends[2];
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
             FailToStart(in_program, errno);
         }
-        const FileDescriptor first(low[0]);
-        const FileDescriptor second(low[1]);
-        m_host.emplace(fcntl(low[0], F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-        m_editor.emplace(fcntl(low[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-        if (m_host->Get() < 0 || m_editor->Get() < 0) {
+        m_host = AboveStandardStreams(ends[0]);
+        m_editor = AboveStandardStreams(ends[1]);
+        if (!m_host.IsOpen() || !m_editor.IsOpen()) {
             FailToStart(in_program, errno);
         }
     }
-    std::optional<FileDescriptor> m_host;
-    std::optional<FileDescriptor> m_editor;
+    FileDescriptor m_host;
+    FileDescriptor m_editor;
 };
 
 /// What posix_spawn is to do between fork and exec.
@@ -113,7 +113,8 @@ class ChildProcess {
 public:
     explicit ChildProcess(pid_t in_process)
         : m_process(in_process),
-          m_handle(static_cast<int>(syscall(SYS_pidfd_open, in_process, 0))) {}
+          m_handle(AboveStandardStreams(static_cast<int>(syscall(SYS_pidfd_open, in_process, 0)))) {
+    }
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess() {
@@ -316,18 +317,18 @@ EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_va
         SecretBytes request = EncodeEditorMessage(show);
         SocketPair sockets(in_program);
         pid_t process = -1;
-        const int error = SpawnPlan(sockets.m_editor->Get()).Spawn(in_program, process);
+        const int error = SpawnPlan(sockets.m_editor.Get()).Spawn(in_program, process);
         if (error != 0) {
             FailToStart(in_program, error);
         }
-        sockets.m_editor->Close();
+        sockets.m_editor.Close();
         ChildProcess child(process);
-        Conversation conversation(sockets.m_host->Get(), request);
-        if (!Converse(conversation, sockets.m_host->Get(), child)) {
+        Conversation conversation(sockets.m_host.Get(), request);
+        if (!Converse(conversation, sockets.m_host.Get(), child)) {
             return ExplainEnd(in_program, child);
         }
         child.LetEnd();
-        sockets.m_host->Close();
+        sockets.m_host.Close();
         return conversation.Answer();
     } catch (const EditorProtocolError& protocolError) {
         Fail(in_program,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 
@@ -34,15 +35,6 @@ const char* WhyUnstorable(std::u16string_view in_text) {
     return nullptr;
 }
 
-bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
-    const auto lower = [](char in_char) {
-        return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A'))
-                                                : in_char;
-    };
-    return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
-                      [&](char in_a, char in_b) { return lower(in_a) == lower(in_b); });
-}
-
 const char* WhyNoName(std::string_view in_name, std::u16string_view in_units) {
     if (in_name.find_first_of(CHARACTERS_NOT_IN_NAMES) != std::string_view::npos) {
         return VELTRANE_TEXT("A name has none of [ ] { } ( ) , ; ? * = ! @ \\");
@@ -56,9 +48,10 @@ const char* WhyNoName(std::string_view in_name, std::u16string_view in_units) {
 }  // namespace
 
 bool IsReservedName(std::string_view in_name) {
-    return std::any_of(
-        std::begin(RESERVED_NAMES), std::end(RESERVED_NAMES),
-        [&](std::string_view in_reserved) { return EqualsIgnoringCase(in_name, in_reserved); });
+    return std::any_of(std::begin(RESERVED_NAMES), std::end(RESERVED_NAMES),
+                       [&](std::string_view in_reserved) {
+                           return Orska::Support::EqualsIgnoringCase(in_name, in_reserved);
+                       });
 }
 
 const char* WhyRefused(const DialogField& in_field, std::string_view in_text) {

@@ -3,29 +3,16 @@
 #include <cstddef>
 #include <stdexcept>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "VeltraneDialog/FieldRules.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::ODBC {
 
+using Orska::Support::EqualsIgnoringCase;
+
 namespace {
-
-char ToLowerAscii(char in_char) {
-    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
-}
-
-bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
-    if (in_left.size() != in_right.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < in_left.size(); ++i) {
-        if (ToLowerAscii(in_left[i]) != ToLowerAscii(in_right[i])) {
-            return false;
-        }
-    }
-    return true;
-}
 
 std::string_view TrimBlanks(std::string_view in_text) {
     constexpr std::string_view BLANKS(" \t\r");

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "VeltraneDialog/FileDescriptor.h"
+#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/Wipe.h"
 
@@ -16,7 +17,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// More than any seven values need; keeps a device or an endless pipe from filling the memory.
+/// More than any seven values need; keeps a large file from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
 constexpr std::size_t BLOCK_SIZE = 4096;
 
@@ -26,18 +27,25 @@ constexpr std::size_t BLOCK_SIZE = 4096;
 
 /// @return false when the file does not exist and may be absent
 bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::string& out_contents) {
-    // Opened without blocking, so that a pipe that nobody writes to reads as empty, not for ever.
-    const FileDescriptor file(open(in_fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file.Get() < 0) {
+    // A pipe that nobody writes to would not open.
+    const Orska::Support::FileDescriptor file = Orska::Support::AboveStandardStreams(
+        open(in_fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file.IsOpen()) {
         if (in_mayBeAbsent && (errno == ENOENT || errno == ENOTDIR)) {
             return false;
         }
         Fail(in_fileName, std::strerror(errno));
     }
-    fcntl(file.Get(), F_SETFL, 0);
-    // Room for all at once: a buffer that grows leaves what it held behind.
     struct stat status {};
-    fstat(file.Get(), &status);
+    if (fstat(file.Get(), &status) != 0) {
+        Fail(in_fileName, std::strerror(errno));
+    }
+    // A request does not wait for whoever is to write into a pipe or to type in a terminal.
+    const bool isNullDevice = S_ISCHR(status.st_mode) && status.st_rdev == makedev(1, 3);
+    if (!S_ISREG(status.st_mode) && !isNullDevice) {
+        Fail(in_fileName, "not a regular file");
+    }
+    // Room for all at once: a buffer that grows leaves what it held behind.
     const auto bytes = static_cast<std::size_t>(status.st_size);
     out_contents.reserve(std::min(bytes, MAX_FILE_SIZE) + BLOCK_SIZE);
     std::string block(BLOCK_SIZE, '\0');

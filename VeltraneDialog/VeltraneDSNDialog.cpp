@@ -1,87 +1,90 @@
 #include "VeltraneDialog/VeltraneDSNDialog.h"
 
-#include <stdexcept>
 #include <utility>
 
-#include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::ODBC {
 
-VeltraneDSNDialog::VeltraneDSNDialog() {
-    try {
-        m_values = LoadInitialValues();
-    } catch (const std::runtime_error&) {
-        m_failure = std::current_exception();
-        for (const DialogField& field : DIALOG_FIELDS) (m_values.*field.m_value).reset();
+VeltraneDSNDialog::VeltraneDSNDialog() = default;
+
+void VeltraneDSNDialog::Give(DialogString DialogValues::*in_value, DialogString in_text) {
+    DialogString& value = m_values.*in_value;
+    if (value) {
+        Wipe(*value);  // a password: a shorter one would leave the rest of it in its memory
     }
-}
-
-void VeltraneDSNDialog::SetText(DialogString DialogValues::*in_field, DialogString in_text) {
-    m_values.*in_field = std::move(in_text);
-    if (m_failure && !(m_values.*in_field)) (m_values.*in_field).emplace();
-}
-
-const DialogString& VeltraneDSNDialog::GetText(DialogString DialogValues::*in_field) const {
-    const DialogString& text = m_values.*in_field;
-    if (m_failure && !text) std::rethrow_exception(m_failure);
-    return text;
-}
-
-void VeltraneDSNDialog::CheckAllValues() const {
-    for (const DialogField& field : DIALOG_FIELDS) GetText(field.m_value);
-}
-
-void VeltraneDSNDialog::SetDSN(DialogString in_text) {
-    SetText(&DialogValues::m_dsn, std::move(in_text));
-}
-
-void VeltraneDSNDialog::SetServer(DialogString in_text) {
-    SetText(&DialogValues::m_server, std::move(in_text));
-}
-
-void VeltraneDSNDialog::SetCognosNamespace(DialogString in_text) {
-    SetText(&DialogValues::m_cognosNamespace, std::move(in_text));
-}
-
-void VeltraneDSNDialog::SetMicroStrategyLoginMode(DialogString in_text) {
-    SetText(&DialogValues::m_microStrategyLoginMode, std::move(in_text));
-}
-
-void VeltraneDSNDialog::SetUid(DialogString in_text) {
-    SetText(&DialogValues::m_uid, std::move(in_text));
-}
-
-void VeltraneDSNDialog::SetPwd(DialogString in_text) {
-    if (m_values.m_pwd) {
-        Wipe(*m_values.m_pwd);
-    }
-    SetText(&DialogValues::m_pwd, in_text);
+    value = in_text;
     if (in_text) {
         Wipe(*in_text);
     }
+    for (std::size_t i = 0; i < DIALOG_FIELDS.size(); ++i) {
+        if (DIALOG_FIELDS[i].m_value == in_value) {
+            m_isGiven.set(i);
+        }
+    }
+}
+
+void VeltraneDSNDialog::Accept(DialogValues in_values) {
+    for (const DialogField& field : DIALOG_FIELDS) {
+        Give(field.m_value, std::move(in_values.*field.m_value));
+    }
+}
+
+const DialogValues& VeltraneDSNDialog::Values() const {
+    if (!m_isGiven.all()) {
+        DialogValues initial = LoadInitialValues();
+        for (std::size_t i = 0; i < DIALOG_FIELDS.size(); ++i) {
+            if (!m_isGiven[i]) {
+                m_values.*DIALOG_FIELDS[i].m_value = initial.*DIALOG_FIELDS[i].m_value;
+            }
+        }
+        m_isGiven.set();
+    }
+    return m_values;
+}
+
+void VeltraneDSNDialog::SetDSN(DialogString in_text) {
+    Give(&DialogValues::m_dsn, std::move(in_text));
+}
+
+void VeltraneDSNDialog::SetServer(DialogString in_text) {
+    Give(&DialogValues::m_server, std::move(in_text));
+}
+
+void VeltraneDSNDialog::SetCognosNamespace(DialogString in_text) {
+    Give(&DialogValues::m_cognosNamespace, std::move(in_text));
+}
+
+void VeltraneDSNDialog::SetMicroStrategyLoginMode(DialogString in_text) {
+    Give(&DialogValues::m_microStrategyLoginMode, std::move(in_text));
+}
+
+void VeltraneDSNDialog::SetUid(DialogString in_text) {
+    Give(&DialogValues::m_uid, std::move(in_text));
+}
+
+void VeltraneDSNDialog::SetPwd(DialogString in_text) {
+    Give(&DialogValues::m_pwd, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetDatabase(DialogString in_text) {
-    SetText(&DialogValues::m_database, std::move(in_text));
+    Give(&DialogValues::m_database, std::move(in_text));
 }
 
-DialogString VeltraneDSNDialog::GetDSN() const { return GetText(&DialogValues::m_dsn); }
+DialogString VeltraneDSNDialog::GetDSN() const { return Values().m_dsn; }
 
-DialogString VeltraneDSNDialog::GetServer() const { return GetText(&DialogValues::m_server); }
+DialogString VeltraneDSNDialog::GetServer() const { return Values().m_server; }
 
-DialogString VeltraneDSNDialog::GetCognosNamespace() const {
-    return GetText(&DialogValues::m_cognosNamespace);
-}
+DialogString VeltraneDSNDialog::GetCognosNamespace() const { return Values().m_cognosNamespace; }
 
 DialogString VeltraneDSNDialog::GetMicroStrategyLoginMode() const {
-    return GetText(&DialogValues::m_microStrategyLoginMode);
+    return Values().m_microStrategyLoginMode;
 }
 
-DialogString VeltraneDSNDialog::GetUid() const { return GetText(&DialogValues::m_uid); }
+DialogString VeltraneDSNDialog::GetUid() const { return Values().m_uid; }
 
-DialogString VeltraneDSNDialog::GetPwd() const { return GetText(&DialogValues::m_pwd); }
+DialogString VeltraneDSNDialog::GetPwd() const { return Values().m_pwd; }
 
-DialogString VeltraneDSNDialog::GetDatabase() const { return GetText(&DialogValues::m_database); }
+DialogString VeltraneDSNDialog::GetDatabase() const { return Values().m_database; }
 
 }  // namespace Veltrane::ODBC

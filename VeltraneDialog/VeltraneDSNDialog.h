@@ -3,9 +3,9 @@
 #ifndef VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 #define VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 
-#include <exception>
+#include <bitset>
 
-#include "VeltraneDialog/InitialValues.h"
+#include "VeltraneDialog/DialogFields.h"
 
 namespace Veltrane::ODBC {
 
@@ -15,9 +15,9 @@ public:
     static constexpr int RESULT_OK = 1;
     static constexpr int RESULT_CANCEL = 2;
 
-    /// An editor with its initial values (see LoadInitialValues); nothing is shown. A file of
-    /// initial values that cannot be used stops whoever asks for one of them: ShowDialog and the
-    /// getters then throw std::runtime_error until the texts in question have been set.
+    /// An editor with its initial values (see LoadInitialValues); nothing is shown. The file is
+    /// read when the first of its values is needed, so a broken one stops no request that sets them
+    /// all.
     VeltraneDSNDialog();
 
     void SetDSN(DialogString in_text);
@@ -30,9 +30,10 @@ public:
 
     /// Shows the editor modally, without an owner window.
     /// @return RESULT_OK or another value; the texts change only with RESULT_OK
-    /// @throws std::runtime_error when no editor can be shown
+    /// @throws std::runtime_error when no editor can be shown, or as the getters
     int ShowDialog();
 
+    /// @throws std::runtime_error when the file of initial values is needed and cannot be used
     DialogString GetDSN() const;
     DialogString GetServer() const;
     DialogString GetCognosNamespace() const;
@@ -42,14 +43,14 @@ public:
     DialogString GetDatabase() const;
 
 private:
-    void SetText(DialogString DialogValues::*in_field, DialogString in_text);
-    const DialogString& GetText(DialogString DialogValues::*in_field) const;
-    /// @throws std::runtime_error when an initial value is missing
-    void CheckAllValues() const;
+    void Give(DialogString DialogValues::*in_value, DialogString in_text);
+    void Accept(DialogValues in_values);
+    /// All texts, with the initial ones for those that nobody has set.
+    const DialogValues& Values() const;
 
-    DialogValues m_values;
-    /// Why there are no initial values. Texts that have not been set are null then.
-    std::exception_ptr m_failure;
+    mutable DialogValues m_values;
+    /// In the order of `DIALOG_FIELDS`.
+    mutable std::bitset<DIALOG_FIELDS.size()> m_isGiven;
 };
 
 }  // namespace Veltrane::ODBC

@@ -1,14 +1,50 @@
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
+#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/EditorChoice.h"
 #include "VeltraneDialog/EditorProcess.h"
-#include "VeltraneDialog/TerminalState.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
+
+/// The settings of the controlling terminal, to give them back when an editor that was killed left
+/// them changed.
+class TerminalState {
+public:
+    /// Notes the settings; without a terminal there are none.
+    TerminalState()
+        : m_terminal(Orska::Support::AboveStandardStreams(
+              open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC))) {
+        if (m_terminal.IsOpen() && tcgetattr(m_terminal.Get(), &m_settings) != 0) {
+            m_terminal.Close();
+        }
+    }
+
+    /// Sets them again and clears the screen, if they have changed.
+    void Restore() const {
+        termios now{};
+        if (!m_terminal.IsOpen() || tcgetattr(m_terminal.Get(), &now) != 0 ||
+            now.c_lflag == m_settings.c_lflag) {
+            return;
+        }
+        tcsetattr(m_terminal.Get(), TCSANOW, &m_settings);
+        // Plain colours, a visible cursor, keys as usual, an empty screen.
+        constexpr std::string_view RESET("\x1b[0m\x1b[?25h\x1b[?1l\x1b>\x1b[H\x1b[2J");
+        [[maybe_unused]] const ssize_t count = write(m_terminal.Get(), RESET.data(), RESET.size());
+    }
+
+private:
+    Orska::Support::FileDescriptor m_terminal;
+    termios m_settings{};
+};
 
 EditorMessage RunEditorInItsTerminal(const std::string& in_program, const DialogValues& in_values) {
     const TerminalState terminal;
@@ -23,13 +59,12 @@ EditorMessage RunEditorInItsTerminal(const std::string& in_program, const Dialog
 }  // namespace
 
 int VeltraneDSNDialog::ShowDialog() {
-    CheckAllValues();
+    const DialogValues& values = Values();
     EditorChoice choice = ChooseEditor(LookAroundForEditors());
     for (const std::string& program : choice.m_programs) {
-        EditorMessage answer = RunEditorInItsTerminal(program, m_values);
+        EditorMessage answer = RunEditorInItsTerminal(program, values);
         if (answer.m_kind == EditorMessageKind::OK) {
-            SetPwd({});  // a shorter one would leave the rest of it in its memory
-            m_values = std::move(answer.m_values);
+            Accept(std::move(answer.m_values));
             return RESULT_OK;
         }
         if (answer.m_kind == EditorMessageKind::CANCEL) {

@@ -88,15 +88,13 @@ DialogRequest MakeRequest(const DialogValues& in_values, Answer& out_answer) {
 }  // namespace
 
 int VeltraneDSNDialog::ShowDialog() {
-    CheckAllValues();
     Answer answer;
-    const DialogRequest request = MakeRequest(m_values, answer);
+    const DialogRequest request = MakeRequest(Values(), answer);
     const int result = FindShowDialog()(&request);
     if (!answer.m_isWhole) throw std::bad_alloc();
     switch (result) {
         case DIALOG_ACCEPTED:
-            SetPwd({});  // a shorter one would leave the rest of it in its memory
-            m_values = std::move(answer.m_values);
+            Accept(std::move(answer.m_values));
             return RESULT_OK;
         case DIALOG_CANCELLED:
             return RESULT_CANCEL;

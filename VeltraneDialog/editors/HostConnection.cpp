@@ -17,7 +17,7 @@ namespace {
 
 HostConnection::HostConnection()
     : m_socket(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
-    const FileDescriptor empty(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const Orska::Support::FileDescriptor empty(open("/dev/null", O_RDONLY | O_CLOEXEC));
     if (m_socket.Get() < 0 || dup2(empty.Get(), STDIN_FILENO) < 0) {
         throw std::system_error(errno, std::generic_category(), "Taking the socket");
     }

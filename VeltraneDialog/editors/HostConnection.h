@@ -2,8 +2,8 @@
 #ifndef VELTRANEDIALOG_EDITORS_HOSTCONNECTION_H
 #define VELTRANEDIALOG_EDITORS_HOSTCONNECTION_H
 
+#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/EditorProtocol.h"
-#include "VeltraneDialog/FileDescriptor.h"
 
 namespace Veltrane::ODBC {
 
@@ -26,7 +26,7 @@ public:
 private:
     void ReceiveAll(std::span<char> out_bytes);
 
-    FileDescriptor m_socket;
+    Orska::Support::FileDescriptor m_socket;
 };
 
 }  // namespace Veltrane::ODBC

@@ -7,8 +7,8 @@
 #include <array>
 #include <string>
 
+#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/DialogFields.h"
-#include "VeltraneDialog/FileDescriptor.h"
 
 namespace Veltrane::ODBC {
 
@@ -68,7 +68,7 @@ private:
     newtComponent m_ok = nullptr;
     newtComponent m_cancel = nullptr;
     /// Readable when something happened that `Follow` has to see.
-    FileDescriptor m_wake;
+    Orska::Support::FileDescriptor m_wake;
 };
 
 }  // namespace Veltrane::ODBC

@@ -17,7 +17,7 @@ namespace {
 
 /// The form writes to standard output and reads from standard input, wherever the host's went.
 void TakeTerminal() {
-    const FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC));
+    const Orska::Support::FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC));
     if (terminal.Get() < 0) {
         throw EditorUnavailable(std::string("The terminal cannot be used: ") +
                                 std::strerror(errno));

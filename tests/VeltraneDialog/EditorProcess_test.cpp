@@ -128,12 +128,14 @@ TEST(EditorProcess, WorksInAHostWithClosedStandardDescriptors) {
     }
     const EditorMessage answer = Ask("ok");
     const std::string error = ErrorOf("garbage");
+    const std::string low = Ask("low descriptors of host").m_reason;
     for (int descriptor = 0; descriptor < 3; ++descriptor) {
         EXPECT_EQ(fcntl(descriptor, F_GETFD), -1) << "left open: " << descriptor;
         dup2(saved[descriptor], descriptor);
     }
     EXPECT_EQ(answer.m_values.m_server, u"bi-changed");
     EXPECT_THAT(error, HasSubstr("no message"));
+    EXPECT_EQ(low, "") << "taken by the bridge: the host's own output would go there";
 }
 
 TEST(EditorProcess, WorksInAHostThatIgnoresTheEndOfChildren) {

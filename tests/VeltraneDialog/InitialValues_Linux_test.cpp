@@ -7,7 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "VeltraneDialog/InitialValues.h"
+#include "VeltraneDialog/VeltraneDSNDialog.h"
 
 namespace Veltrane::ODBC {
 namespace {
@@ -48,19 +48,34 @@ TEST_F(InitialValuesFileTest, AMissingNamedFileIsAnError) {
     EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": No such file or directory.");
 }
 
-TEST_F(InitialValuesFileTest, ADirectoryIsAnError) {
-    ASSERT_EQ(mkdir(m_file.c_str(), 0700), 0);
-    EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": Is a directory.");
-}
-
-TEST_F(InitialValuesFileTest, AnEndlessFileIsRefused) {
-    setenv("VELTRANE_DSN_INITIAL_VALUES", "/dev/zero", 1);
-    EXPECT_EQ(LoadError(), "Initial values of a DSN: /dev/zero: larger than 1 MiB.");
-}
-
-TEST_F(InitialValuesFileTest, APipeWithoutWriterIsEmptyAndDoesNotHang) {
-    ASSERT_EQ(mkfifo(m_file.c_str(), 0600), 0);
+TEST_F(InitialValuesFileTest, WhatIsNoFileIsRefusedAtOnce) {
+    const std::pair<const char*, int (*)(const char*)> cases[] = {
+        {"folder", [](const char* in_path) { return mkdir(in_path, 0700); }},
+        {"pipe that nobody writes to", [](const char* in_path) { return mkfifo(in_path, 0600); }},
+        {"device", [](const char* in_path) { return symlink("/dev/zero", in_path); }},
+    };
+    for (const auto& [point, make] : cases) {
+        SCOPED_TRACE(point);
+        ASSERT_EQ(make(m_file.c_str()), 0);
+        EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": not a regular file.");
+        remove(m_file.c_str());
+    }
+    setenv("VELTRANE_DSN_INITIAL_VALUES", "/dev/null", 1);
     EXPECT_EQ(LoadInitialValues().m_dsn, u"");
+}
+
+TEST_F(InitialValuesFileTest, ALargeFileIsRefused) {
+    std::ofstream(m_file) << std::string((1 << 20) + 1, '#');
+    EXPECT_EQ(LoadError(), "Initial values of a DSN: " + m_file + ": larger than 1 MiB.");
+}
+
+TEST_F(InitialValuesFileTest, WhatNobodySetComesFromTheFile) {
+    std::ofstream(m_file) << "[DSN]\nServer=s\nUID=u\n";
+    VeltraneDSNDialog dialog;
+    dialog.SetServer(u"");
+    EXPECT_EQ(dialog.GetServer(), u"");
+    EXPECT_EQ(dialog.GetUid(), u"u");
+    EXPECT_EQ(dialog.GetPwd(), u"");
 }
 
 TEST_F(InitialValuesFileTest, WithoutAnyFileAllValuesAreEmptyNotNull) {

@@ -73,16 +73,22 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
     }
 }
 
-TEST(InitialValues, AnUnusableFileStopsOnlyWhoAsksForItsValues) {
+TEST(InitialValues, AnUnusableFileStopsOnlyWhoNeedsItsValues) {
     Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", "no-such-file.ini");
     VeltraneDSNDialog editor;
     EXPECT_THROW(editor.ShowDialog(), std::runtime_error);
-    editor.SetServer(u"s");
-    editor.SetUid({});
-    EXPECT_EQ(editor.GetServer(), u"s");
-    EXPECT_EQ(editor.GetUid(), u"");
-    EXPECT_THROW(editor.GetPwd(), std::runtime_error);
+    editor.SetDSN(u"a");
+    editor.SetServer(u"b");
+    editor.SetCognosNamespace(std::nullopt);
+    editor.SetMicroStrategyLoginMode(u"");
+    editor.SetUid(u"c");
+    editor.SetPwd(u"d");
+    EXPECT_THROW(editor.GetDatabase(), std::runtime_error);
     EXPECT_THROW(editor.ShowDialog(), std::runtime_error);
+    editor.SetDatabase(u"e");
+    EXPECT_EQ(editor.GetDSN(), u"a");
+    EXPECT_EQ(editor.GetCognosNamespace(), std::nullopt);
+    EXPECT_EQ(editor.GetDatabase(), u"e");
 }
 
 }  // namespace

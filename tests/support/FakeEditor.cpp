@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -65,6 +66,17 @@ std::string Surroundings(HostConnection& io_host) {
     return report;
 }
 
+/// Which of the numbers 0 to 2 are taken in its host, a process of the same user.
+std::string LowDescriptorsOfHost() {
+    std::string report;
+    for (const char* const number : {"0", "1", "2"}) {
+        const std::string path = "/proc/" + std::to_string(getppid()) + "/fd/" + number;
+        struct stat status {};
+        if (lstat(path.c_str(), &status) == 0) report += number;
+    }
+    return report;
+}
+
 /// Ends, but leaves the socket to a child that lives on for a while.
 void LeaveSocketToChild() {
     if (fork() == 0) {
@@ -94,6 +106,8 @@ int main() {
         Answer(host, EditorMessageKind::UNAVAILABLE, "no form today");
     } else if (mode == "surroundings") {
         Answer(host, EditorMessageKind::UNAVAILABLE, Surroundings(host));
+    } else if (mode == "low descriptors of host") {
+        Answer(host, EditorMessageKind::UNAVAILABLE, LowDescriptorsOfHost());
     } else if (mode == "show back") {
         Answer(host, EditorMessageKind::SHOW, "");
     } else if (mode == "byte by byte") {
