@@ -109,40 +109,30 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
     if (bytes >= 0) {
         out_truncated = false;
     } else {
-        bytes = Encode(text, buffer, room, out_truncated);
+        EncodedText encoded;
+        if (!EncodeDirectly(text, buffer, room, m_encoding, encoded)) {
+            encoded = EncodeWithConverter(text, buffer, room);
+        }
+        bytes = encoded.m_bytes;
+        out_truncated = encoded.m_isTruncated;
     }
     WriteNul(buffer + bytes, m_codeUnitWidth);
     return CountUnits(bytes, width);
-}
-
-// Encodes without a NUL; only what the direct way leaves over needs the converter and its lock.
-std::int64_t ODBCStringConverter::Encode(std::u16string_view in_text, char* out_buffer,
-                                         std::int64_t in_capacity, bool& out_truncated) {
-    const EncodedText direct = EncodeDirectly(in_text, out_buffer, in_capacity, m_encoding);
-    out_truncated = direct.m_isTruncated;
-    if (direct.IsFinished(in_text)) {
-        return direct.m_bytes;
-    }
-    return direct.m_bytes + EncodeWithConverter(in_text.substr(direct.m_units),
-                                                out_buffer + direct.m_bytes,
-                                                in_capacity - direct.m_bytes, out_truncated);
 }
 
 // Where the text does not fit, code points are taken off its end until the rest does, together with
 // the way back to the initial state, instead of going on unit by unit from where ICU stopped: the
 // table's most bytes of a code point count no shift sequences, so the last whole code point could
 // not be told from there.
-std::int64_t ODBCStringConverter::EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
-                                                      std::int64_t in_capacity,
-                                                      bool& out_truncated) {
+EncodedText ODBCStringConverter::EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
+                                                     std::int64_t in_capacity) {
     const std::lock_guard<std::mutex> lock(m_lock);
     int attempts = 0;
     UErrorCode status = U_ZERO_ERROR;
     const EncodedText encoded =
         EncodeThroughIcu(*m_converter, in_text, out_buffer, in_capacity, attempts, status);
     if (U_SUCCESS(status)) {
-        out_truncated = encoded.m_isTruncated;
-        return encoded.m_bytes;
+        return encoded;
     }
     // The first conversion after the one of the whole text has a key of its own.
     if (attempts == 2) {
@@ -177,7 +167,7 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLCHARString(const orska_wstr
 std::int64_t ODBCStringConverter::GetLengthAsSQLWCHARString(const orska_wstring& in_string,
                                                             bool in_inBytes) {
     const std::u16string_view text = in_string.GetView();
-    std::int64_t bytes = CountEncodedBytes(text, m_encoding);
+    std::int64_t bytes = MeasureDirectly(text, m_encoding);
     if (bytes < 0) {
         const std::lock_guard<std::mutex> lock(m_lock);
         UErrorCode status = U_ZERO_ERROR;

@@ -26,6 +26,7 @@
 namespace Orska::Support {
 
 class WideStringConverter;
+struct EncodedText;
 
 class ODBCStringConverter {
 public:
@@ -97,10 +98,8 @@ public:
     EncodingType GetDriverManagerEncoding() const noexcept { return m_encoding; }
 
 private:
-    std::int64_t Encode(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
-                        bool& out_truncated);
-    std::int64_t EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
-                                     std::int64_t in_capacity, bool& out_truncated);
+    EncodedText EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
+                                    std::int64_t in_capacity);
 
     WideStringConverter& m_stringConverter;
     const EncodingType m_encoding;

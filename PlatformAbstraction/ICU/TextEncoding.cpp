@@ -7,33 +7,44 @@
 #include <new>
 
 #include "PlatformAbstraction/ICU/IcuConverters.h"
+#include "PlatformAbstraction/ICU/Siconv/scalar/Readers.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 
 namespace {
 
 constexpr std::uint64_t UNIT = sizeof(char16_t);
+constexpr char16_t REPLACEMENT = 0xFFFD;
 
 // The last units of a text that are encoded apart; their output is longer than the scratch that a
 // transcoder may leave behind its position.
 constexpr std::size_t TAIL_UNITS = 64;
 constexpr std::size_t MOST_BYTES_PER_UNIT = 4;
 
-// Encodes a part that begins at io_done.m_units; true when all of it has been encoded.
+// Encodes a part behind what is done; true when all of it fits. A surrogate without its partner
+// becomes what the encoding has for U+FFFD.
 bool EncodePart(TranscoderFunction in_encoder, std::u16string_view in_part, char* out_buffer,
                 std::int64_t in_capacity, EncodedText& io_done) noexcept {
     TranscoderSource source{reinterpret_cast<const char*>(in_part.data()), in_part.size() * UNIT,
                             0};
     TranscoderTarget target{out_buffer, static_cast<std::uint64_t>(in_capacity), 0};
-    const std::int32_t result = in_encoder(source, target);
-    io_done.m_units += source.m_position / UNIT;
+    std::int32_t result = in_encoder(source, target);
+    while (result == TRANSCODER_INVALID || result == TRANSCODER_INCOMPLETE) {
+        TranscoderSource replacement{reinterpret_cast<const char*>(&REPLACEMENT), UNIT, 0};
+        result = in_encoder(replacement, target);
+        if (result == TRANSCODER_DONE) {
+            source.m_position += UNIT;
+            result = in_encoder(source, target);
+        }
+    }
     io_done.m_bytes += static_cast<std::int64_t>(target.m_position);
     io_done.m_isTruncated = result == TRANSCODER_FULL;
-    if (io_done.m_isTruncated) {
+    if (io_done.m_isTruncated && target.m_position < target.m_length) {
         std::memset(out_buffer + target.m_position, 0, target.m_length - target.m_position);
     }
-    return result == TRANSCODER_DONE;
+    return !io_done.m_isTruncated;
 }
 
 std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
@@ -152,34 +163,91 @@ std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_
     return std::min(in_capacity, MeasureThroughIcu(io_converter, in_text, status));
 }
 
+// How many bytes one U+FFFD stands for at the start of malformed bytes.
+std::size_t CountMalformedBytes(std::string_view in_bytes, EncodingType in_encoding) noexcept {
+    if (in_encoding != EncodingType::ENC_UTF8) {
+        return EncodingInfo::GetCodeUnitWidth(in_encoding);
+    }
+    // The longest piece that could begin a sequence.
+    const auto* const at = reinterpret_cast<const unsigned char*>(in_bytes.data());
+    char32_t codePoint = 0;
+    std::size_t count = 1;
+    while (Siconv::Utf8Reader::Read(at, count, codePoint) == TRANSCODER_INCOMPLETE &&
+           Siconv::Utf8Reader::Read(at, count + 1, codePoint) == TRANSCODER_INCOMPLETE) {
+        ++count;
+    }
+    return count;
+}
+
+// Decodes into room for as many units as the bytes can give; returns how many they do.
+std::int32_t DecodeUnits(TranscoderFunction in_decoder, std::string_view in_bytes,
+                         EncodingType in_encoding, char16_t* out_units, std::int32_t in_room) {
+    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
+    TranscoderTarget target{reinterpret_cast<char*>(out_units),
+                            static_cast<std::uint64_t>(in_room) * UNIT, 0};
+    std::int32_t result = in_decoder(source, target);
+    while (result == TRANSCODER_INVALID || result == TRANSCODER_INCOMPLETE) {
+        std::memcpy(target.m_data + target.m_position, &REPLACEMENT, UNIT);
+        target.m_position += UNIT;
+        // What the end cuts off is one error.
+        source.m_position +=
+            result == TRANSCODER_INCOMPLETE
+                ? source.m_length - source.m_position
+                : CountMalformedBytes(in_bytes.substr(source.m_position), in_encoding);
+        result = in_decoder(source, target);
+    }
+    return static_cast<std::int32_t>(target.m_position / UNIT);
+}
+
 }  // namespace
 
-EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
-                           EncodingType in_encoding) noexcept {
-    EncodedText done;
+bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
+                    EncodingType in_encoding, EncodedText& out_done) noexcept {
+    out_done = {};
     const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
     if (encoder == nullptr) {
-        return done;
+        return false;
     }
     if (in_encoding != EncodingType::ENC_UTF8) {
-        EncodePart(encoder, in_text, out_buffer, in_capacity, done);
-        return done;
+        EncodePart(encoder, in_text, out_buffer, in_capacity, out_done);
+        return true;
     }
     // The transcoder may leave scratch behind its position, up to the end that it is given. The
     // output of the tail covers that of the head; its own stays out of the buffer.
     const std::size_t start = GetStartOfTail(in_text);
     if (start > 0 &&
-        !EncodePart(encoder, in_text.substr(0, start), out_buffer, in_capacity, done)) {
-        return done;
+        !EncodePart(encoder, in_text.substr(0, start), out_buffer, in_capacity, out_done)) {
+        return true;
     }
     char tail[(TAIL_UNITS + 1) * MOST_BYTES_PER_UNIT];
-    const std::int64_t before = done.m_bytes;
+    const std::int64_t before = out_done.m_bytes;
     const std::int64_t room = std::min<std::int64_t>(in_capacity - before, sizeof(tail));
-    EncodePart(encoder, in_text.substr(start), tail, room, done);
+    EncodePart(encoder, in_text.substr(start), tail, room, out_done);
     // A truncated tail fills its room, with zeros at the end.
-    const std::int64_t count = done.m_isTruncated ? room : done.m_bytes - before;
-    std::memcpy(out_buffer + before, tail, static_cast<std::size_t>(count));
-    return done;
+    const std::int64_t count = out_done.m_isTruncated ? room : out_done.m_bytes - before;
+    if (count > 0) {
+        std::memcpy(out_buffer + before, tail, static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+std::int64_t MeasureDirectly(std::u16string_view in_text, EncodingType in_encoding) noexcept {
+    const std::int64_t counted = CountEncodedBytes(in_text, in_encoding);
+    const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
+    if (counted >= 0 || encoder == nullptr) {
+        return counted;
+    }
+    // A single-byte set: no code point gives more bytes than it has units.
+    char scratch[1024];
+    EncodedText done;
+    for (std::size_t start = 0; start < in_text.size();) {
+        const std::size_t end = std::min(in_text.size(), start + sizeof(scratch));
+        const bool isInPair = end < in_text.size() && U16_IS_LEAD(in_text[end - 1]);
+        const std::size_t count = end - start - (isInPair ? 1 : 0);
+        EncodePart(encoder, in_text.substr(start, count), scratch, sizeof(scratch), done);
+        start += count;
+    }
+    return done.m_bytes;
 }
 
 EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_text,
@@ -187,11 +255,11 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
                              UErrorCode& io_status) {
     char* const limit = out_buffer + CountBytesToOffer(io_converter, in_text, in_capacity);
     EncodedText done;
-    done.m_units = in_text.size();
+    std::size_t units = in_text.size();
     out_attempts = 0;
-    while (done.m_units > 0) {
+    while (units > 0) {
         char* target = out_buffer;
-        IcuEncoding encoding(io_converter, in_text.substr(0, done.m_units));
+        IcuEncoding encoding(io_converter, in_text.substr(0, units));
         ++out_attempts;
         const bool isConverted = encoding.Run(target, limit, io_status);
         const std::size_t converted = encoding.GetPosition() - in_text.data();
@@ -205,8 +273,7 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
         }
         // It does not fit. How many bytes lead a stateful encoding back is only known by trying.
         io_status = U_ZERO_ERROR;
-        done.m_units =
-            GetShorterBeginning(io_converter, in_text, converted, done.m_units, io_status);
+        units = GetShorterBeginning(io_converter, in_text, converted, units, io_status);
         done.m_isTruncated = true;
     }
     if (done.m_isTruncated) {
@@ -238,24 +305,26 @@ std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_
     return bytes + (target - scratch);
 }
 
-std::uint64_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
-                             icu::UnicodeString& out_text) {
+bool DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
+                    icu::UnicodeString& out_text) {
     const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
     if (decoder == nullptr) {
-        out_text.remove();
-        return 0;
+        return false;
     }
-    const std::uint64_t mostUnits = GetMostUtf16Units(in_encoding, in_bytes.size());
-    char16_t* const units =
-        mostUnits > INT32_MAX ? nullptr : out_text.getBuffer(static_cast<std::int32_t>(mostUnits));
+    const auto most = static_cast<std::int32_t>(
+        std::min<std::uint64_t>(GetMostUtf16Units(in_encoding, in_bytes.size()), INT32_MAX));
+    // A text that cannot be made longer stays as it was.
+    icu::UnicodeString longer;
+    icu::UnicodeString& text = most <= out_text.getCapacity() ? out_text : longer;
+    char16_t* const units = text.getBuffer(most);
     if (units == nullptr) {
         throw std::bad_alloc();
     }
-    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
-    TranscoderTarget target{reinterpret_cast<char*>(units), mostUnits * UNIT, 0};
-    decoder(source, target);
-    out_text.releaseBuffer(static_cast<std::int32_t>(target.m_position / UNIT));
-    return source.m_position;
+    text.releaseBuffer(DecodeUnits(decoder, in_bytes, in_encoding, units, most));
+    if (&text == &longer) {
+        out_text.swap(longer);
+    }
+    return true;
 }
 
 void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,
@@ -282,21 +351,6 @@ void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,
         io_text.releaseBuffer(static_cast<std::int32_t>(target - units));
     } while (io_status == U_BUFFER_OVERFLOW_ERROR ||
              (io_status == U_ZERO_ERROR && sourceLimit < end));
-}
-
-bool IsWellFormed(std::string_view in_bytes, EncodingType in_encoding) noexcept {
-    const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
-    if (decoder == nullptr) {
-        return false;
-    }
-    char scratch[1024];
-    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
-    std::int32_t result = TRANSCODER_FULL;
-    while (result == TRANSCODER_FULL) {
-        TranscoderTarget target{scratch, sizeof(scratch), 0};
-        result = decoder(source, target);
-    }
-    return result == TRANSCODER_DONE;
 }
 
 }  // namespace Orska::Support

@@ -1,8 +1,8 @@
-/// Whole strings to bytes of an encoding and back: the steps that the string converters share.
+/// Whole strings to bytes of an encoding and back: the steps that the strings and the string
+/// converters share.
 ///
-/// The faster ways of UnicodeForms.h are taken as far as they go, which is to the end for
-/// well-formed text in their encodings; from there on, and for all other encodings, ICU converts,
-/// so that the result is always ICU's. The functions hold no state and take no lock.
+/// UnicodeForms.h converts where it can, and what is malformed is replaced here as ICU replaces it;
+/// ICU converts all other encodings. The functions hold no state and take no lock.
 #ifndef PLATFORMABSTRACTION_ICU_TEXTENCODING_H
 #define PLATFORMABSTRACTION_ICU_TEXTENCODING_H
 
@@ -17,16 +17,10 @@
 
 namespace Orska::Support {
 
-/// What an encoding step has done.
+/// What a conversion to bytes has done.
 struct EncodedText {
-    std::size_t m_units = 0;   ///< of the text, from its start
     std::int64_t m_bytes = 0;  ///< written, whole code points only
     bool m_isTruncated = false;
-
-    /// True when nothing is left to do: all units are done, or no more of them fit.
-    bool IsFinished(std::u16string_view in_text) const noexcept {
-        return m_isTruncated || m_units == in_text.size();
-    }
 };
 
 /// More bytes than a text takes in any encoding. Buffers may be longer than memory is, so where
@@ -35,11 +29,15 @@ constexpr std::int64_t GetMostBytes(std::u16string_view in_text) noexcept {
     return 16 * (static_cast<std::int64_t>(in_text.size()) + 1);
 }
 
-/// Encodes from the start as far as no ICU is needed. Behind the bytes it writes nothing, except
-/// zeros in place of a code point that did not fit.
+/// Encodes without ICU. Behind the bytes it writes nothing, except zeros in place of a code point
+/// that did not fit.
 /// @param in_capacity  bytes
-EncodedText EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
-                           EncodingType in_encoding) noexcept;
+/// @return false, with nothing done, for an encoding that only ICU has
+bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
+                    EncodingType in_encoding, EncodedText& out_done) noexcept;
+
+/// The bytes that EncodeDirectly needs for a whole text, or -1 for an encoding that only ICU has.
+std::int64_t MeasureDirectly(std::u16string_view in_text, EncodingType in_encoding) noexcept;
 
 /// Encodes with ICU: the whole text, ended in the encoding's initial state, or else the most whole
 /// code points that fit together with what ends them. The rest of the buffer is then zeros.
@@ -53,19 +51,16 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
 std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_text,
                                UErrorCode& io_status);
 
-/// Decodes from the start as far as no ICU is needed.
-/// @param out_text  its text is replaced
-/// @return bytes used
-/// @throws std::bad_alloc
-std::uint64_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
-                             icu::UnicodeString& out_text);
+/// Decodes without ICU.
+/// @param out_text  its text is replaced; must not hold the bytes
+/// @return false, with nothing done, for an encoding that only ICU has
+/// @throws std::bad_alloc  the text is then as it was
+bool DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
+                    icu::UnicodeString& out_text);
 
 /// Decodes with ICU and appends.
 void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,
                       icu::UnicodeString& io_text, UErrorCode& io_status);
-
-/// True when the bytes are well-formed text of a direct encoding (see DecodeDirectly).
-bool IsWellFormed(std::string_view in_bytes, EncodingType in_encoding) noexcept;
 
 }  // namespace Orska::Support
 

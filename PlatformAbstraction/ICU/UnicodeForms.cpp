@@ -5,9 +5,15 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <iterator>
 
+#include "PlatformAbstraction/ICU/Siconv/scalar/Convert.h"
+#include "PlatformAbstraction/ICU/Siconv/scalar/Cp1252.h"
+#include "PlatformAbstraction/ICU/Siconv/scalar/Readers.h"
+#include "PlatformAbstraction/ICU/Siconv/scalar/Writers.h"
 #include "PlatformAbstraction/ICU/UnicodeFormsKernels.h"
 #include "PlatformAbstraction/base/CpuLevel.h"
+#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 
@@ -15,139 +21,31 @@ static_assert(std::endian::native == std::endian::little, "UTF-16 in memory is U
 
 namespace {
 
+using namespace Siconv;
+
 constexpr int MEMORY_INDEX = static_cast<int>(EncodingType::ENC_UTF16LE);
 
-template <class Unit, bool IS_BIG>
-Unit Load(const char* in_at) noexcept {
-    Unit unit;
-    std::memcpy(&unit, in_at, sizeof(unit));
-    if constexpr (IS_BIG) {
-        unit = sizeof(Unit) == 2
-                   ? static_cast<Unit>(__builtin_bswap16(static_cast<std::uint16_t>(unit)))
-                   : static_cast<Unit>(__builtin_bswap32(unit));
-    }
-    return unit;
-}
-
-template <class Unit, bool IS_BIG>
-void Store(Unit in_unit, char* out_at) noexcept {
-    char bytes[sizeof(Unit)];
-    std::memcpy(bytes, &in_unit, sizeof(bytes));
-    const Unit ordered = Load<Unit, IS_BIG>(bytes);
-    std::memcpy(out_at, &ordered, sizeof(ordered));
-}
-
-// The forms of UTF-16 and UTF-32: reading and writing one code point, as the scalar transcoder has
-// it. Read gives the bytes used, or TRANSCODER_INVALID or TRANSCODER_INCOMPLETE.
-template <bool IS_BIG>
-struct Utf16 {
-    static constexpr std::uint64_t WIDTH = 2;
-
-    static std::int32_t Read(const char* in_at, std::uint64_t in_available,
-                             char32_t& out_codePoint) noexcept {
-        if (in_available < 2) {
-            return TRANSCODER_INCOMPLETE;
-        }
-        const std::uint16_t lead = Load<std::uint16_t, IS_BIG>(in_at);
-        out_codePoint = lead;
-        if (!U16_IS_SURROGATE(lead)) {
-            return 2;
-        }
-        if (!U16_IS_SURROGATE_LEAD(lead)) {
-            return TRANSCODER_INVALID;
-        }
-        if (in_available < 4) {
-            return TRANSCODER_INCOMPLETE;
-        }
-        const std::uint16_t trail = Load<std::uint16_t, IS_BIG>(in_at + 2);
-        if (!U16_IS_TRAIL(trail)) {
-            return TRANSCODER_INVALID;
-        }
-        out_codePoint = static_cast<char32_t>(U16_GET_SUPPLEMENTARY(lead, trail));
-        return 4;
-    }
-
-    static std::uint64_t GetSize(char32_t in_codePoint) noexcept {
-        return in_codePoint < 0x10000 ? 2 : 4;
-    }
-
-    static void Write(char32_t in_codePoint, char* out_at) noexcept {
-        if (in_codePoint < 0x10000) {
-            Store<std::uint16_t, IS_BIG>(static_cast<std::uint16_t>(in_codePoint), out_at);
-        } else {
-            Store<std::uint16_t, IS_BIG>(U16_LEAD(in_codePoint), out_at);
-            Store<std::uint16_t, IS_BIG>(U16_TRAIL(in_codePoint), out_at + 2);
-        }
-    }
-};
-
-template <bool IS_BIG>
-struct Utf32 {
-    static constexpr std::uint64_t WIDTH = 4;
-
-    static std::int32_t Read(const char* in_at, std::uint64_t in_available,
-                             char32_t& out_codePoint) noexcept {
-        if (in_available < 4) {
-            return TRANSCODER_INCOMPLETE;
-        }
-        out_codePoint = Load<std::uint32_t, IS_BIG>(in_at);
-        return out_codePoint > 0x10FFFF || U_IS_SURROGATE(out_codePoint) ? TRANSCODER_INVALID : 4;
-    }
-
-    static std::uint64_t GetSize(char32_t) noexcept { return 4; }
-
-    static void Write(char32_t in_codePoint, char* out_at) noexcept {
-        Store<std::uint32_t, IS_BIG>(in_codePoint, out_at);
-    }
-};
-
-template <class From, class To>
-std::int32_t ConvertScalar(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
-    std::uint64_t from = io_source.m_position;
-    std::uint64_t to = io_target.m_position;
-    std::int32_t result = TRANSCODER_DONE;
-    while (from < io_source.m_length) {
-        char32_t codePoint = 0;
-        const std::int32_t used =
-            From::Read(io_source.m_data + from, io_source.m_length - from, codePoint);
-        if (used < 0) {
-            result = used;
-            break;
-        }
-        const std::uint64_t size = To::GetSize(codePoint);
-        if (io_target.m_length - to < size) {
-            result = TRANSCODER_FULL;
-            break;
-        }
-        To::Write(codePoint, io_target.m_data + to);
-        from += static_cast<std::uint64_t>(used);
-        to += size;
-    }
-    io_source.m_position = from;
-    io_target.m_position = to;
-    return result;
-}
-
 // Blocks first, then code points. A block step that meets code points it leaves out is tried again
-// behind them.
-template <class From, class To, UnicodeForms::BlockStep BLOCKS>
+// behind them. The widths are those of a code unit, in bytes.
+template <class Reader, std::uint64_t SOURCE_WIDTH, class Writer, std::uint64_t TARGET_WIDTH,
+          UnicodeForms::BlockStep BLOCKS>
 std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
     constexpr std::uint64_t SCALAR_UNITS = 32;
     for (;;) {
         const std::uint64_t count =
-            std::min((io_source.m_length - io_source.m_position) / From::WIDTH,
-                     (io_target.m_length - io_target.m_position) / To::WIDTH);
+            std::min((io_source.m_length - io_source.m_position) / SOURCE_WIDTH,
+                     (io_target.m_length - io_target.m_position) / TARGET_WIDTH);
         const std::uint64_t done = BLOCKS(io_source.m_data + io_source.m_position,
                                           io_target.m_data + io_target.m_position, count);
-        io_source.m_position += done * From::WIDTH;
-        io_target.m_position += done * To::WIDTH;
+        io_source.m_position += done * SOURCE_WIDTH;
+        io_target.m_position += done * TARGET_WIDTH;
         if (count - done <= SCALAR_UNITS) {
-            return ConvertScalar<From, To>(io_source, io_target);
+            return ConvertCodePoints<Reader, Writer>(io_source, io_target);
         }
         TranscoderSource part = {io_source.m_data,
-                                 io_source.m_position + SCALAR_UNITS * From::WIDTH,
+                                 io_source.m_position + SCALAR_UNITS * SOURCE_WIDTH,
                                  io_source.m_position};
-        const std::int32_t result = ConvertScalar<From, To>(part, io_target);
+        const std::int32_t result = ConvertCodePoints<Reader, Writer>(part, io_target);
         const bool isAdvanced = part.m_position > io_source.m_position;
         io_source.m_position = part.m_position;
         // A code point that only the end of the part cut off is met again.
@@ -158,35 +56,104 @@ std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) n
     }
 }
 
-// Latin1 and US-ASCII: up to the first code unit that the set lacks, which ICU must replace.
-template <char16_t LAST>
-std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
-    const std::uint64_t units = (io_source.m_length - io_source.m_position) / 2;
-    const std::uint64_t room = io_target.m_length - io_target.m_position;
-    const std::uint64_t count = std::min(units, room);
-    const char* const source = io_source.m_data + io_source.m_position;
-    char* const target = io_target.m_data + io_target.m_position;
-    std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(source, target, count, LAST);
-    char16_t unit = 0;
-    while (done < count && (unit = Load<std::uint16_t, false>(source + 2 * done)) <= LAST) {
-        target[done++] = static_cast<char>(unit);
-    }
-    io_source.m_position += 2 * done;
-    io_target.m_position += done;
-    if (done == units) {
-        return TRANSCODER_DONE;
-    }
-    // What the set lacks may give no byte at all, so it is reported even when the target is full.
-    return Load<std::uint16_t, false>(source + 2 * done) <= LAST ? TRANSCODER_FULL
-                                                                 : TRANSCODER_INVALID;
-}
-
-template <UnicodeForms::BlockStep BLOCKS>
-constexpr TranscoderFunction COPY = Convert<Utf16<false>, Utf16<false>, BLOCKS>;
+template <UnicodeForms::BlockStep BLOCKS, bool IS_SOURCE_BIG = false, bool IS_TARGET_BIG = false>
+constexpr TranscoderFunction COPY =
+    Convert<Utf16Reader<IS_SOURCE_BIG>, 2, Utf16Writer<IS_TARGET_BIG>, 2, BLOCKS>;
 
 TranscoderFunction GetCopy() noexcept {
     return GetCpuLevel() >= CpuLevel::AVX2 ? COPY<UnicodeForms::CopyUtf16_AVX2>
                                            : COPY<UnicodeForms::CopyUtf16_SSE2>;
+}
+
+// What a single-byte set has for a unit from 80 on, or -1; below, all of them have ASCII.
+
+template <char16_t LAST>
+int FindUpTo(char16_t in_unit) noexcept {
+    return in_unit <= LAST ? in_unit : -1;
+}
+
+int FindInCp1252(char16_t in_unit) noexcept {
+    if (in_unit >= 0xA0 && in_unit <= 0xFF) {
+        return in_unit;
+    }
+    const auto* const found = std::find(std::begin(CP1252_HIGH), std::end(CP1252_HIGH), in_unit);
+    return found == std::end(CP1252_HIGH)
+               ? -1
+               : static_cast<int>(0x80 + (found - std::begin(CP1252_HIGH)));
+}
+
+struct CodePointRange {
+    char32_t m_first;
+    char32_t m_last;
+};
+
+// The default ignorable code points as ICU's substitution callback lists them: where an encoding
+// lacks one of these, ICU writes nothing.
+constexpr CodePointRange IGNORABLE[] = {
+    {0x00AD, 0x00AD},   {0x034F, 0x034F},   {0x061C, 0x061C}, {0x115F, 0x1160}, {0x17B4, 0x17B5},
+    {0x180B, 0x180F},   {0x200B, 0x200F},   {0x202A, 0x202E}, {0x2060, 0x206F}, {0x3164, 0x3164},
+    {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0}, {0xFFF0, 0xFFF8}, {0x1BCA0, 0x1BCA3},
+    {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF},
+};
+
+bool IsIgnorable(char32_t in_codePoint) {
+    return std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE),
+                       [&](const CodePointRange& range) {
+                           return range.m_first <= in_codePoint && in_codePoint <= range.m_last;
+                       });
+}
+
+// To a single-byte set. What it lacks becomes the substitute, or nothing, as ICU has it; a code
+// point that gives no byte goes even into a full target.
+template <int (*FIND)(char16_t), char16_t LAST_OF_BLOCKS>
+std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
+    constexpr std::uint64_t SCALAR_UNITS = 16;
+    constexpr char SUBSTITUTE = 0x1A;
+    while (io_source.m_position < io_source.m_length) {
+        const std::uint64_t count = std::min((io_source.m_length - io_source.m_position) / 2,
+                                             io_target.m_length - io_target.m_position);
+        const std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(
+            io_source.m_data + io_source.m_position, io_target.m_data + io_target.m_position, count,
+            LAST_OF_BLOCKS);
+        io_source.m_position += 2 * done;
+        io_target.m_position += done;
+        for (std::uint64_t i = 0; i < SCALAR_UNITS && io_source.m_position < io_source.m_length;
+             ++i) {
+            char32_t codePoint = 0;
+            const auto* const at = reinterpret_cast<const unsigned char*>(io_source.m_data);
+            const std::int32_t used = Utf16Reader<false>::Read(
+                at + io_source.m_position, io_source.m_length - io_source.m_position, codePoint);
+            if (used < 0) {
+                return used;
+            }
+            const int byte = codePoint < 0x80 ? static_cast<int>(codePoint)
+                             : used == 2      ? FIND(static_cast<char16_t>(codePoint))
+                                              : -1;
+            if (byte >= 0 || !IsIgnorable(codePoint)) {
+                if (io_target.m_position == io_target.m_length) {
+                    return TRANSCODER_FULL;
+                }
+                io_target.m_data[io_target.m_position++] =
+                    byte >= 0 ? static_cast<char>(byte) : SUBSTITUTE;
+            }
+            io_source.m_position += static_cast<std::uint64_t>(used);
+        }
+    }
+    return TRANSCODER_DONE;
+}
+
+// As latin1, but bytes from 80 on are malformed, which each gives U+FFFD.
+std::int32_t ConvertFromAscii(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
+    const std::uint64_t start = io_target.m_position;
+    const std::int32_t result = GetTranscoder(static_cast<int>(EncodingType::ENC_LATIN1),
+                                              MEMORY_INDEX)(io_source, io_target);
+    for (std::uint64_t at = start; at < io_target.m_position; at += sizeof(char16_t)) {
+        char16_t unit = 0;
+        std::memcpy(&unit, io_target.m_data + at, sizeof(unit));
+        unit = unit < 0x80 ? unit : 0xFFFD;
+        std::memcpy(io_target.m_data + at, &unit, sizeof(unit));
+    }
+    return result;
 }
 
 }  // namespace
@@ -198,15 +165,19 @@ TranscoderFunction GetUtf16Encoder(EncodingType in_encoding) noexcept {
         case EncodingType::ENC_UTF16LE:
             return GetCopy();
         case EncodingType::ENC_UTF16BE:
-            return ConvertScalar<Utf16<false>, Utf16<true>>;
+            return COPY<UnicodeForms::Utf16ToBig_SSE2, false, true>;
         case EncodingType::ENC_UTF32LE:
-            return Convert<Utf16<false>, Utf32<false>, UnicodeForms::Utf16ToUtf32_SSE2>;
+            return Convert<Utf16Reader<false>, 2, Utf32Writer<false>, 4,
+                           UnicodeForms::Utf16ToUtf32_SSE2>;
         case EncodingType::ENC_UTF32BE:
-            return ConvertScalar<Utf16<false>, Utf32<true>>;
+            return ConvertCodePoints<Utf16Reader<false>, Utf32Writer<true>>;
         case EncodingType::ENC_LATIN1:
-            return ConvertToBytes<0xFF>;
+            return ConvertToBytes<FindUpTo<0xFF>, 0xFF>;
+        case EncodingType::ENC_CP1252:
+        case EncodingType::ENC_IBM5348:
+            return ConvertToBytes<FindInCp1252, 0x7F>;
         case EncodingType::ENC_US_ASCII:
-            return ConvertToBytes<0x7F>;
+            return ConvertToBytes<FindUpTo<0x7F>, 0x7F>;
         default:
             return nullptr;
     }
@@ -222,54 +193,52 @@ TranscoderFunction GetUtf16Decoder(EncodingType in_encoding) noexcept {
         case EncodingType::ENC_UTF16LE:
             return GetCopy();
         case EncodingType::ENC_UTF16BE:
-            return ConvertScalar<Utf16<true>, Utf16<false>>;
+            return COPY<UnicodeForms::Utf16FromBig_SSE2, true, false>;
         case EncodingType::ENC_UTF32LE:
-            return Convert<Utf32<false>, Utf16<false>, UnicodeForms::Utf32ToUtf16_SSE2>;
+            return Convert<Utf32Reader<false>, 4, Utf16Writer<false>, 2,
+                           UnicodeForms::Utf32ToUtf16_SSE2>;
         case EncodingType::ENC_UTF32BE:
-            return ConvertScalar<Utf32<true>, Utf16<false>>;
+            return ConvertCodePoints<Utf32Reader<true>, Utf16Writer<false>>;
+        case EncodingType::ENC_US_ASCII:
+            return ConvertFromAscii;
         default:
             return nullptr;
     }
 }
 
 std::uint64_t GetMostUtf16Units(EncodingType in_encoding, std::uint64_t in_bytes) noexcept {
-    switch (in_encoding) {
-        case EncodingType::ENC_UTF16LE:
-        case EncodingType::ENC_UTF16BE:
-        case EncodingType::ENC_UTF32LE:
-        case EncodingType::ENC_UTF32BE:
-            return in_bytes / 2;
-        default:
-            return in_bytes;
-    }
+    // One more for what is cut off at the end.
+    return EncodingInfo::GetCodeUnitWidth(in_encoding) == 1 ? in_bytes
+                                                            : in_bytes / 2 + in_bytes % 2;
 }
 
 std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_encoding) noexcept {
-    const auto units = static_cast<std::int64_t>(in_text.size());
-    std::int64_t pairs = 0;
-    std::int64_t more = 0;  // bytes of UTF-8 above one a unit, as if every surrogate were lone
-    switch (in_encoding) {
-        case EncodingType::ENC_UTF16LE:
-        case EncodingType::ENC_UTF16BE:
-            return 2 * units;
-        case EncodingType::ENC_UTF8:
-        case EncodingType::ENC_UTF32LE:
-        case EncodingType::ENC_UTF32BE:
-            break;
-        default:
-            return -1;
+    constexpr std::size_t MOST = 0x4000;  // units whose extra bytes fit into 16 bits
+    const bool isUtf8 = in_encoding == EncodingType::ENC_UTF8;
+    const std::int64_t width = EncodingInfo::GetCodeUnitWidth(in_encoding);
+    if (!isUtf8 && width == 1) {
+        return -1;
     }
-    for (std::size_t i = 1; i < in_text.size(); ++i) {
-        pairs += U16_IS_LEAD(in_text[i - 1]) && U16_IS_TRAIL(in_text[i]);
+    std::int64_t count = static_cast<std::int64_t>(in_text.size());
+    if (width == 2) {
+        return 2 * count;
     }
-    if (in_encoding != EncodingType::ENC_UTF8) {
-        return 4 * (units - pairs);
+    // As wide as the units, which lets the compiler look at eight at once.
+    std::uint16_t found = 0;
+    for (std::size_t start = 0; start < in_text.size(); start += MOST) {
+        std::uint16_t extra = 0;
+        for (const char16_t unit : in_text.substr(start, MOST)) {
+            extra = static_cast<std::uint16_t>(extra + (unit >= 0x80) + (unit >= 0x800));
+            found |= static_cast<std::uint16_t>((unit & 0xF800) == 0xD800);
+        }
+        count += isUtf8 ? extra : 0;
     }
-    for (const char16_t unit : in_text) {
-        more += (unit >= 0x80) + (unit >= 0x800);
+    // A pair is one code point, which takes four bytes and not twice three.
+    const std::int64_t lessForPair = isUtf8 ? 2 : 1;
+    for (std::size_t i = 1; found != 0 && i < in_text.size(); ++i) {
+        count -= U16_IS_LEAD(in_text[i - 1]) && U16_IS_TRAIL(in_text[i]) ? lessForPair : 0;
     }
-    // Two lone surrogates would take 6 bytes, a pair takes 4.
-    return units + more - 2 * pairs;
+    return count * width;
 }
 
 }  // namespace Orska::Support

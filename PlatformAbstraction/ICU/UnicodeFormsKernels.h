@@ -17,6 +17,9 @@ using BlockStep = std::uint64_t (*)(const char* in_source, char* out_target,
 /// Copies UTF-16 while it is well-formed.
 std::uint64_t CopyUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 std::uint64_t CopyUtf16_AVX2(const char* in_source, char* out_target, std::uint64_t in_count);
+/// The same from or to UTF-16BE.
+std::uint64_t Utf16FromBig_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
+std::uint64_t Utf16ToBig_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 /// Both leave out what takes two units of UTF-16.
 std::uint64_t Utf16ToUtf32_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);

@@ -29,38 +29,64 @@ bool HasSurrogate(__m128i in_units) {
            0;
 }
 
+template <bool IS_BIG>
 bool IsUnitOfKind(const char* in_at, unsigned in_kind) {
-    return (static_cast<unsigned char>(in_at[1]) & 0xFCU) == in_kind >> 8;
+    return (static_cast<unsigned char>(in_at[IS_BIG ? 0 : 1]) & 0xFCU) == in_kind >> 8;
 }
 
-}  // namespace
+// Turns the bytes of each unit round, or not.
+template <bool IS_BIG>
+__m128i Order(__m128i in_units) {
+    return IS_BIG ? _mm_or_si128(_mm_slli_epi16(in_units, 8), _mm_srli_epi16(in_units, 8))
+                  : in_units;
+}
 
 // Reads 2 bytes past the block, which the loop's limit allows; writes the block.
-std::uint64_t CopyUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
-    if (in_count == 0 || IsUnitOfKind(in_source, 0xDC00)) {
+template <bool IS_SOURCE_BIG, bool IS_TARGET_BIG>
+std::uint64_t CopyUtf16(const char* in_source, char* out_target, std::uint64_t in_count) {
+    const auto load = [](const char* in_at) { return Order<IS_SOURCE_BIG>(LoadUnits(in_at)); };
+    const auto store = [](char* out_at, __m128i in_units) {
+        StoreUnits(out_at, Order<IS_TARGET_BIG>(in_units));
+    };
+    if (in_count == 0 || IsUnitOfKind<IS_SOURCE_BIG>(in_source, 0xDC00)) {
         return 0;
     }
     std::uint64_t done = 0;
     while (done + BLOCK < in_count) {
         // Every lead has its trail behind it, and every trail its lead before it.
-        const __m128i units = LoadUnits(in_source + 2 * done);
-        const __m128i next = LoadUnits(in_source + 2 * done + 2);
+        const __m128i units = load(in_source + 2 * done);
+        const __m128i next = load(in_source + 2 * done + 2);
         const __m128i differ = _mm_xor_si128(IsKind(units, 0xD800), IsKind(next, 0xDC00));
         if (_mm_movemask_epi8(differ) != 0) {
             break;
         }
-        StoreUnits(out_target + 2 * done, units);
+        store(out_target + 2 * done, units);
         done += BLOCK;
     }
     // The last block may overlap the one before it.
     if (in_count >= BLOCK && done + BLOCK >= in_count) {
-        const __m128i units = LoadUnits(in_source + 2 * (in_count - BLOCK));
+        const __m128i units = load(in_source + 2 * (in_count - BLOCK));
         if (!HasSurrogate(units)) {
-            StoreUnits(out_target + 2 * (in_count - BLOCK), units);
+            store(out_target + 2 * (in_count - BLOCK), units);
             return in_count;
         }
     }
-    return done > 0 && IsUnitOfKind(in_source + 2 * (done - 1), 0xD800) ? done - 1 : done;
+    return done > 0 && IsUnitOfKind<IS_SOURCE_BIG>(in_source + 2 * (done - 1), 0xD800) ? done - 1
+                                                                                       : done;
+}
+
+}  // namespace
+
+std::uint64_t CopyUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
+    return CopyUtf16<false, false>(in_source, out_target, in_count);
+}
+
+std::uint64_t Utf16FromBig_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
+    return CopyUtf16<true, false>(in_source, out_target, in_count);
+}
+
+std::uint64_t Utf16ToBig_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
+    return CopyUtf16<false, true>(in_source, out_target, in_count);
 }
 
 // Reads the block and writes twice its size.

@@ -1,7 +1,5 @@
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
 
-#include <unicode/ustring.h>
-
 #include <algorithm>
 #include <cstring>
 #include <functional>
@@ -14,7 +12,6 @@
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 #include "PlatformAbstraction/ICU/ShortText.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
-#include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/TextPool.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
@@ -131,29 +128,26 @@ void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in
     if (DecodeShortText(bytes, GetShortDecoder(in_encoding), out_result)) {
         return;
     }
-    TextOwner owner;
-    icu::UnicodeString* text = out_result.GetImpl();
-    if (text == nullptr || IsInside(in_bytes, *text)) {
-        owner.reset(AcquireText(0));
-        text = owner.get();
+    icu::UnicodeString* const text = out_result.GetImpl();
+    if (text != nullptr && !IsInside(in_bytes, *text) &&
+        DecodeDirectly(bytes, in_encoding, *text)) {
+        return;
     }
-    const std::uint64_t used = DecodeDirectly(bytes, in_encoding, *text);
-    if (used < bytes.size()) {
+    TextOwner owner(AcquireText(0));
+    if (!DecodeDirectly(bytes, in_encoding, *owner)) {
         AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
         UErrorCode status = U_ZERO_ERROR;
-        DecodeThroughIcu(converter.Get(), bytes.substr(used), *text, status);
+        DecodeThroughIcu(converter.Get(), bytes, *owner, status);
         CheckStatus(status, FUNCTION);
     }
-    if (owner != nullptr) {
-        out_result.SetImpl(owner.release());
-    }
+    out_result.SetImpl(owner.release());
 }
 
 std::int64_t WideStringConverter::GetLengthInBytes(const orska_wstring& in_string,
                                                    EncodingType in_encoding) {
     EncodingInfo::CheckEncodingType(in_encoding);
     const std::u16string_view text = in_string.GetView();
-    const std::int64_t counted = CountEncodedBytes(text, in_encoding);
+    const std::int64_t counted = MeasureDirectly(text, in_encoding);
     if (counted >= 0 || text.empty()) {
         return text.empty() ? 0 : counted;
     }
@@ -188,20 +182,16 @@ std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_str
         out_truncated = false;
         return bytes;
     }
-    const EncodedText direct = EncodeDirectly(text, out_buffer, capacity, in_encoding);
-    out_truncated = direct.m_isTruncated;
-    if (direct.IsFinished(text)) {
-        return direct.m_bytes;
+    EncodedText encoded;
+    if (!EncodeDirectly(text, out_buffer, capacity, in_encoding, encoded)) {
+        AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
+        UErrorCode status = U_ZERO_ERROR;
+        int attempts = 0;
+        encoded = EncodeThroughIcu(converter.Get(), text, out_buffer, capacity, attempts, status);
+        CheckStatus(status, FUNCTION);
     }
-    AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
-    UErrorCode status = U_ZERO_ERROR;
-    int attempts = 0;
-    const EncodedText rest =
-        EncodeThroughIcu(converter.Get(), text.substr(direct.m_units), out_buffer + direct.m_bytes,
-                         capacity - direct.m_bytes, attempts, status);
-    CheckStatus(status, FUNCTION);
-    out_truncated = rest.m_isTruncated;
-    return direct.m_bytes + rest.m_bytes;
+    out_truncated = encoded.m_isTruncated;
+    return encoded.m_bytes;
 }
 
 std::int64_t WideStringConverter::GetNulTerminatedStringLength(const char* in_buffer,
@@ -210,31 +200,16 @@ std::int64_t WideStringConverter::GetNulTerminatedStringLength(const char* in_bu
     if (in_buffer == nullptr) {
         return 0;
     }
-    const std::uint8_t width = EncodingInfo::GetCodeUnitWidth(in_encoding);
-    if (width == 1) {
-        return static_cast<std::int64_t>(std::strlen(in_buffer));
+    // ICU, asked to convert the text to its own encoding, gives the same count: a U+FFFD is as long
+    // as the malformed unit that it replaces.
+    switch (EncodingInfo::GetCodeUnitWidth(in_encoding)) {
+        case 1:
+            return static_cast<std::int64_t>(std::strlen(in_buffer));
+        case 2:
+            return FindNul<2>(in_buffer);
+        default:
+            return FindNul<4>(in_buffer);
     }
-    // ICU itself would stop at the first zero byte, so it is told where the first zero unit is.
-    const std::int64_t length = width == 2 ? FindNul<2>(in_buffer) : FindNul<4>(in_buffer);
-    const std::string_view bytes(in_buffer, static_cast<std::size_t>(length));
-    // Text that is converted to its own encoding keeps its length if it is well-formed.
-    if (in_encoding == EncodingType::ENC_UTF16LE || IsWellFormed(bytes, in_encoding)) {
-        return length;
-    }
-    const char* const name = EncodingInfo::GetName(in_encoding);
-    UErrorCode status = U_ZERO_ERROR;
-    const std::int32_t measured = length > INT32_MAX
-                                      ? -1
-                                      : ucnv_convert(name, name, nullptr, 0, in_buffer,
-                                                     static_cast<std::int32_t>(length), &status);
-    const bool isMeasured = status == U_ZERO_ERROR || status == U_BUFFER_OVERFLOW_ERROR ||
-                            status == U_STRING_NOT_TERMINATED_WARNING;
-    if (!isMeasured || measured < 0) {
-        ORSKA_THROW((TraceSite{"Orska::Support::WideStringConverter::GetNulTerminatedStringLength",
-                               SOURCE, 0}),
-                    ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"EncodingNotRecog"));
-    }
-    return measured;
 }
 
 }  // namespace Orska::Support

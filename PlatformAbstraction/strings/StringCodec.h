@@ -1,8 +1,6 @@
-/// The string type's own conversion between bytes and UTF-16, used where no platform converter is
-/// in force: the text that ICU's converter gives for the same bytes, malformed ones included.
-///
-/// UTF-8, UTF-16, UTF-32, latin1, cp1252 and US-ASCII are converted here; every other encoding goes
-/// to ICU, which opens a converter by name each time. Without state; any thread may call.
+/// The string type's conversion between bytes and UTF-16 where no platform converter is in force:
+/// the same conversions as the platform's, but without its pools. For an encoding that only ICU
+/// has, a converter is opened each time. Without state; any thread may call.
 #ifndef PLATFORMABSTRACTION_STRINGCODEC_H
 #define PLATFORMABSTRACTION_STRINGCODEC_H
 
@@ -14,6 +12,9 @@
 #include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
+
+constexpr EncodingType WIDE_ENCODING =
+    sizeof(wchar_t) == 2 ? EncodingType::ENC_UTF16LE : EncodingType::ENC_UTF32LE;
 
 /// A text object, which the caller owns, with the text of the bytes. Bytes that the encoding
 /// does not allow become U+FFFD.

@@ -26,8 +26,6 @@ namespace Orska::Support {
 namespace {
 
 constexpr char SOURCE[] = "PlatformAbstraction\\orska_wstring";
-constexpr EncodingType WIDE_ENCODING =
-    sizeof(wchar_t) == 2 ? EncodingType::ENC_UTF16LE : EncodingType::ENC_UTF32LE;
 constexpr std::int32_t REGEX_FLAGS = 0x2E;  // case-insensitive, comments, multi-line, dot-all
 
 [[noreturn]] void ThrowTooLong() {

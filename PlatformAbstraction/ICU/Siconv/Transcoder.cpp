@@ -1,5 +1,7 @@
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 
+#include <limits>
+
 #include "PlatformAbstraction/ICU/Siconv/TranscoderTable.h"
 
 namespace Orska::Support {
@@ -63,7 +65,12 @@ std::int64_t GetTranscoderWorstCase(int in_source, int in_target,
     if (!IsIndexPair(in_source, in_target)) {
         return -1;
     }
-    return static_cast<std::int64_t>(RATIO[in_source][in_target] * in_sourceBytes / 4);
+    const std::uint64_t ratio = RATIO[in_source][in_target];
+    const std::uint64_t rest = ratio * (in_sourceBytes % 4) / 4;
+    constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
+    return in_sourceBytes / 4 > (MOST - rest) / ratio
+               ? MOST
+               : static_cast<std::int64_t>(in_sourceBytes / 4 * ratio + rest);
 }
 
 }  // namespace Orska::Support

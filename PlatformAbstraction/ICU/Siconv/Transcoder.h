@@ -80,7 +80,9 @@ TranscoderFunction GetTranscoderAtLevel(int in_source, int in_target, CpuLevel i
 /// The plain function of a pair, which defines what the others do; null when the pair has none.
 TranscoderFunction GetScalarTranscoder(int in_source, int in_target) noexcept;
 
-/// How many bytes a conversion can give at most: ratio * source bytes / 4, rounded down.
+/// How many bytes a conversion gives at most: ratio * source bytes / 4, rounded down, and INT64_MAX
+/// for what is beyond. From latin1 and cp1252 the ratio to UTF-8 is that of ASCII text: a byte from
+/// 80 on takes two bytes there, or three.
 /// @return bytes; -1 when either index is TRANSCODER_NO_INDEX
 std::int64_t GetTranscoderWorstCase(int in_source, int in_target,
                                     std::uint64_t in_sourceBytes) noexcept;

@@ -371,6 +371,11 @@ TEST(TranscoderTest, WorstCase) {
     EXPECT_EQ(GetTranscoderWorstCase(UTF8, UTF16LE, 10), 20);
     EXPECT_EQ(GetTranscoderWorstCase(UTF16LE, UTF8, 10), 15);
     EXPECT_EQ(GetTranscoderWorstCase(UTF16LE, UTF8, 3), 4) << "rounded down";
+    EXPECT_EQ(GetTranscoderWorstCase(UTF8, UTF8, INT64_MAX), INT64_MAX);
+    EXPECT_EQ(GetTranscoderWorstCase(UTF8, UTF32LE, (std::uint64_t{1} << 61) - 1), INT64_MAX - 3);
+    for (const std::uint64_t length : {std::uint64_t{1} << 61, UINT64_MAX}) {
+        EXPECT_EQ(GetTranscoderWorstCase(UTF8, UTF32LE, length), INT64_MAX);
+    }
     EXPECT_EQ(GetTranscoderWorstCase(UTF16BE, UTF32LE, 10), 20);
     EXPECT_EQ(GetTranscoderWorstCase(UTF32LE, LATIN1, 12), 3);
     EXPECT_EQ(GetTranscoderWorstCase(CP1252, UTF8, 7), 7) << "not the three times it may take";
