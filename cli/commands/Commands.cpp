@@ -1,5 +1,7 @@
 #include "cli/commands/Commands.h"
 
+#include "VeltraneDialog/FieldRules.h"
+
 namespace Veltrane::Cli {
 
 ExitCode RunCommand(const CommandLine& in_line) {
@@ -39,7 +41,18 @@ Scope GetScope(const CommandLine& in_line) {
 }
 
 CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn) {
-    return {EXIT_NOT_FOUND, "There is no DSN \"" + in_dsn + "\" in " + in_store.GetPath() + "."};
+    std::string text = "There is no DSN \"" + in_dsn + "\" in " + in_store.GetPath() + ".";
+    const bool isSystem = in_store.GetScope() == Scope::System;
+    const DsnStore other(isSystem ? Scope::User : Scope::System);
+    try {
+        if (other.Load().HasSection(in_dsn) && !ODBC::IsReservedName(in_dsn)) {
+            text += " There is one in " + other.GetPath() + ": try " +
+                    (isSystem ? "without --system." : "--system.");
+        }
+    } catch (const CommandError&) {
+        // The other file has nothing to do with the command.
+    }
+    return {EXIT_NOT_FOUND, text};
 }
 
 }  // namespace Veltrane::Cli

@@ -31,7 +31,7 @@ ExitCode RunDoctor(const CommandLine& in_line);
 
 /// The scope that the options name.
 Scope GetScope(const CommandLine& in_line);
-/// The failure that a DSN is not there.
+/// The failure that a DSN is not there; says so when it is in the other scope.
 CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn);
 
 }  // namespace Veltrane::Cli

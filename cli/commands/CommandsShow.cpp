@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 
 #include "cli/commands/Commands.h"
@@ -25,7 +26,10 @@ std::vector<StoredDsn> Select(const DsnStore& in_store, const CommandLine& in_li
     }
     if (!in_line.m_arguments.empty()) return selected;
     const std::string driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+    const std::string prefix = in_line.Get(OptionId::Prefix);
     for (const std::string& name : GetDsnNames(text)) {
+        // First, because completion asks for few of many.
+        if (!EqualsIgnoringCase(std::string_view(name).substr(0, prefix.size()), prefix)) continue;
         Entries entries(text.GetKeyValues(name));
         const bool isOurs = EqualsIgnoringCase(entries.Get("Driver"), driver);
         if (isOurs || in_line.Has(OptionId::All)) selected.push_back({name, std::move(entries)});
@@ -37,7 +41,8 @@ DescriptionFormat GetExportFormat(const CommandLine& in_line) {
     const std::string name = in_line.Get(OptionId::Format, "json");
     if (name == "json") return DescriptionFormat::JSON;
     if (name == "ini" && !in_line.Has(OptionId::Json)) return DescriptionFormat::INI;
-    throw CommandError(EXIT_USAGE, "--format is json or ini.");
+    throw CommandError(EXIT_USAGE, name == "ini" ? "--json and --format ini exclude each other."
+                                                 : "--format is json or ini.");
 }
 
 DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown, bool& io_isLeftOut) {
@@ -49,11 +54,40 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown, bool& 
         } else if (IsSecretKey(key) && !in_areSecretsShown) {
             // A mask would be taken for the password by whoever applies it.
             io_isLeftOut = true;
-        } else {
+        } else if (!EqualsIgnoringCase(key, "PWD") || !value.empty()) {
             description.m_values.Set(CanonicalKey(key), value);
         }
     }
     return description;
+}
+
+using Rows = std::vector<std::vector<std::string>>;
+
+/// In columns, which are as wide as their longest text has code points.
+void PrintTable(const Rows& in_rows) {
+    const auto width = [](const std::string& in_text) {
+        return static_cast<std::size_t>(std::count_if(
+            in_text.begin(), in_text.end(), [](char in_byte) { return (in_byte & 0xC0) != 0x80; }));
+    };
+    std::vector<std::size_t> widths(in_rows.front().size());
+    for (const auto& row : in_rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width(row[i]));
+    }
+    for (const auto& row : in_rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            line += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
+        }
+        std::cout << line.substr(0, line.find_last_not_of(' ') + 1) << "\n";
+    }
+}
+
+/// The DSNs of the other scope, for which hides which: a user's DSN hides the system's.
+ODBC::OdbcIniText LoadOther(Scope in_scope) {
+    const DsnStore user(Scope::User);
+    const DsnStore system(Scope::System);
+    if (user.GetPath() == system.GetPath()) return {};
+    return (in_scope == Scope::User ? system : user).Load();
 }
 
 }  // namespace
@@ -87,17 +121,39 @@ ExitCode ShowDsn(const CommandLine& in_line) {
 }
 
 ExitCode ListDsns(const CommandLine& in_line) {
-    const DsnStore store(GetScope(in_line));
+    const bool areBoth = in_line.Has(OptionId::Both);
+    if (areBoth && (in_line.Has(OptionId::User) || in_line.Has(OptionId::System))) {
+        throw CommandError(EXIT_USAGE, "--both excludes --user and --system.");
+    }
+    const bool isLong = areBoth || in_line.Has(OptionId::Long);
+    Rows rows{{"NAME", "SCOPE", "SERVER", "DATABASE", ""}};
     Json list = Json::array();
-    for (const StoredDsn& dsn : Select(store, in_line)) {
-        if (in_line.Has(OptionId::Json)) {
-            list.push_back({{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
-        } else {
-            std::cout << dsn.m_name << "\n";
+    for (const Scope scope : {Scope::User, Scope::System}) {
+        if (!areBoth && scope != GetScope(in_line)) continue;
+        const ODBC::OdbcIniText others = areBoth ? LoadOther(scope) : ODBC::OdbcIniText();
+        for (const StoredDsn& dsn : Select(DsnStore(scope), in_line)) {
+            const char* const relation = !others.HasSection(dsn.m_name) ? ""
+                                         : scope == Scope::User         ? "hides"
+                                                                        : "hidden";
+            rows.push_back({dsn.m_name, GetScopeName(scope), dsn.m_entries.Get("Server"),
+                            dsn.m_entries.Get("Database"), relation});
+            Json& entry = list.emplace_back(
+                Json{{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
+            if (!isLong) continue;
+            entry["scope"] = rows.back()[1];
+            entry["server"] = rows.back()[2];
+            entry["database"] = rows.back()[3];
+            if (areBoth) entry["relation"] = relation;
         }
     }
     if (in_line.Has(OptionId::Json)) {
-        PrintJson({{"scope", GetScopeName(store.GetScope())}, {"dsns", std::move(list)}});
+        PrintJson({{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))},
+                   {"dsns", std::move(list)}});
+    } else if (isLong) {
+        PrintTable(rows);
+    } else {
+        rows.erase(rows.begin());
+        for (const auto& row : rows) std::cout << row.front() << "\n";
     }
     return EXIT_DONE;
 }

@@ -1,5 +1,5 @@
+#include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/DescriptionFormats.h"
-#include "cli/dsn/DsnStore.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
@@ -47,7 +47,7 @@ private:
     }
 
     void StartSection(const std::string& in_name) {
-        m_isPassedOver = IsReservedSection(in_name);
+        m_isPassedOver = ODBC::IsReservedName(in_name);
         if (!m_isPassedOver) {
             m_descriptions.emplace_back().m_name = in_name;
         } else {

@@ -5,7 +5,12 @@ namespace Veltrane::Cli {
 
 namespace {
 
-constexpr char LIST_DSNS[] = "veltrane-dsn list --all 2>/dev/null";
+/// The names of the line's scope that begin with what has been typed.
+constexpr char BASH_DSNS[] = "veltrane-dsn list --all $scope --prefix=\"$cur\" 2>/dev/null";
+constexpr char ZSH_DSNS[] = "veltrane-dsn list --all $scope --prefix=\"$PREFIX\" 2>/dev/null";
+constexpr char FISH_DSNS[] =
+    "veltrane-dsn list --all (string match -- --system (commandline -opc)) "
+    "--prefix=(commandline -ct) 2>/dev/null";
 constexpr char LIST_DRIVERS[] = "veltrane-dsn driver list 2>/dev/null | sed 's/  .*//'";
 
 /// In single quotes for a shell.
@@ -62,7 +67,7 @@ std::string BashAction(ValueKind in_kind) {
         case ValueKind::Variable:
             return "COMPREPLY=($(compgen -e -- \"$cur\"))";
         case ValueKind::Dsn:
-            return std::string("_veltrane_dsn_lines \"$(") + LIST_DSNS + ")\"";
+            return std::string("_veltrane_dsn_lines \"$(") + BASH_DSNS + ")\"";
         case ValueKind::Driver:
             return std::string("_veltrane_dsn_lines \"$(") + LIST_DRIVERS + ")\"";
         case ValueKind::Format:
@@ -96,7 +101,7 @@ std::string FishAction(ValueKind in_kind) {
         case ValueKind::Variable:
             return " -xa '(set -nx)'";
         case ValueKind::Dsn:
-            return std::string(" -xa '(") + LIST_DSNS + ")'";
+            return std::string(" -xa '(") + FISH_DSNS + ")'";
         case ValueKind::Driver:
             return " -xa '(veltrane-dsn driver list 2>/dev/null | string replace -r \"  .*\" "
                    "\"\")'";
@@ -149,7 +154,8 @@ std::string MakeBashCompletion() {
         "}\n"
         "_veltrane_dsn() {\n"
         "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
-        "  local command=${COMP_WORDS[1]}\n"
+        "  local command=${COMP_WORDS[1]} scope=\n"
+        "  [[ \" ${COMP_WORDS[*]} \" == *' --system '* ]] && scope=--system\n"
         "  COMPREPLY=()\n"
         "  if ((COMP_CWORD == 1)); then\n"
         "    COMPREPLY=($(compgen -W " +
@@ -175,8 +181,9 @@ std::string MakeZshCompletion() {
     std::string text =
         "#compdef veltrane-dsn\n"
         "_veltrane_dsn_names() {\n"
-        "  local -a names; names=(${(f)\"$(" +
-        std::string(LIST_DSNS) +
+        "  local -a names scope; (( ${words[(I)--system]} )) && scope=(--system)\n"
+        "  names=(${(f)\"$(" +
+        std::string(ZSH_DSNS) +
         ")\"}); compadd -a names\n}\n"
         "_veltrane_dsn_drivers() {\n"
         "  local -a names; names=(${(f)\"$(" +

@@ -54,6 +54,13 @@ constexpr OptionInfo OPTIONS[] = {
      WRITES | Bit(C::Show) | Bit(C::Export)},
     {O::All, "--all", "", K::None, false, false, "The DSNs of all drivers.",
      Bit(C::List) | Bit(C::Export)},
+    {O::Both, "--both", "", K::None, false, false,
+     "The DSNs of this user and those of all users, and which hides which. Implies --long.",
+     Bit(C::List)},
+    {O::Long, "--long", "", K::None, false, false, "Show scope, server and database as well.",
+     Bit(C::List)},
+    {O::Prefix, "--prefix", "TEXT", K::Text, false, false,
+     "Only the DSNs whose names begin with this text.", Bit(C::List)},
     {O::IfMissing, "--if-missing", "", K::None, false, false,
      "Do nothing, successfully, if the DSN exists already.", Bit(C::Add)},
     {O::Replace, "--replace", "", K::None, false, false,
@@ -77,6 +84,8 @@ constexpr OptionInfo OPTIONS[] = {
     {O::Json, "--json", "", K::None, false, false, "Write the result as JSON.", ALL},
     {O::Quiet, "-q,--quiet", "", K::None, false, false, "Write errors only.",
      WRITES | DRIVER | Bit(C::Check)},
+    {O::Verbose, "-v,--verbose", "", K::None, false, false,
+     "Show the notes too when nothing is wrong.", Bit(C::Doctor)},
 };
 
 constexpr CommandInfo COMMANDS[] = {
@@ -106,6 +115,7 @@ constexpr CommandInfo COMMANDS[] = {
     {C::List, "list", "", K::None, "list DSNs",
      "Lists the names of the driver's DSNs in the order of the file.",
      "veltrane-dsn list\n"
+     "veltrane-dsn list --long --both\n"
      "veltrane-dsn list --system --all --json"},
     {C::Apply, "apply", "FILE", K::File, "bring many DSNs to a described state",
      "Reads a description of DSNs from a file, or from standard input if FILE is -, and adds, "

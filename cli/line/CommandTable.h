@@ -27,7 +27,7 @@ enum class CommandId : unsigned {
 };
 
 /// What an argument is, for the shells' completion.
-enum class ValueKind { None, Text, File, Variable, Dsn, Driver, Scope, Format };
+enum class ValueKind { None, Text, File, Variable, Dsn, Driver, Format };
 
 enum class OptionId : unsigned {
     User,
@@ -48,6 +48,9 @@ enum class OptionId : unsigned {
     Pwd,
     ShowSecrets,
     All,
+    Both,
+    Long,
+    Prefix,
     IfMissing,
     IfExists,
     Replace,
@@ -58,6 +61,7 @@ enum class OptionId : unsigned {
     Description,
     Json,
     Quiet,
+    Verbose,
 };
 
 struct OptionInfo {

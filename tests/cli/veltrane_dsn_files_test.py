@@ -157,7 +157,9 @@ class TextsTest(ToolTest):
             self.assertEqual(set(self.complete(*command.split(), "--")) - {""}, set(options), command)
         self.assertIn("doctor", self.complete("do"))
         self.assertEqual(set(self.complete("driver", "")), {"register", "unregister", "list"})
+        self.write({"stock": {"Driver": "Other"}, "archive": {}}, "system")
         self.assertEqual(self.complete("show", "sa"), ["sales"])
+        self.assertEqual(self.complete("show", "--system", "s"), ["stock"])
         self.assertEqual(self.complete("set", "sales", "--driver", "V"), ["Veltrane"])
         self.assertEqual(self.complete("add", "x", "--pwd-env", "ODBCSYS"), ["ODBCSYSINI"])
 

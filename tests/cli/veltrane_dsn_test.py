@@ -30,9 +30,27 @@ class ChangeTest(ToolTest):
         self.assertEqual(self.run_tool("list")[0], "")
         self.assertEqual(self.run_json("list", "--system")["dsns"],
                          [{"name": "sales", "driver": "Veltrane"}])
-        self.run_tool("remove", "sales", code=3)
+        _, errors = self.run_tool("remove", "sales", code=3)
+        self.assertIn(f"There is one in {self.stage.places['system']}: try --system.", errors)
         self.run_tool("remove", "sales", "--system")
         self.assertEqual(self.dsns("system"), {})
+
+    def test_lists_both_scopes_and_which_hides_which(self):
+        self.write({"sales": {**SALES, "Database": "東京"}, "own": SALES})
+        self.write({"Sales": SALES, "theirs": {"Driver": "Other"}}, "system")
+        self.assertEqual(self.run_tool("list", "--both")[0],
+                         "NAME   SCOPE   SERVER  DATABASE\n"
+                         "sales  user    db      東京        hides\n"
+                         "own    user    db      d\n"
+                         "Sales  system  db      d         hidden\n")
+        listed = self.run_json("list", "--both", "--all", "--prefix", "S")
+        self.assertEqual((listed["scope"], listed["dsns"][1]),
+                         ("both", {"name": "Sales", "driver": "Veltrane", "scope": "system",
+                                   "server": "db", "database": "d", "relation": "hidden"}))
+        self.assertEqual(len(listed["dsns"]), 2)
+        self.assertEqual(self.run_tool("list", "--long")[0].splitlines()[1:],
+                         ["sales  user   db      東京", "own    user   db      d"])
+        self.run_tool("list", "--both", "--system", code=2)
 
     def test_takes_a_connection_string(self):
         self.run_tool("add", "sales", "--uid", "bea", "--connection-string",
@@ -178,7 +196,7 @@ class ChangeTest(ToolTest):
         for command in (["set", "no", "--uid", "u"], ["remove", "no"], ["show", "no"],
                         ["export", "no"], ["check", "no"], ["remove", "sales", "no"]):
             _, errors = self.run_tool(*command, code=3)
-            self.assertIn(f'There is no DSN "no" in {self.stage.places["user"]}.', errors)
+            self.assertIn(f'There is no DSN "no" in {self.stage.places["user"]}.\n', errors)
         self.run_tool("remove", "no", "--if-exists")
         self.assertEqual(self.run_tool("list")[0], "sales\n")
 
