@@ -51,8 +51,9 @@ std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
     if (in_text.size() <= TAIL_UNITS) {
         return 0;
     }
-    const std::size_t start = in_text.size() - TAIL_UNITS;
-    return U16_IS_TRAIL(in_text[start]) ? start - 1 : start;
+    std::size_t start = in_text.size() - TAIL_UNITS;
+    U16_SET_CP_START(in_text.data(), std::size_t{0}, start);
+    return start;
 }
 
 // One conversion with ICU. Buffers of any size: ICU itself takes no more than 2 GiB.

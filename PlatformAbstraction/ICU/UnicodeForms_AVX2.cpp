@@ -83,6 +83,10 @@ std::uint64_t CopyUtf16_AVX2(const char* in_source, char* out_target, std::uint6
     }
     std::uint64_t done = CopyBlocksOf<Plain>(in_source, out_target, in_count);
     done += CopyBlocksOf<Pairs>(in_source + 2 * done, out_target + 2 * done, in_count - done);
+    // Neither ends behind a lead, and what follows looks for trails behind its own units only.
+    if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
+        return done;
+    }
     while (done + BLOCKS_AT_ONCE * BLOCK < in_count) {
         const char* const source = in_source + 2 * done;
         char* const target = out_target + 2 * done;
