@@ -6,6 +6,8 @@ setlocal
 set "source=%~dp0"
 set "folder=%~1"
 if "%folder%"=="" set "folder=%ProgramFiles%\Veltrane"
+rem Registered as a whole path, whether given relative or with a backslash at its end.
+for %%f in ("%folder%\.") do set "folder=%%~ff"
 "%source%veltrane-dsn.exe" --version >nul
 if errorlevel 1 goto cannot_run
 if not exist "%folder%\" mkdir "%folder%"

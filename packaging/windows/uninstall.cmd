@@ -7,8 +7,11 @@ set "folder=%~dp0"
 rem 3: there is no such registration.
 if errorlevel 4 goto not_removed
 if not errorlevel 3 if errorlevel 1 goto not_removed
-del "%folder%VeltraneSetup.dll" "%folder%VeltraneDialog.dll" "%folder%veltrane-dsn.exe"
+rem The tool goes last, so that this script can be run again where a library is in use.
+del "%folder%VeltraneSetup.dll" "%folder%VeltraneDialog.dll" >nul 2>&1
 if exist "%folder%VeltraneSetup.dll" goto in_use
+if exist "%folder%VeltraneDialog.dll" goto in_use
+del "%folder%veltrane-dsn.exe"
 rem The line is read as a whole: this script and its folder, if nothing else is in it, end with it.
 cd /d "%SystemRoot%" & del "%~f0" & rmdir "%folder:~0,-1%" 2>nul & exit /b 0
 

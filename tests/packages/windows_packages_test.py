@@ -3,6 +3,7 @@
   windows_packages_test.py BUILD RUN_IN_WINE VERSION TEST_INSTALLER [unittest arguments]
 """
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -14,7 +15,8 @@ import zipfile
 BUILD, RUN_IN_WINE, VERSION, TEST_INSTALLER = sys.argv[1:5]
 DRIVERS = r"HKLM\SOFTWARE\ODBC\ODBCINST.INI"
 SYSTEM_DSNS = r"HKLM\SOFTWARE\ODBC\ODBC.INI"
-UNINSTALL = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\VeltraneODBCSetup"
+UNINSTALL = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall"
+SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 PROGRAMS = {"VeltraneSetup.dll", "VeltraneDialog.dll", "veltrane-dsn.exe"}
 DOCS = {"docs/" + name for name in
         ("LICENSE", "CHANGELOG.md", "dsn-keys.md", "editor.md", "guide.md", "tracing.md",
@@ -109,7 +111,7 @@ class ArchiveTest(InWine):
             archive.extractall(SCRATCH)
 
     def script(self, path, *arguments, code=0):
-        return self.wine("cmd", "/c", path, *arguments, code=code)[1].decode()
+        return self.wine("cmd", "/c", path, *arguments, code=code)[1].decode(errors="replace")
 
     def install(self, *folder, code=0):
         return self.script("Z:" + os.path.join(self.files, "install.cmd").replace("/", "\\"), *folder,
@@ -141,6 +143,29 @@ class ArchiveTest(InWine):
         self.uninstall(second)
         self.check_gone(second)
 
+    def test_takes_any_form_of_a_folder_and_uninstalls_again_after_a_library_was_in_use(self):
+        for given, folder in (("C:\\Vé\\", r"C:\Vé"), ("Relative", None)):
+            with self.subTest(given):
+                self.setUp()
+                work = os.path.join(SCRATCH, "work")
+                os.makedirs(work, exist_ok=True)
+                folder = folder or "Z:" + os.path.join(work, given).replace("/", "\\")
+                here = folder[2:].replace("\\", "/") if folder[0] == "Z" else self.unix_path(folder)
+                before, path = os.getcwd(), "Z:" + os.path.join(self.files, "install.cmd")
+                os.chdir(work)
+                try:
+                    self.script(path.replace("/", "\\"), given)
+                finally:
+                    os.chdir(before)
+                self.check_registered(folder)
+                os.chmod(os.path.join(here, "VeltraneSetup.dll"), 0o444)  # cannot be deleted either
+                self.assertIn("in use", self.script(folder + r"\uninstall.cmd", code=1))
+                os.chmod(os.path.join(here, "VeltraneSetup.dll"), 0o644)
+                self.script(folder + r"\uninstall.cmd")
+                self.assertEqual(os.listdir(here), [])
+                self.assertEqual(self.registry(DRIVERS), self.before)
+                os.rmdir(here)
+
     def test_changes_nothing_where_it_cannot_finish(self):
         self.assertRegex(self.install(r"C:\windows\explorer.exe", code=1), "cannot be (made|copied)")
         os.remove(os.path.join(self.files, "VeltraneDialog.dll"))
@@ -150,28 +175,85 @@ class ArchiveTest(InWine):
 
 
 class InstallerTest(InWine):
+    """The .msi, without a question asked."""
+
     @classmethod
     def setUpClass(cls):
-        if not shutil.which("makensis"):
-            print("no makensis: the installer is not tested")
-            raise unittest.SkipTest("no makensis")
+        missing = [name for name in ("wixl", "msibuild") if not shutil.which(name)]
+        if missing:
+            print("no " + ", ".join(missing) + ": the installer is not tested")
+            raise unittest.SkipTest("no " + missing[0])
         run("cmake", "--build", BUILD, "--target", "installer")
-        cls.program = os.path.join(BUILD, "packages", f"veltrane-odbc-setup-{VERSION}-win64.exe")
+        cls.program = os.path.join(BUILD, "packages", f"veltrane-odbc-setup-{VERSION}-win64.msi")
 
-    def test_installs_works_and_uninstalls(self):
-        for options, folder in (([], r"C:\Program Files\Veltrane"),
-                                (["/D=C:\\Veltrané"], r"C:\Veltrané")):
+    def msi(self, option, path, *properties, code=0):
+        self.wine("msiexec", option, "Z:" + path.replace("/", "\\"), "/qn", *properties, code=code)
+
+    def make_next_version(self, is_refusing=False):
+        """The installer of the next version; one whose tool refuses everything."""
+        files = os.path.join(SCRATCH, "next")
+        shutil.rmtree(files, ignore_errors=True)
+        run("cmake", "--install", BUILD, "--component", "runtime", "--prefix", files)
+        with open(os.path.join(files, "docs", "LICENSE"), "a", encoding="utf-8") as file:
+            file.write("next\n")
+        if is_refusing:
+            shutil.copy(self.unix_path(r"C:\windows\system32\reg.exe"),
+                        os.path.join(files, "veltrane-dsn.exe"))
+        path = os.path.join(SCRATCH, "next.msi")
+        run(os.path.join(SOURCE, "packaging/windows/build-installer"), files, "99.0.0", path)
+        return path
+
+    def programs_list(self):
+        """The versions of ours that are in the list of programs."""
+        text = self.registry(UNINSTALL)
+        entries = [entry for entry in text.split("\n\n") if '"DisplayName"="Veltrane ODBC setup"' in entry]
+        for entry in entries:
+            self.assertIn('"Publisher"="The Veltrane ODBC setup authors"', entry)
+        return [re.search('"DisplayVersion"="(.*)"', entry)[1] for entry in entries]
+
+    def test_installs_works_upgrades_and_removes(self):
+        for properties, folder in (([], r"C:\Program Files\Veltrane"),
+                                   ([r"INSTALLDIR=C:\Veltrané 2"], r"C:\Veltrané 2")):
             with self.subTest(folder):
                 self.setUp()
-                self.wine(self.program, "/S", *options)
+                here = self.unix_path(folder)
+                self.msi("/i", self.program, *properties)
                 self.check_registered(folder)
-                self.assertTrue(PROGRAMS <= set(os.listdir(self.unix_path(folder))))
+                self.assertLessEqual(PROGRAMS | {"docs"}, set(os.listdir(here)))
                 self.check_works(folder)
-                self.assertIn(f'"DisplayVersion"="{VERSION}"', self.registry(UNINSTALL))
-                # It goes on from a copy of itself.
-                self.wine(folder + r"\uninstall.exe", "/S")
+                self.assertEqual(self.programs_list(), [VERSION])
+                foreign = os.path.join(here, "docs", "ours.txt")
+                with open(foreign, "w", encoding="utf-8") as file:
+                    file.write("a file of the administrator's")
+                # An upgrade goes to the same folder and leaves one entry.
+                self.msi("/i", self.make_next_version())
+                self.assertEqual(self.programs_list(), ["99.0.0"])
+                self.check_registered(folder)
+                with open(os.path.join(here, "docs", "LICENSE"), encoding="utf-8") as file:
+                    self.assertTrue(file.read().endswith("next\n"))
+                self.msi("/i", self.program, code=None)
+                self.assertEqual(self.programs_list(), ["99.0.0"], "an older version is refused")
+                self.msi("/x", os.path.join(SCRATCH, "next.msi"))
+                self.assertEqual(self.programs_list(), [])
+                self.assertEqual([os.path.join(path, name) for path, _, names in os.walk(here)
+                                  for name in names], [foreign])
+                shutil.rmtree(here)
                 self.check_gone(folder)
-                self.wine("reg", "query", UNINSTALL, code=1)
+                self.wine("reg", "query", r"HKLM\SOFTWARE\Veltrane", code=1)
+
+    def test_another_folders_registration_stays(self):
+        self.msi("/i", self.program)
+        self.wine(r"C:\Program Files\Veltrane\veltrane-dsn.exe", "driver", "register", "--replace",
+                  "--setup", r"C:\windows\system32\odbccp32.dll", code=None)
+        registered = self.registry(DRIVERS)
+        self.msi("/x", self.program)
+        self.assertEqual(self.registry(DRIVERS), registered)
+
+    def test_a_refused_installation_changes_nothing(self):
+        self.msi("/i", self.make_next_version(is_refusing=True), code=91)  # of 1627
+        self.assertFalse(os.path.exists(self.unix_path(r"C:\Program Files\Veltrane")))
+        self.assertEqual(self.registry(DRIVERS), self.before)
+        self.assertEqual(self.programs_list(), [])
 
 
 if __name__ == "__main__":
