@@ -101,10 +101,15 @@ RecordFile::~RecordFile() {
 
 std::string RecordFile::Read() const {
     std::string bytes;
-    struct stat status {};
-    ODBC::OdbcIniFile file(m_state->m_path);
-    if (!file.Read(bytes, status)) throw CommandError(EXIT_FAILED, file.GetFailure().Describe());
-    return bytes;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t count = SystemCalls::Read(m_state->m_file.Get(), buffer, sizeof buffer,
+                                                static_cast<off_t>(bytes.size()));
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail(m_state->m_path, "cannot read", errno);
+        if (count == 0) return bytes;
+        bytes.append(buffer, static_cast<std::size_t>(count));
+    }
 }
 
 void RecordFile::Clear() {
