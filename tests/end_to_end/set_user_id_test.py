@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""What a set-user-id program that uses the library does for its user, who controls the environment
-and his own folder: nothing that he could not do himself. Needs root; works in a mount namespace of
-its own, with an /etc of its own."""
+"""What a program with more rights than its user, set-user-id or by file capabilities, does for him,
+who controls the environment and his own folder: nothing that he could not do himself. Needs root;
+works in a mount namespace of its own, with an /etc of its own."""
 import ctypes
 import os
 import shutil
@@ -29,11 +29,14 @@ class SetUserIdTest(unittest.TestCase):
         program.mkdir()
         self.library = shutil.copy(os.environ["SETUP_LIBRARY"], program)
         self.client = Path(shutil.copy(os.environ["CLIENT"], program))
-        self.client.chmod(0o4755)
+        self.give_rights()
         self.make_etc()
         self.ini = self.home / ".odbc.ini"
         self.system_ini = Path("/etc/odbc.ini")
         self.system_ini.write_text(OTHERS)
+
+    def give_rights(self):
+        self.client.chmod(0o4755)
 
     def make_folder(self, name):
         folder = self.directory / name
@@ -106,6 +109,15 @@ class SetUserIdTest(unittest.TestCase):
         self.assertTrue(self.system_ini.read_text().startswith(OTHERS))
         self.assertIn(SAVED, self.system_ini.read_text())
         self.assertFalse(self.ini.exists())
+
+
+@unittest.skipIf(shutil.which("setcap") is None, "there is no setcap")
+class FileCapabilitiesTest(SetUserIdTest):
+    """The same for a program that has the rights from its file and not from its owner."""
+
+    def give_rights(self):
+        rights = "cap_chown,cap_dac_override,cap_dac_read_search,cap_fowner,cap_fsetid+ep"
+        subprocess.run(["setcap", rights, self.client], check=True)
 
 
 def enter_namespace():
