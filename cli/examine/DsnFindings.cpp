@@ -6,6 +6,7 @@
 #include "cli/dsn/ChangeRecord.h"
 #include "cli/dsn/Entries.h"
 #include "cli/examine/FileRights.h"
+#include "cli/examine/LeftFiles.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/PlatformWords.h"
 
@@ -126,12 +127,21 @@ Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn)
 Findings ExamineFile(const DsnStore& in_store) {
     Findings findings;
     ODBC::OdbcIniText text;
+    // Reading removes them.
+    const std::vector<std::string> leftFiles = FindLeftFiles(in_store.GetPath());
     try {
         text = in_store.Load();
     } catch (const CommandError& error) {
         return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
                  "Give yourself the right to read it, or move text that stands before the first "
                  "section into one."}};
+    }
+    for (const std::string& path : leftFiles) {
+        findings.push_back(
+            {Severity::Warning, "temporary-file-left",
+             path + " was left by a change that was killed. It holds what " + in_store.GetPath() +
+                 " held, passwords too.",
+             "doctor has removed it if it may. If it is still there: rm " + path + "."});
     }
     const std::string record = FindInterruptedChange(in_store);
     if (!record.empty()) {

@@ -113,6 +113,9 @@ class FileFindingsTest(FileTest):
         self.assertNotIn("password-readable-by-others", self.findings())
         found = self.findings(ODBCINI="/nowhere/odbc.ini")
         self.assertIn("/nowhere/odbc.ini: cannot create", found["file-not-writable"])
+        self.write_file("user.ini.veltrane-0123456789abcdef", "[sales]\nPWD=hunter2\n")
+        self.assertIn("user.ini.veltrane-0123456789abcdef", self.findings()["temporary-file-left"])
+        self.assertNotIn("temporary-file-left", self.findings())
         self.write_file("user.ini", "text\n")
         self.assertIn("before the first section", self.findings()["file-unreadable"])
 

@@ -1,0 +1,7 @@
+#include "cli/examine/LeftFiles.h"
+
+namespace Veltrane::Cli {
+
+std::vector<std::string> FindLeftFiles(const std::string& /*in_path*/) { return {}; }
+
+}  // namespace Veltrane::Cli
