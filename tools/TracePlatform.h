@@ -19,9 +19,12 @@ const char* ReadTraceVariable() noexcept;
 /// @return null when the file cannot be opened
 std::FILE* OpenTraceFile(const char* in_fileName) noexcept;
 
-/// Appends a whole line in one write of the system.
+/// Appends a whole line in one write of the system. A write that fails loses the line and does
+/// nothing else: the signals that Linux sends for it do not reach the host.
 /// @param in_size  bytes
-void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size) noexcept;
+/// @param in_isFlushed  also writes what the stream holds back
+void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size,
+                    bool in_isFlushed) noexcept;
 
 /// The system's ids of the calling thread and of the process.
 std::uint32_t GetTraceThreadId() noexcept;

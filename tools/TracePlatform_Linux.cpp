@@ -1,10 +1,15 @@
 #include "tools/TracePlatform.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <initializer_list>
+
+#include "tools/HighDescriptor.h"
 
 namespace Orska {
 
@@ -28,6 +33,39 @@ constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EDQUOT, 69},          {ESTALE, 70},        {EREMOTE, 71},
 };
 
+/// Holds back what the system sends a thread whose write fails: SIGPIPE where the reader of a pipe
+/// has gone, SIGXFSZ at the limit of a file's size. Both end a process that expects neither.
+class WriteSignals {
+public:
+    WriteSignals() noexcept {
+        sigemptyset(&m_signals);
+        sigaddset(&m_signals, SIGPIPE);
+        sigaddset(&m_signals, SIGXFSZ);
+        pthread_sigmask(SIG_BLOCK, &m_signals, &m_before);
+        // One that the host holds back itself and that waits already is not ours.
+        sigset_t pending;
+        for (const int signal : {SIGPIPE, SIGXFSZ}) {
+            if (sigismember(&m_before, signal) == 1 && sigpending(&pending) == 0 &&
+                sigismember(&pending, signal) == 1) {
+                sigdelset(&m_signals, signal);
+            }
+        }
+    }
+    ~WriteSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    WriteSignals(const WriteSignals&) = delete;
+    WriteSignals& operator=(const WriteSignals&) = delete;
+
+    void TakeBack() noexcept {
+        constexpr timespec AT_ONCE = {0, 0};
+        while (sigtimedwait(&m_signals, nullptr, &AT_ONCE) > 0) {
+        }
+    }
+
+private:
+    sigset_t m_signals;
+    sigset_t m_before;
+};
+
 constexpr int LAST_COMMON_ERRNO = ERANGE;
 constexpr int NO_NAME = 108;
 
@@ -40,8 +78,8 @@ const char* ReadTraceVariable() noexcept {
 
 std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
     // O_NONBLOCK: a named pipe without a reader is refused; it would hang the host.
-    const int descriptor =
-        open(in_fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    const int descriptor = MoveAboveStandard(
+        open(in_fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666));
     if (descriptor < 0) {
         return nullptr;
     }
@@ -58,8 +96,13 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
     return stream;
 }
 
-void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size) noexcept {
-    std::fwrite(in_line, 1, in_size, in_stream);
+void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size,
+                    bool in_isFlushed) noexcept {
+    WriteSignals signals;
+    const bool isWritten = std::fwrite(in_line, 1, in_size, in_stream) == in_size;
+    if (in_isFlushed ? std::fflush(in_stream) != 0 || !isWritten : !isWritten) {
+        signals.TakeBack();
+    }
 }
 
 std::uint32_t GetTraceThreadId() noexcept { return static_cast<std::uint32_t>(gettid()); }

@@ -4,7 +4,9 @@
 #include <io.h>
 
 #include <cerrno>
+#include <string_view>
 
+#include "tools/LineText.h"
 #include "tools/WindowsApi.h"
 
 namespace Orska {
@@ -76,10 +78,26 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
     return stream;
 }
 
-void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size) noexcept {
+void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size,
+                    bool in_isFlushed) noexcept {
+    if (in_isFlushed) {
+        std::fflush(in_stream);  // what the host left in standard error comes first
+    }
     // This C library writes unbuffered streams byte by byte, and text in pieces. The line is handed
-    // to the system below the stream, which therefore never holds anything back.
-    _write(_fileno(in_stream), in_line, static_cast<unsigned>(in_size));
+    // to the system below the stream, in one piece.
+    if (in_stream == stderr) {
+        _write(_fileno(in_stream), in_line, static_cast<unsigned>(in_size));
+        return;
+    }
+    LineText text;  // with the line ends of a text stream
+    std::string_view rest(in_line, in_size);
+    for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
+        text.Append(rest.substr(0, end));
+        text.Append("\r\n");
+        rest.remove_prefix(end + 1);
+    }
+    text.Append(rest);
+    _write(_fileno(in_stream), text.GetData(), static_cast<unsigned>(text.GetSize()));
 }
 
 std::uint32_t GetTraceThreadId() noexcept { return GetCurrentThreadId(); }

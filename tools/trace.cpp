@@ -8,6 +8,7 @@
 
 #include "tools/LineText.h"
 #include "tools/NameTables.h"
+#include "tools/NoCancellation.h"
 #include "tools/TracePlatform.h"
 #include "tools/TraceSettings.h"
 
@@ -75,6 +76,7 @@ std::uint32_t ResolveTraceWord() noexcept {
         return word;
     }
     const ErrnoKeeper keeper;
+    const NoCancellation noCancellation;
     const std::lock_guard<EarlyLock> lock(s_readLock);
     word = s_traceWord.load(std::memory_order_relaxed);
     if ((word & TRACE_LEVEL_MASK) > TRACE_MAX_LEVEL) {
@@ -158,6 +160,7 @@ void vtrace(int in_level, const char* in_function, const char* in_file, int in_l
     if (!TraceIsOn(in_level)) {
         return;
     }
+    const NoCancellation noCancellation;
     const std::uint32_t word = s_traceWord.load(std::memory_order_relaxed);
     LineText line;
     AppendPrefix(line, in_function, in_line);
@@ -169,10 +172,7 @@ void vtrace(int in_level, const char* in_function, const char* in_file, int in_l
     }
     AppendFields(line, word, in_file);
     line.End();
-    WriteTraceLine(s_traceStream, line.GetData(), line.GetSize());
-    if ((word & TRACE_FLUSH) != 0) {
-        std::fflush(s_traceStream);
-    }
+    WriteTraceLine(s_traceStream, line.GetData(), line.GetSize(), (word & TRACE_FLUSH) != 0);
 }
 
 std::FILE* GetTraceStream() noexcept {

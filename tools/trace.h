@@ -12,7 +12,8 @@
 ///
 /// Any thread may trace at any time. Each line reaches the file in one write at its end, so lines
 /// of several threads and processes stand whole, one behind the other. Tracing never fails its
-/// caller, never throws, and leaves `errno` as it found it.
+/// caller: it throws nothing, leaves `errno` as it found it, and a file that cannot be written ends
+/// nothing but the line.
 #ifndef TOOLS_TRACE_H
 #define TOOLS_TRACE_H
 

@@ -9,6 +9,7 @@
 
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 #include "PlatformAbstraction/files/TextFile.h"
+#include "tools/HighDescriptor.h"
 
 namespace Orska::Support {
 
@@ -74,7 +75,8 @@ int SetLock(std::intptr_t in_handle, short in_type, off_t in_length) {
 
 bool FileHandle::Open(const orska_wstring& in_fileName, const FileOpenArguments& in_arguments) {
     const std::filesystem::path path = FileSystemUtils::GetNativePath(in_fileName);
-    const int descriptor = Retry([&] { return open(path.c_str(), ToFlags(in_arguments), 0666); });
+    const int descriptor =
+        MoveAboveStandard(Retry([&] { return open(path.c_str(), ToFlags(in_arguments), 0666); }));
     if (descriptor < 0) {
         return false;
     }

@@ -42,7 +42,7 @@ public:
     const std::string& GetPath() const { return m_path; }
 
     std::string GetText() const {
-        std::ifstream file(m_path, std::ios::binary);
+        std::ifstream file(m_path);  // a text file
         return {std::istreambuf_iterator<char>(file), {}};
     }
 

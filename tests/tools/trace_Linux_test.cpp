@@ -1,12 +1,19 @@
 // The trace's file as the system has it.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <functional>
 #include <string>
+#include <thread>
 
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/TraceCapture.h"
 #include "tools/trace.h"
 
@@ -50,6 +57,69 @@ TEST(trace, APipeWithoutAReaderMeansStandardError) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_EQ(TraceOnStandardError(("1:" + pipe).c_str()), "F:7\ttext S\n");
     unlink(pipe.c_str());
+}
+
+/// Whether a copy of this process that does this ends of itself.
+bool Survives(const std::function<void()>& in_action) {
+    return Orska::Test::RunInProcesses(1, [&](int) { in_action(); }) == 1;
+}
+
+TEST(trace, AHostOutlivesAFileThatCannotBeWritten) {
+    const Orska::Test::TemporaryDirectory directory;
+    const std::string pipe = directory.GetPath("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_TRUE(Survives([&] {
+        const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+        const TraceSetting setting(("1f:" + pipe).c_str());
+        trace(1, "F", "S", 1, "read");
+        close(reader);
+        errno = EINTR;
+        trace(1, "F", "S", 1, "lost");
+        EXPECT_EQ(errno, EINTR);
+        // What waits for the host itself stays.
+        sigset_t pipeOnly, pending;
+        sigemptyset(&pipeOnly);
+        sigaddset(&pipeOnly, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &pipeOnly, nullptr);
+        raise(SIGPIPE);
+        trace(1, "F", "S", 1, "lost");
+        sigpending(&pending);
+        if (sigismember(&pending, SIGPIPE) != 1) _exit(1);
+    })) << "no reader";
+    EXPECT_TRUE(Survives([&] {
+        const TraceSetting setting(("1:" + directory.GetPath("file")).c_str());
+        const rlimit limit = {60, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        for (int i = 0; i < 9; ++i) trace(1, "F", "S", 1, "limited");
+    })) << "file size limit";
+    EXPECT_EQ(directory.Read("file").size(), 60u);
+}
+
+TEST(trace, TheFileLeavesTheStandardDescriptorsAlone) {
+    const Orska::Test::TemporaryDirectory directory;
+    EXPECT_TRUE(Survives([&] {
+        for (const int standard : {0, 1, 2}) close(standard);
+        const TraceSetting setting(("1:" + directory.GetPath("file")).c_str());
+        trace(1, "F", "S", 1, "x");
+        for (const int standard : {0, 1, 2}) {
+            if (write(standard, "host\n", 5) == 5) _exit(1);
+        }
+    }));
+    EXPECT_EQ(directory.Read("file"), "F:1\tx S\n");
+}
+
+TEST(trace, ACancelledThreadEndsAloneAndItsLineIsWhole) {
+    const TraceCapture capture("1f");
+    EXPECT_TRUE(Survives([] {
+        std::thread thread([] {
+            pthread_cancel(pthread_self());
+            trace(1, "F", "S", 1, "x");
+            pthread_testcancel();
+            _exit(1);
+        });
+        thread.join();
+    }));
+    EXPECT_EQ(capture.GetText(), "F:1\tx\t S\n");
 }
 
 TEST(trace, TheFileIsNotInherited) {

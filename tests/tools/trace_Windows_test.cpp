@@ -56,6 +56,10 @@ TEST(trace, ANameThatNoCodePageHasIsTakenFromTheSystem) {
     EXPECT_TRUE(std::getline(stream, line));
     EXPECT_EQ(line, "F:1\tx S");
     stream.close();
+    stream.open(file, std::ios::binary);
+    EXPECT_TRUE(std::getline(stream, line));
+    EXPECT_EQ(line, "F:1\tx S\r");  // as any text file
+    stream.close();
     EXPECT_TRUE(std::filesystem::remove(file));
 }
 
