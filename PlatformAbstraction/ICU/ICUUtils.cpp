@@ -2,13 +2,13 @@
 
 #include <unicode/ucnv.h>
 
-#include <cctype>
 #include <cstdint>
 #include <initializer_list>
 #include <map>
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
@@ -30,18 +30,11 @@ constexpr FurtherName FURTHER_NAMES[] = {
     {"WINDOWS-949", 111},  {"IBM-1363", 112},    {"WINDOWS-936", 113},  {"WINDOWS-950", 115},
 };
 
-std::string UpperCase(std::string in_name) {
-    for (char& byte : in_name) {
-        byte = static_cast<char>(std::toupper(static_cast<unsigned char>(byte)));
-    }
-    return in_name;
-}
-
 EncodingMap BuildEncodingMap() {
     EncodingMap map;
     const auto insert = [&map](std::int32_t in_value) {
         const auto encoding = static_cast<EncodingType>(in_value);
-        map.emplace(UpperCase(EncodingInfo::GetName(encoding)), encoding);
+        map.emplace(UpperCaseAscii(EncodingInfo::GetName(encoding)), encoding);
     };
     for (const std::int32_t first : {1, 0, 3, 2, 4}) {
         insert(first);
@@ -75,7 +68,7 @@ EncodingType FindByAlias(const char* in_name) {
 EncodingType ICUUtils::FindEncoding(const std::string& in_name) {
     // Process-wide: set by the first look-up, during start-up; read by every look-up.
     static const EncodingMap s_encodings = BuildEncodingMap();
-    const auto found = s_encodings.find(UpperCase(in_name));
+    const auto found = s_encodings.find(UpperCaseAscii(in_name));
     return found == s_encodings.end() ? EncodingType::ENC_NONE : found->second;
 }
 

@@ -25,13 +25,14 @@ constexpr bool IsAsciiBlank(Char in_char) noexcept {
     return in_char == ' ' || (in_char >= '\t' && in_char <= '\r');
 }
 
-inline std::string ToLowerAscii(std::string_view in_text) {
+/// Letters in lower case: equal for texts that EqualsIgnoringCase.
+inline std::string FoldCase(std::string_view in_text) {
     std::string text(in_text);
     for (char& byte : text) byte = ToLowerAscii(byte);
     return text;
 }
 
-inline std::string ToUpperAscii(std::string_view in_text) {
+inline std::string UpperCaseAscii(std::string_view in_text) {
     std::string text(in_text);
     for (char& byte : text) byte = ToUpperAscii(byte);
     return text;

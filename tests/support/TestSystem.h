@@ -28,9 +28,15 @@ bool IsAborted(int in_status);
 /// @return how many have come to their end
 int RunInProcesses(int in_count, const std::function<void(int)>& in_function);
 
-/// Whether the C library now writes a comma for a decimal point; the caller sets "C" again.
+/// Whether the C library now follows a locale; the caller sets "C" again.
+struct TestLocale {
+    const char* m_linux;  ///< language, "." and charset
+    const char* m_windows;
+};
+constexpr TestLocale GERMAN = {"de_DE.UTF-8", "German"};  ///< has a comma for a decimal point
+constexpr TestLocale TURKISH = {"tr_TR.UTF-8", "Turkish"};
 /// @param in_scratch  a directory for what that may need; it has to outlive the locale
-bool SetCommaLocale(const std::filesystem::path& in_scratch);
+bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& in_scratch);
 
 /// The system's numbers of failures that tests provoke.
 struct SystemErrors {

@@ -44,11 +44,14 @@ int RunInProcesses(int in_count, const std::function<void(int)>& in_function) {
     }));
 }
 
-bool SetCommaLocale(const std::filesystem::path& in_scratch) {
-    const std::string command =
-        "localedef -i de_DE -f UTF-8 '" + (in_scratch / "de_DE.UTF-8").string() + "' 2>/dev/null";
+bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& in_scratch) {
+    const std::string name = in_locale.m_linux;
+    const std::size_t point = name.find('.');
+    const std::string command = "localedef -i " + name.substr(0, point) + " -f " +
+                                name.substr(point + 1) + " '" + (in_scratch / name).string() +
+                                "' 2>/dev/null";
     setenv("LOCPATH", in_scratch.c_str(), 1);
-    return std::system(command.c_str()) >= 0 && std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
+    return std::system(command.c_str()) >= 0 && std::setlocale(LC_ALL, name.c_str()) != nullptr;
 }
 
 const SystemErrors SYSTEM_ERRORS = {ENOENT, ENOENT, ENOTDIR, EACCES, EIO, EINVAL};

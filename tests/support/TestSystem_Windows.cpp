@@ -28,8 +28,8 @@ int RunInProcesses(int /*in_count*/, const std::function<void(int)>& in_function
     return 1;
 }
 
-bool SetCommaLocale(const std::filesystem::path& /*in_scratch*/) {
-    return std::setlocale(LC_ALL, "German") != nullptr;
+bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& /*in_scratch*/) {
+    return std::setlocale(LC_ALL, in_locale.m_windows) != nullptr;
 }
 
 const SystemErrors SYSTEM_ERRORS = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,

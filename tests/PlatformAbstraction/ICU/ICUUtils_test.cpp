@@ -2,18 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdint>
 #include <string>
 
 #include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
 
 namespace Orska::Support {
 namespace {
 
+using Test::SetLocale;
+using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 using Test::TraceCapture;
+using Test::TURKISH;
 
 int Find(const std::string& in_name) { return static_cast<int>(ICUUtils::FindEncoding(in_name)); }
 
@@ -60,6 +66,15 @@ TEST(ICUUtilsTest, FindsNamesInAnyCase) {
         EXPECT_EQ(Find(row.m_name), row.m_found) << row.m_name;
     }
     EXPECT_EQ(Find(std::string("UTF-8\0", 6)), -1);
+}
+
+TEST(ICUUtilsTest, NamesAreFoldedAlikeInEveryLocale) {
+    // In Turkish the pair of "i" is not "I".
+    const TemporaryDirectory directory;
+    ASSERT_TRUE(SetLocale(TURKISH, directory.GetPath()));
+    EXPECT_EQ(Get("big5"), 39);
+    EXPECT_EQ(Get("ibm-1363"), 112);
+    std::setlocale(LC_ALL, "C");
 }
 
 TEST(ICUUtilsTest, GetsWhatIcuKnowsUnderAnotherName) {

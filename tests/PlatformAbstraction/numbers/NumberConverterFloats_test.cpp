@@ -129,6 +129,7 @@ TEST(ConvertStringToFloatingPoint, GivesTheDocumentedResults) {
         {"1e3090", true, infinity},
         {"1e3089", false, infinity},
         {"1e-400", false, 0.0},
+        {"1844674407370955161e-341", false, 1844674407370955161.0 * 1e-40 * 1e-301},
         {"1e0000000309", false, infinity},
         {"1.7976931348623157e308", false, 1.7976931348623157e308},
         {"4.9e-324", false, 4.9e-324},

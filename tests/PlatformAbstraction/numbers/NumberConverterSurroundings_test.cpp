@@ -36,7 +36,7 @@ namespace Orska::Support {
 
 namespace {
 
-using Test::SetCommaLocale;
+using Test::SetLocale;
 
 TEST(NumberConverter, AllocatesNothing) {
     const std::string digits = "12";
@@ -80,7 +80,7 @@ TEST(NumberConverter, AllocatesNothing) {
 /// A locale whose decimal point is a comma, as long as the object lives.
 class CommaLocale {
 public:
-    CommaLocale() : m_isSet(SetCommaLocale(m_scratch.GetPath())) {}
+    CommaLocale() : m_isSet(SetLocale(Test::GERMAN, m_scratch.GetPath())) {}
     ~CommaLocale() { std::setlocale(LC_ALL, "C"); }
     CommaLocale(const CommaLocale&) = delete;
     CommaLocale& operator=(const CommaLocale&) = delete;
