@@ -1,10 +1,13 @@
 #include "Exceptions/ErrorException.h"
 
+#include <cstring>
 #include <exception>
 #include <string>
 
 #include "Exceptions/ILogger.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "tools/NoCancellation.h"
 
 namespace Orska::Support {
 
@@ -45,7 +48,7 @@ void LogErrorExceptionTo(ILogger& in_logger, const char* in_namespace, const cha
                          const char* in_function, const ErrorException& in_exception) {
     if (IsTraceOn(1)) {
         const orska_wstring line = u"Exception: " + in_exception.GetUnformattedDescription();
-        TraceLine(1, LOG_SITE, line.GetAsAnsiString().c_str());
+        TraceLine(1, LOG_SITE, line.GetAsUtf8().c_str());
     }
     if (in_logger.GetLogLevel() >= ILogger::ERROR_LEVEL) {
         in_logger.LogErrorException(in_namespace, in_class, in_function, in_exception);
@@ -54,12 +57,13 @@ void LogErrorExceptionTo(ILogger& in_logger, const char* in_namespace, const cha
 
 void LogOtherExceptionTo(ILogger& in_logger, const char* in_namespace, const char* in_class,
                          const char* in_function) {
-    const std::string description = ErrorException::DescribeCurrentException().GetAsAnsiString();
+    const orska_wstring description = ErrorException::DescribeCurrentException();
     if (IsTraceOn(1)) {
-        TraceLine(1, LOG_SITE, description.c_str());
+        TraceLine(1, LOG_SITE, description.GetAsUtf8().c_str());
     }
     if (in_logger.GetLogLevel() >= ILogger::ERROR_LEVEL) {
-        in_logger.LogError(in_namespace, in_class, in_function, "%s", description.c_str());
+        in_logger.LogError(in_namespace, in_class, in_function, "%s",
+                           description.GetAsAnsiString(GetByteTextEncoding()).c_str());
     }
 }
 
@@ -140,15 +144,17 @@ orska_wstring ErrorException::DescribeCurrentException(IMessageSource* in_messag
         return in_messageSource != nullptr ? exception.GetMessageText(in_messageSource, in_locale)
                                            : exception.GetUnformattedDescription();
     } catch (const std::exception& exception) {
-        return exception.what();
+        // Ours are in UTF-8, those of the standard library in ASCII.
+        return orska_wstring().SetFromUtf8(exception.what(), orska_wstring::NUL_TERMINATED);
     } catch (const std::string& text) {
-        return text;
+        return orska_wstring(text.data(), text.size(), GetByteTextEncoding());
     } catch (const std::wstring& text) {
         return text;
     } catch (const orska_wstring& text) {
         return text;
     } catch (const char* text) {
-        return text;
+        const std::size_t length = text == nullptr ? 0 : std::strlen(text);
+        return orska_wstring(text, length, GetByteTextEncoding());
     } catch (const wchar_t* text) {
         return text;
     } catch (...) {
@@ -159,6 +165,7 @@ orska_wstring ErrorException::DescribeCurrentException(IMessageSource* in_messag
 void ErrorException::LogCurrentException(ILogger* in_logger, const char* in_namespace,
                                          const char* in_class, const char* in_function) noexcept {
     // A log that fails must not replace the exception that is being handled.
+    const NoCancellation noCancellation;
     try {
         if (in_logger == nullptr || in_logger->GetLogLevel() < ILogger::ERROR_LEVEL) {
             return;
@@ -179,7 +186,7 @@ void ErrorException::MakeMessage(IMessageSource* in_messageSource, const orska_w
         return;
     }
     if (in_messageSource == nullptr) {
-        m_replacedKey = GetKey();
+        m_replacedKey = orska_wstring(GetKey());
         m_messageKeyOrText = u"Cannot create a message with a NULL message source";
         m_nativeErrorCode = -1;
         return;
@@ -201,7 +208,7 @@ void ErrorException::MakeMessage(IMessageSource* in_messageSource, const orska_w
 }
 
 const orska_wstring& ErrorException::GetKey() const noexcept {
-    return m_replacedKey.IsNull() ? m_messageKeyOrText : m_replacedKey;
+    return m_replacedKey ? *m_replacedKey : m_messageKeyOrText;
 }
 
 orska_wstring ErrorException::GetMessageText(IMessageSource* in_messageSource,

@@ -7,6 +7,7 @@
 #define EXCEPTIONS_ERROREXCEPTION_H
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "Exceptions/DiagState.h"
@@ -123,7 +124,7 @@ private:
     std::uint32_t m_columnNumber = UNKNOWN_COLUMN;
     bool m_hasParameters = false;  ///< also true for an empty parameter list that was given
     bool m_isFormatted = false;    ///< m_messageKeyOrText holds finished text
-    orska_wstring m_replacedKey;   ///< the key that a missing source displaced, else NULL
+    std::optional<orska_wstring> m_replacedKey;  ///< the key that a missing source displaced
 };
 
 /// A general error of the support library.

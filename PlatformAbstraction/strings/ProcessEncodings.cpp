@@ -1,5 +1,8 @@
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 
+#include "PlatformAbstraction/strings/EncodingInfo.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
+
 namespace Orska::Support {
 
 namespace {
@@ -23,6 +26,14 @@ constinit EncodingSetting s_ansiEncodingSetting = nullptr;
 EncodingType GetAnsiEncoding() noexcept { return s_ansiEncoding; }
 
 void SetAnsiEncoding(EncodingType in_encoding) noexcept { s_ansiEncoding = in_encoding; }
+
+EncodingType GetByteTextEncoding() {
+    // The table of supersets of ASCII is narrower: it leaves out Shift-JIS, GBK and KOI8-R.
+    constexpr char PROBE[] = "[Az09]=";
+    const bool isAsciiKept = EncodingInfo::IsAsciiSuperset(s_ansiEncoding) ||
+                             orska_wstring(u"[Az09]=").GetAsAnsiString(s_ansiEncoding) == PROBE;
+    return isAsciiKept ? s_ansiEncoding : EncodingType::ENC_UTF8;
+}
 
 EncodingType GetDriverManagerEncoding() noexcept { return s_driverManagerEncoding; }
 

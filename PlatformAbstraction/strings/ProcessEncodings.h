@@ -15,6 +15,10 @@ class IPlatformStringConverter;
 EncodingType GetAnsiEncoding() noexcept;
 void SetAnsiEncoding(EncodingType in_encoding) noexcept;
 
+/// The encoding for text that goes through NUL-terminated bytes, file formats and paths: the ANSI
+/// encoding, or UTF-8 where that does not keep ASCII as it is (UTF-16, UTF-32, EBCDIC).
+EncodingType GetByteTextEncoding();
+
 /// The encoding towards the driver manager; UTF-16LE from the start.
 EncodingType GetDriverManagerEncoding() noexcept;
 void SetDriverManagerEncoding(EncodingType in_encoding) noexcept;

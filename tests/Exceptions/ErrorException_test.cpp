@@ -1,5 +1,6 @@
 #include "Exceptions/ErrorException.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdarg>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "Exceptions/ILogger.h"
+#include "PlatformAbstraction/ICU/ICUUtils.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "tests/support/TraceCapture.h"
 
@@ -222,6 +224,13 @@ TEST(ErrorExceptionTest, AMissingSourceIsNotTheEnd) {
     }
 }
 
+TEST(ErrorExceptionTest, AMissingSourceDoesNotReplaceAKeyThatIsNull) {
+    ErrorException exception(DIAG_GENERAL_ERROR, 3, orska_wstring());
+    const orska_wstring before = exception.GetUnformattedDescription();
+    EXPECT_EQ(Text(exception, nullptr), NO_SOURCE);
+    EXPECT_EQ(exception.GetUnformattedDescription(), before);
+}
+
 TEST(ErrorExceptionTest, ABrokenSourceLeavesTheKey) {
     FakeSource source;
     source.m_isBroken = true;
@@ -337,6 +346,22 @@ TEST(LogCurrentExceptionTest, DescribesEachKind) {
     ExpectDescribed<wchar_t*>("wide pointer, not const", s_wide, "wide characters");
     ExpectDescribed<const char*>("null pointer", nullptr, "");
     ExpectDescribed("anything else", 5, "Unknown exception.");
+}
+
+TEST(LogCurrentExceptionTest, NoEncodingOfTheProcessSpoilsTheTexts) {
+    for (const char* name : {"UTF-16LE", "UTF-32LE", "IBM037", "KOI8-R", "US-ASCII"}) {
+        SCOPED_TRACE(name);
+        SetAnsiEncoding(ICUUtils::GetEncodingEnum(name));
+        ExpectDescribed("standard exception", std::out_of_range("out of range"), "out of range");
+        ExpectDescribed("narrow string", std::string("text"), "text");
+        ExpectDescribed<const char*>("narrow pointer", "literal", "literal");
+        const TraceCapture trace;
+        FakeLogger logger(2);
+        Log(ProductException(u"gr\u00FCn"), logger, [] {});
+        Log(std::runtime_error("gr\xC3\xBCn"), logger, [] {});
+        EXPECT_THAT(trace.GetLines(), testing::Each(testing::HasSubstr("gr\xC3\xBCn")));
+    }
+    SetAnsiEncoding(EncodingType::ENC_UTF8);
 }
 
 TEST(LogCurrentExceptionTest, HandsAnErrorExceptionOver) {
