@@ -35,12 +35,19 @@ void RunWideFormatter() {
     std::swprintf(text, std::size(text), L"Executing: %hs", "_vsnwprintf_s");
 }
 
+/// Both encodings, or an exception and both as they were.
 void TakeEncodingsFromSettings() {
     using Support::orska_wstring;
     using Support::OrskaSettingReader;
+    const Support::EncodingType before = Support::GetAnsiEncoding();
     Support::SetAnsiEncodingSetting(&OrskaSettingReader::GetAppCharEncoding);
     orska_wstring::InitializeAnsiEncoding();
-    orska_wstring::SetDriverManagerEncoding(OrskaSettingReader::GetDriverManagerEncoding());
+    try {
+        orska_wstring::SetDriverManagerEncoding(OrskaSettingReader::GetDriverManagerEncoding());
+    } catch (...) {
+        Support::SetAnsiEncoding(before);
+        throw;
+    }
 }
 
 }  // namespace

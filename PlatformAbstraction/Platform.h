@@ -63,7 +63,7 @@ private:
 ///        that a first start sets it as given
 /// @return the one platform object, owned by the library
 /// @throws StartupInitException for an encoding setting that is not legal; the platform is then not
-///         started
+///         started, and both encodings are as before
 PlatformInstance* InitializePlatform(bool in_isVerbose);
 
 /// Counts one user less; the last one destroys the platform object and takes the string converter

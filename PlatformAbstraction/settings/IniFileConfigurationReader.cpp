@@ -16,6 +16,7 @@
 #include "PlatformAbstraction/files/TextFile.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "tools/NoCancellation.h"
 
 namespace Orska::Support {
 
@@ -39,7 +40,7 @@ void ToUpper(std::string_view in_text, std::string& out_upper) {
     }
 }
 
-/// Decodes bytes in the ANSI encoding.
+/// Decodes bytes in the encoding of byte texts.
 class Decoder {
 public:
     std::u16string_view Decode(std::string_view in_bytes) {
@@ -47,7 +48,7 @@ public:
             m_units.resize(in_bytes.size());
             std::copy(in_bytes.begin(), in_bytes.end(), m_units.begin());
         } else {
-            m_units = orska_wstring(in_bytes.data(), in_bytes.size()).GetView();
+            m_units = orska_wstring(in_bytes.data(), in_bytes.size(), m_encoding).GetView();
         }
         return m_units;
     }
@@ -61,7 +62,8 @@ private:
         return all < 0x80;
     }
 
-    bool m_isAsciiSuperset = EncodingInfo::IsAsciiSuperset(GetAnsiEncoding());
+    EncodingType m_encoding = GetByteTextEncoding();
+    bool m_isAsciiSuperset = EncodingInfo::IsAsciiSuperset(m_encoding);
     std::u16string m_units;  ///< kept for its memory
 };
 
@@ -127,7 +129,8 @@ public:
 private:
     void EnterSection(std::string_view in_name) {
         ToUpper(in_name, m_upper);
-        m_sectionName = orska_wstring(m_upper);
+        const std::u16string_view name = m_keyDecoder.Decode(m_upper);
+        m_sectionName = orska_wstring(name.data(), name.size());
         m_isWanted = !m_wantedSection || *m_wantedSection == m_sectionName;
         m_section = nullptr;
     }
@@ -169,13 +172,12 @@ std::unique_ptr<TextFile> OpenForReading(const orska_wstring& in_path) {
 bool IniFileConfigurationReader::LoadConfiguration(ConfigurationMap& io_configuration,
                                                    const orska_wstring& in_filePath,
                                                    const orska_wstring* in_section) const {
-    if (in_filePath.IsEmpty()) {
-        return false;
-    }
-    const std::unique_ptr<TextFile> file = OpenForReading(ResolvePath(in_filePath));
+    const orska_wstring path = in_filePath.IsEmpty() ? in_filePath : ResolvePath(in_filePath);
+    const std::unique_ptr<TextFile> file = path.IsEmpty() ? nullptr : OpenForReading(path);
     if (file == nullptr) {
         return false;
     }
+    const NoCancellation noCancellation;  // it would end in the catch block below
     constexpr char FUNCTION[] = "Orska::Support::IniFileConfigurationReader::LoadConfiguration";
     std::uint64_t lineNumber = 1;
     try {
@@ -215,7 +217,9 @@ bool IniFileConfigurationReader::LoadConfiguration(SectionMap& out_section,
 
 orska_wstring IniFileConfigurationReader::ResolvePath(const orska_wstring& in_filePath) const {
     if (m_resolveIniPathFromModule && FileSystemUtils::IsJoinedToDirectory(in_filePath)) {
-        return FileSystemUtils::GetModuleDirectory() + in_filePath;
+        // Where the directory is not known there is no file: a relative path would be a stranger's.
+        const orska_wstring directory = FileSystemUtils::GetModuleDirectory();
+        return directory.IsEmpty() ? directory : directory + in_filePath;
     }
     return in_filePath;
 }

@@ -3,7 +3,7 @@
 /// A line is cut at the first "#" or ";", also inside quotes, and trimmed. What is left is a
 /// section header in brackets or a key and a value around the first "="; a value may stand in
 /// double quotes or apostrophes. Section names and keys are upper-cased byte by byte (ASCII letters
-/// only). Bytes are read in the process ANSI encoding. A reader holds nothing open between calls
+/// only). Bytes are read in GetByteTextEncoding. A reader holds nothing open between calls
 /// and is used by one thread at a time.
 #ifndef PLATFORMABSTRACTION_INIFILECONFIGURATIONREADER_H
 #define PLATFORMABSTRACTION_INIFILECONFIGURATIONREADER_H
@@ -17,7 +17,8 @@ public:
     /// @param in_isCaseSensitive  false: keys become upper case
     /// @param in_resolveIniPathFromModule  true: a relative path starts at the directory of the
     /// file
-    ///        that holds this library; false: at the working directory
+    ///        that holds this library, and leads to no file where that is not known; false: at the
+    ///        working directory
     IniFileConfigurationReader(bool in_isCaseSensitive, bool in_resolveIniPathFromModule)
         : m_isCaseSensitive(in_isCaseSensitive),
           m_resolveIniPathFromModule(in_resolveIniPathFromModule) {}

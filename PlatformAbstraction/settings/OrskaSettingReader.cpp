@@ -1,12 +1,12 @@
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <mutex>
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
+#include "PlatformAbstraction/base/Environment.h"
 #include "PlatformAbstraction/base/VerboseTrace.h"
 #include "PlatformAbstraction/base/orska_abort.h"
 #include "PlatformAbstraction/files/FileSystemUtils.h"
@@ -14,6 +14,8 @@
 #include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
 #include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
 #include "PlatformAbstraction/settings/SettingKeys.h"
+#include "PlatformAbstraction/strings/ProcessEncodings.h"
+#include "tools/NoCancellation.h"
 
 namespace Orska::Support {
 
@@ -26,7 +28,11 @@ constexpr char SOURCE[] = "PlatformAbstraction\\OrskaSettingReader_Windows";
 // Process-wide: guards the reader. Re-entrant, because listeners run inside it.
 std::recursive_mutex s_lock;
 
-using Guard = std::lock_guard<std::recursive_mutex>;
+/// Holds the lock. No cancellation meanwhile: it would pass through what drops all exceptions.
+class Guard {
+    const NoCancellation m_noCancellation;
+    const std::lock_guard<std::recursive_mutex> m_lock{s_lock};
+};
 
 std::string EnsureTrailingSeparator(std::string in_path) {
     if (in_path.empty()) {
@@ -56,7 +62,7 @@ OrskaSettingReader* OrskaSettingReader::s_instance = nullptr;
 void OrskaSettingReader::Initialize(const orska_wstring& in_iniFilePath,
                                     const orska_wstring& in_registryKeyName,
                                     const orska_wstring& in_section) {
-    const Guard guard(s_lock);
+    const Guard guard;
     if (s_instance == nullptr) {
         s_instance = new OrskaSettingReader(in_iniFilePath, in_registryKeyName, in_section);
     }
@@ -68,7 +74,7 @@ void OrskaSettingReader::Initialize(const orska_wstring& in_registryKeyName,
 }
 
 bool OrskaSettingReader::IsInitialized() {
-    const Guard guard(s_lock);
+    const Guard guard;
     return s_instance != nullptr;
 }
 
@@ -99,8 +105,10 @@ void OrskaSettingReader::Load() {
                                          orska_wstring(L"SOFTWARE\\") + m_registryKeyName,
                                          &m_section, false);
     }
+    const EncodingType encoding = GetByteTextEncoding();
     for (const auto& [key, value] : section) {
-        Store(key.GetAsAnsiString(), value.GetAsText().GetAsAnsiString());
+        // Keys are looked up by the bytes of ASCII names.
+        Store(key.GetAsUtf8(), value.GetAsText().GetAsAnsiString(encoding));
     }
     m_isLoaded = true;
 }
@@ -152,20 +160,20 @@ bool OrskaSettingReader::IsListening(ISettingListener* in_listener, std::string_
 }
 
 std::string OrskaSettingReader::ReadLocked(std::string_view in_key) {
-    const Guard guard(s_lock);
+    const Guard guard;
     return Get().Read(in_key);
 }
 
 /// Empty also when there is no reader or the sources cannot be read.
 std::string OrskaSettingReader::ReadOrEmpty(std::string_view in_key) noexcept try {
-    const Guard guard(s_lock);
+    const Guard guard;
     return s_instance == nullptr ? std::string() : s_instance->Read(in_key);
 } catch (...) {
     return {};
 }
 
 void OrskaSettingReader::StoreLocked(std::string_view in_key, const std::string& in_value) {
-    const Guard guard(s_lock);
+    const Guard guard;
     Get().Store(in_key, in_value);
 }
 
@@ -179,7 +187,7 @@ void OrskaSettingReader::SetSetting(const std::string& in_key, const std::string
 
 void OrskaSettingReader::RegisterListener(ISettingListener* in_listener,
                                           const std::string& in_key) {
-    const Guard guard(s_lock);
+    const Guard guard;
     OrskaSettingReader& reader = Get();
     if (reader.IsListening(in_listener, in_key)) {
         orska_abort(SOURCE, 656, "Attempted to register same <Listener, Key> combination twice.");
@@ -189,7 +197,7 @@ void OrskaSettingReader::RegisterListener(ISettingListener* in_listener,
 
 void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
                                             const std::string& in_key) {
-    const Guard guard(s_lock);
+    const Guard guard;
     OrskaSettingReader& reader = Get();
     const auto found = reader.m_listeners.find(SettingKeyView(in_key));
     if (found == reader.m_listeners.end()) {
@@ -210,17 +218,17 @@ void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
 }
 
 const orska_wstring& OrskaSettingReader::GetIniFilePath() {
-    const Guard guard(s_lock);
+    const Guard guard;
     return Get().m_iniFilePath;
 }
 
 const orska_wstring& OrskaSettingReader::GetRegistryKeyName() {
-    const Guard guard(s_lock);
+    const Guard guard;
     return Get().m_registryKeyName;
 }
 
 void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
-    const Guard guard(s_lock);
+    const Guard guard;
     OrskaSettingReader& reader = Get();
     reader.m_iniFilePath = in_path;
     if (reader.m_changeObserver != nullptr) {
@@ -229,7 +237,7 @@ void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
 }
 
 void OrskaSettingReader::SetRegistryKeyName(const orska_wstring& in_name) {
-    const Guard guard(s_lock);
+    const Guard guard;
     OrskaSettingReader& reader = Get();
     reader.m_registryKeyName = in_name;
     if (reader.m_changeObserver != nullptr) {
@@ -238,12 +246,12 @@ void OrskaSettingReader::SetRegistryKeyName(const orska_wstring& in_name) {
 }
 
 void OrskaSettingReader::SetChangeObserver(ISettingChangeObserver* in_observer) {
-    const Guard guard(s_lock);
+    const Guard guard;
     Get().m_changeObserver = in_observer;
 }
 
 void OrskaSettingReader::SetResolveIniPathFromModule(bool in_resolve) {
-    const Guard guard(s_lock);
+    const Guard guard;
     Get().m_resolveIniPathFromModule = in_resolve;
 }
 
@@ -251,9 +259,10 @@ void OrskaSettingReader::SetResolveIniPathFromModule(bool in_resolve) {
 
 EncodingType OrskaSettingReader::GetAppCharEncoding() {
     TraceVerbose("OrskaSettingReader::GetAppCharEncoding()");
-    const char* environment = std::getenv(ENVIRONMENT_ANSI_ENCODING);
-    const std::string name =
-        environment != nullptr ? std::string(environment) : ReadOrEmpty(SETTING_ANSI_ENCODING);
+    // Read also where the variable goes before it: once the encoding is set, the bytes of the
+    // sources would mean something else.
+    const std::string setting = ReadOrEmpty(SETTING_ANSI_ENCODING);
+    const std::string name = GetEnvironment(ENVIRONMENT_ANSI_ENCODING).value_or(setting);
     if (name.empty()) {
         return EncodingType::ENC_NONE;
     }
@@ -307,7 +316,8 @@ std::string OrskaSettingReader::GetErrorMessagesPath(const std::string& in_defau
     if (value.empty()) {
         return EnsureTrailingSeparator(in_defaultDirectory);
     }
-    if (FileSystemUtils::IsJoinedToDirectory(value)) {
+    // As UTF-8, whatever today's encoding is: only signs of ASCII decide.
+    if (FileSystemUtils::IsJoinedToDirectory(orska_wstring().SetFromUtf8(value))) {
         return EnsureTrailingSeparator(EnsureTrailingSeparator(in_defaultDirectory) + value);
     }
     return EnsureTrailingSeparator(value);
@@ -322,13 +332,13 @@ std::string OrskaSettingReader::GetSwapFilePath() {
     std::string value = ReadLocked(SETTING_SWAP_FILE_PATH);
     if (value.empty()) {
         const orska_wstring directory = FileSystemUtils::GetTempDirectory();
-        value = directory.IsNull() ? "." : directory.GetAsAnsiString();
+        value = directory.IsNull() ? "." : directory.GetAsAnsiString(GetByteTextEncoding());
     }
     return EnsureTrailingSeparator(std::move(value));
 }
 
 std::string OrskaSettingReader::GetDriverLocale() {
-    const Guard guard(s_lock);
+    const Guard guard;
     Get();
     std::string value = ReadOrEmpty(SETTING_DRIVER_LOCALE);
     return value.empty() ? "en-US" : value;

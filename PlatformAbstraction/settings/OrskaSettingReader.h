@@ -8,7 +8,8 @@
 /// the next read then reads the sources again. Without a call to Initialize the encoding accessors
 /// answer as if nothing were set, and every other operation stops the process through orska_abort.
 ///
-/// Keys and values are bytes in the process ANSI encoding in force when they were loaded.
+/// Keys and values are bytes. Those of the sources are in GetByteTextEncoding as it was when they
+/// were loaded: UTF-8 where the platform was started after Initialize.
 #ifndef PLATFORMABSTRACTION_ORSKASETTINGREADER_H
 #define PLATFORMABSTRACTION_ORSKASETTINGREADER_H
 

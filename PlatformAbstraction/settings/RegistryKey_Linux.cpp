@@ -1,6 +1,7 @@
 #include <hivex.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <unicode/uchar.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,7 +31,8 @@ Allocated<Type> Own(Type* in_allocated) {
 }
 
 std::string FindHome() {
-    if (const char* home = secure_getenv("HOME")) {
+    const char* home = secure_getenv("HOME");
+    if (home != nullptr && home[0] != '\0') {
         return home;
     }
     passwd entry;
@@ -115,12 +117,22 @@ bool TakeHandles(std::size_t* in_handles, std::vector<std::size_t>& out_handles)
     return handles != nullptr;
 }
 
-/// Names are compared without regard to case, as Windows does for all letters.
-hive_node_h FindChild(hive_h* in_hive, hive_node_h in_node, const orska_wstring& in_name) {
+/// As Windows compares names: code unit by code unit, in simple upper case. "ß" is not "SS".
+bool IsSameName(std::u16string_view in_left, std::u16string_view in_right) {
+    const auto upper = [](char16_t in_unit) {
+        const auto mapped = static_cast<char16_t>(u_toupper(in_unit));
+        // Windows has no pairs of ASCII letters with others: dotless i and long s stay themselves.
+        return mapped < 0x80 && in_unit >= 0x80 ? in_unit : mapped;
+    };
+    return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
+                      [&](char16_t in_a, char16_t in_b) { return upper(in_a) == upper(in_b); });
+}
+
+hive_node_h FindChild(hive_h* in_hive, hive_node_h in_node, std::u16string_view in_name) {
     std::vector<hive_node_h> children;
     TakeHandles(hivex_node_children(in_hive, in_node), children);
     for (const hive_node_h child : children) {
-        if (TakeName(hivex_node_name(in_hive, child)).Compare(in_name, false) == 0) {
+        if (IsSameName(TakeName(hivex_node_name(in_hive, child)).GetView(), in_name)) {
             return child;
         }
     }
@@ -138,7 +150,7 @@ hive_node_h FindNode(hive_h* in_hive, hive_node_h in_node, const orska_wstring& 
         const std::u16string_view name = rest.substr(0, rest.find(u'\\'));
         rest.remove_prefix(std::min(name.size() + 1, rest.size()));
         if (!name.empty()) {
-            in_node = FindChild(in_hive, in_node, orska_wstring(name.data(), name.size()));
+            in_node = FindChild(in_hive, in_node, name);
         }
     }
     return in_node;

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "PlatformAbstraction/ICU/ICUUtils.h"
@@ -165,6 +166,59 @@ TEST(PlatformStart, TakesTheEncodingsFromTheSettings) {
     EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_CP1252);
     EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF32LE);
     EXPECT_EQ(orska_wstring("\x80"), L"\u20AC");
+}
+
+/// The settings of a process that was started with an encoding.
+class StartedIn : public testing::TestWithParam<const char*> {};
+
+TEST_P(StartedIn, KeepsEverySetting) {
+    const TemporaryDirectory directory;
+    OrskaSettingReader::Initialize(
+        directory.Write("x.ini", "[S]\nLogLevel=5\nLogPath=/gr\u00FCn\nErrorMessagesPath=m\n"),
+        L"K", L"S");
+    SetVariable("ORSKA_APP_ANSI_ENCODING", GetParam());
+    InitializePlatform(false);
+    EXPECT_NE(GetAnsiEncoding(), EncodingType::ENC_UTF8);
+    EXPECT_EQ(OrskaSettingReader::GetLogLevel(), "5");
+    EXPECT_EQ(OrskaSettingReader::GetLogPath(), "/gr\u00FCn\\");
+    EXPECT_EQ(OrskaSettingReader::GetErrorMessagesPath("C:\\drv"), "C:\\drv\\m\\");
+    OrskaSettingReader::SetErrorMessagesPath("C:\\m");
+    EXPECT_EQ(OrskaSettingReader::GetErrorMessagesPath("C:\\drv"), "C:\\m\\");
+    EXPECT_THAT(OrskaSettingReader::GetSwapFilePath(), testing::HasSubstr("m"));
+}
+
+TEST_P(StartedIn, ReadsSourcesThatAreNamedLater) {
+    SetVariable("ORSKA_APP_ANSI_ENCODING", GetParam());
+    InitializePlatform(false);
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x.ini", "[S]\nLogLevel=5\n");
+    OrskaSettingReader::Initialize(orska_wstring().SetFromUtf8(path), L"K", L"S");
+    EXPECT_EQ(OrskaSettingReader::GetLogLevel(), "5");
+}
+
+INSTANTIATE_TEST_SUITE_P(Encodings, StartedIn,
+                         testing::Values("UTF-16", "UTF-32", "IBM037", "US-ASCII"),
+                         [](const auto& in_info) { return std::to_string(in_info.index); });
+
+TEST(PlatformStart, ARefusedStartLeavesBothEncodings) {
+    const TemporaryDirectory directory;
+    OrskaSettingReader::Initialize(
+        directory.Write("x.ini", "[S]\nANSIEncoding=cp1252\nDriverManagerEncoding=no\n"), L"K",
+        L"S");
+    EXPECT_EQ(ThrownMessage<Support::StartupInitException>([] { InitializePlatform(false); }),
+              "DriverManagerEncoding setting is not a legal encoding.");
+    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
+    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
+}
+
+TEST(PlatformStart, TwoThreadsMaySetVerbosity) {
+    const auto toggle = [] {
+        for (int i = 0; i < 1000; ++i) SetVerbose(i % 2 == 0);
+    };
+    std::thread other(toggle);
+    toggle();
+    other.join();
+    EXPECT_EQ(StderrOf([] { TraceVerbose("off"); }), "");
 }
 
 TEST(PlatformStart, ASettingThatIsNotLegalLeavesItNotStarted) {

@@ -1,6 +1,7 @@
 // The registry in hive files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -15,6 +16,16 @@
 #include "tests/support/SettingText.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TraceCapture.h"
+
+/// What the user database below says.
+static std::string s_userHome;
+
+/// Takes the place of the C library's.
+extern "C" int getpwuid_r(uid_t, passwd* out_entry, char*, size_t, passwd** out_found) {
+    out_entry->pw_dir = s_userHome.data();
+    *out_found = out_entry;
+    return 0;
+}
 
 namespace Orska::Support {
 namespace {
@@ -113,6 +124,8 @@ TEST_F(RegistryKeyLinux, RefusesBuffersThatAreTooSmall) {
 
 TEST_F(RegistryKeyLinux, FindsKeysAsWindowsDoes) {
     WriteHive(m_user, {{"SOFTWARE\\Veltrane\\\u00C4rger", {{"V", 4, "\1\0\0\0"s}}},
+                       {"Stra\u00DFe", {{"S", 4, "\4\0\0\0"s}}},
+                       {"\u03A3\u0131k", {{"K", 4, "\5\0\0\0"s}}},
                        {"SOFTWARE\\Veltrane", {{"P", 4, "\2\0\0\0"s}}},
                        {"", {{"R", 4, "\3\0\0\0"s}}}});
     struct Case {
@@ -129,6 +142,11 @@ TEST_F(RegistryKeyLinux, FindsKeysAsWindowsDoes) {
         {L"SOFTWARE\\Veltran", ""},
         {L"SOFTWARE\\Veltrane\\x", ""},
         {L"SOFTWARE/Veltrane", ""},
+        {L"stra\u00DFE", "S:4;"},
+        {L"Strasse", ""},  // another name: units are compared one by one
+        {L"\u03C3\u0131K", "K:5;"},
+        {L"\u03C3ik", ""},
+        {L"\u03C3\u0131\u212A", ""},
     };
     for (const Case& row : CASES) {
         SCOPED_TRACE(orska_wstring(row.m_path).GetAsUtf8());
@@ -167,9 +185,11 @@ TEST_F(RegistryKeyLinux, LooksForTheUserHiveInTheConfigurationDirectory) {
     }
     unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(Load(L"", L"Key"), "home=;");
-    // The home of the user database; whatever is there, it is not these.
+    s_userHome = home;
     unsetenv("HOME");
-    EXPECT_EQ(Load(L"HKEY_CURRENT_USER", L"Key"), "");
+    EXPECT_EQ(Load(L"", L"Key"), "home=;");
+    setenv("HOME", "", 1);
+    EXPECT_EQ(Load(L"", L"Key"), "home=;");
 }
 
 TEST_F(RegistryKeyLinux, AMissingHiveIsAMissingKey) {
