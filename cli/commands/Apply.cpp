@@ -35,7 +35,7 @@ void TakePassword(const DsnDescription& in_description, DsnWish& io_wish) {
     if (name.empty()) return;
     std::string password;
     // Left in the environment: another DSN may name the same one.
-    if (!ReadVariable(name, password)) {
+    if (!ReadSecret(name, password)) {
         throw CommandError(EXIT_FAILED, "pwd_env: the variable " + name + " is not set.");
     }
     io_wish.m_values.Set("PWD", password);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 
 #include "cli/commands/Commands.h"
@@ -25,7 +26,7 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     for (const std::string& dsn : GetDsnNames(text)) {
         const std::string driver = text.Get(dsn, "Driver").value_or("");
         if (EqualsIgnoringCase(driver, in_driver)) {
-            Append(findings, ExamineDsn(text, dsn));
+            Append(findings, ExamineDsn(text, dsn, in_driver));
         } else if (driver.empty()) {
             findings.push_back(
                 {Severity::Warning, "dsn-without-driver",
@@ -114,8 +115,16 @@ ExitCode RunDoctor(const CommandLine& in_line) {
     if (in_line.Has(OptionId::Json)) {
         PrintJson({{"sound", !HasError(findings)}, {"findings", ToJson(findings)}});
     } else {
-        PrintFindings(findings);
-        PrintSummary(findings);
+        const bool areNotes =
+            std::all_of(findings.begin(), findings.end(),
+                        [](const Finding& in_it) { return in_it.m_severity == Severity::Note; });
+        if (areNotes && !in_line.Has(OptionId::Verbose)) {
+            std::cout << "Nothing is wrong. --verbose shows " << Count(findings.size(), "note")
+                      << ".\n";
+        } else {
+            PrintFindings(findings);
+            PrintSummary(findings);
+        }
     }
     return HasError(findings) ? EXIT_FAILED : EXIT_DONE;
 }

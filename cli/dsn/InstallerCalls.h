@@ -1,4 +1,4 @@
-/// The calls of the installed ODBC installer that DriverManager makes. Text is UTF-8.
+/// The calls of the installed ODBC installer. Text is UTF-8.
 #ifndef CLI_INSTALLERCALLS_H
 #define CLI_INSTALLERCALLS_H
 

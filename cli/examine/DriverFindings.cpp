@@ -1,6 +1,9 @@
 #include "cli/examine/DriverFindings.h"
 
 #include "cli/dsn/DriverRegistry.h"
+#include "cli/dsn/InstallerCalls.h"
+#include "cli/examine/Apart.h"
+#include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
 
 namespace Veltrane::Cli {
@@ -14,11 +17,17 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
     for (const std::string& name : in_registry.GetNames()) {
         known += (known.empty() ? " Registered are: " : ", ") + name;
     }
+    // Another name may be that of another driver, which our setup library knows nothing of.
+    const std::string repair =
+        EqualsIgnoringCase(in_driver, DEFAULT_DRIVER)
+            ? "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) +
+                  " --setup " + PLATFORM_WORDS.m_exampleSetup +
+                  ", or give the right name with --driver."
+            : "Give the name of a registered driver with --driver, or install that driver.";
     return {Severity::Error, "driver-not-registered",
             "The driver " + Quote(in_driver) + " is not registered in " + in_registry.GetPath() +
                 "." + known + (known.empty() ? "" : "."),
-            "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) + " --setup " +
-                PLATFORM_WORDS.m_exampleSetup + ", or give the right name with --driver."};
+            repair};
 }
 
 void ExamineLibrary(const std::string& in_entry, const std::string& in_library,
@@ -81,7 +90,9 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
     }
 }
 
-Findings ExamineDriver(const std::string& in_driver) {
+namespace {
+
+Findings ExamineRegistration(const std::string& in_driver) {
     const DriverRegistry registry;
     const std::optional<Entries> entries = registry.Find(in_driver);
     if (!entries) return {NotRegistered(registry, in_driver)};
@@ -109,6 +120,48 @@ Findings ExamineDriver(const std::string& in_driver) {
     } else {
         ExamineLibrary("Driver", driver, {"SQLAllocHandle", "SQLAllocEnv"}, findings);
     }
+    return findings;
+}
+
+/// Sends the setup library, by way of the installer, a request that it has to refuse.
+/// @return "=" when it answered, else the installer's errors
+std::string Request(const std::string& in_driver) {
+    constexpr unsigned short REMOVE_DSN = 3;
+    constexpr unsigned long FIRST_ANSWER = 8;  // ODBC_ERROR_INVALID_KEYWORD_VALUE
+    constexpr unsigned long LAST_ANSWER = 11;  // ODBC_ERROR_REQUEST_FAILED
+    // No DSN has such a name.
+    if (InstallerCalls::Configure(REMOVE_DSN, in_driver, "DSN=[]")) return "=";
+    std::string text;
+    unsigned long code = 0;
+    std::string message;
+    for (unsigned short i = 1; i <= 8 && InstallerCalls::GetError(i, code, message); ++i) {
+        if (code >= FIRST_ANSWER && code <= LAST_ANSWER) return "=";
+        text += (text.empty() ? "" : ", ") + std::to_string(code) + " " + message;
+    }
+    return text.empty() ? "the installer gave no reason" : text;
+}
+
+Finding ExamineRequest(const std::string& in_driver) {
+    const std::string answer = RunApart([&] { return Request(in_driver); });
+    if (answer == "=") {
+        return {Severity::Note, "driver-answers",
+                "The installer finds the driver " + Quote(in_driver) +
+                    ", and its setup library answers requests.",
+                "Nothing has to be done."};
+    }
+    return {Severity::Error, "driver-does-not-answer",
+            "The setup library of the driver " + Quote(in_driver) +
+                " can be loaded, but does not answer a request through the installer: " +
+                (answer.empty() ? "it ends the process or takes too long" : answer) + ".",
+            "Set TR4CE=9:FILE and run doctor again: the file then tells how far a request comes."};
+}
+
+}  // namespace
+
+Findings ExamineDriver(const std::string& in_driver) {
+    Findings findings = ExamineRegistration(in_driver);
+    // Else the request fails for a reason that has a finding already.
+    if (!HasError(findings)) findings.push_back(ExamineRequest(in_driver));
     return findings;
 }
 

@@ -9,7 +9,8 @@
 
 namespace Veltrane::Cli {
 
-/// Loads the driver's libraries, each in a process of its own.
+/// Loads the driver's libraries, and sends a request that changes nothing through the installer,
+/// each in a process of its own.
 /// @throws CommandError when odbcinst.ini is there but cannot be read
 Findings ExamineDriver(const std::string& in_driver);
 

@@ -5,6 +5,7 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/ChangeRecord.h"
 #include "cli/dsn/Entries.h"
+#include "cli/dsn/NearKey.h"
 #include "cli/examine/FileRights.h"
 #include "cli/examine/LeftFiles.h"
 #include "cli/system/CommandError.h"
@@ -46,6 +47,14 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Finding
              key == "DSN" ? "Add the DSN again under another name and remove this one."
                           : "Give it another value: veltrane-dsn set " + Quote(in_dsn) + " -p " +
                                 key + "=VALUE."});
+    }
+    for (const auto& [key, value] : in_entries) {
+        const std::string note = DescribeNearKey(key);
+        if (note.empty()) continue;
+        io_findings.push_back({Severity::Note, "key-unknown",
+                               "The DSN " + Quote(in_dsn) + ": " + note,
+                               "If it is meant: veltrane-dsn set " + Quote(in_dsn) + " --unset " +
+                                   Quote(key) + ", and the right key with -p."});
     }
 }
 
@@ -109,10 +118,15 @@ void ExamineRights(const DsnStore& in_store, const ODBC::OdbcIniText& in_text,
 
 }  // namespace
 
-Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn) {
+Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn,
+                    const std::string& in_driver) {
     Findings findings;
     const std::vector<Entry> lines = in_text.GetKeyValues(in_dsn);
-    ExamineFields(Entries(lines), in_dsn, findings);
+    const Entries entries(lines);
+    const std::string driver = entries.Get("Driver");
+    if (driver.empty() || EqualsIgnoringCase(driver, in_driver)) {
+        ExamineFields(entries, in_dsn, findings);
+    }
     ExamineLines(lines, in_dsn, findings);
     if (HasLongLine(in_text, in_dsn)) {
         findings.push_back({Severity::Error, "value-does-not-survive",

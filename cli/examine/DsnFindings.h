@@ -11,7 +11,9 @@
 namespace Veltrane::Cli {
 
 /// Examines one DSN: what is missing, and which values programs will not read as they stand.
-Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn);
+/// @param in_driver  a DSN of another one need not have its keys
+Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn,
+                    const std::string& in_driver);
 
 /// Examines the file of a scope: readable, writable, private if it holds a password.
 Findings ExamineFile(const DsnStore& in_store);

@@ -1,16 +1,14 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
-#include <poll.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <optional>
 
 #include "Setup/SystemCalls.h"
+#include "cli/examine/Apart.h"
 #include "cli/examine/LibraryProbe.h"
 
 namespace Veltrane::Cli {
@@ -18,9 +16,6 @@ namespace Veltrane::Cli {
 namespace {
 
 using ODBC::SystemCalls::FileHandle;
-
-/// How long a library may take to load, in milliseconds.
-constexpr int LOAD_TIMEOUT = 20'000;
 
 /// What tells the architecture at the beginning of an ELF file; the same in 32 and 64 bits.
 struct ElfStart {
@@ -70,7 +65,7 @@ LibraryProbe ProbeFile(const std::string& in_path) {
     return {};
 }
 
-/// In the child: '=' when all is well, '-' when no function is exported, else the loader's error.
+/// '=' when all is well, '-' when no function is exported, else the loader's error.
 std::string Load(const std::string& in_path, const std::vector<std::string>& in_functions) {
     void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) return dlerror();
@@ -79,38 +74,6 @@ std::string Load(const std::string& in_path, const std::vector<std::string>& in_
         isExported = isExported || dlsym(library, function.c_str()) != nullptr;
     }
     return isExported ? "=" : "-";
-}
-
-std::string ReadAnswer(int in_handle) {
-    std::string answer;
-    for (pollfd waited{in_handle, POLLIN, 0}; poll(&waited, 1, LOAD_TIMEOUT) > 0;) {
-        char block[1024];
-        const ssize_t count = read(in_handle, block, sizeof block);
-        if (count <= 0) break;
-        answer.append(block, static_cast<std::size_t>(count));
-    }
-    return answer;
-}
-
-/// @return what Load gave; empty when the process ended before
-std::string LoadInChild(const std::string& in_path, const std::vector<std::string>& in_functions) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return std::strerror(errno);
-    const FileHandle readEnd(ends[0]);
-    FileHandle writeEnd(ends[1]);
-    const pid_t child = fork();
-    if (child < 0) return std::strerror(errno);
-    if (child == 0) {
-        const std::string answer = Load(in_path, in_functions);
-        const ssize_t written = write(writeEnd.Get(), answer.data(), answer.size());
-        _exit(written < 0 ? 1 : 0);
-    }
-    writeEnd = FileHandle();
-    const std::string answer = ReadAnswer(readEnd.Get());
-    kill(child, SIGKILL);
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    return answer;
 }
 
 std::string Join(const std::vector<std::string>& in_names) {
@@ -127,7 +90,7 @@ LibraryProbe ProbeLibrary(const std::string& in_path,
         const LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }
-    const std::string answer = LoadInChild(in_path, in_functions);
+    const std::string answer = RunApart([&] { return Load(in_path, in_functions); });
     if (answer.empty()) return {LibraryFault::Crashes, {}};
     if (answer == "=") return {};
     if (answer == "-") return {LibraryFault::NoEntryPoint, Join(in_functions)};

@@ -158,8 +158,9 @@ constexpr CommandInfo COMMANDS[] = {
      "veltrane-dsn where\n"
      "veltrane-dsn where --json"},
     {C::Doctor, "doctor", "", K::None, "find what is wrong and how to repair it",
-     "Examines the driver's registration and libraries, the files of DSNs, their rights and their "
-     "contents, and the driver manager. Each finding comes with a way to repair it. Nothing is "
+     "Examines the driver's registration and libraries, sends its setup library a request that "
+     "changes nothing, and examines the files of DSNs, their rights and their contents, and the "
+     "driver manager. Where nothing is wrong, one line is printed. Each finding comes with a way to repair it. Nothing is "
      "changed. The exit code is 1 if there is an error.",
      "veltrane-dsn doctor\n"
      "veltrane-dsn doctor --json"},

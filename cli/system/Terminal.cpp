@@ -14,4 +14,10 @@ std::string AskForPassword(const std::string& in_question) {
     return answers.front();
 }
 
+bool ReadSecret(const std::string& in_name, std::string& out_value) {
+    if (!ReadVariable(in_name, out_value)) return false;
+    if (out_value.empty()) RefuseEmptySecret("the variable " + in_name);
+    return true;
+}
+
 }  // namespace Veltrane::Cli

@@ -25,13 +25,16 @@ inline constexpr char NO_TERMINAL[] =
 inline constexpr char INTERRUPTED[] = "Interrupted; nothing is changed.";
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions);
 
-/// Takes a variable out of the environment of this process and clears the memory that it stood in.
-/// @return false when it is not set
-/// @throws CommandError EXIT_FAILED when it is empty
-bool TakeVariable(const std::string& in_name, std::string& out_value);
-
-/// As TakeVariable, but leaves the variable where it is.
+/// @return false when the variable is not set
 bool ReadVariable(const std::string& in_name, std::string& out_value);
+
+/// As ReadVariable, for a password.
+/// @throws CommandError EXIT_FAILED when it is empty
+bool ReadSecret(const std::string& in_name, std::string& out_value);
+
+/// As ReadSecret, but takes the variable out of the environment of this process and clears the
+/// memory that it stood in.
+bool TakeVariable(const std::string& in_name, std::string& out_value);
 
 }  // namespace Veltrane::Cli
 

@@ -89,13 +89,12 @@ std::vector<std::string> AskSecretly(const std::vector<std::string>& in_question
 bool ReadVariable(const std::string& in_name, std::string& out_value) {
     const char* const value = std::getenv(in_name.c_str());
     if (value == nullptr) return false;
-    if (*value == '\0') RefuseEmptySecret("the variable " + in_name);
     out_value = value;
     return true;
 }
 
 bool TakeVariable(const std::string& in_name, std::string& out_value) {
-    if (!ReadVariable(in_name, out_value)) return false;
+    if (!ReadSecret(in_name, out_value)) return false;
     char* const value = std::getenv(in_name.c_str());
     ODBC::WipeBytes(value, std::strlen(value));
     unsetenv(in_name.c_str());

@@ -124,12 +124,11 @@ bool ReadVariable(const std::string& in_name, std::string& out_value) {
     value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
     out_value = ToUtf8(value);
     ODBC::Wipe(value);
-    if (out_value.empty()) RefuseEmptySecret("the variable " + in_name);
     return true;
 }
 
 bool TakeVariable(const std::string& in_name, std::string& out_value) {
-    if (!ReadVariable(in_name, out_value)) return false;
+    if (!ReadSecret(in_name, out_value)) return false;
     const std::wstring name = ToWide(in_name);
     // Overwritten where it stands, in the process and in the copy of the C run-time.
     SetEnvironmentVariableW(name.c_str(), std::wstring(ToWide(out_value).size(), L' ').c_str());

@@ -9,7 +9,7 @@ namespace {
 
 std::string Ids(const std::string& in_file) {
     std::string ids;
-    for (const Finding& finding : ExamineDsn(ODBC::OdbcIniText(in_file), "a")) {
+    for (const Finding& finding : ExamineDsn(ODBC::OdbcIniText(in_file), "a", "Veltrane")) {
         ids += std::string(ids.empty() ? "" : " ") + finding.m_id;
     }
     return ids;
@@ -29,6 +29,8 @@ TEST(DsnFindings, ExamineTheLinesOfADsn) {
         {"the longest line", sound + "X=" + std::string(997, 'v') + "\n", ""},
         {"a longer line", sound + "X=" + std::string(998, 'v') + "\n", "value-does-not-survive"},
         {"a long line of another DSN", sound + "[b]\nX=" + std::string(998, 'v') + "\n", ""},
+        {"a key near one of ours", sound + "Sever=t\n", "key-unknown"},
+        {"another driver, which has no such keys", "[a]\nDriver=Other\nSever=s\n", ""},
         {"a key twice", sound + "server=t\n", "key-twice"},
         {"a value that iODBC cuts", sound + "PWD=a ;b\n",
          PLATFORM_WORDS.m_hasCommentsInValues ? "value-cut-by-iodbc" : ""},

@@ -99,6 +99,8 @@ class FileFindingsTest(FileTest):
         self.register(self.stage.compile("crash", "#include <stdlib.h>\n__attribute__((constructor)) "
                                                   "static void f(void) { abort(); }"))
         self.assertIn("library-crashes", self.findings())
+        self.register(self.stage.compile("abort", "#include <stdlib.h>\nint ConfigDSN(void) { abort(); }"))
+        self.assertIn("it ends the process", self.findings()["driver-does-not-answer"])
 
     def test_finds_what_is_wrong_with_files(self):
         self.write_file("user.ini", "[sales]\nDriver=Veltrane\nServer=s\nPWD=hunter2\nServer=t\n"

@@ -229,6 +229,7 @@ class ChangeTest(ToolTest):
                       f"{self.stage.NOT_FOUND}.", errors)
         _, errors = self.add_sales("--driver", "Nobody", code=1)
         self.assertIn(f'"Nobody" is not registered in {self.stage.places["drivers"]}.', errors)
+        self.assertNotIn("driver register", errors)
         self.assertEqual(self.dsns(), {})
 
     def test_the_sections_of_the_driver_manager_are_no_dsns(self):
@@ -511,10 +512,20 @@ class DoctorTest(ToolTest):
         found = self.findings(0)
         self.assertRegex(found["manager-version"], self.stage.MANAGER)
         self.assertNotIn("library-not-found", found)
+        self.assertIn("answers requests", found["driver-answers"])
         output, _ = self.run_tool("doctor", NO_COLOR="1")
         self.assertTrue(all(len(line) <= 80 or "/" in line or "\\" in line
                             for line in output.splitlines()), output)
         self.assertIn("0 errors", output)
+
+    def test_prints_one_line_where_nothing_is_wrong_and_changes_nothing(self):
+        library = self.stage.compile("driver", self.stage.PRELUDE + "EXPORTED int SQLAllocHandle;")
+        self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
+        before = sorted(os.listdir(self.folder))
+        output, _ = self.run_tool("doctor")
+        self.assertRegex(output, r"^Nothing is wrong\. --verbose shows \d+ notes\.\n$")
+        self.assertIn("Nothing has to be done.", self.run_tool("doctor", "-v")[0])
+        self.assertEqual(sorted(os.listdir(self.folder)), before)
 
     def register_compiled(self, source, *libraries):
         path = self.stage.compile("tested", self.stage.PRELUDE + source, *libraries)
@@ -581,6 +592,7 @@ class DoctorTest(ToolTest):
         self.assertEqual([dsn["name"] for dsn in result["dsns"]], ["a"])
         self.assertEqual(result["dsns"][0]["findings"][0]["id"], "value-missing")
         self.assertTrue(self.run_tool("check", code=1)[0].startswith("a:\nerror: Database of"))
+        self.assertEqual(self.run_tool("check", "b")[0], "b: sound\n")
 
 
 if __name__ == "__main__":
