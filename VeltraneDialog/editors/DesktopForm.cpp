@@ -9,6 +9,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
 #include <algorithm>
 
 #include "VeltraneDialog/FieldRules.h"
@@ -55,10 +58,19 @@ QColor QuietColor(const QPalette& in_palette) {
     return color;
 }
 
+/// As large as its fields, if the screen lets it; else they scroll.
+class FieldArea : public QScrollArea {
+public:
+    using QScrollArea::QScrollArea;
+    QSize sizeHint() const override { return widget()->sizeHint(); }
+};
+
 }  // namespace
 
 DesktopForm::DesktopForm(DialogValues& io_values) : m_values(io_values) {
-    auto* grid = new QGridLayout(this);
+    auto* fields = new QWidget(this);
+    auto* grid = new QGridLayout(fields);
+    grid->setContentsMargins(0, 0, 0, 0);
     grid->setColumnStretch(1, 1);
     grid->setVerticalSpacing(2);
     grid->setHorizontalSpacing(14);
@@ -66,7 +78,18 @@ DesktopForm::DesktopForm(DialogValues& io_values) : m_values(io_values) {
         BuildRow(m_rows[i], DIALOG_FIELDS[DISPLAY_ORDER[i]], *grid);
     }
     grid->setRowStretch(grid->rowCount(), 1);
-    grid->addWidget(BuildButtons(), grid->rowCount(), 0, 1, 2);
+    m_area = new FieldArea(this);
+    m_area->setFrameShape(QFrame::NoFrame);
+    m_area->setWidgetResizable(true);
+    m_area->setFocusPolicy(Qt::NoFocus);
+    m_area->setWidget(fields);
+    auto* layout = new QVBoxLayout(this);
+    layout->setSpacing(0);
+    layout->addWidget(m_area, 1);
+    layout->addWidget(BuildButtons());
+    // Qt would take at most two thirds of the screen.
+    const QSize title(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    resize(sizeHint().boundedTo(screen()->availableSize() - title));
     Follow();
     const auto first = std::find_if(m_rows.begin(), m_rows.end(), [](const Row& in_row) {
         return in_row.m_field->m_isRequired && in_row.m_edit->text().isEmpty();
@@ -118,6 +141,7 @@ QWidget* DesktopForm::BuildInput(Row& out_row) {
     if (out_row.m_field->m_kind == DialogFieldKind::LOGIN_MODE) {
         auto* choice = new QComboBox(this);
         choice->setEditable(true);
+        choice->installEventFilter(this);  // it, not its edit, gets the focus
         choice->setInsertPolicy(QComboBox::NoInsert);
         for (const char* mode : LOGIN_MODES) {
             choice->addItem(QString::fromUtf8(mode));
@@ -130,7 +154,8 @@ QWidget* DesktopForm::BuildInput(Row& out_row) {
     }
     out_row.m_edit = new QLineEdit(this);
     out_row.m_edit->setMaxLength(MAX_LENGTH);
-    out_row.m_edit->setMinimumWidth(fontMetrics().averageCharWidth() * FIELD_WIDTH);
+    out_row.m_edit->setMinimumWidth(std::min(fontMetrics().averageCharWidth() * FIELD_WIDTH,
+                                             screen()->availableSize().width() * 2 / 3));
     if (out_row.m_field->m_kind != DialogFieldKind::PASSWORD) {
         return out_row.m_edit;
     }
@@ -208,6 +233,9 @@ void DesktopForm::accept() {
 }
 
 bool DesktopForm::eventFilter(QObject* in_object, QEvent* in_event) {
+    if (in_event->type() == QEvent::FocusIn) {
+        m_area->ensureWidgetVisible(static_cast<QWidget*>(in_object));
+    }
     // The accelerator of a button that is disabled would be taken for text, unseen in a password.
     const bool isAccelerator = in_event->type() == QEvent::KeyPress &&
                                static_cast<QKeyEvent*>(in_event)->modifiers() == Qt::AltModifier &&

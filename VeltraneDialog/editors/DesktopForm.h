@@ -12,6 +12,7 @@ class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QScrollArea;
 
 namespace Veltrane::ODBC {
 
@@ -49,6 +50,8 @@ private:
     DialogValues& m_values;
     std::array<Row, DIALOG_FIELDS.size()> m_rows;
     std::vector<QLabel*> m_quietLabels;
+    /// The fields, which scroll where the screen is too small for them.
+    QScrollArea* m_area = nullptr;
     QPushButton* m_ok = nullptr;
 };
 

@@ -9,6 +9,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScreen>
 #include <QStyleFactory>
 
 namespace Veltrane::ODBC {
@@ -119,6 +120,28 @@ TEST_F(DesktopFormTest, TextsBeyondTheLimitOfAWidgetAreRefusedNotCut) {
     Edit(form, "Server")->setText(QString(100000, 'x'));
     EXPECT_EQ(Edit(form, "Server")->text().size(), 100000);
     EXPECT_FALSE(Button(form, "&OK")->isEnabled());
+}
+
+TEST_F(DesktopFormTest, TheFieldsScrollWhereTheScreenIsTooSmall) {
+    QFont font = QApplication::font();
+    font.setPointSize(40);
+    QApplication::setFont(font);
+    DesktopForm form(m_values);
+    form.show();
+    const QSize room = form.screen()->availableSize();
+    EXPECT_LE(form.height(), room.height());
+    EXPECT_LE(form.width(), room.width());
+    const auto isInSight = [](const QWidget* in_widget) {
+        return in_widget->visibleRegion().boundingRect().height() == in_widget->height();
+    };
+    EXPECT_TRUE(isInSight(Button(form, "&OK")));
+    for (const DialogField& field : DIALOG_FIELDS) {
+        SCOPED_TRACE(field.m_key);
+        QLineEdit* const edit = Edit(form, QString(field.m_label).remove('&').toLatin1());
+        edit->setFocus();
+        QApplication::processEvents();
+        EXPECT_TRUE(isInSight(edit));
+    }
 }
 
 TEST_F(DesktopFormTest, ThePasswordIsShownOnlyOnRequest) {

@@ -143,6 +143,13 @@ TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
     VeltraneDSNDialog editor = MakeEditor();
     const int result = ShowTo(editor, [&](const Form& in_form) {
         EXPECT_EQ(in_form.Title(), L"Data source sales");
+        // A screen of 800 x 480, with 31 pixels for the frame and Windows' font of 7 x 15.
+        RECT form{};
+        RECT font{0, 0, 4, 8};
+        GetClientRect(in_form.Window(), &form);
+        MapDialogRect(in_form.Window(), &font);
+        EXPECT_LE(form.right * 7 / font.right, 800);
+        EXPECT_LE(form.bottom * 15 / font.bottom, 480 - 31);
         for (int i = 0; i < ROWS; ++i) {
             EXPECT_EQ(in_form.Text(ID_INPUT + i), AsWide(OLD[i].c_str())) << i;
             if (ID_INPUT + i != LOGIN_MODE) in_form.Enter(ID_INPUT + i, entered[i]);
@@ -155,6 +162,23 @@ TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
     for (int i = 0; i < ROWS; ++i) {
         EXPECT_EQ(AsWide((editor.*GETTERS[i])()->c_str()), entered[i]) << i;
     }
+}
+
+TEST(NativeForm, WhatWasLoadedPassesAsLongAsItIsNotChanged) {
+    const std::u16string odd = std::u16string(300, u'x') + u"\t\x01\x7F\v\x85 ";
+    VeltraneDSNDialog editor = MakeEditor();
+    editor.SetServer(odd);
+    editor.SetPwd(odd);
+    editor.SetMicroStrategyLoginMode(odd);
+    const int result = ShowTo(editor, [](const Form& in_form) {
+        in_form.Enter(DATABASE, L"d2");
+        EXPECT_TRUE(in_form.IsEnabled(IDOK));
+        in_form.Click(IDOK);
+    });
+    EXPECT_EQ(result, VeltraneDSNDialog::RESULT_OK);
+    EXPECT_EQ(editor.GetServer(), odd);
+    EXPECT_EQ(editor.GetPwd(), odd);
+    EXPECT_EQ(editor.GetMicroStrategyLoginMode(), odd);
 }
 
 TEST(NativeForm, CancelChangesNothing) {

@@ -151,6 +151,16 @@ class TerminalEditorTest(editor_harness.EditorTest):
                          {"Driver": "Veltrane", "Server": "new", "UID": "me", "PWD": "s3cret",
                           "Database": "retail"})
 
+    def test_what_is_not_changed_stays_byte_for_byte(self):
+        before = self.existing_odd_values()
+        self.start("config", "DSN=sales")
+        self.wait_for_text("Data source sales")
+        self.keys("Tab", "Tab", "Tab", "End")
+        self.type("2")
+        self.keys("Enter")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.ini.read_bytes(), before.replace(b"UID=me", b"UID=me2"))
+
     def leave(self, *keys):
         self.existing()
         before = self.stored("sales")
