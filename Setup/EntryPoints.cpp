@@ -9,6 +9,7 @@
 #include "Setup/ConfigDSNInternal.h"
 #include "Setup/InstallerCaller.h"
 #include "Setup/ModulePin.h"
+#include "Setup/RequestMemory.h"
 
 namespace {
 
@@ -41,6 +42,7 @@ template <typename Char>
 int ConfigDSNEntry(void* in_parentWindow, unsigned short in_requestType,
                    const Char* in_driverDescription, const Char* in_attributes) noexcept {
     Veltrane::ODBC::PinModule();
+    const Veltrane::ODBC::RequestMemory memory;
     try {
         return Veltrane::ODBC::ConfigDSNInternal(in_parentWindow, in_requestType,
                                                  orska_wstring(in_driverDescription),

@@ -4,6 +4,8 @@
 #include <new>
 #include <typeinfo>
 
+#include "PlatformAbstraction/base/Wipe.h"
+
 namespace Orska::Support {
 
 constinit thread_local TextPool s_textPool = {};
@@ -27,6 +29,18 @@ bool Lengthen(icu::UnicodeString& io_text, std::int32_t in_length) noexcept {
     }
     io_text.releaseBuffer(in_length);
     return true;
+}
+
+/// Clears all units that the text has room for; its length stays when it holds them in itself.
+void WipeText(icu::UnicodeString& io_text) noexcept {
+    const bool isPooled = HoldsItsUnits(io_text);
+    const std::int32_t length = io_text.length();
+    const std::int32_t capacity = io_text.getCapacity();
+    // Null for a text that is bogus or cannot be written to, which none of ours is.
+    char16_t* const units = io_text.getBuffer(capacity);
+    if (units == nullptr) return;
+    WipeBytes(units, static_cast<std::size_t>(capacity) * sizeof(char16_t));
+    io_text.releaseBuffer(isPooled ? length : 0);
 }
 
 }  // namespace
@@ -67,6 +81,7 @@ icu::UnicodeString* AcquireText(const char16_t* in_units, std::int32_t in_length
 }
 
 void ReleaseText(icu::UnicodeString* in_text) noexcept {
+    if (s_textPool.m_isWiped && in_text != nullptr) WipeText(*in_text);
     // Only plain, usable objects are kept; a subclass is deleted as what it is.
     if (in_text == nullptr || !HoldsItsUnits(*in_text) ||
         &typeid(*in_text) != &typeid(icu::UnicodeString)) {

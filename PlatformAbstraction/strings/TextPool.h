@@ -2,7 +2,8 @@
 ///
 /// A text object is made and deleted with ICU's allocator. Making and deleting one costs more than
 /// most texts do, so each thread keeps a few short ones that were given back, alive, for its next
-/// strings; they are deleted when the thread ends. Used by the string layer only.
+/// strings; they are deleted when the thread ends. Used by the string layer only, WipedTexts
+/// excepted.
 #ifndef PLATFORMABSTRACTION_TEXTPOOL_H
 #define PLATFORMABSTRACTION_TEXTPOOL_H
 
@@ -30,6 +31,7 @@ struct TextPool {
     std::uint32_t m_count;
     std::uint32_t m_capacity;  ///< 0 before the first text is given back and after the thread's end
     bool m_isClosed;
+    bool m_isWiped;  ///< texts are cleared when they are given back
     icu::UnicodeString* m_texts[CAPACITY];
 };
 
@@ -94,6 +96,19 @@ inline bool OverwriteText(icu::UnicodeString& io_text, const char16_t* in_units,
 
 /// Takes a text object, made here or with `new icu::UnicodeString`, or null.
 void ReleaseText(icu::UnicodeString* in_text) noexcept;
+
+/// While one lives, the texts that the thread's strings give back are cleared: for threads that
+/// handle passwords.
+class WipedTexts {
+public:
+    WipedTexts() noexcept : m_wasWiped(s_textPool.m_isWiped) { s_textPool.m_isWiped = true; }
+    WipedTexts(const WipedTexts&) = delete;
+    WipedTexts& operator=(const WipedTexts&) = delete;
+    ~WipedTexts() { s_textPool.m_isWiped = m_wasWiped; }
+
+private:
+    bool m_wasWiped;
+};
 
 struct TextReleaser {
     void operator()(icu::UnicodeString* in_text) const noexcept { ReleaseText(in_text); }
