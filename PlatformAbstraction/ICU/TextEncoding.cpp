@@ -180,36 +180,17 @@ std::size_t CountMalformedBytes(std::string_view in_bytes, EncodingType in_encod
     return count;
 }
 
-// Decodes into room for as many units as the bytes can give; returns how many they do.
-std::int32_t DecodeUnits(TranscoderFunction in_decoder, std::string_view in_bytes,
-                         EncodingType in_encoding, char16_t* out_units, std::int32_t in_room) {
-    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
-    TranscoderTarget target{reinterpret_cast<char*>(out_units),
-                            static_cast<std::uint64_t>(in_room) * UNIT, 0};
-    std::int32_t result = in_decoder(source, target);
-    while (result == TRANSCODER_INVALID || result == TRANSCODER_INCOMPLETE) {
-        std::memcpy(target.m_data + target.m_position, &REPLACEMENT, UNIT);
-        target.m_position += UNIT;
-        // What the end cuts off is one error.
-        source.m_position +=
-            result == TRANSCODER_INCOMPLETE
-                ? source.m_length - source.m_position
-                : CountMalformedBytes(in_bytes.substr(source.m_position), in_encoding);
-        result = in_decoder(source, target);
-    }
-    return static_cast<std::int32_t>(target.m_position / UNIT);
-}
-
 }  // namespace
 
 bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
-                    EncodingType in_encoding, EncodedText& out_done) noexcept {
+                    EncodingType in_encoding, EncodedText& out_done,
+                    bool in_isScratchAllowed) noexcept {
     out_done = {};
     const TranscoderFunction encoder = GetUtf16Encoder(in_encoding);
     if (encoder == nullptr) {
         return false;
     }
-    if (in_encoding != EncodingType::ENC_UTF8) {
+    if (in_encoding != EncodingType::ENC_UTF8 || in_isScratchAllowed) {
         EncodePart(encoder, in_text, out_buffer, in_capacity, out_done);
         return true;
     }
@@ -306,26 +287,24 @@ std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_
     return bytes + (target - scratch);
 }
 
-bool DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
-                    icu::UnicodeString& out_text) {
+std::int32_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
+                            char16_t* out_units, std::int32_t in_room) noexcept {
     const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
-    if (decoder == nullptr) {
-        return false;
+    TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
+    TranscoderTarget target{reinterpret_cast<char*>(out_units),
+                            static_cast<std::uint64_t>(in_room) * UNIT, 0};
+    std::int32_t result = decoder(source, target);
+    while (result == TRANSCODER_INVALID || result == TRANSCODER_INCOMPLETE) {
+        std::memcpy(target.m_data + target.m_position, &REPLACEMENT, UNIT);
+        target.m_position += UNIT;
+        // What the end cuts off is one error.
+        source.m_position +=
+            result == TRANSCODER_INCOMPLETE
+                ? source.m_length - source.m_position
+                : CountMalformedBytes(in_bytes.substr(source.m_position), in_encoding);
+        result = decoder(source, target);
     }
-    const auto most = static_cast<std::int32_t>(
-        std::min<std::uint64_t>(GetMostUtf16Units(in_encoding, in_bytes.size()), INT32_MAX));
-    // A text that cannot be made longer stays as it was.
-    icu::UnicodeString longer;
-    icu::UnicodeString& text = most <= out_text.getCapacity() ? out_text : longer;
-    char16_t* const units = text.getBuffer(most);
-    if (units == nullptr) {
-        throw std::bad_alloc();
-    }
-    text.releaseBuffer(DecodeUnits(decoder, in_bytes, in_encoding, units, most));
-    if (&text == &longer) {
-        out_text.swap(longer);
-    }
-    return true;
+    return static_cast<std::int32_t>(target.m_position / UNIT);
 }
 
 void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,

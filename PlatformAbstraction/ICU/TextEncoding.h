@@ -32,9 +32,11 @@ constexpr std::int64_t GetMostBytes(std::u16string_view in_text) noexcept {
 /// Encodes without ICU. Behind the bytes it writes nothing, except zeros in place of a code point
 /// that did not fit.
 /// @param in_capacity  bytes
+/// @param in_isScratchAllowed  the rest of the buffer may be overwritten
 /// @return false, with nothing done, for an encoding that only ICU has
 bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
-                    EncodingType in_encoding, EncodedText& out_done) noexcept;
+                    EncodingType in_encoding, EncodedText& out_done,
+                    bool in_isScratchAllowed = false) noexcept;
 
 /// The bytes that EncodeDirectly needs for a whole text, or -1 for an encoding that only ICU has.
 std::int64_t MeasureDirectly(std::u16string_view in_text, EncodingType in_encoding) noexcept;
@@ -51,12 +53,11 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
 std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_text,
                                UErrorCode& io_status);
 
-/// Decodes without ICU.
-/// @param out_text  its text is replaced; must not hold the bytes
-/// @return false, with nothing done, for an encoding that only ICU has
-/// @throws std::bad_alloc  the text is then as it was
-bool DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
-                    icu::UnicodeString& out_text);
+/// Decodes without ICU, from an encoding for which there is a GetUtf16Decoder.
+/// @param out_units  room for GetMostUtf16Units
+/// @return units written
+std::int32_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
+                            char16_t* out_units, std::int32_t in_room) noexcept;
 
 /// Decodes with ICU and appends.
 void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,

@@ -65,22 +65,31 @@ TranscoderFunction GetCopy() noexcept {
                                            : COPY<UnicodeForms::CopyUtf16_SSE2>;
 }
 
-// What a single-byte set has for a unit from 80 on, or -1; below, all of them have ASCII.
+// The single-byte sets. Find gives the byte for a unit, or -1.
 
-template <char16_t LAST>
-int FindUpTo(char16_t in_unit) noexcept {
-    return in_unit <= LAST ? in_unit : -1;
-}
+struct UsAscii {
+    static constexpr UnicodeForms::ByteRange BLOCKS = {0x7F, 0xFFFF};
+    static int Find(char16_t in_unit) noexcept { return in_unit <= 0x7F ? in_unit : -1; }
+};
 
-int FindInCp1252(char16_t in_unit) noexcept {
-    if (in_unit >= 0xA0 && in_unit <= 0xFF) {
-        return in_unit;
+struct Latin1 {
+    static constexpr UnicodeForms::ByteRange BLOCKS = {0xFF, 0xFFFF};
+    static int Find(char16_t in_unit) noexcept { return in_unit <= 0xFF ? in_unit : -1; }
+};
+
+struct Cp1252 {
+    static constexpr UnicodeForms::ByteRange BLOCKS = {0xFF, 0x80};
+    static int Find(char16_t in_unit) noexcept {
+        if (in_unit <= 0xFF && (in_unit & 0xFFE0) != 0x80) {
+            return in_unit;
+        }
+        constexpr char16_t LAST = 0x2122;
+        const auto* const end = std::end(CP1252_HIGH);
+        const auto* const found =
+            in_unit > LAST ? end : std::find(std::begin(CP1252_HIGH), end, in_unit);
+        return found == end ? -1 : static_cast<int>(0x80 + (found - std::begin(CP1252_HIGH)));
     }
-    const auto* const found = std::find(std::begin(CP1252_HIGH), std::end(CP1252_HIGH), in_unit);
-    return found == std::end(CP1252_HIGH)
-               ? -1
-               : static_cast<int>(0x80 + (found - std::begin(CP1252_HIGH)));
-}
+};
 
 struct CodePointRange {
     char32_t m_first;
@@ -97,61 +106,71 @@ constexpr CodePointRange IGNORABLE[] = {
 };
 
 bool IsIgnorable(char32_t in_codePoint) {
-    return std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE),
-                       [&](const CodePointRange& range) {
-                           return range.m_first <= in_codePoint && in_codePoint <= range.m_last;
-                       });
+    const auto* const behind =
+        std::upper_bound(std::begin(IGNORABLE), std::end(IGNORABLE), in_codePoint,
+                         [](char32_t in_value, const CodePointRange& in_range) {
+                             return in_value < in_range.m_first;
+                         });
+    return behind != std::begin(IGNORABLE) && in_codePoint <= behind[-1].m_last;
 }
 
 // To a single-byte set. What it lacks becomes the substitute, or nothing, as ICU has it; a code
 // point that gives no byte goes even into a full target.
-template <int (*FIND)(char16_t), char16_t LAST_OF_BLOCKS>
+template <class Set>
 std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
     constexpr std::uint64_t SCALAR_UNITS = 16;
-    constexpr char SUBSTITUTE = 0x1A;
-    while (io_source.m_position < io_source.m_length) {
-        const std::uint64_t count = std::min((io_source.m_length - io_source.m_position) / 2,
-                                             io_target.m_length - io_target.m_position);
-        const std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(
-            io_source.m_data + io_source.m_position, io_target.m_data + io_target.m_position, count,
-            LAST_OF_BLOCKS);
-        io_source.m_position += 2 * done;
-        io_target.m_position += done;
-        for (std::uint64_t i = 0; i < SCALAR_UNITS && io_source.m_position < io_source.m_length;
-             ++i) {
+    constexpr int SUBSTITUTE = 0x1A;
+    const char* from = io_source.m_data + io_source.m_position;
+    const char* const end = io_source.m_data + io_source.m_length;
+    char* to = io_target.m_data + io_target.m_position;
+    char* const limit = io_target.m_data + io_target.m_length;
+    std::int32_t result = TRANSCODER_DONE;
+    while (from < end && result == TRANSCODER_DONE) {
+        const auto count = static_cast<std::uint64_t>(std::min((end - from) / 2, limit - to));
+        const std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(from, to, count, Set::BLOCKS);
+        from += 2 * done;
+        to += done;
+        for (std::uint64_t i = 0; i < SCALAR_UNITS && from < end; ++i) {
             char32_t codePoint = 0;
-            const auto* const at = reinterpret_cast<const unsigned char*>(io_source.m_data);
-            const std::int32_t used = Utf16Reader<false>::Read(
-                at + io_source.m_position, io_source.m_length - io_source.m_position, codePoint);
+            const std::int32_t used =
+                Utf16Reader<false>::Read(reinterpret_cast<const unsigned char*>(from),
+                                         static_cast<std::uint64_t>(end - from), codePoint);
             if (used < 0) {
-                return used;
+                result = used;
+                break;
             }
-            const int byte = codePoint < 0x80 ? static_cast<int>(codePoint)
-                             : used == 2      ? FIND(static_cast<char16_t>(codePoint))
-                                              : -1;
+            const int byte = used == 2 ? Set::Find(static_cast<char16_t>(codePoint)) : -1;
             if (byte >= 0 || !IsIgnorable(codePoint)) {
-                if (io_target.m_position == io_target.m_length) {
-                    return TRANSCODER_FULL;
+                if (to == limit) {
+                    result = TRANSCODER_FULL;
+                    break;
                 }
-                io_target.m_data[io_target.m_position++] =
-                    byte >= 0 ? static_cast<char>(byte) : SUBSTITUTE;
+                *to++ = static_cast<char>(byte >= 0 ? byte : SUBSTITUTE);
             }
-            io_source.m_position += static_cast<std::uint64_t>(used);
+            from += used;
         }
     }
-    return TRANSCODER_DONE;
+    io_source.m_position = static_cast<std::uint64_t>(from - io_source.m_data);
+    io_target.m_position = static_cast<std::uint64_t>(to - io_target.m_data);
+    return result;
 }
 
-// As latin1, but bytes from 80 on are malformed, which each gives U+FFFD.
+// As latin1, but each byte from 80 on is malformed and gives U+FFFD.
 std::int32_t ConvertFromAscii(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
-    const std::uint64_t start = io_target.m_position;
+    const char* const from = io_source.m_data + io_source.m_position;
+    char* const to = io_target.m_data + io_target.m_position;
     const std::int32_t result = GetTranscoder(static_cast<int>(EncodingType::ENC_LATIN1),
                                               MEMORY_INDEX)(io_source, io_target);
-    for (std::uint64_t at = start; at < io_target.m_position; at += sizeof(char16_t)) {
-        char16_t unit = 0;
-        std::memcpy(&unit, io_target.m_data + at, sizeof(unit));
-        unit = unit < 0x80 ? unit : 0xFFFD;
-        std::memcpy(io_target.m_data + at, &unit, sizeof(unit));
+    const auto count = io_source.m_data + io_source.m_position - from;
+    char all = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        all |= from[i];
+    }
+    for (std::ptrdiff_t i = 0; (all & 0x80) != 0 && i < count; ++i) {
+        constexpr char16_t REPLACEMENT = 0xFFFD;
+        if ((from[i] & 0x80) != 0) {
+            std::memcpy(to + 2 * i, &REPLACEMENT, sizeof(REPLACEMENT));
+        }
     }
     return result;
 }
@@ -172,12 +191,12 @@ TranscoderFunction GetUtf16Encoder(EncodingType in_encoding) noexcept {
         case EncodingType::ENC_UTF32BE:
             return ConvertCodePoints<Utf16Reader<false>, Utf32Writer<true>>;
         case EncodingType::ENC_LATIN1:
-            return ConvertToBytes<FindUpTo<0xFF>, 0xFF>;
+            return ConvertToBytes<Latin1>;
         case EncodingType::ENC_CP1252:
         case EncodingType::ENC_IBM5348:
-            return ConvertToBytes<FindInCp1252, 0x7F>;
+            return ConvertToBytes<Cp1252>;
         case EncodingType::ENC_US_ASCII:
-            return ConvertToBytes<FindUpTo<0x7F>, 0x7F>;
+            return ConvertToBytes<UsAscii>;
         default:
             return nullptr;
     }
@@ -207,9 +226,15 @@ TranscoderFunction GetUtf16Decoder(EncodingType in_encoding) noexcept {
 }
 
 std::uint64_t GetMostUtf16Units(EncodingType in_encoding, std::uint64_t in_bytes) noexcept {
-    // One more for what is cut off at the end.
-    return EncodingInfo::GetCodeUnitWidth(in_encoding) == 1 ? in_bytes
-                                                            : in_bytes / 2 + in_bytes % 2;
+    switch (in_encoding) {
+        case EncodingType::ENC_UTF16LE:
+        case EncodingType::ENC_UTF16BE:
+        case EncodingType::ENC_UTF32LE:
+        case EncodingType::ENC_UTF32BE:
+            return in_bytes / 2 + in_bytes % 2;  // one for what is cut off at the end
+        default:
+            return in_bytes;
+    }
 }
 
 std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_encoding) noexcept {

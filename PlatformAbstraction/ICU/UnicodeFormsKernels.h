@@ -23,9 +23,16 @@ std::uint64_t Utf16ToBig_SSE2(const char* in_source, char* out_target, std::uint
 /// Both leave out what takes two units of UTF-16.
 std::uint64_t Utf16ToUtf32_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
-/// Narrows units up to `in_last`, which is 0xFF or 0x7F.
+
+/// Units that are bytes of the same value: up to `m_last`, which is 0xFF or 0x7F, but for the 32
+/// that begin with `m_hole`.
+struct ByteRange {
+    std::uint16_t m_last;
+    std::uint16_t m_hole;
+};
+/// Narrows units of the range.
 std::uint64_t Utf16ToBytes_SSE2(const char* in_source, char* out_target, std::uint64_t in_count,
-                                char16_t in_last);
+                                ByteRange in_range);
 
 }  // namespace Orska::Support::UnicodeForms
 

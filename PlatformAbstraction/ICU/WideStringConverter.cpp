@@ -12,6 +12,7 @@
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 #include "PlatformAbstraction/ICU/ShortText.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
+#include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/TextPool.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
@@ -128,13 +129,17 @@ void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in
     if (DecodeShortText(bytes, GetShortDecoder(in_encoding), out_result)) {
         return;
     }
+    const bool isDirect = GetUtf16Decoder(in_encoding) != nullptr;
+    const auto most = static_cast<std::int32_t>(GetMostUtf16Units(in_encoding, bytes.size()));
     icu::UnicodeString* const text = out_result.GetImpl();
-    if (text != nullptr && !IsInside(in_bytes, *text) &&
-        DecodeDirectly(bytes, in_encoding, *text)) {
+    if (isDirect && text != nullptr && most <= text->getCapacity() && !IsInside(in_bytes, *text)) {
+        text->releaseBuffer(DecodeDirectly(bytes, in_encoding, text->getBuffer(most), most));
         return;
     }
-    TextOwner owner(AcquireText(0));
-    if (!DecodeDirectly(bytes, in_encoding, *owner)) {
+    TextOwner owner(AcquireText(isDirect ? most : 0));
+    if (isDirect) {
+        owner->truncate(DecodeDirectly(bytes, in_encoding, GetUnits(*owner), most));
+    } else {
         AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
         UErrorCode status = U_ZERO_ERROR;
         DecodeThroughIcu(converter.Get(), bytes, *owner, status);

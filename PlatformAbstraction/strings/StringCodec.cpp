@@ -37,7 +37,7 @@ bool EncodeUnits(std::u16string_view in_text, EncodingType in_encoding,
     out_units.resize(most / sizeof(Unit));
     EncodedText encoded;
     const bool isDone = EncodeDirectly(in_text, reinterpret_cast<char*>(out_units.data()),
-                                       static_cast<std::int64_t>(most), in_encoding, encoded);
+                                       static_cast<std::int64_t>(most), in_encoding, encoded, true);
     out_units.resize(static_cast<std::size_t>(encoded.m_bytes) / sizeof(Unit));
     return isDone;
 }
@@ -54,8 +54,12 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
             return AcquireText(units, static_cast<std::int32_t>(count));
         }
     }
-    TextOwner text(AcquireText(0));
-    if (!DecodeDirectly(bytes, in_encoding, *text)) {
+    const auto most = static_cast<std::int32_t>(GetMostUtf16Units(in_encoding, bytes.size()));
+    TextOwner text(AcquireText(most));
+    if (GetUtf16Decoder(in_encoding) != nullptr) {
+        text->truncate(DecodeDirectly(bytes, in_encoding, GetUnits(*text), most));
+    } else {
+        text->remove();
         const icu::LocalUConverterPointer converter = OpenConverter(in_encoding, DECODE);
         UErrorCode status = U_ZERO_ERROR;
         DecodeThroughIcu(*converter, bytes, *text, status);
@@ -66,6 +70,12 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
 
 std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encoding) {
     const std::u16string_view text = GetView(in_text);
+    char buffer[4 * MOST_SHORT_UNITS];
+    const std::int64_t count =
+        EncodeShortText(text, GetShortEncoder(in_encoding), buffer, sizeof(buffer));
+    if (count >= 0) {
+        return {buffer, static_cast<std::size_t>(count)};
+    }
     std::string bytes;
     if (!EncodeUnits(text, in_encoding, bytes)) {
         const icu::LocalUConverterPointer converter = OpenConverter(in_encoding, ENCODE);
