@@ -52,9 +52,19 @@ bool HasPairsOnly(const char* in_units, std::size_t in_last) noexcept {
     return leads << 1 == trails;
 }
 
-// Copies UTF-16 of 8 to 32 units if it is well-formed; all of it is read before any is written.
+// Copies UTF-16 of up to 32 units if it is well-formed, or, below 8, has no surrogates; all of it
+// is read before any is written.
 bool CopyUtf16(const char* in_units, std::size_t in_count, char* out_units) noexcept {
-    if (in_count - BLOCK > MOST_SHORT_UNITS - BLOCK) {
+    if (in_count < BLOCK) {
+        char16_t units[BLOCK] = {};
+        std::memcpy(units, in_units, 2 * in_count);
+        if (_mm_movemask_epi8(IsKind(Load(units), 0xF800, 0xD800)) != 0) {
+            return false;
+        }
+        std::memcpy(out_units, units, 2 * in_count);
+        return true;
+    }
+    if (in_count > MOST_SHORT_UNITS) {
         return false;
     }
     const std::size_t last = in_count - BLOCK;
@@ -149,43 +159,11 @@ std::int64_t DecodeUtf32(std::string_view in_bytes, char16_t* out_units) noexcep
                : -1;
 }
 
-// The single-byte sets, which all have ASCII.
-template <char16_t LAST>
-std::int64_t EncodeBytes(std::u16string_view in_text, char* out_buffer,
-                         std::int64_t in_capacity) noexcept {
-    const auto size = static_cast<std::int64_t>(in_text.size());
-    return size <= in_capacity && NarrowUnits(in_text, LAST, out_buffer) ? size : -1;
-}
-
-template <unsigned char LAST>
-std::int64_t DecodeBytes(std::string_view in_bytes, char16_t* out_units) noexcept {
-    unsigned char all = 0;
-    for (const char byte : in_bytes) {
-        all |= static_cast<unsigned char>(byte);
-        *out_units++ = static_cast<unsigned char>(byte);
-    }
-    return all <= LAST ? static_cast<std::int64_t>(in_bytes.size()) : -1;
-}
-
 std::int64_t RefuseText(std::u16string_view, char*, std::int64_t) noexcept { return -1; }
 
 std::int64_t RefuseBytes(std::string_view, char16_t*) noexcept { return -1; }
 
 }  // namespace
-
-bool NarrowUnits(std::u16string_view in_text, char16_t in_last, char* out_bytes) noexcept {
-    unsigned all = 0;
-    for (const char16_t unit : in_text) {
-        all |= unit;
-    }
-    if (all > in_last) {
-        return false;
-    }
-    for (const char16_t unit : in_text) {
-        *out_bytes++ = static_cast<char>(unit);
-    }
-    return true;
-}
 
 ShortEncoder GetShortEncoder(EncodingType in_encoding) noexcept {
     switch (in_encoding) {
@@ -195,11 +173,6 @@ ShortEncoder GetShortEncoder(EncodingType in_encoding) noexcept {
             return EncodeUtf16;
         case EncodingType::ENC_UTF32LE:
             return EncodeUtf32;
-        case EncodingType::ENC_LATIN1:
-            return EncodeBytes<0xFF>;
-        case EncodingType::ENC_CP1252:
-        case EncodingType::ENC_US_ASCII:
-            return EncodeBytes<0x7F>;
         default:
             return RefuseText;
     }
@@ -213,11 +186,6 @@ ShortDecoder GetShortDecoder(EncodingType in_encoding) noexcept {
             return DecodeUtf16;
         case EncodingType::ENC_UTF32LE:
             return DecodeUtf32;
-        case EncodingType::ENC_LATIN1:
-            return DecodeBytes<0xFF>;
-        case EncodingType::ENC_CP1252:
-        case EncodingType::ENC_US_ASCII:
-            return DecodeBytes<0x7F>;
         default:
             return RefuseBytes;
     }

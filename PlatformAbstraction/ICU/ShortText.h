@@ -1,5 +1,5 @@
-/// Short texts between UTF-16 in memory and the Unicode and single-byte encodings, whole or not at
-/// all. For names and values of a few code units the way into the general conversions costs
+/// Short texts between UTF-16 in memory and the Unicode encodings of the driver manager, whole or
+/// not at all. For names and values of a few code units the way into the general conversions costs
 /// more than the text; who meets a text that is refused here takes them.
 ///
 /// The functions hold no state; any thread may call them.
@@ -36,11 +36,6 @@ using ShortDecoder = std::int64_t (*)(std::string_view in_bytes, char16_t* out_u
 /// The function for an encoding on this processor; one that refuses every text where there is none.
 ShortEncoder GetShortEncoder(EncodingType in_encoding) noexcept;
 ShortDecoder GetShortDecoder(EncodingType in_encoding) noexcept;
-
-/// Writes a text of any length with a byte for each unit.
-/// @param in_last  7F or FF
-/// @return false, with nothing written, when a unit is above
-bool NarrowUnits(std::u16string_view in_text, char16_t in_last, char* out_bytes) noexcept;
 
 /// Encodes a text of any length if it is short.
 /// @return as ShortEncoder

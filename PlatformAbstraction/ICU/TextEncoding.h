@@ -29,6 +29,21 @@ constexpr std::int64_t GetMostBytes(std::u16string_view in_text) noexcept {
     return 16 * (static_cast<std::int64_t>(in_text.size()) + 1);
 }
 
+/// Writes a text with a byte for each unit; false, with nothing written, when it is not all ASCII.
+inline bool NarrowAscii(std::u16string_view in_text, char* out_bytes) noexcept {
+    unsigned all = 0;
+    for (const char16_t unit : in_text) {
+        all |= unit;
+    }
+    if (all >= 0x80) {
+        return false;
+    }
+    for (const char16_t unit : in_text) {
+        *out_bytes++ = static_cast<char>(unit);
+    }
+    return true;
+}
+
 /// Encodes without ICU. Behind the bytes it writes nothing, except zeros in place of a code point
 /// that did not fit.
 /// @param in_capacity  bytes

@@ -13,7 +13,6 @@
 #include "PlatformAbstraction/ICU/Siconv/scalar/Writers.h"
 #include "PlatformAbstraction/ICU/UnicodeFormsKernels.h"
 #include "PlatformAbstraction/base/CpuLevel.h"
-#include "PlatformAbstraction/strings/EncodingInfo.h"
 
 namespace Orska::Support {
 
@@ -106,19 +105,21 @@ constexpr CodePointRange IGNORABLE[] = {
 };
 
 bool IsIgnorable(char32_t in_codePoint) {
-    const auto* const behind =
-        std::upper_bound(std::begin(IGNORABLE), std::end(IGNORABLE), in_codePoint,
-                         [](char32_t in_value, const CodePointRange& in_range) {
-                             return in_value < in_range.m_first;
-                         });
-    return behind != std::begin(IGNORABLE) && in_codePoint <= behind[-1].m_last;
+    // Most of what a set lacks is in these ranges.
+    if (in_codePoint < 0x034F || (in_codePoint > 0x206F && in_codePoint < 0xFE00)) {
+        return in_codePoint == 0x00AD || in_codePoint == 0x3164;
+    }
+    return std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE),
+                       [&](const CodePointRange& range) {
+                           return range.m_first <= in_codePoint && in_codePoint <= range.m_last;
+                       });
 }
 
 // To a single-byte set. What it lacks becomes the substitute, or nothing, as ICU has it; a code
 // point that gives no byte goes even into a full target.
 template <class Set>
 std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
-    constexpr std::uint64_t SCALAR_UNITS = 16;
+    constexpr std::ptrdiff_t BLOCK = 16;  // units
     constexpr int SUBSTITUTE = 0x1A;
     const char* from = io_source.m_data + io_source.m_position;
     const char* const end = io_source.m_data + io_source.m_length;
@@ -126,27 +127,31 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
     char* const limit = io_target.m_data + io_target.m_length;
     std::int32_t result = TRANSCODER_DONE;
     while (from < end && result == TRANSCODER_DONE) {
-        const auto count = static_cast<std::uint64_t>(std::min((end - from) / 2, limit - to));
-        const std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(from, to, count, Set::BLOCKS);
-        from += 2 * done;
-        to += done;
-        for (std::uint64_t i = 0; i < SCALAR_UNITS && from < end; ++i) {
+        const std::ptrdiff_t count = std::min((end - from) / 2, limit - to);
+        if (count >= BLOCK) {
+            const std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(
+                from, to, static_cast<std::uint64_t>(count), Set::BLOCKS);
+            from += 2 * done;
+            to += done;
+        }
+        for (const char* const stop = from + std::min(end - from, 2 * BLOCK); from < stop;) {
             char32_t codePoint = 0;
             const std::int32_t used =
                 Utf16Reader<false>::Read(reinterpret_cast<const unsigned char*>(from),
                                          static_cast<std::uint64_t>(end - from), codePoint);
-            if (used < 0) {
-                result = used;
+            int byte = used == 2 ? Set::Find(static_cast<char16_t>(codePoint)) : -1;
+            if (byte < 0 && used > 0) {
+                if (IsIgnorable(codePoint)) {
+                    from += used;
+                    continue;
+                }
+                byte = SUBSTITUTE;
+            }
+            if (used < 0 || to == limit) {
+                result = used < 0 ? used : TRANSCODER_FULL;
                 break;
             }
-            const int byte = used == 2 ? Set::Find(static_cast<char16_t>(codePoint)) : -1;
-            if (byte >= 0 || !IsIgnorable(codePoint)) {
-                if (to == limit) {
-                    result = TRANSCODER_FULL;
-                    break;
-                }
-                *to++ = static_cast<char>(byte >= 0 ? byte : SUBSTITUTE);
-            }
+            *to++ = static_cast<char>(byte);
             from += used;
         }
     }
@@ -239,15 +244,19 @@ std::uint64_t GetMostUtf16Units(EncodingType in_encoding, std::uint64_t in_bytes
 
 std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_encoding) noexcept {
     constexpr std::size_t MOST = 0x4000;  // units whose extra bytes fit into 16 bits
+    auto count = static_cast<std::int64_t>(in_text.size());
+    switch (in_encoding) {
+        case EncodingType::ENC_UTF16LE:
+        case EncodingType::ENC_UTF16BE:
+            return 2 * count;
+        case EncodingType::ENC_UTF8:
+        case EncodingType::ENC_UTF32LE:
+        case EncodingType::ENC_UTF32BE:
+            break;
+        default:
+            return -1;
+    }
     const bool isUtf8 = in_encoding == EncodingType::ENC_UTF8;
-    const std::int64_t width = EncodingInfo::GetCodeUnitWidth(in_encoding);
-    if (!isUtf8 && width == 1) {
-        return -1;
-    }
-    std::int64_t count = static_cast<std::int64_t>(in_text.size());
-    if (width == 2) {
-        return 2 * count;
-    }
     // As wide as the units, which lets the compiler look at eight at once.
     std::uint16_t found = 0;
     for (std::size_t start = 0; start < in_text.size(); start += MOST) {
@@ -263,7 +272,7 @@ std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_enco
     for (std::size_t i = 1; found != 0 && i < in_text.size(); ++i) {
         count -= U16_IS_LEAD(in_text[i - 1]) && U16_IS_TRAIL(in_text[i]) ? lessForPair : 0;
     }
-    return count * width;
+    return isUtf8 ? count : 4 * count;
 }
 
 }  // namespace Orska::Support

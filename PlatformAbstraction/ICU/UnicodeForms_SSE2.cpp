@@ -127,19 +127,24 @@ std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::ui
 // Reads two blocks and writes their bytes.
 std::uint64_t Utf16ToBytes_SSE2(const char* in_source, char* out_target, std::uint64_t in_count,
                                 ByteRange in_range) {
-    const __m128i beyond = _mm_set1_epi16(static_cast<short>(~in_range.m_last));
+    const __m128i upper = _mm_set1_epi16(static_cast<short>(~in_range.m_last));
+    const __m128i notAscii = _mm_set1_epi16(static_cast<short>(~0x7F));
     const __m128i hole = _mm_set1_epi16(static_cast<short>(in_range.m_hole));
-    const __m128i holeMask = _mm_set1_epi16(static_cast<short>(0xFFE0));
-    const auto isOfRange = [&](__m128i in_units) {
-        const __m128i isInside =
-            _mm_cmpeq_epi16(_mm_and_si128(in_units, beyond), _mm_setzero_si128());
-        return _mm_andnot_si128(_mm_cmpeq_epi16(_mm_and_si128(in_units, holeMask), hole), isInside);
+    const auto isInHole = [&](__m128i in_units) {
+        return _mm_cmpeq_epi16(_mm_and_si128(in_units, _mm_set1_epi16(static_cast<short>(0xFFE0))),
+                               hole);
+    };
+    const auto isZero = [](__m128i in_units) {
+        return _mm_movemask_epi8(_mm_cmpeq_epi16(in_units, _mm_setzero_si128())) == 0xFFFF;
     };
     std::uint64_t done = 0;
     while (done + 2 * BLOCK <= in_count) {
         const __m128i low = LoadUnits(in_source + 2 * done);
         const __m128i high = LoadUnits(in_source + 2 * done + 16);
-        if (_mm_movemask_epi8(_mm_and_si128(isOfRange(low), isOfRange(high))) != 0xFFFF) {
+        const __m128i either = _mm_or_si128(low, high);
+        if (!isZero(_mm_and_si128(either, notAscii)) &&
+            !isZero(_mm_or_si128(_mm_and_si128(either, upper),
+                                 _mm_or_si128(isInHole(low), isInHole(high))))) {
             break;
         }
         StoreUnits(out_target + done, _mm_packus_epi16(low, high));

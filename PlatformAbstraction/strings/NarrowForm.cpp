@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "PlatformAbstraction/ICU/ShortText.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 
@@ -11,7 +11,7 @@ namespace Orska::Support {
 NarrowForm::NarrowForm(const orska_wstring& in_text) {
     const std::u16string_view units = in_text.GetView();
     if (units.size() <= sizeof(m_stack) && EncodingInfo::IsAsciiSuperset(GetAnsiEncoding()) &&
-        NarrowUnits(units, 0x7F, m_stack)) {
+        NarrowAscii(units, m_stack)) {
         m_length = units.size();
         return;
     }

@@ -6,6 +6,7 @@
 #include "Exceptions/OrskaThrow.h"
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 #include "PlatformAbstraction/ICU/ShortText.h"
+#include "PlatformAbstraction/ICU/Siconv/scalar/Readers.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/strings/TextPool.h"
@@ -21,6 +22,36 @@ void CheckStatus(UErrorCode in_status, const TraceSite& in_site) {
     if (U_FAILURE(in_status)) {
         ORSKA_THROW(in_site, ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));
     }
+}
+
+// The ways for short and plain text, into which the general conversions would take longer than the
+// text does.
+
+/// True for the direct encodings in which text in ASCII is the same bytes.
+constexpr bool HasAscii(EncodingType in_encoding) {
+    return in_encoding == EncodingType::ENC_UTF8 || in_encoding == EncodingType::ENC_LATIN1 ||
+           in_encoding == EncodingType::ENC_CP1252 || in_encoding == EncodingType::ENC_US_ASCII;
+}
+
+/// A unit for each byte.
+template <class Reader>
+icu::UnicodeString* DecodeEach(std::string_view in_bytes) {
+    icu::UnicodeString* const text = AcquireText(static_cast<std::int32_t>(in_bytes.size()));
+    char16_t* to = GetUnits(*text);
+    for (const char& byte : in_bytes) {
+        char32_t codePoint = 0;
+        Reader::Read(reinterpret_cast<const unsigned char*>(&byte), 1, codePoint);
+        *to++ = static_cast<char16_t>(codePoint);
+    }
+    return text;
+}
+
+bool IsAscii(std::string_view in_bytes) {
+    char all = 0;
+    for (const char byte : in_bytes) {
+        all |= byte;
+    }
+    return (all & 0x80) == 0;
 }
 
 std::u16string_view GetView(const icu::UnicodeString& in_text) {
@@ -47,8 +78,15 @@ bool EncodeUnits(std::u16string_view in_text, EncodingType in_encoding,
 icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInBytes,
                                EncodingType in_encoding) {
     const std::string_view bytes(in_bytes, static_cast<std::size_t>(in_lengthInBytes));
-    char16_t units[SHORT_UNITS_ROOM];
     if (bytes.size() <= MOST_SHORT_BYTES) {
+        const bool isPlain = HasAscii(in_encoding) && IsAscii(bytes);
+        if (isPlain || in_encoding == EncodingType::ENC_LATIN1) {
+            return DecodeEach<Siconv::Latin1Reader>(bytes);
+        }
+        if (in_encoding == EncodingType::ENC_CP1252) {
+            return DecodeEach<Siconv::Cp1252Reader>(bytes);
+        }
+        char16_t units[SHORT_UNITS_ROOM];
         const std::int64_t count = GetShortDecoder(in_encoding)(bytes, units);
         if (count >= 0) {
             return AcquireText(units, static_cast<std::int32_t>(count));
@@ -69,15 +107,21 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
 }
 
 std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encoding) {
+    constexpr std::size_t MOST_ASCII = 256;  // units; longer text is not looked at twice
     const std::u16string_view text = GetView(in_text);
+    std::string bytes;
+    if (HasAscii(in_encoding) && text.size() <= MOST_ASCII) {
+        bytes.resize(text.size());
+        if (NarrowAscii(text, bytes.data())) {
+            return bytes;
+        }
+    }
     char buffer[4 * MOST_SHORT_UNITS];
     const std::int64_t count =
         EncodeShortText(text, GetShortEncoder(in_encoding), buffer, sizeof(buffer));
     if (count >= 0) {
-        return {buffer, static_cast<std::size_t>(count)};
-    }
-    std::string bytes;
-    if (!EncodeUnits(text, in_encoding, bytes)) {
+        bytes.assign(buffer, static_cast<std::size_t>(count));
+    } else if (!EncodeUnits(text, in_encoding, bytes)) {
         const icu::LocalUConverterPointer converter = OpenConverter(in_encoding, ENCODE);
         UErrorCode status = U_ZERO_ERROR;
         const std::int64_t length = MeasureThroughIcu(*converter, text, status);
