@@ -2,12 +2,15 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <initializer_list>
+#include <optional>
 
 #include "tools/HighDescriptor.h"
 
@@ -66,6 +69,20 @@ private:
     sigset_t m_before;
 };
 
+// Process-wide: set by OpenTraceFile, read by each line that goes to the file.
+constinit mode_t s_fileType = 0;
+
+/// Holding signals back costs about as much as a short line, so it is left out where none can come:
+/// for devices, and for files as long as their size has no limit.
+bool MayBeSignalled(const std::FILE* in_stream) noexcept {
+    if (in_stream == stderr || !(S_ISREG(s_fileType) || S_ISCHR(s_fileType))) {
+        return true;  // a pipe or socket, or what the host may make one
+    }
+    rlimit limit;
+    return S_ISREG(s_fileType) &&
+           (getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY);
+}
+
 constexpr int LAST_COMMON_ERRNO = ERANGE;
 constexpr int NO_NAME = 108;
 
@@ -84,6 +101,8 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
         return nullptr;
     }
     fcntl(descriptor, F_SETFL, O_APPEND);
+    struct stat status;
+    s_fileType = fstat(descriptor, &status) == 0 ? status.st_mode : 0;
     std::FILE* stream = fdopen(descriptor, "a");
     if (stream == nullptr) {
         close(descriptor);
@@ -98,10 +117,14 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
 
 void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size,
                     bool in_isFlushed) noexcept {
-    WriteSignals signals;
+    std::optional<WriteSignals> signals;
+    if (MayBeSignalled(in_stream)) {
+        signals.emplace();
+    }
     const bool isWritten = std::fwrite(in_line, 1, in_size, in_stream) == in_size;
-    if (in_isFlushed ? std::fflush(in_stream) != 0 || !isWritten : !isWritten) {
-        signals.TakeBack();
+    const bool isFlushed = !in_isFlushed || std::fflush(in_stream) == 0;
+    if (signals && !(isWritten && isFlushed)) {
+        signals->TakeBack();
     }
 }
 
