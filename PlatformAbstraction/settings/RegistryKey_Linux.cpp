@@ -121,8 +121,8 @@ bool TakeHandles(std::size_t* in_handles, std::vector<std::size_t>& out_handles)
 bool IsSameName(std::u16string_view in_left, std::u16string_view in_right) {
     const auto upper = [](char16_t in_unit) {
         const auto mapped = static_cast<char16_t>(u_toupper(in_unit));
-        // Windows has no pairs of ASCII letters with others: dotless i and long s stay themselves.
-        return mapped < 0x80 && in_unit >= 0x80 ? in_unit : mapped;
+        // Windows pairs letters both ways or not at all: dotless i and long s are not I and S.
+        return u_tolower(mapped) == in_unit ? mapped : in_unit;
     };
     return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
                       [&](char16_t in_a, char16_t in_b) { return upper(in_a) == upper(in_b); });
