@@ -28,11 +28,7 @@ constexpr char SOURCE[] = "PlatformAbstraction\\OrskaSettingReader_Windows";
 // Process-wide: guards the reader. Re-entrant, because listeners run inside it.
 std::recursive_mutex s_lock;
 
-/// Holds the lock. No cancellation meanwhile: it would pass through what drops all exceptions.
-class Guard {
-    const NoCancellation m_noCancellation;
-    const std::lock_guard<std::recursive_mutex> m_lock{s_lock};
-};
+using Guard = std::lock_guard<std::recursive_mutex>;
 
 std::string EnsureTrailingSeparator(std::string in_path) {
     if (in_path.empty()) {
@@ -62,7 +58,7 @@ OrskaSettingReader* OrskaSettingReader::s_instance = nullptr;
 void OrskaSettingReader::Initialize(const orska_wstring& in_iniFilePath,
                                     const orska_wstring& in_registryKeyName,
                                     const orska_wstring& in_section) {
-    const Guard guard;
+    const Guard guard(s_lock);
     if (s_instance == nullptr) {
         s_instance = new OrskaSettingReader(in_iniFilePath, in_registryKeyName, in_section);
     }
@@ -71,11 +67,6 @@ void OrskaSettingReader::Initialize(const orska_wstring& in_iniFilePath,
 void OrskaSettingReader::Initialize(const orska_wstring& in_registryKeyName,
                                     const orska_wstring& in_section) {
     Initialize(orska_wstring(L""), in_registryKeyName, in_section);
-}
-
-bool OrskaSettingReader::IsInitialized() {
-    const Guard guard;
-    return s_instance != nullptr;
 }
 
 OrskaSettingReader& OrskaSettingReader::Get() {
@@ -91,6 +82,7 @@ void OrskaSettingReader::Load() {
     if (m_isLoaded || m_isLoading) {
         return;
     }
+    const NoCancellation noCancellation;  // it would pass through what drops all exceptions
     const struct Loading {
         bool& m_flag;
         explicit Loading(bool& io_flag) : m_flag(io_flag) { m_flag = true; }
@@ -114,10 +106,9 @@ void OrskaSettingReader::Load() {
 }
 
 std::string& OrskaSettingReader::FindOrAdd(std::string_view in_key) {
-    const SettingKeyView key(in_key);
-    auto found = m_settings.find(key);
+    auto found = m_settings.find(in_key);
     if (found == m_settings.end()) {
-        found = m_settings.emplace(SettingKey(key), std::string()).first;
+        found = m_settings.emplace(in_key, std::string()).first;
     }
     return found->second;
 }
@@ -140,7 +131,7 @@ void OrskaSettingReader::Store(std::string_view in_key, const std::string& in_va
 /// told in their order, except the ones that are not registered any more when their turn comes.
 void OrskaSettingReader::Notify(std::string_view in_key, const std::string& in_oldValue,
                                 const std::string& in_newValue) {
-    const auto found = m_listeners.find(SettingKeyView(in_key));
+    const auto found = m_listeners.find(in_key);
     if (found == m_listeners.end()) {
         return;
     }
@@ -154,26 +145,26 @@ void OrskaSettingReader::Notify(std::string_view in_key, const std::string& in_o
 }
 
 bool OrskaSettingReader::IsListening(ISettingListener* in_listener, std::string_view in_key) const {
-    const auto found = m_listeners.find(SettingKeyView(in_key));
+    const auto found = m_listeners.find(in_key);
     return found != m_listeners.end() && std::find(found->second.begin(), found->second.end(),
                                                    in_listener) != found->second.end();
 }
 
 std::string OrskaSettingReader::ReadLocked(std::string_view in_key) {
-    const Guard guard;
+    const Guard guard(s_lock);
     return Get().Read(in_key);
 }
 
 /// Empty also when there is no reader or the sources cannot be read.
 std::string OrskaSettingReader::ReadOrEmpty(std::string_view in_key) noexcept try {
-    const Guard guard;
+    const Guard guard(s_lock);
     return s_instance == nullptr ? std::string() : s_instance->Read(in_key);
 } catch (...) {
     return {};
 }
 
 void OrskaSettingReader::StoreLocked(std::string_view in_key, const std::string& in_value) {
-    const Guard guard;
+    const Guard guard(s_lock);
     Get().Store(in_key, in_value);
 }
 
@@ -187,19 +178,19 @@ void OrskaSettingReader::SetSetting(const std::string& in_key, const std::string
 
 void OrskaSettingReader::RegisterListener(ISettingListener* in_listener,
                                           const std::string& in_key) {
-    const Guard guard;
+    const Guard guard(s_lock);
     OrskaSettingReader& reader = Get();
     if (reader.IsListening(in_listener, in_key)) {
         orska_abort(SOURCE, 656, "Attempted to register same <Listener, Key> combination twice.");
     }
-    reader.m_listeners[SettingKey(SettingKeyView(in_key))].push_back(in_listener);
+    reader.m_listeners[in_key].push_back(in_listener);
 }
 
 void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
                                             const std::string& in_key) {
-    const Guard guard;
+    const Guard guard(s_lock);
     OrskaSettingReader& reader = Get();
-    const auto found = reader.m_listeners.find(SettingKeyView(in_key));
+    const auto found = reader.m_listeners.find(in_key);
     if (found == reader.m_listeners.end()) {
         orska_abort(SOURCE, 673,
                     "Attempted to unregister <Listener, Key> combination which wasn't registered. "
@@ -218,17 +209,17 @@ void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
 }
 
 const orska_wstring& OrskaSettingReader::GetIniFilePath() {
-    const Guard guard;
+    const Guard guard(s_lock);
     return Get().m_iniFilePath;
 }
 
 const orska_wstring& OrskaSettingReader::GetRegistryKeyName() {
-    const Guard guard;
+    const Guard guard(s_lock);
     return Get().m_registryKeyName;
 }
 
 void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
-    const Guard guard;
+    const Guard guard(s_lock);
     OrskaSettingReader& reader = Get();
     reader.m_iniFilePath = in_path;
     if (reader.m_changeObserver != nullptr) {
@@ -237,7 +228,7 @@ void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
 }
 
 void OrskaSettingReader::SetRegistryKeyName(const orska_wstring& in_name) {
-    const Guard guard;
+    const Guard guard(s_lock);
     OrskaSettingReader& reader = Get();
     reader.m_registryKeyName = in_name;
     if (reader.m_changeObserver != nullptr) {
@@ -246,12 +237,12 @@ void OrskaSettingReader::SetRegistryKeyName(const orska_wstring& in_name) {
 }
 
 void OrskaSettingReader::SetChangeObserver(ISettingChangeObserver* in_observer) {
-    const Guard guard;
+    const Guard guard(s_lock);
     Get().m_changeObserver = in_observer;
 }
 
 void OrskaSettingReader::SetResolveIniPathFromModule(bool in_resolve) {
-    const Guard guard;
+    const Guard guard(s_lock);
     Get().m_resolveIniPathFromModule = in_resolve;
 }
 
@@ -338,7 +329,7 @@ std::string OrskaSettingReader::GetSwapFilePath() {
 }
 
 std::string OrskaSettingReader::GetDriverLocale() {
-    const Guard guard;
+    const Guard guard(s_lock);
     Get();
     std::string value = ReadOrEmpty(SETTING_DRIVER_LOCALE);
     return value.empty() ? "en-US" : value;

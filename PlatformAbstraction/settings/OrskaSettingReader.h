@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-#include "PlatformAbstraction/settings/SettingKeyOrder.h"
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/strings/EncodingType.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
 
@@ -39,7 +39,6 @@ public:
                            const orska_wstring& in_section);
     static void Initialize(const orska_wstring& in_registryKeyName,
                            const orska_wstring& in_section);
-    static bool IsInitialized();
 
     /// The value of a key, in whatever case its ASCII letters are; empty when there is none.
     static std::string GetSetting(const std::string& in_key);
@@ -109,6 +108,14 @@ public:
     static void SetSwapFilePath(const std::string& in_value);
 
 private:
+    /// The order of `_stricmp`, in every locale.
+    struct KeyLess {
+        using is_transparent = void;
+        bool operator()(std::string_view in_left, std::string_view in_right) const noexcept {
+            return IsLessIgnoringCase(in_left, in_right);
+        }
+    };
+
     OrskaSettingReader(const orska_wstring& in_iniFilePath, const orska_wstring& in_registryKeyName,
                        const orska_wstring& in_section)
         : m_iniFilePath(in_iniFilePath),
@@ -131,13 +138,13 @@ private:
     // Process-wide: set by the first Initialize, used by every operation under the lock.
     static OrskaSettingReader* s_instance;
 
-    std::map<SettingKey, std::string, SettingKeyLess> m_settings;
+    std::map<std::string, std::string, KeyLess> m_settings;
     orska_wstring m_iniFilePath;
     orska_wstring m_registryKeyName;
     bool m_resolveIniPathFromModule = false;
     orska_wstring m_section;
     ISettingChangeObserver* m_changeObserver = nullptr;
-    std::map<SettingKey, std::vector<ISettingListener*>, SettingKeyLess> m_listeners;
+    std::map<std::string, std::vector<ISettingListener*>, KeyLess> m_listeners;
     bool m_isLoaded = false;
     bool m_isLoading =
         false;  ///< a listener that reads while the sources load sees what there is yet

@@ -149,7 +149,6 @@ TEST(PlatformStart, WithoutSettingsTheEncodingsAreTheDefaults) {
     InitializePlatform(false);
     EXPECT_EQ(GetAnsiEncoding(), Support::ICUUtils::GetEncodingEnum(ucnv_getDefaultName()));
     EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
-    EXPECT_FALSE(OrskaSettingReader::IsInitialized());
     UninitializePlatform();
     SetVariable("ORSKA_APP_ANSI_ENCODING", "latin1");
     InitializePlatform(false);
