@@ -1,43 +1,30 @@
 #include "Setup/OdbcIniText.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
+
+#include "PlatformAbstraction/base/Ascii.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
 
+using Orska::Support::EqualsIgnoringCase;
+using Orska::Support::FoldCase;
+using Orska::Support::IsAsciiBlank;
+using Orska::Support::Trim;
+using Orska::Support::TrimLeft;
+
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr std::string_view BLANKS = " \t\n\v\f\r";
 
-bool IsBlank(char in_char) { return in_char == ' ' || (in_char >= '\t' && in_char <= '\r'); }
-
 bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
 
-char Fold(char in_char) {
-    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + 32) : in_char;
-}
-
 bool IsLetterOrDigit(char in_char) {
-    const char folded = Fold(in_char);
+    const char folded = Orska::Support::ToLowerAscii(in_char);
     return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
-}
-
-bool IsSameName(std::string_view in_left, std::string_view in_right) {
-    return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
-                      [](char in_a, char in_b) { return Fold(in_a) == Fold(in_b); });
-}
-
-std::string_view TrimLeft(std::string_view in_text) {
-    while (!in_text.empty() && IsBlank(in_text.front())) in_text.remove_prefix(1);
-    return in_text;
-}
-
-std::string_view Trim(std::string_view in_text) {
-    in_text = TrimLeft(in_text);
-    while (!in_text.empty() && IsBlank(in_text.back())) in_text.remove_suffix(1);
-    return in_text;
 }
 
 std::string_view HeaderName(std::string_view in_piece) {
@@ -81,7 +68,7 @@ bool HasIodbcName(std::string_view in_piece) {
 
 /// A line that begins with a blank goes on with the line before.
 bool IsIodbcKeyLine(std::string_view in_piece) {
-    return !IsBlank(in_piece.front()) && in_piece.front() != '[' &&
+    return !IsAsciiBlank(in_piece.front()) && in_piece.front() != '[' &&
            in_piece.find('=') != std::string_view::npos;
 }
 
@@ -116,6 +103,54 @@ std::size_t IodbcValueSize(std::string_view in_value) {
     return in_value.size();
 }
 
+/// The key of what the reader sees of a line; nothing when it finds none.
+std::optional<std::string_view> KeyOf(std::string_view in_piece, OdbcIniText::Rules in_rules) {
+    using Rules = OdbcIniText::Rules;
+    if (in_rules == Rules::FIRST_FILE) in_piece = TrimLeft(in_piece);
+    if (in_piece.empty() || IsComment(in_piece.front())) return std::nullopt;
+    if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(in_piece.front())) return std::nullopt;
+    if (in_rules == Rules::IODBC && !IsIodbcKeyLine(in_piece)) return std::nullopt;
+    const std::string_view key = KeyName(in_piece);
+    return in_rules == Rules::IODBC ? Unquote(key) : key;
+}
+
+/// Eight bytes at a time. Bit 5 is set in all of them, which makes letters of both cases the same;
+/// names that this makes the same too are told apart where they are compared.
+std::uint32_t HashName(std::string_view in_name) {
+    constexpr std::uint64_t CASE_BITS = 0x2020202020202020;
+    std::uint64_t hash = in_name.size();
+    const auto add = [&hash](std::uint64_t in_word) {
+        hash = (hash ^ (in_word | CASE_BITS)) * 0x9E3779B97F4A7C15;
+        hash ^= hash >> 29;
+    };
+    std::uint64_t word = 0;
+    for (; in_name.size() >= sizeof word; in_name.remove_prefix(sizeof word)) {
+        std::memcpy(&word, in_name.data(), sizeof word);
+        add(word);
+    }
+    word = 0;
+    for (const char c : in_name) word = word << 8 | static_cast<unsigned char>(c);
+    add(word);
+    return static_cast<std::uint32_t>(hash >> 16);
+}
+
+void EndLine(std::string& io_text, std::string_view in_lineEnd) {
+    if (!io_text.empty() && io_text.back() != '\n') io_text += in_lineEnd;
+}
+
+/// Whether the line that ends here is blank. True also at the beginning of the text.
+bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
+    if (in_end == 0) return true;
+    if (in_text[in_end - 1] != '\n') return false;
+    std::size_t begin = in_end - 1;
+    while (begin > 0 && in_text[begin - 1] != '\n' && IsAsciiBlank(in_text[begin - 1])) --begin;
+    return begin == 0 || in_text[begin - 1] == '\n';
+}
+
+/// A section with more lines than this gets an index of its keys.
+constexpr std::size_t MAX_UNINDEXED = 64;
+constexpr int MAX_UNINDEXED_SEARCHES = 32;
+
 bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
 
 /// Whether the reader's line would end within the text.
@@ -137,7 +172,6 @@ OdbcIniText::OdbcIniText(std::string in_bytes, Rules in_rules)
         m_lineEnd = "\r\n";
     }
     m_isReadable = FindRefused() == std::string::npos;
-    m_firstSection = FindHeader(0, m_rules);
 }
 
 /// Where the reader refuses the text: at what stands before the first section and is neither blank
@@ -171,11 +205,15 @@ std::size_t OdbcIniText::PieceEnd(std::size_t in_begin) const {
     return LineEnd(in_begin, in_begin + std::min(m_text.size() - in_begin, m_maxPiece));
 }
 
+/// What the reader sees of a piece.
+std::string_view OdbcIniText::Seen(std::string_view in_piece) const {
+    return in_piece.substr(
+        0, m_rules == Rules::IODBC ? in_piece.find_first_of(IODBC_LINE_ENDS) : in_piece.find('\0'));
+}
+
 /// What the reader sees of the line that begins here.
 std::string_view OdbcIniText::Piece(std::size_t in_begin) const {
-    const std::string_view piece(m_text.data() + in_begin, PieceEnd(in_begin) - in_begin);
-    return piece.substr(
-        0, m_rules == Rules::IODBC ? piece.find_first_of(IODBC_LINE_ENDS) : piece.find('\0'));
+    return Seen({m_text.data() + in_begin, PieceEnd(in_begin) - in_begin});
 }
 
 std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) const {
@@ -200,123 +238,300 @@ std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules) const {
         const std::string_view before = text.substr(piece, bracket - piece);
         const bool isFirst = in_rules == Rules::APPENDED_FILE
                                  ? before.empty()
-                                 : std::all_of(before.begin(), before.end(), IsBlank);
+                                 : std::all_of(before.begin(), before.end(), IsAsciiBlank<char>);
         if (isFirst && (in_rules != Rules::IODBC || HasIodbcName(Piece(piece)))) return piece;
         from = bracket + 1;
     }
 }
 
-/// @param in_from  where a section begins, or npos
-std::optional<OdbcIniText::Range> OdbcIniText::FindSectionFrom(std::size_t in_from,
-                                                               std::string_view in_section,
-                                                               Rules in_rules) const {
-    for (std::size_t at = in_from; at < m_text.size();) {
+/// One pass over the text.
+void OdbcIniText::MakeIndex() const {
+    if (m_isIndexed) return;
+    m_isIndexed = true;
+    m_firstSection = FindHeader(0, m_rules);
+    for (std::size_t at = m_firstSection; at < m_text.size();) {
         const std::size_t body = PieceEnd(at);
-        const std::size_t end = FindHeader(body, in_rules);
-        if (IsSameName(HeaderName(Piece(at)), in_section)) return Range{at, end};
+        const std::string_view name = HeaderName(Seen({m_text.data() + at, body - at}));
+        m_blocks.push_back({at, HashName(name)});
+        at = FindHeader(body, m_rules);
+    }
+}
+
+/// From the end to the beginning, so that each name ends up with its first section.
+void OdbcIniText::FillSlots() const {
+    m_slots.assign(std::bit_ceil(2 * m_blocks.size() + 16), NONE);
+    m_nextOfName.assign(m_blocks.size(), NONE);
+    for (auto i = static_cast<std::uint32_t>(m_blocks.size()); i-- > 0;) AddToSlots(i);
+}
+
+void OdbcIniText::AddToSlots(std::uint32_t in_block) const {
+    const Block& block = m_blocks[in_block];
+    std::uint32_t& slot = FindSlot(NameOf(block), block.m_hash);
+    m_nextOfName[in_block] = slot;
+    slot = in_block;
+}
+
+/// The slot of the first section of that name, or the one where it belongs.
+std::uint32_t& OdbcIniText::FindSlot(std::string_view in_section, std::uint32_t in_hash) const {
+    const std::size_t mask = m_slots.size() - 1;
+    for (std::size_t at = in_hash & mask;; at = (at + 1) & mask) {
+        std::uint32_t& slot = m_slots[at];
+        if (slot == NONE || IsNamed(m_blocks[slot], in_section, in_hash)) return slot;
+    }
+}
+
+bool OdbcIniText::IsNamed(const Block& in_block, std::string_view in_section,
+                          std::uint32_t in_hash) const {
+    return in_block.m_hash == in_hash && EqualsIgnoringCase(NameOf(in_block), in_section);
+}
+
+std::uint32_t OdbcIniText::FindFirst(std::string_view in_section) const {
+    MakeIndex();
+    if (m_slots.empty()) {
+        // The table costs more than the few searches of a request that changes one section.
+        if (++m_searches <= MAX_UNINDEXED_SEARCHES) return FindNext(NONE, in_section);
+        FillSlots();
+    }
+    return FindSlot(in_section, HashName(in_section));
+}
+
+/// The next section of that name; after NONE the first one.
+std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_section) const {
+    if (!m_slots.empty()) return m_nextOfName[in_block];
+    const std::uint32_t hash = HashName(in_section);
+    for (std::uint32_t i = in_block + 1; i < m_blocks.size(); ++i) {
+        if (IsNamed(m_blocks[i], in_section, hash)) return i;
+    }
+    return NONE;
+}
+
+/// The section that counts.
+std::uint32_t OdbcIniText::FindLive(std::string_view in_section) const {
+    if (!m_isReadable) return NONE;
+    std::uint32_t block = FindFirst(in_section);
+    while (block != NONE && !IsLive(block)) block = FindNext(block, in_section);
+    return block;
+}
+
+OdbcIniText::Range OdbcIniText::RangeOf(std::uint32_t in_block) const {
+    const bool isLast = in_block + 1 == m_blocks.size();
+    return {m_blocks[in_block].m_begin, isLast ? m_text.size() : m_blocks[in_block + 1].m_begin};
+}
+
+/// Null while the section is as in the text.
+OdbcIniText::Body* OdbcIniText::BodyOf(std::uint32_t in_block) const {
+    const std::uint32_t body = m_blocks[in_block].m_body;
+    return body == NONE ? nullptr : m_bodies[body].get();
+}
+
+bool OdbcIniText::IsLive(std::uint32_t in_block) const {
+    const Body* const body = BodyOf(in_block);
+    return body == nullptr || body->IsLive();
+}
+
+std::string_view OdbcIniText::NameOf(const Block& in_block) const {
+    return in_block.m_body == NONE
+               ? HeaderName(Piece(in_block.m_begin))
+               : std::string_view(m_bodies[in_block.m_body]->m_lines.front().m_key);
+}
+
+/// A section of the text by other rules than its own.
+std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
+                                                           Rules in_rules) const {
+    if (!m_isReadable) return std::nullopt;
+    for (std::size_t at = FindHeader(0, m_rules); at < m_text.size();) {
+        const std::size_t end = FindHeader(PieceEnd(at), in_rules);
+        if (EqualsIgnoringCase(HeaderName(Piece(at)), in_section)) return Range{at, end};
         at = end;
     }
     return std::nullopt;
 }
 
-std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
-                                                           Rules in_rules) const {
-    if (!m_isReadable) return std::nullopt;
-    if (in_rules == Rules::APPENDED_FILE) {
-        return FindSectionFrom(m_firstSection, in_section, in_rules);
-    }
-    if (!m_isSought || !IsSameName(m_soughtName, in_section)) {
-        m_found = FindSectionFrom(m_firstSection, in_section, in_rules);
-        m_soughtName = in_section;
-        m_isSought = true;
-    }
-    return m_found;
-}
-
-std::optional<OdbcIniText::Range> OdbcIniText::FindKey(Range in_section, std::string_view in_key,
-                                                       Rules in_rules) const {
-    std::size_t end = PieceEnd(in_section.m_begin);
-    while (end < in_section.m_end) {
-        const std::size_t begin = end;
-        end = PieceEnd(begin);
-        std::string_view piece = Piece(begin);
-        if (in_rules == Rules::FIRST_FILE) piece = TrimLeft(piece);
-        if (piece.empty() || IsComment(piece.front())) continue;
-        if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(piece.front())) continue;
-        if (in_rules == Rules::IODBC && !IsIodbcKeyLine(piece)) continue;
-        const std::string_view key = KeyName(piece);
-        if (IsSameName(in_rules == Rules::IODBC ? Unquote(key) : key, in_key)) {
-            return Range{begin, end};
-        }
+/// The value of a key in a range of the text.
+std::optional<std::string> OdbcIniText::FindValue(Range in_section, std::string_view in_key,
+                                                  Rules in_rules) const {
+    for (std::size_t at = PieceEnd(in_section.m_begin); at < in_section.m_end; at = PieceEnd(at)) {
+        const std::string_view piece = Piece(at);
+        const std::optional<std::string_view> key = KeyOf(piece, in_rules);
+        if (key && EqualsIgnoringCase(*key, in_key)) return ValueOf(piece, in_rules);
     }
     return std::nullopt;
 }
 
-/// As FindKey, with all of the line even where the reader would cut it.
-std::optional<OdbcIniText::Range> OdbcIniText::FindKeyLine(Range in_section,
-                                                           std::string_view in_key) const {
-    std::optional<Range> line = FindKey(in_section, in_key, m_rules);
-    if (line && m_text[line->m_end - 1] != '\n')
-        line->m_end = LineEnd(line->m_begin, in_section.m_end);
-    return line;
-}
-
-bool OdbcIniText::HasSection(std::string_view in_section, Rules in_rules) const {
-    return FindSection(in_section, in_rules).has_value();
-}
-
-std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::string_view in_key,
-                                            Rules in_rules) const {
-    const std::optional<Range> section = FindSection(in_section, in_rules);
-    if (!section) return std::nullopt;
-    const std::optional<Range> line = FindKey(*section, in_key, in_rules);
-    if (!line) return std::nullopt;
-    const std::string_view piece = Piece(line->m_begin);
-    if (in_rules != Rules::IODBC) return KeyValueText(piece);
-    std::string value(TrimIodbcValue(piece.substr(piece.find('=') + 1)));
+std::string OdbcIniText::ValueOf(std::string_view in_piece, Rules in_rules) const {
+    if (in_rules != Rules::IODBC) return KeyValueText(in_piece);
+    std::string value(TrimIodbcValue(in_piece.substr(in_piece.find('=') + 1)));
     value.resize(IodbcValueSize(value));
     return value;
 }
 
+/// Gives what the reader sees of each line of a section, its header aside, and whether it begins a
+/// line.
+template <typename Visit>
+void OdbcIniText::VisitPieces(std::uint32_t in_block, const Visit& in_visit) const {
+    if (const Body* const body = BodyOf(in_block)) {
+        for (std::size_t i = 1; i < body->m_lines.size(); ++i) {
+            const Line& line = body->m_lines[i];
+            if (line.m_isLive) in_visit(Seen(line.m_text), line.m_isOwn);
+        }
+        return;
+    }
+    const auto [begin, end] = RangeOf(in_block);
+    for (std::size_t at = PieceEnd(begin); at < end; at = PieceEnd(at)) {
+        in_visit(Piece(at), m_text[at - 1] == '\n');
+    }
+}
+
+bool OdbcIniText::HasSection(std::string_view in_section, Rules in_rules) const {
+    return in_rules == m_rules ? FindLive(in_section) != NONE
+                               : FindSection(in_section, in_rules).has_value();
+}
+
+std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::string_view in_key,
+                                            Rules in_rules) const {
+    if (in_rules != m_rules) {
+        const std::optional<Range> section = FindSection(in_section, in_rules);
+        return section ? FindValue(*section, in_key, in_rules) : std::nullopt;
+    }
+    const std::uint32_t block = FindLive(in_section);
+    if (block == NONE) return std::nullopt;
+    Body* const body = BodyOf(block);
+    if (body == nullptr) return FindValue(RangeOf(block), in_key, in_rules);
+    const Line* const line = body->Find(in_key, true);
+    return line == nullptr ? std::nullopt
+                           : std::optional<std::string>(ValueOf(Seen(line->m_text), in_rules));
+}
+
 std::vector<std::string> OdbcIniText::GetSections() const {
     std::vector<std::string> names;
-    if (!m_isReadable || m_firstSection == std::string::npos) return names;
-    for (std::size_t at = m_firstSection; at < m_text.size();
-         at = FindHeader(PieceEnd(at), m_rules)) {
-        names.emplace_back(HeaderName(Piece(at)));
+    if (!m_isReadable) return names;
+    MakeIndex();
+    for (std::uint32_t i = 0; i < m_blocks.size(); ++i) {
+        if (IsLive(i)) names.emplace_back(NameOf(m_blocks[i]));
     }
     return names;
 }
 
 std::vector<OdbcIniText::KeyValue> OdbcIniText::GetKeyValues(std::string_view in_section) const {
     std::vector<KeyValue> lines;
-    const std::optional<Range> section = FindSection(in_section, m_rules);
-    if (!section) return lines;
-    for (std::size_t at = PieceEnd(section->m_begin); at < section->m_end; at = PieceEnd(at)) {
-        const std::string_view piece = TrimLeft(Piece(at));
-        if (piece.empty() || IsComment(piece.front())) continue;
+    const std::uint32_t block = FindLive(in_section);
+    if (block == NONE) return lines;
+    VisitPieces(block, [&lines](std::string_view in_piece, bool) {
+        const std::string_view piece = TrimLeft(in_piece);
+        if (piece.empty() || IsComment(piece.front())) return;
         lines.emplace_back(KeyName(piece), KeyValueText(piece));
-    }
+    });
     return lines;
 }
 
-/// What stays of a section when its header and keys go. The tail of a long comment, which the
-/// reader takes for a key, is made a comment of its own, or it would be a key of the section
-/// before.
-std::string OdbcIniText::KeepComments(Range in_section, Gap& out_gap) const {
-    std::string kept;
-    std::size_t end = LineEnd(in_section.m_begin, in_section.m_end);
-    while (end < in_section.m_end) {
-        const std::size_t begin = end;
-        end = LineEnd(begin, in_section.m_end);
-        const std::string_view content = TrimLeft(Piece(begin));
-        if (content.empty() || IsComment(content.front())) {
-            AppendComment(std::string_view(m_text).substr(begin, end - begin), kept);
-        } else {
-            out_gap.m_keys.push_back({std::string(KeyName(content)), kept.size()});
-        }
+bool OdbcIniText::HasLongLine(std::string_view in_section) const {
+    bool hasLongLine = false;
+    const std::uint32_t block = FindLive(in_section);
+    if (block == NONE) return false;
+    VisitPieces(block, [&hasLongLine](std::string_view in_piece, bool in_isOwn) {
+        hasLongLine = hasLongLine || (!in_isOwn && !Trim(in_piece).empty());
+    });
+    return hasLongLine;
+}
+
+void OdbcIniText::Body::IndexKeys() {
+    if (!m_index.empty()) return;
+    for (std::size_t i = 1; i < m_lines.size(); ++i) {
+        if (m_lines[i].m_isKey) m_index[m_lines[i].m_key].push_back(static_cast<std::uint32_t>(i));
     }
-    return kept;
+}
+
+OdbcIniText::Line* OdbcIniText::Body::Find(std::string_view in_key, bool in_isLive) {
+    const std::string key = FoldCase(in_key);
+    const auto isIt = [&](const Line& in_line) {
+        return in_line.m_isKey && in_line.m_isLive == in_isLive && in_line.m_key == key;
+    };
+    if (m_lines.size() <= MAX_UNINDEXED) {
+        const auto line = std::find_if(m_lines.begin(), m_lines.end(), isIt);
+        return line == m_lines.end() ? nullptr : &*line;
+    }
+    IndexKeys();
+    const auto found = m_index.find(key);
+    if (found == m_index.end()) return nullptr;
+    for (const std::uint32_t i : found->second) {
+        if (isIt(m_lines[i])) return &m_lines[i];
+    }
+    return nullptr;
+}
+
+std::size_t OdbcIniText::Body::EndOfLine(std::size_t in_piece) const {
+    std::size_t end = in_piece + 1;
+    while (end < m_lines.size() && !m_lines[end].m_isOwn) ++end;
+    return end;
+}
+
+void OdbcIniText::Body::Remove(std::size_t in_piece) {
+    const std::size_t end = EndOfLine(in_piece);
+    for (std::size_t i = in_piece; i < end; ++i) m_lines[i].m_isLive = false;
+}
+
+void OdbcIniText::Body::Insert(Line in_line) {
+    std::size_t last = m_lines.size() - 1;
+    const auto isKept = [](const Line& in_each) {
+        return in_each.m_isLive && in_each.m_isOwn && in_each.m_isContent;
+    };
+    while (last > 0 && !isKept(m_lines[last])) --last;
+    const auto at = m_lines.begin() + static_cast<std::ptrdiff_t>(EndOfLine(last));
+    if (std::any_of(at, m_lines.end(), [](const Line& in_each) { return in_each.m_isKey; })) {
+        m_index.clear();  // made again at the next search
+    } else if (!m_index.empty()) {
+        m_index[in_line.m_key].push_back(static_cast<std::uint32_t>(at - m_lines.begin()));
+    }
+    m_lines.insert(at, std::move(in_line));
+}
+
+OdbcIniText::Line OdbcIniText::MakeLine(std::string_view in_piece, bool in_isOwn) const {
+    const std::string_view seen = Seen(in_piece);
+    const std::string_view content = TrimLeft(seen);
+    const std::optional<std::string_view> key = KeyOf(seen, m_rules);
+    return {std::string(in_piece), FoldCase(key.value_or("")), key.has_value(),
+            !content.empty() && !IsComment(content.front()), in_isOwn};
+}
+
+OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
+    m_isChanged = true;
+    if (Body* const body = BodyOf(in_block)) return *body;
+    auto body = std::make_unique<Body>();
+    const auto [begin, end] = RangeOf(in_block);
+    for (std::size_t at = begin; at < end;) {
+        const std::size_t next = PieceEnd(at);
+        const bool isOwn = at == 0 || m_text[at - 1] == '\n';
+        body->m_lines.push_back(MakeLine({m_text.data() + at, next - at}, isOwn));
+        at = next;
+    }
+    Line& header = body->m_lines.front();
+    header.m_key = NameOf(m_blocks[in_block]);
+    header.m_isKey = false;
+    m_blocks[in_block].m_body = static_cast<std::uint32_t>(m_bodies.size());
+    return *m_bodies.emplace_back(std::move(body));
+}
+
+/// Removes header and keys. The tail of a long comment, which the reader takes for a key, is made a
+/// comment of its own, or it would be a key of the section before.
+void OdbcIniText::RemoveBlock(Body& io_body) const {
+    std::vector<Line>& lines = io_body.m_lines;
+    for (std::size_t i = 0; i < lines.size();) {
+        Line& line = lines[i];
+        const std::size_t end = io_body.EndOfLine(i);
+        if (i == 0 || line.m_isContent) {
+            io_body.Remove(i);
+        } else if (end > i + 1) {
+            std::string whole;
+            for (std::size_t part = i; part < end; ++part) {
+                if (lines[part].m_isLive) whole += lines[part].m_text;
+            }
+            io_body.Remove(i);
+            line.m_isLive = true;
+            line.m_text.clear();
+            AppendComment(whole, line.m_text);
+        }
+        i = end;
+    }
 }
 
 void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) const {
@@ -331,163 +546,140 @@ void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) 
 }
 
 void OdbcIniText::RemoveSection(std::string_view in_section) {
-    std::optional<Range> section = FindSection(in_section, m_rules);
-    while (section) {
-        Gap gap{{std::string(in_section), 0}, {}};
-        const std::string kept = KeepComments(*section, gap);
-        const std::size_t position = Splice(*section, kept);
-        gap.m_header.m_position = position;
-        for (Place& key : gap.m_keys) key.m_position += position;
-        m_gaps.push_back(std::move(gap));
-        const std::size_t next = FindHeader(position, m_rules);
-        section = FindSectionFrom(next, in_section, m_rules);
+    if (!m_isReadable) return;
+    for (std::uint32_t i = FindFirst(in_section); i != NONE; i = FindNext(i, in_section)) {
+        RemoveBlock(Edit(i));
     }
-    m_firstSection = FindHeader(0, m_rules);
-    Remember(in_section, std::nullopt);
-}
-
-void OdbcIniText::Remember(std::string_view in_section, std::optional<Range> in_range) {
-    m_soughtName = in_section;
-    m_found = in_range;
-    m_isSought = true;
 }
 
 void OdbcIniText::AddSection(std::string_view in_section) {
-    if (HasSection(in_section)) return;
-    std::string header("[");
-    header.append(in_section).append("]").append(m_lineEnd);
-    const auto gap = std::find_if(m_gaps.begin(), m_gaps.end(), [&](const Gap& in_gap) {
-        return !in_gap.m_isBack && IsSameName(in_gap.m_header.m_name, in_section);
-    });
-    std::size_t position = 0;
-    if (gap != m_gaps.end()) {
-        gap->m_isBack = true;
-        position = Splice({gap->m_header.m_position, gap->m_header.m_position}, header);
-    } else if (const std::size_t end = m_text.size(); IsBlankLineBefore(end)) {
-        position = Splice({end, end}, header + m_lineEnd);
-    } else {
-        position = Splice({end, end}, m_lineEnd + header) + m_lineEnd.size();
-    }
-    m_firstSection = FindHeader(0, m_rules);
-    Remember(in_section, Range{position, FindHeader(PieceEnd(position), m_rules)});
+    if (!m_isReadable || FindLive(in_section) != NONE) return;
+    m_isChanged = true;
+    const std::uint32_t old = FindFirst(in_section);
+    Body& body = old == NONE ? AddBlock(in_section) : *BodyOf(old);
+    body.m_lines.front() = {"[" + std::string(in_section) + "]" + m_lineEnd,
+                            std::string(in_section)};
 }
 
-/// Where a new key goes: to its old place, else behind the last key.
-std::size_t OdbcIniText::InsertPosition(Range in_section, std::string_view in_section_name,
-                                        std::string_view in_key) {
-    for (Gap& gap : m_gaps) {
-        if (!IsSameName(gap.m_header.m_name, in_section_name)) continue;
-        const auto place = std::find_if(
-            gap.m_keys.begin(), gap.m_keys.end(),
-            [&](const Place& in_place) { return IsSameName(in_place.m_name, in_key); });
-        if (place == gap.m_keys.end()) continue;
-        const std::size_t position = place->m_position;
-        gap.m_keys.erase(place);
-        if (position > in_section.m_begin && position <= in_section.m_end) return position;
+/// A section at the end: with a blank line after it where the text ends with one, else before it.
+OdbcIniText::Body& OdbcIniText::AddBlock(std::string_view in_section) {
+    auto body = std::make_unique<Body>();
+    body->m_isNew = true;
+    body->m_isSpaced = !EndsWithBlankLine();
+    body->m_lines.push_back({{}, std::string(in_section)});
+    if (!body->m_isSpaced) body->m_lines.push_back({m_lineEnd, {}});
+    m_blocks.push_back(
+        {m_text.size(), HashName(in_section), static_cast<std::uint32_t>(m_bodies.size())});
+    m_bodies.push_back(std::move(body));
+    if (2 * m_blocks.size() <= m_slots.size()) {
+        m_nextOfName.push_back(NONE);
+        AddToSlots(static_cast<std::uint32_t>(m_blocks.size() - 1));
+    } else if (!m_slots.empty()) {
+        FillSlots();
     }
-    std::size_t position = LineEnd(in_section.m_begin, in_section.m_end);
-    for (std::size_t at = position; at < in_section.m_end;) {
-        const std::string_view content = TrimLeft(Piece(at));
-        at = LineEnd(at, in_section.m_end);
-        if (!content.empty() && !IsComment(content.front())) position = at;
+    return *m_bodies.back();
+}
+
+bool OdbcIniText::EndsWithBlankLine() const {
+    for (auto i = static_cast<std::uint32_t>(m_blocks.size()); i-- > 0;) {
+        const Body* const body = BodyOf(i);
+        if (body == nullptr) return IsBlankLineAtEnd(m_text, RangeOf(i).m_end);
+        const auto last = std::find_if(body->m_lines.rbegin(), body->m_lines.rend(),
+                                       [](const Line& in_line) { return in_line.m_isLive; });
+        if (last == body->m_lines.rend() || (body->m_isNew && !body->IsLive())) continue;
+        return last->m_isOwn && last->m_text.ends_with('\n') && Trim(last->m_text).empty();
     }
-    return position;
+    return IsBlankLineAtEnd(m_text, m_firstSection);
 }
 
 void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
                       std::string_view in_value) {
     AddSection(in_section);
-    const Range section = *FindSection(in_section, m_rules);
-    WriteLine(in_section, in_key, in_value, FindKeyLine(section, in_key));
-}
-
-void OdbcIniText::Add(std::string_view in_section, std::string_view in_key,
-                      std::string_view in_value) {
-    AddSection(in_section);
-    WriteLine(in_section, in_key, in_value, std::nullopt);
-}
-
-/// Writes a key of a section that is there, in place of a line or, without one, as a new line.
-void OdbcIniText::WriteLine(std::string_view in_section, std::string_view in_key,
-                            std::string_view in_value, std::optional<Range> in_old) {
-    const Range section = *FindSection(in_section, m_rules);
-    std::string line(in_key);
-    line.append("=").append(in_value).append(m_lineEnd);
-    if (!in_old) {
-        const std::size_t position = InsertPosition(section, in_section, in_key);
-        in_old = Range{position, position};
+    const std::uint32_t block = FindLive(in_section);
+    if (block == NONE) return;
+    Body& body = Edit(block);
+    std::string text(in_key);
+    text.append("=").append(in_value).append(m_lineEnd);
+    Line line{std::move(text), FoldCase(in_key), true, true};
+    Line* old = body.Find(in_key, true);
+    if (old == nullptr) old = body.Find(in_key, false);
+    if (old == nullptr) {
+        body.Insert(std::move(line));
+    } else {
+        body.Remove(static_cast<std::size_t>(old - body.m_lines.data()));
+        *old = std::move(line);
     }
-    const std::size_t size = m_text.size();
-    Splice(*in_old, line);
-    Remember(in_section, Range{section.m_begin, section.m_end + m_text.size() - size});
 }
 
 void OdbcIniText::RemoveKey(std::string_view in_section, std::string_view in_key) {
-    while (const std::optional<Range> section = FindSection(in_section, m_rules)) {
-        const std::optional<Range> line = FindKeyLine(*section, in_key);
-        if (!line) return;
-        Splice(*line, "");
+    if (!Get(in_section, in_key)) return;
+    Body& body = Edit(FindLive(in_section));
+    while (Line* const line = body.Find(in_key, true)) {
+        body.Remove(static_cast<std::size_t>(line - body.m_lines.data()));
     }
 }
 
 void OdbcIniText::Finish() {
-    for (std::size_t i = 0; i < m_gaps.size(); ++i) {
-        if (!m_gaps[i].m_isBack) CloseGap(m_gaps[i].m_header.m_position);
+    if (!m_bodies.empty()) {
+        Render();
+        MendFirstHeader();
     }
-    m_gaps.clear();
-    if (m_isChanged) MendFirstHeader();
-    m_isSought = false;
-    m_firstSection = FindHeader(0, m_rules);
+    m_blocks.clear();
+    m_bodies.clear();
+    m_slots.clear();
+    m_searches = 0;
+    m_isIndexed = false;
 }
 
-/// True also at the beginning of the text.
-bool OdbcIniText::IsBlankLineBefore(std::size_t in_position) const {
-    if (in_position == 0) return true;
-    if (m_text[in_position - 1] != '\n') return false;
-    std::size_t begin = in_position - 1;
-    while (begin > 0 && m_text[begin - 1] != '\n' && IsBlank(m_text[begin - 1])) --begin;
-    return begin == 0 || m_text[begin - 1] == '\n';
-}
-
-void OdbcIniText::CloseGap(std::size_t in_position) {
-    if (!IsBlankLineBefore(in_position)) return;
-    std::size_t begin = in_position;
-    if (in_position == m_text.size()) {
-        if (in_position == 0) return;
-        begin = in_position - 1;
-        while (begin > 0 && m_text[begin - 1] != '\n') --begin;
-    }
-    const std::size_t end = LineEnd(begin, m_text.size());
-    const std::string_view line(m_text.data() + begin, end - begin);
-    if (Trim(line).empty()) Splice({begin, end}, "");
-}
-
-/// Replaces a range of whole lines, and puts line ends where the lines around it lack one.
-/// @return where the new text begins
-std::size_t OdbcIniText::Splice(Range in_old, std::string_view in_new) {
-    const bool isAtLineBegin = in_old.m_begin == 0 || m_text[in_old.m_begin - 1] == '\n';
-    const bool isAtEnd = in_old.m_end == m_text.size();
+/// Makes the text anew from the section before the first edited one on, as far as the last edited
+/// one.
+void OdbcIniText::Render() {
+    std::uint32_t first = 0;
+    while (BodyOf(first) == nullptr) ++first;
+    const std::size_t begin = first == 0 ? 0 : m_blocks[first - 1].m_begin;
+    std::size_t copied = begin;
+    std::size_t gaps = 0;
     std::string text;
-    if (!isAtLineBegin && !(in_new.empty() && isAtEnd)) text += m_lineEnd;
-    const std::size_t position = in_old.m_begin + text.size();
-    text += in_new;
-    if (!in_new.empty() && in_new.back() != '\n' && !isAtEnd) text += m_lineEnd;
-
-    m_text.replace(in_old.m_begin, in_old.m_end - in_old.m_begin, text);
-    m_isChanged = true;
-    m_isSought = false;
-    const auto shift = [&](std::size_t& io_position) {
-        if (io_position >= in_old.m_end) {
-            io_position += text.size() - (in_old.m_end - in_old.m_begin);
-        } else {
-            io_position = std::min(io_position, in_old.m_begin);
-        }
+    const auto copyUntil = [&](std::size_t in_end) {
+        if (in_end <= copied) return;
+        if (copied > begin) EndLine(text, m_lineEnd);
+        text.append(m_text, copied, in_end - copied);
+        gaps = 0;
     };
-    for (Gap& gap : m_gaps) {
-        shift(gap.m_header.m_position);
-        for (Place& key : gap.m_keys) shift(key.m_position);
+    for (std::uint32_t i = first; i < m_blocks.size(); ++i) {
+        const Body* const body = BodyOf(i);
+        if (body == nullptr) continue;
+        copyUntil(m_blocks[i].m_begin);
+        Render(*body, gaps, text);
+        copied = RangeOf(i).m_end;
     }
-    return position;
+    if (copied < m_text.size()) EndLine(text, m_lineEnd);
+    while (copied == m_text.size() && gaps-- > 0 && !text.empty() &&
+           IsBlankLineAtEnd(text, text.size())) {
+        text.resize(std::string_view(text).substr(0, text.size() - 1).rfind('\n') + 1);
+    }
+    m_text.replace(begin, copied - begin, text);
+}
+
+/// @param io_gaps  how many of the blank lines that follow go with sections that went
+void OdbcIniText::Render(const Body& in_body, std::size_t& io_gaps, std::string& io_text) const {
+    const bool isLive = in_body.IsLive();
+    if (!isLive && in_body.m_isNew) return;
+    if (!isLive && IsBlankLineAtEnd(io_text, io_text.size())) ++io_gaps;
+    if (isLive && in_body.m_isSpaced) {
+        EndLine(io_text, m_lineEnd);
+        io_text += m_lineEnd;
+    }
+    for (const Line& line : in_body.m_lines) {
+        if (!line.m_isLive) continue;
+        if (io_gaps > 0 && Trim(line.m_text).empty()) {
+            --io_gaps;
+            continue;
+        }
+        io_gaps = 0;
+        if (line.m_isOwn || &line == in_body.m_lines.data()) EndLine(io_text, m_lineEnd);
+        io_text += line.m_text;
+    }
 }
 
 bool OdbcIniText::IsCarriableSection(std::string_view in_section) {

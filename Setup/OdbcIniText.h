@@ -18,9 +18,12 @@
 #define SETUP_ODBCINITEXT_H
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -43,7 +46,7 @@ public:
 
     /// False when the reader refuses the file as a whole.
     bool IsReadable() const noexcept { return m_isReadable; }
-    /// The text as it is to be written.
+    /// The text as it was given, or as the last Finish has made it.
     const std::string& GetBytes() const noexcept { return m_text; }
     bool IsChanged() const noexcept { return m_isChanged; }
 
@@ -54,7 +57,10 @@ public:
     std::vector<std::string> GetSections() const;
     /// The lines of the section that counts, keys that stand twice included; empty without one.
     std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
+    /// Whether a line of the section that counts is longer than what the reader takes as one.
+    bool HasLongLine(std::string_view in_section) const;
     bool HasSection(std::string_view in_section) const { return HasSection(in_section, m_rules); }
+    /// Other rules than the text's own see it as it was before the edits.
     bool HasSection(std::string_view in_section, Rules in_rules) const;
     /// The value, without outer blanks; nothing when the reader finds none.
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key) const {
@@ -71,12 +77,10 @@ public:
     void AddSection(std::string_view in_section);
     /// Writes a key in the first section of that name, which is added when there is none.
     void Set(std::string_view in_section, std::string_view in_key, std::string_view in_value);
-    /// Writes a further line for a key, behind those that it has. Only the first one counts.
-    void Add(std::string_view in_section, std::string_view in_key, std::string_view in_value);
     void RemoveKey(std::string_view in_section, std::string_view in_key);
-    /// Ends the edits. Closes the gaps of sections that were removed and have not come back: of the
-    /// blank lines before and after such a section one goes with it. Adding and removing a section
-    /// thus leaves the text as it was.
+    /// Ends the edits and makes the text anew, in one pass. Closes the gaps of sections that were
+    /// removed and have not come back: of the blank lines before and after such a section one goes
+    /// with it. Adding and removing a section thus leaves the text as it was.
     void Finish();
 
     /// Whether a section of this name can be written and found again.
@@ -90,55 +94,99 @@ public:
                                 Rules in_rules = Rules::FIRST_FILE);
 
 private:
+    static constexpr std::uint32_t NONE = UINT32_MAX;
+
     struct Range {
         std::size_t m_begin;
         std::size_t m_end;
     };
-    struct Place {
-        std::string m_name;
-        std::size_t m_position;
+    /// A reader's line of a section that is being edited. One that was taken away stays as a place
+    /// to return to.
+    struct Line {
+        std::string m_text;
+        std::string m_key;  ///< folded, as the reader compares it
+        bool m_isKey = false;
+        bool m_isContent = false;  ///< neither blank nor a comment
+        bool m_isOwn = true;       ///< false: the rest of a line that the reader has cut
+        bool m_isLive = true;
     };
-    /// Where a removed section and its keys stood.
-    struct Gap {
-        Place m_header;
-        std::vector<Place> m_keys;
-        bool m_isBack = false;  ///< the section has been added again
+    /// The lines of a section that is being edited. The first one is the header.
+    struct Body {
+        std::vector<Line> m_lines;
+        /// The lines with a key, in their order, for a section with many; else empty.
+        std::unordered_map<std::string, std::vector<std::uint32_t>> m_index;
+        bool m_isNew = false;     ///< not in the text
+        bool m_isSpaced = false;  ///< has a blank line before it
+
+        bool IsLive() const { return m_lines.front().m_isLive; }
+        /// The first line with the key that is there, or that was taken away; null without one.
+        Line* Find(std::string_view in_key, bool in_isLive);
+        /// Where the line ends of which a piece is one.
+        std::size_t EndOfLine(std::size_t in_piece) const;
+        /// Takes a line away from one of its pieces on.
+        void Remove(std::size_t in_piece);
+        /// Puts a new line after the last key.
+        void Insert(Line in_line);
+        void IndexKeys();
+    };
+    /// A section. It ends where the next one begins.
+    struct Block {
+        std::size_t m_begin;
+        std::uint32_t m_hash;         ///< of the name
+        std::uint32_t m_body = NONE;  ///< NONE while it is as in the text
     };
 
     std::size_t FindRefused() const;
     void MendFirstHeader();
     std::size_t PieceEnd(std::size_t in_begin) const;
     std::string_view Piece(std::size_t in_begin) const;
+    std::string_view Seen(std::string_view in_piece) const;
     std::size_t FindHeader(std::size_t in_from, Rules in_rules) const;
-    std::optional<Range> FindSectionFrom(std::size_t in_from, std::string_view in_section,
-                                         Rules in_rules) const;
-    std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
-    std::optional<Range> FindKey(Range in_section, std::string_view in_key, Rules in_rules) const;
-    std::optional<Range> FindKeyLine(Range in_section, std::string_view in_key) const;
     std::size_t LineEnd(std::size_t in_begin, std::size_t in_limit) const;
-    bool IsBlankLineBefore(std::size_t in_position) const;
-    std::string KeepComments(Range in_section, Gap& out_gap) const;
+
+    void MakeIndex() const;
+    void FillSlots() const;
+    void AddToSlots(std::uint32_t in_block) const;
+    std::uint32_t& FindSlot(std::string_view in_section, std::uint32_t in_hash) const;
+    bool IsNamed(const Block& in_block, std::string_view in_section, std::uint32_t in_hash) const;
+    std::uint32_t FindFirst(std::string_view in_section) const;
+    std::uint32_t FindNext(std::uint32_t in_block, std::string_view in_section) const;
+    std::uint32_t FindLive(std::string_view in_section) const;
+    Range RangeOf(std::uint32_t in_block) const;
+    Body* BodyOf(std::uint32_t in_block) const;
+    bool IsLive(std::uint32_t in_block) const;
+    std::string_view NameOf(const Block& in_block) const;
+    std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
+    std::optional<std::string> FindValue(Range in_section, std::string_view in_key,
+                                         Rules in_rules) const;
+    std::string ValueOf(std::string_view in_piece, Rules in_rules) const;
+    template <typename Visit>
+    void VisitPieces(std::uint32_t in_block, const Visit& in_visit) const;
+
+    Body& Edit(std::uint32_t in_block);
+    Line MakeLine(std::string_view in_piece, bool in_isOwn) const;
+    void RemoveBlock(Body& io_body) const;
     void AppendComment(std::string_view in_line, std::string& io_text) const;
-    std::size_t InsertPosition(Range in_section, std::string_view in_section_name,
-                               std::string_view in_key);
-    void WriteLine(std::string_view in_section, std::string_view in_key, std::string_view in_value,
-                   std::optional<Range> in_old);
-    void Remember(std::string_view in_section, std::optional<Range> in_range);
-    void CloseGap(std::size_t in_position);
-    std::size_t Splice(Range in_old, std::string_view in_new);
+    Body& AddBlock(std::string_view in_section);
+    bool EndsWithBlankLine() const;
+    void Render();
+    void Render(const Body& in_body, std::size_t& io_gaps, std::string& io_text) const;
 
     std::string m_text;
     Rules m_rules = Rules::FIRST_FILE;
     std::size_t m_maxPiece = MAX_LINE;  ///< where the reader cuts a line
     std::string m_lineEnd = "\n";
-    std::size_t m_firstSection = 0;  ///< the end of the text when there is none
     bool m_isReadable = true;
     bool m_isChanged = false;
-    std::vector<Gap> m_gaps;
-    /// The section sought last and where it is, so that a request searches the text once.
-    mutable bool m_isSought = false;
-    mutable std::string m_soughtName;
-    mutable std::optional<Range> m_found;
+    /// The sections in their order, found at the first search.
+    mutable bool m_isIndexed = false;
+    mutable std::size_t m_firstSection = 0;  ///< the end of the text when there is none
+    mutable std::vector<Block> m_blocks;
+    /// After some searches: a hash table of the first sections of each name, and the next ones.
+    mutable int m_searches = 0;
+    mutable std::vector<std::uint32_t> m_slots;
+    mutable std::vector<std::uint32_t> m_nextOfName;
+    std::vector<std::unique_ptr<Body>> m_bodies;
 };
 
 }  // namespace Veltrane::ODBC

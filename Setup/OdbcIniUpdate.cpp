@@ -70,13 +70,6 @@ bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& 
            Do({Kind::SET, in_section, in_key, in_value});
 }
 
-bool OdbcIniUpdate::Add(const std::string& in_section, const std::string& in_key,
-                        const std::string& in_value) {
-    return OdbcIniText::IsCarriableSection(in_section) &&
-           OdbcIniText::IsCarriableLine(in_key, in_value) &&
-           Do({Kind::ADD, in_section, in_key, in_value});
-}
-
 bool OdbcIniUpdate::RemoveKey(const std::string& in_section, const std::string& in_key) {
     return Do({Kind::REMOVE_KEY, in_section, in_key, {}});
 }
@@ -99,9 +92,6 @@ void OdbcIniUpdate::Apply(const Edit& in_edit) {
             break;
         case Kind::SET:
             m_text.Set(in_edit.m_section, in_edit.m_key, in_edit.m_value);
-            break;
-        case Kind::ADD:
-            m_text.Add(in_edit.m_section, in_edit.m_key, in_edit.m_value);
             break;
         case Kind::REMOVE_KEY:
             m_text.RemoveKey(in_edit.m_section, in_edit.m_key);

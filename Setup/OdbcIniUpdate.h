@@ -34,8 +34,6 @@ public:
     /// As Set, for a value that was read from a file: control characters in it stay.
     bool SetAsRead(const std::string& in_section, const std::string& in_key,
                    const std::string& in_value);
-    /// Adds a line for a key that may have one; see OdbcIniText::Add.
-    bool Add(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     bool RemoveKey(const std::string& in_section, const std::string& in_key);
 
     /// Writes the file if an edit changed it, and ends the lock. When the file was written to by a
@@ -43,7 +41,7 @@ public:
     bool Commit();
 
 private:
-    enum class Kind { START_SECTION, REMOVE_SECTION, SET, ADD, REMOVE_KEY };
+    enum class Kind { START_SECTION, REMOVE_SECTION, SET, REMOVE_KEY };
     struct Edit {
         Kind m_kind;
         std::string m_section;

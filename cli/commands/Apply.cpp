@@ -1,8 +1,10 @@
+#include <csignal>
+#include <filesystem>
+#include <unordered_set>
+
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/dsn/ChangeRecord.h"
 #include "cli/dsn/Description.h"
-#include "cli/dsn/DriverManager.h"
 #include "cli/dsn/DsnChanger.h"
 #include "cli/system/Input.h"
 #include "cli/system/Terminal.h"
@@ -10,6 +12,15 @@
 namespace Veltrane::Cli {
 
 namespace {
+
+/// Process-wide: set by Ctrl-C, read by apply.
+volatile std::sig_atomic_t s_isInterrupted = 0;
+
+/// The second Ctrl-C ends the program at once.
+void Interrupt(int in_signal) {
+    s_isInterrupted = 1;
+    std::signal(in_signal, SIG_DFL);
+}
 
 std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
                                              std::vector<std::string>& out_notes) {
@@ -27,9 +38,21 @@ std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
     return ParseDescriptions(text, format, isInput ? "standard input" : argument, out_notes);
 }
 
-void TakePassword(const DsnDescription& in_description, DsnWish& io_wish) {
+/// A relative path starts in the folder of the description.
+std::string PathBeside(const std::string& in_description, const std::string& in_path) {
+    const auto toPath = [](const std::string& in_text) {
+        return std::filesystem::path(std::u8string(in_text.begin(), in_text.end()));
+    };
+    if (in_description == "-") return in_path;
+    const std::u8string path = (toPath(in_description).parent_path() / toPath(in_path)).u8string();
+    return {path.begin(), path.end()};
+}
+
+void TakePassword(const DsnDescription& in_description, const CommandLine& in_line,
+                  DsnWish& io_wish) {
     if (!in_description.m_pwdFile.empty()) {
-        io_wish.m_values.Set("PWD", ReadFirstLine(in_description.m_pwdFile));
+        io_wish.m_values.Set("PWD", ReadFirstLine(PathBeside(in_line.m_arguments.front(),
+                                                             in_description.m_pwdFile)));
     }
     const std::string& name = in_description.m_pwdVariable;
     if (name.empty()) return;
@@ -41,8 +64,15 @@ void TakePassword(const DsnDescription& in_description, DsnWish& io_wish) {
     io_wish.m_values.Set("PWD", password);
 }
 
-DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {
-    DsnWish wish;
+/// What is wished for a DSN, or why it cannot be had.
+struct Wish {
+    DsnWish m_wish;
+    std::string m_failure;
+};
+
+Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {
+    Wish result;
+    DsnWish& wish = result.m_wish;
     wish.m_name = in_description.m_name;
     wish.m_driver = in_description.m_driver.empty() ? in_line.Get(OptionId::Driver, DEFAULT_DRIVER)
                                                     : in_description.m_driver;
@@ -50,25 +80,41 @@ DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_
     wish.m_unset = in_description.m_unset;
     wish.m_isAbsent = in_description.m_isAbsent;
     wish.m_isReplaced = in_line.Has(OptionId::Replace);
-    if (!wish.m_isAbsent) TakePassword(in_description, wish);
-    return wish;
+    try {
+        if (!wish.m_isAbsent) TakePassword(in_description, in_line, wish);
+    } catch (const CommandError& error) {
+        result.m_failure = error.what();
+    }
+    return result;
 }
 
-/// @return the plan, which has been carried out unless this is a dry run
-DsnPlan ApplyOne(const DsnDescription& in_description, const CommandLine& in_line,
-                 const DsnStore& in_store, const DsnChanger& in_changer) {
-    constexpr int MAX_REPEATS = 8;
-    const DsnWish wish = MakeWishFor(in_description, in_line);
-    for (int repeats = 0;; ++repeats) {
-        DsnPlan plan = MakePlan(wish, in_store.ReadSettled(wish.m_name));
-        if (in_line.Has(OptionId::DryRun)) return plan;
-        try {
-            in_changer.Execute(plan);
-            return plan;
-        } catch (const ChangedMeanwhile&) {
-            // A description says what a DSN is to be, whatever it has become.
-            if (repeats == MAX_REPEATS) throw;
-        }
+/// The driver's DSNs that are not described go.
+void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_driver,
+                 const ODBC::ProfileView& in_view, DsnResults& io_results) {
+    std::unordered_set<std::string> described;
+    for (const Wish& wish : in_wishes) described.insert(FoldCase(wish.m_wish.m_name));
+    for (const std::string& dsn : GetDsnNames(in_view)) {
+        const bool isOurs = EqualsIgnoringCase(in_view.Get(dsn, "Driver").value_or(""), in_driver);
+        if (!isOurs || described.contains(FoldCase(dsn))) continue;
+        DsnWish wish;
+        wish.m_name = dsn;
+        wish.m_driver = in_driver;
+        wish.m_isAbsent = true;
+        AddPlan(wish, in_view, io_results);
+    }
+}
+
+void CheckInterrupted() {
+    if (s_isInterrupted == 0) return;
+    throw CommandError(EXIT_INTERRUPTED, "Interrupted. Nothing has been written.");
+}
+
+/// With --fail-fast, the first refusal.
+void CheckRefusals(const DsnResults& in_results) {
+    for (const DsnResult& result : in_results) {
+        if (result.m_failure.empty()) continue;
+        throw CommandError(EXIT_FAILED, result.m_plan.m_name + ": " + result.m_failure +
+                                            " Nothing has been written.");
     }
 }
 
@@ -77,23 +123,46 @@ DsnPlan ApplyOne(const DsnDescription& in_description, const CommandLine& in_lin
 ExitCode ApplyDescriptions(const CommandLine& in_line) {
     std::vector<std::string> notes;
     const std::vector<DsnDescription> descriptions = ReadDescriptions(in_line, notes);
-    const DriverManager manager;
-    const DsnStore store(GetScope(in_line));
-    const DsnChanger changer(manager, store);
-    Report report(in_line, store.GetScope());
-    for (const std::string& note : notes) report.AddNotice(note);
-    if (!in_line.Has(OptionId::DryRun)) report.AddNotice(FinishInterruptedChange(store));
-    std::size_t done = 0;
+    std::vector<Wish> wishes;
+    wishes.reserve(descriptions.size());
     for (const DsnDescription& description : descriptions) {
-        // One that fails does not stop the others.
-        try {
-            report.AddDone(ApplyOne(description, in_line, store, changer));
-        } catch (const std::exception& error) {
-            report.AddFailed(description.m_name, error.what());
-        }
-        report.ShowProgress(++done, descriptions.size());
+        wishes.push_back(MakeWishFor(description, in_line));
     }
-    return report.Finish();
+    const auto plan = [&](const ODBC::ProfileView& in_view) {
+        DsnResults results;
+        for (const Wish& wish : wishes) {
+            if (wish.m_failure.empty()) {
+                AddPlan(wish.m_wish, in_view, results);
+            } else {
+                results.push_back(MakeResult(wish.m_wish.m_name, wish.m_failure));
+            }
+        }
+        if (in_line.Has(OptionId::Prune)) {
+            PlanPruning(wishes, in_line.Get(OptionId::Driver, DEFAULT_DRIVER), in_view, results);
+        }
+        return results;
+    };
+    const auto checkBefore = [&](const DsnResults& in_results) {
+        if (in_line.Has(OptionId::FailFast)) CheckRefusals(in_results);
+        CheckInterrupted();
+    };
+    std::signal(SIGINT, Interrupt);
+    const DsnStore store(GetScope(in_line));
+    Report report(in_line, store);
+    for (const std::string& note : notes) report.AddNotice(note);
+    for (const DsnResult& result :
+         ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), checkBefore)) {
+        // One that fails does not stop the others.
+        if (result.m_failure.empty()) {
+            report.AddDone(result.m_plan);
+        } else {
+            report.AddFailed(result.m_plan.m_name, result.m_failure);
+        }
+    }
+    report.AddSummary();
+    const ExitCode code = report.Finish();
+    if (s_isInterrupted == 0) return code;
+    throw CommandError(EXIT_INTERRUPTED, "Interrupted. All that is reported as done is written.");
 }
 
 }  // namespace Veltrane::Cli

@@ -18,7 +18,7 @@ struct StoredDsn {
 
 /// The named DSNs, or all of the driver when none is named.
 std::vector<StoredDsn> Select(const DsnStore& in_store, const CommandLine& in_line) {
-    const ODBC::OdbcIniText text = in_store.Load();
+    const ODBC::ProfileView text = in_store.Load();
     std::vector<StoredDsn> selected;
     for (const std::string& name : in_line.m_arguments) {
         if (ODBC::IsReservedName(name) || !text.HasSection(name)) throw NoSuchDsn(in_store, name);
@@ -83,10 +83,10 @@ void PrintTable(const Rows& in_rows) {
 }
 
 /// The DSNs of the other scope, for which hides which: a user's DSN hides the system's.
-ODBC::OdbcIniText LoadOther(Scope in_scope) {
+std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
     const DsnStore user(Scope::User);
     const DsnStore system(Scope::System);
-    if (user.GetPath() == system.GetPath()) return {};
+    if (user.GetPath() == system.GetPath()) return std::nullopt;
     return (in_scope == Scope::User ? system : user).Load();
 }
 
@@ -130,11 +130,11 @@ ExitCode ListDsns(const CommandLine& in_line) {
     Json list = Json::array();
     for (const Scope scope : {Scope::User, Scope::System}) {
         if (!areBoth && scope != GetScope(in_line)) continue;
-        const ODBC::OdbcIniText others = areBoth ? LoadOther(scope) : ODBC::OdbcIniText();
+        const auto others = areBoth ? LoadOther(scope) : std::nullopt;
         for (const StoredDsn& dsn : Select(DsnStore(scope), in_line)) {
-            const char* const relation = !others.HasSection(dsn.m_name) ? ""
-                                         : scope == Scope::User         ? "hides"
-                                                                        : "hidden";
+            const char* const relation = !others || !others->HasSection(dsn.m_name) ? ""
+                                         : scope == Scope::User                     ? "hides"
+                                                                                    : "hidden";
             rows.push_back({dsn.m_name, GetScopeName(scope), dsn.m_entries.Get("Server"),
                             dsn.m_entries.Get("Database"), relation});
             Json& entry = list.emplace_back(
@@ -173,7 +173,7 @@ ExitCode ExportDsns(const CommandLine& in_line) {
 
 ExitCode CheckDsns(const CommandLine& in_line) {
     const DsnStore store(GetScope(in_line));
-    const ODBC::OdbcIniText text = store.Load();
+    const ODBC::ProfileView text = store.Load();
     Json results = Json::array();
     bool isSound = true;
     for (const StoredDsn& dsn : Select(store, in_line)) {

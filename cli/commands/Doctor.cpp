@@ -22,7 +22,7 @@ void Append(Findings& io_findings, Findings in_more) {
 Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     Findings findings;
     const DriverRegistry registry;
-    const ODBC::OdbcIniText text = in_store.Load();
+    const ODBC::ProfileView text = in_store.Load();
     for (const std::string& dsn : GetDsnNames(text)) {
         const std::string driver = text.Get(dsn, "Driver").value_or("");
         if (EqualsIgnoringCase(driver, in_driver)) {

@@ -24,31 +24,30 @@ void PrintError(const std::string& in_text);
 
 class Report {
 public:
-    Report(const CommandLine& in_line, Scope in_scope);
+    Report(const CommandLine& in_line, const DsnStore& in_store);
 
     void AddDone(const DsnPlan& in_plan);
     void AddFailed(const std::string& in_dsn, const std::string& in_reason);
     /// For people, on standard error, unless they want it quiet; nothing for an empty text.
     void AddNotice(const std::string& in_text);
-    /// Shows on a terminal how far the work has come.
-    void ShowProgress(std::size_t in_done, std::size_t in_count);
+    /// For people, "3 added, 1 changed, 996 unchanged, 1 failed".
+    void AddSummary();
 
     /// @return EXIT_FAILED when something failed
     ExitCode Finish();
 
 private:
     void Print(const DsnPlan& in_plan, const std::vector<std::string>& in_difference);
-    void ClearProgress();
 
     Scope m_scope;
+    std::string m_path;
+    std::string m_place;  ///< " in PATH", for people, where it is not the user's own file
     bool m_isJson;
     bool m_isQuiet;
     bool m_isDryRun;
     bool m_areSecretsShown;
     bool m_isColoured;
-    bool m_hasProgress;
-    bool m_isProgressShown = false;
-    bool m_isChanged = false;
+    std::size_t m_counts[4] = {};  ///< by action
     std::size_t m_failures = 0;
     Json m_results = Json::array();
 };

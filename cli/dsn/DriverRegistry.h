@@ -1,6 +1,6 @@
-/// The drivers that odbcinst.ini registers. Read and written by the setup library's own code for
-/// the same reasons as odbc.ini (DsnStore); the driver manager's functions would also drop every
-/// comment of the file. On Windows they stand in a key of the registry. Used by one thread.
+/// The drivers that are registered: sections of odbcinst.ini, keys of the registry on Windows
+/// (Setup/Profile.h). The driver manager's own functions would drop every comment of the file.
+/// Read once; used by one thread.
 #ifndef CLI_DRIVERREGISTRY_H
 #define CLI_DRIVERREGISTRY_H
 
@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Setup/Profile.h"
 #include "cli/dsn/Entries.h"
 
 namespace Veltrane::Cli {
@@ -17,7 +18,7 @@ public:
     /// The file that the driver manager reads: $ODBCINSTINI in the directory of the system's files.
     DriverRegistry();
 
-    const std::string& GetPath() const { return m_path; }
+    const std::string& GetPath() const { return m_profile.GetPath(); }
 
     /// Whether a driver may have this name. "ODBC" and "ODBC Drivers" are the driver manager's, and
     /// a backslash would lead to another key of the registry.
@@ -35,7 +36,11 @@ public:
     void Unregister(const std::string& in_driver) const;
 
 private:
-    std::string m_path;
+    const ODBC::ProfileView& View() const;
+    void Change(const std::function<void(ODBC::ProfileChange&)>& in_plan) const;
+
+    ODBC::Profile m_profile;
+    mutable std::optional<ODBC::ProfileView> m_view;
 };
 
 /// The value of a driver's entry as the driver manager takes it: on Linux "Setup64" before "Setup".

@@ -1,105 +1,98 @@
 #include "cli/dsn/DsnChanger.h"
 
-#include "cli/dsn/ChangeRecord.h"
-#include "cli/dsn/HeldSignals.h"
-#include "cli/examine/DriverFindings.h"
+#include <algorithm>
+#include <map>
+
+#include "cli/dsn/DriverRegistry.h"
+#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-/// What the setup library writes, and what it would drop.
-struct Parts {
-    explicit Parts(const DsnPlan& in_plan) {
-        m_fields.Set("DSN", in_plan.m_name);
-        for (const auto& [key, value] : in_plan.m_after) {
-            if (EqualsIgnoringCase(key, "Driver")) continue;
-            (IsFieldKey(key) ? m_fields : m_extras).Set(key, value);
-        }
-        m_extras.TakeRepeated(in_plan.m_after);
-    }
-    Entries m_fields;
-    Entries m_extras;
-};
+bool IsToDo(const DsnResult& in_result) {
+    return in_result.m_failure.empty() && in_result.m_plan.m_action != Action::None;
+}
 
-Request RequestFor(Action in_action) {
-    switch (in_action) {
-        case Action::Add:
-            return Request::Add;
-        case Action::Remove:
-            return Request::Remove;
-        default:
-            return Request::Configure;
+/// A DSN of a driver that nobody knows would be of no use. Those that are there may stay.
+void RefuseUnknownDrivers(DsnResults& io_results) {
+    const DriverRegistry registry;
+    std::map<std::string, bool> known;
+    for (DsnResult& result : io_results) {
+        if (!IsToDo(result) || result.m_plan.m_action != Action::Add) continue;
+        const std::string& driver = result.m_plan.m_driver;
+        const auto [entry, isNew] = known.try_emplace(driver);
+        if (isNew) entry->second = registry.Find(driver).has_value();
+        if (entry->second) continue;
+        result.m_failure = "The driver \"" + driver + "\" is not registered in " +
+                           registry.GetPath() +
+                           ". Install it, or give the name of a registered one with --driver.";
     }
 }
 
-bool IsAsPlanned(const std::optional<Entries>& in_section, const DsnPlan& in_plan) {
-    if (in_plan.m_action == Action::Remove) return !in_section.has_value();
-    return in_section && IsSameSection(*in_section, in_plan.m_after);
-}
-
-bool IsAsBefore(const std::optional<Entries>& in_section, const DsnPlan& in_plan) {
-    if (!in_section) return in_plan.m_before.IsEmpty();
-    return IsSameSection(*in_section, in_plan.m_before);
+/// Writes what differs, so that what the plan does not name stays as it is. New values go first.
+void CarryOut(const DsnPlan& in_plan, ODBC::ProfileChange& io_change) {
+    const std::string& dsn = in_plan.m_name;
+    if (in_plan.m_action == Action::Remove) return io_change.RemoveSection(dsn);
+    if (in_plan.m_action == Action::Add) io_change.AddDataSource(dsn, in_plan.m_driver);
+    for (const auto& [key, value] : in_plan.m_after) {
+        const std::string* const before = in_plan.m_before.Find(key);
+        const bool isWritten = in_plan.m_action == Action::Add && key == "Driver";
+        if (isWritten || (before != nullptr && *before == value)) continue;
+        // An old password must not stay in a further line, which nobody reads.
+        if (in_plan.m_before.IsRepeated(key)) io_change.RemoveKey(dsn, key);
+        io_change.Set(dsn, key, value);
+    }
+    for (const auto& [key, value] : in_plan.m_before) {
+        if (in_plan.m_after.Find(key) == nullptr) io_change.RemoveKey(dsn, key);
+    }
 }
 
 }  // namespace
 
-void DsnChanger::Execute(const DsnPlan& in_plan) const {
-    if (in_plan.m_action == Action::None) return;
-    // Asked first: the installer would only say that something failed, and for a file in a folder
-    // that does not exist it may not even reach the setup library.
-    const std::string reason = m_store.WhyNotWritable();
-    if (!reason.empty()) throw CommandError(EXIT_FAILED, reason);
-    const HeldSignals held;
-    ChangeRecord record(m_store);
-    if (!IsAsBefore(m_store.Read(in_plan.m_name), in_plan)) throw ChangedMeanwhile(in_plan.m_name);
-    const std::string problem = Change(in_plan, record);
-    if (problem.empty()) return;
-    const std::string result = Undo(in_plan, record);
-    throw CommandError(EXIT_FAILED, problem + result);
+DsnResult MakeResult(const std::string& in_dsn, const std::string& in_failure) {
+    DsnResult result;
+    result.m_plan.m_name = in_dsn;
+    result.m_failure = in_failure;
+    return result;
 }
 
-/// @return what went wrong; empty when the section is as planned
-std::string DsnChanger::Change(const DsnPlan& in_plan, ChangeRecord& io_record) const {
-    const Parts parts(in_plan);
-    if (!parts.m_extras.IsEmpty()) io_record.Write(in_plan, parts.m_extras);
-    const std::string errors =
-        m_manager.Configure(RequestFor(in_plan.m_action), m_store.GetScope(), in_plan.m_driver,
-                            in_plan.m_name, parts.m_fields);
-    if (!errors.empty()) return Explain(errors, in_plan);
-    if (!parts.m_extras.IsEmpty() && !m_store.PutBack(in_plan.m_name, parts.m_extras)) {
-        return "The keys that the setup library does not know could not be written: " +
-               m_store.WhyNotWritable();
+void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResults& io_results) {
+    try {
+        io_results.push_back({MakePlan(in_wish, ReadDsn(in_view, in_wish.m_name)), {}});
+    } catch (const std::exception& error) {
+        io_results.push_back(MakeResult(in_wish.m_name, error.what()));
     }
-    if (!IsAsPlanned(m_store.Read(in_plan.m_name), in_plan)) {
-        return "The installer reports success, but " + m_store.GetPath() +
-               " does not hold what was written. Another program may have changed it at the same "
-               "time, or the driver's Setup entry names another library.";
-    }
-    return {};
 }
 
-std::string DsnChanger::Explain(const std::string& in_errors, const DsnPlan& in_plan) const {
-    std::string text = in_errors;
-    const std::string reason = m_store.WhyNotWritable();
-    if (!reason.empty()) return text + "\n" + reason;
-    for (const Finding& finding : ExamineDriver(in_plan.m_driver)) {
-        if (finding.m_severity == Severity::Error) {
-            return text + "\n" + finding.m_text + " " + finding.m_repair;
+DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
+                      const std::function<void(const DsnResults&)>& in_checkBefore) {
+    const auto plan = [&](const ODBC::ProfileView& in_view) {
+        DsnResults results = in_planner(in_view);
+        RefuseUnknownDrivers(results);
+        if (in_checkBefore) in_checkBefore(results);
+        return results;
+    };
+    // First without the lock: who has nothing to change need not be allowed to.
+    const ODBC::ProfileView view = in_store.Load();
+    DsnResults results = plan(view);
+    if (in_isDryRun || std::none_of(results.begin(), results.end(), IsToDo)) return results;
+    const auto write = [&](ODBC::ProfileChange& io_change) {
+        if (!io_change.GetView().IsSame(view)) results = plan(io_change.GetView());
+        for (const DsnResult& result : results) {
+            if (IsToDo(result)) CarryOut(result.m_plan, io_change);
         }
+    };
+    try {
+        for (const auto& [dsn, reason] : in_store.GetProfile().Change(write)) {
+            for (DsnResult& result : results) {
+                if (EqualsIgnoringCase(result.m_plan.m_name, dsn)) result.m_failure = reason;
+            }
+        }
+    } catch (const ODBC::ProfileError& error) {
+        throw CommandError(EXIT_FAILED, error.what());
     }
-    return text;
-}
-
-/// Puts the old section back if it is there in part. @return what to tell about it
-std::string DsnChanger::Undo(const DsnPlan& in_plan, ChangeRecord& io_record) const {
-    if (IsAsBefore(m_store.Read(in_plan.m_name), in_plan)) return {};
-    if (m_store.Restore(in_plan.m_name, in_plan.m_before)) {
-        return "\nThe DSN has been put back as it was.";
-    }
-    io_record.Leave();
-    return "\nThe DSN could not be put back as it was.";
+    return results;
 }
 
 }  // namespace Veltrane::Cli

@@ -1,47 +1,40 @@
-/// Carries out the plan for one DSN, so that the DSN ends up whole or untouched. One thread.
+/// Plans the changes of DSNs against one reading of their profile and carries them out in one
+/// transaction. One thread.
 #ifndef CLI_DSNCHANGER_H
 #define CLI_DSNCHANGER_H
 
-#include "cli/dsn/DriverManager.h"
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "cli/dsn/DsnPlan.h"
 #include "cli/dsn/DsnStore.h"
-#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
-class ChangeRecord;
-
-/// The DSN is not any more what the plan was made for. Nothing has been done.
-class ChangedMeanwhile : public CommandError {
-public:
-    explicit ChangedMeanwhile(const std::string& in_dsn)
-        : CommandError(EXIT_FAILED, "Another program has changed the DSN \"" + in_dsn +
-                                        "\" at the same time. Nothing has been done; try again.") {}
+/// What became of one DSN.
+struct DsnResult {
+    DsnPlan m_plan;
+    std::string m_failure;  ///< why it is refused, and nothing of it done; empty: it is as planned
 };
 
-class DsnChanger {
-public:
-    /// Both are kept by reference.
-    DsnChanger(const DriverManager& in_manager, const DsnStore& in_store)
-        : m_manager(in_manager), m_store(in_store) {}
+/// One without a plan: the DSN stays as it is.
+DsnResult MakeResult(const std::string& in_dsn, const std::string& in_failure = {});
 
-    /// Adds, changes or removes the DSN through the installer, puts back the keys that the setup
-    /// library drops, and reads the section again: an installer that says "done" has been known not
-    /// to have done anything. A section that came out as neither the old nor the new one is
-    /// restored; if this process is killed, the next run finishes what is missing (ChangeRecord).
-    /// @throws ChangedMeanwhile; CommandError EXIT_FAILED with the installer's errors, and path and
-    /// reason where the
-    ///         file or the driver's library is what failed
-    void Execute(const DsnPlan& in_plan) const;
+using DsnResults = std::vector<DsnResult>;
 
-private:
-    std::string Change(const DsnPlan& in_plan, ChangeRecord& io_record) const;
-    std::string Explain(const std::string& in_errors, const DsnPlan& in_plan) const;
-    std::string Undo(const DsnPlan& in_plan, ChangeRecord& io_record) const;
+/// Plans all changes of a run. It may be asked again, when the profile has changed meanwhile. What
+/// it throws ends the run with nothing written.
+using DsnPlanner = std::function<DsnResults(const ODBC::ProfileView&)>;
 
-    const DriverManager& m_manager;
-    const DsnStore& m_store;
-};
+/// Adds a plan made from the wish and the view, or the reason why it is refused.
+void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResults& io_results);
+
+/// @param in_checkBefore  called once more right before the writing; what it throws ends the run
+/// @return the results of the plan that was carried out, or of the first one in a dry run
+/// @throws CommandError EXIT_FAILED with path and reason where nothing could be written
+DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
+                      const std::function<void(const DsnResults&)>& in_checkBefore = {});
 
 }  // namespace Veltrane::Cli
 

@@ -1,6 +1,7 @@
 #include "cli/dsn/DsnPlan.h"
 
 #include "Setup/OdbcIniText.h"
+#include "Setup/OdbcInstaller.h"
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/system/CommandError.h"
@@ -15,25 +16,41 @@ using ODBC::OdbcIniText;
     throw CommandError(EXIT_FAILED, in_key + ": " + in_reason);
 }
 
+Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
+    Orska::Support::orska_wstring text;
+    text.SetFromUtf8(in_text);
+    return text;
+}
+
 void CheckField(const ODBC::DialogField& in_field, const std::string& in_value) {
     if (const char* const reason = ODBC::WhyRefused(in_field, in_value)) {
         Refuse(std::string(in_field.m_key), reason);
     }
 }
 
-/// What the setup library refuses is found out here first, where a reason can be given.
+/// What is new has to be what the setup library takes and what reads back as it is. What is stored
+/// already may stay.
 void CheckSection(const DsnPlan& in_plan) {
+    const auto isStored = [&](const std::string& in_key, const std::string& in_value) {
+        const std::string* const before = in_plan.m_before.Find(in_key);
+        return before != nullptr && !before->empty() && *before == in_value;
+    };
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
-        CheckField(field, field.m_key == "DSN" ? in_plan.m_name : in_plan.m_after.Get(field.m_key));
+        const std::string key(field.m_key);
+        const std::string value = key == "DSN" ? in_plan.m_name : in_plan.m_after.Get(key);
+        if (!isStored(key, value)) CheckField(field, value);
+    }
+    if (!ODBC::OdbcInstaller::ValidDSN(Utf8Text(in_plan.m_name))) {
+        Refuse("DSN", "The ODBC installer refuses this name.");
     }
     for (const auto& [key, value] : in_plan.m_after) {
-        if (!OdbcIniText::IsCarriableLine(key, value)) {
+        if (!isStored(key, value) && !OdbcIniText::IsCarriableLine(key, value)) {
             Refuse(key, "No line of odbc.ini can hold this key and value unchanged.");
         }
     }
 }
 
-/// The section as the setup library and the put-back of unknown keys will leave it.
+/// The section as it will be; a new one in the order of the setup library.
 Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     Entries merged = in_wish.m_isReplaced ? Entries() : in_current;
     for (const auto& [key, value] : in_wish.m_values) merged.Set(key, value);
@@ -46,7 +63,6 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     for (const auto& [key, value] : merged) {
         if (section.Find(key) == nullptr && !IsFieldKey(key)) section.Set(key, value);
     }
-    section.TakeRepeated(merged);
     return section;
 }
 
@@ -99,10 +115,6 @@ DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_curren
     }
     plan.m_after = MakeSection(in_wish, plan.m_before);
     CheckSection(plan);
-    for (const auto& [key, value] : plan.m_after) {
-        const bool isOurs = IsFieldKey(key) || key == "Driver";
-        if (!isOurs && plan.m_before.Find(key) != nullptr) plan.m_kept.push_back(key);
-    }
     if (!in_current) {
         plan.m_action = Action::Add;
     } else if (!IsSameSection(plan.m_before, plan.m_after)) {

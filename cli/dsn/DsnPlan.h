@@ -1,5 +1,5 @@
 /// What is to become of one DSN: worked out from what its section holds and what is wished, before
-/// anything is written. Pure functions of their arguments.
+/// anything is written. Nothing here reads or writes a profile.
 #ifndef CLI_DSNPLAN_H
 #define CLI_DSNPLAN_H
 
@@ -29,8 +29,6 @@ struct DsnPlan {
     std::string m_driver;
     Entries m_before;  ///< the section as it is, "Driver" first; empty when there is none
     Entries m_after;   ///< as it will be; empty when it is removed
-    /// Keys that the setup library does not know and that stay.
-    std::vector<std::string> m_kept;
 };
 
 /// @param in_current  the DSN's section; nothing when there is none

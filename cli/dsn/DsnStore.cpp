@@ -1,15 +1,42 @@
 #include "cli/dsn/DsnStore.h"
 
-#include <set>
+#include <unordered_set>
+
+#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
+using ODBC::Profile;
+using ODBC::ProfileView;
+
 const char* GetScopeName(Scope in_scope) { return in_scope == Scope::System ? "system" : "user"; }
 
-std::vector<std::string> GetDsnNames(const ODBC::OdbcIniText& in_text) {
+DsnStore::DsnStore(Scope in_scope)
+    : m_scope(in_scope),
+      m_profile(in_scope == Scope::System ? Profile::Kind::SYSTEM_DATA_SOURCES
+                                          : Profile::Kind::USER_DATA_SOURCES) {}
+
+ProfileView DsnStore::Load() const {
+    try {
+        return m_profile.Read();
+    } catch (const ODBC::ProfileError& error) {
+        throw CommandError(EXIT_FAILED, error.what());
+    }
+}
+
+std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
+    return ReadDsn(Load(), in_dsn);
+}
+
+std::optional<Entries> ReadDsn(const ProfileView& in_view, const std::string& in_dsn) {
+    if (ODBC::IsReservedName(in_dsn) || !in_view.HasSection(in_dsn)) return std::nullopt;
+    return Entries(in_view.GetKeyValues(in_dsn));
+}
+
+std::vector<std::string> GetDsnNames(const ProfileView& in_view) {
     std::vector<std::string> names;
-    std::set<std::string> known;
-    for (std::string& name : in_text.GetSections()) {
+    std::unordered_set<std::string> known;
+    for (std::string& name : in_view.GetSections()) {
         if (name.empty() || ODBC::IsReservedName(name) || !known.insert(FoldCase(name)).second)
             continue;
         names.push_back(std::move(name));

@@ -25,8 +25,18 @@ std::string FoldCase(std::string_view in_text) {
 
 Entries::Entries(const std::vector<Entry>& in_lines) {
     for (const auto& [key, value] : in_lines) {
-        (Find(key) == nullptr ? m_entries : m_repeated).emplace_back(key, value);
+        if (Find(key) == nullptr) {
+            m_entries.emplace_back(key, value);
+        } else {
+            m_repeated.push_back(key);
+        }
     }
+}
+
+bool Entries::IsRepeated(std::string_view in_key) const {
+    return std::any_of(m_repeated.begin(), m_repeated.end(), [in_key](const std::string& in_each) {
+        return EqualsIgnoringCase(in_each, in_key);
+    });
 }
 
 const std::string* Entries::Find(std::string_view in_key) const {
@@ -52,18 +62,9 @@ void Entries::Set(std::string_view in_key, std::string_view in_value) {
 }
 
 void Entries::Remove(std::string_view in_key) {
-    for (std::vector<Entry>* const lines : {&m_entries, &m_repeated}) {
-        std::erase_if(*lines, [in_key](const Entry& in_entry) {
-            return EqualsIgnoringCase(in_entry.first, in_key);
-        });
-    }
-}
-
-void Entries::TakeRepeated(const Entries& in_others) {
-    for (const Entry& line : in_others.m_repeated) {
-        const bool isOurs = IsFieldKey(line.first) || EqualsIgnoringCase(line.first, "Driver");
-        if (!isOurs && Find(line.first) != nullptr) m_repeated.push_back(line);
-    }
+    std::erase_if(m_entries, [in_key](const Entry& in_entry) {
+        return EqualsIgnoringCase(in_entry.first, in_key);
+    });
 }
 
 std::string CanonicalKey(std::string_view in_key) {

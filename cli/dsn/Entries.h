@@ -21,7 +21,7 @@ public:
     Entries() = default;
     Entries(std::initializer_list<Entry> in_entries) : m_entries(in_entries) {}
     /// Of keys that stand twice the first one counts, as for the driver manager. The further lines
-    /// are no entries; GetRepeated has them.
+    /// are no entries.
     explicit Entries(const std::vector<Entry>& in_lines);
 
     /// Null when there is no such key; valid until the next change.
@@ -29,13 +29,10 @@ public:
     /// The value, empty when there is no such key.
     std::string Get(std::string_view in_key) const;
     void Set(std::string_view in_key, std::string_view in_value);
-    /// Removes the entry and its further lines.
     void Remove(std::string_view in_key);
 
-    /// The further lines of keys, in their order. Nobody reads them, but they are in the file.
-    const std::vector<Entry>& GetRepeated() const { return m_repeated; }
-    /// Takes over the further lines for those keys that are entries here, the fields' aside.
-    void TakeRepeated(const Entries& in_others);
+    /// Whether the key has further lines. Nobody reads them, but they are in the file.
+    bool IsRepeated(std::string_view in_key) const;
 
     bool IsEmpty() const { return m_entries.empty(); }
     auto begin() const { return m_entries.begin(); }
@@ -43,7 +40,7 @@ public:
 
 private:
     std::vector<Entry> m_entries;
-    std::vector<Entry> m_repeated;
+    std::vector<std::string> m_repeated;  ///< keys
 };
 
 /// The keys that the setup library writes, in its order, "Driver" not counted.

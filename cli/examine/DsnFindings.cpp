@@ -3,7 +3,6 @@
 #include <set>
 
 #include "VeltraneDialog/FieldRules.h"
-#include "cli/dsn/ChangeRecord.h"
 #include "cli/dsn/Entries.h"
 #include "cli/dsn/NearKey.h"
 #include "cli/examine/FileRights.h"
@@ -16,23 +15,6 @@ namespace Veltrane::Cli {
 namespace {
 
 std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
-
-/// Whether a line of the section is longer than what its reader takes as one.
-bool HasLongLine(const ODBC::OdbcIniText& in_text, const std::string& in_dsn) {
-    std::string_view rest = in_text.GetBytes();
-    for (bool isInside = false; !rest.empty();) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size() - 1);
-        std::string_view line = rest.substr(0, end + 1);
-        rest.remove_prefix(end + 1);
-        while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
-        if (line.starts_with('[')) {
-            isInside = EqualsIgnoringCase(line.substr(1, line.find(']') - 1), in_dsn);
-        } else if (isInside && line.size() > ODBC::OdbcIniText::MAX_LINE) {
-            return true;
-        }
-    }
-    return false;
-}
 
 void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Findings& io_findings) {
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
@@ -85,7 +67,7 @@ void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
     }
 }
 
-void ExamineRights(const DsnStore& in_store, const ODBC::OdbcIniText& in_text,
+void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
                    Findings& io_findings) {
     const FileRights rights = GetFileRights(in_store.GetPath());
     std::string holders;
@@ -118,7 +100,7 @@ void ExamineRights(const DsnStore& in_store, const ODBC::OdbcIniText& in_text,
 
 }  // namespace
 
-Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn,
+Findings ExamineDsn(const ODBC::ProfileView& in_text, const std::string& in_dsn,
                     const std::string& in_driver) {
     Findings findings;
     const std::vector<Entry> lines = in_text.GetKeyValues(in_dsn);
@@ -128,7 +110,7 @@ Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn,
         ExamineFields(entries, in_dsn, findings);
     }
     ExamineLines(lines, in_dsn, findings);
-    if (HasLongLine(in_text, in_dsn)) {
+    if (in_text.HasLongLine(in_dsn)) {
         findings.push_back({Severity::Error, "value-does-not-survive",
                             "The DSN " + Quote(in_dsn) +
                                 " has a line of more than 999 bytes; programs read the rest of it "
@@ -140,11 +122,11 @@ Findings ExamineDsn(const ODBC::OdbcIniText& in_text, const std::string& in_dsn,
 
 Findings ExamineFile(const DsnStore& in_store) {
     Findings findings;
-    ODBC::OdbcIniText text;
+    std::optional<ODBC::ProfileView> read;
     // Reading removes them.
     const std::vector<std::string> leftFiles = FindLeftFiles(in_store.GetPath());
     try {
-        text = in_store.Load();
+        read = in_store.Load();
     } catch (const CommandError& error) {
         return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
                  "Give yourself the right to read it, or move text that stands before the first "
@@ -157,14 +139,15 @@ Findings ExamineFile(const DsnStore& in_store) {
                  " held, passwords too.",
              "doctor has removed it if it may. If it is still there: rm " + path + "."});
     }
-    const std::string record = FindInterruptedChange(in_store);
+    const ODBC::ProfileView& text = *read;
+    const std::string record = in_store.FindLeftRecord();
     if (!record.empty()) {
-        findings.push_back({Severity::Warning, "change-interrupted",
-                            "A change of a DSN in " + in_store.GetPath() +
-                                " was cut off. Keys that it may lack are kept in " + record + ".",
-                            std::string("The next change puts them back: veltrane-dsn set NAME") +
-                                (in_store.GetScope() == Scope::System ? " --system" : "") +
-                                ", for any DSN there."});
+        findings.push_back(
+            {Severity::Warning, "change-interrupted",
+             "An older version of this tool was cut off while it changed a DSN in " +
+                 in_store.GetPath() + ". Keys that the DSN may lack are in " + record + ".",
+             "Look at its section [kept], set what is missing (veltrane-dsn set NAME "
+             "-p KEY=VALUE) and remove the record."});
     }
     const std::string reason = in_store.WhyNotWritable();
     const bool isOurs = in_store.GetScope() == Scope::User || IsAdministrator();
@@ -187,8 +170,8 @@ Findings ExamineFile(const DsnStore& in_store) {
 Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system) {
     Findings findings;
     try {
-        const ODBC::OdbcIniText user = in_user.Load();
-        const ODBC::OdbcIniText system = in_system.Load();
+        const ODBC::ProfileView user = in_user.Load();
+        const ODBC::ProfileView system = in_system.Load();
         for (const std::string& dsn : GetDsnNames(user)) {
             if (!system.HasSection(dsn) || in_user.GetPath() == in_system.GetPath()) continue;
             findings.push_back({Severity::Warning, "user-dsn-shadows-system-dsn",

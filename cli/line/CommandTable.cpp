@@ -68,6 +68,10 @@ constexpr OptionInfo OPTIONS[] = {
      Bit(C::Add) | Bit(C::Apply) | Bit(C::DriverRegister)},
     {O::IfExists, "--if-exists", "", K::None, false, false,
      "Do nothing, successfully, if there is no such DSN.", Bit(C::Remove)},
+    {O::Prune, "--prune", "", K::None, false, false,
+     "Remove the driver's DSNs that are not described.", Bit(C::Apply)},
+    {O::FailFast, "--fail-fast", "", K::None, false, false,
+     "Write nothing if one of the DSNs is refused.", Bit(C::Apply)},
     {O::DryRun, "-n,--dry-run", "", K::None, false, false,
      "Write nothing; show the exact difference.", WRITES | DRIVER},
     {O::Format, "--format", "json|ini", K::Format, false, false,
@@ -99,9 +103,7 @@ constexpr CommandInfo COMMANDS[] = {
      "pass show db | veltrane-dsn add sales --server db --database d \\\n"
      "    --uid anna --pwd-stdin --replace"},
     {C::Set, "set", "NAME", K::Dsn, "change values of a DSN, keep the others",
-     "Changes the given values of a DSN and keeps all others.\n"
-     "The setup library drops keys that it does not know whenever it saves a DSN. They are put "
-     "back, and the command says so.",
+     "Changes the given values of a DSN and keeps all others.",
      "veltrane-dsn set sales --database archive\n"
      "veltrane-dsn set sales -p Trace=1 --unset Namespace\n"
      "veltrane-dsn set sales --server new.example.org --dry-run"},
@@ -121,9 +123,10 @@ constexpr CommandInfo COMMANDS[] = {
      "Reads a description of DSNs from a file, or from standard input if FILE is -, and adds, "
      "changes and removes what differs from it. A second run changes nothing. Keys that the "
      "description does not name stay as they are, unless --replace is given; DSNs that it does not "
-     "name are never touched.\n"
-     "Each DSN ends up whole or untouched. A DSN that fails does not stop the others; the exit "
-     "code is then 1.",
+     "name stay, unless --prune is given.\n"
+     "All is written at once. A DSN that is refused does not stop the others, unless --fail-fast "
+     "is "
+     "given; the exit code is then 1.",
      "veltrane-dsn apply dsns.json\n"
      "veltrane-dsn apply --system --dry-run dsns.ini\n"
      "ssh other veltrane-dsn export | veltrane-dsn apply -"},
@@ -160,7 +163,8 @@ constexpr CommandInfo COMMANDS[] = {
     {C::Doctor, "doctor", "", K::None, "find what is wrong and how to repair it",
      "Examines the driver's registration and libraries, sends its setup library a request that "
      "changes nothing, and examines the files of DSNs, their rights and their contents, and the "
-     "driver manager. Where nothing is wrong, one line is printed. Each finding comes with a way to repair it. Nothing is "
+     "driver manager. Where nothing is wrong, one line is printed. Each finding comes with a way "
+     "to repair it. Nothing is "
      "changed. The exit code is 1 if there is an error.",
      "veltrane-dsn doctor\n"
      "veltrane-dsn doctor --json"},

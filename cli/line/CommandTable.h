@@ -54,6 +54,8 @@ enum class OptionId : unsigned {
     IfMissing,
     IfExists,
     Replace,
+    Prune,
+    FailFast,
     DryRun,
     Format,
     Setup,

@@ -104,6 +104,45 @@ TEST(OdbcIniText, AddingAndRemovingLeavesTheTextAsItWas) {
     }
 }
 
+std::string Numbered(const char* in_form, int in_from, int in_to) {
+    std::string text;
+    for (int i = in_from; i < in_to; ++i) {
+        for (const char* at = in_form; *at != '\0'; ++at) {
+            text += *at == '%' ? std::to_string(i) : std::string(1, *at);
+        }
+    }
+    return text;
+}
+
+// More edits before one Finish than a request makes: with many sections and keys both have tables.
+TEST(OdbcIniText, MakesManyEditsAtOnce) {
+    constexpr int COUNT = 300;
+    const std::string list = "[ODBC Data Sources]\n" + Numbered("S%=V\n", 0, COUNT) + "# end\n\n";
+    OdbcIniText text(list + Numbered("[S%]\nk=%\n\n", 0, COUNT) +
+                     Numbered("[Gone]\nx=%\n", 0, COUNT));
+    text.RemoveSection("gone");
+    for (int i = 0; i < COUNT; ++i) {
+        const std::string name = "s" + std::to_string(i);
+        if (i % 2 == 0) {
+            text.RemoveSection(name);
+            text.RemoveKey("ODBC Data Sources", name);
+        } else {
+            text.Set(name, "K", "new");
+        }
+        text.Set("ODBC Data Sources", "N" + std::to_string(i), "V");
+        text.Set("N" + std::to_string(i), "k", "v");
+        EXPECT_EQ(text.Get("n" + std::to_string(i), "K"), "v");
+        EXPECT_EQ(text.HasSection(name), i % 2 != 0);
+    }
+    text.Finish();
+    std::string after = "[ODBC Data Sources]\n";
+    for (int i = 1; i < COUNT; i += 2) after += Numbered("S%=V\n", i, i + 1);
+    after += Numbered("N%=V\n", 0, COUNT) + "# end\n\n";
+    for (int i = 1; i < COUNT; i += 2) after += Numbered("[S%]\nK=new\n\n", i, i + 1);
+    EXPECT_EQ(text.GetBytes(),
+              after + Numbered("[N%]\nk=v\n", 0, 1) + "\n" + Numbered("[N%]\nk=v\n\n", 1, COUNT));
+}
+
 TEST(OdbcIniText, ReadsItsOwnEditsBack) {
     OdbcIniText text("[A]\nk=1\n[Sales]\nServer=old\n[B]\nk=2\n");
     Save(text);

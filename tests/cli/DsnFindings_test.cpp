@@ -3,13 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "cli/system/PlatformWords.h"
+#include "tests/support/IniScratch.h"
 
 namespace Veltrane::Cli {
 namespace {
 
 std::string Ids(const std::string& in_file) {
+    static const Test::IniScratch s_scratch;
+    Test::IniScratch::Write(s_scratch.UserFile(), in_file);
     std::string ids;
-    for (const Finding& finding : ExamineDsn(ODBC::OdbcIniText(in_file), "a", "Veltrane")) {
+    for (const Finding& finding :
+         ExamineDsn(DsnStore(Scope::User).Load(), "a", "Veltrane")) {
         ids += std::string(ids.empty() ? "" : " ") + finding.m_id;
     }
     return ids;

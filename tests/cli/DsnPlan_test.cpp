@@ -26,7 +26,6 @@ TEST(DsnPlan, AddsWhatIsGivenInTheOrderOfTheSetupLibrary) {
     EXPECT_EQ(plan.m_action, Action::Add);
     EXPECT_EQ(Difference(plan, true), (Lines{"+[sales]", "+Driver=Veltrane", "+Server=s", "+PWD=p",
                                              "+Database=d", "+Trace="}));
-    EXPECT_TRUE(plan.m_kept.empty());
 }
 
 TEST(DsnPlan, KeepsWhatIsNotGiven) {
@@ -35,7 +34,6 @@ TEST(DsnPlan, KeepsWhatIsNotGiven) {
     EXPECT_EQ(plan.m_action, Action::Change);
     EXPECT_EQ(Difference(plan, false), (Lines{"-PWD=********", "+PWD=********"}));
     EXPECT_EQ(Difference(plan, true), (Lines{"-PWD=old", "+PWD=new"}));
-    EXPECT_EQ(plan.m_kept, Lines{"Extra"});
     wish.m_isReplaced = true;
     wish.m_values.Set("Database", "d");
     EXPECT_EQ(Difference(MakePlan(wish, STORED), true),

@@ -4,7 +4,6 @@ import subprocess
 
 
 class Stage:
-    KILLED = -9
     NOT_FOUND = "No such file or directory"
     NOWHERE = "/no/such/library.so"
     INSTALLER = r"^/.*/libodbcinst\.so"
@@ -18,24 +17,6 @@ class Stage:
         #include <string.h>
         #include <unistd.h>
         #define EXPORTED
-        #define CONFIGURE ConfigDSN
-        #define KILL() raise(SIGKILL)
-        #define PAUSE() usleep(10000)
-        static void* find(const char* library, const char* name) {
-            return dlsym(dlopen(library, RTLD_NOW), name);
-        }
-        static void copy(const char* from, FILE* to) {
-            FILE* const file = fopen(from, "r");
-            for (int c; (c = getc(file)) != EOF;) putc(c, to);
-            fclose(file);
-        }
-        /* What others see of this process, and its environment. */
-        static void show_process(FILE* to) {
-            extern char** environ;
-            copy("/proc/self/cmdline", to);
-            copy("/proc/self/environ", to);
-            for (char** entry = environ; *entry; ++entry) fprintf(to, "%s\\n", *entry);
-        }
     """
 
     def __init__(self, folder):
@@ -98,9 +79,6 @@ class Stage:
         with open(self.record, "w", encoding="utf-8") as file:
             file.write(text)
         os.chmod(self.record, 0o600)
-
-    def has_record(self):
-        return os.path.exists(self.record)
 
     def compile(self, name, source, *libraries):
         """Gives the path of a shared library, which needs these in the same folder."""

@@ -23,7 +23,6 @@ def unquote(text):
 
 
 class Stage:
-    KILLED = 9
     NOT_FOUND = "Path not found"
     NOWHERE = "C:\\no\\such\\library.dll"
     INSTALLER = r"(?i)^Z:.*\\odbccp32\.dll$"
@@ -35,25 +34,6 @@ class Stage:
         #include <string.h>
         #include <windows.h>
         #define EXPORTED __declspec(dllexport)
-        #define CONFIGURE ConfigDSNW
-        #define KILL() TerminateProcess(GetCurrentProcess(), 9)
-        #define PAUSE() Sleep(10)
-        static void* find(const char* library, const char* name) {
-            return (void*)GetProcAddress(LoadLibraryA(library), name);
-        }
-        static void show(const wchar_t* text, FILE* to) {
-            char bytes[8192] = "";
-            WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, NULL, NULL);
-            fprintf(to, "%s\\n", bytes);
-        }
-        /* What others see of this process, and its environment, also the C run-time's copy. */
-        static void show_process(FILE* to) {
-            show(GetCommandLineW(), to);
-            for (const wchar_t* entry = GetEnvironmentStringsW(); *entry; entry += wcslen(entry) + 1) {
-                show(entry, to);
-            }
-            for (char** entry = _environ; entry && *entry; ++entry) fprintf(to, "%s\\n", *entry);
-        }
     """
 
     def __init__(self, folder):
@@ -174,9 +154,6 @@ class Stage:
     def write_record(self, text):
         bytes_of = ",".join(f"{byte:02x}" for byte in (text + "\0").encode("utf-16-le"))
         self.unwritten += [f"[HKEY_CURRENT_USER\\{RECORD_KEY}]", f'"Change"=hex(1):{bytes_of}']
-
-    def has_record(self):
-        return "Change" in self.export(r"HKEY_CURRENT_USER\Software\Veltrane").get("veltrane-dsn", {})
 
     def compile(self, name, source, *libraries):
         """Gives the path of a shared library, which needs these in the same folder."""

@@ -24,14 +24,6 @@ if os.environ["VELTRANE_DSN"].endswith(".exe"):
 else:
     from stage_linux import Stage
 
-# Sets up a request to the real setup library, as a setup library in front of it gets it.
-FRONT = """
-    typedef int Request(void*, unsigned short, const void*, const void*);
-    static int forward(void* window, unsigned short request, const void* driver, const void* values) {
-        Request* const configure = (Request*)find("%s", "%s");
-        return configure(window, request, driver, values);
-    }
-"""
 PASSWORD = "p=;#'\"{}[]\\%$ ü€日本😀"
 
 
@@ -105,23 +97,6 @@ class ToolTest(unittest.TestCase):
 
     def register(self, library):
         self.stage.write("drivers", {"Veltrane": self.stage.driver(library)})
-
-    def register_front(self, body):
-        """Registers a setup library with this body, in front of the real one."""
-        setup = self.stage.setup.replace("\\", "\\\\")
-        entry = "ConfigDSNW" if "\\" in setup else "ConfigDSN"
-        self.register(self.stage.compile("front", self.stage.PRELUDE + FRONT % (setup, entry) + """
-            EXPORTED int CONFIGURE(void* window, unsigned short request, const void* driver,
-                                   const void* values) {
-                const char* const moment = getenv("MOMENT") ? getenv("MOMENT") : "";
-                int result = 0;
-            """ + body + "return result; }"))
-
-    def wait_for(self, condition):
-        end = time.monotonic() + 60
-        while not condition():
-            self.assertLess(time.monotonic(), end)
-            time.sleep(0.02)
 
     def add_sales(self, *arguments, **others):
         return self.run_tool("add", "sales", "--server", "db", "--database", "d", *arguments, **others)

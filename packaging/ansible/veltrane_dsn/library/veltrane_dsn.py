@@ -82,7 +82,7 @@ results:
   type: list
   elements: dict
   returned: when the tool could be run
-  sample: [{name: sales, state: changed, action: added, difference: ["+[sales]"], kept: []}]
+  sample: [{name: sales, state: changed, action: added, difference: ["+[sales]"]}]
 """
 
 ARGUMENTS = {

@@ -1,0 +1,169 @@
+#include <cerrno>
+#include <cstdlib>
+
+#include "Setup/InstallerLibrary.h"
+#include "Setup/OdbcIniFile.h"
+#include "Setup/OdbcIniText.h"
+#include "Setup/Profile.h"
+#include "tools/trace.h"
+
+namespace Veltrane::ODBC {
+
+namespace {
+
+using Kind = Profile::Kind;
+
+constexpr char LIST_OF_DATA_SOURCES[] = "ODBC Data Sources";
+/// How often a plan is made again for programs that do not know the lock.
+constexpr int MAX_REPEATS = 8;
+
+bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
+
+OdbcIniText::Rules Rules() {
+    return IsIodbc() ? OdbcIniText::Rules::IODBC : OdbcIniText::Rules::FIRST_FILE;
+}
+
+/// A user's file may hold passwords. What is the system's is for every user; the umask of the
+/// administrator may narrow it.
+mode_t NewFileMode(Kind in_kind) { return in_kind == Kind::USER_DATA_SOURCES ? 0600 : 0644; }
+
+std::string FindPath(Kind in_kind) {
+    if (in_kind == Kind::USER_DATA_SOURCES) return GetUserIniPath();
+    const std::string system = GetSystemIniPath();
+    if (in_kind == Kind::SYSTEM_DATA_SOURCES) return system;
+    const char* const name = std::getenv("ODBCINSTINI");
+    return system.substr(0, system.rfind('/') + 1) + (name == nullptr ? "odbcinst.ini" : name);
+}
+
+constexpr char CHANGE[] = "Veltrane::ODBC::Profile::Change";
+constexpr char SOURCE[] = "Setup\\Profile";
+
+[[noreturn]] void Fail(const OdbcIniFile& in_file) {
+    ORSKA_TRACE(1, CHANGE, SOURCE, 0, "%s", in_file.GetFailure().Describe().c_str());
+    throw ProfileError(in_file.GetFailure().Describe());
+}
+
+}  // namespace
+
+struct ProfileView::State {
+    OdbcIniText m_text;
+
+    /// The driver manager would read nothing of what is written to such a file.
+    State(std::string in_bytes, const std::string& in_path) : m_text(std::move(in_bytes), Rules()) {
+        if (m_text.IsReadable()) return;
+        throw ProfileError(in_path +
+                           ": text before the first section makes the whole file unreadable for "
+                           "the driver manager");
+    }
+};
+
+std::vector<std::string> ProfileView::GetSections() const { return m_state->m_text.GetSections(); }
+
+std::vector<std::string> ProfileView::GetDrivers() const { return GetSections(); }
+
+bool ProfileView::HasSection(std::string_view in_section) const {
+    return m_state->m_text.HasSection(in_section);
+}
+
+std::vector<ProfileView::KeyValue> ProfileView::GetKeyValues(std::string_view in_section) const {
+    return m_state->m_text.GetKeyValues(in_section);
+}
+
+std::optional<std::string> ProfileView::Get(std::string_view in_section,
+                                            std::string_view in_key) const {
+    return m_state->m_text.Get(in_section, in_key);
+}
+
+bool ProfileView::HasLongLine(std::string_view in_section) const {
+    return m_state->m_text.HasLongLine(in_section);
+}
+
+bool ProfileView::IsSame(const ProfileView& in_other) const {
+    return m_state->m_text.GetBytes() == in_other.m_state->m_text.GetBytes();
+}
+
+struct ProfileChange::State {
+    explicit State(std::shared_ptr<ProfileView::State> in_read)
+        : m_text(in_read->m_text), m_view(std::move(in_read)) {}
+
+    OdbcIniText& m_text;  ///< of the view
+    ProfileView m_view;
+    bool m_isListed = IsIodbc();
+};
+
+const ProfileView& ProfileChange::GetView() const { return m_state.m_view; }
+
+void ProfileChange::AddDataSource(const std::string& in_name, const std::string& in_driver) {
+    // iODBC keeps a list of all data sources in the file; the one named so is not in it.
+    if (m_state.m_isListed && in_name != "Default") Set(LIST_OF_DATA_SOURCES, in_name, in_driver);
+    Set(in_name, "Driver", in_driver);
+}
+
+void ProfileChange::Set(const std::string& in_section, const std::string& in_key,
+                        const std::string& in_value) {
+    if (!OdbcIniText::IsCarriableSection(in_section) ||
+        !OdbcIniText::IsCarriableLine(in_key, in_value, Rules())) {
+        throw ProfileError(in_key + ": No line of the file can hold this key and value unchanged.");
+    }
+    m_state.m_text.Set(in_section, in_key, in_value);
+}
+
+void ProfileChange::RemoveKey(const std::string& in_section, const std::string& in_key) {
+    m_state.m_text.RemoveKey(in_section, in_key);
+}
+
+void ProfileChange::RemoveSection(const std::string& in_section) {
+    if (m_state.m_isListed) m_state.m_text.RemoveKey(LIST_OF_DATA_SOURCES, in_section);
+    m_state.m_text.RemoveSection(in_section);
+}
+
+/// Its section is what unixODBC reads.
+void ProfileChange::ListDriver(const std::string&) {}
+
+Profile::Profile(Kind in_kind) : m_kind(in_kind), m_path(FindPath(in_kind)) {}
+
+ProfileView Profile::Read() const {
+    OdbcIniFile file(m_path);
+    std::string bytes;
+    struct stat status {};
+    if (!file.Read(bytes, status)) {
+        if (file.GetFailure().m_error != ENOENT) Fail(file);
+        bytes.clear();
+    }
+    return ProfileView(std::make_shared<ProfileView::State>(std::move(bytes), m_path));
+}
+
+std::vector<Profile::Failure> Profile::Change(
+    const std::function<void(ProfileChange&)>& in_plan) const {
+    OdbcIniFile file(m_path);
+    for (int repeats = 0;; ++repeats) {
+        std::string bytes;
+        if (!file.Lock(bytes, NewFileMode(m_kind))) Fail(file);
+        const auto read = std::make_shared<ProfileView::State>(std::move(bytes), m_path);
+        ProfileChange::State state(read);
+        ProfileChange change(state);
+        in_plan(change);
+        read->m_text.Finish();
+        if (!read->m_text.IsChanged() || file.Replace(read->m_text.GetBytes())) {
+            ORSKA_TRACE(2, CHANGE, SOURCE, 0, "%s: %s", m_path.c_str(),
+                        read->m_text.IsChanged() ? "written" : "nothing to write");
+            return {};
+        }
+        if (file.GetFailure().m_error != EAGAIN || repeats == MAX_REPEATS) Fail(file);
+        file.Unlock();
+    }
+}
+
+std::string Profile::WhyNotWritable() const {
+    OdbcIniFile file(m_path);
+    std::string bytes;
+    if (!file.Lock(bytes, NewFileMode(m_kind))) return file.GetFailure().Describe();
+    try {
+        const ProfileView::State read(std::move(bytes), m_path);
+        return {};
+    } catch (const ProfileError& error) {
+        return error.what();
+    }
+}
+
+}  // namespace Veltrane::ODBC
