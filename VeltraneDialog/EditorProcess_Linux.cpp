@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/auxv.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -14,9 +15,9 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <string_view>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
-#include "VeltraneDialog/EditorEnvironment.h"
 
 namespace Veltrane::ODBC {
 
@@ -60,6 +61,42 @@ struct SocketPair {
     FileDescriptor m_host;
     FileDescriptor m_editor;
 };
+
+/// A host that brings libraries of its own points the loader and Qt at them.
+constexpr std::string_view OF_THE_HOST[] = {"LD_LIBRARY_PATH", "LD_PRELOAD", "LD_AUDIT",
+                                            "QT_PLUGIN_PATH", "QT_QPA_PLATFORM_PLUGIN_PATH"};
+
+constexpr std::string_view HARMLESS[] = {"TERM",        "LANG",     "LC_ALL", "LC_CTYPE",
+                                         "LC_MESSAGES", "LANGUAGE", "TZ"};
+
+template <std::size_t COUNT>
+bool Contains(const std::string_view (&in_names)[COUNT], std::string_view in_name) {
+    return std::find(std::begin(in_names), std::end(in_names), in_name) != std::end(in_names);
+}
+
+bool IsPassedOn(std::string_view in_entry, bool in_isPrivileged) {
+    const std::string_view name = in_entry.substr(0, in_entry.find('='));
+    if (in_isPrivileged) {
+        // No path to a file of the caller's choice.
+        return Contains(HARMLESS, name) && in_entry.find('/') == std::string_view::npos;
+    }
+    return !Contains(OF_THE_HOST, name);
+}
+
+/// The host's environment without what would load the host's own libraries and plugins into the
+/// editor. Of a host with raised privileges only what terminal and language need.
+/// @return entries that belong to the host's environment, a null at the end
+std::vector<char*> EditorEnvironment() {
+    const bool isPrivileged = getauxval(AT_SECURE) != 0;
+    std::vector<char*> entries;
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+        if (IsPassedOn(*entry, isPrivileged)) {
+            entries.push_back(*entry);
+        }
+    }
+    entries.push_back(nullptr);
+    return entries;
+}
 
 /// What posix_spawn is to do between fork and exec.
 class SpawnPlan {
