@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+#include "VeltraneDialog/Utf8.h"
+
 namespace Veltrane::ODBC {
 namespace {
 
@@ -42,7 +44,6 @@ TEST(FieldRules, Names) {
         {"inner blank, quotes, # and :", "a b'\"#:<>|/", ""},
         {"blank in front", " a", blanks},
         {"blank at the end", "a ", blanks},
-        {"ideographic space at the end", "日本\xE3\x80\x80", blanks},
         {"no-break space at the end", "a\xC2\xA0", ""},
         {"line feed", "a\nb", control},
         {"tab", "a\tb", control},
@@ -77,6 +78,14 @@ TEST(FieldRules, ValuesHaveNoControlCharactersAndNoBlanksAtTheirEnds) {
         const std::string key(field.m_key);
         EXPECT_NE(Reason(key, "a\rb"), "");
         EXPECT_NE(Reason(key, "\ta"), "");
+    }
+    const std::u16string blanks =
+        u" \x1680\x2000\x2001\x2002\x2003\x2004\x2005\x2006\x2008\x2009\x200A\x2028\x2029\x205F"
+        u"\x3000";
+    for (char16_t unit = 0xA0; unit < 0xD800; ++unit) {
+        const bool isBlank = blanks.find(unit) != std::u16string::npos;
+        EXPECT_EQ(Reason("UID", EncodeUtf8(u"a" + std::u16string(1, unit))).empty(), !isBlank)
+            << int{unit};
     }
 }
 
