@@ -24,6 +24,8 @@
 #include <vector>
 
 #include "Setup/OdbcInstaller.h"
+#include "Setup/VeltraneDSNConfiguration.h"
+#include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/IniScratch.h"
 
 namespace Veltrane::ODBC {
@@ -175,24 +177,24 @@ TEST_F(OdbcInstallerTest, SystemRequestsNeedNoConfigMode) {
 
 TEST_F(OdbcInstallerTest, WhatCannotBeStoredIsRefusedBeforeAnythingIsChanged) {
     const std::string before = "[Sales]\nDriver=V\nServer=old\nExtra=1\n";
+    IniScratch::Write(m_scratch.UserFile(), before);
     const struct {
         const char* m_driver;
-        const char* m_values;
-        const char* m_code;
-    } cases[] = {{"V", "Server=s\nDatabase=a\tb\n", "11"},
-                 {"V", "Server=s\nDatabase=d\nPWD=a\x7F\n", "11"},
-                 {"m\xFCll", "Server=s\nDatabase=d\n", "7"},
-                 {"V\n", "Server=s\nDatabase=d\n", "7"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_values);
-        IniScratch::Write(m_scratch.UserFile(), before);
-        const std::string values = std::string("DSN=Sales\n") + c.m_values;
-        EXPECT_EQ(RunRequest(m_scratch, ODBC_ADD_DSN, c.m_driver, values), 0);
-        DWORD code = 0;
-        char text[300] = "";
-        WORD length = 0;
-        EXPECT_EQ(SQLInstallerError(1, &code, text, sizeof text, &length), SQL_SUCCESS);
-        EXPECT_EQ(std::to_string(code), c.m_code);
+        const char* m_database;
+        unsigned long m_code;
+    } cases[] = {{"V", "a\tb", 11}, {"V", "a\x7F", 11}, {"m\xFCll", "d", 7}, {"V\n", "d", 7}};
+    for (const auto& [driver, database, code] : cases) {
+        SCOPED_TRACE(driver);
+        VeltraneDSNConfiguration record{Text(driver)};
+        record.SetDsn(Text("Sales"));
+        record.SetServer(Text("s"));
+        record.SetDatabase(Text(database));
+        try {
+            record.Save();
+            ADD_FAILURE() << "saved";
+        } catch (const VeltraneDSNSetupException& exception) {
+            EXPECT_EQ(exception.GetErrorCode(), code);
+        }
         EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
     }
 }

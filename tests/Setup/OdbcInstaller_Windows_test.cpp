@@ -48,7 +48,8 @@ TEST_F(OdbcInstallerTest, NamesAreTheInstallersAndNeverAllOrAList) {
         {u"a\\b", false},
         {u"a\0[b"s, false},
         {u"ODBC Data Sources", false},
-        {u"odbc data sources", false},
+        {u"odbc", false},
+        {u"m\uFFFDll", false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.m_name));
@@ -68,7 +69,7 @@ TEST_F(OdbcInstallerTest, ReadsCutToTheBufferWithoutHalvesOfCharacters) {
         {"text", 260, "ab\U0001F600c", 5},
         {"text", 6, "ab\U0001F600c", 5},
         {"text", 5, "ab\U0001F600", 4},
-        {"text", 4, "ab", 3},
+        {"text", 4, "ab", 2},
         {"text", 2, "a", 1},
         {"text", 1, "", -1},
         {"absent", 260, "default", 7},
@@ -108,6 +109,29 @@ TEST_F(OdbcInstallerTest, TheConfigModeSaysWhoseDataSourcesAreMeant) {
         EXPECT_FALSE(TestProfile::Read(c.m_written, L"new", L"Driver"));
         EXPECT_FALSE(TestProfile::Read(c.m_written, L"ODBC Data Sources", L"new"));
     }
+}
+
+TEST_F(OdbcInstallerTest, ASystemRequestNeedsNoConfigMode) {
+    TestProfile::Write(Root::USER, L"x", L"k", L"user");
+    TestProfile::Write(Root::SYSTEM, L"x", L"k", L"system");
+    SQLSetConfigMode(ODBC_USER_DSN);
+    int count = 0;
+    {
+        const Request request(true);
+        EXPECT_EQ(Read("x", "k", 260, count), "system");
+    }
+    EXPECT_EQ(Read("x", "k", 260, count), "user") << "the mode of before";
+}
+
+TEST_F(OdbcInstallerTest, WhatWasReadIsWrittenWhole) {
+    const std::wstring stored(40000, L's');
+    TestProfile::Write(Root::USER, L"x", L"k", stored.c_str());
+    const Request request;
+    int count = 0;
+    const orska_wstring cut(Read("x", "k", 260, count));
+    EXPECT_EQ(count, 259);
+    EXPECT_TRUE(WritePrivateProfileString(L"y", L"k", cut, FILE));
+    EXPECT_EQ(TestProfile::Read(Root::USER, L"y", L"k"), stored);
 }
 
 TEST_F(OdbcInstallerTest, EveryTextButOneWithANulSurvives) {
