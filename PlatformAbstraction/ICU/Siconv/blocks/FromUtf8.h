@@ -44,9 +44,11 @@ struct UnitsOf16 {
     static ORSKA_INLINE void Write(To& io_at, typename V::Type in_low, typename V::Type in_high,
                                    std::uint64_t in_keep) {
         if (IS_BIG) {
-            V::KeepUnits(io_at, V::ZipLow8(in_high, in_low), V::ZipHigh8(in_high, in_low), in_keep);
+            V::CompressUnits(io_at, V::InterleaveLow8(in_high, in_low),
+                             V::InterleaveHigh8(in_high, in_low), in_keep);
         } else {
-            V::KeepUnits(io_at, V::ZipLow8(in_low, in_high), V::ZipHigh8(in_low, in_high), in_keep);
+            V::CompressUnits(io_at, V::InterleaveLow8(in_low, in_high),
+                             V::InterleaveHigh8(in_low, in_high), in_keep);
         }
     }
     // 16-bit code points in 32-bit lanes, two vectors of them.
@@ -56,8 +58,9 @@ struct UnitsOf16 {
     }
     // Code points less 10000 in 32-bit lanes.
     static ORSKA_INLINE void WriteRun4(char* out_at, typename V::Type in_offsets) {
-        const auto lead = V::template Right32<10>(in_offsets);
-        const auto trail = V::template Left32<16>(V::And(in_offsets, V::template All32<0x3FF>()));
+        const auto lead = V::template ShiftRight32<10>(in_offsets);
+        const auto trail =
+            V::template ShiftLeft32<16>(V::And(in_offsets, V::template All32<0x3FF>()));
         const auto pair = V::Or(V::Or(lead, trail), V::template All32<0xDC00D800>());
         V::Store(out_at, V::template OrderUnits16<IS_BIG>(pair));
     }
@@ -69,16 +72,16 @@ struct UnitsOf16 {
                                     typename V::Type in_isFourth, std::uint64_t in_keep) {
         const auto leadHigh =
             V::Or(V::template All8<0xD8>(),
-                  V::And(V::template Right16<2>(in_plane), V::template All8<0x03>()));
+                  V::And(V::template ShiftRight16<2>(in_plane), V::template All8<0x03>()));
         const auto leadLow =
-            V::Or(V::Or(V::And(V::template Left16<6>(in_plane), V::template All8<0xC0>()),
-                        V::And(V::template Left16<2>(in_bytes.m_1), V::template All8<0x3C>())),
-                  V::And(V::template Right16<4>(in_bytes.m_at), V::template All8<0x03>()));
+            V::Or(V::Or(V::And(V::template ShiftLeft16<6>(in_plane), V::template All8<0xC0>()),
+                        V::And(V::template ShiftLeft16<2>(in_bytes.m_1), V::template All8<0x3C>())),
+                  V::And(V::template ShiftRight16<4>(in_bytes.m_at), V::template All8<0x03>()));
         const auto trailHigh =
             V::Or(V::template All8<0xDC>(), V::And(in_high, V::template All8<0x03>()));
         const auto high =
-            V::Choose(V::Choose(in_high, leadHigh, in_isThird), trailHigh, in_isFourth);
-        Write(io_at, V::Choose(in_low, leadLow, in_isThird), high, in_keep);
+            V::Select(V::Select(in_high, leadHigh, in_isThird), trailHigh, in_isFourth);
+        Write(io_at, V::Select(in_low, leadLow, in_isThird), high, in_keep);
     }
 };
 
@@ -96,8 +99,8 @@ struct UnitsOf32 {
                                    std::uint64_t in_keep) {
         const auto first = IS_BIG ? in_high : in_low;
         const auto second = IS_BIG ? in_low : in_high;
-        V::template KeepWide<IS_BIG>(io_at, V::ZipLow8(first, second), V::ZipHigh8(first, second),
-                                     in_keep);
+        V::template CompressToUnits32<IS_BIG>(io_at, V::InterleaveLow8(first, second),
+                                              V::InterleaveHigh8(first, second), in_keep);
     }
     static ORSKA_INLINE void WriteRun3(char* out_at, typename V::Type in_first,
                                        typename V::Type in_second) {
@@ -113,18 +116,18 @@ struct UnitsOf32 {
                                     typename V::Type in_low, typename V::Type in_high,
                                     typename V::Type, typename V::Type,
                                     typename V::Type in_isFourth, std::uint64_t in_keep) {
-        const auto high = V::Or(in_high, V::And(V::template Left16<4>(in_bytes.m_2),
+        const auto high = V::Or(in_high, V::And(V::template ShiftLeft16<4>(in_bytes.m_2),
                                                 V::And(in_isFourth, V::template All8<0xF0>())));
-        const auto top =
-            V::And(V::Or(V::And(V::template Left16<2>(in_bytes.m_3), V::template All8<0x1C>()),
-                         V::And(V::template Right16<4>(in_bytes.m_2), V::template All8<0x03>())),
-                   in_isFourth);
+        const auto top = V::And(
+            V::Or(V::And(V::template ShiftLeft16<2>(in_bytes.m_3), V::template All8<0x1C>()),
+                  V::And(V::template ShiftRight16<4>(in_bytes.m_2), V::template All8<0x03>())),
+            in_isFourth);
         if (IS_BIG) {
-            WriteWithTop(io_at, in_low, high, V::ZipLow8(V::Zero(), top),
-                         V::ZipHigh8(V::Zero(), top), in_keep);
+            WriteWithTop(io_at, in_low, high, V::InterleaveLow8(V::Zero(), top),
+                         V::InterleaveHigh8(V::Zero(), top), in_keep);
         } else {
-            WriteWithTop(io_at, in_low, high, V::ZipLow8(top, V::Zero()),
-                         V::ZipHigh8(top, V::Zero()), in_keep);
+            WriteWithTop(io_at, in_low, high, V::InterleaveLow8(top, V::Zero()),
+                         V::InterleaveHigh8(top, V::Zero()), in_keep);
         }
     }
 
@@ -135,8 +138,9 @@ private:
                                           typename V::Type in_topHigh, std::uint64_t in_keep) {
         const auto first = IS_BIG ? in_high : in_low;
         const auto second = IS_BIG ? in_low : in_high;
-        V::template KeepPairs<IS_BIG>(io_at, V::ZipLow8(first, second), V::ZipHigh8(first, second),
-                                      in_topLow, in_topHigh, in_keep);
+        V::template CompressPairs<IS_BIG>(io_at, V::InterleaveLow8(first, second),
+                                          V::InterleaveHigh8(first, second), in_topLow, in_topHigh,
+                                          in_keep);
     }
 };
 
@@ -153,7 +157,7 @@ struct UnitsOf8 {
     static ORSKA_INLINE void Write(To& io_at, typename V::Type in_low, typename V::Type in_high,
                                    std::uint64_t in_keep) {
         const auto fits = V::Equal8(in_high, V::Zero());
-        V::KeepBytes(io_at, V::Choose(V::template All8<0x1A>(), in_low, fits), in_keep);
+        V::CompressBytes(io_at, V::Select(V::template All8<0x1A>(), in_low, fits), in_keep);
     }
     template <class To>
     static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>&, typename V::Type in_low,
@@ -186,7 +190,7 @@ template <class V, class Target>
 ORSKA_INLINE void ConvertRun3(Cursor& io_cursor) {
     constexpr std::uint64_t HALF = V::SIZE / 4 * 3;
     constexpr std::uint64_t WRITTEN = V::SIZE / 2 * Target::UNIT;
-    const auto spread = V::Repeat(0xFF000102, 0xFF030405, 0xFF060708, 0xFF090A0B);
+    const auto spread = V::RepeatLane(0xFF000102, 0xFF030405, 0xFF060708, 0xFF090A0B);
     while (io_cursor.GetLeft() >= 2 * HALF + 4 && io_cursor.GetRoom() >= WRITTEN) {
         typename V::Type codePoints[2];
         auto isGood = V::template All8<0xFF>();
@@ -194,15 +198,15 @@ ORSKA_INLINE void ConvertRun3(Cursor& io_cursor) {
             const auto bytes = V::Shuffle(V::LoadTwelves(io_cursor.m_from + i * HALF), spread);
             const auto marks = V::And(bytes, V::template All32<0x00F0C0C0>());
             const auto bits = V::And(bytes, V::template All32<0x000F3F3F>());
-            const auto halves = V::MulAdd8(bits, V::template All32<0x00014001>());
-            codePoints[i] = V::MulAdd16(halves, V::template All32<0x10000001>());
+            const auto halves = V::MultiplyAdd8(bits, V::template All32<0x00014001>());
+            codePoints[i] = V::MultiplyAdd16(halves, V::template All32<0x10000001>());
             const auto isSurrogate = V::Equal32(V::And(codePoints[i], V::template All32<0xF800>()),
                                                 V::template All32<0xD800>());
-            const auto isLong = V::Greater32(codePoints[i], V::template All32<0x7FF>());
+            const auto isLong = V::GreaterSigned32(codePoints[i], V::template All32<0x7FF>());
             isGood = V::And(isGood, V::And(V::AndNot(isSurrogate, isLong),
                                            V::Equal32(marks, V::template All32<0x00E08080>())));
         }
-        if (V::Mask8(isGood) != V::FULL) {
+        if (V::GetSignBits(isGood) != V::FULL) {
             return;
         }
         Target::WriteRun3(io_cursor.m_to, codePoints[0], codePoints[1]);
@@ -219,13 +223,13 @@ ORSKA_INLINE void ConvertRun4(Cursor& io_cursor) {
         const auto bytes = V::Load(io_cursor.m_from);
         const auto marks = V::And(bytes, V::template All32<0xC0C0C0F8>());
         const auto bits = V::And(bytes, V::template All32<0x3F3F3F07>());
-        const auto halves = V::MulAdd8(bits, V::template All32<0x01400140>());
-        const auto codePoints = V::MulAdd16(halves, V::template All32<0x00011000>());
+        const auto halves = V::MultiplyAdd8(bits, V::template All32<0x01400140>());
+        const auto codePoints = V::MultiplyAdd16(halves, V::template All32<0x00011000>());
         const auto offsets = V::Add32(codePoints, V::template All32<0xFFFF0000>());
         const auto tooLarge = V::And(offsets, V::template All32<0xFFF00000>());
         const auto isGood = V::And(V::Equal32(marks, V::template All32<0x808080F0>()),
                                    V::Equal32(tooLarge, V::Zero()));
-        if (V::Mask8(isGood) != V::FULL) {
+        if (V::GetSignBits(isGood) != V::FULL) {
             return;
         }
         Target::WriteRun4(io_cursor.m_to, offsets);
@@ -248,7 +252,7 @@ public:
     static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
         return V::LoadPart(in_at, in_size);
     }
-    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::Mask8(in_at) == 0; }
+    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::GetSignBits(in_at) == 0; }
     static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) {
         Target::WriteAscii(out_to, in_at);
     }
@@ -263,7 +267,7 @@ public:
     // A fault in the last code point of a block may show in the next block only.
     template <class To>
     ORSKA_INLINE bool Convert(Type in_at, To& io_to) {
-        m_high = V::Mask8(in_at);
+        m_high = V::GetSignBits(in_at);
         if (m_high == 0 && !IsPending()) {
             PutPlain<Utf8Blocks>(io_to, in_at);
             m_before = in_at;  // what the masks say of the next block stays true
@@ -312,17 +316,18 @@ private:
         const std::uint64_t pending = m_masks.m_lead3 >> (V::SIZE - 3);
         // Signed comparisons: ASCII counts as greater and is taken out by the mask.
         Utf8Masks masks;
-        const std::uint64_t head = V::Mask8(V::Greater8(in_at, V::template All8<0xBF>()));
+        const std::uint64_t head =
+            V::GetSignBits(V::GreaterSigned8(in_at, V::template All8<0xBF>()));
         masks.m_lead = m_high & head;
-        masks.m_lead3 = m_high & V::Mask8(V::Greater8(in_at, V::template All8<0xDF>()));
-        const std::uint64_t isOverlong2 =
-            V::Mask8(V::Equal8(V::And(in_at, V::template All8<0xFE>()), V::template All8<0xC0>()));
+        masks.m_lead3 = m_high & V::GetSignBits(V::GreaterSigned8(in_at, V::template All8<0xDF>()));
+        const std::uint64_t isOverlong2 = V::GetSignBits(
+            V::Equal8(V::And(in_at, V::template All8<0xFE>()), V::template All8<0xC0>()));
         const std::uint64_t follower = m_high & ~head;
 
         Utf8Bytes<V> bytes;
         bytes.m_at = in_at;
         bytes.m_1 = V::template Earlier<1>(in_at, m_before);
-        bytes.m_isHigh = V::Greater8(V::Zero(), in_at);
+        bytes.m_isHigh = V::GreaterSigned8(V::Zero(), in_at);
         const std::uint64_t after = FromBefore<1>(masks.m_lead, m_masks.m_lead);
         if ((masks.m_lead3 | pending) == 0) {
             if (((follower ^ after) | isOverlong2) != 0) {
@@ -344,13 +349,15 @@ private:
 
     // The low byte of the code point, if the byte ends one.
     static ORSKA_INLINE typename V::Type GetLow(const Utf8Bytes<V>& in_bytes) {
-        const auto bits = V::And(V::template Left16<6>(in_bytes.m_1), V::template All8<0xC0>());
+        const auto bits =
+            V::And(V::template ShiftLeft16<6>(in_bytes.m_1), V::template All8<0xC0>());
         return V::Or(V::And(in_bytes.m_at, V::template All8<0x7F>()),
                      V::And(bits, in_bytes.m_isHigh));
     }
     // Bits 8 to 11. A lead of two bytes has bit 5 clear, so that it can be read like a follower.
     static ORSKA_INLINE typename V::Type GetHighOf2(const Utf8Bytes<V>& in_bytes) {
-        const auto bits = V::And(V::template Right16<2>(in_bytes.m_1), V::template All8<0x0F>());
+        const auto bits =
+            V::And(V::template ShiftRight16<2>(in_bytes.m_1), V::template All8<0x0F>());
         return V::And(bits, in_bytes.m_isHigh);
     }
 
@@ -365,8 +372,10 @@ private:
         const std::uint64_t drop = io_masks.m_lead | after1;
         const auto low = GetLow(io_bytes);
         // E0 to EF less E0 are bits 12 to 15; everything below gives 0.
-        const auto bits = V::template Left16<4>(V::Less8(io_bytes.m_2, V::template All8<0xE0>()));
-        const std::uint64_t isLead4 = V::Mask8(V::Greater8(at, V::template All8<0xEF>()));
+        const auto bits = V::template ShiftLeft16<4>(
+            V::SubtractSaturated8(io_bytes.m_2, V::template All8<0xE0>()));
+        const std::uint64_t isLead4 =
+            V::GetSignBits(V::GreaterSigned8(at, V::template All8<0xEF>()));
         io_masks.m_lead4 = isLead4 & io_masks.m_lead3;
         const std::uint64_t pending4 = m_masks.m_lead4 >> (V::SIZE - 3);
         if ((io_masks.m_lead4 | pending4) == 0) {
@@ -390,20 +399,21 @@ private:
                                    typename V::Type in_low, typename V::Type in_high, To& io_to) {
         const auto& at = io_bytes.m_at;
         io_bytes.m_3 = V::template Earlier<3>(at, m_before);
-        const auto isThird = V::Equal8(V::Less8(V::template All8<0xF0>(), io_bytes.m_2), V::Zero());
+        const auto isThird =
+            V::Equal8(V::SubtractSaturated8(V::template All8<0xF0>(), io_bytes.m_2), V::Zero());
         const auto isFourth =
-            V::Equal8(V::Less8(V::template All8<0xF0>(), io_bytes.m_3), V::Zero());
+            V::Equal8(V::SubtractSaturated8(V::template All8<0xF0>(), io_bytes.m_3), V::Zero());
         const std::uint64_t third = FromBefore<2>(in_masks.m_lead4, m_masks.m_lead4);
         const std::uint64_t fourth = FromBefore<3>(in_masks.m_lead4, m_masks.m_lead4);
         // Bits 16 to 20 must be 1 to 16.
         const auto plane =
-            V::Or(V::And(V::template Left16<2>(io_bytes.m_2), V::template All8<0x1C>()),
-                  V::And(V::template Right16<4>(io_bytes.m_1), V::template All8<0x03>()));
+            V::Or(V::And(V::template ShiftLeft16<2>(io_bytes.m_2), V::template All8<0x1C>()),
+                  V::And(V::template ShiftRight16<4>(io_bytes.m_1), V::template All8<0x03>()));
         const auto plane1 = V::Add8(plane, V::template All8<0xFF>());
         const std::uint64_t isGood4 =
-            V::Mask8(V::Equal8(V::And(plane1, V::template All8<0xF0>()), V::Zero()));
+            V::GetSignBits(V::Equal8(V::And(plane1, V::template All8<0xF0>()), V::Zero()));
         const std::uint64_t tooLarge =
-            V::Mask8(V::Greater8(at, V::template All8<0xF4>())) & in_masks.m_lead4;
+            V::GetSignBits(V::GreaterSigned8(at, V::template All8<0xF4>())) & in_masks.m_lead4;
         const std::uint64_t bad =
             (~isGood4 & third) | tooLarge | (GetBadHigh(in_high) & in_after2 & ~third);
         if (((in_unexplained ^ fourth) | in_bad | bad) != 0) {
@@ -417,7 +427,7 @@ private:
     // High bytes of three-byte sequences below U+0800 or of surrogates.
     static ORSKA_INLINE std::uint64_t GetBadHigh(typename V::Type in_high) {
         const auto five = V::And(in_high, V::template All8<0xF8>());
-        return V::Mask8(
+        return V::GetSignBits(
             V::Or(V::Equal8(five, V::Zero()), V::Equal8(five, V::template All8<0xD8>())));
     }
 

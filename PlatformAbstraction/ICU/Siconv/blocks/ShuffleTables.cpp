@@ -25,7 +25,7 @@ struct Row {
 
 constexpr bool HasBit(int in_mask, int in_bit) { return ((in_mask >> in_bit) & 1) != 0; }
 
-constexpr ShuffleTable MakeKeepUnits() {
+constexpr ShuffleTable MakeCompressUnits() {
     ShuffleTable table{};
     for (int mask = 0; mask < 256; ++mask) {
         Row row{table.m_bytes[mask]};
@@ -37,7 +37,7 @@ constexpr ShuffleTable MakeKeepUnits() {
     return table;
 }
 
-constexpr ShuffleTable MakeKeepBytes() {
+constexpr ShuffleTable MakeCompressBytes() {
     ShuffleTable table{};
     for (int mask = 0; mask < 256; ++mask) {
         Row row{table.m_bytes[mask]};
@@ -128,8 +128,8 @@ constexpr ByteTable MakePackedSize() {
 
 }  // namespace
 
-constexpr ShuffleTable KEEP_UNITS = MakeKeepUnits();
-constexpr ShuffleTable KEEP_BYTES = MakeKeepBytes();
+constexpr ShuffleTable COMPRESS_UNITS = MakeCompressUnits();
+constexpr ShuffleTable COMPRESS_BYTES = MakeCompressBytes();
 constexpr ShuffleTable PACK_UTF8_2 = MakePackUtf8Of2();
 constexpr ShuffleTable PACK_UTF8_3 = MakePackUtf8Of3();
 constexpr ShuffleTable PACK_UTF8_4 = MakePackUtf8Of4();

@@ -21,11 +21,11 @@ struct ByteTable {
 ORSKA_TABLE ByteTable BIT_COUNT;
 
 /// Keeps those of eight 16-bit lanes whose bit is set.
-ORSKA_TABLE ShuffleTable KEEP_UNITS;
+ORSKA_TABLE ShuffleTable COMPRESS_UNITS;
 
 /// Keeps those of eight bytes whose bit is set; the second half of a row is the same for bytes 8
 /// to 15, to be used with a row of its own.
-ORSKA_TABLE ShuffleTable KEEP_BYTES;
+ORSKA_TABLE ShuffleTable COMPRESS_BYTES;
 
 /// Eight 16-bit lanes that hold two UTF-8 bytes, of which lanes with their bit set keep only the
 /// first.

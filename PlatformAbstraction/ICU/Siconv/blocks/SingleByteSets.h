@@ -31,15 +31,15 @@ struct Cp1252Set {
         const auto at = io_low;
         const auto isMapped =
             V::Equal8(V::And(at, V::template All8<0xE0>()), V::template All8<0x80>());
-        if (V::Mask8(isMapped) == 0) {
+        if (V::GetSignBits(isMapped) == 0) {
             return false;
         }
         // The indexes of bytes that are not 80 to 8F, or not 90 to 9F, have their highest bit set,
         // for which a shuffle gives 0.
         const auto in8 =
-            V::AddUpTo255(V::Xor(at, V::template All8<0x80>()), V::template All8<0x70>());
+            V::AddSaturated8(V::Xor(at, V::template All8<0x80>()), V::template All8<0x70>());
         const auto in9 =
-            V::AddUpTo255(V::Xor(at, V::template All8<0x90>()), V::template All8<0x70>());
+            V::AddSaturated8(V::Xor(at, V::template All8<0x90>()), V::template All8<0x70>());
         const auto low =
             V::Or(V::Shuffle(GetBytes<V, 0, 0>(), in8), V::Shuffle(GetBytes<V, 16, 0>(), in9));
         io_low = V::Or(low, V::AndNot(isMapped, at));
@@ -58,8 +58,8 @@ private:
     // Those of 80 + FIRST and the 15 bytes behind it.
     template <class V, int FIRST, int SHIFT>
     static ORSKA_INLINE typename V::Type GetBytes() {
-        return V::Repeat(WORD<FIRST, SHIFT>, WORD<FIRST + 4, SHIFT>, WORD<FIRST + 8, SHIFT>,
-                         WORD<FIRST + 12, SHIFT>);
+        return V::RepeatLane(WORD<FIRST, SHIFT>, WORD<FIRST + 4, SHIFT>, WORD<FIRST + 8, SHIFT>,
+                             WORD<FIRST + 12, SHIFT>);
     }
 };
 

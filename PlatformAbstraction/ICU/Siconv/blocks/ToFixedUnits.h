@@ -51,7 +51,7 @@ struct FixedToSingleByte {
         auto low = in_at;
         auto high = V::Zero();
         Set::template Map<V>(low, high);
-        V::Store(out_to, V::Choose(V::template All8<0x1A>(), in_at, V::Equal8(high, V::Zero())));
+        V::Store(out_to, V::Select(V::template All8<0x1A>(), in_at, V::Equal8(high, V::Zero())));
     }
 };
 

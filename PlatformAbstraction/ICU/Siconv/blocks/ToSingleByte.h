@@ -46,7 +46,7 @@ public:
             return true;
         }
         const auto isSmall = V::Equal16(V::And(in_at, V::template All16<0xFF00>()), V::Zero());
-        const auto bytes = V::Choose(V::template All16<0x1A>(), in_at, isSmall);
+        const auto bytes = V::Select(V::template All16<0x1A>(), in_at, isSmall);
         const auto isSurrogate =
             V::Equal16(V::And(in_at, V::template All16<0xF800>()), V::template All16<0xD800>());
         if (V::IsZero(isSurrogate) && !IsPending()) {
@@ -57,12 +57,12 @@ public:
         // The lead surrogate gives the substitute of the pair, the trail nothing.
         const auto isTrail =
             V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
-        const std::uint64_t lead = V::Mask8(V::AndNot(isTrail, isSurrogate));
+        const std::uint64_t lead = V::GetSignBits(V::AndNot(isTrail, isSurrogate));
         const std::uint64_t expected = ((lead << 2) | (m_isLead >> (V::SIZE - 2))) & V::FULL;
-        if (expected != V::Mask8(isTrail)) {
+        if (expected != V::GetSignBits(isTrail)) {
             return false;
         }
-        V::KeepNarrow16(io_to, bytes, ~V::Mask8(V::PackMask16(isTrail, isTrail)));
+        V::CompressNarrow16(io_to, bytes, ~V::GetSignBits(V::PackSigned16(isTrail, isTrail)));
         m_isLead = lead;
         return true;
     }
@@ -97,8 +97,8 @@ private:
                 break;
             }
             const auto isSmall = V::Equal16(V::And(units, V::template All16<0xFF00>()), V::Zero());
-            plain = V::Mask8(isSmall) == V::FULL ? plain + 1 : 0;
-            WritePlain(to, V::Choose(V::template All16<0x1A>(), units, isSmall));
+            plain = V::GetSignBits(isSmall) == V::FULL ? plain + 1 : 0;
+            WritePlain(to, V::Select(V::template All16<0x1A>(), units, isSmall));
             from += V::SIZE;
             to += ROOM;
         }

@@ -26,11 +26,12 @@ struct Utf8Packer {
     // Units below 800; in_isAscii: a mask of lanes. Gives whether all are ASCII.
     template <class To>
     static ORSKA_INLINE bool Write2(Type in_units, Type in_isAscii, To& io_to) {
-        const auto lead = V::template Right16<6>(in_units);
-        const auto follower = V::template Left16<8>(V::And(in_units, V::template All16<0x3F>()));
+        const auto lead = V::template ShiftRight16<6>(in_units);
+        const auto follower =
+            V::template ShiftLeft16<8>(V::And(in_units, V::template All16<0x3F>()));
         const auto both = V::Or(V::Or(lead, follower), V::template All16<0x80C0>());
-        const auto lanes = V::Choose(both, in_units, in_isAscii);
-        const std::uint64_t isShort = V::Mask8(V::PackMask16(in_isAscii, in_isAscii));
+        const auto lanes = V::Select(both, in_units, in_isAscii);
+        const std::uint64_t isShort = V::GetSignBits(V::PackSigned16(in_isAscii, in_isAscii));
         V::PackUtf8Of2(io_to, lanes, isShort);
         return isShort == V::FULL;
     }
@@ -39,22 +40,22 @@ struct Utf8Packer {
     // are ASCII.
     template <class To>
     static ORSKA_INLINE bool WriteUpToFF(Type in_bytes, To& io_to) {
-        const auto bit = V::And(V::template Right16<6>(in_bytes), V::template All8<0x01>());
+        const auto bit = V::And(V::template ShiftRight16<6>(in_bytes), V::template All8<0x01>());
         const auto lead = V::Or(bit, V::template All8<0xC2>());
-        const auto first = V::Choose(in_bytes, lead, V::Greater8(V::Zero(), in_bytes));
+        const auto first = V::Select(in_bytes, lead, V::GreaterSigned8(V::Zero(), in_bytes));
         const auto follower = V::And(in_bytes, V::template All8<0xBF>());
-        const std::uint64_t isHigh = V::Mask8(in_bytes);
-        V::PackUtf8Of2Pair(io_to, V::ZipLow8(first, follower), V::ZipHigh8(first, follower),
-                           ~isHigh);
+        const std::uint64_t isHigh = V::GetSignBits(in_bytes);
+        V::PackUtf8Of2Pair(io_to, V::InterleaveLow8(first, follower),
+                           V::InterleaveHigh8(first, follower), ~isHigh);
         return isHigh == 0;
     }
 
     // Code points in 32-bit lanes: their bits where the bytes of a sequence of four have them.
     static ORSKA_INLINE Type SpreadBits(Type in_at) {
-        return V::Or(V::Or(V::template Left32<24>(V::And(in_at, V::template All32<0x3F>())),
-                           V::template Left32<10>(V::And(in_at, V::template All32<0xFC0>()))),
-                     V::Or(V::template Right32<4>(V::And(in_at, V::template All32<0x3F000>())),
-                           V::template Right32<18>(in_at)));
+        return V::Or(V::Or(V::template ShiftLeft32<24>(V::And(in_at, V::template All32<0x3F>())),
+                           V::template ShiftLeft32<10>(V::And(in_at, V::template All32<0xFC0>()))),
+                     V::Or(V::template ShiftRight32<4>(V::And(in_at, V::template All32<0x3F000>())),
+                           V::template ShiftRight32<18>(in_at)));
     }
 
     // Units that are no surrogates; in_isShort: below 800.
@@ -70,15 +71,15 @@ struct Utf8Packer {
         const auto first = GetFirstTwo(in_units, V::Zero());
         const auto last =
             V::Or(V::And(in_units, V::template All16<0x3F>()), V::template All16<0x80>());
-        V::PackUtf8Of3(io_to, V::ZipLow16(first, last), V::ZipHigh16(first, last));
+        V::PackUtf8Of3(io_to, V::InterleaveLow16(first, last), V::InterleaveHigh16(first, last));
     }
 
     // The lead and the second byte of three. Of two bytes the lead stands in the second place.
     static ORSKA_INLINE Type GetFirstTwo(Type in_units, Type in_isShort) {
         // Bits 6 to 11 move two places up in their byte, to the higher one.
-        const auto bits =
-            V::MulAdd8(V::And(V::template Right16<4>(in_units), V::template All16<0x0FFC>()),
-                       V::template All16<0x0140>());
+        const auto bits = V::MultiplyAdd8(
+            V::And(V::template ShiftRight16<4>(in_units), V::template All16<0x0FFC>()),
+            V::template All16<0x0140>());
         const auto marks =
             V::Or(V::template All16<0x80E0>(), V::And(in_isShort, V::template All16<0x4000>()));
         return V::Or(bits, marks);
@@ -86,16 +87,16 @@ struct Utf8Packer {
     // The last byte, and the single one of ASCII.
     static ORSKA_INLINE Type GetLastTwo(Type in_units) {
         const auto twice =
-            V::Shuffle(in_units, V::Repeat(0x02020000, 0x06060404, 0x0A0A0808, 0x0E0E0C0C));
+            V::Shuffle(in_units, V::RepeatLane(0x02020000, 0x06060404, 0x0A0A0808, 0x0E0E0C0C));
         return V::Or(V::And(twice, V::template All16<0x7F3F>()), V::template All16<0x0080>());
     }
     template <class To>
     static ORSKA_INLINE void WriteParts(Type in_first, Type in_last, Type in_isAscii,
                                         Type in_isShort, To& io_to) {
-        const auto low = V::ZipLow16(in_first, in_last);
-        const auto high = V::ZipHigh16(in_first, in_last);
+        const auto low = V::InterleaveLow16(in_first, in_last);
+        const auto high = V::InterleaveHigh16(in_first, in_last);
         const std::uint64_t sizes =
-            V::Mask8(V::SwapMiddle32(V::PackMask16(in_isAscii, in_isShort)));
+            V::GetSignBits(V::SwapMiddle32(V::PackSigned16(in_isAscii, in_isShort)));
         V::PackUtf8Pair(PACK_UTF8_3, io_to, low, high, sizes);
     }
 };
@@ -109,8 +110,8 @@ ORSKA_INLINE void WriteMixed(typename V::Type in_units, To& io_to) {
         WriteMixed<Vector128>(V::GetHigh(in_units), io_to);
     } else {
         const auto isAscii = Utf8Packer<V>::IsAscii(in_units);
-        if (V::Mask8(isAscii) == V::FULL) {
-            V::PutLow(io_to, V::PackBytes16(in_units, in_units), V::SIZE / 2);
+        if (V::GetSignBits(isAscii) == V::FULL) {
+            V::PutLow(io_to, V::PackUnsigned16(in_units, in_units), V::SIZE / 2);
             return;
         }
         const auto five = V::And(in_units, V::template All16<0xF800>());
@@ -323,7 +324,7 @@ public:
         }
         const auto isShort = V::Equal16(five, V::Zero());
         const auto isSurrogate = V::Equal16(five, V::template All16<0xD800>());
-        if (V::Mask8(isSurrogate) == 0 && !IsPending()) {
+        if (V::GetSignBits(isSurrogate) == 0 && !IsPending()) {
             Utf8Packer<V>::Write3(in_at, isAscii, isShort, io_to);
             return true;
         }
@@ -352,8 +353,8 @@ private:
     // Surrogate pairs only, each in a lane of its own.
     template <class To>
     static ORSKA_INLINE void WritePairs(Type in_at, To& io_to) {
-        const auto upper = V::template Left32<10>(V::And(in_at, V::template All32<0x3FF>()));
-        const auto lower = V::And(V::template Right32<16>(in_at), V::template All32<0x3FF>());
+        const auto upper = V::template ShiftLeft32<10>(V::And(in_at, V::template All32<0x3FF>()));
+        const auto lower = V::And(V::template ShiftRight32<16>(in_at), V::template All32<0x3FF>());
         const auto at = V::Add32(V::Or(upper, lower), V::template All32<0x10000>());
         V::Put(io_to, V::Or(Utf8Packer<V>::SpreadBits(at), V::template All32<0x808080F0>()),
                V::SIZE);
@@ -367,9 +368,9 @@ private:
         const auto isTrail =
             V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
         const auto isLead = V::AndNot(isTrail, in_isSurrogate);
-        const std::uint64_t lead = V::Mask8(isLead);
+        const std::uint64_t lead = V::GetSignBits(isLead);
         const std::uint64_t expected = ((lead << 2) | (m_isLead >> (V::SIZE - 2))) & V::FULL;
-        if (expected != V::Mask8(isTrail)) {
+        if (expected != V::GetSignBits(isTrail)) {
             return false;
         }
         m_hasSurrogates = true;
@@ -383,17 +384,17 @@ private:
         const auto leadFirst =
             V::Or(V::And(offset, V::template All16<0x0700>()), V::template All16<0xF000>());
         const auto leadLast =
-            V::Or(V::And(V::template Right16<2>(offset), V::template All16<0x3F>()),
+            V::Or(V::And(V::template ShiftRight16<2>(offset), V::template All16<0x3F>()),
                   V::template All16<0x80>());
-        const auto before = V::template Left16<12>(
+        const auto before = V::template ShiftLeft16<12>(
             V::And(V::template Earlier<2>(in_at, m_before), V::template All16<0x03>()));
-        const auto trailFirst =
-            V::Or(V::Or(V::And(V::template Left16<2>(in_at), V::template All16<0x0F00>()), before),
-                  V::template All16<0x8000>());
+        const auto trailFirst = V::Or(
+            V::Or(V::And(V::template ShiftLeft16<2>(in_at), V::template All16<0x0F00>()), before),
+            V::template All16<0x8000>());
         const auto first =
-            V::Choose(V::Choose(Writer::GetFirstTwo(in_at, in_isShort), leadFirst, isLead),
+            V::Select(V::Select(Writer::GetFirstTwo(in_at, in_isShort), leadFirst, isLead),
                       trailFirst, isTrail);
-        const auto last = V::Choose(Writer::GetLastTwo(in_at), leadLast, isLead);
+        const auto last = V::Select(Writer::GetLastTwo(in_at), leadLast, isLead);
         Writer::WriteParts(first, last, in_isAscii, V::Or(in_isShort, in_isSurrogate), io_to);
         m_before = in_at;
         m_isLead = lead;
@@ -472,23 +473,23 @@ public:
         const auto isSurrogate =
             V::Equal32(V::And(in_at, V::template All32<0xFFFFF800>()), V::template All32<0xD800>());
         // Signed: values with the highest bit are below 0.
-        const auto isTooLarge = V::Or(V::Greater32(in_at, V::template All32<0x10FFFF>()),
-                                      V::Greater32(V::Zero(), in_at));
+        const auto isTooLarge = V::Or(V::GreaterSigned32(in_at, V::template All32<0x10FFFF>()),
+                                      V::GreaterSigned32(V::Zero(), in_at));
         if (!V::IsZero(V::Or(isSurrogate, isTooLarge))) {
             return false;
         }
-        const auto is1 = V::Greater32(V::template All32<0x80>(), in_at);
-        const auto is2 = V::Greater32(V::template All32<0x800>(), in_at);
-        const auto is3 = V::Greater32(V::template All32<0x10000>(), in_at);
-        m_isLarge = V::Mask8(is3) != V::FULL;
+        const auto is1 = V::GreaterSigned32(V::template All32<0x80>(), in_at);
+        const auto is2 = V::GreaterSigned32(V::template All32<0x800>(), in_at);
+        const auto is3 = V::GreaterSigned32(V::template All32<0x10000>(), in_at);
+        m_isLarge = V::GetSignBits(is3) != V::FULL;
         const auto bits = Utf8Packer<V>::SpreadBits(in_at);
-        const auto marks = V::Choose(
-            V::Choose(V::template All32<0x808080F0>(), V::template All32<0x8080E000>(), is3),
+        const auto marks = V::Select(
+            V::Select(V::template All32<0x808080F0>(), V::template All32<0x8080E000>(), is3),
             V::template All32<0x80C00000>(), is2);
-        const auto lanes = V::Choose(V::Or(bits, marks), V::template Left32<24>(in_at), is1);
+        const auto lanes = V::Select(V::Or(bits, marks), V::template ShiftLeft32<24>(in_at), is1);
         const auto first = V::Or(is1, V::Equal32(is3, V::Zero()));
-        const auto sizes = V::PackMask32(first, is2);
-        V::PackUtf8(PACK_UTF8_4, io_to, lanes, V::Mask8(V::PackMask16(sizes, sizes)));
+        const auto sizes = V::PackSigned32(first, is2);
+        V::PackUtf8(PACK_UTF8_4, io_to, lanes, V::GetSignBits(V::PackSigned16(sizes, sizes)));
         return true;
     }
 
@@ -523,7 +524,7 @@ public:
     static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
         return V::LoadPart(in_at, in_size);
     }
-    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::Mask8(in_at) == 0; }
+    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::GetSignBits(in_at) == 0; }
     static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) { V::Store(out_to, in_at); }
     static ORSKA_INLINE std::uint64_t GetWhole(const char*, std::uint64_t in_size) {
         return in_size;

@@ -114,7 +114,7 @@ struct Vector128 {
     static ORSKA_INLINE Type AndNot(Type in_a, Type in_b) { return _mm_andnot_si128(in_a, in_b); }
     static ORSKA_INLINE Type Or(Type in_a, Type in_b) { return _mm_or_si128(in_a, in_b); }
     // b where the mask is set, else a.
-    static ORSKA_INLINE Type Choose(Type in_a, Type in_b, Type in_mask) {
+    static ORSKA_INLINE Type Select(Type in_a, Type in_b, Type in_mask) {
 #ifdef __SSE4_1__
         return _mm_blendv_epi8(in_a, in_b, in_mask);
 #else
@@ -125,52 +125,66 @@ struct Vector128 {
     static ORSKA_INLINE Type Equal16(Type in_a, Type in_b) { return _mm_cmpeq_epi16(in_a, in_b); }
     static ORSKA_INLINE Type Equal32(Type in_a, Type in_b) { return _mm_cmpeq_epi32(in_a, in_b); }
     // Signed.
-    static ORSKA_INLINE Type Greater8(Type in_a, Type in_b) { return _mm_cmpgt_epi8(in_a, in_b); }
-    static ORSKA_INLINE Type Greater32(Type in_a, Type in_b) { return _mm_cmpgt_epi32(in_a, in_b); }
+    static ORSKA_INLINE Type GreaterSigned8(Type in_a, Type in_b) {
+        return _mm_cmpgt_epi8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type GreaterSigned32(Type in_a, Type in_b) {
+        return _mm_cmpgt_epi32(in_a, in_b);
+    }
     static ORSKA_INLINE Type Add8(Type in_a, Type in_b) { return _mm_add_epi8(in_a, in_b); }
     static ORSKA_INLINE Type Add16(Type in_a, Type in_b) { return _mm_add_epi16(in_a, in_b); }
     static ORSKA_INLINE Type Add32(Type in_a, Type in_b) { return _mm_add_epi32(in_a, in_b); }
-    // Sums of neighbouring products; the first factors of MulAdd8 are unsigned.
-    static ORSKA_INLINE Type MulAdd8(Type in_a, Type in_b) { return _mm_maddubs_epi16(in_a, in_b); }
-    static ORSKA_INLINE Type MulAdd16(Type in_a, Type in_b) { return _mm_madd_epi16(in_a, in_b); }
-    static ORSKA_INLINE Type AddUpTo255(Type in_a, Type in_b) { return _mm_adds_epu8(in_a, in_b); }
+    // Sums of neighbouring products; the first factors of MultiplyAdd8 are unsigned.
+    static ORSKA_INLINE Type MultiplyAdd8(Type in_a, Type in_b) {
+        return _mm_maddubs_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type MultiplyAdd16(Type in_a, Type in_b) {
+        return _mm_madd_epi16(in_a, in_b);
+    }
+    static ORSKA_INLINE Type AddSaturated8(Type in_a, Type in_b) {
+        return _mm_adds_epu8(in_a, in_b);
+    }
     static ORSKA_INLINE Type Xor(Type in_a, Type in_b) { return _mm_xor_si128(in_a, in_b); }
     // Unsigned, not below 0.
-    static ORSKA_INLINE Type Less8(Type in_a, Type in_b) { return _mm_subs_epu8(in_a, in_b); }
+    static ORSKA_INLINE Type SubtractSaturated8(Type in_a, Type in_b) {
+        return _mm_subs_epu8(in_a, in_b);
+    }
     template <int COUNT>
-    static ORSKA_INLINE Type Left16(Type in_value) {
+    static ORSKA_INLINE Type ShiftLeft16(Type in_value) {
         return _mm_slli_epi16(in_value, COUNT);
     }
     template <int COUNT>
-    static ORSKA_INLINE Type Right16(Type in_value) {
+    static ORSKA_INLINE Type ShiftRight16(Type in_value) {
         return _mm_srli_epi16(in_value, COUNT);
     }
     template <int COUNT>
-    static ORSKA_INLINE Type Left32(Type in_value) {
+    static ORSKA_INLINE Type ShiftLeft32(Type in_value) {
         return _mm_slli_epi32(in_value, COUNT);
     }
     template <int COUNT>
-    static ORSKA_INLINE Type Right32(Type in_value) {
+    static ORSKA_INLINE Type ShiftRight32(Type in_value) {
         return _mm_srli_epi32(in_value, COUNT);
     }
-    static ORSKA_INLINE Type ZipLow8(Type in_a, Type in_b) { return _mm_unpacklo_epi8(in_a, in_b); }
-    static ORSKA_INLINE Type ZipHigh8(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveLow8(Type in_a, Type in_b) {
+        return _mm_unpacklo_epi8(in_a, in_b);
+    }
+    static ORSKA_INLINE Type InterleaveHigh8(Type in_a, Type in_b) {
         return _mm_unpackhi_epi8(in_a, in_b);
     }
-    static ORSKA_INLINE Type ZipLow16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveLow16(Type in_a, Type in_b) {
         return _mm_unpacklo_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type ZipHigh16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveHigh16(Type in_a, Type in_b) {
         return _mm_unpackhi_epi16(in_a, in_b);
     }
     // 16-bit lanes that are 0 or all ones, or at most 255, to bytes: first a, then b, lane by lane.
-    static ORSKA_INLINE Type PackMask16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type PackSigned16(Type in_a, Type in_b) {
         return _mm_packs_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type PackBytes16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type PackUnsigned16(Type in_a, Type in_b) {
         return _mm_packus_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type PackMask32(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type PackSigned32(Type in_a, Type in_b) {
         return _mm_packs_epi32(in_a, in_b);
     }
     // Exchanges the second and the third quarter of a lane.
@@ -181,8 +195,8 @@ struct Vector128 {
         return _mm_shuffle_epi8(in_value, in_order);
     }
     // The four words of a lane.
-    static ORSKA_INLINE Type Repeat(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
-                                    std::uint32_t in_3) {
+    static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
+                                        std::uint32_t in_3) {
         return _mm_setr_epi32(static_cast<int>(in_0), static_cast<int>(in_1),
                               static_cast<int>(in_2), static_cast<int>(in_3));
     }
@@ -195,24 +209,26 @@ struct Vector128 {
     }
     // 16-bit units up to FF of two vectors to bytes, in text order.
     static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
-        return PackBytes16(in_first, in_second);
+        return PackUnsigned16(in_first, in_second);
     }
     // The low halves of the 32-bit units of two vectors, in text order.
     static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
-        return JoinHalves(Shuffle(in_first, Repeat(0x05040100, 0x0D0C0908, ~0U, ~0U)),
-                          Shuffle(in_second, Repeat(~0U, ~0U, 0x05040100, 0x0D0C0908)));
+        return JoinHalves(Shuffle(in_first, RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
+                          Shuffle(in_second, RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
     }
 
     // Units of the text to the processor's order, or back.
     template <bool IS_BIG>
     static ORSKA_INLINE Type OrderUnits16(Type in_units) {
-        return IS_BIG ? Shuffle(in_units, Repeat(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
-                      : in_units;
+        return IS_BIG
+                   ? Shuffle(in_units, RepeatLane(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
+                   : in_units;
     }
     template <bool IS_BIG>
     static ORSKA_INLINE Type OrderUnits32(Type in_units) {
-        return IS_BIG ? Shuffle(in_units, Repeat(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
-                      : in_units;
+        return IS_BIG
+                   ? Shuffle(in_units, RepeatLane(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
+                   : in_units;
     }
     static ORSKA_INLINE bool IsZero(Type in_value) {
 #ifdef __SSE4_1__
@@ -221,7 +237,7 @@ struct Vector128 {
         return _mm_movemask_epi8(_mm_cmpeq_epi8(in_value, _mm_setzero_si128())) == 0xFFFF;
 #endif
     }
-    static ORSKA_INLINE std::uint64_t Mask8(Type in_value) {
+    static ORSKA_INLINE std::uint64_t GetSignBits(Type in_value) {
         return static_cast<std::uint32_t>(_mm_movemask_epi8(in_value));
     }
     // The bytes that stand COUNT places earlier in the text.
@@ -276,47 +292,49 @@ struct Vector128 {
     // ASCII bytes to units of 2 or 4 bytes.
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
-        Store(out_at, IS_BIG ? ZipLow8(Zero(), in_bytes) : ZipLow8(in_bytes, Zero()));
-        Store(out_at + 16, IS_BIG ? ZipHigh8(Zero(), in_bytes) : ZipHigh8(in_bytes, Zero()));
+        Store(out_at, IS_BIG ? InterleaveLow8(Zero(), in_bytes) : InterleaveLow8(in_bytes, Zero()));
+        Store(out_at + 16,
+              IS_BIG ? InterleaveHigh8(Zero(), in_bytes) : InterleaveHigh8(in_bytes, Zero()));
     }
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
-        WriteUnits32<IS_BIG>(out_at, ZipLow8(in_bytes, Zero()));
-        WriteUnits32<IS_BIG>(out_at + 32, ZipHigh8(in_bytes, Zero()));
+        WriteUnits32<IS_BIG>(out_at, InterleaveLow8(in_bytes, Zero()));
+        WriteUnits32<IS_BIG>(out_at + 32, InterleaveHigh8(in_bytes, Zero()));
     }
 
-    // The 16-bit units of ZipLow8 and ZipHigh8 whose bit is set.
+    // The 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
     template <class To>
-    static ORSKA_INLINE void KeepUnits(To& io_at, Type in_low, Type in_high,
-                                       std::uint64_t in_keep) {
-        Put(io_at, Shuffle(in_low, LoadRow(KEEP_UNITS, in_keep)), 2 * CountBits(in_keep));
-        Put(io_at, Shuffle(in_high, LoadRow(KEEP_UNITS, in_keep >> 8)),
+    static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
+                                           std::uint64_t in_keep) {
+        Put(io_at, Shuffle(in_low, LoadRow(COMPRESS_UNITS, in_keep)), 2 * CountBits(in_keep));
+        Put(io_at, Shuffle(in_high, LoadRow(COMPRESS_UNITS, in_keep >> 8)),
             2 * CountBits(in_keep >> 8));
     }
 
     // The same, each with two zero bytes behind (IS_BIG: before) it.
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void KeepWide(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
-        KeepWideOfHalf<IS_BIG>(io_at, in_low, in_keep);
-        KeepWideOfHalf<IS_BIG>(io_at, in_high, in_keep >> 8);
+    static ORSKA_INLINE void CompressToUnits32(To& io_at, Type in_low, Type in_high,
+                                               std::uint64_t in_keep) {
+        CompressHalfToUnits32<IS_BIG>(io_at, in_low, in_keep);
+        CompressHalfToUnits32<IS_BIG>(io_at, in_high, in_keep >> 8);
     }
 
     // The same with a second unit for each, that goes behind (IS_BIG: before) the first.
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void KeepPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
-                                       Type in_topHigh, std::uint64_t in_keep) {
-        KeepPairsOfHalf<IS_BIG>(io_at, in_low, in_topLow, in_keep);
-        KeepPairsOfHalf<IS_BIG>(io_at, in_high, in_topHigh, in_keep >> 8);
+    static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
+                                           Type in_topHigh, std::uint64_t in_keep) {
+        CompressPairsOfHalf<IS_BIG>(io_at, in_low, in_topLow, in_keep);
+        CompressPairsOfHalf<IS_BIG>(io_at, in_high, in_topHigh, in_keep >> 8);
     }
 
     // UTF-8 in 16-bit lanes of two bytes; lanes with a bit of in_isShort keep the first byte.
-    // Bits are those of the bytes of PackMask16(lanes, lanes).
+    // Bits are those of the bytes of PackSigned16(lanes, lanes).
     template <class To>
     static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_lanes, std::uint64_t in_isShort) {
         Put(io_at, Shuffle(in_lanes, LoadRow(PACK_UTF8_2, in_isShort)), 16 - CountBits(in_isShort));
     }
 
-    // The lanes of ZipLow8 and ZipHigh8, with a bit for each byte.
+    // The lanes of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
     template <class To>
     static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
                                              std::uint64_t in_isShort) {
@@ -331,7 +349,7 @@ struct Vector128 {
         Put(io_at, Shuffle(in_lanes, LoadRow(in_table, in_index)),
             PACKED_SIZE.m_bytes[in_index & 0xFF]);
     }
-    // The lanes of ZipLow16 and ZipHigh16, with an index for each four units.
+    // The lanes of InterleaveLow16 and InterleaveHigh16, with an index for each four units.
     template <class To>
     static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
                                           Type in_high, std::uint64_t in_indexes) {
@@ -342,40 +360,41 @@ struct Vector128 {
     // The same when all lanes keep three bytes.
     template <class To>
     static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
-        const Type order = Repeat(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
+        const Type order = RepeatLane(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
         Put(io_at, Shuffle(in_low, order), 12);
         Put(io_at, Shuffle(in_high, order), 12);
     }
 
     // 16-bit units that are at most 255 to bytes; in text order.
     static ORSKA_INLINE void WriteNarrow16(char* out_at, Type in_units) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at), PackBytes16(in_units, in_units));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at), PackUnsigned16(in_units, in_units));
     }
     static ORSKA_INLINE void WriteNarrow32(char* out_at, Type in_units) {
-        const Type bytes = Shuffle(in_units, Repeat(0x0C080400, ~0U, ~0U, ~0U));
+        const Type bytes = Shuffle(in_units, RepeatLane(0x0C080400, ~0U, ~0U, ~0U));
         const int word = _mm_cvtsi128_si32(bytes);
         __builtin_memcpy(out_at, &word, 4);
     }
 
     // The same for the units with a bit of in_keep, which has those of the bytes of
-    // PackMask16(units, units).
+    // PackSigned16(units, units).
     template <class To>
-    static ORSKA_INLINE void KeepNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
-        const Type kept = Shuffle(PackBytes16(in_units, in_units), LoadRow(KEEP_BYTES, in_keep));
+    static ORSKA_INLINE void CompressNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
+        const Type kept =
+            Shuffle(PackUnsigned16(in_units, in_units), LoadRow(COMPRESS_BYTES, in_keep));
         PutLow(io_at, kept, CountBits(in_keep));
     }
 
     // Bytes and their high bytes to two vectors of 16-bit units, in text order.
     static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
-        out_first = ZipLow8(in_low, in_high);
-        out_second = ZipHigh8(in_low, in_high);
+        out_first = InterleaveLow8(in_low, in_high);
+        out_second = InterleaveHigh8(in_low, in_high);
     }
 
     // The bytes whose bit is set.
     template <class To>
-    static ORSKA_INLINE void KeepBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
-        const Type low = LoadRow(KEEP_BYTES, in_keep);
-        const Type high = LoadRow(KEEP_BYTES, in_keep >> 8);
+    static ORSKA_INLINE void CompressBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
+        const Type low = LoadRow(COMPRESS_BYTES, in_keep);
+        const Type high = LoadRow(COMPRESS_BYTES, in_keep >> 8);
         const Type kept = Shuffle(in_bytes, _mm_castpd_si128(_mm_shuffle_pd(
                                                 _mm_castsi128_pd(low), _mm_castsi128_pd(high), 2)));
         PutLow(io_at, kept, CountBits(in_keep));
@@ -395,28 +414,30 @@ private:
 
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteUnits32(char* out_at, Type in_units) {
-        const Type low = ZipLow16(in_units, Zero());
-        const Type high = ZipHigh16(in_units, Zero());
-        Store(out_at, IS_BIG ? Left32<24>(low) : low);
-        Store(out_at + 16, IS_BIG ? Left32<24>(high) : high);
+        const Type low = InterleaveLow16(in_units, Zero());
+        const Type high = InterleaveHigh16(in_units, Zero());
+        Store(out_at, IS_BIG ? ShiftLeft32<24>(low) : low);
+        Store(out_at + 16, IS_BIG ? ShiftLeft32<24>(high) : high);
     }
 
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void KeepWideOfHalf(To& io_at, Type in_units, std::uint64_t in_keep) {
-        const Type units = Shuffle(in_units, LoadRow(KEEP_UNITS, in_keep));
-        PutTwo(io_at, IS_BIG ? ZipLow16(Zero(), units) : ZipLow16(units, Zero()),
-               IS_BIG ? ZipHigh16(Zero(), units) : ZipHigh16(units, Zero()),
+    static ORSKA_INLINE void CompressHalfToUnits32(To& io_at, Type in_units,
+                                                   std::uint64_t in_keep) {
+        const Type units = Shuffle(in_units, LoadRow(COMPRESS_UNITS, in_keep));
+        PutTwo(io_at, IS_BIG ? InterleaveLow16(Zero(), units) : InterleaveLow16(units, Zero()),
+               IS_BIG ? InterleaveHigh16(Zero(), units) : InterleaveHigh16(units, Zero()),
                4 * CountBits(in_keep));
     }
 
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void KeepPairsOfHalf(To& io_at, Type in_units, Type in_tops,
-                                             std::uint64_t in_keep) {
-        const Type row = LoadRow(KEEP_UNITS, in_keep);
+    static ORSKA_INLINE void CompressPairsOfHalf(To& io_at, Type in_units, Type in_tops,
+                                                 std::uint64_t in_keep) {
+        const Type row = LoadRow(COMPRESS_UNITS, in_keep);
         const Type units = Shuffle(in_units, row);
         const Type tops = Shuffle(in_tops, row);
-        PutTwo(io_at, IS_BIG ? ZipLow16(tops, units) : ZipLow16(units, tops),
-               IS_BIG ? ZipHigh16(tops, units) : ZipHigh16(units, tops), 4 * CountBits(in_keep));
+        PutTwo(io_at, IS_BIG ? InterleaveLow16(tops, units) : InterleaveLow16(units, tops),
+               IS_BIG ? InterleaveHigh16(tops, units) : InterleaveHigh16(units, tops),
+               4 * CountBits(in_keep));
     }
 };
 

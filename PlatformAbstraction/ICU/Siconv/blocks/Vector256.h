@@ -51,7 +51,7 @@ struct Vector256 {
         return _mm256_andnot_si256(in_a, in_b);
     }
     static ORSKA_INLINE Type Or(Type in_a, Type in_b) { return _mm256_or_si256(in_a, in_b); }
-    static ORSKA_INLINE Type Choose(Type in_a, Type in_b, Type in_mask) {
+    static ORSKA_INLINE Type Select(Type in_a, Type in_b, Type in_mask) {
         return _mm256_blendv_epi8(in_a, in_b, in_mask);
     }
     static ORSKA_INLINE Type Equal8(Type in_a, Type in_b) { return _mm256_cmpeq_epi8(in_a, in_b); }
@@ -61,61 +61,63 @@ struct Vector256 {
     static ORSKA_INLINE Type Equal32(Type in_a, Type in_b) {
         return _mm256_cmpeq_epi32(in_a, in_b);
     }
-    static ORSKA_INLINE Type Greater8(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type GreaterSigned8(Type in_a, Type in_b) {
         return _mm256_cmpgt_epi8(in_a, in_b);
     }
-    static ORSKA_INLINE Type Greater32(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type GreaterSigned32(Type in_a, Type in_b) {
         return _mm256_cmpgt_epi32(in_a, in_b);
     }
     static ORSKA_INLINE Type Add8(Type in_a, Type in_b) { return _mm256_add_epi8(in_a, in_b); }
     static ORSKA_INLINE Type Add16(Type in_a, Type in_b) { return _mm256_add_epi16(in_a, in_b); }
     static ORSKA_INLINE Type Add32(Type in_a, Type in_b) { return _mm256_add_epi32(in_a, in_b); }
-    static ORSKA_INLINE Type MulAdd8(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type MultiplyAdd8(Type in_a, Type in_b) {
         return _mm256_maddubs_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type MulAdd16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type MultiplyAdd16(Type in_a, Type in_b) {
         return _mm256_madd_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type AddUpTo255(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type AddSaturated8(Type in_a, Type in_b) {
         return _mm256_adds_epu8(in_a, in_b);
     }
     static ORSKA_INLINE Type Xor(Type in_a, Type in_b) { return _mm256_xor_si256(in_a, in_b); }
-    static ORSKA_INLINE Type Less8(Type in_a, Type in_b) { return _mm256_subs_epu8(in_a, in_b); }
+    static ORSKA_INLINE Type SubtractSaturated8(Type in_a, Type in_b) {
+        return _mm256_subs_epu8(in_a, in_b);
+    }
     template <int COUNT>
-    static ORSKA_INLINE Type Left16(Type in_value) {
+    static ORSKA_INLINE Type ShiftLeft16(Type in_value) {
         return _mm256_slli_epi16(in_value, COUNT);
     }
     template <int COUNT>
-    static ORSKA_INLINE Type Right16(Type in_value) {
+    static ORSKA_INLINE Type ShiftRight16(Type in_value) {
         return _mm256_srli_epi16(in_value, COUNT);
     }
     template <int COUNT>
-    static ORSKA_INLINE Type Left32(Type in_value) {
+    static ORSKA_INLINE Type ShiftLeft32(Type in_value) {
         return _mm256_slli_epi32(in_value, COUNT);
     }
     template <int COUNT>
-    static ORSKA_INLINE Type Right32(Type in_value) {
+    static ORSKA_INLINE Type ShiftRight32(Type in_value) {
         return _mm256_srli_epi32(in_value, COUNT);
     }
-    static ORSKA_INLINE Type ZipLow8(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveLow8(Type in_a, Type in_b) {
         return _mm256_unpacklo_epi8(in_a, in_b);
     }
-    static ORSKA_INLINE Type ZipHigh8(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveHigh8(Type in_a, Type in_b) {
         return _mm256_unpackhi_epi8(in_a, in_b);
     }
-    static ORSKA_INLINE Type ZipLow16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveLow16(Type in_a, Type in_b) {
         return _mm256_unpacklo_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type ZipHigh16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type InterleaveHigh16(Type in_a, Type in_b) {
         return _mm256_unpackhi_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type PackMask16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type PackSigned16(Type in_a, Type in_b) {
         return _mm256_packs_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type PackBytes16(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type PackUnsigned16(Type in_a, Type in_b) {
         return _mm256_packus_epi16(in_a, in_b);
     }
-    static ORSKA_INLINE Type PackMask32(Type in_a, Type in_b) {
+    static ORSKA_INLINE Type PackSigned32(Type in_a, Type in_b) {
         return _mm256_packs_epi32(in_a, in_b);
     }
     static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
@@ -124,9 +126,9 @@ struct Vector256 {
     static ORSKA_INLINE Type Shuffle(Type in_value, Type in_order) {
         return _mm256_shuffle_epi8(in_value, in_order);
     }
-    static ORSKA_INLINE Type Repeat(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
-                                    std::uint32_t in_3) {
-        return _mm256_broadcastsi128_si256(Vector128::Repeat(in_0, in_1, in_2, in_3));
+    static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
+                                        std::uint32_t in_3) {
+        return _mm256_broadcastsi128_si256(Vector128::RepeatLane(in_0, in_1, in_2, in_3));
     }
     static ORSKA_INLINE Type LoadTwelves(const char* in_at) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::Load(in_at)),
@@ -136,29 +138,32 @@ struct Vector256 {
         return _mm256_permute4x64_epi64(Or(in_first, in_second), _MM_SHUFFLE(3, 1, 2, 0));
     }
     static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
-        return _mm256_permute4x64_epi64(PackBytes16(in_first, in_second), _MM_SHUFFLE(3, 1, 2, 0));
+        return _mm256_permute4x64_epi64(PackUnsigned16(in_first, in_second),
+                                        _MM_SHUFFLE(3, 1, 2, 0));
     }
     // The low halves of the 32-bit units of two vectors, in text order.
     static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
-        return JoinHalves(Shuffle(in_first, Repeat(0x05040100, 0x0D0C0908, ~0U, ~0U)),
-                          Shuffle(in_second, Repeat(~0U, ~0U, 0x05040100, 0x0D0C0908)));
+        return JoinHalves(Shuffle(in_first, RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
+                          Shuffle(in_second, RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
     }
 
     // Units of the text to the processor's order, or back.
     template <bool IS_BIG>
     static ORSKA_INLINE Type OrderUnits16(Type in_units) {
-        return IS_BIG ? Shuffle(in_units, Repeat(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
-                      : in_units;
+        return IS_BIG
+                   ? Shuffle(in_units, RepeatLane(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
+                   : in_units;
     }
     template <bool IS_BIG>
     static ORSKA_INLINE Type OrderUnits32(Type in_units) {
-        return IS_BIG ? Shuffle(in_units, Repeat(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
-                      : in_units;
+        return IS_BIG
+                   ? Shuffle(in_units, RepeatLane(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
+                   : in_units;
     }
     static ORSKA_INLINE bool IsZero(Type in_value) {
         return _mm256_testz_si256(in_value, in_value) != 0;
     }
-    static ORSKA_INLINE std::uint64_t Mask8(Type in_value) {
+    static ORSKA_INLINE std::uint64_t GetSignBits(Type in_value) {
         return static_cast<std::uint32_t>(_mm256_movemask_epi8(in_value));
     }
     template <int COUNT>
@@ -191,8 +196,9 @@ struct Vector256 {
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
         const Type spread = _mm256_permute4x64_epi64(in_bytes, _MM_SHUFFLE(3, 1, 2, 0));
-        Store(out_at, IS_BIG ? ZipLow8(Zero(), spread) : ZipLow8(spread, Zero()));
-        Store(out_at + 32, IS_BIG ? ZipHigh8(Zero(), spread) : ZipHigh8(spread, Zero()));
+        Store(out_at, IS_BIG ? InterleaveLow8(Zero(), spread) : InterleaveLow8(spread, Zero()));
+        Store(out_at + 32,
+              IS_BIG ? InterleaveHigh8(Zero(), spread) : InterleaveHigh8(spread, Zero()));
     }
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
@@ -201,10 +207,10 @@ struct Vector256 {
     }
 
     template <class To>
-    static ORSKA_INLINE void KeepUnits(To& io_at, Type in_low, Type in_high,
-                                       std::uint64_t in_keep) {
-        const Type low = Shuffle(in_low, LoadRows(KEEP_UNITS, in_keep, in_keep >> 16));
-        const Type high = Shuffle(in_high, LoadRows(KEEP_UNITS, in_keep >> 8, in_keep >> 24));
+    static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
+                                           std::uint64_t in_keep) {
+        const Type low = Shuffle(in_low, LoadRows(COMPRESS_UNITS, in_keep, in_keep >> 16));
+        const Type high = Shuffle(in_high, LoadRows(COMPRESS_UNITS, in_keep >> 8, in_keep >> 24));
         Vector128::Put(io_at, GetLow(low), 2 * CountBits(in_keep));
         Vector128::Put(io_at, GetLow(high), 2 * CountBits(in_keep >> 8));
         Vector128::Put(io_at, GetHigh(low), 2 * CountBits(in_keep >> 16));
@@ -212,9 +218,10 @@ struct Vector256 {
     }
 
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void KeepWide(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
-        const Type low = Shuffle(in_low, LoadRows(KEEP_UNITS, in_keep, in_keep >> 16));
-        const Type high = Shuffle(in_high, LoadRows(KEEP_UNITS, in_keep >> 8, in_keep >> 24));
+    static ORSKA_INLINE void CompressToUnits32(To& io_at, Type in_low, Type in_high,
+                                               std::uint64_t in_keep) {
+        const Type low = Shuffle(in_low, LoadRows(COMPRESS_UNITS, in_keep, in_keep >> 16));
+        const Type high = Shuffle(in_high, LoadRows(COMPRESS_UNITS, in_keep >> 8, in_keep >> 24));
         WriteWide<IS_BIG>(io_at, GetLow(low), in_keep);
         WriteWide<IS_BIG>(io_at, GetLow(high), in_keep >> 8);
         WriteWide<IS_BIG>(io_at, GetHigh(low), in_keep >> 16);
@@ -222,10 +229,10 @@ struct Vector256 {
     }
 
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void KeepPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
-                                       Type in_topHigh, std::uint64_t in_keep) {
-        const Type lowRows = LoadRows(KEEP_UNITS, in_keep, in_keep >> 16);
-        const Type highRows = LoadRows(KEEP_UNITS, in_keep >> 8, in_keep >> 24);
+    static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
+                                           Type in_topHigh, std::uint64_t in_keep) {
+        const Type lowRows = LoadRows(COMPRESS_UNITS, in_keep, in_keep >> 16);
+        const Type highRows = LoadRows(COMPRESS_UNITS, in_keep >> 8, in_keep >> 24);
         const Type low = Shuffle(in_low, lowRows);
         const Type high = Shuffle(in_high, highRows);
         const Type topLow = Shuffle(in_topLow, lowRows);
@@ -275,7 +282,7 @@ struct Vector256 {
 
     template <class To>
     static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
-        const Type order = Repeat(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
+        const Type order = RepeatLane(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
         const Type low = Shuffle(in_low, order);
         const Type high = Shuffle(in_high, order);
         Vector128::Put(io_at, GetLow(low), 12);
@@ -288,28 +295,28 @@ struct Vector256 {
         Vector128::Store(out_at, _mm_packus_epi16(GetLow(in_units), GetHigh(in_units)));
     }
     static ORSKA_INLINE void WriteNarrow32(char* out_at, Type in_units) {
-        const Type bytes = Shuffle(in_units, Repeat(0x0C080400, ~0U, ~0U, ~0U));
+        const Type bytes = Shuffle(in_units, RepeatLane(0x0C080400, ~0U, ~0U, ~0U));
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at),
                          _mm_unpacklo_epi32(GetLow(bytes), GetHigh(bytes)));
     }
 
     template <class To>
-    static ORSKA_INLINE void KeepNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
+    static ORSKA_INLINE void CompressNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
         const __m128i bytes = _mm_packus_epi16(GetLow(in_units), GetHigh(in_units));
-        Vector128::KeepBytes(io_at, bytes, (in_keep & 0xFF) | ((in_keep >> 8) & 0xFF00));
+        Vector128::CompressBytes(io_at, bytes, (in_keep & 0xFF) | ((in_keep >> 8) & 0xFF00));
     }
 
     static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
         const Type low = _mm256_permute4x64_epi64(in_low, _MM_SHUFFLE(3, 1, 2, 0));
         const Type high = _mm256_permute4x64_epi64(in_high, _MM_SHUFFLE(3, 1, 2, 0));
-        out_first = ZipLow8(low, high);
-        out_second = ZipHigh8(low, high);
+        out_first = InterleaveLow8(low, high);
+        out_second = InterleaveHigh8(low, high);
     }
 
     template <class To>
-    static ORSKA_INLINE void KeepBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
-        Vector128::KeepBytes(io_at, GetLow(in_bytes), in_keep);
-        Vector128::KeepBytes(io_at, GetHigh(in_bytes), in_keep >> 16);
+    static ORSKA_INLINE void CompressBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
+        Vector128::CompressBytes(io_at, GetLow(in_bytes), in_keep);
+        Vector128::CompressBytes(io_at, GetHigh(in_bytes), in_keep >> 16);
     }
 
 private:
@@ -317,14 +324,14 @@ private:
     static ORSKA_INLINE void WriteUnits32(char* out_at, __m128i in_bytes) {
         const Type low = _mm256_cvtepu8_epi32(in_bytes);
         const Type high = _mm256_cvtepu8_epi32(_mm_unpackhi_epi64(in_bytes, in_bytes));
-        Store(out_at, IS_BIG ? Left32<24>(low) : low);
-        Store(out_at + 32, IS_BIG ? Left32<24>(high) : high);
+        Store(out_at, IS_BIG ? ShiftLeft32<24>(low) : low);
+        Store(out_at + 32, IS_BIG ? ShiftLeft32<24>(high) : high);
     }
 
     template <bool IS_BIG, class To>
     static ORSKA_INLINE void WriteWide(To& io_at, __m128i in_units, std::uint64_t in_keep) {
         const Type wide = _mm256_cvtepu16_epi32(in_units);
-        Put(io_at, IS_BIG ? Left32<16>(wide) : wide, 4 * CountBits(in_keep));
+        Put(io_at, IS_BIG ? ShiftLeft32<16>(wide) : wide, 4 * CountBits(in_keep));
     }
 
     template <bool IS_BIG, class To>

@@ -15,7 +15,7 @@ constexpr std::uint64_t FULL = ~std::uint64_t{0};
 
 // Bits of in_a where BITS has them set, of in_b elsewhere.
 template <std::uint32_t BITS>
-ORSKA_INLINE __m512i ChooseBits(__m512i in_a, __m512i in_b) {
+ORSKA_INLINE __m512i SelectBits(__m512i in_a, __m512i in_b) {
     return _mm512_ternarylogic_epi32(All8<BITS>(), in_a, in_b, 0xCA);
 }
 
@@ -39,7 +39,7 @@ struct CodePoints {
 };
 
 // A pair of vectors that hold the bytes of each unit one behind the other.
-ORSKA_INLINE void Zip(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
+ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
     const __m512i order = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
     const __m512i first = _mm512_permutexvar_epi64(order, in_first);
     const __m512i second = _mm512_permutexvar_epi64(order, in_second);
@@ -61,9 +61,9 @@ struct WindowUnitsOf16 {
         const __m512i low = _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_low);
         const __m512i high = _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_high);
         if (IS_BIG) {
-            Zip(high, low, out_parts);
+            InterleaveText(high, low, out_parts);
         } else {
-            Zip(low, high, out_parts);
+            InterleaveText(low, high, out_parts);
         }
     }
     // in_plane: bits 16 to 20 less 1, where in_third.
@@ -72,11 +72,11 @@ struct WindowUnitsOf16 {
                                      CodePoints& io_text) {
         const __m512i leadHigh = _mm512_or_si512(
             All8<0xD8>(), _mm512_and_si512(_mm512_srli_epi16(in_plane, 2), All8<3>()));
-        const __m512i leadLow = ChooseBits<0xC0>(
+        const __m512i leadLow = SelectBits<0xC0>(
             _mm512_slli_epi16(in_plane, 6),
-            ChooseBits<0x3C>(_mm512_slli_epi16(in_1, 2),
+            SelectBits<0x3C>(_mm512_slli_epi16(in_1, 2),
                              _mm512_and_si512(_mm512_srli_epi16(in_at, 4), All8<3>())));
-        const __m512i trailHigh = ChooseBits<0xFC>(All8<0xDC>(), io_text.m_high);
+        const __m512i trailHigh = SelectBits<0xFC>(All8<0xDC>(), io_text.m_high);
         const __m512i high = _mm512_mask_mov_epi8(io_text.m_high, in_third, leadHigh);
         io_text.m_high = _mm512_mask_mov_epi8(high, in_fourth, trailHigh);
         io_text.m_low = _mm512_mask_mov_epi8(io_text.m_low, in_third, leadLow);
@@ -105,7 +105,7 @@ struct ToWholeCodePoints {
                                      std::uint64_t, std::uint64_t in_fourth, CodePoints& io_text) {
         io_text.m_high =
             _mm512_mask_mov_epi8(io_text.m_high, in_fourth,
-                                 ChooseBits<0xF0>(_mm512_slli_epi16(in_2, 4), io_text.m_high));
+                                 SelectBits<0xF0>(_mm512_slli_epi16(in_2, 4), io_text.m_high));
         io_text.m_top =
             _mm512_maskz_mov_epi8(in_fourth, _mm512_add_epi8(Earlier<1>(in_plane), All8<1>()));
     }
@@ -122,8 +122,8 @@ struct WindowUnitsOf32 : ToWholeCodePoints {
     }
     static ORSKA_INLINE void Gather(const CodePoints& in_text, __m512i (&out_parts)[PARTS]) {
         __m512i units[2];
-        Zip(_mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_low),
-            _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_high), units);
+        InterleaveText(_mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_low),
+                       _mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_high), units);
         __m512i tops[4];
         if (in_text.m_hasTop) {
             Widen32<false>(_mm512_maskz_compress_epi8(in_text.m_keep, in_text.m_top), tops);
@@ -242,7 +242,7 @@ private:
         const __m512i before = Earlier<1>(in_at);
         // Where a follower stands unexpected or is missing, so far.
         const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1;
-        const __m512i follower = ChooseBits<0xC0>(_mm512_slli_epi16(before, 6), in_at);
+        const __m512i follower = SelectBits<0xC0>(_mm512_slli_epi16(before, 6), in_at);
         out_text.m_low = _mm512_mask_mov_epi8(in_at, notAscii, follower);
         out_text.m_high = _mm512_maskz_mov_epi8(
             notAscii, _mm512_and_si512(_mm512_srli_epi16(before, 2), All8<0x0F>()));
@@ -265,7 +265,7 @@ private:
         const std::uint64_t lead4 = _mm512_cmpge_epu8_mask(in_at, All8<0xF0>());
         const std::uint64_t ends3 = (in_lead3 & ~lead4) << 2;
         io_text.m_high = _mm512_mask_mov_epi8(
-            io_text.m_high, ends3, ChooseBits<0xF0>(_mm512_slli_epi16(before2, 4), io_text.m_high));
+            io_text.m_high, ends3, SelectBits<0xF0>(_mm512_slli_epi16(before2, 4), io_text.m_high));
         const __m512i five = _mm512_and_si512(io_text.m_high, All8<0xF8>());
         const std::uint64_t isOverlong3 = _mm512_mask_testn_epi8_mask(ends3, five, five);
         const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8<0xD8>());
@@ -278,7 +278,7 @@ private:
         if (lead4 != 0) {
             // Bits 16 to 20, which must be 1 to 16.
             const __m512i bits =
-                ChooseBits<0x1C>(_mm512_slli_epi16(before2, 2),
+                SelectBits<0x1C>(_mm512_slli_epi16(before2, 2),
                                  _mm512_and_si512(_mm512_srli_epi16(in_1, 4), All8<3>()));
             const __m512i plane = _mm512_add_epi8(bits, All8<0xFF>());
             wrong |= _mm512_mask_test_epi8_mask(third, plane, All8<0xF0>()) |
