@@ -147,6 +147,9 @@ std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTarget& io_targe
     for (;;) {
         ConvertRun<From, To>(io_source, io_target);
         const std::uint64_t left = io_source.m_length - io_source.m_position;
+        if (left == 0) {
+            return TRANSCODER_DONE;
+        }
         if (left <= WINDOW) {
             return scalar(io_source, io_target);
         }
