@@ -84,27 +84,47 @@ ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_siz
     return (high & 0xFC) == 0xD8 ? size - 2 : size;
 }
 
-// Steps of 64 bytes while they are plain. All that is written counts.
+// 64 bytes if they are plain; false with nothing changed if not. All that is written counts.
 template <class Blocks>
-ORSKA_INLINE void ConvertPlainRun(Cursor& io_cursor) {
+ORSKA_INLINE bool ConvertPlainStep(const char* in_from, char* out_to) {
     using V = typename Blocks::V;
     constexpr std::uint32_t COUNT = 64 / V::SIZE;
+    constexpr std::uint64_t WRITTEN = V::SIZE / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    typename V::Type parts[COUNT];
+    auto all = V::Zero();
+    for (std::uint32_t i = 0; i < COUNT; ++i) {
+        parts[i] = Blocks::Load(in_from + i * V::SIZE);
+        all = V::Or(all, parts[i]);
+    }
+    if (!Blocks::IsPlain(all)) {
+        return false;
+    }
+    for (std::uint32_t i = 0; i < COUNT; ++i) {
+        Blocks::WritePlain(out_to + i * WRITTEN, parts[i]);
+    }
+    return true;
+}
+
+// Steps of 64 bytes while they are plain. At the end of the text the last one overlaps the one
+// before.
+template <class Blocks>
+ORSKA_INLINE void ConvertPlainRun(Cursor& io_cursor) {
     constexpr std::uint64_t WRITTEN = 64 / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    const char* const start = io_cursor.m_from;
     while (io_cursor.GetLeft() >= 64 && io_cursor.GetRoom() >= WRITTEN) {
-        typename V::Type parts[COUNT];
-        auto all = V::Zero();
-        for (std::uint32_t i = 0; i < COUNT; ++i) {
-            parts[i] = Blocks::Load(io_cursor.m_from + i * V::SIZE);
-            all = V::Or(all, parts[i]);
-        }
-        if (!Blocks::IsPlain(all)) {
+        if (!ConvertPlainStep<Blocks>(io_cursor.m_from, io_cursor.m_to)) {
             return;
-        }
-        for (std::uint32_t i = 0; i < COUNT; ++i) {
-            Blocks::WritePlain(io_cursor.m_to + i * (WRITTEN / COUNT), parts[i]);
         }
         io_cursor.m_from += 64;
         io_cursor.m_to += WRITTEN;
+    }
+    const std::uint64_t left = io_cursor.GetLeft();
+    const std::uint64_t written = left / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    if (io_cursor.m_from != start && left > 0 && left < 64 && left % Blocks::SOURCE_UNIT == 0 &&
+        io_cursor.GetRoom() >= written &&
+        ConvertPlainStep<Blocks>(io_cursor.m_fromEnd - 64, io_cursor.m_to + written - WRITTEN)) {
+        io_cursor.m_from += left;
+        io_cursor.m_to += written;
     }
 }
 
@@ -245,11 +265,15 @@ ORSKA_INLINE std::int32_t ConvertScalar(TranscoderSource& io_source, TranscoderT
     return SCALAR_TABLE.m_functions[SOURCE][TARGET](io_source, io_target);
 }
 
-template <int SOURCE, int TARGET, class Blocks>
+// IS_LONG: of more than 16 bytes.
+template <int SOURCE, int TARGET, class Blocks, bool IS_LONG>
 __attribute__((noinline)) std::int32_t ConvertAny(TranscoderSource& io_source,
                                                   TranscoderTarget& io_target) {
     Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
                   io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
+    if constexpr (IS_LONG) {
+        ConvertPlainRun<Blocks>(cursor);
+    }
     ConvertBlocks<Blocks>(cursor);
     if (cursor.m_from != cursor.m_fromEnd) {
         ConvertEnds<Blocks>(cursor);
@@ -292,7 +316,7 @@ ORSKA_INLINE std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTar
     const std::uint64_t size = io_source.m_length - io_source.m_position;
     const std::uint64_t written = size / Large::SOURCE_UNIT * Large::TARGET_UNIT;
     if (size - 16 <= 64 - 16 && size % Large::SOURCE_UNIT == 0 &&
-        io_target.m_length - io_target.m_position >= written) {
+        io_target.m_length - io_target.m_position >= written) [[likely]] {
         const char* const from = io_source.m_data + io_source.m_position;
         char* const to = io_target.m_data + io_target.m_position;
         const bool isDone = size <= 32
@@ -307,8 +331,8 @@ ORSKA_INLINE std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTar
     if (size <= 4) {
         return ConvertScalar<SOURCE, TARGET>(io_source, io_target);
     }
-    return size <= 16 ? ConvertAny<SOURCE, TARGET, Small>(io_source, io_target)
-                      : ConvertAny<SOURCE, TARGET, Large>(io_source, io_target);
+    return size <= 16 ? ConvertAny<SOURCE, TARGET, Small, false>(io_source, io_target)
+                      : ConvertAny<SOURCE, TARGET, Large, true>(io_source, io_target);
 }
 
 }  // namespace

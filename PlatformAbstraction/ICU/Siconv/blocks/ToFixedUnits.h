@@ -10,18 +10,19 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Targets: Write converts V::SIZE bytes into V::SIZE * UNIT.
+// Targets: Write converts V::SIZE bytes at a place into V::SIZE * UNIT.
 
 template <class Set, bool IS_BIG>
 struct FixedToUtf16 {
     static constexpr std::uint64_t UNIT = 2;
 
     template <class V>
-    static ORSKA_INLINE void Write(char* out_to, typename V::Type in_at) {
-        auto low = in_at;
+    static ORSKA_INLINE void Write(char* out_to, const char* in_from) {
+        const auto at = V::Load(in_from);
+        auto low = at;
         auto high = V::Zero();
         if (!Set::template Map<V>(low, high)) {
-            V::template WriteWide16<IS_BIG>(out_to, in_at);
+            V::template WriteWide16<IS_BIG>(out_to, at);
             return;
         }
         typename V::Type units[2];
@@ -36,8 +37,8 @@ struct FixedToUtf32 {
     static constexpr std::uint64_t UNIT = 4;
 
     template <class V>
-    static ORSKA_INLINE void Write(char* out_to, typename V::Type in_at) {
-        V::template WriteWide32<IS_BIG>(out_to, in_at);
+    static ORSKA_INLINE void Write(char* out_to, const char* in_from) {
+        V::template WriteWide32From<IS_BIG>(out_to, in_from);
     }
 };
 
@@ -47,20 +48,22 @@ struct FixedToSingleByte {
     static constexpr std::uint64_t UNIT = 1;
 
     template <class V>
-    static ORSKA_INLINE void Write(char* out_to, typename V::Type in_at) {
-        auto low = in_at;
+    static ORSKA_INLINE void Write(char* out_to, const char* in_from) {
+        const auto at = V::Load(in_from);
+        auto low = at;
         auto high = V::Zero();
         Set::template Map<V>(low, high);
-        V::Store(out_to, V::Select(V::template All8<0x1A>(), in_at, V::Equal8(high, V::Zero())));
+        V::Store(out_to, V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero())));
     }
 };
 
-// Fewer than 16 bytes, and room for no more. Out of line, so that the others need no stack.
+// Fewer than 16 bytes, and room for no more.
 template <class Target>
-__attribute__((noinline)) void ConvertFixedTight(const char* in_from, std::uint64_t in_count,
-                                                 char* out_to) {
-    alignas(16) char target[16 * Target::UNIT + 16];
-    Target::template Write<Vector128>(target, Vector128::LoadPart(in_from, in_count));
+ORSKA_INLINE void ConvertFixedTight(const char* in_from, std::uint64_t in_count, char* out_to) {
+    char source[16];
+    char target[16 * Target::UNIT];
+    Vector128::Store(source, Vector128::LoadPart(in_from, in_count));
+    Target::template Write<Vector128>(target, source);
     CopyPiece(out_to, target, in_count * Target::UNIT);
 }
 
@@ -69,33 +72,64 @@ template <class V, class Target>
 ORSKA_INLINE void ConvertFixedBlocks(const char* in_from, std::uint64_t in_count, char* out_to) {
     const std::uint64_t last = in_count - V::SIZE;
     for (std::uint64_t at = 0; at < last; at += V::SIZE) {
-        Target::template Write<V>(out_to + at * Target::UNIT, V::Load(in_from + at));
+        Target::template Write<V>(out_to + at * Target::UNIT, in_from + at);
     }
-    Target::template Write<V>(out_to + last * Target::UNIT, V::Load(in_from + last));
+    Target::template Write<V>(out_to + last * Target::UNIT, in_from + last);
 }
 
 template <class V, class Target>
-ORSKA_INLINE std::int32_t ConvertFixed(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    // In variables, because the compiler must assume that the contexts change with the target.
-    const std::uint64_t sourceAt = io_source.m_position;
-    const std::uint64_t targetAt = io_target.m_position;
-    const std::uint64_t wanted = io_source.m_length - sourceAt;
-    const std::uint64_t room = io_target.m_length - targetAt;
-    const std::uint64_t count = wanted < room / Target::UNIT ? wanted : room / Target::UNIT;
-    const char* const from = io_source.m_data + sourceAt;
-    char* const to = io_target.m_data + targetAt;
-    io_source.m_position = sourceAt + count;
-    io_target.m_position = targetAt + count * Target::UNIT;
+__attribute__((noinline)) std::int32_t ConvertFixedAny(TranscoderSource& io_source,
+                                                       TranscoderTarget& io_target) {
+    const std::uint64_t wanted = io_source.m_length - io_source.m_position;
+    const std::uint64_t room = (io_target.m_length - io_target.m_position) / Target::UNIT;
+    const std::uint64_t count = wanted < room ? wanted : room;
+    const char* const from = io_source.m_data + io_source.m_position;
+    char* const to = io_target.m_data + io_target.m_position;
+    io_source.m_position += count;
+    io_target.m_position += count * Target::UNIT;
     if (count >= V::SIZE) {
         ConvertFixedBlocks<V, Target>(from, count, to);
     } else if (count >= 16) {
         ConvertFixedBlocks<Vector128, Target>(from, count, to);
-    } else if (room >= 16 * Target::UNIT) {
-        Target::template Write<Vector128>(to, Vector128::LoadPart(from, count));
     } else {
         ConvertFixedTight<Target>(from, count, to);
     }
     return count == wanted ? TRANSCODER_DONE : TRANSCODER_FULL;
+}
+
+// COUNT blocks from the start and COUNT to the end of a text, which may overlap.
+template <class V, class Target, std::uint32_t COUNT>
+ORSKA_INLINE void ConvertFixedEnds(const char* in_from, std::uint64_t in_size, char* out_to) {
+    const std::uint64_t second = in_size - COUNT * V::SIZE;
+    for (std::uint32_t i = 0; i < COUNT * V::SIZE; i += V::SIZE) {
+        Target::template Write<V>(out_to + i * Target::UNIT, in_from + i);
+    }
+    if (second == 0) {
+        return;
+    }
+    for (std::uint32_t i = 0; i < COUNT * V::SIZE; i += V::SIZE) {
+        Target::template Write<V>(out_to + (second + i) * Target::UNIT, in_from + second + i);
+    }
+}
+
+// 16 to 64 bytes that fit are done here, the rest out of line.
+template <class V, class Target>
+ORSKA_INLINE std::int32_t ConvertFixed(TranscoderSource& io_source, TranscoderTarget& io_target) {
+    const std::uint64_t size = io_source.m_length - io_source.m_position;
+    const std::uint64_t written = size * Target::UNIT;
+    if (size - 16 > 64 - 16 || io_target.m_length - io_target.m_position < written) [[unlikely]] {
+        return ConvertFixedAny<V, Target>(io_source, io_target);
+    }
+    const char* const from = io_source.m_data + io_source.m_position;
+    char* const to = io_target.m_data + io_target.m_position;
+    io_source.m_position = io_source.m_length;
+    io_target.m_position += written;
+    if (size <= 32) {
+        ConvertFixedEnds<Vector128, Target, 1>(from, size, to);
+    } else {
+        ConvertFixedEnds<V, Target, 32 / V::SIZE>(from, size, to);
+    }
+    return TRANSCODER_DONE;
 }
 
 }  // namespace

@@ -101,22 +101,19 @@ struct Utf8Packer {
     }
 };
 
-// Units that are no surrogates, eight by eight: often enough eight are ASCII among other text,
-// which is worth a wrong guess.
+// Units that are no surrogates. Of 8 it is often enough worth a wrong guess that all are ASCII, of
+// 16 it is not.
 template <class V, class To>
 ORSKA_INLINE void WriteMixed(typename V::Type in_units, To& io_to) {
-    if constexpr (V::SIZE == 32) {
-        WriteMixed<Vector128>(V::GetLow(in_units), io_to);
-        WriteMixed<Vector128>(V::GetHigh(in_units), io_to);
-    } else {
-        const auto isAscii = Utf8Packer<V>::IsAscii(in_units);
+    const auto isAscii = Utf8Packer<V>::IsAscii(in_units);
+    if constexpr (V::SIZE == 16) {
         if (V::GetSignBits(isAscii) == V::FULL) {
             V::PutLow(io_to, V::PackUnsigned16(in_units, in_units), V::SIZE / 2);
             return;
         }
-        const auto five = V::And(in_units, V::template All16<0xF800>());
-        Utf8Packer<V>::Write3(in_units, isAscii, V::Equal16(five, V::Zero()), io_to);
     }
+    const auto five = V::And(in_units, V::template All16<0xF800>());
+    Utf8Packer<V>::Write3(in_units, isAscii, V::Equal16(five, V::Zero()), io_to);
 }
 
 // Where the text goes on, and room for what is written, in variables of their own: a compiler that

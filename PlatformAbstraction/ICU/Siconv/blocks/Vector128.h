@@ -289,17 +289,37 @@ struct Vector128 {
         io_to.m_room -= static_cast<std::int64_t>(in_size);
     }
 
-    // ASCII bytes to units of 2 or 4 bytes.
+    // Bytes to units of 2 or 4 bytes.
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
+#ifdef __AVX2__
+        const __m256i units = _mm256_cvtepu8_epi16(in_bytes);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at),
+                            IS_BIG ? _mm256_slli_epi16(units, 8) : units);
+#else
         Store(out_at, IS_BIG ? InterleaveLow8(Zero(), in_bytes) : InterleaveLow8(in_bytes, Zero()));
         Store(out_at + 16,
               IS_BIG ? InterleaveHigh8(Zero(), in_bytes) : InterleaveHigh8(in_bytes, Zero()));
+#endif
     }
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
         WriteUnits32<IS_BIG>(out_at, InterleaveLow8(in_bytes, Zero()));
         WriteUnits32<IS_BIG>(out_at + 32, InterleaveHigh8(in_bytes, Zero()));
+    }
+    // The same from memory.
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteWide32From(char* out_at, const char* in_from) {
+#ifdef __AVX2__
+        for (int i = 0; i < 2; ++i) {
+            const __m256i units = _mm256_cvtepu8_epi32(
+                _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in_from + 8 * i)));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at + 32 * i),
+                                IS_BIG ? _mm256_slli_epi32(units, 24) : units);
+        }
+#else
+        WriteWide32<IS_BIG>(out_at, Load(in_from));
+#endif
     }
 
     // The 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.

@@ -205,6 +205,11 @@ struct Vector256 {
         WriteUnits32<IS_BIG>(out_at, GetLow(in_bytes));
         WriteUnits32<IS_BIG>(out_at + 64, GetHigh(in_bytes));
     }
+    template <bool IS_BIG>
+    static ORSKA_INLINE void WriteWide32From(char* out_at, const char* in_from) {
+        Vector128::WriteWide32From<IS_BIG>(out_at, in_from);
+        Vector128::WriteWide32From<IS_BIG>(out_at + 64, in_from + 16);
+    }
 
     template <class To>
     static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,

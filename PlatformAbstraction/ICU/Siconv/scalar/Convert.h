@@ -13,7 +13,8 @@ namespace Orska::Support::Siconv {
 // Flattened: a call for each code point takes a quarter of the time, and a compiler that sees many
 // pairs makes one.
 template <class Reader, class Writer>
-__attribute__((flatten)) std::int32_t ConvertCodePoints(TranscoderSource& io_source, TranscoderTarget& io_target) {
+__attribute__((flatten)) std::int32_t ConvertCodePoints(TranscoderSource& io_source,
+                                                        TranscoderTarget& io_target) {
     const auto* const source = reinterpret_cast<const unsigned char*>(io_source.m_data);
     auto* const target = reinterpret_cast<unsigned char*>(io_target.m_data);
     const std::uint64_t sourceLength = io_source.m_length;
