@@ -10,6 +10,7 @@
 // included;
 // - IsPlain(bytes), whether the characters need no more than other units (at least ASCII is so),
 //   WritePlain(to, bytes) for 64 of them and WritePlainPart(to, bytes, size);
+// - NarrowPair(bytes, bytes), two windows of them to one vector, where units have 2 bytes;
 // - GetCut(from), the bytes of a code point at the end of a valid whole window that goes on behind;
 // - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid;
 // - ConvertPart(cursor, bytes, size): the code points of a window with zeros behind it that are
@@ -108,6 +109,9 @@ ORSKA_INLINE __m512i OrderUnits32(__m512i in_units) {
     return IS_BIG ? _mm512_shuffle_epi8(in_units, order) : in_units;
 }
 
+// So ordered, the halves of the lanes of a vector interleave in text order.
+ORSKA_INLINE __m512i GetInterleaveOrder() { return _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0); }
+
 // 64 bytes as units of 16 bits.
 template <bool IS_BIG>
 ORSKA_INLINE void Widen16(__m512i in_bytes, __m512i (&out_units)[2]) {
@@ -128,6 +132,21 @@ ORSKA_INLINE void Widen32(__m512i in_bytes, __m512i (&out_units)[4]) {
     }
 }
 
+// Two windows at a time while they are plain, where a class can write two at once.
+template <class Windows>
+ORSKA_INLINE void ConvertPlainPairs(Cursor& io_cursor) {
+    while (io_cursor.GetLeft() >= 2 * WINDOW && io_cursor.GetRoom() >= WINDOW) {
+        const __m512i first = LoadWindow(io_cursor.m_from);
+        const __m512i second = LoadWindow(io_cursor.m_from + WINDOW);
+        if (!Windows::IsPlain(_mm512_or_si512(first, second))) {
+            return;
+        }
+        _mm512_storeu_si512(io_cursor.m_to, Windows::NarrowPair(first, second));
+        io_cursor.m_from += 2 * WINDOW;
+        io_cursor.m_to += WINDOW;
+    }
+}
+
 template <class Windows>
 ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
     while (io_cursor.GetLeft() >= WINDOW && io_cursor.GetRoom() >= Windows::ROOM) {
@@ -136,10 +155,32 @@ ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
             Windows::WritePlain(io_cursor.m_to, bytes);
             io_cursor.m_from += WINDOW;
             io_cursor.m_to += WINDOW / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+            if constexpr (Windows::SOURCE_UNIT == 2) {
+                ConvertPlainPairs<Windows>(io_cursor);
+            }
         } else if (!Windows::ConvertWhole(io_cursor, bytes, Windows::GetCut(io_cursor.m_from))) {
             return;
         }
     }
+}
+
+// The end of the text with zeros behind it, as a whole window where there is room for one: each
+// zero gives a plain character behind the others. False with nothing changed if it is not valid so,
+// or so long that a code point could seem to go on behind the window.
+template <class Windows>
+ORSKA_INLINE bool ConvertPadded(Cursor& io_cursor) {
+    const std::uint64_t left = io_cursor.GetLeft();
+    if (left > WINDOW - 3 || left % Windows::SOURCE_UNIT != 0 ||
+        io_cursor.GetRoom() < Windows::ROOM ||
+        !Windows::ConvertWhole(io_cursor, LoadWindowPart(io_cursor.m_from, left), 0)) {
+        return false;
+    }
+    if (io_cursor.m_from > io_cursor.m_fromEnd) {
+        const auto excess = static_cast<std::uint64_t>(io_cursor.m_from - io_cursor.m_fromEnd);
+        io_cursor.m_from = io_cursor.m_fromEnd;
+        io_cursor.m_to -= excess / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+    }
+    return true;
 }
 
 template <int SOURCE, int TARGET, class Windows>
@@ -151,6 +192,9 @@ __attribute__((noinline)) std::int32_t ConvertWindows(TranscoderSource& io_sourc
     while (cursor.m_from != cursor.m_fromEnd) {
         const std::uint64_t left = cursor.GetLeft();
         const std::uint64_t size = left < WINDOW ? left : WINDOW;
+        if (ConvertPadded<Windows>(cursor)) {
+            continue;
+        }
         if (!Windows::ConvertPart(cursor, LoadWindowPart(cursor.m_from, size), size)) {
             break;
         }

@@ -12,23 +12,44 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
+// Map: bytes in 16-bit units to their code points.
 struct Latin1Bytes {
-    static ORSKA_INLINE void GetUnits(__m512i in_bytes, __m512i (&out_units)[2]) {
-        Widen16<false>(in_bytes, out_units);
+    static ORSKA_INLINE __m512i Map(__m512i in_units) { return in_units; }
+
+    // All of a window. The bytes of a lane are the lead and the follower of two; of ASCII the last
+    // one counts.
+    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output<true>& io_output) {
+        const std::uint64_t isHigh = _mm512_movepi8_mask(in_bytes);
+        const __m512i bytes = _mm512_permutexvar_epi64(GetInterleaveOrder(), in_bytes);
+        // C2 or C3, by bit 6.
+        const __m512i lead = _mm512_ternarylogic_epi32(_mm512_srli_epi16(bytes, 6), All8<0x01>(),
+                                                       All8<0xC2>(), 0xEA);
+        // Without bit 6 where bit 7 is set.
+        const __m512i follower =
+            _mm512_ternarylogic_epi32(_mm512_srli_epi16(bytes, 1), All8<0x40>(), bytes, 0x2A);
+        PutLanes(_mm512_unpacklo_epi8(lead, follower), isHigh, io_output);
+        PutLanes(_mm512_unpackhi_epi8(lead, follower), isHigh >> 32, io_output);
+    }
+
+private:
+    static ORSKA_INLINE void PutLanes(__m512i in_lanes, std::uint64_t in_isHigh,
+                                      Utf8Output<true>& io_output) {
+        const std::uint64_t first = _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST);
+        io_output.Put(in_lanes, first | ~LANE16_FIRST, 0);
     }
 };
 
 struct Cp1252Bytes {
-    static ORSKA_INLINE void GetUnits(__m512i in_bytes, __m512i (&out_units)[2]) {
-        // The code points of 80 to 9F.
+    static ORSKA_INLINE __m512i Map(__m512i in_units) {
         const __m512i high = _mm512_loadu_si512(CP1252_HIGH);
-        Widen16<false>(in_bytes, out_units);
-        for (__m512i& units : out_units) {
-            const __mmask32 isMapped =
-                _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, All16<0xE0>()), All16<0x80>());
-            // An index counts by its lowest five bits.
-            units = _mm512_mask_permutexvar_epi16(units, isMapped, units, high);
-        }
+        const __mmask32 isMapped =
+            _mm512_cmpeq_epi16_mask(_mm512_and_si512(in_units, All16<0xE0>()), All16<0x80>());
+        // An index counts by its lowest five bits.
+        return _mm512_mask_permutexvar_epi16(in_units, isMapped, in_units, high);
+    }
+    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output<true>& io_output) {
+        PutUnits(Map(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes))), WINDOW / 2, io_output);
+        PutUnits(Map(_mm512_cvtepu8_epi16(GetHighHalf(in_bytes))), WINDOW / 2, io_output);
     }
 };
 
@@ -52,7 +73,7 @@ public:
 
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes, std::uint64_t) {
         Utf8Output<true> output(io_cursor.m_to, io_cursor.m_toEnd);
-        Put(in_bytes, WINDOW, output);
+        Set::PutWindow(in_bytes, output);
         io_cursor.m_from += WINDOW;
         io_cursor.m_to = output.GetTo();
         return true;
@@ -68,14 +89,14 @@ public:
     }
 
 private:
-    template <bool IS_WHOLE>
     static ORSKA_INLINE void Put(__m512i in_bytes, std::uint64_t in_size,
-                                 Utf8Output<IS_WHOLE>& io_output) {
-        __m512i units[2];
-        Set::GetUnits(in_bytes, units);
-        PutUnits(units[0], in_size < WINDOW / 2 ? in_size : WINDOW / 2, io_output);
-        if (in_size > WINDOW / 2) {
-            PutUnits(units[1], in_size - WINDOW / 2, io_output);
+                                 Utf8Output<false>& io_output) {
+        constexpr std::uint64_t HALF = WINDOW / 2;
+        PutUnits(Set::Map(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes))),
+                 in_size < HALF ? in_size : HALF, io_output);
+        if (in_size > HALF) {
+            PutUnits(Set::Map(_mm512_cvtepu8_epi16(GetHighHalf(in_bytes))), in_size - HALF,
+                     io_output);
         }
     }
 };
@@ -83,39 +104,75 @@ private:
 template <int SOURCE>
 using WindowSetOf = std::conditional_t<SOURCE == CP1252, Cp1252Bytes, Latin1Bytes>;
 
-// Towards units of one size the positions are known beforehand. Target: GetParts gives UNIT vectors
-// of 64 bytes each for 64 bytes.
+// Bytes in units of UNIT bytes, as many as a vector holds; of in_count bytes alone, with zeros
+// behind.
+template <std::uint32_t UNIT>
+ORSKA_INLINE __m512i LoadUnits(const char* in_from) {
+    if constexpr (UNIT == 1) {
+        return LoadWindow(in_from);
+    } else if constexpr (UNIT == 2) {
+        return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in_from)));
+    } else {
+        return _mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(in_from)));
+    }
+}
+template <std::uint32_t UNIT>
+ORSKA_INLINE __m512i LoadUnitsPart(const char* in_from, std::uint64_t in_count) {
+    if constexpr (UNIT == 1) {
+        return LoadWindowPart(in_from, in_count);
+    } else if constexpr (UNIT == 2) {
+        return _mm512_cvtepu8_epi16(
+            _mm256_maskz_loadu_epi8(static_cast<__mmask32>(GetLowBits(in_count)), in_from));
+    } else {
+        return _mm512_cvtepu8_epi32(
+            _mm_maskz_loadu_epi8(static_cast<__mmask16>(GetLowBits(in_count)), in_from));
+    }
+}
+
+// Towards units of one size the positions are known beforehand. Target: GetUnits gives the units
+// for a vector of bytes widened to UNIT bytes each. The last vector overlaps the one before.
+template <class Target>
+ORSKA_INLINE void ConvertFixedUnits(const char* in_from, std::uint64_t in_count, char* out_to) {
+    constexpr std::uint32_t UNIT = Target::UNIT;
+    constexpr std::uint64_t STEP = WINDOW / UNIT;
+    if (in_count < STEP) {
+        StorePart(out_to, Target::GetUnits(LoadUnitsPart<UNIT>(in_from, in_count)),
+                  in_count * UNIT);
+        return;
+    }
+    const std::uint64_t last = in_count - STEP;
+    for (std::uint64_t at = 0; at < last; at += STEP) {
+        _mm512_storeu_si512(out_to + at * UNIT, Target::GetUnits(LoadUnits<UNIT>(in_from + at)));
+    }
+    _mm512_storeu_si512(out_to + last * UNIT, Target::GetUnits(LoadUnits<UNIT>(in_from + last)));
+}
+
 template <class Target>
 ORSKA_INLINE std::int32_t ConvertFixedByWindows(TranscoderSource& io_source,
                                                 TranscoderTarget& io_target) {
     const std::uint64_t wanted = io_source.m_length - io_source.m_position;
-    const std::uint64_t room = (io_target.m_length - io_target.m_position) / Target::UNIT;
-    const std::uint64_t count = wanted < room ? wanted : room;
+    const std::uint64_t room = io_target.m_length - io_target.m_position;
     const char* const from = io_source.m_data + io_source.m_position;
     char* const to = io_target.m_data + io_target.m_position;
-    __m512i parts[Target::UNIT];
-    std::uint64_t at = 0;
-    for (; count - at >= WINDOW; at += WINDOW) {
-        Target::GetParts(LoadWindow(from + at), parts);
-        StoreWhole(to + at * Target::UNIT, parts);
+    if (room >= wanted * Target::UNIT) [[likely]] {
+        io_source.m_position = io_source.m_length;
+        io_target.m_position += wanted * Target::UNIT;
+        ConvertFixedUnits<Target>(from, wanted, to);
+        return TRANSCODER_DONE;
     }
-    if (at < count) {
-        Target::GetParts(LoadWindowPart(from + at, count - at), parts);
-        StoreParts(to + at * Target::UNIT, parts, (count - at) * Target::UNIT);
-    }
+    const std::uint64_t count = room / Target::UNIT;
     io_source.m_position += count;
     io_target.m_position += count * Target::UNIT;
-    return count == wanted ? TRANSCODER_DONE : TRANSCODER_FULL;
+    ConvertFixedUnits<Target>(from, count, to);
+    return TRANSCODER_FULL;
 }
 
 template <class Set, bool IS_BIG>
 struct WindowToUtf16 {
     static constexpr std::uint32_t UNIT = 2;
 
-    static ORSKA_INLINE void GetParts(__m512i in_bytes, __m512i (&out_parts)[UNIT]) {
-        Set::GetUnits(in_bytes, out_parts);
-        out_parts[0] = OrderUnits16<IS_BIG>(out_parts[0]);
-        out_parts[1] = OrderUnits16<IS_BIG>(out_parts[1]);
+    static ORSKA_INLINE __m512i GetUnits(__m512i in_units) {
+        return OrderUnits16<IS_BIG>(Set::Map(in_units));
     }
 };
 
@@ -123,8 +180,8 @@ template <bool IS_BIG>
 struct WindowToUtf32 {
     static constexpr std::uint32_t UNIT = 4;
 
-    static ORSKA_INLINE void GetParts(__m512i in_bytes, __m512i (&out_parts)[UNIT]) {
-        Widen32<IS_BIG>(in_bytes, out_parts);
+    static ORSKA_INLINE __m512i GetUnits(__m512i in_units) {
+        return IS_BIG ? _mm512_slli_epi32(in_units, 24) : in_units;
     }
 };
 
@@ -132,14 +189,14 @@ struct WindowToUtf32 {
 struct WindowToSingleByte {
     static constexpr std::uint32_t UNIT = 1;
 
-    static ORSKA_INLINE void GetParts(__m512i in_bytes, __m512i (&out_parts)[UNIT]) {
+    static ORSKA_INLINE __m512i GetUnits(__m512i in_bytes) {
         const std::uint64_t isMapped =
             _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
         // 81, 8D, 8F, 90 and 9D stay; an index counts by its lowest six bits.
         const __m512i high =
             _mm512_set_epi64(0, 0, 0, 0, 0x1A1A9D1A1A1A1A1A, 0x1A1A1A1A1A1A1A90,
                              static_cast<long long>(0x8F1A8D1A1A1A1A1A), 0x1A1A1A1A1A1A811A);
-        out_parts[0] = _mm512_mask_permutexvar_epi8(in_bytes, isMapped, in_bytes, high);
+        return _mm512_mask_permutexvar_epi8(in_bytes, isMapped, in_bytes, high);
     }
 };
 

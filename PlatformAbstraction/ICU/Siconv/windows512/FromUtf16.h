@@ -43,15 +43,17 @@ ORSKA_INLINE std::uint64_t GetUnits(std::uint64_t in_lead, std::uint64_t in_code
     return in_codePoints == 0 ? 0 : GetWidth(GetBit(~in_lead, in_codePoints - 1));
 }
 
+// Units up to FF, still in the order of the text, to bytes.
 template <bool IS_BIG>
-class Utf16ToUtf8Windows {
-public:
-    static constexpr std::uint64_t SOURCE_UNIT = 2;
-    static constexpr std::uint64_t TARGET_UNIT = 1;
-    static constexpr std::uint64_t ROOM = 2 * WINDOW;
-
-    static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
-        return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x80FF : 0xFF80 > ()) == 0;
+struct PlainUtf16 {
+    static ORSKA_INLINE __m256i Narrow(__m512i in_bytes) {
+        return _mm512_cvtepi16_epi8(IS_BIG ? _mm512_srli_epi16(in_bytes, 8) : in_bytes);
+    }
+    static ORSKA_INLINE __m512i NarrowPair(__m512i in_first, __m512i in_second) {
+        const __m512i first = IS_BIG ? _mm512_srli_epi16(in_first, 8) : in_first;
+        const __m512i second = IS_BIG ? _mm512_srli_epi16(in_second, 8) : in_second;
+        return _mm512_permutexvar_epi64(_mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0),
+                                        _mm512_packus_epi16(first, second));
     }
     static ORSKA_INLINE void WritePlain(char* out_to, __m512i in_bytes) {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_to), Narrow(in_bytes));
@@ -60,6 +62,18 @@ public:
         _mm256_mask_storeu_epi8(out_to, static_cast<__mmask32>(GetLowBits(in_size / 2)),
                                 Narrow(in_bytes));
     }
+};
+
+template <bool IS_BIG>
+class Utf16ToUtf8Windows : public PlainUtf16<IS_BIG> {
+public:
+    static constexpr std::uint64_t SOURCE_UNIT = 2;
+    static constexpr std::uint64_t TARGET_UNIT = 1;
+    static constexpr std::uint64_t ROOM = 2 * WINDOW;
+
+    static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
+        return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x80FF : 0xFF80 > ()) == 0;
+    }
     static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
         return GetCutUtf16<IS_BIG>(in_from);
     }
@@ -67,6 +81,13 @@ public:
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes,
                                           std::uint64_t in_cut) {
         const __m512i units = OrderUnits16<IS_BIG>(in_bytes);
+        if (_mm512_test_epi16_mask(units, All16<0xF800>()) == 0) {
+            Utf8Output<true> output(io_cursor.m_to, io_cursor.m_toEnd);
+            PutUnits2(units, WINDOW / 2, output);
+            io_cursor.m_from += WINDOW;
+            io_cursor.m_to = output.GetTo();
+            return true;
+        }
         if (ConvertPairs(io_cursor, units)) {
             return true;
         }
@@ -99,10 +120,6 @@ public:
     }
 
 private:
-    static ORSKA_INLINE __m256i Narrow(__m512i in_bytes) {
-        return _mm512_cvtepi16_epi8(IS_BIG ? _mm512_srli_epi16(in_bytes, 8) : in_bytes);
-    }
-
     template <bool IS_WHOLE>
     static ORSKA_INLINE void Put(__m512i in_units, std::uint64_t in_count,
                                  const Surrogates& in_surrogates, Utf8Output<IS_WHOLE>& io_output) {
@@ -163,7 +180,7 @@ private:
 };
 
 template <bool IS_BIG>
-class Utf16ToSingleByteWindows {
+class Utf16ToSingleByteWindows : public PlainUtf16<IS_BIG> {
 public:
     static constexpr std::uint64_t SOURCE_UNIT = 2;
     static constexpr std::uint64_t TARGET_UNIT = 1;
@@ -171,12 +188,6 @@ public:
 
     static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
         return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x00FF : 0xFF00 > ()) == 0;
-    }
-    static ORSKA_INLINE void WritePlain(char* out_to, __m512i in_bytes) {
-        Write(out_to, Narrow(OrderUnits16<IS_BIG>(in_bytes)), WINDOW / 2);
-    }
-    static ORSKA_INLINE void WritePlainPart(char* out_to, __m512i in_bytes, std::uint64_t in_size) {
-        Write(out_to, Narrow(OrderUnits16<IS_BIG>(in_bytes)), in_size / 2);
     }
     static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
         return GetCutUtf16<IS_BIG>(in_from);
@@ -216,18 +227,14 @@ public:
 
 private:
     // A code point above FF gives the substitute, a pair of surrogates by its trail.
-    static ORSKA_INLINE __m256i Narrow(__m512i in_units) {
-        const __mmask32 isLarge = _mm512_test_epi16_mask(in_units, All16<0xFF00>());
-        return _mm512_cvtepi16_epi8(_mm512_mask_mov_epi16(in_units, isLarge, All16<0x1A>()));
-    }
-    static ORSKA_INLINE void Write(char* out_to, __m256i in_bytes, std::uint64_t in_size) {
-        _mm256_mask_storeu_epi8(out_to, static_cast<__mmask32>(GetLowBits(in_size)), in_bytes);
-    }
     static ORSKA_INLINE std::uint64_t Put(char* out_to, __m512i in_units, std::uint64_t in_active) {
         const std::uint64_t written = CountBits(in_active);
-        Write(out_to,
-              _mm256_maskz_compress_epi8(static_cast<__mmask32>(in_active), Narrow(in_units)),
-              written);
+        const __mmask32 isLarge = _mm512_test_epi16_mask(in_units, All16<0xFF00>());
+        const __m256i bytes =
+            _mm512_cvtepi16_epi8(_mm512_mask_mov_epi16(in_units, isLarge, All16<0x1A>()));
+        _mm256_mask_storeu_epi8(
+            out_to, static_cast<__mmask32>(GetLowBits(written)),
+            _mm256_maskz_compress_epi8(static_cast<__mmask32>(in_active), bytes));
         return written;
     }
 };

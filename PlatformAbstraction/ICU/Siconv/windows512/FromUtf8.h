@@ -40,11 +40,39 @@ struct CodePoints {
 
 // A pair of vectors that hold the bytes of each unit one behind the other.
 ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
-    const __m512i order = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
+    const __m512i order = GetInterleaveOrder();
     const __m512i first = _mm512_permutexvar_epi64(order, in_first);
     const __m512i second = _mm512_permutexvar_epi64(order, in_second);
     out_units[0] = _mm512_unpacklo_epi8(first, second);
     out_units[1] = _mm512_unpackhi_epi8(first, second);
+}
+
+// A window without sequences of three or four bytes: the last bytes of the code points and their
+// leads are closed up apart, and joined to units. False for other windows and if it is not valid.
+// Writes as much as 64 units take.
+template <class Target>
+ORSKA_INLINE bool ConvertShortWindow(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
+    if (_mm512_cmpge_epu8_mask(in_at, All8<0xE0>()) != 0) {
+        return false;
+    }
+    const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
+    const std::uint64_t isOverlong2 = _mm512_mask_cmplt_epu8_mask(lead, in_at, All8<0xC2>());
+    const std::uint64_t follower = _mm512_movepi8_mask(in_at) & ~lead;
+    if (((follower ^ lead << 1) | isOverlong2) != 0) {
+        return false;
+    }
+    __m512i units[2];
+    const __m512i lasts = _mm512_mask_add_epi8(in_at, follower, in_at, All8<0x80>());
+    const __m512i leads = _mm512_maskz_add_epi8(lead, in_at, All8<0x40>());
+    InterleaveText(_mm512_maskz_compress_epi8(~lead, lasts),
+                   _mm512_maskz_compress_epi8(~follower, leads), units);
+    for (__m512i& unit : units) {
+        unit = _mm512_maddubs_epi16(unit, All16<0x4001>());
+    }
+    Target::WriteUnits(io_cursor.m_to, units);
+    io_cursor.m_from += WINDOW - in_cut;
+    io_cursor.m_to += CountBits(~lead) * Target::UNIT;
+    return true;
 }
 
 template <bool IS_BIG>
@@ -65,6 +93,13 @@ struct WindowUnitsOf16 {
         } else {
             InterleaveText(low, high, out_parts);
         }
+    }
+    static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
+        return ConvertShortWindow<WindowUnitsOf16>(io_cursor, in_at, in_cut);
+    }
+    static ORSKA_INLINE void WriteUnits(char* out_at, const __m512i (&in_units)[2]) {
+        _mm512_storeu_si512(out_at, OrderUnits16<IS_BIG>(in_units[0]));
+        _mm512_storeu_si512(out_at + WINDOW, OrderUnits16<IS_BIG>(in_units[1]));
     }
     // in_plane: bits 16 to 20 less 1, where in_third.
     static ORSKA_INLINE void SetLong(__m512i in_at, __m512i in_1, __m512i, __m512i in_plane,
@@ -138,6 +173,17 @@ struct WindowUnitsOf32 : ToWholeCodePoints {
             out_parts[i] = OrderUnits32<IS_BIG>(whole);
         }
     }
+    static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
+        return ConvertShortWindow<WindowUnitsOf32>(io_cursor, in_at, in_cut);
+    }
+    static ORSKA_INLINE void WriteUnits(char* out_at, const __m512i (&in_units)[2]) {
+        for (std::uint32_t i = 0; i < PARTS; ++i) {
+            const __m512i pair = in_units[i / 2];
+            const __m256i half = i % 2 == 0 ? GetLowHalf(pair) : GetHighHalf(pair);
+            _mm512_storeu_si512(out_at + i * WINDOW,
+                                OrderUnits32<IS_BIG>(_mm512_cvtepu16_epi32(half)));
+        }
+    }
     static ORSKA_INLINE void WriteRun3(char* out_at, __m512i in_codePoints) {
         _mm512_storeu_si512(out_at, OrderUnits32<IS_BIG>(in_codePoints));
     }
@@ -161,6 +207,21 @@ struct WindowUnitsOf8 : ToWholeCodePoints {
         const std::uint64_t isLarge = _mm512_test_epi8_mask(above, above);
         const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8<0x1A>());
         out_parts[0] = _mm512_maskz_compress_epi8(in_text.m_keep, bytes);
+    }
+    // Code points up to FF: of a follower behind C3 bit 6 is set.
+    static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
+        const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
+        const std::uint64_t isC2 = _mm512_cmpeq_epi8_mask(in_at, All8<0xC2>());
+        const std::uint64_t isC3 = _mm512_cmpeq_epi8_mask(in_at, All8<0xC3>());
+        const std::uint64_t follower = _mm512_movepi8_mask(in_at) & ~lead;
+        if (((follower ^ lead << 1) | (lead ^ isC2 ^ isC3)) != 0) {
+            return false;
+        }
+        const __m512i bytes = _mm512_mask_add_epi8(in_at, isC3 << 1, in_at, All8<0x40>());
+        _mm512_storeu_si512(io_cursor.m_to, _mm512_maskz_compress_epi8(~lead, bytes));
+        io_cursor.m_from += WINDOW - in_cut;
+        io_cursor.m_to += CountBits(~lead);
+        return true;
     }
 };
 
@@ -195,6 +256,9 @@ public:
     }
 
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
+        if (Target::ConvertShort(io_cursor, in_at, in_cut)) {
+            return true;
+        }
         if constexpr (Target::HAS_RUNS) {
             if (ConvertRun(io_cursor, in_at)) {
                 return true;
