@@ -129,6 +129,15 @@ ORSKA_INLINE __m512i LoadUnitsPart(const char* in_from, std::uint64_t in_count) 
     }
 }
 
+// The same for half a vector of 16-bit units.
+ORSKA_INLINE __m512i LoadUnitsHalf(const char* in_from) {
+    return _mm512_castsi256_si512(
+        _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(in_from))));
+}
+ORSKA_INLINE void StoreHalf(char* out_to, __m512i in_units) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_to), GetLowHalf(in_units));
+}
+
 // Towards units of one size the positions are known beforehand. Target: GetUnits gives the units
 // for a vector of bytes widened to UNIT bytes each. The last vector overlaps the one before.
 template <class Target>
@@ -136,6 +145,15 @@ ORSKA_INLINE void ConvertFixedUnits(const char* in_from, std::uint64_t in_count,
     constexpr std::uint32_t UNIT = Target::UNIT;
     constexpr std::uint64_t STEP = WINDOW / UNIT;
     if (in_count < STEP) {
+        if constexpr (UNIT == 2) {
+            if (in_count >= STEP / 2) {
+                const std::uint64_t second = in_count - STEP / 2;
+                StoreHalf(out_to, Target::GetUnits(LoadUnitsHalf(in_from)));
+                StoreHalf(out_to + second * UNIT,
+                          Target::GetUnits(LoadUnitsHalf(in_from + second)));
+                return;
+            }
+        }
         StorePart(out_to, Target::GetUnits(LoadUnitsPart<UNIT>(in_from, in_count)),
                   in_count * UNIT);
         return;

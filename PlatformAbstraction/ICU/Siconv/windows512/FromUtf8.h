@@ -208,20 +208,43 @@ struct WindowUnitsOf8 : ToWholeCodePoints {
         const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8<0x1A>());
         out_parts[0] = _mm512_maskz_compress_epi8(in_text.m_keep, bytes);
     }
-    // Code points up to FF: of a follower behind C3 bit 6 is set.
-    static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
-        const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
-        const std::uint64_t isC2 = _mm512_cmpeq_epi8_mask(in_at, All8<0xC2>());
-        const std::uint64_t isC3 = _mm512_cmpeq_epi8_mask(in_at, All8<0xC3>());
-        const std::uint64_t follower = _mm512_movepi8_mask(in_at) & ~lead;
-        if (((follower ^ lead << 1) | (lead ^ isC2 ^ isC3)) != 0) {
+    // Code points up to FF: of a follower behind C3 bit 6 is set. Goes on by whole windows, from
+    // one to the next with what the last byte was: the place of the next window does not depend on
+    // it.
+    static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t) {
+        if (_mm512_cmpgt_epu8_mask(in_at, All8<0xC3>()) != 0) {
             return false;
         }
-        const __m512i bytes = _mm512_mask_add_epi8(in_at, isC3 << 1, in_at, All8<0x40>());
-        _mm512_storeu_si512(io_cursor.m_to, _mm512_maskz_compress_epi8(~lead, bytes));
-        io_cursor.m_from += WINDOW - in_cut;
-        io_cursor.m_to += CountBits(~lead);
-        return true;
+        const char* from = io_cursor.m_from;
+        char* to = io_cursor.m_to;
+        std::uint64_t afterLead = 0;
+        std::uint64_t afterC3 = 0;
+        while (true) {
+            const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
+            const std::uint64_t isC2 = _mm512_cmpeq_epi8_mask(in_at, All8<0xC2>());
+            const std::uint64_t isC3 = _mm512_cmpeq_epi8_mask(in_at, All8<0xC3>());
+            const std::uint64_t follower = _mm512_movepi8_mask(in_at) & ~lead;
+            if (((follower ^ (lead << 1 | afterLead)) | (lead ^ isC2 ^ isC3)) != 0) {
+                break;
+            }
+            const __m512i bytes =
+                _mm512_mask_add_epi8(in_at, isC3 << 1 | afterC3, in_at, All8<0x40>());
+            _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(~lead, bytes));
+            from += WINDOW;
+            to += CountBits(~lead);
+            afterLead = lead >> 63;
+            afterC3 = isC3 >> 63;
+            if (io_cursor.m_fromEnd - from < static_cast<std::int64_t>(WINDOW) ||
+                io_cursor.m_toEnd - to < static_cast<std::int64_t>(WINDOW)) {
+                break;
+            }
+            in_at = LoadWindow(from);
+        }
+        from -= afterLead;
+        const bool isDone = from != io_cursor.m_from;
+        io_cursor.m_from = from;
+        io_cursor.m_to = to;
+        return isDone;
     }
 };
 
@@ -252,7 +275,9 @@ public:
         const auto isFrom = [in_from](std::uint64_t in_at, unsigned char in_least) {
             return std::uint64_t{static_cast<unsigned char>(in_from[in_at]) >= in_least};
         };
-        return isFrom(63, 0xC0) | isFrom(62, 0xE0) << 1 | isFrom(61, 0xF0) * 3;
+        std::uint64_t cut = isFrom(63, 0xC0) | isFrom(62, 0xE0) << 1 | isFrom(61, 0xF0) * 3;
+        __asm__("" : "+r"(cut));  // gcc would make branches of it, which nothing can foretell
+        return cut;
     }
 
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
