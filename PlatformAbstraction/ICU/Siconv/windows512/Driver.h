@@ -98,6 +98,13 @@ ORSKA_INLINE __m256i GetHighHalf(__m512i in_value) {
     return _mm512_extracti64x4_epi64(in_value, 1);
 }
 
+// Keeps gcc from narrowing to memory in one instruction, which takes longer than two.
+template <class Vector>
+ORSKA_INLINE Vector InRegister(Vector in_value) {
+    __asm__("" : "+v"(in_value));
+    return in_value;
+}
+
 // Units of the text to the processor's order, or back.
 template <bool IS_BIG>
 ORSKA_INLINE __m512i OrderUnits16(__m512i in_units) {
@@ -149,6 +156,9 @@ ORSKA_INLINE void ConvertPlainPairs(Cursor& io_cursor) {
 
 template <class Windows>
 ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
+    if constexpr (Windows::SOURCE_UNIT == 2) {
+        ConvertPlainPairs<Windows>(io_cursor);
+    }
     while (io_cursor.GetLeft() >= WINDOW && io_cursor.GetRoom() >= Windows::ROOM) {
         const __m512i bytes = LoadWindow(io_cursor.m_from);
         if (Windows::IsPlain(bytes)) {

@@ -166,23 +166,30 @@ ORSKA_INLINE void ConvertFixedUnits(const char* in_from, std::uint64_t in_count,
 }
 
 template <class Target>
-ORSKA_INLINE std::int32_t ConvertFixedByWindows(TranscoderSource& io_source,
-                                                TranscoderTarget& io_target) {
-    const std::uint64_t wanted = io_source.m_length - io_source.m_position;
-    const std::uint64_t room = io_target.m_length - io_target.m_position;
-    const char* const from = io_source.m_data + io_source.m_position;
-    char* const to = io_target.m_data + io_target.m_position;
-    if (room >= wanted * Target::UNIT) [[likely]] {
-        io_source.m_position = io_source.m_length;
-        io_target.m_position += wanted * Target::UNIT;
-        ConvertFixedUnits<Target>(from, wanted, to);
-        return TRANSCODER_DONE;
-    }
-    const std::uint64_t count = room / Target::UNIT;
+__attribute__((noinline)) std::int32_t FillTarget(TranscoderSource& io_source,
+                                                  TranscoderTarget& io_target) {
+    const std::uint64_t count = (io_target.m_length - io_target.m_position) / Target::UNIT;
+    ConvertFixedUnits<Target>(io_source.m_data + io_source.m_position, count,
+                              io_target.m_data + io_target.m_position);
     io_source.m_position += count;
     io_target.m_position += count * Target::UNIT;
-    ConvertFixedUnits<Target>(from, count, to);
     return TRANSCODER_FULL;
+}
+
+template <class Target>
+ORSKA_INLINE std::int32_t ConvertFixedByWindows(TranscoderSource& io_source,
+                                                TranscoderTarget& io_target) {
+    const std::uint64_t count = io_source.m_length - io_source.m_position;
+    const std::uint64_t written = count * Target::UNIT;
+    if (io_target.m_length - io_target.m_position < written) [[unlikely]] {
+        return FillTarget<Target>(io_source, io_target);
+    }
+    const char* const from = io_source.m_data + io_source.m_position;
+    char* const to = io_target.m_data + io_target.m_position;
+    io_source.m_position = io_source.m_length;
+    io_target.m_position += written;
+    ConvertFixedUnits<Target>(from, count, to);
+    return TRANSCODER_DONE;
 }
 
 template <class Set, bool IS_BIG>

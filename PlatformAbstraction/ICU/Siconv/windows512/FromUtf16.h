@@ -47,7 +47,7 @@ ORSKA_INLINE std::uint64_t GetUnits(std::uint64_t in_lead, std::uint64_t in_code
 template <bool IS_BIG>
 struct PlainUtf16 {
     static ORSKA_INLINE __m256i Narrow(__m512i in_bytes) {
-        return _mm512_cvtepi16_epi8(IS_BIG ? _mm512_srli_epi16(in_bytes, 8) : in_bytes);
+        return InRegister(_mm512_cvtepi16_epi8(IS_BIG ? _mm512_srli_epi16(in_bytes, 8) : in_bytes));
     }
     static ORSKA_INLINE __m512i NarrowPair(__m512i in_first, __m512i in_second) {
         const __m512i first = IS_BIG ? _mm512_srli_epi16(in_first, 8) : in_first;

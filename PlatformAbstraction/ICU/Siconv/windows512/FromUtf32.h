@@ -55,7 +55,8 @@ public:
 
 private:
     static ORSKA_INLINE __m128i Narrow(__m512i in_bytes) {
-        return _mm512_cvtepi32_epi8(IS_BIG ? _mm512_srli_epi32(in_bytes, 24) : in_bytes);
+        return InRegister(
+            _mm512_cvtepi32_epi8(IS_BIG ? _mm512_srli_epi32(in_bytes, 24) : in_bytes));
     }
 
     static ORSKA_INLINE bool IsValid(__m512i in_codePoints, std::uint64_t in_count) {
