@@ -90,6 +90,11 @@ class Stage:
                        check=True)
         return path + ".so"
 
+    def compile_program(self, name, source):
+        path = os.path.join(self.folder, name)
+        subprocess.run(["cc", "-x", "c", "-o", path, "-"], input=source, text=True, check=True)
+        return path
+
     def make_foreign(self, library):
         """Makes the library one for a machine of another kind."""
         with open(library, "r+b") as file:

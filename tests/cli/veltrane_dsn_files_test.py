@@ -3,6 +3,7 @@
 
 Environment, beside that of tool_test.py: TEXTS, the folder of the generated texts.
 """
+import json
 import os
 import re
 import shutil
@@ -62,6 +63,97 @@ class FilesTest(FileTest):
             setup = ["--setup", self.stage.setup] if command == "register" else []
             self.run_tool("driver", command, "--driver", "V 2", *setup)
         self.assertEqual(self.read_file(self.stage.places["drivers"]), before)
+
+
+# Runs a program and kills it at its system call of a number: kill NUMBER PROGRAM ARGUMENT...
+KILL = """
+    #include <stdlib.h>
+    #include <sys/ptrace.h>
+    #include <sys/wait.h>
+    #include <signal.h>
+    #include <unistd.h>
+    int main(int count, char** words) {
+        const int number = 2 * atoi(words[1]) - 1; /* each stops at its begin and at its end */
+        const pid_t child = fork();
+        if (child == 0) {
+            ptrace(PTRACE_TRACEME, 0, 0, 0);
+            execv(words[2], words + 2);
+            _exit(98);
+        }
+        int status, signal = 0;
+        waitpid(child, &status, 0);
+        ptrace(PTRACE_SETOPTIONS, child, 0, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+        for (int stops = 0; stops < number;) {
+            ptrace(PTRACE_SYSCALL, child, 0, signal);
+            if (waitpid(child, &status, 0) != child || WIFEXITED(status)) return WEXITSTATUS(status);
+            const int is_call = WIFSTOPPED(status) && WSTOPSIG(status) == (SIGTRAP | 0x80);
+            signal = is_call ? 0 : WSTOPSIG(status);
+            stops += is_call;
+        }
+        kill(child, SIGKILL);
+        waitpid(child, &status, 0);
+        return 99;
+    }
+"""
+
+# Writes a section into odbc.ini before the first sync, as a program without the lock does.
+FOREIGN = """
+    #include <fcntl.h>
+    #include <stdlib.h>
+    #include <string.h>
+    #include <sys/syscall.h>
+    #include <unistd.h>
+    int fsync(int file) {
+        static int is_done;
+        if (!is_done++) {
+            const char text[] = "[foreign]\\nx=1\\n";
+            const int ini = open(getenv("ODBCINI"), O_WRONLY | O_APPEND);
+            if (ini < 0 || write(ini, text, strlen(text)) < 0) abort();
+            close(ini);
+        }
+        return (int)syscall(SYS_fsync, file);
+    }
+"""
+
+
+class KillsTest(FileTest):
+    def test_a_kill_at_any_system_call_leaves_the_old_file_or_the_new_one(self):
+        killer = self.stage.compile_program("kill", KILL)
+        before = "# ours\n[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nHint=1\n\n[gone]\nDriver=Veltrane\n"
+        file = self.write_file("dsns.json", json.dumps(
+            [{"name": f"n{i}", "values": {"Server": "s", "Database": "d"}} for i in range(3)] +
+            [{"name": "sales", "values": {"Server": "t"}}, {"name": "gone", "state": "absent"}]))
+        points = 0
+        for command in (["set", "sales", "--server", "t"], ["apply", file]):
+            self.write_file("user.ini", before)
+            self.run_tool(*command)
+            states = {before: 0, self.read_file(self.user): 0}
+            self.assertEqual(len(states), 2)
+            beside = set(os.listdir(self.folder))
+            number, is_over = 1, False
+            while not is_over:
+                self.write_file("user.ini", before)
+                result = subprocess.run([killer, str(number), os.environ["VELTRANE_DSN"], *command],
+                                        env=self.stage.environment, capture_output=True, check=False)
+                self.assertIn(result.returncode, (0, 99), result.stderr)
+                is_over = result.returncode == 0
+                states[self.read_file(self.user)] += 1  # a third state is a KeyError
+                if set(os.listdir(self.folder)) != beside:
+                    self.run_tool("list")
+                    self.assertEqual(set(os.listdir(self.folder)), beside, number)
+                number += 1
+            self.assertGreater(min(states.values()), 1)
+            points += number - 2
+        self.assertGreater(points, 300)
+
+    def test_what_others_write_between_reading_and_writing_is_not_lost(self):
+        preload = self.stage.compile("foreign", FOREIGN)
+        sales = "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\n"
+        for command, after in ((["set", "sales", "--server", "t"], sales.replace("=s", "=t")),
+                               (["remove", "sales"], "")):
+            self.write_file("user.ini", sales)
+            self.run_tool(*command, LD_PRELOAD=preload)
+            self.assertEqual(self.read_file(self.user), after + "[foreign]\nx=1\n")
 
 
 class FileFindingsTest(FileTest):
