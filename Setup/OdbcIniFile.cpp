@@ -49,9 +49,13 @@ bool IsSameVersion(const struct stat& in_left, const struct stat& in_right) {
            in_left.st_mtim.tv_nsec == in_right.st_mtim.tv_nsec;
 }
 
-/// True when one of these may be in the middle of writing the file in place.
+/// True when one of these may be in the middle of writing the file in place. That sets both times;
+/// a file that was renamed after it was written, as ours are, has a later one of its attributes. (A
+/// child that was forked while it was written may still hold it.)
 bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
-    if (in_writers == Writers::NONE) return false;
+    const bool isAsWritten = in_stat.st_ctim.tv_sec == in_stat.st_mtim.tv_sec &&
+                             in_stat.st_ctim.tv_nsec == in_stat.st_mtim.tv_nsec;
+    if (in_writers == Writers::NONE || !isAsWritten) return false;
     const long long age = SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
                           in_stat.st_mtim.tv_nsec / 1000;
     if (in_writers == Writers::SOME) {
@@ -365,8 +369,9 @@ bool OdbcIniFile::CreateTemporary(PrivateHandle& out_handle, std::string& out_na
         out_handle = PrivateHandle(SystemCalls::OpenAt(
             m_directory.Get(), out_name.c_str(),
             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, m_isNew ? m_newFileMode : 0600));
-        if (out_handle.IsOpen()) return LockTemporary(out_name);
-        if (errno != EEXIST && errno != EINTR) break;
+        if (out_handle.IsOpen() && LockTemporary(out_name)) return true;
+        // Gone or locked: another request took it, before it was locked, for one that was left.
+        if (errno != EEXIST && errno != EINTR && errno != ENOENT && errno != EWOULDBLOCK) break;
     }
     return Fail("cannot create a temporary file beside it", errno);
 }
@@ -381,8 +386,9 @@ bool OdbcIniFile::LockTemporary(const std::string& in_name) {
         LockNow(m_temporary, m_directory.Get(), in_name.c_str(), O_NOFOLLOW)) {
         return true;
     }
-    Fail("cannot lock a temporary file beside it", errno);
+    const int error = errno;
     SystemCalls::UnlinkAt(m_directory.Get(), in_name.c_str());
+    errno = error;
     return false;
 }
 
@@ -520,7 +526,11 @@ bool OdbcIniFile::PutBack(std::string& io_name) {
                         IsSameVersion(m_written, now);
     // What was written to the new file since is newer still, and by a program that writes it all.
     if (!isOurs) return true;
-    if (Rename(io_name, RENAME_EXCHANGE)) return FailAsOutdated();
+    if (Rename(io_name, RENAME_EXCHANGE)) {
+        // It does not count as put in place and complete: who has it open may not have ended.
+        SystemCalls::Touch(m_file.Get());
+        return FailAsOutdated();
+    }
     Fail("cannot put the file back", errno);
     io_name.clear();
     return false;

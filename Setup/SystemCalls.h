@@ -36,6 +36,7 @@ int RemoveAttribute(int in_handle, const char* in_name);
 ssize_t ListAttributes(int in_handle, char* out_names, std::size_t in_size);
 /// renameat2. Flags: RENAME_EXCHANGE, RENAME_NOREPLACE.
 int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned in_flags);
+int Touch(int in_handle);                                              // futimens, now
 int LinkAt(int in_directory, const char* in_from, const char* in_to);  // linkat
 int UnlinkAt(int in_directory, const char* in_name);                   // unlinkat
 /// True when the file may be written, or, when there is none, made; by the rights that opening it

@@ -156,6 +156,8 @@ int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned 
     return ::renameat2(in_directory, in_from, in_directory, in_to, in_flags);
 }
 
+int Touch(int in_handle) { return ::futimens(in_handle, nullptr); }
+
 int LinkAt(int in_directory, const char* in_from, const char* in_to) {
     return ::linkat(in_directory, in_from, in_directory, in_to, 0);
 }

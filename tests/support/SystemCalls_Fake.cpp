@@ -124,6 +124,8 @@ int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned 
     return ::renameat2(in_directory, in_from, in_directory, in_to, in_flags);
 }
 
+int Touch(int in_handle) { return Enter("futimens") ? ::futimens(in_handle, nullptr) : -1; }
+
 int LinkAt(int in_directory, const char* in_from, const char* in_to) {
     return Enter("link") ? ::linkat(in_directory, in_from, in_directory, in_to, 0) : -1;
 }
