@@ -69,7 +69,7 @@ public:
     /// @param in_function  a function of the library
     /// @return null when there are more libraries than anybody can have
     const InstallerLibrary* Get(const void* in_function) {
-        const std::lock_guard lock(m_mutex);
+        const SystemCalls::ForkLock lock;
         for (std::size_t i = 0; i < m_count; ++i) {
             if (m_entries[i].m_function == in_function) return &m_entries[i].m_library;
         }
@@ -85,7 +85,6 @@ private:
         InstallerLibrary m_library;
     };
 
-    std::mutex m_mutex;
     std::array<Entry, 4> m_entries;
     std::size_t m_count = 0;
 };
@@ -108,9 +107,8 @@ InstallerLibrary LoadAny() {
 
 std::string AskPath(int (*in_function)(char*, int)) {
     std::vector<char> path(InstallerLibrary::PATH_BUFFER, '\0');
-    // The library keeps the system's path without a lock. Process-wide: for all threads' requests.
-    static constinit std::mutex s_mutex;
-    const std::lock_guard lock(s_mutex);
+    // The library keeps the system's path without a lock.
+    const SystemCalls::ForkLock lock;
     in_function(path.data(), 0);
     return path.data();
 }

@@ -262,9 +262,8 @@ std::vector<Profile::Failure> DoAll(const std::vector<Edit>& in_edits, Kind in_k
         for (const Edit& edit : in_edits) {
             if (edit.m_step != step || failures.contains(edit.m_section)) continue;
             std::string reason = Do(edit, in_kind);
-            ORSKA_TRACE(reason.empty() ? 2 : 1, "Veltrane::ODBC::Profile::Change",
-                        "Setup\\Profile", 0, "%s: %s %s", edit.m_section.c_str(),
-                        edit.m_key.c_str(), reason.c_str());
+            ORSKA_TRACE(reason.empty() ? 2 : 1, "Veltrane::ODBC::Profile::Change", "Setup\\Profile",
+                        0, "%s: %s %s", edit.m_section.c_str(), edit.m_key.c_str(), reason.c_str());
             if (!reason.empty()) failures.emplace(edit.m_section, std::move(reason));
         }
     }
@@ -280,8 +279,7 @@ struct ProfileView::State {
     explicit State(Kind in_kind) : m_kind(in_kind), m_names(ReadNames(in_kind)) {}
 
     const std::optional<KeyValues>& Find(std::string_view in_section) const {
-        const auto [section, isNew] =
-            m_sections.try_emplace(Orska::Support::FoldCase(in_section));
+        const auto [section, isNew] = m_sections.try_emplace(Orska::Support::FoldCase(in_section));
         if (isNew) section->second = ReadSection(m_kind, std::string(in_section));
         return section->second;
     }

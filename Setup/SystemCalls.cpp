@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <mutex>
 
 namespace Veltrane::ODBC::SystemCalls {
 
@@ -22,6 +23,13 @@ constinit std::array<std::atomic<int>, 512> s_private{};
 /// Process-wide: set in a forked child, read by PrivateHandle.
 constinit std::atomic<unsigned> s_forks{0};
 
+/// Process-wide: taken by ForkLock, and by a fork for as long as it takes.
+constinit std::mutex s_forkMutex;
+
+void LockBeforeFork() { s_forkMutex.lock(); }
+
+void UnlockInParent() { s_forkMutex.unlock(); }
+
 /// Runs in the child, where nothing may be allocated and no lock taken: other threads of the parent
 /// may have been in the middle of anything.
 void CloseInChild() {
@@ -30,11 +38,13 @@ void CloseInChild() {
         const int handle = place.exchange(0);
         if (handle != 0) ::close(handle - 1);
     }
+    s_forkMutex.unlock();
 }
 
 /// Done when the library is loaded: a first use could be on two threads, and in the middle of it
 /// when one forks.
-[[maybe_unused]] const int s_isHandled = ::pthread_atfork(nullptr, nullptr, &CloseInChild);
+[[maybe_unused]] const int s_isHandled =
+    ::pthread_atfork(&LockBeforeFork, &UnlockInParent, &CloseInChild);
 
 std::size_t TakePlace(int in_handle) {
     for (std::size_t i = 0; i < s_private.size(); ++i) {
@@ -45,6 +55,10 @@ std::size_t TakePlace(int in_handle) {
 }
 
 }  // namespace
+
+ForkLock::ForkLock() { s_forkMutex.lock(); }
+
+ForkLock::~ForkLock() { s_forkMutex.unlock(); }
 
 int KeepOffStandardHandles(int in_handle) {
     if (in_handle < 0 || in_handle >= FIRST_OWN_HANDLE) return in_handle;

@@ -76,6 +76,16 @@ long long GetRealTime();
 bool UseFileRightsOfUser();
 void UseFileRightsOfProcess();
 
+/// The process's lock for short work that a forked child must find undone or done: forks wait for
+/// its end, and a child finds it free. Not to be taken twice by a thread.
+class ForkLock {
+public:
+    ForkLock();
+    ForkLock(const ForkLock&) = delete;
+    ForkLock& operator=(const ForkLock&) = delete;
+    ~ForkLock();
+};
+
 /// Moves a handle below 3 out of the place of a standard handle that the host has closed: what the
 /// host prints would go into the file.
 /// @return the handle to use; -1 with errno, and the old one closed, when there is no other

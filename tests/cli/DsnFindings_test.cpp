@@ -12,8 +12,7 @@ std::string Ids(const std::string& in_file) {
     static const Test::IniScratch s_scratch;
     Test::IniScratch::Write(s_scratch.UserFile(), in_file);
     std::string ids;
-    for (const Finding& finding :
-         ExamineDsn(DsnStore(Scope::User).Load(), "a", "Veltrane")) {
+    for (const Finding& finding : ExamineDsn(DsnStore(Scope::User).Load(), "a", "Veltrane")) {
         ids += std::string(ids.empty() ? "" : " ") + finding.m_id;
     }
     return ids;
