@@ -26,7 +26,11 @@ add_compile_definitions(
   # C99's printf formats, as on Linux.
   __USE_MINGW_ANSI_STDIO=1)
 add_compile_options(-ffunction-sections -fdata-sections)
-add_link_options(-Wl,--gc-sections)
+# The same sources give the same bytes: no time of the link, no folder of this machine.
+add_link_options(-Wl,--gc-sections -Wl,--no-insert-timestamp)
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+enable_language(RC)
+include(OrskaVersionResource)
 
 # Programs run in Wine, in a folder of the build's own that the test `wine_prefix` makes.
 set(ORSKA_WINE_PREFIX ${PROJECT_BINARY_DIR}/wine)
