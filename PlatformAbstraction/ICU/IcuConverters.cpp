@@ -7,6 +7,36 @@
 
 namespace Orska::Support {
 
+namespace {
+
+void SetSubstitution(UConverter& io_converter, const void* in_context) noexcept;
+
+// The context of SubstituteAsIcu in a converter that remembers a choice of substitute.
+constexpr char HAS_CHOSEN = 0;
+
+// ICU's own substitution. A code point that displays ignore may choose the short substitute but
+// writes none, and ICU keeps the choice until it writes the next one.
+void U_CALLCONV SubstituteAsIcu(const void*, UConverterFromUnicodeArgs* io_arguments,
+                                const UChar* in_units, int32_t in_length, UChar32 in_codePoint,
+                                UConverterCallbackReason in_reason, UErrorCode* io_status) {
+    const char* const before = io_arguments->target;
+    UCNV_FROM_U_CALLBACK_SUBSTITUTE(nullptr, io_arguments, in_units, in_length, in_codePoint,
+                                    in_reason, io_status);
+    if (in_reason == UCNV_UNASSIGNED && U_SUCCESS(*io_status) && io_arguments->target == before) {
+        SetSubstitution(*io_arguments->converter, &HAS_CHOSEN);
+    }
+}
+
+void SetSubstitution(UConverter& io_converter, const void* in_context) noexcept {
+    UConverterFromUCallback before = nullptr;
+    const void* beforeContext = nullptr;
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_setFromUCallBack(&io_converter, SubstituteAsIcu, in_context, &before, &beforeContext,
+                          &status);
+}
+
+}  // namespace
+
 icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceSite& in_site) {
     const char* const name = EncodingInfo::GetName(in_encoding);
     UErrorCode status = U_ZERO_ERROR;
@@ -21,13 +51,16 @@ icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceS
         throw ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUCreateUConverterErr",
                              {orska_wstring().SetFromUtf8(name)});
     }
+    SetSubstitution(*converter, nullptr);
     return converter;
 }
 
 void ResetConverter(UConverter& io_converter) noexcept {
-    if (ucnv_getType(&io_converter) == UCNV_MBCS) {
-        // A code point that displays ignore may choose the short substitute but writes none, so the
-        // choice would last until the next substitute. This one uses it up.
+    UConverterFromUCallback callback = nullptr;
+    const void* context = nullptr;
+    ucnv_getFromUCallBack(&io_converter, &callback, &context);
+    if (context == &HAS_CHOSEN) {
+        // A code point that gets a substitute uses the choice up.
         constexpr UChar LONE_SURROGATE[] = {0xD800};
         const UChar* source = LONE_SURROGATE;
         char scratch[ICU_MOST_END_BYTES];
@@ -35,6 +68,7 @@ void ResetConverter(UConverter& io_converter) noexcept {
         UErrorCode status = U_ZERO_ERROR;
         ucnv_fromUnicode(&io_converter, &position, scratch + sizeof(scratch), &source,
                          LONE_SURROGATE + 1, nullptr, true, &status);
+        SetSubstitution(io_converter, nullptr);
     }
     ucnv_reset(&io_converter);
 }

@@ -42,8 +42,10 @@ std::int64_t CountUnits(std::int64_t in_bytes, std::uint8_t in_width) {
 // Refuses negative lengths other than the mark of a NUL-terminated argument, and a number of code
 // units whose bytes cannot be counted.
 void CheckLength(std::int64_t in_length, const char* in_function, std::uint8_t in_width = 1) {
-    const bool isBad = in_length < 0 && in_length != orska_wstring::NUL_TERMINATED;
-    if (isBad || in_length > CountUnits(std::numeric_limits<std::int64_t>::max(), in_width)) {
+    constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
+    const bool isOrdinary = in_length >= 0 && in_length <= MOST / 4;
+    if (!isOrdinary && in_length != orska_wstring::NUL_TERMINATED &&
+        (in_length < 0 || in_length > MOST / in_width)) {
         ThrowNotRecognised(in_function);
     }
 }

@@ -288,12 +288,12 @@ std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_
 }
 
 std::int32_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
-                            char16_t* out_units, std::int32_t in_room) noexcept {
-    const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
+                            TranscoderFunction in_decoder, char16_t* out_units,
+                            std::int32_t in_room) noexcept {
     TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};
     TranscoderTarget target{reinterpret_cast<char*>(out_units),
                             static_cast<std::uint64_t>(in_room) * UNIT, 0};
-    std::int32_t result = decoder(source, target);
+    std::int32_t result = in_decoder(source, target);
     while (result == TRANSCODER_INVALID || result == TRANSCODER_INCOMPLETE) {
         std::memcpy(target.m_data + target.m_position, &REPLACEMENT, UNIT);
         target.m_position += UNIT;
@@ -302,7 +302,7 @@ std::int32_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
             result == TRANSCODER_INCOMPLETE
                 ? source.m_length - source.m_position
                 : CountMalformedBytes(in_bytes.substr(source.m_position), in_encoding);
-        result = decoder(source, target);
+        result = in_decoder(source, target);
     }
     return static_cast<std::int32_t>(target.m_position / UNIT);
 }

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 #include "PlatformAbstraction/strings/EncodingType.h"
 
 namespace Orska::Support {
@@ -68,11 +69,13 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
 std::int64_t MeasureThroughIcu(UConverter& io_converter, std::u16string_view in_text,
                                UErrorCode& io_status);
 
-/// Decodes without ICU, from an encoding for which there is a GetUtf16Decoder.
+/// Decodes without ICU.
+/// @param in_decoder  the GetUtf16Decoder of the encoding
 /// @param out_units  room for GetMostUtf16Units
 /// @return units written
 std::int32_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
-                            char16_t* out_units, std::int32_t in_room) noexcept;
+                            TranscoderFunction in_decoder, char16_t* out_units,
+                            std::int32_t in_room) noexcept;
 
 /// Decodes with ICU and appends.
 void DecodeThroughIcu(UConverter& io_converter, std::string_view in_bytes,

@@ -135,13 +135,19 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
             to += done;
         }
         for (const char* const stop = from + std::min(end - from, 2 * BLOCK); from < stop;) {
-            char32_t codePoint = 0;
-            const std::int32_t used =
-                Utf16Reader<false>::Read(reinterpret_cast<const unsigned char*>(from),
-                                         static_cast<std::uint64_t>(end - from), codePoint);
-            int byte = used == 2 ? Set::Find(static_cast<char16_t>(codePoint)) : -1;
-            if (byte < 0 && used > 0) {
-                if (IsIgnorable(codePoint)) {
+            // The unit alone says most of the time.
+            char16_t unit = 0;
+            int byte = -1;
+            if (end - from > 1) {
+                std::memcpy(&unit, from, sizeof(unit));
+                byte = Set::Find(unit);
+            }
+            std::int32_t used = 2;
+            if (byte < 0) {
+                char32_t codePoint = 0;
+                used = Utf16Reader<false>::Read(reinterpret_cast<const unsigned char*>(from),
+                                                static_cast<std::uint64_t>(end - from), codePoint);
+                if (used > 0 && IsIgnorable(codePoint)) {
                     from += used;
                     continue;
                 }

@@ -129,16 +129,18 @@ void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in
     if (DecodeShortText(bytes, GetShortDecoder(in_encoding), out_result)) {
         return;
     }
-    const bool isDirect = GetUtf16Decoder(in_encoding) != nullptr;
+    const TranscoderFunction decoder = GetUtf16Decoder(in_encoding);
     const auto most = static_cast<std::int32_t>(GetMostUtf16Units(in_encoding, bytes.size()));
     icu::UnicodeString* const text = out_result.GetImpl();
-    if (isDirect && text != nullptr && most <= text->getCapacity() && !IsInside(in_bytes, *text)) {
-        text->releaseBuffer(DecodeDirectly(bytes, in_encoding, text->getBuffer(most), most));
+    if (decoder != nullptr && text != nullptr && most <= text->getCapacity() &&
+        !IsInside(in_bytes, *text)) {
+        text->releaseBuffer(
+            DecodeDirectly(bytes, in_encoding, decoder, text->getBuffer(most), most));
         return;
     }
-    TextOwner owner(AcquireText(isDirect ? most : 0));
-    if (isDirect) {
-        owner->truncate(DecodeDirectly(bytes, in_encoding, GetUnits(*owner), most));
+    TextOwner owner(AcquireText(decoder != nullptr ? most : 0));
+    if (decoder != nullptr) {
+        owner->truncate(DecodeDirectly(bytes, in_encoding, decoder, GetUnits(*owner), most));
     } else {
         AutoPoolConverter converter(GetPool(in_encoding), in_encoding);
         UErrorCode status = U_ZERO_ERROR;

@@ -1,5 +1,6 @@
 #include "PlatformAbstraction/strings/StringCodec.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "Exceptions/ErrorException.h"
@@ -27,10 +28,14 @@ void CheckStatus(UErrorCode in_status, const TraceSite& in_site) {
 // The ways for short and plain text, into which the general conversions would take longer than the
 // text does.
 
+constexpr bool IsSingleByte(EncodingType in_encoding) {
+    return in_encoding == EncodingType::ENC_LATIN1 || in_encoding == EncodingType::ENC_CP1252 ||
+           in_encoding == EncodingType::ENC_US_ASCII || in_encoding == EncodingType::ENC_IBM5348;
+}
+
 /// True for the direct encodings in which text in ASCII is the same bytes.
 constexpr bool HasAscii(EncodingType in_encoding) {
-    return in_encoding == EncodingType::ENC_UTF8 || in_encoding == EncodingType::ENC_LATIN1 ||
-           in_encoding == EncodingType::ENC_CP1252 || in_encoding == EncodingType::ENC_US_ASCII;
+    return in_encoding == EncodingType::ENC_UTF8 || IsSingleByte(in_encoding);
 }
 
 /// A unit for each byte.
@@ -58,17 +63,19 @@ std::u16string_view GetView(const icu::UnicodeString& in_text) {
     return {in_text.getBuffer(), static_cast<std::size_t>(in_text.length())};
 }
 
-/// @return whole units of the encoding; no text for an encoding that only ICU has
+/// Gives whole units of the encoding; false, with none, for an encoding that only ICU has.
 template <class Unit>
 bool EncodeUnits(std::u16string_view in_text, EncodingType in_encoding,
                  std::basic_string<Unit>& out_units) {
-    const std::int64_t counted = CountEncodedBytes(in_text, in_encoding);
     // No code point gives more bytes of a single-byte set than it has units.
-    const std::size_t most = counted < 0 ? in_text.size() : static_cast<std::size_t>(counted);
-    out_units.resize(most / sizeof(Unit));
+    const std::int64_t most =
+        IsSingleByte(in_encoding)
+            ? static_cast<std::int64_t>(in_text.size())
+            : std::max<std::int64_t>(CountEncodedBytes(in_text, in_encoding), 0);
+    out_units.resize(static_cast<std::size_t>(most) / sizeof(Unit));
     EncodedText encoded;
-    const bool isDone = EncodeDirectly(in_text, reinterpret_cast<char*>(out_units.data()),
-                                       static_cast<std::int64_t>(most), in_encoding, encoded, true);
+    const bool isDone = EncodeDirectly(in_text, reinterpret_cast<char*>(out_units.data()), most,
+                                       in_encoding, encoded, true);
     out_units.resize(static_cast<std::size_t>(encoded.m_bytes) / sizeof(Unit));
     return isDone;
 }
@@ -94,8 +101,8 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
     }
     const auto most = static_cast<std::int32_t>(GetMostUtf16Units(in_encoding, bytes.size()));
     TextOwner text(AcquireText(most));
-    if (GetUtf16Decoder(in_encoding) != nullptr) {
-        text->truncate(DecodeDirectly(bytes, in_encoding, GetUnits(*text), most));
+    if (const TranscoderFunction decoder = GetUtf16Decoder(in_encoding)) {
+        text->truncate(DecodeDirectly(bytes, in_encoding, decoder, GetUnits(*text), most));
     } else {
         text->remove();
         const icu::LocalUConverterPointer converter = OpenConverter(in_encoding, DECODE);
@@ -118,7 +125,9 @@ std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encodi
     }
     char buffer[4 * MOST_SHORT_UNITS];
     const std::int64_t count =
-        EncodeShortText(text, GetShortEncoder(in_encoding), buffer, sizeof(buffer));
+        IsSingleByte(in_encoding)
+            ? -1
+            : EncodeShortText(text, GetShortEncoder(in_encoding), buffer, sizeof(buffer));
     if (count >= 0) {
         bytes.assign(buffer, static_cast<std::size_t>(count));
     } else if (!EncodeUnits(text, in_encoding, bytes)) {

@@ -92,11 +92,9 @@ struct Utf32Reader {
         if (in_available < 4) {
             return TRANSCODER_INCOMPLETE;
         }
-        char32_t unit = 0;
-        for (int i = 0; i < 4; ++i) {
-            const int shift = IS_BIG ? 8 * (3 - i) : 8 * i;
-            unit |= static_cast<char32_t>(in_at[i]) << shift;
-        }
+        const char32_t low = in_at[IS_BIG ? 3 : 0] | in_at[IS_BIG ? 2 : 1] << 8;
+        const char32_t high = in_at[IS_BIG ? 1 : 2] | in_at[IS_BIG ? 0 : 3] << 8;
+        const char32_t unit = low | high << 16;
         if (unit > 0x10FFFF || (unit & 0xFFFFF800) == 0xD800) {
             return TRANSCODER_INVALID;
         }
