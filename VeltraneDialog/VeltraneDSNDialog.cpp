@@ -24,9 +24,9 @@ void VeltraneDSNDialog::Give(DialogString DialogValues::*in_value, DialogString 
     }
 }
 
-void VeltraneDSNDialog::Accept(DialogValues in_values) {
+void VeltraneDSNDialog::Accept(const DialogValues& in_values) {
     for (const DialogField& field : DIALOG_FIELDS) {
-        Give(field.m_value, std::move(in_values.*field.m_value));
+        Give(field.m_value, in_values.*field.m_value);
     }
 }
 

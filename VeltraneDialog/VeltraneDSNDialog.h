@@ -44,7 +44,7 @@ public:
 
 private:
     void Give(DialogString DialogValues::*in_value, DialogString in_text);
-    void Accept(DialogValues in_values);
+    void Accept(const DialogValues& in_values);
     /// All texts, with the initial ones for those that nobody has set.
     const DialogValues& Values() const;
 

@@ -4,7 +4,6 @@
 
 #include <stdexcept>
 #include <string_view>
-#include <utility>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/EditorChoice.h"
@@ -64,7 +63,7 @@ int VeltraneDSNDialog::ShowDialog() {
     for (const std::string& program : choice.m_programs) {
         EditorMessage answer = RunEditorInItsTerminal(program, values);
         if (answer.m_kind == EditorMessageKind::OK) {
-            Accept(std::move(answer.m_values));
+            Accept(answer.m_values);
             return RESULT_OK;
         }
         if (answer.m_kind == EditorMessageKind::CANCEL) {

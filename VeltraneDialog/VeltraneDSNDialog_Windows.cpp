@@ -94,7 +94,7 @@ int VeltraneDSNDialog::ShowDialog() {
     if (!answer.m_isWhole) throw std::bad_alloc();
     switch (result) {
         case DIALOG_ACCEPTED:
-            Accept(std::move(answer.m_values));
+            Accept(answer.m_values);
             return RESULT_OK;
         case DIALOG_CANCELLED:
             return RESULT_CANCEL;
