@@ -20,14 +20,6 @@ std::string Quote(std::string_view in_text) {
     return text + "'";
 }
 
-/// "-p" and "--property" of "-p,--property"
-std::vector<std::string> SplitNames(const OptionInfo& in_option) {
-    const std::string names(in_option.m_names);
-    const std::size_t comma = names.find(',');
-    if (comma == std::string::npos) return {names};
-    return {names.substr(0, comma), names.substr(comma + 1)};
-}
-
 /// Options that are understood and shown.
 std::vector<const OptionInfo*> ShownOptions(CommandId in_command) {
     std::vector<const OptionInfo*> options = GetOptionsOf(in_command);

@@ -1,8 +1,6 @@
 #include "cli/line/CommandLine.h"
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
-#include <deque>
+#include <getopt.h>
 
 #include "cli/line/HelpText.h"
 #include "cli/system/CommandError.h"
@@ -12,86 +10,16 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// The parser's own storage for one command.
-struct Parsed {
-    const CommandInfo* m_info = nullptr;
-    CLI::App* m_app = nullptr;
-    bool m_isHelp = false;
-    std::vector<std::string> m_arguments;
-    struct Option {
-        const OptionInfo* m_info;
-        CLI::Option* m_option;
-        std::vector<std::string> m_values;
-    };
-    std::deque<Option> m_options;  // addresses stay
-};
+using Words = std::vector<std::string>;
 
 [[noreturn]] void Refuse(const std::string& in_text) { throw CommandError(EXIT_USAGE, in_text); }
 
-/// "driver" of "driver register" gets the parent that its commands share.
-CLI::App* FindParent(CLI::App& io_root, std::string_view in_name) {
-    const std::size_t blank = in_name.find(' ');
-    if (blank == std::string_view::npos) return &io_root;
-    const std::string group(in_name.substr(0, blank));
-    try {
-        return io_root.get_subcommand(group);
-    } catch (const CLI::OptionNotFound&) {
-        CLI::App* const parent = io_root.add_subcommand(group);
-        parent->set_help_flag();
-        parent->require_subcommand(0, 1);
-        parent->fallthrough();  // for --help
-        return parent;
-    }
-}
-
-void AddOption(Parsed& io_parsed, const OptionInfo& in_info) {
-    Parsed::Option& option = io_parsed.m_options.emplace_back(Parsed::Option{&in_info, {}, {}});
-    const std::string names(in_info.m_names);
-    if (in_info.m_argument.empty()) {
-        option.m_option = io_parsed.m_app->add_flag(names);
-    } else {
-        option.m_option = io_parsed.m_app->add_option(names, option.m_values);
-        option.m_option->allow_extra_args(false)->take_all();
-    }
-}
-
-void AddCommand(CLI::App& io_root, const CommandInfo& in_info, Parsed& out_parsed) {
-    const std::string_view name = in_info.m_name;
-    out_parsed.m_info = &in_info;
-    out_parsed.m_app =
-        FindParent(io_root, name)->add_subcommand(std::string(name.substr(name.rfind(' ') + 1)));
-    out_parsed.m_app->set_help_flag();
-    out_parsed.m_app->add_flag("-h,--help", out_parsed.m_isHelp);
-    for (const OptionInfo* option : GetOptionsOf(in_info.m_id)) AddOption(out_parsed, *option);
-    if (!in_info.m_arguments.empty()) {
-        out_parsed.m_app->add_option("arguments", out_parsed.m_arguments);
-    }
-}
-
-/// Takes the words behind "--" away: none of them is an option.
-std::vector<std::string> SplitAtMark(std::vector<std::string>& io_arguments) {
-    const auto mark = std::find(io_arguments.begin(), io_arguments.end(), "--");
-    if (mark == io_arguments.end()) return {};
-    std::vector<std::string> behind(mark + 1, io_arguments.end());
-    io_arguments.erase(mark, io_arguments.end());
-    return behind;
-}
-
-/// The parser takes the next word for the value of "--uid="; here it means an empty value.
-std::vector<std::string> SeparateEmptyValues(const std::vector<std::string>& in_arguments) {
-    std::vector<std::string> arguments;
-    for (const std::string& argument : in_arguments) {
-        const bool isEmpty = argument.size() > 3 && argument.starts_with("--") &&
-                             argument.find('=') == argument.size() - 1;
-        arguments.push_back(isEmpty ? argument.substr(0, argument.size() - 1) : argument);
-        if (isEmpty) arguments.emplace_back();
-    }
-    return arguments;
-}
-
-std::string Suggest(std::string_view in_word, const std::vector<std::string_view>& in_known) {
+[[noreturn]] void RefuseUnknown(const std::string& in_kind, const std::string& in_word,
+                                const std::vector<std::string_view>& in_known) {
     const std::string_view near = FindNearWord(in_word, in_known);
-    return near.empty() ? std::string() : " Did you mean " + std::string(near) + "?";
+    Refuse("There is no " + in_kind + in_word +
+           (near.empty() ? ". " : ". Did you mean " + std::string(near) + "? ") +
+           "Try veltrane-dsn --help.");
 }
 
 /// The names of the commands, or the second words of a group such as "driver".
@@ -107,106 +35,147 @@ std::vector<std::string_view> CommandNames(const std::string& in_group) {
     return names;
 }
 
-/// The group of commands that a line names without one of its commands; empty when there is none.
-std::string OpenGroup(const CLI::App& in_root) {
-    const std::vector<CLI::App*> parsed = in_root.get_subcommands();
-    const bool isOpen = !parsed.empty() && !CommandNames(parsed.front()->get_name()).empty() &&
-                        parsed.front()->get_subcommands().empty();
-    return isOpen ? parsed.front()->get_name() : std::string();
+/// The first word is a command or begins one, so it is named; other words may be passwords.
+[[noreturn]] void RefuseCommand(const Words& in_words) {
+    const bool isGroup = !in_words.empty() && !CommandNames(in_words.front()).empty();
+    const std::string group = isGroup ? in_words.front() : std::string();
+    const std::size_t at = isGroup ? 1 : 0;
+    const std::vector<std::string_view> names = CommandNames(group);
+    if (in_words.size() > at && !in_words[at].starts_with('-')) {
+        RefuseUnknown("command " + group + (isGroup ? " " : ""), in_words[at], names);
+    }
+    std::string known;
+    for (const std::string_view name : names) known.append(known.empty() ? "" : ", ").append(name);
+    Refuse("A command is missing" + (isGroup ? " after " + group + ": " + known : std::string()) +
+           ". Try veltrane-dsn --help.");
 }
 
-std::string DescribeNoCommand(const std::string& in_group) {
-    if (in_group.empty()) return "A command is missing.";
-    std::string names;
-    for (const std::string_view name : CommandNames(in_group)) {
-        names.append(names.empty() ? "" : ", ").append(name);
+/// Takes the words of the command away.
+const CommandInfo& TakeCommand(Words& io_words) {
+    for (const CommandInfo& command : GetCommands()) {
+        const std::size_t count = command.m_name.find(' ') == std::string_view::npos ? 1 : 2;
+        if (io_words.size() < count) continue;
+        const std::string name = io_words[0] + (count == 1 ? "" : " " + io_words[1]);
+        if (name != command.m_name) continue;
+        io_words.erase(io_words.begin(), io_words.begin() + static_cast<std::ptrdiff_t>(count));
+        return command;
     }
-    return "A command is missing after \"" + in_group + "\": " + names + ".";
+    const std::string last = io_words.empty() ? std::string() : io_words.back();
+    if (last == "-h" || last == "--help") throw HelpRequest{MakeOverview()};
+    if (last == "--version") throw HelpRequest{MakeVersionText()};
+    RefuseCommand(io_words);
 }
 
-/// Names the option or the command among words that nothing takes. Other words may be passwords.
-std::string DescribeExtras(const CLI::App& in_root, const std::string& in_first) {
-    const std::vector<std::string> extras = in_root.remaining(true);
-    const std::string group = OpenGroup(in_root);
-    const bool isCommand =
-        !group.empty() || (in_root.get_subcommands().empty() && extras.front() == in_first);
-    if (isCommand && !extras.front().starts_with('-')) {
-        return "There is no command \"" + group + (group.empty() ? "" : " ") + extras.front() +
-               "\"." + Suggest(extras.front(), CommandNames(group));
+/// Parses the options of one command with the C library's parser.
+class Parser {
+public:
+    Parser(const CommandInfo& in_command, Words in_words)
+        : m_command(in_command),
+          m_options(GetOptionsOf(in_command.m_id)),
+          m_words(std::move(in_words)) {
+        m_line.m_command = in_command.m_id;
+        for (const OptionInfo* option : m_options) {
+            for (std::string& name : SplitNames(*option))
+                m_names.push_back({std::move(name), option});
+        }
+        for (std::size_t i = 0; i < m_names.size(); ++i) {
+            const auto& [name, option] = m_names[i];
+            const bool hasValue = !option->m_argument.empty();
+            if (name.size() == 2) m_short += name.substr(1) + (hasValue ? ":" : "");
+            if (name.size() == 2) continue;
+            m_long.push_back(
+                {name.c_str() + 2, hasValue ? 1 : 0, nullptr, FIRST + static_cast<int>(i)});
+        }
+        m_long.push_back({"help", 0, nullptr, 'h'});
+        m_long.push_back({});
     }
-    std::vector<std::string_view> names;
-    for (const OptionInfo& option : GetOptions()) names.push_back(GetLongName(option));
-    for (const std::string& word : extras) {
-        if (word.size() < 2 || word.front() != '-') continue;
-        const std::string name = word.substr(0, word.find('='));
-        return "There is no option " + name + " here." + Suggest(name, names);
-    }
-    return "There is an argument too many.";
-}
 
-std::string DescribeMissing(const CommandInfo& in_command) {
-    return std::string(in_command.m_arguments == "FILE" ? "The file" : "The name of the DSN") +
-           " is missing. Usage: " + MakeUsage(in_command) + ".";
-}
-
-void CheckCounts(const Parsed& in_parsed) {
-    const std::string_view shape = in_parsed.m_info->m_arguments;
-    const std::size_t count = in_parsed.m_arguments.size();
-    const bool areMany = shape.find("...") != std::string_view::npos;
-    if (count == 0 && !shape.empty() && shape.front() != '[') {
-        Refuse(DescribeMissing(*in_parsed.m_info));
-    }
-    if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There is an argument too many.");
-    for (const Parsed::Option& option : in_parsed.m_options) {
-        const std::string name(GetLongName(*option.m_info));
-        if (option.m_info->m_argument.empty()) {
-            for (const std::string& result : option.m_option->results()) {
-                if (result != "true") Refuse(name + " takes no value.");
+    CommandLine Run() {
+        std::string program = "veltrane-dsn";
+        std::vector<char*> words{program.data()};
+        for (std::string& word : m_words) words.push_back(word.data());
+        const int count = static_cast<int>(words.size());
+        words.push_back(nullptr);
+        opterr = 0;
+        optind = 0;  // begins anew
+        for (int found = 0; (found = getopt_long(count, words.data(), m_short.c_str(),
+                                                 m_long.data(), nullptr)) != -1;) {
+            if (found == 'h') throw HelpRequest{MakeHelp(m_command)};
+            if (found == IN_ORDER) {
+                m_line.m_arguments.emplace_back(optarg);
+            } else {
+                Take(found, words[static_cast<std::size_t>(optind) - 1]);
             }
-        } else if (option.m_option->count() > 1 && !option.m_info->m_isRepeatable) {
+        }
+        m_line.m_arguments.insert(m_line.m_arguments.end(), words.begin() + optind,
+                                  words.end() - 1);
+        CheckCounts();
+        return std::move(m_line);
+    }
+
+private:
+    static constexpr int IN_ORDER = 1;  ///< stands for a word that is no option
+    static constexpr int FIRST = 1000;  ///< stands for the first long name
+
+    /// The option of a number or a letter; null when there is none.
+    const OptionInfo* Find(int in_found) const {
+        if (in_found >= FIRST) return m_names[static_cast<std::size_t>(in_found - FIRST)].second;
+        for (const auto& [name, option] : m_names) {
+            if (name.size() == 2 && name[1] == in_found) return option;
+        }
+        return nullptr;
+    }
+
+    /// @param in_found  what the parser returned
+    /// @param in_word  the last word that it has taken
+    void Take(int in_found, const char* in_word) {
+        const bool isRefused = in_found == '?' || in_found == ':';
+        const OptionInfo* const option = Find(isRefused ? optopt : in_found);
+        if (option == nullptr) {
+            std::vector<std::string_view> known;
+            for (const OptionInfo& info : GetOptions()) known.push_back(GetLongName(info));
+            // A letter may stand among others; the word is then another one.
+            const std::string word =
+                optopt == 0 ? in_word : std::string("-") + static_cast<char>(optopt);
+            RefuseUnknown("option ", word.substr(0, word.find('=')), known);
+        }
+        const std::string name(GetLongName(*option));
+        if (in_found == '?') Refuse(name + " takes no value.");
+        const bool hasValue = !option->m_argument.empty();
+        // An option is no value, unless it is joined to its own one by "=".
+        const bool isOption = hasValue && !isRefused && optarg == in_word && optarg[0] == '-' &&
+                              optarg[1] == '-' && optarg[2] != '\0';
+        if (in_found == ':' || isOption) {
+            Refuse(name + " needs a value: " + MakeOptionTitle(*option) + ".");
+        }
+        std::vector<std::string>& values = m_line.m_options[option->m_id];
+        if (hasValue && !values.empty() && !option->m_isRepeatable)
             Refuse(name + " is given twice.");
+        if (hasValue) values.emplace_back(optarg);
+    }
+
+    void CheckCounts() const {
+        const std::string_view shape = m_command.m_arguments;
+        const std::size_t count = m_line.m_arguments.size();
+        if (count == 0 && !shape.empty() && shape.front() != '[') {
+            Refuse(std::string(shape == "FILE" ? "The file" : "The name of the DSN") +
+                   " is missing. Usage: " + MakeUsage(m_command) + ".");
+        }
+        const bool areMany = shape.find("...") != std::string_view::npos;
+        if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There is an argument too many.");
+        if (m_line.Has(OptionId::User) && m_line.Has(OptionId::System)) {
+            Refuse("--user and --system exclude each other.");
         }
     }
-}
 
-CommandLine MakeResult(const Parsed& in_parsed) {
-    CommandLine line;
-    line.m_command = in_parsed.m_info->m_id;
-    line.m_arguments = in_parsed.m_arguments;
-    for (const Parsed::Option& option : in_parsed.m_options) {
-        if (option.m_option->count() == 0) continue;
-        line.m_options[option.m_info->m_id] = option.m_values;
-    }
-    if (line.Has(OptionId::User) && line.Has(OptionId::System)) {
-        Refuse("--user and --system exclude each other.");
-    }
-    return line;
-}
-
-/// What the root parser stands for when no command ran.
-void RunRoot(CLI::App& io_root, bool& io_isHelp, bool& io_isVersion) {
-    io_root.set_help_flag();
-    // Otherwise a DSN that is named as a command is taken for it.
-    io_root.require_subcommand(0, 1);
-    io_root.add_flag("-h,--help", io_isHelp);
-    io_root.add_flag("--version", io_isVersion);
-}
-
-std::string DescribeParseError(const CLI::ParseError& in_error, const CLI::App& in_root,
-                               const std::string& in_first) {
-    if (dynamic_cast<const CLI::ExtrasError*>(&in_error) != nullptr) {
-        return DescribeExtras(in_root, in_first);
-    }
-    // The other errors name options only: nothing here is converted or validated.
-    const std::string text = in_error.what();
-    for (const OptionInfo& option : GetOptions()) {
-        if (option.m_argument.empty() || !text.starts_with(std::string(GetLongName(option)) + ":"))
-            continue;
-        return std::string(GetLongName(option)) + " needs a value: " + MakeOptionTitle(option) +
-               ".";
-    }
-    return text;
-}
+    const CommandInfo& m_command;
+    std::vector<const OptionInfo*> m_options;
+    Words m_words;
+    std::vector<std::pair<std::string, const OptionInfo*>> m_names;
+    std::string m_short = "-:h";  ///< words in their order; a missing value is told apart
+    std::vector<option> m_long;
+    CommandLine m_line;
+};
 
 }  // namespace
 
@@ -221,33 +190,8 @@ std::vector<std::string> CommandLine::GetAll(OptionId in_id) const {
 }
 
 CommandLine ParseCommandLine(std::vector<std::string> in_arguments) {
-    CLI::App root;
-    bool isHelp = false;
-    bool isVersion = false;
-    RunRoot(root, isHelp, isVersion);
-    std::deque<Parsed> commands;
-    for (const CommandInfo& info : GetCommands()) {
-        AddCommand(root, info, commands.emplace_back());
-    }
-    const std::string first = in_arguments.empty() ? std::string() : in_arguments.front();
-    const std::vector<std::string> behind = SplitAtMark(in_arguments);
-    std::vector<std::string> arguments = SeparateEmptyValues(in_arguments);
-    std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
-    try {
-        root.parse(std::move(arguments));
-    } catch (const CLI::ParseError& error) {
-        Refuse(DescribeParseError(error, root, first) + " Try veltrane-dsn --help.");
-    }
-    if (isVersion) throw HelpRequest{MakeVersionText()};
-    for (Parsed& parsed : commands) {
-        if (!parsed.m_app->parsed()) continue;
-        parsed.m_arguments.insert(parsed.m_arguments.end(), behind.begin(), behind.end());
-        if (parsed.m_isHelp) throw HelpRequest{MakeHelp(*parsed.m_info)};
-        CheckCounts(parsed);
-        return MakeResult(parsed);
-    }
-    if (isHelp) throw HelpRequest{MakeOverview()};
-    Refuse(DescribeNoCommand(OpenGroup(root)) + " Try veltrane-dsn --help.");
+    const CommandInfo& command = TakeCommand(in_arguments);
+    return Parser(command, std::move(in_arguments)).Run();
 }
 
 }  // namespace Veltrane::Cli

@@ -224,6 +224,13 @@ std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id) {
     return options;
 }
 
+std::vector<std::string> SplitNames(const OptionInfo& in_option) {
+    const std::string names(in_option.m_names);
+    const std::size_t comma = names.find(',');
+    if (comma == std::string::npos) return {names};
+    return {names.substr(0, comma), names.substr(comma + 1)};
+}
+
 std::string_view GetLongName(const OptionInfo& in_option) {
     const std::string_view names = in_option.m_names;
     const std::size_t begin = names.find("--");

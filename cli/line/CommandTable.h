@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -94,6 +95,8 @@ std::span<const OptionInfo> GetOptions();
 const CommandInfo& GetCommand(CommandId in_id);
 /// The options of a command, those to be refused included.
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id);
+/// "-p" and "--property" of "-p,--property"
+std::vector<std::string> SplitNames(const OptionInfo& in_option);
 /// "--property" of "-p,--property"
 std::string_view GetLongName(const OptionInfo& in_option);
 

@@ -64,15 +64,18 @@ TEST(CommandLine, SaysWhatIsMissingOrUnknownAndWhatIsMeant) {
         const char* m_text;
     } cases[] = {
         {{}, "A command is missing. Try"},
-        {{"lst", "--json"}, "There is no command \"lst\". Did you mean list?"},
-        {{"frobnicate"}, "There is no command \"frobnicate\". Try"},
-        {{"driver"}, "A command is missing after \"driver\": register, unregister, list. Try"},
-        {{"driver", "remove"}, "There is no command \"driver remove\". Try"},
+        {{"lst", "--json"}, "There is no command lst. Did you mean list?"},
+        {{"frobnicate"}, "There is no command frobnicate. Try"},
+        {{"driver"}, "A command is missing after driver: register, unregister, list. Try"},
+        {{"driver", "remove"}, "There is no command driver remove. Try"},
         {{"set"}, "The name of the DSN is missing. Usage: veltrane-dsn set NAME [OPTION...]."},
         {{"apply"}, "The file is missing. Usage: veltrane-dsn apply FILE [OPTION...]."},
         {{"add", "a", "--uid"}, "--uid needs a value: --uid NAME."},
+        {{"add", "a", "--uid", "--json"}, "--uid needs a value"},
+        {{"list", "--json=1"}, "--json takes no value."},
+        {{"add", "a", "-xq"}, "There is no option -x. Try"},
         {{"add", "a", "-p"}, "--property needs a value: -p, --property KEY=VALUE."},
-        {{"add", "a", "--sever=x"}, "There is no option --sever here. Did you mean --server?"},
+        {{"add", "a", "--sever=x"}, "There is no option --sever. Did you mean --server?"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.m_words));
