@@ -4,22 +4,22 @@
 #include <numeric>
 #include <vector>
 
+#include "PlatformAbstraction/base/Ascii.h"
+
 namespace Veltrane::Cli {
 
 namespace {
 
-char Fold(char in_char) {
-    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
-}
-
 /// How many letters have to be added, removed or replaced.
 std::size_t Distance(std::string_view in_left, std::string_view in_right) {
+    using Orska::Support::ToLowerAscii;
     std::vector<std::size_t> row(in_right.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (const char left : in_left) {
         std::size_t diagonal = row[0]++;
         for (std::size_t i = 1; i < row.size(); ++i) {
-            const std::size_t replaced = diagonal + (Fold(left) == Fold(in_right[i - 1]) ? 0 : 1);
+            const std::size_t replaced =
+                diagonal + (ToLowerAscii(left) == ToLowerAscii(in_right[i - 1]) ? 0 : 1);
             diagonal = row[i];
             row[i] = std::min({replaced, row[i] + 1, row[i - 1] + 1});
         }
