@@ -38,26 +38,35 @@ constexpr long long EMPTY_WRITER_PAUSE = 30'000'000;
 /// The same where it is not known whether a program has it open.
 constexpr long long REST = 50'000;
 
+/// Longer than the clock of a local file system stands still, in microseconds.
+constexpr long long TICK = 20'000;
+
 bool IsSameFile(const struct stat& in_left, const struct stat& in_right) {
     return in_left.st_dev == in_right.st_dev && in_left.st_ino == in_right.st_ino;
+}
+
+bool IsSameTime(const timespec& in_left, const timespec& in_right) {
+    return in_left.tv_sec == in_right.tv_sec && in_left.tv_nsec == in_right.tv_nsec;
 }
 
 /// The same file, not written to between.
 bool IsSameVersion(const struct stat& in_left, const struct stat& in_right) {
     return IsSameFile(in_left, in_right) && in_left.st_size == in_right.st_size &&
-           in_left.st_mtim.tv_sec == in_right.st_mtim.tv_sec &&
-           in_left.st_mtim.tv_nsec == in_right.st_mtim.tv_nsec;
+           IsSameTime(in_left.st_mtim, in_right.st_mtim);
+}
+
+/// How long ago the file was written to, in microseconds.
+long long GetAge(const struct stat& in_stat) {
+    return SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
+           in_stat.st_mtim.tv_nsec / 1000;
 }
 
 /// True when one of these may be in the middle of writing the file in place. That sets both times;
 /// a file that was renamed after it was written, as ours are, has a later one of its attributes. (A
 /// child that was forked while it was written may still hold it.)
 bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
-    const bool isAsWritten = in_stat.st_ctim.tv_sec == in_stat.st_mtim.tv_sec &&
-                             in_stat.st_ctim.tv_nsec == in_stat.st_mtim.tv_nsec;
-    if (in_writers == Writers::NONE || !isAsWritten) return false;
-    const long long age = SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
-                          in_stat.st_mtim.tv_nsec / 1000;
+    if (in_writers == Writers::NONE || !IsSameTime(in_stat.st_mtim, in_stat.st_ctim)) return false;
+    const long long age = GetAge(in_stat);
     if (in_writers == Writers::SOME) {
         return age < (in_stat.st_size == 0 ? EMPTY_WRITER_PAUSE : WRITER_PAUSE);
     }
@@ -200,7 +209,11 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& out_stat, std::string& 
         if (!ReadAll(in_handle, out_stat, out_bytes)) return false;
         m_writers = SystemCalls::FindWriters(in_handle);
         if (SystemCalls::StatHandle(in_handle, after) != 0) return FailToRead();
-        if (IsSameVersion(out_stat, after) && !IsBeingWritten(m_writers, after)) return true;
+        if (IsSameVersion(out_stat, after) && !IsBeingWritten(m_writers, after)) {
+            m_isTimeTelling =
+                m_writers == Writers::NONE && after.st_mtim.tv_nsec != 0 && GetAge(after) > TICK;
+            return true;
+        }
         if (SystemCalls::GetMonotonicTime() > deadline) {
             return Fail("another program does not end writing to it", ETIMEDOUT);
         }
@@ -240,7 +253,8 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
             return !m_failure.IsSet() && Fail("locked by another program", ETIMEDOUT);
         if (IsStale()) Pause();
     }
-    m_bytes = out_bytes;
+    m_isEmpty = out_bytes.empty();
+    if (!m_isTimeTelling) m_bytes = out_bytes;
     FindLeft(true);
     return true;
 }
@@ -357,7 +371,10 @@ bool OdbcIniFile::Replace(std::string_view in_bytes) {
 bool OdbcIniFile::IsOutdated() {
     struct stat inPlace {};
     const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0;
-    return m_isNew ? isThere : !isThere || !IsSameVersion(m_stat, inPlace);
+    // The other time too: what is kept of the file may have changed.
+    return m_isNew ? isThere
+                   : !isThere || !IsSameVersion(m_stat, inPlace) ||
+                         !IsSameTime(m_stat.st_ctim, inPlace.st_ctim);
 }
 
 /// The name is one that nobody can guess and that FindLeft knows.
@@ -419,7 +436,7 @@ bool OdbcIniFile::CopyAttributes(int in_handle) {
     if (!CopyAccessList(in_handle)) return false;
     // Without set-user-id and the like, which writing to a file takes away as well.
     mode_t mode = old.st_mode & 0777;
-    if (m_bytes.empty()) mode &= m_newFileMode;
+    if (m_isEmpty) mode &= m_newFileMode;
     if (SystemCalls::ChangeMode(in_handle, mode) != 0) return Fail("cannot keep the mode", errno);
     return CopyExtendedAttributes(in_handle);
 }
@@ -492,10 +509,10 @@ bool OdbcIniFile::FailToReplace() {
     return Fail(errno == EBUSY ? MOUNTED : "cannot replace", errno);
 }
 
-/// True when the name leads to the file and to the bytes that were read. Number, size and time
-/// alone do not tell: within one tick of the file system's clock, which for some is a second, as
-/// many bytes can be written again, and a network file system keeps all three for seconds, except
-/// for who opens the file anew.
+/// True when the name leads to the file and to the bytes that were read. The bytes are looked at
+/// where number, size and time alone do not tell: within one tick of the file system's clock, which
+/// for some is a second, as many bytes can be written again, and a network file system keeps all
+/// three for seconds, except for who opens the file anew.
 bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     const PrivateHandle file(SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
                                                  O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
@@ -505,8 +522,9 @@ bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     if (m_writers == Writers::NONE && SystemCalls::FindWriters(file.Get()) == Writers::SOME) {
         return false;
     }
+    if (m_isTimeTelling || !IsSameVersion(m_stat, now)) return IsSameVersion(m_stat, now);
     char buffer[16384];
-    for (std::size_t size = 0; IsSameVersion(m_stat, now);) {
+    for (std::size_t size = 0;;) {
         const ssize_t count =
             SystemCalls::Read(file.Get(), buffer, sizeof buffer, static_cast<off_t>(size));
         if (count < 0 && errno == EINTR) continue;
@@ -515,7 +533,6 @@ bool OdbcIniFile::IsAsRead(const std::string& in_name) {
         if (std::string_view(m_bytes).substr(size, part.size()) != part) return false;
         size += part.size();
     }
-    return false;
 }
 
 /// Undoes the exchange, because a program without the lock has written to the old file, or replaced

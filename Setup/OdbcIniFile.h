@@ -129,6 +129,8 @@ private:
     std::string m_bytes;               ///< the file as it was read
     SystemCalls::Writers m_writers{};  ///< that had the file open then
     mode_t m_newFileMode = 0;
+    bool m_isEmpty = false;
+    bool m_isTimeTelling = false;  ///< nobody can write to it again without changing its time
     bool m_isNew = false;
 };
 
