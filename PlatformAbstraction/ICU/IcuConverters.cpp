@@ -55,21 +55,26 @@ icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceS
     return converter;
 }
 
-void ResetConverter(UConverter& io_converter) noexcept {
+void ForgetSubstitute(UConverter& io_converter) noexcept {
     UConverterFromUCallback callback = nullptr;
     const void* context = nullptr;
     ucnv_getFromUCallBack(&io_converter, &callback, &context);
-    if (context == &HAS_CHOSEN) {
-        // A code point that gets a substitute uses the choice up.
-        constexpr UChar LONE_SURROGATE[] = {0xD800};
-        const UChar* source = LONE_SURROGATE;
-        char scratch[ICU_MOST_END_BYTES];
-        char* position = scratch;
-        UErrorCode status = U_ZERO_ERROR;
-        ucnv_fromUnicode(&io_converter, &position, scratch + sizeof(scratch), &source,
-                         LONE_SURROGATE + 1, nullptr, true, &status);
-        SetSubstitution(io_converter, nullptr);
+    if (context != &HAS_CHOSEN) {
+        return;
     }
+    // A code point that gets a substitute uses the choice up.
+    constexpr UChar LONE_SURROGATE[] = {0xD800};
+    const UChar* source = LONE_SURROGATE;
+    char scratch[ICU_MOST_END_BYTES];
+    char* position = scratch;
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_fromUnicode(&io_converter, &position, scratch + sizeof(scratch), &source,
+                     LONE_SURROGATE + 1, nullptr, true, &status);
+    SetSubstitution(io_converter, nullptr);
+}
+
+void ResetConverter(UConverter& io_converter) noexcept {
+    ForgetSubstitute(io_converter);
     ucnv_reset(&io_converter);
 }
 

@@ -19,8 +19,11 @@ constexpr std::uint64_t ICU_MOST_BYTES_PER_CALL = std::uint64_t{1} << 30;
 /// @throws ErrorException "ICUCreateUConverterErr" with the encoding's ICU name
 icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceSite& in_site);
 
-/// Puts a converter into the state of a new one. ucnv_reset alone keeps what ICU knows of the last
-/// code point that the encoding lacked.
+/// Makes a converter of OpenConverter that has ended a text as good as new: ICU keeps which
+/// substitute it has chosen for a code point, even behind ucnv_reset, until it writes the next one.
+void ForgetSubstitute(UConverter& io_converter) noexcept;
+
+/// The same for a converter in any state.
 void ResetConverter(UConverter& io_converter) noexcept;
 
 /// True for the encodings with shift states, which must be ended by EndText: ISO-2022 and HZ.

@@ -106,17 +106,12 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
         return 0;
     }
     const std::u16string_view text = in_string.GetView();
-    const std::int64_t room = std::min(capacity - m_codeUnitWidth, GetMostBytes(text));
+    const std::int64_t room = GetUsableCapacity(text, capacity - m_codeUnitWidth);
     std::int64_t bytes = EncodeShortText(text, m_shortEncoder, buffer, room);
     if (bytes >= 0) {
         out_truncated = false;
     } else {
-        EncodedText encoded;
-        if (!EncodeDirectly(text, buffer, room, m_encoding, encoded)) {
-            encoded = EncodeWithConverter(text, buffer, room);
-        }
-        bytes = encoded.m_bytes;
-        out_truncated = encoded.m_isTruncated;
+        bytes = Encode(text, buffer, room, out_truncated);
     }
     WriteNul(buffer + bytes, m_codeUnitWidth);
     return CountUnits(bytes, width);
@@ -126,15 +121,19 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
 // the way back to the initial state, instead of going on unit by unit from where ICU stopped: the
 // table's most bytes of a code point count no shift sequences, so the last whole code point could
 // not be told from there.
-EncodedText ODBCStringConverter::EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
-                                                     std::int64_t in_capacity) {
-    const std::lock_guard<std::mutex> lock(m_lock);
+std::int64_t ODBCStringConverter::Encode(std::u16string_view in_text, char* out_buffer,
+                                         std::int64_t in_capacity, bool& out_truncated) {
+    EncodedText encoded;
     int attempts = 0;
     UErrorCode status = U_ZERO_ERROR;
-    const EncodedText encoded =
-        EncodeThroughIcu(*m_converter, in_text, out_buffer, in_capacity, attempts, status);
+    if (!EncodeDirectly(in_text, out_buffer, in_capacity, m_encoding, encoded)) {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        encoded =
+            EncodeThroughIcu(*m_converter, in_text, out_buffer, in_capacity, attempts, status);
+    }
     if (U_SUCCESS(status)) {
-        return encoded;
+        out_truncated = encoded.m_isTruncated;
+        return encoded.m_bytes;
     }
     // The first conversion after the one of the whole text has a key of its own.
     if (attempts == 2) {

@@ -26,7 +26,6 @@
 namespace Orska::Support {
 
 class WideStringConverter;
-struct EncodedText;
 
 class ODBCStringConverter {
 public:
@@ -98,8 +97,8 @@ public:
     EncodingType GetDriverManagerEncoding() const noexcept { return m_encoding; }
 
 private:
-    EncodedText EncodeWithConverter(std::u16string_view in_text, char* out_buffer,
-                                    std::int64_t in_capacity);
+    std::int64_t Encode(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
+                        bool& out_truncated);
 
     WideStringConverter& m_stringConverter;
     const EncodingType m_encoding;

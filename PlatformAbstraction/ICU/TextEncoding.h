@@ -9,6 +9,7 @@
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -24,10 +25,14 @@ struct EncodedText {
     bool m_isTruncated = false;
 };
 
-/// More bytes than a text takes in any encoding. Buffers may be longer than memory is, so where
-/// they end cannot always be computed; with this their length is cut first.
-constexpr std::int64_t GetMostBytes(std::u16string_view in_text) noexcept {
-    return 16 * (static_cast<std::int64_t>(in_text.size()) + 1);
+/// How much of a buffer a text can use. A capacity may be larger than memory is, so that the end of
+/// the buffer cannot be computed.
+inline std::int64_t GetUsableCapacity(std::u16string_view in_text,
+                                      std::int64_t in_capacity) noexcept {
+    if (in_capacity > INT32_MAX) [[unlikely]] {
+        return std::min(in_capacity, 16 * (static_cast<std::int64_t>(in_text.size()) + 1));
+    }
+    return in_capacity;
 }
 
 /// Writes a text with a byte for each unit; false, with nothing written, when it is not all ASCII.

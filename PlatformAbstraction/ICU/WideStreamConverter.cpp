@@ -313,7 +313,7 @@ void WideStreamConverter::HoldEndOfText() {
 }
 
 void WideStreamConverter::FinishText() noexcept {
-    ResetConverter(*m_targetConverter);
+    ForgetSubstitute(*m_targetConverter);
     m_isIcuWriting = false;
     m_isFinished = true;
 }

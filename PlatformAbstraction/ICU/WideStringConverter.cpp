@@ -182,7 +182,7 @@ std::int64_t WideStringConverter::ConvertFromWString(const orska_wstring& in_str
         ThrowConversionError(FUNCTION);
     }
     const std::u16string_view text = in_string.GetView();
-    const std::int64_t capacity = std::min(in_bufferLength, GetMostBytes(text));
+    const std::int64_t capacity = GetUsableCapacity(text, in_bufferLength);
     const std::int64_t bytes =
         EncodeShortText(text, GetShortEncoder(in_encoding), out_buffer, capacity);
     if (bytes >= 0) {

@@ -8,6 +8,7 @@
 #define PLATFORMABSTRACTION_ICU_SICONV_SCALAR_READERS_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 #include "PlatformAbstraction/ICU/Siconv/scalar/Cp1252.h"
@@ -79,9 +80,9 @@ struct Utf16Reader {
 
 private:
     static char32_t GetUnit(const unsigned char* in_at) {
-        const char32_t first = in_at[0];
-        const char32_t second = in_at[1];
-        return IS_BIG ? (first << 8 | second) : (first | second << 8);
+        std::uint16_t unit = 0;
+        std::memcpy(&unit, in_at, sizeof(unit));
+        return IS_BIG ? __builtin_bswap16(unit) : unit;
     }
 };
 
@@ -92,9 +93,9 @@ struct Utf32Reader {
         if (in_available < 4) {
             return TRANSCODER_INCOMPLETE;
         }
-        const char32_t low = in_at[IS_BIG ? 3 : 0] | in_at[IS_BIG ? 2 : 1] << 8;
-        const char32_t high = in_at[IS_BIG ? 1 : 2] | in_at[IS_BIG ? 0 : 3] << 8;
-        const char32_t unit = low | high << 16;
+        char32_t unit = 0;
+        std::memcpy(&unit, in_at, sizeof(unit));
+        unit = IS_BIG ? __builtin_bswap32(unit) : unit;
         if (unit > 0x10FFFF || (unit & 0xFFFFF800) == 0xD800) {
             return TRANSCODER_INVALID;
         }

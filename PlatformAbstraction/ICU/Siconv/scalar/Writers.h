@@ -7,6 +7,7 @@
 #define PLATFORMABSTRACTION_ICU_SICONV_SCALAR_WRITERS_H
 
 #include <cstdint>
+#include <cstring>
 
 namespace Orska::Support::Siconv {
 
@@ -60,10 +61,9 @@ struct Utf16Writer {
 
 private:
     static void PutUnit(char32_t in_unit, unsigned char* out_at) {
-        const auto low = static_cast<unsigned char>(in_unit);
-        const auto high = static_cast<unsigned char>(in_unit >> 8);
-        out_at[0] = IS_BIG ? high : low;
-        out_at[1] = IS_BIG ? low : high;
+        auto unit = static_cast<std::uint16_t>(in_unit);
+        unit = IS_BIG ? __builtin_bswap16(unit) : unit;
+        std::memcpy(out_at, &unit, sizeof(unit));
     }
 };
 
@@ -72,10 +72,8 @@ struct Utf32Writer {
     static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
                                std::uint64_t in_room) {
         if (in_room < 4) return 0;
-        for (int i = 0; i < 4; ++i) {
-            const int shift = IS_BIG ? 8 * (3 - i) : 8 * i;
-            out_at[i] = static_cast<unsigned char>(in_codePoint >> shift);
-        }
+        const char32_t unit = IS_BIG ? __builtin_bswap32(in_codePoint) : in_codePoint;
+        std::memcpy(out_at, &unit, sizeof(unit));
         return 4;
     }
 };
