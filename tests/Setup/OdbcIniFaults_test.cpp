@@ -490,18 +490,24 @@ TEST(OdbcIniFaults, AProgramInTheMiddleOfWritingIsWaitedFor) {
     IniScratch::Write(scratch.UserFile(), OLD);
     const std::size_t calls = CountCalls(scratch);
     for (std::size_t begin = 0; begin <= calls; ++begin) {
-        for (const std::size_t duration : {std::size_t{1}, std::size_t{7}, std::size_t{60}}) {
-            SCOPED_TRACE("call " + std::to_string(begin) + ", for " + std::to_string(duration));
+        // Without leases it is the time of the last write that tells.
+        for (const auto& [duration, hasLeases] :
+             std::initializer_list<std::pair<std::size_t, bool>>{
+                 {1, true}, {7, true}, {60, true}, {1, false}, {7, false}, {60, false}}) {
+            SCOPED_TRACE("call " + std::to_string(begin) + ", for " + std::to_string(duration) +
+                         (hasLeases ? "" : ", without leases"));
             IniScratch::Write(scratch.UserFile(), OLD);
             int writer = -1;
             s_systemCalls = {};
-            const auto write = [&](const std::string&, std::size_t in_call) {
+            const auto write = [&, end = begin + duration, error = hasLeases ? 0 : EINVAL](
+                                   const std::string& in_name, std::size_t in_call) {
                 if (in_call == begin)
                     writer = ::open(scratch.UserFile().c_str(), O_WRONLY | O_TRUNC);
-                if (in_call != begin + duration || writer < 0) return 0;
-                EXPECT_GT(::write(writer, OTHER, sizeof OTHER - 1), 0);
-                ::close(std::exchange(writer, -1));
-                return 0;
+                if (in_call == end && writer >= 0) {
+                    EXPECT_GT(::write(writer, OTHER, sizeof OTHER - 1), 0);
+                    ::close(std::exchange(writer, -1));
+                }
+                return in_name == "lease" ? error : 0;
             };
             s_systemCalls.m_before = write;
             EXPECT_TRUE(Change(scratch));
