@@ -28,23 +28,15 @@ constexpr char SOURCE[] = "Setup\\ConfigDSNInternal";
 constexpr int DIALOG_OK = 1;
 
 void FillEditor(const VeltraneDSNConfiguration& in_record, VeltraneDSNDialog& io_editor) {
-    io_editor.SetDSN(ToEditorString(in_record.GetDsn()));
-    io_editor.SetServer(ToEditorString(in_record.GetServer()));
-    io_editor.SetCognosNamespace(ToEditorString(in_record.GetCognosNamespace()));
-    io_editor.SetMicroStrategyLoginMode(ToEditorString(in_record.GetMicroStrategyLoginMode()));
-    io_editor.SetUid(ToEditorString(in_record.GetUid()));
-    io_editor.SetPwd(ToEditorString(in_record.GetPwd()));
-    io_editor.SetDatabase(ToEditorString(in_record.GetDatabase()));
+    for (const DialogField& field : DIALOG_FIELDS) {
+        io_editor.Set(field, ToEditorString(in_record.Get(field)));
+    }
 }
 
 void ReadEditor(const VeltraneDSNDialog& in_editor, VeltraneDSNConfiguration& io_record) {
-    io_record.SetDsn(FromEditorString(in_editor.GetDSN()));
-    io_record.SetServer(FromEditorString(in_editor.GetServer()));
-    io_record.SetCognosNamespace(FromEditorString(in_editor.GetCognosNamespace()));
-    io_record.SetMicroStrategyLoginMode(FromEditorString(in_editor.GetMicroStrategyLoginMode()));
-    io_record.SetUid(FromEditorString(in_editor.GetUid()));
-    io_record.SetPwd(FromEditorString(in_editor.GetPwd()));
-    io_record.SetDatabase(FromEditorString(in_editor.GetDatabase()));
+    for (const DialogField& field : DIALOG_FIELDS) {
+        io_record.Set(field, FromEditorString(in_editor.Get(field)));
+    }
 }
 
 int RemoveDSN(VeltraneDSNConfiguration& io_record, const orska_wstring& in_attributes) {

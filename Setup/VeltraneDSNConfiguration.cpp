@@ -1,5 +1,6 @@
 #include "Setup/VeltraneDSNConfiguration.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -15,20 +16,31 @@ using Orska::Support::orska_wstring;
 using Orska::Support::TraceSite;
 
 const orska_wstring DSN_CONFIG_KEY_ODBC_INI(L"odbc.ini");
-const orska_wstring DSN_CONFIG_KEY_DSN(L"DSN");
 const orska_wstring DSN_CONFIG_KEY_DRIVER(L"Driver");
-const orska_wstring SERVER(L"Server");
-const orska_wstring COGNOS_NAMESPACE(L"Namespace");
-const orska_wstring MICROSTRATEGY_LOGINMODE(L"LoginMode");
-const orska_wstring UID(L"UID");
-const orska_wstring PWD(L"PWD");
-const orska_wstring DATABASE(L"Database");
+const std::array<orska_wstring, DIALOG_FIELDS.size()> DSN_CONFIG_KEYS = [] {
+    std::array<orska_wstring, DIALOG_FIELDS.size()> keys;
+    std::transform(DIALOG_FIELDS.begin(), DIALOG_FIELDS.end(), keys.begin(),
+                   [](const DialogField& in_field) {
+                       return orska_wstring().SetFromUtf8(std::string(in_field.m_key));
+                   });
+    return keys;
+}();
+const orska_wstring& DSN_CONFIG_KEY_DSN = DSN_CONFIG_KEYS[FieldIndex("DSN")];
+const orska_wstring& SERVER = DSN_CONFIG_KEYS[FieldIndex("Server")];
+const orska_wstring& COGNOS_NAMESPACE = DSN_CONFIG_KEYS[FieldIndex("Namespace")];
+const orska_wstring& MICROSTRATEGY_LOGINMODE = DSN_CONFIG_KEYS[FieldIndex("LoginMode")];
+const orska_wstring& UID = DSN_CONFIG_KEYS[FieldIndex("UID")];
+const orska_wstring& PWD = DSN_CONFIG_KEYS[FieldIndex("PWD")];
+const orska_wstring& DATABASE = DSN_CONFIG_KEYS[FieldIndex("Database")];
 
 namespace {
 
 /// Buffer sizes of the profile reads, in characters with the terminator.
 constexpr int VALUE_BUFFER_SIZE = 260;
 constexpr int DRIVER_BUFFER_SIZE = 32;
+
+/// The field that names the section; it is no key in it.
+constexpr std::size_t NAME = FieldIndex("DSN");
 
 constexpr char SOURCE[] = "Setup\\VeltraneDSNConfiguration";
 
@@ -50,15 +62,6 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
     }
     static const std::wstring pairDelimiter(1, L'\0');
     static const std::wstring entryDelimiter(L"=");
-    const std::pair<const orska_wstring*, orska_wstring*> fields[] = {
-        {&DSN_CONFIG_KEY_DSN, &m_dsn},
-        {&SERVER, &m_server},
-        {&COGNOS_NAMESPACE, &m_cognosNamespace},
-        {&MICROSTRATEGY_LOGINMODE, &m_microStrategyLoginMode},
-        {&UID, &m_uid},
-        {&PWD, &m_pwd},
-        {&DATABASE, &m_database},
-    };
     const std::wstring text = in_attributeString.GetAsPlatformWString();
     const std::wstring_view view(text);
     std::size_t start = 0;
@@ -73,12 +76,11 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
         const std::size_t equals = entry.find(entryDelimiter);
         if (equals != std::wstring_view::npos) {
             const orska_wstring key(entry.data(), equals);
-            for (const auto& [name, field] : fields) {
-                if (key == *name) {
-                    const std::wstring_view value = entry.substr(equals + 1);
-                    *field = orska_wstring(value.data(), value.size());
-                    break;
-                }
+            const auto known = std::find(DSN_CONFIG_KEYS.begin(), DSN_CONFIG_KEYS.end(), key);
+            if (known != DSN_CONFIG_KEYS.end()) {
+                const std::wstring_view value = entry.substr(equals + 1);
+                m_values.at(static_cast<std::size_t>(known - DSN_CONFIG_KEYS.begin())) =
+                    orska_wstring(value.data(), value.size());
             }
         }
         if (end == std::wstring_view::npos) {
@@ -91,29 +93,26 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
 
 void VeltraneDSNConfiguration::Load(const orska_wstring& in_attributeString) {
     ParseDSNAttribute(in_attributeString);
-    TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Load", m_dsn);
-    if (!TracedInstaller::ValidDSN(m_dsn)) {
+    TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Load", GetDsn());
+    if (!TracedInstaller::ValidDSN(GetDsn())) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Load")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_KEYWORD_VALUE));
     }
-    const auto read = [this](const orska_wstring& in_key, orska_wstring& out_field) {
-        TracedInstaller::GetPrivateProfileString(m_dsn, in_key, orska_wstring(L""), out_field,
-                                                 VALUE_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
-    };
-    read(SERVER, m_server);
-    read(COGNOS_NAMESPACE, m_cognosNamespace);
-    read(MICROSTRATEGY_LOGINMODE, m_microStrategyLoginMode);
-    read(UID, m_uid);
-    read(PWD, m_pwd);
-    read(DATABASE, m_database);
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        if (i != NAME) {
+            TracedInstaller::GetPrivateProfileString(GetDsn(), DSN_CONFIG_KEYS[i],
+                                                     orska_wstring(L""), m_values[i],
+                                                     VALUE_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
+        }
+    }
 }
 
 void VeltraneDSNConfiguration::RemoveStoredSection() {
     orska_wstring driver;
     const int count = TracedInstaller::GetPrivateProfileString(
-        m_dsn, DSN_CONFIG_KEY_DRIVER, orska_wstring(L""), driver, DRIVER_BUFFER_SIZE,
+        GetDsn(), DSN_CONFIG_KEY_DRIVER, orska_wstring(L""), driver, DRIVER_BUFFER_SIZE,
         DSN_CONFIG_KEY_ODBC_INI);
-    if (count > 0 && !TracedInstaller::RemoveDSNFromIni(m_dsn)) {
+    if (count > 0 && !TracedInstaller::RemoveDSNFromIni(GetDsn())) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::RemoveStoredSection")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
@@ -121,7 +120,7 @@ void VeltraneDSNConfiguration::RemoveStoredSection() {
 
 void VeltraneDSNConfiguration::WriteKey(const orska_wstring& in_key,
                                         const orska_wstring& in_value) {
-    if (!TracedInstaller::WritePrivateProfileString(m_dsn, in_key, in_value,
+    if (!TracedInstaller::WritePrivateProfileString(GetDsn(), in_key, in_value,
                                                     DSN_CONFIG_KEY_ODBC_INI)) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::WriteKey")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
@@ -136,23 +135,21 @@ struct VeltraneDSNConfiguration::Line {
 
 /// The lines of the section in their order; trims the optional fields.
 std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines() {
-    // A NULL would remove the key, which is there even when it is empty.
-    const auto required = [](const orska_wstring& in_value) {
-        return in_value.IsNull() ? orska_wstring(L"") : in_value;
-    };
-    std::vector<Line> lines = {{DSN_CONFIG_KEY_DRIVER, m_driverDescription},
-                               {SERVER, required(m_server)}};
-    const auto addOptional = [&](const orska_wstring& in_key, orska_wstring& io_value) {
-        const orska_wstring before = io_value;
-        if (io_value.IsNull() || io_value.Trim().GetLength() == 0) return;
+    std::vector<Line> lines = {{DSN_CONFIG_KEY_DRIVER, m_driverDescription}};
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        const orska_wstring& key = DSN_CONFIG_KEYS[i];
+        orska_wstring& value = m_values[i];
+        if (i == NAME) continue;
+        if (DIALOG_FIELDS[i].m_isRequired) {
+            // A NULL would remove the key, which is there even when it is empty.
+            lines.push_back({key, value.IsNull() ? orska_wstring(L"") : value});
+            continue;
+        }
+        const orska_wstring before = value;
+        if (value.IsNull() || value.Trim().GetLength() == 0) continue;
         // What nobody has changed keeps its outer blanks, as it keeps everything else.
-        lines.push_back({in_key, OdbcInstaller::IsAsRead(in_key, before) ? before : io_value});
-    };
-    addOptional(COGNOS_NAMESPACE, m_cognosNamespace);
-    addOptional(MICROSTRATEGY_LOGINMODE, m_microStrategyLoginMode);
-    addOptional(UID, m_uid);
-    addOptional(PWD, m_pwd);
-    lines.push_back({DATABASE, required(m_database)});
+        lines.push_back({key, OdbcInstaller::IsAsRead(key, before) ? before : value});
+    }
     return lines;
 }
 
@@ -160,7 +157,7 @@ std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines(
 /// that its write would give: nothing is lost for it. What fails later, a write itself, is not
 /// rolled back.
 void VeltraneDSNConfiguration::CheckLines(const std::vector<Line>& in_lines) const {
-    if (!TracedInstaller::IsWritableDSN(m_dsn, m_driverDescription)) {
+    if (!TracedInstaller::IsWritableDSN(GetDsn(), m_driverDescription)) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::CheckLines")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
     }
@@ -173,13 +170,13 @@ void VeltraneDSNConfiguration::CheckLines(const std::vector<Line>& in_lines) con
 }
 
 void VeltraneDSNConfiguration::Save() {
-    TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Save", m_dsn);
+    TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Save", GetDsn());
     const std::vector<Line> lines = TakeLines();
     CheckLines(lines);
     // One locked read-modify-write. Its destructor still writes what came before a failure.
     OdbcInstaller::Update update;
     RemoveStoredSection();
-    if (!TracedInstaller::WriteDSNToIni(m_dsn, m_driverDescription)) {
+    if (!TracedInstaller::WriteDSNToIni(GetDsn(), m_driverDescription)) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
     }
@@ -190,41 +187,18 @@ void VeltraneDSNConfiguration::Save() {
     }
 }
 
-void VeltraneDSNConfiguration::SetDsn(const orska_wstring& in_dsn) {
-    if (!TracedInstaller::ValidDSN(in_dsn)) {
-        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::SetDsn")),
+void VeltraneDSNConfiguration::Set(const DialogField& in_field, const orska_wstring& in_value) {
+    const std::size_t index = IndexOf(in_field);
+    const bool isLegal = index == NAME ? TracedInstaller::ValidDSN(in_value)
+                                       : !in_field.m_isRequired || in_value.GetLength() != 0;
+    if (!isLegal) {
+        const std::string function =
+            "Veltrane::ODBC::VeltraneDSNConfiguration::Set" +
+            (index == NAME ? std::string("Dsn") : std::string(in_field.m_key));
+        ORSKA_THROW((Site(function.c_str())),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
     }
-    m_dsn = in_dsn;
+    m_values[index] = in_value;
 }
-
-void VeltraneDSNConfiguration::SetServer(const orska_wstring& in_server) {
-    if (in_server.GetLength() == 0) {
-        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::SetServer")),
-                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
-    }
-    m_server = in_server;
-}
-
-void VeltraneDSNConfiguration::SetDatabase(const orska_wstring& in_database) {
-    if (in_database.GetLength() == 0) {
-        ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::SetDatabase")),
-                    VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
-    }
-    m_database = in_database;
-}
-
-void VeltraneDSNConfiguration::SetCognosNamespace(const orska_wstring& in_cognos_namespace) {
-    m_cognosNamespace = in_cognos_namespace;
-}
-
-void VeltraneDSNConfiguration::SetMicroStrategyLoginMode(
-    const orska_wstring& in_microstrategy_loginmode) {
-    m_microStrategyLoginMode = in_microstrategy_loginmode;
-}
-
-void VeltraneDSNConfiguration::SetUid(const orska_wstring& in_uid) { m_uid = in_uid; }
-
-void VeltraneDSNConfiguration::SetPwd(const orska_wstring& in_pwd) { m_pwd = in_pwd; }
 
 }  // namespace Veltrane::ODBC

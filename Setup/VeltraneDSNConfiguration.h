@@ -4,22 +4,27 @@
 #ifndef SETUP_VELTRANEDSNCONFIGURATION_H
 #define SETUP_VELTRANEDSNCONFIGURATION_H
 
+#include <array>
+#include <cstddef>
 #include <vector>
 
 #include "PlatformAbstraction/strings/orska_wstring.h"
+#include "VeltraneDialog/DialogFields.h"
 
 namespace Veltrane::ODBC {
 
 /// The profile file and the keys of a DSN's section; comparisons with them are exact.
 extern const Orska::Support::orska_wstring DSN_CONFIG_KEY_ODBC_INI;
-extern const Orska::Support::orska_wstring DSN_CONFIG_KEY_DSN;
 extern const Orska::Support::orska_wstring DSN_CONFIG_KEY_DRIVER;
-extern const Orska::Support::orska_wstring SERVER;
-extern const Orska::Support::orska_wstring COGNOS_NAMESPACE;
-extern const Orska::Support::orska_wstring MICROSTRATEGY_LOGINMODE;
-extern const Orska::Support::orska_wstring UID;
-extern const Orska::Support::orska_wstring PWD;
-extern const Orska::Support::orska_wstring DATABASE;
+/// The keys of `DIALOG_FIELDS`, in its order, and some of them by name.
+extern const std::array<Orska::Support::orska_wstring, DIALOG_FIELDS.size()> DSN_CONFIG_KEYS;
+extern const Orska::Support::orska_wstring& DSN_CONFIG_KEY_DSN;
+extern const Orska::Support::orska_wstring& SERVER;
+extern const Orska::Support::orska_wstring& COGNOS_NAMESPACE;
+extern const Orska::Support::orska_wstring& MICROSTRATEGY_LOGINMODE;
+extern const Orska::Support::orska_wstring& UID;
+extern const Orska::Support::orska_wstring& PWD;
+extern const Orska::Support::orska_wstring& DATABASE;
 
 class VeltraneDSNConfiguration {
 public:
@@ -40,29 +45,60 @@ public:
     /// @throws VeltraneDSNSetupException INVALID_NAME or REQUEST_FAILED
     void Save();
 
-    const Orska::Support::orska_wstring& GetDsn() const noexcept { return m_dsn; }
-    const Orska::Support::orska_wstring& GetServer() const noexcept { return m_server; }
+    /// A row of `DIALOG_FIELDS`; the named getters and setters do the same.
+    const Orska::Support::orska_wstring& Get(const DialogField& in_field) const noexcept {
+        return m_values[IndexOf(in_field)];
+    }
+    /// Leaves the field unchanged when it throws.
+    /// @throws VeltraneDSNSetupException REQUEST_FAILED when the installer refuses the name, or
+    /// when
+    ///         another required field is empty
+    void Set(const DialogField& in_field, const Orska::Support::orska_wstring& in_value);
+
+    const Orska::Support::orska_wstring& GetDsn() const noexcept {
+        return m_values[FieldIndex("DSN")];
+    }
+    const Orska::Support::orska_wstring& GetServer() const noexcept {
+        return m_values[FieldIndex("Server")];
+    }
     const Orska::Support::orska_wstring& GetCognosNamespace() const noexcept {
-        return m_cognosNamespace;
+        return m_values[FieldIndex("Namespace")];
     }
     const Orska::Support::orska_wstring& GetMicroStrategyLoginMode() const noexcept {
-        return m_microStrategyLoginMode;
+        return m_values[FieldIndex("LoginMode")];
     }
-    const Orska::Support::orska_wstring& GetUid() const noexcept { return m_uid; }
-    const Orska::Support::orska_wstring& GetPwd() const noexcept { return m_pwd; }
-    const Orska::Support::orska_wstring& GetDatabase() const noexcept { return m_database; }
+    const Orska::Support::orska_wstring& GetUid() const noexcept {
+        return m_values[FieldIndex("UID")];
+    }
+    const Orska::Support::orska_wstring& GetPwd() const noexcept {
+        return m_values[FieldIndex("PWD")];
+    }
+    const Orska::Support::orska_wstring& GetDatabase() const noexcept {
+        return m_values[FieldIndex("Database")];
+    }
 
-    /// The setters of the required values leave the field unchanged when they throw.
-    /// @throws VeltraneDSNSetupException REQUEST_FAILED when the installer refuses the name
-    void SetDsn(const Orska::Support::orska_wstring& in_dsn);
-    /// @throws VeltraneDSNSetupException REQUEST_FAILED when empty
-    void SetServer(const Orska::Support::orska_wstring& in_server);
-    /// @throws VeltraneDSNSetupException REQUEST_FAILED when empty
-    void SetDatabase(const Orska::Support::orska_wstring& in_database);
-    void SetCognosNamespace(const Orska::Support::orska_wstring& in_cognos_namespace);
-    void SetMicroStrategyLoginMode(const Orska::Support::orska_wstring& in_microstrategy_loginmode);
-    void SetUid(const Orska::Support::orska_wstring& in_uid);
-    void SetPwd(const Orska::Support::orska_wstring& in_pwd);
+    void SetDsn(const Orska::Support::orska_wstring& in_dsn) {
+        Set(DIALOG_FIELDS[FieldIndex("DSN")], in_dsn);
+    }
+    void SetServer(const Orska::Support::orska_wstring& in_server) {
+        Set(DIALOG_FIELDS[FieldIndex("Server")], in_server);
+    }
+    void SetCognosNamespace(const Orska::Support::orska_wstring& in_cognos_namespace) {
+        Set(DIALOG_FIELDS[FieldIndex("Namespace")], in_cognos_namespace);
+    }
+    void SetMicroStrategyLoginMode(
+        const Orska::Support::orska_wstring& in_microstrategy_loginmode) {
+        Set(DIALOG_FIELDS[FieldIndex("LoginMode")], in_microstrategy_loginmode);
+    }
+    void SetUid(const Orska::Support::orska_wstring& in_uid) {
+        Set(DIALOG_FIELDS[FieldIndex("UID")], in_uid);
+    }
+    void SetPwd(const Orska::Support::orska_wstring& in_pwd) {
+        Set(DIALOG_FIELDS[FieldIndex("PWD")], in_pwd);
+    }
+    void SetDatabase(const Orska::Support::orska_wstring& in_database) {
+        Set(DIALOG_FIELDS[FieldIndex("Database")], in_database);
+    }
 
 private:
     void ParseDSNAttribute(const Orska::Support::orska_wstring& in_attributeString);
@@ -73,14 +109,13 @@ private:
     void WriteKey(const Orska::Support::orska_wstring& in_key,
                   const Orska::Support::orska_wstring& in_value);
 
-    Orska::Support::orska_wstring m_dsn;
+    static std::size_t IndexOf(const DialogField& in_field) noexcept {
+        return static_cast<std::size_t>(&in_field - DIALOG_FIELDS.data());
+    }
+
+    /// In the order of `DIALOG_FIELDS`.
+    std::array<Orska::Support::orska_wstring, DIALOG_FIELDS.size()> m_values;
     Orska::Support::orska_wstring m_driverDescription;
-    Orska::Support::orska_wstring m_server;
-    Orska::Support::orska_wstring m_cognosNamespace;
-    Orska::Support::orska_wstring m_microStrategyLoginMode;
-    Orska::Support::orska_wstring m_uid;
-    Orska::Support::orska_wstring m_pwd;
-    Orska::Support::orska_wstring m_database;
 };
 
 }  // namespace Veltrane::ODBC

@@ -1,4 +1,5 @@
-/// What every editor shows: the seven fields, their names for people and the other texts of the
+/// The fields of a data source in one table, from which the record, the editors, the file of
+/// initial values and the tool take them, with their names for people and the other texts of the
 /// form. Texts are English and, at the same time, the keys of the translations; an ampersand stands
 /// before the letter that is the field's accelerator. Read-only, for any thread.
 #ifndef VELTRANEDIALOG_DIALOGFIELDS_H
@@ -23,32 +24,46 @@ struct DialogField {
     DialogString DialogValues::*m_value;
     DialogFieldKind m_kind;
     bool m_isRequired;
+    int m_place;  ///< in a form, from 0
     const char* m_label;
     const char* m_hint;
 };
 
 /// In the order of the contract, which is also the order of the texts between host and editor.
 inline constexpr std::array<DialogField, 7> DIALOG_FIELDS{{
-    {"DSN", &DialogValues::m_dsn, DialogFieldKind::TEXT, true, VELTRANE_TEXT("&Name"),
+    {"DSN", &DialogValues::m_dsn, DialogFieldKind::TEXT, true, 0, VELTRANE_TEXT("&Name"),
      VELTRANE_TEXT("The name under which programs find this data source.")},
-    {"Server", &DialogValues::m_server, DialogFieldKind::TEXT, true, VELTRANE_TEXT("&Server"),
+    {"Server", &DialogValues::m_server, DialogFieldKind::TEXT, true, 1, VELTRANE_TEXT("&Server"),
      VELTRANE_TEXT("The computer on which the BI server runs: its name or address.")},
-    {"Namespace", &DialogValues::m_cognosNamespace, DialogFieldKind::TEXT, false,
+    {"Namespace", &DialogValues::m_cognosNamespace, DialogFieldKind::TEXT, false, 5,
      VELTRANE_TEXT("Cognos na&mespace"),
      VELTRANE_TEXT("Only for a Cognos server: the namespace in which the user signs in.")},
-    {"LoginMode", &DialogValues::m_microStrategyLoginMode, DialogFieldKind::LOGIN_MODE, false,
+    {"LoginMode", &DialogValues::m_microStrategyLoginMode, DialogFieldKind::LOGIN_MODE, false, 6,
      VELTRANE_TEXT("MicroStrategy &login mode"),
      VELTRANE_TEXT("Only for a MicroStrategy server: how the user signs in.")},
-    {"UID", &DialogValues::m_uid, DialogFieldKind::TEXT, false, VELTRANE_TEXT("&User name"),
+    {"UID", &DialogValues::m_uid, DialogFieldKind::TEXT, false, 3, VELTRANE_TEXT("&User name"),
      VELTRANE_TEXT("Left empty, programs ask for it when they connect.")},
-    {"PWD", &DialogValues::m_pwd, DialogFieldKind::PASSWORD, false, VELTRANE_TEXT("&Password"),
+    {"PWD", &DialogValues::m_pwd, DialogFieldKind::PASSWORD, false, 4, VELTRANE_TEXT("&Password"),
      VELTRANE_TEXT("Stored as clear text; left empty, programs ask for it.")},
-    {"Database", &DialogValues::m_database, DialogFieldKind::TEXT, true, VELTRANE_TEXT("Data&base"),
-     VELTRANE_TEXT("The database on that server.")},
+    {"Database", &DialogValues::m_database, DialogFieldKind::TEXT, true, 2,
+     VELTRANE_TEXT("Data&base"), VELTRANE_TEXT("The database on that server.")},
 }};
 
+/// The place of a key in `DIALOG_FIELDS`; another key does not compile.
+consteval std::size_t FieldIndex(std::string_view in_key) {
+    std::size_t index = 0;
+    while (DIALOG_FIELDS.at(index).m_key != in_key) ++index;
+    return index;
+}
+
 /// The order in which a form shows them: indices into `DIALOG_FIELDS`.
-inline constexpr std::array<std::size_t, DIALOG_FIELDS.size()> DISPLAY_ORDER{0, 1, 6, 4, 5, 2, 3};
+inline constexpr auto DISPLAY_ORDER = [] {
+    std::array<std::size_t, DIALOG_FIELDS.size()> order{};
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        order.at(static_cast<std::size_t>(DIALOG_FIELDS[i].m_place)) = i;
+    }
+    return order;
+}();
 
 /// Offered for the login mode; any other text is as good. Stored as written, never translated.
 inline constexpr std::array<const char*, 3> LOGIN_MODES{"Standard", "LDAP", "Windows"};

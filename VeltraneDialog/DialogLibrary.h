@@ -5,10 +5,12 @@
 
 #include <cstddef>
 
+#include "VeltraneDialog/DialogFields.h"
+
 namespace Veltrane::ODBC {
 
-/// Seven texts in the order of `DIALOG_FIELDS`, and behind them the reason of a failure.
-constexpr unsigned DIALOG_TEXT_COUNT = 7;
+/// The texts in the order of `DIALOG_FIELDS`, and behind them the reason of a failure.
+constexpr unsigned DIALOG_TEXT_COUNT = DIALOG_FIELDS.size();
 constexpr unsigned DIALOG_REASON = DIALOG_TEXT_COUNT;
 
 /// UTF-16, not ended by a NUL; belongs to whoever hands it over, for as long as the call lasts.

@@ -76,7 +76,12 @@ private:
                 return;
             }
         }
-        Fail("an unknown key; known are DSN, Server, Namespace, LoginMode, UID, PWD and Database");
+        std::string known;
+        for (const DialogField& field : DIALOG_FIELDS) {
+            known.append(known.empty() ? "" : &field == &DIALOG_FIELDS.back() ? " and " : ", ");
+            known.append(field.m_key);
+        }
+        Fail("an unknown key; known are " + known);
     }
 
     std::u16string Decode(std::string_view in_value) const {

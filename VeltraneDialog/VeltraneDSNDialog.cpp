@@ -6,10 +6,17 @@
 
 namespace Veltrane::ODBC {
 
+namespace {
+
+template <std::size_t INDEX>
+constexpr const DialogField& FIELD = DIALOG_FIELDS[INDEX];
+
+}  // namespace
+
 VeltraneDSNDialog::VeltraneDSNDialog() = default;
 
-void VeltraneDSNDialog::Give(DialogString DialogValues::*in_value, DialogString in_text) {
-    DialogString& value = m_values.*in_value;
+void VeltraneDSNDialog::Set(const DialogField& in_field, DialogString in_text) {
+    DialogString& value = m_values.*in_field.m_value;
     if (value) {
         Wipe(*value);  // a password: a shorter one would leave the rest of it in its memory
     }
@@ -17,16 +24,16 @@ void VeltraneDSNDialog::Give(DialogString DialogValues::*in_value, DialogString 
     if (in_text) {
         Wipe(*in_text);
     }
-    for (std::size_t i = 0; i < DIALOG_FIELDS.size(); ++i) {
-        if (DIALOG_FIELDS[i].m_value == in_value) {
-            m_isGiven.set(i);
-        }
-    }
+    m_isGiven.set(static_cast<std::size_t>(&in_field - DIALOG_FIELDS.data()));
+}
+
+DialogString VeltraneDSNDialog::Get(const DialogField& in_field) const {
+    return Values().*in_field.m_value;
 }
 
 void VeltraneDSNDialog::Accept(const DialogValues& in_values) {
     for (const DialogField& field : DIALOG_FIELDS) {
-        Give(field.m_value, in_values.*field.m_value);
+        Set(field, in_values.*field.m_value);
     }
 }
 
@@ -44,47 +51,49 @@ const DialogValues& VeltraneDSNDialog::Values() const {
 }
 
 void VeltraneDSNDialog::SetDSN(DialogString in_text) {
-    Give(&DialogValues::m_dsn, std::move(in_text));
+    Set(FIELD<FieldIndex("DSN")>, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetServer(DialogString in_text) {
-    Give(&DialogValues::m_server, std::move(in_text));
+    Set(FIELD<FieldIndex("Server")>, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetCognosNamespace(DialogString in_text) {
-    Give(&DialogValues::m_cognosNamespace, std::move(in_text));
+    Set(FIELD<FieldIndex("Namespace")>, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetMicroStrategyLoginMode(DialogString in_text) {
-    Give(&DialogValues::m_microStrategyLoginMode, std::move(in_text));
+    Set(FIELD<FieldIndex("LoginMode")>, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetUid(DialogString in_text) {
-    Give(&DialogValues::m_uid, std::move(in_text));
+    Set(FIELD<FieldIndex("UID")>, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetPwd(DialogString in_text) {
-    Give(&DialogValues::m_pwd, std::move(in_text));
+    Set(FIELD<FieldIndex("PWD")>, std::move(in_text));
 }
 
 void VeltraneDSNDialog::SetDatabase(DialogString in_text) {
-    Give(&DialogValues::m_database, std::move(in_text));
+    Set(FIELD<FieldIndex("Database")>, std::move(in_text));
 }
 
-DialogString VeltraneDSNDialog::GetDSN() const { return Values().m_dsn; }
+DialogString VeltraneDSNDialog::GetDSN() const { return Get(FIELD<FieldIndex("DSN")>); }
 
-DialogString VeltraneDSNDialog::GetServer() const { return Values().m_server; }
+DialogString VeltraneDSNDialog::GetServer() const { return Get(FIELD<FieldIndex("Server")>); }
 
-DialogString VeltraneDSNDialog::GetCognosNamespace() const { return Values().m_cognosNamespace; }
+DialogString VeltraneDSNDialog::GetCognosNamespace() const {
+    return Get(FIELD<FieldIndex("Namespace")>);
+}
 
 DialogString VeltraneDSNDialog::GetMicroStrategyLoginMode() const {
-    return Values().m_microStrategyLoginMode;
+    return Get(FIELD<FieldIndex("LoginMode")>);
 }
 
-DialogString VeltraneDSNDialog::GetUid() const { return Values().m_uid; }
+DialogString VeltraneDSNDialog::GetUid() const { return Get(FIELD<FieldIndex("UID")>); }
 
-DialogString VeltraneDSNDialog::GetPwd() const { return Values().m_pwd; }
+DialogString VeltraneDSNDialog::GetPwd() const { return Get(FIELD<FieldIndex("PWD")>); }
 
-DialogString VeltraneDSNDialog::GetDatabase() const { return Values().m_database; }
+DialogString VeltraneDSNDialog::GetDatabase() const { return Get(FIELD<FieldIndex("Database")>); }
 
 }  // namespace Veltrane::ODBC

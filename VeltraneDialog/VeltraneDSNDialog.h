@@ -20,6 +20,8 @@ public:
     /// all.
     VeltraneDSNDialog();
 
+    /// Sets a row of `DIALOG_FIELDS`; the setters below do the same by name.
+    void Set(const DialogField& in_field, DialogString in_text);
     void SetDSN(DialogString in_text);
     void SetServer(DialogString in_text);
     void SetCognosNamespace(DialogString in_text);
@@ -33,7 +35,9 @@ public:
     /// @throws std::runtime_error when no editor can be shown, or as the getters
     int ShowDialog();
 
+    /// Gets a row of `DIALOG_FIELDS`; the getters below do the same by name.
     /// @throws std::runtime_error when the file of initial values is needed and cannot be used
+    DialogString Get(const DialogField& in_field) const;
     DialogString GetDSN() const;
     DialogString GetServer() const;
     DialogString GetCognosNamespace() const;
@@ -43,7 +47,6 @@ public:
     DialogString GetDatabase() const;
 
 private:
-    void Give(DialogString DialogValues::*in_value, DialogString in_text);
     void Accept(const DialogValues& in_values);
     /// All texts, with the initial ones for those that nobody has set.
     const DialogValues& Values() const;

@@ -14,8 +14,6 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-static_assert(DIALOG_FIELDS.size() == DIALOG_TEXT_COUNT);
-
 [[noreturn]] void Fail(const std::string& in_reason) {
     throw std::runtime_error(
         "No DSN editor can be shown. " + in_reason +

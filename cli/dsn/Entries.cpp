@@ -81,7 +81,11 @@ bool IsFieldKey(std::string_view in_key) {
 }
 
 bool IsRequiredKey(std::string_view in_key) {
-    return EqualsIgnoringCase(in_key, "Server") || EqualsIgnoringCase(in_key, "Database");
+    return IsFieldKey(in_key) && std::any_of(ODBC::DIALOG_FIELDS.begin(), ODBC::DIALOG_FIELDS.end(),
+                                             [in_key](const ODBC::DialogField& in_field) {
+                                                 return in_field.m_isRequired &&
+                                                        EqualsIgnoringCase(in_field.m_key, in_key);
+                                             });
 }
 
 bool IsSecretKey(std::string_view in_key) {

@@ -3,10 +3,13 @@
 #ifndef CLI_ENTRIES_H
 #define CLI_ENTRIES_H
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "VeltraneDialog/DialogFields.h"
 
 namespace Veltrane::Cli {
 
@@ -44,13 +47,19 @@ private:
 };
 
 /// The keys that the setup library writes, in its order, "Driver" not counted.
-inline constexpr std::string_view FIELD_KEYS[] = {"Server", "Namespace", "LoginMode",
-                                                  "UID",    "PWD",       "Database"};
+inline constexpr auto FIELD_KEYS = [] {
+    std::array<std::string_view, ODBC::DIALOG_FIELDS.size() - 1> keys;
+    auto next = keys.begin();
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        if (field.m_key != "DSN") *next++ = field.m_key;
+    }
+    return keys;
+}();
 
 /// A field's key as the setup library spells it; any other key as it is.
 std::string CanonicalKey(std::string_view in_key);
 bool IsFieldKey(std::string_view in_key);
-/// Server and Database, which a DSN cannot do without.
+/// What a DSN cannot do without.
 bool IsRequiredKey(std::string_view in_key);
 /// Whether the value is to be masked: the password, and what others may have named alike.
 bool IsSecretKey(std::string_view in_key);

@@ -1,5 +1,7 @@
 #include "cli/line/CommandTable.h"
 
+#include "VeltraneDialog/DialogFields.h"
+
 namespace Veltrane::Cli {
 
 namespace {
@@ -14,6 +16,9 @@ constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | B
 constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
 constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Doctor) + 1)) - 1;
 
+/// What the editors say about a field.
+constexpr const char* Hint(std::size_t in_field) { return ODBC::DIALOG_FIELDS[in_field].m_hint; }
+
 constexpr OptionInfo OPTIONS[] = {
     {O::User, "--user", "", K::None, false, false,
      "Work on the DSNs of this user. This is the default.", WRITES | READS},
@@ -23,14 +28,14 @@ constexpr OptionInfo OPTIONS[] = {
      "The driver's name in odbcinst.ini. The default is Veltrane.",
      WRITES | Bit(C::List) | Bit(C::Export) | Bit(C::Check) | DRIVER | Bit(C::Where) |
          Bit(C::Doctor)},
-    {O::Server, "--server", "HOST", K::Text, false, false,
-     "The computer on which the BI server runs: its name or address.", CHANGE},
-    {O::Database, "--database", "NAME", K::Text, false, false, "The database on that server.",
+    {O::Server, "--server", "HOST", K::Text, false, false, Hint(ODBC::FieldIndex("Server")),
+     CHANGE},
+    {O::Database, "--database", "NAME", K::Text, false, false, Hint(ODBC::FieldIndex("Database")),
      CHANGE},
     {O::Namespace, "--namespace", "NAME", K::Text, false, false,
-     "Only for a Cognos server: the namespace in which the user signs in.", CHANGE},
+     Hint(ODBC::FieldIndex("Namespace")), CHANGE},
     {O::LoginMode, "--login-mode", "MODE", K::Text, false, false,
-     "Only for a MicroStrategy server: how the user signs in.", CHANGE},
+     Hint(ODBC::FieldIndex("LoginMode")), CHANGE},
     {O::Uid, "--uid", "NAME", K::Text, false, false, "The user name.", CHANGE},
     {O::Property, "-p,--property", "KEY=VALUE", K::Text, true, false,
      "Any key with its value, which may be empty. Can be given several times.", CHANGE},

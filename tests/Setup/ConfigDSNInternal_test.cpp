@@ -64,8 +64,8 @@ TEST_F(ConfigDSNInternalTest, WithoutAWindowTheNewEditorsValuesAreSaved) {
         EXPECT_EQ(Call(type, "DSN=x\0"s), 1);
         EXPECT_EQ(Section("new"), "Driver=drv;Server=s2;Database=d2;");
         EXPECT_THAT(s_editor.m_calls,
-                    ElementsAre("construct", "GetDSN", "GetServer", "GetCognosNamespace",
-                                "GetMicroStrategyLoginMode", "GetUid", "GetPwd", "GetDatabase"));
+                    ElementsAre("construct", "Get DSN", "Get Server", "Get Namespace",
+                                "Get LoginMode", "Get UID", "Get PWD", "Get Database"));
     }
 }
 
@@ -76,10 +76,10 @@ TEST_F(ConfigDSNInternalTest, ConfigureWithAWindowFillsShowsAndReadsTheEditor) {
     };
     EXPECT_EQ(Call(ODBC_CONFIG_DSN, "DSN=x\0"s, true), 1);
     EXPECT_THAT(s_editor.m_calls,
-                ElementsAre("construct", "SetDSN x", "SetServer s", "SetCognosNamespace ",
-                            "SetMicroStrategyLoginMode ", "SetUid ", "SetPwd p", "SetDatabase d",
-                            "ShowDialog", "GetDSN", "GetServer", "GetCognosNamespace",
-                            "GetMicroStrategyLoginMode", "GetUid", "GetPwd", "GetDatabase"));
+                ElementsAre("construct", "Set DSN x", "Set Server s", "Set Namespace ",
+                            "Set LoginMode ", "Set UID ", "Set PWD p", "Set Database d",
+                            "ShowDialog", "Get DSN", "Get Server", "Get Namespace", "Get LoginMode",
+                            "Get UID", "Get PWD", "Get Database"));
     // Renaming keeps the section of the old name.
     EXPECT_EQ(Section("renamed"), "Driver=drv;Server=s;PWD=p;Database=d;");
     EXPECT_EQ(Section("x"), "Driver=drv;Server=s;PWD=p;Database=d;");
