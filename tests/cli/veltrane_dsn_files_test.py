@@ -9,6 +9,7 @@ import re
 import shutil
 import stat
 import subprocess
+import sys
 
 from tool_test import ToolTest, main
 
@@ -19,7 +20,42 @@ class FileTest(ToolTest):
         self.user = self.stage.places["user"]
 
 
+# Calls functions of the installer, in a process of its own: it keeps what it has read for a while.
+INSTALLER = """
+import ctypes, sys
+library = ctypes.CDLL("libodbcinst.so.2")
+if sys.argv[1] == "get":
+    value = ctypes.create_string_buffer(1000)
+    library.SQLGetPrivateProfileString(*(it.encode() for it in sys.argv[2:4]), b"", value, 1000,
+                                       b"odbc.ini")
+    print(value.value.decode(), end="")
+else:
+    values = ctypes.create_string_buffer(b"DSN=" + sys.argv[3].encode() + b"\\0")
+    sys.exit(not library.SQLConfigDataSource(None, int(sys.argv[2]), b"Veltrane", values))
+"""
+
+
 class FilesTest(FileTest):
+    def installer(self, *arguments, **environment):
+        return subprocess.run([sys.executable, "-c", INSTALLER, *arguments], text=True, check=True,
+                              env={**self.stage.environment, **environment},
+                              stdout=subprocess.PIPE).stdout
+
+    def test_the_tool_and_the_installer_read_what_the_other_has_written(self):
+        values = {"Server": "ü=;#", "Database": "日本", "UID": "[x]", "Trace": "1"}
+        self.run_tool("apply", "-", stdin=json.dumps([{"name": "sales", "values": values}]))
+        for key, value in {**values, "Driver": "Veltrane"}.items():
+            self.assertEqual(self.installer("get", "sales", key), value)
+        add, configure, remove = "1", "2", "3"
+        for request, name in ((add, "theirs"), (configure, "sales")):
+            initial = self.write_file("initial.ini", f"[DSN]\nDSN={name}\nServer=s2\nDatabase=d2\nUID=ü\n")
+            self.installer("request", request, name, VELTRANE_DSN_INITIAL_VALUES=initial)
+            # The setup library drops keys that it does not know.
+            self.assertEqual(self.run_json("show", name)["values"],
+                             {"Server": "s2", "UID": "ü", "Database": "d2"})
+        self.installer("request", remove, "sales")
+        self.assertEqual(self.run_tool("list")[0], "theirs\n")
+
     def test_writes_the_keys_in_their_order_into_a_private_file(self):
         self.add_sales("--uid", "anna", "-p", "LoginMode=1")
         self.assertEqual(self.read_file(self.user), "[sales]\nDriver=Veltrane\nServer=db\n"

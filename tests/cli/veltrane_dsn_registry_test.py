@@ -10,9 +10,10 @@ class RegistryTest(ToolTest):
         two_lines = b"hex(1):61,00,0a,00,62,00,00,00"
         for value in (b"dword:00000005", b"hex:01,02", two_lines, " outer blank"):
             self.write({"odd": {**SALES, "Extra": value}, "sales": SALES})
+            before = self.dsns()
             self.run_tool("set", "odd", "--server", "t", "--unset", "Nothing")
-            self.assertEqual(self.dsns(), {"odd": {**SALES, "Server": "t", "Extra": value},
-                                           "sales": SALES})
+            before["odd"]["Server"] = "t"
+            self.assertEqual(self.dsns(), before)
             self.assertEqual(self.run_tool("list")[0], "odd\nsales\n")
 
     def test_no_name_reaches_another_key(self):

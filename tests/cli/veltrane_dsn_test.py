@@ -35,12 +35,12 @@ class ChangeTest(ToolTest):
         self.assertEqual(self.dsns("system"), {})
 
     def test_lists_both_scopes_and_which_hides_which(self):
-        self.write({"sales": {**SALES, "Database": "東京"}, "own": SALES})
+        self.write({"sales": {**SALES, "Database": "東京"}, "zone": SALES})
         self.write({"Sales": SALES, "theirs": {"Driver": "Other"}}, "system")
         self.assertEqual(self.run_tool("list", "--both")[0],
                          "NAME   SCOPE   SERVER  DATABASE\n"
                          "sales  user    db      東京        hides\n"
-                         "own    user    db      d\n"
+                         "zone   user    db      d\n"
                          "Sales  system  db      d         hidden\n")
         listed = self.run_json("list", "--both", "--all", "--prefix", "S")
         self.assertEqual((listed["scope"], listed["dsns"][1]),
@@ -48,7 +48,7 @@ class ChangeTest(ToolTest):
                                    "server": "db", "database": "d", "relation": "hidden"}))
         self.assertEqual(len(listed["dsns"]), 2)
         self.assertEqual(self.run_tool("list", "--long")[0].splitlines()[1:],
-                         ["sales  user   db      東京", "own    user   db      d"])
+                         ["sales  user   db      東京", "zone   user   db      d"])
         self.run_tool("list", "--both", "--system", code=2)
 
     def test_takes_a_connection_string(self):
