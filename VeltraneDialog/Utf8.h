@@ -1,4 +1,5 @@
-/// UTF-8 to UTF-16 and back for the texts of the editor, which uses nothing of the support library.
+/// UTF-8 to UTF-16 and back for the texts of the editor, which links nothing of the support
+/// library: it includes the readers and writers of code points, which are headers alone.
 #ifndef VELTRANEDIALOG_UTF8_H
 #define VELTRANEDIALOG_UTF8_H
 
