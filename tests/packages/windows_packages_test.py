@@ -19,7 +19,7 @@ UNINSTALL = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall"
 SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 PROGRAMS = {"VeltraneSetup.dll", "VeltraneDialog.dll", "veltrane-dsn.exe"}
 DOCS = {"docs/" + name for name in
-        ("LICENSE", "CHANGELOG.md", "dsn-keys.md", "editor.md", "guide.md", "tracing.md",
+        ("LICENSE", "THIRD-PARTY.txt", "CHANGELOG.md", "dsn-keys.md", "editor.md", "guide.md", "tracing.md",
          "troubleshooting.md", "veltrane-dsn.md", "windows.md")}
 SCRATCH = tempfile.mkdtemp(prefix="veltrane packages ü ")
 WINE = os.path.join(SCRATCH, "wine")
@@ -240,6 +240,24 @@ class InstallerTest(InWine):
                 shutil.rmtree(here)
                 self.check_gone(folder)
                 self.wine("reg", "query", r"HKLM\SOFTWARE\Veltrane", code=1)
+
+    def test_what_the_sign_command_signs_verifies(self):
+        folder = os.path.join(SCRATCH, "signing")
+        os.makedirs(folder)
+        key, certificate, script = (os.path.join(folder, name) for name in ("key", "cert", "sign"))
+        run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=Test", "-addext",
+            "extendedKeyUsage=codeSigning", "-days", "2", "-keyout", key, "-out", certificate)
+        with open(script, "w", encoding="utf-8") as file:
+            file.write(f'#!/bin/sh\nosslsigncode sign -certs "{certificate}" -key "{key}" -in "$1" '
+                       '-out "$1.signed" && mv "$1.signed" "$1"\n')
+        files, package = os.path.join(folder, "files"), os.path.join(folder, "signed.msi")
+        environment = dict(os.environ, ORSKA_SIGN_COMMAND=f"sh '{script}'")
+        run("cmake", "--install", BUILD, "--component", "runtime", "--prefix", files, env=environment)
+        run(os.path.join(SOURCE, "packaging/windows/build-installer"), files, VERSION, package,
+            env=environment)
+        for path in (*(os.path.join(files, name) for name in PROGRAMS), package):
+            run("osslsigncode", "verify", "-CAfile", certificate, "-in", path)
+        run("osslsigncode", "verify", "-CAfile", certificate, "-in", self.program, code=1)
 
     def test_another_folders_registration_stays(self):
         self.msi("/i", self.program)
