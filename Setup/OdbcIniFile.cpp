@@ -160,6 +160,23 @@ bool IsCopied(std::string_view in_attribute) {
            in_attribute == "security.SMACK64" || in_attribute == NETWORK_ACCESS_LIST;
 }
 
+/// Removes a file on every way out of a block, also when memory runs out.
+class RemovedAtEnd {
+public:
+    /// @param in_name  as it is at the end; empty for none
+    RemovedAtEnd(int in_directory, const std::string& in_name)
+        : m_directory(in_directory), m_name(in_name) {}
+    RemovedAtEnd(const RemovedAtEnd&) = delete;
+    RemovedAtEnd& operator=(const RemovedAtEnd&) = delete;
+    ~RemovedAtEnd() {
+        if (!m_name.empty()) SystemCalls::UnlinkAt(m_directory, m_name.c_str());
+    }
+
+private:
+    int m_directory;
+    const std::string& m_name;
+};
+
 }  // namespace
 
 std::string FileFailure::Describe() const {
@@ -362,9 +379,12 @@ bool OdbcIniFile::Replace(std::string_view in_bytes) {
     PrivateHandle file;
     std::string name;
     if (!CreateTemporary(file, name)) return false;
-    bool isDone = WriteTemporary(file.Get(), in_bytes) && CopyAttributes(file.Get()) &&
-                  Finish(file) && PutInPlace(name);
-    if (!name.empty()) SystemCalls::UnlinkAt(m_directory.Get(), name.c_str());
+    bool isDone = false;
+    {
+        const RemovedAtEnd removed(m_directory.Get(), name);
+        isDone = WriteTemporary(file.Get(), in_bytes) && CopyAttributes(file.Get()) &&
+                 Finish(file) && PutInPlace(name);
+    }
     return isDone && SyncDirectory();
 }
 
