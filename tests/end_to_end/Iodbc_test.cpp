@@ -209,7 +209,8 @@ TEST_F(Iodbc, ReadsAndEditsAFileAsItsReaderDoes) {
                           "UID=" + std::string(1200, 'u') + "\nDriver=V\n");
     // An opened and cancelled editor saves what was loaded; without a window, the initial values.
     EXPECT_TRUE(Configure(CONFIG, "DSN=sales\0"s));
-    EXPECT_EQ(ReadUserFile(), others + "sales=Veltrane\n\n[sales]\nDriver=Veltrane\nServer=db1\n" +
+    // Keys that were there return to their places.
+    EXPECT_EQ(ReadUserFile(), others + "sales=Veltrane\n\n[sales]\nServer=db1\nDriver=Veltrane\n" +
                                   "PWD=p w\nDatabase=d\n");
     EXPECT_TRUE(Configure(REMOVE, "DSN=sales\0"s));
     EXPECT_EQ(ReadUserFile(), others);
