@@ -1,5 +1,8 @@
 #include "tests/support/EncodedFit.h"
 
+#include <gtest/gtest.h>
+#include <unicode/unistr.h>
+
 namespace Orska::Support::Testing {
 
 namespace {
@@ -27,6 +30,36 @@ const std::string& GetFit(const std::vector<std::string>& in_beginnings, std::si
         if (in_beginnings[i].size() <= in_capacity) best = i;
     }
     return in_beginnings[best];
+}
+
+orska_wstring MakeString(std::u16string_view in_text) {
+    orska_wstring string;
+    string.SetImpl(
+        new icu::UnicodeString(in_text.data(), static_cast<std::int32_t>(in_text.size())));
+    return string;
+}
+
+void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
+                        std::size_t in_nulWidth, const WriteString& in_write) {
+    const std::vector<std::string> beginnings = EncodeBeginnings(in_text, in_encoding);
+    const std::size_t needed = beginnings.back().size() + in_nulWidth;
+    const orska_wstring string = MakeString(in_text);
+    for (std::size_t capacity = in_nulWidth; capacity <= needed + 2 * in_nulWidth + 3; ++capacity) {
+        const std::string expected =
+            GetFit(beginnings, capacity - in_nulWidth) + std::string(in_nulWidth, '\0');
+        std::vector<char> buffer(capacity + 24, FILL);
+        bool isTruncated = false;
+        const std::int64_t written =
+            in_write(string, buffer.data(), static_cast<std::int64_t>(capacity), isTruncated);
+        ASSERT_EQ(expected.size() - in_nulWidth, static_cast<std::size_t>(written)) << capacity;
+        ASSERT_EQ(expected, std::string(buffer.data(), expected.size())) << capacity;
+        ASSERT_EQ(capacity < needed, isTruncated) << capacity;
+        for (std::size_t i = expected.size(); i < buffer.size(); ++i) {
+            // Zeros may stand where a code point did not fit, else nothing is touched.
+            const bool isZero = isTruncated && i < capacity && buffer[i] == '\0';
+            ASSERT_TRUE(buffer[i] == FILL || isZero) << capacity << " byte " << i;
+        }
+    }
 }
 
 std::u16string MakeRandomText(Random& io_random, std::size_t in_codePoints) {

@@ -5,11 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "PlatformAbstraction/strings/EncodingType.h"
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/StreamDriver.h"
 
 namespace Orska::Support::Testing {
@@ -20,6 +22,22 @@ std::vector<std::string> EncodeBeginnings(std::u16string_view in_text, EncodingT
 
 /// The longest of them that is no longer than the capacity, in bytes.
 const std::string& GetFit(const std::vector<std::string>& in_beginnings, std::size_t in_capacity);
+
+/// A string of these units, lone surrogates included.
+orska_wstring MakeString(std::u16string_view in_text);
+
+/// What buffers are filled with before they are written.
+constexpr char FILL = '\x5A';
+
+/// Writes a string into a buffer and gives the bytes without a NUL.
+using WriteString = std::function<std::int64_t(const orska_wstring& in_string, char* out_buffer,
+                                               std::int64_t in_capacity, bool& out_truncated)>;
+
+/// Writes one text at every capacity from that of a NUL to more than it needs, and fails the test
+/// when it is not the longest beginning that fits, or anything but zeros stands behind.
+/// @param in_nulWidth  bytes of the NUL that is written behind the text
+void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
+                        std::size_t in_nulWidth, const WriteString& in_write);
 
 /// Random text of code points of all kinds: ASCII, combining marks, CJK, surrogate pairs, and
 /// surrogates alone.

@@ -19,18 +19,12 @@
 #include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/EncodedFit.h"
 #include "tests/support/StreamDriver.h"
+#include "tests/support/ThrownMessage.h"
 
 namespace Orska::Support::Testing {
 namespace {
 
-constexpr char FILL = '\x5A';
-
-orska_wstring MakeString(std::u16string_view in_text) {
-    orska_wstring string;
-    string.SetImpl(
-        new icu::UnicodeString(in_text.data(), static_cast<std::int32_t>(in_text.size())));
-    return string;
-}
+using Test::ThrownMessage;
 
 // A converter for a driver manager's encoding, with a platform converter of its own.
 struct Fixture {
@@ -41,18 +35,6 @@ struct Fixture {
     WideStringConverter m_platform;
     std::unique_ptr<ODBCStringConverter> m_converter;
 };
-
-template <class Action>
-std::string KeyThrownBy(Action in_action) {
-    try {
-        in_action();
-    } catch (const ErrorException& error) {
-        EXPECT_EQ(DIAG_GENERAL_ERROR, error.GetDiagState());
-        EXPECT_EQ(SUPPORT_ERROR, error.GetComponentId());
-        return error.GetMessageKeyOrText().GetAsUtf8();
-    }
-    return "nothing thrown";
-}
 
 TEST(ODBCStringConverter, FollowsTheOutputRuleAtItsEdges) {
     const std::string nul2(2, '\0');
@@ -119,32 +101,22 @@ TEST(ODBCStringConverter, TakesNullStringsAndNullBuffers) {
 }
 
 // One text in every capacity, in code units and in bytes.
-void CheckEveryCapacity(ODBCStringConverter& io_converter, const std::u16string& in_text) {
+void CheckCuts(ODBCStringConverter& io_converter, const std::u16string& in_text) {
     const EncodingType encoding = io_converter.GetDriverManagerEncoding();
-    const std::size_t width = EncodingInfo::GetCodeUnitWidth(encoding);
-    const std::vector<std::string> beginnings = EncodeBeginnings(in_text, encoding);
-    const std::size_t full = beginnings.back().size();
+    const std::int64_t width = EncodingInfo::GetCodeUnitWidth(encoding);
+    const auto full = static_cast<std::int64_t>(EncodeWithIcu(in_text, encoding).size());
     const orska_wstring string = MakeString(in_text);
-    ASSERT_EQ(full, static_cast<std::size_t>(io_converter.GetLengthAsSQLWCHARString(string, true)));
-    ASSERT_EQ(full / width,
-              static_cast<std::size_t>(io_converter.GetLengthAsSQLWCHARString(string, false)));
-    for (std::size_t capacity = width; capacity <= full + 2 * width + 1; ++capacity) {
-        const std::string& fit = GetFit(beginnings, capacity - width);
-        const bool isInBytes = capacity % width != 0 || capacity % 3 == 0;
-        std::vector<char> buffer(capacity + 24, FILL);
-        bool isTruncated = false;
-        const std::int64_t result = io_converter.ConvertWStringToSQLWCHARString(
-            string, buffer.data(),
-            static_cast<std::int64_t>(isInBytes ? capacity : capacity / width), isInBytes,
-            isTruncated);
-        ASSERT_EQ(isInBytes ? fit.size() : fit.size() / width, static_cast<std::size_t>(result));
-        ASSERT_EQ(capacity < full + width, isTruncated) << capacity;
-        ASSERT_EQ(fit + std::string(width, '\0'), std::string(buffer.data(), fit.size() + width));
-        for (std::size_t i = fit.size() + width; i < buffer.size(); ++i) {
-            const bool isZero = isTruncated && i < capacity && buffer[i] == '\0';
-            ASSERT_TRUE(buffer[i] == FILL || isZero) << capacity << " byte " << i;
-        }
-    }
+    ASSERT_EQ(full, io_converter.GetLengthAsSQLWCHARString(string, true));
+    ASSERT_EQ(full / width, io_converter.GetLengthAsSQLWCHARString(string, false));
+    CheckEveryCapacity(in_text, encoding, static_cast<std::size_t>(width),
+                       [&](const orska_wstring& in_string, char* out_buffer,
+                           std::int64_t in_capacity, bool& out_truncated) {
+                           const bool isInBytes = in_capacity % width != 0 || in_capacity % 3 == 0;
+                           const std::int64_t unit = isInBytes ? 1 : width;
+                           return unit * io_converter.ConvertWStringToSQLWCHARString(
+                                             in_string, out_buffer, in_capacity / unit, isInBytes,
+                                             out_truncated);
+                       });
 }
 
 TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
@@ -153,7 +125,7 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
         SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
         const Fixture fixture(encoding);
         for (const std::size_t length : {1U, 3U, 17U, 75U}) {
-            CheckEveryCapacity(*fixture.m_converter, MakeRandomText(random, length));
+            CheckCuts(*fixture.m_converter, MakeRandomText(random, length));
             if (testing::Test::HasFailure()) return;
         }
     }
@@ -170,7 +142,7 @@ TEST(ODBCStringConverter, IsRightAfterATruncatedOrRefusedConversion) {
             bool isTruncated = false;
             fixture.m_converter->ConvertWStringToSQLWCHARString(MakeString(text), buffer, capacity,
                                                                 true, isTruncated);
-            EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+            EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
                           fixture.m_converter->ConvertWStringToSQLWCHARString(
                               MakeString(text), buffer, -2, true, isTruncated);
                       }));
@@ -257,7 +229,7 @@ TEST(ODBCStringConverter, TakesEveryLegalByteLength) {
     bool isTruncated = true;
     EXPECT_EQ(2, fixture.m_converter->ConvertWStringToSQLWCHARString(
                      MakeString(u"ab"), buffer, INT64_MAX / 2, false, isTruncated));
-    EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+    EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
                   fixture.m_converter->ConvertWStringToSQLWCHARString(
                       MakeString(u"ab"), buffer, INT64_MAX / 2 + 1, false, isTruncated);
               }));
@@ -296,7 +268,7 @@ TEST(ODBCStringConverter, ReadsWideBuffers) {
         fixture.m_converter->ConvertSQLWCHARToWString(c.m_bytes.data(), c.m_length, c.m_isInBytes,
                                                       result);
         EXPECT_TRUE(result == MakeString(c.m_expected));
-        EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+        EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
                       fixture.m_converter->ConvertSQLWCHARToWString("ab", -1, true, result);
                   }));
         EXPECT_TRUE(result == MakeString(c.m_expected));
@@ -342,8 +314,9 @@ TEST(ODBCStringConverter, UsesTheAnsiEncodingForNarrowBuffers) {
     EXPECT_TRUE(result == string);
     fixture.m_converter->ConvertSQLCHARToWString("a\x8A\xBF", -3, result);
     EXPECT_TRUE(result == string);
-    EXPECT_EQ("ICUConvErrNotRecog",
-              KeyThrownBy([&] { fixture.m_converter->ConvertSQLCHARToWString("a", -4, result); }));
+    EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
+                  fixture.m_converter->ConvertSQLCHARToWString("a", -4, result);
+              }));
 }
 
 TEST(ODBCStringConverter, SizesBuffersForNarrowText) {
@@ -365,21 +338,21 @@ TEST(ODBCStringConverter, SizesBuffersForNarrowText) {
     }
     const Fixture fixture(1);
     const auto keyFor = [&](const char* in_text, std::int64_t in_length) {
-        return KeyThrownBy([&] {
+        return ThrownMessage<ErrorException>([&] {
             ODBCStringConverter::GetSQLCHARToSQLWCHARMaxBufferLength(*fixture.m_converter, in_text,
                                                                      in_length, true, true);
         });
     };
     EXPECT_EQ("InvalidNullParam", keyFor(nullptr, 3));
     EXPECT_EQ("ICUConvErrNotRecog", keyFor("abc", -1));
-    EXPECT_EQ("nothing thrown", keyFor("abc", 0xFFFFFFFF / 4 - 1));
+    EXPECT_EQ("nothing", keyFor("abc", 0xFFFFFFFF / 4 - 1));
     EXPECT_EQ("ICUConvErrNotRecog", keyFor("abc", 0xFFFFFFFF / 4));
     EXPECT_EQ("ICUConvErrNotRecog", keyFor("abc", INT64_MAX));
 }
 
 TEST(ODBCStringConverter, RefusesAProcessWithoutADriverManagerEncoding) {
-    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Fixture fixture(-1); }));
-    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Fixture fixture(119); }));
+    EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([] { Fixture fixture(-1); }));
+    EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([] { Fixture fixture(119); }));
 }
 
 TEST(ODBCStringConverter, ConvertsInManyThreadsAtOnce) {

@@ -13,9 +13,12 @@
 #include "PlatformAbstraction/ICU/WideStreamConverter.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "tests/support/StreamDriver.h"
+#include "tests/support/ThrownMessage.h"
 
 namespace Orska::Support::Testing {
 namespace {
+
+using Test::ThrownMessage;
 
 using Converter = std::unique_ptr<StreamConverter>;
 
@@ -23,18 +26,6 @@ EncodingType Enc(int in_value) { return static_cast<EncodingType>(in_value); }
 
 Converter Make(int in_source, int in_target) {
     return StreamConverterFactory::CreateConverter(Enc(in_source), Enc(in_target), 3);
-}
-
-template <class Action>
-std::string KeyThrownBy(Action in_action) {
-    try {
-        in_action();
-    } catch (const ErrorException& error) {
-        EXPECT_EQ(DIAG_GENERAL_ERROR, error.GetDiagState());
-        EXPECT_EQ(SUPPORT_ERROR, error.GetComponentId());
-        return error.GetMessageKeyOrText().GetAsUtf8();
-    }
-    return "nothing thrown";
 }
 
 enum class Kind { BLITTER, SICONV, WIDE };
@@ -73,8 +64,8 @@ TEST(StreamConverterFactory, PicksTheKindByThePair) {
         EXPECT_EQ(3, converter->GetFlag());
         EXPECT_TRUE(converter->IsSourceConsumed());
     }
-    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Make(0, 119); }));
-    EXPECT_EQ("EncodingNotRecog", KeyThrownBy([] { Make(-1, 0); }));
+    EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([] { Make(0, 119); }));
+    EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([] { Make(-1, 0); }));
 }
 
 TEST(WideStreamBlitter, SetsItsFlagsByWhatFits) {
@@ -146,17 +137,19 @@ TEST(StreamConverter, RefusesPositionsOutsideTheBuffers) {
         converter->SetSource("abcd", 4);
         converter->SetTarget(room, 4);
         converter->SetTargetPosition(5);
-        EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
-        EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvertWithNul(); }));
+        EXPECT_EQ("InvalidBuffPos", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
+        EXPECT_EQ("InvalidBuffPos",
+                  ThrownMessage<ErrorException>([&] { converter->DoConvertWithNul(); }));
         converter->SetTargetPosition(4);
         for (const std::uint64_t position : {std::uint64_t{5}, ~std::uint64_t{0}}) {
             converter->SetSourcePosition(position);
             EXPECT_EQ(position, converter->GetSourcePosition());
-            EXPECT_EQ("InvalidBuffPos", KeyThrownBy([&] { converter->DoConvert(); }));
+            EXPECT_EQ("InvalidBuffPos",
+                      ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
         }
         converter->SetTargetPosition(0);
         converter->SetSourcePosition(2);
-        EXPECT_EQ("nothing thrown", KeyThrownBy([&] { converter->DoConvert(); }));
+        EXPECT_EQ("nothing", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
     }
 }
 
@@ -242,7 +235,7 @@ TEST(SiconvStreamConverter, RefusesMalformedInputAfterWhatStandsBeforeIt) {
         const Converter converter = Make(c.m_source, c.m_target);
         std::string target(64, 'x');
         converter->SetTarget(target.data(), target.size());
-        EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] {
+        EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
                       for (std::size_t i = 0; i < c.m_pieces.size(); ++i) {
                           converter->SetSource(c.m_pieces[i].data(), c.m_pieces[i].size(),
                                                i + 1 == c.m_pieces.size());
@@ -268,7 +261,7 @@ TEST(SiconvStreamConverter, GivesOutACutCodePointBeforeItRefusesTheNext) {
     EXPECT_EQ('\xAC', target[0]);
     EXPECT_TRUE(converter->HasDataRemaining());
     converter->SetTarget(target, 1);
-    EXPECT_EQ("ICUConvErrNotRecog", KeyThrownBy([&] { converter->DoConvert(); }));
+    EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
     EXPECT_EQ('\x20', target[0]);
     EXPECT_EQ(2U, converter->GetTotalBytesWritten());
 }
