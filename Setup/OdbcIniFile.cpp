@@ -74,6 +74,15 @@ bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
     return age > -REST && age < REST;
 }
 
+/// Removes the temporary file at the end, also when memory runs out.
+struct Remover {
+    const PrivateHandle& m_directory;
+    const std::string& m_name;  ///< empty for none
+    ~Remover() {
+        if (!m_name.empty()) SystemCalls::UnlinkAt(m_directory.Get(), m_name.c_str());
+    }
+};
+
 std::string TemporaryPrefix(const std::string& in_name) {
     return in_name.substr(0, MAX_NAME_PART) + TEMPORARY_MARK;
 }
@@ -365,6 +374,16 @@ std::vector<std::string> OdbcIniFile::FindLeftFiles(const std::string& in_path) 
     return paths;
 }
 
+bool OdbcIniFile::IsDueAgain() {
+    if (m_failure.m_error != EAGAIN) return false;
+    const long long now = SystemCalls::GetMonotonicTime();
+    if (m_repeatsUntil == 0) m_repeatsUntil = now + WRITER_TIMEOUT;
+    if (now > m_repeatsUntil) return false;
+    Unlock();
+    Pause();
+    return true;
+}
+
 void OdbcIniFile::Unlock() noexcept {
     m_isNew = false;
     m_bytes.clear();
@@ -376,16 +395,16 @@ void OdbcIniFile::Unlock() noexcept {
 bool OdbcIniFile::Replace(std::string_view in_bytes) {
     if (in_bytes.size() > MAX_SIZE) return Fail("cannot write", EFBIG);
     if (IsOutdated()) return FailAsOutdated();
+    return WriteAndExchange(in_bytes) && SyncDirectory();
+}
+
+bool OdbcIniFile::WriteAndExchange(std::string_view in_bytes) {
     PrivateHandle file;
     std::string name;
     if (!CreateTemporary(file, name)) return false;
-    bool isDone = false;
-    {
-        const RemovedAtEnd removed(m_directory.Get(), name);
-        isDone = WriteTemporary(file.Get(), in_bytes) && CopyAttributes(file.Get()) &&
-                 Finish(file) && PutInPlace(name);
-    }
-    return isDone && SyncDirectory();
+    const Remover remover{m_directory, name};
+    return WriteTemporary(file.Get(), in_bytes) && CopyAttributes(file.Get()) && Finish(file) &&
+           PutInPlace(name);
 }
 
 bool OdbcIniFile::IsOutdated() {

@@ -72,6 +72,9 @@ public:
     /// it is outdated and the change due again from Lock on. One failure comes after the file is
     /// the new one: that of syncing its directory.
     bool Replace(std::string_view in_bytes);
+    /// After a failure: whether the change is due again from Lock on. Waits a moment then, and ends
+    /// after WRITER_TIMEOUT.
+    bool IsDueAgain();
     void Unlock() noexcept;
     /// True after Lock when there was no file.
     bool IsNew() const noexcept { return m_isNew; }
@@ -97,6 +100,7 @@ private:
     bool LockOnce(std::string& out_bytes, long long in_deadline);
     bool OpenToLock();
     bool WaitForLock(long long in_deadline);
+    bool WriteAndExchange(std::string_view in_bytes);
     bool OpenDirectory();
     bool IsInPlace();
     bool ReadAtRest(int in_handle, struct stat& out_stat, std::string& out_bytes);
@@ -129,6 +133,7 @@ private:
     std::string m_bytes;               ///< the file as it was read
     SystemCalls::Writers m_writers{};  ///< that had the file open then
     mode_t m_newFileMode = 0;
+    long long m_repeatsUntil = 0;  ///< 0 before the first repeat
     bool m_isEmpty = false;
     bool m_isTimeTelling = false;  ///< nobody can write to it again without changing its time
     bool m_isNew = false;

@@ -1,18 +1,8 @@
 #include "Setup/OdbcIniUpdate.h"
 
-#include <cerrno>
-
 #include "tools/trace.h"
 
 namespace Veltrane::ODBC {
-
-namespace {
-
-/// For how long, in microseconds, the edits are made again for programs that do not know the lock.
-constexpr long long REPEAT_TIME = 5'000'000;
-constexpr unsigned PAUSE = 1000;
-
-}  // namespace
 
 void TraceFileFailure(const FileFailure& in_failure) {
     ORSKA_TRACE(1, "Veltrane::ODBC::OdbcIniFile", "Setup\\OdbcIniFile", 0, "%s",
@@ -103,10 +93,7 @@ bool OdbcIniUpdate::Commit() {
     if (!m_isOpen) return false;
     m_text.Finish();
     bool isDone = !m_text.IsChanged() || Replace();
-    const long long deadline = SystemCalls::GetMonotonicTime() + REPEAT_TIME;
-    while (!isDone && m_file.GetFailure().m_error == EAGAIN) {
-        if (SystemCalls::GetMonotonicTime() > deadline) break;
-        SystemCalls::SleepMicroseconds(PAUSE);
+    while (!isDone && m_file.IsDueAgain()) {
         if (!Open()) break;
         for (const Edit& edit : m_edits) Apply(edit);
         m_text.Finish();

@@ -14,8 +14,6 @@ namespace {
 using Kind = Profile::Kind;
 
 constexpr char LIST_OF_DATA_SOURCES[] = "ODBC Data Sources";
-/// How often a plan is made again for programs that do not know the lock.
-constexpr int MAX_REPEATS = 8;
 
 bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
 
@@ -136,7 +134,7 @@ ProfileView Profile::Read() const {
 std::vector<Profile::Failure> Profile::Change(
     const std::function<void(ProfileChange&)>& in_plan) const {
     OdbcIniFile file(m_path);
-    for (int repeats = 0;; ++repeats) {
+    for (;;) {
         std::string bytes;
         if (!file.Lock(bytes, NewFileMode(m_kind))) Fail(file);
         const auto read = std::make_shared<ProfileView::State>(std::move(bytes), m_path);
@@ -149,8 +147,7 @@ std::vector<Profile::Failure> Profile::Change(
                         read->m_text.IsChanged() ? "written" : "nothing to write");
             return {};
         }
-        if (file.GetFailure().m_error != EAGAIN || repeats == MAX_REPEATS) Fail(file);
-        file.Unlock();
+        if (!file.IsDueAgain()) Fail(file);
     }
 }
 
