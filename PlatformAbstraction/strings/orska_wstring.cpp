@@ -225,9 +225,8 @@ orska_wstring& orska_wstring::operator=(const orska_wstring& in_other) {
     if (m_text == nullptr || in_other.m_text == nullptr) {
         SetImpl(CopyOf(in_other.m_text));
     } else if (this != &in_other) {
-        icu::UnicodeString copy(in_other.m_text->getBuffer(), in_other.m_text->length());
-        CheckWhole(copy);
-        m_text->swap(copy);
+        const TextOwner copy(CopyOf(in_other.m_text));
+        m_text->swap(*copy);
     }
     return *this;
 }
@@ -275,10 +274,14 @@ orska_wstring& orska_wstring::operator+=(const orska_wstring& in_other) {
         return *this;
     }
     // ICU drops a text that it cannot lengthen. Room for more, as many texts grow piece by piece.
-    icu::UnicodeString longer(length + std::min(length / 4 + 128, INT32_MAX - length), 0, 0);
-    CheckWhole(longer);
-    longer.append(*m_text).append(*in_other.m_text);
-    m_text->swap(longer);
+    const TextOwner longer(
+        new icu::UnicodeString(length + std::min(length / 4 + 128, INT32_MAX - length), 0, 0));
+    if (longer == nullptr) {
+        throw std::bad_alloc();
+    }
+    CheckWhole(*longer);
+    longer->append(*m_text).append(*in_other.m_text);
+    m_text->swap(*longer);
     return *this;
 }
 
@@ -455,6 +458,8 @@ orska_wstring& orska_wstring::RegexReplace(const orska_wstring& in_pattern,
                                                : matcher.replaceAll(replacement, status);
     CheckForICUError(status, in_pattern);
     CheckWhole(replaced);
+    const TextOwner before(AcquireText(0));
+    m_text->swap(*before);
     m_text->swap(replaced);
     return *this;
 }
