@@ -1,17 +1,11 @@
+#include <algorithm>
+
 #include "cli/generate/Generate.h"
 #include "cli/line/CommandTable.h"
 
 namespace Veltrane::Cli {
 
 namespace {
-
-/// The names of the line's scope that begin with what has been typed.
-constexpr char BASH_DSNS[] = "veltrane-dsn list --all $scope --prefix=\"$cur\" 2>/dev/null";
-constexpr char ZSH_DSNS[] = "veltrane-dsn list --all $scope --prefix=\"$PREFIX\" 2>/dev/null";
-constexpr char FISH_DSNS[] =
-    "veltrane-dsn list --all (string match -- --system (commandline -opc)) "
-    "--prefix=(commandline -ct) 2>/dev/null";
-constexpr char LIST_DRIVERS[] = "veltrane-dsn driver list 2>/dev/null | sed 's/  .*//'";
 
 /// In single quotes for a shell.
 std::string Quote(std::string_view in_text) {
@@ -51,57 +45,37 @@ std::string Join(const std::vector<std::string_view>& in_words) {
     return text;
 }
 
-/// What bash completes a value with; empty for free text.
-std::string BashAction(ValueKind in_kind) {
-    switch (in_kind) {
-        case ValueKind::File:
-            return "COMPREPLY=($(compgen -f -- \"$cur\"))";
-        case ValueKind::Variable:
-            return "COMPREPLY=($(compgen -e -- \"$cur\"))";
-        case ValueKind::Dsn:
-            return std::string("_veltrane_dsn_lines \"$(") + BASH_DSNS + ")\"";
-        case ValueKind::Driver:
-            return std::string("_veltrane_dsn_lines \"$(") + LIST_DRIVERS + ")\"";
-        case ValueKind::Format:
-            return "COMPREPLY=($(compgen -W 'json ini' -- \"$cur\"))";
-        default:
-            return "COMPREPLY=()";
-    }
-}
+/// What a shell completes a value with. The names of DSNs are those of the line's scope that begin
+/// with what has been typed.
+struct Action {
+    ValueKind m_kind;
+    const char* m_bash;
+    const char* m_zsh;
+    const char* m_fish;
+};
 
-std::string ZshAction(ValueKind in_kind) {
-    switch (in_kind) {
-        case ValueKind::File:
-            return "_files";
-        case ValueKind::Variable:
-            return "_parameters -g \"*export*\"";
-        case ValueKind::Dsn:
-            return "_veltrane_dsn_names";
-        case ValueKind::Driver:
-            return "_veltrane_dsn_drivers";
-        case ValueKind::Format:
-            return "(json ini)";
-        default:
-            return " ";
-    }
-}
+#define VELTRANE_LIST_DRIVERS "veltrane-dsn driver list 2>/dev/null | sed \"s/  .*//\""
+constexpr Action ACTIONS[] = {
+    {ValueKind::Text, "COMPREPLY=()", " ", " -x"},
+    {ValueKind::File, "COMPREPLY=($(compgen -f -- \"$cur\"))", "_files", " -rF"},
+    {ValueKind::Variable, "COMPREPLY=($(compgen -e -- \"$cur\"))", "_parameters -g \"*export*\"",
+     " -xa '(set -nx)'"},
+    {ValueKind::Dsn,
+     "_veltrane_dsn_lines \"$(veltrane-dsn list --all $scope --prefix=\"$cur\" 2>/dev/null)\"",
+     "_veltrane_dsn_names",
+     " -xa '(veltrane-dsn list --all (string match -- --system (commandline -opc)) "
+     "--prefix=(commandline -ct) 2>/dev/null)'"},
+    {ValueKind::Driver, "_veltrane_dsn_lines \"$(" VELTRANE_LIST_DRIVERS ")\"",
+     "_veltrane_dsn_drivers", " -xa '(" VELTRANE_LIST_DRIVERS ")'"},
+    {ValueKind::Format, "COMPREPLY=($(compgen -W 'json ini' -- \"$cur\"))", "(json ini)",
+     " -xa 'json ini'"},
+};
 
-std::string FishAction(ValueKind in_kind) {
-    switch (in_kind) {
-        case ValueKind::File:
-            return " -rF";
-        case ValueKind::Variable:
-            return " -xa '(set -nx)'";
-        case ValueKind::Dsn:
-            return std::string(" -xa '(") + FISH_DSNS + ")'";
-        case ValueKind::Driver:
-            return " -xa '(veltrane-dsn driver list 2>/dev/null | string replace -r \"  .*\" "
-                   "\"\")'";
-        case ValueKind::Format:
-            return " -xa 'json ini'";
-        default:
-            return " -x";
-    }
+const Action& ActionOf(ValueKind in_kind) {
+    const Action* const found =
+        std::find_if(std::begin(ACTIONS), std::end(ACTIONS),
+                     [in_kind](const Action& in_action) { return in_action.m_kind == in_kind; });
+    return found == std::end(ACTIONS) ? ACTIONS[0] : *found;
 }
 
 /// Text in the brackets of a zsh option.
@@ -124,11 +98,11 @@ std::string BashCommand(const CommandInfo& in_command) {
             pattern += (pattern.empty() ? "" : "|") + name;
         }
         if (option->m_argument.empty()) continue;
-        text += "        " + pattern + ") " + BashAction(option->m_kind) + "; return ;;\n";
+        text += "        " + pattern + ") " + ActionOf(option->m_kind).m_bash + "; return ;;\n";
     }
     text += "      esac\n      case $cur in\n        -*) COMPREPLY=($(compgen -W " +
             Quote(names + "--help") + " -- \"$cur\")) ;;\n        *) " +
-            BashAction(in_command.m_kind) + " ;;\n      esac\n      ;;\n";
+            ActionOf(in_command.m_kind).m_bash + " ;;\n      esac\n      ;;\n";
     return text;
 }
 
@@ -174,12 +148,10 @@ std::string MakeZshCompletion() {
         "#compdef veltrane-dsn\n"
         "_veltrane_dsn_names() {\n"
         "  local -a names scope; (( ${words[(I)--system]} )) && scope=(--system)\n"
-        "  names=(${(f)\"$(" +
-        std::string(ZSH_DSNS) +
-        ")\"}); compadd -a names\n}\n"
+        "  names=(${(f)\"$(veltrane-dsn list --all $scope --prefix=\"$PREFIX\" 2>/dev/null)\"})\n"
+        "  compadd -a names\n}\n"
         "_veltrane_dsn_drivers() {\n"
-        "  local -a names; names=(${(f)\"$(" +
-        std::string(LIST_DRIVERS) +
+        "  local -a names; names=(${(f)\"$(" VELTRANE_LIST_DRIVERS
         ")\"}); compadd -a names\n}\n"
         "_veltrane_dsn() {\n"
         "  local command=$words[2]\n"
@@ -201,13 +173,14 @@ std::string MakeZshCompletion() {
                 std::string spec = (option->m_isRepeatable ? "*" : "") + name + "[" +
                                    ZshText(option->m_help) + "]";
                 if (!option->m_argument.empty()) {
-                    spec += ":" + ZshText(option->m_argument) + ":" + ZshAction(option->m_kind);
+                    spec +=
+                        ":" + ZshText(option->m_argument) + ":" + ActionOf(option->m_kind).m_zsh;
                 }
                 text += " \\\n      " + Quote(spec);
             }
         }
         if (command.m_kind != ValueKind::None) {
-            text += " \\\n      " + Quote("*:name:" + ZshAction(command.m_kind));
+            text += " \\\n      " + Quote(std::string("*:name:") + ActionOf(command.m_kind).m_zsh);
         }
         text += " ;;\n";
     }
@@ -233,14 +206,15 @@ std::string MakeFishCompletion() {
                 ? seen + std::string(name) + "; and not " + seen + "driver"
                 : seen + "driver; and " + seen + std::string(name.substr(blank + 1));
         const std::string begin = "complete -c veltrane-dsn -n '" + condition + "'";
-        if (command.m_kind != ValueKind::None) text += begin + FishAction(command.m_kind) + "\n";
+        if (command.m_kind != ValueKind::None)
+            text += begin + ActionOf(command.m_kind).m_fish + "\n";
         for (const OptionInfo* option : ShownOptions(command.m_id)) {
             text += begin;
             for (const std::string& option_name : SplitNames(*option)) {
                 const bool isLong = option_name.starts_with("--");
                 text += isLong ? " -l " + option_name.substr(2) : " -s " + option_name.substr(1);
             }
-            if (!option->m_argument.empty()) text += FishAction(option->m_kind);
+            if (!option->m_argument.empty()) text += ActionOf(option->m_kind).m_fish;
             text += " -d " + Quote(option->m_help) + "\n";
         }
     }

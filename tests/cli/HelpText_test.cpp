@@ -10,12 +10,6 @@
 namespace Veltrane::Cli {
 namespace {
 
-TEST(HelpText, WrapsAtTheColumn) {
-    EXPECT_EQ(Wrap("aa bb cc", 0, 5), "aa bb\ncc\n");
-    EXPECT_EQ(Wrap("aa bb cc", 2, 6), "  aa\n  bb\n  cc\n");
-    EXPECT_EQ(Wrap("longer-than-that b", 1, 5), " longer-than-that\n b\n");
-}
-
 void ExpectNarrow(const std::string& in_text) {
     std::istringstream lines(in_text);
     for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), MAX_COLUMNS) << line;
