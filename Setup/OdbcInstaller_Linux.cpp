@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Exceptions/OrskaThrow.h"
 #include "Setup/HandedOutValues.h"
 #include "Setup/InstallerLibrary.h"
 #include "Setup/OdbcIniFile.h"
@@ -72,7 +73,9 @@ class FileRights {
 public:
     FileRights() : m_isChanged(IsPrivileged()) {
         if (m_isChanged && !SystemCalls::UseFileRightsOfUser()) {
-            throw std::runtime_error("The rights of the program cannot be given up.");
+            ORSKA_THROW((Orska::Support::TraceSite{"Veltrane::ODBC::OdbcInstaller::FileRights",
+                                                   "Setup\\OdbcInstaller", 0}),
+                        std::runtime_error("The rights of the program cannot be given up."));
         }
     }
     FileRights(const FileRights&) = delete;
