@@ -7,8 +7,8 @@
 /// buffer is left as it was, but for zeros in place of a code point that did not fit.
 ///
 /// One instance serves the driver; any thread may use it at any time. Threads wait for each other
-/// only where the ICU converter of the driver manager's encoding is needed, which the Unicode
-/// encodings do not need for well-formed text.
+/// only where the ICU converter of the driver manager's encoding is needed, which the Unicode and
+/// the common single-byte encodings do not need.
 #ifndef PLATFORMABSTRACTION_ICU_ODBCSTRINGCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_ODBCSTRINGCONVERTER_H
 

@@ -35,13 +35,15 @@ inline std::int64_t GetUsableCapacity(std::u16string_view in_text,
     return in_capacity;
 }
 
-/// Writes a text with a byte for each unit; false, with nothing written, when it is not all ASCII.
-inline bool NarrowAscii(std::u16string_view in_text, char* out_bytes) noexcept {
+/// Writes a text with a byte for each unit.
+/// @param in_last  7F for ASCII, FF for latin1
+/// @return false, with nothing written, when a unit is above
+inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_bytes) noexcept {
     unsigned all = 0;
     for (const char16_t unit : in_text) {
         all |= unit;
     }
-    if (all >= 0x80) {
+    if (all > in_last) {
         return false;
     }
     for (const char16_t unit : in_text) {

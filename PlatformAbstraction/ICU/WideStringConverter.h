@@ -1,10 +1,10 @@
 /// The string converter of the platform: between strings and bytes in any of the encodings. The
 /// platform object owns one; any thread may use it at any time.
 ///
-/// Text in the Unicode encodings, latin1 and cp1252 is converted directly; all else, and malformed
-/// text from the first malformed place on, by ICU converters. These are costly to open, so they are
-/// kept in a pool for each encoding, which grows to as many as convert at the same time. A pool's
-/// lock is held only to take or to return a converter.
+/// Text in the Unicode encodings, latin1, cp1252 and US-ASCII is converted directly, all else by
+/// ICU converters. These are costly to open, so they are kept in a pool for each encoding, which
+/// grows to as many as convert at the same time. A pool's lock is held only to take or to return a
+/// converter.
 #ifndef PLATFORMABSTRACTION_ICU_WIDESTRINGCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_WIDESTRINGCONVERTER_H
 

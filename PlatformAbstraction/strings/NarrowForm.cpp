@@ -11,7 +11,7 @@ namespace Orska::Support {
 NarrowForm::NarrowForm(const orska_wstring& in_text) {
     const std::u16string_view units = in_text.GetView();
     if (units.size() <= sizeof(m_stack) && EncodingInfo::IsAsciiSuperset(GetAnsiEncoding()) &&
-        NarrowAscii(units, m_stack)) {
+        NarrowText(units, 0x7F, m_stack)) {
         m_length = units.size();
         return;
     }

@@ -114,12 +114,13 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
 }
 
 std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encoding) {
-    constexpr std::size_t MOST_ASCII = 256;  // units; longer text is not looked at twice
+    constexpr std::size_t MOST_PLAIN = 256;  // units; longer text is not looked at twice
     const std::u16string_view text = GetView(in_text);
     std::string bytes;
-    if (HasAscii(in_encoding) && text.size() <= MOST_ASCII) {
+    if (HasAscii(in_encoding) && text.size() <= MOST_PLAIN) {
         bytes.resize(text.size());
-        if (NarrowAscii(text, bytes.data())) {
+        const char16_t last = in_encoding == EncodingType::ENC_LATIN1 ? 0xFF : 0x7F;
+        if (NarrowText(text, last, bytes.data())) {
             return bytes;
         }
     }
