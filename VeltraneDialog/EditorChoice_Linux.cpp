@@ -1,6 +1,4 @@
-#include <dlfcn.h>
 #include <fcntl.h>
-#include <link.h>
 #include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +9,7 @@
 #include <memory>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
+#include "PlatformAbstraction/base/OwnDirectory.h"
 #include "VeltraneDialog/EditorChoice.h"
 
 #ifndef VELTRANE_EDITOR_DIRECTORY
@@ -34,19 +33,6 @@ std::string RealPath(const std::string& in_path) {
 
 std::string DirectoryOf(const std::string& in_path) {
     return in_path.substr(0, in_path.rfind('/'));
-}
-
-/// The directory of the library (or program) that this code is part of.
-std::string OwnDirectory() {
-    Dl_info info{};
-    void* map = nullptr;
-    const auto* address = reinterpret_cast<const void*>(&OwnDirectory);
-    if (dladdr1(address, &info, &map, RTLD_DL_LINKMAP) == 0) {
-        return {};
-    }
-    // The program itself has no name there, and its file may be named relative to another place.
-    const bool isProgram = map == nullptr || *static_cast<const link_map*>(map)->l_name == '\0';
-    return DirectoryOf(RealPath(isProgram ? "/proc/self/exe" : info.dli_fname));
 }
 
 std::string TerminalProblem() {
@@ -97,7 +83,7 @@ EditorSurroundings LookAroundForEditors() {
     surroundings.m_hasDisplay =
         !SecureVariable("DISPLAY").empty() || !SecureVariable("WAYLAND_DISPLAY").empty();
     surroundings.m_terminalProblem = TerminalProblem();
-    const std::string own = OwnDirectory();
+    const std::string own = DirectoryOf(Orska::Support::GetOwnDirectory());
     if (!own.empty()) {
         // Installed; the library in its build tree; a program in its build tree.
         surroundings.m_directories = {own + "/" VELTRANE_EDITOR_DIRECTORY,

@@ -1,18 +1,21 @@
-#include <windows.h>
-
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
 
+#include "PlatformAbstraction/base/Ascii.h"
+#include "PlatformAbstraction/base/SystemError.h"
+#include "PlatformAbstraction/base/WindowsHandle.h"
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/WideText_Windows.h"
 #include "VeltraneDialog/Wipe.h"
 
 namespace Veltrane::ODBC {
 
+using Orska::Support::DescribeSystemError;
+
 namespace {
 
-/// More than any seven values need; keeps a device or an endless pipe from filling the memory.
+/// More than any seven values need; keeps a large file from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
 constexpr DWORD BLOCK_SIZE = 4096;
 
@@ -24,34 +27,23 @@ constexpr wchar_t DEFAULT_FILE_NAME[] = L"dsn-defaults.ini";
                              ".");
 }
 
-class OpenFile {
-public:
-    explicit OpenFile(const std::wstring& in_fileName)
-        : m_file(CreateFileW(in_fileName.c_str(), GENERIC_READ,
-                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    ~OpenFile() {
-        if (IsOpen()) CloseHandle(m_file);
-    }
-    bool IsOpen() const { return m_file != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_file; }
-
-private:
-    HANDLE m_file;
-};
-
 /// @return false when the file does not exist and may be absent
 bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
                    std::string& out_contents) {
-    const OpenFile file(in_fileName);
+    const Orska::Support::WindowsHandle file(CreateFileW(
+        in_fileName.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.IsOpen()) {
         const DWORD error = GetLastError();
         if (in_mayBeAbsent && (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)) {
             return false;
         }
         Fail(in_fileName, DescribeSystemError(error));
+    }
+    // A request does not wait for whoever is to write into a pipe or to type in a console.
+    const bool isNullDevice = Orska::Support::EqualsIgnoringCase(ToUtf8(in_fileName), "NUL");
+    if (!isNullDevice && GetFileType(file.Get()) != FILE_TYPE_DISK) {
+        Fail(in_fileName, "not a regular file");
     }
     // Room for all at once: a buffer that grows leaves what it held behind.
     LARGE_INTEGER size{};
@@ -63,10 +55,7 @@ bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
     for (;;) {
         DWORD count = 0;
         if (ReadFile(file.Get(), block.data(), BLOCK_SIZE, &count, nullptr) == FALSE) {
-            // A pipe whose other end has gone is at its end.
-            const DWORD error = GetLastError();
-            const bool isEnd = error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
-            if (!isEnd) Fail(in_fileName, DescribeSystemError(error));
+            Fail(in_fileName, DescribeSystemError(GetLastError()));
         }
         if (count == 0) return true;
         out_contents.append(block.data(), count);
@@ -88,10 +77,7 @@ std::wstring NamedFile() {
 
 /// Beside the setup library, where only an administrator can put a file. The folder for data of all
 /// programs would not do: every user may make a folder there.
-std::wstring DefaultFile() {
-    const std::wstring own = OwnModulePath();
-    return own.substr(0, own.rfind(L'\\') + 1) + DEFAULT_FILE_NAME;
-}
+std::wstring DefaultFile() { return PathBesideModule(DEFAULT_FILE_NAME); }
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
 #include "VeltraneDialog/WideText_Windows.h"
@@ -36,12 +37,11 @@ HMODULE LoadFrom(const std::wstring& in_path) {
 /// The function of the library that stands beside this code. The library stays loaded: a C++
 /// run-time that is linked into it loses a slot of the process each time it is loaded anew.
 ShowDialogFunction FindShowDialog() {
-    const std::wstring own = OwnModulePath();
-    const std::wstring path = own.substr(0, own.rfind(L'\\') + 1) + DIALOG_LIBRARY_NAME;
+    const std::wstring path = PathBesideModule(DIALOG_LIBRARY_NAME);
     const HMODULE library = LoadFrom(path);
     if (library == nullptr) {
         const DWORD error = GetLastError();
-        Fail(ToUtf8(path) + " cannot be loaded: " + DescribeSystemError(error));
+        Fail(ToUtf8(path) + " cannot be loaded: " + Orska::Support::DescribeSystemError(error));
     }
     const FARPROC function = GetProcAddress(library, DIALOG_FUNCTION_NAME);
     if (function == nullptr) {

@@ -1,10 +1,8 @@
 #include "VeltraneDialog/WideText_Windows.h"
 
-#include <windows.h>
-
-#include <iterator>
 #include <stdexcept>
 
+#include "PlatformAbstraction/base/OwnDirectory.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 
@@ -22,36 +20,13 @@ std::string ToUtf8(std::wstring_view in_text) {
         std::u16string_view(reinterpret_cast<const char16_t*>(in_text.data()), in_text.size()));
 }
 
-std::string DescribeSystemError(unsigned long in_error) {
-    wchar_t text[512] = L"";
-    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                                  nullptr, in_error, 0, text, std::size(text), nullptr);
-    constexpr std::wstring_view ENDS(L"\r\n .");
-    while (length > 0 && ENDS.find(text[length - 1]) != std::wstring_view::npos) --length;
-    const std::string known = ToUtf8({text, length});
-    return known.empty() ? "error " + std::to_string(in_error) : known;
-}
-
-std::wstring OwnModulePath() {
-    HMODULE module = nullptr;
-    const BOOL isFound = GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<const wchar_t*>(&OwnModulePath), &module);
-    // Long paths are cut to the buffer without an error on old systems: a full buffer is too small.
-    constexpr DWORD MAX_LENGTH = 1 << 15;
-    std::wstring path(isFound ? MAX_PATH : 0, L'\0');
-    while (!path.empty() && path.size() <= MAX_LENGTH) {
-        const DWORD length =
-            GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
-        if (length == 0) break;
-        if (length < path.size()) {
-            path.resize(length);
-            return path;
-        }
-        path.resize(path.size() * 2);
+std::wstring PathBesideModule(const wchar_t* in_name) {
+    const std::filesystem::path directory = Orska::Support::GetOwnDirectory();
+    if (directory.empty()) {
+        // A name alone would be looked for in places that the host or its user chooses.
+        throw std::runtime_error("The system does not tell where this module is.");
     }
-    throw std::runtime_error(
-        "The path of this module cannot be found: " + DescribeSystemError(GetLastError()) + ".");
+    return directory / in_name;
 }
 
 }  // namespace Veltrane::ODBC

@@ -18,12 +18,9 @@ inline wchar_t* AsWide(char16_t* in_text) { return reinterpret_cast<wchar_t*>(in
 std::wstring ToWide(std::string_view in_bytes);
 std::string ToUtf8(std::wstring_view in_text);
 
-/// The system's text for an error of GetLastError, in UTF-8, without the line end and full stop.
-std::string DescribeSystemError(unsigned long in_error);
-
-/// The full path of the file that holds this code, the program or a library.
-/// @throws std::runtime_error when the system does not tell it
-std::wstring OwnModulePath();
+/// The full path of a file beside the file that holds this code, the library or the program.
+/// @throws std::runtime_error when the system does not tell where that is
+std::wstring PathBesideModule(const wchar_t* in_name);
 
 }  // namespace Veltrane::ODBC
 

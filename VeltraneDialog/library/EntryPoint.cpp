@@ -5,6 +5,7 @@
 #include <exception>
 #include <string>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
 #include "VeltraneDialog/Utf8.h"
@@ -58,7 +59,8 @@ int ShowRequest(const DialogRequest& in_request) {
     const INT_PTR result = Show(values, owner, error);
     if (result == IDCANCEL) return DIALOG_CANCELLED;
     if (result != IDOK) {
-        return Fail(in_request, "The dialog cannot be opened: " + DescribeSystemError(error));
+        return Fail(in_request,
+                    "The dialog cannot be opened: " + Orska::Support::DescribeSystemError(error));
     }
     for (unsigned i = 0; i < DIALOG_TEXT_COUNT; ++i) {
         Hand(in_request, i, *(values.*DIALOG_FIELDS[i].m_value));

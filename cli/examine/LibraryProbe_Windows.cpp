@@ -4,6 +4,7 @@
 #include <cstring>
 #include <set>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/WideText_Windows.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/CommandError.h"
@@ -14,9 +15,9 @@ namespace Veltrane::Cli {
 
 namespace {
 
-using ODBC::DescribeSystemError;
 using ODBC::ToUtf8;
 using ODBC::ToWide;
+using Orska::Support::DescribeSystemError;
 
 /// The build is for x86-64 alone.
 constexpr WORD OWN_MACHINE = IMAGE_FILE_MACHINE_AMD64;

@@ -1,11 +1,12 @@
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/WideText_Windows.h"
 #include "cli/system/FileHandle_Windows.h"
 #include "cli/system/Input.h"
 
 namespace Veltrane::Cli {
 
-using ODBC::DescribeSystemError;
 using ODBC::ToWide;
+using Orska::Support::DescribeSystemError;
 
 struct Input::State {
     FileHandle m_file;

@@ -32,7 +32,7 @@ protected:
         if (pipe != nullptr) _pclose(pipe);
         return output;
     }
-    const fs::path m_own = fs::path(OwnModulePath()).parent_path();
+    const fs::path m_own = fs::path(PathBesideModule(L"x")).parent_path();
     const fs::path m_folder = fs::temp_directory_path() / "veltrane_dialog_library_test";
 };
 

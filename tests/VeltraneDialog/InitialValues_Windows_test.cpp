@@ -5,6 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "PlatformAbstraction/base/WindowsHandle.h"
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/WideText_Windows.h"
 
@@ -32,8 +33,7 @@ protected:
     /// With letters that no code page of Wine or Windows has all of.
     const std::filesystem::path m_file =
         std::filesystem::temp_directory_path() / L"values \x65E5\x672C.ini";
-    const std::filesystem::path m_defaults =
-        std::filesystem::path(OwnModulePath()).parent_path() / L"dsn-defaults.ini";
+    const std::filesystem::path m_defaults = PathBesideModule(L"dsn-defaults.ini");
 };
 
 TEST_F(InitialValuesFileTest, ReadsTheNamedFileElseTheOneBesideTheLibrary) {
@@ -57,6 +57,14 @@ TEST_F(InitialValuesFileTest, WhatCannotBeReadIsAnErrorWithItsName) {
         << LoadError();
     std::ofstream(m_file) << std::string((1 << 20) + 1, '#');
     EXPECT_NE(LoadError().find(": larger than 1 MiB."), std::string::npos) << LoadError();
+    const wchar_t* const pipeName = L"\\\\.\\pipe\\veltrane-initial-values";
+    const Orska::Support::WindowsHandle pipe(
+        CreateNamedPipeW(pipeName, PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE, 1, 0, 0, 0, nullptr));
+    ASSERT_TRUE(pipe.IsOpen());
+    Name(pipeName);
+    EXPECT_NE(LoadError().find(": not a regular file."), std::string::npos) << LoadError();
+    Name(L"NUL");
+    EXPECT_EQ(LoadInitialValues().m_dsn, u"");
     const std::wstring longName(400, L'x');
     Name(longName);
     EXPECT_NE(LoadError().find(std::string(400, 'x') + ": "), std::string::npos) << LoadError();
