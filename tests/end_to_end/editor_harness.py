@@ -154,13 +154,6 @@ class EditorTest(unittest.TestCase):
                             "Database=retail\n")
         return self.ini.read_text()
 
-    def existing_odd_values(self):
-        """The same with values that no editor lets anybody enter; another program stored them."""
-        self.ini.write_bytes(b"[sales]\nDriver=Veltrane\nServer=" + b"s" * 258 + b" " + b"t" * 41 +
-                             b"\nNamespace=" + b"\xfc" * 300 + b"\nLoginMode=CH\xc2TEAU\x0bx\x1b[1m"
-                             b"\nUID=me\nPWD=p\tw\x01\x7f\r.\nDatabase=d\xc2\x85e\n")
-        return self.ini.read_bytes()
-
     def assert_add_without_name_failed(self):
         """What a cancelled add comes to: there is no name to save it under."""
         result, errors = self.errors()

@@ -152,7 +152,11 @@ class TerminalEditorTest(editor_harness.EditorTest):
                           "Database": "retail"})
 
     def test_what_is_not_changed_stays_byte_for_byte(self):
-        before = self.existing_odd_values()
+        """Values that no editor lets anybody enter; another program stored them."""
+        before = (b"[sales]\nDriver=Veltrane\nServer=" + b"s" * 258 + b" " + b"t" * 41 +
+                  b"\nNamespace=" + b"\xfc" * 300 + b"\nLoginMode=CH\xc2TEAU\x0bx\x1b[1m"
+                  b"\nUID=me\nPWD=p\tw\x01\x7f\r.\nDatabase=d\xc2\x85e\n")
+        self.ini.write_bytes(before)
         self.start("config", "DSN=sales")
         self.wait_for_text("Data source sales")
         self.keys("Tab", "Tab", "Tab", "End")
