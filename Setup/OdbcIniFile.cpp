@@ -31,6 +31,7 @@ constexpr char MOUNTED[] =
     "cannot be replaced, because it is mounted by itself (mount its directory instead)";
 /// The system's limit for one attribute and for the list of names.
 constexpr std::size_t MAX_ATTRIBUTE = 65536;
+constexpr std::size_t USUAL_ATTRIBUTE = 256;
 /// A program that has the file open, and has not written for so long, in microseconds, is not in
 /// the middle of it; unless the file is empty, which is how programs begin.
 constexpr long long WRITER_PAUSE = 4'000'000;
@@ -59,6 +60,13 @@ bool IsSameVersion(const struct stat& in_left, const struct stat& in_right) {
 long long GetAge(const struct stat& in_stat) {
     return SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
            in_stat.st_mtim.tv_nsec / 1000;
+}
+
+/// True when the next write cannot leave the time of the last one as it is. The time of a file that
+/// was renamed in a later tick than it was written in, as ours are, is gone by already.
+bool IsTimeTelling(const struct stat& in_stat) {
+    return !IsSameTime(in_stat.st_mtim, in_stat.st_ctim) ||
+           (in_stat.st_mtim.tv_nsec != 0 && GetAge(in_stat) > TICK);
 }
 
 /// True when one of these may be in the middle of writing the file in place. That sets both times;
@@ -143,13 +151,26 @@ std::string FollowLinks(std::string in_path) {
     return in_path;
 }
 
-/// The attribute with its value; nothing when it cannot be read.
-bool GetAttribute(int in_handle, const char* in_name, std::string& out_value) {
-    out_value.resize(MAX_ATTRIBUTE);
-    const ssize_t size =
-        SystemCalls::GetAttribute(in_handle, in_name, out_value.data(), out_value.size());
-    out_value.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+/// Calls for bytes of which nobody knows how many there are.
+/// @return false when that fails
+template <typename Call>
+bool ReadBytes(const Call& in_call, std::string& out_bytes) {
+    ssize_t size = -1;
+    for (const std::size_t room : {USUAL_ATTRIBUTE, MAX_ATTRIBUTE}) {
+        out_bytes.resize(room);
+        size = in_call(out_bytes.data(), room);
+        if (size >= 0 || errno != ERANGE) break;
+    }
+    out_bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
     return size >= 0;
+}
+
+bool GetAttribute(int in_handle, const char* in_name, std::string& out_value) {
+    return ReadBytes(
+        [&](char* out_bytes, std::size_t in_size) {
+            return SystemCalls::GetAttribute(in_handle, in_name, out_bytes, in_size);
+        },
+        out_value);
 }
 
 bool SetAttribute(int in_handle, const char* in_name, const std::string& in_value) {
@@ -236,8 +257,7 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& out_stat, std::string& 
         m_writers = SystemCalls::FindWriters(in_handle);
         if (SystemCalls::StatHandle(in_handle, after) != 0) return FailToRead();
         if (IsSameVersion(out_stat, after) && !IsBeingWritten(m_writers, after)) {
-            m_isTimeTelling =
-                m_writers == Writers::NONE && after.st_mtim.tv_nsec != 0 && GetAge(after) > TICK;
+            m_isTimeTelling = m_writers == Writers::NONE && IsTimeTelling(after);
             return true;
         }
         if (SystemCalls::GetMonotonicTime() > deadline) {
@@ -495,9 +515,12 @@ bool OdbcIniFile::CopyAccessList(int in_handle) {
 /// Those that users and the system's policy have set. A file without them is usable, but for the
 /// access list of a network file system, which changing the mode may have changed.
 bool OdbcIniFile::CopyExtendedAttributes(int in_handle) {
-    std::string names(MAX_ATTRIBUTE, '\0');
-    const ssize_t size = SystemCalls::ListAttributes(m_file.Get(), names.data(), names.size());
-    names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    std::string names;
+    ReadBytes(
+        [this](char* out_names, std::size_t in_size) {
+            return SystemCalls::ListAttributes(m_file.Get(), out_names, in_size);
+        },
+        names);
     std::string value;
     for (std::size_t i = 0; i < names.size(); i = names.find('\0', i) + 1) {
         const char* const name = names.c_str() + i;
