@@ -1,5 +1,6 @@
 #include "Setup/OdbcIniUpdate.h"
 
+#include "Setup/ProfileRules.h"
 #include "tools/trace.h"
 
 namespace Veltrane::ODBC {
@@ -26,7 +27,7 @@ bool OdbcIniUpdate::Open() {
     if (!m_text.IsReadable()) {
         // The driver manager refuses such a file as a whole, so what we wrote could not be read.
         m_file.Unlock();
-        return Refuse("text before the first section");
+        return Refuse(ProfileRules::UNREADABLE);
     }
     return true;
 }

@@ -14,20 +14,18 @@
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcIniUpdate.h"
 #include "Setup/OdbcInstaller.h"
+#include "Setup/ProfileRules.h"
 #include "VeltraneDialog/FieldRules.h"
 
 namespace Veltrane::ODBC::OdbcInstaller {
 
 namespace {
 
+using namespace ProfileRules;
 using Rules = OdbcIniText::Rules;
 
-constexpr mode_t NEW_USER_FILE = 0600;
-/// Data sources of the system are for every user; the umask of the administrator may narrow it.
-constexpr mode_t NEW_SYSTEM_FILE = 0644;
 /// For how long, in microseconds, a file that looks unchanged is not read again within a request.
 constexpr long long SNAPSHOT_AGE = 1'000'000;
-constexpr char LIST_OF_DATA_SOURCES[] = "ODBC Data Sources";
 constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 
 /// A file as it was read, so that the reads of one request need to read it once.
@@ -59,11 +57,6 @@ std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
     }
     return in_text.GetAsUtf8();
 }
-
-bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
-
-/// How the driver manager reads a file that is the only or first one.
-Rules RulesOf(bool in_isIodbc) { return in_isIodbc ? Rules::IODBC : Rules::FIRST_FILE; }
 
 orska_wstring EmptyText() { return orska_wstring(std::string()); }
 
@@ -254,24 +247,19 @@ const std::string* FindStored(const orska_wstring& in_key, const orska_wstring& 
     return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
 }
 
-/// iODBC keeps a list of all data sources in the file; the one named so is not in it.
-bool IsListed(const Update::State& in_state, const std::string& in_dsn) {
-    return in_state.m_isIodbc && in_dsn != "Default";
-}
-
 bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
     // unixODBC does not find a system file that does not exist. iODBC makes it.
     if (!io_state.m_isIodbc && io_state.m_mode == ConfigMode::SYSTEM &&
         io_state.m_update.IsNewFile()) {
         return io_state.m_update.Refuse("does not exist");
     }
-    const bool isUnlisted =
-        !IsListed(io_state, in_dsn) || io_state.m_update.RemoveKey(LIST_OF_DATA_SOURCES, in_dsn);
+    const bool isUnlisted = !IsListed(io_state.m_isIodbc, in_dsn) ||
+                            io_state.m_update.RemoveKey(LIST_OF_DATA_SOURCES, in_dsn);
     return isUnlisted && io_state.m_update.RemoveSection(in_dsn);
 }
 
 bool StartIn(Update::State& io_state, const std::string& in_dsn, const std::string& in_driver) {
-    const bool isListed = !IsListed(io_state, in_dsn) ||
+    const bool isListed = !IsListed(io_state.m_isIodbc, in_dsn) ||
                           io_state.m_update.Set(LIST_OF_DATA_SOURCES, in_dsn, in_driver);
     return isListed && io_state.m_update.StartSection(in_dsn) &&
            io_state.m_update.Set(in_dsn, "Driver", in_driver);

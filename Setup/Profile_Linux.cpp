@@ -1,29 +1,21 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "Setup/InstallerLibrary.h"
 #include "Setup/OdbcIniFile.h"
-#include "Setup/OdbcIniText.h"
 #include "Setup/Profile.h"
+#include "Setup/ProfileRules.h"
 #include "tools/trace.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
 
+using namespace ProfileRules;
 using Kind = Profile::Kind;
 
-constexpr char LIST_OF_DATA_SOURCES[] = "ODBC Data Sources";
-
-bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
-
-OdbcIniText::Rules Rules() {
-    return IsIodbc() ? OdbcIniText::Rules::IODBC : OdbcIniText::Rules::FIRST_FILE;
+mode_t NewFileMode(Kind in_kind) {
+    return in_kind == Kind::USER_DATA_SOURCES ? NEW_USER_FILE : NEW_SYSTEM_FILE;
 }
-
-/// A user's file may hold passwords. What is the system's is for every user; the umask of the
-/// administrator may narrow it.
-mode_t NewFileMode(Kind in_kind) { return in_kind == Kind::USER_DATA_SOURCES ? 0600 : 0644; }
 
 std::string FindPath(Kind in_kind) {
     if (in_kind == Kind::USER_DATA_SOURCES) return GetUserIniPath();
@@ -47,11 +39,11 @@ struct ProfileView::State {
     OdbcIniText m_text;
 
     /// The driver manager would read nothing of what is written to such a file.
-    State(std::string in_bytes, const std::string& in_path) : m_text(std::move(in_bytes), Rules()) {
+    State(std::string in_bytes, const std::string& in_path)
+        : m_text(std::move(in_bytes), RulesOf(IsIodbc())) {
         if (m_text.IsReadable()) return;
-        throw ProfileError(in_path +
-                           ": text before the first section makes the whole file unreadable for "
-                           "the driver manager");
+        throw ProfileError(in_path + ": " + UNREADABLE +
+                           " makes the whole file unreadable for the driver manager");
     }
 };
 
@@ -86,21 +78,20 @@ struct ProfileChange::State {
 
     OdbcIniText& m_text;  ///< of the view
     ProfileView m_view;
-    bool m_isListed = IsIodbc();
+    bool m_isIodbc = IsIodbc();
 };
 
 const ProfileView& ProfileChange::GetView() const { return m_state.m_view; }
 
 void ProfileChange::AddDataSource(const std::string& in_name, const std::string& in_driver) {
-    // iODBC keeps a list of all data sources in the file; the one named so is not in it.
-    if (m_state.m_isListed && in_name != "Default") Set(LIST_OF_DATA_SOURCES, in_name, in_driver);
+    if (IsListed(m_state.m_isIodbc, in_name)) Set(LIST_OF_DATA_SOURCES, in_name, in_driver);
     Set(in_name, "Driver", in_driver);
 }
 
 void ProfileChange::Set(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
     if (!OdbcIniText::IsCarriableSection(in_section) ||
-        !OdbcIniText::IsCarriableLine(in_key, in_value, Rules())) {
+        !OdbcIniText::IsCarriableLine(in_key, in_value, RulesOf(m_state.m_isIodbc))) {
         throw ProfileError(in_key + ": No line of the file can hold this key and value unchanged.");
     }
     m_state.m_text.Set(in_section, in_key, in_value);
@@ -111,7 +102,8 @@ void ProfileChange::RemoveKey(const std::string& in_section, const std::string& 
 }
 
 void ProfileChange::RemoveSection(const std::string& in_section) {
-    if (m_state.m_isListed) m_state.m_text.RemoveKey(LIST_OF_DATA_SOURCES, in_section);
+    if (IsListed(m_state.m_isIodbc, in_section))
+        m_state.m_text.RemoveKey(LIST_OF_DATA_SOURCES, in_section);
     m_state.m_text.RemoveSection(in_section);
 }
 
