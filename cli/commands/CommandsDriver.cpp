@@ -37,7 +37,7 @@ Entries GivenEntries(const CommandLine& in_line) {
 void CheckName(const std::string& in_driver) {
     if (!DriverRegistry::IsName(in_driver) || !ODBC::OdbcIniText::IsCarriableSection(in_driver) ||
         !ODBC::OdbcIniText::IsCarriableLine("Driver", in_driver)) {
-        throw CommandError(EXIT_FAILED, "This cannot be the name of a driver.");
+        throw CommandError(EXIT_USAGE, "This cannot be the name of a driver.");
     }
 }
 

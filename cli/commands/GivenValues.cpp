@@ -4,7 +4,7 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
-#include "cli/dsn/NearKey.h"
+#include "cli/dsn/Entries.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/Terminal.h"

@@ -8,13 +8,8 @@ namespace Veltrane::Cli {
 
 namespace {
 
-constexpr std::string_view BLANKS(" \t\r\n");
-
-std::string_view Trim(std::string_view in_text) {
-    const std::size_t begin = in_text.find_first_not_of(BLANKS);
-    if (begin == std::string_view::npos) return {};
-    return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
-}
+using Orska::Support::Trim;
+using Orska::Support::TrimLeft;
 
 class Parser {
 public:
@@ -72,7 +67,7 @@ private:
         Fail("an opening brace without its closing one");
     }
 
-    void SkipBlanks() { m_at = std::min(m_text.find_first_not_of(BLANKS, m_at), m_text.size()); }
+    void SkipBlanks() { m_at = m_text.size() - TrimLeft(m_text.substr(m_at)).size(); }
 
     [[noreturn]] void Fail(const char* in_reason) const {
         throw CommandError(EXIT_USAGE, "The connection string has, at byte " +

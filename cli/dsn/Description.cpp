@@ -4,17 +4,13 @@
 
 #include "cli/dsn/DescriptionFormats.h"
 #include "cli/dsn/DsnPlan.h"
-#include "cli/dsn/NearKey.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-std::string_view SkipBlanks(std::string_view in_text) {
-    const std::size_t begin = in_text.find_first_not_of(" \t\r\n");
-    return begin == std::string_view::npos ? std::string_view() : in_text.substr(begin);
-}
+using Orska::Support::TrimLeft;
 
 void CheckKeys(const DsnDescription& in_description, const std::string& in_place) {
     const auto check = [&](const std::string& in_key) {
@@ -34,10 +30,10 @@ void CheckKeys(const DsnDescription& in_description, const std::string& in_place
 }  // namespace
 
 DescriptionFormat GuessFormat(std::string_view in_text) {
-    const std::string_view text = SkipBlanks(in_text);
+    const std::string_view text = TrimLeft(in_text);
     if (text.starts_with('{')) return DescriptionFormat::JSON;
     if (!text.starts_with('[')) return DescriptionFormat::INI;
-    const std::string_view inner = SkipBlanks(text.substr(1));
+    const std::string_view inner = TrimLeft(text.substr(1));
     const bool isList = inner.starts_with('{') || inner.starts_with(']');
     return isList ? DescriptionFormat::JSON : DescriptionFormat::INI;
 }
@@ -46,7 +42,7 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
                                               const std::string& in_source,
                                               std::vector<std::string>& out_notes) {
     // What wrote it has probably failed.
-    if (SkipBlanks(in_text).empty()) throw CommandError(EXIT_FAILED, in_source + ": is empty.");
+    if (TrimLeft(in_text).empty()) throw CommandError(EXIT_FAILED, in_source + ": is empty.");
     std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
                                                    ? ParseJson(in_text, in_source)
                                                    : ParseIni(in_text, in_source, out_notes);

@@ -6,12 +6,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-std::string_view Trim(std::string_view in_text) {
-    constexpr std::string_view BLANKS(" \t\r");
-    const std::size_t begin = in_text.find_first_not_of(BLANKS);
-    if (begin == std::string_view::npos) return {};
-    return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
-}
+using Orska::Support::Trim;
 
 class Reader {
 public:

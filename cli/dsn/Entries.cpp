@@ -2,26 +2,9 @@
 
 #include <algorithm>
 
+#include "cli/system/NearWord.h"
+
 namespace Veltrane::Cli {
-
-namespace {
-
-char Fold(char in_char) {
-    return in_char >= 'A' && in_char <= 'Z' ? static_cast<char>(in_char + ('a' - 'A')) : in_char;
-}
-
-}  // namespace
-
-bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) {
-    return std::equal(in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
-                      [](char in_a, char in_b) { return Fold(in_a) == Fold(in_b); });
-}
-
-std::string FoldCase(std::string_view in_text) {
-    std::string folded(in_text);
-    std::transform(folded.begin(), folded.end(), folded.begin(), Fold);
-    return folded;
-}
 
 Entries::Entries(const std::vector<Entry>& in_lines) {
     for (const auto& [key, value] : in_lines) {
@@ -99,6 +82,13 @@ bool IsSecretKey(std::string_view in_key) {
 std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown) {
     const bool isMasked = !in_areSecretsShown && IsSecretKey(in_entry.first);
     return isMasked ? std::string(MASK) : in_entry.second;
+}
+
+std::string DescribeNearKey(std::string_view in_key) {
+    const std::string_view near = FindNearWord(in_key, FIELD_KEYS);
+    if (near.empty()) return {};
+    return "The driver has no key " + std::string(in_key) + "; did you mean " + std::string(near) +
+           "?";
 }
 
 }  // namespace Veltrane::Cli

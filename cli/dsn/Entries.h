@@ -9,15 +9,15 @@
 #include <utility>
 #include <vector>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "VeltraneDialog/DialogFields.h"
 
 namespace Veltrane::Cli {
 
 using Entry = std::pair<std::string, std::string>;
 
-bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right);
-/// ASCII letters in lower case: equal for names that are the same to the driver manager.
-std::string FoldCase(std::string_view in_text);
+using Orska::Support::EqualsIgnoringCase;
+using Orska::Support::FoldCase;
 
 class Entries {
 public:
@@ -68,6 +68,9 @@ inline constexpr std::string_view MASK = "********";
 
 /// The value for people: masked when it is a secret one.
 std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown);
+
+/// "The driver has no key Sever; did you mean Server?"; empty where no key of ours is near.
+std::string DescribeNearKey(std::string_view in_key);
 
 }  // namespace Veltrane::Cli
 

@@ -13,9 +13,6 @@ Findings ExamineDriverManager(const DriverManagerInfo& in_info);
 /// The environment variables that send the driver manager to other files.
 Findings ExamineEnvironment();
 
-/// -1, 0 or 1: whether a version such as "2.3.9" is below, equal to or above another one.
-int CompareVersions(const std::string& in_left, const std::string& in_right);
-
 }  // namespace Veltrane::Cli
 
 #endif

@@ -1,3 +1,5 @@
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 
 #include "cli/examine/DriverManagerFindings.h"
@@ -34,9 +36,17 @@ constexpr Defect DEFECTS[] = {
      "Where a program shows such a value wrongly, choose one in ASCII."},
 };
 
+/// The parts of a version such as "2.3.9".
+std::array<int, 3> PartsOf(const std::string& in_version) {
+    std::array<int, 3> parts{};
+    std::sscanf(in_version.c_str(), "%d.%d.%d", &parts[0], &parts[1], &parts[2]);
+    return parts;
+}
+
 bool Applies(const Defect& in_defect, const std::string& in_version) {
-    if (CompareVersions(in_version, in_defect.m_first) < 0) return false;
-    return in_defect.m_last == nullptr || CompareVersions(in_version, in_defect.m_last) <= 0;
+    const auto parts = PartsOf(in_version);
+    return parts >= PartsOf(in_defect.m_first) &&
+           (in_defect.m_last == nullptr || parts <= PartsOf(in_defect.m_last));
 }
 
 /// The version, or what its functions tell about it.

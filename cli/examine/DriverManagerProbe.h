@@ -16,10 +16,6 @@ struct DriverManagerInfo {
 
 DriverManagerInfo ProbeDriverManager();
 
-/// The version that a program's output or a library's text names first: digits and dots, at least
-/// two of them; empty when there is none.
-std::string FindVersion(const std::string& in_text);
-
 }  // namespace Veltrane::Cli
 
 #endif

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <odbcinst.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -31,7 +32,9 @@ std::string FindVersionBeside(const std::string& in_library) {
     for (std::size_t at = 0; at < bytes.size();) {
         const std::size_t end = std::min(bytes.find('\0', at), bytes.size());
         const std::string text = bytes.substr(at, std::min<std::size_t>(end - at, 16));
-        if (end - at <= 16 && FindVersion(text) == text && text.starts_with("2.")) return text;
+        const bool isVersion = text.find_first_not_of("0123456789.") == std::string::npos &&
+                               std::count(text.begin(), text.end(), '.') == 2;
+        if (end - at <= 16 && isVersion && text.starts_with("2.")) return text;
         at = end + 1;
     }
     return {};

@@ -4,7 +4,6 @@
 
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/Entries.h"
-#include "cli/dsn/NearKey.h"
 #include "cli/examine/FileRights.h"
 #include "cli/examine/LeftFiles.h"
 #include "cli/system/CommandError.h"

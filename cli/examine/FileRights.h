@@ -7,7 +7,6 @@
 namespace Veltrane::Cli {
 
 struct FileRights {
-    bool m_isThere = false;
     bool m_isReadByOthers = false;     ///< by anybody but its owner and its group
     bool m_isReadByGroup = false;      ///< by its group, or by others that its access list names
     bool m_isWrittenByOthers = false;  ///< by anybody but its owner

@@ -9,7 +9,6 @@ FileRights GetFileRights(const std::string& in_path) {
     FileRights rights;
     struct stat status {};
     if (stat(in_path.c_str(), &status) != 0) return rights;
-    rights.m_isThere = true;
     rights.m_isReadByOthers = (status.st_mode & S_IROTH) != 0;
     // With an access list these bits are its mask, so users that it names count here as well.
     rights.m_isReadByGroup = (status.st_mode & S_IRGRP) != 0;

@@ -30,7 +30,7 @@ struct LibraryProbe {
 /// @param in_functions  one of them has to be exported; empty: none has to be
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// What the loader's error text says.
+/// What the loader's error text says, on Linux.
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error);
 
 }  // namespace Veltrane::Cli

@@ -8,7 +8,6 @@
 namespace Veltrane::Cli {
 
 bool IsInputTerminal();
-bool IsErrorTerminal();
 /// True on a terminal that shows colour, unless NO_COLOR is set and not empty.
 bool IsOutputColoured();
 

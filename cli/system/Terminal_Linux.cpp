@@ -58,8 +58,6 @@ void WriteText(int in_handle, std::string_view in_text) {
 
 bool IsInputTerminal() { return isatty(STDIN_FILENO) != 0; }
 
-bool IsErrorTerminal() { return isatty(STDERR_FILENO) != 0; }
-
 bool IsOutputColoured() {
     const char* const noColour = std::getenv("NO_COLOR");
     const char* const terminal = std::getenv("TERM");

@@ -85,8 +85,6 @@ std::wstring ReadConsoleLine(HANDLE in_console) {
 
 bool IsInputTerminal() { return IsConsole(GetStdHandle(STD_INPUT_HANDLE)); }
 
-bool IsErrorTerminal() { return IsConsole(GetStdHandle(STD_ERROR_HANDLE)); }
-
 bool IsOutputColoured() {
     const char* const noColour = std::getenv("NO_COLOR");
     if (noColour != nullptr && *noColour != '\0') return false;

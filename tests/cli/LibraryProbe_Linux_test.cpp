@@ -30,15 +30,6 @@ TEST(LibraryProbe, TellsTheLoadersReasonsApart) {
     }
 }
 
-TEST(DriverManager, VersionsComparePartByPart) {
-    EXPECT_EQ(CompareVersions("2.3.9", "2.3.11"), -1);
-    EXPECT_EQ(CompareVersions("2.3.11", "2.3.11"), 0);
-    EXPECT_EQ(CompareVersions("2.4", "2.3.14"), 1);
-    EXPECT_EQ(CompareVersions("2.3", "2.3.0"), 0);
-    EXPECT_EQ(FindVersion("unixODBC 2.3.11\n"), "2.3.11");
-    EXPECT_EQ(FindVersion("libfoo.so.2 a.b 1.2"), "");
-}
-
 TEST(DriverManager, NamesTheDefectsOfItsVersion) {
     const auto ids = [](const char* in_version, bool in_hasLock) {
         std::string text;

@@ -420,7 +420,7 @@ class DriverTest(ToolTest):
         self.assertEqual([it["name"] for it in self.run_json("driver", "list")["drivers"]],
                          ["Veltrane"])
         for name in ("", "ODBC", "odbc drivers", "a\\b", "\\"):
-            self.run_tool("driver", "register", "--driver", name, "--setup", self.stage.setup, code=1)
+            self.run_tool("driver", "register", "--driver", name, "--setup", self.stage.setup, code=2)
             self.run_tool("driver", "unregister", "--driver", name, code=3)
         self.assertEqual(self.stage.read("drivers"), before)
 
