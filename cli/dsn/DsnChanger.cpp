@@ -78,7 +78,11 @@ DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bo
     DsnResults results = plan(view);
     if (in_isDryRun || std::none_of(results.begin(), results.end(), IsToDo)) return results;
     const auto write = [&](ODBC::ProfileChange& io_change) {
-        if (!io_change.GetView().IsSame(view)) results = plan(io_change.GetView());
+        if (!io_change.GetView().IsSame(view)) {
+            results = plan(io_change.GetView());
+        } else if (in_checkBefore) {
+            in_checkBefore(results);
+        }
         for (const DsnResult& result : results) {
             if (IsToDo(result)) CarryOut(result.m_plan, io_change);
         }

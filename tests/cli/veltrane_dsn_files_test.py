@@ -3,13 +3,17 @@
 
 Environment, beside that of tool_test.py: TEXTS, the folder of the generated texts.
 """
+import contextlib
+import fcntl
 import json
 import os
 import re
 import shutil
+import signal
 import stat
 import subprocess
 import sys
+import time
 
 from tool_test import ToolTest, main
 
@@ -74,6 +78,35 @@ class FilesTest(FileTest):
         # An old password must not stay in a line that nobody reads.
         self.run_tool("set", "sales", "--pwd-stdin", stdin="new")
         self.assertEqual(self.read_file(self.user), expected.replace("PWD=a\nPWD=b\n", "PWD=new\n"))
+
+    def open_files(self, process):
+        files = set()
+        for name in os.listdir(f"/proc/{process}/fd"):
+            with contextlib.suppress(OSError):  # closed meanwhile
+                files.add(os.readlink(f"/proc/{process}/fd/{name}"))
+        return files
+
+    def test_after_ctrl_c_nothing_is_written_and_the_tool_says_so(self):
+        self.write_file("user.ini", "")
+        file = self.write_file("dsns.json", '[{"name": "a", "values": {"Server": "s", "Database": "d"}}]')
+        with open(self.user, "rb") as ini:
+            fcntl.flock(ini, fcntl.LOCK_EX)
+            run = self.stage.start(["apply", file], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   text=True)
+            while self.user not in self.open_files(run.pid):
+                self.assertIsNone(run.poll())
+                time.sleep(0.01)
+            run.send_signal(signal.SIGINT)
+            time.sleep(0.1)
+        output, errors = run.communicate(timeout=60)
+        self.assertEqual((run.returncode, output, self.read_file(self.user)), (130, "", ""))
+        self.assertIn("Interrupted. Nothing has been written.", errors)
+
+    def test_results_name_the_file_that_is_not_the_users_own(self):
+        self.assertEqual(self.add_sales(SUDO_USER="anna")[0], f"sales: added in {self.user}\n")
+        result = self.run_json("remove", "sales", SUDO_USER="anna")
+        self.assertEqual(result["file"], self.user)
+        self.assertEqual(self.add_sales("--system")[0], f"sales: added in {self.stage.places['system']}\n")
 
     def test_errors_name_path_and_reason(self):
         missing = self.path("nowhere/odbc.ini")
