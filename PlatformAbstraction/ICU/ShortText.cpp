@@ -55,6 +55,9 @@ bool HasPairsOnly(const char* in_units, std::size_t in_last) noexcept {
 // Copies UTF-16 of up to 32 units if it is well-formed, or, below 8, has no surrogates; all of it
 // is read before any is written.
 bool CopyUtf16(const char* in_units, std::size_t in_count, char* out_units) noexcept {
+    if (in_count == 0) {
+        return true;  // the pointers may be null
+    }
     if (in_count < BLOCK) {
         char16_t units[BLOCK] = {};
         std::memcpy(units, in_units, 2 * in_count);

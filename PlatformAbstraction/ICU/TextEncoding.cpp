@@ -107,8 +107,7 @@ public:
         if (U_FAILURE(io_status)) {
             return false;
         }
-        std::memcpy(io_target, bytes, count);
-        io_target += count;
+        io_target = std::copy_n(bytes, count, io_target);
         return true;
     }
 
@@ -259,8 +258,7 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
         done.m_isTruncated = true;
     }
     if (done.m_isTruncated) {
-        std::memset(out_buffer + done.m_bytes, 0,
-                    static_cast<std::size_t>(in_capacity - done.m_bytes));
+        std::fill(out_buffer + done.m_bytes, out_buffer + in_capacity, '\0');
     }
     return done;
 }
