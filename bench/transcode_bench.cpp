@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
+#include "bench/TranscodeGoals.h"
 #include "bench/TranscodePeers.h"
 #include "bench/TranscodeTexts.h"
 
@@ -154,6 +155,8 @@ int main(int argc, char** argv) {
     Bench::RegisterStreaming();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
+    Bench::GoalReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    std::fprintf(stderr, "%s\n", reporter.GetGoals().c_str());
     return 0;
 }

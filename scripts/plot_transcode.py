@@ -5,8 +5,8 @@
     scripts/plot_transcode.py [--sizes=8-64,4096] [--ratios] transcode.json [more.json ...]
 
 A row is a pair and a size, a column a text. A cell has our GB/s of source bytes, and behind it how
-many times as fast we are: our AVX2 form as simdutf's, our SSE4.2 form as simdutf's, and ours as the
-better of ICU and iconv; a dash where a peer lacks the pair. Each figure is the fastest of the
+many times as fast we are: our AVX-512, AVX2 and SSE4.2 forms as simdutf's for the same level, and ours as
+the better of ICU and iconv; a dash where a peer lacks the pair. Each figure is the fastest of the
 repetitions in all files. With --sizes only rows of these sizes; with --ratios cells without GB/s.
 """
 import argparse
@@ -16,6 +16,7 @@ import sys
 TEXTS = ["ascii", "latin", "cyrgr", "cjk", "emoji", "w1252"]
 ENCODINGS = ["utf8", "utf16le", "utf16be", "utf32le", "utf32be", "latin1", "cp1252"]
 COMPARISONS = [
+    ("ours-avx512", ["simdutf-icelake"]),
     ("ours-avx2", ["simdutf-haswell"]),
     ("ours-sse42", ["simdutf-westmere"]),
     ("ours", ["icu", "iconv"]),
@@ -38,8 +39,9 @@ def read(paths):
             for who, rates in by_who.items():
                 by_who[who] = max(rates)
             # "ours" is the form for the processor's level, and may have been left out.
-            if "ours" not in by_who and "ours-avx2" in by_who:
-                by_who["ours"] = by_who["ours-avx2"]
+            for level in ("ours-avx512", "ours-avx2"):
+                if "ours" not in by_who and level in by_who:
+                    by_who["ours"] = by_who[level]
     return samples
 
 

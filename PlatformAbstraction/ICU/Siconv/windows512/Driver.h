@@ -116,8 +116,14 @@ ORSKA_INLINE __m512i OrderUnits32(__m512i in_units) {
     return IS_BIG ? _mm512_shuffle_epi8(in_units, order) : in_units;
 }
 
-// So ordered, the halves of the lanes of a vector interleave in text order.
-ORSKA_INLINE __m512i GetInterleaveOrder() { return _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0); }
+// A pair of vectors that hold the bytes of each unit one behind the other.
+ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
+    const __m512i order = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
+    const __m512i first = _mm512_permutexvar_epi64(order, in_first);
+    const __m512i second = _mm512_permutexvar_epi64(order, in_second);
+    out_units[0] = _mm512_unpacklo_epi8(first, second);
+    out_units[1] = _mm512_unpackhi_epi8(first, second);
+}
 
 // 64 bytes as units of 16 bits.
 template <bool IS_BIG>

@@ -12,32 +12,54 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
+// Lanes of two bytes, of which ASCII counts the last one.
+ORSKA_INLINE void PutTwoByteLanes(const __m512i (&in_lanes)[2], std::uint64_t in_isHigh,
+                                  Utf8Output<true>& io_output) {
+    io_output.Put(in_lanes[0], _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST) | ~LANE16_FIRST, 0);
+    io_output.Put(in_lanes[1], _pdep_u64(in_isHigh >> 32, LANE16_FIRST) | ~LANE16_FIRST, 0);
+}
+
 // Map: bytes in 16-bit units to their code points.
 struct Latin1Bytes {
     static ORSKA_INLINE __m512i Map(__m512i in_units) { return in_units; }
 
-    // All of a window. The bytes of a lane are the lead and the follower of two; of ASCII the last
-    // one counts.
+    // All of a window.
     static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output<true>& io_output) {
-        const std::uint64_t isHigh = _mm512_movepi8_mask(in_bytes);
-        const __m512i bytes = _mm512_permutexvar_epi64(GetInterleaveOrder(), in_bytes);
-        // C2 or C3, by bit 6.
-        const __m512i lead = _mm512_ternarylogic_epi32(_mm512_srli_epi16(bytes, 6), All8<0x01>(),
-                                                       All8<0xC2>(), 0xEA);
-        // Without bit 6 where bit 7 is set.
-        const __m512i follower =
-            _mm512_ternarylogic_epi32(_mm512_srli_epi16(bytes, 1), All8<0x40>(), bytes, 0x2A);
-        PutLanes(_mm512_unpacklo_epi8(lead, follower), isHigh, io_output);
-        PutLanes(_mm512_unpackhi_epi8(lead, follower), isHigh >> 32, io_output);
+        __m512i lanes[2];
+        InterleaveText(GetLead(in_bytes), GetFollower(in_bytes), lanes);
+        PutTwoByteLanes(lanes, _mm512_movepi8_mask(in_bytes), io_output);
     }
-
-private:
-    static ORSKA_INLINE void PutLanes(__m512i in_lanes, std::uint64_t in_isHigh,
-                                      Utf8Output<true>& io_output) {
-        const std::uint64_t first = _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST);
-        io_output.Put(in_lanes, first | ~LANE16_FIRST, 0);
+    // C2 or C3, by bit 6.
+    static ORSKA_INLINE __m512i GetLead(__m512i in_bytes) {
+        return _mm512_ternarylogic_epi32(_mm512_srli_epi16(in_bytes, 6), All8<0x01>(), All8<0xC2>(),
+                                         0xEA);
+    }
+    // Without bit 6 where bit 7 is set.
+    static ORSKA_INLINE __m512i GetFollower(__m512i in_bytes) {
+        return _mm512_ternarylogic_epi32(_mm512_srli_epi16(in_bytes, 1), All8<0x40>(), in_bytes,
+                                         0x2A);
     }
 };
+
+// The last two bytes of the UTF-8 of 80 to 9F, and where a lane of three bytes gets them from.
+struct Cp1252Utf8 {
+    alignas(64) std::uint8_t m_middle[64];
+    alignas(64) std::uint8_t m_last[64];
+    alignas(64) std::uint8_t m_order[2][64];
+};
+consteval Cp1252Utf8 MakeCp1252Utf8() {
+    Cp1252Utf8 table{};
+    for (int i = 0; i < 32; ++i) {
+        const char16_t at = CP1252_HIGH[i];
+        table.m_middle[i] =
+            static_cast<std::uint8_t>(at < 0x800 ? 0xC0 | at >> 6 : 0x80 | (at >> 6 & 0x3F));
+        table.m_last[i] = static_cast<std::uint8_t>(0x80 | (at & 0x3F));
+        table.m_order[i / 16][i % 16 * 3 + 1] = static_cast<std::uint8_t>(2 * i);
+        table.m_order[i / 16][i % 16 * 3 + 2] = static_cast<std::uint8_t>(2 * i + 1);
+    }
+    return table;
+}
+constexpr Cp1252Utf8 CP1252_UTF8 = MakeCp1252Utf8();
 
 struct Cp1252Bytes {
     static ORSKA_INLINE __m512i Map(__m512i in_units) {
@@ -48,8 +70,39 @@ struct Cp1252Bytes {
         return _mm512_mask_permutexvar_epi16(in_units, isMapped, in_units, high);
     }
     static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output<true>& io_output) {
-        PutUnits(Map(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes))), WINDOW / 2, io_output);
-        PutUnits(Map(_mm512_cvtepu8_epi16(GetHighHalf(in_bytes))), WINDOW / 2, io_output);
+        const std::uint64_t isHigh = _mm512_movepi8_mask(in_bytes);
+        const __mmask64 isMapped =
+            _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
+        // An index counts by its lowest six bits.
+        const __m512i middle =
+            _mm512_mask_permutexvar_epi8(Latin1Bytes::GetLead(in_bytes), isMapped, in_bytes,
+                                         _mm512_load_si512(CP1252_UTF8.m_middle));
+        const __m512i last =
+            _mm512_mask_permutexvar_epi8(Latin1Bytes::GetFollower(in_bytes), isMapped, in_bytes,
+                                         _mm512_load_si512(CP1252_UTF8.m_last));
+        const std::uint64_t isLong = _mm512_mask_cmplt_epu8_mask(isMapped, middle, All8<0xC0>());
+        __m512i lanes[2];
+        InterleaveText(middle, last, lanes);
+        if (isLong == 0) {
+            PutTwoByteLanes(lanes, isHigh, io_output);
+            return;
+        }
+        for (std::uint32_t i = 0; i < 4; ++i) {
+            PutThreeByteLanes(_mm512_permutexvar_epi8(_mm512_load_si512(CP1252_UTF8.m_order[i % 2]),
+                                                      lanes[i / 2]),
+                              isHigh >> (16 * i), isLong >> (16 * i), io_output);
+        }
+    }
+
+private:
+    // Sixteen lanes. All code points of three bytes begin with E2.
+    static ORSKA_INLINE void PutThreeByteLanes(__m512i in_lanes, std::uint64_t in_isHigh,
+                                               std::uint64_t in_isLong,
+                                               Utf8Output<true>& io_output) {
+        constexpr std::uint64_t FIRST = 0x249249249249;
+        const std::uint64_t keep =
+            _pdep_u64(in_isLong, FIRST) | _pdep_u64(in_isHigh, FIRST << 1) | FIRST << 2;
+        io_output.Put(_mm512_mask_mov_epi8(in_lanes, FIRST, All8<0xE2>()), keep, 0);
     }
 };
 

@@ -38,15 +38,6 @@ struct CodePoints {
     std::uint64_t m_inside;  // bytes of whole code points
 };
 
-// A pair of vectors that hold the bytes of each unit one behind the other.
-ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
-    const __m512i order = GetInterleaveOrder();
-    const __m512i first = _mm512_permutexvar_epi64(order, in_first);
-    const __m512i second = _mm512_permutexvar_epi64(order, in_second);
-    out_units[0] = _mm512_unpacklo_epi8(first, second);
-    out_units[1] = _mm512_unpackhi_epi8(first, second);
-}
-
 // A window without sequences of three or four bytes: the last bytes of the code points and their
 // leads are closed up apart, and joined to units. False for other windows and if it is not valid.
 // Writes as much as 64 units take.
