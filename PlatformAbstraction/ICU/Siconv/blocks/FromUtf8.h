@@ -167,23 +167,6 @@ struct UnitsOf8 {
     }
 };
 
-// How many bytes of a code point that is not complete stand before a position, if the text is
-// valid so far: 0 to 3.
-ORSKA_INLINE std::uint32_t GetCutBytes(const char* in_start, const char* in_at) {
-    const auto available = static_cast<std::uint64_t>(in_at - in_start);
-    for (std::uint32_t i = 1; i <= 3 && i <= available; ++i) {
-        const auto byte = static_cast<unsigned char>(in_at[-static_cast<std::int32_t>(i)]);
-        if (byte >= 0xC0) {
-            const std::uint32_t size = byte < 0xE0 ? 2 : (byte < 0xF0 ? 3 : 4);
-            return size > i ? i : 0;
-        }
-        if (byte < 0x80) {
-            return 0;
-        }
-    }
-    return 0;
-}
-
 // Sequences of three bytes only, from the start of one on. Reads 4 bytes past a step of 3/2 of
 // V::SIZE and may write V::SIZE / 2 units, all of which count.
 template <class V, class Target>

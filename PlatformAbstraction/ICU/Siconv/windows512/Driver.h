@@ -1,20 +1,18 @@
-// The way through a text with AVX-512: windows of up to 64 bytes that each begin at a code point,
-// so that no window has to know of the one before. Whole windows while the target has room for all
-// that one may write; then windows that read and write under masks, as much as fits. What no window
-// can decide (malformed, cut off, full) is left to the scalar function, which is never more than a
-// window away. Included by kernels only; everything is local to the including file.
+// The way through a text with AVX-512: windows of 64 bytes that each begin at a code point, so that
+// no window has to know of the one before. Whole windows while the target has room for all that one
+// may write; the last one with zeros behind the text, and where there is less room by way of a
+// buffer. What is left is the work of the level below: a text that does not fit, and what is
+// malformed or cut off. Included by kernels only; everything is local to the including file.
 //
 // A class of windows has
 // - SOURCE_UNIT, the bytes of a code unit; TARGET_UNIT, those of a plain character;
-// - ROOM, the most bytes that converting a whole window may write, scratch behind the text
-// included;
+// - ROOM, the most bytes that converting a window may write, scratch behind the text included;
 // - IsPlain(bytes), whether the characters need no more than other units (at least ASCII is so),
 //   WritePlain(to, bytes) for 64 of them and WritePlainPart(to, bytes, size);
 // - NarrowPair(bytes, bytes), two windows of them to one vector, where units have 2 bytes;
-// - GetCut(from), the bytes of a code point at the end of a valid whole window that goes on behind;
-// - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid;
-// - ConvertPart(cursor, bytes, size): the code points of a window with zeros behind it that are
-//   whole and fit; false when some do not fit or the window is not valid or holds none.
+// - GetCut(from), the bytes of a code point at the end of a valid window that goes on behind;
+// - GetWhole(from, size), what of a piece is whole code points, if it is valid;
+// - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
 
@@ -61,13 +59,6 @@ ORSKA_INLINE std::uint64_t GetLowBits(std::uint64_t in_count) {
 ORSKA_INLINE std::uint64_t CountBits(std::uint64_t in_mask) {
     return static_cast<std::uint64_t>(__builtin_popcountll(in_mask));
 }
-// The bit of a mask that has in_index bits of it below; 0 when it has no more.
-ORSKA_INLINE std::uint64_t GetBit(std::uint64_t in_mask, std::uint64_t in_index) {
-    return in_index < 64 ? _pdep_u64(std::uint64_t{1} << in_index, in_mask) : 0;
-}
-// How many bits reach up to the highest one of a mask.
-ORSKA_INLINE std::uint64_t GetWidth(std::uint64_t in_mask) { return 64 - _lzcnt_u64(in_mask); }
-
 ORSKA_INLINE __m512i LoadWindow(const char* in_at) { return _mm512_loadu_si512(in_at); }
 // Zeros behind the first in_size bytes, which alone are read.
 ORSKA_INLINE __m512i LoadWindowPart(const char* in_at, std::uint64_t in_size) {
@@ -180,22 +171,48 @@ ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
     }
 }
 
-// The end of the text with zeros behind it, as a whole window where there is room for one: each
-// zero gives a plain character behind the others. False with nothing changed if it is not valid so,
-// or so long that a code point could seem to go on behind the window.
+// A window where there is room for one. At the end of the text it is of whole code points with
+// zeros behind, each of which gives a plain character behind the others. False with nothing changed
+// if it is not valid or there is none.
 template <class Windows>
-ORSKA_INLINE bool ConvertPadded(Cursor& io_cursor) {
+ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
+    const char* const from = io_cursor.m_from;
     const std::uint64_t left = io_cursor.GetLeft();
-    if (left > WINDOW - 3 || left % Windows::SOURCE_UNIT != 0 ||
-        io_cursor.GetRoom() < Windows::ROOM ||
-        !Windows::ConvertWhole(io_cursor, LoadWindowPart(io_cursor.m_from, left), 0)) {
+    if (left >= WINDOW) {
+        return Windows::ConvertWhole(io_cursor, LoadWindow(from), Windows::GetCut(from));
+    }
+    const std::uint64_t size = Windows::GetWhole(from, left);
+    if (size == 0 || !Windows::ConvertWhole(io_cursor, LoadWindowPart(from, size), 0)) {
         return false;
     }
-    if (io_cursor.m_from > io_cursor.m_fromEnd) {
-        const auto excess = static_cast<std::uint64_t>(io_cursor.m_from - io_cursor.m_fromEnd);
-        io_cursor.m_from = io_cursor.m_fromEnd;
+    const char* const end = from + size;
+    if (io_cursor.m_from > end) {
+        const auto excess = static_cast<std::uint64_t>(io_cursor.m_from - end);
+        io_cursor.m_from = end;
         io_cursor.m_to -= excess / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
     }
+    return true;
+}
+
+// A window that may have no room for scratch. False with nothing
+// changed if its text has none either.
+template <class Windows>
+ORSKA_INLINE bool ConvertTightWindow(Cursor& io_cursor) {
+    char target[Windows::ROOM];
+    Cursor cursor{io_cursor.m_from, io_cursor.m_fromEnd, target, target + sizeof target};
+    if (!ConvertWindow<Windows>(cursor)) {
+        return false;
+    }
+    const auto written = static_cast<std::uint64_t>(cursor.m_to - target);
+    if (written > io_cursor.GetRoom()) {
+        return false;
+    }
+    for (std::uint64_t at = 0; at < written; at += WINDOW) {
+        const std::uint64_t part = written - at < WINDOW ? written - at : WINDOW;
+        StorePart(io_cursor.m_to + at, LoadWindowPart(target + at, part), part);
+    }
+    io_cursor.m_from = cursor.m_from;
+    io_cursor.m_to += written;
     return true;
 }
 
@@ -205,20 +222,15 @@ __attribute__((noinline)) std::int32_t ConvertWindows(TranscoderSource& io_sourc
     Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
                   io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
     ConvertWholeWindows<Windows>(cursor);
-    while (cursor.m_from != cursor.m_fromEnd) {
-        const std::uint64_t left = cursor.GetLeft();
-        const std::uint64_t size = left < WINDOW ? left : WINDOW;
-        if (ConvertPadded<Windows>(cursor)) {
-            continue;
-        }
-        if (!Windows::ConvertPart(cursor, LoadWindowPart(cursor.m_from, size), size)) {
-            break;
-        }
+    while (cursor.m_from != cursor.m_fromEnd &&
+           (cursor.GetRoom() >= Windows::ROOM ? ConvertWindow<Windows>(cursor)
+                                              : ConvertTightWindow<Windows>(cursor))) {
     }
     io_source.m_position = static_cast<std::uint64_t>(cursor.m_from - io_source.m_data);
     io_target.m_position = static_cast<std::uint64_t>(cursor.m_to - io_target.m_data);
-    return cursor.m_from == cursor.m_fromEnd ? TRANSCODER_DONE
-                                             : ConvertScalar<SOURCE, TARGET>(io_source, io_target);
+    return cursor.m_from == cursor.m_fromEnd
+               ? TRANSCODER_DONE
+               : AVX2_TABLE.m_functions[SOURCE][TARGET](io_source, io_target);
 }
 
 // The front of every function: up to 64 plain bytes are done here and the rest out of line.

@@ -14,9 +14,9 @@ namespace {
 
 // Lanes of two bytes, of which ASCII counts the last one.
 ORSKA_INLINE void PutTwoByteLanes(const __m512i (&in_lanes)[2], std::uint64_t in_isHigh,
-                                  Utf8Output<true>& io_output) {
-    io_output.Put(in_lanes[0], _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST) | ~LANE16_FIRST, 0);
-    io_output.Put(in_lanes[1], _pdep_u64(in_isHigh >> 32, LANE16_FIRST) | ~LANE16_FIRST, 0);
+                                  Utf8Output& io_output) {
+    io_output.Put(in_lanes[0], _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST) | ~LANE16_FIRST);
+    io_output.Put(in_lanes[1], _pdep_u64(in_isHigh >> 32, LANE16_FIRST) | ~LANE16_FIRST);
 }
 
 // Map: bytes in 16-bit units to their code points.
@@ -24,7 +24,7 @@ struct Latin1Bytes {
     static ORSKA_INLINE __m512i Map(__m512i in_units) { return in_units; }
 
     // All of a window.
-    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output<true>& io_output) {
+    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output& io_output) {
         __m512i lanes[2];
         InterleaveText(GetLead(in_bytes), GetFollower(in_bytes), lanes);
         PutTwoByteLanes(lanes, _mm512_movepi8_mask(in_bytes), io_output);
@@ -69,7 +69,7 @@ struct Cp1252Bytes {
         // An index counts by its lowest five bits.
         return _mm512_mask_permutexvar_epi16(in_units, isMapped, in_units, high);
     }
-    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output<true>& io_output) {
+    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output& io_output) {
         const std::uint64_t isHigh = _mm512_movepi8_mask(in_bytes);
         const __mmask64 isMapped =
             _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
@@ -97,12 +97,11 @@ struct Cp1252Bytes {
 private:
     // Sixteen lanes. All code points of three bytes begin with E2.
     static ORSKA_INLINE void PutThreeByteLanes(__m512i in_lanes, std::uint64_t in_isHigh,
-                                               std::uint64_t in_isLong,
-                                               Utf8Output<true>& io_output) {
+                                               std::uint64_t in_isLong, Utf8Output& io_output) {
         constexpr std::uint64_t FIRST = 0x249249249249;
         const std::uint64_t keep =
             _pdep_u64(in_isLong, FIRST) | _pdep_u64(in_isHigh, FIRST << 1) | FIRST << 2;
-        io_output.Put(_mm512_mask_mov_epi8(in_lanes, FIRST, All8<0xE2>()), keep, 0);
+        io_output.Put(_mm512_mask_mov_epi8(in_lanes, FIRST, All8<0xE2>()), keep);
     }
 };
 
@@ -124,33 +123,16 @@ public:
     }
     static ORSKA_INLINE std::uint64_t GetCut(const char*) { return 0; }
 
+    static ORSKA_INLINE std::uint64_t GetWhole(const char*, std::uint64_t in_size) {
+        return in_size;
+    }
+
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes, std::uint64_t) {
-        Utf8Output<true> output(io_cursor.m_to, io_cursor.m_toEnd);
+        Utf8Output output(io_cursor.m_to);
         Set::PutWindow(in_bytes, output);
         io_cursor.m_from += WINDOW;
         io_cursor.m_to = output.GetTo();
         return true;
-    }
-
-    static ORSKA_INLINE bool ConvertPart(Cursor& io_cursor, __m512i in_bytes,
-                                         std::uint64_t in_size) {
-        Utf8Output<false> output(io_cursor.m_to, io_cursor.m_toEnd);
-        Put(in_bytes, in_size, output);
-        io_cursor.m_from += output.GetCodePoints();
-        io_cursor.m_to = output.GetTo();
-        return !output.IsFull();
-    }
-
-private:
-    static ORSKA_INLINE void Put(__m512i in_bytes, std::uint64_t in_size,
-                                 Utf8Output<false>& io_output) {
-        constexpr std::uint64_t HALF = WINDOW / 2;
-        PutUnits(Set::Map(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes))),
-                 in_size < HALF ? in_size : HALF, io_output);
-        if (in_size > HALF) {
-            PutUnits(Set::Map(_mm512_cvtepu8_epi16(GetHighHalf(in_bytes))), in_size - HALF,
-                     io_output);
-        }
     }
 };
 

@@ -27,44 +27,29 @@ public:
     }
     static ORSKA_INLINE std::uint64_t GetCut(const char*) { return 0; }
 
+    static ORSKA_INLINE std::uint64_t GetWhole(const char*, std::uint64_t in_size) {
+        return in_size & ~std::uint64_t{3};
+    }
+
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes, std::uint64_t) {
         const __m512i codePoints = OrderUnits32<IS_BIG>(in_bytes);
-        if (!IsValid(codePoints, WINDOW / 4)) {
+        const __m512i surrogate = _mm512_and_si512(codePoints, All32<0xFFFFF800>());
+        const __mmask16 isSurrogate = _mm512_cmpeq_epi32_mask(surrogate, All32<0xD800>());
+        const __mmask16 isTooLarge = _mm512_cmpgt_epu32_mask(codePoints, All32<0x10FFFF>());
+        if ((isSurrogate | isTooLarge) != 0) {
             return false;
         }
-        Utf8Output<true> output(io_cursor.m_to, io_cursor.m_toEnd);
-        PutCodePoints<true>(codePoints, GetLowBits(WINDOW / 4), output);
+        Utf8Output output(io_cursor.m_to);
+        PutCodePoints<true>(codePoints, 0xFFFF, output);
         io_cursor.m_from += WINDOW;
         io_cursor.m_to = output.GetTo();
         return true;
-    }
-
-    static ORSKA_INLINE bool ConvertPart(Cursor& io_cursor, __m512i in_bytes,
-                                         std::uint64_t in_size) {
-        const __m512i codePoints = OrderUnits32<IS_BIG>(in_bytes);
-        const std::uint64_t count = in_size / 4;
-        if (count == 0 || !IsValid(codePoints, count)) {
-            return false;
-        }
-        Utf8Output<false> output(io_cursor.m_to, io_cursor.m_toEnd);
-        PutCodePoints<true>(codePoints, GetLowBits(count), output);
-        io_cursor.m_from += 4 * output.GetCodePoints();
-        io_cursor.m_to = output.GetTo();
-        return !output.IsFull();
     }
 
 private:
     static ORSKA_INLINE __m128i Narrow(__m512i in_bytes) {
         return InRegister(
             _mm512_cvtepi32_epi8(IS_BIG ? _mm512_srli_epi32(in_bytes, 24) : in_bytes));
-    }
-
-    static ORSKA_INLINE bool IsValid(__m512i in_codePoints, std::uint64_t in_count) {
-        const __m512i surrogate = _mm512_and_si512(in_codePoints, All32<0xFFFFF800>());
-        const std::uint64_t isWrong =
-            std::uint64_t{_mm512_cmpeq_epi32_mask(surrogate, All32<0xD800>())} |
-            _mm512_cmpgt_epu32_mask(in_codePoints, All32<0x10FFFF>());
-        return (isWrong & GetLowBits(in_count)) == 0;
     }
 };
 

@@ -29,13 +29,11 @@ ORSKA_INLINE __m512i Earlier(__m512i in_bytes) {
 // The code points of a window, by the place of their last byte. Towards UTF-16 the last but one of
 // four bytes has a lead surrogate.
 struct CodePoints {
-    __m512i m_low;           // bits 0 to 7
-    __m512i m_high;          // bits 8 to 15
-    __m512i m_top;           // bits 16 to 20, if m_hasTop
-    bool m_hasTop;           // some have four bytes
-    std::uint64_t m_keep;    // the places that count
-    std::uint64_t m_last;    // those of them that end a code point
-    std::uint64_t m_inside;  // bytes of whole code points
+    __m512i m_low;         // bits 0 to 7
+    __m512i m_high;        // bits 8 to 15
+    __m512i m_top;         // bits 16 to 20, if m_hasTop
+    bool m_hasTop;         // some have four bytes
+    std::uint64_t m_keep;  // the places that count
 };
 
 // A window without sequences of three or four bytes: the last bytes of the code points and their
@@ -271,6 +269,10 @@ public:
         return cut;
     }
 
+    static ORSKA_INLINE std::uint64_t GetWhole(const char* in_from, std::uint64_t in_size) {
+        return in_size - GetCutBytes(in_from, in_from + in_size);
+    }
+
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
         if (Target::ConvertShort(io_cursor, in_at, in_cut)) {
             return true;
@@ -281,9 +283,10 @@ public:
             }
         }
         CodePoints text;
-        if (!Read(in_at, WINDOW, text)) {
+        if (!Read(in_at, text)) {
             return false;
         }
+        text.m_keep &= GetLowBits(WINDOW - in_cut);
         __m512i parts[Target::PARTS];
         Target::Gather(text, parts);
         StoreWhole(io_cursor.m_to, parts);
@@ -292,96 +295,45 @@ public:
         return true;
     }
 
-    static ORSKA_INLINE bool ConvertPart(Cursor& io_cursor, __m512i in_at, std::uint64_t in_size) {
-        CodePoints text;
-        if (!Read(in_at, in_size, text) || text.m_inside == 0) {
-            return false;
-        }
-        const std::uint64_t room = io_cursor.GetRoom() / Target::UNIT;
-        const bool isFull = CountBits(text.m_keep) > room;
-        if (isFull) {
-            text.m_inside = GetWidth(text.m_last & (GetBit(text.m_keep, room) - 1));
-            text.m_keep &= GetLowBits(text.m_inside);
-        }
-        __m512i parts[Target::PARTS];
-        Target::Gather(text, parts);
-        const std::uint64_t written = CountBits(text.m_keep) * Target::UNIT;
-        StoreParts(io_cursor.m_to, parts, written);
-        io_cursor.m_from += text.m_inside;
-        io_cursor.m_to += written;
-        return !isFull;
-    }
-
 private:
-    // False when the window, up to the last code point that is whole, is not valid.
-    static ORSKA_INLINE bool Read(__m512i in_at, std::uint64_t in_size, CodePoints& out_text) {
+    // False when the window is not valid, as far as it goes.
+    static ORSKA_INLINE bool Read(__m512i in_at, CodePoints& out_text) {
         const std::uint64_t notAscii = _mm512_movepi8_mask(in_at);
         const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
         const std::uint64_t lead3 = _mm512_cmpge_epu8_mask(in_at, All8<0xE0>());
-        const std::uint64_t isOverlong2 = _mm512_mask_cmplt_epu8_mask(lead, in_at, All8<0xC2>());
-        const __m512i before = Earlier<1>(in_at);
-        // Where a follower stands unexpected or is missing, so far.
-        const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1;
-        const __m512i follower = SelectBits<0xC0>(_mm512_slli_epi16(before, 6), in_at);
-        out_text.m_low = _mm512_mask_mov_epi8(in_at, notAscii, follower);
-        out_text.m_high = _mm512_maskz_mov_epi8(
-            notAscii, _mm512_and_si512(_mm512_srli_epi16(before, 2), All8<0x0F>()));
-        out_text.m_top = _mm512_setzero_si512();
-        out_text.m_hasTop = false;
-        if (lead3 != 0) {
-            return ReadLong(in_at, before, in_size, lead, lead3, unexplained, isOverlong2,
-                            out_text);
-        }
-        return Finish(in_size, lead, lead >> (in_size - 1), unexplained | isOverlong2, ~lead, ~lead,
-                      out_text);
-    }
-
-    // A window with sequences of three or four bytes.
-    static ORSKA_INLINE bool ReadLong(__m512i in_at, __m512i in_1, std::uint64_t in_size,
-                                      std::uint64_t in_lead, std::uint64_t in_lead3,
-                                      std::uint64_t in_unexplained, std::uint64_t in_wrong,
-                                      CodePoints& io_text) {
-        const __m512i before2 = Earlier<2>(in_at);
         const std::uint64_t lead4 = _mm512_cmpge_epu8_mask(in_at, All8<0xF0>());
-        const std::uint64_t ends3 = (in_lead3 & ~lead4) << 2;
-        io_text.m_high = _mm512_mask_mov_epi8(
-            io_text.m_high, ends3, SelectBits<0xF0>(_mm512_slli_epi16(before2, 4), io_text.m_high));
-        const __m512i five = _mm512_and_si512(io_text.m_high, All8<0xF8>());
+        const std::uint64_t isOverlong2 = _mm512_mask_cmplt_epu8_mask(lead, in_at, All8<0xC2>());
+        const std::uint64_t ends3 = (lead3 & ~lead4) << 2;
+        const __m512i before1 = Earlier<1>(in_at);
+        const __m512i before2 = Earlier<2>(in_at);
+        const __m512i follower = SelectBits<0xC0>(_mm512_slli_epi16(before1, 6), in_at);
+        const __m512i high = _mm512_maskz_mov_epi8(
+            notAscii, _mm512_and_si512(_mm512_srli_epi16(before1, 2), All8<0x0F>()));
+        out_text.m_low = _mm512_mask_mov_epi8(in_at, notAscii, follower);
+        out_text.m_high = _mm512_mask_mov_epi8(
+            high, ends3, SelectBits<0xF0>(_mm512_slli_epi16(before2, 4), high));
+        out_text.m_top = _mm512_setzero_si512();
+        out_text.m_hasTop = lead4 != 0;
+        out_text.m_keep = ~(lead | lead3 << 1);
+        const __m512i five = _mm512_and_si512(out_text.m_high, All8<0xF8>());
         const std::uint64_t isOverlong3 = _mm512_mask_testn_epi8_mask(ends3, five, five);
         const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8<0xD8>());
-        std::uint64_t wrong =
-            (in_unexplained ^ in_lead3 << 2 ^ lead4 << 3) | in_wrong | isOverlong3 | isSurrogate;
-        const std::uint64_t cut = in_lead >> (in_size - 1) | in_lead3 >> ((in_size - 2) & 63) |
-                                  lead4 >> ((in_size - 3) & 63);
-        std::uint64_t keep = ~(in_lead | in_lead3 << 1);
-        const std::uint64_t third = lead4 << 2;
+        // Where a follower stands unexpected or is missing.
+        const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1 ^ lead3 << 2 ^ lead4 << 3;
+        std::uint64_t wrong = unexplained | isOverlong2 | isOverlong3 | isSurrogate;
         if (lead4 != 0) {
             // Bits 16 to 20, which must be 1 to 16.
             const __m512i bits =
                 SelectBits<0x1C>(_mm512_slli_epi16(before2, 2),
-                                 _mm512_and_si512(_mm512_srli_epi16(in_1, 4), All8<3>()));
+                                 _mm512_and_si512(_mm512_srli_epi16(before1, 4), All8<3>()));
             const __m512i plane = _mm512_add_epi8(bits, All8<0xFF>());
+            const std::uint64_t third = lead4 << 2;
             wrong |= _mm512_mask_test_epi8_mask(third, plane, All8<0xF0>()) |
                      _mm512_cmpge_epu8_mask(in_at, All8<0xF5>());
-            Target::SetLong(in_at, in_1, before2, plane, third, lead4 << 3, io_text);
-            io_text.m_hasTop = true;
-            keep &= Target::KEEPS_THIRD ? FULL : ~third;
+            Target::SetLong(in_at, before1, before2, plane, third, lead4 << 3, out_text);
+            out_text.m_keep &= Target::KEEPS_THIRD ? FULL : ~third;
         }
-        return Finish(in_size, in_lead, cut, wrong, keep, keep & ~third, io_text);
-    }
-
-    // in_cut: not 0 when the last lead has not all its bytes in the window.
-    static ORSKA_INLINE bool Finish(std::uint64_t in_size, std::uint64_t in_lead,
-                                    std::uint64_t in_cut, std::uint64_t in_wrong,
-                                    std::uint64_t in_keep, std::uint64_t in_last,
-                                    CodePoints& out_text) {
-        const std::uint64_t inside = in_cut == 0 ? in_size : GetWidth(in_lead) - 1;
-        out_text.m_inside = inside;
-        out_text.m_keep = in_keep & GetLowBits(inside);
-        out_text.m_last = in_last & GetLowBits(inside);
-        // The place behind is looked at as well: the cut lead may stand where another one still
-        // expects a byte.
-        return (in_wrong & GetLowBits(inside + 1)) == 0;
+        return wrong == 0;
     }
 
     // A whole window of nothing but sequences of three or of four bytes, from the start of one on.

@@ -10,53 +10,27 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// The end of a target. With IS_WHOLE there is room for 64 bytes behind every vector's text;
-// otherwise only what fits is written, in whole code points.
-template <bool IS_WHOLE>
+// A target with room for 64 bytes behind every vector's text.
 class Utf8Output {
 public:
-    ORSKA_INLINE Utf8Output(char* out_to, char* out_end) : m_to(out_to), m_end(out_end) {}
+    explicit ORSKA_INLINE Utf8Output(char* out_to) : m_to(out_to) {}
 
-    // in_keep: the bytes that count; in_last: those of them that end a code point.
-    ORSKA_INLINE void Put(__m512i in_bytes, std::uint64_t in_keep, std::uint64_t in_last) {
-        __m512i packed = in_bytes;
-        if (in_keep != ~std::uint64_t{0}) {  // nothing to close up where all have four bytes
-            packed = _mm512_maskz_compress_epi8(in_keep, in_bytes);
-        }
-        if constexpr (IS_WHOLE) {
-            _mm512_storeu_si512(m_to, packed);
-            m_to += CountBits(in_keep);
-            return;
-        }
-        if (m_isFull) {
-            return;
-        }
-        const auto room = static_cast<std::uint64_t>(m_end - m_to);
-        if (CountBits(in_keep) > room) {
-            in_last &= GetBit(in_keep, room) - 1;
-            in_keep &= GetLowBits(GetWidth(in_last));
-            m_isFull = true;
-        }
-        const std::uint64_t written = CountBits(in_keep);
-        StorePart(m_to, packed, written);
-        m_to += written;
-        m_codePoints += CountBits(in_last);
+    // in_keep: the bytes that count.
+    ORSKA_INLINE void Put(__m512i in_bytes, std::uint64_t in_keep) {
+        const bool isFull = in_keep == ~std::uint64_t{0};  // nothing to close up: all have four
+        PutWhole(isFull ? in_bytes : _mm512_maskz_compress_epi8(in_keep, in_bytes),
+                 CountBits(in_keep));
     }
-    // All of a vector, of which the first in_size bytes count.
+    // A vector of which the first in_size bytes count.
     ORSKA_INLINE void PutWhole(__m512i in_bytes, std::uint64_t in_size) {
         _mm512_storeu_si512(m_to, in_bytes);
         m_to += in_size;
     }
 
-    char* GetTo() const { return m_to; }
-    bool IsFull() const { return m_isFull; }
-    std::uint64_t GetCodePoints() const { return m_codePoints; }
+    ORSKA_INLINE char* GetTo() const { return m_to; }
 
 private:
     char* m_to;
-    char* m_end;
-    bool m_isFull = false;
-    std::uint64_t m_codePoints = 0;
 };
 
 // The last byte of every lane of 32 bits, and the first of every lane of 16.
@@ -81,33 +55,26 @@ ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
     return _mm512_mask_slli_epi32(lanes, _mm512_cmplt_epu32_mask(at, All32<0x80>()), at, 24);
 }
 
-// in_active: the lanes that count, of the first 16.
-template <bool HAS_LONG, class Output>
-ORSKA_INLINE void PutCodePoints(__m512i in_codePoints, std::uint64_t in_active, Output& io_output) {
-    const __m512i lanes = _mm512_maskz_mov_epi32(static_cast<__mmask16>(in_active),
-                                                 SpreadToUtf8<HAS_LONG>(in_codePoints));
-    const std::uint64_t last = _pdep_u64(in_active & 0xFFFF, LANE32_LAST);
-    io_output.Put(lanes, _mm512_movepi8_mask(lanes) | last, last);
+// in_active: the lanes that count.
+template <bool HAS_LONG>
+ORSKA_INLINE void PutCodePoints(__m512i in_codePoints, __mmask16 in_active, Utf8Output& io_output) {
+    const __m512i lanes = _mm512_maskz_mov_epi32(in_active, SpreadToUtf8<HAS_LONG>(in_codePoints));
+    io_output.Put(lanes, _mm512_movepi8_mask(lanes) | _pdep_u64(in_active, LANE32_LAST));
 }
 
 // Units below 800.
-template <class Output>
-ORSKA_INLINE void PutUnits2(__m512i in_units, std::uint64_t in_count, Output& io_output) {
+ORSKA_INLINE void PutUnits2(__m512i in_units, Utf8Output& io_output) {
     const __m512i shifts = All64<0x3036202610160006>();
     const __m512i bits = _mm512_multishift_epi64_epi8(shifts, in_units);
     // (bits & 3F1F) | 80C0
     const __m512i both = _mm512_ternarylogic_epi32(bits, All16<0x3F1F>(), All16<0x80C0>(), 0xEA);
     const __mmask32 isAscii = _mm512_testn_epi16_mask(in_units, All16<0xFF80>());
-    const std::uint64_t first = LANE16_FIRST & GetLowBits(2 * in_count);
     const __m512i lanes = _mm512_mask_mov_epi16(both, isAscii, in_units);
-    const std::uint64_t keep = (_mm512_movepi8_mask(lanes) & GetLowBits(2 * in_count)) | first;
-    const std::uint64_t second = keep & ~LANE16_FIRST;
-    io_output.Put(lanes, keep, keep & ~(second >> 1));
+    io_output.Put(lanes, _mm512_movepi8_mask(lanes) | LANE16_FIRST);
 }
 
-// Whole vectors of units of which each gives three bytes.
-template <class Output>
-ORSKA_INLINE void PutUnits3Only(__m512i in_units, Output& io_output) {
+// Units of which each gives three bytes.
+ORSKA_INLINE void PutUnits3Only(__m512i in_units, Utf8Output& io_output) {
     const __m512i shifts = All64<0x20262C3200060C12>();
     const __m512i order = _mm512_set_epi32(
         0, 0, 0, 0, 0x3F3E3D3B, 0x3A393736, 0x35333231, 0x2F2E2D2B, 0x2A292726, 0x25232221,
@@ -122,24 +89,17 @@ ORSKA_INLINE void PutUnits3Only(__m512i in_units, Output& io_output) {
     }
 }
 
-// Up to 32 units that are no surrogates, with zeros behind in_count of them.
-template <bool IS_WHOLE>
-ORSKA_INLINE void PutUnits(__m512i in_units, std::uint64_t in_count,
-                           Utf8Output<IS_WHOLE>& io_output) {
+// Units that are no surrogates.
+ORSKA_INLINE void PutUnits(__m512i in_units, Utf8Output& io_output) {
     const __mmask32 isLong = _mm512_test_epi16_mask(in_units, All16<0xF800>());
     if (isLong == 0) {
-        PutUnits2(in_units, in_count, io_output);
-        return;
+        PutUnits2(in_units, io_output);
+    } else if (isLong == 0xFFFFFFFF) {
+        PutUnits3Only(in_units, io_output);
+    } else {
+        PutCodePoints<false>(_mm512_cvtepu16_epi32(GetLowHalf(in_units)), 0xFFFF, io_output);
+        PutCodePoints<false>(_mm512_cvtepu16_epi32(GetHighHalf(in_units)), 0xFFFF, io_output);
     }
-    if constexpr (IS_WHOLE) {
-        if (isLong == 0xFFFFFFFF) {
-            PutUnits3Only(in_units, io_output);
-            return;
-        }
-    }
-    const std::uint64_t active = GetLowBits(in_count);
-    PutCodePoints<false>(_mm512_cvtepu16_epi32(GetLowHalf(in_units)), active, io_output);
-    PutCodePoints<false>(_mm512_cvtepu16_epi32(GetHighHalf(in_units)), active >> 16, io_output);
 }
 
 }  // namespace
