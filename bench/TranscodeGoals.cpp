@@ -63,13 +63,14 @@ std::string GoalReporter::GetGoals() const {
         {"sse42", "westmere"}, {"avx2", "haswell"}, {"avx512", "icelake"}};
     const auto form = forms.find(level);
     const std::string simdutf = form == forms.end() ? "none" : "simdutf-" + form->second;
+    const std::string theirs = simdutf + "/";
     const std::string ours = "ours-" + level + "/";
     Tally vector;
     Tally cp1252;
     for (const auto& [who, rate] : m_rates) {
         if (who.compare(0, ours.size(), ours) != 0) continue;
         const std::string name = who.substr(ours.size());
-        if (const auto peer = m_rates.find(simdutf + "/" + name); peer != m_rates.end()) {
+        if (const auto peer = m_rates.find(theirs + name); peer != m_rates.end()) {
             vector.Add(name, rate / peer->second, 1.0);
         }
         const bool isLong = std::atoi(name.c_str() + name.rfind('/') + 1) >= 256;

@@ -311,7 +311,7 @@ struct Vector128 {
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide32From(char* out_at, const char* in_from) {
 #ifdef __AVX2__
-        for (int i = 0; i < 2; ++i) {
+        for (std::uint64_t i = 0; i < 2; ++i) {
             const __m256i units = _mm256_cvtepu8_epi32(
                 _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in_from + 8 * i)));
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at + 32 * i),
