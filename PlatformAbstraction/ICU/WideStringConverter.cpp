@@ -134,9 +134,11 @@ void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in
     icu::UnicodeString* const text = out_result.GetImpl();
     if (decoder != nullptr && text != nullptr && most <= text->getCapacity() &&
         !IsInside(in_bytes, *text)) {
-        text->releaseBuffer(
-            DecodeDirectly(bytes, in_encoding, decoder, text->getBuffer(most), most));
-        return;
+        // Null where the units belong to others, too, and there is no memory for a copy.
+        if (char16_t* const units = text->getBuffer(most)) {
+            text->releaseBuffer(DecodeDirectly(bytes, in_encoding, decoder, units, most));
+            return;
+        }
     }
     TextOwner owner(AcquireText(decoder != nullptr ? most : 0));
     if (decoder != nullptr) {
