@@ -9,11 +9,11 @@
 #include <cerrno>
 #include <mutex>
 
+#include "tools/HighDescriptor.h"
+
 namespace Veltrane::ODBC::SystemCalls {
 
 namespace {
-
-constexpr int FIRST_OWN_HANDLE = 3;
 
 /// The private handles that are open, each plus one; 0 is a free place. Four are open at most for
 /// one request; a handle without a place stays open in children.
@@ -60,14 +60,7 @@ ForkLock::ForkLock() { s_forkMutex.lock(); }
 
 ForkLock::~ForkLock() { s_forkMutex.unlock(); }
 
-int KeepOffStandardHandles(int in_handle) {
-    if (in_handle < 0 || in_handle >= FIRST_OWN_HANDLE) return in_handle;
-    const int handle = ::fcntl(in_handle, F_DUPFD_CLOEXEC, FIRST_OWN_HANDLE);
-    const int error = errno;
-    ::close(in_handle);
-    errno = error;
-    return handle;
-}
+int KeepOffStandardHandles(int in_handle) { return Orska::MoveAboveStandard(in_handle); }
 
 PrivateHandle::PrivateHandle(int in_handle) : m_file(in_handle), m_forks(s_forks) {
     if (m_file.IsOpen()) m_slot = TakePlace(m_file.Get());

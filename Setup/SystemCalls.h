@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "PlatformAbstraction/base/FileDescriptor.h"
+
 namespace Veltrane::ODBC::SystemCalls {
 
 int Open(const char* in_path, int in_flags, mode_t in_mode);
@@ -91,26 +93,15 @@ public:
 /// @return the handle to use; -1 with errno, and the old one closed, when there is no other
 int KeepOffStandardHandles(int in_handle);
 
-/// Owns an open file.
-class FileHandle {
-public:
-    FileHandle() = default;
-    explicit FileHandle(int in_handle) : m_handle(KeepOffStandardHandles(in_handle)) {}
-    FileHandle(FileHandle&& in_other) noexcept : m_handle(std::exchange(in_other.m_handle, -1)) {}
-    FileHandle& operator=(FileHandle&& in_other) noexcept {
-        std::swap(m_handle, in_other.m_handle);
-        return *this;
-    }
-    ~FileHandle() {
-        if (IsOpen()) Close(m_handle);
-    }
-    bool IsOpen() const noexcept { return m_handle >= 0; }
-    int Get() const noexcept { return m_handle; }
-    /// Gives the file away, to be closed by the caller.
-    int Release() noexcept { return std::exchange(m_handle, -1); }
+struct HandleKind : Orska::Support::DescriptorKind {
+    static void Close(int in_handle) noexcept { SystemCalls::Close(in_handle); }
+};
 
-private:
-    int m_handle = -1;
+/// Owns an open file.
+class FileHandle : public Orska::Support::OwnedHandle<HandleKind> {
+public:
+    FileHandle() noexcept = default;
+    explicit FileHandle(int in_handle) noexcept : OwnedHandle(KeepOffStandardHandles(in_handle)) {}
 };
 
 /// Owns an open file that a child of this process does not get. A copy in a child would hold the

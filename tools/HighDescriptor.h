@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace Orska {
 
 /// A host may have closed 0 to 2; what is opened next gets one of them, and all that the host then
@@ -16,7 +18,9 @@ inline int MoveAboveStandard(int in_descriptor) noexcept {
         return in_descriptor;
     }
     const int high = fcntl(in_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
     close(in_descriptor);
+    errno = error;
     return high;
 }
 

@@ -65,6 +65,13 @@ constexpr std::string_view Trim(std::string_view in_text) noexcept {
     return in_text;
 }
 
+/// The same for other blanks.
+constexpr std::string_view Trim(std::string_view in_text, std::string_view in_blanks) noexcept {
+    const std::size_t first = std::min(in_text.find_first_not_of(in_blanks), in_text.size());
+    const std::size_t end = in_text.find_last_not_of(in_blanks) + 1;
+    return in_text.substr(first, end - std::min(first, end));
+}
+
 }  // namespace Orska::Support
 
 #endif

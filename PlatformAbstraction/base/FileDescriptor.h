@@ -2,12 +2,10 @@
 #ifndef PLATFORMABSTRACTION_BASE_FILEDESCRIPTOR_H
 #define PLATFORMABSTRACTION_BASE_FILEDESCRIPTOR_H
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "PlatformAbstraction/base/OwnedHandle.h"
+#include "tools/HighDescriptor.h"
 
 namespace Orska::Support {
 
@@ -20,18 +18,11 @@ struct DescriptorKind {
 
 using FileDescriptor = OwnedHandle<DescriptorKind>;
 
-/// Takes a new descriptor and gives it a number above those of the standard streams. A host may
-/// have closed these, and what is printed there would go into a file of ours that has such a
-/// number.
+/// Owns a new descriptor, with a number above those of the standard streams.
 /// @param in_descriptor  what the system's call gave, also when it failed
 /// @return none, with errno, where there was none or no more can be had
 inline FileDescriptor AboveStandardStreams(int in_descriptor) noexcept {
-    if (in_descriptor < 0 || in_descriptor > STDERR_FILENO) return FileDescriptor(in_descriptor);
-    const int moved = fcntl(in_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    const int error = errno;
-    close(in_descriptor);
-    errno = error;
-    return FileDescriptor(moved);
+    return FileDescriptor(MoveAboveStandard(in_descriptor));
 }
 
 }  // namespace Orska::Support

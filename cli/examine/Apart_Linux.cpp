@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
 #include "cli/examine/Apart.h"
 
@@ -33,11 +34,11 @@ std::string ReadAnswer(int in_handle) {
 
 std::string RunApart(const std::function<std::string()>& in_work) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return std::strerror(errno);
+    if (pipe2(ends, O_CLOEXEC) != 0) return Orska::Support::DescribeLastError();
     const FileHandle readEnd(ends[0]);
     FileHandle writeEnd(ends[1]);
     const pid_t child = fork();
-    if (child < 0) return std::strerror(errno);
+    if (child < 0) return Orska::Support::DescribeLastError();
     if (child == 0) {
         try {
             const std::string answer = in_work();

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <optional>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
 #include "cli/examine/Apart.h"
 #include "cli/examine/LibraryProbe.h"
@@ -49,7 +50,7 @@ std::string DescribeArchitecture(const ElfStart& in_start) {
 
 LibraryProbe ProbeFile(const std::string& in_path) {
     const FileHandle file(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.IsOpen()) return {LibraryFault::NotFound, std::strerror(errno)};
+    if (!file.IsOpen()) return {LibraryFault::NotFound, Orska::Support::DescribeLastError()};
     const std::optional<ElfStart> start = ReadElfStart(file.Get());
     if (!start) return {LibraryFault::NotALibrary, "it is not an ELF file"};
     const FileHandle own(open("/proc/self/exe", O_RDONLY | O_CLOEXEC));

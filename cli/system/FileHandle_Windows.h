@@ -1,29 +1,20 @@
-/// Owns an open file or console.
+/// Opens files and consoles.
 #ifndef CLI_FILEHANDLE_WINDOWS_H
 #define CLI_FILEHANDLE_WINDOWS_H
 
-#include <windows.h>
-
 #include <string>
+
+#include "PlatformAbstraction/base/WindowsHandle.h"
 
 namespace Veltrane::Cli {
 
-class FileHandle {
-public:
-    explicit FileHandle(const std::wstring& in_path, DWORD in_access = GENERIC_READ)
-        : m_handle(CreateFileW(in_path.c_str(), in_access, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                               nullptr, OPEN_EXISTING, 0, nullptr)) {}
-    FileHandle(const FileHandle&) = delete;
-    FileHandle& operator=(const FileHandle&) = delete;
-    ~FileHandle() {
-        if (IsOpen()) CloseHandle(m_handle);
-    }
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
+using Orska::Support::WindowsHandle;
 
-private:
-    HANDLE m_handle;
-};
+/// What is there already; not open, with GetLastError, when it cannot be opened.
+inline WindowsHandle OpenExisting(const std::wstring& in_path, DWORD in_access = GENERIC_READ) {
+    return WindowsHandle(CreateFileW(in_path.c_str(), in_access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+}
 
 }  // namespace Veltrane::Cli
 

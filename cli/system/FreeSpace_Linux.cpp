@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "cli/system/FreeSpace.h"
 
 namespace Veltrane::Cli {
@@ -17,7 +18,7 @@ std::string WhyNoRoomBeside(const std::string& in_path) {
     // Files are replaced by a new version that is made beside them.
     if (access(directory.c_str(), W_OK) != 0) {
         return in_path + ": cannot create a temporary file in " + directory + ": " +
-               std::strerror(errno);
+               Orska::Support::DescribeLastError();
     }
     struct statvfs status {};
     struct stat file {};
@@ -29,7 +30,7 @@ std::string WhyNoRoomBeside(const std::string& in_path) {
         status.f_frsize;
     // A file system without a limit of its own reports no blocks at all.
     if (status.f_blocks != 0 && room <= size) {
-        return in_path + ": cannot write: " + std::strerror(ENOSPC);
+        return in_path + ": cannot write: " + Orska::Support::DescribeSystemError(ENOSPC);
     }
     return {};
 }

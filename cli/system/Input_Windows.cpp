@@ -9,11 +9,11 @@ using ODBC::ToWide;
 using Orska::Support::DescribeSystemError;
 
 struct Input::State {
-    FileHandle m_file;
+    WindowsHandle m_file;
 };
 
 Input::Input(const std::string& in_path)
-    : m_path(in_path), m_state(new State{FileHandle(ToWide(in_path))}) {
+    : m_path(in_path), m_state(new State{OpenExisting(ToWide(in_path))}) {
     if (!in_path.empty() && !m_state->m_file.IsOpen()) Fail(DescribeSystemError(GetLastError()));
 }
 

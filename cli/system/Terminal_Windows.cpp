@@ -96,8 +96,8 @@ bool IsOutputColoured() {
 }
 
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions) {
-    const FileHandle input(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
-    const FileHandle output(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
+    const WindowsHandle input = OpenExisting(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
+    const WindowsHandle output = OpenExisting(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
     if (!input.IsOpen() || !output.IsOpen() || !IsConsole(input.Get())) {
         throw CommandError(EXIT_USAGE, NO_TERMINAL);
     }
