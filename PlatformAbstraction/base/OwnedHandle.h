@@ -18,11 +18,9 @@ public:
     /// @param in_handle  what the system's call gave, also when it failed
     explicit OwnedHandle(Handle in_handle) noexcept : m_handle(in_handle) {}
     OwnedHandle(OwnedHandle&& in_other) noexcept : m_handle(in_other.Release()) {}
+    /// The other one gets what was held here.
     OwnedHandle& operator=(OwnedHandle&& in_other) noexcept {
-        if (this != &in_other) {
-            Close();
-            m_handle = in_other.Release();
-        }
+        std::swap(m_handle, in_other.m_handle);
         return *this;
     }
     ~OwnedHandle() { Close(); }
