@@ -1,4 +1,4 @@
-/// veltrane-dsn: adds, changes, removes and shows DSNs through the installed driver manager.
+/// veltrane-dsn: adds, changes, removes and shows DSNs.
 #include <exception>
 #include <iostream>
 #include <string>

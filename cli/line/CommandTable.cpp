@@ -194,7 +194,7 @@ constexpr ManualSection SECTIONS[] = {
      "An empty line, file or variable is no password and is refused. set --unset PWD removes one."},
     {"EXIT CODES",
      "0\tDone.\n"
-     "1\tFailed; the installer's code and text are on standard error.\n"
+     "1\tFailed; the reason is on standard error.\n"
      "2\tThe command line is wrong.\n"
      "3\tThere is no such DSN or driver.\n"
      "4\tThere is such a DSN or driver already.\n"

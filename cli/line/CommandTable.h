@@ -111,7 +111,7 @@ struct ManualSection {
 inline constexpr char DEFAULT_DRIVER[] = "Veltrane";
 
 inline constexpr std::string_view PROGRAM_SUMMARY =
-    "manage the DSNs of the Veltrane ODBC driver through the ODBC installer";
+    "manage the DSNs of the Veltrane ODBC driver";
 std::span<const ManualSection> GetManualSections();
 
 }  // namespace Veltrane::Cli
