@@ -10,6 +10,7 @@
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
 #include "PlatformAbstraction/base/OwnDirectory.h"
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/EditorChoice.h"
 
 #ifndef VELTRANE_EDITOR_DIRECTORY
@@ -39,7 +40,7 @@ std::string TerminalProblem() {
     const Orska::Support::FileDescriptor terminal =
         Orska::Support::AboveStandardStreams(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
     if (!terminal.IsOpen()) {
-        return std::string("/dev/tty: ") + std::strerror(errno);
+        return std::string("/dev/tty: ") + Orska::Support::DescribeLastError();
     }
     // A program in the background is stopped when it touches its terminal, and would never return.
     if (tcgetpgrp(terminal.Get()) != getpgrp()) {
@@ -53,7 +54,7 @@ std::string TerminalProblem() {
 std::string WhyWritableByOthers(const std::string& in_path, bool in_isStickyFine) {
     struct stat status {};
     if (stat(in_path.c_str(), &status) != 0) {
-        return std::strerror(errno);
+        return Orska::Support::DescribeLastError();
     }
     const bool isWritable =
         (status.st_mode & S_IWOTH) != 0 && !(in_isStickyFine && (status.st_mode & S_ISVTX) != 0);
@@ -96,7 +97,7 @@ std::string WhyNotRunnable(const std::string& in_program) {
     const std::string program = RealPath(in_program);
     struct stat status {};
     if (program.empty() || stat(program.c_str(), &status) != 0) {
-        return std::strerror(errno);
+        return Orska::Support::DescribeLastError();
     }
     if (!S_ISREG(status.st_mode) || access(program.c_str(), X_OK) != 0) {
         return "not a program";

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
+#include "PlatformAbstraction/base/SystemError.h"
 
 namespace Veltrane::ODBC {
 
@@ -42,7 +43,8 @@ constexpr int INTERVAL_WITHOUT_PIDFD = 200;
 }
 
 [[noreturn]] void FailToStart(const std::string& in_program, int in_error) {
-    Fail(in_program, std::string("cannot be started: ") + std::strerror(in_error));
+    Fail(in_program, std::string("cannot be started: ") +
+                         Orska::Support::DescribeSystemError(static_cast<std::uint32_t>(in_error)));
 }
 
 /// The two ends.

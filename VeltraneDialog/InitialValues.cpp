@@ -15,12 +15,7 @@ using Orska::Support::EqualsIgnoringCase;
 namespace {
 
 std::string_view TrimBlanks(std::string_view in_text) {
-    constexpr std::string_view BLANKS(" \t\r");
-    const std::size_t first = in_text.find_first_not_of(BLANKS);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return in_text.substr(first, in_text.find_last_not_of(BLANKS) - first + 1);
+    return Orska::Support::Trim(in_text, " \t\r");
 }
 
 /// Works line by line; knows the position for error texts.

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/Wipe.h"
 
@@ -34,11 +35,11 @@ bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::str
         if (in_mayBeAbsent && (errno == ENOENT || errno == ENOTDIR)) {
             return false;
         }
-        Fail(in_fileName, std::strerror(errno));
+        Fail(in_fileName, Orska::Support::DescribeLastError());
     }
     struct stat status {};
     if (fstat(file.Get(), &status) != 0) {
-        Fail(in_fileName, std::strerror(errno));
+        Fail(in_fileName, Orska::Support::DescribeLastError());
     }
     // A request does not wait for whoever is to write into a pipe or to type in a terminal.
     const bool isNullDevice = S_ISCHR(status.st_mode) && status.st_rdev == makedev(1, 3);
@@ -56,7 +57,7 @@ bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::str
             return true;
         }
         if (count < 0 && errno != EINTR) {
-            Fail(in_fileName, std::strerror(errno));
+            Fail(in_fileName, Orska::Support::DescribeLastError());
         }
         if (count > 0) {
             out_contents.append(block, 0, static_cast<std::size_t>(count));

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/editors/EditorMain.h"
 #include "VeltraneDialog/editors/TerminalForm.h"
 #include "VeltraneDialog/editors/Texts.h"
@@ -20,7 +21,7 @@ void TakeTerminal() {
     const Orska::Support::FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC));
     if (terminal.Get() < 0) {
         throw EditorUnavailable(std::string("The terminal cannot be used: ") +
-                                std::strerror(errno));
+                                Orska::Support::DescribeLastError());
     }
     dup2(terminal.Get(), STDIN_FILENO);
     dup2(terminal.Get(), STDOUT_FILENO);
