@@ -42,7 +42,8 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
                                               const std::string& in_source,
                                               std::vector<std::string>& out_notes) {
     // What wrote it has probably failed.
-    if (TrimLeft(in_text).empty()) throw CommandError(EXIT_FAILED, in_source + ": is empty.");
+    if (TrimLeft(in_text).empty())
+        throw CommandError(EXIT_FAILED, in_source + " is empty: it describes no DSN.");
     std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
                                                    ? ParseJson(in_text, in_source)
                                                    : ParseIni(in_text, in_source, out_notes);

@@ -48,7 +48,7 @@ std::string RunApart(const std::function<std::string()>& in_work) {
         }
     }
     writeEnd = FileHandle();
-    const std::string answer = ReadAnswer(readEnd.Get());
+    std::string answer = ReadAnswer(readEnd.Get());
     kill(child, SIGKILL);
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }

@@ -90,7 +90,7 @@ TEST(Description, RefusesWithThePlaceAndWithoutValues) {
         {JSON, "{\"data_sources\": [\n{\"name\": \"hunter2\" \"x\"}]}", "f, line 2, column "},
         {JSON, "{\"PWD\": \"hunter2\xFF\"}", "not JSON in UTF-8"},
         {JSON, "[{\"name\": \"a\", \"values\": {\"PWD\": 1e999}}]", "f: a number that is out"},
-        {JSON, " \n", "f: is empty"},
+        {JSON, " \n", "f is empty"},
         {JSON, "[{\"name\": \"a\", \"values\": {\"PWD\": \"\"}}]", "null removes"},
         {JSON, "{\"dsn\": \"hunter2\"}", "no list"},
         {JSON, "[{\"values\": {}}]", "entry 1 has no \"name\""},
