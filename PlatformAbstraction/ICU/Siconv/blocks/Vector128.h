@@ -40,8 +40,41 @@ struct BoundedTo {
     std::int64_t m_room;
 };
 
+// What the vectors below make of their own operations.
+template <class V>
+struct VectorBase {
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE auto All8() {
+        return V::template All32<(VALUE & 0xFF) * 0x01010101U>();
+    }
+    template <std::uint32_t VALUE>
+    static ORSKA_INLINE auto All16() {
+        return V::template All32<(VALUE & 0xFFFF) * 0x00010001U>();
+    }
+    // The low halves of the 32-bit units of two vectors, in text order.
+    template <class Type>
+    static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
+        return V::JoinHalves(
+            V::Shuffle(in_first, V::RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
+            V::Shuffle(in_second, V::RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
+    }
+    // Units of the text to the processor's order, or back.
+    template <bool IS_BIG, class Type>
+    static ORSKA_INLINE Type OrderUnits16(Type in_units) {
+        return IS_BIG ? V::Shuffle(in_units,
+                                   V::RepeatLane(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
+                      : in_units;
+    }
+    template <bool IS_BIG, class Type>
+    static ORSKA_INLINE Type OrderUnits32(Type in_units) {
+        return IS_BIG ? V::Shuffle(in_units,
+                                   V::RepeatLane(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
+                      : in_units;
+    }
+};
+
 // Operations work within lanes of 128 bits; masks have one bit a byte.
-struct Vector128 {
+struct Vector128 : VectorBase<Vector128> {
     using Type = __m128i;
     static constexpr std::uint32_t SIZE = 16;
     static constexpr std::uint64_t FULL = 0xFFFF;
@@ -90,15 +123,7 @@ struct Vector128 {
         }
     }
     static ORSKA_INLINE Type Zero() { return _mm_setzero_si128(); }
-    // A constant in each byte, each 16-bit or each 32-bit unit.
-    template <std::uint32_t VALUE>
-    static ORSKA_INLINE Type All8() {
-        return All32<(VALUE & 0xFF) * 0x01010101U>();
-    }
-    template <std::uint32_t VALUE>
-    static ORSKA_INLINE Type All16() {
-        return All32<(VALUE & 0xFFFF) * 0x00010001U>();
-    }
+    // A constant in each unit.
     template <std::uint32_t VALUE>
     static ORSKA_INLINE Type All32() {
 #ifdef __AVX2__
@@ -210,25 +235,6 @@ struct Vector128 {
     // 16-bit units up to FF of two vectors to bytes, in text order.
     static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
         return PackUnsigned16(in_first, in_second);
-    }
-    // The low halves of the 32-bit units of two vectors, in text order.
-    static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
-        return JoinHalves(Shuffle(in_first, RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
-                          Shuffle(in_second, RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
-    }
-
-    // Units of the text to the processor's order, or back.
-    template <bool IS_BIG>
-    static ORSKA_INLINE Type OrderUnits16(Type in_units) {
-        return IS_BIG
-                   ? Shuffle(in_units, RepeatLane(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
-                   : in_units;
-    }
-    template <bool IS_BIG>
-    static ORSKA_INLINE Type OrderUnits32(Type in_units) {
-        return IS_BIG
-                   ? Shuffle(in_units, RepeatLane(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
-                   : in_units;
     }
     static ORSKA_INLINE bool IsZero(Type in_value) {
 #ifdef __SSE4_1__

@@ -11,7 +11,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-struct Vector256 {
+struct Vector256 : VectorBase<Vector256> {
     using Type = __m256i;
     static constexpr std::uint32_t SIZE = 32;
     static constexpr std::uint64_t FULL = 0xFFFFFFFF;
@@ -32,14 +32,6 @@ struct Vector256 {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at), in_value);
     }
     static ORSKA_INLINE Type Zero() { return _mm256_setzero_si256(); }
-    template <std::uint32_t VALUE>
-    static ORSKA_INLINE Type All8() {
-        return All32<(VALUE & 0xFF) * 0x01010101U>();
-    }
-    template <std::uint32_t VALUE>
-    static ORSKA_INLINE Type All16() {
-        return All32<(VALUE & 0xFFFF) * 0x00010001U>();
-    }
     template <std::uint32_t VALUE>
     static ORSKA_INLINE Type All32() {
         Type value;
@@ -140,25 +132,6 @@ struct Vector256 {
     static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
         return _mm256_permute4x64_epi64(PackUnsigned16(in_first, in_second),
                                         _MM_SHUFFLE(3, 1, 2, 0));
-    }
-    // The low halves of the 32-bit units of two vectors, in text order.
-    static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
-        return JoinHalves(Shuffle(in_first, RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
-                          Shuffle(in_second, RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
-    }
-
-    // Units of the text to the processor's order, or back.
-    template <bool IS_BIG>
-    static ORSKA_INLINE Type OrderUnits16(Type in_units) {
-        return IS_BIG
-                   ? Shuffle(in_units, RepeatLane(0x02030001, 0x06070405, 0x0A0B0809, 0x0E0F0C0D))
-                   : in_units;
-    }
-    template <bool IS_BIG>
-    static ORSKA_INLINE Type OrderUnits32(Type in_units) {
-        return IS_BIG
-                   ? Shuffle(in_units, RepeatLane(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
-                   : in_units;
     }
     static ORSKA_INLINE bool IsZero(Type in_value) {
         return _mm256_testz_si256(in_value, in_value) != 0;
