@@ -8,6 +8,7 @@
 #include <cstring>
 #include <random>
 #include <set>
+#include <sstream>
 
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/TranscoderReference.h"
@@ -126,50 +127,20 @@ TEST_P(TranscoderKernelTest, EveryTargetSize) {
 
 // Byte sequences that are wrong or cut off, for each source encoding.
 std::vector<std::string> GetMalformed(int in_encoding) {
-    using namespace std::string_literals;
     if (in_encoding == UTF8) {
-        return {"\x80"s,
-                "\xBF"s,
-                "\xC0"s,
-                "\xC0\x80"s,
-                "\xC1\xBF"s,
-                "\xC2"s,
-                "\xC3 "s,
-                "\xC3\xC3\xA9"s,
-                "\xE0"s,
-                "\xE0\x80\x80"s,
-                "\xE0\x9F\xBF"s,
-                "\xE0\xA0"s,
-                "\xE1\x80"s,
-                "\xE1\x80 "s,
-                "\xE1\x80\xC2\x80"s,
-                "\xED\x9F"s,
-                "\xED\xA0\x80"s,
-                "\xED\xBF\xBF"s,
-                "\xED\xA0"s,
-                "\xEF\xBF"s,
-                "\xE4\xB8\xAD\x80"s,
-                "\xF0"s,
-                "\xF0\x8F\xBF\xBF"s,
-                "\xF0\x90"s,
-                "\xF0\x90\x80"s,
-                "\xF0\x9F\x98"s,
-                "\xF0\x9F\x98 "s,
-                "\xF0\x9F\xE4\xB8\xAD"s,
-                "\xF0\x9F\x98\x80\x80"s,
-                "\xF4\x90\x80\x80"s,
-                "\xF4\x8F\xBF"s,
-                "\xF5\x80\x80\x80"s,
-                "\xF8\x88\x80\x80\x80"s,
-                "\xFC\x84\x80\x80\x80\x80"s,
-                "\xFE"s,
-                "\xFF"s,
-                "\xC3\xA9\xA9"s,
-                "\xE0\x80"s,
-                "\xF0\x80"s,
-                "\xF4\x90"s,
-                "\xC3\xF0"s,
-                "\xE4\xB8\xF0\x9F"s};
+        std::istringstream list(
+            "\x80|\xBF|\xC0|\xC0\x80|\xC1\xBF|\xC2|\xC3 |\xC3\xC3\xA9|\xE0|\xE0\x80\x80|"
+            "\xE0\x9F\xBF|\xE0\xA0|\xE1\x80|\xE1\x80 |\xE1\x80\xC2\x80|\xED\x9F|\xED\xA0\x80|"
+            "\xED\xBF\xBF|\xED\xA0|\xEF\xBF|\xE4\xB8\xAD\x80|\xF0|\xF0\x8F\xBF\xBF|\xF0\x90|"
+            "\xF0\x90\x80|\xF0\x9F\x98|\xF0\x9F\x98 |\xF0\x9F\xE4\xB8\xAD|\xF0\x9F\x98\x80\x80|"
+            "\xF4\x90\x80\x80|\xF4\x8F\xBF|\xF5\x80\x80\x80|\xF8\x88\x80\x80\x80|"
+            "\xFC\x84\x80\x80\x80\x80|\xFE|\xFF|\xC3\xA9\xA9|\xE0\x80|\xF0\x80|\xF4\x90|\xC3\xF0|"
+            "\xE4\xB8\xF0\x9F");
+        std::vector<std::string> sequences;
+        for (std::string sequence; std::getline(list, sequence, '|');) {
+            sequences.push_back(sequence);
+        }
+        return sequences;
     }
     std::vector<std::u32string> texts;
     if (in_encoding == UTF16LE || in_encoding == UTF16BE) {
