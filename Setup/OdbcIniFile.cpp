@@ -38,6 +38,8 @@ constexpr long long WRITER_PAUSE = 4'000'000;
 constexpr long long EMPTY_WRITER_PAUSE = 30'000'000;
 /// The same where it is not known whether a program has it open.
 constexpr long long REST = 50'000;
+/// The same for file systems whose times are whole seconds.
+constexpr long long WHOLE_SECONDS_REST = 1'050'000;
 
 /// Longer than the clock of a local file system stands still, in microseconds.
 constexpr long long TICK = 20'000;
@@ -79,7 +81,8 @@ bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
         return age < (in_stat.st_size == 0 ? EMPTY_WRITER_PAUSE : WRITER_PAUSE);
     }
     // A time to come is that of a file server with another clock, and tells nothing.
-    return age > -REST && age < REST;
+    const long long rest = in_stat.st_mtim.tv_nsec == 0 ? WHOLE_SECONDS_REST : REST;
+    return age > -rest && age < rest;
 }
 
 /// Removes the temporary file at the end, also when memory runs out.
@@ -548,7 +551,7 @@ bool OdbcIniFile::PutInPlace(std::string& io_name) {
     if (Rename(io_name, RENAME_EXCHANGE)) return IsAsRead(io_name) || PutBack(io_name);
     if (!IsUnsupported(errno)) return FailToReplace();
     // Here the old file has no name any more once it is replaced, so it is looked at before.
-    if (!IsAsRead(m_name)) return FailAsOutdated();
+    if (!IsAsRead(m_name) || IsOutdated()) return FailAsOutdated();
     return Rename(io_name, 0) || FailToReplace();
 }
 

@@ -181,7 +181,11 @@ bool GetRandom(void* out_bytes, std::size_t in_size) {
 }
 
 void SleepMicroseconds(unsigned in_microseconds) {
-    s_systemCalls.m_clockOffset += in_microseconds + s_systemCalls.m_sleepBonus;
+    if (s_systemCalls.m_isSleeping) {
+        ::usleep(in_microseconds);
+    } else {
+        s_systemCalls.m_clockOffset += in_microseconds + s_systemCalls.m_sleepBonus;
+    }
 }
 
 long long GetMonotonicTime() { return GetTime(CLOCK_MONOTONIC); }

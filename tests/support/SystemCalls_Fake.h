@@ -20,6 +20,8 @@ struct FakeSystemCalls {
     std::size_t m_maxTransfer = static_cast<std::size_t>(-1);
     /// Handles that are open now.
     int m_openHandles = 0;
+    /// Sleeps take their time, and do not only move the clock.
+    bool m_isSleeping = false;
     /// Added to the clock, in microseconds, by each sleep.
     long long m_sleepBonus = 0;
     long long m_clockOffset = 0;
