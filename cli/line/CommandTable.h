@@ -110,8 +110,7 @@ struct ManualSection {
 /// The driver that commands work for unless --driver says otherwise.
 inline constexpr char DEFAULT_DRIVER[] = "Veltrane";
 
-inline constexpr std::string_view PROGRAM_SUMMARY =
-    "manage the DSNs of the Veltrane ODBC driver";
+inline constexpr std::string_view PROGRAM_SUMMARY = "manage the DSNs of the Veltrane ODBC driver";
 std::span<const ManualSection> GetManualSections();
 
 }  // namespace Veltrane::Cli
