@@ -198,7 +198,7 @@ constexpr ManualSection SECTIONS[] = {
      "2\tThe command line is wrong.\n"
      "3\tThere is no such DSN or driver.\n"
      "4\tThere is such a DSN or driver already.\n"
-     "130\tInterrupted by Ctrl-C at the question for a password."},
+     "130\tInterrupted by Ctrl-C, at the question for a password or in apply."},
     {"ENVIRONMENT",
      "ODBCINI\tThe user's file of DSNs; otherwise ~/.odbc.ini.\n"
      "ODBCSYSINI\tThe directory of the system's files; otherwise that of the driver manager.\n"
