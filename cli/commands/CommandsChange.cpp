@@ -1,3 +1,5 @@
+#include <set>
+
 #include "cli/commands/Commands.h"
 #include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
@@ -57,7 +59,9 @@ ExitCode SetDsn(const CommandLine& in_line) {
 ExitCode RemoveDsns(const CommandLine& in_line) {
     return Change(in_line, [&](const ODBC::ProfileView& in_view) {
         DsnResults results;
+        std::set<std::string> known;
         for (const std::string& dsn : in_line.m_arguments) {
+            if (!known.insert(FoldCase(dsn)).second) continue;
             DsnWish wish;
             wish.m_name = dsn;
             wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);

@@ -19,7 +19,7 @@ class ChangeTest(ToolTest):
         self.assertEqual(shown.splitlines()[0], "DSN=sales")
         self.assertEqual(set(shown.splitlines()[1:]),
                          {"Driver=Veltrane", "Server=db", "LoginMode=1", "Database=東京"})
-        self.run_tool("remove", "sales")
+        self.assertEqual(self.run_tool("remove", "sales", "SALES")[0], "sales: removed\n")
         self.assertEqual(self.dsns(), {})
         self.assertEqual(self.run_tool("list")[0], "")
 
