@@ -73,8 +73,8 @@ void CheckOutput(const std::string& in_buffer, const Rule& in_rule, std::int64_t
     }
 }
 
-void WriteString(int in_encoding, std::size_t in_room, bool in_isInBytes,
-                 std::u16string_view in_text) {
+void TryToWrite(int in_encoding, std::size_t in_room, bool in_isInBytes,
+                std::u16string_view in_text) {
     ODBCStringConverter& converter = GetConverter(in_encoding);
     const orska_wstring string = MakeString(in_text);
     const EncodingType encoding{in_encoding};
@@ -142,6 +142,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     std::u16string text(bytes.size() / 2, u'\0');
     std::memcpy(text.data(), bytes.data(), text.size() * 2);
     if ((how & 4) != 0) text = orska_wstring(bytes).GetAsUtf16();  // mostly well-formed
-    WriteString(encoding, room, (how & 2) != 0, text);
+    TryToWrite(encoding, room, (how & 2) != 0, text);
     return 0;
 }
