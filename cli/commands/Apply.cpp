@@ -150,8 +150,17 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);
     for (const std::string& note : notes) report.AddNotice(note);
-    for (const DsnResult& result :
-         ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), checkBefore)) {
+    DsnResults results;
+    try {
+        results = ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), checkBefore);
+    } catch (const CommandError& error) {
+        // Nothing is written. A program that reads the answer finds the reason with each DSN.
+        if (!in_line.Has(OptionId::Json) || error.GetExitCode() != EXIT_FAILED) throw;
+        for (const Wish& wish : wishes) {
+            results.push_back(MakeResult(wish.m_wish.m_name, error.what()));
+        }
+    }
+    for (const DsnResult& result : results) {
         // One that fails does not stop the others.
         if (result.m_failure.empty()) {
             report.AddDone(result.m_plan);
