@@ -14,6 +14,9 @@
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 
+/// AddressSanitizer reports its own stack for signals when a thread ends by being cancelled.
+extern "C" const char* __asan_default_options() { return "use_sigaltstack=0"; }
+
 namespace Orska::Support {
 namespace {
 
