@@ -140,8 +140,9 @@ private:
             RefuseUnknown("option ", word.substr(0, word.find('=')), known);
         }
         const std::string name(GetLongName(*option));
-        if (in_found == '?') Refuse(name + " takes no value.");
         const bool hasValue = !option->m_argument.empty();
+        // ':' is also how mingw's getopt answers where there is a value too many.
+        if (in_found == '?' || (in_found == ':' && !hasValue)) Refuse(name + " takes no value.");
         // An option is no value, unless it is joined to its own one by "=".
         const bool isOption = hasValue && !isRefused && optarg == in_word && optarg[0] == '-' &&
                               optarg[1] == '-' && optarg[2] != '\0';
