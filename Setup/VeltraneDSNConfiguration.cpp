@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Exceptions/OrskaThrow.h"
 #include "Setup/OdbcInstaller.h"
@@ -17,14 +18,14 @@ using Orska::Support::TraceSite;
 
 const orska_wstring DSN_CONFIG_KEY_ODBC_INI(L"odbc.ini");
 const orska_wstring DSN_CONFIG_KEY_DRIVER(L"Driver");
-const std::array<orska_wstring, DIALOG_FIELDS.size()> DSN_CONFIG_KEYS = [] {
-    std::array<orska_wstring, DIALOG_FIELDS.size()> keys;
-    std::transform(DIALOG_FIELDS.begin(), DIALOG_FIELDS.end(), keys.begin(),
-                   [](const DialogField& in_field) {
-                       return orska_wstring().SetFromUtf8(std::string(in_field.m_key));
-                   });
-    return keys;
-}();
+// Made in place: a text that is released here, while the library is being loaded, would keep it
+// loaded on Windows until the thread ends, and that in turn waits for the loader.
+const std::array<orska_wstring, DIALOG_FIELDS.size()> DSN_CONFIG_KEYS =
+    []<std::size_t... FIELD>(std::index_sequence<FIELD...>) {
+    return std::array<orska_wstring, sizeof...(FIELD)>{
+        orska_wstring(std::string(DIALOG_FIELDS[FIELD].m_key))...};
+}
+(std::make_index_sequence<DIALOG_FIELDS.size()>());
 const orska_wstring& DSN_CONFIG_KEY_DSN = DSN_CONFIG_KEYS[FieldIndex("DSN")];
 const orska_wstring& SERVER = DSN_CONFIG_KEYS[FieldIndex("Server")];
 const orska_wstring& COGNOS_NAMESPACE = DSN_CONFIG_KEYS[FieldIndex("Namespace")];

@@ -58,9 +58,9 @@ const ModuleFile& GetModuleFile() noexcept {
 
 }  // namespace
 
-std::filesystem::path GetOwnDirectory() {
+NativePath GetOwnDirectory() {
     const std::string_view file = GetModuleFile().m_path;
-    return file.substr(0, file.rfind('/') + 1);
+    return std::string(file.substr(0, file.rfind('/') + 1));
 }
 
 }  // namespace Orska::Support

@@ -6,7 +6,7 @@
 
 namespace Orska::Support {
 
-std::filesystem::path GetOwnDirectory() {
+NativePath GetOwnDirectory() {
     static const char s_anchor = 0;
     HMODULE module = nullptr;
     if (!GetModuleHandleExW(

@@ -36,7 +36,7 @@ bool FileSystemUtils::IsRelative(const orska_wstring& in_path) {
 }
 
 orska_wstring FileSystemUtils::GetModuleDirectory() {
-    return orska_wstring().SetFromUtf8(GetOwnDirectory().native());
+    return orska_wstring().SetFromUtf8(GetOwnDirectory());
 }
 
 orska_wstring FileSystemUtils::GetTempDirectory() {

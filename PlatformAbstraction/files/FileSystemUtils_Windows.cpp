@@ -31,9 +31,7 @@ bool FileSystemUtils::IsRelative(const orska_wstring& in_path) {
     return PathIsRelativeW(GetNativePath(in_path).c_str()) != FALSE;
 }
 
-orska_wstring FileSystemUtils::GetModuleDirectory() {
-    return orska_wstring(GetOwnDirectory().native());
-}
+orska_wstring FileSystemUtils::GetModuleDirectory() { return orska_wstring(GetOwnDirectory()); }
 
 orska_wstring FileSystemUtils::GetTempDirectory() {
     wchar_t directory[MAX_PATH_LENGTH];

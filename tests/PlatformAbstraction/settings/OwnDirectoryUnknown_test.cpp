@@ -9,7 +9,7 @@
 
 namespace Orska::Support {
 
-std::filesystem::path GetOwnDirectory() { return {}; }
+NativePath GetOwnDirectory() { return {}; }
 
 namespace {
 
