@@ -42,9 +42,9 @@ void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const 
 bool ShowOnDesktop(DialogValues& io_values, HostConnection& io_host) {
     s_host = &io_host;
     qInstallMessageHandler(OnQtMessage);
-    static char name[] = "veltrane-dsn-editor-desktop";
-    static char* arguments[] = {name, nullptr};
-    static int argumentCount = 1;
+    char name[] = "veltrane-dsn-editor-desktop";
+    char* arguments[] = {name, nullptr};
+    int argumentCount = 1;
     const QApplication application(argumentCount, arguments);
     // A cursor that does not blink: an editor that nobody types in wakes neither itself nor the
     // display.
