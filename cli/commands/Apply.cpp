@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <csignal>
 #include <filesystem>
 #include <unordered_set>
@@ -13,11 +15,18 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Process-wide: set by Ctrl-C, read by apply.
+/// Process-wide: set by apply and by Ctrl-C, read by both.
+volatile std::sig_atomic_t s_isWriting = 0;
 volatile std::sig_atomic_t s_isInterrupted = 0;
 
-/// The second Ctrl-C ends the program at once.
+/// Before the writing it ends the program at once, also while that waits for the lock. Later the
+/// second one does.
 void Interrupt(int in_signal) {
+    constexpr std::string_view TEXT = "veltrane-dsn: Interrupted. Nothing has been written.\n";
+    if (s_isWriting == 0) {
+        [[maybe_unused]] const auto ignored = write(STDERR_FILENO, TEXT.data(), TEXT.size());
+        _exit(EXIT_INTERRUPTED);
+    }
     s_isInterrupted = 1;
     std::signal(in_signal, SIG_DFL);
 }
@@ -104,11 +113,6 @@ void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_drive
     }
 }
 
-void CheckInterrupted() {
-    if (s_isInterrupted == 0) return;
-    throw CommandError(EXIT_INTERRUPTED, "Interrupted. Nothing has been written.");
-}
-
 /// With --fail-fast, the first refusal.
 void CheckRefusals(const DsnResults& in_results) {
     for (const DsnResult& result : in_results) {
@@ -142,9 +146,9 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
         }
         return results;
     };
-    const auto checkBefore = [&](const DsnResults& in_results) {
+    const auto check = [&](const DsnResults& in_results, bool in_isLocked) {
         if (in_line.Has(OptionId::FailFast)) CheckRefusals(in_results);
-        CheckInterrupted();
+        s_isWriting = in_isLocked ? 1 : 0;
     };
     std::signal(SIGINT, Interrupt);
     const DsnStore store(GetScope(in_line));
@@ -152,7 +156,7 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
     for (const std::string& note : notes) report.AddNotice(note);
     DsnResults results;
     try {
-        results = ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), checkBefore);
+        results = ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), check);
     } catch (const CommandError& error) {
         // Nothing is written. A program that reads the answer finds the reason with each DSN.
         if (!in_line.Has(OptionId::Json) || error.GetExitCode() != EXIT_FAILED) throw;

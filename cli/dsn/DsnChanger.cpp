@@ -66,23 +66,23 @@ void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResult
 }
 
 DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
-                      const std::function<void(const DsnResults&)>& in_checkBefore) {
+                      const DsnCheck& in_check) {
+    DsnResults results;
     const auto plan = [&](const ODBC::ProfileView& in_view) {
-        DsnResults results = in_planner(in_view);
+        results = in_planner(in_view);
         RefuseUnknownDrivers(results);
-        if (in_checkBefore) in_checkBefore(results);
-        return results;
+    };
+    const auto check = [&](bool in_isLocked) {
+        if (in_check) in_check(results, in_isLocked);
     };
     // First without the lock: who has nothing to change need not be allowed to.
     const ODBC::ProfileView view = in_store.Load();
-    DsnResults results = plan(view);
+    plan(view);
+    check(false);
     if (in_isDryRun || std::none_of(results.begin(), results.end(), IsToDo)) return results;
     const auto write = [&](ODBC::ProfileChange& io_change) {
-        if (!io_change.GetView().IsSame(view)) {
-            results = plan(io_change.GetView());
-        } else if (in_checkBefore) {
-            in_checkBefore(results);
-        }
+        if (!io_change.GetView().IsSame(view)) plan(io_change.GetView());
+        check(true);
         for (const DsnResult& result : results) {
             if (IsToDo(result)) CarryOut(result.m_plan, io_change);
         }

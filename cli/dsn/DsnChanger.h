@@ -30,11 +30,14 @@ using DsnPlanner = std::function<DsnResults(const ODBC::ProfileView&)>;
 /// Adds a plan made from the wish and the view, or the reason why it is refused.
 void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResults& io_results);
 
-/// @param in_checkBefore  called once more right before the writing; what it throws ends the run
+/// Looks at the results of each plan, and once more right before the writing, with the profile
+/// locked. What it throws ends the run.
+using DsnCheck = std::function<void(const DsnResults&, bool in_isLocked)>;
+
 /// @return the results of the plan that was carried out, or of the first one in a dry run
 /// @throws CommandError EXIT_FAILED with path and reason where nothing could be written
 DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
-                      const std::function<void(const DsnResults&)>& in_checkBefore = {});
+                      const DsnCheck& in_check = {});
 
 }  // namespace Veltrane::Cli
 

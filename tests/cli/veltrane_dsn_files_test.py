@@ -99,10 +99,9 @@ class FilesTest(FileTest):
                 self.assertIsNone(run.poll())
                 time.sleep(0.01)
             run.send_signal(signal.SIGINT)
-            time.sleep(0.1)
-        output, errors = run.communicate(timeout=60)
+            output, errors = run.communicate(timeout=20)  # the lock is waited for 30 s
         self.assertEqual((run.returncode, output, self.read_file(self.user)), (130, "", ""))
-        self.assertIn("Interrupted. Nothing has been written.", errors)
+        self.assertEqual(errors, "veltrane-dsn: Interrupted. Nothing has been written.\n")
 
     def test_results_name_the_file_that_is_not_the_users_own(self):
         self.assertEqual(self.add_sales(SUDO_USER="anna")[0], f"sales: added in {self.user}\n")
@@ -167,16 +166,21 @@ KILL = """
     }
 """
 
-# Writes a section into odbc.ini before the first sync, as a program without the lock does.
+# Before the first sync it writes a section into odbc.ini, as a program without the lock does, or
+# presses Ctrl-C.
 FOREIGN = """
     #include <fcntl.h>
+    #include <signal.h>
     #include <stdlib.h>
     #include <string.h>
     #include <sys/syscall.h>
     #include <unistd.h>
     int fsync(int file) {
         static int is_done;
-        if (!is_done++) {
+        if (getenv("INTERRUPT")) {
+            raise(SIGINT);
+            unsetenv("INTERRUPT");
+        } else if (!is_done++) {
             const char text[] = "[foreign]\\nx=1\\n";
             const int ini = open(getenv("ODBCINI"), O_WRONLY | O_APPEND);
             if (ini < 0 || write(ini, text, strlen(text)) < 0) abort();
@@ -225,6 +229,15 @@ class KillsTest(FileTest):
             self.write_file("user.ini", sales)
             self.run_tool(*command, LD_PRELOAD=preload)
             self.assertEqual(self.read_file(self.user), after + "[foreign]\nx=1\n")
+
+    def test_after_ctrl_c_while_it_writes_the_tool_says_what_is_done(self):
+        preload = self.stage.compile("foreign", FOREIGN)
+        file = self.write_file("dsns.ini", "[a]\nServer=s\nDatabase=d\n[b]\n")
+        output, errors = self.run_tool("apply", file, code=130, LD_PRELOAD=preload, INTERRUPT="1")
+        self.assertEqual(output, "a: added\n1 added, 1 failed\n")
+        self.assertIn("b: Server: ", errors)
+        self.assertIn("Interrupted. All that is reported as done is written.\n", errors)
+        self.assertEqual(set(self.dsns()), {"a", "foreign"})
 
 
 class FileFindingsTest(FileTest):
