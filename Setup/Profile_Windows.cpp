@@ -2,6 +2,7 @@
 // Behind the Windows API, which it needs.
 #include <odbcinst.h>
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <map>
@@ -119,6 +120,21 @@ std::optional<KeyValues> ReadSection(Kind in_kind, const std::string& in_section
         if (error == ERROR_NO_MORE_ITEMS) return section;
         // Removed while it was read; it may be there again.
         if (error != ERROR_KEY_DELETED) FailToRead(NameOf(in_kind) + "\\" + in_section, error);
+    }
+}
+
+/// The installer writes the path of the driver's library into a new data source. The driver's name
+/// is in its list.
+void NameDriver(Kind in_kind, const std::string& in_section, KeyValues& io_section) {
+    for (auto& [key, value] : io_section) {
+        if (!EqualsIgnoringCase(key, "Driver") || value.find('\\') == std::string::npos) continue;
+        wchar_t name[MAX_PATH];
+        DWORD size = sizeof name;
+        const std::wstring list = ToWide(PathOf(in_kind) + "\\ODBC Data Sources");
+        if (::RegGetValueW(RootOf(in_kind), list.c_str(), ToWide(in_section).c_str(), RRF_RT_REG_SZ,
+                           nullptr, name, &size) == ERROR_SUCCESS) {
+            value = ToUtf8(name);
+        }
     }
 }
 
@@ -280,7 +296,11 @@ struct ProfileView::State {
 
     const std::optional<KeyValues>& Find(std::string_view in_section) const {
         const auto [section, isNew] = m_sections.try_emplace(Orska::Support::FoldCase(in_section));
-        if (isNew) section->second = ReadSection(m_kind, std::string(in_section));
+        if (!isNew) return section->second;
+        section->second = ReadSection(m_kind, std::string(in_section));
+        if (m_kind != Kind::DRIVERS && section->second) {
+            NameDriver(m_kind, std::string(in_section), *section->second);
+        }
         return section->second;
     }
 
@@ -365,6 +385,9 @@ std::vector<Profile::Failure> Profile::Change(
     ProfileChange::State state{Read(), m_kind, {}};
     ProfileChange change(state);
     in_plan(change);
+    // What a data source cannot do without is its first key. Written last, it is what one lacks
+    // that a killed run has left, and doctor names that.
+    if (m_kind != Kind::DRIVERS) std::reverse(state.m_edits.begin(), state.m_edits.end());
     return DoAll(state.m_edits, m_kind);
 }
 
