@@ -219,8 +219,6 @@ std::span<const OptionInfo> GetOptions() { return OPTIONS; }
 
 std::span<const ManualSection> GetManualSections() { return SECTIONS; }
 
-const CommandInfo& GetCommand(CommandId in_id) { return COMMANDS[static_cast<std::size_t>(in_id)]; }
-
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id) {
     std::vector<const OptionInfo*> options;
     for (const OptionInfo& option : OPTIONS) {

@@ -92,7 +92,6 @@ constexpr std::uint32_t Bit(CommandId in_id) { return 1U << static_cast<unsigned
 
 std::span<const CommandInfo> GetCommands();
 std::span<const OptionInfo> GetOptions();
-const CommandInfo& GetCommand(CommandId in_id);
 /// The options of a command, those to be refused included.
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id);
 /// "-p" and "--property" of "-p,--property"

@@ -8,6 +8,7 @@ import fcntl
 import json
 import os
 import re
+import shlex
 import shutil
 import signal
 import stat
@@ -255,6 +256,24 @@ class FileFindingsTest(FileTest):
         self.register(self.stage.compile("abort", "#include <stdlib.h>\nint ConfigDSN(void) { abort(); }"))
         self.assertIn("it ends the process", self.findings()["driver-does-not-answer"])
 
+    def test_check_examines_every_line_of_a_dsn(self):
+        sound = "Server=s\nDatabase=d\n"
+        cases = {"sound": (sound, []), "no database": ("Server=s\n", ["value-missing"]),
+                 "a control character": ("Server=s\x01\nDatabase=d\n", ["value-does-not-survive"]),
+                 "not UTF-8": (sound + "UID=\udcff\n", ["value-does-not-survive"]),
+                 "the longest line": (sound + "X=" + 997 * "v" + "\n", []),
+                 "a longer line": (sound + "X=" + 998 * "v" + "\n", ["value-does-not-survive"]),
+                 "a key near one of ours": (sound + "Sever=t\n", ["key-unknown"]),
+                 "another driver": ("Driver=Other\nSever=s\n", []),
+                 "a key twice": (sound + "server=t\n", ["key-twice"]),
+                 "a value that iODBC cuts": (sound + "PWD=a ;b\n", ["value-cut-by-iodbc"]),
+                 "a semicolon that it does not": (sound + "PWD=a;b\n", [])}
+        with open(self.user, "w", encoding="utf-8", errors="surrogateescape") as file:
+            for name, (lines, _) in cases.items():
+                file.write(f"[{name}]\n{lines}")
+        for dsn in self.run_json("check", *cases, code=1)["dsns"]:
+            self.assertEqual([it["id"] for it in dsn["findings"]], cases[dsn["name"]][1], dsn)
+
     def test_finds_what_is_wrong_with_files(self):
         self.write_file("user.ini", "[sales]\nDriver=Veltrane\nServer=s\nPWD=hunter2\nServer=t\n"
                                     "[SALES]\n")
@@ -284,6 +303,21 @@ class TextsTest(ToolTest):
         for command in commands:
             text, _ = self.run_tool(*command.split(), "--help")
             yield command, re.findall(r"(?m)^  (?:-\w, )?(--[a-z-]+)", text)
+
+    def test_help_fits_the_screen_and_its_examples_are_taken(self):
+        overview, _ = self.run_tool("--help")
+        self.assertEqual(self.run_tool("driver", "--help")[0], overview)
+        self.assertRegex(self.run_tool("--version")[0], r"^veltrane-dsn [0-9.]+\n$")
+        for command, _ in self.names():
+            text, _ = self.run_tool(*command.split(), "-h")
+            self.assertLessEqual(max(map(len, (overview + text).splitlines())), 80)
+            self.assertNotIn("--pwd,", text)  # understood, in order to be refused
+            examples = text.partition("Examples:\n")[2].replace("\\\n", "").splitlines()
+            self.assertTrue(examples, command)
+            for example in examples:
+                words = shlex.split(example.split("| ")[-1].partition(" > ")[0])
+                self.assertEqual(words.pop(0), "veltrane-dsn")
+                self.assertEqual(self.run_tool(*words, "--help")[0], text, example)
 
     def test_the_manual_names_every_option_and_formats_cleanly(self):
         page = os.path.join(os.environ["TEXTS"], "man", "veltrane-dsn.1")
