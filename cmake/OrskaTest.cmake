@@ -24,6 +24,10 @@ function(orska_test_options target)
 endfunction()
 
 if(ORSKA_PRECOMPILE_TEST_HEADERS)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    message(FATAL_ERROR "gcc forgets what warnings the system's headers suppress when it precompiles "
+                        "them: set ORSKA_PRECOMPILE_TEST_HEADERS to OFF")
+  endif()
   file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp CONTENT "")
   add_executable(orska_test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp)
   orska_test_options(orska_test_headers)

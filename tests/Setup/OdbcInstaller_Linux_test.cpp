@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -27,6 +28,7 @@
 #include "Setup/VeltraneDSNConfiguration.h"
 #include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/WithoutFileCapabilities.h"
 
 namespace Veltrane::ODBC {
 namespace {
@@ -401,18 +403,12 @@ const Obstacle OBSTACLES[] = {
      [](const IniScratch& in_scratch) { ::chmod(in_scratch.Folder().c_str(), 0555); }},
 };
 
-bool BecomeNobody(const IniScratch& in_scratch) {
-    constexpr unsigned NOBODY = 65534;
-    return ::chown(in_scratch.UserFile().c_str(), NOBODY, NOBODY) == 0 &&
-           ::chown(in_scratch.Folder().c_str(), NOBODY, NOBODY) == 0 && ::setgid(NOBODY) == 0 &&
-           ::setuid(NOBODY) == 0;
-}
-
 /// What went differently.
 std::string MeetObstacle(const Obstacle& in_obstacle) {
     const IniScratch scratch;
     IniScratch::Write(scratch.UserFile(), OTHERS);
-    if (!in_obstacle.m_isForRoot && ::getuid() == 0 && !BecomeNobody(scratch)) return "not nobody";
+    std::optional<Orska::Support::WithoutFileCapabilities> asOthers;
+    if (!in_obstacle.m_isForRoot) asOthers.emplace();
     in_obstacle.m_place(scratch);
     const std::string before = IniScratch::Read(scratch.UserFile());
     std::string differences;

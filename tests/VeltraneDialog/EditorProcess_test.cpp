@@ -84,12 +84,11 @@ TEST(EditorProcess, AnEditorThatFailsIsAnErrorThatNamesItAndTheReason) {
 
 TEST(EditorProcess, AnEditorThatCannotBeStartedIsAnError) {
     try {
-        RunEditor("/nonexistent/editor", Values());
+        RunEditor(FAKE_EDITOR_PROGRAM ".missing", Values());
         FAIL();
     } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(),
-                     "The DSN editor /nonexistent/editor cannot be started: No such file or "
-                     "directory.");
+        EXPECT_STREQ(error.what(), "The DSN editor " FAKE_EDITOR_PROGRAM
+                                   ".missing cannot be started: No such file or directory.");
     }
     EXPECT_TRUE(HasNoChildren());
 }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,8 @@ struct Kernel {
     int m_target;
     std::string m_name;  ///< as "UTF8_UTF16LE_AVX2"
     TranscoderFunction m_function;
+
+    friend void PrintTo(const Kernel& in_kernel, std::ostream* out) { *out << in_kernel.m_name; }
 };
 
 /// The plain body of every pair and each different one of the levels that this processor has.

@@ -60,8 +60,9 @@ TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
 }
 
 TEST(FileSystemUtils, TracesItsThrow) {
+    const TemporaryDirectory directory;
     const TraceCapture trace;
-    ThrownMessage([] { FileSystemUtils::CreateFileDirectory(L"/missing/a/b"); });
+    ThrownMessage([&] { FileSystemUtils::CreateFileDirectory(directory.GetPath("missing/a/b")); });
     EXPECT_EQ(trace.GetText(),
               "Orska::Support::FileSystemUtils::CreateFileDirectory:0\tThrowing: "
               "ProductException((L\"CannotOpenFile\"), msgParams) FileSystemUtils_Windows\n");

@@ -11,6 +11,7 @@
 
 #include "PlatformAbstraction/files/TextFile.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/WithoutFileCapabilities.h"
 
 namespace Orska::Support {
 namespace {
@@ -71,14 +72,10 @@ TEST(TextFileLock, AReaderThatMayNotWriteKeepsWritersOut) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x", "0123456789");
     std::filesystem::permissions(path, std::filesystem::perms(0444));
-    std::filesystem::permissions(directory.GetPath(), std::filesystem::perms(0755));
-    const uid_t user = geteuid();
-    if (user == 0) {
-        ASSERT_EQ(seteuid(65534), 0);  // the superuser may write every file
-    }
+    std::optional<WithoutFileCapabilities> asOthers(std::in_place);
     TextFile file(path, TextFile::MODE_READ);
     file.Lock();
-    ASSERT_EQ(seteuid(user), 0);
+    asOthers.reset();
     std::filesystem::permissions(path, std::filesystem::perms(0644));
     EXPECT_FALSE(IsFree(path, 0));
     EXPECT_TRUE(IsFree(path, 0, F_RDLCK));

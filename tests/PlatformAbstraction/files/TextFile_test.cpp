@@ -94,9 +94,10 @@ TEST(TextFile, RefusesWhatCannotBeOpened) {
 }
 
 TEST(TextFile, TracesItsThrows) {
+    const TemporaryDirectory directory;
     const TraceCapture trace("1");
     for (const std::int32_t mode : {1, 7}) {
-        ThrownMessage([&] { TextFile file(L"/missing/file", mode); });
+        ThrownMessage([&] { TextFile file(directory.GetPath("missing/file"), mode); });
     }
     EXPECT_EQ(trace.GetText(),
               "Orska::Support::TextFile::TextFile:144\tThrowing: "

@@ -206,7 +206,8 @@ TEST_F(SettingReader, ReadsTheRegistryOnlyWithoutAnIniFile) {
         {u"LogType", 1, text('x')},      {u"Dri", 1, text('d')},
         {u"DriverLocale", 1, text('l')},
     };
-    Reader::Initialize(L"/missing/driver.ini", L"Veltrane", L"Driver");
+    const TemporaryDirectory directory;
+    Reader::Initialize(directory.GetPath("missing.ini"), L"Veltrane", L"Driver");
     EXPECT_TRUE(FakeRegistry::Get().m_asked.empty());
     EXPECT_EQ(Reader::GetLogLevel(), "6");
     EXPECT_EQ(Reader::GetSetting("large"), "4294967297");
