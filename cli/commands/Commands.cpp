@@ -32,6 +32,8 @@ ExitCode RunCommand(const CommandLine& in_line) {
             return ShowPlaces(in_line);
         case CommandId::Doctor:
             return RunDoctor(in_line);
+        case CommandId::Test:
+            return TestDsn(in_line);
     }
     return EXIT_USAGE;
 }

@@ -28,6 +28,7 @@ ExitCode ListDrivers(const CommandLine& in_line);
 
 ExitCode ShowPlaces(const CommandLine& in_line);
 ExitCode RunDoctor(const CommandLine& in_line);
+ExitCode TestDsn(const CommandLine& in_line);
 
 /// The scope that the options name.
 Scope GetScope(const CommandLine& in_line);

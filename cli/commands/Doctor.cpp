@@ -59,8 +59,7 @@ Findings Examine(const std::string& in_driver) {
     add([&] { return ExamineDriver(in_driver); });
     for (const DsnStore* store : {&user, &system}) {
         const Findings file = ExamineFile(*store);
-        const bool isReadable =
-            file.empty() || std::string_view(file.front().m_id) != "file-unreadable";
+        const bool isReadable = file.empty() || file.front().m_id != "file-unreadable";
         Append(findings, file);
         if (isReadable) add([&] { return ExamineDsns(*store, in_driver); });
     }

@@ -116,11 +116,17 @@ void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
     }
 }
 
-std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
+/// A new password is asked for twice.
+std::string Ask(const CommandLine& in_line) {
     const std::string question = "Password of the DSN \"" + in_line.m_arguments.front() + "\": ";
+    if (in_line.m_command != CommandId::Test) return AskForPassword(question);
+    return AskSecretly({question}).front();
+}
+
+std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
     switch (in_source) {
         case OptionId::PwdStdin:
-            return IsInputTerminal() ? AskForPassword(question) : ReadFirstLine({});
+            return IsInputTerminal() ? Ask(in_line) : ReadFirstLine({});
         case OptionId::PwdFile: {
             const std::string path = in_line.Get(in_source);
             if (path.empty()) Refuse("--pwd-file has to be followed by the name of a file.");
@@ -133,11 +139,13 @@ std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
             throw CommandError(EXIT_FAILED, "--pwd-env: the variable " + name + " is not set.");
         }
         default:
-            return AskForPassword(question);
+            return Ask(in_line);
     }
 }
 
-void TakePassword(const CommandLine& in_line, DsnWish& io_wish) {
+}  // namespace
+
+bool TakePassword(const CommandLine& in_line, Entries& io_values) {
     const OptionId* source = nullptr;
     for (const OptionId& option : PASSWORD_OPTIONS) {
         if (!in_line.Has(option)) continue;
@@ -145,10 +153,9 @@ void TakePassword(const CommandLine& in_line, DsnWish& io_wish) {
         if (source != nullptr) Refuse("The password is to come from two places.");
         source = &option;
     }
-    if (source != nullptr) io_wish.m_values.Set("PWD", ReadPassword(in_line, *source));
+    if (source != nullptr) io_values.Set("PWD", ReadPassword(in_line, *source));
+    return source != nullptr;
 }
-
-}  // namespace
 
 DsnWish MakeWish(const CommandLine& in_line) {
     DsnWish wish;
@@ -161,7 +168,7 @@ DsnWish MakeWish(const CommandLine& in_line) {
     TakeProperties(in_line, wish);
     if (in_line.m_command == CommandId::Add) CheckComplete(wish);
     CheckValues(in_line, wish);
-    TakePassword(in_line, wish);
+    TakePassword(in_line, wish.m_values);
     return wish;
 }
 

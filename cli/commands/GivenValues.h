@@ -12,6 +12,11 @@ namespace Veltrane::Cli {
 ///         for keys that cannot be given; EXIT_FAILED when the source cannot be read
 DsnWish MakeWish(const CommandLine& in_line);
 
+/// Sets PWD from where the options say.
+/// @return false when they name no place
+/// @throws CommandError as MakeWish
+bool TakePassword(const CommandLine& in_line, Entries& io_values);
+
 }  // namespace Veltrane::Cli
 
 #endif

@@ -38,7 +38,7 @@ enum class ConnectionOutcome {
     TimedOut,   ///< the driver was killed
     Crashed,    ///< the driver has ended its process
     Cancelled,  ///< by Cancel
-    NotTested   ///< there is no driver manager, or the process could not be started
+    NotTested   ///< no driver manager can be loaded
 };
 
 struct ConnectionResult {
@@ -54,6 +54,7 @@ struct ConnectionResult {
 /// One test. Starts with the object; ends with it, too.
 class ConnectionTest {
 public:
+    /// @throws CommandError EXIT_FAILED when the process cannot be started
     explicit ConnectionTest(const ConnectionRequest& in_request);
     ConnectionTest(const ConnectionTest&) = delete;
     ConnectionTest& operator=(const ConnectionTest&) = delete;
@@ -74,9 +75,9 @@ private:
 /// Whether the driver is registered with a library, so that a test can do more than fail.
 bool HasDriverLibrary(const std::string& in_driver);
 
-/// The work of the process that is kept apart: reads the connection string from standard input, and
-/// writes what became of it to standard output.
-void AnswerConnectionTest(const std::string& in_driverManager);
+/// The work of the process that is kept apart: reads the request from standard input, and writes
+/// what became of it to standard output.
+void AnswerConnectionTest();
 
 }  // namespace Veltrane::Cli
 

@@ -10,6 +10,8 @@ namespace Veltrane::Cli {
 
 namespace {
 
+const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocEnv"};
+
 std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
 
 Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver) {
@@ -92,6 +94,23 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
 
 namespace {
 
+/// The entry that programs connect with.
+void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in_driver,
+                        const Entries& in_entries, Findings& io_findings) {
+    const std::string driver = GetLibraryEntry(in_entries, "Driver");
+    if (!driver.empty()) {
+        ExamineLibrary("Driver", driver, CONNECTING_FUNCTIONS, io_findings);
+        return;
+    }
+    io_findings.push_back(
+        {Severity::Warning, "driver-without-library",
+         "The driver " + Quote(in_driver) + " has no Driver entry in " + in_registry.GetPath() +
+             ": DSNs can be managed, but programs cannot connect.",
+         "Install the driver's library, which is not part of these programs, and register it: "
+         "veltrane-dsn driver register --replace --driver " +
+             Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + "."});
+}
+
 Findings ExamineRegistration(const std::string& in_driver) {
     const DriverRegistry registry;
     const std::optional<Entries> entries = registry.Find(in_driver);
@@ -108,18 +127,7 @@ Findings ExamineRegistration(const std::string& in_driver) {
     } else {
         ExamineLibrary("Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
     }
-    const std::string driver = GetLibraryEntry(*entries, "Driver");
-    if (driver.empty()) {
-        findings.push_back(
-            {Severity::Warning, "driver-without-library",
-             "The driver " + Quote(in_driver) + " has no Driver entry in " + registry.GetPath() +
-                 ": DSNs can be managed, but programs cannot connect.",
-             "Install the driver, or add it: veltrane-dsn driver register --replace "
-             "--driver " +
-                 Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + "."});
-    } else {
-        ExamineLibrary("Driver", driver, {"SQLAllocHandle", "SQLAllocEnv"}, findings);
-    }
+    ExamineDriverEntry(registry, in_driver, *entries, findings);
     return findings;
 }
 
@@ -157,6 +165,19 @@ Finding ExamineRequest(const std::string& in_driver) {
 }
 
 }  // namespace
+
+Findings ExamineDriverLibrary(const std::string& in_driver) {
+    Findings findings;
+    if (HasFolder(in_driver)) {
+        ExamineLibrary("Driver", in_driver, CONNECTING_FUNCTIONS, findings);
+        return findings;
+    }
+    const DriverRegistry registry;
+    const std::optional<Entries> entries = registry.Find(in_driver);
+    if (!entries) return {NotRegistered(registry, in_driver)};
+    ExamineDriverEntry(registry, in_driver, *entries, findings);
+    return findings;
+}
 
 Findings ExamineDriver(const std::string& in_driver) {
     Findings findings = ExamineRegistration(in_driver);

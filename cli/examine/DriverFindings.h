@@ -14,6 +14,11 @@ namespace Veltrane::Cli {
 /// @throws CommandError when odbcinst.ini is there but cannot be read
 Findings ExamineDriver(const std::string& in_driver);
 
+/// Loads, in a process of its own, the library that programs connect with.
+/// @param in_driver  a name, or the library's path, as a DSN may have it
+/// @throws CommandError as ExamineDriver
+Findings ExamineDriverLibrary(const std::string& in_driver);
+
 /// The finding for a library that cannot be used.
 /// @param in_entry  the key in odbcinst.ini that names it, "Setup" for example
 Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,

@@ -13,7 +13,7 @@ enum class Severity { Error, Warning, Note };
 
 struct Finding {
     Severity m_severity;
-    const char* m_id;      ///< for programs: "driver-not-registered"
+    std::string m_id;      ///< for programs: "driver-not-registered"
     std::string m_text;    ///< a sentence that names what is wrong and where
     std::string m_repair;  ///< a sentence on how to repair it
 };

@@ -1,10 +1,12 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
+#include <odbcinst.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 
 #include "PlatformAbstraction/base/SystemError.h"
@@ -83,6 +85,17 @@ std::string Join(const std::vector<std::string>& in_names) {
     return text;
 }
 
+/// The path of a library in the folder of drivers of unixODBC, which looks there for a bare name;
+/// empty when there is none.
+std::string FindAmongDrivers(const std::string& in_name) {
+    Dl_info info{};
+    const void* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);
+    if (dladdr(function, &info) == 0 || info.dli_fname == nullptr) return {};
+    const std::filesystem::path installer = info.dli_fname;
+    std::string path = installer.parent_path() / "odbc" / in_name;
+    return access(path.c_str(), F_OK) == 0 ? path : std::string();
+}
+
 /// The text between two marks; empty when one of them is missing.
 std::string Between(const std::string& in_text, const std::string& in_begin,
                     const std::string& in_end) {
@@ -115,7 +128,10 @@ LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& 
 
 LibraryProbe ProbeLibrary(const std::string& in_path,
                           const std::vector<std::string>& in_functions) {
-    if (in_path.find('/') != std::string::npos) {
+    const bool isPath = in_path.find('/') != std::string::npos;
+    const std::string driver = isPath ? std::string() : FindAmongDrivers(in_path);
+    if (!driver.empty()) return ProbeLibrary(driver, in_functions);
+    if (isPath) {
         const LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }

@@ -11,10 +11,11 @@ using K = ValueKind;
 using O = OptionId;
 
 constexpr std::uint32_t CHANGE = Bit(C::Add) | Bit(C::Set);
+constexpr std::uint32_t LOGIN = CHANGE | Bit(C::Test);
 constexpr std::uint32_t WRITES = CHANGE | Bit(C::Remove) | Bit(C::Apply);
 constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | Bit(C::Check);
 constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
-constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Doctor) + 1)) - 1;
+constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Test) + 1)) - 1;
 
 /// What the editors say about a field.
 constexpr const char* Hint(std::size_t in_field) { return ODBC::DIALOG_FIELDS[in_field].m_hint; }
@@ -36,7 +37,7 @@ constexpr OptionInfo OPTIONS[] = {
      Hint(ODBC::FieldIndex("Namespace")), CHANGE},
     {O::LoginMode, "--login-mode", "MODE", K::Text, false, false,
      Hint(ODBC::FieldIndex("LoginMode")), CHANGE},
-    {O::Uid, "--uid", "NAME", K::Text, false, false, "The user name.", CHANGE},
+    {O::Uid, "--uid", "NAME", K::Text, false, false, "The user name.", LOGIN},
     {O::Property, "-p,--property", "KEY=VALUE", K::Text, true, false,
      "Any key with its value, which may be empty. Can be given several times.", CHANGE},
     {O::Unset, "--unset", "KEY", K::Text, true, false, "Remove a key. Can be given several times.",
@@ -46,14 +47,14 @@ constexpr OptionInfo OPTIONS[] = {
      "Options beside it win.",
      CHANGE},
     {O::PwdStdin, "--pwd-stdin", "", K::None, false, false,
-     "Read the password from the first line of standard input; on a terminal, ask for it.", CHANGE},
+     "Read the password from the first line of standard input; on a terminal, ask for it.", LOGIN},
     {O::PwdFile, "--pwd-file", "FILE", K::File, false, false,
-     "Read the password from the first line of a file.", CHANGE},
+     "Read the password from the first line of a file.", LOGIN},
     {O::PwdEnv, "--pwd-env", "VARIABLE", K::Variable, false, false,
-     "Take the password from an environment variable.", CHANGE},
+     "Take the password from an environment variable.", LOGIN},
     {O::PwdPrompt, "--pwd-prompt", "", K::None, false, false,
-     "Ask for the password on the terminal, twice.", CHANGE},
-    {O::Pwd, "--pwd,--password", "TEXT", K::Text, false, true, "", CHANGE},
+     "Ask for the password on the terminal; for a new one twice.", LOGIN},
+    {O::Pwd, "--pwd,--password", "TEXT", K::Text, false, true, "", LOGIN},
     {O::ShowSecrets, "--show-secrets", "", K::None, false, false,
      "Show passwords in clear text instead of masking them or leaving them out.",
      WRITES | Bit(C::Show) | Bit(C::Export)},
@@ -92,9 +93,16 @@ constexpr OptionInfo OPTIONS[] = {
      "What other tools show beside the driver's name.", Bit(C::DriverRegister)},
     {O::Json, "--json", "", K::None, false, false, "Write the result as JSON.", ALL},
     {O::Quiet, "-q,--quiet", "", K::None, false, false, "Write errors only.",
-     WRITES | DRIVER | Bit(C::Check)},
+     WRITES | DRIVER | Bit(C::Check) | Bit(C::Test)},
     {O::Verbose, "-v,--verbose", "", K::None, false, false,
      "Show the notes too when nothing is wrong.", Bit(C::Doctor)},
+    {O::Timeout, "--timeout", "SECONDS", K::Text, false, false,
+     "Stop the driver when it has not answered by then. The default is 15.", Bit(C::Test)},
+    {O::DriverManager, "--driver-manager", "LIBRARY", K::File, false, false,
+     "The driver manager to connect with. The default is the system's; on Linux unixODBC or, where "
+     "that is not installed, iODBC.",
+     Bit(C::Test)},
+    {O::Apart, "--apart", "", K::None, false, true, "", Bit(C::Test)},
 };
 
 constexpr CommandInfo COMMANDS[] = {
@@ -173,6 +181,22 @@ constexpr CommandInfo COMMANDS[] = {
      "changed. The exit code is 1 if there is an error.",
      "veltrane-dsn doctor\n"
      "veltrane-dsn doctor --json"},
+    {C::Test, "test", "NAME", K::Dsn, "connect to a DSN and say what became of it",
+     "Connects to a DSN of any driver through the driver manager, as programs do, and says how "
+     "long "
+     "it took and which server answered, or gives SQLSTATE, native code and text of each error. "
+     "Where the driver cannot be found or loaded, it says why and how to repair it. A user name "
+     "and "
+     "a password that are given count for this one try. Nothing is changed.\n"
+     "The driver runs in a process of its own, which is stopped at the time limit; the exit code "
+     "is "
+     "then 5. It is 1 when the connection failed, and 3 when there is no such DSN.\n"
+     "If NAME is -, a connection string is read from standard input instead, so that values can be "
+     "tried that are not stored.",
+     "veltrane-dsn test sales\n"
+     "veltrane-dsn test sales --uid anna --pwd-prompt --timeout 5\n"
+     "veltrane-dsn test sales --json\n"
+     "veltrane-dsn test - < connection.txt"},
 };
 
 constexpr ManualSection SECTIONS[] = {
@@ -198,6 +222,7 @@ constexpr ManualSection SECTIONS[] = {
      "2\tThe command line is wrong.\n"
      "3\tThere is no such DSN or driver.\n"
      "4\tThere is such a DSN or driver already.\n"
+     "5\tThe driver did not answer test within the time limit.\n"
      "130\tInterrupted by Ctrl-C, at the question for a password or in apply."},
     {"ENVIRONMENT",
      "ODBCINI\tThe user's file of DSNs; otherwise ~/.odbc.ini.\n"

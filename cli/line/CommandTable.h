@@ -25,6 +25,7 @@ enum class CommandId : unsigned {
     DriverList,
     Where,
     Doctor,
+    Test,
 };
 
 /// What an argument is, for the shells' completion.
@@ -65,6 +66,9 @@ enum class OptionId : unsigned {
     Json,
     Quiet,
     Verbose,
+    Timeout,
+    DriverManager,
+    Apart,
 };
 
 struct OptionInfo {
@@ -73,7 +77,7 @@ struct OptionInfo {
     std::string_view m_argument;  ///< "KEY=VALUE"; empty for a switch
     ValueKind m_kind;
     bool m_isRepeatable;
-    bool m_isHidden;  ///< understood, in order to be refused with a hint
+    bool m_isHidden;  ///< understood, but not shown: to be refused, or for the tool itself
     std::string_view m_help;
     std::uint32_t m_commands;  ///< one bit a command
 };

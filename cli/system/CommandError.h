@@ -13,6 +13,7 @@ enum ExitCode {
     EXIT_USAGE = 2,
     EXIT_NOT_FOUND = 3,
     EXIT_EXISTS = 4,
+    EXIT_NO_ANSWER = 5,     ///< within the time limit
     EXIT_INTERRUPTED = 130  ///< as shells have it for Ctrl-C
 };
 

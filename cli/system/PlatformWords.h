@@ -13,7 +13,8 @@ struct PlatformWords {
     const char* m_missingDependencyRepair;  ///< behind "Install the package that contains X"
     const char* m_missingSymbolRepair;
     const char* m_loaderRepair;
-    const char* m_notWritableRepair;  ///< for the file or key of the DSNs
+    const char* m_notWritableRepair;    ///< for the file or key of the DSNs
+    const char* m_driverManagerRepair;  ///< where no driver manager can be loaded
     /// Whether other driver managers of this system take ";" and "#" in a value for a comment.
     bool m_hasCommentsInValues;
 };

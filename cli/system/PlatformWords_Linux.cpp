@@ -14,6 +14,7 @@ const PlatformWords PLATFORM_WORDS = {
     "Repair what the loader names; ldd shows what it looks for.",
     "Create the folder, free room, or give yourself the right to write the file and its folder; "
     "ODBCINI and ODBCSYSINI choose other ones.",
+    "Install the package of one: libodbc2 of unixODBC, or libiodbc2.",
     true,
 };
 

@@ -14,6 +14,7 @@ const PlatformWords PLATFORM_WORDS = {
     "A library that it needs is too old or a different one: bring both to matching versions.",
     "Repair what the system names, and install the library again.",
     "Give yourself the right to write the key.",
+    "It is a part of Windows: repair the installation.",
     false,
 };
 

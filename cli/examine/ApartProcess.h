@@ -1,0 +1,63 @@
+/// A program of ours in a process of its own, and the two ends of what they say to each other:
+/// lines in UTF-8 without line feeds. Unlike RunApart, it begins anew, so a program with threads
+/// may start it, and it can be cancelled.
+#ifndef CLI_APARTPROCESS_H
+#define CLI_APARTPROCESS_H
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Veltrane::Cli {
+
+/// The end of the process that starts the other one.
+class ApartProcess {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+    enum class Event { Line, Ended, TimedOut, Cancelled };
+
+    /// @param in_program  its path; empty: the program of this process
+    /// @param in_request  the line that it gets
+    /// @throws CommandError EXIT_FAILED with the reason
+    ApartProcess(const std::string& in_program, const std::vector<std::string>& in_arguments,
+                 const std::string& in_request);
+    ApartProcess(const ApartProcess&) = delete;
+    ApartProcess& operator=(const ApartProcess&) = delete;
+    /// Kills the process.
+    ~ApartProcess();
+
+    /// Waits for a line, the end of the process, a time or Cancel.
+    Event ReadLine(TimePoint in_until, std::string& out_line);
+    /// From any thread; it stays cancelled.
+    void Cancel();
+    /// How the process has ended, after `Ended`: "signal 11 (Segmentation fault)". Kills it where
+    /// it has only fallen silent.
+    std::string DescribeEnd();
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+/// The end of the process that is kept apart. Whoever else reads and writes the standard streams of
+/// this process then finds them empty. The process ends with the other one.
+class ApartAnswer {
+public:
+    ApartAnswer();
+    ApartAnswer(const ApartAnswer&) = delete;
+    ApartAnswer& operator=(const ApartAnswer&) = delete;
+    ~ApartAnswer();
+
+    /// @throws CommandError EXIT_USAGE where nobody asks
+    std::string ReadRequest();
+    void Write(const std::string& in_line);
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+}  // namespace Veltrane::Cli
+
+#endif

@@ -1,0 +1,235 @@
+#include "cli/examine/ApartProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <thread>
+
+#include "PlatformAbstraction/base/FileDescriptor.h"
+#include "PlatformAbstraction/base/SystemError.h"
+#include "PlatformAbstraction/base/Wipe.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using Orska::Support::AboveStandardStreams;
+using Orska::Support::FileDescriptor;
+
+constexpr char OWN_PROGRAM[] = "/proc/self/exe";
+
+[[noreturn]] void FailToStart(int in_error) {
+    throw CommandError(
+        EXIT_FAILED, "The process for the test cannot be started: " +
+                         Orska::Support::DescribeSystemError(static_cast<std::uint32_t>(in_error)) +
+                         ".");
+}
+
+/// @return false when the other end is closed
+bool SendAll(int in_socket, std::string_view in_bytes) {
+    while (!in_bytes.empty()) {
+        const ssize_t count = send(in_socket, in_bytes.data(), in_bytes.size(), MSG_NOSIGNAL);
+        if (count < 0 && errno != EINTR) return false;
+        if (count > 0) in_bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+/// Takes the first line out of what has come.
+bool TakeLine(std::string& io_received, std::string& out_line) {
+    const std::size_t end = io_received.find('\n');
+    if (end == std::string::npos) return false;
+    out_line = io_received.substr(0, end);
+    io_received.erase(0, end + 1);
+    return true;
+}
+
+/// @return false at the end
+bool ReceiveMore(int in_socket, std::string& io_received) {
+    char block[1024];
+    ssize_t count = 0;
+    do {
+        count = read(in_socket, block, sizeof block);
+    } while (count < 0 && errno == EINTR);
+    if (count > 0) io_received.append(block, static_cast<std::size_t>(count));
+    Orska::Support::WipeBytes(block, sizeof block);
+    return count > 0;
+}
+
+/// What posix_spawn is to do between fork and exec. A session of its own keeps the driver off the
+/// terminal, and makes one group of all that it starts.
+class SpawnPlan {
+public:
+    explicit SpawnPlan(int in_socket) {
+        posix_spawn_file_actions_init(&m_actions);
+        posix_spawnattr_init(&m_attributes);
+        sigset_t signals;
+        sigemptyset(&signals);
+        Note(posix_spawnattr_setsigmask(&m_attributes, &signals));
+        sigfillset(&signals);
+        Note(posix_spawnattr_setsigdefault(&m_attributes, &signals));
+        Note(posix_spawnattr_setflags(
+            &m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID));
+        Note(posix_spawn_file_actions_adddup2(&m_actions, in_socket, STDIN_FILENO));
+        Note(posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_RDWR, 0));
+        Note(posix_spawn_file_actions_adddup2(&m_actions, STDOUT_FILENO, STDERR_FILENO));
+        Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
+    }
+    SpawnPlan(const SpawnPlan&) = delete;
+    SpawnPlan& operator=(const SpawnPlan&) = delete;
+    ~SpawnPlan() {
+        posix_spawn_file_actions_destroy(&m_actions);
+        posix_spawnattr_destroy(&m_attributes);
+    }
+
+    /// @return the error, 0 for none
+    int Spawn(const std::string& in_program, std::vector<std::string> in_arguments,
+              pid_t& out_process) {
+        if (m_error != 0) return m_error;
+        const std::string& program = in_program.empty() ? OWN_PROGRAM : in_program;
+        std::string name = "veltrane-dsn";
+        std::vector<char*> arguments{name.data()};
+        for (std::string& argument : in_arguments) arguments.push_back(argument.data());
+        arguments.push_back(nullptr);
+        return posix_spawn(&out_process, program.c_str(), &m_actions, &m_attributes,
+                           arguments.data(), environ);
+    }
+
+private:
+    void Note(int in_error) { m_error = m_error == 0 ? in_error : m_error; }
+
+    posix_spawn_file_actions_t m_actions;
+    posix_spawnattr_t m_attributes;
+    int m_error = 0;
+};
+
+}  // namespace
+
+struct ApartProcess::State {
+    FileDescriptor m_socket;
+    FileDescriptor m_cancelled;
+    pid_t m_process = -1;
+    std::string m_received;
+    int m_status = 0;
+
+    /// Kills the process and what it has started, unless it has ended.
+    void End() {
+        if (m_process < 0) return;
+        // Not reaped yet, so the number is still its own.
+        kill(-m_process, SIGKILL);
+        while (waitpid(m_process, &m_status, 0) < 0 && errno == EINTR) {
+        }
+        m_process = -1;
+    }
+};
+
+ApartProcess::ApartProcess(const std::string& in_program,
+                           const std::vector<std::string>& in_arguments,
+                           const std::string& in_request)
+    : m_state(std::make_unique<State>()) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) FailToStart(errno);
+    m_state->m_socket = AboveStandardStreams(ends[0]);
+    FileDescriptor other = AboveStandardStreams(ends[1]);
+    m_state->m_cancelled = AboveStandardStreams(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!m_state->m_socket.IsOpen() || !other.IsOpen() || !m_state->m_cancelled.IsOpen()) {
+        FailToStart(errno);
+    }
+    const int error = SpawnPlan(other.Get()).Spawn(in_program, in_arguments, m_state->m_process);
+    if (error != 0) {
+        m_state->m_process = -1;
+        FailToStart(error);
+    }
+    other.Close();
+    // A process that does not want it has ended, which ReadLine finds out.
+    if (SendAll(m_state->m_socket.Get(), in_request)) SendAll(m_state->m_socket.Get(), "\n");
+}
+
+ApartProcess::~ApartProcess() { m_state->End(); }
+
+ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_line) {
+    using namespace std::chrono;
+    while (!TakeLine(m_state->m_received, out_line)) {
+        const auto rest = ceil<milliseconds>(in_until - steady_clock::now()).count();
+        if (rest <= 0) return Event::TimedOut;
+        pollfd watched[] = {{m_state->m_cancelled.Get(), POLLIN, 0},
+                            {m_state->m_socket.Get(), POLLIN, 0}};
+        const int wait = static_cast<int>(std::min<long long>(rest, 1 << 30));
+        const int count = poll(watched, 2, wait);
+        if (watched[0].revents != 0 && count > 0) return Event::Cancelled;
+        const bool hasMore = count > 0 && watched[1].revents != 0;
+        if (hasMore && !ReceiveMore(m_state->m_socket.Get(), m_state->m_received)) {
+            return Event::Ended;
+        }
+    }
+    return Event::Line;
+}
+
+void ApartProcess::Cancel() {
+    const std::uint64_t once = 1;
+    // It fails only when it is cancelled already, some 2^64 times.
+    static_cast<void>(!write(m_state->m_cancelled.Get(), &once, sizeof once));
+}
+
+std::string ApartProcess::DescribeEnd() {
+    // It has closed its end, so this is short, unless the driver has closed what is not its own.
+    siginfo_t info{};
+    for (int i = 0; i < 500 && info.si_pid == 0; ++i) {
+        const auto process = static_cast<id_t>(m_state->m_process);
+        if (waitid(P_PID, process, &info, WEXITED | WNOHANG | WNOWAIT) != 0) break;
+        if (info.si_pid == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    m_state->End();
+    if (!WIFSIGNALED(m_state->m_status)) {
+        return "exit code " + std::to_string(WEXITSTATUS(m_state->m_status));
+    }
+    const int signal = WTERMSIG(m_state->m_status);
+    const char* const name = sigdescr_np(signal);
+    return "signal " + std::to_string(signal) +
+           (name != nullptr ? std::string(" (") + name + ")" : std::string());
+}
+
+struct ApartAnswer::State {
+    FileDescriptor m_socket;
+    std::string m_received;
+};
+
+ApartAnswer::ApartAnswer() : m_state(std::make_unique<State>()) {
+    m_state->m_socket = AboveStandardStreams(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
+    const FileDescriptor nothing = AboveStandardStreams(open("/dev/null", O_RDWR | O_CLOEXEC));
+    if (nothing.IsOpen()) dup2(nothing.Get(), STDIN_FILENO);
+}
+
+ApartAnswer::~ApartAnswer() = default;
+
+std::string ApartAnswer::ReadRequest() {
+    std::string line;
+    while (!TakeLine(m_state->m_received, line)) {
+        if (!ReceiveMore(m_state->m_socket.Get(), m_state->m_received)) {
+            throw CommandError(EXIT_USAGE, "--apart is for the tool itself.");
+        }
+    }
+    std::thread([socket = m_state->m_socket.Get()] {
+        for (std::string more; ReceiveMore(socket, more);) more.clear();
+        // What the driver has started ends, too, where SpawnPlan has made a group of it.
+        if (getpgrp() == getpid()) kill(0, SIGKILL);
+        _exit(EXIT_FAILED);
+    }).detach();
+    return line;
+}
+
+void ApartAnswer::Write(const std::string& in_line) {
+    SendAll(m_state->m_socket.Get(), in_line + "\n");
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,224 @@
+#include "cli/examine/ApartProcess.h"
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <thread>
+
+#include "PlatformAbstraction/base/SystemError.h"
+#include "PlatformAbstraction/base/WindowsHandle.h"
+#include "PlatformAbstraction/base/Wipe.h"
+#include "VeltraneDialog/WideText_Windows.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using Orska::Support::WindowsHandle;
+
+[[noreturn]] void FailToStart() {
+    const std::string reason = Orska::Support::DescribeLastError();
+    throw CommandError(EXIT_FAILED, "The process for the test cannot be started: " + reason + ".");
+}
+
+/// A pipe of which the process gets one end.
+struct Pipe {
+    explicit Pipe(bool in_isReadByProcess) {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        HANDLE readEnd = nullptr;
+        HANDLE writeEnd = nullptr;
+        if (CreatePipe(&readEnd, &writeEnd, &inherited, 0) == FALSE) FailToStart();
+        m_theirs = WindowsHandle(in_isReadByProcess ? readEnd : writeEnd);
+        m_ours = WindowsHandle(in_isReadByProcess ? writeEnd : readEnd);
+        SetHandleInformation(m_ours.Get(), HANDLE_FLAG_INHERIT, 0);
+    }
+    WindowsHandle m_ours;
+    WindowsHandle m_theirs;
+};
+
+WindowsHandle OpenNothing() {
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    return WindowsHandle(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING,
+                                     0, nullptr));
+}
+
+std::wstring OwnProgram() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path;
+}
+
+/// The process inherits these handles and no others of its parent.
+class Inheritance {
+public:
+    explicit Inheritance(std::array<HANDLE, 3> in_handles) : m_handles(in_handles) {
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        m_list.resize(size);
+        if (InitializeProcThreadAttributeList(Get(), 1, 0, &size) == FALSE ||
+            UpdateProcThreadAttribute(Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, m_handles.data(),
+                                      sizeof m_handles, nullptr, nullptr) == FALSE) {
+            FailToStart();
+        }
+    }
+    Inheritance(const Inheritance&) = delete;
+    Inheritance& operator=(const Inheritance&) = delete;
+    ~Inheritance() { DeleteProcThreadAttributeList(Get()); }
+    LPPROC_THREAD_ATTRIBUTE_LIST Get() {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(m_list.data());
+    }
+
+private:
+    std::array<HANDLE, 3> m_handles;
+    std::vector<char> m_list;
+};
+
+WindowsHandle StartProcess(const std::wstring& in_program,
+                           const std::vector<std::string>& in_arguments, const Pipe& in_request,
+                           const Pipe& in_answer) {
+    const WindowsHandle nothing = OpenNothing();
+    Inheritance inheritance({in_request.m_theirs.Get(), in_answer.m_theirs.Get(), nothing.Get()});
+    STARTUPINFOEXW start{};
+    start.StartupInfo.cb = sizeof start;
+    start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    start.StartupInfo.hStdInput = in_request.m_theirs.Get();
+    start.StartupInfo.hStdOutput = in_answer.m_theirs.Get();
+    start.StartupInfo.hStdError = nothing.Get();
+    start.lpAttributeList = inheritance.Get();
+    std::wstring line = L"\"" + in_program + L"\"";
+    for (const std::string& argument : in_arguments) line += L" " + ODBC::ToWide(argument);
+    PROCESS_INFORMATION process{};
+    if (CreateProcessW(in_program.c_str(), line.data(), nullptr, nullptr, TRUE,
+                       EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr,
+                       &start.StartupInfo, &process) == FALSE) {
+        FailToStart();
+    }
+    CloseHandle(process.hThread);
+    return WindowsHandle(process.hProcess);
+}
+
+bool WriteAll(HANDLE in_pipe, const std::string& in_bytes) {
+    DWORD count = 0;
+    return WriteFile(in_pipe, in_bytes.data(), static_cast<DWORD>(in_bytes.size()), &count,
+                     nullptr) != FALSE;
+}
+
+bool TakeLine(std::string& io_received, std::string& out_line) {
+    const std::size_t end = io_received.find('\n');
+    if (end == std::string::npos) return false;
+    out_line = io_received.substr(0, end);
+    io_received.erase(0, end + 1);
+    return true;
+}
+
+/// Waits until there is something. @return false at the end
+bool ReceiveMore(HANDLE in_pipe, std::string& io_received) {
+    char block[1024];
+    DWORD count = 0;
+    const bool hasMore =
+        ReadFile(in_pipe, block, sizeof block, &count, nullptr) != FALSE && count != 0;
+    io_received.append(block, count);
+    Orska::Support::WipeBytes(block, sizeof block);
+    return hasMore;
+}
+
+}  // namespace
+
+struct ApartProcess::State {
+    Pipe m_request{true};
+    Pipe m_answer{false};
+    WindowsHandle m_process;
+    std::atomic<bool> m_isCancelled = false;
+    std::string m_received;
+};
+
+ApartProcess::ApartProcess(const std::string& in_program,
+                           const std::vector<std::string>& in_arguments,
+                           const std::string& in_request)
+    : m_state(std::make_unique<State>()) {
+    m_state->m_process = StartProcess(in_program.empty() ? OwnProgram() : ODBC::ToWide(in_program),
+                                      in_arguments, m_state->m_request, m_state->m_answer);
+    m_state->m_request.m_theirs.Close();
+    m_state->m_answer.m_theirs.Close();
+    // A process that does not want it has ended, which ReadLine finds out.
+    if (WriteAll(m_state->m_request.m_ours.Get(), in_request)) {
+        WriteAll(m_state->m_request.m_ours.Get(), "\n");
+    }
+}
+
+ApartProcess::~ApartProcess() { TerminateProcess(m_state->m_process.Get(), 1); }
+
+/// An anonymous pipe cannot be waited for, so it is looked at again and again.
+ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_line) {
+    constexpr DWORD INTERVAL = 10;  // milliseconds
+    while (!TakeLine(m_state->m_received, out_line)) {
+        if (m_state->m_isCancelled) return Event::Cancelled;
+        if (std::chrono::steady_clock::now() >= in_until) return Event::TimedOut;
+        // Asked before the pipe: what it wrote before its end is there then.
+        const bool hasEnded =
+            WaitForSingleObject(m_state->m_process.Get(), INTERVAL) == WAIT_OBJECT_0;
+        const HANDLE pipe = m_state->m_answer.m_ours.Get();
+        DWORD count = 0;
+        const bool isOpen = PeekNamedPipe(pipe, nullptr, 0, nullptr, &count, nullptr) != FALSE;
+        if (isOpen && count != 0) {
+            ReceiveMore(pipe, m_state->m_received);
+        } else if (hasEnded || !isOpen) {
+            return Event::Ended;
+        }
+    }
+    return Event::Line;
+}
+
+void ApartProcess::Cancel() { m_state->m_isCancelled = true; }
+
+std::string ApartProcess::DescribeEnd() {
+    constexpr DWORD PATIENCE = 5000;  // milliseconds
+    if (WaitForSingleObject(m_state->m_process.Get(), PATIENCE) != WAIT_OBJECT_0) {
+        TerminateProcess(m_state->m_process.Get(), 1);
+    }
+    DWORD code = 0;
+    GetExitCodeProcess(m_state->m_process.Get(), &code);
+    char text[24];
+    std::snprintf(text, sizeof text, code < 0x80000000 ? "%lu" : "0x%08lX", code);
+    return std::string("exit code ") + text;
+}
+
+struct ApartAnswer::State {
+    WindowsHandle m_request;
+    WindowsHandle m_answer;
+    std::string m_received;
+};
+
+ApartAnswer::ApartAnswer() : m_state(std::make_unique<State>()) {
+    m_state->m_request = WindowsHandle(GetStdHandle(STD_INPUT_HANDLE));
+    m_state->m_answer = WindowsHandle(GetStdHandle(STD_OUTPUT_HANDLE));
+    for (const HANDLE handle : {m_state->m_request.Get(), m_state->m_answer.Get()}) {
+        SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
+    }
+    SetStdHandle(STD_INPUT_HANDLE, GetStdHandle(STD_ERROR_HANDLE));
+    SetStdHandle(STD_OUTPUT_HANDLE, GetStdHandle(STD_ERROR_HANDLE));
+}
+
+ApartAnswer::~ApartAnswer() = default;
+
+std::string ApartAnswer::ReadRequest() {
+    std::string line;
+    while (!TakeLine(m_state->m_received, line)) {
+        if (!ReceiveMore(m_state->m_request.Get(), m_state->m_received)) {
+            throw CommandError(EXIT_USAGE, "--apart is for the tool itself.");
+        }
+    }
+    std::thread([pipe = m_state->m_request.Get()] {
+        for (std::string more; ReceiveMore(pipe, more);) more.clear();
+        TerminateProcess(GetCurrentProcess(), EXIT_FAILED);
+    }).detach();
+    return line;
+}
+
+void ApartAnswer::Write(const std::string& in_line) {
+    WriteAll(m_state->m_answer.Get(), in_line + "\n");
+}
+
+}  // namespace Veltrane::Cli
