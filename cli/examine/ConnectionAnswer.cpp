@@ -39,6 +39,13 @@ Stored FindStored(const std::string& in_dsn) {
     return stored;
 }
 
+/// As it is within braces.
+std::string DoubleBraces(const std::string& in_value) {
+    std::string text;
+    for (const char byte : in_value) text.append(byte == '}' ? 2 : 1, byte);
+    return text;
+}
+
 std::string MakeConnectionString(const Entries& in_attributes) {
     std::string text;
     for (const auto& [key, value] : in_attributes) {
@@ -46,10 +53,7 @@ std::string MakeConnectionString(const Entries& in_attributes) {
         const bool isPlain =
             value.empty() || (value.find(';') == std::string::npos && value.front() != '{' &&
                               value.front() != ' ' && value.back() != ' ');
-        text += key + "=";
-        if (!isPlain) text += "{";
-        for (const char byte : value) text.append(!isPlain && byte == '}' ? 2 : 1, byte);
-        text += isPlain ? ";" : "};";
+        text += key + "=" + (isPlain ? value : "{" + DoubleBraces(value) + "}") + ";";
     }
     return text;
 }
@@ -78,7 +82,9 @@ Json DescribeDiagnostics(std::vector<ConnectionDiagnostic> in_diagnostics,
     for (ConnectionDiagnostic& diagnostic : in_diagnostics) {
         for (const Entries* const entries : in_entries) {
             for (const auto& [key, value] : *entries) {
-                if (IsSecretKey(key) && !value.empty()) Mask(value, diagnostic.m_text);
+                if (!IsSecretKey(key) || value.empty()) continue;
+                Mask(value, diagnostic.m_text);
+                Mask(DoubleBraces(value), diagnostic.m_text);
             }
         }
         list.push_back({{"state", diagnostic.m_state},
@@ -128,6 +134,10 @@ Entries ReadAttributes(const Json& in_request) {
 void Answer(const Json& in_request, ApartAnswer& io_answer) {
     const Entries attributes = ReadAttributes(in_request);
     const Stored stored = FindStored(attributes.Get("DSN"));
+    if (in_request.value("explains", false)) {
+        io_answer.Write(ToLine(ToJson(Explain(attributes, stored))));
+        return;
+    }
     OdbcCalls calls(in_request.at("driver_manager"));
     std::string text = MakeConnectionString(attributes);
     const Orska::Support::WipeAtEnd wipe(text);

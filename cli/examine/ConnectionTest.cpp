@@ -16,15 +16,19 @@ using Event = ApartProcess::Event;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// For what comes after the outcome is known: why the driver manager has found no driver.
-constexpr std::chrono::seconds GRACE{10};
+/// For why the driver manager has found no driver.
+constexpr std::chrono::seconds TIME_TO_EXPLAIN{10};
+/// Servers note a connection that is not closed.
+constexpr std::chrono::seconds TIME_TO_DISCONNECT{2};
 
-ApartProcess Start(const ConnectionRequest& in_request) {
+ApartProcess Start(const ConnectionRequest& in_request, bool in_explains) {
     Json attributes = Json::array();
     for (const auto& [key, value] : in_request.m_attributes) attributes.push_back({key, value});
-    std::string line =
-        Json{{"attributes", std::move(attributes)}, {"driver_manager", in_request.m_driverManager}}
-            .dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string line = Json{
+        {"attributes", std::move(attributes)},
+        {"driver_manager", in_request.m_driverManager},
+        {"explains",
+         in_explains}}.dump(-1, ' ', false, Json::error_handler_t::replace);
     const Orska::Support::WipeAtEnd wipe(line);
     return ApartProcess(in_request.m_program, {"test", "-", "--apart"}, line);
 }
@@ -36,7 +40,7 @@ std::string DescribeTime(milliseconds in_time) {
     return std::to_string(count / 1000) + (tenths == 0 ? "" : "." + std::to_string(tenths)) + " s";
 }
 
-void Read(const Json& in_answer, ConnectionResult& out_result) {
+void ReadAnswer(const Json& in_answer, ConnectionResult& out_result) {
     if (in_answer.contains("reason")) {
         out_result.m_text = in_answer["reason"];
         return;
@@ -58,9 +62,12 @@ void Read(const Json& in_answer, ConnectionResult& out_result) {
     out_result.m_text = "Connected in " + time + (server == " " ? "" : " to " + server) + ".";
 }
 
-Findings ReadFindings(const Json& in_list) {
+/// What the process says last.
+Findings ReadFindings(ApartProcess& io_process, std::chrono::seconds in_patience) {
     Findings findings;
-    for (const Json& it : in_list) {
+    std::string line;
+    if (io_process.ReadLine(Clock::now() + in_patience, line) != Event::Line) return findings;
+    for (const Json& it : Json::parse(line)) {
         findings.push_back({Severity::Error, it.at("id"), it.at("text"), it.at("repair")});
     }
     return findings;
@@ -70,16 +77,16 @@ Findings ReadFindings(const Json& in_list) {
 
 struct ConnectionTest::State {
     explicit State(const ConnectionRequest& in_request)
-        : m_timeout(in_request.m_timeout), m_process(Start(in_request)) {}
+        : m_request(in_request), m_process(Start(in_request, false)) {}
 
-    const milliseconds m_timeout;
+    const ConnectionRequest m_request;
     const Clock::time_point m_begin = Clock::now();
     ApartProcess m_process;
 
     ConnectionResult DescribeSilence(Event in_event) {
         ConnectionResult result;
         result.m_time = std::chrono::duration_cast<milliseconds>(Clock::now() - m_begin);
-        const std::string time = DescribeTime(m_timeout);
+        const std::string time = DescribeTime(m_request.m_timeout);
         if (in_event == Event::TimedOut) {
             result.m_outcome = ConnectionOutcome::TimedOut;
             result.m_text = "No answer within " + time + "; the driver was stopped.";
@@ -89,7 +96,20 @@ struct ConnectionTest::State {
         } else {
             result.m_outcome = ConnectionOutcome::Crashed;
             result.m_text = "The driver has ended its process: " + m_process.DescribeEnd() + ".";
+            // A function that no library defines ends it, where the driver is bound as it is used.
+            ApartProcess explainer = Start(m_request, true);
+            result.m_reasons = ReadFindings(explainer, TIME_TO_EXPLAIN);
         }
+        return result;
+    }
+
+    ConnectionResult Read(const std::string& in_line) {
+        ConnectionResult result;
+        ReadAnswer(Json::parse(in_line), result);
+        if (result.m_outcome == ConnectionOutcome::NotTested) return result;
+        const bool isConnected = result.m_outcome == ConnectionOutcome::Connected;
+        result.m_reasons =
+            ReadFindings(m_process, isConnected ? TIME_TO_DISCONNECT : TIME_TO_EXPLAIN);
         return result;
     }
 };
@@ -101,19 +121,9 @@ ConnectionTest::~ConnectionTest() = default;
 
 ConnectionResult ConnectionTest::Wait() {
     std::string line;
-    const Event event = m_state->m_process.ReadLine(m_state->m_begin + m_state->m_timeout, line);
-    if (event != Event::Line) return m_state->DescribeSilence(event);
-    ConnectionResult result;
-    try {
-        Read(Json::parse(line), result);
-        // What is known stays known, whatever becomes of the rest.
-        const bool hasMore = result.m_outcome != ConnectionOutcome::NotTested &&
-                             m_state->m_process.ReadLine(Clock::now() + GRACE, line) == Event::Line;
-        if (hasMore) result.m_reasons = ReadFindings(Json::parse(line));
-    } catch (const Json::exception& error) {
-        result.m_text = std::string("The test's own process answers nonsense: ") + error.what();
-    }
-    return result;
+    const Event event =
+        m_state->m_process.ReadLine(m_state->m_begin + m_state->m_request.m_timeout, line);
+    return event == Event::Line ? m_state->Read(line) : m_state->DescribeSilence(event);
 }
 
 void ConnectionTest::Cancel() { m_state->m_process.Cancel(); }

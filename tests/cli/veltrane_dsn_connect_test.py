@@ -1,0 +1,194 @@
+#!/usr/bin/env python3
+"""veltrane-dsn test on Linux, through the installed driver managers: with Debian's drivers for SQLite
+and PostgreSQL, and with a driver of this test that hangs, crashes and tells what it should not."""
+import os
+import signal
+import subprocess
+import time
+
+from tool_test import ToolTest, main
+
+# It does what the user name says, and writes down its process.
+DRIVER = r"""
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+static char s_said[4096];
+short SQLAllocHandle(short kind, void *parent, void **out) { *out = s_said; return 0; }
+short SQLFreeHandle(short kind, void *handle) { return 0; }
+short SQLSetEnvAttr(void *e, int attribute, void *value, int length) { return 0; }
+short SQLDisconnect(void *c) { pause(); return 0; }
+short SQLGetInfo(void *c, unsigned short kind, void *out, short size, short *length) {
+    *length = snprintf(out, size, kind == 17 ? "Toy" : kind == 77 ? "03.00" : "1.0");
+    return 0;
+}
+short SQLDriverConnect(void *c, void *window, char *in, short inSize, char *out, short outSize,
+                       short *length, unsigned short completion) {
+    FILE *file = fopen(getenv("TOY_PROCESS"), "w");
+    fprintf(file, "%d", (int)getpid());
+    fclose(file);
+    printf("printed by the driver\n");
+    fflush(stdout);
+    snprintf(s_said, sizeof s_said, "no entry with %s \xfc\n", in);
+    if (strstr(in, "UID=hang") && fork() >= 0) for (;;) pause();
+    if (strstr(in, "UID=crash")) abort();
+    if (strstr(in, "UID=exit")) _exit(3);
+    return strstr(in, "UID=refuse") ? -1 : 0;
+}
+short SQLGetDiagRec(short kind, void *c, short number, char *state, int *code, char *text,
+                    short size, short *length) {
+    if (number > 2 || s_said[0] == 0) return 100;
+    strcpy(state, number == 1 ? "28000" : "HY000");
+    *code = number == 1 ? -7 : 0;
+    *length = snprintf(text, size, "%s", number == 1 ? s_said : "second");
+    return 0;
+}
+"""
+
+
+class ConnectTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        # Bare names, as Debian's packages register them.
+        self.drivers = {"Veltrane": self.stage.driver(self.stage.setup),
+                        "SQLite3": {"Driver": "libsqlite3odbc.so"},
+                        "PostgreSQL Unicode": {"Driver": "psqlodbcw.so"}}
+        self.stage.write("drivers", self.drivers)
+
+    def add_drivers(self, libraries):
+        """Registers drivers, {name: library}, each with a DSN of its name in lower case."""
+        self.stage.write("drivers", {**self.drivers, **{name: {"Driver": path} for name, path
+                                                        in libraries.items()}})
+        self.write({name.lower(): {"Driver": name, "PWD": "stored-secret"} for name in libraries})
+
+    def test_connects_to_real_drivers(self):
+        lite = {"Driver": "SQLite3", "Database": self.path("data")}
+        self.write({"lite": lite, "pg": {"Driver": "PostgreSQL Unicode", "Servername": "127.0.0.1",
+                                         "Port": "1", "Database": "d"}})
+        self.write({"system-ü": lite}, "system")
+        for name in ("lite", "system-ü"):
+            for manager in ((), ("--driver-manager", "libiodbc.so.2")):
+                with self.subTest(f"{name} {manager}"):
+                    self.assertRegex(self.run_tool("test", name, *manager, SYSODBCINI=self.path(
+                        "odbc.ini"), SYSODBCINSTINI=self.path("odbcinst.ini"))[0],
+                        rf"^{name}: Connected in \d+ ms to SQLite 3\.\d+\.\d+\.\n$")
+        self.assertEqual(self.run_tool("test", "lite", "-q"), ("", ""))
+        result = self.run_json("test", "-", stdin=f"Driver={{SQLite3}};Database={self.path('new')}")
+        self.assertEqual((result["connected"], result["outcome"], result["server"],
+                          result["diagnostics"]), (True, "connected", "SQLite", []))
+        result = self.run_json("test", "pg", "--pwd-stdin", stdin="x", code=1)
+        self.assertEqual((result["connected"], result["outcome"]), (False, "refused"))
+        said = result["diagnostics"][0]
+        self.assertEqual((said["state"], said["native_code"]), ("08001", 101))
+        self.assertIn("Connection refused", self.run_tool("test", "pg", code=1)[0])
+
+    def test_says_why_the_driver_manager_finds_no_driver(self):
+        lacking = self.stage.compile("lacking", "void missing_function(void);\n"
+                                     "short SQLAllocHandle() { missing_function(); return 0; }")
+        needed = self.stage.compile("needed", "int needed(void) { return 1; }")
+        needing = self.stage.compile("needing", "int needed(void);\n"
+                                     "short SQLAllocHandle() { return needed(); }", needed)
+        os.remove(needed)
+        foreign = self.stage.compile("foreign", "short SQLAllocHandle() { return 0; }")
+        self.stage.make_foreign(foreign)
+        self.add_drivers({"Gone": "/no/such.so", "Text": self.write_file("text", "no library"),
+                          "Lacking": lacking, "Needing": needing, "Foreign": foreign,
+                          "Empty": self.stage.compile("empty", "int nothing;")})
+        self.write({**self.dsns(), "sales": {"Driver": "Veltrane"}, "lost": {"Driver": "Nobody"},
+                    "path": {"Driver": "/no/such.so"}, "none": {"Server": "s"}})
+        for name, state, finding, word, code in (
+                ("gone", "01000", "library-not-found", "No such file", 1),
+                ("text", "01000", "library-not-a-library", "ELF", 1),
+                ("lacking", None, "library-missing-symbol", "missing_function", 1),
+                ("needing", "01000", "library-missing-dependency", "needed.so", 1),
+                ("foreign", "01000", "library-wrong-architecture", "instead of", 1),
+                ("empty", "IM004", "library-no-entry-point", "SQLAllocHandle", 1),
+                ("path", "01000", "library-not-found", "/no/such.so", 1),
+                ("sales", "IM002", "driver-without-library", "programs cannot connect", 1),
+                ("lost", "IM002", "driver-not-registered", "Nobody", 1),
+                ("none", "IM002", "dsn-without-driver", "none", 1),
+                ("unknown", "IM002", "dsn-missing", self.path("user.ini"), 3)):
+            with self.subTest(name):
+                result = self.run_json("test", name, code=code)
+                states = [record["state"] for record in result["diagnostics"]] or [None]
+                self.assertEqual((states[0], result["findings"][0]["id"]), (state, finding))
+                self.assertIn(word, result["findings"][0]["text"])
+        self.assertIn("is not part of these programs", self.run_tool("test", "sales", code=1)[0])
+
+    def test_a_driver_is_kept_apart(self):
+        process = self.path("process")
+        self.add_drivers({"Toy": self.stage.compile("toy", DRIVER)})
+        for arguments, code, outcome, text in (
+                (["--uid", "fine"], 0, "connected", "to Toy 1.0."),
+                (["--uid", "refuse"], 1, "refused", "Not connected; it took"),
+                (["--uid", "crash"], 1, "crashed", "signal 6 (Aborted)"),
+                (["--uid", "exit"], 1, "crashed", "exit code 3"),
+                (["--uid", "hang", "--timeout", "1"], 5, "timed out", "No answer within 1 s")):
+            with self.subTest(arguments):
+                begin = time.monotonic()
+                result = self.run_json("test", "toy", *arguments, "--pwd-env", "SECRET", code=code,
+                                       SECRET="hunter2", TOY_PROCESS=process)
+                self.assertEqual(result["outcome"], outcome)
+                self.assertIn(text, result["text"])
+                self.assertLess(time.monotonic() - begin, 100)
+                self.assert_gone(process)
+                self.assertNotIn("hunter2", str(result))
+        said = self.run_json("test", "toy", "--uid", "refuse", "--pwd-stdin", code=1, stdin="us",
+                             TOY_PROCESS=process)["diagnostics"]
+        self.assertEqual(sorted(said, key=lambda record: record["state"]), [
+            {"state": "28000", "native_code": -7,
+             "text": "no entry with DSN=toy;UID=refuse;PWD=********; ü"},
+            {"state": "HY000", "native_code": 0, "text": "second"}])
+        said, _ = self.run_tool("test", "-", code=1, TOY_PROCESS=process,
+                                stdin="driver={Toy}; UID=refuse;Token={a;}}b};Database= x=y} ")
+        self.assertIn("28000 (-7) no entry with driver=Toy;UID=refuse;Token={********};Database=x=y};",
+                      said)
+
+    def assert_gone(self, path):
+        """Of the process whose number is in the file, and of those that it has started."""
+        group = int(self.read_file(path))
+        end = time.monotonic() + 60
+        try:
+            while time.monotonic() < end:
+                os.killpg(group, 0)
+                time.sleep(0.01)
+            self.fail(f"{group} still runs")
+        except ProcessLookupError:
+            pass
+
+    def test_the_driver_ends_with_the_tool_and_no_argument_is_a_secret(self):
+        process = self.path("process")
+        self.add_drivers({"Toy": self.stage.compile("toy", DRIVER)})
+        tool = self.stage.start(["test", "toy", "--uid", "hang", "--pwd-stdin"],
+                                {"TOY_PROCESS": process}, stdin=subprocess.PIPE)
+        tool.stdin.write(b"hunter2\n")
+        tool.stdin.close()
+        while not os.path.exists(process) or not self.read_file(process):
+            time.sleep(0.01)
+        for number in (tool.pid, int(self.read_file(process))):
+            arguments = self.read_file(f"/proc/{number}/cmdline")
+            self.assertIn("test", arguments)
+            self.assertNotIn("hunter2", arguments)
+        tool.send_signal(signal.SIGKILL)
+        tool.wait()
+        self.assert_gone(process)
+
+    def test_refuses_what_it_cannot_do(self):
+        for arguments, code, text in (
+                (["x", "--timeout", "0"], 2, "--timeout is a number of seconds"),
+                (["x", "--timeout", "2s"], 2, "--timeout is a number of seconds"),
+                (["-", "--pwd-stdin"], 2, "Standard input cannot give"),
+                (["x", "--pwd", "hunter2"], 2, "--pwd-stdin"),
+                (["-", "--apart"], 2, "for the tool itself")):
+            with self.subTest(arguments):
+                _, errors = self.run_tool("test", *arguments, code=code)
+                self.assertIn(text, errors)
+                self.assertNotIn("hunter2", errors)
+        for library, text in (("libnothing.so", "No driver manager can be loaded: libnothing.so"),
+                              ("libm.so.6", "libm.so.6 is no driver manager")):
+            self.assertIn(text, self.run_tool("test", "x", "--driver-manager", library, code=1)[0])
+
+
+if __name__ == "__main__":
+    main()
