@@ -138,6 +138,11 @@ void EndLine(std::string& io_text, std::string_view in_lineEnd) {
     if (!io_text.empty() && io_text.back() != '\n') io_text += in_lineEnd;
 }
 
+/// The beginning of the line that ends here.
+std::size_t LineBegin(std::string_view in_text, std::size_t in_end) {
+    return in_text.substr(0, in_end - 1).rfind('\n') + 1;
+}
+
 /// Whether the line that ends here is blank. True also at the beginning of the text.
 bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
     if (in_end == 0) return true;
@@ -149,7 +154,19 @@ bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
 
 /// A section with more lines than this gets an index of its keys.
 constexpr std::size_t MAX_UNINDEXED = 64;
-constexpr int MAX_UNINDEXED_SEARCHES = 32;
+/// After searches for so many names all sections are found, and get an index.
+constexpr std::size_t MAX_UNINDEXED_NAMES = 32;
+
+/// Whether this can be what follows the bracket of a header with the name. Names are alike at their
+/// beginnings more often than at their ends.
+bool MayBeginWith(std::string_view in_text, std::string_view in_name) {
+    while (!in_text.empty() && IsAsciiBlank(in_text.front())) in_text.remove_prefix(1);
+    if (in_text.size() < in_name.size()) return false;
+    in_text = in_text.substr(0, in_name.size());
+    return in_name.empty() || (EqualsIgnoringCase(in_text.substr(in_name.size() - 1),
+                                                  in_name.substr(in_name.size() - 1)) &&
+                               EqualsIgnoringCase(in_text, in_name));
+}
 
 bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
 
@@ -224,41 +241,71 @@ std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) con
                : static_cast<std::size_t>(static_cast<const char*>(found) - m_text.data()) + 1;
 }
 
-/// The beginning of the first section header at or after the beginning of a reader's line. Jumps
-/// from bracket to bracket, because most of a large file is of no interest.
-std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules) const {
+/// The beginning of the first section header at or after the beginning of a reader's line: of one
+/// with that name, if one is given. The end of the text without one. Jumps from bracket to bracket,
+/// because most of a large file is of no interest.
+std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules,
+                                    std::optional<std::string_view> in_name) const {
     const std::string_view text = m_text;
     std::size_t line = in_from;
-    for (std::size_t from = in_from;;) {
-        const std::size_t bracket = text.find('[', from);
-        if (bracket == std::string_view::npos) return text.size();
-        const std::size_t lineEnd = text.substr(from, bracket - from).rfind('\n');
-        if (lineEnd != std::string_view::npos) line = from + lineEnd + 1;
+    std::size_t seen = in_from;
+    for (std::size_t bracket = text.find('[', in_from); bracket != std::string_view::npos;
+         bracket = text.find('[', bracket + 1)) {
+        if (in_name && !MayBeginWith(text.substr(bracket + 1), *in_name)) continue;
+        const std::size_t lineEnd = text.substr(seen, bracket - seen).rfind('\n');
+        if (lineEnd != std::string_view::npos) line = seen + lineEnd + 1;
+        seen = bracket;
         const std::size_t piece = line + (bracket - line) / m_maxPiece * m_maxPiece;
         const std::string_view before = text.substr(piece, bracket - piece);
         const bool isFirst = in_rules == Rules::APPENDED_FILE
                                  ? before.empty()
                                  : std::all_of(before.begin(), before.end(), IsAsciiBlank<char>);
-        if (isFirst && (in_rules != Rules::IODBC || HasIodbcName(Piece(piece)))) return piece;
-        from = bracket + 1;
+        if (!isFirst || (in_rules == Rules::IODBC && !HasIodbcName(Piece(piece)))) continue;
+        if (!in_name || EqualsIgnoringCase(HeaderName(Piece(piece)), *in_name)) return piece;
     }
+    return text.size();
 }
 
-/// One pass over the text.
+/// Finds all sections.
 void OdbcIniText::MakeIndex() const {
-    if (m_isIndexed) return;
-    m_isIndexed = true;
-    m_firstSection = FindHeader(0, m_rules);
-    for (std::size_t at = m_firstSection; at < m_text.size();) {
-        const std::size_t body = PieceEnd(at);
-        const std::string_view name = HeaderName(Seen({m_text.data() + at, body - at}));
-        m_blocks.push_back({at, HashName(name)});
-        at = FindHeader(body, m_rules);
+    StartIndex();
+    std::vector<Block> blocks;
+    for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+        if (!m_blocks[i].m_isRun) {
+            blocks.push_back(m_blocks[i]);
+            continue;
+        }
+        const std::size_t end = RangeOf(static_cast<std::uint32_t>(i)).m_end;
+        for (std::size_t at = m_blocks[i].m_begin; at < end;) {
+            const std::size_t body = PieceEnd(at);
+            blocks.push_back({at, HashName(HeaderName(Piece(at)))});
+            at = FindHeader(body, m_rules);
+        }
     }
+    m_blocks = std::move(blocks);
+    m_isIndexed = true;
+}
+
+void OdbcIniText::StartIndex() const {
+    if (!m_blocks.empty()) return;
+    m_firstSection = FindHeader(0, m_rules);
+    if (m_firstSection < m_text.size()) m_blocks.push_back({m_firstSection, 0, NONE, true});
+}
+
+/// Takes a section out of the run that it is in.
+std::uint32_t OdbcIniText::TakeFromRun(std::size_t in_begin) const {
+    auto i = static_cast<std::uint32_t>(m_blocks.size()) - 1;
+    while (m_blocks[i].m_begin > in_begin) --i;
+    const std::size_t end = FindHeader(PieceEnd(in_begin), m_rules);
+    if (end < RangeOf(i).m_end) m_blocks.insert(m_blocks.begin() + i + 1, {end, 0, NONE, true});
+    if (m_blocks[i].m_begin < in_begin) m_blocks.insert(m_blocks.begin() + ++i, Block{});
+    m_blocks[i] = {in_begin, HashName(HeaderName(Piece(in_begin)))};
+    return i;
 }
 
 /// From the end to the beginning, so that each name ends up with its first section.
 void OdbcIniText::FillSlots() const {
+    if (!m_isIndexed) MakeIndex();
     m_slots.assign(std::bit_ceil(2 * m_blocks.size() + 16), NONE);
     m_nextOfName.assign(m_blocks.size(), NONE);
     for (auto i = static_cast<std::uint32_t>(m_blocks.size()); i-- > 0;) AddToSlots(i);
@@ -282,17 +329,29 @@ std::uint32_t& OdbcIniText::FindSlot(std::string_view in_section, std::uint32_t 
 
 bool OdbcIniText::IsNamed(const Block& in_block, std::string_view in_section,
                           std::uint32_t in_hash) const {
-    return in_block.m_hash == in_hash && EqualsIgnoringCase(NameOf(in_block), in_section);
+    return in_block.m_hash == in_hash && !in_block.m_isRun &&
+           EqualsIgnoringCase(NameOf(in_block), in_section);
 }
 
 std::uint32_t OdbcIniText::FindFirst(std::string_view in_section) const {
-    MakeIndex();
-    if (m_slots.empty()) {
-        // The table costs more than the few searches of a request that changes one section.
-        if (++m_searches <= MAX_UNINDEXED_SEARCHES) return FindNext(NONE, in_section);
-        FillSlots();
+    // A table of all names costs more than the few searches of a request that changes one section.
+    if (m_slots.empty() && !m_isIndexed && SearchFor(in_section) != nullptr) {
+        return FindNext(NONE, in_section);
     }
+    if (m_slots.empty()) FillSlots();
     return FindSlot(in_section, HashName(in_section));
+}
+
+/// Null when there have been too many.
+OdbcIniText::Search* OdbcIniText::SearchFor(std::string_view in_section) const {
+    const auto search = std::find_if(
+        m_searches.begin(), m_searches.end(),
+        [&](const Search& in_search) { return EqualsIgnoringCase(in_search.m_name, in_section); });
+    if (search != m_searches.end()) return &*search;
+    if (m_searches.size() == MAX_UNINDEXED_NAMES) return nullptr;
+    StartIndex();
+    m_searches.push_back({std::string(in_section), m_firstSection});
+    return &m_searches.back();
 }
 
 /// The next section of that name; after NONE the first one.
@@ -302,7 +361,14 @@ std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_
     for (std::uint32_t i = in_block + 1; i < m_blocks.size(); ++i) {
         if (IsNamed(m_blocks[i], in_section, hash)) return i;
     }
-    return NONE;
+    Search& search = *SearchFor(in_section);
+    const std::size_t found = FindHeader(search.m_end, m_rules, in_section);
+    if (found == m_text.size()) {
+        search.m_end = found;
+        return NONE;
+    }
+    search.m_end = PieceEnd(found);
+    return TakeFromRun(found);
 }
 
 /// The section that counts.
@@ -339,12 +405,12 @@ std::string_view OdbcIniText::NameOf(const Block& in_block) const {
 std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
                                                            Rules in_rules) const {
     if (!m_isReadable) return std::nullopt;
-    for (std::size_t at = FindHeader(0, m_rules); at < m_text.size();) {
-        const std::size_t end = FindHeader(PieceEnd(at), in_rules);
-        if (EqualsIgnoringCase(HeaderName(Piece(at)), in_section)) return Range{at, end};
-        at = end;
+    std::size_t at = FindHeader(0, m_rules);
+    if (at < m_text.size() && !EqualsIgnoringCase(HeaderName(Piece(at)), in_section)) {
+        at = FindHeader(PieceEnd(at), in_rules, in_section);
     }
-    return std::nullopt;
+    if (at == m_text.size()) return std::nullopt;
+    return Range{at, FindHeader(PieceEnd(at), in_rules)};
 }
 
 /// The value of a key in a range of the text.
@@ -405,7 +471,7 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
 std::vector<std::string> OdbcIniText::GetSections() const {
     std::vector<std::string> names;
     if (!m_isReadable) return names;
-    MakeIndex();
+    if (!m_isIndexed) MakeIndex();
     for (std::uint32_t i = 0; i < m_blocks.size(); ++i) {
         if (IsLive(i)) names.emplace_back(NameOf(m_blocks[i]));
     }
@@ -627,16 +693,18 @@ void OdbcIniText::Finish() {
     m_blocks.clear();
     m_bodies.clear();
     m_slots.clear();
-    m_searches = 0;
+    m_searches.clear();
     m_isIndexed = false;
 }
 
-/// Makes the text anew from the section before the first edited one on, as far as the last edited
+/// Makes the text anew from the line before the first edited section on, as far as the last edited
 /// one.
 void OdbcIniText::Render() {
     std::uint32_t first = 0;
     while (BodyOf(first) == nullptr) ++first;
-    const std::size_t begin = first == 0 ? 0 : m_blocks[first - 1].m_begin;
+    std::size_t begin = m_blocks[first].m_begin;
+    while (begin > 0 && IsBlankLineAtEnd(m_text, begin)) begin = LineBegin(m_text, begin);
+    if (begin > 0) begin = LineBegin(m_text, begin);
     std::size_t copied = begin;
     std::size_t gaps = 0;
     std::string text;
@@ -656,7 +724,7 @@ void OdbcIniText::Render() {
     if (copied < m_text.size()) EndLine(text, m_lineEnd);
     while (copied == m_text.size() && gaps-- > 0 && !text.empty() &&
            IsBlankLineAtEnd(text, text.size())) {
-        text.resize(std::string_view(text).substr(0, text.size() - 1).rfind('\n') + 1);
+        text.resize(LineBegin(text, text.size()));
     }
     m_text.replace(begin, copied - begin, text);
 }

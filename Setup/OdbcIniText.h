@@ -129,11 +129,18 @@ private:
         void Insert(Line in_line);
         void IndexKeys();
     };
-    /// A section. It ends where the next one begins.
+    /// A section, or a run of sections that nobody has asked for. It ends where the next one
+    /// begins.
     struct Block {
         std::size_t m_begin;
         std::uint32_t m_hash;         ///< of the name
         std::uint32_t m_body = NONE;  ///< NONE while it is as in the text
+        bool m_isRun = false;
+    };
+    /// Before its end all sections of that name are known.
+    struct Search {
+        std::string m_name;
+        std::size_t m_end;
     };
 
     std::size_t FindRefused() const;
@@ -141,10 +148,14 @@ private:
     std::size_t PieceEnd(std::size_t in_begin) const;
     std::string_view Piece(std::size_t in_begin) const;
     std::string_view Seen(std::string_view in_piece) const;
-    std::size_t FindHeader(std::size_t in_from, Rules in_rules) const;
+    std::size_t FindHeader(std::size_t in_from, Rules in_rules,
+                           std::optional<std::string_view> in_name = std::nullopt) const;
     std::size_t LineEnd(std::size_t in_begin, std::size_t in_limit) const;
 
+    void StartIndex() const;
     void MakeIndex() const;
+    std::uint32_t TakeFromRun(std::size_t in_begin) const;
+    Search* SearchFor(std::string_view in_section) const;
     void FillSlots() const;
     void AddToSlots(std::uint32_t in_block) const;
     std::uint32_t& FindSlot(std::string_view in_section, std::uint32_t in_hash) const;
@@ -178,12 +189,12 @@ private:
     std::string m_lineEnd = "\n";
     bool m_isReadable = true;
     bool m_isChanged = false;
-    /// The sections in their order, found at the first search.
-    mutable bool m_isIndexed = false;
+    /// The sections in their order, found by the searches.
     mutable std::size_t m_firstSection = 0;  ///< the end of the text when there is none
     mutable std::vector<Block> m_blocks;
+    mutable std::vector<Search> m_searches;
+    mutable bool m_isIndexed = false;  ///< there are no runs
     /// After some searches: a hash table of the first sections of each name, and the next ones.
-    mutable int m_searches = 0;
     mutable std::vector<std::uint32_t> m_slots;
     mutable std::vector<std::uint32_t> m_nextOfName;
     std::vector<std::unique_ptr<Body>> m_bodies;
