@@ -32,6 +32,7 @@ constexpr char MOUNTED[] =
 /// The system's limit for one attribute and for the list of names.
 constexpr std::size_t MAX_ATTRIBUTE = 65536;
 constexpr std::size_t USUAL_ATTRIBUTE = 256;
+constexpr std::size_t SPARE_ROOM = 4096;
 /// A program that has the file open, and has not written for so long, in microseconds, is not in
 /// the middle of it; unless the file is empty, which is how programs begin.
 constexpr long long WRITER_PAUSE = 4'000'000;
@@ -142,12 +143,12 @@ bool LockNow(PrivateHandle& io_handle, int in_directory, const char* in_path, in
     return io_handle.IsOpen() && TryLock(io_handle);
 }
 
-/// Where the path leads when no file is there: a file is made there with O_EXCL, which follows no
-/// link.
+/// The path without links in its last part, which tells the directory that the file is in, or is to
+/// be made in: O_EXCL and renaming follow no link. Empty, with errno, when that cannot be told.
 std::string FollowLinks(std::string in_path) {
     for (int i = 0; i < MAX_LINKS; ++i) {
         const std::string target = SystemCalls::ReadLink(in_path.c_str());
-        if (target.empty()) break;
+        if (target.empty()) return errno == EINVAL || errno == ENOENT ? in_path : std::string();
         if (target.front() == '/') in_path.clear();
         in_path = in_path.substr(0, in_path.rfind('/') + 1) + target;
     }
@@ -193,23 +194,6 @@ bool IsCopied(std::string_view in_attribute) {
            in_attribute == "security.SMACK64" || in_attribute == NETWORK_ACCESS_LIST;
 }
 
-/// Removes a file on every way out of a block, also when memory runs out.
-class RemovedAtEnd {
-public:
-    /// @param in_name  as it is at the end; empty for none
-    RemovedAtEnd(int in_directory, const std::string& in_name)
-        : m_directory(in_directory), m_name(in_name) {}
-    RemovedAtEnd(const RemovedAtEnd&) = delete;
-    RemovedAtEnd& operator=(const RemovedAtEnd&) = delete;
-    ~RemovedAtEnd() {
-        if (!m_name.empty()) SystemCalls::UnlinkAt(m_directory, m_name.c_str());
-    }
-
-private:
-    int m_directory;
-    const std::string& m_name;
-};
-
 }  // namespace
 
 std::string FileFailure::Describe() const {
@@ -246,20 +230,21 @@ bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
 bool OdbcIniFile::ReadOnce(std::string& out_bytes, struct stat& out_stat) {
     const PrivateHandle file(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
     if (!file.IsOpen()) return Fail("cannot open", errno);
+    if (SystemCalls::StatHandle(file.Get(), out_stat) != 0) return FailToRead();
     return ReadAtRest(file.Get(), out_stat, out_bytes);
 }
 
 /// A program that writes the file in place empties it first. What is read in between would be taken
 /// for all there is.
-bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& out_stat, std::string& out_bytes) {
+/// @param io_stat  of the file as it was just now, and then as it was read
+bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& out_bytes) {
     const long long deadline = SystemCalls::GetMonotonicTime() + WRITER_TIMEOUT;
     for (;;) {
         struct stat after {};
-        if (SystemCalls::StatHandle(in_handle, out_stat) != 0) return FailToRead();
-        if (!ReadAll(in_handle, out_stat, out_bytes)) return false;
+        if (!ReadAll(in_handle, io_stat, out_bytes)) return false;
         m_writers = SystemCalls::FindWriters(in_handle);
         if (SystemCalls::StatHandle(in_handle, after) != 0) return FailToRead();
-        if (IsSameVersion(out_stat, after) && !IsBeingWritten(m_writers, after)) {
+        if (IsSameVersion(io_stat, after) && !IsBeingWritten(m_writers, after)) {
             m_isTimeTelling = m_writers == Writers::NONE && IsTimeTelling(after);
             return true;
         }
@@ -267,14 +252,18 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& out_stat, std::string& 
             return Fail("another program does not end writing to it", ETIMEDOUT);
         }
         Pause();
+        if (SystemCalls::StatHandle(in_handle, io_stat) != 0) return FailToRead();
     }
 }
 
 bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes) {
     if (!S_ISREG(in_stat.st_mode)) return Fail("not a regular file", FileFailure::REFUSED);
     if (in_stat.st_size > MAX_SIZE) return Fail("cannot read", EFBIG);
-    // One byte more than expected, so that the end is usually seen without a second round.
-    out_bytes.resize(static_cast<std::size_t>(in_stat.st_size) + 1);
+    const auto expected = static_cast<std::size_t>(in_stat.st_size);
+    // Room for what a change adds, and one byte more than expected, which tells the end: where that
+    // does not come, the caller sees from the size whether there is more.
+    out_bytes.reserve(expected + SPARE_ROOM);
+    out_bytes.resize(expected + 1);
     std::size_t size = 0;
     for (;;) {
         const ssize_t count = SystemCalls::Read(in_handle, out_bytes.data() + size,
@@ -284,7 +273,8 @@ bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string
         if (count == 0) break;
         size += static_cast<std::size_t>(count);
         if (static_cast<off_t>(size) > MAX_SIZE) return Fail("cannot read", EFBIG);
-        if (size == out_bytes.size()) out_bytes.resize(size + 4096);
+        if (size == expected) break;
+        if (size == out_bytes.size()) out_bytes.resize(size + SPARE_ROOM);
     }
     out_bytes.resize(size);
     return true;
@@ -326,7 +316,7 @@ bool OdbcIniFile::OpenToLock() {
     m_isNew = !m_file.IsOpen() && errno == ENOENT;
     if (!m_isNew && !m_file.IsOpen()) return Fail("cannot open for writing", errno);
     const std::string path = m_isNew ? FollowLinks(m_path) : m_path;
-    if (SystemCalls::IsWritable(path.c_str())) return true;
+    if (!path.empty() && SystemCalls::IsWritable(path.c_str())) return true;
     return Fail(m_isNew ? "cannot create" : "cannot open for writing", errno);
 }
 
@@ -346,8 +336,8 @@ bool OdbcIniFile::WaitForLock(long long in_deadline) {
 /// Opens the directory in which the file really is, or is to be.
 /// @return false without a failure when there is no file any more
 bool OdbcIniFile::OpenDirectory() {
-    const std::string path = m_isNew ? FollowLinks(m_path) : SystemCalls::RealPath(m_path.c_str());
-    if (path.empty()) return errno != ENOENT && Fail("cannot resolve", errno);
+    const std::string path = FollowLinks(m_path);
+    if (path.empty()) return Fail("cannot resolve", errno);
     const std::size_t slash = path.rfind('/');
     m_name = path.substr(slash + 1);
     const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
@@ -388,11 +378,9 @@ std::vector<std::string> OdbcIniFile::FindLeft(bool in_isToGo) const {
 
 std::vector<std::string> OdbcIniFile::FindLeftFiles(const std::string& in_path) {
     OdbcIniFile file(in_path);
-    file.m_isNew = SystemCalls::RealPath(in_path.c_str()).empty();
     if (!file.OpenDirectory()) return {};
     std::vector<std::string> paths = file.FindLeft(false);
-    const std::string path =
-        file.m_isNew ? FollowLinks(in_path) : SystemCalls::RealPath(in_path.c_str());
+    const std::string path = FollowLinks(in_path);
     for (std::string& name : paths) name.insert(0, path, 0, path.rfind('/') + 1);
     return paths;
 }
@@ -417,7 +405,6 @@ void OdbcIniFile::Unlock() noexcept {
 
 bool OdbcIniFile::Replace(std::string_view in_bytes) {
     if (in_bytes.size() > MAX_SIZE) return Fail("cannot write", EFBIG);
-    if (IsOutdated()) return FailAsOutdated();
     return WriteAndExchange(in_bytes) && SyncDirectory();
 }
 
@@ -511,8 +498,9 @@ bool OdbcIniFile::CopyAccessList(int in_handle) {
     }
     if (!IsWithoutAttribute()) return Fail("cannot read the access list", errno);
     // One that the directory has for new files lets in others than the old file did.
-    return SystemCalls::RemoveAttribute(in_handle, ACCESS_LIST) == 0 || IsWithoutAttribute() ||
-           Fail("cannot remove the access list of the directory", errno);
+    const bool isNone = !GetAttribute(in_handle, ACCESS_LIST, list) && IsWithoutAttribute();
+    return isNone || SystemCalls::RemoveAttribute(in_handle, ACCESS_LIST) == 0 ||
+           IsWithoutAttribute() || Fail("cannot remove the access list of the directory", errno);
 }
 
 /// Those that users and the system's policy have set. A file without them is usable, but for the
@@ -579,15 +567,19 @@ bool OdbcIniFile::FailToReplace() {
 /// for some is a second, as many bytes can be written again, and a network file system keeps all
 /// three for seconds, except for who opens the file anew.
 bool OdbcIniFile::IsAsRead(const std::string& in_name) {
-    const PrivateHandle file(SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
-                                                 O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
-    struct stat now {};
-    if (!file.IsOpen() || SystemCalls::StatHandle(file.Get(), now) != 0) return false;
+    const bool isTold = m_writers == Writers::NONE;
     // Who has opened it since then has emptied it, or is about to.
-    if (m_writers == Writers::NONE && SystemCalls::FindWriters(file.Get()) == Writers::SOME) {
+    if (isTold && SystemCalls::FindWritersAgain(m_file.Get()) == Writers::SOME) return false;
+    const PrivateHandle anew(isTold ? -1
+                                    : SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
+                                                          O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
+    struct stat now {};
+    if ((isTold ? SystemCalls::StatAt(m_directory.Get(), in_name.c_str(), now)
+                : SystemCalls::StatHandle(anew.Get(), now)) != 0) {
         return false;
     }
     if (m_isTimeTelling || !IsSameVersion(m_stat, now)) return IsSameVersion(m_stat, now);
+    const PrivateHandle& file = isTold ? m_file : anew;
     char buffer[16384];
     for (std::size_t size = 0;;) {
         const ssize_t count =

@@ -103,7 +103,7 @@ private:
     bool WriteAndExchange(std::string_view in_bytes);
     bool OpenDirectory();
     bool IsInPlace();
-    bool ReadAtRest(int in_handle, struct stat& out_stat, std::string& out_bytes);
+    bool ReadAtRest(int in_handle, struct stat& io_stat, std::string& out_bytes);
     bool ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes);
     std::vector<std::string> FindLeft(bool in_isToGo) const;
     bool IsOutdated();

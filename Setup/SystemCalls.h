@@ -50,7 +50,8 @@ bool IsMounted(int in_handle);
 std::string RealPath(const char* in_path);
 /// readlink; an empty string on failure, as for everything that is no link.
 std::string ReadLink(const char* in_path);
-/// The names in a directory that begin so; those that could be read when one fails.
+/// The names in a directory that begin so; those that could be read when one fails. Moves the
+/// position of the handle.
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix);
 
 /// Who else has a file open for writing.
@@ -62,6 +63,8 @@ enum class Writers {
 /// Asks with a read lease, which is given back at once (fcntl). The handle must be one for reading
 /// only.
 Writers FindWriters(int in_handle);
+/// The same for a handle about which this thread has asked before, and got NONE.
+Writers FindWritersAgain(int in_handle);
 
 /// getrandom; false when no random bytes can be had.
 bool GetRandom(void* out_bytes, std::size_t in_size);

@@ -9,6 +9,7 @@
 #include <sys/file.h>
 #include <sys/fsuid.h>
 #include <sys/random.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <time.h>
@@ -16,7 +17,7 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <memory>
+#include <optional>
 
 #include "Setup/SystemCalls.h"
 
@@ -112,7 +113,9 @@ ssize_t Read(int in_handle, void* out_bytes, std::size_t in_size, off_t in_offse
 }
 
 ssize_t Write(int in_handle, const void* in_bytes, std::size_t in_size) {
-    const FileSizeSignalBlock block;
+    rlimit limit{};
+    std::optional<FileSizeSignalBlock> block;
+    if (::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY) block.emplace();
     return ::write(in_handle, in_bytes, in_size);
 }
 
@@ -192,15 +195,16 @@ std::string ReadLink(const char* in_path) {
 
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix) {
     std::vector<std::string> names;
-    // A file description of its own, because the position in the directory belongs to it.
-    FileHandle handle(::openat(in_directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!handle.IsOpen()) return names;
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(handle.Get()), &::closedir);
-    if (directory == nullptr) return names;
-    handle.Release();
-    while (const dirent* const entry = ::readdir(directory.get())) {
-        const std::string_view name(entry->d_name);
-        if (name.starts_with(in_prefix)) names.emplace_back(name);
+    alignas(dirent64) char entries[8192];
+    ssize_t size = ::lseek(in_directory, 0, SEEK_SET) == 0 ? 1 : -1;
+    while (size > 0) {
+        size = ::getdents64(in_directory, entries, sizeof entries);
+        for (ssize_t at = 0; at < size;) {
+            const auto& entry = *reinterpret_cast<const dirent64*>(entries + at);
+            const std::string_view name(entry.d_name);
+            if (name.starts_with(in_prefix)) names.emplace_back(name);
+            at += entry.d_reclen;
+        }
     }
     return names;
 }
@@ -213,6 +217,10 @@ Writers FindWriters(int in_handle) {
         ::fcntl(in_handle, F_SETOWN_EX, &owner) != 0 || ::fcntl(in_handle, F_SETSIG, SIGURG) != 0) {
         return Writers::UNKNOWN;
     }
+    return FindWritersAgain(in_handle);
+}
+
+Writers FindWritersAgain(int in_handle) {
     if (::fcntl(in_handle, F_SETLEASE, F_RDLCK) != 0) {
         return errno == EAGAIN ? Writers::SOME : Writers::UNKNOWN;
     }

@@ -162,6 +162,8 @@ Writers FindWriters(int in_handle) {
     return Writers::NONE;
 }
 
+Writers FindWritersAgain(int in_handle) { return FindWriters(in_handle); }
+
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix) {
     std::vector<std::string> names;
     if (!Enter("readdir")) return names;
