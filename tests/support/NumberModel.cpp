@@ -4,137 +4,16 @@
 #include <bit>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
-#include <map>
-#include <vector>
 
 namespace Orska::Support::Testing {
 
 namespace {
 
-__extension__ typedef unsigned __int128 Wide;
 __extension__ typedef __int128 SignedWide;
 
 bool IsDigit(char in_character) { return in_character >= '0' && in_character <= '9'; }
-
-int GetWidth(Wide in_value) {
-    int width = 0;
-    for (; in_value != 0; in_value >>= 1) {
-        ++width;
-    }
-    return width;
-}
-
-/// A finite double that is not negative, as mantissa * 2^exponent.
-struct Parts {
-    std::uint64_t m_mantissa;
-    int m_exponent;
-};
-
-Parts Split(double in_value) {
-    const auto bits = std::bit_cast<std::uint64_t>(in_value);
-    const std::uint64_t mantissa = bits & ((std::uint64_t{1} << 52) - 1);
-    const int biased = static_cast<int>(bits >> 52 & 0x7ff);
-    return biased == 0 ? Parts{mantissa, -1074}
-                       : Parts{mantissa | std::uint64_t{1} << 52, biased - 1075};
-}
-
-/// Rounds mantissa * 2^exponent to nearest even.
-/// @param in_isInexact  the true value is a little larger; the mantissa must then exceed 54 bits
-double Compose(Wide in_mantissa, int in_exponent, bool in_isInexact) {
-    const int drop = std::max(GetWidth(in_mantissa) - 53, -1074 - in_exponent);
-    if (drop >= 127) {
-        return 0.0;
-    }
-    Wide kept = in_mantissa;
-    int exponent = in_exponent;
-    if (drop > 0) {
-        const Wide half = Wide{1} << (drop - 1);
-        const Wide rest = in_mantissa & (half * 2 - 1);
-        kept = in_mantissa >> drop;
-        exponent += drop;
-        if (rest > half || (rest == half && (in_isInexact || kept % 2 == 1))) {
-            ++kept;
-        }
-    }
-    if (kept == 0) {
-        return 0.0;
-    }
-    if (GetWidth(kept) + exponent > 1024) {
-        return std::numeric_limits<double>::infinity();
-    }
-    while (GetWidth(kept) < 53 && exponent > -1074) {
-        kept <<= 1;
-        --exponent;
-    }
-    if (GetWidth(kept) == 54) {
-        kept >>= 1;
-        ++exponent;
-    }
-    const auto mantissa = static_cast<std::uint64_t>(kept);
-    const bool isDenormal = GetWidth(kept) < 53;
-    const auto biased = static_cast<std::uint64_t>(isDenormal ? 0 : exponent + 1075);
-    return std::bit_cast<double>(biased << 52 | (mantissa & ((std::uint64_t{1} << 52) - 1)));
-}
-
-/// A natural number of any size, lowest word first.
-using Natural = std::vector<std::uint32_t>;
-
-void MultiplyBy10(Natural& inout_value) {
-    std::uint64_t carry = 0;
-    for (std::uint32_t& word : inout_value) {
-        carry += std::uint64_t{word} * 10;
-        word = static_cast<std::uint32_t>(carry);
-        carry >>= 32;
-    }
-    if (carry != 0) {
-        inout_value.push_back(static_cast<std::uint32_t>(carry));
-    }
-}
-
-/// @return whether there was a remainder
-bool DivideBy10(Natural& inout_value) {
-    std::uint64_t rest = 0;
-    for (auto word = inout_value.rbegin(); word != inout_value.rend(); ++word) {
-        rest = rest << 32 | *word;
-        *word = static_cast<std::uint32_t>(rest / 10);
-        rest %= 10;
-    }
-    while (!inout_value.empty() && inout_value.back() == 0) {
-        inout_value.pop_back();
-    }
-    return rest != 0;
-}
-
-double ComposeNatural(const Natural& in_value, int in_exponent, bool in_isInexact) {
-    Wide top = 0;
-    std::size_t used = 0;
-    for (; used < 3 && used < in_value.size(); ++used) {
-        top = top << 32 | in_value[in_value.size() - 1 - used];
-    }
-    const std::size_t below = in_value.size() - used;
-    const bool isCut = std::any_of(in_value.begin(), in_value.begin() + static_cast<long>(below),
-                                   [](std::uint32_t word) { return word != 0; });
-    return Compose(top, in_exponent + static_cast<int>(below) * 32, in_isInexact || isCut);
-}
-
-double ComputePowerOfTen(int in_exponent) {
-    if (in_exponent >= 0) {
-        Natural power{1};
-        for (int i = 0; i < in_exponent; ++i) {
-            MultiplyBy10(power);
-        }
-        return ComposeNatural(power, 0, false);
-    }
-    constexpr int WORDS = 36;  // 2^1152 / 10^307 still has more than 100 bits
-    Natural quotient(WORDS, 0);
-    quotient.push_back(1);
-    bool isInexact = false;
-    for (int i = 0; i < -in_exponent; ++i) {
-        isInexact = DivideBy10(quotient) || isInexact;
-    }
-    return ComposeNatural(quotient, -32 * WORDS, isInexact);
-}
 
 /// The text of a floating-point number, read position by position.
 struct Reader {
@@ -179,21 +58,19 @@ struct Reader {
 
     double Scale() const {
         constexpr double GREATEST = std::numeric_limits<double>::max();
-        const double value = Compose(m_mantissa, 0, false);
+        const auto value = static_cast<double>(m_mantissa);
         const int e = m_exponent;
         if (e == 0 || m_mantissa == 0) return value;
         if (e < -344) return 0.0;
         if (e < -307) {
-            return ModelMultiply(ModelMultiply(value, ModelPowerOfTen(-40)),
-                                 ModelPowerOfTen(e + 40));
+            return value * ModelPowerOfTen(-40) * ModelPowerOfTen(e + 40);
         }
         if (e >= 309) return std::numeric_limits<double>::infinity();
-        const double product = ModelMultiply(value, ModelPowerOfTen(e));
+        const double product = value * ModelPowerOfTen(e);
         if (e < 288 || product <= GREATEST) return product;
         // A relative 2^-52 of this number is between one and two of its units in the last place.
         const auto near = std::bit_cast<std::int64_t>(1.7976931348623155e288);
-        const auto less =
-            std::bit_cast<std::int64_t>(ModelMultiply(value, ModelPowerOfTen(e - 20)));
+        const auto less = std::bit_cast<std::int64_t>(value * ModelPowerOfTen(e - 20));
         return less >= near - 1 && less <= near + 1 ? GREATEST : product;
     }
 };
@@ -234,25 +111,16 @@ std::string Print(const char* in_format, int in_precision, double in_value) {
 
 /// The plain form: built backwards, then turned round.
 std::string PrintPlain(double in_value, int in_decimals, bool in_keepZeros) {
-    const Parts parts = Split(std::fabs(in_value));
-    const int shift = -parts.m_exponent;  // there is no plain form of 2^53 and above
-    const auto cut = [](const Parts& in_parts, int in_shift) {
-        return in_shift > 63 ? 0 : in_parts.m_mantissa >> in_shift;
-    };
-    std::uint64_t whole = cut(parts, shift);
-    const std::uint64_t restMantissa = parts.m_mantissa - (shift > 63 ? 0 : whole << shift);
-    const double rest = Compose(restMantissa, parts.m_exponent, false);
+    double wholePart = 0;
+    const double rest = std::modf(std::fabs(in_value), &wholePart);
+    auto whole = static_cast<std::uint64_t>(wholePart);
     std::uint64_t power = 1;
     for (int i = 0; i < in_decimals; ++i) power *= 10;
-    const double scaled = ModelMultiply(rest, Compose(power, 0, false));
-    // The scaled fraction against its integer part and a half, in units of its last place.
-    const Parts scaledParts = Split(scaled);
-    const int scaledShift = -scaledParts.m_exponent;
-    std::uint64_t fraction = cut(scaledParts, scaledShift);
-    const Wide unit = scaledShift > 120 ? 0 : Wide{1} << scaledShift;  // 0: far below a half
-    const Wide twice = unit == 0 ? 0 : (scaledParts.m_mantissa - fraction * unit) * 2;
-    const bool isAbove = unit != 0 && twice > unit;
-    const bool isTie = unit != 0 && twice == unit;
+    double fractionPart = 0;
+    const double last = std::modf(rest * static_cast<double>(power), &fractionPart);
+    auto fraction = static_cast<std::uint64_t>(fractionPart);
+    const bool isAbove = last > 0.5;
+    const bool isTie = last == 0.5;
     if (in_decimals == 0) {
         whole += isAbove || (isTie && whole % 2 == 1) ? 1 : 0;
         fraction = 0;
@@ -296,19 +164,8 @@ std::string PrintSpecial(double in_value) {
 
 }  // namespace
 
-double ModelMultiply(double in_left, double in_right) {
-    const Parts left = Split(in_left);
-    const Parts right = Split(in_right);
-    return Compose(Wide{left.m_mantissa} * right.m_mantissa, left.m_exponent + right.m_exponent,
-                   false);
-}
-
 double ModelPowerOfTen(int in_exponent) {
-    static std::map<int, double> s_known;
-    const auto found = s_known.find(in_exponent);
-    return found != s_known.end()
-               ? found->second
-               : s_known.emplace(in_exponent, ComputePowerOfTen(in_exponent)).first->second;
+    return std::strtod(("1e" + std::to_string(in_exponent)).c_str(), nullptr);
 }
 
 ModelInteger ModelStringToInteger(const std::string& in_text, int in_bits, bool in_isSigned,

@@ -1,6 +1,5 @@
-/// A slow model of number conversion, written from its rules and nothing else: digit by digit, and
-/// with every rounding of a double carried out on integers. It shares no code and no table with the
-/// converter, and does not rely on the processor's floating-point arithmetic.
+/// A slow model of number conversion, written from its rules and nothing else, digit by digit. It
+/// shares no code and no table with the converter, but the processor's multiplication.
 #ifndef TESTS_SUPPORT_NUMBERMODEL_H
 #define TESTS_SUPPORT_NUMBERMODEL_H
 
@@ -34,8 +33,6 @@ std::string ModelSignificant(double in_value, int in_digits);
 /// The text with a number of decimals, with all zeros or without trailing ones.
 std::string ModelDecimals(double in_value, int in_decimals, bool in_keepZeros);
 
-/// The product of two finite doubles that are not negative, rounded to nearest even.
-double ModelMultiply(double in_left, double in_right);
 /// The double nearest to 10^in_exponent.
 double ModelPowerOfTen(int in_exponent);
 
