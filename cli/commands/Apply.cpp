@@ -1,7 +1,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
 #include <unordered_set>
 
 #include "cli/commands/Commands.h"
@@ -49,11 +48,8 @@ std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
 
 /// A relative path starts in the folder of the description.
 std::string PathBeside(const std::string& in_description, const std::string& in_path) {
-    const auto toPath = [](const std::string& in_text) {
-        return std::filesystem::path(std::u8string(in_text.begin(), in_text.end()));
-    };
     if (in_description == "-") return in_path;
-    const std::u8string path = (toPath(in_description).parent_path() / toPath(in_path)).u8string();
+    const std::u8string path = (ToPath(in_description).parent_path() / ToPath(in_path)).u8string();
     return {path.begin(), path.end()};
 }
 

@@ -5,35 +5,23 @@
 namespace Veltrane::Cli {
 
 ExitCode RunCommand(const CommandLine& in_line) {
-    switch (in_line.m_command) {
-        case CommandId::Add:
-            return AddDsn(in_line);
-        case CommandId::Set:
-            return SetDsn(in_line);
-        case CommandId::Remove:
-            return RemoveDsns(in_line);
-        case CommandId::Show:
-            return ShowDsn(in_line);
-        case CommandId::List:
-            return ListDsns(in_line);
-        case CommandId::Apply:
-            return ApplyDescriptions(in_line);
-        case CommandId::Export:
-            return ExportDsns(in_line);
-        case CommandId::Check:
-            return CheckDsns(in_line);
-        case CommandId::DriverRegister:
-            return RegisterDriver(in_line);
-        case CommandId::DriverUnregister:
-            return UnregisterDriver(in_line);
-        case CommandId::DriverList:
-            return ListDrivers(in_line);
-        case CommandId::Where:
-            return ShowPlaces(in_line);
-        case CommandId::Doctor:
-            return RunDoctor(in_line);
-        case CommandId::Test:
-            return TestDsn(in_line);
+    constexpr std::pair<CommandId, ExitCode (*)(const CommandLine&)> COMMANDS[] = {
+        {CommandId::Add, AddDsn},
+        {CommandId::Set, SetDsn},
+        {CommandId::Remove, RemoveDsns},
+        {CommandId::Show, ShowDsn},
+        {CommandId::List, ListDsns},
+        {CommandId::Apply, ApplyDescriptions},
+        {CommandId::Export, ExportDsns},
+        {CommandId::Check, CheckDsns},
+        {CommandId::DriverRegister, RegisterDriver},
+        {CommandId::DriverUnregister, UnregisterDriver},
+        {CommandId::DriverList, ListDrivers},
+        {CommandId::Where, ShowPlaces},
+        {CommandId::Doctor, RunDoctor},
+        {CommandId::Test, TestDsn}};
+    for (const auto& [id, run] : COMMANDS) {
+        if (id == in_line.m_command) return run(in_line);
     }
     return EXIT_USAGE;
 }

@@ -5,7 +5,9 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DriverRegistry.h"
+#include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -24,10 +26,10 @@ Entries GivenEntries(const CommandLine& in_line) {
         if (!in_line.Has(option)) continue;
         const std::string value = in_line.Get(option);
         if (option != OptionId::Description && !IsAbsolutePath(value)) {
-            throw CommandError(EXIT_USAGE, std::string("The path of ") + key + " " +
-                                               PLATFORM_WORDS.m_absolutePath +
-                                               ": programs with other working directories read "
-                                               "it.");
+            throw CommandError(EXIT_USAGE,
+                               std::string("The path of ") + key + " " +
+                                   PLATFORM_WORDS.m_absolutePath +
+                                   ": programs with other working directories read it.");
         }
         entries.Set(key, value);
     }
@@ -53,12 +55,9 @@ Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
 }
 
 bool IsSamePath(const std::string& in_left, const std::string& in_right) {
-    const auto toPath = [](const std::string& in_path) {
-        return std::filesystem::path(std::u8string(in_path.begin(), in_path.end()));
-    };
     std::error_code error;
     return in_left == in_right ||
-           (std::filesystem::equivalent(toPath(in_left), toPath(in_right), error) && !error);
+           (std::filesystem::equivalent(ToPath(in_left), ToPath(in_right), error) && !error);
 }
 
 /// What another installation has registered stays when one of the same driver is taken away.
@@ -66,31 +65,23 @@ void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std
     if (!in_line.Has(OptionId::Setup)) return;
     const std::string setup = GetLibraryEntry(in_current, "Setup");
     if (IsSamePath(setup, in_line.Get(OptionId::Setup))) return;
-    throw CommandError(EXIT_NOT_FOUND, "The driver \"" + GetDriver(in_line) + "\" in " + in_path +
-                                           " has another setup library" +
+    throw CommandError(EXIT_NOT_FOUND, "The driver " + Quote(GetDriver(in_line)) + " in " +
+                                           in_path + " has another setup library" +
                                            (setup.empty() ? "" : ", " + setup) + ".");
 }
 
 void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
                  const Entries& in_after) {
     const bool isDryRun = in_line.Has(OptionId::DryRun);
-    DsnPlan plan;
-    plan.m_action = in_action;
-    plan.m_name = GetDriver(in_line);
-    plan.m_before = in_before;
-    plan.m_after = in_after;
-    const std::vector<std::string> difference = Difference(plan, true);
+    const DsnPlan plan{in_action, GetDriver(in_line), {}, in_before, in_after};
     if (in_line.Has(OptionId::Json)) {
         PrintJson({{"driver", plan.m_name},
                    {"changed", in_action != Action::None},
                    {"dry_run", isDryRun},
-                   {"difference", difference}});
+                   {"difference", Difference(plan, true)}});
     } else if (!in_line.Has(OptionId::Quiet)) {
-        std::cout << "Driver " << plan.m_name << ": " << DescribeAction(in_action, isDryRun)
-                  << "\n";
-        for (const std::string& line : isDryRun ? difference : std::vector<std::string>()) {
-            std::cout << line << "\n";
-        }
+        std::cout << "Driver ";
+        PrintPlan(plan, isDryRun, {}, true);
     }
 }
 
@@ -105,17 +96,16 @@ ExitCode RegisterDriver(const CommandLine& in_line) {
     if (!current && given.Find("Setup") == nullptr) {
         throw CommandError(EXIT_USAGE, "A new driver needs --setup with its setup library.");
     }
-    const Entries before = current.value_or(Entries());
+    Entries after = current.value_or(Entries());
+    const Entries before = after;
     const Entries missing = MissingFrom(before, given);
     if (current && !missing.IsEmpty() && !in_line.Has(OptionId::Replace)) {
-        throw CommandError(EXIT_EXISTS, "The driver \"" + driver + "\" is registered in " +
+        throw CommandError(EXIT_EXISTS, "The driver " + Quote(driver) + " is registered in " +
                                             registry.GetPath() +
                                             " with other values; --replace changes them.");
     }
-    const Action action = !current            ? Action::Add
-                          : missing.IsEmpty() ? Action::None
-                                              : Action::Change;
-    Entries after = before;
+    const Action change = missing.IsEmpty() ? Action::None : Action::Change;
+    const Action action = current ? change : Action::Add;
     for (const auto& [key, value] : missing) after.Set(key, value);
     if (action != Action::None && !in_line.Has(OptionId::DryRun)) {
         registry.Register(driver, missing);
@@ -129,8 +119,8 @@ ExitCode UnregisterDriver(const CommandLine& in_line) {
     const std::string driver = GetDriver(in_line);
     const std::optional<Entries> current = registry.Find(driver);
     if (!current) {
-        throw CommandError(EXIT_NOT_FOUND,
-                           "There is no driver \"" + driver + "\" in " + registry.GetPath() + ".");
+        throw CommandError(EXIT_NOT_FOUND, "There is no driver " + Quote(driver) + " in " +
+                                               registry.GetPath() + ".");
     }
     CheckSetup(in_line, *current, registry.GetPath());
     if (!in_line.Has(OptionId::DryRun)) registry.Unregister(driver);

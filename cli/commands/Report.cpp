@@ -3,23 +3,13 @@
 #include <iostream>
 
 #include "cli/system/Terminal.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-std::string Coloured(const std::string& in_line, bool in_isColoured) {
-    if (!in_isColoured) return in_line;
-    return (in_line.front() == '+' ? "\x1B[32m" : "\x1B[31m") + in_line + "\x1B[0m";
-}
-
-const char* StateName(const DsnPlan& in_plan) {
-    return in_plan.m_action == Action::None ? "unchanged" : "changed";
-}
-
-std::string ActionName(Action in_action) {
-    return in_action == Action::None ? "none" : DescribeAction(in_action, false);
-}
+constexpr Action ACTIONS[] = {Action::Add, Action::Change, Action::Remove, Action::None};
 
 }  // namespace
 
@@ -32,14 +22,25 @@ void PrintError(const std::string& in_text) {
     std::cerr << "veltrane-dsn: " << in_text << "\n";
 }
 
+void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_place,
+               bool in_areSecretsShown) {
+    std::cout << in_plan.m_name << ": " << DescribeAction(in_plan.m_action, in_isDryRun) << in_place
+              << "\n";
+    if (!in_isDryRun) return;
+    const bool isColoured = IsOutputColoured();
+    for (const std::string& line : Difference(in_plan, in_areSecretsShown)) {
+        const char* const colour = line.front() == '+' ? "\x1B[32m" : "\x1B[31m";
+        std::cout << (isColoured ? colour + line + "\x1B[0m" : line) << "\n";
+    }
+}
+
 Report::Report(const CommandLine& in_line, const DsnStore& in_store)
     : m_scope(in_store.GetScope()),
       m_path(in_store.GetPath()),
       m_isJson(in_line.Has(OptionId::Json)),
       m_isQuiet(in_line.Has(OptionId::Quiet)),
       m_isDryRun(in_line.Has(OptionId::DryRun)),
-      m_areSecretsShown(in_line.Has(OptionId::ShowSecrets)),
-      m_isColoured(IsOutputColoured()) {
+      m_areSecretsShown(in_line.Has(OptionId::ShowSecrets)) {
     // With sudo "the user" is another one than people think.
     std::string user;
     const bool isOwn = m_scope == Scope::User && !ReadVariable("SUDO_USER", user);
@@ -48,23 +49,14 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
 
 void Report::AddDone(const DsnPlan& in_plan) {
     ++m_counts[static_cast<std::size_t>(in_plan.m_action)];
-    const std::vector<std::string> difference = Difference(in_plan, m_areSecretsShown);
+    const bool isSame = in_plan.m_action == Action::None;
     if (m_isJson) {
         m_results.push_back({{"name", in_plan.m_name},
-                             {"state", StateName(in_plan)},
-                             {"action", ActionName(in_plan.m_action)},
-                             {"difference", difference}});
+                             {"state", isSame ? "unchanged" : "changed"},
+                             {"action", isSame ? "none" : DescribeAction(in_plan.m_action, false)},
+                             {"difference", Difference(in_plan, m_areSecretsShown)}});
     } else if (!m_isQuiet) {
-        Print(in_plan, difference);
-    }
-}
-
-void Report::Print(const DsnPlan& in_plan, const std::vector<std::string>& in_difference) {
-    std::cout << in_plan.m_name << ": " << DescribeAction(in_plan.m_action, m_isDryRun);
-    std::cout << (in_plan.m_action == Action::None ? "" : m_place) << "\n";
-    if (!m_isDryRun) return;
-    for (const std::string& line : in_difference) {
-        std::cout << Coloured(line, m_isColoured) << "\n";
+        PrintPlan(in_plan, m_isDryRun, isSame ? "" : m_place, m_areSecretsShown);
     }
 }
 
@@ -82,32 +74,26 @@ void Report::AddNotice(const std::string& in_text) {
 
 void Report::AddSummary() {
     if (m_isJson || m_isQuiet) return;
-    std::string text;
-    const auto add = [&text](std::size_t in_count, const std::string& in_what) {
-        if (in_count == 0) return;
-        text += (text.empty() ? "" : ", ") + std::to_string(in_count) + " " + in_what;
+    std::vector<std::string> parts;
+    const auto add = [&parts](std::size_t in_count, const std::string& in_what) {
+        if (in_count != 0) parts.push_back(std::to_string(in_count) + " " + in_what);
     };
-    for (const Action action : {Action::Add, Action::Change, Action::Remove, Action::None}) {
-        add(m_counts[static_cast<std::size_t>(action)], DescribeAction(action, m_isDryRun));
-    }
+    for (const Action action : ACTIONS) add(Count(action), DescribeAction(action, m_isDryRun));
     add(m_failures, "failed");
-    std::cout << (text.empty() ? "nothing described" : text) << "\n";
+    std::cout << (parts.empty() ? "nothing described" : Join(parts)) << "\n";
 }
 
 ExitCode Report::Finish() {
     if (m_isJson) {
-        const auto count = [this](Action in_action) {
-            return m_counts[static_cast<std::size_t>(in_action)];
-        };
-        const std::size_t changes =
-            count(Action::Add) + count(Action::Change) + count(Action::Remove);
-        Json document{{"changed", changes != 0},
-                      {"summary",
-                       {{"added", count(Action::Add)},
-                        {"changed", count(Action::Change)},
-                        {"removed", count(Action::Remove)},
-                        {"unchanged", count(Action::None)},
-                        {"failed", m_failures}}},
+        Json summary;
+        bool isChanged = false;
+        for (const Action action : ACTIONS) {
+            summary[DescribeAction(action, false)] = Count(action);
+            isChanged = isChanged || (action != Action::None && Count(action) != 0);
+        }
+        summary["failed"] = m_failures;
+        Json document{{"changed", isChanged},
+                      {"summary", std::move(summary)},
                       {"failed", m_failures},
                       {"scope", GetScopeName(m_scope)},
                       {"dry_run", m_isDryRun}};

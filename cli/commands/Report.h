@@ -22,6 +22,10 @@ void PrintJson(const Json& in_document);
 /// Prints "veltrane-dsn: text" on standard error.
 void PrintError(const std::string& in_text);
 
+/// Prints what became of something and, in a dry run, the difference.
+void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_place,
+               bool in_areSecretsShown);
+
 class Report {
 public:
     Report(const CommandLine& in_line, const DsnStore& in_store);
@@ -37,7 +41,9 @@ public:
     ExitCode Finish();
 
 private:
-    void Print(const DsnPlan& in_plan, const std::vector<std::string>& in_difference);
+    std::size_t Count(Action in_action) const {
+        return m_counts[static_cast<std::size_t>(in_action)];
+    }
 
     Scope m_scope;
     std::string m_path;
@@ -46,7 +52,6 @@ private:
     bool m_isQuiet;
     bool m_isDryRun;
     bool m_areSecretsShown;
-    bool m_isColoured;
     std::size_t m_counts[4] = {};  ///< by action
     std::size_t m_failures = 0;
     Json m_results = Json::array();

@@ -145,18 +145,9 @@ std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsSh
 }
 
 std::string DescribeAction(Action in_action, bool in_isDryRun) {
-    const std::string prefix = in_isDryRun ? "would be " : "";
-    switch (in_action) {
-        case Action::Add:
-            return prefix + "added";
-        case Action::Change:
-            return prefix + "changed";
-        case Action::Remove:
-            return prefix + "removed";
-        case Action::None:
-            break;
-    }
-    return "unchanged";
+    constexpr const char* NAMES[] = {"unchanged", "added", "changed", "removed"};
+    const bool isWished = in_isDryRun && in_action != Action::None;
+    return std::string(isWished ? "would be " : "") + NAMES[static_cast<std::size_t>(in_action)];
 }
 
 }  // namespace Veltrane::Cli

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cli/system/NearWord.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 

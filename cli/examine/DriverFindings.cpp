@@ -5,14 +5,13 @@
 #include "cli/examine/Apart.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
 const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocEnv"};
-
-std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
 
 Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver) {
     std::string known;

@@ -8,12 +8,11 @@
 #include "cli/examine/LeftFiles.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/PlatformWords.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
-
-std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
 
 void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Findings& io_findings) {
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "cli/generate/Generate.h"
 #include "cli/line/CommandTable.h"
 #include "cli/line/HelpText.h"
@@ -10,42 +12,29 @@ namespace {
 std::string Escape(std::string_view in_text) {
     std::string text;
     for (const char c : in_text) {
-        if (c == '\\') {
-            text += "\\e";
-        } else if (c == '-') {
-            text += "\\-";
-        } else if (c == '\'') {
-            text += "\\(aq";
-        } else if (c == '~') {
-            text += "\\(ti";
-        } else {
-            if (c == '.' && text.empty()) text += "\\&";
-            text += c;
-        }
+        constexpr std::pair<char, const char*> SPELLED[] = {
+            {'\\', "\\e"}, {'-', "\\-"}, {'\'', "\\(aq"}, {'~', "\\(ti"}};
+        const auto* const found = std::find_if(std::begin(SPELLED), std::end(SPELLED),
+                                               [c](const auto& in_it) { return in_it.first == c; });
+        if (c == '.' && text.empty()) text += "\\&";
+        text += found == std::end(SPELLED) ? std::string(1, c) : found->second;
     }
     return text;
 }
 
 void AddParagraphs(std::string_view in_text, std::string& io_page) {
-    while (!in_text.empty()) {
-        const std::size_t end = in_text.find('\n');
-        const std::string_view line = in_text.substr(0, end);
-        in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
-        const std::size_t tab = line.find('\t');
-        if (tab == std::string_view::npos) {
-            io_page += ".PP\n" + Escape(line) + "\n";
-        } else {
-            io_page += ".TP\n.B " + Escape(line.substr(0, tab)) + "\n" +
-                       Escape(line.substr(tab + 1)) + "\n";
-        }
-    }
+    ForEachLine(in_text, [&](std::string_view in_line) {
+        const std::size_t tab = in_line.find('\t');
+        const bool isItem = tab != std::string_view::npos;
+        io_page += isItem ? ".TP\n.B " + Escape(in_line.substr(0, tab)) + "\n" : ".PP\n";
+        io_page += Escape(in_line.substr(isItem ? tab + 1 : 0)) + "\n";
+    });
 }
 
 void AddCommand(const CommandInfo& in_command, std::string& io_page) {
     io_page += ".SS " + Escape(MakeUsage(in_command)) + "\n";
     AddParagraphs(in_command.m_text, io_page);
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
-        if (option->m_isHidden) continue;
         io_page +=
             ".TP\n.B " + Escape(MakeOptionTitle(*option)) + "\n" + Escape(option->m_help) + "\n";
     }

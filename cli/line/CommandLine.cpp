@@ -4,7 +4,7 @@
 
 #include "cli/line/HelpText.h"
 #include "cli/system/CommandError.h"
-#include "cli/system/NearWord.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -22,31 +22,17 @@ using Words = std::vector<std::string>;
            "Try veltrane-dsn --help.");
 }
 
-/// The names of the commands, or the second words of a group such as "driver".
-std::vector<std::string_view> CommandNames(const std::string& in_group) {
-    std::vector<std::string_view> names;
-    for (const CommandInfo& command : GetCommands()) {
-        if (in_group.empty()) {
-            names.push_back(command.m_name.substr(0, command.m_name.find(' ')));
-        } else if (command.m_name.starts_with(in_group + " ")) {
-            names.push_back(command.m_name.substr(in_group.size() + 1));
-        }
-    }
-    return names;
-}
-
 /// The first word is a command or begins one, so it is named; other words may be passwords.
 [[noreturn]] void RefuseCommand(const Words& in_words) {
-    const bool isGroup = !in_words.empty() && !CommandNames(in_words.front()).empty();
-    const std::string group = isGroup ? in_words.front() : std::string();
+    const std::string first = in_words.empty() ? std::string() : in_words.front();
+    const std::vector<std::string_view> second = GetWords(first);
+    const bool isGroup = !first.empty() && !second.empty();
     const std::size_t at = isGroup ? 1 : 0;
-    const std::vector<std::string_view> names = CommandNames(group);
     if (in_words.size() > at && !in_words[at].starts_with('-')) {
-        RefuseUnknown("command " + group + (isGroup ? " " : ""), in_words[at], names);
+        RefuseUnknown("command " + (isGroup ? first + " " : std::string()), in_words[at],
+                      isGroup ? second : GetWords());
     }
-    std::string known;
-    for (const std::string_view name : names) known.append(known.empty() ? "" : ", ").append(name);
-    Refuse("A command is missing" + (isGroup ? " after " + group + ": " + known : std::string()) +
+    Refuse("A command is missing" + (isGroup ? " after " + first + ": " + Join(second) : "") +
            ". Try veltrane-dsn --help.");
 }
 
@@ -70,13 +56,11 @@ const CommandInfo& TakeCommand(Words& io_words) {
 class Parser {
 public:
     Parser(const CommandInfo& in_command, Words in_words)
-        : m_command(in_command),
-          m_options(GetOptionsOf(in_command.m_id)),
-          m_words(std::move(in_words)) {
+        : m_command(in_command), m_words(std::move(in_words)) {
         m_line.m_command = in_command.m_id;
-        for (const OptionInfo* option : m_options) {
-            for (std::string& name : SplitNames(*option))
-                m_names.push_back({std::move(name), option});
+        for (const OptionInfo& option : GetOptions()) {
+            if ((option.m_commands & Bit(in_command.m_id)) == 0) continue;
+            for (std::string& name : SplitNames(option)) m_names.emplace_back(name, &option);
         }
         for (std::size_t i = 0; i < m_names.size(); ++i) {
             const auto& [name, option] = m_names[i];
@@ -170,7 +154,6 @@ private:
     }
 
     const CommandInfo& m_command;
-    std::vector<const OptionInfo*> m_options;
     Words m_words;
     std::vector<std::pair<std::string, const OptionInfo*>> m_names;
     std::string m_short = "-:h";  ///< words in their order; a missing value is told apart

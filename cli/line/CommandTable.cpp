@@ -244,10 +244,24 @@ std::span<const OptionInfo> GetOptions() { return OPTIONS; }
 
 std::span<const ManualSection> GetManualSections() { return SECTIONS; }
 
+std::vector<std::string_view> GetWords(std::string_view in_group) {
+    std::vector<std::string_view> words;
+    for (const CommandInfo& command : COMMANDS) {
+        const std::size_t end = std::min(command.m_name.find(' '), command.m_name.size());
+        const std::string_view word = command.m_name.substr(0, end);
+        if (in_group.empty()) {
+            if (words.empty() || words.back() != word) words.push_back(word);
+        } else if (word == in_group && word != command.m_name) {
+            words.push_back(command.m_name.substr(end + 1));
+        }
+    }
+    return words;
+}
+
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id) {
     std::vector<const OptionInfo*> options;
     for (const OptionInfo& option : OPTIONS) {
-        if ((option.m_commands & Bit(in_id)) != 0) options.push_back(&option);
+        if ((option.m_commands & Bit(in_id)) != 0 && !option.m_isHidden) options.push_back(&option);
     }
     return options;
 }

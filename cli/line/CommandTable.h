@@ -96,7 +96,9 @@ constexpr std::uint32_t Bit(CommandId in_id) { return 1U << static_cast<unsigned
 
 std::span<const CommandInfo> GetCommands();
 std::span<const OptionInfo> GetOptions();
-/// The options of a command, those to be refused included.
+/// The words that begin commands, each once, or the second words of a group such as "driver".
+std::vector<std::string_view> GetWords(std::string_view in_group = {});
+/// The options of a command that are shown.
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id);
 /// "-p" and "--property" of "-p,--property"
 std::vector<std::string> SplitNames(const OptionInfo& in_option);

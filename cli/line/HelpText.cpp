@@ -8,16 +8,6 @@ constexpr std::size_t INDENT = 2;
 constexpr std::size_t COMMAND_COLUMN = 22;
 constexpr std::size_t OPTION_INDENT = 6;
 
-/// Calls a function for each line of a text of the table.
-template <typename Function>
-void ForEachLine(std::string_view in_text, const Function& in_function) {
-    while (!in_text.empty()) {
-        const std::size_t end = in_text.find('\n');
-        in_function(in_text.substr(0, end));
-        in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
-    }
-}
-
 std::string Sentence(std::string_view in_summary) {
     std::string text(in_summary);
     text.front() = static_cast<char>(text.front() - 'a' + 'A');
@@ -88,7 +78,6 @@ std::string MakeHelp(const CommandInfo& in_command) {
     ForEachLine(in_command.m_text, [&](std::string_view in_line) { text += Wrap(in_line, 0); });
     text += "\nOptions:\n";
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
-        if (option->m_isHidden) continue;
         text += "  " + MakeOptionTitle(*option) + "\n" + Wrap(option->m_help, OPTION_INDENT);
     }
     text += "  -h, --help\n      Show this text.\n\nExamples:\n";

@@ -3,10 +3,16 @@
 #define CLI_INPUT_H
 
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <string>
 
 namespace Veltrane::Cli {
+
+/// A path of a text in UTF-8, whatever the code page is.
+inline std::filesystem::path ToPath(const std::string& in_text) {
+    return {std::u8string(in_text.begin(), in_text.end())};
+}
 
 /// The longest line that is read, in bytes.
 inline constexpr std::size_t MAX_LINE = 64 << 10;

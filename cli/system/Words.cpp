@@ -1,4 +1,4 @@
-#include "cli/system/NearWord.h"
+#include "cli/system/Words.h"
 
 #include <algorithm>
 #include <numeric>
