@@ -90,8 +90,9 @@ void Print(const std::string& in_name, const ConnectionResult& in_result) {
 ExitCode GetExitCode(const ConnectionResult& in_result) {
     if (in_result.m_outcome == Outcome::Connected) return EXIT_DONE;
     if (in_result.m_outcome == Outcome::TimedOut) return EXIT_NO_ANSWER;
-    const bool isMissing =
-        !in_result.m_reasons.empty() && in_result.m_reasons.front().m_id == "dsn-missing";
+    const bool isMissing = in_result.m_outcome == Outcome::Refused &&
+                           !in_result.m_reasons.empty() &&
+                           in_result.m_reasons.front().m_id == "dsn-missing";
     return isMissing ? EXIT_NOT_FOUND : EXIT_FAILED;
 }
 

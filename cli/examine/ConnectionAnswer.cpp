@@ -135,7 +135,9 @@ void Answer(const Json& in_request, ApartAnswer& io_answer) {
     const Entries attributes = ReadAttributes(in_request);
     const Stored stored = FindStored(attributes.Get("DSN"));
     if (in_request.value("explains", false)) {
-        io_answer.Write(ToLine(ToJson(Explain(attributes, stored))));
+        // A driver that has run was found, wherever that was.
+        const bool isKnown = stored.m_entries || attributes.Find("Driver") != nullptr;
+        io_answer.Write(ToLine(isKnown ? ToJson(Explain(attributes, stored)) : Json::array()));
         return;
     }
     OdbcCalls calls(in_request.at("driver_manager"));
