@@ -13,12 +13,25 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
+// C2 or C3, the lead of the UTF-8 of a code point from 80 to FF.
+template <class V>
+ORSKA_INLINE typename V::Type GetLead(typename V::Type in_bytes) {
+    const auto bit = V::And(V::template ShiftRight16<6>(in_bytes), V::template All8<0x01>());
+    return V::Or(bit, V::template All8<0xC2>());
+}
+
 struct Latin1Set {
     static constexpr std::uint64_t MAX_UTF8 = 2;
 
     // Bytes to the low and high bytes of their code points; true when some are above 7FF.
     template <class V>
     static ORSKA_INLINE bool Map(typename V::Type&, typename V::Type&) {
+        return false;
+    }
+    // Bytes to the last two bytes of their UTF-8, for ASCII of any worth. True when some have
+    // three, of which the first is E2.
+    template <class V>
+    static ORSKA_INLINE bool MapToUtf8(typename V::Type, typename V::Type&, typename V::Type&) {
         return false;
     }
 };
@@ -28,38 +41,69 @@ struct Cp1252Set {
 
     template <class V>
     static ORSKA_INLINE bool Map(typename V::Type& io_low, typename V::Type& out_high) {
-        const auto at = io_low;
-        const auto isMapped =
-            V::Equal8(V::And(at, V::template All8<0xE0>()), V::template All8<0x80>());
+        const auto isMapped = IsMapped<V>(io_low);
         if (V::GetSignBits(isMapped) == 0) {
             return false;
         }
-        // The indexes of bytes that are not 80 to 8F, or not 90 to 9F, have their highest bit set,
-        // for which a shuffle gives 0.
-        const auto in8 =
-            V::AddSaturated8(V::Xor(at, V::template All8<0x80>()), V::template All8<0x70>());
-        const auto in9 =
-            V::AddSaturated8(V::Xor(at, V::template All8<0x90>()), V::template All8<0x70>());
-        const auto low =
-            V::Or(V::Shuffle(GetBytes<V, 0, 0>(), in8), V::Shuffle(GetBytes<V, 16, 0>(), in9));
-        io_low = V::Or(low, V::AndNot(isMapped, at));
-        out_high =
-            V::Or(V::Shuffle(GetBytes<V, 0, 8>(), in8), V::Shuffle(GetBytes<V, 16, 8>(), in9));
+        const auto other = V::AndNot(isMapped, io_low);
+        typename V::Type low;
+        Lookup<V, GetCodePoint>(io_low, low, out_high);
+        io_low = V::Or(low, other);
+        return true;
+    }
+    template <class V>
+    static ORSKA_INLINE bool MapToUtf8(typename V::Type in_at, typename V::Type& out_middle,
+                                       typename V::Type& out_last) {
+        const auto isMapped = IsMapped<V>(in_at);
+        if (V::GetSignBits(isMapped) == 0) {
+            return false;
+        }
+        const auto follower = V::And(in_at, V::template All8<0xBF>());
+        typename V::Type last;
+        typename V::Type middle;
+        Lookup<V, GetUtf8>(in_at, last, middle);
+        out_middle = V::Or(middle, V::AndNot(isMapped, GetLead<V>(in_at)));
+        out_last = V::Or(last, V::AndNot(isMapped, follower));
         return true;
     }
 
 private:
-    // The low (SHIFT 0) or high (8) bytes of the code points of four bytes of cp1252, in a word.
-    template <int FIRST, int SHIFT>
-    static constexpr std::uint32_t WORD = (CP1252_HIGH[FIRST] >> SHIFT & 0xFFU) |
-                                          (CP1252_HIGH[FIRST + 1] >> SHIFT & 0xFFU) << 8 |
-                                          (CP1252_HIGH[FIRST + 2] >> SHIFT & 0xFFU) << 16 |
-                                          (CP1252_HIGH[FIRST + 3] >> SHIFT & 0xFFU) << 24;
-    // Those of 80 + FIRST and the 15 bytes behind it.
-    template <class V, int FIRST, int SHIFT>
+    template <class V>
+    static ORSKA_INLINE typename V::Type IsMapped(typename V::Type in_at) {
+        return V::Equal8(V::And(in_at, V::template All8<0xE0>()), V::template All8<0x80>());
+    }
+
+    // What a byte from 80 to 9F stands for.
+    static consteval unsigned GetCodePoint(int in_index) { return CP1252_HIGH[in_index]; }
+    static consteval unsigned GetUtf8(int in_index) {
+        const unsigned at = CP1252_HIGH[in_index];
+        const unsigned middle = at < 0x800 ? 0xC0 | at >> 6 : 0x80 | (at >> 6 & 0x3F);
+        return middle << 8 | 0x80 | (at & 0x3F);
+    }
+    // The low (SHIFT 0) or high (8) bytes of four of them, in a word.
+    template <auto GET, int FIRST, int SHIFT>
+    static constexpr std::uint32_t WORD = (GET(FIRST) >> SHIFT & 0xFFU) |
+                                          (GET(FIRST + 1) >> SHIFT & 0xFFU) << 8 |
+                                          (GET(FIRST + 2) >> SHIFT & 0xFFU) << 16 |
+                                          (GET(FIRST + 3) >> SHIFT & 0xFFU) << 24;
+    template <class V, auto GET, int FIRST, int SHIFT>
     static ORSKA_INLINE typename V::Type GetBytes() {
-        return V::RepeatLane(WORD<FIRST, SHIFT>, WORD<FIRST + 4, SHIFT>, WORD<FIRST + 8, SHIFT>,
-                             WORD<FIRST + 12, SHIFT>);
+        return V::RepeatLane(WORD<GET, FIRST, SHIFT>, WORD<GET, FIRST + 4, SHIFT>,
+                             WORD<GET, FIRST + 8, SHIFT>, WORD<GET, FIRST + 12, SHIFT>);
+    }
+    // The low and high bytes for 80 to 9F, and 0 for all other bytes.
+    template <class V, auto GET>
+    static ORSKA_INLINE void Lookup(typename V::Type in_at, typename V::Type& out_low,
+                                    typename V::Type& out_high) {
+        // The indexes of bytes that are not 80 to 8F, or not 90 to 9F, have their highest bit set,
+        // for which a shuffle gives 0.
+        const auto most = V::template All8<0x70>();
+        const auto in8 = V::AddSaturated8(V::Xor(in_at, V::template All8<0x80>()), most);
+        const auto in9 = V::AddSaturated8(V::Xor(in_at, V::template All8<0x90>()), most);
+        out_low = V::Or(V::Shuffle(GetBytes<V, GET, 0, 0>(), in8),
+                        V::Shuffle(GetBytes<V, GET, 16, 0>(), in9));
+        out_high = V::Or(V::Shuffle(GetBytes<V, GET, 0, 8>(), in8),
+                         V::Shuffle(GetBytes<V, GET, 16, 8>(), in9));
     }
 };
 

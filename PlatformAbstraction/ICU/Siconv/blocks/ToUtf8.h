@@ -40,14 +40,29 @@ struct Utf8Packer {
     // are ASCII.
     template <class To>
     static ORSKA_INLINE bool WriteUpToFF(Type in_bytes, To& io_to) {
-        const auto bit = V::And(V::template ShiftRight16<6>(in_bytes), V::template All8<0x01>());
-        const auto lead = V::Or(bit, V::template All8<0xC2>());
-        const auto first = V::Select(in_bytes, lead, V::GreaterSigned8(V::Zero(), in_bytes));
+        const auto first =
+            V::Select(in_bytes, GetLead<V>(in_bytes), V::GreaterSigned8(V::Zero(), in_bytes));
         const auto follower = V::And(in_bytes, V::template All8<0xBF>());
         const std::uint64_t isHigh = V::GetSignBits(in_bytes);
         V::PackUtf8Of2Pair(io_to, V::InterleaveLow8(first, follower),
                            V::InterleaveHigh8(first, follower), ~isHigh);
         return isHigh == 0;
+    }
+
+    // Bytes with the last two bytes of their UTF-8; before those that have no lead goes E2.
+    template <class To>
+    static ORSKA_INLINE void WriteMapped(Type in_bytes, Type in_middle, Type in_last, To& io_to) {
+        Type first[2];
+        Type last[2];
+        V::Widen(V::template All8<0xE2>(), in_middle, first[0], first[1]);
+        V::Widen(in_last, in_bytes, last[0], last[1]);
+        for (int i = 0; i < 2; ++i) {
+            // Signs say which have more than one byte, and which three.
+            const auto isLong = V::Add16(first[i], V::template All16<0x4000>());
+            const auto sizes = ~V::GetSignBits(V::SwapMiddle32(V::PackSigned16(last[i], isLong)));
+            V::PackUtf8Pair(PACK_UTF8_3, io_to, V::InterleaveLow16(first[i], last[i]),
+                            V::InterleaveHigh16(first[i], last[i]), sizes);
+        }
     }
 
     // Code points in 32-bit lanes: their bits where the bytes of a sequence of four have them.
@@ -535,17 +550,13 @@ public:
             PutPlain<SingleByteBlocks>(io_to, in_at);
             return true;
         }
-        auto low = in_at;
-        auto high = V::Zero();
-        const bool isLong = Set::template Map<V>(low, high);
-        if (!isLong) {
+        auto middle = V::Zero();
+        auto last = V::Zero();
+        if (Set::template MapToUtf8<V>(in_at, middle, last)) {
+            Utf8Packer<V>::WriteMapped(in_at, middle, last, io_to);
+        } else {
             Utf8Packer<V>::WriteUpToFF(in_at, io_to);
-            return true;
         }
-        Type units[2];
-        V::Widen(low, high, units[0], units[1]);
-        WriteMixed<V>(units[0], io_to);
-        WriteMixed<V>(units[1], io_to);
         return true;
     }
 

@@ -120,7 +120,9 @@ struct Vector256 : VectorBase<Vector256> {
     }
     static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
                                         std::uint32_t in_3) {
-        return _mm256_broadcastsi128_si256(Vector128::RepeatLane(in_0, in_1, in_2, in_3));
+        const auto lane = [](std::uint32_t in_word) { return static_cast<int>(in_word); };
+        return _mm256_setr_epi32(lane(in_0), lane(in_1), lane(in_2), lane(in_3), lane(in_0),
+                                 lane(in_1), lane(in_2), lane(in_3));
     }
     static ORSKA_INLINE Type LoadTwelves(const char* in_at) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::Load(in_at)),
