@@ -52,8 +52,10 @@ struct FixedToSingleByte {
         const auto at = V::Load(in_from);
         auto low = at;
         auto high = V::Zero();
-        Set::template Map<V>(low, high);
-        V::Store(out_to, V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero())));
+        const auto bytes = Set::template Map<V>(low, high)
+                               ? V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero()))
+                               : at;
+        V::Store(out_to, bytes);
     }
 };
 
@@ -97,37 +99,32 @@ __attribute__((noinline)) std::int32_t ConvertFixedAny(TranscoderSource& io_sour
     return count == wanted ? TRANSCODER_DONE : TRANSCODER_FULL;
 }
 
-// COUNT blocks from the start and COUNT to the end of a text, which may overlap.
-template <class V, class Target, std::uint32_t COUNT>
-ORSKA_INLINE void ConvertFixedEnds(const char* in_from, std::uint64_t in_size, char* out_to) {
-    const std::uint64_t second = in_size - COUNT * V::SIZE;
-    for (std::uint32_t i = 0; i < COUNT * V::SIZE; i += V::SIZE) {
-        Target::template Write<V>(out_to + i * Target::UNIT, in_from + i);
-    }
-    if (second == 0) {
-        return;
-    }
-    for (std::uint32_t i = 0; i < COUNT * V::SIZE; i += V::SIZE) {
-        Target::template Write<V>(out_to + (second + i) * Target::UNIT, in_from + second + i);
-    }
-}
-
-// 16 to 64 bytes that fit are done here, the rest out of line.
+// 16 to 64 bytes that fit are done here, by blocks from the start and to the end that may overlap,
+// the rest out of line.
 template <class V, class Target>
 ORSKA_INLINE std::int32_t ConvertFixed(TranscoderSource& io_source, TranscoderTarget& io_target) {
     const std::uint64_t size = io_source.m_length - io_source.m_position;
-    const std::uint64_t written = size * Target::UNIT;
-    if (size - 16 > 64 - 16 || io_target.m_length - io_target.m_position < written) [[unlikely]] {
+    const std::uint64_t end = io_target.m_position + size * Target::UNIT;
+    if (size - 16 > 64 - 16 || io_target.m_length < end) [[unlikely]] {
         return ConvertFixedAny<V, Target>(io_source, io_target);
     }
     const char* const from = io_source.m_data + io_source.m_position;
     char* const to = io_target.m_data + io_target.m_position;
     io_source.m_position = io_source.m_length;
-    io_target.m_position += written;
-    if (size <= 32) {
-        ConvertFixedEnds<Vector128, Target, 1>(from, size, to);
-    } else {
-        ConvertFixedEnds<V, Target, 32 / V::SIZE>(from, size, to);
+    io_target.m_position = end;
+    if (size <= 32) [[likely]] {
+        Target::template Write<Vector128>(to, from);
+        if (size > 16) {
+            Target::template Write<Vector128>(to + (size - 16) * Target::UNIT, from + size - 16);
+        }
+        return TRANSCODER_DONE;
+    }
+    const std::uint64_t second = size - 32;
+    for (std::uint32_t i = 0; i < 32; i += V::SIZE) {
+        Target::template Write<V>(to + i * Target::UNIT, from + i);
+    }
+    for (std::uint32_t i = 0; i < 32; i += V::SIZE) {
+        Target::template Write<V>(to + (second + i) * Target::UNIT, from + second + i);
     }
     return TRANSCODER_DONE;
 }

@@ -140,6 +140,7 @@ ORSKA_INLINE void Widen32(__m512i in_bytes, __m512i (&out_units)[4]) {
 template <class Windows>
 ORSKA_INLINE void ConvertPlainPairs(Cursor& io_cursor) {
     while (io_cursor.GetLeft() >= 2 * WINDOW && io_cursor.GetRoom() >= WINDOW) {
+        PrefetchTarget<WINDOW>(io_cursor.m_to);
         const __m512i first = LoadWindow(io_cursor.m_from);
         const __m512i second = LoadWindow(io_cursor.m_from + WINDOW);
         if (!Windows::IsPlain(_mm512_or_si512(first, second))) {
@@ -159,6 +160,7 @@ ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
     while (io_cursor.GetLeft() >= WINDOW && io_cursor.GetRoom() >= Windows::ROOM) {
         const __m512i bytes = LoadWindow(io_cursor.m_from);
         if (Windows::IsPlain(bytes)) {
+            PrefetchTarget<WINDOW / Windows::SOURCE_UNIT * Windows::TARGET_UNIT>(io_cursor.m_to);
             Windows::WritePlain(io_cursor.m_to, bytes);
             io_cursor.m_from += WINDOW;
             io_cursor.m_to += WINDOW / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
