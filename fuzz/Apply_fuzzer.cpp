@@ -26,7 +26,7 @@ std::vector<Entry> Sorted(const Entries& in_entries) {
 
 /// Whether export can write it: it has a driver and no more than values.
 bool IsPlain(const DsnDescription& in_description) {
-    return !in_description.m_isAbsent && in_description.m_unset.empty() &&
+    return !in_description.IsAbsent() && in_description.m_unset.empty() &&
            in_description.m_pwdVariable.empty() && in_description.m_pwdFile.empty();
 }
 
@@ -42,7 +42,7 @@ void Plan(const DsnDescription& in_description) {
         password = "^Zq7" + *given;
         wish.m_values.Set("PWD", password);
     }
-    wish.m_isAbsent = in_description.m_isAbsent;
+    wish.m_isAbsent = in_description.IsAbsent();
     try {
         const DsnPlan plan = MakePlan(wish, std::nullopt);
         if (plan.m_action == Action::None) return;

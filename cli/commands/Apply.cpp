@@ -83,7 +83,7 @@ Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_lin
                                                     : in_description.m_driver;
     wish.m_values = in_description.m_values;
     wish.m_unset = in_description.m_unset;
-    wish.m_isAbsent = in_description.m_isAbsent;
+    wish.m_isAbsent = in_description.IsAbsent();
     wish.m_isReplaced = in_line.Has(OptionId::Replace);
     try {
         if (!wish.m_isAbsent) TakePassword(in_description, in_line, wish);

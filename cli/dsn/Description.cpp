@@ -13,18 +13,22 @@ namespace {
 using Orska::Support::TrimLeft;
 
 void CheckKeys(const DsnDescription& in_description, const std::string& in_place) {
-    const auto check = [&](const std::string& in_key) {
-        const std::string reason = WhyNoKey(in_key);
-        if (reason.empty()) return;
-        throw CommandError(EXIT_FAILED,
-                           in_place + ": the key " + in_key + " is no value of a DSN.");
+    const auto fail = [&](const std::string& in_reason) {
+        throw CommandError(EXIT_FAILED, in_place + ": " + in_reason + ".");
     };
+    const auto check = [&](const std::string& in_key) {
+        if (!WhyNoKey(in_key).empty()) fail("the key " + in_key + " is no value of a DSN");
+    };
+    const std::string& state = in_description.m_state;
+    if (!state.empty() && state != "present" && !in_description.IsAbsent()) {
+        fail("the state is neither present nor absent");
+    }
     for (const auto& [key, value] : in_description.m_values) check(key);
     for (const std::string& key : in_description.m_unset) check(key);
     const int sources = (in_description.m_values.Find("PWD") != nullptr ? 1 : 0) +
                         (in_description.m_pwdVariable.empty() ? 0 : 1) +
                         (in_description.m_pwdFile.empty() ? 0 : 1);
-    if (sources > 1) throw CommandError(EXIT_FAILED, in_place + ": the password is given twice.");
+    if (sources > 1) fail("the password is given twice");
 }
 
 }  // namespace
@@ -69,9 +73,16 @@ std::string FormatDescriptions(const std::vector<DsnDescription>& in_description
                                                 : FormatIni(in_descriptions);
 }
 
-bool ParseState(std::string_view in_text, bool& out_isAbsent) {
-    out_isAbsent = in_text == "absent";
-    return out_isAbsent || in_text == "present";
+std::string* FindMember(std::string_view in_name, DsnDescription& io_description) {
+    constexpr std::pair<std::string_view, std::string DsnDescription::*> MEMBERS[] = {
+        {"driver", &DsnDescription::m_driver},
+        {"state", &DsnDescription::m_state},
+        {"pwd_env", &DsnDescription::m_pwdVariable},
+        {"pwd_file", &DsnDescription::m_pwdFile}};
+    for (const auto& [name, member] : MEMBERS) {
+        if (EqualsIgnoringCase(name, in_name)) return &(io_description.*member);
+    }
+    return nullptr;
 }
 
 }  // namespace Veltrane::Cli

@@ -13,11 +13,13 @@ namespace Veltrane::Cli {
 struct DsnDescription {
     std::string m_name;
     std::string m_driver;  ///< empty: the command's
-    bool m_isAbsent = false;
+    std::string m_state;   ///< "present", "absent" or empty
     Entries m_values;
     std::vector<std::string> m_unset;
     std::string m_pwdVariable;  ///< where the password is to be taken from; empty: nowhere
     std::string m_pwdFile;
+
+    bool IsAbsent() const { return m_state == "absent"; }
 };
 
 enum class DescriptionFormat { JSON, INI };

@@ -14,9 +14,8 @@ Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
 std::string FormatJson(const Descriptions& in_descriptions);
 std::string FormatIni(const Descriptions& in_descriptions);
 
-/// Takes "present" or "absent".
-/// @return false for anything else
-bool ParseState(std::string_view in_text, bool& out_isAbsent);
+/// The text of "driver", "state", "pwd_env" or "pwd_file", in any case; null for another name.
+std::string* FindMember(std::string_view in_name, DsnDescription& io_description);
 
 }  // namespace Veltrane::Cli
 

@@ -53,16 +53,8 @@ private:
 
     void ReadKey(const std::string& in_key, const std::string& in_value) {
         DsnDescription& description = m_descriptions.back();
-        if (EqualsIgnoringCase(in_key, "Driver")) {
-            description.m_driver = in_value;
-        } else if (EqualsIgnoringCase(in_key, "State")) {
-            if (!ParseState(in_value, description.m_isAbsent)) {
-                Fail("a state other than present and absent");
-            }
-        } else if (EqualsIgnoringCase(in_key, "pwd_env")) {
-            description.m_pwdVariable = in_value;
-        } else if (EqualsIgnoringCase(in_key, "pwd_file")) {
-            description.m_pwdFile = in_value;
+        if (std::string* const member = FindMember(in_key, description)) {
+            *member = in_value;
         } else if (description.m_values.Find(in_key) != nullptr) {
             Fail("a key that stands twice");
         } else if (EqualsIgnoringCase(in_key, "PWD") && in_value.empty()) {

@@ -26,16 +26,8 @@ private:
     void ReadMember(const std::string& in_key, const Json& in_value) {
         if (in_key == "name") {
             m_description.m_name = Text(in_key, in_value);
-        } else if (in_key == "driver") {
-            m_description.m_driver = Text(in_key, in_value);
-        } else if (in_key == "state") {
-            if (!ParseState(Text(in_key, in_value), m_description.m_isAbsent)) {
-                Fail("has a \"state\" other than \"present\" and \"absent\"");
-            }
-        } else if (in_key == "pwd_env") {
-            m_description.m_pwdVariable = Text(in_key, in_value);
-        } else if (in_key == "pwd_file") {
-            m_description.m_pwdFile = Text(in_key, in_value);
+        } else if (std::string* const member = FindMember(in_key, m_description)) {
+            *member = Text(in_key, in_value);
         } else if (in_key == "values") {
             if (!in_value.is_object()) Fail("has \"values\" that are not an object");
             for (const auto& [key, value] : in_value.items()) ReadValue(key, value);

@@ -35,16 +35,11 @@ void CarryOut(const DsnPlan& in_plan, ODBC::ProfileChange& io_change) {
     const std::string& dsn = in_plan.m_name;
     if (in_plan.m_action == Action::Remove) return io_change.RemoveSection(dsn);
     if (in_plan.m_action == Action::Add) io_change.AddDataSource(dsn, in_plan.m_driver);
-    for (const auto& [key, value] : in_plan.m_after) {
-        const std::string* const before = in_plan.m_before.Find(key);
-        const bool isWritten = in_plan.m_action == Action::Add && key == "Driver";
-        if (isWritten || (before != nullptr && *before == value)) continue;
+    for (const auto& [key, before, after] : Compare(in_plan.m_before, in_plan.m_after)) {
+        if (in_plan.m_action == Action::Add && key == "Driver") continue;
         // An old password must not stay in a further line, which nobody reads.
-        if (in_plan.m_before.IsRepeated(key)) io_change.RemoveKey(dsn, key);
-        io_change.Set(dsn, key, value);
-    }
-    for (const auto& [key, value] : in_plan.m_before) {
-        if (in_plan.m_after.Find(key) == nullptr) io_change.RemoveKey(dsn, key);
+        if (!after || in_plan.m_before.IsRepeated(key)) io_change.RemoveKey(dsn, key);
+        if (after) io_change.Set(dsn, key, *after);
     }
 }
 

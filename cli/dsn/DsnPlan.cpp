@@ -66,16 +66,6 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     return section;
 }
 
-/// Whether a key has the same value in both; an empty field is as good as none.
-bool IsSame(const std::string& in_key, const std::string* in_left, const std::string* in_right) {
-    if (in_left != nullptr && in_right != nullptr) {
-        const bool isDriver = EqualsIgnoringCase(in_key, "Driver");
-        return isDriver ? EqualsIgnoringCase(*in_left, *in_right) : *in_left == *in_right;
-    }
-    const std::string* const present = in_left != nullptr ? in_left : in_right;
-    return present == nullptr || (IsFieldKey(in_key) && present->empty());
-}
-
 /// The setup library of one driver has no business with the DSNs of another one.
 void CheckOwner(const DsnWish& in_wish, const Entries& in_current) {
     const std::string owner = in_current.Get("Driver");
@@ -87,14 +77,26 @@ void CheckOwner(const DsnWish& in_wish, const Entries& in_current) {
 
 }  // namespace
 
-bool IsSameSection(const Entries& in_left, const Entries& in_right) {
-    for (const auto& [key, value] : in_left) {
-        if (!IsSame(key, &value, in_right.Find(key))) return false;
+std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after) {
+    std::vector<KeyChange> changes;
+    const auto add = [&](const std::string& in_key, const std::string* in_old,
+                         const std::string* in_new) {
+        if (in_old == nullptr || in_new == nullptr) {
+            const std::string& value = in_old == nullptr ? *in_new : *in_old;
+            if (IsFieldKey(in_key) && value.empty()) return;
+        } else if (EqualsIgnoringCase(in_key, "Driver") ? EqualsIgnoringCase(*in_old, *in_new)
+                                                        : *in_old == *in_new) {
+            return;
+        }
+        KeyChange& change = changes.emplace_back(KeyChange{in_key, {}, {}});
+        if (in_old != nullptr) change.m_before = *in_old;
+        if (in_new != nullptr) change.m_after = *in_new;
+    };
+    for (const auto& [key, value] : in_before) add(key, &value, in_after.Find(key));
+    for (const auto& [key, value] : in_after) {
+        if (in_before.Find(key) == nullptr) add(key, nullptr, &value);
     }
-    for (const auto& [key, value] : in_right) {
-        if (!IsSame(key, &value, in_left.Find(key))) return false;
-    }
-    return true;
+    return changes;
 }
 
 std::string WhyNoKey(std::string_view in_key) {
@@ -117,7 +119,7 @@ DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_curren
     CheckSection(plan);
     if (!in_current) {
         plan.m_action = Action::Add;
-    } else if (!IsSameSection(plan.m_before, plan.m_after)) {
+    } else if (!Compare(plan.m_before, plan.m_after).empty()) {
         plan.m_action = Action::Change;
     }
     return plan;
@@ -126,20 +128,17 @@ DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_curren
 std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsShown) {
     std::vector<std::string> lines;
     if (in_plan.m_action == Action::None) return lines;
-    const auto add = [&](char in_sign, const Entry& in_entry, const Entries& in_others) {
-        if (IsSame(in_entry.first, &in_entry.second, in_others.Find(in_entry.first))) return;
-        lines.push_back(in_sign + in_entry.first + "=" + ShownValue(in_entry, in_areSecretsShown));
-    };
     if (in_plan.m_action != Action::Change) {
         lines.push_back((in_plan.m_action == Action::Add ? "+[" : "-[") + in_plan.m_name + "]");
     }
-    for (const Entry& entry : in_plan.m_before) {
-        add('-', entry, in_plan.m_after);
-        const std::string* const value = in_plan.m_after.Find(entry.first);
-        if (value != nullptr) add('+', {entry.first, *value}, in_plan.m_before);
-    }
-    for (const Entry& entry : in_plan.m_after) {
-        if (in_plan.m_before.Find(entry.first) == nullptr) add('+', entry, in_plan.m_before);
+    const auto add = [&](char in_sign, const std::string& in_key, const auto& in_value) {
+        if (!in_value) return;
+        lines.push_back(in_sign + in_key + "=" +
+                        ShownValue({in_key, *in_value}, in_areSecretsShown));
+    };
+    for (const auto& [key, before, after] : Compare(in_plan.m_before, in_plan.m_after)) {
+        add('-', key, before);
+        add('+', key, after);
     }
     return lines;
 }

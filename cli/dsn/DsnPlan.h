@@ -23,6 +23,16 @@ struct DsnWish {
 
 enum class Action { None, Add, Change, Remove };
 
+/// A key that differs.
+struct KeyChange {
+    std::string m_key;
+    std::optional<std::string> m_before;
+    std::optional<std::string> m_after;
+};
+
+/// What turns a section into another one; an empty value of a field is as good as none.
+std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after);
+
 struct DsnPlan {
     Action m_action = Action::None;
     std::string m_name;
@@ -35,9 +45,6 @@ struct DsnPlan {
 /// @throws CommandError EXIT_FAILED when the DSN could not be stored so that it reads back whole,
 ///         and when it is one of another driver
 DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current);
-
-/// Whether two sections mean the same DSN; an empty value of a field is as good as none.
-bool IsSameSection(const Entries& in_left, const Entries& in_right);
 
 /// The reason why a key cannot be given or removed; empty when it can.
 std::string WhyNoKey(std::string_view in_key);

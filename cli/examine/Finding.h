@@ -22,15 +22,8 @@ using Findings = std::vector<Finding>;
 
 /// "error", "warning", "note"
 inline const char* GetSeverityName(Severity in_severity) {
-    switch (in_severity) {
-        case Severity::Error:
-            return "error";
-        case Severity::Warning:
-            return "warning";
-        case Severity::Note:
-            break;
-    }
-    return "note";
+    constexpr const char* NAMES[] = {"error", "warning", "note"};
+    return NAMES[static_cast<std::size_t>(in_severity)];
 }
 
 bool HasError(const Findings& in_findings);

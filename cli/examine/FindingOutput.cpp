@@ -8,21 +8,6 @@
 
 namespace Veltrane::Cli {
 
-namespace {
-
-const char* ColourOf(Severity in_severity) {
-    switch (in_severity) {
-        case Severity::Error:
-            return "\x1B[31m";
-        case Severity::Warning:
-            return "\x1B[33m";
-        default:
-            return "\x1B[36m";
-    }
-}
-
-}  // namespace
-
 bool HasError(const Findings& in_findings) {
     return std::any_of(in_findings.begin(), in_findings.end(), [](const Finding& in_finding) {
         return in_finding.m_severity == Severity::Error;
@@ -41,13 +26,14 @@ nlohmann::ordered_json ToJson(const Findings& in_findings) {
 }
 
 void PrintFindings(const Findings& in_findings) {
+    constexpr const char* COLOURS[] = {"\x1B[31m", "\x1B[33m", "\x1B[36m"};
     const bool isColoured = IsOutputColoured();
     for (const Finding& finding : in_findings) {
         const std::string name = GetSeverityName(finding.m_severity);
         std::string text = Wrap(name + ": " + finding.m_text, 0);
         if (isColoured) {
             text.insert(name.size(), "\x1B[0m");
-            text.insert(0, ColourOf(finding.m_severity));
+            text.insert(0, COLOURS[static_cast<std::size_t>(finding.m_severity)]);
         }
         std::cout << text << Wrap("Repair: " + finding.m_repair, 4);
     }

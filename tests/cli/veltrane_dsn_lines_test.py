@@ -117,7 +117,7 @@ class LineTest(ToolTest):
                 ('[{"values": {}}]', 'entry 1 has no "name".'),
                 ('[{"name": "a"}, 1]', "entry 2 is not an object."),
                 ('[{"name": 1}]', 'has "name", which is not a text.'),
-                (entry({"state": "hunter2"}), 'a "state" other than "present" and "absent".'),
+                (entry({"state": "hunter2"}), '"a": the state is neither present nor absent.'),
                 (entry({"valeus": {}}), 'has the unknown member "valeus".'),
                 (entry({"values": ["hunter2"]}), 'has "values" that are not an object.'),
                 (entry({"values": {"PWD": ["hunter2"]}}), 'has "PWD", which is not a text.'),
@@ -130,7 +130,7 @@ class LineTest(ToolTest):
                 ("[hunter2\n", "input, line 1: a section header without its closing bracket."),
                 ("[a]\nPWD=x\npwd=hunter2\n", "input, line 3: a key that stands twice."),
                 ("[a]\n[A]\n", '"A" is described twice.'),
-                ("[a]\nState=hunter2\n", "input, line 2: a state other than present and absent."),
+                ("[a]\nState=hunter2\n", "input: \"a\": the state is neither present nor absent."),
                 ("; {\nDSN=x", "input, line 2: a key before the first section.")):
             self.assert_refused(part, "apply", "-", stdin=text, code=1)
         self.assert_refused(self.stage.NOWHERE + ": cannot read: ", "apply", self.stage.NOWHERE, code=1)
