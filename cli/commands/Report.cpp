@@ -1,7 +1,9 @@
 #include "cli/commands/Report.h"
 
+#include <algorithm>
 #include <iostream>
 
+#include "cli/examine/FileRights.h"
 #include "cli/system/Terminal.h"
 #include "cli/system/Words.h"
 
@@ -10,6 +12,14 @@ namespace Veltrane::Cli {
 namespace {
 
 constexpr Action ACTIONS[] = {Action::Add, Action::Change, Action::Remove, Action::None};
+
+/// Whether a password is new in the file.
+bool WritesSecret(const DsnPlan& in_plan) {
+    return std::any_of(in_plan.m_after.begin(), in_plan.m_after.end(), [&](const Entry& in_it) {
+        return IsSecretKey(in_it.first) && !in_it.second.empty() &&
+               in_plan.m_before.Get(in_it.first) != in_it.second;
+    });
+}
 
 }  // namespace
 
@@ -50,6 +60,7 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
 void Report::AddDone(const DsnPlan& in_plan) {
     ++m_counts[static_cast<std::size_t>(in_plan.m_action)];
     const bool isSame = in_plan.m_action == Action::None;
+    m_hasNewSecret = m_hasNewSecret || (!isSame && WritesSecret(in_plan));
     if (m_isJson) {
         m_results.push_back({{"name", in_plan.m_name},
                              {"state", isSame ? "unchanged" : "changed"},
@@ -83,7 +94,19 @@ void Report::AddSummary() {
     std::cout << (parts.empty() ? "nothing described" : Join(parts)) << "\n";
 }
 
+std::string Report::WarnOfReaders() const {
+    const FileRights rights = GetFileRights(m_path);
+    if (!m_hasNewSecret || !rights.m_isReadByOthers) return {};
+    return m_path + " (mode " + rights.m_mode +
+           ") now holds a password that every user of this machine can read. Narrow its mode, or "
+           "remove the password (veltrane-dsn set NAME " +
+           (m_scope == Scope::System ? "--system " : "") +
+           "--unset PWD) and let programs ask for it.";
+}
+
 ExitCode Report::Finish() {
+    const std::string warning = m_isDryRun ? std::string() : WarnOfReaders();
+    AddNotice(warning);
     if (m_isJson) {
         Json summary;
         bool isChanged = false;
@@ -98,6 +121,7 @@ ExitCode Report::Finish() {
                       {"scope", GetScopeName(m_scope)},
                       {"dry_run", m_isDryRun}};
         if (!m_place.empty()) document["file"] = m_path;
+        if (!warning.empty()) document["warnings"] = {warning};
         document["results"] = std::move(m_results);
         PrintJson(document);
     }

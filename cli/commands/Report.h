@@ -41,6 +41,8 @@ public:
     ExitCode Finish();
 
 private:
+    /// A warning where a password has been written for others to read; empty where not.
+    std::string WarnOfReaders() const;
     std::size_t Count(Action in_action) const {
         return m_counts[static_cast<std::size_t>(in_action)];
     }
@@ -54,6 +56,7 @@ private:
     bool m_areSecretsShown;
     std::size_t m_counts[4] = {};  ///< by action
     std::size_t m_failures = 0;
+    bool m_hasNewSecret = false;
     Json m_results = Json::array();
 };
 

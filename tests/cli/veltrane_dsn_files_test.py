@@ -293,6 +293,20 @@ class FileFindingsTest(FileTest):
         self.write_file("user.ini", "text\n")
         self.assertIn("before the first section", self.findings()["file-unreadable"])
 
+    def test_warns_of_a_password_that_others_can_read(self):
+        secret = {"stdin": json.dumps([{"name": "sales", "values": {"Server": "s", "Database": "d",
+                                                                    "PWD": "hunter2"}}])}
+        warning = " (mode 0644) now holds a password that every user of this machine can read."
+        self.assertEqual(self.run_tool("apply", "-", **secret)[1], "")  # a new file is private
+        os.chmod(self.user, 0o644)
+        self.assertEqual(self.run_tool("apply", "-", **secret)[1], "")  # nothing new
+        self.assertEqual(self.run_tool("set", "sales", "--uid", "u")[1], "")
+        self.assertEqual(self.run_tool("set", "sales", "--pwd-stdin", "-n", stdin="x")[1], "")
+        self.assertIn(self.user + warning, self.run_tool("set", "sales", "--pwd-stdin", stdin="x")[1])
+        report = self.run_json("apply", "-", "--system", **secret)
+        self.assertIn(self.stage.places["system"] + warning, report["warnings"][0])
+        self.assertNotIn("hunter2", str(report))
+
 
 class TextsTest(ToolTest):
     def names(self):

@@ -87,9 +87,36 @@ class ModuleTest(unittest.TestCase):
         text = self.ini.read_text("utf-8")
         self.assertIn(f"PWD={PASSWORD}\n", text)
         self.assertIn("ProxyToken=geheim2\n", text)
+        self.assertIn("every user of this machine can read", str(self.run_module(
+            {**secret, "pwd": "geheim3"})["warnings"]))
         (self.folder / "pwd").write_text("other\n")
         self.run_module({"name": "sales", "pwd_file": str(self.folder / "pwd")})
         self.assertIn("PWD=other\n", self.ini.read_text("utf-8"))
+
+    def test_registers_the_library_and_prunes_and_connects(self):
+        lite = {"name": "lite", "driver": "SQLite3", "values": {"Server": "s", "Database": ":memory:"}}
+        drivers = self.folder / "odbcinst.ini"
+        before = drivers.read_text() + "[SQLite3]\nDriver=libsqlite3odbc.so\n"
+        drivers.write_text(before)
+        self.run_module(SALES, {**SALES, "name": "old"})
+        options = {"driver_library": "/opt/v/libdriver.so", "prune": True, "test": True,
+                   "test_timeout": 60}
+        foreseen = self.run_module(SALES, lite, check=True, **options)
+        self.assertEqual(drivers.read_text(), before)
+        answer = self.run_module(SALES, lite, **options)
+        for it in (foreseen, answer):
+            self.assertEqual((it["changed"], it["driver"]["changed"]), (True, True))
+            self.assertTrue(it["diff"]["prepared"].startswith(
+                "@@ Veltrane @@\n+Driver=/opt/v/libdriver.so\n"))
+            self.assertIn("@@ old @@\n-[old]\n", it["diff"]["prepared"])
+        self.assertNotIn("tests", foreseen)
+        self.assertEqual([it["outcome"] for it in answer["tests"]], ["refused", "connected"])
+        self.assertRegex(answer["msg"], r"^1 of 2 data sources do not connect\. sales: Not connected; it "
+                         r"took .*01000 .*Driver=/opt/v/libdriver\.so cannot be opened: No such file")
+        self.assertIn("Driver=/opt/v/libdriver.so\n", drivers.read_text())
+        self.assertNotIn("[old]", self.ini.read_text())
+        self.assertIs(self.run_module(lite, **{**options, "prune": False})["changed"], False)
+        self.assertIn("would remove all", self.run_module(prune=True)["msg"])
 
     def test_what_concerns_all_of_them_is_said_once(self):
         cases = (

@@ -59,6 +59,23 @@ options:
     description: Remove keys of a DSN that its description does not name.
     type: bool
     default: false
+  prune:
+    description: Remove the driver's DSNs that are not described. Needs one that is.
+    type: bool
+    default: false
+  driver_library:
+    description: The library with which programs connect. It is registered for the driver, which
+      has to be registered with its setup library already, as the package does it.
+    type: path
+  test:
+    description: Connect to each DSN that is to be present, with C(veltrane-dsn test). Not in check
+      mode. A DSN that does not connect fails the task when all have been tried.
+    type: bool
+    default: false
+  test_timeout:
+    description: Seconds after which a driver that does not answer is stopped.
+    type: int
+    default: 15
   executable:
     description: The tool, by name or path.
     type: str
@@ -83,6 +100,17 @@ results:
   elements: dict
   returned: when the tool could be run
   sample: [{name: sales, state: changed, action: added, difference: ["+[sales]"]}]
+driver:
+  description: What became of the driver's registration.
+  type: dict
+  returned: with driver_library
+  sample: {driver: Veltrane, changed: true, difference: ["+Driver=/opt/v/libdriver.so"]}
+tests:
+  description: What veltrane-dsn test says about each DSN.
+  type: list
+  elements: dict
+  returned: with test
+  sample: [{name: sales, connected: true, server: Veltrane, version: "1.0", time_ms: 12}]
 """
 
 ARGUMENTS = {
@@ -101,6 +129,10 @@ ARGUMENTS = {
     "scope": {"type": "str", "choices": ["system", "user"], "default": "system"},
     "driver": {"type": "str", "default": "Veltrane"},
     "replace": {"type": "bool", "default": False},
+    "prune": {"type": "bool", "default": False},
+    "driver_library": {"type": "path"},
+    "test": {"type": "bool", "default": False},
+    "test_timeout": {"type": "int", "default": 15},
     "executable": {"type": "str", "default": "veltrane-dsn"},
 }
 
@@ -159,17 +191,44 @@ def foresee_without_tool(module):
     module.exit_json(changed=bool(present), results=[])
 
 
-def run_tool(module, tool):
-    arguments = [tool, "apply", "-", "--format", "json", "--json",
-                 "--" + module.params["scope"], "--driver", module.params["driver"]]
-    arguments += ["--replace"] if module.params["replace"] else []
-    arguments += ["--dry-run"] if module.check_mode else []
-    code, output, errors = module.run_command(arguments, data=describe(module), errors="replace")
+def run_tool(module, tool, *arguments, **options):
+    code, output, errors = module.run_command([tool, *arguments, "--json"], errors="replace",
+                                              **options)
     try:
         return json.loads(output)
     except ValueError:
         reason = errors.strip() or "it printed nothing that could be understood"
         return module.fail_json(msg="veltrane-dsn ended with code %d: %s" % (code, reason))
+
+
+def register_library(module, tool):
+    arguments = ["driver", "register", "--replace", "--driver", module.params["driver"],
+                 "--library", module.params["driver_library"]]
+    return run_tool(module, tool, *arguments, *(["--dry-run"] if module.check_mode else []))
+
+
+def apply(module, tool):
+    arguments = ["apply", "-", "--format", "json", "--" + module.params["scope"],
+                 "--driver", module.params["driver"]]
+    arguments += ["--" + name for name in ("replace", "prune") if module.params[name]]
+    arguments += ["--dry-run"] if module.check_mode else []
+    return run_tool(module, tool, *arguments, data=describe(module))
+
+
+def test(module, tool, results):
+    """Connects to what is to be there and has not failed already."""
+    failed = [result["name"] for result in results if result["state"] == "failed"]
+    names = [source["name"] for source in module.params["data_sources"]
+             if source["state"] == "present" and source["name"] not in failed]
+    timeout = ["--timeout", str(module.params["test_timeout"])]
+    return [run_tool(module, tool, "test", name, *timeout) for name in names]
+
+
+def describe_failure(tested):
+    """The outcome, each error, and why the driver cannot be loaded, in one line."""
+    said = ["%s %s" % (it["state"], it["text"]) for it in tested["diagnostics"]]
+    said += [it["text"] for it in tested["findings"]]
+    return "%s: %s" % (tested["name"], " ".join([tested["text"], *said]).replace("\n", " "))
 
 
 def show_difference(results):
@@ -181,24 +240,54 @@ def show_difference(results):
     return {"prepared": "\n".join(lines) + "\n"} if lines else {}
 
 
-def main():
-    module = Module(argument_spec=ARGUMENTS, supports_check_mode=True)
-    module.mask_secret_values()
-    if not module.params["data_sources"]:
-        module.exit_json(changed=False, results=[])
+def find_tool(module):
     tool = module.get_bin_path(module.params["executable"])
     if tool is None:
         if module.check_mode:
             foresee_without_tool(module)
         module.fail_json(msg="%s is not installed on this host." % module.params["executable"])
-    report = run_tool(module, tool)
-    results = report["results"]
-    answer = {"changed": report["changed"], "results": results, "diff": show_difference(results)}
-    failed = ["%s: %s" % (result["name"], result["message"]) for result in results
-              if result["state"] == "failed"]
-    if failed:
-        module.fail_json(msg="%d of %d data sources failed. %s"
-                             % (len(failed), len(results), "; ".join(failed)), **answer)
+    return tool
+
+
+def do_all(module, tool):
+    """Gives the answer, and sentences on what has failed."""
+    answer, problems, differences = {"changed": False, "results": []}, [], []
+    if module.params["driver_library"]:
+        driver = answer["driver"] = register_library(module, tool)
+        answer["changed"] = driver["changed"]
+        differences.append({"name": driver["driver"], "difference": driver["difference"]})
+    if module.params["data_sources"]:
+        report = apply(module, tool)
+        for warning in report.get("warnings", []):
+            module.warn(warning)
+        answer["changed"] = answer["changed"] or report["changed"]
+        answer["results"] = results = report["results"]
+        failed = ["%s: %s" % (result["name"], result["message"]) for result in results
+                  if result["state"] == "failed"]
+        if failed:
+            problems.append("%d of %d data sources failed. %s"
+                            % (len(failed), len(results), "; ".join(failed)))
+    answer["diff"] = show_difference(differences + answer["results"])
+    if module.params["test"] and not module.check_mode:
+        answer["tests"] = tests = test(module, tool, answer["results"])
+        failed = [describe_failure(tested) for tested in tests if not tested["connected"]]
+        if failed:
+            problems.append("%d of %d data sources do not connect. %s"
+                            % (len(failed), len(tests), "; ".join(failed)))
+    return answer, problems
+
+
+def main():
+    module = Module(argument_spec=ARGUMENTS, supports_check_mode=True)
+    module.mask_secret_values()
+    if module.params["prune"] and not module.params["data_sources"]:
+        module.fail_json(msg="prune without data sources would remove all of the driver. Where that is "
+                             "meant, name one with state: absent.")
+    if not module.params["data_sources"] and not module.params["driver_library"]:
+        module.exit_json(changed=False, results=[])
+    answer, problems = do_all(module, find_tool(module))
+    if problems:
+        module.fail_json(msg=" ".join(problems), **answer)
     module.exit_json(**answer)
 
 
