@@ -75,6 +75,13 @@ inline constexpr char TEXT_SHOW_PASSWORD[] = VELTRANE_TEXT("S&how password");
 inline constexpr char TEXT_REQUIRED[] = VELTRANE_TEXT("* has to be filled");
 inline constexpr char TEXT_OK[] = VELTRANE_TEXT("&OK");
 inline constexpr char TEXT_CANCEL[] = VELTRANE_TEXT("&Cancel");
+inline constexpr char TEXT_YES[] = VELTRANE_TEXT("&Yes");
+inline constexpr char TEXT_NO[] = VELTRANE_TEXT("&No");
+/// With the old name as its one parameter.
+inline constexpr char TEXT_REMOVE_OLD[] =
+    VELTRANE_TEXT("The data source gets a new name. Remove the old one, %s?");
+/// With the reason why the values could not be saved as its one parameter.
+inline constexpr char TEXT_DISCARD[] = VELTRANE_TEXT("Not saved. %s Discard the values?");
 
 }  // namespace Veltrane::ODBC
 

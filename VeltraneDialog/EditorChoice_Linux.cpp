@@ -86,9 +86,12 @@ EditorSurroundings LookAroundForEditors() {
     surroundings.m_terminalProblem = TerminalProblem();
     const std::string own = DirectoryOf(Orska::Support::GetOwnDirectory());
     if (!own.empty()) {
-        // Installed; the library in its build tree; a program in its build tree.
+        // Installed, for the library and for a program; the library in its build tree; a program in
+        // its build tree.
+        const std::string parent = DirectoryOf(own);
         surroundings.m_directories = {own + "/" VELTRANE_EDITOR_DIRECTORY,
-                                      DirectoryOf(own) + "/bin", own};
+                                      own + "/" VELTRANE_EDITOR_DIRECTORY_OF_PROGRAMS,
+                                      parent + "/bin", own};
     }
     return surroundings;
 }

@@ -13,12 +13,15 @@
 
 namespace Veltrane::ODBC {
 
-/// Shows the values in the program and waits until the user is done; the program has ended then.
+/// Shows the values, or asks the question, in the program and waits until the user is done; the
+/// program has ended then.
 /// @param in_program  an absolute path
-/// @return `OK`, `CANCEL` or `UNAVAILABLE`; the last also for a program that could not be loaded
+/// @param in_request  `SHOW` or `ASK`
+/// @return `OK` or `YES`, `CANCEL`, or `UNAVAILABLE`; the last also for a program that could not be
+///         loaded
 /// @throws std::runtime_error with the program and what happened: it cannot be started, ended
 ///         without an answer, or answered something else. The text holds no value.
-EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_values);
+EditorMessage RunEditor(const std::string& in_program, const EditorMessage& in_request);
 
 }  // namespace Veltrane::ODBC
 

@@ -285,10 +285,15 @@ public:
         return m_payload && m_received == EDITOR_HEADER_SIZE + m_payload->Get().size();
     }
 
-    EditorMessage Answer() {
+    EditorMessage Answer(EditorMessageKind in_request) {
         EditorMessage message = DecodeEditorMessage(m_header, m_payload->Get());
-        if (message.m_kind == EditorMessageKind::SHOW) {
+        const EditorMessageKind other =
+            in_request == EditorMessageKind::SHOW ? EditorMessageKind::YES : EditorMessageKind::OK;
+        if (message.m_kind == EditorMessageKind::SHOW || message.m_kind == EditorMessageKind::ASK) {
             throw EditorProtocolError("a message that only the host sends");
+        }
+        if (message.m_kind == other) {
+            throw EditorProtocolError("the answer to something else");
         }
         return message;
     }
@@ -348,12 +353,9 @@ EditorMessage ExplainEnd(const std::string& in_program, ChildProcess& io_child) 
 
 }  // namespace
 
-EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_values) {
-    EditorMessage show;
-    show.m_kind = EditorMessageKind::SHOW;
-    show.m_values = in_values;
+EditorMessage RunEditor(const std::string& in_program, const EditorMessage& in_request) {
     try {
-        SecretBytes request = EncodeEditorMessage(show);
+        SecretBytes request = EncodeEditorMessage(in_request);
         SocketPair sockets(in_program);
         pid_t process = -1;
         const int error = SpawnPlan(sockets.m_editor.Get()).Spawn(in_program, process);
@@ -368,7 +370,7 @@ EditorMessage RunEditor(const std::string& in_program, const DialogValues& in_va
         }
         child.LetEnd();
         sockets.m_host.Close();
-        return conversation.Answer();
+        return conversation.Answer(in_request.m_kind);
     } catch (const EditorProtocolError& protocolError) {
         Fail(in_program,
              std::string("and its host do not understand each other: ") + protocolError.what());

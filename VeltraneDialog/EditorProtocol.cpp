@@ -69,6 +69,8 @@ void CollectTexts(const EditorMessage& in_message, TextList& out_list) {
         }
     } else if (in_message.m_kind == EditorMessageKind::UNAVAILABLE) {
         out_list.m_texts.push_back(in_message.m_reason);
+    } else if (in_message.m_kind == EditorMessageKind::ASK) {
+        out_list.m_texts = {in_message.m_question.m_text, in_message.m_question.m_name};
     }
 }
 
@@ -92,7 +94,21 @@ void DecodeText(std::string_view in_bytes, std::u16string& out_text) {
     }
 }
 
+std::string TakeUtf8(std::span<const char>& io_rest) {
+    std::u16string checked;
+    std::string text(TakeText(io_rest));
+    DecodeText(text, checked);
+    return text;
+}
+
 }  // namespace
+
+EditorMessage ShowRequest(const DialogValues& in_values) {
+    EditorMessage message;
+    message.m_kind = EditorMessageKind::SHOW;
+    message.m_values = in_values;
+    return message;
+}
 
 SecretBytes::~SecretBytes() { WipeBytes(m_bytes.data(), m_bytes.size()); }
 
@@ -138,10 +154,12 @@ EditorMessage DecodeEditorMessage(std::span<const char> in_header,
             DecodeText(TakeText(rest), (message.m_values.*field.m_value).emplace());
         }
     } else if (message.m_kind == EditorMessageKind::UNAVAILABLE) {
-        std::u16string checked;
-        message.m_reason = TakeText(rest);
-        DecodeText(message.m_reason, checked);
-    } else if (message.m_kind != EditorMessageKind::CANCEL) {
+        message.m_reason = TakeUtf8(rest);
+    } else if (message.m_kind == EditorMessageKind::ASK) {
+        message.m_question.m_text = TakeUtf8(rest);
+        message.m_question.m_name = TakeUtf8(rest);
+    } else if (message.m_kind != EditorMessageKind::CANCEL &&
+               message.m_kind != EditorMessageKind::YES) {
         throw EditorProtocolError("a message of an unknown kind");
     }
     if (!rest.empty()) {

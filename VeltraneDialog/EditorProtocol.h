@@ -1,11 +1,13 @@
 /// What host and editor program say to each other over their socket: the host sends `SHOW` with the
 /// seven texts, the editor answers once, with `OK` and the seven texts, with `CANCEL`, or with
-/// `UNAVAILABLE` and a reason when it cannot show anything (no display, an unknown terminal).
+/// `UNAVAILABLE` and a reason when it cannot show anything (no display, an unknown terminal). Or
+/// the host asks a question: `ASK`, and the editor answers `YES` or `CANCEL`.
 ///
 /// A message is a header of 12 bytes - "VDE1", the kind, the length of the payload - and the
 /// payload: for `SHOW` and `OK` the texts of the fields in the order of `DIALOG_FIELDS`, for
-/// `UNAVAILABLE` one text. A text is its length in bytes and that many bytes of UTF-8. Numbers have
-/// 32 bits, least significant byte first.
+/// `UNAVAILABLE` one text, for `ASK` the question and what takes the place of its %s. A text is its
+/// length in bytes and that many bytes of UTF-8. Numbers have 32 bits, least significant byte
+/// first.
 #ifndef VELTRANEDIALOG_EDITORPROTOCOL_H
 #define VELTRANEDIALOG_EDITORPROTOCOL_H
 
@@ -19,7 +21,20 @@
 
 namespace Veltrane::ODBC {
 
-enum class EditorMessageKind : std::uint32_t { SHOW = 1, OK = 2, CANCEL = 3, UNAVAILABLE = 4 };
+enum class EditorMessageKind : std::uint32_t {
+    SHOW = 1,
+    OK = 2,
+    CANCEL = 3,
+    UNAVAILABLE = 4,
+    ASK = 5,
+    YES = 6
+};
+
+/// A question that is answered with yes or no, in UTF-8.
+struct EditorQuestion {
+    std::string m_text;  ///< English, a key of the translations; has one %s
+    std::string m_name;  ///< takes the place of the %s
+};
 
 struct EditorMessage {
     EditorMessageKind m_kind = EditorMessageKind::CANCEL;
@@ -27,7 +42,10 @@ struct EditorMessage {
     DialogValues m_values;
     /// For `UNAVAILABLE`, in UTF-8.
     std::string m_reason;
+    EditorQuestion m_question;  ///< for `ASK`
 };
+
+EditorMessage ShowRequest(const DialogValues& in_values);
 
 constexpr std::size_t EDITOR_HEADER_SIZE = 12;
 

@@ -4,6 +4,7 @@
 #define VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 
 #include <bitset>
+#include <string>
 
 #include "VeltraneDialog/DialogFields.h"
 
@@ -14,6 +15,9 @@ public:
     /// The result of ShowDialog that means acceptance; every other value means that the user left.
     static constexpr int RESULT_OK = 1;
     static constexpr int RESULT_CANCEL = 2;
+    static constexpr char REQUEST_WITHOUT_WINDOW[] =
+        "make the request without a parent window: it then takes the values from the file that "
+        "VELTRANE_DSN_INITIAL_VALUES names.";
 
     /// An editor with its initial values (see LoadInitialValues); nothing is shown. The file is
     /// read when the first of its values is needed, so a broken one stops no request that sets them
@@ -31,9 +35,17 @@ public:
     void SetDatabase(DialogString in_text);
 
     /// Shows the editor modally, without an owner window.
+    /// @param in_otherWay  how to work without an editor, for the error when none can be shown
     /// @return RESULT_OK or another value; the texts change only with RESULT_OK
     /// @throws std::runtime_error when no editor can be shown, or as the getters
-    int ShowDialog();
+    int ShowDialog(const char* in_otherWay = REQUEST_WITHOUT_WINDOW);
+
+    /// Asks a question where the editor would be shown.
+    /// @param in_text  English, a key of the translations, with one %s
+    /// @param in_name  UTF-8, takes the place of the %s
+    /// @return true for yes
+    /// @throws std::runtime_error as ShowDialog
+    static bool Ask(const char* in_text, const std::string& in_name);
 
     /// Gets a row of `DIALOG_FIELDS`; the getters below do the same by name.
     /// @throws std::runtime_error when the file of initial values is needed and cannot be used

@@ -45,36 +45,47 @@ private:
     termios m_settings{};
 };
 
-EditorMessage RunEditorInItsTerminal(const std::string& in_program, const DialogValues& in_values) {
+EditorMessage RunEditorInItsTerminal(const std::string& in_program,
+                                     const EditorMessage& in_request) {
     const TerminalState terminal;
     try {
-        return RunEditor(in_program, in_values);
+        return RunEditor(in_program, in_request);
     } catch (...) {
         terminal.Restore();
         throw;
     }
 }
 
-}  // namespace
-
-int VeltraneDSNDialog::ShowDialog() {
-    const DialogValues& values = Values();
+/// The answer of the first editor that can show something.
+EditorMessage RunFirstEditor(const EditorMessage& in_request, const std::string& in_otherWay) {
     EditorChoice choice = ChooseEditor(LookAroundForEditors());
     for (const std::string& program : choice.m_programs) {
-        EditorMessage answer = RunEditorInItsTerminal(program, values);
-        if (answer.m_kind == EditorMessageKind::OK) {
-            Accept(answer.m_values);
-            return RESULT_OK;
-        }
-        if (answer.m_kind == EditorMessageKind::CANCEL) {
-            return RESULT_CANCEL;
+        EditorMessage answer = RunEditorInItsTerminal(program, in_request);
+        if (answer.m_kind != EditorMessageKind::UNAVAILABLE) {
+            return answer;
         }
         choice.m_problems += answer.m_reason + ". ";
     }
-    throw std::runtime_error(
-        "No DSN editor can be shown. " + choice.m_problems +
-        "To work without one, make the request without a parent window: it then takes the values "
-        "from the file that VELTRANE_DSN_INITIAL_VALUES names.");
+    throw std::runtime_error("No DSN editor can be shown. " + choice.m_problems +
+                             "To work without one, " + in_otherWay);
+}
+
+}  // namespace
+
+int VeltraneDSNDialog::ShowDialog(const char* in_otherWay) {
+    const EditorMessage answer = RunFirstEditor(ShowRequest(Values()), in_otherWay);
+    if (answer.m_kind != EditorMessageKind::OK) {
+        return RESULT_CANCEL;
+    }
+    Accept(answer.m_values);
+    return RESULT_OK;
+}
+
+bool VeltraneDSNDialog::Ask(const char* in_text, const std::string& in_name) {
+    EditorMessage request;
+    request.m_kind = EditorMessageKind::ASK;
+    request.m_question = {in_text, in_name};
+    return RunFirstEditor(request, REQUEST_WITHOUT_WINDOW).m_kind == EditorMessageKind::YES;
 }
 
 }  // namespace Veltrane::ODBC

@@ -9,17 +9,16 @@
 #include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
+#include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/WideText_Windows.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& in_reason) {
-    throw std::runtime_error(
-        "No DSN editor can be shown. " + in_reason +
-        ". To work without one, make the request without a parent window: it then takes the values "
-        "from the file that VELTRANE_DSN_INITIAL_VALUES names.");
+[[noreturn]] void Fail(const std::string& in_reason, const std::string& in_otherWay) {
+    throw std::runtime_error("No DSN editor can be shown. " + in_reason +
+                             ". To work without one, " + in_otherWay);
 }
 
 /// Loads a library by its full path, and what it needs from its own folder and the system's only: a
@@ -36,16 +35,17 @@ HMODULE LoadFrom(const std::wstring& in_path) {
 
 /// The function of the library that stands beside this code. The library stays loaded: a C++
 /// run-time that is linked into it loses a slot of the process each time it is loaded anew.
-ShowDialogFunction FindShowDialog() {
+ShowDialogFunction FindShowDialog(const char* in_otherWay) {
     const std::wstring path = PathBesideModule(DIALOG_LIBRARY_NAME);
     const HMODULE library = LoadFrom(path);
     if (library == nullptr) {
         const DWORD error = GetLastError();
-        Fail(ToUtf8(path) + " cannot be loaded: " + Orska::Support::DescribeSystemError(error));
+        Fail(ToUtf8(path) + " cannot be loaded: " + Orska::Support::DescribeSystemError(error),
+             in_otherWay);
     }
     const FARPROC function = GetProcAddress(library, DIALOG_FUNCTION_NAME);
     if (function == nullptr) {
-        Fail(ToUtf8(path) + " has no function " + DIALOG_FUNCTION_NAME);
+        Fail(ToUtf8(path) + " has no function " + DIALOG_FUNCTION_NAME, in_otherWay);
     }
     return reinterpret_cast<ShowDialogFunction>(reinterpret_cast<void*>(function));
 }
@@ -85,10 +85,10 @@ DialogRequest MakeRequest(const DialogValues& in_values, Answer& out_answer) {
 
 }  // namespace
 
-int VeltraneDSNDialog::ShowDialog() {
+int VeltraneDSNDialog::ShowDialog(const char* in_otherWay) {
     Answer answer;
     const DialogRequest request = MakeRequest(Values(), answer);
-    const int result = FindShowDialog()(&request);
+    const int result = FindShowDialog(in_otherWay)(&request);
     if (!answer.m_isWhole) throw std::bad_alloc();
     switch (result) {
         case DIALOG_ACCEPTED:
@@ -97,10 +97,19 @@ int VeltraneDSNDialog::ShowDialog() {
         case DIALOG_CANCELLED:
             return RESULT_CANCEL;
         case DIALOG_OTHER_VERSION:
-            Fail("VeltraneDialog.dll is of another version than the setup library");
+            Fail("VeltraneDialog.dll is of another version than the setup library", in_otherWay);
         default:
-            Fail(ToUtf8(AsWide(answer.m_reason.c_str())));
+            Fail(ToUtf8(AsWide(answer.m_reason.c_str())), in_otherWay);
     }
+}
+
+bool VeltraneDSNDialog::Ask(const char* in_text, const std::string& in_name) {
+    std::string text = in_text;
+    text.replace(text.find("%s"), 2, in_name);
+    std::u16string wide;
+    DecodeUtf8(text, wide);
+    return MessageBoxW(GetActiveWindow(), AsWide(wide.c_str()), L"Veltrane",
+                       MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
 }
 
 }  // namespace Veltrane::ODBC

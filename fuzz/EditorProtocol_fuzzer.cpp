@@ -77,9 +77,12 @@ void Answer(const std::string& in_bytes, const std::optional<EditorMessage>& in_
         Require(chmod(s_program.c_str(), 0700) == 0, "no editor program");
     }
     s_answer.Write(in_bytes);
-    const bool isAnswer = in_expected && in_expected->m_kind != EditorMessageKind::SHOW;
+    constexpr EditorMessageKind ANSWERS[] = {EditorMessageKind::OK, EditorMessageKind::CANCEL,
+                                             EditorMessageKind::UNAVAILABLE};
+    const bool isAnswer = in_expected && std::find(std::begin(ANSWERS), std::end(ANSWERS),
+                                                   in_expected->m_kind) != std::end(ANSWERS);
     try {
-        const EditorMessage message = RunEditor(s_program, DialogValues());
+        const EditorMessage message = RunEditor(s_program, ShowRequest(DialogValues()));
         Require(isAnswer && Encode(message) == Encode(*in_expected), "another answer");
     } catch (const std::runtime_error& error) {
         Require(!isAnswer, "a refused answer", error.what());

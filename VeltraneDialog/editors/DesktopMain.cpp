@@ -1,4 +1,6 @@
 #include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QSocketNotifier>
 #include <cstdio>
 #include <string>
@@ -6,6 +8,7 @@
 
 #include "VeltraneDialog/editors/DesktopForm.h"
 #include "VeltraneDialog/editors/EditorMain.h"
+#include "VeltraneDialog/editors/Texts.h"
 
 namespace Veltrane::ODBC {
 
@@ -39,23 +42,61 @@ void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const 
     _exit(0);
 }
 
-bool ShowOnDesktop(DialogValues& io_values, HostConnection& io_host) {
+void TellFailures(HostConnection& io_host) {
     s_host = &io_host;
     qInstallMessageHandler(OnQtMessage);
-    char name[] = "veltrane-dsn-editor-desktop";
-    char* arguments[] = {name, nullptr};
-    int argumentCount = 1;
-    const QApplication application(argumentCount, arguments);
-    // A cursor that does not blink: an editor that nobody types in wakes neither itself nor the
-    // display.
-    QApplication::setCursorFlashTime(0);
+}
+
+class Desktop {
+public:
+    /// `TellFailures` has to come before.
+    explicit Desktop(HostConnection& io_host)
+        : m_application(m_argumentCount, m_arguments),
+          m_hostHasGone(io_host.Descriptor(), QSocketNotifier::Read) {
+        // A cursor that does not blink: an editor that nobody types in wakes neither itself nor the
+        // display.
+        QApplication::setCursorFlashTime(0);
+    }
+
+    int Run(QDialog& io_dialog) {
+        QObject::connect(&m_hostHasGone, &QSocketNotifier::activated, &io_dialog, &QDialog::reject);
+        io_dialog.show();
+        io_dialog.raise();
+        io_dialog.activateWindow();
+        return io_dialog.exec();
+    }
+
+private:
+    char m_name[28] = "veltrane-dsn-editor-desktop";
+    char* m_arguments[2] = {m_name, nullptr};
+    int m_argumentCount = 1;
+    QApplication m_application;
+    QSocketNotifier m_hostHasGone;
+};
+
+bool ShowOnDesktop(DialogValues& io_values, HostConnection& io_host) {
+    TellFailures(io_host);
+    Desktop desktop(io_host);
     DesktopForm form(io_values);
-    QSocketNotifier hostHasGone(io_host.Descriptor(), QSocketNotifier::Read);
-    QObject::connect(&hostHasGone, &QSocketNotifier::activated, &form, &QDialog::reject);
-    form.show();
-    form.raise();
-    form.activateWindow();
-    return form.exec() == QDialog::Accepted;
+    return desktop.Run(form) == QDialog::Accepted;
+}
+
+bool AskOnDesktop(const std::string& in_question, HostConnection& io_host) {
+    TellFailures(io_host);
+    Desktop desktop(io_host);
+    QMessageBox box;
+    box.setIcon(QMessageBox::Question);
+    box.setWindowTitle(QStringLiteral("Veltrane"));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(QString::fromStdString(in_question));
+    const QAbstractButton* const yes =
+        box.addButton(QString::fromUtf8(Translate(TEXT_YES)), QMessageBox::AcceptRole);
+    QPushButton* const no =
+        box.addButton(QString::fromUtf8(Translate(TEXT_NO)), QMessageBox::RejectRole);
+    box.setDefaultButton(no);
+    box.setEscapeButton(no);
+    desktop.Run(box);
+    return box.clickedButton() == yes;
 }
 
 }  // namespace
@@ -63,6 +104,6 @@ bool ShowOnDesktop(DialogValues& io_values, HostConnection& io_host) {
 }  // namespace Veltrane::ODBC
 
 int main(int in_argumentCount, char** in_arguments) {
-    return Veltrane::ODBC::EditorMain(in_argumentCount, in_arguments,
-                                      Veltrane::ODBC::ShowOnDesktop);
+    using namespace Veltrane::ODBC;
+    return EditorMain(in_argumentCount, in_arguments, {ShowOnDesktop, AskOnDesktop});
 }

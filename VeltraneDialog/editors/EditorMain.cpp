@@ -37,14 +37,19 @@ int PrintHelp(int in_argumentCount, char** in_arguments) {
     return STATUS_USAGE;
 }
 
-EditorMessage ShowAndAnswer(HostConnection& io_host, ShowForm in_showForm) {
+EditorMessage ShowAndAnswer(HostConnection& io_host, const EditorScreen& in_screen) {
     EditorMessage message = io_host.Receive();
-    if (message.m_kind != EditorMessageKind::SHOW) {
-        throw EditorProtocolError("The host wants something else than a form.");
+    const bool isQuestion = message.m_kind == EditorMessageKind::ASK;
+    if (!isQuestion && message.m_kind != EditorMessageKind::SHOW) {
+        throw EditorProtocolError("The host wants something else than a form or an answer.");
     }
     message.m_kind = EditorMessageKind::CANCEL;
     try {
-        if (in_showForm(message.m_values, io_host)) {
+        const EditorQuestion& question = message.m_question;
+        if (isQuestion &&
+            in_screen.m_ask(TranslateWith(question.m_text, question.m_name), io_host)) {
+            message.m_kind = EditorMessageKind::YES;
+        } else if (!isQuestion && in_screen.m_showForm(message.m_values, io_host)) {
             message.m_kind = EditorMessageKind::OK;
         }
     } catch (const EditorUnavailable& unavailable) {
@@ -56,7 +61,7 @@ EditorMessage ShowAndAnswer(HostConnection& io_host, ShowForm in_showForm) {
 
 }  // namespace
 
-int EditorMain(int in_argumentCount, char** in_arguments, ShowForm in_showForm) {
+int EditorMain(int in_argumentCount, char** in_arguments, const EditorScreen& in_screen) {
     if (in_argumentCount != 1 || !IsStartedByHost()) {
         return PrintHelp(in_argumentCount, in_arguments);
     }
@@ -68,7 +73,7 @@ int EditorMain(int in_argumentCount, char** in_arguments, ShowForm in_showForm) 
     try {
         StartTexts();
         HostConnection host;
-        host.Send(ShowAndAnswer(host, in_showForm));
+        host.Send(ShowAndAnswer(host, in_screen));
         return 0;
     } catch (const std::exception& exception) {
         // The host discards it; for whoever puts a script in between to look.

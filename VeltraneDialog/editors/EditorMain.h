@@ -3,6 +3,7 @@
 #define VELTRANEDIALOG_EDITORS_EDITORMAIN_H
 
 #include <stdexcept>
+#include <string>
 
 #include "VeltraneDialog/editors/HostConnection.h"
 
@@ -15,14 +16,20 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Shows the form until the user is done or the host has gone.
-/// @param io_values  never null; changed only for OK
-/// @return true for OK
-/// @throws EditorUnavailable
-using ShowForm = bool (*)(DialogValues& io_values, HostConnection& io_host);
+/// What differs between the editors. Each function returns when the user is done or the host has
+/// gone, and throws EditorUnavailable.
+struct EditorScreen {
+    /// Shows the form.
+    /// @param io_values  never null; changed only for OK
+    /// @return true for OK
+    bool (*m_showForm)(DialogValues& io_values, HostConnection& io_host);
+    /// Asks a question in the user's language.
+    /// @return true for yes
+    bool (*m_ask)(const std::string& in_question, HostConnection& io_host);
+};
 
 /// @return the status of the program: 0 when it has answered
-int EditorMain(int in_argumentCount, char** in_arguments, ShowForm in_showForm);
+int EditorMain(int in_argumentCount, char** in_arguments, const EditorScreen& in_screen);
 
 }  // namespace Veltrane::ODBC
 

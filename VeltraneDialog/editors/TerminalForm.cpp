@@ -1,12 +1,6 @@
 #include "VeltraneDialog/editors/TerminalForm.h"
 
-#include <signal.h>
-#include <sys/eventfd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <cwchar>
 #include <stdexcept>
 #include <vector>
 
@@ -31,31 +25,10 @@ constexpr int HEIGHT = 2 * static_cast<int>(DIALOG_FIELDS.size()) + 4;
 constexpr int SCREEN_HEIGHT = HEIGHT + 5;
 
 constexpr int REASON_COLORS = NEWT_COLORSET_CUSTOM(0);
-constexpr int KEY_CONTROL_C = 3;
 constexpr char TEXT_KEYS[] =
     VELTRANE_TEXT("Tab: next field   Enter: OK   Esc: cancel   F2: show password   F4: choices");
 constexpr char TOO_SMALL[] =
     "The terminal is too small for the form; it needs 80 columns and 23 rows";
-
-/// Process-wide: set by the handler of the signals that end the editor, read by the form.
-volatile sig_atomic_t s_isEnding = 0;
-/// Process-wide: the descriptor that wakes the form, for the handler; -1 while there is no form.
-volatile sig_atomic_t s_wake = -1;
-
-void OnEndingSignal(int) {
-    s_isEnding = 1;
-    if (s_wake < 0) return;
-    const int error = errno;  // of what the signal came between
-    eventfd_write(s_wake, 1);
-    errno = error;
-}
-
-int ColumnsOf(const std::string& in_text) {
-    std::wstring wide(in_text.size() + 1, L'\0');
-    const std::size_t length = std::mbstowcs(wide.data(), in_text.c_str(), wide.size());
-    const int columns = length == static_cast<std::size_t>(-1) ? -1 : wcswidth(wide.data(), length);
-    return columns < 0 ? static_cast<int>(in_text.size()) : columns;
-}
 
 std::string LabelOf(const DialogField& in_field) {
     std::string label = TranslatePlain(in_field.m_label) + " (";
@@ -63,42 +36,14 @@ std::string LabelOf(const DialogField& in_field) {
     return label + (in_field.m_isRequired ? ") *" : ")");
 }
 
-/// Colours that the user chose stay as they are.
-bool UsesDefaultColors() {
-    return std::getenv("NEWT_COLORS") == nullptr && std::getenv("NEWT_COLORS_FILE") == nullptr &&
-           std::getenv("NEWT_MONO") == nullptr;
-}
-
-void CatchEndingSignals() {
-    struct sigaction action {};
-    action.sa_handler = OnEndingSignal;
-    for (const int number : {SIGTERM, SIGHUP, SIGINT}) {
-        sigaction(number, &action, nullptr);
-    }
-}
-
 }  // namespace
 
 TerminalForm::TerminalForm(DialogValues& io_values, int in_host)
-    : m_values(io_values), m_host(in_host), m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    s_wake = m_wake.Get();
-    CatchEndingSignals();
-    if (newtInit() != 0) {
-        throw EditorUnavailable("The terminal cannot show a form");
-    }
-    try {
-        Start();
-    } catch (...) {
-        newtFinished();
-        throw;
-    }
+    : m_values(io_values), m_host(in_host) {
+    Start();
 }
 
-TerminalForm::~TerminalForm() {
-    s_wake = -1;  // the number is soon that of another file
-    newtFormDestroy(m_form);
-    newtFinished();
-}
+TerminalForm::~TerminalForm() { newtFormDestroy(m_form); }
 
 int TerminalForm::LabelWidth() const {
     int width = 0;
@@ -125,7 +70,6 @@ void TerminalForm::Start() {
         // As a label: on the colour of an entry the switch of the password looks like one.
         newtSetColor(NEWT_COLORSET_CHECKBOX, label, background);
     }
-    newtCls();
     newtDrawRootText(1, 0, Translate(TEXT_KEYS));
     newtPushHelpLine("");
     const std::string name = EncodeUtf8(*m_values.m_dsn);
@@ -139,7 +83,7 @@ void TerminalForm::Start() {
     for (const int key : {NEWT_KEY_ESCAPE + 0, KEY_CONTROL_C, NEWT_KEY_F2, NEWT_KEY_F4}) {
         newtFormAddHotKey(m_form, key);
     }
-    newtFormWatchFd(m_form, m_wake.Get(), NEWT_FD_READ);
+    newtFormWatchFd(m_form, m_screen.GetWake(), NEWT_FD_READ);
     newtFormWatchFd(m_form, m_host, NEWT_FD_READ);
 }
 
@@ -191,7 +135,7 @@ void TerminalForm::BuildButtons(int in_top) {
 int TerminalForm::OnKey(newtComponent, void* in_form, int in_key, int) {
     auto* const form = static_cast<TerminalForm*>(in_form);
     form->m_startedIn = nullptr;
-    form->Wake();
+    form->m_screen.Wake();
     return in_key;
 }
 
@@ -202,15 +146,8 @@ void TerminalForm::OnChange(newtComponent in_component, void* in_form) {
     if (in_component == form->m_startedIn) {
         form->m_startedIn = nullptr;
     } else {
-        form->Wake();
+        form->m_screen.Wake();
     }
-}
-
-void TerminalForm::Wake() const { eventfd_write(m_wake.Get(), 1); }
-
-void TerminalForm::Drain() const {
-    eventfd_t count = 0;
-    eventfd_read(m_wake.Get(), &count);
 }
 
 /// Below its entry, or as far to the left as it needs.
@@ -249,10 +186,7 @@ bool TerminalForm::Run() {
     for (;;) {
         Follow();
         newtExitStruct exit{};
-        newtFormRun(m_form, &exit);
-        if (s_isEnding != 0) {
-            throw std::runtime_error("The editor was told to end.");
-        }
+        m_screen.Run(m_form, exit);
         if (HandleExit(exit, isAccepted)) {
             return isAccepted;
         }
@@ -281,14 +215,14 @@ bool TerminalForm::HandleExit(const newtExitStruct& in_exit, bool& out_accepted)
             out_accepted = in_exit.u.co != m_cancel && Accept();
             return out_accepted || in_exit.u.co == m_cancel;
         case newtExitStruct::NEWT_EXIT_FDREADY:
-            Drain();
+            m_screen.Drain();
             return in_exit.u.watch == m_host;
         case newtExitStruct::NEWT_EXIT_TIMER:
             return false;
         case newtExitStruct::NEWT_EXIT_ERROR:
             break;
     }
-    throw std::runtime_error("The terminal has gone.");
+    TerminalScreen::FailWithoutTerminal();
 }
 
 void TerminalForm::ChooseLoginMode() {
@@ -308,7 +242,7 @@ void TerminalForm::ChooseLoginMode() {
     newtFormAddHotKey(form, NEWT_KEY_ESCAPE);
     newtFormWatchFd(form, m_host, NEWT_FD_READ);
     newtExitStruct exit{};
-    newtFormRun(form, &exit);
+    m_screen.Run(form, exit);
     if (exit.reason == newtExitStruct::NEWT_EXIT_COMPONENT) {
         newtEntrySet(row->m_entry, static_cast<const char*>(newtListboxGetCurrent(list)), 1);
     }

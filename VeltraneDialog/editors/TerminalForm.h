@@ -7,8 +7,8 @@
 #include <array>
 #include <string>
 
-#include "PlatformAbstraction/base/FileDescriptor.h"
 #include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/editors/TerminalScreen.h"
 
 namespace Veltrane::ODBC {
 
@@ -22,7 +22,6 @@ public:
     TerminalForm(const TerminalForm&) = delete;
     TerminalForm& operator=(const TerminalForm&) = delete;
 
-    /// Gives the terminal back as it was.
     ~TerminalForm();
 
     /// @return true for OK
@@ -42,9 +41,6 @@ private:
 
     static int OnKey(newtComponent in_entry, void* in_form, int in_key, int in_cursor);
     static void OnChange(newtComponent in_component, void* in_form);
-    void Wake() const;
-    void Drain() const;
-
     std::string Indented(const std::string& in_reason) const;
 
     /// After a key: the reasons, the password, the title and the help line follow the fields.
@@ -53,6 +49,8 @@ private:
     void ChooseLoginMode();
     bool Accept();
 
+    /// Woken when something happened that `Follow` has to see.
+    TerminalScreen m_screen;
     DialogValues& m_values;
     int m_host;
     int m_width = 0;
@@ -67,8 +65,6 @@ private:
     newtComponent m_chooseLoginMode = nullptr;
     newtComponent m_ok = nullptr;
     newtComponent m_cancel = nullptr;
-    /// Readable when something happened that `Follow` has to see.
-    Orska::Support::FileDescriptor m_wake;
 };
 
 }  // namespace Veltrane::ODBC

@@ -10,6 +10,7 @@
 #include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/editors/EditorMain.h"
 #include "VeltraneDialog/editors/TerminalForm.h"
+#include "VeltraneDialog/editors/TerminalScreen.h"
 #include "VeltraneDialog/editors/Texts.h"
 
 namespace Veltrane::ODBC {
@@ -47,11 +48,20 @@ void TakeUtf8() {
     }
 }
 
-bool ShowInTerminal(DialogValues& io_values, HostConnection& io_host) {
+void PrepareTerminal() {
     TakeTerminal();
     CheckTerminalType();
     TakeUtf8();
+}
+
+bool ShowInTerminal(DialogValues& io_values, HostConnection& io_host) {
+    PrepareTerminal();
     return TerminalForm(io_values, io_host.Descriptor()).Run();
+}
+
+bool AskInTerminal(const std::string& in_question, HostConnection& io_host) {
+    PrepareTerminal();
+    return AskQuestion(in_question, io_host.Descriptor());
 }
 
 }  // namespace
@@ -59,6 +69,6 @@ bool ShowInTerminal(DialogValues& io_values, HostConnection& io_host) {
 }  // namespace Veltrane::ODBC
 
 int main(int in_argumentCount, char** in_arguments) {
-    return Veltrane::ODBC::EditorMain(in_argumentCount, in_arguments,
-                                      Veltrane::ODBC::ShowInTerminal);
+    using namespace Veltrane::ODBC;
+    return EditorMain(in_argumentCount, in_arguments, {ShowInTerminal, AskInTerminal});
 }

@@ -50,13 +50,14 @@ std::string TranslatePlain(const char* in_text) {
     return ampersand == std::string::npos ? text : text.erase(ampersand, 1);
 }
 
+std::string TranslateWith(const std::string& in_text, const std::string& in_name) {
+    std::string text = Translate(in_text.c_str());
+    const std::size_t place = text.find("%s");
+    return place == std::string::npos ? text : text.replace(place, 2, in_name);
+}
+
 std::string TitleFor(const std::string& in_name) {
-    if (in_name.empty()) {
-        return Translate(TEXT_TITLE_NEW);
-    }
-    std::string title = Translate(TEXT_TITLE);
-    const std::size_t place = title.find("%s");
-    return place == std::string::npos ? title : title.replace(place, 2, in_name);
+    return in_name.empty() ? Translate(TEXT_TITLE_NEW) : TranslateWith(TEXT_TITLE, in_name);
 }
 
 }  // namespace Veltrane::ODBC

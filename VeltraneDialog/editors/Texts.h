@@ -17,6 +17,9 @@ const char* Translate(const char* in_text);
 /// The translation without the ampersand before its accelerator.
 std::string TranslatePlain(const char* in_text);
 
+/// The translation with a name in the place of its %s.
+std::string TranslateWith(const std::string& in_text, const std::string& in_name);
+
 /// The title of the form; without a name, that of a new data source.
 std::string TitleFor(const std::string& in_name);
 

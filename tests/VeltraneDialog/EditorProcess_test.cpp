@@ -30,7 +30,7 @@ DialogValues Values() {
 
 EditorMessage Ask(const char* in_mode, const DialogValues& in_values = Values()) {
     setenv("FAKE_EDITOR", in_mode, 1);
-    return RunEditor(FAKE_EDITOR_PROGRAM, in_values);
+    return RunEditor(FAKE_EDITOR_PROGRAM, ShowRequest(in_values));
 }
 
 std::string ErrorOf(const char* in_mode) {
@@ -84,7 +84,7 @@ TEST(EditorProcess, AnEditorThatFailsIsAnErrorThatNamesItAndTheReason) {
 
 TEST(EditorProcess, AnEditorThatCannotBeStartedIsAnError) {
     try {
-        RunEditor(FAKE_EDITOR_PROGRAM ".missing", Values());
+        RunEditor(FAKE_EDITOR_PROGRAM ".missing", ShowRequest(Values()));
         FAIL();
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "The DSN editor " FAKE_EDITOR_PROGRAM
@@ -181,7 +181,7 @@ TEST(EditorProcess, ManyThreadsShowEditorsAtOnce) {
             DialogValues values = Values();
             values.m_server = std::u16string(static_cast<std::size_t>(1000 * i), u'x');
             for (int j = 0; j < 5; ++j) {
-                const EditorMessage answer = RunEditor(FAKE_EDITOR_PROGRAM, values);
+                const EditorMessage answer = RunEditor(FAKE_EDITOR_PROGRAM, ShowRequest(values));
                 answers += answer.m_values.m_server == *values.m_server + u"-changed" ? 1 : 0;
             }
         });

@@ -60,14 +60,20 @@ TEST(EditorProtocol, HasThisFormOnTheWire) {
     message.m_reason = "why";
     EXPECT_EQ(Encode(message), std::string("VDE1\4\0\0\0\7\0\0\0\3\0\0\0why", 19));
     EXPECT_EQ(Decode(Encode(message)).m_reason, "why");
+    message.m_kind = EditorMessageKind::ASK;
+    message.m_question = {"a %s?", "ü"};
+    EXPECT_EQ(Encode(message),
+              std::string("VDE1\5\0\0\0\x0F\0\0\0\5\0\0\0a %s?\2\0\0\0\xC3\xBC", 27));
+    EXPECT_EQ(Decode(Encode(message)).m_question.m_name, "ü");
 }
 
 TEST(EditorProtocol, RefusesWhatIsNoMessage) {
     const std::tuple<const char*, std::string> cases[] = {
         {"bytes that are no message", std::string("VDE2\3\0\0\0\0\0\0\0", 12)},
-        {"a message of an unknown kind", std::string("VDE1\5\0\0\0\0\0\0\0", 12)},
+        {"a message of an unknown kind", std::string("VDE1\7\0\0\0\0\0\0\0", 12)},
         {"a message of an unknown kind", std::string("VDE1\3\1\0\0\0\0\0\0", 12)},
         {"more bytes than its message has texts", std::string("VDE1\3\0\0\0\1\0\0\0x", 13)},
+        {"a text without its length", std::string("VDE1\5\0\0\0\4\0\0\0\0\0\0\0", 16)},
         {"a text without its length", std::string("VDE1\2\0\0\0\0\0\0\0", 12)},
         {"a text without its length", std::string("VDE1\4\0\0\0\3\0\0\0\1\0\0", 15)},
         {"a text longer than its message", std::string("VDE1\4\0\0\0\5\0\0\0\2\0\0\0x", 17)},
