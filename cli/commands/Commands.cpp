@@ -8,6 +8,7 @@ ExitCode RunCommand(const CommandLine& in_line) {
     constexpr std::pair<CommandId, ExitCode (*)(const CommandLine&)> COMMANDS[] = {
         {CommandId::Add, AddDsn},
         {CommandId::Set, SetDsn},
+        {CommandId::Edit, EditDsn},
         {CommandId::Remove, RemoveDsns},
         {CommandId::Show, ShowDsn},
         {CommandId::List, ListDsns},

@@ -14,6 +14,7 @@ ExitCode RunCommand(const CommandLine& in_line);
 
 ExitCode AddDsn(const CommandLine& in_line);
 ExitCode SetDsn(const CommandLine& in_line);
+ExitCode EditDsn(const CommandLine& in_line);
 ExitCode RemoveDsns(const CommandLine& in_line);
 ExitCode ApplyDescriptions(const CommandLine& in_line);
 

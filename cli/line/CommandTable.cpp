@@ -12,7 +12,7 @@ using O = OptionId;
 
 constexpr std::uint32_t CHANGE = Bit(C::Add) | Bit(C::Set);
 constexpr std::uint32_t LOGIN = CHANGE | Bit(C::Test);
-constexpr std::uint32_t WRITES = CHANGE | Bit(C::Remove) | Bit(C::Apply);
+constexpr std::uint32_t WRITES = CHANGE | Bit(C::Edit) | Bit(C::Remove) | Bit(C::Apply);
 constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | Bit(C::Check);
 constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
 constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Test) + 1)) - 1;
@@ -80,6 +80,10 @@ constexpr OptionInfo OPTIONS[] = {
      "Write nothing if one of the DSNs is refused.", Bit(C::Apply)},
     {O::DryRun, "-n,--dry-run", "", K::None, false, false,
      "Write nothing; show the exact difference.", WRITES | DRIVER},
+    {O::Copy, "--copy", "", K::None, false, false,
+     "Begin a new DSN with the values of the named one.", Bit(C::Edit)},
+    {O::Yes, "-y,--yes", "", K::None, false, false,
+     "Do not ask: after a change of its name, remove the DSN of the old one.", Bit(C::Edit)},
     {O::Format, "--format", "json|ini", K::Format, false, false,
      "The format. export writes json unless told otherwise; apply finds it out by itself.",
      Bit(C::Apply) | Bit(C::Export)},
@@ -120,6 +124,16 @@ constexpr CommandInfo COMMANDS[] = {
      "veltrane-dsn set sales --database archive\n"
      "veltrane-dsn set sales -p Trace=1 --unset Namespace\n"
      "veltrane-dsn set sales --server new.example.org --dry-run"},
+    {C::Edit, "edit", "[NAME]", K::Dsn, "change a DSN, or make a new one, in the editor",
+     "Shows the editor for a DSN, or for a new one if no name is given: a window where there is a "
+     "display, else a form in the terminal. Cancel changes nothing.\n"
+     "After OK the values are written as by set and add: keys that the form does not show stay. If "
+     "the name was changed, the DSN of the old name is removed, after a question. A DSN that has "
+     "the new name already is not replaced. What is refused can be changed in the form.",
+     "veltrane-dsn edit\n"
+     "veltrane-dsn edit sales\n"
+     "veltrane-dsn edit --copy sales\n"
+     "veltrane-dsn edit --system sales"},
     {C::Remove, "remove", "NAME...", K::Dsn, "remove DSNs", "Removes DSNs.",
      "veltrane-dsn remove sales\n"
      "veltrane-dsn remove --system --if-exists sales archive"},
@@ -228,6 +242,8 @@ constexpr ManualSection SECTIONS[] = {
      "ODBCINI\tThe user's file of DSNs; otherwise ~/.odbc.ini.\n"
      "ODBCSYSINI\tThe directory of the system's files; otherwise that of the driver manager.\n"
      "ODBCINSTINI\tThe name of the file of drivers there; otherwise odbcinst.ini.\n"
+     "VELTRANE_DSN_EDITOR\tThe editor that edit shows: desktop, terminal or the path of a "
+     "program.\n"
      "NO_COLOR\tIf it is set and not empty, nothing is coloured.\n"
      "TR4CE\tA trace of the setup library, for example 1:/tmp/trace.log."},
     {"FILES",

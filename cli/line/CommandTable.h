@@ -14,6 +14,7 @@ namespace Veltrane::Cli {
 enum class CommandId : unsigned {
     Add,
     Set,
+    Edit,
     Remove,
     Show,
     List,
@@ -59,6 +60,8 @@ enum class OptionId : unsigned {
     Prune,
     FailFast,
     DryRun,
+    Copy,
+    Yes,
     Format,
     Setup,
     Library,

@@ -30,10 +30,10 @@ def close_window(display_name, window):
 
 
 class DesktopEditorTest(editor_harness.DisplayTest):
-    def start(self, request, *attributes, **environment):
+    def start(self, request, *attributes, command=None, **environment):
         """Without a terminal, so that only the desktop is left."""
         environment = {"DISPLAY": self.display_name} | environment
-        self.process = subprocess.Popen(self.client_command(request, *attributes),
+        self.process = subprocess.Popen(command or self.client_command(request, *attributes),
                                         env=self.environment(**environment),
                                         start_new_session=True)
         self.addCleanup(self.end)
@@ -124,6 +124,19 @@ class DesktopEditorTest(editor_harness.DisplayTest):
         self.assertEqual(self.stored("sales"),
                          {"Driver": "Veltrane", "Server": "new", "LoginMode": "Standard",
                           "UID": "me", "PWD": "s3cret", "Database": "retail"})
+
+    def test_edit_of_the_tool_asks_before_it_removes_the_old_name(self):
+        before = self.existing()
+        self.start(None, command=[os.environ["VELTRANE_DSN"], "edit", "-q", "sales"], LANGUAGE="de",
+                   LC_ALL="C.UTF-8")
+        self.focus("Datenquelle sales")
+        self.keys("alt+n", "End")
+        self.type("2")
+        self.keys("Return")
+        self.focus("Veltrane")
+        self.keys("alt+j")
+        self.assertEqual(self.process.wait(editor_harness.TIMEOUT), 0)
+        self.assertEqual(self.ini.read_text().lstrip(), before.replace("[sales]", "[sales2]"))
 
     def leave(self, how):
         """Whatever was typed, a form that is left stores what was there before."""

@@ -21,9 +21,12 @@ class TerminalEditorTest(editor_harness.EditorTest):
 
     def start(self, request, *attributes, size=(80, 24), prefix="", suffix=""):
         """Without a display, so that only the terminal is left. A shell stays behind the client."""
-        command = shlex.join(self.client_command(request, *attributes))
+        self.start_command(shlex.join(self.client_command(request, *attributes)), size, prefix, suffix)
+
+    def start_command(self, command, size=(80, 24), prefix="", suffix=""):
         self.addCleanup(self.tmux, "kill-server")
-        self.tmux("new-session", "-d", "-x", str(size[0]), "-y", str(size[1]),
+        new = ["new-session", "-d", "-x", str(size[0]), "-y", str(size[1])]
+        self.tmux(*(["respawn-pane", "-k"] if self.tmux("list-sessions") else new),
                   f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; exec sleep 1000")
 
     def test_by_hand_it_only_tells_its_version(self):
@@ -164,6 +167,63 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.keys("Enter")
         self.assertEqual(self.errors(), (1, []))
         self.assertEqual(self.ini.read_bytes(), before.replace(b"UID=me", b"UID=me2"))
+
+    def test_edit_of_the_tool(self):
+        """Each row: arguments, then what is to be seen and the keys after it ("'" before a text that
+        is typed), then the exit code, what the tool says, and what is stored where that changes."""
+        form, again = "Data source sales", "Discard the values?"
+        moved = "gets a new name. Remove the old one, sales?"
+        sales = {"Driver": "Veltrane", "Server": "old", "UID": "me", "PWD": "s3cret",
+                 "Database": "retail", "Hint": "1"}
+        new = {"Driver": "Veltrane", "Server": "s", "Database": "d"}
+        for arguments, steps, code, said, changes in [
+                (["sales"], [(form, "Tab", "'2", "Enter")], 0, "sales: changed",
+                 {"sales": {**sales, "Server": "old2"}}),
+                (["sales"], [(form, "Tab", "'2", "Escape")], 0, "sales: unchanged", {}),
+                ([], [("New data source", "'new", "Tab", "'s", "Tab", "'d", "Enter")], 0,
+                 "new: added", {"new": new}),
+                ([], [("New data source", "'new", "Escape")], 0, "nothing is changed", {}),
+                (["sales"], [(form, "'2", "Enter"), (moved, "Tab", "Enter")], 0,
+                 "sales2: added\nsales: removed", {"sales": None, "sales2": sales}),
+                (["sales"], [(form, "'2", "Enter"), (moved, "Enter")], 0, "sales2: added",
+                 {"sales2": sales}),
+                (["sales", "-y"], [(form, "'2", "Enter")], 0, "sales: removed",
+                 {"sales": None, "sales2": sales}),
+                (["sales"], [(form, "C-u", "'other", "Enter"), ("There is a DSN", "Escape"),
+                             ("other_", "'2", "Enter"), (moved, "C-c")], 0, "other2: added",
+                 {"other2": sales}),
+                (["sales"], [(form, "C-u", "'SALES", "Enter"), ("are the", "Tab", "Space")],
+                 1, "are the same name", {}),
+                (["--copy", "sales"], [("New data source", "'other", "Enter"), (again, "Enter"),
+                                       ("other_", "'2", "Enter")], 0, "other2: added",
+                 {"other2": sales}),
+                (["--copy"], [], 2, "--copy needs the name", {}),
+                (["other"], [], 1, 'is one of the driver "Other"', {}),
+                (["none"], [], 3, "There is no DSN", {}),
+        ]:
+            with self.subTest(f"{arguments} {steps}"):
+                self.existing()
+                with self.ini.open("a") as file:
+                    file.write("Hint=1\n# theirs\n[other]\nDriver=Other\n")
+                before = self.ini.read_text()
+                for path in (self.answer, self.directory / "stty"):
+                    path.unlink(missing_ok=True)
+                command = shlex.join([os.environ["VELTRANE_DSN"], "edit", *arguments])
+                self.start_command(f"{command} > {self.directory}/said 2>&1; echo $? > {self.answer}")
+                for seen, *keys in steps:
+                    self.wait_for_text(seen)
+                    for key in keys:
+                        self.type(key[1:]) if key.startswith("'") else self.keys(key)
+                ended = wait_for(lambda: self.answer.exists() and self.answer.read_text(), self.screen)
+                self.assert_terminal_is_whole()
+                said_all = (self.directory / "said").read_text()
+                self.assertEqual(int(ended), code, said_all)
+                self.assertIn(said, said_all)
+                if not changes:
+                    self.assertEqual(self.ini.read_text(), before)
+                for name, values in changes.items():
+                    self.assertEqual(self.stored(name), values)
+                self.assertIn("# theirs\n[other]\nDriver=Other\n", self.ini.read_text())
 
     def leave(self, *keys):
         self.existing()

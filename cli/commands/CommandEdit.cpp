@@ -1,0 +1,167 @@
+#include "Setup/StringMarshalling.h"
+#include "VeltraneDialog/VeltraneDSNDialog.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Report.h"
+#include "cli/dsn/DsnChanger.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using ODBC::VeltraneDSNDialog;
+
+constexpr char OTHER_WAY[] = "use veltrane-dsn add and veltrane-dsn set.";
+
+/// What becomes of the form is written as add and set write it.
+class Editing {
+public:
+    explicit Editing(const CommandLine& in_line)
+        : m_line(in_line), m_store(GetScope(in_line)), m_report(in_line, m_store) {
+        m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+    }
+
+    ExitCode Run() {
+        Load();
+        for (;;) {
+            if (m_dialog.ShowDialog(OTHER_WAY) != VeltraneDSNDialog::RESULT_OK) return Cancel();
+            try {
+                return Save();
+            } catch (const CommandError& error) {
+                if (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_DISCARD, error.what())) throw;
+            }
+        }
+    }
+
+private:
+    bool IsAsking() const { return !m_line.Has(OptionId::Yes); }
+
+    /// Before the user types in vain.
+    void CheckAccess() const {
+        const std::string reason = m_store.WhyNotWritable();
+        if (!reason.empty() && !m_line.Has(OptionId::DryRun)) {
+            throw CommandError(EXIT_FAILED, reason);
+        }
+    }
+
+    void Load() {
+        const bool isCopy = m_line.Has(OptionId::Copy);
+        if (m_line.m_arguments.empty()) {
+            if (isCopy) throw CommandError(EXIT_USAGE, "--copy needs the name of a DSN.");
+            CheckAccess();
+            return;
+        }
+        const std::string& name = m_line.m_arguments.front();
+        const std::optional<Entries> stored = m_store.Read(name);
+        if (!stored) throw NoSuchDsn(m_store, name);
+        DsnWish wish;
+        wish.m_name = name;
+        wish.m_driver = m_driver;
+        wish.m_isAbsent = true;
+        MakePlan(wish, stored);  // refuses a DSN of another driver
+        CheckAccess();
+        m_stored = *stored;
+        if (!isCopy) m_name = name;
+        for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+            m_dialog.Set(field, ToText(field.m_key == "DSN" ? m_name : stored->Get(field.m_key)));
+        }
+    }
+
+    ExitCode Cancel() {
+        if (m_name.empty()) {
+            m_report.AddNotice("Cancelled; nothing is changed.");
+        } else {
+            m_report.AddDone(MakeResult(m_name).m_plan);
+        }
+        return m_report.Finish();
+    }
+
+    ExitCode Save() {
+        const std::string name = ToUtf8(m_dialog.GetDSN());
+        const bool isRenamed = !m_name.empty() && name != m_name;
+        if (isRenamed && EqualsIgnoringCase(name, m_name)) {
+            throw CommandError(EXIT_FAILED, "For the driver manager \"" + name + "\" and \"" +
+                                                m_name + "\" are the same name.");
+        }
+        const DsnWish wish = MakeWish(name);
+        // What is refused is no reason for a question.
+        m_isOldRemoved = false;
+        Change(wish, true);
+        m_isOldRemoved =
+            isRenamed && (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_REMOVE_OLD, m_name));
+        for (const DsnResult& result : Change(wish, m_line.Has(OptionId::DryRun))) {
+            m_report.AddDone(result.m_plan);
+        }
+        return m_report.Finish();
+    }
+
+    DsnResults Change(const DsnWish& in_wish, bool in_isDryRun) const {
+        DsnResults results = ChangeDsns(
+            m_store, [&](const ODBC::ProfileView& in_view) { return Plan(in_wish, in_view); },
+            in_isDryRun);
+        for (const DsnResult& result : results) {
+            if (!result.m_failure.empty()) throw CommandError(EXIT_FAILED, result.m_failure);
+        }
+        return results;
+    }
+
+    /// The fields that the user has changed, so that what others write meanwhile stays; of a new
+    /// name all, with the keys that the form does not show.
+    DsnWish MakeWish(const std::string& in_name) const {
+        DsnWish wish;
+        wish.m_name = in_name;
+        wish.m_driver = m_driver;
+        if (!EqualsIgnoringCase(in_name, m_name)) {
+            for (const auto& [key, value] : m_stored) {
+                if (!EqualsIgnoringCase(key, "Driver")) wish.m_values.Set(key, value);
+            }
+        }
+        for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+            const ODBC::DialogString text = m_dialog.Get(field);
+            if (field.m_key == "DSN" || text == ToText(m_stored.Get(field.m_key))) continue;
+            wish.m_values.Set(field.m_key, ToUtf8(text));
+        }
+        return wish;
+    }
+
+    DsnResults Plan(const DsnWish& in_wish, const ODBC::ProfileView& in_view) const {
+        const std::optional<Entries> current = ReadDsn(in_view, in_wish.m_name);
+        const bool isNew = !EqualsIgnoringCase(in_wish.m_name, m_name);
+        if (isNew && current) {
+            throw CommandError(EXIT_EXISTS, "There is a DSN \"" + in_wish.m_name +
+                                                "\" already in " + m_store.GetPath() + ".");
+        }
+        if (!isNew && !current) throw NoSuchDsn(m_store, m_name);
+        DsnResults results{{MakePlan(in_wish, current), {}}};
+        if (m_isOldRemoved) {
+            DsnWish old;
+            old.m_name = m_name;
+            old.m_driver = m_driver;
+            old.m_isAbsent = true;
+            results.push_back({MakePlan(old, ReadDsn(in_view, m_name)), {}});
+        }
+        return results;
+    }
+
+    /// As the setup library shows a value: bytes that are no UTF-8 become U+FFFD.
+    static ODBC::DialogString ToText(const std::string& in_value) {
+        return ODBC::ToEditorString(Orska::Support::orska_wstring().SetFromUtf8(in_value));
+    }
+    static std::string ToUtf8(const ODBC::DialogString& in_text) {
+        return ODBC::FromEditorString(in_text).GetAsUtf8();
+    }
+
+    const CommandLine& m_line;
+    DsnStore m_store;
+    Report m_report;
+    std::string m_driver;
+    std::string m_name;  ///< of the DSN that is changed; empty for a new one
+    Entries m_stored;    ///< what the form began with
+    VeltraneDSNDialog m_dialog;
+    bool m_isOldRemoved = false;
+};
+
+}  // namespace
+
+ExitCode EditDsn(const CommandLine& in_line) { return Editing(in_line).Run(); }
+
+}  // namespace Veltrane::Cli
