@@ -42,6 +42,10 @@ public:
     /// empty when it has not.
     std::string FindLeftRecord() const;
 
+    /// The paths of temporary files of a killed change, which no living process owns. None on
+    /// Windows.
+    std::vector<std::string> FindLeftFiles() const;
+
 private:
     Scope m_scope;
     ODBC::Profile m_profile;

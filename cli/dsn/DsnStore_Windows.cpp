@@ -16,4 +16,6 @@ std::string DsnStore::FindLeftRecord() const {
            "\\Software\\Veltrane\\veltrane-dsn\\Change";
 }
 
+std::vector<std::string> DsnStore::FindLeftFiles() const { return {}; }
+
 }  // namespace Veltrane::Cli

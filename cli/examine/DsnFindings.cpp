@@ -5,7 +5,6 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/Entries.h"
 #include "cli/examine/FileRights.h"
-#include "cli/examine/LeftFiles.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
@@ -122,7 +121,7 @@ Findings ExamineFile(const DsnStore& in_store) {
     Findings findings;
     std::optional<ODBC::ProfileView> read;
     // Reading removes them.
-    const std::vector<std::string> leftFiles = FindLeftFiles(in_store.GetPath());
+    const std::vector<std::string> leftFiles = in_store.FindLeftFiles();
     try {
         read = in_store.Load();
     } catch (const CommandError& error) {

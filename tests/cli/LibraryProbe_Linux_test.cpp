@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/examine/DriverFindings.h"
-#include "cli/examine/DriverManagerFindings.h"
+#include "cli/examine/DriverManager.h"
 
 namespace Veltrane::Cli {
 namespace {

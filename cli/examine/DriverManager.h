@@ -1,8 +1,11 @@
-/// Which driver manager is installed.
-#ifndef CLI_DRIVERMANAGERPROBE_H
-#define CLI_DRIVERMANAGERPROBE_H
+/// Which driver manager is installed, and what is known to be wrong with it and with the
+/// environment.
+#ifndef CLI_DRIVERMANAGER_H
+#define CLI_DRIVERMANAGER_H
 
 #include <string>
+
+#include "cli/examine/Finding.h"
 
 namespace Veltrane::Cli {
 
@@ -15,6 +18,12 @@ struct DriverManagerInfo {
 };
 
 DriverManagerInfo ProbeDriverManager();
+
+/// The defects that this version of the driver manager is known for, and its version as a note.
+Findings ExamineDriverManager(const DriverManagerInfo& in_info);
+
+/// The environment variables that send the driver manager to other files.
+Findings ExamineEnvironment();
 
 }  // namespace Veltrane::Cli
 

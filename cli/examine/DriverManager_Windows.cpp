@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "VeltraneDialog/WideText_Windows.h"
-#include "cli/examine/DriverManagerProbe.h"
+#include "cli/examine/DriverManager.h"
 
 namespace Veltrane::Cli {
 
@@ -39,5 +39,16 @@ DriverManagerInfo ProbeDriverManager() {
     info.m_version = ReadFileVersion(path);
     return info;
 }
+
+Findings ExamineDriverManager(const DriverManagerInfo& in_info) {
+    const std::string version =
+        in_info.m_version.empty() ? "of an unknown version" : in_info.m_version;
+    return {{Severity::Note, "manager-version",
+             "The ODBC installer is " + in_info.m_library + ", " + version + ".",
+             "Nothing has to be done."}};
+}
+
+/// No variable sends the installer to other keys.
+Findings ExamineEnvironment() { return {}; }
 
 }  // namespace Veltrane::Cli
