@@ -153,9 +153,9 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
     DsnResults results;
     try {
         results = ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), check);
-    } catch (const CommandError& error) {
+    } catch (const std::exception& error) {
         // Nothing is written. A program that reads the answer finds the reason with each DSN.
-        if (!in_line.Has(OptionId::Json) || error.GetExitCode() != EXIT_FAILED) throw;
+        if (!in_line.Has(OptionId::Json)) throw;
         for (const Wish& wish : wishes) {
             results.push_back(MakeResult(wish.m_wish.m_name, error.what()));
         }

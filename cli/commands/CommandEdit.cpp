@@ -26,7 +26,7 @@ public:
             if (m_dialog.ShowDialog(OTHER_WAY) != VeltraneDSNDialog::RESULT_OK) return Cancel();
             try {
                 return Save();
-            } catch (const CommandError& error) {
+            } catch (const std::exception& error) {
                 if (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_DISCARD, error.what())) throw;
             }
         }

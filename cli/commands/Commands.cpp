@@ -40,7 +40,7 @@ CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn) {
             text += " There is one in " + other.GetPath() + ": try " +
                     (isSystem ? "without --system." : "--system.");
         }
-    } catch (const CommandError&) {
+    } catch (const std::exception&) {
         // The other file has nothing to do with the command.
     }
     return {EXIT_NOT_FOUND, text};

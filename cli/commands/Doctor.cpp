@@ -51,7 +51,7 @@ Findings Examine(const std::string& in_driver) {
     const auto add = [&findings](const auto& in_examine) {
         try {
             Append(findings, in_examine());
-        } catch (const CommandError& error) {
+        } catch (const std::exception& error) {
             findings.push_back({Severity::Error, "cannot-examine", std::string(error.what()) + ".",
                                 "Give yourself the right to read it and run doctor again."});
         }

@@ -13,11 +13,7 @@ bool DriverRegistry::IsName(const std::string& in_driver) {
 DriverRegistry::DriverRegistry() : m_profile(ODBC::Profile::Kind::DRIVERS) {}
 
 const ODBC::ProfileView& DriverRegistry::View() const {
-    try {
-        if (!m_view) m_view = m_profile.Read();
-    } catch (const ODBC::ProfileError& error) {
-        throw CommandError(EXIT_FAILED, error.what());
-    }
+    if (!m_view) m_view = m_profile.Read();
     return *m_view;
 }
 
@@ -51,13 +47,9 @@ void DriverRegistry::Unregister(const std::string& in_driver) const {
 }
 
 void DriverRegistry::Change(const std::function<void(ODBC::ProfileChange&)>& in_plan) const {
-    try {
-        m_view.reset();
-        for (const auto& [section, reason] : m_profile.Change(in_plan)) {
-            throw CommandError(EXIT_FAILED, section + ": " + reason);
-        }
-    } catch (const ODBC::ProfileError& error) {
-        throw CommandError(EXIT_FAILED, error.what());
+    m_view.reset();
+    for (const auto& [section, reason] : m_profile.Change(in_plan)) {
+        throw CommandError(EXIT_FAILED, section + ": " + reason);
     }
 }
 

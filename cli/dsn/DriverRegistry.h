@@ -25,13 +25,13 @@ public:
     static bool IsName(const std::string& in_driver);
 
     /// The names of the drivers in the order of the file.
-    /// @throws CommandError EXIT_FAILED with path and reason when they are there but unreadable
+    /// @throws ODBC::ProfileError with path and reason when they are there but unreadable
     std::vector<std::string> GetNames() const;
     /// The entries of a driver; nothing when it is not registered, or when this is no name.
     std::optional<Entries> Find(const std::string& in_driver) const;
 
     /// Sets the entries of a driver, which is added when it is new.
-    /// @throws CommandError EXIT_FAILED with path and reason
+    /// @throws ODBC::ProfileError and CommandError EXIT_FAILED, with path and reason
     void Register(const std::string& in_driver, const Entries& in_entries) const;
     void Unregister(const std::string& in_driver) const;
 

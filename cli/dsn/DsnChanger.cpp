@@ -82,14 +82,10 @@ DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bo
             if (IsToDo(result)) CarryOut(result.m_plan, io_change);
         }
     };
-    try {
-        for (const auto& [dsn, reason] : in_store.GetProfile().Change(write)) {
-            for (DsnResult& result : results) {
-                if (EqualsIgnoringCase(result.m_plan.m_name, dsn)) result.m_failure = reason;
-            }
+    for (const auto& [dsn, reason] : in_store.GetProfile().Change(write)) {
+        for (DsnResult& result : results) {
+            if (EqualsIgnoringCase(result.m_plan.m_name, dsn)) result.m_failure = reason;
         }
-    } catch (const ODBC::ProfileError& error) {
-        throw CommandError(EXIT_FAILED, error.what());
     }
     return results;
 }

@@ -35,7 +35,7 @@ void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResult
 using DsnCheck = std::function<void(const DsnResults&, bool in_isLocked)>;
 
 /// @return the results of the plan that was carried out, or of the first one in a dry run
-/// @throws CommandError EXIT_FAILED with path and reason where nothing could be written
+/// @throws ODBC::ProfileError with path and reason where nothing could be written
 DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
                       const DsnCheck& in_check = {});
 

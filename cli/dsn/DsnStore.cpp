@@ -2,8 +2,6 @@
 
 #include <unordered_set>
 
-#include "cli/system/CommandError.h"
-
 namespace Veltrane::Cli {
 
 using ODBC::Profile;
@@ -15,14 +13,6 @@ DsnStore::DsnStore(Scope in_scope)
     : m_scope(in_scope),
       m_profile(in_scope == Scope::System ? Profile::Kind::SYSTEM_DATA_SOURCES
                                           : Profile::Kind::USER_DATA_SOURCES) {}
-
-ProfileView DsnStore::Load() const {
-    try {
-        return m_profile.Read();
-    } catch (const ODBC::ProfileError& error) {
-        throw CommandError(EXIT_FAILED, error.what());
-    }
-}
 
 std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
     return ReadDsn(Load(), in_dsn);

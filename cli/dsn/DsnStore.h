@@ -27,11 +27,11 @@ public:
     const ODBC::Profile& GetProfile() const { return m_profile; }
 
     /// What is there now; empty when there is nothing.
-    /// @throws CommandError EXIT_FAILED with path and reason
-    ODBC::ProfileView Load() const;
+    /// @throws ODBC::ProfileError with path and reason
+    ODBC::ProfileView Load() const { return m_profile.Read(); }
 
     /// The section of a DSN; nothing when there is none or the name is reserved.
-    /// @throws CommandError as Load
+    /// @throws ODBC::ProfileError as Load
     std::optional<Entries> Read(const std::string& in_dsn) const;
 
     /// Path and reason when a change could not be written now; empty when it could. Leaves nothing

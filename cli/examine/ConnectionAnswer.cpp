@@ -175,7 +175,7 @@ void AnswerConnectionTest() {
     const Orska::Support::WipeAtEnd wipe(line);
     try {
         Answer(Json::parse(line), answer);
-    } catch (const CommandError& error) {
+    } catch (const std::exception& error) {
         answer.Write(ToLine({{"reason", error.what()}}));
     }
 }

@@ -124,7 +124,7 @@ Findings ExamineFile(const DsnStore& in_store) {
     const std::vector<std::string> leftFiles = in_store.FindLeftFiles();
     try {
         read = in_store.Load();
-    } catch (const CommandError& error) {
+    } catch (const std::exception& error) {
         return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
                  "Give yourself the right to read it, or move text that stands before the first "
                  "section into one."}};
@@ -177,7 +177,7 @@ Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system) {
                                 "Remove the one that is not meant: veltrane-dsn remove " +
                                     Quote(dsn) + ", or with --system."});
         }
-    } catch (const CommandError&) {
+    } catch (const std::exception&) {
         // Reported with the file itself.
     }
     return findings;
