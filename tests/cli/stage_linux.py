@@ -83,11 +83,9 @@ class Stage:
     def compile(self, name, source, *libraries):
         """Gives the path of a shared library, which needs these in the same folder."""
         path = os.path.join(self.folder, name)
-        with open(path + ".c", "w", encoding="utf-8") as file:
-            file.write(source)
-        subprocess.run(["cc", "-shared", "-fPIC", "-o", path + ".so", path + ".c",
-                        "-L" + self.folder, *("-l:" + os.path.basename(it) for it in libraries)],
-                       check=True)
+        subprocess.run(["cc", "-shared", "-fPIC", "-o", path + ".so", "-x", "c", "-", "-L" + self.folder,
+                        *("-l:" + os.path.basename(it) for it in libraries)],
+                       input=source, text=True, check=True)
         return path + ".so"
 
     def compile_program(self, name, source):

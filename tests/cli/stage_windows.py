@@ -158,10 +158,9 @@ class Stage:
     def compile(self, name, source, *libraries):
         """Gives the path of a shared library, which needs these in the same folder."""
         path = os.path.join(self.folder, name)
-        with open(path + ".c", "w", encoding="utf-8") as file:
-            file.write(source)
-        subprocess.run([os.environ["C_COMPILER"], "-shared", "-s", "-o", path + ".dll", path + ".c",
-                        *(self.unix(it) for it in libraries)], check=True)
+        subprocess.run([os.environ["C_COMPILER"], "-shared", "-s", "-o", path + ".dll", "-x", "c", "-",
+                        "-x", "none", *(self.unix(it) for it in libraries)],
+                       input=source, text=True, check=True)
         return self.native(path + ".dll")
 
     def unix(self, path):

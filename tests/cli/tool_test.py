@@ -25,6 +25,8 @@ else:
     from stage_linux import Stage
 
 PASSWORD = "p=;#'\"{}[]\\%$ ü€日本😀"
+SALES_VALUES = {"Server": "db", "Database": "d"}
+SALES = {"Driver": "Veltrane", **SALES_VALUES}
 
 
 class ToolTest(unittest.TestCase):
@@ -64,6 +66,13 @@ class ToolTest(unittest.TestCase):
 
     def run_json(self, *arguments, **others):
         return json.loads(self.run_tool(*arguments, "--json", **others)[0])
+
+    def findings(self, code=1, **environment):
+        """What doctor finds, the texts by their ids."""
+        report = self.run_json("doctor", code=code, **environment)
+        for finding in report["findings"]:
+            self.assertRegex(finding["repair"], r"\.$")
+        return {finding["id"]: finding["text"] for finding in report["findings"]}
 
     def run_together(self, *commands):
         """Runs the tool several times at once."""

@@ -242,10 +242,6 @@ class KillsTest(FileTest):
 
 
 class FileFindingsTest(FileTest):
-    def findings(self, **environment):
-        report = self.run_json("doctor", code=1, **environment)
-        return {finding["id"]: finding["text"] for finding in report["findings"]}
-
     def test_finds_what_is_wrong_with_a_shared_object(self):
         self.register(self.stage.compile("symbol", "int absent_function(void);"
                                                    "int ConfigDSN(void) { return absent_function(); }"))

@@ -2,9 +2,7 @@
 """What veltrane-dsn takes and refuses: command lines, connection strings, descriptions (tool_test.py)."""
 import json
 
-from tool_test import PASSWORD, ToolTest, main
-
-SALES = {"Driver": "Veltrane", "Server": "db", "Database": "d"}
+from tool_test import PASSWORD, SALES, ToolTest, main
 
 
 class LineTest(ToolTest):
@@ -47,6 +45,31 @@ class LineTest(ToolTest):
                 ("add a -p", "--property needs a value: -p, --property KEY=VALUE."),
                 ("add a --sever=x", "There is no option --sever. Did you mean --server?")):
             self.assert_refused("veltrane-dsn: " + text, *words.split())
+
+    def test_what_contradicts_itself_or_cannot_be_stored_changes_nothing(self):
+        self.add_sales()
+        add = ["add", "new", "--server", "s", "--database", "d"]
+        for part, *arguments in (
+                ("--format is json or ini.", "apply", "--format", "xml", "-"),
+                ("--format is json or ini.", "export", "--format", "xml"),
+                ("--if-missing and --replace exclude each other.", *add, "--if-missing", "--replace"),
+                ("-p has to be followed by KEY=VALUE.", "set", "sales", "-p", "Trace"),
+                ("a DSN cannot do without Server.", "set", "sales", "--unset", "server"),
+                ("the driver is given with --driver.", "set", "sales", "-p", "Driver=x"),
+                ("UID is both given and removed.", "set", "sales", "--uid", "x", "--unset", "uid"),
+                ("UID: ", "set", "sales", "-p", "UID=a\nb"),
+                ("Server: ", "set", "sales", "--server", " x"),
+                ("Server: ", "set", "sales", "--server", ""),
+                ("Database: ", "set", "sales", "--database", 1000 * "x"),
+                ("X: No line of odbc.ini can hold", "set", "sales", "-p", "X=" + 1000 * "x"),
+                ("DSN: ", "add", "a[b", *add[2:]),
+                ("come from two places", *add, "--pwd-stdin", "--pwd-env", "X"),
+                ("A new DSN needs --server and --database.", "add", "new", "--uid", "u")):
+            self.assert_refused(part, *arguments)
+        self.assert_refused("PWD: ", "set", "sales", "--pwd-stdin", stdin="hunter2 ", code=1)
+        self.assert_refused("pwd_env: the variable NOT_SET is not set.", "apply", "-", "-q", stdin=json.dumps(
+            [{"name": "sales", "pwd_env": "NOT_SET", "values": {}}]), code=1)
+        self.assertEqual(self.dsns(), {"sales": SALES})
 
     def test_a_connection_string_is_taken_apart(self):
         add = ["add", "a", "--server", "s", "--database", "d", "-n", "--connection-string"]

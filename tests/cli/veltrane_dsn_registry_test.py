@@ -3,9 +3,7 @@
 import itertools
 import json
 
-from tool_test import ToolTest, main
-
-SALES = {"Driver": "Veltrane", "Server": "db", "Database": "d"}
+from tool_test import SALES, ToolTest, main
 
 
 class RegistryTest(ToolTest):

@@ -3,10 +3,7 @@
 import json
 import os
 
-from tool_test import PASSWORD, ToolTest, main
-
-SALES_VALUES = {"Server": "db", "Database": "d"}
-SALES = {"Driver": "Veltrane", **SALES_VALUES}
+from tool_test import PASSWORD, SALES, SALES_VALUES, ToolTest, main
 
 
 class ChangeTest(ToolTest):
@@ -86,26 +83,7 @@ class ChangeTest(ToolTest):
     def test_doctor_names_what_a_killed_run_of_an_older_version_left(self):
         self.write({"sales": SALES})
         self.stage.write_record("[change]\nDSN=sales\n[before]\n[kept]\nHint=1\n[end]\n")
-        found = {finding["id"]: finding["text"] for finding in self.run_json("doctor")["findings"]}
-        self.assertIn(self.stage.record, found["change-interrupted"])
-
-    def test_refuses_what_contradicts_itself_and_changes_nothing(self):
-        self.add_sales()
-        for arguments, code in [(("apply", "--format", "xml", "-"), 2),
-                                (("export", "--format", "xml"), 2),
-                                (("add", "sales", "--server", "x", "--database", "y", "--if-missing",
-                                  "--replace"), 2),
-                                (("set", "sales", "-p", "Trace"), 2),
-                                (("set", "sales", "--unset", "server"), 2),
-                                (("set", "sales", "-p", "Driver=x"), 2),
-                                (("set", "sales", "--uid", "x", "--unset", "uid"), 2)]:
-            with self.subTest(arguments):
-                self.assertNotEqual(self.run_tool(*arguments, code=code)[1], "")
-                self.assertEqual(self.dsns(), {"sales": SALES})
-        with_variable = json.dumps([{"name": "sales", "pwd_env": "NOT_SET", "values": {}}])
-        _, errors = self.run_tool("apply", "-", stdin=with_variable, code=1)
-        self.assertIn("NOT_SET", errors)
-        self.assertEqual(self.dsns(), {"sales": SALES})
+        self.assertIn(self.stage.record, self.findings(0)["change-interrupted"])
 
     def test_existing_and_missing_dsns_have_exit_codes_of_their_own(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
@@ -131,18 +109,6 @@ class ChangeTest(ToolTest):
         self.assertEqual(output, "sales: would be changed\n-Server=db\n+Server=x\n-UID=anna\n+A=\n")
         self.run_tool("remove", "sales", "--dry-run")
         self.run_tool("add", "more", "--server", "x", "--database", "y", "--dry-run")
-        self.assertEqual(self.dsns(), before)
-
-    def test_a_value_that_could_not_be_read_back_changes_nothing(self):
-        self.add_sales()
-        before = self.dsns()
-        for arguments in (["-p", "UID=a\nb"], ["--server", " x"], ["-p", "X=" + 1000 * "x"],
-                          ["--server", ""], ["--database", 1000 * "x"]):
-            self.run_tool("set", "sales", *arguments, code=2)
-        self.run_tool("add", "a[b", "--server", "s", "--database", "d", code=2)
-        self.run_tool("set", "sales", "--pwd-stdin", stdin="x ", code=1)
-        _, errors = self.run_tool("add", "new", "--uid", "u", code=2)
-        self.assertIn("A new DSN needs --server and --database.", errors)
         self.assertEqual(self.dsns(), before)
 
     def test_a_new_dsn_needs_a_registered_driver(self):
@@ -245,7 +211,6 @@ class SecretsTest(ToolTest):
             self.assertNotIn("hunter2", errors)
             if arguments[0] != "--pwd-stdin":
                 self.assertIn("--pwd-stdin", errors)
-        self.run_tool("add", "s", "--pwd-stdin", "--pwd-env", "X", code=2)
         self.add_sales("--pwd-env", "NOT_SET", code=1)
         self.add_sales("--pwd-file", self.stage.NOWHERE, code=1)
         self.assertEqual(self.dsns(), {})
@@ -437,12 +402,6 @@ class DriverTest(ToolTest):
 
 
 class DoctorTest(ToolTest):
-    def findings(self, code, **environment):
-        report = self.run_json("doctor", code=code, **environment)
-        for finding in report["findings"]:
-            self.assertRegex(finding["repair"], r"\.$")
-        return {finding["id"]: finding["text"] for finding in report["findings"]}
-
     def test_finds_nothing_wrong_where_nothing_is(self):
         self.add_sales()
         found = self.findings(0)
@@ -471,25 +430,25 @@ class DoctorTest(ToolTest):
     def test_finds_what_is_wrong_with_the_driver(self):
         nowhere = self.stage.NOWHERE
         self.stage.write("drivers", {"Other": {"Setup": nowhere}})
-        self.assertIn("Registered are: Other", self.findings(1)["driver-not-registered"])
+        self.assertIn("Registered are: Other", self.findings()["driver-not-registered"])
         self.stage.write("drivers", {"Veltrane": {"Driver": nowhere}})
-        found = self.findings(1)
+        found = self.findings()
         self.assertIn("has no Setup entry", found["driver-without-setup"])
         self.assertIn("register --replace --library PATH.", self.run_json("doctor", code=1)
                       ["findings"][1]["repair"])
         self.assertIn("Driver=" + nowhere, found["library-not-found"])
         self.stage.write("drivers", {"Veltrane": {"Setup": nowhere}})
-        found = self.findings(1)
+        found = self.findings()
         self.assertIn(self.stage.NOT_FOUND, found["library-not-found"])
         self.assertIn("programs cannot connect", found["driver-without-library"])
         self.register(self.stage.NOWHERE.replace("C:", "")[1:])
-        self.assertIn("depends on the working directory", self.findings(1)["library-path-relative"])
+        self.assertIn("depends on the working directory", self.findings()["library-path-relative"])
         self.register(self.write_file("text.so", "not a library"))
-        self.assertIn("library-not-a-library", self.findings(1))
+        self.assertIn("library-not-a-library", self.findings())
         self.register(self.stage.native(self.folder))
-        self.assertIn("library-not-a-library", self.findings(1))
+        self.assertIn("library-not-a-library", self.findings())
         self.register_compiled("EXPORTED int nothing;")
-        self.assertIn("ConfigDSN", self.findings(1)["library-no-entry-point"])
+        self.assertIn("ConfigDSN", self.findings()["library-no-entry-point"])
 
     def test_finds_a_library_that_another_one_needs_missing(self):
         needed = self.stage.compile("libneeded_by_test", self.stage.PRELUDE +
@@ -498,20 +457,20 @@ class DoctorTest(ToolTest):
                                          "EXPORTED int ConfigDSN(void) { return needed(); }", needed)
         self.stage.remove(needed)
         self.assertIn(f"Setup={library} cannot be loaded: it needs {self.stage.base(needed)}, which",
-                      self.findings(1)["library-missing-dependency"])
+                      self.findings()["library-missing-dependency"])
 
     def test_finds_a_library_of_another_architecture(self):
         library = self.register_compiled("EXPORTED int ConfigDSN(void) { return 1; }")
         self.stage.make_foreign(library)
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
-        self.assertRegex(self.findings(1)["library-wrong-architecture"],
+        self.assertRegex(self.findings()["library-wrong-architecture"],
                          r"^Driver=.* (64-bit AArch64|.*x86-64) instead of ")
 
     def test_finds_what_is_wrong_with_dsns(self):
         self.write({"sales": SALES, "none": {"x": "1"}}, "system")
         self.write({"sales": {"Driver": "Veltrane", "Server": "s", "PWD": "hunter2"},
                     "lost": {"Driver": "Nobody"}, "none": {"x": "1"}})
-        found = self.findings(1)
+        found = self.findings()
         user, system = (self.stage.places[name] for name in ("user", "system"))
         for name, text in (("value-missing", 'Database of the DSN "sales"'),
                            ("user-dsn-shadows-system-dsn", f"of {user} hides the one of {system}."),
