@@ -17,8 +17,10 @@ void FailAt(std::size_t in_number, int in_error) {
 }
 
 void Check(const RequestOnFiles& in_request, const std::string& in_old, const std::string& in_new,
-           int in_result, long in_openFiles) {
+           int in_result, long in_openFiles, bool in_mayLeaveFile) {
     const std::string now = in_request.Read();
+    EXPECT_TRUE(!now.empty() || !std::filesystem::exists(in_request.File()));
+    EXPECT_LE(in_request.CountLeftFiles(), in_mayLeaveFile ? 1u : 0u);
     EXPECT_EQ(RequestOnFiles::CountErrors(), in_result == 0 ? 1u : 0u);
     EXPECT_TRUE(now == in_old || now == in_new) << now;
     if (in_result == 1) {
@@ -38,6 +40,9 @@ TEST(RequestFaults, EachSystemCallFails) {
     RequestOnFiles request;
     for (const FileRequest& kind : RequestOnFiles::All()) {
         request.Use(kind);
+        // The mode, for versions that let a request only see which files they open: looking takes
+        // 6 to 20 ms, in which the system ends the watch.
+        ::setenv("ODBCSEARCH", kind.m_isSystem ? "ODBC_SYSTEM_DSN" : "ODBC_USER_DSN", 1);
         request.Prepare();
         const std::string before = request.Read();
         s_systemCalls = {};
@@ -56,11 +61,11 @@ TEST(RequestFaults, EachSystemCallFails) {
                 const int result = request.Run();
                 // How often a request waits for others decides how many calls it makes.
                 const auto& made = s_systemCalls.m_calls;
-                SCOPED_TRACE(request.Describe() + ", " +
-                             (call < made.size() ? made[call] : "not reached") + " " +
-                             std::to_string(call) + ", error " + std::to_string(error));
+                const std::string name = call < made.size() ? made[call] : "not reached";
+                SCOPED_TRACE(request.Describe() + ", " + name + " " + std::to_string(call) +
+                             ", error " + std::to_string(error));
                 failed += result == 0 ? 1 : 0;
-                Check(request, before, after, result, openFiles);
+                Check(request, before, after, result, openFiles, name == "unlink");
                 if (testing::Test::HasFailure()) return;
             }
         }
