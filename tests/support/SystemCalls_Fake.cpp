@@ -121,6 +121,10 @@ ssize_t ListAttributes(int in_handle, char* out_names, std::size_t in_size) {
 
 int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned in_flags) {
     if (!Enter("rename")) return -1;
+    if (in_flags != 0 && !s_systemCalls.m_hasRenameFlags) {
+        errno = EINVAL;
+        return -1;
+    }
     return ::renameat2(in_directory, in_from, in_directory, in_to, in_flags);
 }
 

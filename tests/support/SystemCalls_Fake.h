@@ -18,6 +18,8 @@ struct FakeSystemCalls {
     std::function<int(const std::string&, std::size_t)> m_before;
     /// The most bytes that one read or write moves.
     std::size_t m_maxTransfer = static_cast<std::size_t>(-1);
+    /// The file system knows the flags of renameat2.
+    bool m_hasRenameFlags = true;
     /// Handles that are open now.
     int m_openHandles = 0;
     /// Sleeps take their time, and do not only move the clock.
