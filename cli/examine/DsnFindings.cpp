@@ -19,10 +19,19 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Finding
         const std::string value = key == "DSN" ? in_dsn : in_entries.Get(key);
         const char* const reason = ODBC::WhyRefused(field, value);
         if (reason == nullptr) continue;
-        const bool isMissing = ODBC::IsOnlyMissing(field, value);
+        const std::string subject = key + " of the DSN " + Quote(in_dsn);
+        if (key != "DSN" && !ODBC::IsOnlyMissing(field, value)) {
+            io_findings.push_back(
+                {Severity::Warning, "value-refused-as-new",
+                 subject +
+                     " is kept as long as nobody changes it. As new text it is refused: " + reason,
+                 "If it is not meant: veltrane-dsn set " + Quote(in_dsn) + " -p " + key +
+                     "=VALUE."});
+            continue;
+        }
         io_findings.push_back(
-            {Severity::Error, isMissing ? "value-missing" : "value-does-not-survive",
-             key + " of the DSN " + Quote(in_dsn) + ": " + reason,
+            {Severity::Error, key == "DSN" ? "value-does-not-survive" : "value-missing",
+             subject + ": " + reason,
              key == "DSN" ? "Add the DSN again under another name and remove this one."
                           : "Give it another value: veltrane-dsn set " + Quote(in_dsn) + " -p " +
                                 key + "=VALUE."});

@@ -255,8 +255,8 @@ class FileFindingsTest(FileTest):
     def test_check_examines_every_line_of_a_dsn(self):
         sound = "Server=s\nDatabase=d\n"
         cases = {"sound": (sound, []), "no database": ("Server=s\n", ["value-missing"]),
-                 "a control character": ("Server=s\x01\nDatabase=d\n", ["value-does-not-survive"]),
-                 "not UTF-8": (sound + "UID=\udcff\n", ["value-does-not-survive"]),
+                 "a control character": ("Server=s\x01\nDatabase=d\n", ["value-refused-as-new"]),
+                 "not UTF-8": (sound + "UID=\udcff\n", ["value-refused-as-new"]),
                  "the longest line": (sound + "X=" + 997 * "v" + "\n", []),
                  "a longer line": (sound + "X=" + 998 * "v" + "\n", ["value-does-not-survive"]),
                  "a key near one of ours": (sound + "Sever=t\n", ["key-unknown"]),
