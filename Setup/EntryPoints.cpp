@@ -8,7 +8,6 @@
 #include "PlatformAbstraction/strings/orska_wstring.h"
 #include "Setup/ConfigDSNInternal.h"
 #include "Setup/InstallerCaller.h"
-#include "Setup/ModulePin.h"
 #include "Setup/RequestMemory.h"
 
 namespace {
@@ -41,7 +40,6 @@ orska_wstring MakeAttributeString(const Char* in_attributes) {
 template <typename Char>
 int ConfigDSNEntry(void* in_parentWindow, unsigned short in_requestType,
                    const Char* in_driverDescription, const Char* in_attributes) noexcept {
-    Veltrane::ODBC::PinModule();
     const Veltrane::ODBC::RequestMemory memory;
     try {
         return Veltrane::ODBC::ConfigDSNInternal(in_parentWindow, in_requestType,

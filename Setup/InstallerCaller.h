@@ -9,7 +9,9 @@ struct InstallerLibrary;
 
 /// Binds the operations of the calling thread, while it lives, to the caller's installer library,
 /// and puts off a cancellation of that thread (Linux) until the call is back: it would unwind
-/// through code that may not be left like that and end the host.
+/// through code that may not be left like that and end the host. On Windows it keeps this library
+/// in the process, although the installer frees it after every request; on Linux the library is
+/// linked so that nothing unloads it.
 class InstallerCaller {
 public:
     /// @param in_returnAddress  where the entry point goes back to
