@@ -1,12 +1,14 @@
-// The files of `apply`, JSON and INI: a refusal names the source and never the password, what is
-// accepted is written by export and read again as the same, a JSON number means what its digits
-// mean as a text, and a plan either refuses it or ends in a section that plans no further change.
+// The files of `apply`, JSON and INI, and those of `import`: a refusal names the source and never
+// the password, what is accepted is written by export and read again as the same, a JSON number
+// means what its digits mean as a text, and a plan either refuses it or ends in a section that
+// plans no further change.
 //
-// Input: the format (or: guess it), then the text.
+// Input: the format (or: guess it, or: import it), then the text.
 #include <algorithm>
 
 #include "cli/dsn/Description.h"
 #include "cli/dsn/DsnPlan.h"
+#include "cli/dsn/Import.h"
 #include "cli/system/CommandError.h"
 #include "fuzz/FuzzInput.h"
 
@@ -110,12 +112,30 @@ Descriptions Parse(const std::string& in_text, DescriptionFormat in_format) {
     }
 }
 
+/// What is imported can be applied.
+void Import(const std::string& in_text) {
+    std::vector<std::string> notes;
+    try {
+        const Descriptions descriptions =
+            ImportDsns(in_text, {"source", "name", "", "Veltrane", "", true, true}, notes);
+        std::for_each(descriptions.begin(), descriptions.end(), Plan);
+        CompareExported(descriptions, DescriptionFormat::JSON);
+    } catch (const CommandError& error) {
+        Require(std::string(error.what()).starts_with("source"), "no source", error.what());
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
     FuzzInput input(in_data, in_size);
-    const std::uint8_t mode = input.TakeByte() % 3;
+    const std::uint8_t first = input.TakeByte();
+    const std::uint8_t mode = first % 3;
     const std::string text = input.TakeRest();
+    if (first == 'i') {
+        Import(text);
+        return 0;
+    }
     const DescriptionFormat format = mode == 0   ? GuessFormat(text)
                                      : mode == 1 ? DescriptionFormat::JSON
                                                  : DescriptionFormat::INI;

@@ -123,9 +123,14 @@ void CheckRefusals(const DsnResults& in_results) {
 ExitCode ApplyDescriptions(const CommandLine& in_line) {
     std::vector<std::string> notes;
     const std::vector<DsnDescription> descriptions = ReadDescriptions(in_line, notes);
+    return ApplyThese(in_line, descriptions, notes);
+}
+
+ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription>& in_descriptions,
+                    const std::vector<std::string>& in_notes) {
     std::vector<Wish> wishes;
-    wishes.reserve(descriptions.size());
-    for (const DsnDescription& description : descriptions) {
+    wishes.reserve(in_descriptions.size());
+    for (const DsnDescription& description : in_descriptions) {
         wishes.push_back(MakeWishFor(description, in_line));
     }
     const auto plan = [&](const ODBC::ProfileView& in_view) {
@@ -149,7 +154,7 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
     std::signal(SIGINT, Interrupt);
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);
-    for (const std::string& note : notes) report.AddNotice(note);
+    for (const std::string& note : in_notes) report.AddNotice(note);
     DsnResults results;
     try {
         results = ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), check);

@@ -14,6 +14,7 @@ ExitCode RunCommand(const CommandLine& in_line) {
         {CommandId::List, ListDsns},
         {CommandId::Apply, ApplyDescriptions},
         {CommandId::Export, ExportDsns},
+        {CommandId::Import, ImportFile},
         {CommandId::Check, CheckDsns},
         {CommandId::DriverRegister, RegisterDriver},
         {CommandId::DriverUnregister, UnregisterDriver},

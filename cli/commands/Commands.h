@@ -2,6 +2,7 @@
 #ifndef CLI_COMMANDS_H
 #define CLI_COMMANDS_H
 
+#include "cli/dsn/Description.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/line/CommandLine.h"
 #include "cli/system/CommandError.h"
@@ -17,6 +18,10 @@ ExitCode SetDsn(const CommandLine& in_line);
 ExitCode EditDsn(const CommandLine& in_line);
 ExitCode RemoveDsns(const CommandLine& in_line);
 ExitCode ApplyDescriptions(const CommandLine& in_line);
+/// @param in_notes  for people, on standard error
+ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription>& in_descriptions,
+                    const std::vector<std::string>& in_notes);
+ExitCode ImportFile(const CommandLine& in_line);
 
 ExitCode ShowDsn(const CommandLine& in_line);
 ExitCode ListDsns(const CommandLine& in_line);

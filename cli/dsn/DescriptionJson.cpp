@@ -73,7 +73,9 @@ std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-Json ParseDocument(std::string_view in_text, const std::string& in_source) {
+}  // namespace
+
+Json ParseJsonDocument(std::string_view in_text, const std::string& in_source) {
     try {
         return Json::parse(in_text);
     } catch (const Json::parse_error& error) {
@@ -85,10 +87,8 @@ Json ParseDocument(std::string_view in_text, const std::string& in_source) {
     }
 }
 
-}  // namespace
-
 Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
-    const Json document = ParseDocument(in_text, in_source);
+    const Json document = ParseJsonDocument(in_text, in_source);
     const bool isObject = document.is_object() && document.contains("data_sources");
     const Json& list = isObject ? document["data_sources"] : document;
     if (!list.is_array()) {

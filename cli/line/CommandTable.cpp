@@ -12,7 +12,8 @@ using O = OptionId;
 
 constexpr std::uint32_t CHANGE = Bit(C::Add) | Bit(C::Set);
 constexpr std::uint32_t LOGIN = CHANGE | Bit(C::Test);
-constexpr std::uint32_t WRITES = CHANGE | Bit(C::Edit) | Bit(C::Remove) | Bit(C::Apply);
+constexpr std::uint32_t WRITES =
+    CHANGE | Bit(C::Edit) | Bit(C::Remove) | Bit(C::Apply) | Bit(C::Import);
 constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | Bit(C::Check);
 constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
 constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Test) + 1)) - 1;
@@ -59,7 +60,7 @@ constexpr OptionInfo OPTIONS[] = {
      "Show passwords in clear text instead of masking them or leaving them out.",
      WRITES | Bit(C::Show) | Bit(C::Export)},
     {O::All, "--all", "", K::None, false, false, "The DSNs of all drivers.",
-     Bit(C::List) | Bit(C::Export)},
+     Bit(C::List) | Bit(C::Export) | Bit(C::Import)},
     {O::Both, "--both", "", K::None, false, false,
      "The DSNs of this user and those of all users, and which hides which. Implies --long.",
      Bit(C::List)},
@@ -71,13 +72,13 @@ constexpr OptionInfo OPTIONS[] = {
      "Do nothing, successfully, if the DSN exists already.", Bit(C::Add)},
     {O::Replace, "--replace", "", K::None, false, false,
      "Replace what exists: keys that are not given are removed.",
-     Bit(C::Add) | Bit(C::Apply) | Bit(C::DriverRegister)},
+     Bit(C::Add) | Bit(C::Apply) | Bit(C::Import) | Bit(C::DriverRegister)},
     {O::IfExists, "--if-exists", "", K::None, false, false,
      "Do nothing, successfully, if there is no such DSN.", Bit(C::Remove)},
     {O::Prune, "--prune", "", K::None, false, false,
      "Remove the driver's DSNs that are not described.", Bit(C::Apply)},
     {O::FailFast, "--fail-fast", "", K::None, false, false,
-     "Write nothing if one of the DSNs is refused.", Bit(C::Apply)},
+     "Write nothing if one of the DSNs is refused.", Bit(C::Apply) | Bit(C::Import)},
     {O::DryRun, "-n,--dry-run", "", K::None, false, false,
      "Write nothing; show the exact difference.", WRITES | DRIVER},
     {O::Copy, "--copy", "", K::None, false, false,
@@ -87,6 +88,16 @@ constexpr OptionInfo OPTIONS[] = {
     {O::Format, "--format", "json|ini", K::Format, false, false,
      "The format. export writes json unless told otherwise; apply finds it out by itself.",
      Bit(C::Apply) | Bit(C::Export)},
+    {O::Apply, "--apply", "", K::None, false, false, "Apply the description instead of writing it.",
+     Bit(C::Import)},
+    {O::FromDriver, "--from-driver", "NAME", K::Text, false, false,
+     "What the file calls the driver, where that is another name or the path of a library.",
+     Bit(C::Import)},
+    {O::Name, "--name", "NAME", K::Text, false, false,
+     "The name for a file DSN; otherwise that of its file.", Bit(C::Import)},
+    {O::Encoding, "--encoding", "NAME", K::Text, false, false,
+     "The encoding of a file that is not in Unicode, such as cp932; otherwise windows-1252.",
+     Bit(C::Import)},
     {O::Setup, "--setup", "PATH", K::File, false, false,
      "The driver's setup library, " VELTRANE_SETUP_LIBRARY
      ". With driver unregister: remove the driver only if it has this one.",
@@ -162,6 +173,17 @@ constexpr CommandInfo COMMANDS[] = {
      "Passwords are left out unless --show-secrets is given.",
      "veltrane-dsn export > dsns.json\n"
      "veltrane-dsn export --format ini sales"},
+    {C::Import, "import", "FILE", K::File, "take DSNs of another machine from a file",
+     "Makes a description for apply of an odbc.ini, a file DSN, an export of ODBC.INI from the "
+     "registry (.reg), or the JSON of PowerShell's Get-OdbcDsn; FILE may be - for standard input. "
+     "The DSNs of the driver are taken, by the file's own list of data sources. What is left out "
+     "is named. Passwords are left out unless --show-secrets is given.\n"
+     "A user's DSN is taken rather than the system's one of the same name. With --apply, all are "
+     "added or changed in the scope of the command, as by apply.",
+     "veltrane-dsn import old/odbc.ini > dsns.json\n"
+     "veltrane-dsn import odbc.reg --apply --system --dry-run\n"
+     "veltrane-dsn import --from-driver 'Veltrane 2' dsns.json --apply\n"
+     "veltrane-dsn import Sales.dsn --encoding cp932 --apply"},
     {C::Check, "check", "[NAME...]", K::Dsn, "check whether DSNs are complete and sound",
      "Checks the stored values of DSNs: those that are named, else all of the driver. The exit "
      "code is 1 if one of them has an error.",

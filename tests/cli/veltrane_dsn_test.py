@@ -294,6 +294,35 @@ class ApplyTest(ToolTest):
                              "sales: added\n1 added\n")
             self.assertEqual(self.dsns(), before)
 
+    def test_an_import_describes_or_applies_and_names_what_it_leaves_out(self):
+        key = "[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\"
+        text = ("Windows Registry Editor Version 5.00\r\n\r\n" + key + "ODBC Data Sources]\r\n"
+                '"sales"="Veltrane 2"\r\n"theirs"="Other"\r\n' + key + "sales]\r\n"
+                '"Driver"="C:\\\\v.dll"\r\n"Server"="db"\r\n"Database"="東京"\r\n"PWD"="hunter2"\r\n'
+                + key + 'theirs]\r\n"Driver"="C:\\\\o.dll"\r\n')
+        with open(self.path("old.reg"), "wb") as file:
+            file.write(text.encode("utf-16"))
+        reg = self.stage.native(self.path("old.reg"))
+        wished = {**SALES, "Database": "東京"}
+        self.run_tool("import", reg, code=1)
+        described, errors = self.run_tool("import", reg, "--from-driver", "veltrane 2")
+        self.assertIn('"theirs" is left out: it is one of the driver "Other".', errors)
+        self.assertIn("Passwords are left out", errors)
+        self.assertNotIn("hunter2", described + errors)
+        self.assertEqual(self.dsns(), {})
+        self.run_tool("apply", "-", stdin=described)
+        self.assertEqual(self.dsns(), {"sales": wished})
+        output, errors = self.run_tool("import", reg, "--from-driver", "Veltrane 2", "--apply",
+                                       "--show-secrets", "-q")
+        self.assertEqual((output, errors, self.dsns()),
+                         ("", "", {"sales": {**wished, "PWD": "hunter2"}}))
+        file_dsn = self.write_file("file.dsn", "[ODBC]\nDRIVER=Veltrane\nSERVER=x\nDATABASE=d\n")
+        self.run_tool("import", file_dsn, "--apply", "--system")
+        self.assertEqual(self.dsns("system"), {"file": {**SALES, "Server": "x"}})
+        for option in ("--dry-run", "--system", "--json"):
+            self.assertIn(option + " needs --apply.",
+                          self.run_tool("import", file_dsn, option, code=2)[1])
+
     def test_replace_removes_what_is_not_described(self):
         self.add_sales("--uid", "u", "-p", "X=1")
         dsns = self.describe([{"name": "sales", "values": {"Server": "db", "Database": "d"}}])

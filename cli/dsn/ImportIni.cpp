@@ -1,0 +1,64 @@
+#include <unordered_set>
+
+#include "Setup/OdbcIniText.h"
+#include "cli/dsn/ImportFormats.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+/// The values are those of a connection string.
+ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
+    if (in_values.Find("Driver") == nullptr) {
+        throw CommandError(EXIT_FAILED,
+                           in_wish.m_source + " only names a DSN of its machine; import that one.");
+    }
+    if (in_wish.m_name.empty()) {
+        throw CommandError(EXIT_USAGE, "A file DSN holds no name: give --name.");
+    }
+    ImportedDsn dsn;
+    dsn.m_name = in_wish.m_name;
+    for (const auto& [key, value] : in_values) {
+        dsn.m_values.emplace_back(key, WithoutBraces(value));
+    }
+    return dsn;
+}
+
+}  // namespace
+
+ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wish,
+                            std::vector<std::string>& out_notes) {
+    const ODBC::OdbcIniText ini(in_text);
+    if (!ini.IsReadable()) {
+        throw CommandError(EXIT_FAILED, in_wish.m_source +
+                                            " is no odbc.ini, file DSN, export of the registry or "
+                                            "JSON of Get-OdbcDsn.");
+    }
+    // In [ODBC] an odbc.ini has options of the driver manager.
+    const Entries own(ini.GetKeyValues("ODBC"));
+    if (own.Find("Driver") != nullptr || own.Find("DSN") != nullptr) {
+        return {ReadFileDsn(own, in_wish)};
+    }
+    ImportedDsns dsns;
+    std::unordered_set<std::string> known;
+    for (const std::string& name : ini.GetSections()) {
+        if (EqualsIgnoringCase(name, "ODBC")) continue;
+        if (!known.insert(FoldCase(name)).second) {
+            out_notes.push_back("[" + name + "] is left out: there is one of this name before it.");
+            continue;
+        }
+        ImportedDsn& dsn = dsns.emplace_back();
+        dsn.m_name = name;
+        dsn.m_values = ini.GetKeyValues(name);
+        if (ini.HasLongLine(name)) {
+            out_notes.push_back("\"" + name +
+                                "\" has a line that is cut: it is too long for the "
+                                "driver manager.");
+        }
+    }
+    TakeList(dsns, out_notes);
+    return dsns;
+}
+
+}  // namespace Veltrane::Cli

@@ -1,0 +1,239 @@
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "VeltraneDialog/Utf8.h"
+#include "cli/dsn/ImportFormats.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using Orska::Support::IsAsciiBlank;
+using Orska::Support::Trim;
+using Orska::Support::TrimLeft;
+
+constexpr std::string_view OLD_HEADER = "REGEDIT4";
+constexpr std::string_view HEADER = "Windows Registry Editor Version ";
+constexpr std::size_t LONGEST_KIND = 8;  // "hex(7)" and more
+constexpr std::string_view DATA_SOURCES = "\\odbc\\odbc.ini\\";
+
+class Reader {
+public:
+    Reader(std::string_view in_text, const ImportWish& in_wish, std::vector<std::string>& out_notes)
+        : m_text(in_text),
+          m_wish(in_wish),
+          m_notes(out_notes),
+          m_isOld(TrimLeft(in_text).starts_with(OLD_HEADER)) {}
+
+    ImportedDsns Run() {
+        SkipBlanks();
+        TakeLine();
+        for (SkipBlanks(); m_at < m_text.size(); SkipBlanks()) {
+            const char first = m_text[m_at];
+            if (first == ';') {
+                TakeLine();
+            } else if (first == '[') {
+                ReadKey();
+            } else if (m_isInKey && (first == '"' || first == '@')) {
+                ReadEntry();
+            } else {
+                Fail("neither a key, a value of one nor a comment");
+            }
+        }
+        ImportedDsns dsns;
+        for (Folder& folder : m_folders) {
+            TakeList(folder.m_dsns, m_notes);
+            std::move(folder.m_dsns.begin(), folder.m_dsns.end(), std::back_inserter(dsns));
+        }
+        return dsns;
+    }
+
+private:
+    /// One ODBC.INI: a user's, the system's, or that for programs of 32 bits.
+    struct Folder {
+        std::string m_path;  ///< folded
+        ImportedDsns m_dsns;
+    };
+
+    void SkipBlanks() {
+        while (m_at < m_text.size() && IsAsciiBlank(m_text[m_at])) ++m_at;
+    }
+
+    std::string_view TakeLine() {
+        const std::size_t end = std::min(m_text.find('\n', m_at), m_text.size());
+        const std::string_view line = m_text.substr(m_at, end - m_at);
+        m_at = end;
+        return Trim(line);
+    }
+
+    void ReadKey() {
+        std::string_view path = TakeLine();
+        if (!path.ends_with(']')) Fail("a key without its closing bracket");
+        path = path.substr(1, path.size() - 2);
+        m_isInKey = true;
+        m_dsn = nullptr;
+        const std::string folded = FoldCase(path);
+        const std::size_t found = folded.find(DATA_SOURCES);
+        // Other keys are no DSNs, and a key with a minus is one to be removed.
+        if (found == std::string::npos || path.starts_with('-')) return;
+        const std::size_t end = found + DATA_SOURCES.size();
+        const std::string name(path.substr(end));
+        const std::size_t inner = name.find('\\');
+        if (inner != std::string::npos) {
+            m_notes.push_back("\"" + name.substr(0, inner) + "\": the key " +
+                              name.substr(inner + 1) + " in it is left out.");
+        } else if (!EqualsIgnoringCase(name, "ODBC File DSN")) {  // where Windows has file DSNs
+            m_dsn = &DsnsOf(folded.substr(0, end)).emplace_back();
+            m_dsn->m_name = name;
+            m_dsn->m_isSystem = folded.starts_with("hkey_local_machine\\");
+            m_dsn->m_is32Bit = folded.find("\\wow6432node\\") < found;
+        }
+    }
+
+    ImportedDsns& DsnsOf(const std::string& in_path) {
+        const auto found =
+            std::find_if(m_folders.begin(), m_folders.end(),
+                         [&](const Folder& in_folder) { return in_folder.m_path == in_path; });
+        if (found != m_folders.end()) return found->m_dsns;
+        return m_folders.emplace_back(Folder{in_path, {}}).m_dsns;
+    }
+
+    void ReadEntry() {
+        const std::string name = m_text[m_at] == '@' ? (++m_at, std::string()) : ReadText();
+        if (!SkipInLine('=')) Fail("a name without \"=\"");
+        const std::optional<std::string> value = ReadValue();
+        if (const std::string_view rest = TakeLine(); !rest.empty() && rest.front() != ';') {
+            Fail("text after a value");
+        }
+        if (m_dsn == nullptr || name.empty()) return;  // a key's own value has no name
+        if (value) {
+            m_dsn->m_values.emplace_back(name, *value);
+        } else {
+            m_notes.push_back("\"" + m_dsn->m_name + "\": " + name +
+                              " is left out: its value is no text.");
+        }
+    }
+
+    void SkipSpaces() {
+        while (m_at < m_text.size() && (m_text[m_at] == ' ' || m_text[m_at] == '\t')) ++m_at;
+    }
+
+    /// @return whether the line goes on with this character, which is then taken
+    bool SkipInLine(char in_char) {
+        SkipSpaces();
+        if (m_at == m_text.size() || m_text[m_at] != in_char) return false;
+        ++m_at;
+        return true;
+    }
+
+    /// In quotes. It may have line ends.
+    std::string ReadText() {
+        const std::size_t begin = m_at;
+        std::string text;
+        for (++m_at; m_at < m_text.size(); ++m_at) {
+            const char byte = m_text[m_at];
+            const char next = m_at + 1 < m_text.size() ? m_text[m_at + 1] : '\0';
+            if (byte == '"') {
+                ++m_at;
+                return text;
+            }
+            const bool isEscape = byte == '\\' && (next == '\\' || next == '"');
+            text += isEscape ? next : byte;
+            if (isEscape) ++m_at;
+        }
+        m_at = begin;
+        Fail("a text without its closing quote");
+    }
+
+    /// Nothing for what is no text, and for a value that is to be removed.
+    std::optional<std::string> ReadValue() {
+        SkipSpaces();
+        const std::string_view rest = m_text.substr(m_at);
+        if (rest.starts_with('"')) return ReadText();
+        if (rest.starts_with('-')) {
+            ++m_at;
+            return std::nullopt;
+        }
+        const std::size_t colon = rest.find(':');
+        const std::string kind = FoldCase(rest.substr(0, std::min(colon, LONGEST_KIND + 1)));
+        const bool isNumber = kind == "dword";
+        const bool isKnown = isNumber || kind == "hex" || kind.starts_with("hex(");
+        if (!isKnown || colon > LONGEST_KIND) Fail("a value of an unknown kind");
+        m_at += colon + 1;
+        if (isNumber) return ReadNumber();
+        const std::string bytes = ReadBytes();
+        const bool isText = kind == "hex(1)" || kind == "hex(2)";
+        return isText ? std::optional(DecodeBytes(bytes)) : std::nullopt;
+    }
+
+    std::string ReadNumber() {
+        std::uint32_t number = 0;
+        const char* const begin = m_text.data() + m_at;
+        const auto [end, error] = std::from_chars(begin, m_text.data() + m_text.size(), number, 16);
+        if (error != std::errc()) Fail("a dword that is no number");
+        m_at += static_cast<std::size_t>(end - begin);
+        return std::to_string(number);
+    }
+
+    /// Two digits each, with commas; a backslash at the end of a line goes on in the next one.
+    std::string ReadBytes() {
+        std::string bytes;
+        const auto isNext = [this] {
+            if (SkipInLine('\\')) SkipBlanks();
+            return m_at < m_text.size() && !IsAsciiBlank(m_text[m_at]) && m_text[m_at] != ';';
+        };
+        while (isNext()) {
+            unsigned byte = 0;
+            const char* const begin = m_text.data() + m_at;
+            const char* const limit = begin + std::min<std::size_t>(2, m_text.size() - m_at);
+            const auto [end, error] = std::from_chars(begin, limit, byte, 16);
+            if (error != std::errc()) Fail("a byte that is no number");
+            bytes += static_cast<char>(byte);
+            m_at += static_cast<std::size_t>(end - begin);
+            if (isNext() && !SkipInLine(',')) Fail("bytes without a comma between them");
+        }
+        return bytes;
+    }
+
+    std::string DecodeBytes(std::string in_bytes) const {
+        if (m_isOld) return DecodeAnsi(in_bytes.substr(0, in_bytes.find('\0')), m_wish);
+        std::u16string units;
+        for (std::size_t at = 0; at + 1 < in_bytes.size(); at += 2) {
+            units += static_cast<char16_t>(static_cast<unsigned char>(in_bytes[at]) |
+                                           static_cast<unsigned char>(in_bytes[at + 1]) << 8);
+        }
+        return ODBC::EncodeUtf8(units.substr(0, units.find(u'\0')));
+    }
+
+    [[noreturn]] void Fail(const char* in_reason) const {
+        const std::string_view before = m_text.substr(0, m_at);
+        const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+        throw CommandError(EXIT_FAILED, m_wish.m_source + ", line " + std::to_string(line) + ": " +
+                                            in_reason + ".");
+    }
+
+    std::string_view m_text;
+    const ImportWish& m_wish;
+    std::vector<std::string>& m_notes;
+    const bool m_isOld;
+    std::size_t m_at = 0;
+    bool m_isInKey = false;
+    std::vector<Folder> m_folders;
+    ImportedDsn* m_dsn = nullptr;  ///< null in a key that is passed over
+};
+
+}  // namespace
+
+bool IsRegistryExport(std::string_view in_text) {
+    const std::string_view text = TrimLeft(in_text);
+    return text.starts_with(OLD_HEADER) || text.starts_with(HEADER);
+}
+
+ImportedDsns ReadRegistryExport(std::string_view in_text, const ImportWish& in_wish,
+                                std::vector<std::string>& out_notes) {
+    return Reader(in_text, in_wish, out_notes).Run();
+}
+
+}  // namespace Veltrane::Cli
