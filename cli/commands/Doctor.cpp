@@ -8,6 +8,7 @@
 #include "cli/examine/DriverManager.h"
 #include "cli/examine/DsnFindings.h"
 #include "cli/system/PlatformWords.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -23,20 +24,24 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     Findings findings;
     const DriverRegistry registry;
     const ODBC::ProfileView text = in_store.Load();
+    const auto describe = [&](const std::string& in_dsn) {
+        return "The DSN " + Quote(in_dsn) + " of " + in_store.GetPath();
+    };
+    const auto isOneOf = [&](const std::string& in_name) {
+        return " is one of the driver " + Quote(in_name) + ", which is not registered in " +
+               registry.GetPath() + ".";
+    };
     for (const std::string& dsn : GetDsnNames(text)) {
         const std::string driver = text.Get(dsn, "Driver").value_or("");
         if (EqualsIgnoringCase(driver, in_driver)) {
             Append(findings, ExamineDsn(text, dsn, in_driver));
         } else if (driver.empty()) {
-            findings.push_back(
-                {Severity::Warning, "dsn-without-driver",
-                 "The DSN \"" + dsn + "\" of " + in_store.GetPath() + " has no Driver entry.",
-                 "Add it again, or remove its section."});
+            findings.push_back({Severity::Warning, "dsn-without-driver",
+                                describe(dsn) + " has no Driver entry.",
+                                "Add it again, or remove its section."});
         } else if (!HasFolder(driver) && !registry.Find(driver)) {
             findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
-                                "The DSN \"" + dsn + "\" of " + in_store.GetPath() +
-                                    " is one of the driver \"" + driver +
-                                    "\", which is not registered in " + registry.GetPath() + ".",
+                                describe(dsn) + isOneOf(driver),
                                 "Install and register that driver, or remove the DSN."});
         }
     }

@@ -68,6 +68,14 @@ void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
     }
 }
 
+void CheckUnset(const std::string& in_key) {
+    const std::string reason = WhyNoKey(in_key);
+    if (!reason.empty()) Refuse("--unset: " + in_key + " cannot be removed: " + reason + ".");
+    if (IsRequiredKey(in_key)) {
+        Refuse("--unset: a DSN cannot do without " + CanonicalKey(in_key) + ".");
+    }
+}
+
 void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
     for (const std::string& property : in_line.GetAll(OptionId::Property)) {
         const std::size_t equals = property.find('=');
@@ -76,13 +84,8 @@ void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
         }
         SetKey(property.substr(0, equals), property.substr(equals + 1), "-p", in_line, io_wish);
     }
-    for (const std::string& key : in_line.GetAll(OptionId::Unset)) {
-        const std::string reason = WhyNoKey(key);
-        if (!reason.empty()) Refuse("--unset: " + key + " cannot be removed: " + reason + ".");
-        if (IsRequiredKey(key))
-            Refuse("--unset: a DSN cannot do without " + CanonicalKey(key) + ".");
-        io_wish.m_unset.push_back(key);
-    }
+    io_wish.m_unset = in_line.GetAll(OptionId::Unset);
+    for (const std::string& key : io_wish.m_unset) CheckUnset(key);
 }
 
 void CheckComplete(const DsnWish& in_wish) {

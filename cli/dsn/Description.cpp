@@ -61,7 +61,7 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
         CheckKeys(description, place);
         for (const auto& [key, value] : description.m_values) {
             const std::string note = DescribeNearKey(key);
-            if (!note.empty()) out_notes.push_back(place + ": " + note);
+            if (!note.empty()) out_notes.emplace_back(place).append(": ").append(note);
         }
     }
     return descriptions;

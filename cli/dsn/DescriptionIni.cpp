@@ -88,7 +88,9 @@ std::string FormatIni(const Descriptions& in_descriptions) {
     for (const DsnDescription& description : in_descriptions) {
         if (!text.empty()) text += "\n";
         text += "[" + description.m_name + "]\nDriver=" + description.m_driver + "\n";
-        for (const auto& [key, value] : description.m_values) text += key + "=" + value + "\n";
+        for (const auto& [key, value] : description.m_values) {
+            text.append(key).append("=").append(value).append("\n");
+        }
     }
     return text;
 }

@@ -48,9 +48,9 @@ void DriverRegistry::Unregister(const std::string& in_driver) const {
 
 void DriverRegistry::Change(const std::function<void(ODBC::ProfileChange&)>& in_plan) const {
     m_view.reset();
-    for (const auto& [section, reason] : m_profile.Change(in_plan)) {
-        throw CommandError(EXIT_FAILED, section + ": " + reason);
-    }
+    const std::vector<ODBC::Profile::Failure> failures = m_profile.Change(in_plan);
+    if (failures.empty()) return;
+    throw CommandError(EXIT_FAILED, failures[0].m_section + ": " + failures[0].m_reason);
 }
 
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key) {
