@@ -1,19 +1,22 @@
 #!/usr/bin/env python3
 """Runs the Ansible role against three hosts, with the files and commands that docs/guide.md shows.
 
-A fourth one is made by the Dockerfile of the same page.
+Each gets 200 DSNs; how long a run takes is printed. A fourth host is made by the Dockerfile of the same
+page.
 
 Arguments: the folder of the built packages, the recorder of arguments, and the source folder. The
 tests go on from one another in the order of their names. Skips, with the reason, where a machine
 does not allow such hosts.
 """
 import hashlib
+import json
 import os
 import re
 import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -31,6 +34,12 @@ NEW_MARK = "neuesQ4v"
 NEW_PASSWORD = f"{NEW_MARK}'\\"
 SALES = "[sales]\nDriver=Veltrane\nServer=bi.example.org\nUID=reports\nPWD={}\nDatabase=sales\n"
 STOCK = "[stock]\nDriver=Veltrane\nServer=bi.example.org\nDatabase=stock\n"
+SHOPS = [{"name": f"shop{number:03}", "driver": "Veltrane",
+          "values": {"Server": "shops.example.org", "Database": f"/tmp/shop{number:03}", "UID": "till"}}
+         for number in range(1, 199)]
+SHOP_LINES = "".join(
+    "\n[{}]\nDriver=Veltrane\nServer=shops.example.org\nUID=till\nDatabase={}\n".format(
+        shop["name"], shop["values"]["Database"]) for shop in SHOPS)
 BROKEN = "left behind by an editor\n[sales]\nDriver=Veltrane\nServer=own\nDatabase=d\n"
 
 
@@ -52,7 +61,6 @@ class Fleet:
         self.work.mkdir()
         (self.work / "packaging").symlink_to(SOURCE / "packaging")
         self.commands = []
-        self.container_command = ""
         self._take_guide()
         package = self.work / "packages/veltrane-odbc-setup.deb"
         package.parent.mkdir()
@@ -79,9 +87,7 @@ class Fleet:
     def _take_guide(self):
         for block in read_blocks(SOURCE / "docs/guide.md", "docs/guide.md"):
             runner = block.options.get("run-by", "")
-            if runner.endswith("container"):
-                self.container_command = block.text
-            elif runner:
+            if runner:
                 self.commands += block.lines
             name = block.options.get("file", "")
             if name and not name.startswith(".."):
@@ -90,6 +96,7 @@ class Fleet:
                 path.write_text(block.text, "utf-8")
 
     def _describe_hosts(self):
+        (self.work / "shops.json").write_text(json.dumps({"data_sources": SHOPS}))
         self.set_passwords(PASSWORD)
         (self.work / "host_vars").mkdir()
         known = self.folder / "known_hosts"
@@ -112,10 +119,12 @@ class Fleet:
 
     def play(self, command, code=0, **environment):
         """Runs ansible-playbook; gives what it printed and the counts of each host."""
+        begin = time.monotonic()
         result = subprocess.run(["sh", "-c", command], cwd=self.work,
                                 env={**self.environment, **environment},
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
                                 stderr=subprocess.STDOUT, timeout=300, check=False)
+        print(f"{time.monotonic() - begin:.1f} s: {command}")
         self.outputs.append(result.stdout)
         if result.returncode != code:
             raise AssertionError(f"{command}: {result.returncode}\n{result.stdout[-8000:]}")
@@ -143,7 +152,7 @@ class RoleTest(unittest.TestCase):
         cls.addClassCleanup(cls.fleet.close)
         for host in cls.fleet.hosts.values():
             host.start()
-        cls.check, cls.apply = cls.fleet.commands
+        cls.check, cls.apply, cls.all = cls.fleet.commands
 
     def read(self, path):
         return {name: host.read(path) for name, host in self.fleet.hosts.items()}
@@ -167,7 +176,7 @@ class RoleTest(unittest.TestCase):
         output, counts = self.fleet.play(self.apply + " -vvvv", ANSIBLE_PIPELINING="0")
         self.assert_counts(counts, "changed", (True, True, True))
         for text in self.read("etc/odbc.ini").values():
-            self.assertEqual(text, "# kept\n\n" + SALES.format(PASSWORD) + "\n" + STOCK)
+            self.assertEqual(text, "# kept\n\n" + SALES.format(PASSWORD) + "\n" + STOCK + SHOP_LINES)
         # The module, which holds the passwords, is never a file of the host, as others are.
         self.assertIn("AnsiballZ_apt", output)
         self.assertNotIn("AnsiballZ_veltrane_dsn", output)
@@ -197,7 +206,7 @@ class RoleTest(unittest.TestCase):
         output, counts = self.fleet.play(self.apply + " -vvvv", code=2)
         self.assert_counts(counts, "failed", (False, False, True))
         self.assert_counts(counts, "changed", (True, True, False))
-        self.assertIn("3 of 3 data sources failed. sales: /etc/odbc.ini: text before the first "
+        self.assertIn("201 of 201 data sources failed. sales: /etc/odbc.ini: text before the first "
                       "section makes the whole file unreadable for the driver manager; ", output)
         files = self.read("etc/odbc.ini")
         self.assertEqual(files["gamma"], BROKEN)
@@ -205,31 +214,68 @@ class RoleTest(unittest.TestCase):
             self.assertIn(SALES.format(NEW_PASSWORD), files[name])
             self.assertIn("Database=東京\n", files[name])
 
-    def test_6_a_container_image_has_the_dsns_and_gets_its_password_when_it_starts(self):
+    def test_6_the_library_is_registered_what_is_not_described_goes_and_all_connect(self):
+        # A library that all hosts have, for which a database is a file.
+        library = next(Path("/usr/lib").glob("*/odbc/libsqlite3odbc.so"), None)
+        if library is None:
+            self.skipTest("libsqliteodbc is not installed")
+        for host in self.fleet.hosts.values():
+            host.write("etc/odbc.ini", "[more]\nDriver=Veltrane\nServer=s\nDatabase=d\n[theirs]\nA=1\n")
+        command = re.sub(r"/usr/lib/\S+", str(library), self.all)
+        _, counts = self.fleet.play(command)
+        self.assert_counts(counts, "changed", (True, True, True))
+        for host in self.fleet.hosts.values():
+            self.assertIn(f"\nDriver={library}\n", host.read("etc/odbcinst.ini"))
+            text = host.read("etc/odbc.ini")
+            self.assertTrue(text.startswith("[theirs]\nA=1\n\n[sales]\n"), text[:200])
+            self.assertTrue(text.endswith(SHOP_LINES))
+            # What the driver makes when it connects.
+            self.assertEqual(len(list(host.path("tmp").glob("shop*"))), len(SHOPS))
+        _, counts = self.fleet.play(command.replace("test=true", "test=false"))
+        self.assert_counts(counts, "changed", (False, False, False))
+
+    def test_7_a_container_of_any_user_keeps_its_passwords_to_itself(self):
         fleet, image = self.fleet, self.fleet.image
         image.start()
-        text = (fleet.work / "Dockerfile").read_text("utf-8")
-        words = [line.split(maxsplit=1) for line in text.splitlines()]
-        self.assertEqual([word for word, _ in words], ["FROM", "COPY", "RUN", "RUN", "COPY", "RUN"])
-        for word, rest in words:
+        start = []
+        for line in (fleet.work / "Dockerfile").read_text("utf-8").splitlines():
+            word, rest = line.split(maxsplit=1)
             if word == "COPY":
                 source, target = rest.split()
                 image.path(target).parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(fleet.work / source, image.path(target))
             elif word == "RUN":
                 self.run_in_image(rest)
-        self.assertNotIn("PWD", image.read("etc/odbc.ini"))
-        image.write("run/secrets/sales", PASSWORD + "\n", 0o600)
-        self.run_in_image(fleet.container_command)
-        self.assertIn(f"PWD={PASSWORD}\n", image.read("etc/odbc.ini"))
+            elif word == "ENV":
+                start.insert(0, f"env -i PATH=$PATH {rest}")
+            elif word == "ENTRYPOINT":
+                start += json.loads(rest)
+            else:
+                self.assertIn(word, ("FROM", "USER"))
+        image.path("mnt").mkdir()
+        image.write("run/secrets/sales", PASSWORD + "\n", 0o644)
+        # As docker run --read-only --tmpfs --user does it; the second user is another process.
+        image.write("show", "ls -ln $ODBCINI\nveltrane-dsn show sales --show-secrets\ntouch /etc/x\n")
+        image.write("run-container", f"""
+            mount --rbind / /mnt
+            mount -o remount,bind,ro /mnt
+            mount -t tmpfs -o mode=1777 tmpfs /mnt/run/odbc
+            chroot /mnt setpriv --reuid 12345 --regid 12345 --clear-groups {" ".join(start)} sh /show
+            chroot /mnt setpriv --reuid 54321 --regid 54321 --clear-groups cat /run/odbc/odbc.ini
+            """)
+        shown = self.run_in_image("unshare --mount --propagation unchanged sh /run-container 2>&1; true")
+        self.assertRegex(shown, r"(?m)^-rw------- 1 12345 12345 .* /run/odbc/odbc.ini$")
+        self.assertIn(f"PWD={PASSWORD}\n", shown)
+        self.assertRegex(shown, r"(?s)/etc/x.*Read-only file system.*/odbc.ini: Permission denied")
+        self.assertFalse(image.path("etc/odbc.ini").exists())
+        self.assertEqual(list(image.path("run/odbc").iterdir()), [])
         image.path("run/secrets/sales").unlink()
 
     def run_in_image(self, command):
         fleet = self.fleet
-        fleet.outputs.append(fleet.image.run(command, fleet.folder / "key",
-                                             fleet.folder / "known_hosts"))
+        return fleet.image.run(command, fleet.folder / "key", fleet.folder / "known_hosts")
 
-    def test_7_no_password_is_anywhere_but_in_the_files_of_dsns(self):
+    def test_8_no_password_is_anywhere_but_in_the_files_of_dsns(self):
         fleet = self.fleet
         texts = {f"output {index}": text for index, text in enumerate(fleet.outputs)}
         for name, host in fleet.hosts.items():
