@@ -6,6 +6,7 @@
 #ifndef PLATFORMABSTRACTION_ICU_TEXTENCODING_H
 #define PLATFORMABSTRACTION_ICU_TEXTENCODING_H
 
+#include <emmintrin.h>
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
@@ -37,19 +38,31 @@ inline std::int64_t GetUsableCapacity(std::u16string_view in_text,
 
 /// Writes a text with a byte for each unit.
 /// @param in_last  7F for ASCII, FF for latin1
-/// @return false, with nothing written, when a unit is above
+/// @return false, with other bytes written, when a unit is above
 inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_bytes) noexcept {
-    unsigned all = 0;
-    for (const char16_t unit : in_text) {
-        all |= unit;
+    constexpr std::size_t BLOCK = 8;
+    if (in_text.size() < BLOCK) {
+        unsigned all = 0;
+        for (const char16_t unit : in_text) {
+            all |= unit;
+            *out_bytes++ = static_cast<char>(unit);
+        }
+        return all <= in_last;
     }
-    if (all > in_last) {
-        return false;
+    __m128i all = _mm_setzero_si128();
+    const auto narrow = [&](std::size_t in_at) {
+        const auto* const from = reinterpret_cast<const __m128i*>(in_text.data() + in_at);
+        const __m128i units = _mm_loadu_si128(from);
+        all = _mm_or_si128(all, units);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out_bytes + in_at),
+                         _mm_packus_epi16(units, units));
+    };
+    for (std::size_t at = 0; at + BLOCK < in_text.size(); at += BLOCK) {
+        narrow(at);
     }
-    for (const char16_t unit : in_text) {
-        *out_bytes++ = static_cast<char>(unit);
-    }
-    return true;
+    narrow(in_text.size() - BLOCK);
+    const __m128i above = _mm_andnot_si128(_mm_set1_epi16(static_cast<short>(in_last)), all);
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
 }
 
 /// Encodes without ICU. Behind the bytes it writes nothing, except zeros in place of a code point
