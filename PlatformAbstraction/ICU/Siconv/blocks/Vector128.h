@@ -40,6 +40,47 @@ struct BoundedTo {
     std::int64_t m_room;
 };
 
+// The operations that both vectors have, within lanes of 128 bits. Comparisons give all ones or
+// zeros. AndNot gives the bits of b that are not set in a. MultiplyAdd gives sums of neighbouring
+// products; the first factors of MultiplyAdd8 are unsigned. What is packed, 0 or all ones or up to
+// 255, stands lane by lane: first that of a, then that of b.
+#define ORSKA_OPERATION(NAME, INTRINSIC) \
+    static ORSKA_INLINE Type NAME(Type in_a, Type in_b) { return INTRINSIC(in_a, in_b); }
+#define ORSKA_SHIFT(NAME, INTRINSIC)               \
+    template <int COUNT>                           \
+    static ORSKA_INLINE Type NAME(Type in_value) { \
+        return INTRINSIC(in_value, COUNT);         \
+    }
+#define ORSKA_OPERATIONS(PREFIX, SUFFIX)                       \
+    ORSKA_OPERATION(And, PREFIX##_and_##SUFFIX)                \
+    ORSKA_OPERATION(AndNot, PREFIX##_andnot_##SUFFIX)          \
+    ORSKA_OPERATION(Or, PREFIX##_or_##SUFFIX)                  \
+    ORSKA_OPERATION(Equal8, PREFIX##_cmpeq_epi8)               \
+    ORSKA_OPERATION(Equal16, PREFIX##_cmpeq_epi16)             \
+    ORSKA_OPERATION(Equal32, PREFIX##_cmpeq_epi32)             \
+    ORSKA_OPERATION(GreaterSigned8, PREFIX##_cmpgt_epi8)       \
+    ORSKA_OPERATION(GreaterSigned32, PREFIX##_cmpgt_epi32)     \
+    ORSKA_OPERATION(Add8, PREFIX##_add_epi8)                   \
+    ORSKA_OPERATION(Add16, PREFIX##_add_epi16)                 \
+    ORSKA_OPERATION(Add32, PREFIX##_add_epi32)                 \
+    ORSKA_OPERATION(MultiplyAdd8, PREFIX##_maddubs_epi16)      \
+    ORSKA_OPERATION(MultiplyAdd16, PREFIX##_madd_epi16)        \
+    ORSKA_OPERATION(AddSaturated8, PREFIX##_adds_epu8)         \
+    ORSKA_OPERATION(Xor, PREFIX##_xor_##SUFFIX)                \
+    ORSKA_OPERATION(SubtractSaturated8, PREFIX##_subs_epu8)    \
+    ORSKA_OPERATION(InterleaveLow8, PREFIX##_unpacklo_epi8)    \
+    ORSKA_OPERATION(InterleaveHigh8, PREFIX##_unpackhi_epi8)   \
+    ORSKA_OPERATION(InterleaveLow16, PREFIX##_unpacklo_epi16)  \
+    ORSKA_OPERATION(InterleaveHigh16, PREFIX##_unpackhi_epi16) \
+    ORSKA_OPERATION(PackSigned16, PREFIX##_packs_epi16)        \
+    ORSKA_OPERATION(PackUnsigned16, PREFIX##_packus_epi16)     \
+    ORSKA_OPERATION(PackSigned32, PREFIX##_packs_epi32)        \
+    ORSKA_OPERATION(Shuffle, PREFIX##_shuffle_epi8)            \
+    ORSKA_SHIFT(ShiftLeft16, PREFIX##_slli_epi16)              \
+    ORSKA_SHIFT(ShiftRight16, PREFIX##_srli_epi16)             \
+    ORSKA_SHIFT(ShiftLeft32, PREFIX##_slli_epi32)              \
+    ORSKA_SHIFT(ShiftRight32, PREFIX##_srli_epi32)
+
 // What the vectors below make of their own operations.
 template <class V>
 struct VectorBase {
@@ -73,9 +114,10 @@ struct VectorBase {
     }
 };
 
-// Operations work within lanes of 128 bits; masks have one bit a byte.
+// Masks have one bit a byte.
 struct Vector128 : VectorBase<Vector128> {
     using Type = __m128i;
+    ORSKA_OPERATIONS(_mm, si128)
     static constexpr std::uint32_t SIZE = 16;
     static constexpr std::uint64_t FULL = 0xFFFF;
 
@@ -134,10 +176,6 @@ struct Vector128 : VectorBase<Vector128> {
         return _mm_set1_epi32(static_cast<int>(VALUE));
 #endif
     }
-    static ORSKA_INLINE Type And(Type in_a, Type in_b) { return _mm_and_si128(in_a, in_b); }
-    // The bits of b that are not set in a.
-    static ORSKA_INLINE Type AndNot(Type in_a, Type in_b) { return _mm_andnot_si128(in_a, in_b); }
-    static ORSKA_INLINE Type Or(Type in_a, Type in_b) { return _mm_or_si128(in_a, in_b); }
     // b where the mask is set, else a.
     static ORSKA_INLINE Type Select(Type in_a, Type in_b, Type in_mask) {
 #ifdef __SSE4_1__
@@ -146,78 +184,9 @@ struct Vector128 : VectorBase<Vector128> {
         return Or(AndNot(in_mask, in_a), And(in_mask, in_b));
 #endif
     }
-    static ORSKA_INLINE Type Equal8(Type in_a, Type in_b) { return _mm_cmpeq_epi8(in_a, in_b); }
-    static ORSKA_INLINE Type Equal16(Type in_a, Type in_b) { return _mm_cmpeq_epi16(in_a, in_b); }
-    static ORSKA_INLINE Type Equal32(Type in_a, Type in_b) { return _mm_cmpeq_epi32(in_a, in_b); }
-    // Signed.
-    static ORSKA_INLINE Type GreaterSigned8(Type in_a, Type in_b) {
-        return _mm_cmpgt_epi8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type GreaterSigned32(Type in_a, Type in_b) {
-        return _mm_cmpgt_epi32(in_a, in_b);
-    }
-    static ORSKA_INLINE Type Add8(Type in_a, Type in_b) { return _mm_add_epi8(in_a, in_b); }
-    static ORSKA_INLINE Type Add16(Type in_a, Type in_b) { return _mm_add_epi16(in_a, in_b); }
-    static ORSKA_INLINE Type Add32(Type in_a, Type in_b) { return _mm_add_epi32(in_a, in_b); }
-    // Sums of neighbouring products; the first factors of MultiplyAdd8 are unsigned.
-    static ORSKA_INLINE Type MultiplyAdd8(Type in_a, Type in_b) {
-        return _mm_maddubs_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type MultiplyAdd16(Type in_a, Type in_b) {
-        return _mm_madd_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type AddSaturated8(Type in_a, Type in_b) {
-        return _mm_adds_epu8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type Xor(Type in_a, Type in_b) { return _mm_xor_si128(in_a, in_b); }
-    // Unsigned, not below 0.
-    static ORSKA_INLINE Type SubtractSaturated8(Type in_a, Type in_b) {
-        return _mm_subs_epu8(in_a, in_b);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftLeft16(Type in_value) {
-        return _mm_slli_epi16(in_value, COUNT);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftRight16(Type in_value) {
-        return _mm_srli_epi16(in_value, COUNT);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftLeft32(Type in_value) {
-        return _mm_slli_epi32(in_value, COUNT);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftRight32(Type in_value) {
-        return _mm_srli_epi32(in_value, COUNT);
-    }
-    static ORSKA_INLINE Type InterleaveLow8(Type in_a, Type in_b) {
-        return _mm_unpacklo_epi8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type InterleaveHigh8(Type in_a, Type in_b) {
-        return _mm_unpackhi_epi8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type InterleaveLow16(Type in_a, Type in_b) {
-        return _mm_unpacklo_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type InterleaveHigh16(Type in_a, Type in_b) {
-        return _mm_unpackhi_epi16(in_a, in_b);
-    }
-    // 16-bit lanes that are 0 or all ones, or at most 255, to bytes: first a, then b, lane by lane.
-    static ORSKA_INLINE Type PackSigned16(Type in_a, Type in_b) {
-        return _mm_packs_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type PackUnsigned16(Type in_a, Type in_b) {
-        return _mm_packus_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type PackSigned32(Type in_a, Type in_b) {
-        return _mm_packs_epi32(in_a, in_b);
-    }
     // Exchanges the second and the third quarter of a lane.
     static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
         return _mm_shuffle_epi32(in_value, _MM_SHUFFLE(3, 1, 2, 0));
-    }
-    static ORSKA_INLINE Type Shuffle(Type in_value, Type in_order) {
-        return _mm_shuffle_epi8(in_value, in_order);
     }
     // The four words of a lane.
     static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,

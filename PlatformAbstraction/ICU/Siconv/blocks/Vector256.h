@@ -13,6 +13,7 @@ namespace {
 
 struct Vector256 : VectorBase<Vector256> {
     using Type = __m256i;
+    ORSKA_OPERATIONS(_mm256, si256)
     static constexpr std::uint32_t SIZE = 32;
     static constexpr std::uint64_t FULL = 0xFFFFFFFF;
 
@@ -38,85 +39,11 @@ struct Vector256 : VectorBase<Vector256> {
         __asm__("vmovdqa %1, %0" : "=x"(value) : "m"(CONSTANT<VALUE>));
         return value;
     }
-    static ORSKA_INLINE Type And(Type in_a, Type in_b) { return _mm256_and_si256(in_a, in_b); }
-    static ORSKA_INLINE Type AndNot(Type in_a, Type in_b) {
-        return _mm256_andnot_si256(in_a, in_b);
-    }
-    static ORSKA_INLINE Type Or(Type in_a, Type in_b) { return _mm256_or_si256(in_a, in_b); }
     static ORSKA_INLINE Type Select(Type in_a, Type in_b, Type in_mask) {
         return _mm256_blendv_epi8(in_a, in_b, in_mask);
     }
-    static ORSKA_INLINE Type Equal8(Type in_a, Type in_b) { return _mm256_cmpeq_epi8(in_a, in_b); }
-    static ORSKA_INLINE Type Equal16(Type in_a, Type in_b) {
-        return _mm256_cmpeq_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type Equal32(Type in_a, Type in_b) {
-        return _mm256_cmpeq_epi32(in_a, in_b);
-    }
-    static ORSKA_INLINE Type GreaterSigned8(Type in_a, Type in_b) {
-        return _mm256_cmpgt_epi8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type GreaterSigned32(Type in_a, Type in_b) {
-        return _mm256_cmpgt_epi32(in_a, in_b);
-    }
-    static ORSKA_INLINE Type Add8(Type in_a, Type in_b) { return _mm256_add_epi8(in_a, in_b); }
-    static ORSKA_INLINE Type Add16(Type in_a, Type in_b) { return _mm256_add_epi16(in_a, in_b); }
-    static ORSKA_INLINE Type Add32(Type in_a, Type in_b) { return _mm256_add_epi32(in_a, in_b); }
-    static ORSKA_INLINE Type MultiplyAdd8(Type in_a, Type in_b) {
-        return _mm256_maddubs_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type MultiplyAdd16(Type in_a, Type in_b) {
-        return _mm256_madd_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type AddSaturated8(Type in_a, Type in_b) {
-        return _mm256_adds_epu8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type Xor(Type in_a, Type in_b) { return _mm256_xor_si256(in_a, in_b); }
-    static ORSKA_INLINE Type SubtractSaturated8(Type in_a, Type in_b) {
-        return _mm256_subs_epu8(in_a, in_b);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftLeft16(Type in_value) {
-        return _mm256_slli_epi16(in_value, COUNT);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftRight16(Type in_value) {
-        return _mm256_srli_epi16(in_value, COUNT);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftLeft32(Type in_value) {
-        return _mm256_slli_epi32(in_value, COUNT);
-    }
-    template <int COUNT>
-    static ORSKA_INLINE Type ShiftRight32(Type in_value) {
-        return _mm256_srli_epi32(in_value, COUNT);
-    }
-    static ORSKA_INLINE Type InterleaveLow8(Type in_a, Type in_b) {
-        return _mm256_unpacklo_epi8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type InterleaveHigh8(Type in_a, Type in_b) {
-        return _mm256_unpackhi_epi8(in_a, in_b);
-    }
-    static ORSKA_INLINE Type InterleaveLow16(Type in_a, Type in_b) {
-        return _mm256_unpacklo_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type InterleaveHigh16(Type in_a, Type in_b) {
-        return _mm256_unpackhi_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type PackSigned16(Type in_a, Type in_b) {
-        return _mm256_packs_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type PackUnsigned16(Type in_a, Type in_b) {
-        return _mm256_packus_epi16(in_a, in_b);
-    }
-    static ORSKA_INLINE Type PackSigned32(Type in_a, Type in_b) {
-        return _mm256_packs_epi32(in_a, in_b);
-    }
     static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
         return _mm256_shuffle_epi32(in_value, _MM_SHUFFLE(3, 1, 2, 0));
-    }
-    static ORSKA_INLINE Type Shuffle(Type in_value, Type in_order) {
-        return _mm256_shuffle_epi8(in_value, in_order);
     }
     static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
                                         std::uint32_t in_3) {
