@@ -74,8 +74,8 @@ private:
     }
 
     // What a byte from 80 to 9F stands for.
-    static consteval unsigned GetCodePoint(int in_index) { return CP1252_HIGH[in_index]; }
-    static consteval unsigned GetUtf8(int in_index) {
+    static constexpr unsigned GetCodePoint(int in_index) { return CP1252_HIGH[in_index]; }
+    static constexpr unsigned GetUtf8(int in_index) {
         const unsigned at = CP1252_HIGH[in_index];
         const unsigned middle = at < 0x800 ? 0xC0 | at >> 6 : 0x80 | (at >> 6 & 0x3F);
         return middle << 8 | 0x80 | (at & 0x3F);
