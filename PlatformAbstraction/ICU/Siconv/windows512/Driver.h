@@ -184,7 +184,14 @@ ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
         return Windows::ConvertWhole(io_cursor, LoadWindow(from), Windows::GetCut(from));
     }
     const std::uint64_t size = Windows::GetWhole(from, left);
-    if (size == 0 || !Windows::ConvertWhole(io_cursor, LoadWindowPart(from, size), 0)) {
+    const __m512i bytes = LoadWindowPart(from, size);
+    if (size > 0 && Windows::IsPlain(bytes)) {
+        Windows::WritePlainPart(io_cursor.m_to, bytes, size);
+        io_cursor.m_from += size;
+        io_cursor.m_to += size / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+        return true;
+    }
+    if (size == 0 || !Windows::ConvertWhole(io_cursor, bytes, 0)) {
         return false;
     }
     const char* const end = from + size;
