@@ -28,6 +28,8 @@ constexpr char NOT_INSTALLED_TITLE[] = "ODBC Installer Error";
 constexpr char SYSTEM_INI[] = "/etc/odbc.ini";
 constexpr char ANY_FUNCTION[] = "SQLPostInstallerError";
 constexpr short SQL_SUCCESS = 0;
+/// Every version takes a path of so many bytes as it is.
+constexpr std::size_t USUAL_PATH = 256;
 
 template <typename Function>
 void Bind(void* in_library, const char* in_name, Function& out_function) {
@@ -216,6 +218,10 @@ std::string GetUserIniPath() {
         const std::string path = GetUsablePath("ODBCINI");
         return path.empty() ? GetHome() + "/.odbc.ini" : path;
     }
+    // unixODBC looks the user up first, also where it takes the path from the variable.
+    const char* const variable = std::getenv("ODBCINI");
+    const std::string_view path = variable == nullptr ? "" : variable;
+    if (!path.empty() && path.size() < USUAL_PATH) return std::string(path);
     if (library.m_userIni != nullptr) return AskPath(library.m_userIni);
     return GetPasswdHome() + "/.odbc.ini";
 }

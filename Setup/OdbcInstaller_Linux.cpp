@@ -216,11 +216,16 @@ Lookup LookUpInBothOfIodbc(Request::State& in_request, const std::string& in_sec
     return system.m_isRead ? system : user;
 }
 
-Lookup LookUp(const std::string& in_file, const std::string& in_section,
+/// The path of a file that is not one of the config mode's.
+std::string GetOwnPath(const orska_wstring& in_file) {
+    return in_file.GetView().front() == u'/' ? ToUtf8(in_file).value_or("/") : std::string();
+}
+
+Lookup LookUp(const orska_wstring& in_file, const std::string& in_section,
               const std::string& in_key) {
-    if (in_file.front() == '/') {
+    if (const std::string path = GetOwnPath(in_file); !path.empty()) {
         Snapshot snapshot;
-        return LookUpIn(ReadFile(in_file, RulesOf(IsIodbc()), snapshot), in_section, in_key);
+        return LookUpIn(ReadFile(path, RulesOf(IsIodbc()), snapshot), in_section, in_key);
     }
     CurrentRequest request;
     switch (request->m_mode) {
@@ -337,9 +342,8 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     out_value = EmptyText();
     const std::optional<std::string> section = ToUtf8(in_section);
     const std::optional<std::string> key = ToUtf8(in_key);
-    const std::optional<std::string> file = ToUtf8(in_file);
-    if (in_bufferSize < 2 || !file || file->empty()) return -1;
-    const Lookup lookup = section && key ? LookUp(*file, *section, *key) : Lookup{true, {}};
+    if (in_bufferSize < 2 || in_file.IsEmpty()) return -1;
+    const Lookup lookup = section && key ? LookUp(in_file, *section, *key) : Lookup{true, {}};
     if (!lookup.m_isRead) return -1;
     orska_wstring value = in_default;
     if (lookup.m_value) value.SetFromUtf8(*lookup.m_value);
@@ -376,12 +380,11 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     const std::optional<std::string> section = ToUtf8(in_section);
     const std::optional<std::string> key = ToUtf8(in_key);
     const std::optional<std::string> value = ToUtf8(in_value);
-    const std::optional<std::string> file = ToUtf8(in_file);
-    if (!section || section->empty() || !key || !value || !file || file->empty()) return false;
+    if (!section || section->empty() || !key || !value || in_file.IsEmpty()) return false;
     const bool isRemoval = in_key.IsNull() || in_value.IsNull();
     const auto optionalKey = in_key.IsNull() ? std::nullopt : key;
-    if (file->front() == '/') {
-        OdbcIniUpdate update(*file, NEW_USER_FILE, RulesOf(IsIodbc()));
+    if (const std::string path = GetOwnPath(in_file); !path.empty()) {
+        OdbcIniUpdate update(path, NEW_USER_FILE, RulesOf(IsIodbc()));
         return (isRemoval ? Remove(update, *section, optionalKey)
                           : update.Set(*section, *key, *value)) &&
                update.Commit();
