@@ -3,6 +3,7 @@
 #include <odbcinst.h>
 
 #include <atomic>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -112,7 +113,59 @@ bool ReadWhole(const InstallerFunctions& in_installer, const orska_wstring& in_s
     }
 }
 
+/// The key below which the installer writes the values of a data source.
+HKEY WrittenRoot() {
+    const InstallerFunctions& installer = GetInstaller();
+    UWORD mode = ODBC_BOTH_DSN;
+    if (installer.m_getConfigMode != nullptr) installer.m_getConfigMode(&mode);
+    return mode == ODBC_SYSTEM_DSN ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
+std::wstring PathOf(const orska_wstring& in_section) {
+    return L"Software\\ODBC\\ODBC.INI\\" + in_section.GetAsPlatformWString();
+}
+
+/// A value with variables to expand (REG_EXPAND_SZ), as it is stored; nothing for any other one.
+/// The installer does not know the type: it may read such a value expanded, and writes a plain
+/// text.
+std::optional<orska_wstring> FindExpandable(const orska_wstring& in_section,
+                                            const orska_wstring& in_key) {
+    const HKEY root = WrittenRoot();
+    const std::wstring path = PathOf(in_section);
+    const std::wstring key = in_key.GetAsPlatformWString();
+    std::wstring text;
+    DWORD size = 0;
+    const auto get = [&](wchar_t* out_text) {
+        return ::RegGetValueW(root, path.c_str(), key.c_str(), RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND,
+                              nullptr, out_text, &size);
+    };
+    LONG error = get(nullptr);
+    while (error == ERROR_MORE_DATA ||
+           (error == ERROR_SUCCESS && text.size() * sizeof(wchar_t) < size)) {
+        text.assign(size / sizeof(wchar_t) + 1, L'\0');
+        error = get(text.data());
+    }
+    if (error != ERROR_SUCCESS) return std::nullopt;
+    return orska_wstring(text.c_str());
+}
+
+/// Gives a value that the installer has written its type back.
+bool SetExpandable(const orska_wstring& in_section, const orska_wstring& in_key,
+                   const orska_wstring& in_value) {
+    const std::wstring text = in_value.GetAsPlatformWString();
+    return ::RegSetKeyValueW(WrittenRoot(), PathOf(in_section).c_str(),
+                             in_key.GetAsPlatformWString().c_str(), REG_EXPAND_SZ, text.c_str(),
+                             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))) ==
+           ERROR_SUCCESS;
+}
+
 }  // namespace
+
+/// A value as the profile has it.
+struct StoredValue {
+    orska_wstring m_text;
+    bool m_isExpandable = false;
+};
 
 struct Request::State {
     explicit State(bool in_isSystem) {
@@ -130,7 +183,7 @@ struct Request::State {
     /// The installer's config mode, where the request had to set another one.
     UWORD m_mode = ODBC_BOTH_DSN;
     bool m_isModeSet = false;
-    HandedOutValues<orska_wstring> m_values;
+    HandedOutValues<StoredValue> m_values;
     State* m_outer = nullptr;
 };
 
@@ -143,7 +196,7 @@ namespace {
 thread_local Request::State* t_request = nullptr;
 
 /// The whole value for a text that this request has read; null for a new one.
-const orska_wstring* FindStored(const orska_wstring& in_key, const orska_wstring& in_value) {
+const StoredValue* FindStored(const orska_wstring& in_key, const orska_wstring& in_value) {
     return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
 }
 
@@ -193,10 +246,15 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     if (installer.m_getProfileString == nullptr || in_bufferSize < 2) return -1;
     std::wstring value;
     const bool isRead = ReadWhole(installer, in_section, in_key, in_default, in_file, value);
-    const orska_wstring stored(value.data(), value.size());
-    out_value = CutToBuffer(stored, in_bufferSize);
+    StoredValue stored{orska_wstring(value.data(), value.size())};
+    out_value = CutToBuffer(stored.m_text, in_bufferSize);
     if (!isRead) return -1;
-    if (t_request != nullptr) t_request->m_values.Remember(in_key, out_value, stored);
+    if (t_request != nullptr) {
+        if (std::optional<orska_wstring> expandable = FindExpandable(in_section, in_key)) {
+            stored = {std::move(*expandable), true};
+        }
+        t_request->m_values.Remember(in_key, out_value, std::move(stored));
+    }
     return out_value.GetLength();
 }
 
@@ -218,11 +276,14 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     const InstallerFunctions& installer = GetInstaller();
     if (installer.m_writeProfileString == nullptr || in_section.IsEmpty()) return false;
     if (!IsWhole(in_section) || !IsWhole(in_key) || !IsWhole(in_value)) return false;
-    const orska_wstring* const stored = FindStored(in_key, in_value);
-    return installer.m_writeProfileString(in_section.GetAsPlatformWString().c_str(),
-                                          Optional(in_key).Get(),
-                                          Optional(stored != nullptr ? *stored : in_value).Get(),
-                                          in_file.GetAsPlatformWString().c_str()) != 0;
+    const StoredValue* const stored = FindStored(in_key, in_value);
+    const orska_wstring& value = stored != nullptr ? stored->m_text : in_value;
+    const bool isExpandable = !value.IsNull() && ((stored != nullptr && stored->m_isExpandable) ||
+                                                  FindExpandable(in_section, in_key));
+    const bool isWritten = installer.m_writeProfileString(
+                               in_section.GetAsPlatformWString().c_str(), Optional(in_key).Get(),
+                               Optional(value).Get(), in_file.GetAsPlatformWString().c_str()) != 0;
+    return isWritten && (!isExpandable || SetExpandable(in_section, in_key, value));
 }
 
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {

@@ -26,8 +26,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// What a profile held when it was read. Names compare without regard to ASCII case. A section that
-/// stands twice counts where it stands first, as does a key.
+/// A name of a section or key in the one form that all names have which the profile takes for the
+/// same: they differ in the case of ASCII letters, in the registry of all letters.
+std::string FoldName(std::string_view in_name);
+bool IsSameName(std::string_view in_left, std::string_view in_right);
+
+/// What a profile held when it was read. Names compare as FoldName has it. A section that stands
+/// twice counts where it stands first, as does a key.
 class ProfileView {
 public:
     using KeyValue = std::pair<std::string, std::string>;
@@ -43,6 +48,9 @@ public:
     /// The lines of a section, keys that stand twice included; empty without one.
     std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key) const;
+    /// The keys of a section whose values are no text, which only the registry has. None of the
+    /// other functions knows them.
+    std::vector<std::string> GetOtherKeys(std::string_view in_section) const;
     /// Whether the section has a line of which the driver manager reads the first part only.
     bool HasLongLine(std::string_view in_section) const;
     /// Whether both certainly hold the same.

@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "Setup/OdbcIniFile.h"
 #include "Setup/Profile.h"
 #include "Setup/ProfileRules.h"
@@ -46,6 +47,14 @@ struct ProfileView::State {
                            " makes the whole file unreadable for the driver manager");
     }
 };
+
+std::string FoldName(std::string_view in_name) { return Orska::Support::FoldCase(in_name); }
+
+bool IsSameName(std::string_view in_left, std::string_view in_right) {
+    return Orska::Support::EqualsIgnoringCase(in_left, in_right);
+}
+
+std::vector<std::string> ProfileView::GetOtherKeys(std::string_view) const { return {}; }
 
 std::vector<std::string> ProfileView::GetSections() const { return m_state->m_text.GetSections(); }
 

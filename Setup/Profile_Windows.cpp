@@ -1,6 +1,7 @@
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs.
+// Behind the Windows API, which they need.
 #include <odbcinst.h>
+#include <sddl.h>
 
 #include <algorithm>
 #include <cstring>
@@ -10,6 +11,7 @@
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
+#include "PlatformAbstraction/base/WindowsHandle.h"
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcInstaller.h"
 #include "Setup/Profile.h"
@@ -25,6 +27,7 @@ using Kind = Profile::Kind;
 using KeyValues = std::vector<ProfileView::KeyValue>;
 using Orska::Support::DescribeSystemError;
 using Orska::Support::EqualsIgnoringCase;
+using Orska::Support::FoldCase;
 using Orska::Support::orska_wstring;
 
 /// The longest name of a key or a value, with its NUL.
@@ -80,9 +83,27 @@ private:
     throw ProfileError(in_name + ": cannot read: " + Describe(in_error));
 }
 
+struct Section {
+    KeyValues m_texts;
+    std::vector<std::string> m_others;  ///< keys of what is neither text nor number
+};
+
+/// @param out_value  ended by a NUL at least
+LONG QueryValue(HKEY in_key, const std::wstring& in_name, DWORD& out_type, std::wstring& out_value,
+                DWORD& io_size) {
+    for (;;) {
+        out_value.assign(io_size / sizeof(wchar_t) + 1, L'\0');
+        const LONG error = ::RegQueryValueExW(in_key, in_name.c_str(), nullptr, &out_type,
+                                              reinterpret_cast<BYTE*>(out_value.data()), &io_size);
+        // Others may have written a longer one since it was measured.
+        if (error != ERROR_MORE_DATA) return error;
+        WipeBytes(out_value.data(), out_value.size() * sizeof(wchar_t));
+    }
+}
+
 /// Takes texts and numbers; what is neither stays in the registry as it is.
-/// @return ERROR_NO_MORE_ITEMS behind the last one
-LONG ReadValue(HKEY in_key, DWORD in_index, KeyValues& io_section) {
+/// @return ERROR_NO_MORE_ITEMS after the last one
+LONG ReadValue(HKEY in_key, DWORD in_index, Section& io_section) {
     std::wstring name(MAX_NAME, L'\0');
     DWORD nameLength = MAX_NAME;
     DWORD type = REG_NONE;
@@ -91,31 +112,32 @@ LONG ReadValue(HKEY in_key, DWORD in_index, KeyValues& io_section) {
         ::RegEnumValueW(in_key, in_index, name.data(), &nameLength, nullptr, &type, nullptr, &size);
     if (error != ERROR_SUCCESS) return error;
     name.resize(nameLength);
-    std::wstring value(size / sizeof(wchar_t) + 1, L'\0');
+    std::wstring value;
     const WipeAtEnd wipe(value);
-    error = ::RegQueryValueExW(in_key, name.c_str(), nullptr, &type,
-                               reinterpret_cast<BYTE*>(value.data()), &size);
+    error = QueryValue(in_key, name, type, value, size);
     if (error != ERROR_SUCCESS) return error;
     if (type == REG_DWORD && size == sizeof(DWORD)) {
         DWORD number = 0;
         std::memcpy(&number, value.data(), sizeof number);
-        io_section.emplace_back(ToUtf8(name), std::to_string(number));
+        io_section.m_texts.emplace_back(ToUtf8(name), std::to_string(number));
     } else if (type == REG_SZ || type == REG_EXPAND_SZ) {
         // Ended by one NUL, by none, or by more than one: all have been seen.
         const std::size_t length = std::min(value.find(L'\0'), size / sizeof(wchar_t));
-        io_section.emplace_back(ToUtf8(name), ToUtf8(value.substr(0, length)));
+        io_section.m_texts.emplace_back(ToUtf8(name), ToUtf8(value.substr(0, length)));
+    } else {
+        io_section.m_others.push_back(ToUtf8(name));
     }
     return ERROR_SUCCESS;
 }
 
 /// Nothing when there is no such section. No name leads to a key below one.
-std::optional<KeyValues> ReadSection(Kind in_kind, const std::string& in_section) {
+std::optional<Section> ReadSection(Kind in_kind, const std::string& in_section) {
     if (in_section.empty() || in_section.find('\\') != std::string::npos) return std::nullopt;
     for (;;) {
         const Key key(in_kind, PathOf(in_kind) + "\\" + in_section, KEY_READ);
         if (!key.IsThere()) return std::nullopt;
         LONG error = key.GetError();
-        KeyValues section;
+        Section section;
         for (DWORD i = 0; error == ERROR_SUCCESS; ++i) error = ReadValue(key.Get(), i, section);
         if (error == ERROR_NO_MORE_ITEMS) return section;
         // Removed while it was read; it may be there again.
@@ -155,15 +177,36 @@ std::vector<std::string> ReadNames(Kind in_kind) {
     }
 }
 
-/// What a run holds while it changes the profile, which has no lock of its own. One for the data
-/// sources of a user in a session, one of all sessions for what is the system's.
+/// The user of this process, as text: S-1-5-21-...; empty when the system does not tell.
+std::wstring FindUserSid() {
+    HANDLE token = nullptr;
+    if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
+    const Orska::Support::WindowsHandle owner(token);
+    struct {
+        TOKEN_USER m_user;
+        BYTE m_sid[SECURITY_MAX_SID_SIZE];
+    } user{};
+    DWORD size = 0;
+    wchar_t* text = nullptr;
+    if (::GetTokenInformation(token, TokenUser, &user, sizeof user, &size) == FALSE ||
+        ::ConvertSidToStringSidW(user.m_user.User.Sid, &text) == FALSE) {
+        return {};
+    }
+    const std::wstring sid(text);
+    ::LocalFree(text);
+    return sid;
+}
+
+/// What a run holds while it changes the profile, which has no lock of its own: one for the data
+/// sources of each user, in whatever session, and one for what is the system's. Those who may write
+/// there, that user or the administrators, may open it, and nobody else.
 class Lock {
 public:
-    Lock(Kind in_kind, const std::string& in_place)
-        : m_mutex(::CreateMutexW(nullptr, FALSE,
-                                 in_kind == Kind::USER_DATA_SOURCES
-                                     ? L"Local\\veltrane-dsn-change"
-                                     : L"Global\\veltrane-dsn-change")) {
+    Lock(Kind in_kind, const std::string& in_place) {
+        const bool isUsers = in_kind == Kind::USER_DATA_SOURCES;
+        const std::wstring user = isUsers ? FindUserSid() : std::wstring();
+        const std::wstring name = L"Global\\veltrane-dsn-change" + (isUsers ? L"-" + user : L"");
+        m_mutex = Create(name, isUsers ? user : L"BA");
         if (m_mutex == nullptr) Fail(in_place, "cannot lock", ::GetLastError());
         const DWORD result = ::WaitForSingleObject(m_mutex, LOCK_TIMEOUT);
         // One that was abandoned is of a run that was killed.
@@ -182,6 +225,25 @@ private:
     [[noreturn]] static void Fail(const std::string& in_place, const char* in_operation,
                                   DWORD in_error) {
         throw ProfileError(in_place + ": " + in_operation + ": " + DescribeSystemError(in_error));
+    }
+
+    /// @param in_trustee  who may hold it beside the system: a SID, or its abbreviation
+    static HANDLE Create(const std::wstring& in_name, const std::wstring& in_trustee) {
+        // SYNCHRONIZE and MUTEX_MODIFY_STATE, which is also all that is asked for: with more the
+        // one who comes second would be refused.
+        const std::wstring rights = L"D:P(A;;0x100001;;;" + in_trustee + L")(A;;0x100001;;;SY)";
+        SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, FALSE};
+        if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1,
+                                                                   &attributes.lpSecurityDescriptor,
+                                                                   nullptr) == FALSE) {
+            return nullptr;
+        }
+        const HANDLE mutex =
+            ::CreateMutexExW(&attributes, in_name.c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE);
+        const DWORD error = ::GetLastError();
+        ::LocalFree(attributes.lpSecurityDescriptor);
+        ::SetLastError(error);
+        return mutex;
     }
 
     HANDLE m_mutex;
@@ -294,20 +356,47 @@ std::vector<Profile::Failure> DoAll(const std::vector<Edit>& in_edits, Kind in_k
 struct ProfileView::State {
     explicit State(Kind in_kind) : m_kind(in_kind), m_names(ReadNames(in_kind)) {}
 
-    const std::optional<KeyValues>& Find(std::string_view in_section) const {
-        const auto [section, isNew] = m_sections.try_emplace(Orska::Support::FoldCase(in_section));
+    const std::optional<Section>& Find(std::string_view in_section) const {
+        const auto [section, isNew] = m_sections.try_emplace(FoldName(in_section));
         if (!isNew) return section->second;
         section->second = ReadSection(m_kind, std::string(in_section));
         if (m_kind != Kind::DRIVERS && section->second) {
-            NameDriver(m_kind, std::string(in_section), *section->second);
+            NameDriver(m_kind, std::string(in_section), section->second->m_texts);
         }
         return section->second;
     }
 
     Kind m_kind;
     std::vector<std::string> m_names;
-    mutable std::unordered_map<std::string, std::optional<KeyValues>> m_sections;
+    mutable std::unordered_map<std::string, std::optional<Section>> m_sections;
 };
+
+namespace {
+
+bool IsAscii(std::string_view in_text) {
+    return std::all_of(in_text.begin(), in_text.end(), [](char in_byte) { return in_byte >= 0; });
+}
+
+}  // namespace
+
+std::string FoldName(std::string_view in_name) {
+    std::wstring name = IsAscii(in_name) ? std::wstring() : ToWide(in_name);
+    if (name.empty()) return FoldCase(in_name);
+    // By the system's table of upper case, which the registry and CompareStringOrdinal take too.
+    const int length = static_cast<int>(name.size());
+    ::LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, name.c_str(), length, name.data(),
+                    length, nullptr, nullptr, 0);
+    return FoldCase(ToUtf8(name));
+}
+
+bool IsSameName(std::string_view in_left, std::string_view in_right) {
+    if (IsAscii(in_left) && IsAscii(in_right)) return EqualsIgnoringCase(in_left, in_right);
+    return FoldName(in_left) == FoldName(in_right);
+}
+
+std::vector<std::string> ProfileView::GetOtherKeys(std::string_view in_section) const {
+    return m_state->Find(in_section).value_or(Section()).m_others;
+}
 
 std::vector<std::string> ProfileView::GetSections() const { return m_state->m_names; }
 
@@ -324,13 +413,13 @@ bool ProfileView::HasSection(std::string_view in_section) const {
 }
 
 std::vector<ProfileView::KeyValue> ProfileView::GetKeyValues(std::string_view in_section) const {
-    return m_state->Find(in_section).value_or(KeyValues());
+    return m_state->Find(in_section).value_or(Section()).m_texts;
 }
 
 std::optional<std::string> ProfileView::Get(std::string_view in_section,
                                             std::string_view in_key) const {
-    for (const auto& [key, value] : m_state->Find(in_section).value_or(KeyValues())) {
-        if (EqualsIgnoringCase(key, in_key)) return value;
+    for (const auto& [key, value] : GetKeyValues(in_section)) {
+        if (IsSameName(key, in_key)) return value;
     }
     return std::nullopt;
 }
@@ -381,6 +470,9 @@ ProfileView Profile::Read() const {
 
 std::vector<Profile::Failure> Profile::Change(
     const std::function<void(ProfileChange&)>& in_plan) const {
+    // Who may not write must not hold the lock either.
+    const std::string reason = WhyNotWritable();
+    if (!reason.empty()) throw ProfileError(reason);
     const Lock lock(m_kind, m_path);
     ProfileChange::State state{Read(), m_kind, {}};
     ProfileChange change(state);
