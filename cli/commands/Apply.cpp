@@ -97,10 +97,10 @@ Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_lin
 void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_driver,
                  const ODBC::ProfileView& in_view, DsnResults& io_results) {
     std::unordered_set<std::string> described;
-    for (const Wish& wish : in_wishes) described.insert(FoldCase(wish.m_wish.m_name));
+    for (const Wish& wish : in_wishes) described.insert(FoldName(wish.m_wish.m_name));
     for (const std::string& dsn : GetDsnNames(in_view)) {
-        const bool isOurs = EqualsIgnoringCase(in_view.Get(dsn, "Driver").value_or(""), in_driver);
-        if (!isOurs || described.contains(FoldCase(dsn))) continue;
+        const bool isOurs = IsSameName(in_view.Get(dsn, "Driver").value_or(""), in_driver);
+        if (!isOurs || described.contains(FoldName(dsn))) continue;
         DsnWish wish;
         wish.m_name = dsn;
         wish.m_driver = in_driver;

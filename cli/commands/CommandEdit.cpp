@@ -78,7 +78,7 @@ private:
     ExitCode Save() {
         const std::string name = ToUtf8(m_dialog.GetDSN());
         const bool isRenamed = !m_name.empty() && name != m_name;
-        if (isRenamed && EqualsIgnoringCase(name, m_name)) {
+        if (isRenamed && IsSameName(name, m_name)) {
             throw CommandError(EXIT_FAILED, "For the driver manager \"" + name + "\" and \"" +
                                                 m_name + "\" are the same name.");
         }
@@ -110,7 +110,7 @@ private:
         DsnWish wish;
         wish.m_name = in_name;
         wish.m_driver = m_driver;
-        if (!EqualsIgnoringCase(in_name, m_name)) {
+        if (!IsSameName(in_name, m_name)) {
             for (const auto& [key, value] : m_stored) {
                 if (!EqualsIgnoringCase(key, "Driver")) wish.m_values.Set(key, value);
             }
@@ -125,7 +125,7 @@ private:
 
     DsnResults Plan(const DsnWish& in_wish, const ODBC::ProfileView& in_view) const {
         const std::optional<Entries> current = ReadDsn(in_view, in_wish.m_name);
-        const bool isNew = !EqualsIgnoringCase(in_wish.m_name, m_name);
+        const bool isNew = !IsSameName(in_wish.m_name, m_name);
         if (isNew && current) {
             throw CommandError(EXIT_EXISTS, "There is a DSN \"" + in_wish.m_name +
                                                 "\" already in " + m_store.GetPath() + ".");

@@ -61,7 +61,7 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
         DsnResults results;
         std::set<std::string> known;
         for (const std::string& dsn : in_line.m_arguments) {
-            if (!known.insert(FoldCase(dsn)).second) continue;
+            if (!known.insert(FoldName(dsn)).second) continue;
             DsnWish wish;
             wish.m_name = dsn;
             wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);

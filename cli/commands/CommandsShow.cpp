@@ -17,21 +17,22 @@ struct StoredDsn {
 };
 
 /// The named DSNs, or all of the driver when none is named.
-std::vector<StoredDsn> Select(const DsnStore& in_store, const CommandLine& in_line) {
-    const ODBC::ProfileView text = in_store.Load();
+std::vector<StoredDsn> Select(const ODBC::ProfileView& in_view, const DsnStore& in_store,
+                              const CommandLine& in_line) {
     std::vector<StoredDsn> selected;
     for (const std::string& name : in_line.m_arguments) {
-        if (ODBC::IsReservedName(name) || !text.HasSection(name)) throw NoSuchDsn(in_store, name);
-        selected.push_back({name, Entries(text.GetKeyValues(name))});
+        const std::optional<Entries> entries = ReadDsn(in_view, name);
+        if (!entries) throw NoSuchDsn(in_store, name);
+        selected.push_back({name, *entries});
     }
     if (!in_line.m_arguments.empty()) return selected;
     const std::string driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
-    const std::string prefix = in_line.Get(OptionId::Prefix);
-    for (const std::string& name : GetDsnNames(text)) {
+    const std::string prefix = FoldName(in_line.Get(OptionId::Prefix));
+    for (const std::string& name : GetDsnNames(in_view)) {
         // First, because completion asks for few of many.
-        if (!EqualsIgnoringCase(std::string_view(name).substr(0, prefix.size()), prefix)) continue;
-        Entries entries(text.GetKeyValues(name));
-        const bool isOurs = EqualsIgnoringCase(entries.Get("Driver"), driver);
+        if (!FoldName(name).starts_with(prefix)) continue;
+        Entries entries(in_view.GetKeyValues(name));
+        const bool isOurs = IsSameName(entries.Get("Driver"), driver);
         if (isOurs || in_line.Has(OptionId::All)) selected.push_back({name, std::move(entries)});
     }
     return selected;
@@ -45,7 +46,8 @@ DescriptionFormat GetExportFormat(const CommandLine& in_line) {
                                                  : "--format is json or ini.");
 }
 
-DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown, bool& io_isLeftOut) {
+DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
+                        std::vector<std::string>& io_leftOut) {
     DsnDescription description;
     description.m_name = in_dsn.m_name;
     for (const auto& [key, value] : in_dsn.m_entries) {
@@ -53,12 +55,23 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown, bool& 
             description.m_driver = value;
         } else if (IsSecretKey(key) && !in_areSecretsShown) {
             // A mask would be taken for the password by whoever applies it.
-            io_isLeftOut = true;
+            io_leftOut.push_back(key + " of " + in_dsn.m_name);
         } else if (!EqualsIgnoringCase(key, "PWD") || !value.empty()) {
             description.m_values.Set(CanonicalKey(key), value);
         }
     }
     return description;
+}
+
+/// The first ones, in a line that can be read.
+std::string Join(const std::vector<std::string>& in_names) {
+    constexpr std::size_t MOST = 10;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(in_names.size(), MOST); ++i) {
+        text += (i == 0 ? "" : ", ") + in_names[i];
+    }
+    if (in_names.size() > MOST) text += " and " + std::to_string(in_names.size() - MOST) + " more";
+    return text;
 }
 
 using Rows = std::vector<std::vector<std::string>>;
@@ -131,7 +144,8 @@ ExitCode ListDsns(const CommandLine& in_line) {
     for (const Scope scope : {Scope::User, Scope::System}) {
         if (!areBoth && scope != GetScope(in_line)) continue;
         const auto others = areBoth ? LoadOther(scope) : std::nullopt;
-        for (const StoredDsn& dsn : Select(DsnStore(scope), in_line)) {
+        const DsnStore store(scope);
+        for (const StoredDsn& dsn : Select(store.Load(), store, in_line)) {
             const char* const relation = !others || !others->HasSection(dsn.m_name) ? ""
                                          : scope == Scope::User                     ? "hides"
                                                                                     : "hidden";
@@ -162,12 +176,22 @@ ExitCode ExportDsns(const CommandLine& in_line) {
     const DescriptionFormat format = GetExportFormat(in_line);
     const DsnStore store(GetScope(in_line));
     std::vector<DsnDescription> descriptions;
-    bool isLeftOut = false;
-    for (const StoredDsn& dsn : Select(store, in_line)) {
-        descriptions.push_back(Describe(dsn, in_line.Has(OptionId::ShowSecrets), isLeftOut));
+    std::vector<std::string> secrets;
+    std::vector<std::string> others;
+    const ODBC::ProfileView view = store.Load();
+    for (const StoredDsn& dsn : Select(view, store, in_line)) {
+        descriptions.push_back(Describe(dsn, in_line.Has(OptionId::ShowSecrets), secrets));
+        for (const std::string& key : view.GetOtherKeys(dsn.m_name)) {
+            others.push_back(key + " of " + dsn.m_name);
+        }
     }
     std::cout << FormatDescriptions(descriptions, format);
-    if (isLeftOut) PrintError("Passwords are left out; --show-secrets writes them.");
+    if (!secrets.empty()) {
+        PrintError("Passwords are left out; --show-secrets writes them: " + Join(secrets) + ".");
+    }
+    if (!others.empty()) {
+        PrintError("Values that are no text are left out: " + Join(others) + ".");
+    }
     return EXIT_DONE;
 }
 
@@ -176,7 +200,7 @@ ExitCode CheckDsns(const CommandLine& in_line) {
     const ODBC::ProfileView text = store.Load();
     Json results = Json::array();
     bool isSound = true;
-    for (const StoredDsn& dsn : Select(store, in_line)) {
+    for (const StoredDsn& dsn : Select(text, store, in_line)) {
         const Findings findings =
             ExamineDsn(text, dsn.m_name, in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
         isSound = isSound && !HasError(findings);

@@ -33,7 +33,7 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     };
     for (const std::string& dsn : GetDsnNames(text)) {
         const std::string driver = text.Get(dsn, "Driver").value_or("");
-        if (EqualsIgnoringCase(driver, in_driver)) {
+        if (IsSameName(driver, in_driver)) {
             Append(findings, ExamineDsn(text, dsn, in_driver));
         } else if (driver.empty()) {
             findings.push_back({Severity::Warning, "dsn-without-driver",

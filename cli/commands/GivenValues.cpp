@@ -108,7 +108,7 @@ void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
     }
     for (const auto& [key, value] : in_wish.m_values) {
         for (const std::string& unset : in_wish.m_unset) {
-            if (EqualsIgnoringCase(key, unset)) Refuse(key + " is both given and removed.");
+            if (IsSameName(key, unset)) Refuse(key + " is both given and removed.");
         }
         if (!ODBC::OdbcIniText::IsCarriableLine(key, value)) {
             Refuse(key + ": No line of odbc.ini can hold this key and value unchanged.");

@@ -55,7 +55,7 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
     std::set<std::string> names;
     for (const DsnDescription& description : descriptions) {
         const std::string place = in_source + ": \"" + description.m_name + "\"";
-        if (!names.insert(FoldCase(description.m_name)).second) {
+        if (!names.insert(FoldName(description.m_name)).second) {
             throw CommandError(EXIT_FAILED, place + " is described twice.");
         }
         CheckKeys(description, place);

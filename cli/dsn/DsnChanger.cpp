@@ -5,6 +5,7 @@
 
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/PlatformWords.h"
 
 namespace Veltrane::Cli {
 
@@ -14,19 +15,33 @@ bool IsToDo(const DsnResult& in_result) {
     return in_result.m_failure.empty() && in_result.m_plan.m_action != Action::None;
 }
 
+/// Why no DSN of a driver can be added; empty when one can.
+std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in_driver) {
+    const std::optional<Entries> entries = in_registry.Find(in_driver);
+    const std::string subject = "The driver \"" + in_driver + "\" ";
+    if (!entries) {
+        return subject + "is not registered in " + in_registry.GetPath() +
+               ". Install it, or give the name of a registered one with --driver.";
+    }
+    if (!PLATFORM_WORDS.m_needsDriverLibrary || !GetLibraryEntry(*entries, "Driver").empty()) {
+        return {};
+    }
+    return subject + "has no Driver entry in " + in_registry.GetPath() +
+           ", and without one the installer adds no DSN. Install the driver, or add the entry: "
+           "veltrane-dsn driver register --replace --driver \"" +
+           in_driver + "\" --library " + PLATFORM_WORDS.m_exampleDriver + ".";
+}
+
 /// A DSN of a driver that nobody knows would be of no use. Those that are there may stay.
 void RefuseUnknownDrivers(DsnResults& io_results) {
     const DriverRegistry registry;
-    std::map<std::string, bool> known;
+    std::map<std::string, std::string> known;
     for (DsnResult& result : io_results) {
         if (!IsToDo(result) || result.m_plan.m_action != Action::Add) continue;
         const std::string& driver = result.m_plan.m_driver;
         const auto [entry, isNew] = known.try_emplace(driver);
-        if (isNew) entry->second = registry.Find(driver).has_value();
-        if (entry->second) continue;
-        result.m_failure = "The driver \"" + driver + "\" is not registered in " +
-                           registry.GetPath() +
-                           ". Install it, or give the name of a registered one with --driver.";
+        if (isNew) entry->second = WhyNotAdded(registry, driver);
+        result.m_failure = entry->second;
     }
 }
 
@@ -84,7 +99,7 @@ DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bo
     };
     for (const auto& [dsn, reason] : in_store.GetProfile().Change(write)) {
         for (DsnResult& result : results) {
-            if (EqualsIgnoringCase(result.m_plan.m_name, dsn)) result.m_failure = reason;
+            if (result.m_plan.m_name == dsn) result.m_failure = reason;
         }
     }
     return results;

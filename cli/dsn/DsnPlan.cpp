@@ -69,7 +69,7 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
 /// The setup library of one driver has no business with the DSNs of another one.
 void CheckOwner(const DsnWish& in_wish, const Entries& in_current) {
     const std::string owner = in_current.Get("Driver");
-    if (owner.empty() || EqualsIgnoringCase(owner, in_wish.m_driver)) return;
+    if (owner.empty() || IsSameName(owner, in_wish.m_driver)) return;
     throw CommandError(EXIT_FAILED, "The DSN \"" + in_wish.m_name + "\" is one of the driver \"" +
                                         owner + "\", not of \"" + in_wish.m_driver +
                                         "\". If that is meant, give --driver.");

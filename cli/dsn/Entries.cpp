@@ -18,13 +18,13 @@ Entries::Entries(const std::vector<Entry>& in_lines) {
 
 bool Entries::IsRepeated(std::string_view in_key) const {
     return std::any_of(m_repeated.begin(), m_repeated.end(), [in_key](const std::string& in_each) {
-        return EqualsIgnoringCase(in_each, in_key);
+        return IsSameName(in_each, in_key);
     });
 }
 
 const std::string* Entries::Find(std::string_view in_key) const {
     for (const Entry& entry : m_entries) {
-        if (EqualsIgnoringCase(entry.first, in_key)) return &entry.second;
+        if (IsSameName(entry.first, in_key)) return &entry.second;
     }
     return nullptr;
 }
@@ -36,7 +36,7 @@ std::string Entries::Get(std::string_view in_key) const {
 
 void Entries::Set(std::string_view in_key, std::string_view in_value) {
     for (Entry& entry : m_entries) {
-        if (EqualsIgnoringCase(entry.first, in_key)) {
+        if (IsSameName(entry.first, in_key)) {
             entry.second = in_value;
             return;
         }
@@ -45,9 +45,8 @@ void Entries::Set(std::string_view in_key, std::string_view in_value) {
 }
 
 void Entries::Remove(std::string_view in_key) {
-    std::erase_if(m_entries, [in_key](const Entry& in_entry) {
-        return EqualsIgnoringCase(in_entry.first, in_key);
-    });
+    std::erase_if(m_entries,
+                  [in_key](const Entry& in_entry) { return IsSameName(in_entry.first, in_key); });
 }
 
 std::string CanonicalKey(std::string_view in_key) {

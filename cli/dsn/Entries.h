@@ -1,5 +1,5 @@
 /// The keys and values of a DSN, in UTF-8, in the order in which they were given, and what the tool
-/// knows about keys. Keys compare without regard to ASCII case, as the driver manager has it.
+/// knows about keys. Keys compare as the profile has it (ODBC::FoldName).
 #ifndef CLI_ENTRIES_H
 #define CLI_ENTRIES_H
 
@@ -10,12 +10,15 @@
 #include <vector>
 
 #include "PlatformAbstraction/base/Ascii.h"
+#include "Setup/Profile.h"
 #include "VeltraneDialog/DialogFields.h"
 
 namespace Veltrane::Cli {
 
 using Entry = std::pair<std::string, std::string>;
 
+using ODBC::FoldName;
+using ODBC::IsSameName;
 using Orska::Support::EqualsIgnoringCase;
 using Orska::Support::FoldCase;
 

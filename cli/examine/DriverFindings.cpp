@@ -101,10 +101,12 @@ void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in
         ExamineLibrary("Driver", driver, CONNECTING_FUNCTIONS, io_findings);
         return;
     }
+    const bool isNeeded = PLATFORM_WORDS.m_needsDriverLibrary;
     io_findings.push_back(
-        {Severity::Warning, "driver-without-library",
+        {isNeeded ? Severity::Error : Severity::Warning, "driver-without-library",
          "The driver " + Quote(in_driver) + " has no Driver entry in " + in_registry.GetPath() +
-             ": DSNs can be managed, but programs cannot connect.",
+             (isNeeded ? ": the installer adds no DSN, and programs cannot connect."
+                       : ": DSNs can be managed, but programs cannot connect."),
          "Install the driver's library, which is not part of these programs, and register it: "
          "veltrane-dsn driver register --replace --driver " +
              Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + "."});

@@ -50,7 +50,7 @@ void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
                   Findings& io_findings) {
     std::set<std::string> known;
     for (const auto& [key, value] : in_lines) {
-        if (!known.insert(FoldCase(key)).second) {
+        if (!known.insert(FoldName(key)).second) {
             io_findings.push_back(
                 {Severity::Warning, "key-twice",
                  "The DSN " + Quote(in_dsn) + " has the key " + key +
@@ -84,7 +84,8 @@ void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
             break;
         }
     }
-    const std::string subject = in_store.GetPath() + " (mode " + rights.m_mode + ")";
+    const std::string subject =
+        in_store.GetPath() + (rights.m_mode.empty() ? "" : " (mode " + rights.m_mode + ")");
     if (!holders.empty() && (rights.m_isReadByOthers || rights.m_isReadByGroup)) {
         io_findings.push_back(
             {rights.m_isReadByOthers ? Severity::Warning : Severity::Note,
@@ -112,7 +113,7 @@ Findings ExamineDsn(const ODBC::ProfileView& in_text, const std::string& in_dsn,
     const std::vector<Entry> lines = in_text.GetKeyValues(in_dsn);
     const Entries entries(lines);
     const std::string driver = entries.Get("Driver");
-    if (driver.empty() || EqualsIgnoringCase(driver, in_driver)) {
+    if (driver.empty() || IsSameName(driver, in_driver)) {
         ExamineFields(entries, in_dsn, findings);
     }
     ExamineLines(lines, in_dsn, findings);
@@ -164,7 +165,7 @@ Findings ExamineFile(const DsnStore& in_store) {
     ExamineRights(in_store, text, findings);
     std::set<std::string> known;
     for (const std::string& section : text.GetSections()) {
-        if (known.insert(FoldCase(section)).second) continue;
+        if (known.insert(FoldName(section)).second) continue;
         findings.push_back({Severity::Warning, "section-twice",
                             in_store.GetPath() + " has the section " + Quote(section) +
                                 " twice; the driver manager takes the first one.",

@@ -4,9 +4,13 @@
 
 namespace Veltrane::Cli {
 
-/// The keys of the registry have the system's own access lists: a user's for that user, the
-/// system's for administrators. There is no file to look at.
-FileRights GetFileRights(const std::string&) { return {}; }
+/// The keys of the registry have the system's own access lists: a user's are for that user, the
+/// system's for administrators to write and for everybody to read.
+FileRights GetFileRights(const std::string& in_path) {
+    FileRights rights;
+    rights.m_isReadByOthers = in_path.starts_with("HKEY_LOCAL_MACHINE\\");
+    return rights;
+}
 
 bool IsAdministrator() {
     SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};

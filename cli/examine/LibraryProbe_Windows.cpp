@@ -4,6 +4,7 @@
 #include <cstring>
 #include <set>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/WideText_Windows.h"
 #include "cli/examine/LibraryProbe.h"
@@ -150,7 +151,8 @@ bool IsOfTheSystem(const std::wstring& in_path) {
 
 /// A name that the system maps to libraries of its own, without a file.
 bool IsOfAnApiSet(const std::string& in_name) {
-    return in_name.starts_with("api-ms-") || in_name.starts_with("ext-ms-");
+    const std::string name = Orska::Support::FoldCase(in_name);
+    return name.starts_with("api-ms-") || name.starts_with("ext-ms-");
 }
 
 /// The first library that is not found, of those that a library needs and that these need.

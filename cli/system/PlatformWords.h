@@ -17,6 +17,8 @@ struct PlatformWords {
     const char* m_driverManagerRepair;  ///< where no driver manager can be loaded
     /// Whether other driver managers of this system take ";" and "#" in a value for a comment.
     bool m_hasCommentsInValues;
+    /// Whether the installer adds no DSN of a driver that is registered without its library.
+    bool m_needsDriverLibrary;
 };
 
 extern const PlatformWords PLATFORM_WORDS;

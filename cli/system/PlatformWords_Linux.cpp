@@ -16,6 +16,7 @@ const PlatformWords PLATFORM_WORDS = {
     "ODBCINI and ODBCSYSINI choose other ones.",
     "Install the package of one: libodbc2 of unixODBC, or libiodbc2.",
     true,
+    false,
 };
 
 bool IsAbsolutePath(const std::string& in_path) { return in_path.starts_with('/'); }

@@ -16,6 +16,7 @@ const PlatformWords PLATFORM_WORDS = {
     "Give yourself the right to write the key.",
     "It is a part of Windows: repair the installation.",
     false,
+    true,
 };
 
 bool IsAbsolutePath(const std::string& in_path) {

@@ -74,7 +74,7 @@ class LineTest(RefusalTest):
         self.assertEqual(self.dsns(), {"sales": SALES})
 
     def test_both_formats_of_descriptions_say_the_same(self):
-        self.stage.write("drivers", {"V2": {"Setup": "x"}, "Veltrane": {"Setup": "x"}})
+        self.stage.write("drivers", dict.fromkeys(("V2", "Veltrane"), self.stage.driver("x")))
         stored = {"driver": "veltrane", "Server": "db", "database": "d", "Namespace": "n", "UID": ""}
         self.write({"old": {"Driver": "Veltrane"}, "unset": {**SALES, "UID": "u"}, "same": stored})
         file = self.write_file("password", "hunter2")

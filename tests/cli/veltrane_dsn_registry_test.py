@@ -65,6 +65,54 @@ class RegistryTest(ToolTest):
             self.assertEqual(self.dsns(), after)
         self.assertGreater(points, 20)
 
+    def test_names_compare_as_the_registry_has_it(self):
+        self.write({"Ärger": {**SALES, "Ünits": "1"}, "sales": SALES})
+        self.run_tool("show", "ärger")
+        self.assertEqual(self.run_json("export", "ÄRGER")["data_sources"][0]["values"]["Ünits"], "1")
+        self.assertEqual(self.run_tool("list", "--prefix", "är")[0], "Ärger\n")
+        described = [{"name": "ärger", "values": {"Server": "db", "Database": "d", "üNITS": "2"}}]
+        text = json.dumps({"data_sources": described})
+        self.run_tool("apply", "-", "--prune", "--replace", stdin=text)
+        self.assertEqual(self.dsns(), {"Ärger": {**SALES, "Ünits": "2"}})
+        text = json.dumps({"data_sources": [*described, {**described[0], "name": "ÄRGER"}]})
+        self.assertIn("described twice", self.run_tool("apply", "-", stdin=text, code=1)[1])
+        self.run_tool("remove", "ärger", "ÄRGER")
+        self.assertEqual(self.dsns(), {})
+
+    def test_an_export_names_what_it_leaves_out(self):
+        self.write({"odd": {**SALES, "Blob": b"hex:01,02", "PWD": "hunter2"}, "sales": SALES})
+        self.assertEqual(self.run_tool("export")[1].replace("\r", ""),
+                         "veltrane-dsn: Passwords are left out; --show-secrets writes them: PWD of odd.\n"
+                         "veltrane-dsn: Values that are no text are left out: Blob of odd.\n")
+
+    def test_a_driver_without_its_library_takes_no_dsn(self):
+        self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup}})
+        finding = next(it for it in self.run_json("doctor", code=1)["findings"]
+                       if it["id"] == "driver-without-library")
+        self.assertEqual(finding["severity"], "error")
+        self.assertIn("the installer adds no DSN", finding["text"])
+        _, errors = self.run_tool("add", "s", "--server", "s", "--database", "d", code=1)
+        self.assertIn('has no Driver entry in ' + self.stage.places["drivers"], errors)
+        self.assertIn("driver register --replace", errors)
+
+    def test_everybody_reads_a_password_of_the_system(self):
+        for scope in ("user", "system"):
+            self.write({"sales": {**SALES, "PWD": "hunter2"}}, scope)
+            found = [it for it in self.run_json("doctor")["findings"]
+                     if it["id"] == "password-readable-by-others"]
+            self.assertEqual(len(found), scope == "system")
+        self.assertIn(self.stage.places["system"] + " can be read by everybody and holds the "
+                      "passwords of: sales.", found[0]["text"])
+
+    def test_a_library_of_the_system_needs_no_file(self):
+        needed = self.stage.compile("API-MS-Win-none-l1-1-0", self.stage.PRELUDE +
+                                    "EXPORTED int needed(void) { return 1; }")
+        library = self.stage.compile("driver", self.stage.PRELUDE + "int needed(void); "
+                                     "EXPORTED int SQLAllocHandle(void) { return needed(); }", needed)
+        self.stage.remove(needed)
+        self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
+        self.run_tool("doctor")
+
 
 if __name__ == "__main__":
     main()
