@@ -105,11 +105,17 @@ struct ConnectionTest::State {
 
     ConnectionResult Read(const std::string& in_line) {
         ConnectionResult result;
-        ReadAnswer(Json::parse(in_line), result);
-        if (result.m_outcome == ConnectionOutcome::NotTested) return result;
-        const bool isConnected = result.m_outcome == ConnectionOutcome::Connected;
-        result.m_reasons =
-            ReadFindings(m_process, isConnected ? TIME_TO_DISCONNECT : TIME_TO_EXPLAIN);
+        try {
+            ReadAnswer(Json::parse(in_line), result);
+            if (result.m_outcome == ConnectionOutcome::NotTested) return result;
+            const bool isConnected = result.m_outcome == ConnectionOutcome::Connected;
+            result.m_reasons =
+                ReadFindings(m_process, isConnected ? TIME_TO_DISCONNECT : TIME_TO_EXPLAIN);
+        } catch (const Json::exception& error) {
+            // Another version of the tool, say, which has replaced this one.
+            result.m_outcome = ConnectionOutcome::NotTested;
+            result.m_text = std::string("The test's own process answers nonsense: ") + error.what();
+        }
         return result;
     }
 };

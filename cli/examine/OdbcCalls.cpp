@@ -13,7 +13,9 @@ namespace {
 
 // The ODBC headers need those of the system, which only the bodies of each system include.
 using AllocHandle = short(short in_kind, void* in_parent, void** out_handle);
-using SetEnvAttr = short(void* in_environment, int in_attribute, void* in_value, int in_length);
+/// The value is a pointer there, or a number in the place of one.
+using SetEnvAttr = short(void* in_environment, int in_attribute, std::uintptr_t in_value,
+                         int in_length);
 using DisconnectCall = short(void* in_connection);
 constexpr short HANDLE_OF_ENVIRONMENT = 1;  // SQL_HANDLE_ENV
 constexpr short HANDLE_OF_CONNECTION = 2;   // SQL_HANDLE_DBC
@@ -42,8 +44,7 @@ OdbcCalls::OdbcCalls(const std::string& in_library) {
     auto* const allocate = FindAs<AllocHandle>("SQLAllocHandle");
     auto* const setAttribute = FindAs<SetEnvAttr>("SQLSetEnvAttr");
     const bool isReady = HasSucceeded(allocate(HANDLE_OF_ENVIRONMENT, nullptr, &m_environment)) &&
-                         HasSucceeded(setAttribute(m_environment, ODBC_VERSION,
-                                                   reinterpret_cast<void*>(VERSION_3), 0)) &&
+                         HasSucceeded(setAttribute(m_environment, ODBC_VERSION, VERSION_3, 0)) &&
                          HasSucceeded(allocate(HANDLE_OF_CONNECTION, m_environment, &m_connection));
     if (!isReady) Fail("The driver manager " + m_name + " gives no connection handle.");
 }

@@ -19,7 +19,7 @@ constexpr const char* NAMES[] = {"libodbc.so.2", "libiodbc.so.2"};
 /// characters have another size in iODBC. Its conversion for a driver with W functions alone gives
 /// ISO 8859-1.
 std::string FromOdbc(const SQLCHAR* in_bytes, std::size_t in_size) {
-    const std::string bytes(reinterpret_cast<const char*>(in_bytes), in_size);
+    std::string bytes(reinterpret_cast<const char*>(in_bytes), in_size);
     std::u16string text;
     if (ODBC::DecodeUtf8(bytes, text)) return bytes;
     return ODBC::EncodeUtf8(std::u16string(in_bytes, in_bytes + in_size));
