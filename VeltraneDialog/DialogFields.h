@@ -77,6 +77,11 @@ inline constexpr char TEXT_OK[] = VELTRANE_TEXT("&OK");
 inline constexpr char TEXT_CANCEL[] = VELTRANE_TEXT("&Cancel");
 inline constexpr char TEXT_YES[] = VELTRANE_TEXT("&Yes");
 inline constexpr char TEXT_NO[] = VELTRANE_TEXT("&No");
+inline constexpr char TEXT_TEST[] = VELTRANE_TEXT("&Test");
+/// In the place of the one above while a test runs.
+inline constexpr char TEXT_STOP[] = VELTRANE_TEXT("S&top");
+/// With the name of the data source as its one parameter.
+inline constexpr char TEXT_TESTING[] = VELTRANE_TEXT("Connecting to %s ...");
 /// With the old name as its one parameter.
 inline constexpr char TEXT_REMOVE_OLD[] =
     VELTRANE_TEXT("The data source gets a new name. Remove the old one, %s?");

@@ -15,7 +15,7 @@
 #include <algorithm>
 
 #include "VeltraneDialog/FieldRules.h"
-#include "VeltraneDialog/editors/Texts.h"
+#include "VeltraneDialog/editors/QtText.h"
 
 namespace Veltrane::ODBC {
 
@@ -26,8 +26,6 @@ constexpr int FIELD_WIDTH = 66;
 
 /// Qt cuts what is longer than this; far beyond what the host sends.
 constexpr int MAX_LENGTH = 1 << 24;
-
-QString Translated(const char* in_text) { return QString::fromUtf8(Translate(in_text)); }
 
 QLabel* SmallLabel(const QString& in_text, QWidget* in_parent) {
     auto* label = new QLabel(in_text, in_parent);

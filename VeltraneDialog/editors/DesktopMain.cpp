@@ -8,7 +8,7 @@
 
 #include "VeltraneDialog/editors/DesktopForm.h"
 #include "VeltraneDialog/editors/EditorMain.h"
-#include "VeltraneDialog/editors/Texts.h"
+#include "VeltraneDialog/editors/QtText.h"
 
 namespace Veltrane::ODBC {
 
@@ -89,10 +89,8 @@ bool AskOnDesktop(const std::string& in_question, HostConnection& io_host) {
     box.setWindowTitle(QStringLiteral("Veltrane"));
     box.setTextFormat(Qt::PlainText);
     box.setText(QString::fromStdString(in_question));
-    const QAbstractButton* const yes =
-        box.addButton(QString::fromUtf8(Translate(TEXT_YES)), QMessageBox::AcceptRole);
-    QPushButton* const no =
-        box.addButton(QString::fromUtf8(Translate(TEXT_NO)), QMessageBox::RejectRole);
+    const QAbstractButton* const yes = box.addButton(Translated(TEXT_YES), QMessageBox::AcceptRole);
+    QPushButton* const no = box.addButton(Translated(TEXT_NO), QMessageBox::RejectRole);
     box.setDefaultButton(no);
     box.setEscapeButton(no);
     desktop.Run(box);

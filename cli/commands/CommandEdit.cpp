@@ -27,7 +27,8 @@ public:
             try {
                 return Save();
             } catch (const std::exception& error) {
-                if (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_DISCARD, error.what())) throw;
+                if (!IsAsking()) throw;
+                if (VeltraneDSNDialog::Ask(ODBC::TEXT_DISCARD, error.what())) return Cancel();
             }
         }
     }

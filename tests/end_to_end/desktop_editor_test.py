@@ -4,7 +4,9 @@ display, real key events, and what is in odbc.ini afterwards."""
 import ctypes
 import os
 import subprocess
+import sys
 import unittest
+from pathlib import Path
 
 import editor_harness
 from editor_harness import wait_for
@@ -29,7 +31,7 @@ def close_window(display_name, window):
     x.XCloseDisplay(display)
 
 
-class DesktopEditorTest(editor_harness.DisplayTest):
+class DesktopEditorStart(editor_harness.DisplayTest):
     def start(self, request, *attributes, command=None, **environment):
         """Without a terminal, so that only the desktop is left."""
         environment = {"DISPLAY": self.display_name} | environment
@@ -45,6 +47,8 @@ class DesktopEditorTest(editor_harness.DisplayTest):
     def client_pid(self):
         return self.process.pid
 
+
+class DesktopEditorTest(DesktopEditorStart):
     def use_keyboard(self, layout):
         subprocess.run(["setxkbmap", layout], check=True,
                        env=os.environ | {"DISPLAY": self.display_name})
@@ -202,5 +206,100 @@ class DesktopEditorTest(editor_harness.DisplayTest):
                       "There is no terminal: ", errors[-1])
 
 
+class ListWindowTest(DesktopEditorStart):
+    """The window of all data sources, by keys and by what a screen reader is told."""
+    TITLE = r"ODBC data sources \(Veltrane\)"
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                                   env=os.environ | {"DISPLAY": cls.display_name})
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = cls.bus.stdout.readline().strip()
+        # Debian's modules, for another Python of the same version, too.
+        sys.path.append("/usr/lib/python3/dist-packages")
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.bus.terminate()
+        cls.bus.wait()
+        super().tearDownClass()
+
+    def heard(self):
+        """(role, name) of all that shows in the window, as a screen reader has it."""
+        from pyatspi import Registry
+        found = set()
+
+        def visit(node):
+            for child in node:
+                if child:
+                    found.add((child.getRoleName(), child.name))
+                    visit(child)
+
+        for program in Registry.getDesktop(0):
+            if program and program.get_process_id() == self.process.pid:
+                visit(program)
+        return found
+
+    def wait_for_cells(self, *names):
+        wait_for(lambda: {("table cell", name) for name in names} <= self.heard(), self.heard)
+
+    def find(self, name):
+        """By the filter, which looks at all columns."""
+        self.keys("alt+f", "ctrl+a")
+        self.type(name)
+
+    def edit(self, title, *keys):
+        self.focus(title)
+        for key in keys:
+            self.type(key[1:]) if key.startswith("'") else self.keys(key)
+        wait_for(lambda: not self.editor_pid(), "the end of the editor")
+        self.focus(self.TITLE)
+
+    def test_by_keys_and_by_ear(self):
+        user = self.directory / "user.ini"
+        user.write_text(self.existing() + "Hint=1\n")
+        self.ini.write_text("[Sales]\nDriver=Veltrane\nServer=all\nDatabase=d\n")
+        self.start(None, command=[str(Path(os.environ["VELTRANE_DSN"] + "-window"))],
+                   ODBCINI=str(user), LC_ALL="C.UTF-8", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        self.focus(self.TITLE)
+        self.wait_for_cells("sales", "this user", "old", "retail", "Sales", "all other users")
+        heard = self.heard()
+        self.assertEqual({name for role, name in heard if role in ("push button", "text", "tree")},
+                         {"Add", "Edit", "Copy", "Remove", "Test", "Close", "Filter",
+                          "Data sources"})
+        # A new one for this user.
+        self.keys("alt+a", "t")
+        self.edit("New data source", "'new", "Tab", "'s", "Tab", "'d", "Return")
+        self.wait_for_cells("new")
+        self.find("new")
+        self.keys("alt+e")
+        self.edit("Data source new", "Tab", "'2", "Return")
+        self.wait_for_cells("2")
+        self.ini = user
+        self.assertEqual(self.stored("new"), {"Driver": "Veltrane", "Server": "2", "Database": "d"})
+        self.find("old")
+        self.keys("alt+o")
+        self.edit("New data source", "'copy", "Return")
+        self.wait_for_cells("copy")
+        self.assertEqual(self.stored("copy")["Hint"], "1")
+        self.find("copy")
+        self.keys("alt+r")
+        wait_for(lambda: ("label", "Remove the data source copy?") in self.heard(), self.heard)
+        self.keys("alt+y")
+        wait_for(lambda: ("table cell", "copy") not in self.heard(), self.heard)
+        self.assertIsNone(self.stored("copy"))
+        self.focus(self.TITLE)
+        # The driver of the test is a setup library alone.
+        self.find("new")
+        self.keys("alt+t")
+        wait_for(lambda: any("has no Driver entry" in name for _, name in self.heard()), self.heard)
+        self.keys("Return")
+        self.focus(self.TITLE)
+        self.keys("alt+c")
+        self.assertEqual(self.process.wait(editor_harness.TIMEOUT), 0)
+
+
 if __name__ == "__main__":
-    editor_harness.main("Xvfb", "xdotool", "setxkbmap")
+    editor_harness.main("Xvfb", "xdotool", "setxkbmap", "dbus-daemon")

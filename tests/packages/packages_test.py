@@ -69,7 +69,10 @@ class ContentTest(PackageTest):
                   "share/man/man1/veltrane-dsn.1.gz",
                   "share/veltrane-odbc-setup/ansible/veltrane_dsn/",
                   "share/zsh/vendor-completions/_veltrane-dsn"],
-        DESKTOP: ["libexec/veltrane/veltrane-dsn-editor-desktop"],
+        DESKTOP: ["bin/veltrane-dsn-window", "libexec/veltrane/veltrane-dsn-editor-desktop",
+                  "share/applications/veltrane-dsn.desktop",
+                  "share/icons/hicolor/scalable/apps/veltrane-dsn.svg",
+                  "share/man/man1/veltrane-dsn-window.1.gz"],
         DEV: ["include/orska/", "lib*/liborska_support.a", "lib*/cmake/Orska/",
               "lib*/pkgconfig/orska.pc"],
     }
