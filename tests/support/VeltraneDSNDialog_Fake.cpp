@@ -20,7 +20,7 @@ VeltraneDSNDialog::VeltraneDSNDialog() : m_values(s_editor.m_initialValues) {
     }
 }
 
-int VeltraneDSNDialog::ShowDialog() {
+int VeltraneDSNDialog::ShowDialog(const char* /*in_otherWay*/) {
     s_editor.m_calls.emplace_back("ShowDialog");
     if (s_editor.m_edit) {
         s_editor.m_edit(m_values);
