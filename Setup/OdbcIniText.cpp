@@ -11,6 +11,14 @@ namespace Veltrane::ODBC {
 
 namespace {
 
+using OdbcIniLine::HasIodbcName;
+using OdbcIniLine::HeaderName;
+using OdbcIniLine::IsComment;
+using OdbcIniLine::KeyName;
+using OdbcIniLine::KeyOf;
+using OdbcIniLine::Seen;
+using OdbcIniLine::TextAfterEquals;
+using OdbcIniLine::ValueOf;
 using Orska::Support::EqualsIgnoringCase;
 using Orska::Support::FoldCase;
 using Orska::Support::IsAsciiBlank;
@@ -20,99 +28,8 @@ using Orska::Support::TrimLeft;
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr std::string_view BLANKS = " \t\n\v\f\r";
 
-bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
-
-bool IsLetterOrDigit(char in_char) {
-    const char folded = Orska::Support::ToLowerAscii(in_char);
-    return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
-}
-
-std::string_view HeaderName(std::string_view in_piece) {
-    in_piece = TrimLeft(in_piece).substr(1);
-    return Trim(in_piece.substr(0, in_piece.find(']')));
-}
-
-std::string_view KeyName(std::string_view in_piece) {
-    return Trim(in_piece.substr(0, in_piece.find('=')));
-}
-
 /// A byte of a UTF-8 character, but not its first.
 bool IsContinuation(char in_char) { return (static_cast<unsigned char>(in_char) & 0xC0) == 0x80; }
-
-/// Control characters, and U+0080 to U+009F as UTF-8 spells them.
-bool HasControlCharacter(std::string_view in_text) {
-    for (std::size_t i = 0; i < in_text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(in_text[i]);
-        if (byte < 0x20 || byte == 0x7F) return true;
-        if (byte == 0xC2 && i + 1 < in_text.size()) {
-            const auto next = static_cast<unsigned char>(in_text[i + 1]);
-            if (next >= 0x80 && next < 0xA0) return true;
-        }
-    }
-    return false;
-}
-
-std::string KeyValueText(std::string_view in_piece) {
-    const std::size_t equals = in_piece.find('=');
-    if (equals == std::string_view::npos) return {};
-    return std::string(Trim(in_piece.substr(equals + 1)));
-}
-
-constexpr std::string_view IODBC_LINE_ENDS("\r\x1A\0", 3);
-constexpr std::string_view QUOTES = "'\"";
-
-/// Whether what looks like a section header is one to iODBC.
-bool HasIodbcName(std::string_view in_piece) {
-    return in_piece.find(']') != std::string_view::npos && !HeaderName(in_piece).empty();
-}
-
-/// A line that begins with a blank goes on with the line before.
-bool IsIodbcKeyLine(std::string_view in_piece) {
-    return !IsAsciiBlank(in_piece.front()) && in_piece.front() != '[' &&
-           in_piece.find('=') != std::string_view::npos;
-}
-
-/// A key as iODBC compares it.
-std::string_view Unquote(std::string_view in_key) {
-    in_key.remove_prefix(std::min(in_key.find_first_not_of(QUOTES), in_key.size()));
-    return in_key.substr(0, in_key.find_first_of(QUOTES));
-}
-
-/// A vertical tab is no blank to iODBC.
-constexpr std::string_view IODBC_BLANKS = " \t\n\f\r";
-
-std::string_view TrimIodbcValue(std::string_view in_value) {
-    in_value.remove_prefix(std::min(in_value.find_first_not_of(IODBC_BLANKS), in_value.size()));
-    return in_value.substr(0, in_value.find_last_not_of(IODBC_BLANKS) + 1);
-}
-
-/// How much of a trimmed value iODBC reads: what follows is a comment.
-std::size_t IodbcValueSize(std::string_view in_value) {
-    char quote = '\0';
-    for (std::size_t i = 0; i < in_value.size(); ++i) {
-        const char c = in_value[i];
-        if (quote != '\0') {
-            if (c == quote) quote = '\0';
-        } else if (QUOTES.find(c) != std::string_view::npos) {
-            quote = c;
-        } else if (IsComment(c) &&
-                   (i == 0 || IODBC_BLANKS.find(in_value[i - 1]) != std::string_view::npos)) {
-            return TrimIodbcValue(in_value.substr(0, i)).size();
-        }
-    }
-    return in_value.size();
-}
-
-/// The key of what the reader sees of a line; nothing when it finds none.
-std::optional<std::string_view> KeyOf(std::string_view in_piece, OdbcIniText::Rules in_rules) {
-    using Rules = OdbcIniText::Rules;
-    if (in_rules == Rules::FIRST_FILE) in_piece = TrimLeft(in_piece);
-    if (in_piece.empty() || IsComment(in_piece.front())) return std::nullopt;
-    if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(in_piece.front())) return std::nullopt;
-    if (in_rules == Rules::IODBC && !IsIodbcKeyLine(in_piece)) return std::nullopt;
-    const std::string_view key = KeyName(in_piece);
-    return in_rules == Rules::IODBC ? Unquote(key) : key;
-}
 
 /// Eight bytes at a time. Bit 5 is set in all of them, which makes letters of both cases the same;
 /// names that this makes the same too are told apart where they are compared.
@@ -168,16 +85,6 @@ bool MayBeginWith(std::string_view in_text, std::string_view in_name) {
                                EqualsIgnoringCase(in_text, in_name));
 }
 
-bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
-
-/// Whether the reader's line would end within the text.
-bool HasLineEnd(std::string_view in_text, OdbcIniText::Rules in_rules) {
-    constexpr std::string_view LINE_ENDS("\n\0", 2);
-    const bool isIodbc = in_rules == OdbcIniText::Rules::IODBC;
-    return in_text.find_first_of(LINE_ENDS) != std::string_view::npos ||
-           (isIodbc && in_text.find_first_of(IODBC_LINE_ENDS) != std::string_view::npos);
-}
-
 }  // namespace
 
 OdbcIniText::OdbcIniText(std::string in_bytes, Rules in_rules)
@@ -222,15 +129,9 @@ std::size_t OdbcIniText::PieceEnd(std::size_t in_begin) const {
     return LineEnd(in_begin, in_begin + std::min(m_text.size() - in_begin, m_maxPiece));
 }
 
-/// What the reader sees of a piece.
-std::string_view OdbcIniText::Seen(std::string_view in_piece) const {
-    return in_piece.substr(
-        0, m_rules == Rules::IODBC ? in_piece.find_first_of(IODBC_LINE_ENDS) : in_piece.find('\0'));
-}
-
 /// What the reader sees of the line that begins here.
 std::string_view OdbcIniText::Piece(std::size_t in_begin) const {
-    return Seen({m_text.data() + in_begin, PieceEnd(in_begin) - in_begin});
+    return Seen({m_text.data() + in_begin, PieceEnd(in_begin) - in_begin}, m_rules);
 }
 
 std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) const {
@@ -424,13 +325,6 @@ std::optional<std::string> OdbcIniText::FindValue(Range in_section, std::string_
     return std::nullopt;
 }
 
-std::string OdbcIniText::ValueOf(std::string_view in_piece, Rules in_rules) const {
-    if (in_rules != Rules::IODBC) return KeyValueText(in_piece);
-    std::string value(TrimIodbcValue(in_piece.substr(in_piece.find('=') + 1)));
-    value.resize(IodbcValueSize(value));
-    return value;
-}
-
 /// Gives what the reader sees of each line of a section, its header aside, and whether it begins a
 /// line.
 template <typename Visit>
@@ -438,7 +332,7 @@ void OdbcIniText::VisitPieces(std::uint32_t in_block, const Visit& in_visit) con
     if (const Body* const body = BodyOf(in_block)) {
         for (std::size_t i = 1; i < body->m_lines.size(); ++i) {
             const Line& line = body->m_lines[i];
-            if (line.m_isLive) in_visit(Seen(line.m_text), line.m_isOwn);
+            if (line.m_isLive) in_visit(Seen(line.m_text, m_rules), line.m_isOwn);
         }
         return;
     }
@@ -464,8 +358,9 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     Body* const body = BodyOf(block);
     if (body == nullptr) return FindValue(RangeOf(block), in_key, in_rules);
     const Line* const line = body->Find(in_key, true);
-    return line == nullptr ? std::nullopt
-                           : std::optional<std::string>(ValueOf(Seen(line->m_text), in_rules));
+    return line == nullptr
+               ? std::nullopt
+               : std::optional<std::string>(ValueOf(Seen(line->m_text, m_rules), in_rules));
 }
 
 std::vector<std::string> OdbcIniText::GetSections() const {
@@ -485,7 +380,7 @@ std::vector<OdbcIniText::KeyValue> OdbcIniText::GetKeyValues(std::string_view in
     VisitPieces(block, [&lines](std::string_view in_piece, bool) {
         const std::string_view piece = TrimLeft(in_piece);
         if (piece.empty() || IsComment(piece.front())) return;
-        lines.emplace_back(KeyName(piece), KeyValueText(piece));
+        lines.emplace_back(KeyName(piece), TextAfterEquals(piece));
     });
     return lines;
 }
@@ -552,7 +447,7 @@ void OdbcIniText::Body::Insert(Line in_line) {
 }
 
 OdbcIniText::Line OdbcIniText::MakeLine(std::string_view in_piece, bool in_isOwn) const {
-    const std::string_view seen = Seen(in_piece);
+    const std::string_view seen = Seen(in_piece, m_rules);
     const std::string_view content = TrimLeft(seen);
     const std::optional<std::string_view> key = KeyOf(seen, m_rules);
     return {std::string(in_piece), FoldCase(key.value_or("")), key.has_value(),
@@ -748,30 +643,6 @@ void OdbcIniText::Render(const Body& in_body, std::size_t& io_gaps, std::string&
         if (line.m_isOwn || &line == in_body.m_lines.data()) EndLine(io_text, m_lineEnd);
         io_text += line.m_text;
     }
-}
-
-bool OdbcIniText::IsCarriableSection(std::string_view in_section) {
-    return !in_section.empty() && in_section.size() + 2 <= MAX_LINE &&
-           in_section.find(']') == std::string_view::npos && !HasOuterBlank(in_section) &&
-           !HasControlCharacter(in_section);
-}
-
-bool OdbcIniText::IsCarriableLine(std::string_view in_key, std::string_view in_value,
-                                  Rules in_rules) {
-    return IsReadBack(in_key, in_value, in_rules) && !HasControlCharacter(in_key) &&
-           !HasControlCharacter(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
-}
-
-bool OdbcIniText::IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules) {
-    const bool isLine = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
-                        in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
-                        !HasLineEnd(in_key, in_rules) && !HasLineEnd(in_value, in_rules);
-    if (in_rules != Rules::IODBC) {
-        return isLine && !HasOuterBlank(in_value) &&
-               in_key.size() + 1 + in_value.size() <= MAX_LINE;
-    }
-    return isLine && Unquote(in_key) == in_key && TrimIodbcValue(in_value) == in_value &&
-           IodbcValueSize(in_value) == in_value.size();
 }
 
 }  // namespace Veltrane::ODBC

@@ -27,18 +27,13 @@
 #include <utility>
 #include <vector>
 
+#include "Setup/OdbcIniLine.h"
+
 namespace Veltrane::ODBC {
 
 class OdbcIniText {
 public:
-    /// Most bytes of a line, without its end, that the reader takes as one.
-    static constexpr std::size_t MAX_LINE = 999;
-
-    /// How the reader treats the file: as the only or first one, or as the system file whose
-    /// sections it appends to those of the user file. The latter counts a section or a key only
-    /// when it begins in the first column, and a key only when it begins with a letter or digit.
-    /// IODBC: as iODBC treats any file.
-    enum class Rules { FIRST_FILE, APPENDED_FILE, IODBC };
+    using Rules = OdbcIniLine::Rules;
 
     OdbcIniText() = default;
     /// @param in_rules  how the file is read where nothing else is said, and therefore edited
@@ -82,16 +77,6 @@ public:
     /// removed and have not come back: of the blank lines before and after such a section one goes
     /// with it. Adding and removing a section thus leaves the text as it was.
     void Finish();
-
-    /// Whether a section of this name can be written and found again.
-    static bool IsCarriableSection(std::string_view in_section);
-    /// Whether a line with this key and value is read back unchanged. Values that were read from
-    /// the file are.
-    static bool IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules);
-    /// Whether a line with this key and new value may be written: one that is read back unchanged
-    /// and has no control characters.
-    static bool IsCarriableLine(std::string_view in_key, std::string_view in_value,
-                                Rules in_rules = Rules::FIRST_FILE);
 
 private:
     static constexpr std::uint32_t NONE = UINT32_MAX;
@@ -147,7 +132,6 @@ private:
     void MendFirstHeader();
     std::size_t PieceEnd(std::size_t in_begin) const;
     std::string_view Piece(std::size_t in_begin) const;
-    std::string_view Seen(std::string_view in_piece) const;
     std::size_t FindHeader(std::size_t in_from, Rules in_rules,
                            std::optional<std::string_view> in_name = std::nullopt) const;
     std::size_t LineEnd(std::size_t in_begin, std::size_t in_limit) const;
@@ -170,7 +154,6 @@ private:
     std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
     std::optional<std::string> FindValue(Range in_section, std::string_view in_key,
                                          Rules in_rules) const;
-    std::string ValueOf(std::string_view in_piece, Rules in_rules) const;
     template <typename Visit>
     void VisitPieces(std::uint32_t in_block, const Visit& in_visit) const;
 
@@ -185,7 +168,7 @@ private:
 
     std::string m_text;
     Rules m_rules = Rules::FIRST_FILE;
-    std::size_t m_maxPiece = MAX_LINE;  ///< where the reader cuts a line
+    std::size_t m_maxPiece = OdbcIniLine::MAX_LINE;  ///< where the reader cuts a line
     std::string m_lineEnd = "\n";
     bool m_isReadable = true;
     bool m_isChanged = false;

@@ -39,7 +39,7 @@ bool OdbcIniUpdate::Refuse(const char* in_reason) {
 }
 
 bool OdbcIniUpdate::StartSection(const std::string& in_section) {
-    return OdbcIniText::IsCarriableSection(in_section) &&
+    return OdbcIniLine::IsCarriableSection(in_section) &&
            Do({Kind::START_SECTION, in_section, {}, {}});
 }
 
@@ -49,15 +49,15 @@ bool OdbcIniUpdate::RemoveSection(const std::string& in_section) {
 
 bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
-    return OdbcIniText::IsCarriableSection(in_section) &&
-           OdbcIniText::IsCarriableLine(in_key, in_value, m_rules) &&
+    return OdbcIniLine::IsCarriableSection(in_section) &&
+           OdbcIniLine::IsCarriableLine(in_key, in_value, m_rules) &&
            Do({Kind::SET, in_section, in_key, in_value});
 }
 
 bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
                               const std::string& in_value) {
-    return OdbcIniText::IsCarriableSection(in_section) &&
-           OdbcIniText::IsReadBack(in_key, in_value, m_rules) &&
+    return OdbcIniLine::IsCarriableSection(in_section) &&
+           OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
            Do({Kind::SET, in_section, in_key, in_value});
 }
 

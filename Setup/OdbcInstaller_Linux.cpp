@@ -328,9 +328,9 @@ bool ValidDSN(const orska_wstring& in_name) {
     const InstallerLibrary& library = GetInstallerLibrary();
     if (!library.IsLoaded()) return false;
     const std::optional<std::string> name = ToUtf8(in_name);
-    if (!name || !OdbcIniText::IsCarriableSection(*name)) return false;
+    if (!name || !OdbcIniLine::IsCarriableSection(*name)) return false;
     if (HasReplacementCharacter(in_name) || IsReservedName(*name)) return false;
-    if (IsIodbc() && !OdbcIniText::IsCarriableLine(*name, "", Rules::IODBC)) {
+    if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*name, "", Rules::IODBC)) {
         return false;  // it is a key too, in the list of data sources
     }
     return library.m_validDSN(name->c_str()) != 0;
@@ -363,16 +363,16 @@ bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) 
     if (!ValidDSN(in_dsn) || !driver || driver->empty()) return false;
     const Rules rules = RulesOf(IsIodbc());
     return !HasReplacementCharacter(in_driver) &&
-           OdbcIniText::IsCarriableLine("Driver", *driver, rules) &&
+           OdbcIniLine::IsCarriableLine("Driver", *driver, rules) &&
            (rules != Rules::IODBC ||
-            OdbcIniText::IsCarriableLine(in_dsn.GetAsUtf8(), *driver, rules));
+            OdbcIniLine::IsCarriableLine(in_dsn.GetAsUtf8(), *driver, rules));
 }
 
 bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value) {
     const std::optional<std::string> key = ToUtf8(in_key);
     const std::optional<std::string> value = ToUtf8(in_value);
     return IsAsRead(in_key, in_value) ||
-           (key && value && OdbcIniText::IsCarriableLine(*key, *value, RulesOf(IsIodbc())));
+           (key && value && OdbcIniLine::IsCarriableLine(*key, *value, RulesOf(IsIodbc())));
 }
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,

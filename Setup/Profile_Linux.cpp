@@ -99,8 +99,8 @@ void ProfileChange::AddDataSource(const std::string& in_name, const std::string&
 
 void ProfileChange::Set(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
-    if (!OdbcIniText::IsCarriableSection(in_section) ||
-        !OdbcIniText::IsCarriableLine(in_key, in_value, RulesOf(m_state.m_isIodbc))) {
+    if (!OdbcIniLine::IsCarriableSection(in_section) ||
+        !OdbcIniLine::IsCarriableLine(in_key, in_value, RulesOf(m_state.m_isIodbc))) {
         throw ProfileError(in_key + ": No line of the file can hold this key and value unchanged.");
     }
     m_state.m_text.Set(in_section, in_key, in_value);

@@ -12,7 +12,7 @@
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
 #include "PlatformAbstraction/base/WindowsHandle.h"
-#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniLine.h"
 #include "Setup/OdbcInstaller.h"
 #include "Setup/Profile.h"
 #include "VeltraneDialog/WideText_Windows.h"
@@ -173,7 +173,7 @@ std::vector<std::string> ReadNames(Kind in_kind) {
         if (error == ERROR_NO_MORE_ITEMS) return names;
         if (error != ERROR_SUCCESS) FailToRead(NameOf(in_kind), error);
         std::string text = ToUtf8({name.data(), length});
-        if (OdbcIniText::IsCarriableSection(text)) names.push_back(std::move(text));
+        if (OdbcIniLine::IsCarriableSection(text)) names.push_back(std::move(text));
     }
 }
 

@@ -73,7 +73,7 @@ bool HasLongLine(const std::string& in_file) {
     std::size_t line = 0;
     for (const char c : in_file) {
         line = c == '\n' ? 0 : line + 1;
-        if (line > OdbcIniText::MAX_LINE) return true;
+        if (line > OdbcIniLine::MAX_LINE) return true;
     }
     return false;
 }

@@ -1,7 +1,7 @@
 #include <filesystem>
 #include <iostream>
 
-#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniLine.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DriverRegistry.h"
@@ -37,8 +37,8 @@ Entries GivenEntries(const CommandLine& in_line) {
 }
 
 void CheckName(const std::string& in_driver) {
-    if (!DriverRegistry::IsName(in_driver) || !ODBC::OdbcIniText::IsCarriableSection(in_driver) ||
-        !ODBC::OdbcIniText::IsCarriableLine("Driver", in_driver)) {
+    if (!DriverRegistry::IsName(in_driver) || !ODBC::OdbcIniLine::IsCarriableSection(in_driver) ||
+        !ODBC::OdbcIniLine::IsCarriableLine("Driver", in_driver)) {
         throw CommandError(EXIT_USAGE, "This cannot be the name of a driver.");
     }
 }

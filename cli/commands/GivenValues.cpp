@@ -1,6 +1,6 @@
 #include "cli/commands/GivenValues.h"
 
-#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniLine.h"
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
@@ -110,7 +110,7 @@ void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
         for (const std::string& unset : in_wish.m_unset) {
             if (IsSameName(key, unset)) Refuse(key + " is both given and removed.");
         }
-        if (!ODBC::OdbcIniText::IsCarriableLine(key, value)) {
+        if (!ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
             Refuse(key + ": No line of odbc.ini can hold this key and value unchanged.");
         }
         const std::string note =

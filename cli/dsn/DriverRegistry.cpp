@@ -1,6 +1,6 @@
 #include "cli/dsn/DriverRegistry.h"
 
-#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniLine.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
@@ -32,7 +32,7 @@ std::optional<Entries> DriverRegistry::Find(const std::string& in_driver) const 
 
 void DriverRegistry::Register(const std::string& in_driver, const Entries& in_entries) const {
     for (const auto& [key, value] : in_entries) {
-        if (ODBC::OdbcIniText::IsCarriableLine(key, value)) continue;
+        if (ODBC::OdbcIniLine::IsCarriableLine(key, value)) continue;
         throw CommandError(EXIT_FAILED, key + ": No driver can have this value.");
     }
     Change([&](ODBC::ProfileChange& io_change) {

@@ -1,6 +1,6 @@
 #include "cli/dsn/DsnPlan.h"
 
-#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniLine.h"
 #include "Setup/OdbcInstaller.h"
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/DsnStore.h"
@@ -9,8 +9,6 @@
 namespace Veltrane::Cli {
 
 namespace {
-
-using ODBC::OdbcIniText;
 
 [[noreturn]] void Refuse(const std::string& in_key, const std::string& in_reason) {
     throw CommandError(EXIT_FAILED, in_key + ": " + in_reason);
@@ -44,7 +42,7 @@ void CheckSection(const DsnPlan& in_plan) {
         Refuse("DSN", "The ODBC installer refuses this name.");
     }
     for (const auto& [key, value] : in_plan.m_after) {
-        if (!isStored(key, value) && !OdbcIniText::IsCarriableLine(key, value)) {
+        if (!isStored(key, value) && !ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
             Refuse(key, "No line of odbc.ini can hold this key and value unchanged.");
         }
     }

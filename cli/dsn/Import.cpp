@@ -7,7 +7,7 @@
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
-#include "Setup/OdbcIniText.h"
+#include "Setup/OdbcIniLine.h"
 #include "VeltraneDialog/Utf8.h"
 #include "cli/dsn/DsnPlan.h"
 #include "cli/dsn/ImportFormats.h"
@@ -92,7 +92,7 @@ private:
         description.m_driver = in_driver.m_isOurs ? m_wish.m_driver : in_driver.m_name;
         for (const auto& [key, value] : in_values) {
             if (!WhyNoKey(key).empty() || (IsFieldKey(key) && value.empty())) continue;
-            if (!ODBC::OdbcIniText::IsCarriableLine(key, value)) {
+            if (!ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
                 m_notes.push_back("\"" + in_dsn.m_name + "\": " + key +
                                   " is left out: no line of odbc.ini can hold it unchanged.");
             } else if (IsSecretKey(key) && !m_wish.m_areSecretsTaken) {

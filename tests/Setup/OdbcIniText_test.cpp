@@ -169,24 +169,24 @@ TEST(OdbcIniText, RefusesWhatTheDriverManagerRefuses) {
 }
 
 TEST(OdbcIniText, KnowsWhatALineCanCarry) {
-    const std::string longest(OdbcIniText::MAX_LINE - 2, 'x');
+    const std::string longest(OdbcIniLine::MAX_LINE - 2, 'x');
     for (const std::string& value : {std::string(), std::string("p=;#'\"{}[]\\%$ ü€日本😀"), longest,
                                      std::string("\xC2\xA0")}) {
-        EXPECT_TRUE(OdbcIniText::IsCarriableLine("k", value)) << value;
+        EXPECT_TRUE(OdbcIniLine::IsCarriableLine("k", value)) << value;
     }
     for (const std::string& value :
          {longest + "x", std::string(" v"), std::string("v "), std::string("a\nb"),
           std::string("a\rb"), std::string("a\vb"), std::string("a\tb"), std::string("a\0b", 3),
           std::string("\x7F"), std::string("a\xC2\x85"), std::string("\x1B")}) {
-        EXPECT_FALSE(OdbcIniText::IsCarriableLine("k", value)) << value;
-        EXPECT_FALSE(OdbcIniText::IsCarriableSection(value + "]")) << value;
+        EXPECT_FALSE(OdbcIniLine::IsCarriableLine("k", value)) << value;
+        EXPECT_FALSE(OdbcIniLine::IsCarriableSection(value + "]")) << value;
     }
     for (const char* key : {"", " k", "k ", "#k", ";k", "[k", "a=b", "a\nb"}) {
-        EXPECT_FALSE(OdbcIniText::IsCarriableLine(key, "v")) << key;
+        EXPECT_FALSE(OdbcIniLine::IsCarriableLine(key, "v")) << key;
     }
-    EXPECT_TRUE(OdbcIniText::IsCarriableSection(std::string(OdbcIniText::MAX_LINE - 2, 'x')));
-    EXPECT_FALSE(OdbcIniText::IsCarriableSection(std::string(OdbcIniText::MAX_LINE - 1, 'x')));
-    EXPECT_FALSE(OdbcIniText::IsCarriableSection("a]b"));
+    EXPECT_TRUE(OdbcIniLine::IsCarriableSection(std::string(OdbcIniLine::MAX_LINE - 2, 'x')));
+    EXPECT_FALSE(OdbcIniLine::IsCarriableSection(std::string(OdbcIniLine::MAX_LINE - 1, 'x')));
+    EXPECT_FALSE(OdbcIniLine::IsCarriableSection("a]b"));
 }
 
 TEST(OdbcIniText, ListsSectionsAndTheLinesOfOne) {

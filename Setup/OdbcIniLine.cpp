@@ -1,0 +1,150 @@
+#include "Setup/OdbcIniLine.h"
+
+#include <algorithm>
+
+#include "PlatformAbstraction/base/Ascii.h"
+
+namespace Veltrane::ODBC::OdbcIniLine {
+
+namespace {
+
+using Orska::Support::IsAsciiBlank;
+using Orska::Support::Trim;
+using Orska::Support::TrimLeft;
+
+bool IsLetterOrDigit(char in_char) {
+    const char folded = Orska::Support::ToLowerAscii(in_char);
+    return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
+}
+
+/// Control characters, and U+0080 to U+009F as UTF-8 spells them.
+bool HasControlCharacter(std::string_view in_text) {
+    for (std::size_t i = 0; i < in_text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(in_text[i]);
+        if (byte < 0x20 || byte == 0x7F) return true;
+        if (byte == 0xC2 && i + 1 < in_text.size()) {
+            const auto next = static_cast<unsigned char>(in_text[i + 1]);
+            if (next >= 0x80 && next < 0xA0) return true;
+        }
+    }
+    return false;
+}
+
+constexpr std::string_view IODBC_LINE_ENDS("\r\x1A\0", 3);
+constexpr std::string_view QUOTES = "'\"";
+
+/// A line that begins with a blank goes on with the line before.
+bool IsIodbcKeyLine(std::string_view in_piece) {
+    return !IsAsciiBlank(in_piece.front()) && in_piece.front() != '[' &&
+           in_piece.find('=') != std::string_view::npos;
+}
+
+/// A key as iODBC compares it.
+std::string_view Unquote(std::string_view in_key) {
+    in_key.remove_prefix(std::min(in_key.find_first_not_of(QUOTES), in_key.size()));
+    return in_key.substr(0, in_key.find_first_of(QUOTES));
+}
+
+/// A vertical tab is no blank to iODBC.
+constexpr std::string_view IODBC_BLANKS = " \t\n\f\r";
+
+std::string_view TrimIodbcValue(std::string_view in_value) {
+    in_value.remove_prefix(std::min(in_value.find_first_not_of(IODBC_BLANKS), in_value.size()));
+    return in_value.substr(0, in_value.find_last_not_of(IODBC_BLANKS) + 1);
+}
+
+/// How much of a trimmed value iODBC reads: what follows is a comment.
+std::size_t IodbcValueSize(std::string_view in_value) {
+    char quote = '\0';
+    for (std::size_t i = 0; i < in_value.size(); ++i) {
+        const char c = in_value[i];
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (QUOTES.find(c) != std::string_view::npos) {
+            quote = c;
+        } else if (IsComment(c) &&
+                   (i == 0 || IODBC_BLANKS.find(in_value[i - 1]) != std::string_view::npos)) {
+            return TrimIodbcValue(in_value.substr(0, i)).size();
+        }
+    }
+    return in_value.size();
+}
+
+bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
+
+/// Whether the reader's line would end within the text.
+bool HasLineEnd(std::string_view in_text, Rules in_rules) {
+    constexpr std::string_view LINE_ENDS("\n\0", 2);
+    const bool isIodbc = in_rules == Rules::IODBC;
+    return in_text.find_first_of(LINE_ENDS) != std::string_view::npos ||
+           (isIodbc && in_text.find_first_of(IODBC_LINE_ENDS) != std::string_view::npos);
+}
+
+}  // namespace
+
+bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
+
+std::string_view Seen(std::string_view in_piece, Rules in_rules) {
+    return in_piece.substr(0, in_rules == Rules::IODBC ? in_piece.find_first_of(IODBC_LINE_ENDS)
+                                                       : in_piece.find('\0'));
+}
+
+std::string_view HeaderName(std::string_view in_piece) {
+    in_piece = TrimLeft(in_piece).substr(1);
+    return Trim(in_piece.substr(0, in_piece.find(']')));
+}
+
+std::string_view KeyName(std::string_view in_piece) {
+    return Trim(in_piece.substr(0, in_piece.find('=')));
+}
+
+bool HasIodbcName(std::string_view in_piece) {
+    return in_piece.find(']') != std::string_view::npos && !HeaderName(in_piece).empty();
+}
+
+std::optional<std::string_view> KeyOf(std::string_view in_piece, Rules in_rules) {
+    if (in_rules == Rules::FIRST_FILE) in_piece = TrimLeft(in_piece);
+    if (in_piece.empty() || IsComment(in_piece.front())) return std::nullopt;
+    if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(in_piece.front())) return std::nullopt;
+    if (in_rules == Rules::IODBC && !IsIodbcKeyLine(in_piece)) return std::nullopt;
+    const std::string_view key = KeyName(in_piece);
+    return in_rules == Rules::IODBC ? Unquote(key) : key;
+}
+
+std::string TextAfterEquals(std::string_view in_piece) {
+    const std::size_t equals = in_piece.find('=');
+    if (equals == std::string_view::npos) return {};
+    return std::string(Trim(in_piece.substr(equals + 1)));
+}
+
+std::string ValueOf(std::string_view in_piece, Rules in_rules) {
+    if (in_rules != Rules::IODBC) return TextAfterEquals(in_piece);
+    std::string value(TrimIodbcValue(in_piece.substr(in_piece.find('=') + 1)));
+    value.resize(IodbcValueSize(value));
+    return value;
+}
+
+bool IsCarriableSection(std::string_view in_section) {
+    return !in_section.empty() && in_section.size() + 2 <= MAX_LINE &&
+           in_section.find(']') == std::string_view::npos && !HasOuterBlank(in_section) &&
+           !HasControlCharacter(in_section);
+}
+
+bool IsCarriableLine(std::string_view in_key, std::string_view in_value, Rules in_rules) {
+    return IsReadBack(in_key, in_value, in_rules) && !HasControlCharacter(in_key) &&
+           !HasControlCharacter(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
+}
+
+bool IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules) {
+    const bool isLine = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
+                        in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
+                        !HasLineEnd(in_key, in_rules) && !HasLineEnd(in_value, in_rules);
+    if (in_rules != Rules::IODBC) {
+        return isLine && !HasOuterBlank(in_value) &&
+               in_key.size() + 1 + in_value.size() <= MAX_LINE;
+    }
+    return isLine && Unquote(in_key) == in_key && TrimIodbcValue(in_value) == in_value &&
+           IodbcValueSize(in_value) == in_value.size();
+}
+
+}  // namespace Veltrane::ODBC::OdbcIniLine
