@@ -69,8 +69,6 @@ bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
     return begin == 0 || in_text[begin - 1] == '\n';
 }
 
-/// A section with more lines than this gets an index of its keys.
-constexpr std::size_t MAX_UNINDEXED = 64;
 /// After searches for so many names all sections are found, and get an index.
 constexpr std::size_t MAX_UNINDEXED_NAMES = 32;
 
@@ -393,57 +391,6 @@ bool OdbcIniText::HasLongLine(std::string_view in_section) const {
         hasLongLine = hasLongLine || (!in_isOwn && !Trim(in_piece).empty());
     });
     return hasLongLine;
-}
-
-void OdbcIniText::Body::IndexKeys() {
-    if (!m_index.empty()) return;
-    for (std::size_t i = 1; i < m_lines.size(); ++i) {
-        if (m_lines[i].m_isKey) m_index[m_lines[i].m_key].push_back(static_cast<std::uint32_t>(i));
-    }
-}
-
-OdbcIniText::Line* OdbcIniText::Body::Find(std::string_view in_key, bool in_isLive) {
-    const std::string key = FoldCase(in_key);
-    const auto isIt = [&](const Line& in_line) {
-        return in_line.m_isKey && in_line.m_isLive == in_isLive && in_line.m_key == key;
-    };
-    if (m_lines.size() <= MAX_UNINDEXED) {
-        const auto line = std::find_if(m_lines.begin(), m_lines.end(), isIt);
-        return line == m_lines.end() ? nullptr : &*line;
-    }
-    IndexKeys();
-    const auto found = m_index.find(key);
-    if (found == m_index.end()) return nullptr;
-    for (const std::uint32_t i : found->second) {
-        if (isIt(m_lines[i])) return &m_lines[i];
-    }
-    return nullptr;
-}
-
-std::size_t OdbcIniText::Body::EndOfLine(std::size_t in_piece) const {
-    std::size_t end = in_piece + 1;
-    while (end < m_lines.size() && !m_lines[end].m_isOwn) ++end;
-    return end;
-}
-
-void OdbcIniText::Body::Remove(std::size_t in_piece) {
-    const std::size_t end = EndOfLine(in_piece);
-    for (std::size_t i = in_piece; i < end; ++i) m_lines[i].m_isLive = false;
-}
-
-void OdbcIniText::Body::Insert(Line in_line) {
-    std::size_t last = m_lines.size() - 1;
-    const auto isKept = [](const Line& in_each) {
-        return in_each.m_isLive && in_each.m_isOwn && in_each.m_isContent;
-    };
-    while (last > 0 && !isKept(m_lines[last])) --last;
-    const auto at = m_lines.begin() + static_cast<std::ptrdiff_t>(EndOfLine(last));
-    if (std::any_of(at, m_lines.end(), [](const Line& in_each) { return in_each.m_isKey; })) {
-        m_index.clear();  // made again at the next search
-    } else if (!m_index.empty()) {
-        m_index[in_line.m_key].push_back(static_cast<std::uint32_t>(at - m_lines.begin()));
-    }
-    m_lines.insert(at, std::move(in_line));
 }
 
 OdbcIniText::Line OdbcIniText::MakeLine(std::string_view in_piece, bool in_isOwn) const {

@@ -23,11 +23,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "Setup/OdbcIniLine.h"
+#include "Setup/OdbcIniSection.h"
 
 namespace Veltrane::ODBC {
 
@@ -85,35 +85,9 @@ private:
         std::size_t m_begin;
         std::size_t m_end;
     };
-    /// A reader's line of a section that is being edited. One that was taken away stays as a place
-    /// to return to.
-    struct Line {
-        std::string m_text;
-        std::string m_key;  ///< folded, as the reader compares it
-        bool m_isKey = false;
-        bool m_isContent = false;  ///< neither blank nor a comment
-        bool m_isOwn = true;       ///< false: the rest of a line that the reader has cut
-        bool m_isLive = true;
-    };
-    /// The lines of a section that is being edited. The first one is the header.
-    struct Body {
-        std::vector<Line> m_lines;
-        /// The lines with a key, in their order, for a section with many; else empty.
-        std::unordered_map<std::string, std::vector<std::uint32_t>> m_index;
-        bool m_isNew = false;     ///< not in the text
-        bool m_isSpaced = false;  ///< has a blank line before it
+    using Body = OdbcIniSection;
+    using Line = OdbcIniSection::Line;
 
-        bool IsLive() const { return m_lines.front().m_isLive; }
-        /// The first line with the key that is there, or that was taken away; null without one.
-        Line* Find(std::string_view in_key, bool in_isLive);
-        /// Where the line ends of which a piece is one.
-        std::size_t EndOfLine(std::size_t in_piece) const;
-        /// Takes a line away from one of its pieces on.
-        void Remove(std::size_t in_piece);
-        /// Puts a new line after the last key.
-        void Insert(Line in_line);
-        void IndexKeys();
-    };
     /// A section, or a run of sections that nobody has asked for. It ends where the next one
     /// begins.
     struct Block {
