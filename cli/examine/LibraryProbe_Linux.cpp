@@ -8,11 +8,13 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <regex>
 
 #include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
 #include "cli/examine/Apart.h"
 #include "cli/examine/LibraryProbe.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -79,12 +81,6 @@ std::string Load(const std::string& in_path, const std::vector<std::string>& in_
     return isExported ? "=" : "-";
 }
 
-std::string Join(const std::vector<std::string>& in_names) {
-    std::string text;
-    for (const std::string& name : in_names) text += (text.empty() ? "" : ", ") + name;
-    return text;
-}
-
 /// The path of a library in the folder of drivers of unixODBC, which looks there for a bare name;
 /// empty when there is none.
 std::string FindAmongDrivers(const std::string& in_name) {
@@ -96,33 +92,21 @@ std::string FindAmongDrivers(const std::string& in_name) {
     return access(path.c_str(), F_OK) == 0 ? path : std::string();
 }
 
-/// The text between two marks; empty when one of them is missing.
-std::string Between(const std::string& in_text, const std::string& in_begin,
-                    const std::string& in_end) {
-    const std::size_t begin = in_text.find(in_begin);
-    if (begin == std::string::npos) return {};
-    const std::size_t from = begin + in_begin.size();
-    const std::size_t end = in_end.empty() ? in_text.size() : in_text.find(in_end, from);
-    return end == std::string::npos ? std::string() : in_text.substr(from, end - from);
-}
-
 }  // namespace
 
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error) {
-    constexpr char NOT_OPENED[] = ": cannot open shared object file";
-    const std::size_t notOpened = in_error.find(NOT_OPENED);
-    if (notOpened != std::string::npos) {
-        const std::string name = in_error.substr(0, notOpened);
-        const std::string reason = Between(in_error, std::string(NOT_OPENED) + ": ", "");
-        return name == in_path ? LibraryProbe{LibraryFault::NotFound, reason}
-                               : LibraryProbe{LibraryFault::MissingDependency, name};
+    std::smatch parts;
+    const auto has = [&](const char* in_pattern) {
+        return std::regex_search(in_error, parts, std::regex(in_pattern));
+    };
+    if (has("^(.*): cannot open shared object file: (.*)$")) {
+        return parts[1] == in_path ? LibraryProbe{LibraryFault::NotFound, parts[2]}
+                                   : LibraryProbe{LibraryFault::MissingDependency, parts[1]};
     }
-    std::string symbol = Between(in_error, "undefined symbol: ", "");
-    if (!symbol.empty()) {
-        return {LibraryFault::MissingSymbol, symbol.substr(0, symbol.find(','))};
+    if (has("undefined symbol: ([^,]+)")) return {LibraryFault::MissingSymbol, parts[1]};
+    if (has("version `(.*)' not found")) {
+        return {LibraryFault::MissingSymbol, "version " + parts[1].str()};
     }
-    const std::string version = Between(in_error, "version `", "' not found");
-    if (!version.empty()) return {LibraryFault::MissingSymbol, "version " + version};
     return {LibraryFault::CannotLoad, in_error};
 }
 

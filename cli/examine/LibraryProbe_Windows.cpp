@@ -11,6 +11,7 @@
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -167,12 +168,6 @@ std::string FindMissing(const Image& in_image, const std::wstring& in_folder,
         if (!missing.empty()) return missing;
     }
     return {};
-}
-
-std::string Join(const std::vector<std::string>& in_names) {
-    std::string text;
-    for (const std::string& name : in_names) text += (text.empty() ? "" : ", ") + name;
-    return text;
 }
 
 LibraryProbe ProbeImage(const Image& in_image, const std::wstring& in_path,

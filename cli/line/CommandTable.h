@@ -81,13 +81,13 @@ enum class OptionId : unsigned {
 
 struct OptionInfo {
     OptionId m_id;
-    std::string_view m_names;     ///< "-p,--property"
-    std::string_view m_argument;  ///< "KEY=VALUE"; empty for a switch
-    ValueKind m_kind;
-    bool m_isRepeatable;
-    bool m_isHidden;  ///< understood, but not shown: to be refused, or for the tool itself
-    std::string_view m_help;
+    std::string_view m_names;  ///< "-p,--property"
     std::uint32_t m_commands;  ///< one bit a command
+    std::string_view m_help;
+    std::string_view m_argument = {};  ///< "KEY=VALUE"; empty for a switch
+    ValueKind m_kind = ValueKind::None;
+    bool m_isRepeatable = false;
+    bool m_isHidden = false;  ///< understood, but not shown; to be refused with a hint, for example
 };
 
 struct CommandInfo {
