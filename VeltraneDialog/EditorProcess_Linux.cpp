@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/auxv.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -18,6 +17,7 @@
 #include <string_view>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
+#include "PlatformAbstraction/base/SpawnPlan.h"
 #include "PlatformAbstraction/base/SystemError.h"
 
 namespace Veltrane::ODBC {
@@ -99,52 +99,6 @@ std::vector<char*> EditorEnvironment() {
     entries.push_back(nullptr);
     return entries;
 }
-
-/// What posix_spawn is to do between fork and exec.
-class SpawnPlan {
-public:
-    explicit SpawnPlan(int in_socket) {
-        posix_spawn_file_actions_init(&m_actions);
-        posix_spawnattr_init(&m_attributes);
-        sigset_t signals;
-        sigemptyset(&signals);
-        Note(posix_spawnattr_setsigmask(&m_attributes, &signals));
-        sigfillset(&signals);
-        Note(posix_spawnattr_setsigdefault(&m_attributes, &signals));
-        Note(posix_spawnattr_setflags(&m_attributes,
-                                      POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
-        Note(posix_spawn_file_actions_adddup2(&m_actions, in_socket, STDIN_FILENO));
-        // Not the host's: where it closed them, these numbers may by now be files of its data.
-        Note(posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_RDWR, 0));
-        Note(posix_spawn_file_actions_adddup2(&m_actions, STDOUT_FILENO, STDERR_FILENO));
-        Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
-    }
-    SpawnPlan(const SpawnPlan&) = delete;
-    SpawnPlan& operator=(const SpawnPlan&) = delete;
-    ~SpawnPlan() {
-        posix_spawn_file_actions_destroy(&m_actions);
-        posix_spawnattr_destroy(&m_attributes);
-    }
-
-    /// @return the error, 0 for none
-    int Spawn(const std::string& in_program, pid_t& out_process) {
-        if (m_error != 0) {
-            return m_error;
-        }
-        std::string name = in_program;
-        char* arguments[] = {name.data(), nullptr};
-        std::vector<char*> environment = EditorEnvironment();
-        return posix_spawn(&out_process, in_program.c_str(), &m_actions, &m_attributes, arguments,
-                           environment.data());
-    }
-
-private:
-    void Note(int in_error) { m_error = m_error == 0 ? in_error : m_error; }
-
-    posix_spawn_file_actions_t m_actions;
-    posix_spawnattr_t m_attributes;
-    int m_error = 0;
-};
 
 /// A child and what is known about its end. Somebody else in the host may reap it first, or the
 /// system does when SIGCHLD is ignored: then the end is seen, but not its status.
@@ -358,7 +312,8 @@ EditorMessage RunEditor(const std::string& in_program, const EditorMessage& in_r
         SecretBytes request = EncodeEditorMessage(in_request);
         SocketPair sockets(in_program);
         pid_t process = -1;
-        const int error = SpawnPlan(sockets.m_editor.Get()).Spawn(in_program, process);
+        const int error = Orska::Support::SpawnPlan(sockets.m_editor.Get())
+                              .Spawn(in_program, {in_program}, EditorEnvironment().data(), process);
         if (error != 0) {
             FailToStart(in_program, error);
         }

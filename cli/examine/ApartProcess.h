@@ -58,6 +58,15 @@ private:
     std::unique_ptr<State> m_state;
 };
 
+/// Takes the first line out of what has come. @return false when there is none yet
+inline bool TakeLine(std::string& io_received, std::string& out_line) {
+    const std::size_t end = io_received.find('\n');
+    if (end == std::string::npos) return false;
+    out_line = io_received.substr(0, end);
+    io_received.erase(0, end + 1);
+    return true;
+}
+
 }  // namespace Veltrane::Cli
 
 #endif

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -15,6 +14,7 @@
 #include <thread>
 
 #include "PlatformAbstraction/base/FileDescriptor.h"
+#include "PlatformAbstraction/base/SpawnPlan.h"
 #include "PlatformAbstraction/base/SystemError.h"
 #include "PlatformAbstraction/base/Wipe.h"
 #include "cli/system/CommandError.h"
@@ -45,15 +45,6 @@ bool SendAll(int in_socket, std::string_view in_bytes) {
     return true;
 }
 
-/// Takes the first line out of what has come.
-bool TakeLine(std::string& io_received, std::string& out_line) {
-    const std::size_t end = io_received.find('\n');
-    if (end == std::string::npos) return false;
-    out_line = io_received.substr(0, end);
-    io_received.erase(0, end + 1);
-    return true;
-}
-
 /// @return false at the end
 bool ReceiveMore(int in_socket, std::string& io_received) {
     char block[1024];
@@ -65,53 +56,6 @@ bool ReceiveMore(int in_socket, std::string& io_received) {
     Orska::Support::WipeBytes(block, sizeof block);
     return count > 0;
 }
-
-/// What posix_spawn is to do between fork and exec. A session of its own keeps the driver off the
-/// terminal, and makes one group of all that it starts.
-class SpawnPlan {
-public:
-    explicit SpawnPlan(int in_socket) {
-        posix_spawn_file_actions_init(&m_actions);
-        posix_spawnattr_init(&m_attributes);
-        sigset_t signals;
-        sigemptyset(&signals);
-        Note(posix_spawnattr_setsigmask(&m_attributes, &signals));
-        sigfillset(&signals);
-        Note(posix_spawnattr_setsigdefault(&m_attributes, &signals));
-        Note(posix_spawnattr_setflags(
-            &m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID));
-        Note(posix_spawn_file_actions_adddup2(&m_actions, in_socket, STDIN_FILENO));
-        Note(posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_RDWR, 0));
-        Note(posix_spawn_file_actions_adddup2(&m_actions, STDOUT_FILENO, STDERR_FILENO));
-        Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
-    }
-    SpawnPlan(const SpawnPlan&) = delete;
-    SpawnPlan& operator=(const SpawnPlan&) = delete;
-    ~SpawnPlan() {
-        posix_spawn_file_actions_destroy(&m_actions);
-        posix_spawnattr_destroy(&m_attributes);
-    }
-
-    /// @return the error, 0 for none
-    int Spawn(const std::string& in_program, std::vector<std::string> in_arguments,
-              pid_t& out_process) {
-        if (m_error != 0) return m_error;
-        const std::string& program = in_program.empty() ? OWN_PROGRAM : in_program;
-        std::string name = "veltrane-dsn";
-        std::vector<char*> arguments{name.data()};
-        for (std::string& argument : in_arguments) arguments.push_back(argument.data());
-        arguments.push_back(nullptr);
-        return posix_spawn(&out_process, program.c_str(), &m_actions, &m_attributes,
-                           arguments.data(), environ);
-    }
-
-private:
-    void Note(int in_error) { m_error = m_error == 0 ? in_error : m_error; }
-
-    posix_spawn_file_actions_t m_actions;
-    posix_spawnattr_t m_attributes;
-    int m_error = 0;
-};
 
 }  // namespace
 
@@ -145,7 +89,13 @@ ApartProcess::ApartProcess(const std::string& in_program,
     if (!m_state->m_socket.IsOpen() || !other.IsOpen() || !m_state->m_cancelled.IsOpen()) {
         FailToStart(errno);
     }
-    const int error = SpawnPlan(other.Get()).Spawn(in_program, in_arguments, m_state->m_process);
+    std::vector<std::string> arguments{"veltrane-dsn"};
+    arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
+    // A session of its own keeps the driver off the terminal, and makes one group of all that it
+    // starts.
+    const int error = Orska::Support::SpawnPlan(other.Get(), POSIX_SPAWN_SETSID)
+                          .Spawn(in_program.empty() ? OWN_PROGRAM : in_program,
+                                 std::move(arguments), environ, m_state->m_process);
     if (error != 0) {
         m_state->m_process = -1;
         FailToStart(error);

@@ -105,14 +105,6 @@ bool WriteAll(HANDLE in_pipe, const std::string& in_bytes) {
                      nullptr) != FALSE;
 }
 
-bool TakeLine(std::string& io_received, std::string& out_line) {
-    const std::size_t end = io_received.find('\n');
-    if (end == std::string::npos) return false;
-    out_line = io_received.substr(0, end);
-    io_received.erase(0, end + 1);
-    return true;
-}
-
 /// Waits until there is something. @return false at the end
 bool ReceiveMore(HANDLE in_pipe, std::string& io_received) {
     char block[1024];
