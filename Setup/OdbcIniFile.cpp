@@ -9,6 +9,8 @@
 #include <cstring>
 #include <system_error>
 
+#include "Setup/FileAttributes.h"
+
 namespace Veltrane::ODBC {
 
 namespace {
@@ -24,14 +26,9 @@ constexpr std::size_t MAX_NAME_PART = 200;
 /// How often a file is opened again that is replaced while it is read.
 constexpr int MAX_READS = 8;
 constexpr int MAX_LINKS = 40;
-constexpr char ACCESS_LIST[] = "system.posix_acl_access";
-constexpr char NETWORK_ACCESS_LIST[] = "system.nfs4_acl";
 /// Written in place it would be lost when that is cut off, and others would read half of it.
 constexpr char MOUNTED[] =
     "cannot be replaced, because it is mounted by itself (mount its directory instead)";
-/// The system's limit for one attribute and for the list of names.
-constexpr std::size_t MAX_ATTRIBUTE = 65536;
-constexpr std::size_t USUAL_ATTRIBUTE = 256;
 constexpr std::size_t SPARE_ROOM = 4096;
 /// A program that has the file open, and has not written for so long, in microseconds, is not in
 /// the middle of it; unless the file is empty, which is how programs begin.
@@ -155,43 +152,9 @@ std::string FollowLinks(std::string in_path) {
     return in_path;
 }
 
-/// Calls for bytes of which nobody knows how many there are.
-/// @return false when that fails
-template <typename Call>
-bool ReadBytes(const Call& in_call, std::string& out_bytes) {
-    ssize_t size = -1;
-    for (const std::size_t room : {USUAL_ATTRIBUTE, MAX_ATTRIBUTE}) {
-        out_bytes.resize(room);
-        size = in_call(out_bytes.data(), room);
-        if (size >= 0 || errno != ERANGE) break;
-    }
-    out_bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
-    return size >= 0;
-}
-
-bool GetAttribute(int in_handle, const char* in_name, std::string& out_value) {
-    return ReadBytes(
-        [&](char* out_bytes, std::size_t in_size) {
-            return SystemCalls::GetAttribute(in_handle, in_name, out_bytes, in_size);
-        },
-        out_value);
-}
-
-bool SetAttribute(int in_handle, const char* in_name, const std::string& in_value) {
-    return SystemCalls::SetAttribute(in_handle, in_name, in_value.data(), in_value.size()) == 0;
-}
-
 /// The failure of a call that the file system or the system does not have.
 bool IsUnsupported(int in_error) {
     return in_error == EINVAL || in_error == ENOSYS || in_error == ENOTSUP;
-}
-
-bool IsWithoutAttribute() { return errno == ENODATA || errno == ENOTSUP; }
-
-/// What is neither a part of the file's bytes, as signatures are, nor a right to run it.
-bool IsCopied(std::string_view in_attribute) {
-    return in_attribute.starts_with("user.") || in_attribute == "security.selinux" ||
-           in_attribute == "security.SMACK64" || in_attribute == NETWORK_ACCESS_LIST;
 }
 
 }  // namespace
@@ -482,47 +445,15 @@ bool OdbcIniFile::CopyAttributes(int in_handle) {
         SystemCalls::ChangeOwner(in_handle, old.st_uid, old.st_gid) != 0) {
         return Fail("cannot keep the owner", errno);
     }
-    if (!CopyAccessList(in_handle)) return false;
+    using namespace FileAttributes;
+    const CopyResult list = CopyAccessList(m_file.Get(), in_handle);
+    if (list.m_failed != nullptr) return Fail(list.m_failed, list.m_error);
     // Without set-user-id and the like, which writing to a file takes away as well.
     mode_t mode = old.st_mode & 0777;
     if (m_isEmpty) mode &= m_newFileMode;
     if (SystemCalls::ChangeMode(in_handle, mode) != 0) return Fail("cannot keep the mode", errno);
-    return CopyExtendedAttributes(in_handle);
-}
-
-bool OdbcIniFile::CopyAccessList(int in_handle) {
-    std::string list;
-    if (GetAttribute(m_file.Get(), ACCESS_LIST, list)) {
-        return SetAttribute(in_handle, ACCESS_LIST, list) ||
-               Fail("cannot keep the access list", errno);
-    }
-    if (!IsWithoutAttribute()) return Fail("cannot read the access list", errno);
-    // One that the directory has for new files lets in others than the old file did.
-    const bool isNone = !GetAttribute(in_handle, ACCESS_LIST, list) && IsWithoutAttribute();
-    return isNone || SystemCalls::RemoveAttribute(in_handle, ACCESS_LIST) == 0 ||
-           IsWithoutAttribute() || Fail("cannot remove the access list of the directory", errno);
-}
-
-/// Those that users and the system's policy have set. A file without them is usable, but for the
-/// access list of a network file system, which changing the mode may have changed.
-bool OdbcIniFile::CopyExtendedAttributes(int in_handle) {
-    std::string names;
-    ReadBytes(
-        [this](char* out_names, std::size_t in_size) {
-            return SystemCalls::ListAttributes(m_file.Get(), out_names, in_size);
-        },
-        names);
-    std::string value;
-    for (std::size_t i = 0; i < names.size(); i = names.find('\0', i) + 1) {
-        const char* const name = names.c_str() + i;
-        if (!IsCopied(name)) continue;
-        const bool isKept =
-            GetAttribute(m_file.Get(), name, value) && SetAttribute(in_handle, name, value);
-        if (!isKept && std::string_view(name) == NETWORK_ACCESS_LIST) {
-            return Fail("cannot keep the access list", errno);
-        }
-    }
-    return true;
+    const CopyResult others = CopyExtendedAttributes(m_file.Get(), in_handle);
+    return others.m_failed == nullptr || Fail(others.m_failed, others.m_error);
 }
 
 bool OdbcIniFile::Finish(PrivateHandle& io_handle) {

@@ -111,8 +111,6 @@ private:
     bool LockTemporary(const std::string& in_name);
     bool WriteTemporary(int in_handle, std::string_view in_bytes);
     bool CopyAttributes(int in_handle);
-    bool CopyAccessList(int in_handle);
-    bool CopyExtendedAttributes(int in_handle);
     bool Finish(PrivateHandle& io_handle);
     bool PutInPlace(std::string& io_name);
     bool Rename(const std::string& in_name, unsigned in_flags);

@@ -1,0 +1,92 @@
+#include "Setup/FileAttributes.h"
+
+#include <sys/types.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "Setup/SystemCalls.h"
+
+namespace Veltrane::ODBC::FileAttributes {
+
+namespace {
+
+constexpr char ACCESS_LIST[] = "system.posix_acl_access";
+constexpr char NETWORK_ACCESS_LIST[] = "system.nfs4_acl";
+/// The system's limit for one attribute and for the list of names.
+constexpr std::size_t MAX_ATTRIBUTE = 65536;
+constexpr std::size_t USUAL_ATTRIBUTE = 256;
+
+/// Calls for bytes of which nobody knows how many there are.
+/// @return false when that fails
+template <typename Call>
+bool ReadBytes(const Call& in_call, std::string& out_bytes) {
+    ssize_t size = -1;
+    for (const std::size_t room : {USUAL_ATTRIBUTE, MAX_ATTRIBUTE}) {
+        out_bytes.resize(room);
+        size = in_call(out_bytes.data(), room);
+        if (size >= 0 || errno != ERANGE) break;
+    }
+    out_bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    return size >= 0;
+}
+
+bool GetAttribute(int in_handle, const char* in_name, std::string& out_value) {
+    return ReadBytes(
+        [&](char* out_bytes, std::size_t in_size) {
+            return SystemCalls::GetAttribute(in_handle, in_name, out_bytes, in_size);
+        },
+        out_value);
+}
+
+bool SetAttribute(int in_handle, const char* in_name, const std::string& in_value) {
+    return SystemCalls::SetAttribute(in_handle, in_name, in_value.data(), in_value.size()) == 0;
+}
+
+bool IsWithoutAttribute() { return errno == ENODATA || errno == ENOTSUP; }
+
+/// What is neither a part of the file's bytes, as signatures are, nor a right to run it.
+bool IsCopied(std::string_view in_attribute) {
+    return in_attribute.starts_with("user.") || in_attribute == "security.selinux" ||
+           in_attribute == "security.SMACK64" || in_attribute == NETWORK_ACCESS_LIST;
+}
+
+}  // namespace
+
+CopyResult CopyAccessList(int in_from, int in_to) {
+    std::string list;
+    if (GetAttribute(in_from, ACCESS_LIST, list)) {
+        if (SetAttribute(in_to, ACCESS_LIST, list)) return {};
+        return {"cannot keep the access list", errno};
+    }
+    if (!IsWithoutAttribute()) return {"cannot read the access list", errno};
+    // One that the directory has for new files lets in others than the old file did.
+    const bool isNone = !GetAttribute(in_to, ACCESS_LIST, list) && IsWithoutAttribute();
+    if (isNone || SystemCalls::RemoveAttribute(in_to, ACCESS_LIST) == 0 || IsWithoutAttribute()) {
+        return {};
+    }
+    return {"cannot remove the access list of the directory", errno};
+}
+
+CopyResult CopyExtendedAttributes(int in_from, int in_to) {
+    std::string names;
+    ReadBytes(
+        [in_from](char* out_names, std::size_t in_size) {
+            return SystemCalls::ListAttributes(in_from, out_names, in_size);
+        },
+        names);
+    std::string value;
+    for (std::size_t i = 0; i < names.size(); i = names.find('\0', i) + 1) {
+        const char* const name = names.c_str() + i;
+        if (!IsCopied(name)) continue;
+        const bool isKept = GetAttribute(in_from, name, value) && SetAttribute(in_to, name, value);
+        if (!isKept && std::string_view(name) == NETWORK_ACCESS_LIST) {
+            return {"cannot keep the access list", errno};
+        }
+    }
+    return {};
+}
+
+}  // namespace Veltrane::ODBC::FileAttributes
