@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// Each enumerator is named after its SQLSTATE; "HY000", the general error, by its meaning.

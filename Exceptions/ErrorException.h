@@ -10,11 +10,11 @@
 #include <optional>
 #include <vector>
 
-#include "Exceptions/DiagState.h"
-#include "Exceptions/IMessageSource.h"
-#include "Exceptions/SQLState.h"
-#include "PlatformAbstraction/base/ThreadSafeSharedObject.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../PlatformAbstraction/base/ThreadSafeSharedObject.h"
+#include "../PlatformAbstraction/strings/orska_wstring.h"
+#include "DiagState.h"
+#include "IMessageSource.h"
+#include "SQLState.h"
 
 namespace Orska::Support {
 

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 class ErrorException;

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "PlatformAbstraction/base/ThreadSafeSharedObject.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../PlatformAbstraction/base/ThreadSafeSharedObject.h"
+#include "../PlatformAbstraction/strings/orska_wstring.h"
 
 namespace Orska::Support {
 

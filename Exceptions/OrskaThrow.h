@@ -6,6 +6,8 @@
 #ifndef EXCEPTIONS_ORSKATHROW_H
 #define EXCEPTIONS_ORSKATHROW_H
 
+#include "../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// Where a throw stands, as the trace shows it.

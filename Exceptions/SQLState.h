@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "Exceptions/DiagState.h"
+#include "DiagState.h"
 
 namespace Orska::Support {
 

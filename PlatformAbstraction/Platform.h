@@ -1,5 +1,5 @@
 /// Counted start-up and shut-down of the support library, and the verbose trace that start-up turns
-/// on.
+/// on. A driver holds a PlatformGuard as long as it works.
 ///
 /// Start and stop from one thread, before other threads use strings and after they have ended: no
 /// lock is taken. The first start takes the two process encodings from the settings, if there are
@@ -12,9 +12,9 @@
 #include <memory>
 #include <mutex>
 
-#include "PlatformAbstraction/base/VerboseTrace.h"
-#include "PlatformAbstraction/strings/IPlatformStringConverter.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "ICU/WideStringConverter.h"
+#include "base/VerboseTrace.h"
+#include "strings/orska_wstring.h"
 
 namespace Orska::Platform {
 
@@ -45,14 +45,14 @@ public:
 
     PlatformLock& GetLock() noexcept { return *m_lock; }
     /// The converter of every string while the platform is started.
-    Support::IPlatformStringConverter& GetStringConverter() noexcept { return *m_stringConverter; }
+    Support::WideStringConverter& GetStringConverter() noexcept { return *m_stringConverter; }
     /// The name of ICU's default locale when the platform was started.
     const Support::orska_wstring& GetDefaultLocale() const noexcept { return m_defaultLocale; }
     bool IsStarted() const noexcept { return m_isStarted; }
 
 private:
     std::unique_ptr<PlatformLock> m_lock;
-    std::unique_ptr<Support::IPlatformStringConverter> m_stringConverter;
+    std::unique_ptr<Support::WideStringConverter> m_stringConverter;
     std::unique_ptr<PlatformService> m_service;
     Support::orska_wstring m_defaultLocale;
     bool m_isStarted = true;
@@ -69,6 +69,30 @@ PlatformInstance* InitializePlatform(bool in_isVerbose);
 /// Counts one user less; the last one destroys the platform object and takes the string converter
 /// away. To be called once for each InitializePlatform: a further call wraps the count.
 void UninitializePlatform();
+
+/// One user of the started platform: the constructor starts it, the destructor is the end of it.
+///
+///     Orska::Platform::PlatformGuard platform;
+///     Orska::Support::ODBCStringConverter converter(platform);
+class PlatformGuard {
+public:
+    /// As InitializePlatform, exceptions included.
+    explicit PlatformGuard(bool in_isVerbose = false)
+        : m_instance(*InitializePlatform(in_isVerbose)) {}
+    PlatformGuard(const PlatformGuard&) = delete;
+    PlatformGuard& operator=(const PlatformGuard&) = delete;
+    ~PlatformGuard() { UninitializePlatform(); }
+
+    /// Owned by the library.
+    PlatformInstance& GetInstance() const noexcept { return m_instance; }
+    /// The converter of every string, for what is made from it.
+    operator Support::WideStringConverter&() const noexcept {
+        return m_instance.GetStringConverter();
+    }
+
+private:
+    PlatformInstance& m_instance;
+};
 
 }  // namespace Orska::Platform
 

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "strings/orska_wstring.h"
 
 namespace Orska::Support::SqlTypeNames {
 
@@ -21,7 +21,7 @@ namespace Orska::Support::SqlTypeNames {
 #define ORSKA_SQL_SHORT_NAME(in_name, in_code) extern const orska_wstring NAME_##in_name;
 #define ORSKA_C_TYPE(in_name, in_code) extern const orska_wstring NAME_##in_name;
 #define ORSKA_SPECIAL_VALUE(in_name, in_text) extern const orska_wstring VALUE_##in_name;
-#include "PlatformAbstraction/SqlTypeNames.inc"
+#include "SqlTypeNames.inc"
 #undef ORSKA_SQL_TYPE
 #undef ORSKA_SQL_SHORT_NAME
 #undef ORSKA_C_TYPE

@@ -5,12 +5,12 @@
 #include <exception>
 #include <string>
 
-#include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/Platform.h"
-#include "PlatformAbstraction/settings/OrskaSettingReader.h"
-#include "PlatformAbstraction/strings/EncodingInfo.h"
-#include "PlatformAbstraction/strings/ProcessEncodings.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include <orska/Exceptions/ErrorException.h>
+#include <orska/PlatformAbstraction/Platform.h>
+#include <orska/PlatformAbstraction/settings/OrskaSettingReader.h>
+#include <orska/PlatformAbstraction/strings/EncodingInfo.h>
+#include <orska/PlatformAbstraction/strings/ProcessEncodings.h>
+#include <orska/PlatformAbstraction/strings/orska_wstring.h>
 
 using Orska::Support::EncodingInfo;
 using Orska::Support::orska_wstring;
@@ -48,13 +48,12 @@ int main(int argc, char** argv) {
         // when there is no file, and the section.
         OrskaSettingReader::Initialize(argv[1], L"Veltrane", L"Driver");
         // Takes both encodings from the settings. Refuses names that are not legal.
-        Orska::Platform::InitializePlatform(false);
+        // Lives as long as the driver works, and ends the platform.
+        const Orska::Platform::PlatformGuard platform;
         PrintSettings();
         ConvertText(
             "Stra\xDF"
             "e 5 \x80");
-        // Once for each start.
-        Orska::Platform::UninitializePlatform();
     } catch (const Orska::Support::ErrorException& exception) {
         std::fprintf(stderr, "driver_startup: %s\n",
                      exception.GetUnformattedDescription().GetAsUtf8().c_str());

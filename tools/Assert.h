@@ -8,6 +8,8 @@
 #ifndef TOOLS_ASSERT_H
 #define TOOLS_ASSERT_H
 
+#include "RequireCpp20.h"
+
 namespace Orska {
 
 /// Writes "Assertion failed: expression, file source, line 59" and returns.

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "RequireCpp20.h"
+
 namespace Orska {
 
 class Buffer {

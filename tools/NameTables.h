@@ -3,6 +3,8 @@
 #ifndef TOOLS_NAMETABLES_H
 #define TOOLS_NAMETABLES_H
 
+#include "RequireCpp20.h"
+
 namespace Orska {
 
 /// Takes an error number of either sign; one above 9999 is a Windows socket error (10054 reads

@@ -2,6 +2,8 @@
 #ifndef TOOLS_PRINTFFORMAT_H
 #define TOOLS_PRINTFFORMAT_H
 
+#include "RequireCpp20.h"
+
 /// @param in_format  the number of the format among the parameters, from 1 on and counting `this`
 /// @param in_first   the number of its first argument, or 0 for a list of arguments
 #if defined(__MINGW32__)

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "tools/Assert.h"
+#include "Assert.h"
 
 namespace Orska {
 

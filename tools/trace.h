@@ -23,7 +23,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "tools/PrintfFormat.h"
+#include "PrintfFormat.h"
 
 namespace Orska {
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "../strings/EncodingType.h"
 
 namespace Orska::Support {
 

@@ -19,9 +19,9 @@
 #include <mutex>
 #include <string_view>
 
-#include "PlatformAbstraction/ICU/ShortText.h"
-#include "PlatformAbstraction/strings/EncodingType.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../strings/EncodingType.h"
+#include "../strings/orska_wstring.h"
+#include "ShortText.h"
 
 namespace Orska::Support {
 

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "../strings/EncodingType.h"
 
 namespace Orska::Support {
 

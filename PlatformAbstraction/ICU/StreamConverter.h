@@ -29,7 +29,7 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "../strings/EncodingType.h"
 
 namespace Orska::Support {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "PlatformAbstraction/ICU/StreamConverter.h"
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "../strings/EncodingType.h"
+#include "StreamConverter.h"
 
 namespace Orska::Support {
 

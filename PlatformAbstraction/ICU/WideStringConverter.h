@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "PlatformAbstraction/strings/IPlatformStringConverter.h"
+#include "../strings/IPlatformStringConverter.h"
 
 namespace Orska::Support {
 

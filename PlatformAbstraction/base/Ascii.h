@@ -1,11 +1,13 @@
 /// Case and blanks of ASCII text, whatever the C locale is: in Turkish "i" and "I" are no pair for
-/// <cctype>. Bytes and code units above 127 are never changed, so UTF-8 stays whole. No state.
+/// the C library. Bytes and code units above 127 are never changed, so UTF-8 stays whole. No state.
 #ifndef PLATFORMABSTRACTION_BASE_ASCII_H
 #define PLATFORMABSTRACTION_BASE_ASCII_H
 
 #include <algorithm>
 #include <string>
 #include <string_view>
+
+#include "../../tools/RequireCpp20.h"
 
 namespace Orska::Support {
 

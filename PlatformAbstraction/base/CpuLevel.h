@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// Levels include all lower ones. Values are ordered and stable: the byte swaps of the transcoder

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// The code of this thread's last failed system call. Ask before any other call is made.

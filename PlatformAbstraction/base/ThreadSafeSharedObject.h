@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// Adds a delta, modulo 2^32.

@@ -2,6 +2,8 @@
 #ifndef PLATFORMABSTRACTION_BASE_VERBOSETRACE_H
 #define PLATFORMABSTRACTION_BASE_VERBOSETRACE_H
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Platform {
 
 /// Turns the trace on or off. Any thread may.

@@ -2,6 +2,8 @@
 #ifndef PLATFORMABSTRACTION_ORSKA_ABORT_H
 #define PLATFORMABSTRACTION_ORSKA_ABORT_H
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// Writes "orska_abort() called from %s:%d for reason: %s" to standard error, without a line end,

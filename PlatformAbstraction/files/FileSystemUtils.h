@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../strings/orska_wstring.h"
 
 namespace Orska::Support {
 

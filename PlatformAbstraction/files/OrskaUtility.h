@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/base/SystemError.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../base/SystemError.h"
+#include "../strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -13,8 +13,8 @@
 #include <string>
 #include <string_view>
 
-#include "PlatformAbstraction/strings/orska_wstring.h"
-#include "tools/trace.h"
+#include "../../tools/trace.h"
+#include "../strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -15,7 +15,7 @@
 #include <cstdint>
 #include <string>
 
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 class ISettingListener {

@@ -8,7 +8,7 @@
 #ifndef PLATFORMABSTRACTION_INIFILECONFIGURATIONREADER_H
 #define PLATFORMABSTRACTION_INIFILECONFIGURATIONREADER_H
 
-#include "PlatformAbstraction/settings/SettingValue.h"
+#include "SettingValue.h"
 
 namespace Orska::Support {
 

@@ -19,9 +19,9 @@
 #include <string_view>
 #include <vector>
 
-#include "PlatformAbstraction/base/Ascii.h"
-#include "PlatformAbstraction/strings/EncodingType.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../base/Ascii.h"
+#include "../strings/EncodingType.h"
+#include "../strings/orska_wstring.h"
 
 namespace Orska::Support {
 

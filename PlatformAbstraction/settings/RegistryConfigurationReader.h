@@ -5,7 +5,7 @@
 #ifndef PLATFORMABSTRACTION_REGISTRYCONFIGURATIONREADER_H
 #define PLATFORMABSTRACTION_REGISTRYCONFIGURATIONREADER_H
 
-#include "PlatformAbstraction/settings/SettingValue.h"
+#include "SettingValue.h"
 
 namespace Orska::Support {
 

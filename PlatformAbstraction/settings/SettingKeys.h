@@ -2,6 +2,8 @@
 #ifndef PLATFORMABSTRACTION_SETTINGKEYS_H
 #define PLATFORMABSTRACTION_SETTINGKEYS_H
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 constexpr char SETTING_ANSI_ENCODING[] = "ANSIENCODING";

@@ -13,7 +13,7 @@
 #include <variant>
 #include <vector>
 
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "../strings/orska_wstring.h"
 
 namespace Orska::Support {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "EncodingType.h"
 
 namespace Orska::Support {
 

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "../../tools/RequireCpp20.h"
+
 namespace Orska::Support {
 
 /// Names one byte encoding. Any value from 0 to ENCODING_COUNT - 1 is legal; the commonly used ones

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "EncodingType.h"
 
 namespace Orska::Support {
 

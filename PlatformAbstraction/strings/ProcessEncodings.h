@@ -5,7 +5,7 @@
 #ifndef PLATFORMABSTRACTION_PROCESSENCODINGS_H
 #define PLATFORMABSTRACTION_PROCESSENCODINGS_H
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "EncodingType.h"
 
 namespace Orska::Support {
 

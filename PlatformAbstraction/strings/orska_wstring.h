@@ -18,7 +18,7 @@
 #include <string>
 #include <string_view>
 
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "EncodingType.h"
 
 namespace Orska::Support {
 

@@ -5,10 +5,10 @@
 #include <exception>
 #include <string>
 
-#include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/ICU/ICUUtils.h"
-#include "PlatformAbstraction/numbers/NumberConverter.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include <orska/Exceptions/ErrorException.h>
+#include <orska/PlatformAbstraction/ICU/ICUUtils.h>
+#include <orska/PlatformAbstraction/numbers/NumberConverter.h>
+#include <orska/PlatformAbstraction/strings/orska_wstring.h>
 
 using Orska::Support::ErrorException;
 using Orska::Support::NumberConverter;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "PlatformAbstraction/ICU/ICUUtils.h"
+#include "PlatformAbstraction/ICU/ODBCStringConverter.h"
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -55,12 +56,15 @@ TEST(PlatformStart, CountsStartsAndStops) {
 
 TEST(PlatformStart, InstallsTheConverterWhileItIsStarted) {
     EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
-    PlatformInstance* instance = InitializePlatform(false);
-    EXPECT_EQ(Support::GetPlatformStringConverter(), &instance->GetStringConverter());
-    InitializePlatform(false);
-    UninitializePlatform();
-    EXPECT_EQ(Support::GetPlatformStringConverter(), &instance->GetStringConverter());
-    UninitializePlatform();
+    {
+        const PlatformGuard platform;
+        const auto* const converter = &platform.GetInstance().GetStringConverter();
+        EXPECT_EQ(Support::GetPlatformStringConverter(), converter);
+        { const PlatformGuard second; }
+        EXPECT_EQ(Support::GetPlatformStringConverter(), converter);
+        Support::ODBCStringConverter forManager(platform);
+        EXPECT_EQ(forManager.GetLengthAsSQLWCHARString(orska_wstring("ab"), true), 4);
+    }
     EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
 }
 

@@ -393,14 +393,33 @@ class ConsumerTest(PackageTest):
         root = self.prefix / "include/orska"
         headers = sorted(path.relative_to(root) for path in root.glob("**/*.h"))
         self.assertGreater(len(headers), 20)
+        # Somebody's own folders of the same names come first.
+        for header in headers:
+            path = self.folder / "theirs" / header
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text("#error theirs\n")
 
-        def compile_alone(header):
-            return output_of("g++", "-std=c++20", "-Wall", "-Wextra", "-Werror", "-fsyntax-only",
-                             f"-I{root}", "-x", "c++", "-", input=f'#include "{header}"\n')
+        def compile_alone(header, standard="c++20"):
+            return output_of("g++", "-std=" + standard, "-Wall", "-Wextra", "-Werror",
+                             "-fsyntax-only", f"-I{self.folder}/theirs", f"-I{root.parent}", "-x",
+                             "c++", "-", input=f"#include <orska/{header}>\n")
 
         with ThreadPoolExecutor(2) as pool:
             for header, result in zip(headers, pool.map(compile_alone, headers)):
                 self.assertEqual(result.returncode, 0, f"{header}:\n{result.stdout}")
+        for header in headers:
+            with self.subTest(header):
+                self.assertIn("The headers of Orska need C++20: compile with -std=c++20 or later.",
+                              compile_alone(header, "c++17").stdout)
+
+    def test_the_reference_has_every_header(self):
+        reference = self.prefix / "share/doc" / DEV / "reference"
+        if not reference.exists() and shutil.which("doxygen") is None:
+            self.skipTest("built without Doxygen")
+        files = (reference / "files.html").read_text()
+        for path in (self.prefix / "include/orska").glob("**/*.h"):
+            self.assertIn(f">{path.name}<", files)
+        self.assertIn("starts the platform", (reference / "Platform_8h.html").read_text())
 
 
 if __name__ == "__main__":

@@ -35,8 +35,8 @@
 
 #include <cstdint>
 
-#include "PlatformAbstraction/base/CpuLevel.h"
-#include "PlatformAbstraction/strings/EncodingType.h"
+#include "../../base/CpuLevel.h"
+#include "../../strings/EncodingType.h"
 
 namespace Orska::Support {
 
