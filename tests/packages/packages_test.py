@@ -419,7 +419,7 @@ class ConsumerTest(PackageTest):
         files = (reference / "files.html").read_text()
         for path in (self.prefix / "include/orska").glob("**/*.h"):
             self.assertIn(f">{path.name}<", files)
-        self.assertIn("starts the platform", (reference / "Platform_8h.html").read_text())
+        self.assertIn("Counted start-up", (reference / "Platform_8h.html").read_text())
 
 
 if __name__ == "__main__":
