@@ -8,6 +8,7 @@
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/WideText_Windows.h"
 #include "VeltraneDialog/Wipe.h"
+#include "tools/RaisedRights_Windows.h"
 
 namespace Veltrane::ODBC {
 
@@ -32,7 +33,7 @@ bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
                    std::string& out_contents) {
     const Orska::Support::WindowsHandle file(CreateFileW(
         in_fileName.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        nullptr, OPEN_EXISTING, SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
     if (!file.IsOpen()) {
         const DWORD error = GetLastError();
         if (in_mayBeAbsent && (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)) {
@@ -65,6 +66,8 @@ bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
 
 /// Empty when the variable is not set.
 std::wstring NamedFile() {
+    // A program with more rights than its user must not read a file of that user's choice.
+    if (Orska::HasRaisedRights()) return {};
     std::wstring name(MAX_PATH, L'\0');
     for (;;) {
         const DWORD length =

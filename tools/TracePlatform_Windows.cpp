@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tools/LineText.h"
+#include "tools/RaisedRights_Windows.h"
 #include "tools/WindowsApi.h"
 
 namespace Orska {
@@ -44,6 +45,10 @@ constexpr int NO_NAME = 108;
 }  // namespace
 
 const char* ReadTraceVariable() noexcept {
+    // A program with more rights than its user must not append to a file of that user's choice.
+    if (HasRaisedRights()) {
+        return nullptr;
+    }
     // From the system, in UTF-8. The C library's copy has lost the letters that the code page
     // lacks, and is that of its own start, while the host may have set the variable since.
     const DWORD length = GetEnvironmentVariableW(L"TR4CE", s_wide, LONGEST_VALUE);
@@ -60,9 +65,10 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
     }
     // With the right to append and no right to write elsewhere, the system places each write at the
     // end of the file, whatever other processes do meanwhile.
-    const HANDLE handle = CreateFileW(s_wide, FILE_APPEND_DATA | SYNCHRONIZE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle =
+        CreateFileW(s_wide, FILE_APPEND_DATA | SYNCHRONIZE,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                    SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return nullptr;
     }

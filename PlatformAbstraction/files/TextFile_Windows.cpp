@@ -33,9 +33,9 @@ void CloseWithError(HANDLE in_handle, DWORD in_error) {
 
 bool FileHandle::Open(const orska_wstring& in_fileName, const FileOpenArguments& in_arguments) {
     const std::filesystem::path path = FileSystemUtils::GetNativePath(in_fileName);
-    const HANDLE handle =
-        CreateFileW(path.c_str(), in_arguments.m_access, in_arguments.m_shareMode, nullptr,
-                    in_arguments.m_creationDisposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle = CreateFileW(path.c_str(), in_arguments.m_access, in_arguments.m_shareMode,
+                                      nullptr, in_arguments.m_creationDisposition,
+                                      SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return false;
     }

@@ -64,30 +64,37 @@ NativeForm::NativeForm(DialogValues& io_values) : m_values(io_values) {
 }
 
 INT_PTR NativeForm::Show(HMODULE in_library, HWND in_owner) {
-    return DialogBoxParamW(in_library, MAKEINTRESOURCEW(DIALOG_DSN), in_owner, &HandleMessage,
-                           reinterpret_cast<LPARAM>(this));
+    const INT_PTR result = DialogBoxParamW(in_library, MAKEINTRESOURCEW(DIALOG_DSN), in_owner,
+                                           &HandleMessage, reinterpret_cast<LPARAM>(this));
+    if (m_failure) std::rethrow_exception(m_failure);
+    return result;
 }
 
 INT_PTR CALLBACK NativeForm::HandleMessage(HWND in_window, UINT in_message, WPARAM in_first,
                                            LPARAM in_second) {
-    if (in_message == WM_INITDIALOG) {
-        auto* const form = reinterpret_cast<NativeForm*>(in_second);
-        form->m_window = in_window;
-        SetWindowLongPtrW(in_window, DWLP_USER, in_second);
-        form->Start();
-        return FALSE;  // the focus is set
-    }
+    if (in_message == WM_INITDIALOG) SetWindowLongPtrW(in_window, DWLP_USER, in_second);
     auto* const form = reinterpret_cast<NativeForm*>(GetWindowLongPtrW(in_window, DWLP_USER));
     if (form == nullptr) return FALSE;
-    if (in_message == WM_CTLCOLORSTATIC) {
-        return reinterpret_cast<INT_PTR>(
-            form->PaintStatic(reinterpret_cast<HDC>(in_first), reinterpret_cast<HWND>(in_second)));
+    try {
+        form->m_window = in_window;
+        if (in_message == WM_CTLCOLORSTATIC) {
+            return reinterpret_cast<INT_PTR>(form->PaintStatic(reinterpret_cast<HDC>(in_first),
+                                                               reinterpret_cast<HWND>(in_second)));
+        }
+        return form->Handle(in_message, in_first) ? TRUE : FALSE;
+    } catch (...) {
+        // Not through the system's code, which called. Show throws it on.
+        if (!form->m_failure) form->m_failure = std::current_exception();
+        EndDialog(in_window, IDABORT);
+        return FALSE;
     }
-    return form->Handle(in_message, in_first, in_second) ? TRUE : FALSE;
 }
 
-bool NativeForm::Handle(UINT in_message, WPARAM in_first, LPARAM) {
+bool NativeForm::Handle(UINT in_message, WPARAM in_first) {
     switch (in_message) {
+        case WM_INITDIALOG:
+            Start();
+            return false;  // the focus is set
         case WM_COMMAND:
             HandleCommand(LOWORD(in_first), HIWORD(in_first));
             return true;

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <array>
+#include <exception>
 #include <string>
 
 #include "VeltraneDialog/DialogFields.h"
@@ -21,6 +22,7 @@ public:
     /// @param in_library  the one that has the dialog resource
     /// @param in_owner  the window that waits meanwhile; may be null
     /// @return IDOK, IDCANCEL, or -1 with the reason in GetLastError
+    /// @throws what goes wrong while it is shown, bad_alloc for instance
     INT_PTR Show(HMODULE in_library, HWND in_owner);
 
 private:
@@ -34,7 +36,7 @@ private:
 
     static INT_PTR CALLBACK HandleMessage(HWND in_window, UINT in_message, WPARAM in_first,
                                           LPARAM in_second);
-    bool Handle(UINT in_message, WPARAM in_first, LPARAM in_second);
+    bool Handle(UINT in_message, WPARAM in_first);
     void HandleCommand(int in_control, int in_notice);
 
     void Start();
@@ -60,6 +62,8 @@ private:
     WPARAM m_passwordMark = 0;
     /// False while the fields are filled: that is no change by the user.
     bool m_isStarted = false;
+    /// What a message has thrown, until the dialog has ended.
+    std::exception_ptr m_failure;
 };
 
 }  // namespace Veltrane::ODBC

@@ -2,6 +2,8 @@
 // Behind the Windows API, which it needs.
 #include <shellapi.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <new>
 
 #include "VeltraneDialog/WideText_Windows.h"
@@ -9,8 +11,32 @@
 
 namespace Veltrane::Cli {
 
+namespace {
+
+/// Process-wide: set by StartProgram, read by RestoreConsoleOutput: the code page of the console's
+/// output before; 0 without a console.
+UINT s_codePageBefore = 0;
+
+/// Of Ctrl-C, and of a console that is closed. Others decide what becomes of the program.
+BOOL WINAPI RestoreAtEvent(DWORD /*in_event*/) {
+    RestoreConsoleOutput();
+    return FALSE;
+}
+
+}  // namespace
+
+void RestoreConsoleOutput() noexcept {
+    if (s_codePageBefore != 0) SetConsoleOutputCP(s_codePageBefore);
+}
+
 /// The arguments of main are in the code page of the system, which has not every letter.
 std::vector<std::string> StartProgram(int, char**) {
+    s_codePageBefore = GetConsoleOutputCP();
+    SetConsoleCtrlHandler(RestoreAtEvent, TRUE);
+    std::atexit([] {
+        std::fflush(stdout);  // what is left is UTF-8
+        RestoreConsoleOutput();
+    });
     SetConsoleOutputCP(CP_UTF8);
     int count = 0;
     wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);

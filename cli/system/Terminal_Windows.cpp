@@ -9,6 +9,7 @@
 #include "cli/system/CommandError.h"
 #include "cli/system/FileHandle_Windows.h"
 #include "cli/system/Input.h"
+#include "cli/system/ProgramStart.h"
 #include "cli/system/Terminal.h"
 
 namespace Veltrane::Cli {
@@ -30,17 +31,18 @@ DWORD s_modeBefore = 0;
 /// For what ends the program while it waits for the answer: nothing is half way then.
 BOOL WINAPI RestoreConsole(DWORD /*in_event*/) {
     SetConsoleMode(s_console, s_modeBefore);
+    RestoreConsoleOutput();
     ExitProcess(EXIT_INTERRUPTED);
 }
 
-/// The console without echo; it never stays so. Ctrl-C comes as a character.
+/// The console without echo; it never stays so. It takes Backspace and the end of a line itself.
 class SilentConsole {
 public:
     explicit SilentConsole(HANDLE in_handle) {
         s_console = in_handle;
         GetConsoleMode(in_handle, &s_modeBefore);
         SetConsoleCtrlHandler(RestoreConsole, TRUE);
-        SetConsoleMode(in_handle, ENABLE_LINE_INPUT);
+        SetConsoleMode(in_handle, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT);
         FlushConsoleInputBuffer(in_handle);
     }
     SilentConsole(const SilentConsole&) = delete;
@@ -58,24 +60,25 @@ void WriteText(HANDLE in_console, const std::string& in_text) {
 
 /// Of the line, without its end.
 std::wstring ReadConsoleLine(HANDLE in_console) {
-    constexpr wchar_t INTERRUPT = 3;
     // Consoles have not always had room for more at once.
     std::wstring part(8192, L'\0');
     const ODBC::WipeAtEnd wipePart(part);
     std::wstring line;
     line.reserve(MAX_LINE);
-    // Without waiting for the end of the line.
-    CONSOLE_READCONSOLE_CONTROL control{sizeof control, 0, 1U << INTERRUPT, 0};
     for (bool isEnd = false; !isEnd;) {
         DWORD count = 0;
-        const BOOL isRead = ReadConsoleW(in_console, part.data(), static_cast<DWORD>(part.size()),
-                                         &count, &control);
+        SetLastError(ERROR_SUCCESS);
+        const BOOL isRead =
+            ReadConsoleW(in_console, part.data(), static_cast<DWORD>(part.size()), &count, nullptr);
+        // By Ctrl-C, which ends the program here or in RestoreConsole, whichever is first.
+        if (GetLastError() == ERROR_OPERATION_ABORTED) {
+            ODBC::Wipe(line);
+            throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);
+        }
         const std::wstring_view read(part.data(), isRead != FALSE ? count : 0);
-        isEnd = read.empty() || read.back() == L'\n';
+        // CR LF, or CR alone from a console that leaves the end of the line to the program.
+        isEnd = read.empty() || read.back() == L'\n' || read.back() == L'\r';
         line.append(read.substr(0, MAX_LINE - line.size()));
-        if (read.find(INTERRUPT) == std::wstring_view::npos) continue;
-        ODBC::Wipe(line);
-        throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);
     }
     while (!line.empty() && (line.back() == L'\n' || line.back() == L'\r')) line.pop_back();
     return line;

@@ -8,6 +8,7 @@
 #include "PlatformAbstraction/base/WindowsHandle.h"
 #include "VeltraneDialog/InitialValues.h"
 #include "VeltraneDialog/WideText_Windows.h"
+#include "tests/support/RaisedRights.h"
 
 namespace Veltrane::ODBC {
 namespace {
@@ -44,6 +45,17 @@ TEST_F(InitialValuesFileTest, ReadsTheNamedFileElseTheOneBesideTheLibrary) {
     const DialogValues values = LoadInitialValues();
     EXPECT_EQ(values.m_database, u"d");
     EXPECT_EQ(values.m_uid, u"u");
+}
+
+TEST_F(InitialValuesFileTest, AProcessWithRaisedRightsTakesNoFileOfItsUsersChoice) {
+    std::ofstream(m_defaults) << "[DSN]\nUID=default\n";
+    std::ofstream(m_file) << "[DSN]\nUID=u\n";
+    Name(m_file);
+    {
+        const Orska::Test::RaisedRights raised;
+        EXPECT_EQ(LoadInitialValues().m_uid, u"default");
+    }
+    EXPECT_EQ(LoadInitialValues().m_uid, u"u");
 }
 
 TEST_F(InitialValuesFileTest, WithoutAnyFileAllValuesAreEmptyNotNull) {

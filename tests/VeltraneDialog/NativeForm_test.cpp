@@ -80,7 +80,9 @@ HWND FindForm() {
 }
 
 /// Shows the editor while a user is there, who cancels what they leave open.
-int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>& in_user) {
+/// @param out_failure  for a test that expects one
+int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>& in_user,
+           std::string* out_failure = nullptr) {
     std::atomic<bool> isOver = false;
     std::thread user([&] {
         HWND window = nullptr;
@@ -97,7 +99,8 @@ int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>&
     try {
         result = io_editor.ShowDialog();
     } catch (const std::exception& exception) {
-        ADD_FAILURE() << exception.what();
+        if (out_failure == nullptr) ADD_FAILURE() << exception.what();
+        if (out_failure != nullptr) *out_failure = exception.what();
     }
     isOver = true;
     user.join();
@@ -135,6 +138,27 @@ VeltraneDSNDialog MakeEditor() {
     editor.SetCognosNamespace(OLD[5]);
     editor.SetMicroStrategyLoginMode(OLD[6]);
     return editor;
+}
+
+/// A field with a text that no memory can hold.
+LRESULT CALLBACK TellAbsurdLength(HWND in_field, UINT in_message, WPARAM in_first,
+                                  LPARAM in_second) {
+    return in_message == WM_GETTEXTLENGTH
+               ? -5
+               : DefWindowProcW(in_field, in_message, in_first, in_second);
+}
+
+TEST(NativeForm, WhatAMessageThrowsEndsTheDialogAndIsItsFailure) {
+    VeltraneDSNDialog editor = MakeEditor();
+    std::string failure;
+    const auto breakIt = [](const Form& in_form) {
+        SetWindowLongPtrW(in_form.Get(SERVER), GWLP_WNDPROC,
+                          reinterpret_cast<LONG_PTR>(&TellAbsurdLength));
+        in_form.Enter(DATABASE, L"x");
+    };
+    ShowTo(editor, breakIt, &failure);
+    EXPECT_NE(failure.find("basic_string"), std::string::npos) << failure;
+    EXPECT_EQ(editor.GetDatabase(), OLD[2]);
 }
 
 TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {

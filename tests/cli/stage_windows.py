@@ -163,6 +163,12 @@ class Stage:
                        input=source, text=True, check=True)
         return self.native(path + ".dll")
 
+    def compile_program(self, name, source):
+        path = os.path.join(self.folder, name + ".exe")
+        subprocess.run([os.environ["C_COMPILER"], "-x", "c", "-o", path, "-"], input=source, text=True,
+                       check=True)
+        return path
+
     def unix(self, path):
         return path[2:].replace("\\", "/")
 

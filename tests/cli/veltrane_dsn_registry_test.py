@@ -79,6 +79,16 @@ class RegistryTest(ToolTest):
         self.run_tool("remove", "ärger", "ÄRGER")
         self.assertEqual(self.dsns(), {})
 
+    def test_the_console_has_its_code_page_again(self):
+        command = self.stage.native(self.stage.tool).replace("\\", "\\\\") + " list"
+        self.stage.tool = self.stage.compile_program("console", self.stage.PRELUDE + """
+            int main(void) {
+                SetConsoleOutputCP(437);
+                system("%s");
+                printf("page=%%u", GetConsoleOutputCP());
+            }""" % command)
+        self.assertIn("page=437", self.run_on_a_terminal(answers=[])[1])
+
     def test_an_export_names_what_it_leaves_out(self):
         self.write({"odd": {**SALES, "Blob": b"hex:01,02", "PWD": "hunter2"}, "sales": SALES})
         self.assertEqual(self.run_tool("export")[1].replace("\r", ""),

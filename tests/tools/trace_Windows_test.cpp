@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/RaisedRights.h"
 #include "tests/support/TraceCapture.h"
 #include "tools/WindowsApi.h"
 #include "tools/trace.h"
@@ -61,6 +62,18 @@ TEST(trace, ANameThatNoCodePageHasIsTakenFromTheSystem) {
     EXPECT_EQ(line, "F:1\tx S\r");  // as any text file
     stream.close();
     EXPECT_TRUE(std::filesystem::remove(file));
+}
+
+TEST(trace, AProcessWithRaisedRightsWritesToNoFileOfItsUsersChoice) {
+    const TraceCapture capture("1");
+    {
+        const Orska::Test::RaisedRights raised;
+        ResetTrace();
+        trace(1, "F", "S", 1, "raised");
+    }
+    ResetTrace();
+    trace(1, "F", "S", 1, "x");
+    EXPECT_EQ(capture.GetText(), "F:1\tx S\n");
 }
 
 TEST(trace, APipeThatIsNotThereMeansStandardError) {

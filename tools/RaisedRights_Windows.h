@@ -1,0 +1,35 @@
+/// Whether this process has more rights than the programs that its user starts otherwise (UAC), from
+/// which its environment may come.
+#ifndef TOOLS_RAISEDRIGHTS_WINDOWS_H
+#define TOOLS_RAISEDRIGHTS_WINDOWS_H
+
+#include "tools/WindowsApi.h"
+
+namespace Orska {
+
+/// @return also true when the system does not tell. False for services and where UAC is off: all
+///         programs of the user have the same rights then.
+inline bool HasRaisedRights() noexcept {
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) {
+        return true;
+    }
+    TOKEN_ELEVATION_TYPE type = TokenElevationTypeFull;
+    DWORD size = 0;
+    GetTokenInformation(token, TokenElevationType, &type, sizeof type, &size);
+    CloseHandle(token);
+    if (type != TokenElevationTypeFull) {
+        return false;
+    }
+    // Wine has that type and says here that it has no UAC.
+    DWORD isOn = 1;
+    size = sizeof isOn;
+    RegGetValueW(HKEY_LOCAL_MACHINE,
+                 L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System", L"EnableLUA",
+                 RRF_RT_REG_DWORD, nullptr, &isOn, &size);
+    return isOn != 0;
+}
+
+}  // namespace Orska
+
+#endif
