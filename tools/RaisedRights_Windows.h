@@ -1,5 +1,5 @@
-/// Whether this process has more rights than the programs that its user starts otherwise (UAC), from
-/// which its environment may come.
+/// Whether this process has more rights than the programs that its user starts otherwise (UAC),
+/// from which its environment may come.
 #ifndef TOOLS_RAISEDRIGHTS_WINDOWS_H
 #define TOOLS_RAISEDRIGHTS_WINDOWS_H
 

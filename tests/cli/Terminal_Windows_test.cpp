@@ -36,8 +36,7 @@ HANDLE WINAPI OpenFile(LPCWSTR in_path, DWORD in_access, DWORD in_share,
                                                       in_how, in_flags, in_template);
 }
 
-BOOL WINAPI Read(HANDLE, LPVOID out_text, DWORD in_size, LPDWORD out_count,
-                 LPVOID) {
+BOOL WINAPI Read(HANDLE, LPVOID out_text, DWORD in_size, LPDWORD out_count, LPVOID) {
     if (s_typed.empty()) ADD_FAILURE() << "a user would have to type more";
     const std::wstring text = s_typed.empty() ? L"" : s_typed.front();
     if (!s_typed.empty()) s_typed.pop_front();
