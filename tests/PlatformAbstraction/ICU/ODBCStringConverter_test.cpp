@@ -317,6 +317,10 @@ TEST(ODBCStringConverter, UsesTheAnsiEncodingForNarrowBuffers) {
     EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
                   fixture.m_converter->ConvertSQLCHARToWString("a", -4, result);
               }));
+    EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
+                  fixture.m_converter->ConvertWStringToSQLCHARString(string, nullptr, -2,
+                                                                     isTruncated);
+              }));
 }
 
 TEST(ODBCStringConverter, SizesBuffersForNarrowText) {

@@ -78,10 +78,16 @@ TEST(WideStringConverter, TakesNullsEmptyTextAndNulTerminatedText) {
     }
     converter.ConvertToWString("a\0b\0\0\0c", -3, EncodingType::ENC_UTF16LE, result);
     EXPECT_TRUE(result == MakeString(u"ab"));
-    // Bytes of the very string that is replaced.
-    converter.ConvertToWString(reinterpret_cast<const char*>(result.GetView().data()), 4,
-                               EncodingType::ENC_UTF16BE, result);
-    EXPECT_TRUE(result == MakeString(u"\u6100\u6200"));
+    // Bytes of the very string that is replaced, for which it has room.
+    for (const std::size_t count : {4U, 400U}) {
+        const std::string letters(count, 'x');
+        result = MakeString(std::u16string(letters.begin(), letters.end()));
+        const std::string bytes(reinterpret_cast<const char*>(result.GetView().data()), count);
+        converter.ConvertToWString(reinterpret_cast<const char*>(result.GetView().data()),
+                                   static_cast<std::int64_t>(count), EncodingType::ENC_LATIN1,
+                                   result);
+        EXPECT_TRUE(result == orska_wstring(bytes.data(), count, EncodingType::ENC_LATIN1));
+    }
 }
 
 TEST(WideStringConverter, TakesNullBuffersOfLengthZero) {
@@ -142,7 +148,7 @@ TEST(WideStringConverter, CutsExactlyAtEveryCapacity) {
     Random random(17);
     for (const int encoding : CUT_ENCODINGS) {
         SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
-        for (const std::size_t length : {1U, 2U, 5U, 16U, 40U, 70U, 150U}) {
+        for (const std::size_t length : {1U, 2U, 5U, 16U, 40U, 65U, 150U}) {
             CheckCuts(converter, MakeRandomText(random, length), EncodingType{encoding});
             std::u16string plain;
             for (std::size_t i = 0; i < length; ++i) plain += u"a\u6F22"[i % 7 == 6];

@@ -449,6 +449,7 @@ TEST(SettingReaderDeathTest, StopsOnBrokenRules) {
     std::vector<std::string> notes;
     Listener listener("l", notes);
     EXPECT_DEATH(Reader::GetLogLevel(), "OrskaSettingReader::Initialize has not been called\\.$");
+    EXPECT_DEATH(Reader::GetDriverLocale(), "Initialize has not been called\\.$");
     InitializeWithoutSources();
     EXPECT_DEATH(Reader::UnregisterListener(&listener, "K"),
                  start +
