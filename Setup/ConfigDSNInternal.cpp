@@ -5,6 +5,7 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "Setup/DriverLibrary.h"
 #include "Setup/OdbcInstaller.h"
 #include "Setup/StringMarshalling.h"
 #include "Setup/TracedInstaller.h"
@@ -46,7 +47,7 @@ int RemoveDSN(VeltraneDSNConfiguration& io_record, const orska_wstring& in_attri
 }
 
 int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool in_isConfigure,
-            const orska_wstring& in_attributes) {
+            const orska_wstring& in_driverDescription, const orska_wstring& in_attributes) {
     // Created even when it is not shown: without a window its initial values are the new DSN's.
     VeltraneDSNDialog editor;
     if (in_isConfigure || !in_attributes.IsEmpty()) {
@@ -54,6 +55,12 @@ int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool i
     }
     if (in_isConfigure && in_hasParentWindow) {
         FillEditor(io_record, editor);
+    }
+    if (in_hasParentWindow) {
+        const std::string driver = in_driverDescription.GetAsUtf8();
+        if (HasDriverLibrary(driver)) {
+            editor.SetTestedDriver(driver);
+        }
     }
     // A cancelled editor does not abandon the request: the record is saved as it was loaded. That
     // is meant; callers rely on the section being written in either case.
@@ -79,10 +86,10 @@ int Dispatch(bool in_hasParentWindow, unsigned short in_requestType,
             return RemoveDSN(record, in_attributes);
         case ODBC_ADD_DSN:
         case ODBC_ADD_SYS_DSN:
-            return EditDSN(record, in_hasParentWindow, false, in_attributes);
+            return EditDSN(record, in_hasParentWindow, false, in_driverDescription, in_attributes);
         case ODBC_CONFIG_DSN:
         case ODBC_CONFIG_SYS_DSN:
-            return EditDSN(record, in_hasParentWindow, true, in_attributes);
+            return EditDSN(record, in_hasParentWindow, true, in_driverDescription, in_attributes);
         default:
             ORSKA_THROW((TraceSite{FUNCTION, SOURCE, 0}),
                         VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_REQUEST_TYPE));

@@ -13,6 +13,9 @@
 
 namespace Veltrane::ODBC {
 
+/// The variable of the editor's environment that names the driver whose test it may offer.
+inline constexpr char DRIVER_VARIABLE[] = "VELTRANE_DSN_DRIVER";
+
 /// Shows the values, or asks the question, in the program and waits until the user is done; the
 /// program has ended then.
 /// @param in_program  an absolute path

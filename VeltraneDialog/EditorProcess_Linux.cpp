@@ -82,19 +82,23 @@ bool IsPassedOn(std::string_view in_entry, bool in_isPrivileged) {
         // No path to a file of the caller's choice.
         return Contains(HARMLESS, name) && in_entry.find('/') == std::string_view::npos;
     }
-    return !Contains(OF_THE_HOST, name);
+    return !Contains(OF_THE_HOST, name) && name != DRIVER_VARIABLE;
 }
 
 /// The host's environment without what would load the host's own libraries and plugins into the
 /// editor. Of a host with raised privileges only what terminal and language need.
+/// @param in_driver  an entry of ours, or empty; such a host tests nothing
 /// @return entries that belong to the host's environment, a null at the end
-std::vector<char*> EditorEnvironment() {
+std::vector<char*> EditorEnvironment(std::string& in_driver) {
     const bool isPrivileged = getauxval(AT_SECURE) != 0;
     std::vector<char*> entries;
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
         if (IsPassedOn(*entry, isPrivileged)) {
             entries.push_back(*entry);
         }
+    }
+    if (!isPrivileged && !in_driver.empty()) {
+        entries.push_back(in_driver.data());
     }
     entries.push_back(nullptr);
     return entries;
@@ -312,8 +316,13 @@ EditorMessage RunEditor(const std::string& in_program, const EditorMessage& in_r
         SecretBytes request = EncodeEditorMessage(in_request);
         SocketPair sockets(in_program);
         pid_t process = -1;
-        const int error = Orska::Support::SpawnPlan(sockets.m_editor.Get())
-                              .Spawn(in_program, {in_program}, EditorEnvironment().data(), process);
+        std::string driver;
+        if (!in_request.m_testedDriver.empty()) {
+            driver.append(DRIVER_VARIABLE).append("=").append(in_request.m_testedDriver);
+        }
+        const int error =
+            Orska::Support::SpawnPlan(sockets.m_editor.Get())
+                .Spawn(in_program, {in_program}, EditorEnvironment(driver).data(), process);
         if (error != 0) {
             FailToStart(in_program, error);
         }

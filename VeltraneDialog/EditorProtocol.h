@@ -43,6 +43,8 @@ struct EditorMessage {
     /// For `UNAVAILABLE`, in UTF-8.
     std::string m_reason;
     EditorQuestion m_question;  ///< for `ASK`
+    /// For `SHOW`, not sent: the editor has it in its environment.
+    std::string m_testedDriver;
 };
 
 EditorMessage ShowRequest(const DialogValues& in_values);

@@ -5,6 +5,7 @@
 
 #include <bitset>
 #include <string>
+#include <utility>
 
 #include "VeltraneDialog/DialogFields.h"
 
@@ -33,6 +34,10 @@ public:
     void SetUid(DialogString in_text);
     void SetPwd(DialogString in_text);
     void SetDatabase(DialogString in_text);
+
+    /// Lets the user connect through this driver with the values in the form, on Linux.
+    /// @param in_driver  UTF-8; empty, as at first: the editor offers no test
+    void SetTestedDriver(std::string in_driver) { m_testedDriver = std::move(in_driver); }
 
     /// Shows the editor modally, without an owner window.
     /// @param in_otherWay  how to work without an editor, for the error when none can be shown
@@ -63,6 +68,7 @@ private:
     /// All texts, with the initial ones for those that nobody has set.
     const DialogValues& Values() const;
 
+    std::string m_testedDriver;
     mutable DialogValues m_values;
     /// In the order of `DIALOG_FIELDS`.
     mutable std::bitset<DIALOG_FIELDS.size()> m_isGiven;

@@ -73,7 +73,9 @@ EditorMessage RunFirstEditor(const EditorMessage& in_request, const std::string&
 }  // namespace
 
 int VeltraneDSNDialog::ShowDialog(const char* in_otherWay) {
-    const EditorMessage answer = RunFirstEditor(ShowRequest(Values()), in_otherWay);
+    EditorMessage request = ShowRequest(Values());
+    request.m_testedDriver = m_testedDriver;
+    const EditorMessage answer = RunFirstEditor(request, in_otherWay);
     if (answer.m_kind != EditorMessageKind::OK) {
         return RESULT_CANCEL;
     }

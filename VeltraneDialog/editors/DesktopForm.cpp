@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -15,6 +16,8 @@
 #include <algorithm>
 
 #include "VeltraneDialog/FieldRules.h"
+#include "VeltraneDialog/Wipe.h"
+#include "VeltraneDialog/editors/ConnectionTry.h"
 #include "VeltraneDialog/editors/QtText.h"
 
 namespace Veltrane::ODBC {
@@ -181,9 +184,15 @@ QWidget* DesktopForm::BuildButtons() {
     m_ok->setDefault(true);
     buttons->addButton(Translated(TEXT_CANCEL), QDialogButtonBox::RejectRole)
         ->setAutoDefault(false);
+    if (!GetTestedDriver().empty()) {
+        m_test = buttons->addButton(Translated(TEXT_TEST), QDialogButtonBox::ActionRole);
+        m_test->setAutoDefault(false);
+        connect(m_test, &QPushButton::clicked, this, &DesktopForm::Test);
+    }
     connect(buttons, &QDialogButtonBox::accepted, this, &DesktopForm::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &DesktopForm::reject);
-    layout->addWidget(QuietLabel(Translated(TEXT_REQUIRED)), 1);
+    m_status = QuietLabel(Translated(TEXT_REQUIRED));
+    layout->addWidget(m_status, 1);
     layout->addWidget(buttons);
     return bottom;
 }
@@ -193,6 +202,7 @@ void DesktopForm::Follow() {
         return;
     }
     bool isAcceptable = true;
+    bool isTestable = true;
     for (const Row& row : m_rows) {
         QByteArray value = row.m_edit->text().toUtf8();
         const std::string_view text(value.constData(), static_cast<std::size_t>(value.size()));
@@ -201,10 +211,52 @@ void DesktopForm::Follow() {
         isAcceptable = isAcceptable && reason == nullptr;
         if (row.m_field->m_value == &DialogValues::m_dsn) {
             setWindowTitle(QString::fromUtf8(TitleFor(value.toStdString()).c_str()));
+        } else {
+            isTestable = isTestable && reason == nullptr;
         }
         value.fill('\0');
     }
     m_ok->setEnabled(isAcceptable);
+    if (m_test != nullptr) {
+        m_test->setEnabled(isTestable || m_tool.IsRunning());
+        m_test->setText(Translated(m_tool.IsRunning() ? TEXT_STOP : TEXT_TEST));
+        const std::string server = m_tested.toStdString();
+        m_status->setText(m_tool.IsRunning()
+                              ? QString::fromStdString(TranslateWith(TEXT_TESTING, server))
+                              : Translated(TEXT_REQUIRED));
+    }
+}
+
+DialogValues DesktopForm::Collect() const {
+    DialogValues values;
+    for (const Row& row : m_rows) {
+        values.*row.m_field->m_value = row.m_edit->text().toStdU16String();
+    }
+    return values;
+}
+
+void DesktopForm::Test() {
+    if (m_tool.IsRunning()) {
+        return m_tool.Cancel();
+    }
+    const DialogValues values = Collect();
+    m_tested = QString::fromStdU16String(*values.m_server);
+    std::string text = MakeConnectionString(values);
+    const WipeAtEnd<char> wipe(text);
+    const QStringList arguments(std::begin(TEST_ARGUMENTS), std::end(TEST_ARGUMENTS));
+    m_tool.Start(arguments, QByteArray::fromStdString(text), [this](const ToolResult& in_result) {
+        Follow();
+        if (in_result.m_text.isEmpty()) {
+            return;  // stopped by the user
+        }
+        auto* box = new QMessageBox(this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setWindowTitle(windowTitle());
+        box->setTextFormat(Qt::PlainText);
+        box->setText(in_result.m_text);
+        box->open();
+    });
+    Follow();
 }
 
 void DesktopForm::ShowNote(const Row& in_row, const char* in_reason) {
@@ -224,9 +276,7 @@ void DesktopForm::accept() {
     if (!m_ok->isEnabled()) {
         return;
     }
-    for (const Row& row : m_rows) {
-        m_values.*row.m_field->m_value = row.m_edit->text().toStdU16String();
-    }
+    m_values = Collect();
     QDialog::accept();
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "VeltraneDialog/DialogFields.h"
+#include "VeltraneDialog/editors/ToolRun.h"
 
 class QGridLayout;
 class QLabel;
@@ -44,6 +45,9 @@ private:
 
     /// After a change: the notes, the title and OK follow the fields.
     void Follow();
+    DialogValues Collect() const;
+    /// Connects with the values of the form, or ends that.
+    void Test();
     void ShowNote(const Row& in_row, const char* in_reason);
     QLabel* QuietLabel(const QString& in_text);
 
@@ -53,6 +57,12 @@ private:
     /// The fields, which scroll where the screen is too small for them.
     QScrollArea* m_area = nullptr;
     QPushButton* m_ok = nullptr;
+    /// Null where there is nothing to test with.
+    QPushButton* m_test = nullptr;
+    ToolRun m_tool;
+    /// The server of the test that runs.
+    QString m_tested;
+    QLabel* m_status = nullptr;
 };
 
 }  // namespace Veltrane::ODBC

@@ -236,9 +236,7 @@ void ListWindow::Test() {
     Run({QStringLiteral("test")}, dsn.m_isSystem, dsn.m_name, With(TEXT_TESTING, dsn.m_name),
         [this](const ToolResult& in_result) {
             m_isTesting = false;
-            if (in_result.m_code == -1) return;  // stopped by the user
-            const QString output = QString::fromUtf8(in_result.m_output).trimmed();
-            MakeBox(output.isEmpty() ? in_result.m_text : output)->open();
+            if (!in_result.m_text.isEmpty()) MakeBox(in_result.m_text)->open();
         });
 }
 

@@ -7,7 +7,9 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
+#include "VeltraneDialog/editors/ConnectionTry.h"
 #include "VeltraneDialog/editors/EditorMain.h"
+#include "VeltraneDialog/editors/TerminalTest.h"
 #include "VeltraneDialog/editors/Texts.h"
 
 namespace Veltrane::ODBC {
@@ -27,6 +29,8 @@ constexpr int SCREEN_HEIGHT = HEIGHT + 5;
 constexpr int REASON_COLORS = NEWT_COLORSET_CUSTOM(0);
 constexpr char TEXT_KEYS[] =
     VELTRANE_TEXT("Tab: next field   Enter: OK   Esc: cancel   F2: show password   F4: choices");
+constexpr char TEXT_KEYS_AND_TEST[] =
+    VELTRANE_TEXT("Tab: next  Enter: OK  Esc: cancel  F2: show password  F4: choices  F5: test");
 constexpr char TOO_SMALL[] =
     "The terminal is too small for the form; it needs 80 columns and 23 rows";
 
@@ -70,7 +74,7 @@ void TerminalForm::Start() {
         // As a label: on the colour of an entry the switch of the password looks like one.
         newtSetColor(NEWT_COLORSET_CHECKBOX, label, background);
     }
-    newtDrawRootText(1, 0, Translate(TEXT_KEYS));
+    newtDrawRootText(1, 0, Translate(GetTestedDriver().empty() ? TEXT_KEYS : TEXT_KEYS_AND_TEST));
     newtPushHelpLine("");
     const std::string name = EncodeUtf8(*m_values.m_dsn);
     newtCenteredWindow(static_cast<unsigned>(m_width), HEIGHT, TitleFor(name).c_str());
@@ -130,6 +134,12 @@ void TerminalForm::BuildButtons(int in_top) {
     m_cancel = newtCompactButton(cancelLeft, in_top + 1, cancel.c_str());
     newtFormAddComponents(m_form, newtLabel(MARGIN, in_top + 1, Translate(TEXT_REQUIRED)), m_ok,
                           m_cancel, nullptr);
+    if (GetTestedDriver().empty()) return;
+    const std::string test = TranslatePlain(TEXT_TEST);
+    const int testLeft = cancelLeft - ColumnsOf(ok) - ColumnsOf(test) - 10;
+    m_test = newtCompactButton(testLeft, in_top + 1, test.c_str());
+    newtFormAddComponent(m_form, m_test);
+    newtFormAddHotKey(m_form, NEWT_KEY_F5);
 }
 
 int TerminalForm::OnKey(newtComponent, void* in_form, int in_key, int) {
@@ -206,10 +216,18 @@ bool TerminalForm::HandleExit(const newtExitStruct& in_exit, bool& out_accepted)
                 ChooseLoginMode();
                 return false;
             }
+            if (in_exit.u.key == NEWT_KEY_F5) {
+                Test();
+                return false;
+            }
             return true;
         case newtExitStruct::NEWT_EXIT_COMPONENT:
             if (in_exit.u.co == m_chooseLoginMode) {
                 ChooseLoginMode();
+                return false;
+            }
+            if (m_test != nullptr && in_exit.u.co == m_test) {
+                Test();
                 return false;
             }
             out_accepted = in_exit.u.co != m_cancel && Accept();
@@ -261,11 +279,18 @@ bool TerminalForm::Accept() {
             return false;
         }
     }
-    for (const Row& row : m_rows) {
-        std::u16string& value = (m_values.*row.m_field->m_value).emplace();
-        DecodeUtf8(newtEntryGetValue(row.m_entry), value);
-    }
+    m_values = Collect();
     return true;
 }
+
+DialogValues TerminalForm::Collect() const {
+    DialogValues values;
+    for (const Row& row : m_rows) {
+        DecodeUtf8(newtEntryGetValue(row.m_entry), (values.*row.m_field->m_value).emplace());
+    }
+    return values;
+}
+
+void TerminalForm::Test() { TestInTerminal(Collect(), m_screen, m_host); }
 
 }  // namespace Veltrane::ODBC

@@ -48,6 +48,8 @@ private:
     bool HandleExit(const newtExitStruct& in_exit, bool& out_accepted);
     void ChooseLoginMode();
     bool Accept();
+    DialogValues Collect() const;
+    void Test();
 
     /// Woken when something happened that `Follow` has to see.
     TerminalScreen m_screen;
@@ -64,6 +66,8 @@ private:
     newtComponent m_showPassword = nullptr;
     newtComponent m_chooseLoginMode = nullptr;
     newtComponent m_ok = nullptr;
+    /// Null where there is nothing to test with.
+    newtComponent m_test = nullptr;
     newtComponent m_cancel = nullptr;
 };
 

@@ -3,7 +3,7 @@
 #include <QFile>
 #include <utility>
 
-#include "VeltraneDialog/editors/ToolPath.h"
+#include "VeltraneDialog/editors/ConnectionTry.h"
 
 namespace Veltrane::ODBC {
 
@@ -17,11 +17,11 @@ constexpr int GRACE = 2000;
 ToolRun::ToolRun() {
     QObject::connect(&m_process, &QProcess::finished, &m_process,
                      [this](int in_code, QProcess::ExitStatus in_status) {
-                         Finish(in_status == QProcess::NormalExit ? in_code : -1);
+                         Finish(in_status == QProcess::NormalExit ? in_code : -1, {});
                      });
     QObject::connect(&m_process, &QProcess::errorOccurred, &m_process,
                      [this](QProcess::ProcessError in_error) {
-                         if (in_error == QProcess::FailedToStart) Finish(-1);
+                         if (in_error == QProcess::FailedToStart) Finish(-1, m_process.errorString());
                      });
 }
 
@@ -45,7 +45,7 @@ void ToolRun::Start(const QStringList& in_arguments, const QByteArray& in_input,
 
 void ToolRun::Cancel() { m_process.terminate(); }
 
-void ToolRun::Finish(int in_code) {
+void ToolRun::Finish(int in_code, const QString& in_problem) {
     if (!m_done) return;
     ToolResult result;
     result.m_code = in_code;
@@ -53,9 +53,8 @@ void ToolRun::Finish(int in_code) {
     constexpr QLatin1String NAME("veltrane-dsn: ");
     QString errors = QString::fromUtf8(m_process.readAllStandardError());
     if (errors.startsWith(NAME)) errors.remove(0, NAME.size());
-    if (in_code == -1 && errors.isEmpty()) errors = m_process.errorString();
-    result.m_text = errors.isEmpty() ? QString::fromUtf8(result.m_output) : errors;
-    result.m_text = result.m_text.trimmed();
+    const QString output = QString::fromUtf8(result.m_output);
+    result.m_text = (in_problem + (output.isEmpty() ? errors : output)).trimmed();
     std::exchange(m_done, nullptr)(result);
 }
 

@@ -10,7 +10,7 @@ namespace Veltrane::ODBC {
 struct ToolResult {
     int m_code = -1;  ///< as the tool ends; -1 when it could not be started or was killed
     QByteArray m_output;
-    QString m_text;  ///< its errors, else its output, for people
+    QString m_text;  ///< its output, else its errors, for people; empty when it was cancelled
 };
 
 class ToolRun {
@@ -30,7 +30,7 @@ public:
     bool IsRunning() const { return static_cast<bool>(m_done); }
 
 private:
-    void Finish(int in_code);
+    void Finish(int in_code, const QString& in_problem);
 
     QProcess m_process;
     std::function<void(const ToolResult&)> m_done;

@@ -1,3 +1,4 @@
+#include "Setup/DriverLibrary.h"
 #include "Setup/StringMarshalling.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
 #include "cli/commands/Commands.h"
@@ -22,6 +23,7 @@ public:
 
     ExitCode Run() {
         Load();
+        if (ODBC::HasDriverLibrary(m_driver)) m_dialog.SetTestedDriver(m_driver);
         for (;;) {
             if (m_dialog.ShowDialog(OTHER_WAY) != VeltraneDSNDialog::RESULT_OK) return Cancel();
             try {

@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 
 #include "PlatformAbstraction/base/Wipe.h"
-#include "cli/dsn/DriverRegistry.h"
 #include "cli/examine/ApartProcess.h"
 #include "cli/system/CommandError.h"
 
@@ -133,10 +132,5 @@ ConnectionResult ConnectionTest::Wait() {
 }
 
 void ConnectionTest::Cancel() { m_state->m_process.Cancel(); }
-
-bool HasDriverLibrary(const std::string& in_driver) {
-    const std::optional<Entries> entries = DriverRegistry().Find(in_driver);
-    return entries && !GetLibraryEntry(*entries, "Driver").empty();
-}
 
 }  // namespace Veltrane::Cli

@@ -72,9 +72,6 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Whether the driver is registered with a library, so that a test can do more than fail.
-bool HasDriverLibrary(const std::string& in_driver);
-
 /// The work of the process that is kept apart: reads the request from standard input, and writes
 /// what became of it to standard output.
 void AnswerConnectionTest();

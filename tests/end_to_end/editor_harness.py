@@ -70,9 +70,43 @@ class EditorTest(unittest.TestCase):
                  "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
         return base | changes
 
-    def write_installer_file(self):
+    def write_installer_file(self, more=""):
         (self.directory / "odbcinst.ini").write_text(
-            f"[Veltrane]\nDescription=test\nSetup={self.library}\n")
+            f"[Veltrane]\nDescription=test\nSetup={self.library}\n{more}")
+
+    def install_driver(self):
+        """One that connects, but hangs where something of that name is in the values."""
+        library = self.directory / "driver.so"
+        subprocess.run(["cc", "-x", "c", "-shared", "-fPIC", "-o", library, "-"], check=True, text=True,
+                       input="""
+            #include <stdio.h>
+            #include <string.h>
+            #include <unistd.h>
+            short SQLAllocHandle(short a, void *b, void **out) { *out = &SQLAllocHandle; return 0; }
+            short SQLFreeHandle(short a, void *b) { return 0; }
+            short SQLSetEnvAttr(void *a, int b, void *c, int d) { return 0; }
+            short SQLDisconnect(void *a) { return 0; }
+            short SQLGetInfo(void *a, unsigned short kind, void *out, short size, short *length) {
+                *length = snprintf(out, size, kind == 17 ? "Toy" : kind == 77 ? "03.00" : "1.0");
+                return 0;
+            }
+            short SQLDriverConnect(void *a, void *b, char *in, short c, char *d, short e, short *f,
+                                   unsigned short g) {
+                while (strstr(in, "hang")) pause();
+                return strstr(in, "s3cret") ? 0 : -1;
+            }""")
+        self.write_installer_file(f"Driver={library}\n")
+
+    def connecting_process(self):
+        """The process that connects, or None."""
+        for child in Path("/proc").glob("[0-9]*"):
+            try:
+                if (b"--apart" in (child / "cmdline").read_bytes()
+                        and str(self.ini).encode() in (child / "environ").read_bytes()):
+                    return int(child.name)
+            except OSError:
+                continue
+        return None
 
     def client_command(self, request, *attributes):
         return [os.environ["CLIENT"], str(self.answer), request, *attributes]
@@ -177,7 +211,7 @@ class EditorTest(unittest.TestCase):
 
     def assert_secret_stays(self, secret):
         """The password is nowhere where other programs look."""
-        for pid in filter(None, (self.editor_pid(), self.client_pid())):
+        for pid in filter(None, (self.editor_pid(), self.client_pid(), self.connecting_process())):
             for name in ("cmdline", "environ"):
                 try:
                     seen = Path("/proc", str(pid), name).read_bytes()

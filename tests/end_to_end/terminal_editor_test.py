@@ -226,6 +226,30 @@ class TerminalEditorTest(editor_harness.EditorTest):
                     self.assertEqual(self.stored(name), values)
                 self.assertIn("# theirs\n[other]\nDriver=Other\n", self.ini.read_text())
 
+    def test_connects_with_the_values_of_the_form_and_can_be_stopped(self):
+        self.install_driver()
+        self.existing()
+        self.start("config", "DSN=sales")
+        self.wait_for_text("F5: test")
+        self.keys("F5")
+        self.wait_for_text("ms to Toy 1.0.")
+        self.keys("Enter", "Tab")
+        self.type("hang")
+        self.wait_for_text("oldhang")
+        self.keys(*["Tab"] * 10, "Space")  # the button
+        self.wait_for_text("Connecting to oldhang ...")
+        process = wait_for(self.connecting_process, "the test")
+        self.assert_secret_stays("s3cret")
+        self.keys("Escape")
+        wait_for(lambda: not os.path.exists(f"/proc/{process}"), "the end of the driver")
+        # The form is whole and takes keys; what was tested has not been stored.
+        self.keys("F2")
+        self.wait_for_text("s3cret__")
+        self.assertEqual(self.stored("sales")["Server"], "old")
+        self.keys("BTab", "BTab", "Space")  # OK
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales")["Server"], "oldhang")
+
     def leave(self, *keys):
         self.existing()
         before = self.stored("sales")
