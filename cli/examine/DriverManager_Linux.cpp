@@ -34,7 +34,7 @@ std::string FindVersionBeside(const std::string& in_library) {
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
     for (std::size_t at = 0; at < bytes.size();) {
         const std::size_t end = std::min(bytes.find('\0', at), bytes.size());
-        const std::string text = bytes.substr(at, std::min<std::size_t>(end - at, 16));
+        std::string text = bytes.substr(at, std::min<std::size_t>(end - at, 16));
         const bool isVersion = text.find_first_not_of("0123456789.") == std::string::npos &&
                                std::count(text.begin(), text.end(), '.') == 2;
         if (end - at <= 16 && isVersion && text.starts_with("2.")) return text;

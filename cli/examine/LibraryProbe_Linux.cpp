@@ -116,7 +116,7 @@ LibraryProbe ProbeLibrary(const std::string& in_path,
     const std::string driver = isPath ? std::string() : FindAmongDrivers(in_path);
     if (!driver.empty()) return ProbeLibrary(driver, in_functions);
     if (isPath) {
-        const LibraryProbe file = ProbeFile(in_path);
+        LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }
     const std::string answer = RunApart([&] { return Load(in_path, in_functions); });

@@ -85,6 +85,16 @@ std::string BashCommand(const CommandInfo& in_command) {
     return text;
 }
 
+const std::string FISH_SEEN = "__fish_seen_subcommand_from ";
+
+/// That the line has this command.
+std::string FishCondition(const std::string& in_command) {
+    const std::size_t blank = in_command.find(' ');
+    if (blank == std::string::npos)
+        return FISH_SEEN + in_command + "; and not " + FISH_SEEN + "driver";
+    return FISH_SEEN + "driver; and " + FISH_SEEN + in_command.substr(blank + 1);
+}
+
 }  // namespace
 
 std::string MakeBashCompletion() {
@@ -164,7 +174,6 @@ _veltrane_dsn() {
 
 std::string MakeFishCompletion() {
     std::string text = "# Completion of veltrane-dsn for fish.\ncomplete -c veltrane-dsn -f\n";
-    const std::string seen = "__fish_seen_subcommand_from ";
     const auto addWords = [&](const std::string& in_condition, std::string_view in_group) {
         for (const std::string_view word : GetWords(in_group)) {
             text += "complete -c veltrane-dsn -n '" + in_condition + "' -a " + std::string(word);
@@ -172,15 +181,10 @@ std::string MakeFishCompletion() {
         }
     };
     addWords("__fish_use_subcommand", "");
-    addWords(WithWords(seen + "driver; and not " + seen + "@DRIVER@"), "driver");
+    addWords(WithWords(FISH_SEEN + "driver; and not " + FISH_SEEN + "@DRIVER@"), "driver");
     for (const CommandInfo& command : GetCommands()) {
-        const std::string_view name = command.m_name;
-        const std::size_t blank = name.find(' ');
-        const std::string condition =
-            blank == std::string_view::npos
-                ? seen + std::string(name) + "; and not " + seen + "driver"
-                : seen + "driver; and " + seen + std::string(name.substr(blank + 1));
-        const std::string begin = "complete -c veltrane-dsn -n '" + condition + "'";
+        const std::string begin =
+            "complete -c veltrane-dsn -n '" + FishCondition(std::string(command.m_name)) + "'";
         if (command.m_kind != ValueKind::None)
             text += begin + ActionOf(command.m_kind).m_fish + "\n";
         for (const OptionInfo* option : GetOptionsOf(command.m_id)) {
