@@ -162,8 +162,9 @@ constexpr CommandInfo COMMANDS[] = {
     {C::Import, "import", "FILE", K::File, "take DSNs of another machine from a file",
      "Makes a description for apply of an odbc.ini, a file DSN, an export of ODBC.INI from the "
      "registry (.reg), or the JSON of PowerShell's Get-OdbcDsn; FILE may be - for standard input. "
-     "The DSNs of the driver are taken, by the file's own list of data sources. What is left out "
-     "is named. Passwords are left out unless --show-secrets is given.\n"
+     "The DSNs of the driver are taken; the file's own list of data sources counts, too. What is "
+     "left "
+     "out is named. Passwords are left out unless --show-secrets is given.\n"
      "A user's DSN is taken rather than the system's one of the same name. With --apply, all are "
      "added or changed in the scope of the command, as by apply.",
      "veltrane-dsn import old/odbc.ini > dsns.json\n"
