@@ -130,10 +130,12 @@ class ConnectTest(ConnectionTest):
                 states = [record["state"] for record in result["diagnostics"]] or [None]
                 self.assertEqual((states[0], result["findings"][0]["id"]), (state, finding))
                 self.assertIn(word, result["findings"][0]["text"])
-        result = self.run_json("test", "gone", "--driver-manager", "libiodbc.so.2", code=1,
-                               SYSODBCINSTINI=self.path("odbcinst.ini"))
-        self.assertEqual([record["state"] for record in result["diagnostics"]], ["IM003"])
-        self.assertEqual(result["findings"][0]["id"], "library-not-found")
+        # A sanitizer ends iODBC there, which hands out a text that it has freed.
+        if os.environ.get("SANITIZED") != "1":
+            result = self.run_json("test", "gone", "--driver-manager", "libiodbc.so.2", code=1,
+                                   SYSODBCINSTINI=self.path("odbcinst.ini"))
+            self.assertEqual([record["state"] for record in result["diagnostics"]], ["IM003"])
+            self.assertEqual(result["findings"][0]["id"], "library-not-found")
         self.assertIn("is not part of these programs", self.run_tool("test", "sales", code=1)[0])
 
     def test_a_driver_is_kept_apart(self):
