@@ -44,7 +44,6 @@ void FailAt(std::size_t in_number, int in_error) {
     };
 }
 
-/// Each call of that name fails.
 void FailAll(const std::string& in_name, int in_error) {
     s_systemCalls = {};
     s_systemCalls.m_before = [=](const std::string& in_call, std::size_t) {
