@@ -9,6 +9,7 @@
 #include "tools/WindowsApi.h"
 // Behind the Windows API, which it needs.
 #include <odbcinst.h>
+#undef SQLConfigDataSource
 
 namespace Veltrane::Test {
 namespace {
@@ -58,6 +59,30 @@ TEST_F(SystemInstaller, AddsADataSource) {
     EXPECT_TRUE(
         SQLConfigDataSourceW(nullptr, ODBC_REMOVE_DSN, L"Veltrane Test", L"DSN=veltrane-test\0"));
     EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, L"Driver"), L"(absent)");
+}
+
+TEST_F(SystemInstaller, HandsOnRequestsOneToSixInBothWidths) {
+    const struct {
+        WORD m_request;
+        const wchar_t* m_driver;  ///< of the user's data source after it
+    } steps[] = {
+        {ODBC_ADD_DSN, L"Veltrane Test"},        {ODBC_CONFIG_DSN, L"Veltrane Test"},
+        {ODBC_REMOVE_DSN, L"(absent)"},          {ODBC_ADD_SYS_DSN, L"Veltrane Test"},
+        {ODBC_CONFIG_SYS_DSN, L"Veltrane Test"}, {ODBC_REMOVE_SYS_DSN, L"(absent)"},
+    };
+    for (const bool isWide : {true, false}) {
+        for (const auto& step : steps) {
+            SCOPED_TRACE(testing::Message() << step.m_request << (isWide ? " wide" : " narrow"));
+            ::RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);  // which Wine's removal leaves
+            EXPECT_TRUE(isWide ? SQLConfigDataSourceW(nullptr, step.m_request, L"Veltrane Test",
+                                                      L"DSN=veltrane-test\0")
+                               : SQLConfigDataSource(nullptr, step.m_request, "Veltrane Test",
+                                                     "DSN=veltrane-test\0"));
+            EXPECT_EQ(Read(HKEY_CURRENT_USER, L"Driver"), step.m_driver);
+            const bool isThere = step.m_driver != std::wstring(L"(absent)");
+            EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, L"Driver"), isThere ? SETUP_LIBRARY : L"(absent)");
+        }
+    }
 }
 
 TEST_F(SystemInstaller, HandsRefusalsOn) {
