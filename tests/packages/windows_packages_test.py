@@ -241,6 +241,18 @@ class InstallerTest(InWine):
                 self.check_gone(folder)
                 self.wine("reg", "query", r"HKLM\SOFTWARE\Veltrane", code=1)
 
+    def test_the_same_files_give_the_same_package(self):
+        packages = []
+        for name in ("one", "two"):
+            files, package = os.path.join(SCRATCH, name), os.path.join(SCRATCH, name + ".msi")
+            run("cmake", "--install", BUILD, "--component", "runtime", "--prefix", files)
+            os.utime(os.path.join(files, "docs", "LICENSE"))
+            run(os.path.join(SOURCE, "packaging/windows/build-installer"), files, VERSION, package)
+            with open(package, "rb") as file:
+                packages.append(file.read())
+            time.sleep(2)  # the times in it are whole seconds, in pairs
+        self.assertEqual(packages[0], packages[1])
+
     def test_what_the_sign_command_signs_verifies(self):
         folder = os.path.join(SCRATCH, "signing")
         os.makedirs(folder)
