@@ -1,8 +1,8 @@
 /// The two functions that the setup library exports. They turn their arguments into orska_wstring
 /// and hand over; nothing else happens here. The installer calls them on its own thread.
 ///
-/// Declared here and not through an installer's headers: unixODBC and iODBC disagree about the
-/// types.
+/// Declared here and not through an installer's headers: unixODBC and iODBC disagree about
+/// the types.
 #include <cstddef>
 
 #include "PlatformAbstraction/strings/orska_wstring.h"
@@ -17,7 +17,7 @@ using Veltrane::ODBC::InstallerCaller;
 
 /// The characters of a list of NUL-terminated entries, up to the last one before two NULs in a row.
 /// A list whose first character is NUL has none: callers exist that pass "" with its single NUL,
-/// and nothing behind that NUL may be read.
+/// and nothing after that NUL may be read.
 template <typename Char>
 std::size_t MeasureAttributeList(const Char* in_attributes) {
     if (in_attributes == nullptr || in_attributes[0] == 0) {

@@ -12,7 +12,7 @@ struct CopyResult {
 
 /// The access list, or that there is none.
 CopyResult CopyAccessList(int in_from, int in_to);
-/// Those that users and the system's policy have set. A file without them is usable, but for the
+/// Those that users and the system's policy have set. A file without them is usable, except the
 /// access list of a network file system, which changing the mode may have changed.
 CopyResult CopyExtendedAttributes(int in_from, int in_to);
 

@@ -69,7 +69,7 @@ void* OpenModuleOf(const void* in_address) {
 class BoundLibraries {
 public:
     /// @param in_function  a function of the library
-    /// @return null when there are more libraries than anybody can have
+    /// @return null when the table is full
     const InstallerLibrary* Get(const void* in_function) {
         const SystemCalls::ForkLock lock;
         for (std::size_t i = 0; i < m_count; ++i) {
@@ -128,8 +128,8 @@ std::string GetHome() {
     return home != nullptr ? home : GetPasswdHome();
 }
 
-/// The path in a variable, when the file can be read or made; empty otherwise. That is iODBC's
-/// rule.
+/// The path in a variable, when the file can be read or made; empty otherwise. That is
+/// iODBC's rule.
 std::string GetUsablePath(const char* in_variable) {
     const char* const path = std::getenv(in_variable);
     if (path == nullptr || *path == '\0') return {};
@@ -137,7 +137,7 @@ std::string GetUsablePath(const char* in_variable) {
     return isReadable || (errno == ENOENT && SystemCalls::IsWritable(path)) ? path : std::string();
 }
 
-/// Texts that iODBC, which keeps but their address, may still show.
+/// Texts that iODBC may still show: it stores the pointer, so they outlive the call.
 /// Process-wide: written by posts, read by the library until its error list is emptied.
 class PostedTexts {
 public:
@@ -250,7 +250,7 @@ void ForgetReadValues() {
     if (library.m_clearCache != nullptr) {
         library.m_clearCache();
     } else if (library.m_writeProfileString != nullptr && library.m_readWithoutLock == nullptr) {
-        // Versions that keep the function to themselves call it behind each write. This one removes
+        // Versions that keep the function to themselves call it after each write. This one removes
         // an absent section from a file without any.
         library.m_writeProfileString("-", nullptr, nullptr, "/dev/null");
         ClearInstallerErrors();

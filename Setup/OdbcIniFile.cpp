@@ -39,7 +39,7 @@ constexpr long long REST = 50'000;
 /// The same for file systems whose times are whole seconds.
 constexpr long long WHOLE_SECONDS_REST = 1'050'000;
 
-/// Longer than the clock of a local file system stands still, in microseconds.
+/// Longer than the clock of a local file system does not advance, in microseconds.
 constexpr long long TICK = 20'000;
 
 bool IsSameFile(const struct stat& in_left, const struct stat& in_right) {
@@ -115,8 +115,8 @@ bool IsTemporaryName(const std::string& in_name, const std::string& in_prefix) {
            in_name.find_first_not_of("0123456789abcdef", in_prefix.size()) == std::string::npos;
 }
 
-/// Gives a lock up although a copy of the handle, in a child made without our knowledge, may live
-/// on.
+/// Gives a lock up although a copy of the handle, in a child made without our knowledge, may
+/// live on.
 void Release(PrivateHandle& io_handle) noexcept {
     if (io_handle.IsOpen()) SystemCalls::Lock(io_handle.Get(), LOCK_UN);
     io_handle = PrivateHandle();
@@ -406,8 +406,8 @@ bool OdbcIniFile::CreateTemporary(PrivateHandle& out_handle, std::string& out_na
 }
 
 /// Says to others that the file is in use, and keeps them from changing it, once it is in place,
-/// until that is certain to last. The handle is one for reading, because that for writing is closed
-/// before.
+/// until that is certain to last. The handle is one for reading, because that for writing is
+/// closed before.
 bool OdbcIniFile::LockTemporary(const std::string& in_name) {
     m_temporary = PrivateHandle(SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
                                                     O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));

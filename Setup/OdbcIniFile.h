@@ -81,7 +81,7 @@ public:
 
     const std::string& GetPath() const noexcept { return m_path; }
     const FileFailure& GetFailure() const noexcept { return m_failure; }
-    /// A failure of this file that has no system call behind it.
+    /// A failure of this file that no system call caused.
     void Refuse(const char* in_reason) { Fail(in_reason, FileFailure::REFUSED); }
 
     /// The paths of temporary files of an odbc.ini that a killed process has left and that this one

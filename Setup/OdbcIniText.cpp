@@ -96,7 +96,7 @@ OdbcIniText::OdbcIniText(std::string in_bytes, Rules in_rules)
     m_isReadable = FindRefused() == std::string::npos;
 }
 
-/// Where the reader refuses the text: at what stands before the first section and is neither blank
+/// Where the reader refuses the text: at what is before the first section and is neither blank
 /// nor a comment. npos when it does not.
 std::size_t OdbcIniText::FindRefused() const {
     if (m_rules == Rules::IODBC) return std::string::npos;
@@ -323,8 +323,8 @@ std::optional<std::string> OdbcIniText::FindValue(Range in_section, std::string_
     return std::nullopt;
 }
 
-/// Gives what the reader sees of each line of a section, its header aside, and whether it begins a
-/// line.
+/// Gives what the reader sees of each line of a section, its header aside, and whether it begins
+/// a line.
 template <typename Visit>
 void OdbcIniText::VisitPieces(std::uint32_t in_block, const Visit& in_visit) const {
     if (const Body* const body = BodyOf(in_block)) {
@@ -539,8 +539,8 @@ void OdbcIniText::Finish() {
     m_isIndexed = false;
 }
 
-/// Makes the text anew from the line before the first edited section on, as far as the last edited
-/// one.
+/// Makes the text anew from the line before the first edited section on, as far as the last
+/// edited one.
 void OdbcIniText::Render() {
     std::uint32_t first = 0;
     while (BodyOf(first) == nullptr) ++first;

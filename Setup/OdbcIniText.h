@@ -6,14 +6,14 @@
 /// lines, names, keys and values do not count; lines that begin with # or ; are comments;
 /// everything from "[" to
 /// "]" is a section name; names compare without regard to ASCII case; of sections or keys that
-/// stand twice the first one counts; anything but comments and blank lines before the first section
-/// makes the whole file unreadable. A byte order mark is no part of the text here: it would make
-/// the file unreadable to the driver manager, so it is dropped when the file is written.
+/// occurs twice the first one counts; anything but comments and blank lines before the first
+/// section makes the whole file unreadable. A byte order mark is no part of the text here: it would
+/// make the file unreadable to the driver manager, so it is dropped when the file is written.
 ///
 /// iODBC's: lines may have any length and end at a carriage return too; a key begins in the first
-/// column, is followed by "=" and may stand in quotes; a section name is not empty and ends with
-/// "]"; a # or ; at the beginning of a value, or behind a blank in it and outside of quotes, begins
-/// a comment; what stands before the first section does not matter. The rest is as above.
+/// column, is followed by "=" and may be in quotes; a section name is not empty and ends with
+/// "]"; a # or ; at the beginning of a value, or after a blank in it and outside of quotes, begins
+/// a comment; what is before the first section does not matter. The rest is as above.
 #ifndef SETUP_ODBCINITEXT_H
 #define SETUP_ODBCINITEXT_H
 
@@ -48,9 +48,9 @@ public:
     /// A line of a section: its key, and its value without outer blanks.
     using KeyValue = std::pair<std::string, std::string>;
 
-    /// The names of all sections in the order of the file; one that stands twice is named twice.
+    /// The names of all sections in the order of the file; one that occurs twice is named twice.
     std::vector<std::string> GetSections() const;
-    /// The lines of the section that counts, keys that stand twice included; empty without one.
+    /// The lines of the section that counts, keys that occur twice included; empty without one.
     std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
     /// Whether a line of the section that counts is longer than what the reader takes as one.
     bool HasLongLine(std::string_view in_section) const;

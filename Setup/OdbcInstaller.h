@@ -64,8 +64,8 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Whether the text has what stands for bytes that are not UTF-8. Two different names would become
-/// one with it.
+/// Whether the text has the replacement of bytes that are not UTF-8. Two different names would
+/// become one with it.
 bool HasReplacementCharacter(const orska_wstring& in_text);
 
 /// The text cut to what fits a buffer, without leaving half a character.
@@ -88,7 +88,7 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
                             int in_bufferSize, const orska_wstring& in_file);
 
 /// Whether the running request got this text from GetPrivateProfileString as the value of the key,
-/// of whatever data source. Such a text stands for the value as it is stored, and
+/// of whatever data source. Such a text means the value as it is stored, and
 /// WritePrivateProfileString writes that.
 bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value);
 

@@ -1,5 +1,5 @@
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 
 #include <atomic>
@@ -125,9 +125,9 @@ std::wstring PathOf(const orska_wstring& in_section) {
     return L"Software\\ODBC\\ODBC.INI\\" + in_section.GetAsPlatformWString();
 }
 
-/// A value with variables to expand (REG_EXPAND_SZ), as it is stored; nothing for any other one.
-/// The installer does not know the type: it may read such a value expanded, and writes a plain
-/// text.
+/// A value with variables to expand (REG_EXPAND_SZ), as it is stored; nothing for any other
+/// one. The installer does not know the type: it may read such a value expanded, and writes a
+/// plain text.
 std::optional<orska_wstring> FindExpandable(const orska_wstring& in_section,
                                             const orska_wstring& in_key) {
     const HKEY root = WrittenRoot();

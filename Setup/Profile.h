@@ -32,7 +32,7 @@ std::string FoldName(std::string_view in_name);
 bool IsSameName(std::string_view in_left, std::string_view in_right);
 
 /// What a profile held when it was read. Names compare as FoldName has it. A section that stands
-/// twice counts where it stands first, as does a key.
+/// twice counts where it is first, as does a key.
 class ProfileView {
 public:
     using KeyValue = std::pair<std::string, std::string>;
@@ -40,12 +40,12 @@ public:
 
     explicit ProfileView(std::shared_ptr<const State> in_state) : m_state(std::move(in_state)) {}
 
-    /// All sections in their order; one that stands twice is named twice.
+    /// All sections in their order; one that occurs twice is named twice.
     std::vector<std::string> GetSections() const;
     bool HasSection(std::string_view in_section) const;
     /// The drivers of such a profile, as its driver manager lists them.
     std::vector<std::string> GetDrivers() const;
-    /// The lines of a section, keys that stand twice included; empty without one.
+    /// The lines of a section, keys that occur twice included; empty without one.
     std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key) const;
     /// The keys of a section whose values are no text, which only the registry has. None of the

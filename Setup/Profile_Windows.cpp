@@ -1,5 +1,5 @@
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which they need.
+// After the Windows API, which they need.
 #include <odbcinst.h>
 #include <sddl.h>
 

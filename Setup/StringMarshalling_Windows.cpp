@@ -20,8 +20,8 @@ int Measure(std::u16string_view in_text, DWORD in_flags) {
 
 bool IsConvertible(std::u16string_view in_text) {
     if (Measure(in_text, WC_NO_BEST_FIT_CHARS) != 0) return true;
-    // Code pages without best fits, UTF-8 above all, refuse the flag, which says nothing about the
-    // text.
+    // Code pages without best fits, UTF-8 above all, refuse the flag, which says nothing about
+    // the text.
     return ::GetLastError() == ERROR_INVALID_FLAGS && Measure(in_text, 0) != 0;
 }
 

@@ -69,8 +69,8 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
     std::size_t end = view.find(pairDelimiter);
     for (;;) {
         // The cut is as long as the delimiter's absolute position, so that later cuts run on into
-        // the entries behind. Harmless and kept: a key that holds a NUL equals no known key, and a
-        // value ends at its first NUL. So only what stands before that NUL needs to be looked at; a
+        // the entries after it. Harmless and kept: a key that holds a NUL equals no known key, and
+        // a value ends at its first NUL. So only what is before that NUL needs to be looked at; a
         // search through the whole cut would take the square of the list's length.
         const std::wstring_view cut = view.substr(start, end);
         const std::wstring_view entry = cut.substr(0, cut.find(pairDelimiter));

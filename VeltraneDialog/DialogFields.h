@@ -1,6 +1,6 @@
 /// The fields of a data source in one table, from which the record, the editors, the file of
 /// initial values and the tool take them, with their names for people and the other texts of the
-/// form. Texts are English and, at the same time, the keys of the translations; an ampersand stands
+/// form. Texts are English and, at the same time, the keys of the translations; an ampersand is
 /// before the letter that is the field's accelerator. Read-only, for any thread.
 #ifndef VELTRANEDIALOG_DIALOGFIELDS_H
 #define VELTRANEDIALOG_DIALOGFIELDS_H

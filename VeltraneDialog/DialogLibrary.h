@@ -9,7 +9,7 @@
 
 namespace Veltrane::ODBC {
 
-/// The texts in the order of `DIALOG_FIELDS`, and behind them the reason of a failure.
+/// The texts in the order of `DIALOG_FIELDS`, and after them the reason of a failure.
 constexpr unsigned DIALOG_TEXT_COUNT = DIALOG_FIELDS.size();
 constexpr unsigned DIALOG_REASON = DIALOG_TEXT_COUNT;
 

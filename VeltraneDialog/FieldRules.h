@@ -1,4 +1,4 @@
-/// What may stand in a field: the one place for the checks of all editors and their reasons.
+/// What may be in a field: the one place for the checks of all editors and their reasons.
 #ifndef VELTRANEDIALOG_FIELDRULES_H
 #define VELTRANEDIALOG_FIELDRULES_H
 

@@ -87,7 +87,7 @@ private:
         return text;
     }
 
-    /// An empty value stands for none, and the setup library has its own error for a bad name.
+    /// An empty value means none, and the setup library has its own error for a bad name.
     void Check(const DialogField& in_field, std::string_view in_value) const {
         if (in_value.empty() || in_field.m_value == &DialogValues::m_dsn) return;
         if (const char* const reason = WhyRefused(in_field, in_value)) {

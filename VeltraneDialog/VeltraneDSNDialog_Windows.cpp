@@ -33,7 +33,7 @@ HMODULE LoadFrom(const std::wstring& in_path) {
     return library;
 }
 
-/// The function of the library that stands beside this code. The library stays loaded: a C++
+/// The function of the library that is beside this code. The library stays loaded: a C++
 /// run-time that is linked into it loses a slot of the process each time it is loaded anew.
 ShowDialogFunction FindShowDialog(const char* in_otherWay) {
     const std::wstring path = PathBesideModule(DIALOG_LIBRARY_NAME);

@@ -1,4 +1,4 @@
-/// The names under which the editor and what stands on it clear passwords.
+/// The names under which the editor and what builds on it clear passwords.
 #ifndef VELTRANEDIALOG_WIPE_H
 #define VELTRANEDIALOG_WIPE_H
 

@@ -1,6 +1,6 @@
 /// Ours and the peers of the transcoding benchmark behind one shape: each converts one piece of
 /// text after another into the same target and gives the bytes written by the last one. The loop
-/// over the pieces stands inside, so that a piece costs one direct call.
+/// over the pieces is inside, so that a piece costs one direct call.
 #ifndef BENCH_TRANSCODEPEERS_H
 #define BENCH_TRANSCODEPEERS_H
 

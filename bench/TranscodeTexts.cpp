@@ -33,7 +33,7 @@ char32_t PickLetter(const std::string& in_text, std::mt19937& io_random) {
     return ascii;
 }
 
-// Words of 2 to 10 letters with a space behind; emoji and cjk run on, with a stop now and then.
+// Words of 2 to 10 letters with a space after each; emoji and cjk run on, with a stop now and then.
 std::u32string MakeWord(const std::string& in_text, std::mt19937& io_random) {
     std::u32string word;
     const std::size_t letters = 2 + io_random() % 9;

@@ -1,7 +1,7 @@
 // Stream converters against ICU's own converter-to-converter function with converters kept open.
 //
 // Names: ours|icu/<source>-<target>/<text>/<size>, the size in bytes of the source; with "-61" or
-// "-4093" behind the size the source comes in pieces of so many bytes and the targets have 1,000.
+// "-4093" after the size the source comes in pieces of so many bytes and the targets have 1,000.
 #include <benchmark/benchmark.h>
 #include <unicode/ucnv.h>
 

@@ -21,7 +21,7 @@ constexpr int INDEX_COUNT = 7;
 constexpr std::size_t LARGE = 1048576;
 
 std::size_t GetRoom(const TextPieces& in_pieces) {
-    // Four times is the most a pair asks for; peers may write scratch behind it.
+    // Four times is the most a pair asks for; peers may write scratch after it.
     return in_pieces.m_longest * 4 + 256;
 }
 

@@ -1,6 +1,6 @@
 # Where things are installed: GNUInstallDirs, and the places that are this project's own.
 
-# On Debian libraries stand in lib/<architecture>, which CMake takes for the prefix /usr only. Taken
+# On Debian libraries are in lib/<architecture>, which CMake takes for the prefix /usr only. Taken
 # for every prefix, what a build tree installs and packs does not depend on the prefix that it was
 # configured for.
 if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND NOT CMAKE_CROSSCOMPILING
@@ -19,7 +19,7 @@ endforeach()
 
 # Libraries that only driver managers load.
 if(WIN32)
-  # Everything stands in one folder: the libraries are found beside each other.
+  # Everything is in one folder: the libraries are found beside each other.
   set(CMAKE_INSTALL_BINDIR .)
   set(VELTRANE_SETUP_INSTALL_DIR .)
 else()

@@ -2,7 +2,7 @@
 // a change that changes nothing leaves all.
 //
 // Input: changes to a good hive, each two bytes of position and one of value. The checksum of the
-// base block is right again behind them unless the first byte of the input says otherwise.
+// base block is right again after them unless the first byte of the input says otherwise.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,5 +1,5 @@
 // The file of initial values: what is read can be written and is read again as the same, and what
-// is refused names a line of the file and nothing that stands in it.
+// is refused names a line of the file and nothing that is in it.
 #include <algorithm>
 #include <stdexcept>
 

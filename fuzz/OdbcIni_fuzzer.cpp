@@ -47,7 +47,7 @@ std::string Trim(const std::string& in_text) {
     return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
 }
 
-/// A section as it stands in the file; the name of what is before the first one is empty.
+/// A section as it is in the file; the name of what is before the first one is empty.
 struct Block {
     std::string m_name;  ///< folded
     std::string m_bytes;
@@ -83,7 +83,7 @@ std::string WithoutBlankEnd(const std::string& in_bytes) {
     return end == std::string::npos ? std::string() : in_bytes.substr(0, end + 1);
 }
 
-/// The sections of other names, in their order, joined where one of the name stood between them:
+/// The sections of other names, in their order, joined where one of the name was between them:
 /// its comments stay and belong to the section before. Blank lines at an edge of the section may
 /// come and go with it.
 std::vector<Block> OthersOf(const std::string& in_file, const std::string& in_name) {
@@ -120,7 +120,7 @@ void CheckOthers(const std::string& in_before, const std::string& in_after,
     const std::vector<Block> after = OthersOf(DropMark(in_after), in_name);
     Require(before.size() == after.size(), "another number of other sections", in_after);
     for (std::size_t i = 0; i < before.size(); ++i) {
-        // Comments of a section that went stand at the end of the one before.
+        // Comments of a section that went are at the end of the one before.
         std::string rest = after[i].m_bytes;
         const std::string kept = Trim(before[i].m_bytes);
         const std::size_t at = rest.find(kept);

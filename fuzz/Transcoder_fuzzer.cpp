@@ -1,7 +1,7 @@
 // Every body of a pair against the reference, with the source and the target cut anywhere, and
 // against ICU where the text is valid.
 //
-// Input: the pair, the kind of text, two bytes of room, one of offset, then the text: as it stands,
+// Input: the pair, the kind of text, two bytes of room, one of offset, then the text: as it is,
 // or as numbers that become valid code points, so that deep blocks of valid text are reached, and
 // on request one ill-formed sequence among them, as long as the one in whose place it stands.
 #include <unicode/ucnv.h>

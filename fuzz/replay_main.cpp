@@ -1,5 +1,5 @@
-// Runs a fuzzer's function over the files it is given, and over the files of directories, once
-// each.
+// Runs a fuzzer's function over the files it is given, and over the files of directories,
+// once each.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>

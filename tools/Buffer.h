@@ -18,7 +18,7 @@ public:
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    /// Makes room for more bytes behind the written ones, without testing first whether there is
+    /// Makes room for more bytes after the written ones, without testing first whether there is
     /// any: unread bytes move to the front of the block when some before them have been read.
     /// @param in_allow  bytes; more than 2^31 in all stop the process in an assertion
     /// @throws std::bad_alloc when there is no memory; the unread bytes are kept

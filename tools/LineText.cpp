@@ -80,8 +80,7 @@ void LineText::AppendMessage(const char* in_format, std::va_list in_arguments) n
 
 /// The conversions that nearly all trace lines keep to. The C library would do as well, but takes
 /// some 15 times as long as printing when the text leaves the buffer it is given. Stops with false
-/// at any other conversion. A lone "%" at the end, which the C library would refuse, stands for
-/// itself.
+/// at any other conversion. A lone "%" at the end, which the C library would refuse, means itself.
 bool LineText::AppendSimple(const char* in_format, std::va_list in_arguments) noexcept {
     for (;;) {
         const char* percent = std::strchr(in_format, '%');

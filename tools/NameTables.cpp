@@ -7,7 +7,7 @@ namespace Orska {
 
 namespace {
 
-// 101 to 107 stand for 10101 to 10104, 10110, 10111 and 10112; the last three sit lower than their
+// 101 to 107 mean 10101 to 10104, 10110, 10111 and 10112; the last three sit lower than their
 // numbers, which is meant: 10107 reads EREFUSED and 10112 has no name.
 constexpr const char* ERROR_NAMES[] = {
     // 0

@@ -12,10 +12,10 @@ namespace Orska {
 /// C library. 0 has the empty name, a number without a name reads "Eunknown".
 const char* GetErrorName(int in_error) noexcept;
 
-/// Takes a signal number: the names stand in the order of Linux, from 1 on. "SIGunknown" otherwise.
+/// Takes a signal number: the names are in the order of Linux, from 1 on. "SIGunknown" otherwise.
 const char* GetSignalName(int in_signal) noexcept;
 
-/// Takes a result of getaddrinfo of either sign: the names stand in the order of Linux, from 1 on.
+/// Takes a result of getaddrinfo of either sign: the names are in the order of Linux, from 1 on.
 /// "EAI_unknown" otherwise.
 const char* GetAddressErrorName(int in_error) noexcept;
 

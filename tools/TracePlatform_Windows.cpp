@@ -20,7 +20,7 @@ struct ErrnoNumber {
 };
 
 // The name table has the order of the socket errors, 10035 and up; those of the C library's errno
-// differ from them, but for 1 to 34.
+// differ from them, except 1 to 34.
 constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EWOULDBLOCK, 35},  {EINPROGRESS, 36},     {EALREADY, 37},     {ENOTSOCK, 38},
     {EDESTADDRREQ, 39}, {EMSGSIZE, 40},        {EPROTOTYPE, 41},   {ENOPROTOOPT, 42},
@@ -34,8 +34,8 @@ constexpr ErrnoNumber SOCKET_ERRORS[] = {
 /// Of a variable of the environment, its NUL included, in code units.
 constexpr int LONGEST_VALUE = 32'767;
 
-// Process-wide: set and read by ReadTraceVariable and OpenTraceFile, under the lock of their
-// caller.
+// Process-wide: set and read by ReadTraceVariable and OpenTraceFile, under the lock of
+// their caller.
 constinit wchar_t s_wide[LONGEST_VALUE] = {};
 constinit char s_value[3 * LONGEST_VALUE] = {};
 

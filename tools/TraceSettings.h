@@ -11,7 +11,7 @@ struct TraceSettings {
     const char* m_fileName = nullptr;  ///< points into the value; null: standard error
 };
 
-/// Reads "4st:trace.log": a number, letters, and the trace file behind the first ":".
+/// Reads "4st:trace.log": a number, letters, and the trace file after the first ":".
 ///
 /// A value that does not start with a number, and a number below 1, mean off. A number above 254
 /// counts as 254. Letters that mean nothing are passed over.

@@ -31,7 +31,7 @@ constexpr std::uint32_t BUF_MAPPED = 1;
 inline bool buf_mapped(const buf* my) noexcept { return (my->flags & BUF_MAPPED) != 0; }
 /// Unread bytes.
 inline std::uint64_t buf_len(const buf* my) noexcept { return my->put - my->get; }
-/// Free bytes behind the written ones.
+/// Free bytes after the written ones.
 inline std::uint64_t buf_left(const buf* my) noexcept { return my->size - my->put; }
 
 /// Takes `n` bytes of the free space as written; they begin at the result.
@@ -56,7 +56,7 @@ constexpr std::uint64_t buf_grown_size(std::uint64_t put, std::uint64_t n) noexc
     return std::uint64_t{1} << (std::bit_width((n - 1 + put) | std::uint64_t{7}) % 64);
 }
 
-/// Makes room for `n` bytes behind the written ones.
+/// Makes room for `n` bytes after the written ones.
 /// @throws std::bad_alloc when there is no memory. `size` is then already the new one, so the
 /// buffer
 ///         is good for nothing but `buf_free`

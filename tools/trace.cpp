@@ -21,9 +21,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A lock that is ready before any code runs, as std::mutex is not in every run-time library, since
-/// the first trace line may come from the construction of a static object. It is held once,
-/// briefly.
+/// A lock that is ready before any code runs, as std::mutex is not in every run-time library,
+/// since the first trace line may come from the construction of a static object. It is held
+/// once, briefly.
 class EarlyLock {
 public:
     void lock() noexcept {

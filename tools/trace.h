@@ -11,7 +11,7 @@
 /// Text is written as it is: never hand a password to a trace call, at any level.
 ///
 /// Any thread may trace at any time. Each line reaches the file in one write at its end, so lines
-/// of several threads and processes stand whole, one behind the other. Tracing never fails its
+/// of several threads and processes stay whole, one after the other. Tracing never fails its
 /// caller: it throws nothing, leaves `errno` as it found it, and a file that cannot be written ends
 /// nothing but the line.
 #ifndef TOOLS_TRACE_H

@@ -85,7 +85,7 @@ bool IsStateful(const UConverter& in_converter) noexcept {
 
 namespace {
 
-// ICU flushes HZ without the sequence that leads back to ASCII. Whether the text stands in the
+// ICU flushes HZ without the sequence that leads back to ASCII. Whether the text is in the
 // two-byte state shows when it is given one more character of that state, which is then dropped.
 std::uint8_t EndHzText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
     constexpr UChar CHINESE[] = {u'\u4E2D'};

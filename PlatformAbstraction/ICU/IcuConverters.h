@@ -20,7 +20,7 @@ constexpr std::uint64_t ICU_MOST_BYTES_PER_CALL = std::uint64_t{1} << 30;
 icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceSite& in_site);
 
 /// Makes a converter of OpenConverter that has ended a text as good as new: ICU keeps which
-/// substitute it has chosen for a code point, even behind ucnv_reset, until it writes the next one.
+/// substitute it has chosen for a code point, even after ucnv_reset, until it writes the next one.
 void ForgetSubstitute(UConverter& io_converter) noexcept;
 
 /// The same for a converter in any state.
@@ -32,9 +32,9 @@ bool IsStateful(const UConverter& in_converter) noexcept;
 /// The most bytes that EndText writes.
 constexpr std::uint32_t ICU_MOST_END_BYTES = 16;
 
-/// Ends a text: gives the bytes that are still missing behind it, often none, and leaves the
+/// Ends a text: gives the bytes that are still missing after it, often none, and leaves the
 /// converter in its initial state. These are the way back to that state in a stateful encoding
-/// (HZ too, which ICU leaves open) and what stands for a lead surrogate at the end.
+/// (HZ too, which ICU leaves open) and what replaces a lead surrogate at the end.
 /// @param io_converter  has converted all units of the text without a flush and holds no output
 /// @param out_bytes     ICU_MOST_END_BYTES bytes
 /// @return the number of bytes

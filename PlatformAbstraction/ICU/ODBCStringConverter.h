@@ -3,8 +3,8 @@
 ///
 /// Lengths follow ODBC: -3 marks a NUL-terminated argument, and lengths of wide buffers are in code
 /// units unless a switch says bytes. Output always ends with a NUL as wide as a code unit, never
-/// splits a code point, and ends in the initial state of a stateful encoding. Behind the NUL the
-/// buffer is left as it was, but for zeros in place of a code point that did not fit.
+/// splits a code point, and ends in the initial state of a stateful encoding. After the NUL the
+/// buffer is left as it was, except zeros in place of a code point that did not fit.
 ///
 /// One instance serves the driver; any thread may use it at any time. Threads wait for each other
 /// only where the ICU converter of the driver manager's encoding is needed, which the Unicode and

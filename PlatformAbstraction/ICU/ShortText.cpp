@@ -31,7 +31,7 @@ __m128i IsKind(__m128i in_units, int in_mask, int in_kind) noexcept {
                            _mm_set1_epi16(static_cast<short>(in_kind)));
 }
 
-// Whether every lead has its trail behind it and every trail its lead before it. `in_last` is the
+// Whether every lead has its trail after it and every trail its lead before it. `in_last` is the
 // start of the last block, which may overlap the one before it.
 bool HasPairsOnly(const char* in_units, std::size_t in_last) noexcept {
     std::uint64_t leads = 0;

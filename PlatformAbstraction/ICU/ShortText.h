@@ -18,10 +18,10 @@ class orska_wstring;
 
 constexpr std::size_t MOST_SHORT_UNITS = 32;  ///< UTF-16 code units of a text to encode
 constexpr std::size_t MOST_SHORT_BYTES = 64;  ///< bytes of a text to decode
-/// UTF-16 code units that a decoder may write, scratch behind the text included.
+/// UTF-16 code units that a decoder may write, scratch after the text included.
 constexpr std::size_t SHORT_UNITS_ROOM = MOST_SHORT_BYTES + 16;
 
-/// Encodes a text of at most MOST_SHORT_UNITS. Behind its bytes nothing is written.
+/// Encodes a text of at most MOST_SHORT_UNITS. After its bytes nothing is written.
 /// @param in_capacity  bytes, not negative
 /// @return bytes; -1 when the text is not well-formed or may not fit: the buffer may then hold its
 ///         beginning

@@ -27,7 +27,7 @@ void SiconvStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
         outcome = ConvertStraddlingCodePoint(limit);
     }
     const bool isOutputPending = m_pendingOutputLength > 0;
-    // What stands in front of the malformed place goes out first; the next call finds it again.
+    // What is in front of the malformed place goes out first; the next call finds it again.
     if (outcome == Outcome::INVALID && !isOutputPending) {
         ThrowInvalidInput();
     }
@@ -77,7 +77,7 @@ SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertPendingInput(
     TranscoderSource joined{m_pendingInput, pending + added, 0};
     const std::int32_t result = m_transcoder(joined, io_target);
     if (joined.m_position > 0) {
-        // The pending code point is complete. Whatever stopped the transcoder behind it, new bytes
+        // The pending code point is complete. Whatever stopped the transcoder after it, new bytes
         // that were not used are still in the piece, where they are met again.
         m_sourcePosition += joined.m_position - pending;
         m_pendingInputLength = 0;

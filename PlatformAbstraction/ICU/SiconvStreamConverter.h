@@ -3,7 +3,7 @@
 /// It refuses malformed input with "ICUConvErrNotRecog", and also an incomplete code point at
 /// the end of the last piece: the transcoder replaces nothing, so the caller decides. Bytes in
 /// front of the malformed place have been converted by then, and the source position is at that
-/// place (or behind the bytes of it that earlier pieces brought).
+/// place (or after the bytes of it that earlier pieces brought).
 #ifndef PLATFORMABSTRACTION_ICU_SICONVSTREAMCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_SICONVSTREAMCONVERTER_H
 

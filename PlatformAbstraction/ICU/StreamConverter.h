@@ -60,7 +60,7 @@ public:
     virtual void DoConvert(std::uint64_t in_bytesWanted) = 0;
 
     /// As DoConvert, but leaves room for a NUL as wide as the target's code unit and writes it
-    /// behind the converted bytes. The NUL does not count as written: the target position stays in
+    /// after the converted bytes. The NUL does not count as written: the target position stays in
     /// front of it. A target with no room for the NUL is left alone. Only WideStreamConverter keeps
     /// code points whole here.
     virtual void DoConvertWithNul();
@@ -116,7 +116,7 @@ protected:
     /// The end of what may be written: the wanted bytes, cut to what the target has left.
     char* GetTargetLimit(std::uint64_t in_bytesWanted) const;
 
-    /// Counts bytes that stand at the target position as written.
+    /// Counts bytes that are at the target position as written.
     void AdvanceTarget(std::uint64_t in_bytes) noexcept {
         m_targetPosition += in_bytes;
         m_totalBytesWritten += in_bytes;

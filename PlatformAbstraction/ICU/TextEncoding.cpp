@@ -23,7 +23,7 @@ constexpr char16_t REPLACEMENT = 0xFFFD;
 constexpr std::size_t TAIL_UNITS = 64;
 constexpr std::size_t MOST_BYTES_PER_UNIT = 4;
 
-// Encodes a part behind what is done; true when all of it fits. A surrogate without its partner
+// Encodes a part after what is done; true when all of it fits. A surrogate without its partner
 // becomes what the encoding has for U+FFFD.
 bool EncodePart(TranscoderFunction in_encoder, std::u16string_view in_part, char* out_buffer,
                 std::int64_t in_capacity, EncodedText& io_done) noexcept {
@@ -93,7 +93,7 @@ public:
                Run(position, scratch + sizeof(scratch), io_status) && position == scratch;
     }
 
-    /// Behind the last unit: what ends the text.
+    /// After the last unit: what ends the text.
     bool End(char*& io_target, const char* in_limit, UErrorCode& io_status) {
         UErrorCode status = U_ZERO_ERROR;
         if (!IsStateful(m_converter) && ucnv_fromUCountPending(&m_converter, &status) == 0) {
@@ -137,9 +137,9 @@ std::size_t FindLastWithBytes(UConverter& io_converter, std::u16string_view in_t
     return last;
 }
 
-// The longest beginning of a text that is worth another try when the converter has stopped behind
+// The longest beginning of a text that is worth another try when the converter has stopped after
 // `in_converted` units of the first `in_tried`. ICU stops in front of a unit for which there is no
-// room at all, and behind one whose output has only partly found room. Where what ends the text has
+// room at all, and after one whose output has only partly found room. Where what ends the text has
 // found none, code points without bytes are passed over: less of them changes nothing.
 std::size_t GetShorterBeginning(UConverter& io_converter, std::u16string_view in_text,
                                 std::size_t in_converted, std::size_t in_tried,
@@ -163,7 +163,7 @@ std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_
     return std::min(in_capacity, MeasureThroughIcu(io_converter, in_text, status));
 }
 
-// How many bytes one U+FFFD stands for at the start of malformed bytes.
+// How many bytes one U+FFFD replaces at the start of malformed bytes.
 std::size_t CountMalformedBytes(std::string_view in_bytes, EncodingType in_encoding) noexcept {
     if (in_encoding != EncodingType::ENC_UTF8) {
         return EncodingInfo::GetCodeUnitWidth(in_encoding);

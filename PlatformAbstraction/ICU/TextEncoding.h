@@ -65,7 +65,7 @@ inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_
     return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
 }
 
-/// Encodes without ICU. Behind the bytes it writes nothing, except zeros in place of a code point
+/// Encodes without ICU. After the bytes it writes nothing, except zeros in place of a code point
 /// that did not fit.
 /// @param in_capacity  bytes
 /// @param in_isScratchAllowed  the rest of the buffer may be overwritten

@@ -25,7 +25,7 @@ using namespace Siconv;
 constexpr int MEMORY_INDEX = static_cast<int>(EncodingType::ENC_UTF16LE);
 
 // Blocks first, then code points. A block step that meets code points it leaves out is tried again
-// behind them. The widths are those of a code unit, in bytes.
+// after them. The widths are those of a code unit, in bytes.
 template <class Reader, std::uint64_t SOURCE_WIDTH, class Writer, std::uint64_t TARGET_WIDTH,
           UnicodeForms::BlockStep BLOCKS>
 std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {

@@ -24,7 +24,7 @@ std::uint64_t Utf16ToBig_SSE2(const char* in_source, char* out_target, std::uint
 std::uint64_t Utf16ToUtf32_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count);
 
-/// Units that are bytes of the same value: up to `m_last`, which is 0xFF or 0x7F, but for the 32
+/// Units that are bytes of the same value: up to `m_last`, which is 0xFF or 0x7F, except the 32
 /// that begin with `m_hole`.
 struct ByteRange {
     std::uint16_t m_last;

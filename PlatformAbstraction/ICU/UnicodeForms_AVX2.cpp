@@ -25,7 +25,7 @@ __m256i IsKind(__m256i in_units, int in_mask, int in_kind) {
         _mm256_set1_epi16(static_cast<short>(in_kind)));
 }
 
-// Copies a block and gives the lanes in which a lead has no trail behind it or a trail no lead
+// Copies a block and gives the lanes in which a lead has no trail after it or a trail no lead
 // before it. Reads 2 bytes past the block.
 __m256i CopyBlock(const char* in_source, char* out_target) {
     const __m256i units = LoadUnits(in_source);
@@ -83,7 +83,7 @@ std::uint64_t CopyUtf16_AVX2(const char* in_source, char* out_target, std::uint6
     }
     std::uint64_t done = CopyBlocksOf<Plain>(in_source, out_target, in_count);
     done += CopyBlocksOf<Pairs>(in_source + 2 * done, out_target + 2 * done, in_count - done);
-    // Neither ends behind a lead, and what follows looks for trails behind its own units only.
+    // Neither ends after a lead, and what follows looks for trails after its own units only.
     if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
         return done;
     }

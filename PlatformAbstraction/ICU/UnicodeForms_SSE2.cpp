@@ -53,7 +53,7 @@ std::uint64_t CopyUtf16(const char* in_source, char* out_target, std::uint64_t i
     }
     std::uint64_t done = 0;
     while (done + BLOCK < in_count) {
-        // Every lead has its trail behind it, and every trail its lead before it.
+        // Every lead has its trail after it, and every trail its lead before it.
         const __m128i units = load(in_source + 2 * done);
         const __m128i next = load(in_source + 2 * done + 2);
         const __m128i differ = _mm_xor_si128(IsKind(units, 0xD800), IsKind(next, 0xDC00));

@@ -234,8 +234,8 @@ void WideStreamConverter::FinishConvertForNulTerminated(char* in_limit) {
     }
 }
 
-// Converts units of the intermediate buffer; false: the limit cut the output, and ICU keeps the
-// rest.
+// Converts units of the intermediate buffer; false: the limit cut the output, and ICU keeps
+// the rest.
 bool WideStreamConverter::ConvertUnits(char* in_limit, std::int64_t in_units) {
     if (m_isFinished || (in_units == 0 && !m_isIcuWriting)) {
         return true;
@@ -266,7 +266,7 @@ std::uint64_t WideStreamConverter::CountBytesForIcu() const noexcept {
     if (pending == 0) {
         return BYTES_AROUND_A_MALFORMED_PLACE;
     }
-    // One code unit more, so that ICU stops behind the code point.
+    // One code unit more, so that ICU stops after the code point.
     const std::int32_t width = EncodingInfo::GetCodeUnitWidth(m_sourceEncoding);
     return static_cast<std::uint64_t>(width - pending % width);
 }

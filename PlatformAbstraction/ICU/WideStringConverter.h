@@ -37,7 +37,7 @@ public:
                                   EncodingType in_encoding) override;
 
     /// Writes whole code points only and, in a stateful encoding, back to the initial state. Bytes
-    /// of the buffer behind the result may be set to zero if the text did not fit.
+    /// of the buffer after the result may be set to zero if the text did not fit.
     /// @throws ErrorException "ICUConvErr" for a negative length, or when ICU fails
     std::int64_t ConvertFromWString(const orska_wstring& in_string, char* out_buffer,
                                     std::int64_t in_bufferLength,

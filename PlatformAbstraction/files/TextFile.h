@@ -2,7 +2,7 @@
 ///
 /// A TextFile owns its handle and is used by one thread at a time. Text is bytes: which encoding
 /// they are in is the caller's business. Lines and bytes are read ahead into a buffer; positions,
-/// seeks and writes behave as if each byte were read alone. The system's calls stand in FileHandle,
+/// seeks and writes behave as if each byte were read alone. The system's calls are in FileHandle,
 /// one body a system (TextFile_Linux.cpp).
 #ifndef PLATFORMABSTRACTION_TEXTFILE_H
 #define PLATFORMABSTRACTION_TEXTFILE_H

@@ -145,9 +145,9 @@ void FileHandle::Lock(std::uint32_t in_byteCount) {
     if (SetLock(m_handle, F_WRLCK, in_byteCount) == 0 || errno != EBADF) {
         return;
     }
-    // An exclusive lock wants a descriptor that may write. A file opened for reading gets a second
-    // one for it; one that may not be written at all gets a shared lock, which still keeps writers
-    // out.
+    // An exclusive lock wants a descriptor that may write. A file opened for reading gets a
+    // second one for it; one that may not be written at all gets a shared lock, which still keeps
+    // writers out.
     const std::string same = "/proc/self/fd/" + std::to_string(m_handle);
     const int descriptor = m_lockHandle != INVALID ? ToDescriptor(m_lockHandle)
                                                    : open(same.c_str(), O_RDWR | O_CLOEXEC);

@@ -1,7 +1,7 @@
 /// Blocks of decimal digits to and from integers: the inner steps of NumberConverter.
 ///
 /// Everything here uses SSE2 at most, which every x86-64 processor has, so there is nothing to pick
-/// at run time. Above each function stands which bytes it touches.
+/// at run time. The comment of each function says which bytes it touches.
 #ifndef PLATFORMABSTRACTION_DECIMALDIGITS_H
 #define PLATFORMABSTRACTION_DECIMALDIGITS_H
 
@@ -60,7 +60,7 @@ inline Word Load(const char* in_text) noexcept {
 
 constexpr std::uint64_t ZEROS = 0x3030303030303030;
 
-/// The highest bit of every byte that is no digit; behind a byte above 0x89 perhaps of digits too.
+/// The highest bit of every byte that is no digit; after a byte above 0x89 perhaps of digits too.
 inline std::uint64_t MarkOthers(std::uint64_t in_block) noexcept {
     return ((in_block + 0x7676767676767676) | in_block) & 0x8080808080808080;
 }
@@ -81,7 +81,7 @@ inline std::uint32_t BlockValue(std::uint64_t in_block) noexcept {
     return static_cast<std::uint32_t>((high + low) >> 32);
 }
 
-/// A block of 1 to 3 characters, right-aligned behind zeros. Reads those characters only.
+/// A block of 1 to 3 characters, right-aligned after zeros. Reads those characters only.
 inline std::uint64_t LoadUpTo3(const char* in_text, std::size_t in_length) noexcept {
     // With fewer than three characters the loads repeat some; the mask drops those in front.
     const std::uint64_t first = static_cast<unsigned char>(in_text[0]);
@@ -91,7 +91,7 @@ inline std::uint64_t LoadUpTo3(const char* in_text, std::size_t in_length) noexc
     return ((first << 40 | middle << 48 | last << 56) ^ ZEROS) & mask;
 }
 
-/// A block of 4 to 8 characters, right-aligned behind zeros. Reads those characters only.
+/// A block of 4 to 8 characters, right-aligned after zeros. Reads those characters only.
 inline std::uint64_t Load4To8(const char* in_text, std::size_t in_length) noexcept {
     const std::uint64_t first = Load<std::uint32_t>(in_text) ^ static_cast<std::uint32_t>(ZEROS);
     const std::uint64_t last =
@@ -134,7 +134,7 @@ inline WideBlock MarkOthers(WideBlock in_block) noexcept {
     return ((in_block + Repeat(0x7676767676767676)) | in_block) & Repeat(0x8080808080808080);
 }
 
-/// 9 to 16 characters, right-aligned behind zeros. Reads those only.
+/// 9 to 16 characters, right-aligned after zeros. Reads those only.
 inline WideBlock Load9To16(const char* in_text, std::size_t in_length) noexcept {
     const std::uint64_t front = (Load<std::uint64_t>(in_text) ^ ZEROS) << (8 * (16 - in_length));
     const std::uint64_t back = Load<std::uint64_t>(in_text + in_length - 8) ^ ZEROS;
@@ -150,7 +150,7 @@ inline std::uint64_t BlockValue(WideBlock in_block) noexcept {
            BlockValue(static_cast<std::uint64_t>(in_block >> 64));
 }
 
-/// How many bytes stand above the one whose lowest bit is set; 0 when none is.
+/// How many bytes are above the one whose lowest bit is set; 0 when none is.
 inline std::size_t CountBytesAbove(std::uint64_t in_bit) noexcept {
     const std::uint64_t bit = in_bit + (std::uint64_t{in_bit == 0} << 56);
     return 7 - static_cast<std::size_t>(std::countr_zero(bit)) / 8;
@@ -233,7 +233,7 @@ inline char* WriteBackwards(char* out_end, std::uint8_t in_value) noexcept {
 }
 
 inline char* WriteBackwards(char* out_end, std::uint16_t in_value) noexcept {
-    // In units of 10^-4 with 32 bits behind the point, rounded up: what is cut off after each step
+    // In units of 10^-4 with 32 bits after the point, rounded up: what is cut off after each step
     // is the next digits.
     const std::uint64_t value = in_value * (((std::uint64_t{1} << 32) + 9999) / 10'000);
     const std::uint64_t rest = (value & 0xffffffff) * 100;

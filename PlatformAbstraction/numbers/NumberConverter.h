@@ -39,7 +39,7 @@ public:
     /// Bytes that hold the text of the formatters that are given a number of decimals, and its NUL.
     static constexpr std::size_t DECIMALS_TEXT_SIZE = 32;
 
-    /// Reads decimal digits behind an optional '-' or '+'. White space is not skipped.
+    /// Reads decimal digits after an optional '-' or '+'. White space is not skipped.
     /// @param in_length  bytes
     /// @param in_strict  refuse text that holds anything else, or only a sign; otherwise reading
     ///                   stops there, and no digits give 0
@@ -60,7 +60,7 @@ public:
     static T StringToInteger(const orska_wstring& in_text, bool in_strict);
 
     /// For text that was validated before: checks nothing and throws nothing. Each UTF-16 code unit
-    /// behind an optional '-' or '+' counts as its code minus '0', and the sum wraps silently in T;
+    /// after an optional '-' or '+' counts as its code minus '0', and the sum wraps silently in T;
     /// a '-' negates it, modulo 2^n for an unsigned T. NULL and empty text give 0.
     template <ConvertibleInteger T>
     static T StringToIntegerUnchecked(const orska_wstring& in_text) noexcept;

@@ -100,7 +100,7 @@ char* WriteFraction(std::uint64_t in_fraction, std::size_t in_decimals, Zeros in
                                    : end - DecimalDigits::CountTrailingZeros(block);
 }
 
-/// Writes in the order of reading. What is written behind the text stays within the promised sizes:
+/// Writes in the order of reading. What is written after the text stays within the promised sizes:
 /// with 15 significant digits, more than 8 decimals leave at most 6 digits in front of the point.
 std::size_t WritePlain(double in_value, int in_decimals, Zeros in_zeros,
                        char* out_buffer) noexcept {

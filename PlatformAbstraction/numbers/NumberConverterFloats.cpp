@@ -16,7 +16,7 @@ namespace Orska::Support {
 
 namespace {
 
-/// Bytes; what stands behind them is not read.
+/// Bytes; what follows them is not read.
 constexpr std::size_t LONGEST_TEXT = 1279;
 /// Digits are taken in until the mantissa reaches this, so that one more digit never wraps it.
 constexpr std::uint64_t MANTISSA_BOUND = 1844674407370955161;
@@ -35,7 +35,7 @@ constexpr std::size_t PLAIN_LENGTH = 16;
                 NumberConversionInvalidDataException((L"StrToNumConvFailed"), msgParams));
 }
 
-/// What stands between two positions; each Take operation moves the first one on.
+/// What is between two positions; each Take operation moves the first one on.
 struct Cursor {
     const char* m_start;
     const char* m_end;
@@ -74,7 +74,7 @@ struct Cursor {
         return static_cast<int>(m_at - start);
     }
 
-    /// The next 8 characters, with zero bytes for those behind the end. The text must have 8 or
+    /// The next 8 characters, with zero bytes for those after the end. The text must have 8 or
     /// more, which need not all be ahead.
     std::uint64_t Peek8() const noexcept {
         const std::ptrdiff_t ahead = m_end - m_at;
@@ -108,7 +108,7 @@ struct Cursor {
         return static_cast<int>(m_at - start);
     }
 
-    /// The exponent behind an 'e', if there is one. Digits behind the bound stay.
+    /// The exponent after an 'e', if there is one. Digits after the bound stay.
     int TakeExponent() noexcept {
         if (!Take('e') && !Take('E')) {
             return 0;
@@ -160,8 +160,8 @@ double Scale(std::uint64_t in_mantissa, int in_exponent) noexcept {
     return value * GetPowerOfTen(in_exponent);
 }
 
-/// How much of the text was used when reading stopped, or -1 when it did not stop behind a digit or
-/// behind a digit and a point.
+/// How much of the text was used when reading stopped, or -1 when it did not stop after a digit or
+/// after a digit and a point.
 std::ptrdiff_t GetConsumed(const char* in_text, const char* in_stop) noexcept {
     const char* last = in_stop;
     if (last != in_text && last[-1] == '.') {
@@ -179,7 +179,7 @@ double ParseDouble(const char* in_text, std::size_t in_length,
     cursor.TakeDigits(mantissa);
     int exponent = cursor.SkipDigits();
     if (cursor.Take('.')) {
-        // Behind an integer part that is too long, the fraction no longer counts.
+        // After an integer part that is too long, the fraction no longer counts.
         if (exponent == 0) {
             exponent = -cursor.TakeDigits(mantissa);
         }
@@ -196,7 +196,7 @@ bool IsPrefix(const char* in_text, std::size_t in_length, const char* in_word) n
     for (std::size_t i = 0; i < in_length; ++i) {
         const char character = in_text[i];
         const bool isLower = character >= 'a' && character <= 'z';
-        // Behind the end of the word stands its NUL, which no text of more characters may match.
+        // After the end of the word is its NUL, which no text of more characters may match.
         if (in_word[i] == '\0' || (isLower ? character - 'a' + 'A' : character) != in_word[i]) {
             return false;
         }
@@ -230,7 +230,7 @@ bool MayBeSpecialWord(const char* in_text, std::size_t in_length) noexcept {
     return letter == 'i' || letter == 'I' || letter == 'n' || letter == 'N';
 }
 
-/// Takes a point out of a block of digits, so that the digits in front of it move up behind it;
+/// Takes a point out of a block of digits, so that the digits in front of it move up after it;
 /// false when the block holds anything else. No branch depends on where the point is or whether
 /// there is one.
 template <class Block>
@@ -248,7 +248,7 @@ bool TakePoint(Block& inout_block, std::size_t& out_decimals) noexcept {
     return true;
 }
 
-/// A number as it stands in text: mantissa * 10^exponent.
+/// A number as it is in text: mantissa * 10^exponent.
 struct Decimal {
     std::uint64_t m_mantissa = 0;
     int m_exponent = 0;
@@ -292,7 +292,7 @@ std::size_t FindExponent(const char* in_text, std::size_t in_length) noexcept {
     return (in_text[place] | 0x20) == 'e' ? place : 0;
 }
 
-/// Reads such text with a short exponent behind it, which is then all digits that are to be read.
+/// Reads such text with a short exponent after it, which is then all digits that are to be read.
 bool ReadWithExponent(const char* in_text, std::size_t in_length, Decimal& out_decimal) noexcept {
     const std::size_t length = FindExponent(in_text, in_length);
     if (length == 0 || length > PLAIN_LENGTH) {
@@ -308,7 +308,7 @@ bool ReadWithExponent(const char* in_text, std::size_t in_length, Decimal& out_d
     return true;
 }
 
-/// The sign of a text and what stands behind it. Taking a sign off needs no branch.
+/// The sign of a text and what follows it. Taking a sign off needs no branch.
 struct SignedText {
     explicit SignedText(const char* in_text, std::size_t in_length) noexcept
         : m_isNegative(*in_text == '-'),

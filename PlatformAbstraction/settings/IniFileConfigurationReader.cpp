@@ -25,7 +25,7 @@ namespace {
 constexpr char SOURCE[] = "PlatformAbstraction\\IniFileConfigurationReader";
 constexpr char PARSE_KEY_VALUE[] = "`anonymous-namespace'::ParseKeyValue";
 
-/// The line up to the first comment sign. They stand anywhere, also in quotes, which is meant.
+/// The line up to the first comment sign. They may be anywhere, also in quotes, which is meant.
 std::string_view CutComment(std::string_view in_line) {
     const std::size_t sign = in_line.find('#');
     const std::string_view line = in_line.substr(0, sign);

@@ -1,7 +1,7 @@
 /// Reads settings from an INI file.
 ///
 /// A line is cut at the first "#" or ";", also inside quotes, and trimmed. What is left is a
-/// section header in brackets or a key and a value around the first "="; a value may stand in
+/// section header in brackets or a key and a value around the first "="; a value may be in
 /// double quotes or apostrophes. Section names and keys are upper-cased byte by byte (ASCII letters
 /// only). Bytes are read in GetByteTextEncoding. A reader holds nothing open between calls
 /// and is used by one thread at a time.

@@ -72,7 +72,7 @@ public:
 
     /// Paths end in "\" on both systems unless they are empty.
     static std::string GetConfigErrorMessagesPath();
-    /// A relative value is joined to the default directory, which also stands for an empty value.
+    /// A relative value is joined to the default directory, which an empty value also means.
     static std::string GetErrorMessagesPath(const std::string& in_defaultDirectory);
     static std::string GetLogPath();       ///< ".\" when unset
     static std::string GetSwapFilePath();  ///< the system's temporary directory when unset

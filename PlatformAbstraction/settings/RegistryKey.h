@@ -1,4 +1,4 @@
-/// The calls on one open key of the Windows registry; the rules stand in
+/// The calls on one open key of the Windows registry; the rules are in
 /// RegistryConfigurationReader.
 ///
 /// On Linux the registry is read from hive files: HKEY_CURRENT_USER from the file that
@@ -55,7 +55,7 @@ public:
     bool EnumValue(std::uint32_t in_index, std::span<char16_t> out_name,
                    std::uint32_t& out_nameLength, std::uint32_t& out_type,
                    std::span<std::byte> out_data, std::uint32_t& out_dataLength) const;
-    /// Gives the name of the sub-key at an index, with a NUL behind it.
+    /// Gives the name of the sub-key at an index, with a NUL after it.
     bool EnumKey(std::uint32_t in_index, std::span<char16_t> out_name,
                  std::uint32_t& out_nameLength) const;
 

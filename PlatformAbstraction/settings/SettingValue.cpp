@@ -68,7 +68,7 @@ void SectionMap::Sort() const {
     if (m_sortedCount == m_records.size()) {
         return;
     }
-    // Records of the same key stand in the order in which they were added.
+    // Records of the same key are in the order in which they were added.
     const auto isBefore = [this](const Record& in_left, const Record& in_right) {
         const int order = CompareUnits(GetKey(in_left), GetKey(in_right));
         return order != 0 ? order < 0 : in_left.m_key < in_right.m_key;

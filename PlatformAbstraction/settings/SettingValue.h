@@ -40,7 +40,7 @@ private:
 
 /// Key to value, ordered by the code units of the keys.
 ///
-/// All texts of a section stand in one block and its entries in another, so that a large file loads
+/// All texts of a section are in one block and its entries in another, so that a large file loads
 /// with few allocations; strings are made of them when they are asked for. What was added last is
 /// sorted in by the next call that reads.
 class SectionMap {
@@ -77,7 +77,7 @@ public:
     Iterator end() const { return {*this, GetSize()}; }
 
 private:
-    /// The code units of a text stand behind those of its key.
+    /// The code units of a text follow those of its key.
     struct Record {
         std::size_t m_key;       ///< where the key starts
         std::uint64_t m_number;  ///< or the length of the text

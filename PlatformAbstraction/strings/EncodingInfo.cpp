@@ -16,9 +16,9 @@ struct EncodingRow {
     bool m_isAsciiSuperset;
 };
 
-// The worst cases are generous for some single-byte sets, which only makes buffers larger, and 84
-// is no ASCII superset while its neighbours are; both are kept so that sizes and paths stay the
-// same.
+// The worst cases are generous for some single-byte sets, which only makes buffers larger, and
+// 84 is no ASCII superset while its neighbours are; both are kept so that sizes and paths stay
+// the same.
 constexpr std::array<EncodingRow, ENCODING_COUNT> ENCODINGS = {{
     {"UTF-8", 1, 4, true},                          // 0
     {"UTF-16LE", 2, 2, false},                      // 1

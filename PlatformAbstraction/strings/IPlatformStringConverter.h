@@ -1,4 +1,4 @@
-/// The string converter that a started platform installs into orska_wstring. The interface stands
+/// The string converter that a started platform installs into orska_wstring. The interface is
 /// with the string so that the string need not know the converters; WideStringConverter implements
 /// it. Implementations may be called from any thread.
 #ifndef PLATFORMABSTRACTION_IPLATFORMSTRINGCONVERTER_H

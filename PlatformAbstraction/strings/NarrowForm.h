@@ -1,4 +1,4 @@
-/// The narrow form of a string for conversions that must not allocate: short ASCII text stands on
+/// The narrow form of a string for conversions that must not allocate: short ASCII text is on
 /// the stack, all other text in a std::string.
 #ifndef PLATFORMABSTRACTION_NARROWFORM_H
 #define PLATFORMABSTRACTION_NARROWFORM_H

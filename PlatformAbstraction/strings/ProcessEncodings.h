@@ -28,7 +28,7 @@ IPlatformStringConverter* GetPlatformStringConverter() noexcept;
 /// @param in_converter  not owned; must live until it is replaced; null to convert without it again
 void SetPlatformStringConverter(IPlatformStringConverter* in_converter) noexcept;
 
-/// What the settings say about the ANSI encoding, ENC_NONE when nothing. The settings stand above
+/// What the settings say about the ANSI encoding, ENC_NONE when nothing. The settings are above
 /// the strings, so the platform hands their reader in here; null, as at the start: nothing is said.
 using EncodingSetting = EncodingType (*)();
 void SetAnsiEncodingSetting(EncodingSetting in_setting) noexcept;

@@ -101,7 +101,7 @@ public:
     /// Appending NULL changes nothing; appending to NULL copies.
     orska_wstring& operator+=(const orska_wstring& in_other);
 
-    /// Binary code-unit comparison; NULL equals NULL only and stands before every other string.
+    /// Binary code-unit comparison; NULL equals NULL only and sorts before every other string.
     friend bool operator==(const orska_wstring& in_left, const orska_wstring& in_right) noexcept;
     friend bool operator<(const orska_wstring& in_left, const orska_wstring& in_right) noexcept;
 

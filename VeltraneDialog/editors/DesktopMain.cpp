@@ -16,8 +16,8 @@ namespace {
 
 /// Process-wide: set before Qt starts, read by the handler of its messages.
 HostConnection* s_host = nullptr;
-/// Process-wide: the first warning of the platform, which tells more than the fatal message after
-/// it.
+/// Process-wide: the first warning of the platform, which tells more than the fatal message
+/// after it.
 std::string s_firstWarning;
 
 /// Qt ends the process when it finds no display; the host is told before that, so that it can try
@@ -53,8 +53,8 @@ public:
     explicit Desktop(HostConnection& io_host)
         : m_application(m_argumentCount, m_arguments),
           m_hostHasGone(io_host.Descriptor(), QSocketNotifier::Read) {
-        // A cursor that does not blink: an editor that nobody types in wakes neither itself nor the
-        // display.
+        // A cursor that does not blink: an editor that nobody types in wakes neither itself nor
+        // the display.
         QApplication::setCursorFlashTime(0);
     }
 

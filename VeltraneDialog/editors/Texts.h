@@ -10,7 +10,7 @@ namespace Veltrane::ODBC {
 /// where both are installed. Texts are UTF-8 whatever the locale.
 void StartTexts();
 
-/// @param in_text  English, marked with `VELTRANE_TEXT` where it stands
+/// @param in_text  English, marked with `VELTRANE_TEXT` where it is
 /// @return the translation, or the text itself; it lives as long as the program
 const char* Translate(const char* in_text);
 

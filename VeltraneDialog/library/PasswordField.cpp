@@ -121,7 +121,7 @@ void PasswordField::Overwrite() {
     Call(EM_EMPTYUNDOBUFFER);
     const auto length = static_cast<std::size_t>(Call(WM_GETTEXTLENGTH));
     OverwriteRange(0, static_cast<DWORD>(length));
-    // Behind the text lies what was pushed there when some before it was deleted.
+    // After the text lies what was pushed there when some before it was deleted.
     m_isOverwriting = true;
     const std::wstring blanks(std::max(ROOM, length), L' ');
     Call(WM_SETTEXT, 0, reinterpret_cast<LPARAM>(blanks.c_str()));

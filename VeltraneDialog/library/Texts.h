@@ -6,7 +6,7 @@
 
 namespace Veltrane::ODBC {
 
-/// @param in_text  English, marked with `VELTRANE_TEXT` where it stands
+/// @param in_text  English, marked with `VELTRANE_TEXT` where it is
 /// @return the translation into the language of the thread's user interface, or the text itself
 std::wstring TranslateWide(const char* in_text);
 

@@ -52,7 +52,7 @@ Findings Examine(const std::string& in_driver) {
     Findings findings;
     const DsnStore user(Scope::User);
     const DsnStore system(Scope::System);
-    // Each examination stands for itself: what one cannot read must not hide what others find.
+    // Each examination is independent: what one cannot read must not hide what others find.
     const auto add = [&findings](const auto& in_examine) {
         try {
             Append(findings, in_examine());

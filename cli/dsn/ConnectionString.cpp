@@ -56,7 +56,7 @@ private:
                 ++m_at;
                 SkipBlanks();
                 if (m_at < m_text.size() && m_text[m_at] != ';') {
-                    Fail("text behind a closing brace; a brace in a value is doubled");
+                    Fail("text after a closing brace; a brace in a value is doubled");
                 }
                 return value;
             }

@@ -9,7 +9,7 @@
 namespace Veltrane::Cli {
 
 /// Blanks around keys and values do not count. A value in braces may hold anything; a closing brace
-/// in it is doubled. Of a key that stands twice the first one counts, as the driver manager has it.
+/// in it is doubled. Of a key that occurs twice the first one counts, as the driver manager has it.
 /// @throws CommandError EXIT_USAGE with the position in bytes, never with a value
 Entries ParseConnectionString(std::string_view in_text);
 

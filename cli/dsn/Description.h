@@ -25,7 +25,7 @@ struct DsnDescription {
 enum class DescriptionFormat { JSON, INI };
 
 /// What the text looks like. A list of JSON and the first section of an INI file both begin with a
-/// bracket, but a DSN's name does not begin with what stands in a list of objects.
+/// bracket, but a DSN's name does not begin with what is in a list of objects.
 DescriptionFormat GuessFormat(std::string_view in_text);
 
 /// @param in_source  the file's name for error texts

@@ -56,7 +56,7 @@ private:
         if (std::string* const member = FindMember(in_key, description)) {
             *member = in_value;
         } else if (description.m_values.Find(in_key) != nullptr) {
-            Fail("a key that stands twice");
+            Fail("a key that occurs twice");
         } else if (EqualsIgnoringCase(in_key, "PWD") && in_value.empty()) {
             // Files of odbc.ini often have it. It does not remove a password that is stored.
         } else {

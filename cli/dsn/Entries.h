@@ -26,7 +26,7 @@ class Entries {
 public:
     Entries() = default;
     Entries(std::initializer_list<Entry> in_entries) : m_entries(in_entries) {}
-    /// Of keys that stand twice the first one counts, as for the driver manager. The further lines
+    /// Of keys that occur twice the first one counts, as for the driver manager. The further lines
     /// are no entries.
     explicit Entries(const std::vector<Entry>& in_lines);
 

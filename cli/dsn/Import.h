@@ -21,7 +21,7 @@ struct ImportWish {
     bool m_areSecretsTaken = false;
 };
 
-/// @param in_text  as the file has it, but for UTF-16 and a byte order mark (Input.h)
+/// @param in_text  as the file has it, except UTF-16 and a byte order mark (Input.h)
 /// @param out_notes  gets a sentence for each DSN and each key that is left out
 /// @return none where all are left out
 /// @throws CommandError EXIT_FAILED, with source and place, for a malformed text and one without

@@ -1,7 +1,7 @@
 #include "cli/dsn/InstallerCalls.h"
 
 #include <windows.h>
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 
 #include <iterator>

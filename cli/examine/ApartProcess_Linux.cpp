@@ -91,8 +91,8 @@ ApartProcess::ApartProcess(const std::string& in_program,
     }
     std::vector<std::string> arguments{"veltrane-dsn"};
     arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
-    // A session of its own keeps the driver off the terminal, and makes one group of all that it
-    // starts.
+    // A session of its own keeps the driver off the terminal, and makes one group of all that
+    // it starts.
     const int error = Orska::Support::SpawnPlan(other.Get(), POSIX_SPAWN_SETSID)
                           .Spawn(in_program.empty() ? OWN_PROGRAM : in_program,
                                  std::move(arguments), environ, m_state->m_process);

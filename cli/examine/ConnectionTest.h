@@ -18,7 +18,7 @@ namespace Veltrane::Cli {
 
 struct ConnectionRequest {
     /// The attributes of the connection string, in their order, in UTF-8. "DSN" begins a test of a
-    /// stored DSN, whose values count where no other attribute stands for them; "Driver" one of
+    /// stored DSN, whose values count where no other attribute replaces them; "Driver" one of
     /// values that are not stored.
     Entries m_attributes;
     std::chrono::milliseconds m_timeout = std::chrono::seconds(15);

@@ -67,7 +67,7 @@ void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
                 {Severity::Note, "value-cut-by-iodbc",
                  "The value of " + key + " of the DSN " + Quote(in_dsn) +
                      " is whole for unixODBC, but iODBC takes \";\" and \"#\" at its beginning or "
-                     "behind a blank for a comment.",
+                     "after a blank for a comment.",
                  "If programs on this machine use iODBC, choose a value without them."});
         }
     }
@@ -136,7 +136,7 @@ Findings ExamineFile(const DsnStore& in_store) {
         read = in_store.Load();
     } catch (const std::exception& error) {
         return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
-                 "Give yourself the right to read it, or move text that stands before the first "
+                 "Give yourself the right to read it, or move text that is before the first "
                  "section into one."}};
     }
     for (const std::string& path : leftFiles) {

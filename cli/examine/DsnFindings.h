@@ -10,7 +10,7 @@
 
 namespace Veltrane::Cli {
 
-/// Examines one DSN: what is missing, and which values programs will not read as they stand.
+/// Examines one DSN: what is missing, and which values programs will not read as they are.
 /// @param in_driver  a DSN of another one need not have its keys
 Findings ExamineDsn(const ODBC::ProfileView& in_text, const std::string& in_dsn,
                     const std::string& in_driver);

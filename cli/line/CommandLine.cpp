@@ -98,8 +98,8 @@ public:
     }
 
 private:
-    static constexpr int IN_ORDER = 1;  ///< stands for a word that is no option
-    static constexpr int FIRST = 1000;  ///< stands for the first long name
+    static constexpr int IN_ORDER = 1;  ///< a word that is no option
+    static constexpr int FIRST = 1000;  ///< the first long name
 
     /// The option of a number or a letter; null when there is none.
     const OptionInfo* Find(int in_found) const {
@@ -118,7 +118,7 @@ private:
         if (option == nullptr) {
             std::vector<std::string_view> known;
             for (const OptionInfo& info : GetOptions()) known.push_back(GetLongName(info));
-            // A letter may stand among others; the word is then another one.
+            // A letter may be among others; the word is then another one.
             const std::string word =
                 optopt == 0 ? in_word : std::string("-") + static_cast<char>(optopt);
             RefuseUnknown("option ", word.substr(0, word.find('=')), known);

@@ -10,7 +10,7 @@ struct PlatformWords {
     const char* m_exampleSetup;   ///< a path of the setup library
     const char* m_exampleDriver;  ///< a path of a driver
     const char* m_absolutePath;   ///< how an absolute path begins: "has to begin with a slash"
-    const char* m_missingDependencyRepair;  ///< behind "Install the package that contains X"
+    const char* m_missingDependencyRepair;  ///< after "Install the package that contains X"
     const char* m_missingSymbolRepair;
     const char* m_loaderRepair;
     const char* m_notWritableRepair;    ///< for the file or key of the DSNs

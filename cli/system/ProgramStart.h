@@ -7,7 +7,7 @@
 
 namespace Veltrane::Cli {
 
-/// The arguments behind the program's name, in UTF-8. What is printed from then on is UTF-8, too.
+/// The arguments after the program's name, in UTF-8. What is printed from then on is UTF-8, too.
 std::vector<std::string> StartProgram(int in_count, char** in_arguments);
 
 /// Puts back what the console was before: for who ends the program otherwise than by its exit. On

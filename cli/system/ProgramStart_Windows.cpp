@@ -1,5 +1,5 @@
 #include <windows.h>
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <shellapi.h>
 
 #include <cstdio>

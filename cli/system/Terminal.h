@@ -32,7 +32,7 @@ bool ReadVariable(const std::string& in_name, std::string& out_value);
 bool ReadSecret(const std::string& in_name, std::string& out_value);
 
 /// As ReadSecret, but takes the variable out of the environment of this process and clears the
-/// memory that it stood in.
+/// memory that it was in.
 bool TakeVariable(const std::string& in_name, std::string& out_value);
 
 }  // namespace Veltrane::Cli

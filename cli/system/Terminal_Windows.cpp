@@ -131,7 +131,7 @@ bool ReadVariable(const std::string& in_name, std::string& out_value) {
 bool TakeVariable(const std::string& in_name, std::string& out_value) {
     if (!ReadSecret(in_name, out_value)) return false;
     const std::wstring name = ToWide(in_name);
-    // Overwritten where it stands, in the process and in the copy of the C run-time.
+    // Overwritten where it is, in the process and in the copy of the C run-time.
     SetEnvironmentVariableW(name.c_str(), std::wstring(ToWide(out_value).size(), L' ').c_str());
     SetEnvironmentVariableW(name.c_str(), nullptr);
     if (char* const copy = std::getenv(in_name.c_str())) {

@@ -36,7 +36,7 @@ finish() {
 
 # fetch_source NAME VERSION FOLDER: unpacks a source package of the distribution into FOLDER/source.
 # It is downloaded through a list of the machine's own package sources, asked for source packages;
-# the list stands in a folder of its own, so that nothing of the system changes.
+# the list is in a folder of its own, so that nothing of the system changes.
 fetch_source() {
   local file work=$3/fetch
   mkdir -p "$work/sources" "$work/lists/partial" "$work/cache/archives/partial" "$work/download"

@@ -7,7 +7,7 @@
 typedef uint64_t Word;
 
 // The machine's memory, 256 MiB: the monitor from 1 MiB on, the program at the address it is linked
-// to (4 MiB), its heap behind it, then:
+// to (4 MiB), its heap after it, then:
 enum {
     ARENA = 0x4000000,      // what mmap hands out, page by page
     ARENA_END = 0x8000000,  //

@@ -1,5 +1,5 @@
-// The ODBC headers come first: the names below are their macros. Those of Windows want its own
-// first.
+// The ODBC headers come first: the names below are their macros. Those of Windows want its
+// own first.
 #ifdef _WIN32
 #include <windows.h>
 #endif

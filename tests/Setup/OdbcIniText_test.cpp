@@ -75,7 +75,7 @@ const EditCase EDIT_CASES[] = {
      "[a]\n# c\n k = v # d\nl=1\n", "[a]\n# c\nK=w\nl=1\n"},
     {"writing a new key", [](OdbcIniText& io_text) { io_text.Set("A", "n", "w"); },
      "[A]\nk=v\n\n# of B\n[B]\n", "[A]\nk=v\nn=w\n\n# of B\n[B]\n"},
-    {"removing a key that stands twice", [](OdbcIniText& io_text) { io_text.RemoveKey("A", "k"); },
+    {"removing a key that occurs twice", [](OdbcIniText& io_text) { io_text.RemoveKey("A", "k"); },
      "[A]\nK=1\nl=1\n k =2", "[A]\nl=1\n"},
 };
 

@@ -469,7 +469,7 @@ TEST_F(OdbcInstallerTest, ARemovalThatFailsSaysWhy) {
     EXPECT_EQ(SQLInstallerError(2, &code, text, sizeof text, &length), SQL_NO_DATA);
 }
 
-/// One file for the user and one for the system, the user's behind a symbolic link.
+/// One file for the user and one for the system, the user's reached by a symbolic link.
 struct File {
     unsigned short m_mode;
     std::filesystem::path m_path;

@@ -4,7 +4,7 @@
 #include "tests/installer/TestProfile.h"
 #include "tests/support/InstallerStage.h"
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 
 namespace Veltrane::ODBC::OdbcInstaller {

@@ -8,7 +8,7 @@
 #include "Setup/OdbcInstaller.h"
 #include "Setup/Profile.h"
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which they need.
+// After the Windows API, which they need.
 #include <aclapi.h>
 #include <odbcinst.h>
 #include <sddl.h>

@@ -9,7 +9,7 @@
 #include "tests/support/RefusedMemory.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 
 namespace {

@@ -44,7 +44,7 @@ protected:
 };
 
 TEST_F(VeltraneDSNConfigurationTest, LoadFindsTheNameInTheAttributeList) {
-    // Takes minutes where each entry is searched together with those behind it.
+    // Takes minutes where each entry is searched together with those after it.
     std::string many;
     while (many.size() < (std::size_t{4} << 20)) many += "a\0"s;
     const struct {
@@ -178,8 +178,8 @@ TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWro
         };
         EXPECT_EQ(CodeOf([&] { record.Save(); }), c.m_code);
         EXPECT_EQ(s_installer.m_profile["x"].size(), c.m_keys);
-        // The end of the update commits what came before; after a failed Commit nothing is left to
-        // do.
+        // The end of the update commits what came before; after a failed Commit nothing is left
+        // to do.
         EXPECT_EQ(s_installer.m_calls.back(),
                   c.m_failing == "Commit"s ? "Commit" : "Commit silently");
     }

@@ -1,5 +1,5 @@
-/// That nothing of the tool keeps a password that it has read. Runs commands as main does, on its
-/// heap.
+/// That nothing of the tool keeps a password that it has read. Runs commands as main does, on
+/// its heap.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

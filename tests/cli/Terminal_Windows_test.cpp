@@ -1,4 +1,4 @@
-/// The question for a password at a console of the test's own: its functions stand in for those of
+/// The question for a password at a console of the test's own: its functions replace those of
 /// the import library.
 #include <gmock/gmock.h>
 

@@ -91,7 +91,7 @@ class ToolTest(unittest.TestCase):
             while time.monotonic() < end:
                 if select.select([terminal], [], [], 0.05)[0]:
                     shown += os.read(terminal, 1024)
-                # Wine's console takes the echo away behind the question.
+                # Wine's console takes the echo away after the question.
                 is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
                 questions = shown.count(b"Password") + shown.count(b"once")
                 if answers and questions > asked and is_silent:

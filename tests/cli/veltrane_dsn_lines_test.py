@@ -157,7 +157,7 @@ class InputTest(RefusalTest):
                 ("[a]\nhunter2\n", "input, line 2: neither a section, a comment nor a key"),
                 ("\nPWD=hunter2\n", "input, line 2: a key before the first section."),
                 ("[hunter2\n", "input, line 1: a section header without its closing bracket."),
-                ("[a]\nPWD=x\npwd=hunter2\n", "input, line 3: a key that stands twice."),
+                ("[a]\nPWD=x\npwd=hunter2\n", "input, line 3: a key that occurs twice."),
                 ("[a]\n[A]\n", '"A" is described twice.'),
                 ("[a]\nState=hunter2\n", "input: \"a\": the state is neither present nor absent."),
                 ("; {\nDSN=x", "input, line 2: a key before the first section.")):

@@ -57,7 +57,7 @@ class Page(unittest.TestCase):
         for name, text in FIXTURES.get(self.name, {}).items():
             (self.work / name).write_text(text, encoding="utf-8")
         self.register()
-        # Paths of an installed product and what stands for them here.
+        # Paths of an installed product and what replaces them here.
         self.paths = {"/usr/lib/libVeltraneSetup.so": SETUP,
                       "/opt/veltrane/lib/libVeltraneSetup.so": SETUP,
                       "/home/anna": str(self.home),

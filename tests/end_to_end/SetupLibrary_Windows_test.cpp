@@ -1,5 +1,5 @@
-/// The built library through the test installer, which loads it for each request and frees it
-/// again.
+/// The built library through the test installer, which loads it for each request and frees
+/// it again.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 #include "tests/installer/TestProfile.h"
 #include "tests/support/DialogUser.h"
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs. Its macro would rename the narrow function.
+// Must follow <windows.h>. Its macro would rename the narrow function.
 #include <odbcinst.h>
 #undef SQLConfigDataSource
 #include <psapi.h>

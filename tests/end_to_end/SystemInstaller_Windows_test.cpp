@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 #undef SQLConfigDataSource
 

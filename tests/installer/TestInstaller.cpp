@@ -8,7 +8,7 @@
 #include "tests/installer/TestInstaller.h"
 
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs. Its macros would rename the narrow functions.
+// Must follow <windows.h>. Its macros would rename the narrow functions.
 #include <odbcinst.h>
 #undef SQLConfigDataSource
 

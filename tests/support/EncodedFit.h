@@ -34,8 +34,8 @@ using WriteString = std::function<std::int64_t(const orska_wstring& in_string, c
                                                std::int64_t in_capacity, bool& out_truncated)>;
 
 /// Writes one text at every capacity from that of a NUL to more than it needs, and fails the test
-/// when it is not the longest beginning that fits, or anything but zeros stands behind.
-/// @param in_nulWidth  bytes of the NUL that is written behind the text
+/// when it is not the longest beginning that fits, or anything but zeros follows.
+/// @param in_nulWidth  bytes of the NUL that is written after the text
 void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
                         std::size_t in_nulWidth, const WriteString& in_write);
 

@@ -17,7 +17,7 @@ public:
 
     /// The first usable byte; the page before it is forbidden.
     char* GetStart() const { return m_start; }
-    /// Behind the last usable byte, where the next forbidden page begins.
+    /// After the last usable byte, where the next forbidden page begins.
     char* GetEnd() const { return m_start + m_capacity; }
     /// Copies bytes so that they end with the buffer and gives their start.
     char* PutAtEnd(std::string_view in_bytes);

@@ -1,7 +1,7 @@
 #include "tests/support/InstallerStage.h"
 
 #include "tools/WindowsApi.h"
-// Behind the Windows API, which it needs.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 
 #include "PlatformAbstraction/strings/orska_wstring.h"

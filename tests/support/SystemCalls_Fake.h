@@ -1,5 +1,5 @@
 /// The system calls of Setup/SystemCalls.h, counted and made to fail or to do less on demand; they
-/// are real otherwise, but for fsync. Process-wide: set by a test, read by the calls.
+/// are real otherwise, except fsync. Process-wide: set by a test, read by the calls.
 #ifndef TESTS_SUPPORT_SYSTEMCALLS_FAKE_H
 #define TESTS_SUPPORT_SYSTEMCALLS_FAKE_H
 

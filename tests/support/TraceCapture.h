@@ -34,7 +34,7 @@ public:
 
 class TraceCapture {
 public:
-    /// @param in_settings  what stands before the ":" of TR4CE, such as "1" or "4st"
+    /// @param in_settings  what is before the ":" of TR4CE, such as "1" or "4st"
     explicit TraceCapture(const std::string& in_settings = "1")
         : m_path(MakePath()), m_setting((in_settings + ":" + m_path).c_str()) {}
     ~TraceCapture() { std::remove(m_path.c_str()); }

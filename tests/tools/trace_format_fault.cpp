@@ -1,4 +1,4 @@
-// Compiled by a test, never linked: with FAULT a string stands where a number is due.
+// Compiled by a test, never linked: with FAULT a string is where a number is due.
 #include "tools/trace.h"
 
 #ifdef FAULT

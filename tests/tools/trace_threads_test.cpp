@@ -61,7 +61,7 @@ TEST_P(TraceThreads, NoLineIsTornOrLost) {
         const std::string expected = "F:" + std::to_string(index) + "\t" + std::to_string(process) +
                                      " " + std::to_string(thread) + " " +
                                      Payload(process, thread, index) + (hasFlags ? "\t S" : " S");
-        // The lines of one thread stand in the order in which it wrote them.
+        // The lines of one thread are in the order in which it wrote them.
         if (index < 0 || line != expected || next[{process, thread}]++ != index) {
             ++torn;
         }

@@ -19,7 +19,7 @@ const TranscoderTable& GetTable(CpuLevel in_level) noexcept {
 
 // Bytes of output for four bytes of source. The single-byte rows equal the UTF-8 row, which makes
 // their factor towards UTF-8 1 although a cp1252 byte can take three bytes there: callers rely on
-// the table as it stands.
+// the table as it is.
 constexpr std::uint8_t RATIO[INDEX_COUNT][INDEX_COUNT] = {
     {4, 8, 8, 16, 16, 4, 4},  //
     {6, 4, 4, 8, 8, 2, 2},    //

@@ -19,7 +19,7 @@
 ///   of the source cuts off is INCOMPLETE if some continuation makes it valid; else INVALID at
 ///   once (ED A0 at the end is INVALID).
 /// - UTF-16: a trail surrogate without a lead, a lead that is not followed by a trail. A single
-///   byte at the end, and a lead surrogate with fewer than two bytes behind it, are INCOMPLETE.
+///   byte at the end, and a lead surrogate with fewer than two bytes after it, are INCOMPLETE.
 /// - UTF-32: surrogates and values above U+10FFFF. One to three bytes at the end are INCOMPLETE.
 /// - latin1 and cp1252: nothing. The five bytes that cp1252 leaves undefined (81, 8D, 8F, 90, 9D)
 ///   are the code points of the same value.

@@ -157,8 +157,8 @@ TEST(ODBCStringConverter, IsRightAfterATruncatedOrRefusedConversion) {
     }
 }
 
-// Texts that leave something behind in a converter: a code point without bytes, a cut pair, a
-// shift.
+// Texts that leave something behind in a converter: a code point without bytes, a cut pair,
+// a shift.
 TEST(ODBCStringConverter, GivesTheSameBytesWhateverWasConvertedBefore) {
     const std::u16string lead(1, char16_t{0xD800});
     const std::u16string texts[] = {u"\u00AD", u"\uFFA0",          u"a\u200B", u"x" + lead + u"yz",

@@ -69,7 +69,7 @@ protected:
         ASSERT_EQ(expected, std::string(target, 2 * static_cast<std::size_t>(units)));
     }
 
-    // Every kind and length, valid, damaged in one byte, and cut behind it.
+    // Every kind and length, valid, damaged in one byte, and cut after it.
     void CheckAll() {
         Random random(31);
         for (const int form : FORMS) {

@@ -76,7 +76,7 @@ void CheckForm(const Form& in_form) {
     }
 }
 
-// Behind blocks of plain text, or of pairs, where it is the first unit that is looked at anew.
+// After blocks of plain text, or of pairs, where it is the first unit that is looked at anew.
 TEST(UnicodeForms, FindALoneTrailAnywhere) {
     for (const Form& form : GetForms()) {
         if (form.m_source != UTF16LE && form.m_source != UTF16BE) continue;

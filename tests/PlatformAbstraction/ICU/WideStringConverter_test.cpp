@@ -168,7 +168,7 @@ TEST(WideStringConverter, CallsTextWholeWhenOnlyWhatGivesNoBytesIsLeft) {
     }
 }
 
-// However many code points without bytes stand at the end, the cut is found in a few conversions.
+// However many code points without bytes are at the end, the cut is found in a few conversions.
 TEST(WideStringConverter, CutsTextOfSilentCodePointsInAFewAttempts) {
     for (const int encoding : {17, 22, 24, 25, 27, 28, 67}) {
         SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));

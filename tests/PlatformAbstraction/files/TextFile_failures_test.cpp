@@ -110,7 +110,7 @@ TEST(TextFileFailures, AWriteThatFailsTellsHowFarItCame) {
 
 TEST(TextFileFailures, AnIniFileThatCannotBeReadToItsEndIsAnError) {
     FakeFile::Get().m_content = "[S]\na=1\nb=2\nc=3\n";
-    FakeFile::Get().m_readFailsAt = 12;  // behind the line of b
+    FakeFile::Get().m_readFailsAt = 12;  // after the line of b
     const IniFileConfigurationReader reader(false, false);
     SectionMap section = MakeSection(L"OLD", 1);
     EXPECT_EQ(ThrownMessage([&] { reader.LoadConfiguration(section, L"x.ini", L"S"); }),

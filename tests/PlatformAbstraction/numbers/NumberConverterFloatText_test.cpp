@@ -35,7 +35,7 @@ std::string PrintTrimmed(double in_value, int in_decimals) {
     return std::string(buffer, length);
 }
 
-/// The exponent, if any, with the point that must not stand in front of it.
+/// The exponent, if any, with the point that must not be in front of it.
 bool HasBarePoint(const std::string& in_text) {
     return in_text.ends_with('.') || in_text.find(".e") != std::string::npos;
 }

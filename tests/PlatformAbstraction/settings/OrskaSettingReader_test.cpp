@@ -193,7 +193,7 @@ TEST_F(SettingReader, KeysIgnoreTheCaseOfAsciiLetters) {
     EXPECT_EQ(Reader::GetSetting("Mixed1"), "");
     Reader::SetSetting("MIXED", "3");
     EXPECT_EQ(Reader::GetSetting("mixed"), "3");
-    Reader::SetSetting("a_b", "4");  // "_" stands between the upper-case and the lower-case letters
+    Reader::SetSetting("a_b", "4");  // "_" is between the upper-case and the lower-case letters
     Reader::SetSetting("aAb", "5");
     EXPECT_EQ(Reader::GetSetting("A_B"), "4");
     EXPECT_EQ(Reader::GetSetting("AAB"), "5");

@@ -288,7 +288,7 @@ TEST(OrskaWstringTest, NullAddsNothing) {
 }
 
 TEST(OrskaWstringTest, OrdersByCodeUnitsWithNullFirst) {
-    // U+FF5E stands above the surrogates of U+1F600 as a unit and below it as a code point.
+    // U+FF5E is above the surrogates of U+1F600 as a unit and below it as a code point.
     const orska_wstring ordered[] = {{},   u"",       u"A",          u"AB",
                                      u"a", u"\u00E4", u"\U0001F600", u"\uFF5E"};
     for (std::size_t left = 0; left < std::size(ordered); ++left) {

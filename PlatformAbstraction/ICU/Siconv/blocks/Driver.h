@@ -5,12 +5,12 @@
 // - V, the vectors it uses; SOURCE_UNIT and TARGET_UNIT, the bytes of a plain character;
 // - HAS_PAIRS, whether it has ConvertTwo(block, block, to), which converts two blocks if they are
 //   of a kind that it has a quicker way for;
-// - ROOM, the most bytes that converting a block may write, scratch behind the text included;
+// - ROOM, the most bytes that converting a block may write, scratch after the text included;
 // - Load(at) and LoadPart(at, size), V::SIZE bytes with units in the processor's byte order;
 // - IsPlain(block), whether its characters need no more than other units (at least ASCII is so),
 //   and WritePlain(to, block);
 // - Convert(block, to), false with nothing changed when the block is not valid so far;
-// - ContinueRun(cursor, start), which may go on by itself behind a converted block;
+// - ContinueRun(cursor, start), which may go on by itself after a converted block;
 // - IsPending(), whether the last block ended inside a code point;
 // - TakeBack(cursor, start), which steps back to the start of such a code point;
 // - GetWhole(at, size), what of a piece is whole code points, if it is valid.
@@ -73,7 +73,7 @@ struct Cursor {
     }
 };
 
-// How many bytes of a code point that is not complete stand before a position, if the text is
+// How many bytes of a code point that is not complete are before a position, if the text is
 // valid so far: 0 to 3.
 ORSKA_INLINE std::uint32_t GetCutBytes(const char* in_start, const char* in_at) {
     const auto available = static_cast<std::uint64_t>(in_at - in_start);
@@ -192,8 +192,8 @@ ORSKA_INLINE void StepBack(BoundedTo& io_to, std::uint64_t in_size) {
     io_to.m_room += static_cast<std::int64_t>(in_size);
 }
 
-// One block of fewer than V::SIZE bytes, with zero bytes behind it, each of which gives a
-// character behind the others.
+// One block of fewer than V::SIZE bytes, with zero bytes after it, each of which gives a
+// character after the others.
 template <class Blocks, class To>
 ORSKA_INLINE bool ConvertPart(Blocks& io_blocks, const char* in_from, std::uint64_t in_size,
                               To& io_to) {

@@ -278,7 +278,7 @@ public:
     }
 
 private:
-    // Behind a block of nothing but sequences of three or four bytes.
+    // After a block of nothing but sequences of three or four bytes.
     ORSKA_INLINE void ContinueLongRun(Cursor& io_cursor, const char* in_start) {
         const bool isRun3 = m_masks.m_lead4 == 0;
         if (!isRun3 && m_masks.m_lead4 != m_masks.m_lead) {

@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    // Units that are no surrogates; behind some up to FF only, those may go on more quickly.
+    // Units that are no surrogates; after some up to FF only, those may go on more quickly.
     static ORSKA_INLINE void ConvertMixedRun(Cursor& io_cursor) {
         std::uint64_t steps = io_cursor.GetLeft() / V::SIZE;
         steps = steps < io_cursor.GetRoom() / ROOM ? steps : io_cursor.GetRoom() / ROOM;

@@ -13,7 +13,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Writes vectors of V::SIZE / 2 units. Each may write four bytes behind its text.
+// Writes vectors of V::SIZE / 2 units. Each may write four bytes after its text.
 template <class V>
 struct Utf8Packer {
     using Type = typename V::Type;
@@ -89,7 +89,7 @@ struct Utf8Packer {
         V::PackUtf8Of3(io_to, V::InterleaveLow16(first, last), V::InterleaveHigh16(first, last));
     }
 
-    // The lead and the second byte of three. Of two bytes the lead stands in the second place.
+    // The lead and the second byte of three. Of two bytes the lead is in the second place.
     static ORSKA_INLINE Type GetFirstTwo(Type in_units, Type in_isShort) {
         // Bits 6 to 11 move two places up in their byte, to the higher one.
         const auto bits = V::MultiplyAdd8(
@@ -198,7 +198,7 @@ private:
         return steps < STAY_COUNT ? steps : STAY_COUNT;
     }
 
-    // Two vectors of units up to FF at a time; true behind some of ASCII.
+    // Two vectors of units up to FF at a time; true after some of ASCII.
     ORSKA_INLINE bool WriteUpToFF() {
         std::uint32_t asciiRun = 0;
         while (CanRead(2) && CanWrite(2 * V::SIZE)) {

@@ -33,7 +33,7 @@ template <std::uint32_t VALUE>
 constexpr Constant CONSTANT = {{VALUE, VALUE, VALUE, VALUE, VALUE, VALUE, VALUE, VALUE}};
 #endif
 
-// Where the writers below may not write behind the text: m_room bytes before m_end. What does not
+// Where the writers below may not write after the text: m_room bytes before m_end. What does not
 // fit is left out, and makes m_room negative.
 struct BoundedTo {
     char* m_end;
@@ -124,7 +124,7 @@ struct Vector128 : VectorBase<Vector128> {
     static ORSKA_INLINE Type Load(const char* in_at) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_at));
     }
-    // The first in_size bytes, fewer than SIZE, and zeros behind them; reads no others.
+    // The first in_size bytes, fewer than SIZE, and zeros after them; reads no others.
     static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
         std::uint64_t low = 0;
         std::uint64_t high = 0;
@@ -306,7 +306,7 @@ struct Vector128 : VectorBase<Vector128> {
             2 * CountBits(in_keep >> 8));
     }
 
-    // The same, each with two zero bytes behind (IS_BIG: before) it.
+    // The same, each with two zero bytes after (IS_BIG: before) it.
     template <bool IS_BIG, class To>
     static ORSKA_INLINE void CompressToUnits32(To& io_at, Type in_low, Type in_high,
                                                std::uint64_t in_keep) {
@@ -314,7 +314,7 @@ struct Vector128 : VectorBase<Vector128> {
         CompressHalfToUnits32<IS_BIG>(io_at, in_high, in_keep >> 8);
     }
 
-    // The same with a second unit for each, that goes behind (IS_BIG: before) the first.
+    // The same with a second unit for each, that goes after (IS_BIG: before) the first.
     template <bool IS_BIG, class To>
     static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
                                            Type in_topHigh, std::uint64_t in_keep) {

@@ -120,7 +120,7 @@ private:
     }
 };
 
-// Blocks of 16 bytes up to the first character that is not plain; what is written behind it is
+// Blocks of 16 bytes up to the first character that is not plain; what is written after it is
 // scratch. Writes no more than 16 characters need.
 template <class From, class To>
 void ConvertRun(TranscoderSource& io_source, TranscoderTarget& io_target) {

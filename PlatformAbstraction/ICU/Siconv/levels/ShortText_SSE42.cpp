@@ -19,7 +19,7 @@ ORSKA_INLINE bool ConvertPlain(const char* in_from, std::uint64_t in_size, char*
 }
 
 // Text below 800 in whole and part blocks of 8 units, to a buffer with room for two bytes a unit;
-// 0 for other text. What a block writes behind its bytes, the units behind it cover; the last block
+// 0 for other text. What a block writes after its bytes, the units after it cover; the last block
 // is copied.
 ORSKA_INLINE std::int64_t ConvertUpTo7FF(const char* in_from, std::uint64_t in_size, char* out_to) {
     using V = Vector128;
@@ -62,7 +62,7 @@ ORSKA_INLINE std::int64_t ConvertWhole(const char* in_from, std::uint64_t in_siz
             return -1;
         }
     }
-    // The zeros behind the text show a code point that is cut off.
+    // The zeros after the text show a code point that is cut off.
     if ((in_size > 0 || blocks.IsPending()) && !ConvertPart(blocks, in_from, in_size, to)) {
         return -1;
     }

@@ -1,16 +1,16 @@
 // The way through a text with AVX-512: windows of 64 bytes that each begin at a code point, so that
 // no window has to know of the one before. Whole windows while the target has room for all that one
-// may write; the last one with zeros behind the text, and where there is less room by way of a
+// may write; the last one with zeros after the text, and where there is less room by way of a
 // buffer. What is left is the work of the level below: a text that does not fit, and what is
 // malformed or cut off. Included by kernels only; everything is local to the including file.
 //
 // A class of windows has
 // - SOURCE_UNIT, the bytes of a code unit; TARGET_UNIT, those of a plain character;
-// - ROOM, the most bytes that converting a window may write, scratch behind the text included;
+// - ROOM, the most bytes that converting a window may write, scratch after the text included;
 // - IsPlain(bytes), whether the characters need no more than other units (at least ASCII is so),
 //   WritePlain(to, bytes) for 64 of them and WritePlainPart(to, bytes, size);
 // - NarrowPair(bytes, bytes), two windows of them to one vector, where units have 2 bytes;
-// - GetCut(from), the bytes of a code point at the end of a valid window that goes on behind;
+// - GetCut(from), the bytes of a code point at the end of a valid window that goes on after it;
 // - GetWhole(from, size), what of a piece is whole code points, if it is valid;
 // - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
@@ -60,7 +60,7 @@ ORSKA_INLINE std::uint64_t CountBits(std::uint64_t in_mask) {
     return static_cast<std::uint64_t>(__builtin_popcountll(in_mask));
 }
 ORSKA_INLINE __m512i LoadWindow(const char* in_at) { return _mm512_loadu_si512(in_at); }
-// Zeros behind the first in_size bytes, which alone are read.
+// Zeros after the first in_size bytes, which alone are read.
 ORSKA_INLINE __m512i LoadWindowPart(const char* in_at, std::uint64_t in_size) {
     return _mm512_maskz_loadu_epi8(GetLowBits(in_size), in_at);
 }
@@ -68,7 +68,7 @@ ORSKA_INLINE __m512i LoadWindowPart(const char* in_at, std::uint64_t in_size) {
 ORSKA_INLINE void StorePart(char* out_at, __m512i in_bytes, std::uint64_t in_size) {
     _mm512_mask_storeu_epi8(out_at, GetLowBits(in_size), in_bytes);
 }
-// The same for COUNT vectors one behind the other; those that get nothing are not touched.
+// The same for COUNT vectors one after the other; those that get nothing are not touched.
 template <std::uint32_t COUNT>
 ORSKA_INLINE void StoreParts(char* out_at, const __m512i (&in_parts)[COUNT],
                              std::uint64_t in_size) {
@@ -107,7 +107,7 @@ ORSKA_INLINE __m512i OrderUnits32(__m512i in_units) {
     return IS_BIG ? _mm512_shuffle_epi8(in_units, order) : in_units;
 }
 
-// A pair of vectors that hold the bytes of each unit one behind the other.
+// A pair of vectors that hold the bytes of each unit one after the other.
 ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
     const __m512i order = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
     const __m512i first = _mm512_permutexvar_epi64(order, in_first);
@@ -174,8 +174,8 @@ ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
 }
 
 // A window where there is room for one. At the end of the text it is of whole code points with
-// zeros behind, each of which gives a plain character behind the others. False with nothing changed
-// if it is not valid or there is none.
+// zeros after it, each of which gives a plain character after the others. False with nothing
+// changed if it is not valid or there is none.
 template <class Windows>
 ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
     const char* const from = io_cursor.m_from;

@@ -23,7 +23,7 @@ ORSKA_INLINE bool FindSurrogates(__m512i in_units, Surrogates& out_surrogates) {
     return ((lead << 1) & 0xFFFFFFFF) == trail;
 }
 
-// Whether a lead surrogate stands at an end of the text, as 2 bytes or none.
+// Whether a lead surrogate is at an end of the text, as 2 bytes or none.
 template <bool IS_BIG>
 ORSKA_INLINE std::uint64_t GetCutUtf16(const char* in_from) {
     const auto high = static_cast<unsigned char>(in_from[WINDOW - (IS_BIG ? 2 : 1)]);

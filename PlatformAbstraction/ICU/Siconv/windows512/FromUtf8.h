@@ -197,7 +197,7 @@ struct WindowUnitsOf8 : ToWholeCodePoints {
         const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8<0x1A>());
         out_parts[0] = _mm512_maskz_compress_epi8(in_text.m_keep, bytes);
     }
-    // Code points up to FF: of a follower behind C3 bit 6 is set. Goes on by whole windows, from
+    // Code points up to FF: of a follower after C3 bit 6 is set. Goes on by whole windows, from
     // one to the next with what the last byte was: the place of the next window does not depend on
     // it.
     static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t) {
@@ -318,7 +318,7 @@ private:
         const __m512i five = _mm512_and_si512(out_text.m_high, All8<0xF8>());
         const std::uint64_t isOverlong3 = _mm512_mask_testn_epi8_mask(ends3, five, five);
         const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8<0xD8>());
-        // Where a follower stands unexpected or is missing.
+        // Where a follower is unexpected or is missing.
         const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1 ^ lead3 << 2 ^ lead4 << 3;
         std::uint64_t wrong = unexplained | isOverlong2 | isOverlong3 | isSurrogate;
         if (lead4 != 0) {

@@ -10,7 +10,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// A target with room for 64 bytes behind every vector's text.
+// A target with room for 64 bytes after every vector's text.
 class Utf8Output {
 public:
     explicit ORSKA_INLINE Utf8Output(char* out_to) : m_to(out_to) {}
