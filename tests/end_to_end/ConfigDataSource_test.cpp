@@ -47,8 +47,9 @@ protected:
     /// @param in_list  entries with their NULs; the final NUL is added
     static bool Configure(int in_request, const std::string& in_list = {},
                           HWND in_window = nullptr) {
+        // The installer reads two NULs at the end of an empty list, too.
         return SQLConfigDataSource(in_window, static_cast<WORD>(in_request), "Veltrane",
-                                   in_list.c_str()) != 0;
+                                   (in_list + '\0').c_str()) != 0;
     }
     static bool ConfigureWide(int in_request, const std::u16string& in_list) {
         return SQLConfigDataSourceW(nullptr, static_cast<WORD>(in_request),
