@@ -107,7 +107,7 @@ class NetworkMountTest(unittest.TestCase):
             self.assertTrue(names)
             for name in names:
                 with self.subTest(name):
-                    run = subprocess.run([program, f"--gtest_filter=*.{name}"], text=True, timeout=120,
+                    run = subprocess.run([program, f"--gtest_filter=*.{name}"], text=True, timeout=400,
                                          env={**os.environ, "TMPDIR": str(place)}, check=False,
                                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
                     self.assertEqual(run.returncode, 0, run.stdout)
