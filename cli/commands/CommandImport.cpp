@@ -40,6 +40,7 @@ ExitCode ImportFile(const CommandLine& in_line) {
     ImportWish wish;
     wish.m_source = isInput ? "standard input" : file;
     wish.m_name = in_line.Get(OptionId::Name, isInput ? std::string() : GetNameOfFile(file));
+    wish.m_isNameGiven = in_line.Has(OptionId::Name);
     wish.m_encoding = in_line.Get(OptionId::Encoding);
     wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
     wish.m_driverThere = in_line.Get(OptionId::FromDriver);

@@ -135,7 +135,14 @@ std::string DecodeAnsi(const std::string& in_bytes, const ImportWish& in_wish) {
     const EncodingType encoding = GetEncoding(in_wish);
     std::u16string units;
     if (ODBC::DecodeUtf8(in_bytes, units)) return in_bytes;
-    return Orska::Support::orska_wstring(in_bytes.data(), in_bytes.size(), encoding).GetAsUtf8();
+    std::string text =
+        Orska::Support::orska_wstring(in_bytes.data(), in_bytes.size(), encoding).GetAsUtf8();
+    constexpr const char* REPLACEMENT = "\xEF\xBF\xBD";
+    if (text.find(REPLACEMENT) != std::string::npos) {
+        throw CommandError(EXIT_FAILED,
+                           in_wish.m_source + " has bytes that are no text in its encoding.");
+    }
+    return text;
 }
 
 void TakeList(ImportedDsns& io_dsns, std::vector<std::string>& out_notes) {
@@ -169,6 +176,10 @@ std::vector<DsnDescription> ImportDsns(std::string in_text, const ImportWish& in
     in_text = DecodeAnsi(in_text, in_wish);
     ImportedDsns dsns = Read(in_text, in_wish, out_notes);
     if (dsns.empty()) fail(" has no DSN.");
+    if (in_wish.m_isNameGiven && (dsns.size() != 1 || dsns.front().m_name != in_wish.m_name)) {
+        throw CommandError(EXIT_USAGE, "--name is for a file DSN; " + in_wish.m_source +
+                                           " has the names of its DSNs.");
+    }
     return Chooser(in_wish, out_notes).Run(std::move(dsns));
 }
 

@@ -19,14 +19,15 @@ struct ImportWish {
     std::string m_driverThere;   ///< name or path in the file; empty: the same
     bool m_areAllTaken = false;  ///< the DSNs of other drivers, too
     bool m_areSecretsTaken = false;
+    bool m_isNameGiven = false;  ///< m_name was asked for and is not the file's
 };
 
 /// @param in_text  as the file has it, except UTF-16 and a byte order mark (Input.h)
 /// @param out_notes  gets a sentence for each DSN and each key that is left out
 /// @return none where all are left out
 /// @throws CommandError EXIT_FAILED, with source and place, for a malformed text and one without
-///         DSNs; EXIT_USAGE for an encoding that nobody knows and a name that is missing. No text
-///         holds a value.
+///         DSNs; EXIT_USAGE for an encoding that nobody knows and a name that is missing or of no
+///         use. No text holds a value.
 std::vector<DsnDescription> ImportDsns(std::string in_text, const ImportWish& in_wish,
                                        std::vector<std::string>& out_notes);
 

@@ -25,6 +25,22 @@ ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
     return dsn;
 }
 
+/// The driver manager reads them as well as it can, which may not be what was meant.
+void NoteOddLines(std::string_view in_text, const std::string& in_source,
+                  std::vector<std::string>& out_notes) {
+    for (std::size_t number = 1; !in_text.empty(); ++number) {
+        const std::size_t end = in_text.find('\n');
+        const std::string_view line = Orska::Support::Trim(in_text.substr(0, end));
+        in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
+        if (line.empty() || ODBC::OdbcIniLine::IsComment(line.front())) continue;
+        const char wanted = line.front() == '[' ? ']' : '=';
+        if (line.find(wanted) != std::string_view::npos) continue;
+        out_notes.push_back(in_source + ", line " + std::to_string(number) + " has no \"" + wanted +
+                            "\"; it is read as " +
+                            (wanted == ']' ? "a section." : "a key without a value."));
+    }
+}
+
 }  // namespace
 
 ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wish,
@@ -35,6 +51,7 @@ ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wis
                                             " is no odbc.ini, file DSN, export of the registry or "
                                             "JSON of Get-OdbcDsn.");
     }
+    NoteOddLines(in_text, in_wish.m_source, out_notes);
     // In [ODBC] an odbc.ini has options of the driver manager.
     const Entries own(ini.GetKeyValues("ODBC"));
     if (own.Find("Driver") != nullptr || own.Find("DSN") != nullptr) {

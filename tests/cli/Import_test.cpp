@@ -74,6 +74,11 @@ TEST(Import, TakesWhatPeopleHave) {
          "[A]\nDriver=Veltrane\n\n[b]\nDriver=Veltrane\nServer=€\n"
          "\"a\" is left out: there is one of this name before it.\n"
          "\"c\" is left out: it is for programs of 32 bits.\n"},
+        {"lines that the driver manager reads as well as it can",
+         "[a\r\nDriver=Veltrane\r\n; x\r\nServer\r\n",
+         "[a]\nDriver=Veltrane\n"
+         "f, line 1 has no \"]\"; it is read as a section.\n"
+         "f, line 4 has no \"=\"; it is read as a key without a value.\n"},
         {"one object of PowerShell",
          "{\"Name\": \"a\", \"DsnType\": \"User\", \"Platform\": \"32/64-bit\", \"DriverName\": "
          "\"Veltrane\", \"Attribute\": {\"Driver\": \"C:\\\\v.dll\", \"Server\": \"東京\", "
@@ -94,6 +99,16 @@ TEST(Import, TakesWhatPeopleHave) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
         EXPECT_EQ(Import(c.m_text, c.m_wish), c.m_expected);
+    }
+}
+
+void ExpectRefused(const std::string& in_text, const ImportWish& in_wish, const char* in_expected) {
+    SCOPED_TRACE(in_text);
+    try {
+        Import(in_text, in_wish);
+        ADD_FAILURE() << "accepted";
+    } catch (const CommandError& error) {
+        EXPECT_STREQ(error.what(), in_expected);
     }
 }
 
@@ -132,17 +147,23 @@ TEST(Import, RefusesWithThePlaceAndWithoutValues) {
         {"[{\"name\": \"a\"}]", "f is a description already: apply takes it."},
         {"{\"data_sources\": []}", "f is a description already: apply takes it."},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_text);
-        try {
-            Import(c.m_text);
-            ADD_FAILURE() << "accepted";
-        } catch (const CommandError& error) {
-            EXPECT_STREQ(error.what(), c.m_expected);
-        }
-    }
-    EXPECT_THROW(Import("[a]\nx=\xFF\n", {"f", "", "no-such", "V", "", false, false}),
-                 CommandError);
+    for (const auto& c : cases) ExpectRefused(c.m_text, WISH, c.m_expected);
+    const struct {
+        const char* m_text;
+        ImportWish m_wish;
+        const char* m_expected;
+    } wishes[] = {
+        {"[a]\nx=\xFF\n",
+         {"f", "", "no-such", "V", "", false, false},
+         "--encoding names an encoding that is not known."},
+        {"[a]\nx=\xFF\n",
+         {"f", "", "utf-8", "V", "", false, false},
+         "f has bytes that are no text in its encoding."},
+        {"[a]\nx=y\n",
+         {"f", "b", "", "V", "", false, false, true},
+         "--name is for a file DSN; f has the names of its DSNs."},
+    };
+    for (const auto& c : wishes) ExpectRefused(c.m_text, c.m_wish, c.m_expected);
 }
 
 }  // namespace
