@@ -39,6 +39,9 @@ ConnectionRequest MakeRequest(const CommandLine& in_line) {
                            "Standard input cannot give a connection string and a password.");
     } else {
         request.m_attributes = ParseConnectionString(ReadText({}));
+        if (request.m_attributes.IsEmpty()) {
+            throw CommandError(EXIT_USAGE, "Standard input has no connection string.");
+        }
     }
     if (in_line.Has(OptionId::Uid)) request.m_attributes.Set("UID", in_line.Get(OptionId::Uid));
     TakePassword(in_line, request.m_attributes);

@@ -31,8 +31,17 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
             repair};
 }
 
-void ExamineLibrary(const std::string& in_entry, const std::string& in_library,
-                    const std::vector<std::string>& in_functions, Findings& io_findings) {
+/// The command that registers another library for the entry.
+std::string HowToRegister(const std::string& in_driver, const std::string& in_entry) {
+    return "register its real path: veltrane-dsn driver register --replace " +
+           (EqualsIgnoringCase(in_driver, DEFAULT_DRIVER) ? std::string()
+                                                          : "--driver " + Quote(in_driver) + " ") +
+           (in_entry == "Setup" ? "--setup" : "--library") + " PATH.";
+}
+
+void ExamineLibrary(const std::string& in_driver, const std::string& in_entry,
+                    const std::string& in_library, const std::vector<std::string>& in_functions,
+                    Findings& io_findings) {
     if (HasFolder(in_library) && !IsAbsolutePath(in_library)) {
         io_findings.push_back({Severity::Warning, "library-path-relative",
                                in_entry + "=" + in_library +
@@ -42,23 +51,23 @@ void ExamineLibrary(const std::string& in_entry, const std::string& in_library,
     }
     const LibraryProbe probe = ProbeLibrary(in_library, in_functions);
     if (probe.m_fault != LibraryFault::None) {
-        io_findings.push_back(DescribeFault(probe, in_entry, in_library));
+        io_findings.push_back(DescribeFault(probe, in_driver, in_entry, in_library));
     }
 }
 
 }  // namespace
 
-Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
-                      const std::string& in_library) {
+Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver,
+                      const std::string& in_entry, const std::string& in_library) {
     const std::string subject = in_entry + "=" + in_library;
     const std::string& detail = in_probe.m_detail;
     switch (in_probe.m_fault) {
         case LibraryFault::NotFound:
             return {Severity::Error, "library-not-found",
                     "The library of " + subject + " cannot be opened: " + detail + ".",
-                    "Install it there, or register its real path: veltrane-dsn driver register "
-                    "--replace " +
-                        std::string(in_entry == "Setup" ? "--setup" : "--library") + " PATH."};
+                    "Install it there, or " + (in_driver.empty()
+                                                   ? "give the DSN the path of one that is there."
+                                                   : HowToRegister(in_driver, in_entry))};
         case LibraryFault::NotALibrary:
             return {Severity::Error, "library-not-a-library",
                     subject + " is not a shared library: " + detail + ".",
@@ -98,7 +107,7 @@ void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in
                         const Entries& in_entries, Findings& io_findings) {
     const std::string driver = GetLibraryEntry(in_entries, "Driver");
     if (!driver.empty()) {
-        ExamineLibrary("Driver", driver, CONNECTING_FUNCTIONS, io_findings);
+        ExamineLibrary(in_driver, "Driver", driver, CONNECTING_FUNCTIONS, io_findings);
         return;
     }
     const bool isNeeded = PLATFORM_WORDS.m_needsDriverLibrary;
@@ -126,7 +135,7 @@ Findings ExamineRegistration(const std::string& in_driver) {
                                 Quote(in_driver) + " --setup " + PLATFORM_WORDS.m_exampleSetup +
                                 "."});
     } else {
-        ExamineLibrary("Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
+        ExamineLibrary(in_driver, "Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
     }
     ExamineDriverEntry(registry, in_driver, *entries, findings);
     return findings;
@@ -170,7 +179,7 @@ Finding ExamineRequest(const std::string& in_driver) {
 Findings ExamineDriverLibrary(const std::string& in_driver) {
     Findings findings;
     if (HasFolder(in_driver)) {
-        ExamineLibrary("Driver", in_driver, CONNECTING_FUNCTIONS, findings);
+        ExamineLibrary({}, "Driver", in_driver, CONNECTING_FUNCTIONS, findings);
         return findings;
     }
     const DriverRegistry registry;

@@ -20,9 +20,10 @@ Findings ExamineDriver(const std::string& in_driver);
 Findings ExamineDriverLibrary(const std::string& in_driver);
 
 /// The finding for a library that cannot be used.
+/// @param in_driver  the driver's name; empty: a DSN has the library's path
 /// @param in_entry  the key in odbcinst.ini that names it, "Setup" for example
-Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_entry,
-                      const std::string& in_library);
+Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver,
+                      const std::string& in_entry, const std::string& in_library);
 
 }  // namespace Veltrane::Cli
 

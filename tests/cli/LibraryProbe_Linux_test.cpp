@@ -24,7 +24,7 @@ TEST(LibraryProbe, TellsTheLoadersReasonsApart) {
         const LibraryProbe probe = ClassifyLoaderError("/l.so", c.m_error);
         EXPECT_EQ(probe.m_fault, c.m_fault);
         EXPECT_EQ(probe.m_detail, c.m_detail);
-        const Finding finding = DescribeFault(probe, "Setup", "/l.so");
+        const Finding finding = DescribeFault(probe, "Veltrane", "Setup", "/l.so");
         EXPECT_NE(finding.m_text.find(c.m_detail), std::string::npos) << finding.m_text;
         EXPECT_TRUE(finding.m_repair.ends_with(".")) << finding.m_repair;
     }

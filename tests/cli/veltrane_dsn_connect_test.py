@@ -114,7 +114,7 @@ class ConnectTest(ConnectionTest):
         self.write({**self.dsns(), "sales": {"Driver": "Veltrane"}, "lost": {"Driver": "Nobody"},
                     "path": {"Driver": "/no/such.so"}, "none": {"Server": "s"}})
         for name, state, finding, word, code in (
-                ("gone", "01000", "library-not-found", "No such file", 1),
+                ("gone", "01000", "library-not-found", '--driver "Gone" --library PATH', 1),
                 ("text", "01000", "library-not-a-library", "ELF", 1),
                 ("lacking", None, "library-missing-symbol", "missing_function", 1),
                 ("needing", "01000", "library-missing-dependency", "needed.so", 1),
@@ -129,7 +129,7 @@ class ConnectTest(ConnectionTest):
                 result = self.run_json("test", name, code=code)
                 states = [record["state"] for record in result["diagnostics"]] or [None]
                 self.assertEqual((states[0], result["findings"][0]["id"]), (state, finding))
-                self.assertIn(word, result["findings"][0]["text"])
+                self.assertIn(word, "{text} {repair}".format(**result["findings"][0]))
         # A sanitizer ends iODBC there, which hands out a text that it has freed.
         if os.environ.get("SANITIZED") != "1":
             result = self.run_json("test", "gone", "--driver-manager", "libiodbc.so.2", code=1,
@@ -187,6 +187,7 @@ class ConnectTest(ConnectionTest):
                 (["x", "--timeout", "0"], 2, "--timeout is a number of seconds"),
                 (["x", "--timeout", "2s"], 2, "--timeout is a number of seconds"),
                 (["-", "--pwd-stdin"], 2, "Standard input cannot give"),
+                (["-"], 2, "Standard input has no connection string."),
                 (["x", "--pwd", "hunter2"], 2, "--pwd-stdin"),
                 (["-", "--apart"], 2, "for the tool itself")):
             with self.subTest(arguments):
