@@ -1,9 +1,33 @@
+#include <unistd.h>
+
 #include <QApplication>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "VeltraneDialog/editors/ListWindow.h"
 #include "VeltraneDialog/editors/Texts.h"
+
+namespace {
+
+/// Qt ends the process when it finds no display.
+void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const QString& in_text) {
+    // Process-wide: the first warning of the platform, which tells more than the fatal message.
+    static QString reason;
+    const std::string_view category = in_context.category != nullptr ? in_context.category : "";
+    const bool isOfPlatform = category.starts_with("qt.qpa");
+    if (reason.isEmpty() && (isOfPlatform || in_type == QtFatalMsg)) {
+        reason = in_text.section(QLatin1Char('\n'), 0, 0);
+    }
+    if (in_type == QtFatalMsg) {
+        std::fprintf(stderr, "veltrane-dsn-window: The window cannot be opened: %s\n",
+                     reason.trimmed().toLocal8Bit().constData());
+        _exit(1);
+    }
+    if (!isOfPlatform) std::fprintf(stderr, "%s\n", in_text.toLocal8Bit().constData());
+}
+
+}  // namespace
 
 int main(int in_argumentCount, char** in_arguments) {
     if (in_argumentCount > 1) {
@@ -17,6 +41,7 @@ int main(int in_argumentCount, char** in_arguments) {
     Veltrane::ODBC::StartTexts();
     // The editors that it starts are windows, too.
     qputenv("VELTRANE_DSN_EDITOR", "desktop");
+    qInstallMessageHandler(OnQtMessage);
     QApplication application(in_argumentCount, in_arguments);
     QApplication::setDesktopFileName(QStringLiteral("veltrane-dsn"));
     Veltrane::ODBC::ListWindow window;
