@@ -29,8 +29,22 @@ add_compile_options(-ffunction-sections -fdata-sections)
 # The same sources give the same bytes: no time of the link, no folder of this machine.
 add_link_options(-Wl,--gc-sections -Wl,--no-insert-timestamp)
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+# Functions and lines, for the symbols beside the package.
+add_compile_options(-g1)
 enable_language(RC)
 include(OrskaVersionResource)
+
+# Keeps the symbols of a library or program that ships in a file of their own, to which it links.
+# objcopy would write the time of the build into both.
+function(orska_symbols_apart target)
+  set(program $<TARGET_FILE:${target}>)
+  set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${objcopy} --only-keep-debug ${program} ${program}.debug
+    COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${program}.debug ${program}
+    VERBATIM)
+  install(FILES ${program}.debug DESTINATION . COMPONENT symbols EXCLUDE_FROM_ALL)
+endfunction()
 
 # Programs run in Wine, in a folder of the build's own that the test `wine_prefix` makes.
 set(ORSKA_WINE_PREFIX ${PROJECT_BINARY_DIR}/wine)

@@ -17,7 +17,11 @@ DRIVERS = r"HKLM\SOFTWARE\ODBC\ODBCINST.INI"
 SYSTEM_DSNS = r"HKLM\SOFTWARE\ODBC\ODBC.INI"
 UNINSTALL = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall"
 SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-PROGRAMS = {"VeltraneSetup.dll", "VeltraneDialog.dll", "veltrane-dsn.exe"}
+# A function of each, and its file.
+FUNCTIONS = {"VeltraneSetup.dll": ("ConfigDSNW", "Setup/EntryPoints.cpp"),
+             "VeltraneDialog.dll": ("VeltraneShowDSNDialog", "VeltraneDialog/library/EntryPoint.cpp"),
+             "veltrane-dsn.exe": ("main", "cli/main.cpp")}
+PROGRAMS = set(FUNCTIONS)
 DOCS = {"docs/" + name for name in
         ("LICENSE", "THIRD-PARTY.txt", "CHANGELOG.md", "dsn-keys.md", "editor.md", "guide.md", "tracing.md",
          "troubleshooting.md", "veltrane-dsn.md", "windows.md")}
@@ -126,6 +130,15 @@ class ArchiveTest(InWine):
         found = {os.path.relpath(os.path.join(folder, name), self.files)
                  for folder, _, names in os.walk(self.files) for name in names}
         self.assertEqual(found, PROGRAMS | DOCS | {"install.cmd", "uninstall.cmd"})
+        with zipfile.ZipFile(self.files + "-symbols.zip") as symbols:
+            symbols.extractall(SCRATCH)
+        for name, (function, file) in FUNCTIONS.items():
+            path = os.path.join(self.files, name)
+            self.assertIn(b"no symbols", run("x86_64-w64-mingw32-nm", path)[1])
+            names = run("x86_64-w64-mingw32-nm", path + ".debug")[0].decode()
+            address = re.search(rf"^(\w+) T {function}$", names, re.MULTILINE)[1]
+            found = run("x86_64-w64-mingw32-addr2line", "-f", "-e", path, address)[0].decode()
+            self.assertRegex(found, rf"^{function}\n\.\S*/{file}:\d+")
 
     def test_installs_works_and_uninstalls(self):
         first, second = r"C:\Program Files\Veltrane", r"C:\Veltrané2"
