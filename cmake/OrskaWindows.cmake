@@ -26,9 +26,13 @@ add_compile_definitions(
   # C99's printf formats, as on Linux.
   __USE_MINGW_ANSI_STDIO=1)
 add_compile_options(-ffunction-sections -fdata-sections)
-# The same sources give the same bytes: no time of the link, no folder of this machine.
+# The same sources give the same bytes: no time of the link, no folder of this machine. The last
+# map that fits a path holds, and the build may be inside the sources.
 add_link_options(-Wl,--gc-sections -Wl,--no-insert-timestamp)
-add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+add_compile_options(
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+  -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build
+  -ffile-prefix-map=${ORSKA_ICU_PREFIX}=./icu)
 # Functions and lines, for the symbols beside the package.
 add_compile_options(-g1)
 enable_language(RC)
