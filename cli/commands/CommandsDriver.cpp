@@ -70,18 +70,33 @@ void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std
                                            (setup.empty() ? "" : ", " + setup) + ".");
 }
 
+/// A library may be installed after it is registered, so a missing one is no error.
+std::vector<std::string> WarnOfMissing(const Entries& in_given) {
+    std::vector<std::string> warnings;
+    for (const auto& [key, value] : in_given) {
+        std::error_code error;
+        if (key == "Description" || std::filesystem::exists(ToPath(value), error) || error)
+            continue;
+        warnings.push_back("There is no file " + value + ", which is registered as " + key + ".");
+    }
+    return warnings;
+}
+
 void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
-                 const Entries& in_after) {
+                 const Entries& in_after, const std::vector<std::string>& in_warnings = {}) {
     const bool isDryRun = in_line.Has(OptionId::DryRun);
     const DsnPlan plan{in_action, GetDriver(in_line), {}, in_before, in_after};
     if (in_line.Has(OptionId::Json)) {
-        PrintJson({{"driver", plan.m_name},
-                   {"changed", in_action != Action::None},
-                   {"dry_run", isDryRun},
-                   {"difference", Difference(plan, true)}});
+        Json document{{"driver", plan.m_name},
+                      {"changed", in_action != Action::None},
+                      {"dry_run", isDryRun},
+                      {"difference", Difference(plan, true)}};
+        if (!in_warnings.empty()) document["warnings"] = in_warnings;
+        PrintJson(document);
     } else if (!in_line.Has(OptionId::Quiet)) {
         std::cout << "Driver ";
         PrintPlan(plan, isDryRun, {}, true);
+        for (const std::string& warning : in_warnings) PrintError(warning);
     }
 }
 
@@ -110,7 +125,7 @@ ExitCode RegisterDriver(const CommandLine& in_line) {
     if (action != Action::None && !in_line.Has(OptionId::DryRun)) {
         registry.Register(driver, missing);
     }
-    PrintChange(in_line, action, before, after);
+    PrintChange(in_line, action, before, after, WarnOfMissing(given));
     return EXIT_DONE;
 }
 

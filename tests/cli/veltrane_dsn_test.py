@@ -395,7 +395,8 @@ class DriverTest(ToolTest):
         self.assertEqual(self.run_tool(*arguments, "--setup", setup)[0], "Driver V 2: added\n")
         self.assertFalse(self.run_json(*arguments, "--setup", setup)["changed"])
         self.run_tool(*arguments, "--setup", other, code=4)
-        self.run_tool(*arguments, "--library", library, "--replace")
+        self.assertIn(f"There is no file {library}, which is registered as Driver.",
+                      self.run_tool(*arguments, "--library", library, "--replace")[1])
         self.assertEqual(self.stage.read("drivers"),
                          {**before, "V 2": {"Setup": setup, "Driver": library}})
         self.assertIn({"name": "V 2", "description": "", "setup": setup, "library": library},

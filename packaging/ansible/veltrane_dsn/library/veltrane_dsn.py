@@ -254,6 +254,8 @@ def do_all(module, tool):
     answer, problems, differences = {"changed": False, "results": []}, [], []
     if module.params["driver_library"]:
         driver = answer["driver"] = register_library(module, tool)
+        for warning in driver.pop("warnings", []):
+            module.warn(warning)
         answer["changed"] = driver["changed"]
         differences.append({"name": driver["driver"], "difference": driver["difference"]})
     if module.params["data_sources"]:
