@@ -74,6 +74,10 @@ ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wis
                                 "driver manager.");
         }
     }
+    if (dsns.empty() && !own.IsEmpty()) {
+        throw CommandError(EXIT_FAILED,
+                           in_wish.m_source + " has no DSN: its section [ODBC] names no driver.");
+    }
     TakeList(dsns, out_notes);
     return dsns;
 }

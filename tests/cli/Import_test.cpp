@@ -122,6 +122,7 @@ TEST(Import, RefusesWithThePlaceAndWithoutValues) {
         {"hunter2\n[a]\nx=y\n",
          "f is no odbc.ini, file DSN, export of the registry or JSON of Get-OdbcDsn."},
         {"# [a]\n", "f has no DSN."},
+        {"[ODBC]\nPWD=hunter2\n", "f has no DSN: its section [ODBC] names no driver."},
         {"[ODBC]\nDSN=hunter2\n", "f only names a DSN of its machine; import that one."},
         {"[ODBC]\nDriver=Veltrane\n", "A file DSN holds no name: give --name."},
         {"REGEDIT4\n\"PWD\"=\"hunter2\"\n",
