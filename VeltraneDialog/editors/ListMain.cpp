@@ -13,15 +13,15 @@ namespace {
 /// Qt ends the process when it finds no display.
 void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const QString& in_text) {
     // Process-wide: the first warning of the platform, which tells more than the fatal message.
-    static QString reason;
+    static QString s_reason;
     const std::string_view category = in_context.category != nullptr ? in_context.category : "";
     const bool isOfPlatform = category.starts_with("qt.qpa");
-    if (reason.isEmpty() && (isOfPlatform || in_type == QtFatalMsg)) {
-        reason = in_text.section(QLatin1Char('\n'), 0, 0);
+    if (s_reason.isEmpty() && (isOfPlatform || in_type == QtFatalMsg)) {
+        s_reason = in_text.section(QLatin1Char('\n'), 0, 0);
     }
     if (in_type == QtFatalMsg) {
         std::fprintf(stderr, "veltrane-dsn-window: The window cannot be opened: %s\n",
-                     reason.trimmed().toLocal8Bit().constData());
+                     s_reason.trimmed().toLocal8Bit().constData());
         _exit(1);
     }
     if (!isOfPlatform) std::fprintf(stderr, "%s\n", in_text.toLocal8Bit().constData());
