@@ -59,15 +59,15 @@ private:
 };
 
 /// Starts the platform, or counts one more user of the started one.
-/// @param in_isVerbose  true turns the verbose trace on; false leaves it on where it is on, except
-///        that a first start sets it as given
+/// @param in_isVerbose  a first start sets the verbose trace as given; a further start can only
+///        turn it on
 /// @return the one platform object, owned by the library
 /// @throws StartupInitException for an encoding setting that is not legal; the platform is then not
 ///         started, and both encodings are as before
 PlatformInstance* InitializePlatform(bool in_isVerbose);
 
-/// Counts one user less; the last one destroys the platform object and takes the string converter
-/// away. To be called once for each InitializePlatform: a further call wraps the count.
+/// Counts one user less; the last one destroys the platform object and removes the string
+/// converter. Call it once for each InitializePlatform: a further call wraps the count.
 void UninitializePlatform();
 
 /// One user of the started platform: the constructor starts it, the destructor is the end of it.

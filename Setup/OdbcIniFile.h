@@ -64,9 +64,8 @@ public:
 
     /// Locks the file and reads it. One that does not exist reads as empty.
     /// @param in_newFileMode  of a file that Replace makes, narrowed by the umask of the process.
-    /// An
-    ///                        empty file gets no wider one: mere reading by the driver manager
-    ///                        makes such files, for everybody to read.
+    ///                        An empty file gets no wider one: the driver manager makes such
+    ///                        files when it merely reads, open for everybody.
     bool Lock(std::string& out_bytes, mode_t in_newFileMode);
     /// Replaces the locked file, or makes it. On failure the file is as it was; EAGAIN means that
     /// it is outdated and the change due again from Lock on. One failure comes after the file is

@@ -51,8 +51,7 @@ public:
     }
     /// Leaves the field unchanged when it throws.
     /// @throws VeltraneDSNSetupException REQUEST_FAILED when the installer refuses the name, or
-    /// when
-    ///         another required field is empty
+    ///         when another required field is empty
     void Set(const DialogField& in_field, const Orska::Support::orska_wstring& in_value);
 
     const Orska::Support::orska_wstring& GetDsn() const noexcept {

@@ -58,8 +58,7 @@ constexpr std::uint64_t buf_grown_size(std::uint64_t put, std::uint64_t n) noexc
 
 /// Makes room for `n` bytes after the written ones.
 /// @throws std::bad_alloc when there is no memory. `size` is then already the new one, so the
-/// buffer
-///         is good for nothing but `buf_free`
+///         buffer is good for nothing but `buf_free`
 void buf_allow(buf* my, std::uint64_t n);
 
 /// Releases the block, unless it is mapped, and makes the buffer empty.

@@ -89,7 +89,7 @@ namespace {
 // two-byte state shows when it is given one more character of that state, which is then dropped.
 std::uint8_t EndHzText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
     constexpr UChar CHINESE[] = {u'\u4E2D'};
-    constexpr std::ptrdiff_t SIZE_WITH_SHIFT = 4;  // bytes, in front of which all else is kept
+    constexpr std::ptrdiff_t SIZE_WITH_SHIFT = 4;  // bytes; what ICU held comes before them
     const UChar* source = CHINESE;
     char* position = out_bytes;
     ucnv_fromUnicode(&io_converter, &position, out_bytes + ICU_MOST_END_BYTES, &source, CHINESE + 1,

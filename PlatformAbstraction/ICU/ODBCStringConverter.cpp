@@ -33,8 +33,8 @@ constexpr char MAX_BUFFER_LENGTH[] =
                 ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErrNotRecog"));
 }
 
-// Divides by a code unit's width, which is 1, 2 or 4; dividing proper costs as much as a
-// short text.
+// Divides by a code unit's width, which is 1, 2 or 4. A division instruction costs as much as
+// converting a short text.
 std::int64_t CountUnits(std::int64_t in_bytes, std::uint8_t in_width) {
     return in_bytes >> (in_width / 2);
 }

@@ -41,9 +41,8 @@ public:
     /// Writes a string in the driver manager's encoding and always ends it with a NUL, unless there
     /// is no room even for that.
     /// @param out_buffer         a null pointer counts as a buffer of length 0
-    /// @param in_bufferLength    code units (bytes if `in_lengthInBytes`), the NUL's included; -3:
-    /// as
-    ///                           long as the NUL-terminated text in it
+    /// @param in_bufferLength    code units (bytes if `in_lengthInBytes`), counting the NUL;
+    ///                           -3: as long as the NUL-terminated text in it
     /// @param out_truncated      true when the text, or its NUL, did not fit
     /// @return code units (or bytes) written, without the NUL
     /// @throws ErrorException "ICUConvErrNotRecog" for a bad length; this or "ICUConvErr" when ICU
@@ -87,9 +86,8 @@ public:
     /// @param in_length   bytes, or -3: up to the first NUL
     /// @param in_withNul  also room for a NUL
     /// @return bytes or code units
-    /// @throws ErrorException "InvalidNullParam" for a null text, "ICUConvErrNotRecog" for any
-    /// other
-    ///         negative length and for a size beyond 32 bits
+    /// @throws ErrorException "InvalidNullParam" for a null text, "ICUConvErrNotRecog" for
+    ///         any other negative length and for a size beyond 32 bits
     static std::uint32_t GetSQLCHARToSQLWCHARMaxBufferLength(
         const ODBCStringConverter& in_converter, const char* in_text, std::int64_t in_length,
         bool in_inBytes, bool in_withNul);

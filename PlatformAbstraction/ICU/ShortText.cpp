@@ -71,7 +71,7 @@ bool CopyUtf16(const char* in_units, std::size_t in_count, char* out_units) noex
         return false;
     }
     const std::size_t last = in_count - BLOCK;
-    // Two blocks from the start and two to the end; the same ones where there are no others.
+    // Two blocks from the start and two to the end; in a shorter text they coincide.
     const std::size_t second = in_count > 2 * BLOCK ? BLOCK : 0;
     const std::size_t third = in_count > 2 * BLOCK ? last - BLOCK : last;
     const __m128i blocks[] = {Load(in_units), Load(in_units + 2 * second),
@@ -112,8 +112,8 @@ __m128i JoinPairs(__m128i in_units) noexcept {
     return _mm_add_epi32(_mm_or_si128(upper, lower), _mm_set1_epi32(0x10000));
 }
 
-// Blocks of no surrogates, or of pairs only, while there is room for
-// them; gives how many units those are.
+// Converts blocks without surrogates, or of pairs only, while there is room for them. Gives how
+// many units it has converted.
 std::size_t EncodeUtf32Blocks(std::u16string_view in_text, char*& io_to,
                               const char* in_end) noexcept {
     std::size_t done = 0;

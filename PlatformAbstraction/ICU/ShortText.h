@@ -1,6 +1,6 @@
 /// Short texts between UTF-16 in memory and the Unicode encodings of the driver manager, whole or
-/// not at all. For names and values of a few code units the way into the general conversions costs
-/// more than the text; who meets a text that is refused here takes them.
+/// not at all. Entering the general conversions costs more than converting a name or value of a few
+/// code units. A caller whose text is refused here uses the general conversions.
 ///
 /// The functions hold no state; any thread may call them.
 #ifndef PLATFORMABSTRACTION_ICU_SHORTTEXT_H

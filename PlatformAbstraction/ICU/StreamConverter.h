@@ -14,7 +14,7 @@
 /// is kept for the next one, and what a target cannot hold is kept for the next target.
 ///
 /// The last piece is marked as such, so that the converter knows where the text ends; a piece
-/// of no bytes will do. Only then is an incomplete code point at the end found out, and only then
+/// of no bytes will do. Only then is an incomplete code point at the end reported, and only then
 /// is a stateful target encoding (ISO-2022, HZ) led back to its initial state. After that, the next
 /// piece begins a new text.
 ///

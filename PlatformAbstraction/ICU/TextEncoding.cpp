@@ -85,7 +85,7 @@ public:
     }
 
     /// True when the units that Run has left have no output: what an encoding lacks and displays
-    /// ignore. ICU calls a full buffer an overflow in front of them as well.
+    /// ignore. With a full buffer ICU reports an overflow before them too.
     bool HasSilentRest(UErrorCode& io_status) {
         char scratch[ICU_MOST_END_BYTES];
         char* position = scratch;
@@ -140,7 +140,7 @@ std::size_t FindLastWithBytes(UConverter& io_converter, std::u16string_view in_t
 // The longest beginning of a text that is worth another try when the converter has stopped after
 // `in_converted` units of the first `in_tried`. ICU stops in front of a unit for which there is no
 // room at all, and after one whose output has only partly found room. Where what ends the text has
-// found none, code points without bytes are passed over: less of them changes nothing.
+// found none, code points without bytes are skipped: leaving them out frees no room.
 std::size_t GetShorterBeginning(UConverter& io_converter, std::u16string_view in_text,
                                 std::size_t in_converted, std::size_t in_tried,
                                 UErrorCode& io_status) {
@@ -151,7 +151,7 @@ std::size_t GetShorterBeginning(UConverter& io_converter, std::u16string_view in
     return in_converted;
 }
 
-// How much of the buffer ICU may see. Its converters of latin1 and US-ASCII leave scratch behind
+// How much of the buffer ICU may see. Its converters of latin1 and US-ASCII leave scratch after
 // their output, so they get no more room than they fill.
 std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_text,
                                std::int64_t in_capacity) {

@@ -47,7 +47,7 @@ std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) n
         const std::int32_t result = ConvertCodePoints<Reader, Writer>(part, io_target);
         const bool isAdvanced = part.m_position > io_source.m_position;
         io_source.m_position = part.m_position;
-        // A code point that only the end of the part cut off is met again.
+        // A code point that was cut only by the end of the part is read again.
         const bool isOnlyCut = result == TRANSCODER_INCOMPLETE && isAdvanced;
         if (result != TRANSCODER_DONE && !isOnlyCut) {
             return result;
@@ -116,7 +116,7 @@ bool IsIgnorable(char32_t in_codePoint) {
 }
 
 // To a single-byte set. What it lacks becomes the substitute, or nothing, as ICU has it; a code
-// point that gives no byte goes even into a full target.
+// point that gives no byte needs no room.
 template <class Set>
 std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
     constexpr std::ptrdiff_t BLOCK = 16;  // units
@@ -135,7 +135,7 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
             to += done;
         }
         for (const char* const stop = from + std::min(end - from, 2 * BLOCK); from < stop;) {
-            // The unit alone says most of the time.
+            // Mostly the unit alone decides.
             char16_t unit = 0;
             int byte = -1;
             if (end - from > 1) {

@@ -34,7 +34,7 @@ bool IsUnitOfKind(const char* in_at, unsigned in_kind) {
     return (static_cast<unsigned char>(in_at[IS_BIG ? 0 : 1]) & 0xFCU) == in_kind >> 8;
 }
 
-// Turns the bytes of each unit round, or not.
+// Swaps the two bytes of each unit if IS_BIG.
 template <bool IS_BIG>
 __m128i Order(__m128i in_units) {
     return IS_BIG ? _mm_or_si128(_mm_slli_epi16(in_units, 8), _mm_srli_epi16(in_units, 8))

@@ -126,7 +126,7 @@ std::int32_t WideStreamConverter::ReadThroughIcu() {
     const std::uint64_t remaining = GetSourceRemaining();
     const std::uint64_t count = std::min(remaining, CountBytesForIcu());
     UErrorCode status = U_ZERO_ERROR;
-    // At the end of the text ICU is told so, and replaces an incomplete code point.
+    // At the end of the text ICU is told to flush: it replaces an incomplete code point.
     ucnv_toUnicode(m_sourceConverter.getAlias(), &m_fill, m_intermediate + INTERMEDIATE_UNITS,
                    &m_sourcePosition, m_sourcePosition + count, nullptr,
                    m_isLastPiece && count == remaining, &status);
@@ -140,8 +140,8 @@ std::int32_t WideStreamConverter::ReadThroughIcu() {
     return count == remaining ? TRANSCODER_DONE : TRANSCODER_INCOMPLETE;
 }
 
-// Converts the piece the way ICU itself goes, which for UTF-8 has no UTF-16 in between. False: the
-// target is full.
+// Converts the piece by ICU alone, which from UTF-8 needs no UTF-16 in between. False: the target
+// is full.
 bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
     if (m_isFinished && m_isSourceConsumed) {
         return true;

@@ -8,9 +8,9 @@
 /// ICU's own conversion differs in one point: it does not lead HZ back.
 ///
 /// DoConvertWithNul keeps code points whole: one that does not fit in front of the NUL is
-/// held for the next target. Of more bytes than the encoding's table allows a code point, which
-/// only the shift sequences of the ISO-2022 encodings reach, the surplus stays in the first target;
-/// the parts are right when they are joined. A target that cannot take what is held takes nothing.
+/// held for the next target. If a code point takes more bytes than the encoding's table allows
+/// (only by the shift sequences of ISO-2022), the surplus stays in the first target; joined, the
+/// parts are right. A target that cannot take what is held takes nothing.
 #ifndef PLATFORMABSTRACTION_ICU_WIDESTREAMCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_WIDESTREAMCONVERTER_H
 

@@ -57,7 +57,7 @@ std::int64_t FindNul(const char* in_buffer) noexcept {
 struct WideStringConverter::ConverterPool {
     std::mutex m_lock;
     std::vector<icu::LocalUConverterPointer> m_converters;
-    std::size_t m_opened = 0;  ///< those that are taken included
+    std::size_t m_opened = 0;  ///< including those in use
 };
 
 /// Takes a converter for the time of one conversion.
@@ -134,7 +134,7 @@ void WideStringConverter::ConvertToWString(const char* in_bytes, std::int64_t in
     icu::UnicodeString* const text = out_result.GetImpl();
     if (decoder != nullptr && text != nullptr && most <= text->getCapacity() &&
         !IsInside(in_bytes, *text)) {
-        // Null where the units belong to others, too, and there is no memory for a copy.
+        // Null if others share the units and there is no memory for a copy.
         if (char16_t* const units = text->getBuffer(most)) {
             text->releaseBuffer(DecodeDirectly(bytes, in_encoding, decoder, units, most));
             return;

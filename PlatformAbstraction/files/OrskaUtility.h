@@ -17,9 +17,8 @@ namespace Orska::Support {
 orska_wstring GetLastErrorText(std::uint32_t in_code);
 
 /// As GetLastErrorText.
-/// @param in_allowRetry  when the system has no text: true also tries to say why, by the text of
-/// that
-///                       second error; false only gives its number
+/// @param in_allowRetry  when the system has no text: true also gives the text of that second
+///                       error; false only its number
 orska_wstring GetLastErrorTextImpl(std::uint32_t in_code, bool in_allowRetry);
 
 /// The system's text for an NTSTATUS code, or "Unknown NTSTATUS " and the code in decimal.

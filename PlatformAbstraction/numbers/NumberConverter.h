@@ -73,8 +73,8 @@ public:
     /// the nearest value in the last place. Only the first 1,279 bytes are read.
     /// @param in_length  bytes; 0 gives 0, strict or not
     /// @param in_strict  refuse text that is not used up
-    /// @throws NumberConversionInvalidDataException "StrToNumConvFailed" with the input, when
-    /// strict
+    /// @throws NumberConversionInvalidDataException "StrToNumConvFailed" with the input, if
+    ///         strict
     template <ConvertibleFloat T>
     static T ConvertStringToFloatingPoint(const char* in_text, std::size_t in_length,
                                           bool in_strict);
@@ -89,8 +89,7 @@ public:
     /// @param in_bufferLength  bytes
     /// @return the first character of the text, inside the buffer
     /// @throws NumberConversionInvalidDataException "NumToStrConvFailed" when the text does not
-    /// fit;
-    ///         for the least 64-bit value as CopyMinimumIntToBuffer throws
+    ///         fit; for the least 64-bit value as CopyMinimumIntToBuffer throws
     template <ConvertibleInteger T>
     static char* IntegerToBuffer(T in_value, std::uint16_t in_bufferLength, char* out_buffer);
 

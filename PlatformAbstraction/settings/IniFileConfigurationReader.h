@@ -16,9 +16,8 @@ class IniFileConfigurationReader {
 public:
     /// @param in_isCaseSensitive  false: keys become upper case
     /// @param in_resolveIniPathFromModule  true: a relative path starts at the directory of the
-    /// file
-    ///        that holds this library, and leads to no file where that is not known; false: at the
-    ///        working directory
+    ///        file that holds this library, and leads to no file where that is not known; false: at
+    ///        the working directory
     IniFileConfigurationReader(bool in_isCaseSensitive, bool in_resolveIniPathFromModule)
         : m_isCaseSensitive(in_isCaseSensitive),
           m_resolveIniPathFromModule(in_resolveIniPathFromModule) {}

@@ -20,12 +20,10 @@ public:
 
     /// Adds the values of one key; nothing when the key cannot be opened.
     /// @param in_hiveName  "HKEY_LOCAL_MACHINE", or any other text for the current user; when
-    /// empty,
-    ///        the local machine is tried too when the current user has no such key
+    ///        empty, the local machine is tried too when the current user has no such key
     /// @param in_section  the last part of the key's path, appended also when empty; null: none
     /// @param in_includeDriverValue  false: the default value and values named "DRIVER", or a
-    /// leading
-    ///        piece of it, in whatever case, are left out
+    ///        leading piece of it, in whatever case, are left out
     /// @throws ProductException "RegKeyNotFound" when the open key cannot be queried
     void LoadConfiguration(SectionMap& io_section, const orska_wstring& in_hiveName,
                            const orska_wstring& in_keyPath, const orska_wstring* in_section,

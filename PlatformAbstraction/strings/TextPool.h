@@ -1,9 +1,9 @@
 /// Where the string type gets its text objects from and gives them back to.
 ///
-/// A text object is made and deleted with ICU's allocator. Making and deleting one costs more than
-/// most texts do, so each thread keeps a few short ones that were given back, alive, for its next
-/// strings; they are deleted when the thread ends. Used by the string layer only, WipedTexts
-/// excepted.
+/// A text object is made and deleted with ICU's allocator. That costs more than most work on
+/// the text, so each thread keeps a few short ones that were given back for its next strings and
+/// deletes them when it ends. Used by the string layer only; WipedTexts is for
+/// everyone.
 #ifndef PLATFORMABSTRACTION_TEXTPOOL_H
 #define PLATFORMABSTRACTION_TEXTPOOL_H
 

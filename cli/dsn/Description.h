@@ -30,9 +30,8 @@ DescriptionFormat GuessFormat(std::string_view in_text);
 
 /// @param in_source  the file's name for error texts
 /// @param out_notes  gets sentences on what is passed over and on keys that look mistyped
-/// @throws CommandError EXIT_FAILED for an empty or malformed text and for a name that stands
-/// twice,
-///         with source and place, never with a value
+/// @throws CommandError EXIT_FAILED for an empty or malformed text and for a name given
+///         twice, with source and place, never with a value
 std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
                                               const std::string& in_source,
                                               std::vector<std::string>& out_notes);

@@ -40,8 +40,7 @@ private:
 /// mark. UTF-16 has to have one.
 /// @param in_path  empty: standard input, which is not read further than the line
 /// @throws CommandError EXIT_FAILED with path and reason, also for an empty line and for one of
-/// more
-///         than 64 KiB
+///         more than 64 KiB
 std::string ReadFirstLine(const std::string& in_path);
 
 /// Says that a source has an empty password. It would be stored as none, and nobody means that who

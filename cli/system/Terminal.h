@@ -13,8 +13,7 @@ bool IsOutputColoured();
 
 /// Asks for a new password on the controlling terminal, twice and without showing it.
 /// @throws CommandError EXIT_USAGE without a terminal, EXIT_INTERRUPTED after Ctrl-C, EXIT_FAILED
-/// for
-///         an empty password and for two different ones
+///         for an empty password and for two different ones
 std::string AskForPassword(const std::string& in_question);
 
 /// Asks on the controlling terminal and reads a line for each question without showing it;

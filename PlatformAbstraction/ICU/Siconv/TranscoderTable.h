@@ -8,8 +8,8 @@
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 
-// Hidden where a system has that, so that a kernel reaches a table without asking for its address
-// first.
+// Hidden, where the object format has that, so that a kernel reaches a table without loading its
+// address first.
 #ifdef __ELF__
 #define ORSKA_TABLE extern const __attribute__((visibility("hidden")))
 #else

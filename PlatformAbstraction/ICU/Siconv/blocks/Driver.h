@@ -134,8 +134,8 @@ ORSKA_INLINE bool ConvertPlainStep(const char* in_from, char* out_to) {
     return true;
 }
 
-// Has the processor fetch what will soon be written, beyond the target too, which is no access.
-// Text that grows is no faster for it.
+// Prefetches memory that will soon be written; a prefetch past the target is not an access. Not
+// for text that grows, where it gains nothing.
 template <std::uint64_t WRITTEN>
 ORSKA_INLINE void PrefetchTarget(const char* in_to) {
     if constexpr (WRITTEN <= 64) {

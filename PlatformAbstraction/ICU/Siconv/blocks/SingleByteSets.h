@@ -28,8 +28,8 @@ struct Latin1Set {
     static ORSKA_INLINE bool Map(typename V::Type&, typename V::Type&) {
         return false;
     }
-    // Bytes to the last two bytes of their UTF-8, for ASCII of any worth. True when some have
-    // three, of which the first is E2.
+    // Bytes to the last two bytes of their UTF-8; for ASCII the result is unspecified. True when
+    // some have three, of which the first is E2.
     template <class V>
     static ORSKA_INLINE bool MapToUtf8(typename V::Type, typename V::Type&, typename V::Type&) {
         return false;

@@ -116,8 +116,8 @@ struct Utf8Packer {
     }
 };
 
-// Units that are no surrogates. Of 8 it is often enough worth a wrong guess that all are ASCII, of
-// 16 it is not.
+// Units that are no surrogates. Guessing that all are ASCII pays for 8 units, even if often wrong;
+// for 16 it does not.
 template <class V, class To>
 ORSKA_INLINE void WriteMixed(typename V::Type in_units, To& io_to) {
     const auto isAscii = Utf8Packer<V>::IsAscii(in_units);
@@ -131,8 +131,8 @@ ORSKA_INLINE void WriteMixed(typename V::Type in_units, To& io_to) {
     Utf8Packer<V>::Write3(in_units, isAscii, V::Equal16(five, V::Zero()), io_to);
 }
 
-// Where the text goes on, and room for what is written, in variables of their own: a compiler that
-// sees the cursor handed on stores it again at each step.
+// The positions are kept in variables of their own: if the cursor is passed on, the compiler stores
+// it again at each step.
 //
 // Writes one vector of units after another by the quickest form, in a loop for each. Text in which
 // the form cannot be foretold stays with one that takes all for a while: wrong guesses of the

@@ -24,8 +24,8 @@ ORSKA_INLINE Word Read(const char* in_at) {
 }
 
 #ifdef __AVX2__
-// gcc would make a constant vector anew from a number, in three instructions, wherever one is used.
-// They are read from here by an instruction that it cannot look into.
+// gcc would rebuild a constant vector at each use, in three instructions. Loading it from here by
+// inline assembly prevents that.
 struct Constant {
     alignas(32) std::uint32_t m_words[8];
 };
@@ -43,7 +43,7 @@ struct BoundedTo {
 // The operations that both vectors have, within lanes of 128 bits. Comparisons give all ones or
 // zeros. AndNot gives the bits of b that are not set in a. MultiplyAdd gives sums of neighbouring
 // products; the first factors of MultiplyAdd8 are unsigned. What is packed, 0 or all ones or up to
-// 255, stands lane by lane: first that of a, then that of b.
+// 255, is lane by lane: first that of a, then that of b.
 #define ORSKA_OPERATION(NAME, INTRINSIC) \
     static ORSKA_INLINE Type NAME(Type in_a, Type in_b) { return INTRINSIC(in_a, in_b); }
 #define ORSKA_SHIFT(NAME, INTRINSIC)               \
@@ -81,7 +81,7 @@ struct BoundedTo {
     ORSKA_SHIFT(ShiftLeft32, PREFIX##_slli_epi32)              \
     ORSKA_SHIFT(ShiftRight32, PREFIX##_srli_epi32)
 
-// What the vectors below make of their own operations.
+// Built from the operations of the vectors below.
 template <class V>
 struct VectorBase {
     template <std::uint32_t VALUE>
@@ -215,7 +215,7 @@ struct Vector128 : VectorBase<Vector128> {
     static ORSKA_INLINE std::uint64_t GetSignBits(Type in_value) {
         return static_cast<std::uint32_t>(_mm_movemask_epi8(in_value));
     }
-    // The bytes that stand COUNT places earlier in the text.
+    // The bytes COUNT places earlier in the text.
     template <int COUNT>
     static ORSKA_INLINE Type Earlier(Type in_value, Type in_before) {
         return _mm_alignr_epi8(in_value, in_before, 16 - COUNT);

@@ -26,8 +26,8 @@ namespace {
 
 constexpr std::uint64_t WINDOW = 64;
 
-// A number in every lane. gcc would make it anew wherever it is used, by way of a general register,
-// which takes the unit that shuffles; it is read by an instruction that gcc cannot look into.
+// A number in every lane. gcc would rebuild it at each use from a general register, which
+// occupies the shuffle unit. Loading it by inline assembly prevents that.
 template <class Word, Word VALUE>
 constexpr Word NUMBER = VALUE;
 template <std::uint32_t VALUE>

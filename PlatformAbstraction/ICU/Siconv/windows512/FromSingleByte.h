@@ -139,8 +139,8 @@ public:
 template <int SOURCE>
 using WindowSetOf = std::conditional_t<SOURCE == CP1252, Cp1252Bytes, Latin1Bytes>;
 
-// Bytes in units of UNIT bytes, as many as a vector holds; of in_count bytes alone, with zeros
-// behind.
+// Bytes in units of UNIT bytes, as many as a vector holds; with in_count only that many,
+// and zeros after them.
 template <std::uint32_t UNIT>
 ORSKA_INLINE __m512i LoadUnits(const char* in_from) {
     if constexpr (UNIT == 1) {
