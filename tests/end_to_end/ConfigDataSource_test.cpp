@@ -1,224 +1,309 @@
-/// The built library through unixODBC's installer.
+/// The built library through the installers of unixODBC and iODBC. Both are loaded by hand: their
+/// headers cannot be installed beside each other. iODBC is skipped where it is not installed.
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <odbcinst.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/IniScratch.h"
 
 namespace Veltrane::Test {
 namespace {
 
 using namespace std::string_literals;
+using Orska::Support::orska_wstring;
+
+constexpr int ADD = 1;
+constexpr int CONFIG = 2;
+constexpr int REMOVE = 3;
+constexpr int SYSTEM = 3;  // what makes each of them a request for the system
 
 /// Code and text of each installer error.
-using InstallerErrors = std::vector<std::pair<unsigned long, std::string>>;
+using Errors = std::vector<std::pair<unsigned long, std::string>>;
 
-constexpr char VALUES[] =
-    "DSN=sales\nServer=db1\nNamespace= cognos \nLoginMode=1\nUID=anna\nPWD=p w\nDatabase=d\n";
-constexpr char SECTION[] =
-    "[sales]\nDriver=Veltrane\nServer=db1\nNamespace=cognos\nLoginMode=1\nUID=anna\nPWD=p w\n"
-    "Database=d\n\n";
+class Installer {
+public:
+    explicit Installer(bool in_isIodbc)
+        : m_isIodbc(in_isIodbc),
+          m_handle(::dlopen(in_isIodbc ? "libiodbcinst.so.2" : "libodbcinst.so.2",
+                            RTLD_NOW | RTLD_LOCAL)) {}
 
-class ConfigDataSource : public testing::Test {
-protected:
-    ConfigDataSource() {
-        IniScratch::Write(m_scratch.SystemFile().parent_path() / "odbcinst.ini",
-                          "[Veltrane]\nDescription=test\nSetup=" SETUP_LIBRARY "\n");
-        IniScratch::Write(m_scratch.SystemFile(), "");
-        ::setenv("ODBCINSTINI", "odbcinst.ini", 1);
-        SetInitialValues(VALUES);
-    }
-
-    void SetInitialValues(const std::string& in_values) {
-        IniScratch::Write(m_values, "[DSN]\n" + in_values);
-        ::setenv("VELTRANE_DSN_INITIAL_VALUES", m_values.c_str(), 1);
-    }
+    bool IsInstalled() const { return m_handle != nullptr; }
 
     /// Makes a request for the driver "Veltrane".
-    /// @param in_list  entries with their NULs; the final NUL is added
-    static bool Configure(int in_request, const std::string& in_list = {},
-                          HWND in_window = nullptr) {
+    /// @param in_list  entries with their NULs, in UTF-8; the final NUL is added
+    bool Configure(int in_request, const std::string& in_list, bool in_isWide = false,
+                   void* in_window = nullptr) const {
         // The installer reads two NULs at the end of an empty list, too.
-        return SQLConfigDataSource(in_window, static_cast<WORD>(in_request), "Veltrane",
-                                   (in_list + '\0').c_str()) != 0;
-    }
-    static bool ConfigureWide(int in_request, const std::u16string& in_list) {
-        return SQLConfigDataSourceW(nullptr, static_cast<WORD>(in_request),
-                                    reinterpret_cast<LPCWSTR>(u"Veltrane"),
-                                    reinterpret_cast<LPCWSTR>(in_list.c_str())) != 0;
+        const auto call = [&](const char* in_name, const auto& in_driver, const auto& in_entries) {
+            return Find<int(void*, unsigned short, const void*, const void*)>(in_name)(
+                       in_window, static_cast<unsigned short>(in_request), in_driver.c_str(),
+                       in_entries.c_str()) != 0;
+        };
+        if (!in_isWide) return call("SQLConfigDataSource", "Veltrane"s, in_list + '\0');
+        const orska_wstring list(in_list + '\0');
+        return m_isIodbc ? call("SQLConfigDataSourceW", L"Veltrane"s, list.GetAsPlatformWString())
+                         : call("SQLConfigDataSourceW", u"Veltrane"s, list.GetAsUtf16());
     }
 
-    static InstallerErrors Errors() {
-        InstallerErrors errors;
-        DWORD code = 0;
-        std::array<char, 512> text{};
-        WORD length = 0;
-        for (WORD i = 1; i <= 8 && SQL_SUCCEEDED(SQLInstallerError(i, &code, text.data(),
-                                                                   text.size(), &length));
-             ++i) {
-            errors.emplace_back(code, text.data());
+    Errors GetErrors() const {
+        const auto get =
+            Find<short(unsigned short, unsigned long*, char*, unsigned short, unsigned short*)>(
+                "SQLInstallerError");
+        Errors errors;
+        for (unsigned short i = 1; i <= 8; ++i) {
+            unsigned long code = 0;
+            char text[512] = "";
+            unsigned short length = 0;
+            if (get(i, &code, text, sizeof text, &length) != 0) break;
+            errors.emplace_back(code, text);
         }
         return errors;
     }
 
-    static std::string Read(const char* in_key, WORD in_mode = ODBC_USER_DSN) {
-        std::array<char, 4096> value{};
-        SQLSetConfigMode(in_mode);
-        SQLGetPrivateProfileString("sales", in_key, "(absent)", value.data(), value.size(),
-                                   "odbc.ini");
-        return value.data();
+    /// What its own reader finds in the data source "sales".
+    std::string Read(const char* in_key, bool in_isSystem = false) const {
+        char value[2000] = "";
+        Find<int(unsigned short)>("SQLSetConfigMode")(in_isSystem ? 2 : 1);
+        Find<int(const char*, const char*, const char*, char*, int, const char*)>(
+            "SQLGetPrivateProfileString")("sales", in_key, "(absent)", value, sizeof value,
+                                          "odbc.ini");
+        return value;
     }
-    std::string UserFile() const { return IniScratch::Read(m_scratch.UserFile()); }
-    std::string SystemFile() const { return IniScratch::Read(m_scratch.SystemFile()); }
 
-    IniScratch m_scratch;
-    std::filesystem::path m_values = m_scratch.Folder() / "values.ini";
+private:
+    template <typename Function>
+    Function* Find(const char* in_name) const {
+        return reinterpret_cast<Function*>(::dlsym(m_handle, in_name));
+    }
+
+    bool m_isIodbc;
+    void* m_handle;
 };
 
-TEST_F(ConfigDataSource, AddsToANewPrivateFileOfTheUser) {
-    EXPECT_TRUE(Configure(ODBC_ADD_DSN)) << testing::PrintToString(Errors());
-    EXPECT_EQ(UserFile(), SECTION);
-    struct stat status {};
-    ASSERT_EQ(::stat(m_scratch.UserFile().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600);
-    EXPECT_EQ(SystemFile(), "");
-    EXPECT_TRUE(ConfigureWide(ODBC_REMOVE_DSN, u"DSN=sales\0"s));
-    EXPECT_EQ(UserFile(), "");
-    EXPECT_TRUE(ConfigureWide(ODBC_ADD_DSN, u"DSN=sales\0"s)) << testing::PrintToString(Errors());
-    EXPECT_EQ(UserFile(), SECTION);
-}
+constexpr char SECTION[] =
+    "[sales]\nDriver=Veltrane\nServer=db1\nNamespace=cognos\nLoginMode=1\nUID=anna\nPWD=p w\n"
+    "Database=d\n\n";
+constexpr char OTHERS[] = "# c\n[sales]\nDriver = Other\n";
+const std::string SALES = "DSN=sales\0"s;
 
-TEST_F(ConfigDataSource, SystemRequestsWorkOnTheSystemFile) {
-    IniScratch::Write(m_scratch.UserFile(), "[sales]\nDriver=Other\n");
-    EXPECT_TRUE(Configure(ODBC_ADD_SYS_DSN)) << testing::PrintToString(Errors());
-    EXPECT_EQ(SystemFile(), SECTION);
-    EXPECT_TRUE(Configure(ODBC_CONFIG_SYS_DSN, "DSN=sales\0"s)) << testing::PrintToString(Errors());
-    EXPECT_TRUE(Configure(ODBC_REMOVE_SYS_DSN, "DSN=sales\0"s)) << testing::PrintToString(Errors());
-    EXPECT_EQ(SystemFile(), "");
-    EXPECT_EQ(UserFile(), "[sales]\nDriver=Other\n");
-}
-
-TEST_F(ConfigDataSource, ConfigureDropsUnknownKeysAndKeepsEverybodyElsesBytes) {
-    IniScratch::Write(m_scratch.UserFile(),
-                      "# ours\r\n\r\n[a]\r\nX = 1 ; y\r\n[sales]\r\nDriver=Veltrane\r\n"
-                      "Server=old\r\nExtra=1\r\n[z]\r\nlast");
-    SetInitialValues("DSN=sales\nServer=new\nDatabase=d\n");
-    EXPECT_TRUE(Configure(ODBC_CONFIG_DSN, "DSN=sales\0"s)) << testing::PrintToString(Errors());
-    EXPECT_THAT(
-        UserFile(),
-        testing::AllOf(testing::StartsWith("# ours\r\n\r\n[a]\r\nX = 1 ; y\r\n"),
-                       testing::HasSubstr("[z]\r\nlast"),
-                       testing::HasSubstr("[sales]\r\nDriver=Veltrane\r\nServer=new\r\nDatabase=d"),
-                       testing::Not(testing::HasSubstr("Extra"))));
-}
-
-TEST_F(ConfigDataSource, EveryTextThatALineCanCarrySurvivesTheRealReader) {
-    for (const std::string& value : {"p=;#'\"{}[]\\%$ ü€日本😀"s, ";x"s, "#x"s, "[x]"s, "a;b"s,
-                                     "a # b"s, "\"q\""s, "="s, std::string(250, 'x')}) {
-        SCOPED_TRACE(value);
-        SetInitialValues("DSN=sales\nServer=s\nDatabase=d\nPWD=" + value + "\n");
-        EXPECT_TRUE(Configure(ODBC_ADD_DSN, "DSN=sales\0"s)) << testing::PrintToString(Errors());
-        EXPECT_EQ(Read("PWD"), value);
+class ConfigDataSource : public testing::TestWithParam<bool> {
+protected:
+    void SetUp() override {
+        if (!m_installer.IsInstalled()) GTEST_SKIP() << "iODBC is not installed";
+        // iODBC takes this name as it is, unixODBC in the system's folder.
+        std::filesystem::current_path(m_scratch.SystemFile().parent_path());
+        ::setenv("ODBCINSTINI", "odbcinst.ini", 1);
+        ::setenv("SYSODBCINI", m_scratch.SystemFile().c_str(), 1);
+        IniScratch::Write("odbcinst.ini", "[Veltrane]\nDescription=t\nSetup=" SETUP_LIBRARY "\n");
+        IniScratch::Write(m_scratch.SystemFile(), "");
+        SetValues("db1");
     }
-}
+    void TearDown() override { std::filesystem::current_path("/"); }
+
+    /// The initial values, with what a line says after the server's.
+    void SetValues(const std::string& in_server) const {
+        IniScratch::Write(m_values, "[DSN]\nDSN=sales\nServer=" + in_server +
+                                        "\nNamespace= cognos \nLoginMode=1\nUID=anna\nPWD=p w\n"
+                                        "Database=d\n");
+        ::setenv("VELTRANE_DSN_INITIAL_VALUES", m_values.c_str(), 1);
+    }
+    std::string UserFile() const { return IniScratch::Read(m_scratch.UserFile()); }
+
+    const bool m_isIodbc = GetParam();
+    /// iODBC's list of data sources, with and without "sales".
+    const std::string m_listed =
+        m_isIodbc ? "[ODBC Data Sources]\nsales=Veltrane\n\n"s + SECTION : SECTION;
+    const std::string m_unlisted = m_isIodbc ? "[ODBC Data Sources]\n\n" : "";
+    IniScratch m_scratch;
+    const std::filesystem::path m_values = m_scratch.Folder() / "values.ini";
+    const Installer m_installer{m_isIodbc};
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, ConfigDataSource, testing::Bool(),
+                         [](const auto& in_info) { return in_info.param ? "Iodbc" : "UnixOdbc"; });
 
 // The installer keeps what it has read; a caller must not be given that after a save.
-TEST_F(ConfigDataSource, TheCallerReadsWhatWasSaved) {
-    for (const bool isSystem : {false, true}) {
-        const WORD mode = isSystem ? ODBC_SYSTEM_DSN : ODBC_USER_DSN;
-        const int offset = isSystem ? ODBC_ADD_SYS_DSN - ODBC_ADD_DSN : 0;
-        EXPECT_EQ(Read("Server", mode), "(absent)");
-        for (const std::string server : {"first", "second"}) {
-            SetInitialValues("DSN=sales\nDatabase=d\nServer=" + server + "\n");
-            EXPECT_TRUE(Configure(ODBC_ADD_DSN + offset));
-            EXPECT_EQ(Read("Server", mode), server);
+TEST_P(ConfigDataSource, AddsConfiguresAndRemovesAndTheCallerReadsIt) {
+    for (const bool isWide : {false, true}) {
+        for (const bool isSystem : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "wide " << isWide << ", system " << isSystem);
+            const auto file = isSystem ? m_scratch.SystemFile() : m_scratch.UserFile();
+            const auto other = isSystem ? m_scratch.UserFile() : m_scratch.SystemFile();
+            const auto request = [&](int in_request, const std::string& in_list) {
+                EXPECT_TRUE(m_installer.Configure(in_request + isSystem * SYSTEM, in_list, isWide));
+                EXPECT_EQ(m_installer.GetErrors(), Errors());
+            };
+            std::filesystem::remove(file);
+            IniScratch::Write(other, OTHERS);
+            SetValues("db1");
+            request(ADD, "");
+            EXPECT_EQ(IniScratch::Read(file), m_listed);
+            if (!isSystem) {
+                EXPECT_EQ(std::filesystem::status(file).permissions(),
+                          std::filesystem::perms{0600});
+            }
+            EXPECT_EQ(m_installer.Read("Server", isSystem), "db1");
+            SetValues("second");
+            request(CONFIG, SALES);
+            EXPECT_EQ(m_installer.Read("Server", isSystem), "second");
+            request(REMOVE, SALES);
+            EXPECT_EQ(IniScratch::Read(file), m_unlisted);
+            EXPECT_EQ(m_installer.Read("Server", isSystem), "(absent)");
+            EXPECT_EQ(IniScratch::Read(other), OTHERS);
         }
-        EXPECT_TRUE(Configure(ODBC_REMOVE_DSN + offset, "DSN=sales\0"s));
-        EXPECT_EQ(Read("Server", mode), "(absent)");
     }
 }
 
-TEST_F(ConfigDataSource, RefusalsPostExactlyOneErrorAndChangeNothing) {
+TEST_P(ConfigDataSource, ValuesComeBackThroughItsReaderOrAreRefused) {
+    const std::pair<std::string, bool> cases[] = {
+        // Whether iODBC's reader gives it back; unixODBC's does.
+        {"p=;#'\"{}[]\\%$ ü€日本😀", true},
+        {"a;b#c", true},
+        {"'a ;b'", true},
+        {"[x]", true},
+        {"=", true},
+        {"it's", true},
+        {std::string(250, 'x'), true},
+        {";x", false},
+        {"#x", false},
+        {"a ;b", false},
+        {"a # b", false},
+        {"'a' #b", false},
+    };
+    std::string stored = "(absent)";
+    for (const auto& [value, isCarriedByIodbc] : cases) {
+        SCOPED_TRACE(value);
+        SetValues(value);
+        const bool isCarried = isCarriedByIodbc || !m_isIodbc;
+        EXPECT_EQ(m_installer.Configure(ADD, ""), isCarried);
+        if (isCarried) stored = value;
+        EXPECT_EQ(m_installer.Read("Server"), stored);
+    }
+}
+
+TEST_P(ConfigDataSource, EditsAFileAsItsReaderReadsIt) {
+    const std::string others = m_isIodbc ? "stray text\n[Other]\nx=1 ; kept\n[sales\nk=no header\n"
+                                           "  [ODBC Data Sources]\nold=Old\n"
+                                         : "# ours\r\n\r\n[a]\r\nX = 1 ; y\r\n";
+    const std::string before =
+        m_isIodbc ? "'sales'=Veltrane\n\n[Sales]\n Server=goes on\n'server'=db2 ;c\nUID=" +
+                        std::string(1200, 'u') + "\nDriver=V\n"
+                  : "[sales]\r\nDriver=Veltrane\r\nServer=old\r\nExtra=1\r\n[z]\r\nlast";
+    // Keys that were there return to their places.
+    const std::string after =
+        m_isIodbc ? "sales=Veltrane\n\n[sales]\nServer=db1\nUID=anna\nDriver=Veltrane\n"
+                    "Namespace=cognos\nLoginMode=1\nPWD=p w\nDatabase=d\n"
+                  : "[sales]\r\nDriver=Veltrane\r\nServer=db1\r\nNamespace=cognos\r\n"
+                    "LoginMode=1\r\nUID=anna\r\nPWD=p w\r\nDatabase=d\r\n[z]\r\nlast";
+    IniScratch::Write(m_scratch.UserFile(), others + before);
+    EXPECT_TRUE(m_installer.Configure(CONFIG, SALES));
+    EXPECT_EQ(UserFile(), others + after);
+    EXPECT_TRUE(m_installer.Configure(REMOVE, SALES));
+    EXPECT_EQ(UserFile(), others + (m_isIodbc ? "" : "[z]\r\nlast"));
+}
+
+TEST_P(ConfigDataSource, ARefusalPostsItsErrorOnceAndChangesNothing) {
+    const std::pair<unsigned long, std::string> keyword(8, "Invalid keyword-value pairs.");
     const std::string malformed =
         "Initial values of a DSN: " + m_values.string() +
-        ", line 3: neither a section, a comment nor a key with its value.";
+        ", line 4: neither a section, a comment nor a key with its value.";
     const struct {
         const char* m_point;
         int m_request;
         std::string m_list;
-        HWND m_window;
-        std::string m_values;
         std::pair<unsigned long, std::string> m_error;
+        bool m_isByUnixOdbc = true;
+        bool m_isByIodbc = true;
     } cases[] = {
-        {"a request type that there is none of",
-         7,
-         "DSN=sales\0"s,
-         nullptr,
-         VALUES,
-         {5, "Invalid type of request."}},
-        // What the handle points to must not matter, so it points nowhere.
-        {"an empty list and a window",
-         ODBC_CONFIG_DSN,
-         "",
-         reinterpret_cast<HWND>(1),
-         VALUES,
-         {8, "Invalid keyword-value pairs."}},
-        {"a line feed in the name",
-         ODBC_REMOVE_DSN,
-         "DSN=a\nb\0"s,
-         nullptr,
-         VALUES,
-         {8, "Invalid keyword-value pairs."}},
-        {"the list of sources is no name",
-         ODBC_REMOVE_DSN,
-         "DSN=ODBC Data Sources\0"s,
-         nullptr,
-         VALUES,
-         {8, "Invalid keyword-value pairs."}},
-        {"no initial values", ODBC_ADD_DSN, "", nullptr, "", {11, "Request failed."}},
-        {"malformed initial values",
-         ODBC_ADD_DSN,
-         "",
-         nullptr,
-         "DSN=sales\nServer\n",
-         {11, malformed}},
+        {"no such request", 7, SALES, {5, "Invalid type of request."}, true, false},
+        {"an empty list and a window", CONFIG, "", keyword},
+        {"the text outlives the library", ADD, "", {11, malformed}},
+        {"a name that its list cuts", REMOVE, "DSN=it's\0"s, keyword, false},
+        {"one in quotes", REMOVE, "DSN=\"a\"\0"s, keyword, false},
+        {"a comment", REMOVE, "DSN=#a\0"s, keyword, false},
+        {"32 bytes", REMOVE, "DSN=1234567890123456789012345678901x\0"s, keyword, false},
     };
-    const std::string before = "# c\n[sales]\nDriver = Veltrane\n[other]\nx=1\n";
+    SetValues("s\nnonsense");
+    IniScratch::Write(m_scratch.UserFile(), OTHERS);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
-        IniScratch::Write(m_scratch.UserFile(), before);
-        SetInitialValues(c.m_values);
-        EXPECT_FALSE(Configure(c.m_request, c.m_list, c.m_window));
+        const bool isRefused = m_isIodbc ? c.m_isByIodbc : c.m_isByUnixOdbc;
+        // What the handle points to must not matter, so it points nowhere.
+        void* const window = reinterpret_cast<void*>(c.m_request == CONFIG ? 1 : 0);
+        EXPECT_EQ(m_installer.Configure(c.m_request, c.m_list, false, window), !isRefused);
         // Some versions of the installer put an error of their own beside it.
-        const InstallerErrors errors = Errors();
-        EXPECT_EQ(std::count(errors.begin(), errors.end(), c.m_error), 1)
+        const Errors errors = m_installer.GetErrors();
+        EXPECT_EQ(std::count(errors.begin(), errors.end(), c.m_error), isRefused ? 1 : 0)
             << testing::PrintToString(errors);
-        EXPECT_EQ(UserFile(), before);
-        EXPECT_EQ(SystemFile(), "");
+        EXPECT_EQ(UserFile(), OTHERS);
     }
 }
 
-TEST_F(ConfigDataSource, AThousandRequestsLeaveNoOpenFile) {
+TEST_P(ConfigDataSource, AThousandRequestsLeaveNoOpenFile) {
     const auto countOpenFiles = [] {
         const std::filesystem::directory_iterator entries("/proc/self/fd");
         return std::distance(begin(entries), end(entries));
     };
-    ASSERT_TRUE(Configure(ODBC_ADD_DSN));
+    ASSERT_TRUE(m_installer.Configure(ADD, ""));
     const auto before = countOpenFiles();
     for (int i = 0; i < 500; ++i) {
-        ASSERT_TRUE(Configure(ODBC_CONFIG_DSN, "DSN=sales\0"s));
-        ASSERT_FALSE(Configure(ODBC_REMOVE_DSN, "DSN=a[b\0"s));
+        ASSERT_TRUE(m_installer.Configure(CONFIG, SALES));
+        ASSERT_FALSE(m_installer.Configure(REMOVE, "DSN=a[b\0"s));
     }
     EXPECT_EQ(countOpenFiles(), before);
+}
+
+class Iodbc : public ConfigDataSource {};
+
+INSTANTIATE_TEST_SUITE_P(Of, Iodbc, testing::Values(true), [](const auto&) { return "Iodbc"; });
+
+TEST_P(Iodbc, CarriesAnyTextInFourByteCharacters) {
+    ASSERT_TRUE(m_installer.Configure(ADD, ""));
+    const std::string before = UserFile();
+    IniScratch::Write(m_scratch.UserFile(), before + "[ü€日😀]\nDriver=Veltrane\n\n");
+    ASSERT_TRUE(m_installer.Configure(REMOVE, "DSN=ü€日😀\0"s, true));
+    EXPECT_EQ(UserFile(), before);
+}
+
+TEST_P(Iodbc, FindsTheFileAsItsReaderDoes) {
+    const std::filesystem::path home = m_scratch.Folder() / "home";
+    std::filesystem::create_directory(home);
+    ::setenv("HOME", home.c_str(), 1);
+    for (const char* variable : {"", "/none/odbc.ini"}) {
+        SCOPED_TRACE(variable);
+        ::setenv("ODBCINI", variable, 1);
+        EXPECT_TRUE(m_installer.Configure(ADD, ""));
+        EXPECT_EQ(IniScratch::Read(home / ".odbc.ini"), m_listed);
+        EXPECT_EQ(m_installer.Read("Server"), "db1");
+        EXPECT_TRUE(m_installer.Configure(REMOVE, SALES));
+    }
+}
+
+// One process with both driver managers: each request belongs to the one that it came from.
+TEST_P(Iodbc, IsToldFromUnixOdbcInOneProcess) {
+    const Installer unixOdbc(false);
+    ASSERT_TRUE(unixOdbc.IsInstalled());
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_FALSE(unixOdbc.Configure(REMOVE, "DSN=a[b\0"s));
+        EXPECT_EQ(m_installer.GetErrors(), Errors());
+        EXPECT_FALSE(unixOdbc.GetErrors().empty());
+        EXPECT_TRUE(unixOdbc.Configure(REMOVE, "DSN=a\0"s)) << "clears its errors";
+        EXPECT_FALSE(m_installer.Configure(REMOVE, "DSN=a[b\0"s));
+        EXPECT_EQ(unixOdbc.GetErrors(), Errors());
+        EXPECT_EQ(m_installer.GetErrors().size(), 2u);
+        // A name of 32 bytes is one too long for iODBC.
+        const std::string name = "DSN=12345678901234567890123456789012\0"s;
+        EXPECT_TRUE(unixOdbc.Configure(REMOVE, name));
+        EXPECT_FALSE(m_installer.Configure(REMOVE, name));
+        EXPECT_TRUE(m_installer.Configure(REMOVE, "DSN=a\0"s));
+    }
 }
 
 }  // namespace
