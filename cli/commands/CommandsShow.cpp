@@ -201,8 +201,8 @@ ExitCode CheckDsns(const CommandLine& in_line) {
     Json results = Json::array();
     bool isSound = true;
     for (const StoredDsn& dsn : Select(text, store, in_line)) {
-        const Findings findings =
-            ExamineDsn(text, dsn.m_name, in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
+        const Findings findings = ExamineDsn(text, store.GetScope(), dsn.m_name,
+                                             in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
         isSound = isSound && !HasError(findings);
         if (in_line.Has(OptionId::Json)) {
             results.push_back({{"name", dsn.m_name},

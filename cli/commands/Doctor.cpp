@@ -34,7 +34,7 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     for (const std::string& dsn : GetDsnNames(text)) {
         const std::string driver = text.Get(dsn, "Driver").value_or("");
         if (IsSameName(driver, in_driver)) {
-            Append(findings, ExamineDsn(text, dsn, in_driver));
+            Append(findings, ExamineDsn(text, in_store.GetScope(), dsn, in_driver));
         } else if (driver.empty()) {
             findings.push_back({Severity::Warning, "dsn-without-driver",
                                 describe(dsn) + " has no Driver entry.",

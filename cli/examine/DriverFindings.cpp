@@ -13,7 +13,9 @@ namespace {
 
 const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocEnv"};
 
-Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver) {
+/// @param in_how  how the driver was named: "with --driver"
+Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver,
+                      const std::string& in_how) {
     std::string known;
     for (const std::string& name : in_registry.GetNames()) {
         known += (known.empty() ? " Registered are: " : ", ") + name;
@@ -22,9 +24,9 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
     const std::string repair =
         EqualsIgnoringCase(in_driver, DEFAULT_DRIVER)
             ? "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) +
-                  " --setup " + PLATFORM_WORDS.m_exampleSetup +
-                  ", or give the right name with --driver."
-            : "Give the name of a registered driver with --driver, or install that driver.";
+                  " --setup " + PLATFORM_WORDS.m_exampleSetup + ", or give the right name " +
+                  in_how + "."
+            : "Give the name of a registered driver " + in_how + ", or install that driver.";
     return {Severity::Error, "driver-not-registered",
             "The driver " + Quote(in_driver) + " is not registered in " + in_registry.GetPath() +
                 "." + known + (known.empty() ? "" : "."),
@@ -124,7 +126,7 @@ void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in
 Findings ExamineRegistration(const std::string& in_driver) {
     const DriverRegistry registry;
     const std::optional<Entries> entries = registry.Find(in_driver);
-    if (!entries) return {NotRegistered(registry, in_driver)};
+    if (!entries) return {NotRegistered(registry, in_driver, "with --driver")};
     Findings findings;
     const std::string setup = GetLibraryEntry(*entries, "Setup");
     if (setup.empty()) {
@@ -184,7 +186,7 @@ Findings ExamineDriverLibrary(const std::string& in_driver) {
     }
     const DriverRegistry registry;
     const std::optional<Entries> entries = registry.Find(in_driver);
-    if (!entries) return {NotRegistered(registry, in_driver)};
+    if (!entries) return {NotRegistered(registry, in_driver, "as Driver")};
     ExamineDriverEntry(registry, in_driver, *entries, findings);
     return findings;
 }

@@ -5,7 +5,7 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/Entries.h"
 #include "cli/examine/FileRights.h"
-#include "cli/system/CommandError.h"
+#include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
 
@@ -13,7 +13,16 @@ namespace Veltrane::Cli {
 
 namespace {
 
-void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Findings& io_findings) {
+/// The command that changes the DSN, with the options that lead to it.
+std::string HowToSet(const Entries& in_entries, const std::string& in_dsn, Scope in_scope) {
+    const std::string driver = in_entries.Get("Driver");
+    const bool isOurs = driver.empty() || IsSameName(driver, DEFAULT_DRIVER);
+    return "veltrane-dsn set " + Quote(in_dsn) + (in_scope == Scope::System ? " --system" : "") +
+           (isOurs ? "" : " --driver " + Quote(driver));
+}
+
+void ExamineFields(const Entries& in_entries, const std::string& in_dsn,
+                   const std::string& in_howToSet, Findings& io_findings) {
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         const std::string key(field.m_key);
         const std::string value = key == "DSN" ? in_dsn : in_entries.Get(key);
@@ -25,38 +34,35 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn, Finding
                 {Severity::Warning, "value-refused-as-new",
                  subject +
                      " is kept as long as nobody changes it. As new text it is refused: " + reason,
-                 "If it is not meant: veltrane-dsn set " + Quote(in_dsn) + " -p " + key +
-                     "=VALUE."});
+                 "If it is not meant: " + in_howToSet + " -p " + key + "=VALUE."});
             continue;
         }
         io_findings.push_back(
             {Severity::Error, key == "DSN" ? "value-does-not-survive" : "value-missing",
              subject + ": " + reason,
              key == "DSN" ? "Add the DSN again under another name and remove this one."
-                          : "Give it another value: veltrane-dsn set " + Quote(in_dsn) + " -p " +
-                                key + "=VALUE."});
+                          : "Give it another value: " + in_howToSet + " -p " + key + "=VALUE."});
     }
     for (const auto& [key, value] : in_entries) {
         const std::string note = DescribeNearKey(key);
         if (note.empty()) continue;
         io_findings.push_back({Severity::Note, "key-unknown",
                                "The DSN " + Quote(in_dsn) + ": " + note,
-                               "If it is meant: veltrane-dsn set " + Quote(in_dsn) + " --unset " +
-                                   Quote(key) + ", and the right key with -p."});
+                               "If it is meant: " + in_howToSet + " --unset " + Quote(key) +
+                                   ", and the right key with -p."});
     }
 }
 
 void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
-                  Findings& io_findings) {
+                  const std::string& in_howToSet, Findings& io_findings) {
     std::set<std::string> known;
     for (const auto& [key, value] : in_lines) {
         if (!known.insert(FoldName(key)).second) {
-            io_findings.push_back(
-                {Severity::Warning, "key-twice",
-                 "The DSN " + Quote(in_dsn) + " has the key " + key +
-                     " twice; the driver manager takes the first one.",
-                 "Remove the second line, or write the DSN anew: veltrane-dsn set " +
-                     Quote(in_dsn) + " -p " + key + "=VALUE."});
+            io_findings.push_back({Severity::Warning, "key-twice",
+                                   "The DSN " + Quote(in_dsn) + " has the key " + key +
+                                       " twice; the driver manager takes the first one.",
+                                   "Remove the second line, or write the DSN anew: " + in_howToSet +
+                                       " -p " + key + "=VALUE."});
         }
         if (!PLATFORM_WORDS.m_hasCommentsInValues) continue;
         const bool isCutByIodbc = value.starts_with(';') || value.starts_with('#') ||
@@ -107,22 +113,23 @@ void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
 
 }  // namespace
 
-Findings ExamineDsn(const ODBC::ProfileView& in_text, const std::string& in_dsn,
+Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
                     const std::string& in_driver) {
     Findings findings;
     const std::vector<Entry> lines = in_text.GetKeyValues(in_dsn);
     const Entries entries(lines);
     const std::string driver = entries.Get("Driver");
+    const std::string howToSet = HowToSet(entries, in_dsn, in_scope);
     if (driver.empty() || IsSameName(driver, in_driver)) {
-        ExamineFields(entries, in_dsn, findings);
+        ExamineFields(entries, in_dsn, howToSet, findings);
     }
-    ExamineLines(lines, in_dsn, findings);
+    ExamineLines(lines, in_dsn, howToSet, findings);
     if (in_text.HasLongLine(in_dsn)) {
         findings.push_back({Severity::Error, "value-does-not-survive",
                             "The DSN " + Quote(in_dsn) +
                                 " has a line of more than 999 bytes; programs read the rest of it "
                                 "as another line.",
-                            "Shorten the value with veltrane-dsn set."});
+                            "Shorten the value: " + howToSet + " -p KEY=VALUE."});
     }
     return findings;
 }

@@ -12,7 +12,7 @@ namespace Veltrane::Cli {
 
 /// Examines one DSN: what is missing, and which values programs will not read as they are.
 /// @param in_driver  a DSN of another one need not have its keys
-Findings ExamineDsn(const ODBC::ProfileView& in_text, const std::string& in_dsn,
+Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
                     const std::string& in_driver);
 
 /// Examines the file of a scope: readable, writable, private if it holds a password.

@@ -122,7 +122,7 @@ class ConnectTest(ConnectionTest):
                 ("empty", "IM004", "library-no-entry-point", "SQLAllocHandle", 1),
                 ("path", "01000", "library-not-found", "/no/such.so", 1),
                 ("sales", "IM002", "driver-without-library", "programs cannot connect", 1),
-                ("lost", "IM002", "driver-not-registered", "Nobody", 1),
+                ("lost", "IM002", "driver-not-registered", "name of a registered driver as Driver,", 1),
                 ("none", "IM002", "dsn-without-driver", "none", 1),
                 ("unknown", "IM002", "dsn-missing", self.path("user.ini"), 3)):
             with self.subTest(name):

@@ -518,6 +518,9 @@ class DoctorTest(ToolTest):
         self.assertEqual(result["dsns"][0]["findings"][0]["id"], "value-missing")
         self.assertTrue(self.run_tool("check", code=1)[0].startswith("a:\nerror: Database of"))
         self.assertEqual(self.run_tool("check", "b")[0], "b: sound\n")
+        self.write({"b": {"Driver": "Other"}}, "system")
+        self.assertIn('veltrane-dsn set "b" --system --driver "Other" -p Server=VALUE.', str(
+            self.run_json("check", "b", "--system", "--driver", "Other", code=1)))
 
 
 if __name__ == "__main__":
