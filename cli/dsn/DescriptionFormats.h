@@ -2,8 +2,6 @@
 #ifndef CLI_DESCRIPTIONFORMATS_H
 #define CLI_DESCRIPTIONFORMATS_H
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "cli/dsn/Description.h"
 
 namespace Veltrane::Cli {
@@ -13,8 +11,6 @@ using Descriptions = std::vector<DsnDescription>;
 Descriptions ParseJson(std::string_view in_text, const std::string& in_source);
 Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
                       std::vector<std::string>& out_notes);
-/// @throws CommandError EXIT_FAILED with source and place, without a part of the text
-nlohmann::ordered_json ParseJsonDocument(std::string_view in_text, const std::string& in_source);
 
 std::string FormatJson(const Descriptions& in_descriptions);
 std::string FormatIni(const Descriptions& in_descriptions);

@@ -1,13 +1,13 @@
-#include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "cli/dsn/DescriptionFormats.h"
+#include "cli/dsn/StrictJson.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// Reads one description; knows its place for error texts.
 class Reader {
@@ -15,7 +15,7 @@ public:
     Reader(const std::string& in_source, std::size_t in_index)
         : m_place(in_source + ": entry " + std::to_string(in_index + 1)) {}
 
-    DsnDescription Run(const Json& in_object) {
+    DsnDescription Run(const StrictJson& in_object) {
         if (!in_object.is_object()) Fail("is not an object");
         if (!in_object.contains("name")) Fail("has no \"name\"");
         for (const auto& [key, value] : in_object.items()) ReadMember(key, value);
@@ -23,7 +23,7 @@ public:
     }
 
 private:
-    void ReadMember(const std::string& in_key, const Json& in_value) {
+    void ReadMember(const std::string& in_key, const StrictJson& in_value) {
         if (in_key == "name") {
             m_description.m_name = Text(in_key, in_value);
         } else if (std::string* const member = FindMember(in_key, m_description)) {
@@ -36,7 +36,7 @@ private:
         }
     }
 
-    void ReadValue(const std::string& in_key, const Json& in_value) {
+    void ReadValue(const std::string& in_key, const StrictJson& in_value) {
         if (m_description.m_values.Find(in_key) != nullptr) {
             Fail("has the key \"" + in_key + "\" twice");
         }
@@ -52,7 +52,7 @@ private:
         }
     }
 
-    std::string Text(const std::string& in_key, const Json& in_value) const {
+    std::string Text(const std::string& in_key, const StrictJson& in_value) const {
         if (!in_value.is_string()) Fail("has \"" + in_key + "\", which is not a text");
         return in_value.get<std::string>();
     }
@@ -75,22 +75,29 @@ std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
 
 }  // namespace
 
-Json ParseJsonDocument(std::string_view in_text, const std::string& in_source) {
+StrictJson ParseJsonDocument(std::string_view in_text, const std::string& in_source) {
+    std::istringstream stream{std::string(in_text)};
+    const auto fail = [&](std::size_t in_byte, const std::string& in_reason) {
+        throw CommandError(EXIT_FAILED,
+                           in_source + ", " + DescribePlace(in_text, in_byte) + ": " + in_reason);
+    };
     try {
-        return Json::parse(in_text);
-    } catch (const Json::parse_error& error) {
-        throw CommandError(EXIT_FAILED, in_source + ", " + DescribePlace(in_text, error.byte) +
-                                            ": not JSON in UTF-8.");
-    } catch (const Json::out_of_range&) {
+        return StrictJson::parse(stream);
+    } catch (const RepeatedKey& error) {
+        fail(static_cast<std::size_t>(stream.tellg()),
+             "the key " + Quote(error.m_key) + " occurs twice.");
+    } catch (const StrictJson::parse_error& error) {
+        fail(error.byte, "not JSON in UTF-8.");
+    } catch (const StrictJson::out_of_range&) {
         // Its text would repeat the number as well, and has no place.
-        throw CommandError(EXIT_FAILED, in_source + ": a number that is out of range.");
     }
+    throw CommandError(EXIT_FAILED, in_source + ": a number that is out of range.");
 }
 
 Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
-    const Json document = ParseJsonDocument(in_text, in_source);
+    const StrictJson document = ParseJsonDocument(in_text, in_source);
     const bool isObject = document.is_object() && document.contains("data_sources");
-    const Json& list = isObject ? document["data_sources"] : document;
+    const StrictJson& list = isObject ? document["data_sources"] : document;
     if (!list.is_array()) {
         throw CommandError(EXIT_FAILED, in_source + ": there is no list \"data_sources\".");
     }
@@ -102,6 +109,7 @@ Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
 }
 
 std::string FormatJson(const Descriptions& in_descriptions) {
+    using Json = nlohmann::ordered_json;
     Json list = Json::array();
     for (const DsnDescription& description : in_descriptions) {
         Json values = Json::object();

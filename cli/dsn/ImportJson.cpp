@@ -1,14 +1,12 @@
-#include <nlohmann/json.hpp>
-
-#include "cli/dsn/DescriptionFormats.h"
 #include "cli/dsn/ImportFormats.h"
+#include "cli/dsn/StrictJson.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = StrictJson;
 
 /// Reads one object of Get-OdbcDsn.
 class Reader {

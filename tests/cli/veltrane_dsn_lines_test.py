@@ -58,6 +58,7 @@ class LineTest(RefusalTest):
                 ("-p has to be followed by KEY=VALUE.", "set", "sales", "-p", "Trace"),
                 ("a DSN cannot do without Server.", "set", "sales", "--unset", "server"),
                 ("the driver is given with --driver.", "set", "sales", "-p", "Driver=x"),
+                ("the name of the DSN is the command's argument.", "set", "sales", "-p", "DSN=x"),
                 ("UID is both given and removed.", "set", "sales", "--uid", "x", "--unset", "uid"),
                 ("UID: ", "set", "sales", "-p", "UID=a\nb"),
                 ("Server: ", "set", "sales", "--server", " x"),
@@ -140,6 +141,8 @@ class InputTest(RefusalTest):
         for text, part in (
                 ('{"data_sources": [\n{"name": "hunter2" "x"}]}', "input, line 2, column 22: not JSON in UTF-8."),
                 (entry({"values": {"PWD": 1}}).replace("1", "1e999"), ": a number that is out of range."),
+                ('[{"name": "a", "values": {"PWD": "x",\n"PWD": "hunter2"}}]',
+                 'input, line 2, column 5: the key "PWD" occurs twice.'),
                 (" \n", "standard input is empty: it describes no DSN."),
                 (entry({"values": {"PWD": ""}}), 'has an empty "PWD"; null removes one.'),
                 ('{"dsn": "hunter2"}', 'there is no list "data_sources".'),
