@@ -70,11 +70,7 @@ private:
     }
 
     ExitCode Cancel() {
-        if (m_name.empty()) {
-            m_report.AddNotice("Cancelled; nothing is changed.");
-        } else {
-            m_report.AddDone(MakeResult(m_name).m_plan);
-        }
+        m_report.AddNotice("Cancelled; nothing is changed.");
         return m_report.Finish();
     }
 
