@@ -33,7 +33,10 @@ void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const 
     }
     EditorMessage message;
     message.m_kind = EditorMessageKind::UNAVAILABLE;
-    message.m_reason = "The desktop editor cannot open a window: " + s_firstWarning;
+    const bool hasDisplay =
+        !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    message.m_reason = "The desktop editor cannot open a window: " +
+                       (hasDisplay ? s_firstWarning : "neither DISPLAY nor WAYLAND_DISPLAY is set");
     try {
         s_host->Send(message);
     } catch (const std::exception&) {

@@ -193,10 +193,15 @@ class DesktopEditorTest(DesktopEditorStart):
                                      r"There is no terminal: .*VELTRANE_DSN_INITIAL_VALUES")
 
     def test_display_that_is_not_there(self):
-        self.start("add", DISPLAY=":4711")
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertIn("cannot open a window: could not connect to display :4711", errors[-1])
+        for environment, reason in (
+                ({"DISPLAY": ":4711"}, "could not connect to display :4711"),
+                ({"DISPLAY": "", "VELTRANE_DSN_EDITOR": "desktop"},
+                 "neither DISPLAY nor WAYLAND_DISPLAY is set.")):
+            self.answer.unlink(missing_ok=True)
+            self.start("add", **environment)
+            result, errors = self.errors()
+            self.assertEqual(result, 0)
+            self.assertIn("cannot open a window: " + reason, errors[-1])
 
     def test_nothing_at_all(self):
         self.start("add", DISPLAY="")
