@@ -1,14 +1,11 @@
-/// The driver manager's installer library: its functions, bound by name on first use, and what they
-/// tell about the running request. Everything that depends on the driver manager is in here.
+/// The driver manager's installer library: its functions, bound by name on first use, and its error
+/// list (Linux).
 #ifndef SETUP_INSTALLERLIBRARY_H
 #define SETUP_INSTALLERLIBRARY_H
 
 #include <string>
 
 namespace Veltrane::ODBC {
-
-/// Whose data sources a request is about. The values are those of SQLGetConfigMode.
-enum class ConfigMode { BOTH = 0, USER = 1, SYSTEM = 2, UNKNOWN = -1 };
 
 /// unixODBC and iODBC have installer libraries with the same names and rules of their own.
 enum class DriverManager { UNIXODBC, IODBC };
@@ -45,17 +42,6 @@ const InstallerLibrary* UseInstallerLibrary(const InstallerLibrary* in_library) 
 /// The library of the calling thread; else the one of the process: a library that it holds, or
 /// loaded at the first call. When that fails the user is told, once.
 const InstallerLibrary& GetInstallerLibrary() noexcept;
-
-/// Whether this process runs with more rights than its user has (set-user-id and the like).
-bool IsPrivileged() noexcept;
-
-/// The config mode of the request that is running; UNKNOWN when it cannot be found out.
-ConfigMode FindConfigMode();
-/// The path of the user's odbc.ini and of the system's, whether they exist or not, by the rules of
-/// the driver manager. A process that runs with more rights than its user has takes neither from
-/// the environment.
-std::string GetUserIniPath();
-std::string GetSystemIniPath();
 
 /// Posts an error. The text need not outlive the call.
 bool PostError(unsigned in_code, const std::string& in_text);

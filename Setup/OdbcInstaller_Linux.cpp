@@ -8,8 +8,10 @@
 #include <utility>
 
 #include "Exceptions/OrskaThrow.h"
+#include "Setup/ConfigMode.h"
 #include "Setup/HandedOutValues.h"
 #include "Setup/InstallerLibrary.h"
+#include "Setup/InstallerPaths.h"
 #include "Setup/OdbcIniFile.h"
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcIniUpdate.h"

@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "PlatformAbstraction/base/Ascii.h"
+#include "Setup/InstallerPaths.h"
 #include "Setup/OdbcIniFile.h"
 #include "Setup/Profile.h"
 #include "Setup/ProfileRules.h"

@@ -10,7 +10,8 @@
 #include <fstream>
 #include <utility>
 
-#include "Setup/ConfigModeProbe.h"
+#include "Setup/ConfigMode.h"
+#include "Setup/InstallerPaths.h"
 #include "Setup/OdbcInstaller.h"
 #include "tests/support/IniScratch.h"
 

@@ -1,20 +1,13 @@
+#include "Setup/InstallerLibrary.h"
+
 #include <dlfcn.h>
 #include <link.h>
-#include <pwd.h>
-#include <sys/auxv.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <mutex>
-#include <string_view>
 #include <utility>
-#include <vector>
 
-#include "Setup/ConfigModeProbe.h"
-#include "Setup/InstallerLibrary.h"
 #include "Setup/SystemCalls.h"
 
 namespace Veltrane::ODBC {
@@ -25,11 +18,8 @@ constexpr const char* LIBRARY_NAMES[] = {"libodbcinst.so.2", "libiodbcinst.so.2"
 constexpr char NOT_INSTALLED[] =
     "The ODBC installer DLL (ODBCCP32.DLL) is not installed on this system.";
 constexpr char NOT_INSTALLED_TITLE[] = "ODBC Installer Error";
-constexpr char SYSTEM_INI[] = "/etc/odbc.ini";
 constexpr char ANY_FUNCTION[] = "SQLPostInstallerError";
 constexpr short SQL_SUCCESS = 0;
-/// Every version takes a path of so many bytes as it is.
-constexpr std::size_t USUAL_PATH = 256;
 
 template <typename Function>
 void Bind(void* in_library, const char* in_name, Function& out_function) {
@@ -107,36 +97,6 @@ InstallerLibrary LoadAny() {
     return {};
 }
 
-std::string AskPath(int (*in_function)(char*, int)) {
-    std::vector<char> path(InstallerLibrary::PATH_BUFFER, '\0');
-    // The library keeps the system's path without a lock.
-    const SystemCalls::ForkLock lock;
-    in_function(path.data(), 0);
-    return path.data();
-}
-
-std::string GetPasswdHome() {
-    std::vector<char> buffer(16384);
-    passwd entry{};
-    passwd* found = nullptr;
-    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
-    return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/home";
-}
-
-std::string GetHome() {
-    const char* const home = std::getenv("HOME");
-    return home != nullptr ? home : GetPasswdHome();
-}
-
-/// The path in a variable, when the file can be read or made; empty otherwise. That is
-/// iODBC's rule.
-std::string GetUsablePath(const char* in_variable) {
-    const char* const path = std::getenv(in_variable);
-    if (path == nullptr || *path == '\0') return {};
-    const bool isReadable = ::access(path, R_OK) == 0;
-    return isReadable || (errno == ENOENT && SystemCalls::IsWritable(path)) ? path : std::string();
-}
-
 /// Texts that iODBC may still show: it stores the pointer, so they outlive the call.
 /// Process-wide: written by posts, read by the library until its error list is emptied.
 class PostedTexts {
@@ -161,20 +121,7 @@ PostedTexts& GetPostedTexts() {
     return s_texts;
 }
 
-/// The variable that overrides the config mode in the library itself.
-ConfigMode ModeOfEnvironment() {
-    // Not a matter of trust: it tells what the library, which believes it, is about to do.
-    const char* const variable = std::getenv("ODBCSEARCH");
-    const std::string_view search = variable == nullptr ? "" : variable;
-    if (search == "ODBC_SYSTEM_DSN") return ConfigMode::SYSTEM;
-    if (search == "ODBC_USER_DSN") return ConfigMode::USER;
-    if (search == "ODBC_BOTH_DSN") return ConfigMode::BOTH;
-    return ConfigMode::UNKNOWN;
-}
-
 }  // namespace
-
-bool IsPrivileged() noexcept { return ::getauxval(AT_SECURE) != 0; }
 
 const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept {
     void* const module = OpenModuleOf(in_code);
@@ -196,43 +143,6 @@ const InstallerLibrary& GetInstallerLibrary() noexcept {
     // Process-wide: set on first use, never changed.
     static const InstallerLibrary s_library = LoadAny();
     return s_library;
-}
-
-ConfigMode FindConfigMode() {
-    const InstallerLibrary& library = GetInstallerLibrary();
-    if (library.m_readWithoutLock != nullptr) {
-        const ConfigMode mode = ModeOfEnvironment();
-        return mode != ConfigMode::UNKNOWN ? mode : ProbeConfigMode(library);
-    }
-    unsigned short mode = 0;
-    if (library.m_getConfigMode == nullptr || library.m_getConfigMode(&mode) == 0) {
-        return ConfigMode::BOTH;
-    }
-    return mode <= 2 ? static_cast<ConfigMode>(mode) : ConfigMode::UNKNOWN;
-}
-
-std::string GetUserIniPath() {
-    const InstallerLibrary& library = GetInstallerLibrary();
-    if (IsPrivileged()) return GetPasswdHome() + "/.odbc.ini";
-    if (library.m_driverManager == DriverManager::IODBC) {
-        const std::string path = GetUsablePath("ODBCINI");
-        return path.empty() ? GetHome() + "/.odbc.ini" : path;
-    }
-    // unixODBC looks the user up first, also where it takes the path from the variable.
-    const char* const variable = std::getenv("ODBCINI");
-    const std::string_view path = variable == nullptr ? "" : variable;
-    if (!path.empty() && path.size() < USUAL_PATH) return std::string(path);
-    if (library.m_userIni != nullptr) return AskPath(library.m_userIni);
-    return GetPasswdHome() + "/.odbc.ini";
-}
-
-std::string GetSystemIniPath() {
-    const InstallerLibrary& library = GetInstallerLibrary();
-    std::string path;
-    if (IsPrivileged()) return SYSTEM_INI;
-    if (library.m_driverManager == DriverManager::IODBC) path = GetUsablePath("SYSODBCINI");
-    if (library.m_systemIni != nullptr) path = AskPath(library.m_systemIni);
-    return path.empty() ? SYSTEM_INI : path;
 }
 
 bool PostError(unsigned in_code, const std::string& in_text) {

@@ -1,14 +1,17 @@
+#include "Setup/ConfigMode.h"
+
 #include <fcntl.h>
 #include <limits.h>
-#include <stdlib.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
+#include <cstdlib>
 #include <string>
+#include <string_view>
 
-#include "Setup/ConfigModeProbe.h"
+#include "Setup/InstallerLibrary.h"
+#include "Setup/InstallerPaths.h"
 #include "Setup/SystemCalls.h"
 
 namespace Veltrane::ODBC {
@@ -124,6 +127,17 @@ ConfigMode GuessFromAccess(const std::string& in_user, const std::string& in_sys
     return isUserUsable ? ConfigMode::SYSTEM : ConfigMode::USER;
 }
 
+/// The variable that overrides the config mode in the library itself.
+ConfigMode ModeOfEnvironment() {
+    // Not a matter of trust: it tells what the library, which believes it, is about to do.
+    const char* const variable = std::getenv("ODBCSEARCH");
+    const std::string_view search = variable == nullptr ? "" : variable;
+    if (search == "ODBC_SYSTEM_DSN") return ConfigMode::SYSTEM;
+    if (search == "ODBC_USER_DSN") return ConfigMode::USER;
+    if (search == "ODBC_BOTH_DSN") return ConfigMode::BOTH;
+    return ConfigMode::UNKNOWN;
+}
+
 }  // namespace
 
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
@@ -147,6 +161,19 @@ ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
     ForgetReadValues();
     ClearInstallerErrors();
     return mode;
+}
+
+ConfigMode FindConfigMode() {
+    const InstallerLibrary& library = GetInstallerLibrary();
+    if (library.m_readWithoutLock != nullptr) {
+        const ConfigMode mode = ModeOfEnvironment();
+        return mode != ConfigMode::UNKNOWN ? mode : ProbeConfigMode(library);
+    }
+    unsigned short mode = 0;
+    if (library.m_getConfigMode == nullptr || library.m_getConfigMode(&mode) == 0) {
+        return ConfigMode::BOTH;
+    }
+    return mode <= 2 ? static_cast<ConfigMode>(mode) : ConfigMode::UNKNOWN;
 }
 
 }  // namespace Veltrane::ODBC
