@@ -44,6 +44,7 @@ public:
     /// The text as it was given, or as the last Finish has made it.
     const std::string& GetBytes() const noexcept { return m_text; }
     bool IsChanged() const noexcept { return m_isChanged; }
+    Rules GetRules() const noexcept { return m_rules; }
 
     /// A line of a section: its key, and its value without outer blanks.
     using KeyValue = std::pair<std::string, std::string>;

@@ -23,8 +23,8 @@ bool OdbcIniUpdate::Open() {
         TraceFileFailure(m_file.GetFailure());
         return false;
     }
-    m_text = OdbcIniText(std::move(bytes), m_rules);
-    if (!m_text.IsReadable()) {
+    m_text = std::make_shared<OdbcIniText>(std::move(bytes), m_rules);
+    if (!m_text->IsReadable()) {
         // The driver manager refuses such a file as a whole, so what we wrote could not be read.
         m_file.Unlock();
         return Refuse(ProfileRules::UNREADABLE);
@@ -38,67 +38,37 @@ bool OdbcIniUpdate::Refuse(const char* in_reason) {
     return false;
 }
 
-bool OdbcIniUpdate::StartSection(const std::string& in_section) {
-    return OdbcIniLine::IsCarriableSection(in_section) &&
-           Do({Kind::START_SECTION, in_section, {}, {}});
-}
-
-bool OdbcIniUpdate::RemoveSection(const std::string& in_section) {
-    return Do({Kind::REMOVE_SECTION, in_section, {}, {}});
+bool OdbcIniUpdate::Do(Edit in_edit) {
+    if (!m_isOpen) return false;
+    m_edits.push_back(std::move(in_edit));
+    m_edits.back()(*m_text);
+    return true;
 }
 
 bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
-    return OdbcIniLine::IsCarriableSection(in_section) &&
-           OdbcIniLine::IsCarriableLine(in_key, in_value, m_rules) &&
-           Do({Kind::SET, in_section, in_key, in_value});
+    return OdbcIniLine::IsCarriableLine(in_key, in_value, m_rules) &&
+           Write(in_section, in_key, in_value);
 }
 
 bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
                               const std::string& in_value) {
+    return OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
+           Write(in_section, in_key, in_value);
+}
+
+bool OdbcIniUpdate::Write(const std::string& in_section, const std::string& in_key,
+                          const std::string& in_value) {
     return OdbcIniLine::IsCarriableSection(in_section) &&
-           OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
-           Do({Kind::SET, in_section, in_key, in_value});
-}
-
-bool OdbcIniUpdate::RemoveKey(const std::string& in_section, const std::string& in_key) {
-    return Do({Kind::REMOVE_KEY, in_section, in_key, {}});
-}
-
-bool OdbcIniUpdate::Do(Edit in_edit) {
-    if (!m_isOpen) return false;
-    m_edits.push_back(std::move(in_edit));
-    Apply(m_edits.back());
-    return true;
-}
-
-void OdbcIniUpdate::Apply(const Edit& in_edit) {
-    switch (in_edit.m_kind) {
-        case Kind::START_SECTION:
-            m_text.RemoveSection(in_edit.m_section);
-            m_text.AddSection(in_edit.m_section);
-            break;
-        case Kind::REMOVE_SECTION:
-            m_text.RemoveSection(in_edit.m_section);
-            break;
-        case Kind::SET:
-            m_text.Set(in_edit.m_section, in_edit.m_key, in_edit.m_value);
-            break;
-        case Kind::REMOVE_KEY:
-            m_text.RemoveKey(in_edit.m_section, in_edit.m_key);
-            break;
-    }
+           Do([=](OdbcIniText& io_text) { io_text.Set(in_section, in_key, in_value); });
 }
 
 bool OdbcIniUpdate::Commit() {
     if (!m_isOpen) return false;
-    m_text.Finish();
-    bool isDone = !m_text.IsChanged() || Replace();
-    while (!isDone && m_file.IsDueAgain()) {
-        if (!Open()) break;
-        for (const Edit& edit : m_edits) Apply(edit);
-        m_text.Finish();
-        isDone = !m_text.IsChanged() || Replace();
+    bool isDone = Replace();
+    while (!isDone && m_file.IsDueAgain() && Open()) {
+        for (const Edit& edit : m_edits) edit(*m_text);
+        isDone = Replace();
     }
     m_isOpen = false;
     m_file.Unlock();
@@ -106,7 +76,8 @@ bool OdbcIniUpdate::Commit() {
 }
 
 bool OdbcIniUpdate::Replace() {
-    if (m_file.Replace(m_text.GetBytes())) return true;
+    m_text->Finish();
+    if (!m_text->IsChanged() || m_file.Replace(m_text->GetBytes())) return true;
     TraceFileFailure(m_file.GetFailure());
     return false;
 }

@@ -1,9 +1,10 @@
-/// A read-modify-write of one odbc.ini: the edits of a request, made in memory under the file's
-/// lock and written at once. Belongs to one thread.
+/// The transaction on an odbc.ini or odbcinst.ini under the setup library's requests and Profile:
+/// lock, read, any number of edits in memory, one write. Belongs to one thread.
 #ifndef SETUP_ODBCINIUPDATE_H
 #define SETUP_ODBCINIUPDATE_H
 
-#include <optional>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,50 +15,45 @@ namespace Veltrane::ODBC {
 
 class OdbcIniUpdate {
 public:
+    using Edit = std::function<void(OdbcIniText&)>;
+
     /// Locks and reads the file. A failure is traced, and every operation then gives false.
     OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
                   OdbcIniText::Rules in_rules = OdbcIniText::Rules::FIRST_FILE);
 
     bool IsOpen() const noexcept { return m_isOpen; }
     bool IsNewFile() const noexcept { return m_file.IsNew(); }
-    const OdbcIniText& GetText() const noexcept { return m_text; }
+    const std::string& GetPath() const noexcept { return m_file.GetPath(); }
+    /// The text with the edits made so far. Another one after a Commit that made them again.
+    const std::shared_ptr<OdbcIniText>& GetText() const noexcept { return m_text; }
 
     /// The last failure; one is set when Commit has given false or the update is not open.
     const FileFailure& GetFailure() const noexcept { return m_file.GetFailure(); }
     /// Sets and traces a failure that is the caller's to see. Always false.
     bool Refuse(const char* in_reason);
 
-    /// Removes sections of the name and begins a new one, at the old place if there was one.
-    bool StartSection(const std::string& in_section);
-    bool RemoveSection(const std::string& in_section);
+    /// Makes an edit, and remembers it for Commit.
+    bool Do(Edit in_edit);
+    /// Writes a key if the file can carry it; a section that is not there is added.
     bool Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     /// As Set, for a value that was read from a file: control characters in it stay.
     bool SetAsRead(const std::string& in_section, const std::string& in_key,
                    const std::string& in_value);
-    bool RemoveKey(const std::string& in_section, const std::string& in_key);
 
     /// Writes the file if an edit changed it, and ends the lock. When the file was written to by a
     /// program that does not know the lock, the edits are made again on what it holds now.
     bool Commit();
 
 private:
-    enum class Kind { START_SECTION, REMOVE_SECTION, SET, REMOVE_KEY };
-    struct Edit {
-        Kind m_kind;
-        std::string m_section;
-        std::string m_key;
-        std::string m_value;
-    };
-
+    bool Write(const std::string& in_section, const std::string& in_key,
+               const std::string& in_value);
     bool Open();
     bool Replace();
-    bool Do(Edit in_edit);
-    void Apply(const Edit& in_edit);
 
     OdbcIniFile m_file;
     mode_t m_newFileMode;
     OdbcIniText::Rules m_rules;
-    OdbcIniText m_text;
+    std::shared_ptr<OdbcIniText> m_text;
     std::vector<Edit> m_edits;
     bool m_isOpen = false;
 };

@@ -1,6 +1,5 @@
 #include <unicode/utf16.h>
 
-#include <cerrno>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,10 +11,10 @@
 #include "Setup/HandedOutValues.h"
 #include "Setup/InstallerLibrary.h"
 #include "Setup/InstallerPaths.h"
-#include "Setup/OdbcIniFile.h"
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcIniUpdate.h"
 #include "Setup/OdbcInstaller.h"
+#include "Setup/ProfileReader.h"
 #include "Setup/ProfileRules.h"
 #include "VeltraneDialog/FieldRules.h"
 
@@ -26,26 +25,7 @@ namespace {
 using namespace ProfileRules;
 using Rules = OdbcIniText::Rules;
 
-/// For how long, in microseconds, a file that looks unchanged is not read again within a request.
-constexpr long long SNAPSHOT_AGE = 1'000'000;
 constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
-
-/// A file as it was read, so that the reads of one request need to read it once.
-struct Snapshot {
-    OdbcIniText m_text;
-    struct stat m_stat {};
-    long long m_time = -SNAPSHOT_AGE;
-    bool m_isValid = false;
-};
-
-bool IsSameVersion(const struct stat& in_a, const struct stat& in_b) {
-    const auto isSame = [](const timespec& in_left, const timespec& in_right) {
-        return in_left.tv_sec == in_right.tv_sec && in_left.tv_nsec == in_right.tv_nsec;
-    };
-    return in_a.st_dev == in_b.st_dev && in_a.st_ino == in_b.st_ino &&
-           in_a.st_size == in_b.st_size && isSame(in_a.st_mtim, in_b.st_mtim) &&
-           isSame(in_a.st_ctim, in_b.st_ctim);
-}
 
 /// UTF-8, or nothing for text that UTF-8 cannot express.
 std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
@@ -89,42 +69,28 @@ private:
 
 struct Request::State {
     explicit State(bool in_isSystem = false)
-        : m_isIodbc(IsIodbc()),
-          m_mode(in_isSystem ? ConfigMode::SYSTEM : FindConfigMode()),
-          m_userPath(GetUserIniPath()),
-          m_systemPath(GetSystemIniPath()) {
+        : m_mode(in_isSystem ? ConfigMode::SYSTEM : FindConfigMode()), m_reader(m_mode) {
         if (m_mode == ConfigMode::SYSTEM) m_rights.End();
     }
 
     FileRights m_rights;  ///< before the library looks at files to tell the mode
-    bool m_isIodbc;
     /// Captured once: iODBC's own falls back to BOTH at any profile call of the host.
     ConfigMode m_mode;
-    std::string m_userPath;
-    std::string m_systemPath;
-    Snapshot m_user;
-    Snapshot m_system;
+    ProfileReader m_reader;
     HandedOutValues<std::string> m_values;
     State* m_outer = nullptr;
 };
 
 struct Update::State {
-    explicit State(const Request::State& in_request)
-        : m_isIodbc(in_request.m_isIodbc),
-          m_mode(in_request.m_mode),
-          m_update(PathFor(in_request),
-                   m_mode == ConfigMode::SYSTEM ? NEW_SYSTEM_FILE : NEW_USER_FILE,
-                   RulesOf(in_request.m_isIodbc)) {}
+    /// No update accepts the empty path, for when it is not known whose file is meant.
+    State(ConfigMode in_mode, const std::string& in_path)
+        : m_isMissingRefused(in_mode == ConfigMode::SYSTEM && !IsIodbc()),
+          m_update(in_mode == ConfigMode::UNKNOWN ? std::string() : in_path,
+                   in_mode == ConfigMode::SYSTEM ? NEW_SYSTEM_FILE : NEW_USER_FILE,
+                   RulesOf(IsIodbc())) {}
 
-    /// Empty, which no update accepts, when it is not known whose file is meant.
-    static std::string PathFor(const Request::State& in_request) {
-        if (in_request.m_mode == ConfigMode::UNKNOWN) return {};
-        return in_request.m_mode == ConfigMode::SYSTEM ? in_request.m_systemPath
-                                                       : in_request.m_userPath;
-    }
-
-    bool m_isIodbc;
-    ConfigMode m_mode;
+    /// unixODBC does not find a system file that does not exist. iODBC makes it.
+    bool m_isMissingRefused;
     OdbcIniUpdate m_update;
 };
 
@@ -140,105 +106,25 @@ public:
     CurrentRequest() {
         if (t_request == nullptr) m_own.emplace();
     }
-    Request::State& operator*() { return m_own ? *m_own : *t_request; }
-    Request::State* operator->() { return &**this; }
+    Request::State* operator->() { return m_own ? &*m_own : t_request; }
 
 private:
     std::optional<Request::State> m_own;
 };
-
-bool IsCurrent(const Snapshot& in_snapshot, const std::string& in_path, long long in_time) {
-    struct stat now {};
-    return in_snapshot.m_isValid && in_time - in_snapshot.m_time < SNAPSHOT_AGE &&
-           SystemCalls::Stat(in_path.c_str(), now, true) == 0 &&
-           IsSameVersion(now, in_snapshot.m_stat);
-}
-
-/// Null when the file cannot be read or the driver manager would refuse it. A file that does not
-/// exist is empty: reading makes the driver manager create it.
-const OdbcIniText* ReadFile(const std::string& in_path, Rules in_rules, Snapshot& io_snapshot) {
-    const long long time = SystemCalls::GetMonotonicTime();
-    if (!IsCurrent(io_snapshot, in_path, time)) {
-        io_snapshot = {};
-        OdbcIniFile file(in_path);
-        std::string bytes;
-        if (file.Read(bytes, io_snapshot.m_stat)) {
-            io_snapshot.m_text = OdbcIniText(std::move(bytes), in_rules);
-            io_snapshot.m_time = time;
-            io_snapshot.m_isValid = true;
-        } else if (file.GetFailure().m_error != ENOENT) {
-            TraceFileFailure(file.GetFailure());
-            return nullptr;
-        }
-    }
-    return io_snapshot.m_text.IsReadable() ? &io_snapshot.m_text : nullptr;
-}
-
-/// What an update of this thread has made of the file, else the file as it is.
-const OdbcIniText* ReadProfile(Request::State& in_request, bool in_isSystem) {
-    const bool isUpdated = t_update != nullptr && t_update->m_update.IsOpen() &&
-                           in_isSystem == (t_update->m_mode == ConfigMode::SYSTEM);
-    if (isUpdated) return &t_update->m_update.GetText();
-    const Rules rules = RulesOf(in_request.m_isIodbc);
-    return in_isSystem ? ReadFile(in_request.m_systemPath, rules, in_request.m_system)
-                       : ReadFile(in_request.m_userPath, rules, in_request.m_user);
-}
-
-struct Lookup {
-    bool m_isRead = false;  ///< false: no file could be read
-    std::optional<std::string> m_value;
-};
-
-Lookup LookUpIn(const OdbcIniText* in_text, const std::string& in_section,
-                const std::string& in_key) {
-    if (in_text == nullptr) return {};
-    return {true, in_text->Get(in_section, in_key)};
-}
-
-/// The user's file hides whole sections of the system's. A user file that may not be written does
-/// not count in this mode, because the driver manager opens it for writing first.
-Lookup LookUpInBoth(Request::State& in_request, const std::string& in_section,
-                    const std::string& in_key) {
-    const OdbcIniText* const user = SystemCalls::IsWritable(in_request.m_userPath.c_str())
-                                        ? ReadProfile(in_request, false)
-                                        : nullptr;
-    if (user == nullptr) return LookUpIn(ReadProfile(in_request, true), in_section, in_key);
-    if (user->HasSection(in_section)) return LookUpIn(user, in_section, in_key);
-    const OdbcIniText* const system = ReadProfile(in_request, true);
-    if (system == nullptr) return {true, std::nullopt};
-    return {true, system->Get(in_section, in_key, Rules::APPENDED_FILE)};
-}
-
-/// For iODBC a value of the system's file counts where the user's file has none or an empty one.
-Lookup LookUpInBothOfIodbc(Request::State& in_request, const std::string& in_section,
-                           const std::string& in_key) {
-    Lookup user = LookUpIn(ReadProfile(in_request, false), in_section, in_key);
-    if (!user.m_value.value_or("").empty()) return user;
-    Lookup system = LookUpIn(ReadProfile(in_request, true), in_section, in_key);
-    return system.m_isRead ? system : user;
-}
 
 /// The path of a file that is not one of the config mode's.
 std::string GetOwnPath(const orska_wstring& in_file) {
     return in_file.GetView().front() == u'/' ? ToUtf8(in_file).value_or("/") : std::string();
 }
 
-Lookup LookUp(const orska_wstring& in_file, const std::string& in_section,
-              const std::string& in_key) {
+ProfileReader::Found Find(const orska_wstring& in_file, const std::string& in_section,
+                          const std::string& in_key) {
     if (const std::string path = GetOwnPath(in_file); !path.empty()) {
-        Snapshot snapshot;
-        return LookUpIn(ReadFile(path, RulesOf(IsIodbc()), snapshot), in_section, in_key);
+        return FindIn(OdbcIniSnapshot(path).Read(), in_section, in_key);
     }
     CurrentRequest request;
-    switch (request->m_mode) {
-        case ConfigMode::USER:
-            return LookUpIn(ReadProfile(*request, false), in_section, in_key);
-        case ConfigMode::SYSTEM:
-            return LookUpIn(ReadProfile(*request, true), in_section, in_key);
-        default:
-            return request->m_isIodbc ? LookUpInBothOfIodbc(*request, in_section, in_key)
-                                      : LookUpInBoth(*request, in_section, in_key);
-    }
+    return request->m_reader.Find(t_update == nullptr ? nullptr : &t_update->m_update, in_section,
+                                  in_key);
 }
 
 /// Does one edit in the update of this thread, or in one of its own.
@@ -255,27 +141,18 @@ const std::string* FindStored(const orska_wstring& in_key, const orska_wstring& 
 }
 
 bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
-    // unixODBC does not find a system file that does not exist. iODBC makes it.
-    if (!io_state.m_isIodbc && io_state.m_mode == ConfigMode::SYSTEM &&
-        io_state.m_update.IsNewFile()) {
+    if (io_state.m_isMissingRefused && io_state.m_update.IsNewFile()) {
         return io_state.m_update.Refuse("does not exist");
     }
-    const bool isUnlisted = !IsListed(io_state.m_isIodbc, in_dsn) ||
-                            io_state.m_update.RemoveKey(LIST_OF_DATA_SOURCES, in_dsn);
-    return isUnlisted && io_state.m_update.RemoveSection(in_dsn);
-}
-
-bool StartIn(Update::State& io_state, const std::string& in_dsn, const std::string& in_driver) {
-    const bool isListed = !IsListed(io_state.m_isIodbc, in_dsn) ||
-                          io_state.m_update.Set(LIST_OF_DATA_SOURCES, in_dsn, in_driver);
-    return isListed && io_state.m_update.StartSection(in_dsn) &&
-           io_state.m_update.Set(in_dsn, "Driver", in_driver);
+    return io_state.m_update.Do([=](OdbcIniText& io_text) { RemoveDataSource(io_text, in_dsn); });
 }
 
 /// Removes a section without a key, and a key without a value.
 bool Remove(OdbcIniUpdate& io_update, const std::string& in_section,
             const std::optional<std::string>& in_key) {
-    return in_key ? io_update.RemoveKey(in_section, *in_key) : io_update.RemoveSection(in_section);
+    return io_update.Do([=](OdbcIniText& io_text) {
+        in_key ? io_text.RemoveKey(in_section, *in_key) : io_text.RemoveSection(in_section);
+    });
 }
 
 }  // namespace
@@ -305,7 +182,7 @@ const char* Request::GetModeName() const noexcept {
 Update::Update() {
     if (t_update != nullptr) return;
     CurrentRequest request;
-    m_state = std::make_unique<State>(*request);
+    m_state = std::make_unique<State>(request->m_mode, request->m_reader.GetWrittenPath());
     t_update = m_state.get();
 }
 
@@ -345,14 +222,13 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     const std::optional<std::string> section = ToUtf8(in_section);
     const std::optional<std::string> key = ToUtf8(in_key);
     if (in_bufferSize < 2 || in_file.IsEmpty()) return -1;
-    const Lookup lookup = section && key ? LookUp(in_file, *section, *key) : Lookup{true, {}};
-    if (!lookup.m_isRead) return -1;
+    const auto [isRead, stored] =
+        section && key ? Find(in_file, *section, *key) : ProfileReader::Found{true, {}};
+    if (!isRead) return -1;
     orska_wstring value = in_default;
-    if (lookup.m_value) value.SetFromUtf8(*lookup.m_value);
+    if (stored) value.SetFromUtf8(*stored);
     out_value = CutToBuffer(std::move(value), in_bufferSize);
-    if (lookup.m_value && t_request != nullptr) {
-        t_request->m_values.Remember(in_key, out_value, *lookup.m_value);
-    }
+    if (stored && t_request != nullptr) t_request->m_values.Remember(in_key, out_value, *stored);
     return out_value.GetLength();
 }
 
@@ -362,12 +238,8 @@ bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value) {
 
 bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
     const std::optional<std::string> driver = ToUtf8(in_driver);
-    if (!ValidDSN(in_dsn) || !driver || driver->empty()) return false;
-    const Rules rules = RulesOf(IsIodbc());
-    return !HasReplacementCharacter(in_driver) &&
-           OdbcIniLine::IsCarriableLine("Driver", *driver, rules) &&
-           (rules != Rules::IODBC ||
-            OdbcIniLine::IsCarriableLine(in_dsn.GetAsUtf8(), *driver, rules));
+    return ValidDSN(in_dsn) && driver && !driver->empty() && !HasReplacementCharacter(in_driver) &&
+           CanHold(RulesOf(IsIodbc()), in_dsn.GetAsUtf8(), *driver);
 }
 
 bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value) {
@@ -401,9 +273,9 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
 
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
     if (!IsWritableDSN(in_dsn, in_driver)) return false;
-    const std::string dsn = in_dsn.GetAsUtf8();
-    const std::string driver = in_driver.GetAsUtf8();
-    return Edited([&](Update::State& io_state) { return StartIn(io_state, dsn, driver); });
+    return Edited([dsn = in_dsn.GetAsUtf8(), driver = in_driver.GetAsUtf8()](auto& io_state) {
+        return io_state.m_update.Do([=](auto& io_text) { AddDataSource(io_text, dsn, driver); });
+    });
 }
 
 bool RemoveDSNFromIni(const orska_wstring& in_dsn) {

@@ -1,10 +1,9 @@
-#include <cerrno>
 #include <cstdlib>
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "Setup/InstallerPaths.h"
-#include "Setup/OdbcIniFile.h"
 #include "Setup/Profile.h"
+#include "Setup/ProfileReader.h"
 #include "Setup/ProfileRules.h"
 #include "tools/trace.h"
 
@@ -27,27 +26,13 @@ std::string FindPath(Kind in_kind) {
     return system.substr(0, system.rfind('/') + 1) + (name == nullptr ? "odbcinst.ini" : name);
 }
 
-constexpr char CHANGE[] = "Veltrane::ODBC::Profile::Change";
-constexpr char SOURCE[] = "Setup\\Profile";
-
-[[noreturn]] void Fail(const OdbcIniFile& in_file) {
-    ORSKA_TRACE(1, CHANGE, SOURCE, 0, "%s", in_file.GetFailure().Describe().c_str());
-    throw ProfileError(in_file.GetFailure().Describe());
+[[noreturn]] void RefuseLine(const std::string& in_key) {
+    throw ProfileError(in_key + ": No line of the file can hold this key and value unchanged.");
 }
 
 }  // namespace
 
-struct ProfileView::State {
-    OdbcIniText m_text;
-
-    /// The driver manager would read nothing of what is written to such a file.
-    State(std::string in_bytes, const std::string& in_path)
-        : m_text(std::move(in_bytes), RulesOf(IsIodbc())) {
-        if (m_text.IsReadable()) return;
-        throw ProfileError(in_path + ": " + UNREADABLE +
-                           " makes the whole file unreadable for the driver manager");
-    }
-};
+struct ProfileView::State : OdbcIniSnapshot::Text {};
 
 std::string FoldName(std::string_view in_name) { return Orska::Support::FoldCase(in_name); }
 
@@ -57,52 +42,52 @@ bool IsSameName(std::string_view in_left, std::string_view in_right) {
 
 std::vector<std::string> ProfileView::GetOtherKeys(std::string_view) const { return {}; }
 
-std::vector<std::string> ProfileView::GetSections() const { return m_state->m_text.GetSections(); }
+std::vector<std::string> ProfileView::GetSections() const { return (*m_state)->GetSections(); }
 
 std::vector<std::string> ProfileView::GetDrivers() const { return GetSections(); }
 
 bool ProfileView::HasSection(std::string_view in_section) const {
-    return m_state->m_text.HasSection(in_section);
+    return (*m_state)->HasSection(in_section);
 }
 
 std::vector<ProfileView::KeyValue> ProfileView::GetKeyValues(std::string_view in_section) const {
-    return m_state->m_text.GetKeyValues(in_section);
+    return (*m_state)->GetKeyValues(in_section);
 }
 
 std::optional<std::string> ProfileView::Get(std::string_view in_section,
                                             std::string_view in_key) const {
-    return m_state->m_text.Get(in_section, in_key);
+    return (*m_state)->Get(in_section, in_key);
 }
 
 bool ProfileView::HasLongLine(std::string_view in_section) const {
-    return m_state->m_text.HasLongLine(in_section);
+    return (*m_state)->HasLongLine(in_section);
 }
 
 bool ProfileView::IsSame(const ProfileView& in_other) const {
-    return m_state->m_text.GetBytes() == in_other.m_state->m_text.GetBytes();
+    return (*m_state)->GetBytes() == (*in_other.m_state)->GetBytes();
 }
 
 struct ProfileChange::State {
-    explicit State(std::shared_ptr<ProfileView::State> in_read)
-        : m_text(in_read->m_text), m_view(std::move(in_read)) {}
+    explicit State(std::shared_ptr<OdbcIniText> io_text)
+        : m_text(*io_text),
+          m_view(std::make_shared<ProfileView::State>(ProfileView::State{std::move(io_text)})) {}
 
     OdbcIniText& m_text;  ///< of the view
     ProfileView m_view;
-    bool m_isIodbc = IsIodbc();
 };
 
 const ProfileView& ProfileChange::GetView() const { return m_state.m_view; }
 
 void ProfileChange::AddDataSource(const std::string& in_name, const std::string& in_driver) {
-    if (IsListed(m_state.m_isIodbc, in_name)) Set(LIST_OF_DATA_SOURCES, in_name, in_driver);
-    Set(in_name, "Driver", in_driver);
+    if (!CanHold(m_state.m_text.GetRules(), in_name, in_driver)) RefuseLine("Driver");
+    ProfileRules::AddDataSource(m_state.m_text, in_name, in_driver);
 }
 
 void ProfileChange::Set(const std::string& in_section, const std::string& in_key,
                         const std::string& in_value) {
     if (!OdbcIniLine::IsCarriableSection(in_section) ||
-        !OdbcIniLine::IsCarriableLine(in_key, in_value, RulesOf(m_state.m_isIodbc))) {
-        throw ProfileError(in_key + ": No line of the file can hold this key and value unchanged.");
+        !OdbcIniLine::IsCarriableLine(in_key, in_value, m_state.m_text.GetRules())) {
+        RefuseLine(in_key);
     }
     m_state.m_text.Set(in_section, in_key, in_value);
 }
@@ -112,9 +97,7 @@ void ProfileChange::RemoveKey(const std::string& in_section, const std::string& 
 }
 
 void ProfileChange::RemoveSection(const std::string& in_section) {
-    if (IsListed(m_state.m_isIodbc, in_section))
-        m_state.m_text.RemoveKey(LIST_OF_DATA_SOURCES, in_section);
-    m_state.m_text.RemoveSection(in_section);
+    RemoveDataSource(m_state.m_text, in_section);
 }
 
 /// Its section is what unixODBC reads.
@@ -123,46 +106,29 @@ void ProfileChange::ListDriver(const std::string&) {}
 Profile::Profile(Kind in_kind) : m_kind(in_kind), m_path(FindPath(in_kind)) {}
 
 ProfileView Profile::Read() const {
-    OdbcIniFile file(m_path);
-    std::string bytes;
-    struct stat status {};
-    if (!file.Read(bytes, status)) {
-        if (file.GetFailure().m_error != ENOENT) Fail(file);
-        bytes.clear();
-    }
-    return ProfileView(std::make_shared<ProfileView::State>(std::move(bytes), m_path));
+    OdbcIniSnapshot file(m_path);
+    ProfileView::State state{file.Read()};
+    if (state == nullptr) throw ProfileError(file.GetFailure().Describe());
+    return ProfileView(std::make_shared<ProfileView::State>(std::move(state)));
 }
 
 std::vector<Profile::Failure> Profile::Change(
     const std::function<void(ProfileChange&)>& in_plan) const {
-    OdbcIniFile file(m_path);
-    for (;;) {
-        std::string bytes;
-        if (!file.Lock(bytes, NewFileMode(m_kind))) Fail(file);
-        const auto read = std::make_shared<ProfileView::State>(std::move(bytes), m_path);
-        ProfileChange::State state(read);
+    OdbcIniUpdate update(m_path, NewFileMode(m_kind), RulesOf(IsIodbc()));
+    const bool isPlanned = update.Do([&](OdbcIniText&) {
+        ProfileChange::State state(update.GetText());
         ProfileChange change(state);
         in_plan(change);
-        read->m_text.Finish();
-        if (!read->m_text.IsChanged() || file.Replace(read->m_text.GetBytes())) {
-            ORSKA_TRACE(2, CHANGE, SOURCE, 0, "%s: %s", m_path.c_str(),
-                        read->m_text.IsChanged() ? "written" : "nothing to write");
-            return {};
-        }
-        if (!file.IsDueAgain()) Fail(file);
-    }
+    });
+    if (!isPlanned || !update.Commit()) throw ProfileError(update.GetFailure().Describe());
+    ORSKA_TRACE(2, "Veltrane::ODBC::Profile::Change", "Setup\\Profile", 0, "%s: %s", m_path.c_str(),
+                update.GetText()->IsChanged() ? "written" : "nothing to write");
+    return {};
 }
 
 std::string Profile::WhyNotWritable() const {
-    OdbcIniFile file(m_path);
-    std::string bytes;
-    if (!file.Lock(bytes, NewFileMode(m_kind))) return file.GetFailure().Describe();
-    try {
-        const ProfileView::State read(std::move(bytes), m_path);
-        return {};
-    } catch (const ProfileError& error) {
-        return error.what();
-    }
+    const OdbcIniUpdate update(m_path, NewFileMode(m_kind), RulesOf(IsIodbc()));
+    return update.IsOpen() ? std::string() : update.GetFailure().Describe();
 }
 
 }  // namespace Veltrane::ODBC

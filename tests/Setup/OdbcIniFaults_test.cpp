@@ -33,7 +33,7 @@ constexpr char NEW[] = "# old\n[A]\nk=v\n\n[S]\nDriver=V\n";
 
 bool Change(const IniScratch& in_scratch) {
     OdbcIniUpdate update(in_scratch.UserFile(), 0600);
-    return update.StartSection("S") && update.Set("S", "Driver", "V") && update.Commit();
+    return update.Set("S", "Driver", "V") && update.Commit();
 }
 
 /// A fault at one call, identified by its number; the others go as they would.
@@ -341,8 +341,10 @@ TEST(OdbcIniFaults, AFileThatAppearsIsNotTakenForOurs) {
                 return 0;
             };
             OdbcIniUpdate update(scratch.UserFile(), 0600);
-            if (isChange) update.StartSection("S");
-            EXPECT_TRUE(update.RemoveSection("none") && update.Commit());
+            const auto edit = [&](OdbcIniText& io_text) {
+                isChange ? io_text.AddSection("S") : io_text.RemoveSection("none");
+            };
+            EXPECT_TRUE(update.Do(edit) && update.Commit());
             calls = s_systemCalls.m_calls.size();
             const std::string now = IniScratch::Read(scratch.UserFile());
             if (!isDone) break;

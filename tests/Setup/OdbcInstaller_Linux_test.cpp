@@ -465,7 +465,9 @@ TEST_F(OdbcInstallerTest, ARemovalThatFailsSaysWhy) {
     WORD length = 0;
     EXPECT_EQ(SQLInstallerError(1, &code, text, sizeof text, &length), SQL_SUCCESS);
     EXPECT_EQ(code, 11u);
-    EXPECT_EQ(text, m_scratch.UserFile().string() + ": text before the first section");
+    EXPECT_EQ(text, m_scratch.UserFile().string() +
+                        ": text before the first section makes the whole file unreadable "
+                        "for the driver manager");
     EXPECT_EQ(SQLInstallerError(2, &code, text, sizeof text, &length), SQL_NO_DATA);
 }
 

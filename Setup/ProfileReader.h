@@ -1,0 +1,69 @@
+/// What a request finds in the files of its config mode, as the driver manager would (Linux).
+/// Objects belong to one thread.
+#ifndef SETUP_PROFILEREADER_H
+#define SETUP_PROFILEREADER_H
+
+#include <sys/stat.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Setup/ConfigMode.h"
+#include "Setup/InstallerPaths.h"
+#include "Setup/OdbcIniUpdate.h"
+
+namespace Veltrane::ODBC {
+
+/// A file as it was read. It is read again when it has changed, and after a second.
+class OdbcIniSnapshot {
+public:
+    using Text = std::shared_ptr<const OdbcIniText>;
+
+    explicit OdbcIniSnapshot(std::string in_path) : m_path(std::move(in_path)) {}
+
+    const std::string& GetPath() const noexcept { return m_path; }
+    /// Null when the file cannot be read or the driver manager would refuse it. A file that does
+    /// not exist is empty: reading makes the driver manager create it.
+    Text Read();
+    /// Why Read has given null.
+    const FileFailure& GetFailure() const noexcept { return m_failure; }
+
+private:
+    bool IsCurrent(long long in_time) const;
+
+    std::string m_path;
+    FileFailure m_failure;
+    Text m_text;
+    struct stat m_stat {};
+    long long m_readAt = 0;  ///< 0: not read, or there was no file
+};
+
+class ProfileReader {
+public:
+    explicit ProfileReader(ConfigMode in_mode) : m_mode(in_mode) {}
+
+    /// The file that the mode writes to.
+    const std::string& GetWrittenPath() const noexcept;
+
+    struct Found {
+        bool m_isRead = false;  ///< false: no file could be read
+        std::optional<std::string> m_value;
+    };
+    /// @param in_update  an open update, whose text counts for its file; null for none
+    Found Find(const OdbcIniUpdate* in_update, const std::string& in_section,
+               const std::string& in_key);
+
+private:
+    ConfigMode m_mode;
+    OdbcIniSnapshot m_user{GetUserIniPath()};
+    OdbcIniSnapshot m_system{GetSystemIniPath()};
+};
+
+/// The value of a key in one file.
+ProfileReader::Found FindIn(const OdbcIniSnapshot::Text& in_text, const std::string& in_section,
+                            const std::string& in_key);
+
+}  // namespace Veltrane::ODBC
+
+#endif
