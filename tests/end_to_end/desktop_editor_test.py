@@ -6,7 +6,6 @@ import os
 import subprocess
 import sys
 import unittest
-from pathlib import Path
 
 import editor_harness
 from editor_harness import wait_for
@@ -32,48 +31,40 @@ def close_window(display_name, window):
 
 
 class DesktopEditorStart(editor_harness.DisplayTest):
-    def start(self, request, *attributes, command=None, **environment):
-        """Without a terminal, so that only the desktop is left."""
-        environment = {"DISPLAY": self.display_name} | environment
-        self.process = subprocess.Popen(command or self.client_command(request, *attributes),
-                                        env=self.environment(**environment),
-                                        start_new_session=True)
-        self.addCleanup(self.end)
-
-    def end(self):
-        self.process.kill()
-        self.process.wait()
+    def start(self, request, *attributes, **environment):
+        wait_for(lambda: not self.editor_pid(), "the end of the editor before")
+        self.answer.unlink(missing_ok=True)
+        self.start_program(self.client_command(request, *attributes), **environment)
 
     def client_pid(self):
         return self.process.pid
 
 
-class DesktopEditorTest(DesktopEditorStart):
+class DesktopEditorTest(editor_harness.EditorChecks, DesktopEditorStart):
+    DATABASE = "retail"
+    WAYS_OUT = (
+        lambda self: self.keys("Escape"),
+        lambda self: self.keys("alt+c"),
+        lambda self: close_window(self.display_name, self.focus("Data source sales")),
+    )
+    REFUSALS = (
+        ({"DISPLAY": ":4711"}, "cannot open a window: could not connect to display :4711"),
+        ({"DISPLAY": "", "VELTRANE_DSN_EDITOR": "desktop"},
+         "cannot open a window: neither DISPLAY nor WAYLAND_DISPLAY is set."),
+        ({"DISPLAY": ""}, "There is no display: neither DISPLAY nor WAYLAND_DISPLAY is set. There is "
+                          "no terminal: .*VELTRANE_DSN_INITIAL_VALUES"),
+    )
+    STEPS = ((("a", "Tab"), "Data source a"),)
+
+    def see(self, title):
+        self.focus(title)
+
+    def choose_ldap(self):
+        self.type("LDAP")
+
     def use_keyboard(self, layout):
         subprocess.run(["setxkbmap", layout], check=True,
                        env=os.environ | {"DISPLAY": self.display_name})
-
-    def fill(self, *values):
-        """Types values and goes on from field to field in the order of the form."""
-        for value in values:
-            if value:
-                self.type(value)
-            self.keys("Tab")
-
-    def test_add_by_keys(self):
-        self.start("add")
-        self.focus("New data source")
-        # After the password comes its switch.
-        self.fill("sales", "bi.example", "retail", "me", "s3cret#;=[", "", "ns")
-        self.type("LDAP")
-        self.focus("Data source sales")
-        self.assert_secret_stays("s3cret")
-        self.keys("Return")
-        self.assertEqual(self.errors(), (1, []))
-        self.assertEqual(self.stored("sales"),
-                         {"Driver": "Veltrane", "Server": "bi.example", "Namespace": "ns",
-                          "LoginMode": "LDAP", "UID": "me", "PWD": "s3cret#;=[",
-                          "Database": "retail"})
 
     def test_other_scripts(self):
         values = self.directory / "values.ini"
@@ -90,14 +81,6 @@ class DesktopEditorTest(DesktopEditorStart):
         self.assertEqual(self.errors(), (1, []))
         self.assertEqual(self.stored("Größe"), {"Driver": "Veltrane", "Server": "сервер",
                                                 "Database": "数据库 \U0001F600"})
-
-    def test_idle_until_a_key_comes(self):
-        self.start("add")
-        self.focus("New data source")
-        self.assert_idle()
-        self.keys("a", "Tab")
-        self.focus("Data source a")
-        self.assert_idle()
 
     def test_ok_waits_for_what_is_required(self):
         self.start("add")
@@ -116,9 +99,7 @@ class DesktopEditorTest(DesktopEditorStart):
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
     def test_configure_by_accelerators(self):
-        self.existing()
-        self.start("config", "DSN=sales")
-        self.focus("Data source sales")
+        self.configure()
         self.keys("alt+s", "ctrl+a")
         self.type("new")
         self.keys("alt+l")
@@ -131,8 +112,8 @@ class DesktopEditorTest(DesktopEditorStart):
 
     def test_edit_of_the_tool_asks_before_it_removes_the_old_name(self):
         before = self.existing()
-        self.start(None, command=[os.environ["VELTRANE_DSN"], "edit", "-q", "sales"], LANGUAGE="de",
-                   LC_ALL="C.UTF-8")
+        self.start_program([os.environ["VELTRANE_DSN"], "edit", "-q", "sales"], LANGUAGE="de",
+                           LC_ALL="C.UTF-8")
         self.focus("Datenquelle sales")
         self.keys("alt+n", "End")
         self.type("2")
@@ -142,39 +123,6 @@ class DesktopEditorTest(DesktopEditorStart):
         self.assertEqual(self.process.wait(editor_harness.TIMEOUT), 0)
         self.assertEqual(self.ini.read_text().lstrip(), before.replace("[sales]", "[sales2]"))
 
-    def leave(self, how):
-        """Whatever was typed, a form that is left stores what was there before."""
-        self.existing()
-        before = self.stored("sales")
-        self.start("config", "DSN=sales")
-        window = self.focus("Data source sales")
-        self.keys("alt+s", "ctrl+a")
-        self.type("changed")
-        how(window)
-        self.assertEqual(self.errors(), (1, []))
-        self.assertEqual(self.stored("sales"), before)
-
-    def test_escape(self):
-        self.leave(lambda window: self.keys("Escape"))
-
-    def test_cancel(self):
-        self.leave(lambda window: self.keys("alt+c"))
-
-    def test_closed_window(self):
-        self.leave(lambda window: close_window(self.display_name, window))
-
-    def test_cancelled_add_has_no_name(self):
-        self.start("add")
-        self.focus("New data source")
-        self.keys("Escape")
-        self.assert_add_without_name_failed()
-
-    def test_killed_editor(self):
-        before = self.existing()
-        self.start("config", "DSN=sales")
-        self.focus("Data source sales")
-        self.kill_editor_and_check(before)
-
     def test_killed_host_takes_its_editor_along(self):
         self.start("add")
         self.focus("New data source")
@@ -182,33 +130,6 @@ class DesktopEditorTest(DesktopEditorStart):
         self.fork_client()
         self.process.kill()
         wait_for(lambda: not os.path.exists(f"/proc/{editor}"), "the end of the editor")
-
-    def test_missing_editor(self):
-        self.without_editors()
-        self.start("add")
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertRegex(errors[-1], r"^error 11 No DSN editor can be shown\. "
-                                     r"veltrane-dsn-editor-desktop was looked for in /.*"
-                                     r"There is no terminal: .*VELTRANE_DSN_INITIAL_VALUES")
-
-    def test_display_that_is_not_there(self):
-        for environment, reason in (
-                ({"DISPLAY": ":4711"}, "could not connect to display :4711"),
-                ({"DISPLAY": "", "VELTRANE_DSN_EDITOR": "desktop"},
-                 "neither DISPLAY nor WAYLAND_DISPLAY is set.")):
-            self.answer.unlink(missing_ok=True)
-            self.start("add", **environment)
-            result, errors = self.errors()
-            self.assertEqual(result, 0)
-            self.assertIn("cannot open a window: " + reason, errors[-1])
-
-    def test_nothing_at_all(self):
-        self.start("add", DISPLAY="")
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertIn("There is no display: neither DISPLAY nor WAYLAND_DISPLAY is set. "
-                      "There is no terminal: ", errors[-1])
 
 
 class ListWindowTest(DesktopEditorStart):
@@ -308,8 +229,8 @@ class ListWindowTest(DesktopEditorStart):
         user = self.directory / "user.ini"
         user.write_text(self.existing() + "Hint=1\n")
         self.ini.write_text("[Sales]\nDriver=Veltrane\nServer=all\nDatabase=d\n")
-        self.start(None, command=[str(Path(os.environ["VELTRANE_DSN"] + "-window"))],
-                   ODBCINI=str(user), LC_ALL="C.UTF-8", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        self.start_program([os.environ["VELTRANE_DSN"] + "-window"], ODBCINI=str(user),
+                           LC_ALL="C.UTF-8", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
         self.focus(self.TITLE)
         self.wait_for_cells("sales", "this user", "old", "retail", "Sales", "all other users")
         heard = self.heard()

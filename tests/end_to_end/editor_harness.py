@@ -188,19 +188,10 @@ class EditorTest(unittest.TestCase):
                             "Database=retail\n")
         return self.ini.read_text()
 
-    def assert_add_without_name_failed(self):
-        """What a cancelled add comes to: there is no name to save it under."""
+    def assert_failed(self, error):
         result, errors = self.errors()
         self.assertEqual(result, 0)
-        self.assertEqual(errors[-1], "error 7 Invalid driver or translator name.")
-
-    def kill_editor_and_check(self, before):
-        os.kill(wait_for(self.editor_pid, "the editor"), signal.SIGKILL)
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertEqual(errors[-1], f"error 11 The DSN editor {os.environ['TESTED_EDITOR']} was "
-                                     "ended by signal 9 (Killed) before it answered.")
-        self.assertEqual(self.ini.read_text(), before)
+        self.assertRegex(errors[-1], error)
 
     def stored(self, name):
         """The section of a data source as a dictionary."""
@@ -220,6 +211,89 @@ class EditorTest(unittest.TestCase):
                 self.assertNotIn(secret.encode(), seen, f"{name} of {pid}")
 
 
+class EditorChecks:
+    """What every editor does. The class beside it has start, see, keys (with the names that X gives
+    them) and type, and knows the editor:
+
+    DATABASE   a name that its keyboard can type
+    WAYS_OUT   functions that leave the form without saving
+    REFUSALS   (arguments of start, why no editor can be shown)
+    STEPS      (keys, what is seen then)
+    """
+
+    def assert_whole(self):
+        """What is the user's own is as it was before the editor."""
+
+    def fill(self, *values):
+        """Types values and goes on from field to field in the order of the form."""
+        for value in values:
+            if value:
+                self.type(value)
+            self.keys("Tab")
+
+    def configure(self):
+        before = self.existing()
+        self.start("config", "DSN=sales")
+        self.see("Data source sales")
+        return before
+
+    def test_add_by_keys(self):
+        self.start("add")
+        self.see("New data source")
+        # After the password comes its switch.
+        self.fill("sales", "bi.example", self.DATABASE, "me", "s3cret#;=[", "", "ns")
+        self.choose_ldap()
+        self.assert_secret_stays("s3cret")
+        self.keys("Return")
+        self.assertEqual(self.errors(), (1, []))
+        self.assertEqual(self.stored("sales"),
+                         {"Driver": "Veltrane", "Server": "bi.example", "Namespace": "ns",
+                          "LoginMode": "LDAP", "UID": "me", "PWD": "s3cret#;=[",
+                          "Database": self.DATABASE})
+
+    def test_idle_until_a_key_comes(self):
+        self.start("add")
+        for keys, seen in ((), "New data source"), *self.STEPS:
+            self.keys(*keys)
+            self.see(seen)
+            self.assert_idle()
+
+    def test_a_form_that_is_left_stores_what_was_there(self):
+        for number, leave in enumerate(self.WAYS_OUT):
+            with self.subTest(number):
+                before = self.configure()
+                self.keys("Tab")
+                self.type("changed")
+                leave(self)
+                self.assertEqual(self.errors(), (1, []))
+                self.assertEqual(self.ini.read_text(), before)
+                self.assert_whole()
+
+    def test_cancelled_add_has_no_name_to_save_it_under(self):
+        self.start("add")
+        self.see("New data source")
+        self.keys("Escape")
+        self.assert_failed("^error 7 Invalid driver or translator name.$")
+
+    def test_killed_editor(self):
+        before = self.configure()
+        os.kill(wait_for(self.editor_pid, "the editor"), signal.SIGKILL)
+        self.assert_failed(f"^error 11 The DSN editor {os.environ['TESTED_EDITOR']} was ended by "
+                           r"signal 9 \(Killed\) before it answered\.$")
+        self.assertEqual(self.ini.read_text(), before)
+        self.assert_whole()
+
+    def test_refusals(self):
+        for how, reason in self.REFUSALS:
+            with self.subTest(reason):
+                self.start("add", **how)
+                self.assert_failed(r"^error 11 No DSN editor can be shown\. .*" + reason)
+                self.assert_whole()
+        self.without_editors()
+        self.start("add")
+        self.assert_failed(f"{Path(os.environ['TESTED_EDITOR']).name} was looked for in /")
+
+
 class DisplayTest(EditorTest):
     """Programs on a virtual display, driven by real key and button events."""
 
@@ -232,6 +306,12 @@ class DisplayTest(EditorTest):
         # Not killed: its lock would stay, and servers that start together fight over such a display.
         cls.display.terminate()
         cls.display.wait()
+
+    def start_program(self, command, **environment):
+        """Without a terminal, so that only the desktop is left."""
+        environment = self.environment(**{"DISPLAY": self.display_name} | environment)
+        self.process = subprocess.Popen(command, env=environment, start_new_session=True)
+        self.addCleanup(lambda process: (process.kill(), process.wait()), self.process)
 
     def xdotool(self, *arguments):
         return subprocess.run(["xdotool", *arguments], text=True, stdout=subprocess.PIPE,

@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
 """Adds, configures and removes a data source in iODBC's administrator, a program with a window,
 which opens the desktop editor."""
-import subprocess
 import time
 
 import editor_harness
@@ -21,15 +20,7 @@ class IodbcAdministratorTest(editor_harness.DisplayTest):
             "[ODBC Drivers]\nVeltrane=Installed\n\n"
             f"[Veltrane]\nDriver={self.library}\nSetup={self.library}\n")
         # iODBC takes this name as it is, not in the folder of the system's files.
-        environment = self.environment(DISPLAY=self.display_name,
-                                       ODBCINSTINI=str(self.directory / "odbcinst.ini"))
-        self.process = subprocess.Popen(["iodbcadm-gtk"], env=environment, start_new_session=True,
-                                        stderr=subprocess.DEVNULL)
-        self.addCleanup(self.end)
-
-    def end(self):
-        self.process.kill()
-        self.process.wait()
+        self.start_program(["iodbcadm-gtk"], ODBCINSTINI=str(self.directory / "odbcinst.ini"))
 
     def answer_so_far(self):
         return self.ini.read_text() if self.ini.exists() else "(no odbc.ini)"

@@ -12,7 +12,24 @@ import editor_harness
 from editor_harness import wait_for
 
 
-class TerminalEditorTest(editor_harness.EditorTest):
+class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest):
+    DATABASE = "数据库 ü"
+    WAYS_OUT = (
+        lambda self: self.keys("Escape"),
+        lambda self: self.keys(*["Tab"] * 9, "Space"),  # the button
+        lambda self: self.keys("C-c"),  # which spares the host
+    )
+    REFUSALS = (
+        ({"size": (80, 22)}, "The terminal is too small for the form"),
+        ({"prefix": "TERM="}, "TERM is not set to its type"),
+        # It cannot move its cursor.
+        ({"prefix": "TERM=dumb"}, "its type dumb is unknown or too simple"),
+        ({"prefix": "TERM=no-such-terminal"}, "its type no-such-terminal is unknown or too simple"),
+        # It would be stopped at the first touch of the terminal, and its host would hang.
+        ({"prefix": "set -m;", "suffix": "& wait"}, "runs in the background of its terminal"),
+    )
+    STEPS = ((("Tab", "a", "F2", "Tab"), "The database on that server."), (("F4",), "Windows"))
+
     def tmux(self, *arguments):
         return subprocess.run(["tmux", "-S", str(self.directory / "tmux"), "-f", "/dev/null",
                                *arguments], text=True, stdout=subprocess.PIPE,
@@ -25,9 +42,15 @@ class TerminalEditorTest(editor_harness.EditorTest):
 
     def start_command(self, command, size=(80, 24), prefix="", suffix=""):
         self.addCleanup(self.tmux, "kill-server")
-        new = ["new-session", "-d", "-x", str(size[0]), "-y", str(size[1])]
-        self.tmux(*(["respawn-pane", "-k"] if self.tmux("list-sessions") else new),
-                  f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; exec sleep 1000")
+        for path in (self.answer, self.directory / "stty"):
+            path.unlink(missing_ok=True)
+        size = ["-x", str(size[0]), "-y", str(size[1])]
+        begin = ["new-session", "-d", *size]
+        if self.tmux("list-sessions"):
+            self.tmux("resize-window", *size)
+            begin = ["respawn-pane", "-k"]
+        self.tmux(*begin, f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; "
+                          "exec sleep 1000")
 
     def test_by_hand_it_only_tells_its_version(self):
         editor = os.environ["TESTED_EDITOR"]
@@ -44,9 +67,9 @@ class TerminalEditorTest(editor_harness.EditorTest):
         if not translations.exists():
             self.skipTest("built without gettext")
         self.start("add", prefix="LANGUAGE=de")
-        self.wait_for_text("Neue Datenquelle")
+        self.see("Neue Datenquelle")
         self.type("a[")
-        self.wait_for_text("Ein Name hat keines der Zeichen [ ] { }")
+        self.see("Ein Name hat keines der Zeichen [ ] { }")
 
     def client_pid(self):
         parent = f"/proc/{self.editor_pid()}/stat"
@@ -56,70 +79,40 @@ class TerminalEditorTest(editor_harness.EditorTest):
     def screen(self):
         return self.tmux("capture-pane", "-p")
 
-    def wait_for_text(self, text):
+    def see(self, text):
         wait_for(lambda: text in self.screen(), lambda: f"{text!r} on\n{self.screen()}\n{self.answer_so_far()}")
 
     def keys(self, *names):
-        self.tmux("send-keys", *names)
+        own = {"Return": "Enter"}
+        self.tmux("send-keys", *(own.get(name, name) for name in names))
 
     def type(self, text):
         self.tmux("send-keys", "-l", text)
 
-    def fill(self, *values):
-        for value in values:
-            if value:
-                self.type(value)
-            self.keys("Tab")
-
-    def test_add_by_keys(self):
-        self.start("add")
-        self.wait_for_text("New data source")
-        self.fill("sales", "bi.example", "数据库 ü", "me", "s3cret#;=[", "", "ns")
-        self.wait_for_text("**********")
+    def choose_ldap(self):
+        self.see("**********")
         self.assertNotIn("s3cret", self.screen())
         self.keys("F2")
-        self.wait_for_text("s3cret#;=[")
-        self.assert_secret_stays("s3cret")
+        self.see("s3cret#;=[")
         self.keys("F4")
-        self.wait_for_text("Windows")
+        self.see("Windows")
         self.keys("Down", "Enter")
-        self.wait_for_text("LDAP__")
-        self.keys("Enter")
-        self.assertEqual(self.errors(), (1, []))
-        self.assertEqual(self.stored("sales"),
-                         {"Driver": "Veltrane", "Server": "bi.example", "Namespace": "ns",
-                          "LoginMode": "LDAP", "UID": "me", "PWD": "s3cret#;=[",
-                          "Database": "数据库 ü"})
-
-    def test_idle_until_a_key_comes(self):
-        self.start("add")
-        self.wait_for_text("New data source")
-        self.assert_idle()
-        self.keys("Tab", "a", "F2", "Tab")
-        self.wait_for_text("The database on that server.")
-        self.assert_idle()
-        self.keys("F4")
-        self.wait_for_text("Windows")
-        self.assert_idle()
+        self.see("LDAP__")
 
     def test_cancelled_thread_ends_after_the_request(self):
         """A cancellation would unwind through the library and end the host."""
-        self.existing()
-        self.start("config", "DSN=sales")
-        self.wait_for_text("Data source sales")
+        self.configure()
         os.kill(self.client_pid(), signal.SIGUSR2)
         self.keys("Tab", "End")
         self.type("2")
-        self.wait_for_text("old2")
+        self.see("old2")
         self.keys("Enter")
         self.assertEqual(self.errors(), (1, ["cancelled"]))
         self.assertEqual(self.stored("sales")["Server"], "old2")
-        self.assert_terminal_is_whole()
+        self.assert_whole()
 
     def test_fork_of_the_host(self):
-        self.existing()
-        self.start("config", "DSN=sales")
-        self.wait_for_text("Data source sales")
+        self.configure()
         self.fork_client()
         self.keys("Tab", "BSpace", "Enter")
         self.assertEqual(self.errors(), (1, []))
@@ -127,11 +120,11 @@ class TerminalEditorTest(editor_harness.EditorTest):
 
     def test_ok_waits_for_what_is_required(self):
         self.start("add")
-        self.wait_for_text("New data source")
+        self.see("New data source")
         self.type("sal[es")
-        self.wait_for_text("A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
+        self.see("A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
         self.keys("BSpace", "BSpace", "BSpace", "Enter")
-        self.wait_for_text("Has to be filled.")
+        self.see("Has to be filled.")
         # The focus is in the first field that is refused: the server.
         self.type("bi.example")
         self.keys("Enter")
@@ -142,9 +135,7 @@ class TerminalEditorTest(editor_harness.EditorTest):
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
     def test_configure_with_the_ok_button(self):
-        self.existing()
-        self.start("config", "DSN=sales")
-        self.wait_for_text("Data source sales")
+        self.configure()
         self.keys("Tab", "End", "BSpace", "BSpace", "BSpace")
         self.type("new")
         # Database, user, password, its switch, namespace, mode, its choices, OK.
@@ -161,7 +152,7 @@ class TerminalEditorTest(editor_harness.EditorTest):
                   b"\nUID=me\nPWD=p\tw\x01\x7f\r.\nDatabase=d\xc2\x85e\n")
         self.ini.write_bytes(before)
         self.start("config", "DSN=sales")
-        self.wait_for_text("Data source sales")
+        self.see("Data source sales")
         self.keys("Tab", "Tab", "Tab", "End")
         self.type("2")
         self.keys("Enter")
@@ -207,16 +198,14 @@ class TerminalEditorTest(editor_harness.EditorTest):
                 with self.ini.open("a") as file:
                     file.write("Hint=1\n# theirs\n[other]\nDriver=Other\n")
                 before = self.ini.read_text()
-                for path in (self.answer, self.directory / "stty"):
-                    path.unlink(missing_ok=True)
                 command = shlex.join([os.environ["VELTRANE_DSN"], "edit", *arguments])
                 self.start_command(f"{command} > {self.directory}/said 2>&1; echo $? > {self.answer}")
                 for seen, *keys in steps:
-                    self.wait_for_text(seen)
+                    self.see(seen)
                     for key in keys:
                         self.type(key[1:]) if key.startswith("'") else self.keys(key)
                 ended = wait_for(lambda: self.answer.exists() and self.answer.read_text(), self.screen)
-                self.assert_terminal_is_whole()
+                self.assert_whole()
                 said_all = (self.directory / "said").read_text()
                 self.assertEqual(int(ended), code, said_all)
                 self.assertIn(said, said_all)
@@ -230,105 +219,38 @@ class TerminalEditorTest(editor_harness.EditorTest):
         self.install_driver()
         self.existing()
         self.start("config", "DSN=sales")
-        self.wait_for_text("F5: test")
+        self.see("F5: test")
         self.keys("F5")
-        self.wait_for_text("ms to Toy 1.0.")
+        self.see("ms to Toy 1.0.")
         self.keys("Enter", "Tab")
         self.type("hang")
-        self.wait_for_text("oldhang")
+        self.see("oldhang")
         self.keys(*["Tab"] * 10, "Space")  # the button
-        self.wait_for_text("Connecting to oldhang ...")
+        self.see("Connecting to oldhang ...")
         process = wait_for(self.connecting_process, "the test")
         self.assert_secret_stays("s3cret")
         self.keys("Escape")
         wait_for(lambda: not os.path.exists(f"/proc/{process}"), "the end of the driver")
         # The form is whole and takes keys; what was tested has not been stored.
         self.keys("F2")
-        self.wait_for_text("s3cret__")
+        self.see("s3cret__")
         self.assertEqual(self.stored("sales")["Server"], "old")
         self.keys("BTab", "BTab", "Space")  # OK
         self.assertEqual(self.errors(), (1, []))
         self.assertEqual(self.stored("sales")["Server"], "oldhang")
 
-    def leave(self, *keys):
-        self.existing()
-        before = self.stored("sales")
-        self.start("config", "DSN=sales")
-        self.wait_for_text("Data source sales")
-        self.keys("Tab")
-        self.type("changed")
-        self.keys(*keys)
-        self.assertEqual(self.errors(), (1, []))
-        self.assertEqual(self.stored("sales"), before)
-        self.assert_terminal_is_whole()
-
-    def assert_terminal_is_whole(self):
+    def assert_whole(self):
         stty = self.directory / "stty"
         settings = wait_for(lambda: stty.exists() and stty.read_text(), "the settings").split()
         self.assertIn("icanon", settings)
         self.assertIn("echo", settings)
 
-    def test_escape(self):
-        self.leave("Escape")
-
-    def test_cancel_button(self):
-        self.leave(*["Tab"] * 9, "Space")
-
-    def test_control_c_cancels_and_spares_the_host(self):
-        self.leave("C-c")
-
-    def test_cancelled_add_has_no_name(self):
-        self.start("add")
-        self.wait_for_text("New data source")
-        self.keys("Escape")
-        self.assert_add_without_name_failed()
-
-    def test_killed_editor(self):
-        before = self.existing()
-        self.start("config", "DSN=sales")
-        self.wait_for_text("Data source sales")
-        self.kill_editor_and_check(before)
-        self.assert_terminal_is_whole()
-
     def test_closed_terminal_takes_the_editor_along(self):
         self.start("add")
-        self.wait_for_text("New data source")
+        self.see("New data source")
         editor = wait_for(self.editor_pid, "the editor")
         self.tmux("kill-server")
         wait_for(lambda: not os.path.exists(f"/proc/{editor}"), "the end of the editor")
-
-    def assert_refused(self, reason):
-        result, errors = self.errors()
-        self.assertEqual(result, 0)
-        self.assertRegex(errors[-1], "^error 11 No DSN editor can be shown\\. ")
-        self.assertIn(reason, errors[-1])
-        self.assert_terminal_is_whole()
-
-    def test_missing_editor(self):
-        self.without_editors()
-        self.start("add")
-        self.assert_refused("veltrane-dsn-editor-terminal was looked for in /")
-
-    def test_small_terminal(self):
-        self.start("add", size=(80, 22))
-        self.assert_refused("The terminal is too small for the form")
-
-    def test_terminal_without_a_type(self):
-        self.start("add", prefix="TERM=")
-        self.assert_refused("TERM is not set to its type")
-
-    def test_terminal_that_cannot_move_its_cursor(self):
-        self.start("add", prefix="TERM=dumb")
-        self.assert_refused("its type dumb is unknown or too simple")
-
-    def test_terminal_of_an_unknown_type(self):
-        self.start("add", prefix="TERM=no-such-terminal")
-        self.assert_refused("its type no-such-terminal is unknown or too simple")
-
-    def test_client_in_the_background(self):
-        """It would be stopped at the first touch of the terminal, and its host would hang."""
-        self.start("add", prefix="set -m;", suffix="& wait")
-        self.assert_refused("runs in the background of its terminal")
 
 
 if __name__ == "__main__":
