@@ -118,21 +118,6 @@ TEST_F(VeltraneDSNConfigurationTest, SaveWritesANewSectionInOneUpdate) {
     EXPECT_EQ(Fields(record), "x| s |n|m|u|p w|d");
 }
 
-TEST_F(VeltraneDSNConfigurationTest, SaveReplacesAnExistingSectionAndSkipsBlankOptionalValues) {
-    s_installer.m_profile["x"] = {{"Driver", "drv"}, {"Extra", "1"}, {"UID", "old"}};
-    VeltraneDSNConfiguration record = FullRecord();
-    record.SetCognosNamespace(L" \t ");
-    record.SetMicroStrategyLoginMode(orska_wstring());
-    record.SetUid(L"");
-    record.Save();
-    EXPECT_EQ(s_installer.m_calls[2], "RemoveDSN [x]");
-    EXPECT_EQ(s_installer.m_profile["x"],
-              (FakeInstaller::Section{
-                  {"Driver", "drv"}, {"Server", " s "}, {"PWD", "p w"}, {"Database", "d"}}));
-    EXPECT_EQ(record.GetCognosNamespace(), orska_wstring(L""));
-    EXPECT_TRUE(record.GetMicroStrategyLoginMode().IsNull());
-}
-
 TEST_F(VeltraneDSNConfigurationTest, SaveTrimsWhatIsNewOnly) {
     const OdbcInstaller::Request request;
     s_installer.m_profile["x"] = {{"Namespace", "\u3000n"}, {"UID", "\u3000u"}};
@@ -146,14 +131,6 @@ TEST_F(VeltraneDSNConfigurationTest, SaveTrimsWhatIsNewOnly) {
                                                                   {"UID", "u"},
                                                                   {"Database", ""}}));
     EXPECT_EQ(record.GetCognosNamespace(), orska_wstring(L"n"));
-}
-
-TEST_F(VeltraneDSNConfigurationTest, SaveWritesRequiredValuesEvenWhenTheyAreEmpty) {
-    VeltraneDSNConfiguration record(L"drv");
-    record.SetDsn(L"x");
-    record.Save();
-    EXPECT_EQ(s_installer.m_profile["x"],
-              (FakeInstaller::Section{{"Driver", "drv"}, {"Server", ""}, {"Database", ""}}));
 }
 
 TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWrote) {

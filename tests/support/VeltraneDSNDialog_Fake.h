@@ -11,18 +11,20 @@
 
 namespace Veltrane::Test {
 
-/// Values with these texts and the others empty.
-inline Veltrane::ODBC::DialogValues MakeDialogValues(const char16_t* in_dsn,
-                                                     const char16_t* in_server,
-                                                     const char16_t* in_database,
-                                                     const char16_t* in_uid = u"",
-                                                     const char16_t* in_pwd = u"") {
-    Veltrane::ODBC::DialogValues values;
-    values.m_dsn = in_dsn;
-    values.m_server = in_server;
-    values.m_database = in_database;
-    values.m_uid = in_uid;
-    values.m_pwd = in_pwd;
+/// Values with these texts, or null, and the others empty.
+inline ODBC::DialogValues MakeDialogValues(const char16_t* in_dsn, const char16_t* in_server,
+                                           const char16_t* in_database,
+                                           const char16_t* in_uid = u"",
+                                           const char16_t* in_pwd = u"") {
+    const auto text = [](const char16_t* in_text) {
+        return in_text == nullptr ? ODBC::DialogString() : in_text;
+    };
+    ODBC::DialogValues values;
+    values.m_dsn = text(in_dsn);
+    values.m_server = text(in_server);
+    values.m_database = text(in_database);
+    values.m_uid = text(in_uid);
+    values.m_pwd = text(in_pwd);
     return values;
 }
 
