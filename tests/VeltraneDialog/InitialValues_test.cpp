@@ -1,11 +1,7 @@
 #include "VeltraneDialog/InitialValues.h"
 
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-
 #include "VeltraneDialog/VeltraneDSNDialog.h"
-#include "tests/support/TestSystem.h"
+#include "tests/VeltraneDialog/InitialValuesFile.h"
 
 namespace Veltrane::ODBC {
 namespace {
@@ -45,15 +41,6 @@ TEST(InitialValues, ReadsTheKeysOfTheDsnSection) {
     }
 }
 
-std::string ErrorOf(const std::string& in_contents) {
-    try {
-        ParseInitialValues(in_contents, "file.ini");
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
 TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
     const std::pair<const char*, std::string> cases[] = {
         {"no equals sign", "[DSN]\n\nsecret\n"},
@@ -67,14 +54,36 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
     };
     for (const auto& [point, contents] : cases) {
         SCOPED_TRACE(point);
-        const std::string error = ErrorOf(contents);
+        const std::string error = ErrorOf([&] { ParseInitialValues(contents, "file.ini"); });
         EXPECT_EQ(error.find("Initial values of a DSN: file.ini, line 3: "), 0U) << error;
         EXPECT_EQ(error.find("secret"), std::string::npos) << error;
     }
 }
 
-TEST(InitialValues, AnUnusableFileStopsOnlyWhoNeedsItsValues) {
-    Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", "no-such-file.ini");
+TEST_F(InitialValuesFile, ReadsTheNamedOneWhereNobodySetAValue) {
+    m_directory.Write("values.ini", "[DSN]\nServer=s\n" + std::string(9000, '#') + "\nUID=u\n");
+    VeltraneDSNDialog dialog;
+    dialog.SetServer(u"");
+    EXPECT_EQ(dialog.GetServer(), u"");
+    EXPECT_EQ(dialog.GetUid(), u"u");
+    EXPECT_EQ(dialog.GetPwd(), u"");
+}
+
+TEST_F(InitialValuesFile, ALargeOneIsRefused) {
+    m_directory.Write("values.ini", std::string((1 << 20) + 1, '#'));
+    EXPECT_EQ(LoadError(), ": larger than 1 MiB.");
+}
+
+TEST_F(InitialValuesFile, WithoutAnyAllValuesAreEmptyNotNull) {
+    if (std::filesystem::exists(DEFAULT_INITIAL_VALUES_FILE)) {
+        GTEST_SKIP() << "this machine has defaults of its own";
+    }
+    Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", nullptr);
+    EXPECT_EQ(LoadInitialValues().m_dsn, u"");
+    EXPECT_EQ(LoadInitialValues().m_database, u"");
+}
+
+TEST_F(InitialValuesFile, AnUnusableOneStopsOnlyWhoNeedsItsValues) {
     VeltraneDSNDialog editor;
     EXPECT_THROW(editor.ShowDialog(), std::runtime_error);
     editor.SetDSN(u"a");
