@@ -2,12 +2,8 @@
 // generated section, it finds there after Load and Save. With each driver manager.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
-#include <cstdio>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -15,12 +11,14 @@
 #include "Setup/OdbcInstaller.h"
 #include "Setup/VeltraneDSNConfiguration.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/NewProcess.h"
 
 namespace Veltrane::ODBC {
 namespace {
 
 using Orska::Support::orska_wstring;
 using Test::IniScratch;
+using Test::InNewProcess;
 
 const std::array<std::string, 6> KEYS = {"Server", "Namespace", "LoginMode",
                                          "UID",    "PWD",       "Database"};
@@ -121,34 +119,18 @@ std::string MakeFile(const Sections& in_sections) {
     return file;
 }
 
-/// What something says in a process of its own, which forgets what the installer remembers.
-std::string InNewProcess(const std::function<void(std::FILE*)>& in_work) {
-    std::FILE* const file = std::tmpfile();
-    const pid_t child = ::fork();
-    if (child == 0) {
-        in_work(file);
-        ::_exit(std::fclose(file) == 0 ? 0 : 1);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-    std::string text;
-    std::rewind(file);
-    for (int c; (c = std::fgetc(file)) != EOF;) text += static_cast<char>(c);
-    std::fclose(file);
-    return text;
-}
-
 /// Every value as the installer reads it, each with its NUL.
 std::vector<std::string> ReadAll(const Installer& in_installer, const std::string& in_prefix,
                                  std::size_t in_count) {
-    const std::string text = InNewProcess([&](std::FILE* in_file) {
+    // The installer remembers what it has read.
+    const std::string text = InNewProcess([&] {
+        std::string all;
         for (std::size_t i = 0; i < in_count; ++i) {
             for (const std::string& key : KEYS) {
-                const std::string value = in_installer.Read(in_prefix + std::to_string(i), key);
-                std::fwrite(value.c_str(), 1, value.size() + 1, in_file);
+                all += in_installer.Read(in_prefix + std::to_string(i), key) + '\0';
             }
         }
+        return all;
     });
     std::vector<std::string> values;
     for (std::size_t at = 0; at < text.size(); at += values.back().size() + 1) {
@@ -177,7 +159,8 @@ void SaveUnchanged(const std::string& in_dsn, const std::string& in_newName) {
 void CheckSections(const Installer& in_installer, const Sections& in_sections) {
     const std::vector<std::string> before = ReadAll(in_installer, "d", in_sections.size());
     ASSERT_EQ(before.size(), in_sections.size() * KEYS.size());
-    const std::string failures = InNewProcess([&](std::FILE* in_file) {
+    const std::string failures = InNewProcess([&] {
+        std::string all;
         for (std::size_t i = 0; i < in_sections.size(); ++i) {
             const std::string number = std::to_string(i);
             try {
@@ -185,9 +168,10 @@ void CheckSections(const Installer& in_installer, const Sections& in_sections) {
                 SaveUnchanged("d" + number, "renamed" + number);
                 SaveUnchanged("d" + number, "d" + number);
             } catch (...) {
-                std::fprintf(in_file, "d%zu is refused\n", i);
+                all += "d" + number + " is refused\n";
             }
         }
+        return all;
     });
     EXPECT_EQ(failures, "");
     for (const char* const prefix : {"d", "renamed"}) {

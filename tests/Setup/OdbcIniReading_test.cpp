@@ -3,8 +3,6 @@
 // what it has read.
 #include <gtest/gtest.h>
 #include <odbcinst.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -15,12 +13,14 @@
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcInstaller.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/NewProcess.h"
 
 namespace Veltrane::ODBC {
 namespace {
 
 using Orska::Support::orska_wstring;
 using Test::IniScratch;
+using Test::InNewProcess;
 
 constexpr int BUFFER_SIZE = 4096;
 const std::vector<std::string> SECTIONS = {"A", "b", "A b", "[A", "#A"};
@@ -142,35 +142,12 @@ std::string Compare(unsigned in_seed) {
     return differences;
 }
 
-std::string CompareInNewProcess(unsigned in_seed) {
-    int pipe[2];
-    if (::pipe(pipe) != 0) return "no pipe";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const std::string differences = Compare(in_seed);
-        const bool isWritten = ::write(pipe[1], differences.data(), differences.size()) ==
-                               static_cast<ssize_t>(differences.size());
-        ::_exit(isWritten ? 0 : 1);
-    }
-    ::close(pipe[1]);
-    std::string differences;
-    char buffer[4096];
-    for (ssize_t count; (count = ::read(pipe[0], buffer, sizeof buffer)) > 0;) {
-        differences.append(buffer, static_cast<std::size_t>(count));
-    }
-    ::close(pipe[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (status != 0) differences += "the process of seed " + std::to_string(in_seed) + " failed\n";
-    return differences;
-}
-
 // ORSKA_TEST_ROUNDS asks for more files than a quick run reads.
 TEST(OdbcIniReading, ReadsWhatTheDriverManagerReads) {
     const char* const rounds = std::getenv("ORSKA_TEST_ROUNDS");
     const unsigned count = rounds == nullptr ? 150 : static_cast<unsigned>(std::atoi(rounds));
     for (unsigned seed = 0; seed < count; ++seed) {
-        ASSERT_EQ(CompareInNewProcess(seed), "");
+        ASSERT_EQ(InNewProcess([=] { return Compare(seed); }), "") << seed;
     }
 }
 

@@ -2,15 +2,13 @@
 // library are called directly: an installer keeps copies of its own.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <functional>
 #include <string>
 
 #include "PlatformAbstraction/base/Wipe.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/NewProcess.h"
 #include "tests/support/PasswordCopies.h"
 
 namespace Veltrane::Test {
@@ -22,15 +20,6 @@ using ODBC::CopiesOfThePassword;
 std::string Password(std::size_t in_length) {
     const std::u16string text = ODBC::MakePassword(in_length);
     return {text.begin(), text.end()};
-}
-
-/// True when something in a process of its own, which leaves nothing in this one, is true.
-bool InNewProcess(const std::function<bool()>& in_work) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(in_work() ? 0 : 1);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return status == 0;
 }
 
 void WriteFiles(const IniScratch& in_scratch, std::size_t in_length) {
@@ -76,10 +65,11 @@ TEST(HostMemory, HoldsNoPasswordAfterARequest) {
     for (const std::size_t length : {std::size_t{30}, std::size_t{250}}) {
         for (const auto& c : cases) {
             SCOPED_TRACE(c.m_point + ", "s + std::to_string(length));
-            ASSERT_TRUE(InNewProcess([&] {
-                WriteFiles(scratch, length);
-                return true;
-            }));
+            ASSERT_EQ(InNewProcess([&] {
+                          WriteFiles(scratch, length);
+                          return "";
+                      }),
+                      "");
             std::string list = MakeList(length);
             if (c.m_editor != nullptr) ::setenv("FAKE_EDITOR", c.m_editor, 1);
             int window = 0;
@@ -88,11 +78,11 @@ TEST(HostMemory, HoldsNoPasswordAfterARequest) {
             EXPECT_EQ(result, c.m_editor != nullptr && c.m_editor == "unavailable"s ? 0 : 1);
             Orska::Support::Wipe(list);
             EXPECT_EQ(CopiesOfThePassword(), 0u);
-            EXPECT_TRUE(InNewProcess([&] {
-                const std::string text = IniScratch::Read(scratch.UserFile());
-                const bool isStored = text.find(Password(length)) != std::string::npos;
-                return isStored == (c.m_request != 3);
-            }));
+            EXPECT_EQ(InNewProcess([&] {
+                          const std::string text = IniScratch::Read(scratch.UserFile());
+                          return text.find(Password(length)) == text.npos ? "none" : "stored";
+                      }),
+                      c.m_request == 3 ? "none" : "stored");
         }
     }
     const std::string list = MakeList(30);

@@ -1,0 +1,34 @@
+/// A copy of this process for what must leave nothing in it, or must find nothing that it keeps.
+#ifndef TESTS_SUPPORT_NEWPROCESS_H
+#define TESTS_SUPPORT_NEWPROCESS_H
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <functional>
+#include <string>
+
+namespace Veltrane::Test {
+
+/// What something gives in a process of its own, with "(died)" where that ended otherwise.
+inline std::string InNewProcess(const std::function<std::string()>& in_work) {
+    std::FILE* const file = std::tmpfile();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const std::string text = in_work();
+        std::fwrite(text.data(), 1, text.size(), file);
+        ::_exit(std::fclose(file) == 0 ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    std::string text;
+    std::rewind(file);
+    for (int c; (c = std::fgetc(file)) != EOF;) text += static_cast<char>(c);
+    std::fclose(file);
+    return status == 0 ? text : text + "(died)";
+}
+
+}  // namespace Veltrane::Test
+
+#endif
