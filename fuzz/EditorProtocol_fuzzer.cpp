@@ -16,7 +16,7 @@
 #include "VeltraneDialog/EditorProtocol.h"
 #include "VeltraneDialog/editors/HostConnection.h"
 #include "fuzz/FuzzInput.h"
-#include "fuzz/ScratchFile.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -71,13 +71,14 @@ void Receive(const std::string& in_bytes, const std::optional<EditorMessage>& in
 
 /// The host's end, with an editor program that says the bytes and ends.
 void Answer(const std::string& in_bytes, const std::optional<EditorMessage>& in_expected) {
-    static const Orska::Fuzz::ScratchFile s_answer;
-    static const std::string s_program = s_answer.GetPath() + ".sh";
+    static const Orska::Test::TemporaryDirectory s_directory;
+    static const std::string s_program = s_directory.GetPath("answer.sh");
     if (static bool s_isWritten = false; !std::exchange(s_isWritten, true)) {
-        std::ofstream(s_program) << "#!/bin/sh\nexec cat '" << s_answer.GetPath() << "' >&0\n";
+        std::ofstream(s_program) << "#!/bin/sh\nexec cat '" << s_directory.GetPath("answer")
+                                 << "' >&0\n";
         Require(chmod(s_program.c_str(), 0700) == 0, "no editor program");
     }
-    s_answer.Write(in_bytes);
+    s_directory.Write("answer", in_bytes);
     constexpr EditorMessageKind ANSWERS[] = {EditorMessageKind::OK, EditorMessageKind::CANCEL,
                                              EditorMessageKind::UNAVAILABLE};
     const bool isAnswer = in_expected && std::find(std::begin(ANSWERS), std::end(ANSWERS),

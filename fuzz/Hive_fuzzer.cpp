@@ -6,23 +6,19 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
 #include "fuzz/FuzzInput.h"
-#include "fuzz/ScratchFile.h"
 #include "tests/support/HiveFile.h"
 #include "tests/support/SettingText.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
 using namespace Orska::Support;
 using Orska::Fuzz::FuzzInput;
 using Orska::Fuzz::Require;
-using Orska::Fuzz::ScratchFile;
 using Orska::Test::HiveText;
 
 constexpr std::size_t CHECKSUM = 0x1FC;
@@ -37,9 +33,9 @@ const std::string FOUND[] = {
     "[SECOND]N:16843009;/N:16843009;"};
 
 std::string MakeHive() {
-    const ScratchFile file;
+    const Orska::Test::TemporaryDirectory directory;
     Orska::Test::WriteHive(
-        file.GetPath(),
+        directory.GetPath("hive"),
         {{"SOFTWARE\\Veltrane\\Driver",
           {{"Text", 1, HiveText(u"a \u20AC")},
            {"Number", 4, std::string("\x07\0\x01\x80", 4)},
@@ -50,8 +46,7 @@ std::string MakeHive() {
            {"Other", 3, "bytes"}}},
          {"SOFTWARE\\Veltrane\\Driver\\\u00DCber", {{"k\u00E9y", 1, HiveText(u"sub")}}},
          {"SOFTWARE\\Veltrane\\Driver\\Second", {{"n", 4, std::string(4, '\1')}}}});
-    std::ifstream stream(file.GetPath(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return directory.Read("hive");
 }
 
 void SetChecksum(std::string& io_hive) {
@@ -85,8 +80,8 @@ std::string Load(const orska_wstring* in_section) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
     static const std::string s_good = MakeHive();
-    static const ScratchFile s_file;
-    setenv("VELTRANE_USER_HIVE", s_file.GetPath().c_str(), 1);
+    static const Orska::Test::TemporaryDirectory s_directory;
+    setenv("VELTRANE_USER_HIVE", s_directory.GetPath("hive").c_str(), 1);
     FuzzInput input(in_data, in_size);
     const bool isSumWrong = input.TakeByte() == 0xFF;
     std::string hive = s_good;
@@ -95,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
         hive[at] = static_cast<char>(input.TakeByte());
     }
     if (!isSumWrong) SetChecksum(hive);
-    s_file.Write(hive);
+    s_directory.Write("hive", hive);
     const orska_wstring second("SECOND");
     for (const orska_wstring* section : {static_cast<const orska_wstring*>(nullptr), &second}) {
         const std::string text = Load(section);

@@ -10,15 +10,14 @@
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/settings/IniFileConfigurationReader.h"
 #include "fuzz/FuzzInput.h"
-#include "fuzz/ScratchFile.h"
 #include "tests/support/SettingText.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
 using namespace Orska::Support;
 using Orska::Fuzz::FuzzInput;
 using Orska::Fuzz::Require;
-using Orska::Fuzz::ScratchFile;
 using Orska::Test::ToText;
 
 std::string Trim(const std::string& in_text) {
@@ -96,12 +95,11 @@ void CompareSections(const IniFileConfigurationReader& in_reader, const orska_ws
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t in_size) {
-    static const ScratchFile s_file;
+    static const Orska::Test::TemporaryDirectory s_directory;
     FuzzInput input(in_data, in_size);
     const bool isCaseSensitive = input.TakeByte() % 2 != 0;
     const std::string contents = input.TakeRest();
-    s_file.Write(contents);
-    const orska_wstring path(s_file.GetPath());
+    const orska_wstring path(s_directory.Write("file", contents));
     const IniFileConfigurationReader reader(isCaseSensitive, false);
     ConfigurationMap expected;
     const std::size_t malformed = Read(contents, isCaseSensitive, expected);
