@@ -49,6 +49,10 @@ struct SystemErrors {
 };
 extern const SystemErrors SYSTEM_ERRORS;
 
+/// Whether a byte of the file can be locked now by somebody who has the file open himself; shared
+/// with other readers, or for him alone.
+bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared = false);
+
 /// Makes this the last error of the calling thread.
 void SetLastErrorCode(std::uint32_t in_code);
 

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,6 +56,17 @@ bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& in_scra
 }
 
 const SystemErrors SYSTEM_ERRORS = {ENOENT, ENOENT, ENOTDIR, EACCES, EIO, EINVAL};
+
+bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared) {
+    const int descriptor = open(in_path.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock range = {};
+    range.l_type = in_isShared ? F_RDLCK : F_WRLCK;
+    range.l_start = in_offset;
+    range.l_len = 1;
+    const bool isTold = fcntl(descriptor, F_OFD_GETLK, &range) == 0;
+    close(descriptor);
+    return isTold && range.l_type == F_UNLCK;
+}
 
 void SetLastErrorCode(std::uint32_t in_code) { errno = static_cast<int>(in_code); }
 

@@ -36,6 +36,18 @@ const SystemErrors SYSTEM_ERRORS = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
                                     ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED,
                                     ERROR_IO_DEVICE,      ERROR_MR_MID_NOT_FOUND};
 
+bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared) {
+    const HANDLE handle =
+        CreateFileA(in_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    OVERLAPPED start = {};
+    start.Offset = in_offset;
+    const DWORD flags = LOCKFILE_FAIL_IMMEDIATELY | (in_isShared ? 0 : LOCKFILE_EXCLUSIVE_LOCK);
+    const BOOL isFree = LockFileEx(handle, flags, 0, 1, 0, &start);
+    CloseHandle(handle);
+    return isFree != FALSE;
+}
+
 void SetLastErrorCode(std::uint32_t in_code) { SetLastError(in_code); }
 
 }  // namespace Orska::Test

@@ -1,17 +1,21 @@
-// What Linux has by the name of a file and is none.
+// What Linux has by the name of a file and is none, and rights.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "PlatformAbstraction/files/TextFile.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
+#include "tests/support/WithoutFileCapabilities.h"
 
 namespace Orska::Support {
 namespace {
 
+using Test::IsByteFree;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 
@@ -55,6 +59,19 @@ TEST(TextFile, AReopenThatFailsLeavesAClosedFile) {
     EXPECT_EQ(file.ReadByte(), 255);
     EXPECT_EQ(file.Write("x", 1), 0u);
     EXPECT_EQ(file.GetPosition(), -1);
+}
+
+TEST(TextFileLock, AReaderThatMayNotWriteKeepsWritersOut) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x", "0123456789");
+    std::filesystem::permissions(path, std::filesystem::perms(0444));
+    std::optional<WithoutFileCapabilities> asOthers(std::in_place);
+    TextFile file(path, TextFile::MODE_READ);
+    file.Lock();
+    asOthers.reset();
+    std::filesystem::permissions(path, std::filesystem::perms(0644));
+    EXPECT_FALSE(IsByteFree(path, 0));
+    EXPECT_TRUE(IsByteFree(path, 0, true));
 }
 
 }  // namespace

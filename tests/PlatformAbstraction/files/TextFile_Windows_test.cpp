@@ -1,4 +1,4 @@
-// What Windows has by the name of a file and is none, and its locks.
+// What Windows has by the name of a file and is none.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -45,57 +45,6 @@ TEST(TextFile, RefusesOtherThanFiles) {
         TextFile null(name, TextFile::MODE_READ_WRITE);
         EXPECT_EQ(null.ReadByte(), 255);
     }
-}
-
-/// Whether a byte can be locked now by somebody who has the file open himself.
-bool IsFree(const std::string& in_path, DWORD in_offset) {
-    const HANDLE handle =
-        CreateFileA(in_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    OVERLAPPED start = {};
-    start.Offset = in_offset;
-    const BOOL isFree =
-        LockFileEx(handle, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start);
-    CloseHandle(handle);
-    return isFree != FALSE;
-}
-
-TEST(TextFileLock, TakesTheRangeOfTheFileAndReleasesIt) {
-    const TemporaryDirectory directory;
-    const std::string path = directory.Write("x", "0123456789");
-    for (const std::int32_t mode : {1, 3, 4, 6}) {
-        SCOPED_TRACE(mode);
-        {
-            TextFile file(path, mode);
-            file.Lock();
-            EXPECT_FALSE(IsFree(path, 0));
-            EXPECT_FALSE(IsFree(path, 9));
-            EXPECT_TRUE(IsFree(path, 10));
-            file.Unlock();
-            EXPECT_TRUE(IsFree(path, 0));
-            file.Lock();
-            file.Lock();  // waits for nobody
-            EXPECT_FALSE(IsFree(path, 0));
-        }
-        EXPECT_TRUE(IsFree(path, 0));
-    }
-}
-
-TEST(TextFileLock, UnlockLeavesNothingOfAFileThatShrankOrGrew) {
-    const TemporaryDirectory directory;
-    const std::string path = directory.Write("x", "0123456789");
-    TextFile file(path, TextFile::MODE_READ_WRITE);
-    file.Lock();
-    file.Clear();
-    file.Unlock();
-    EXPECT_TRUE(IsFree(path, 0));
-    EXPECT_TRUE(IsFree(path, 9));
-    file.Lock();  // one byte of an empty file
-    EXPECT_FALSE(IsFree(path, 0));
-    EXPECT_TRUE(IsFree(path, 1));
-    file.Write("abc", 3);
-    file.Unlock();
-    EXPECT_TRUE(IsFree(path, 0));
 }
 
 }  // namespace
