@@ -203,17 +203,6 @@ INSTANTIATE_TEST_SUITE_P(Encodings, StartedIn,
                          testing::Values("UTF-16", "UTF-32", "IBM037", "US-ASCII"),
                          [](const auto& in_info) { return std::to_string(in_info.index); });
 
-TEST(PlatformStart, ARefusedStartLeavesBothEncodings) {
-    const TemporaryDirectory directory;
-    OrskaSettingReader::Initialize(
-        directory.Write("x.ini", "[S]\nANSIEncoding=cp1252\nDriverManagerEncoding=no\n"), L"K",
-        L"S");
-    EXPECT_EQ(ThrownMessage<Support::StartupInitException>([] { InitializePlatform(false); }),
-              "DriverManagerEncoding setting is not a legal encoding.");
-    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
-    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
-}
-
 TEST(PlatformStart, TwoThreadsMaySetVerbosity) {
     const auto toggle = [] {
         for (int i = 0; i < 1000; ++i) SetVerbose(i % 2 == 0);
@@ -226,11 +215,14 @@ TEST(PlatformStart, TwoThreadsMaySetVerbosity) {
 
 TEST(PlatformStart, ASettingThatIsNotLegalLeavesItNotStarted) {
     const TemporaryDirectory directory;
-    OrskaSettingReader::Initialize(directory.Write("x.ini", "[S]\nDriverManagerEncoding=utf-8\n"),
-                                   L"K", L"S");
+    OrskaSettingReader::Initialize(
+        directory.Write("x.ini", "[S]\nANSIEncoding=cp1252\nDriverManagerEncoding=utf-8\n"), L"K",
+        L"S");
     EXPECT_EQ(ThrownMessage<Support::StartupInitException>([] { InitializePlatform(false); }),
               "DriverManagerEncoding setting is not a legal encoding.");
     EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
+    EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
+    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
     OrskaSettingReader::SetSetting("DriverManagerEncoding", "UTF-8");
     EXPECT_THAT(StderrOf([] { EXPECT_NE(InitializePlatform(true), nullptr); }),
                 testing::HasSubstr("InitializePlatform(true) with s_initCount ==0.\n"));

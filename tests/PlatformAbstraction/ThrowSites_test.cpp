@@ -1,6 +1,5 @@
 // The trace lines of throw sites, which people search for: function, line, text and source name.
 // Sites that need a file or a setting are tested with their classes.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -8,18 +7,15 @@
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
-#include "Exceptions/ILogger.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
 #include "PlatformAbstraction/numbers/NumberConverter.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
-#include "PlatformAbstraction/strings/orska_wstring.h"
 #include "tests/support/TraceCapture.h"
 
 namespace {
 
 using namespace Orska::Support;
 using Orska::Test::TraceCapture;
-using testing::ElementsAre;
 
 template <class T>
 void ReadInteger(const char* in_text) {
@@ -37,10 +33,6 @@ TEST(ThrowSites, TheLastLineBeforeTheThrow) {
         {[] { ICUUtils::GetEncodingEnum("no such encoding"); },
          "Orska::Support::ICUUtils::GetEncodingEnum:0\tThrowing: "
          "ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L\"EncodingNotRecog\") ICUUtils"},
-        {[] { orska_wstring(u"text").RegexReplace(u"(", u""); },
-         "`anonymous-namespace'::CheckForICUError:0\tThrowing: "
-         "ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L\"ICURegexError\", msgParams) "
-         "orska_wstring"},
         {[] { ReadInteger<std::int32_t>("12x"); },
          "Orska::Support::StringToInteger:0\tThrowing: "
          "NumberConversionInvalidDataException((L\"StrToNumConvFailed\"), msgParams) "
@@ -85,42 +77,6 @@ TEST(ThrowSites, IntegerToTextFailsWithoutALine) {
     EXPECT_THROW(NumberConverter::IntegerToBufferChecked<std::int32_t>(-12, sizeof buffer, buffer),
                  NumberConversionInvalidDataException);
     EXPECT_EQ(trace.GetText(), "");
-}
-
-class SilentLogger : public ILogger {
-public:
-    explicit SilentLogger(std::int32_t in_level) : m_level(in_level) {}
-    std::int32_t GetLogLevel() override { return m_level; }
-    void LogError(const char*, const char*, const char*, const char*, ...) override {}
-    void LogErrorException(const char*, const char*, const char*, const ErrorException&) override {}
-
-private:
-    std::int32_t m_level;
-};
-
-template <class Exception>
-std::vector<std::string> LinesOfLogging(const Exception& in_exception, std::int32_t in_level = 2) {
-    const TraceCapture trace;
-    SilentLogger logger(in_level);
-    try {
-        throw in_exception;
-    } catch (...) {
-        ErrorException::LogCurrentException(&logger, "n", "c", "f");
-    }
-    return trace.GetLines();
-}
-
-TEST(LogCurrentException, WritesOneTraceLine) {
-    const std::string start = "Orska::Support::ErrorException::LogCurrentException:0\t";
-    const ErrorException error(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"InvalidNullParam");
-    EXPECT_THAT(LinesOfLogging(error),
-                ElementsAre(start + "Exception: Unformatted ErrorException: {MessageKey="
-                                    "\"InvalidNullParam\" ComponentID=3' RowNumber=UNKNOWN "
-                                    "ColumnNumber=UNKNOWN DiagState=63} ErrorException"));
-    EXPECT_THAT(LinesOfLogging(std::string("100 %s")),
-                ElementsAre(start + "100 %s ErrorException"));
-    EXPECT_THAT(LinesOfLogging(3), ElementsAre(start + "Unknown exception. ErrorException"));
-    EXPECT_THAT(LinesOfLogging(error, 1), ElementsAre());
 }
 
 }  // namespace
