@@ -153,64 +153,6 @@ TEST(StreamConverter, RefusesPositionsOutsideTheBuffers) {
     }
 }
 
-TEST(SiconvStreamConverter, CarriesIncompleteTailsOverAnyNumberOfPieces) {
-    const struct {
-        const char* m_point;
-        int m_source, m_target;
-        std::vector<std::string> m_pieces;
-        std::string m_expected;
-    } cases[] = {
-        {"lead surrogate, then trail",
-         1,
-         0,
-         {std::string("a\0\x3D\xD8", 4), "\x04\xDE"},
-         "a\xF0\x9F\x98\x84"},
-        {"three single bytes", 0, 1, {"\xE2", "\x82", "\xAC"}, "\xAC\x20"},
-        {"four single bytes and one more",
-         0,
-         3,
-         {"\xF0", "\x9F", "\x98", "\x84", "a"},
-         std::string("\x04\xF6\x01\0a\0\0\0", 8)},
-        {"half a unit", 2, 0, {std::string(1, '\0'), "a"}, "a"},
-        {"empty pieces in between", 0, 1, {"\xC3", "", "", "\xA9"}, std::string("\xE9\0", 2)},
-        {"a new tail behind the completed one",
-         0,
-         1,
-         {"\xE2", "\x82\xAC\xC3", "\xA9"},
-         std::string("\xAC\x20\xE9\0", 4)},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_point);
-        const Converter converter = Make(c.m_source, c.m_target);
-        std::string target(64, 'x');
-        converter->SetTarget(target.data(), target.size());
-        for (const std::string& piece : c.m_pieces) {
-            converter->SetSource(piece.data(), piece.size(), false);
-            converter->DoConvert();
-            EXPECT_TRUE(converter->IsSourceConsumed());
-            EXPECT_FALSE(converter->HasDataRemaining());
-        }
-        EXPECT_EQ(c.m_expected, target.substr(0, converter->GetTargetPosition()));
-    }
-}
-
-TEST(SiconvStreamConverter, CutsACodePointAtTheEndOfATarget) {
-    const Converter converter = Make(1, 0);
-    converter->SetSource("a\0\xAC\x20", 4, true);
-    std::string target(2, 'x');
-    converter->SetTarget(target.data(), 2);
-    converter->DoConvert();
-    EXPECT_EQ("a\xE2", target);
-    EXPECT_TRUE(converter->IsSourceConsumed());
-    EXPECT_TRUE(converter->IsTargetFilled());
-    EXPECT_TRUE(converter->HasDataRemaining());
-    converter->SetTarget(target.data(), 2);
-    converter->DoConvert();
-    EXPECT_EQ("\x82\xAC", target);
-    EXPECT_TRUE(converter->IsTargetFilled());
-    EXPECT_FALSE(converter->HasDataRemaining());
-}
-
 TEST(SiconvStreamConverter, RefusesMalformedInputAfterWhatStandsBeforeIt) {
     const struct {
         const char* m_point;
@@ -267,58 +209,33 @@ TEST(SiconvStreamConverter, GivesOutACutCodePointBeforeItRefusesTheNext) {
 }
 
 TEST(WideStreamConverter, HoldsACutCodePointInFrontOfTheNul) {
+    const struct {
+        const char* m_point;
+        std::size_t m_space;
+        bool m_isWithNul;
+        std::string m_after;
+        std::uint64_t m_total;
+        bool m_isRemaining;
+    } steps[] = {
+        {"the lead byte was written and taken back", 3, true, std::string("a\0x", 3), 1, true},
+        {"room for the lead byte only", 2, true, std::string("\0x", 2), 1, true},
+        {"room for less than is held", 1, true, std::string(1, '\0'), 1, true},
+        {"by the byte without a NUL", 1, false, "\x8A", 2, true},
+        {"room for the rest", 3, true, std::string("\xBF\x62\0", 3), 4, false},
+    };
     const Converter converter = Make(1, 18);  // UTF-16LE to SJIS
     const std::u16string text = u"a\u6F22b";
     converter->SetSource(reinterpret_cast<const char*>(text.data()), 6, true);
-    std::string target(3, 'x');
-    converter->SetTarget(target.data(), 3);
-    converter->DoConvertWithNul();
-    EXPECT_EQ(std::string("a\0x", 3), target);  // the lead byte was written and taken back
-    EXPECT_EQ(1U, converter->GetTargetPosition());
-    EXPECT_EQ(1U, converter->GetTotalBytesWritten());
-    EXPECT_TRUE(converter->IsTargetFilled());
-    EXPECT_TRUE(converter->HasDataRemaining());
-
-    target = "xx";  // room for the lead byte only: the code point stays held
-    converter->SetTarget(target.data(), 2);
-    converter->DoConvertWithNul();
-    EXPECT_EQ(std::string("\0x", 2), target);
-    EXPECT_EQ(0U, converter->GetTargetPosition());
-    EXPECT_TRUE(converter->HasDataRemaining());
-
-    target = "x";  // room for less than is held
-    converter->SetTarget(target.data(), 1);
-    converter->DoConvertWithNul();
-    EXPECT_EQ(std::string(1, '\0'), target);
-    EXPECT_TRUE(converter->HasDataRemaining());
-
-    target = "xxxx";
-    converter->SetTarget(target.data(), 4);
-    converter->DoConvertWithNul();
-    EXPECT_EQ(std::string("\x8A\xBF"
-                          "b\0",
-                          4),
-              target);
-    EXPECT_TRUE(converter->IsTargetFilled());
-    EXPECT_FALSE(converter->HasDataRemaining());
-    EXPECT_EQ(4U, converter->GetTotalBytesWritten());
-}
-
-TEST(WideStreamConverter, GivesHeldBytesByTheByteWithoutANul) {
-    const Converter converter = Make(1, 18);
-    const std::u16string text = u"\u6F22";
-    converter->SetSource(reinterpret_cast<const char*>(text.data()), 2, true);
-    char target[2];
-    converter->SetTarget(target, 2);
-    converter->DoConvertWithNul();
-    EXPECT_EQ(0U, converter->GetTargetPosition());
-    std::string joined;
-    while (converter->HasDataRemaining()) {
-        converter->SetTarget(target, 1);
-        converter->DoConvert();
-        joined.append(target, converter->GetTargetPosition());
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.m_point);
+        std::string target(step.m_space, 'x');
+        converter->SetTarget(target.data(), target.size());
+        step.m_isWithNul ? converter->DoConvertWithNul() : converter->DoConvert();
+        EXPECT_EQ(step.m_after, target);
+        EXPECT_EQ(step.m_total, converter->GetTotalBytesWritten());
+        EXPECT_TRUE(converter->IsTargetFilled());
+        EXPECT_EQ(step.m_isRemaining, converter->HasDataRemaining());
     }
-    EXPECT_EQ("\x8A\xBF", joined);
 }
 
 TEST(WideStreamConverter, EndsStatefulTextInItsInitialState) {

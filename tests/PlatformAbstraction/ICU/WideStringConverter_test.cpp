@@ -5,10 +5,7 @@
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
-#include <algorithm>
-#include <atomic>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
@@ -255,46 +252,6 @@ TEST(WideStringConverter, KeepsOneConverterForOneThread) {
     Decode(converter, "\xC3\xA9\xC3", EncodingType::ENC_UTF8);
     converter.GetLengthInBytes(MakeString(u"\u6F22\xD800"), EncodingType::ENC_UTF8);
     EXPECT_EQ(0U, converter.CountPooledConverters(EncodingType::ENC_UTF8));
-}
-
-TEST(WideStringConverter, ConvertsInManyThreadsAtOnce) {
-    constexpr int THREADS = 8;
-    WideStringConverter converter;
-    const std::u16string text = GetMixedText();
-    const orska_wstring string = MakeString(text);
-    const std::vector<int> encodings = {0, 1, 18, 24, 67};
-    std::vector<std::string> expected;
-    std::vector<orska_wstring> decoded;
-    for (const int encoding : encodings) {
-        expected.push_back(EncodeWithIcu(text, EncodingType{encoding}));
-        decoded.push_back(Decode(converter, expected.back(), EncodingType{encoding}));
-    }
-    std::atomic<int> failures = 0;
-    const auto work = [&](int in_thread) {
-        std::string buffer(expected[3].size() + 64, '\0');
-        for (int i = 0; i < THREAD_ROUNDS; ++i) {
-            const std::size_t e = static_cast<std::size_t>(in_thread + i) % encodings.size();
-            const EncodingType encoding{encodings[e]};
-            // Every third one is cut short and must leave no trace in the converter.
-            const std::int64_t capacity =
-                i % 3 == 0 ? 30 : static_cast<std::int64_t>(buffer.size());
-            bool isTruncated = false;
-            const std::int64_t written = converter.ConvertFromWString(
-                string, buffer.data(), capacity, encoding, isTruncated);
-            const bool isRight = isTruncated ? i % 3 == 0
-                                             : buffer.compare(0, static_cast<std::size_t>(written),
-                                                              expected[e]) == 0;
-            const bool isBackRight = Decode(converter, expected[e], encoding) == decoded[e];
-            if (!isRight || !isBackRight) ++failures;
-        }
-    };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < THREADS; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(0, failures);
-    for (const int encoding : encodings) {
-        EXPECT_LE(converter.CountPooledConverters(EncodingType{encoding}), std::size_t{THREADS});
-    }
 }
 
 }  // namespace
