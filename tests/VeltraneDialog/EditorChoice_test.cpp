@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "VeltraneDialog/VeltraneDSNDialog.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace Veltrane::ODBC {
 namespace {
@@ -20,16 +21,6 @@ using testing::IsEmpty;
 
 class EditorChoiceTest : public testing::Test {
 protected:
-    void SetUp() override {
-        m_directory = testing::TempDir() + "editor-choice-XXXXXX";
-        ASSERT_NE(mkdtemp(m_directory.data()), nullptr);
-        m_directory = std::filesystem::canonical(m_directory);
-        m_desktop = MakeProgram("/veltrane-dsn-editor-desktop");
-        m_terminal = MakeProgram("/veltrane-dsn-editor-terminal");
-        m_all = {"", true, "", {m_directory + "/absent", m_directory}};
-    }
-    void TearDown() override { std::filesystem::remove_all(m_directory); }
-
     std::string MakeProgram(const std::string& in_name) const {
         std::string program = m_directory + in_name;
         std::ofstream(program) << "#!/bin/sh\n";
@@ -37,10 +28,11 @@ protected:
         return program;
     }
 
-    std::string m_directory;
-    std::string m_desktop;
-    std::string m_terminal;
-    EditorSurroundings m_all;
+    const Orska::Test::TemporaryDirectory m_temporary;
+    const std::string m_directory = std::filesystem::canonical(m_temporary.GetPath());
+    const std::string m_desktop = MakeProgram("/veltrane-dsn-editor-desktop");
+    const std::string m_terminal = MakeProgram("/veltrane-dsn-editor-terminal");
+    const EditorSurroundings m_all = {"", true, "", {m_directory + "/absent", m_directory}};
 };
 
 TEST_F(EditorChoiceTest, WithoutAWishTheDesktopComesFirst) {
