@@ -40,18 +40,6 @@ TEST(trace, ErrnoIsKeptWhenTheLineCannotBeWritten) {
     EXPECT_EQ(errno, EINTR);
 }
 
-TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
-    const TraceCapture capture("1");
-    const int other = open(capture.GetPath().c_str(), O_WRONLY | O_CREAT, 0666);
-    ASSERT_EQ(write(other, "before\n", 7), 7);
-    trace(1, "F", "S", 1, "a");
-    EXPECT_EQ(capture.GetText(), "before\nF:1\ta S\n");
-    ASSERT_EQ(ftruncate(other, 0), 0);
-    trace(1, "F", "S", 1, "b");
-    EXPECT_EQ(capture.GetText(), "F:1\tb S\n");
-    close(other);
-}
-
 TEST(trace, APipeWithoutAReaderMeansStandardError) {
     const std::string pipe = testing::TempDir() + "orska_pipe" + std::to_string(getpid());
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

@@ -28,23 +28,6 @@ TEST(trace, TheThreadIdIsFoldedTo16Bits) {
     EXPECT_EQ(capture.GetText(), expected);
 }
 
-TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
-    const TraceCapture capture("1");
-    const HANDLE other = CreateFileA(capture.GetPath().c_str(), GENERIC_WRITE,
-                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                     nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    ASSERT_NE(other, INVALID_HANDLE_VALUE);
-    DWORD written = 0;
-    ASSERT_TRUE(WriteFile(other, "before\n", 7, &written, nullptr));
-    trace(1, "F", "S", 1, "a");
-    EXPECT_EQ(capture.GetText(), "before\nF:1\ta S\n");
-    SetFilePointer(other, 0, nullptr, FILE_BEGIN);
-    ASSERT_TRUE(SetEndOfFile(other));
-    trace(1, "F", "S", 1, "b");
-    EXPECT_EQ(capture.GetText(), "F:1\tb S\n");
-    CloseHandle(other);
-}
-
 TEST(trace, ANameThatNoCodePageHasIsTakenFromTheSystem) {
     const std::filesystem::path file =
         std::filesystem::temp_directory_path() / L"orska \x65E5\x672C \x00FC \x0416.log";

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
 #include <regex>
 #include <string>
 
@@ -131,6 +133,17 @@ TEST(trace, LongTextsArriveWhole) {
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_TRUE(lines[0] == "F:1\t" + text + " S");
     EXPECT_TRUE(lines[1] == text + ":1\t100000 " + text);
+}
+
+TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
+    const TraceCapture capture("1");
+    std::ofstream other(capture.GetPath());
+    other << "before\n" << std::flush;
+    trace(1, "F", "S", 1, "a");
+    EXPECT_EQ(capture.GetText(), "before\nF:1\ta S\n");
+    std::filesystem::resize_file(capture.GetPath(), 0);
+    trace(1, "F", "S", 1, "b");
+    EXPECT_EQ(capture.GetText(), "F:1\tb S\n");
 }
 
 TEST(trace, AFileThatCannotBeOpenedMeansStandardError) {

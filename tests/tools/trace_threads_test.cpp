@@ -73,14 +73,7 @@ TEST_P(TraceThreads, NoLineIsTornOrLost) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Flags, TraceThreads, testing::Values("1", "1f"), [](const auto& in_info) {
-    return std::string(in_info.param) == "1" ? "None" : "Flush";
-});
-
-TEST(TraceFirstUse, ThreadsThatStartTogetherOpenTheFileOnce) {
-    const TraceCapture capture("1");
-    TraceFromThreads(0);
-    EXPECT_EQ(capture.GetLines().size(), static_cast<std::size_t>(THREADS * LINES));
-}
+INSTANTIATE_TEST_SUITE_P(Flags, TraceThreads, testing::Values("1", "1f"),
+                         [](const auto& in_info) { return std::to_string(in_info.index); });
 
 }  // namespace
