@@ -22,6 +22,7 @@ using Test::ThrownMessage;
 using Test::ToText;
 using Test::TraceCapture;
 
+/// What of the grammar surprises; all of it is in the replay of fuzz/corpus/IniSettings.
 TEST(IniFileConfigurationReader, Grammar) {
     using namespace std::string_literals;
     struct Case {
@@ -30,39 +31,20 @@ TEST(IniFileConfigurationReader, Grammar) {
         std::string m_loaded;  // or "!" and the line of the error
     };
     const Case cases[] = {
-        {"empty file", "", ""},
-        {"keys before the first header", "a=1\n[S]\nb=2", "[]A=1;[S]B=2;"},
-        {"header without keys", "[S]\n\n[T]\na=1", "[T]A=1;"},
         {"section met again", "[s]\na=1\n[t]\nb=2\n[S]\nc=3", "[S]A=1;C=3;[T]B=2;"},
         {"last of a key wins", "[S]\nKey=1\nkEY=2\n", "[S]KEY=2;"},
         {"blanks around everything", " \t\v\f[S]\r\n \tkey\t = \v value x \f\r\n",
          "[S]KEY=value x;"},
         {"blanks inside the brackets count", "[ Sect ]\na=1", "[ SECT ]A=1;"},
-        {"empty brackets", "[]\na=1", "[]A=1;"},
         {"a header needs both brackets", "[S=1\nT]=2", "[]T]=2;[S=1;"},
-        {"one bracket alone", "[", "!1"},
-        {"header with a comment", "[S];x\na=1", "[S]A=1;"},
-        {"comment signs anywhere", "a=1#2\nb=x;y\n#c=1\n  ; d=2\ne#=3=4\nf=1", "!5"},
         {"comments", "a=1#2\nb=x;y\n#c=1\n  ; d=2\n", "[]A=1;B=x;"},
-        {"empty value", "a=\nb=  \nc= ;x", "[]A=;B=;C=;"},
-        {"equals signs in the value", "a==b=c=", "[]A==b=c=;"},
         {"quotes", "a=\"x y \"\nb=' x'\nc=\"\"\nd=''\ne=\"it's\"\nf='a\"b'",
          "[]A=x y ;B= x;C=;D=;E=it's;F=a\"b;"},
-        {"a quote alone is kept", "a=\"\nb='", "[]A=\";B=';"},
-        {"quotes inside are text", "a=x\"y\"\nb=x'", "[]A=x\"y\";B=x';"},
-        {"quote not closed", "ok=1\na=\"x", "!2"},
-        {"text behind the closing quote", "a=\"x\"y\"", "!1"},
-        {"closed by the other quote", "a='x\"", "!1"},
         {"comment sign in quotes", "\n\na=\"a;b\"", "!3"},
         {"no equals sign", "[S]\na=1\nnonsense\n", "!3"},
         {"equals sign first", "=1", "!1"},
-        {"equals sign first after blanks", "a=1\n \t=1", "!2"},
-        {"malformed in another section", "[T]\nbad\n[S]\na=1", "!2"},
         {"bytes above 127 keep their case", "[\xC3\xA4z]\n\xC3\xB6k=\xC3\xBC",
          "[\xC3\xA4Z]\xC3\xB6K=\xC3\xBC;"},
-        {"NUL is text", "a=x\0y"s, "[]A=x\0y;"s},
-        {"0xFF ends a line", "a=1\xFF"s + "b=2\n", "[]A=1;B=2;"},
-        {"0xFF first in a line ends the file", "a=1\n\xFF"s + "b=2\n", "[]A=1;"},
         {"a byte order mark is text", "\xEF\xBB\xBF[S]\na=1", "!1"},
     };
     const TemporaryDirectory directory;
