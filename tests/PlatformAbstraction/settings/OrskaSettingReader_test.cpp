@@ -95,57 +95,49 @@ TEST_F(SettingReader, DefaultsWithoutAnySource) {
     EXPECT_EQ(Reader::GetSwapFilePath(), ".\\");
 }
 
-TEST_F(SettingReader, ReadsEveryKnownKey) {
-    InitializeWith(
-        "driverlocale=de-DE\nEncryptSwapFile=e\nLogFileCount=1\nLogFileSize=2\nLogLevel=3\n"
-        "LogNamespace=n\nLogType=t\nMemoryManagerMemoryLimit=4\nMemoryManagerStrategy=s\n"
-        "MemoryManagerThresholdPercent=5\nMemoryManagerSwapDiskLimit=6\nServiceName=v\n"
-        "ODBCInstLib=libodbcinst.so\nCONFIGERRORMESSAGESPATH=/c/\nSWAPFILEPATH=/swap\n"
-        "TRACETOSTDERR=1\nDRIVER=kept\n");
-    EXPECT_EQ(Reader::GetDriverLocale(), "de-DE");
-    EXPECT_EQ(Reader::GetEncryptSwapFile(), "e");
-    EXPECT_EQ(Reader::GetLogFileCount(), "1");
-    EXPECT_EQ(Reader::GetLogFileSize(), "2");
-    EXPECT_EQ(Reader::GetLogLevel(), "3");
-    EXPECT_EQ(Reader::GetLogNamespace(), "n");
-    EXPECT_EQ(Reader::GetLogType(), "t");
-    EXPECT_EQ(Reader::GetMemoryManagerMemoryLimit(), "4");
-    EXPECT_EQ(Reader::GetMemoryManagerStrategy(), "s");
-    EXPECT_EQ(Reader::GetMemoryManagerThresholdPercent(), "5");
-    EXPECT_EQ(Reader::GetMemoryManagerSwapDiskLimit(), "6");
-    EXPECT_EQ(Reader::GetServiceName(), "v");
-    EXPECT_EQ(Reader::GetODBCInstLib(), "libodbcinst.so");
-    EXPECT_EQ(Reader::GetConfigErrorMessagesPath(), "/c\\");
-    EXPECT_EQ(Reader::GetSwapFilePath(), "/swap\\");
-    EXPECT_TRUE(Reader::GetTraceToStdErr());
+const struct {
+    const char* m_key;
+    std::string (*m_get)();                       // null: tested with its rule
+    void (*m_set)(const std::string&) = nullptr;  // null: there is none
+    const char* m_ending = "";                    // of what is got
+} SETTINGS[] = {
+    {"CONFIGERRORMESSAGESPATH", Reader::GetConfigErrorMessagesPath, nullptr, "\\"},
+    {"DriverLocale", Reader::GetDriverLocale, Reader::SetDriverLocale},
+    {"EncryptSwapFile", Reader::GetEncryptSwapFile},
+    {"ERRORMESSAGESPATH", nullptr, Reader::SetErrorMessagesPath},
+    {"LogFileCount", Reader::GetLogFileCount, Reader::SetLogFileCount},
+    {"LogFileSize", Reader::GetLogFileSize, Reader::SetLogFileSize},
+    {"LogLevel", Reader::GetLogLevel, Reader::SetLogLevel},
+    {"LogNamespace", Reader::GetLogNamespace, Reader::SetLogNamespace},
+    {"LogPath", Reader::GetLogPath, Reader::SetLogPath, "\\"},
+    {"LogType", Reader::GetLogType, Reader::SetLogType},
+    {"MemoryManagerMemoryLimit", Reader::GetMemoryManagerMemoryLimit},
+    {"MemoryManagerStrategy", Reader::GetMemoryManagerStrategy},
+    {"MemoryManagerSwapDiskLimit", Reader::GetMemoryManagerSwapDiskLimit},
+    {"MemoryManagerThresholdPercent", Reader::GetMemoryManagerThresholdPercent},
+    {"ODBCInstLib", [] { return Reader::GetODBCInstLib().value_or("none"); },
+     Reader::SetODBCInstLib},
+    {"ServiceName", Reader::GetServiceName, Reader::SetServiceName},
+    {"SWAPFILEPATH", Reader::GetSwapFilePath, Reader::SetSwapFilePath, "\\"},
+};
+
+TEST_F(SettingReader, ReadsAndStoresEveryKnownKey) {
+    std::string file = "DRIVER=kept\n";
+    for (const auto& row : SETTINGS) {
+        file += row.m_key + "=/file "s + row.m_key + "\n";
+    }
+    InitializeWith(file);
+    for (const auto& row : SETTINGS) {
+        SCOPED_TRACE(row.m_key);
+        if (row.m_get != nullptr) {
+            EXPECT_EQ(row.m_get(), "/file "s + row.m_key + row.m_ending);
+        }
+        if (row.m_set == nullptr) continue;
+        row.m_set("/set "s + row.m_key);
+        EXPECT_EQ(Reader::GetSetting(row.m_key), "/set "s + row.m_key);
+    }
     EXPECT_EQ(Reader::GetSetting("Driver"), "kept");
     EXPECT_TRUE(FakeRegistry::Get().m_asked.empty());
-}
-
-TEST_F(SettingReader, SettersStoreUnderTheirKeys) {
-    InitializeWithoutSources();
-    const struct {
-        const char* m_key;
-        void (*m_set)(const std::string&);
-    } setters[] = {
-        {"DriverLocale", Reader::SetDriverLocale},
-        {"ERRORMESSAGESPATH", Reader::SetErrorMessagesPath},
-        {"LogFileCount", Reader::SetLogFileCount},
-        {"LogFileSize", Reader::SetLogFileSize},
-        {"LogLevel", Reader::SetLogLevel},
-        {"LogNamespace", Reader::SetLogNamespace},
-        {"LogPath", Reader::SetLogPath},
-        {"LogType", Reader::SetLogType},
-        {"ODBCInstLib", Reader::SetODBCInstLib},
-        {"ServiceName", Reader::SetServiceName},
-        {"SWAPFILEPATH", Reader::SetSwapFilePath},
-    };
-    for (const auto& setter : setters) {
-        setter.m_set("value of "s + setter.m_key);
-    }
-    for (const auto& setter : setters) {
-        EXPECT_EQ(Reader::GetSetting(setter.m_key), "value of "s + setter.m_key);
-    }
 }
 
 TEST_F(SettingReader, Paths) {
@@ -282,56 +274,60 @@ TEST_F(SettingReader, AFirstReadThatFailsIsTriedAgain) {
     EXPECT_EQ(Reader::GetDriverLocale(), "fr");
 }
 
+/// The encoding's number, or why it is none.
+std::string NameEncoding(EncodingType (*in_get)()) {
+    std::string text;
+    const std::string thrown = ThrownMessage<StartupInitException>(
+        [&] { text = std::to_string(static_cast<int>(in_get())); });
+    return thrown == "nothing" ? text : thrown;
+}
+
 TEST_F(SettingReader, AppCharEncoding) {
     InitializeWithoutSources();
-    struct Case {
+    const std::string refused = "ANSIEncoding setting is not a legal encoding.";
+    const struct {
         const char* m_environment;  // null: not set
         const char* m_setting;
-        int m_encoding;  // -2: not legal
+        std::string m_encoding;
+    } cases[] = {
+        {nullptr, "", "-1"},
+        {nullptr, "UTF-16", "1"},
+        {nullptr, "UTF-32", "3"},
+        {nullptr, "utf-16le", "1"},
+        {nullptr, "ISO-8859-1", "5"},
+        {nullptr, "nonsense", refused},
+        {nullptr, "UTF-16 ", refused},
+        {"UTF-32", "cp1252", "3"},
+        {"", "cp1252", "-1"},
+        {"UTF-8", "nonsense", "0"},
+        {"nonsense", "UTF-16", refused},
     };
-    constexpr Case CASES[] = {
-        {nullptr, "", -1},         {nullptr, "UTF-16", 1},     {nullptr, "UTF-32", 3},
-        {nullptr, "cp1252", 6},    {nullptr, "utf-16le", 1},   {nullptr, "ISO-8859-1", 5},
-        {nullptr, "nonsense", -2}, {"UTF-32", "cp1252", 3},    {"", "cp1252", -1},
-        {"UTF-8", "nonsense", 0},  {"nonsense", "UTF-16", -2}, {nullptr, "UTF-16 ", -2},
-    };
-    for (const Case& row : CASES) {
+    for (const auto& row : cases) {
         SCOPED_TRACE(row.m_setting);
         Reader::SetSetting(SETTING_ANSI_ENCODING, row.m_setting);
         SetVariable(ENVIRONMENT_ANSI_ENCODING, row.m_environment);
         if (row.m_environment != nullptr && std::getenv(ENVIRONMENT_ANSI_ENCODING) == nullptr) {
             continue;  // this system has no empty variables
         }
-        int encoding = -2;
-        const std::string thrown = ThrownMessage<StartupInitException>(
-            [&] { encoding = static_cast<int>(Reader::GetAppCharEncoding()); });
-        EXPECT_EQ(encoding, row.m_encoding);
-        EXPECT_EQ(thrown, row.m_encoding == -2 ? "ANSIEncoding setting is not a legal encoding."
-                                               : "nothing");
+        EXPECT_EQ(NameEncoding(Reader::GetAppCharEncoding), row.m_encoding);
     }
 }
 
 TEST_F(SettingReader, DriverManagerEncoding) {
     InitializeWithoutSources();
     SetVariable(ENVIRONMENT_ANSI_ENCODING, "UTF-8");  // has no say here
-    struct Case {
-        const char* m_setting;
-        int m_encoding;  // -2: not legal
-    };
-    constexpr Case CASES[] = {
-        {"", 1},        {"UTF-8", 0},   {"UTF-16", 1},    {"UTF-32", 3},
-        {"utf-16", -2}, {"cp1252", -2}, {"UTF-16LE", -2}, {"UTF-8 ", -2},
-    };
-    for (const Case& row : CASES) {
-        SCOPED_TRACE(row.m_setting);
-        Reader::SetSetting(SETTING_DRIVER_MANAGER_ENCODING, row.m_setting);
-        int encoding = -2;
-        const std::string thrown = ThrownMessage<StartupInitException>(
-            [&] { encoding = static_cast<int>(Reader::GetDriverManagerEncoding()); });
-        EXPECT_EQ(encoding, row.m_encoding);
-        EXPECT_EQ(thrown, row.m_encoding == -2
-                              ? "DriverManagerEncoding setting is not a legal encoding."
-                              : "nothing");
+    const std::string refused = "DriverManagerEncoding setting is not a legal encoding.";
+    for (const auto& [setting, encoding] :
+         std::initializer_list<std::pair<const char*, std::string>>{{"", "1"},
+                                                                    {"UTF-8", "0"},
+                                                                    {"UTF-16", "1"},
+                                                                    {"UTF-32", "3"},
+                                                                    {"utf-16", refused},
+                                                                    {"cp1252", refused},
+                                                                    {"UTF-8 ", refused}}) {
+        SCOPED_TRACE(setting);
+        Reader::SetSetting(SETTING_DRIVER_MANAGER_ENCODING, setting);
+        EXPECT_EQ(NameEncoding(Reader::GetDriverManagerEncoding), encoding);
     }
 }
 
@@ -474,34 +470,25 @@ TEST_F(SettingReader, ThreadsReadSetAndListenTogether) {
     std::vector<std::string> notes;
     Listener counter("c", notes);  // told inside the lock, so it needs none of its own
     Reader::RegisterListener(&counter, "Shared");
-    const auto read = [&] {
-        for (int round = 0; round < ROUNDS; ++round) {
-            EXPECT_NE(Reader::GetSetting("shared"), "");
-            Reader::GetLogPath();
-            Reader::GetDriverManagerEncoding();
-        }
-    };
-    const auto write = [&](const char* in_name) {
-        for (int round = 0; round < ROUNDS; ++round) {
-            Reader::SetSetting("Shared", in_name + std::to_string(round));
-            Reader::SetLogPath(in_name);
-        }
-    };
-    const auto listen = [&] {
-        std::vector<std::string> own;
-        Listener listener("l", own);
-        for (int round = 0; round < ROUNDS; ++round) {
-            Reader::RegisterListener(&listener, "Shared");
-            Reader::Initialize(L"", L"");
-            Reader::UnregisterListener(&listener, "Shared");
-        }
-    };
-    std::thread threads[] = {std::thread(read), std::thread(read), std::thread(write, "first"),
-                             std::thread(write, "second"), std::thread(listen)};
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([number] {
+            std::vector<std::string> own;
+            Listener listener("l", own);
+            for (int round = 0; round < ROUNDS; ++round) {
+                Reader::Initialize(L"", L"");
+                Reader::RegisterListener(&listener, "Shared");
+                EXPECT_NE(Reader::GetSetting("shared"), "");
+                Reader::SetSetting("Shared", std::to_string(number * ROUNDS + round));
+                Reader::GetDriverManagerEncoding();
+                Reader::UnregisterListener(&listener, "Shared");
+            }
+        });
+    }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(notes.size(), 2u * ROUNDS + 1);  // and the load; all values differ
+    EXPECT_EQ(notes.size(), 4u * ROUNDS + 1);  // and the load; all values differ
 }
 
 }  // namespace
