@@ -225,20 +225,17 @@ TEST(WideStringConverter, MeasuresNulTerminatedBuffers) {
 TEST(WideStringConverter, IsWhatStringsUseWhileItIsInstalled) {
     WideStringConverter converter;
     SetPlatformStringConverter(&converter);
-    const orska_wstring string(
-        "\x8A\xBF"
-        "a",
-        3, EncodingType{18});
-    const std::string back = string.GetAsAnsiString(EncodingType{18});
+    const orska_wstring string("\x8A\xBF!", 3, EncodingType{18});
+    const std::string back = string.GetAsAnsiString(EncodingType{24});
     const std::wstring wide = orska_wstring(L"w\u6F22").GetAsPlatformWString();
+    const std::u16string units = string.GetAsUtf16();
     SetPlatformStringConverter(nullptr);
-    EXPECT_TRUE(string == MakeString(u"\u6F22a"));
-    EXPECT_EQ(
-        "\x8A\xBF"
-        "a",
-        back);
+    EXPECT_TRUE(string == MakeString(u"\u6F22!"));
+    EXPECT_EQ("\x1B$B4A\x1B(B!", back);
     EXPECT_EQ(L"w\u6F22", wide);
+    EXPECT_EQ(u"\u6F22!", units);
     EXPECT_EQ(1U, converter.CountPooledConverters(EncodingType{18}));
+    EXPECT_EQ(1U, converter.CountPooledConverters(EncodingType{24}));
 }
 
 TEST(WideStringConverter, KeepsOneConverterForOneThread) {
