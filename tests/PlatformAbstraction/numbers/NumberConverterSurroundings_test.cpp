@@ -4,46 +4,34 @@
 #include <clocale>
 #include <cstdio>
 #include <limits>
-#include <new>
 #include <string>
 #include <vector>
 
 #include "PlatformAbstraction/numbers/NumberConverter.h"
+#include "tests/support/RefusedMemory.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 
 namespace {
 
-// Counts the allocations of this program.
-std::size_t s_allocations = 0;
-
-void* Allocate(std::size_t in_size) {
-    ++s_allocations;
-    if (void* const memory = std::malloc(in_size == 0 ? 1 : in_size)) return memory;
-    throw std::bad_alloc();
-}
+void* PlainMalloc(std::size_t in_size) { return std::malloc(in_size); }
 
 }  // namespace
-
-void* operator new(std::size_t in_size) { return Allocate(in_size); }
-void* operator new[](std::size_t in_size) { return Allocate(in_size); }
-void operator delete(void* in_memory) noexcept { std::free(in_memory); }
-void operator delete[](void* in_memory) noexcept { std::free(in_memory); }
-void operator delete(void* in_memory, std::size_t) noexcept { std::free(in_memory); }
-void operator delete[](void* in_memory, std::size_t) noexcept { std::free(in_memory); }
 
 namespace Orska::Support {
 
 namespace {
 
+using Test::GERMAN;
 using Test::SetLocale;
+using Test::TemporaryDirectory;
 
 TEST(NumberConverter, AllocatesNothing) {
     const std::string digits = "12";
     const std::string text = "  -123456789.123456789e12";
     const orska_wstring wide(u"42");
     const orska_wstring longWide(u"0000000000000000000000000000000000000042");
-    const std::size_t before = s_allocations;
+    s_memory.Start(SIZE_MAX, 0);
     char buffer[NumberConverter::DECIMALS_TEXT_SIZE];
     const auto convertIntegers = [&]<class T>(T in_value) {
         NumberConverter::StringToInteger<T>(digits.data(), digits.size(), true);
@@ -71,30 +59,15 @@ TEST(NumberConverter, AllocatesNothing) {
         NumberConverter::ConvertDoubleToBufferFixed(value, 15, buffer);
         NumberConverter::ConvertDoubleToBufferTrimmed(value, 15, buffer);
     }
-    EXPECT_EQ(s_allocations, before);
+    EXPECT_EQ(s_memory.m_count, 0u);
     // The counter does count.
     const std::vector<int> counted(1);
-    EXPECT_EQ(s_allocations, before + 1);
+    EXPECT_EQ(s_memory.m_count, 1u);
 }
 
-/// A locale whose decimal point is a comma, as long as the object lives.
-class CommaLocale {
-public:
-    CommaLocale() : m_isSet(SetLocale(Test::GERMAN, m_scratch.GetPath())) {}
-    ~CommaLocale() { std::setlocale(LC_ALL, "C"); }
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
-
-    bool IsSet() const { return m_isSet; }
-
-private:
-    Test::TemporaryDirectory m_scratch;
-    bool m_isSet;
-};
-
 TEST(NumberConverter, IgnoresTheLocale) {
-    const CommaLocale locale;
-    if (!locale.IsSet()) GTEST_SKIP() << "there is no such locale here";
+    const TemporaryDirectory scratch;
+    if (!SetLocale(GERMAN, scratch.GetPath())) GTEST_SKIP() << "there is no such locale here";
     char comma[8];
     std::snprintf(comma, sizeof(comma), "%.1f", 1.5);
     ASSERT_STREQ(comma, "1,5");
@@ -109,6 +82,7 @@ TEST(NumberConverter, IgnoresTheLocale) {
     EXPECT_STREQ(buffer, "1.500000e+300");
     EXPECT_EQ(NumberConverter::IntegerToString(std::int32_t{1234567}), "1234567");
     EXPECT_EQ(NumberConverter::StringToInteger<std::int32_t>("1234567", true), 1234567);
+    std::setlocale(LC_ALL, "C");
 }
 
 }  // namespace
