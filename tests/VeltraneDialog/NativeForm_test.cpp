@@ -23,18 +23,8 @@ class Form {
 public:
     explicit Form(HWND in_window) : m_window(in_window) {}
 
-    std::wstring Text(int in_control) const {
-        std::wstring text(2048, L'\0');
-        text.resize(static_cast<std::size_t>(SendMessageW(Get(in_control), WM_GETTEXT, text.size(),
-                                                          reinterpret_cast<LPARAM>(text.data()))));
-        return text;
-    }
-    std::wstring Title() const {
-        std::wstring text(256, L'\0');
-        text.resize(static_cast<std::size_t>(SendMessageW(m_window, WM_GETTEXT, text.size(),
-                                                          reinterpret_cast<LPARAM>(text.data()))));
-        return text;
-    }
+    std::wstring Text(int in_control) const { return TextOf(Get(in_control)); }
+    std::wstring Title() const { return TextOf(m_window); }
     void Enter(int in_control, const std::wstring& in_text) const {
         SendMessageW(Get(in_control), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(in_text.c_str()));
     }
@@ -64,6 +54,13 @@ public:
     HWND Window() const { return m_window; }
 
 private:
+    static std::wstring TextOf(HWND in_window) {
+        std::wstring text(2048, L'\0');
+        text.resize(static_cast<std::size_t>(SendMessageW(in_window, WM_GETTEXT, text.size(),
+                                                          reinterpret_cast<LPARAM>(text.data()))));
+        return text;
+    }
+
     HWND m_window;
 };
 
@@ -311,15 +308,17 @@ TEST(NativeForm, ThePasswordIsMaskedUnlessItIsToBeShown) {
     });
 }
 
-/// Keys that a user presses in the password's field.
+/// What a user does in the password's field.
+void Send(const Form& in_form, UINT in_message, WPARAM in_first = 0, LPARAM in_second = 0) {
+    SendMessageW(in_form.Get(PASSWORD), in_message, in_first, in_second);
+}
+
 void Type(const Form& in_form, const std::u16string& in_keys) {
-    for (const char16_t key : in_keys) {
-        SendMessageW(in_form.Get(PASSWORD), WM_CHAR, key, 0);
-    }
+    for (const char16_t key : in_keys) Send(in_form, WM_CHAR, key);
 }
 
 void SelectPassword(const Form& in_form, WPARAM in_first, LPARAM in_last) {
-    SendMessageW(in_form.Get(PASSWORD), EM_SETSEL, in_first, in_last);
+    Send(in_form, EM_SETSEL, in_first, in_last);
 }
 
 TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
@@ -343,7 +342,7 @@ TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
         {"deleted by Delete", 30, false,
          [](const Form& in_form) {
              SelectPassword(in_form, 10, 30);
-             SendMessageW(in_form.Get(PASSWORD), WM_KEYDOWN, VK_DELETE, 0);
+             Send(in_form, WM_KEYDOWN, VK_DELETE);
              EXPECT_EQ(in_form.Text(PASSWORD).size(), 10U);
          }},
         {"deleted letter by letter", 30, false,
@@ -351,7 +350,7 @@ TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
              SelectPassword(in_form, 30, 30);
              Type(in_form, std::u16string(25, u'\b'));
              EXPECT_EQ(in_form.Text(PASSWORD).size(), 5U);
-             SendMessageW(in_form.Get(PASSWORD), EM_UNDO, 0, 0);
+             Send(in_form, EM_UNDO);
              EXPECT_LE(in_form.Text(PASSWORD).size(), 6U);
          }},
     };
@@ -380,51 +379,29 @@ TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
 TEST(NativeForm, ThePasswordIsEditedAsEveryText) {
     const struct {
         const char* m_name;
+        WPARAM m_first;  ///< what is selected before
+        LPARAM m_last;
         std::function<void(const Form&)> m_act;
         const wchar_t* m_text;
     } cases[] = {
-        {"typed at the end", [](const Form& in_form) { Type(in_form, u"x\u20AC"); },
-         L"geheimx\u20AC"},
-        {"typed over a part",
-         [](const Form& in_form) {
-             SelectPassword(in_form, 1, 5);
-             Type(in_form, u"xy");
-         },
-         L"gxym"},
-        {"Backspace on a selection",
-         [](const Form& in_form) {
-             SelectPassword(in_form, 0, 5);
-             Type(in_form, u"\b");
-         },
-         L"m"},
-        {"Delete of one letter",
-         [](const Form& in_form) {
-             SelectPassword(in_form, 2, 2);
-             SendMessageW(in_form.Get(PASSWORD), WM_KEYDOWN, VK_DELETE, 0);
-         },
+        {"typed", 6, 6, [](const Form& in_form) { Type(in_form, u"x\u20AC"); }, L"geheimx\u20AC"},
+        {"typed over", 1, 5, [](const Form& in_form) { Type(in_form, u"xy"); }, L"gxym"},
+        {"Backspace", 0, 5, [](const Form& in_form) { Type(in_form, u"\b"); }, L"m"},
+        {"Delete", 2, 2, [](const Form& in_form) { Send(in_form, WM_KEYDOWN, VK_DELETE); },
          L"geeim"},
-        {"keys that change nothing",
-         [](const Form& in_form) {
-             SelectPassword(in_form, 0, 5);
-             Type(in_form, u"\3\x1A");  // copy, undo
-             SendMessageW(in_form.Get(PASSWORD), WM_KEYDOWN, VK_HOME, 0);
-         },
+        {"copied, undone", 0, 5, [](const Form& in_form) { Type(in_form, u"\3\x1A"); }, L"geheim"},
+        {"Home", 0, 5, [](const Form& in_form) { Send(in_form, WM_KEYDOWN, VK_HOME); }, L"geheim"},
+        {"cut while it is hidden", 0, 5, [](const Form& in_form) { Send(in_form, WM_CUT); },
          L"geheim"},
-        {"cut while it is hidden",
-         [](const Form& in_form) {
-             SelectPassword(in_form, 0, 5);
-             SendMessageW(in_form.Get(PASSWORD), WM_CUT, 0, 0);
-         },
-         L"geheim"},
-        {"cut and pasted twice while it is shown",
+        {"cut and pasted twice while it is shown", 6, 6,
          [](const Form& in_form) {
              in_form.Click(ID_SHOW_PASSWORD);
              SelectPassword(in_form, 0, 5);
-             SendMessageW(in_form.Get(PASSWORD), WM_CUT, 0, 0);
+             Send(in_form, WM_CUT);
              EXPECT_EQ(in_form.Text(PASSWORD), L"m");
              SelectPassword(in_form, 0, 1);
-             SendMessageW(in_form.Get(PASSWORD), WM_PASTE, 0, 0);
-             SendMessageW(in_form.Get(PASSWORD), WM_PASTE, 0, 0);
+             Send(in_form, WM_PASTE);
+             Send(in_form, WM_PASTE);
          },
          L"geheigehei"},
     };
@@ -432,7 +409,7 @@ TEST(NativeForm, ThePasswordIsEditedAsEveryText) {
         SCOPED_TRACE(c.m_name);
         VeltraneDSNDialog editor = MakeEditor();
         ShowTo(editor, [&](const Form& in_form) {
-            SelectPassword(in_form, 6, 6);
+            SelectPassword(in_form, c.m_first, c.m_last);
             c.m_act(in_form);
             EXPECT_EQ(in_form.Text(PASSWORD), c.m_text);
             in_form.Click(IDOK);
