@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 #include "tests/support/RefusedMemory.h"
 #include "tests/support/RequestOnFiles.h"
@@ -69,60 +68,16 @@ extern "C" __attribute__((visibility("default"))) void* realloc(void* in_memory,
 namespace Veltrane::Test {
 namespace {
 
-constexpr std::size_t ALL = std::numeric_limits<std::size_t>::max();
-
-int RunWithout(const RequestOnFiles& in_request, std::size_t in_first, std::size_t in_refusals) {
-    s_memory.Start(in_first, in_refusals);
-    const int result = in_request.Run();
-    s_memory.m_isCounting = false;
-    return result;
-}
-
-/// How many allocations the request makes when all are granted.
-std::size_t CountAllocations(const RequestOnFiles& in_request) {
-    in_request.Prepare();
-    RunWithout(in_request, 0, 0);
-    return s_memory.m_count;
-}
-
-void Sweep(const RequestOnFiles& in_request, std::size_t in_refusals) {
-    const std::size_t count = CountAllocations(in_request);
-    ASSERT_GT(count, 20u);
-    for (std::size_t number = 0; number < count; ++number) {
-        in_request.Prepare();
-        const int result = RunWithout(in_request, number, in_refusals);
-        SCOPED_TRACE(in_request.Describe() + ", allocation " + std::to_string(number) + " of " +
-                     std::to_string(count));
-        const std::size_t errors = RequestOnFiles::CountErrors();
-        if (in_refusals == 1) {
-            EXPECT_EQ(errors, result == 0 ? 1u : 0u);
-        } else {
-            EXPECT_LE(errors, result == 0 ? 1u : 0u);
-        }
-        EXPECT_EQ(in_request.CountLeftFiles(), 0u);
-        EXPECT_TRUE(in_request.Read().starts_with("# kept\n[Other]\nk = v\n"));
-        EXPECT_TRUE(in_request.Read().ends_with("[z]\nlast=1"));
-        if (testing::Test::HasFailure()) return;
-    }
-}
-
 TEST(RequestMemory, RunsOut) {
     RequestOnFiles request;
+    long openFiles = 0;
     for (const FileRequest& kind : RequestOnFiles::All()) {
         if (!kind.m_hasFile) continue;
         request.Use(kind);
-        // What is made once is made by the first requests, in the test as well.
-        Sweep(request, 1);
-        CountAllocations(request);
-        const long live = s_memory.m_live;
-        const long openFiles = RequestOnFiles::CountOpenFiles();
-        for (const std::size_t refusals : {std::size_t{1}, ALL}) {
-            Sweep(request, refusals);
-            if (HasFailure()) return;
-        }
-        CountAllocations(request);
+        RunOutOfMemory(request);
+        if (openFiles == 0) openFiles = RequestOnFiles::CountOpenFiles();
         EXPECT_EQ(RequestOnFiles::CountOpenFiles(), openFiles) << request.Describe();
-        EXPECT_EQ(s_memory.m_live, live) << request.Describe() << ": leaks";
+        if (HasFailure()) return;
     }
 }
 
@@ -135,7 +90,6 @@ TEST(RequestMemory, RunsOutInTheFirstRequest) {
     for (int outcome = RIGHT; outcome != GRANTED; ++number) {
         const pid_t child = ::fork();
         if (child == 0) {
-            request.Prepare();
             const int result = RunWithout(request, number, 1);
             const bool isRight = RequestOnFiles::CountErrors() == (result == 0 ? 1u : 0u);
             ::_exit(s_memory.m_count <= number ? GRANTED : isRight ? RIGHT : WRONG);

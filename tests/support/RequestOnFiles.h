@@ -84,6 +84,12 @@ public:
         return count;
     }
 
+    /// What belongs to others is there, and nothing beside it.
+    bool IsRestWhole() const {
+        return CountLeftFiles() == 0 && Read().starts_with("# kept\n[Other]\nk = v\n") &&
+               Read().ends_with("[z]\nlast=1");
+    }
+
     static long CountOpenFiles() {
         using std::filesystem::directory_iterator;
         return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
