@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Orska::Test {
 
@@ -15,6 +17,13 @@ void SetVariable(const char* in_name, const char* in_value);
 
 /// The variable that names the directory for temporary files.
 extern const char* const TEMPORARY_DIRECTORY_VARIABLE;
+
+/// What that variable may say, null for nothing, and the directory that is then taken.
+std::vector<std::pair<const char*, std::string>> GetTemporaryDirectories();
+/// The longest path that it may have, of a directory that need not exist.
+extern const std::string LONGEST_TEMPORARY_DIRECTORY;
+/// Whether a path that begins with "/" is absolute.
+extern const bool IS_SLASH_ABSOLUTE;
 
 /// The directory of the running program, with the system's separator at its end.
 std::string GetProgramDirectory();

@@ -7,7 +7,6 @@
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
-#include <vector>
 
 #include "tests/support/TestSystem.h"
 
@@ -22,6 +21,12 @@ void SetVariable(const char* in_name, const char* in_value) {
 }
 
 const char* const TEMPORARY_DIRECTORY_VARIABLE = "TMPDIR";
+
+std::vector<std::pair<const char*, std::string>> GetTemporaryDirectories() {
+    return {{"/var/tmp", "/var/tmp"}, {"", "/tmp"}, {nullptr, "/tmp"}};
+}
+const std::string LONGEST_TEMPORARY_DIRECTORY(259, 'x');
+const bool IS_SLASH_ABSOLUTE = true;
 
 std::string GetProgramDirectory() {
     return std::filesystem::canonical("/proc/self/exe").parent_path().string() + "/";

@@ -12,6 +12,12 @@ void SetVariable(const char* in_name, const char* in_value) {
 
 const char* const TEMPORARY_DIRECTORY_VARIABLE = "TMP";
 
+std::vector<std::pair<const char*, std::string>> GetTemporaryDirectories() {
+    return {{"C:\\somewhere", "C:\\somewhere\\"}, {"C:/some where/", "C:\\some where\\"}};
+}
+const std::string LONGEST_TEMPORARY_DIRECTORY = "C:\\" + std::string(255, 'x');
+const bool IS_SLASH_ABSOLUTE = false;
+
 std::string GetProgramDirectory() {
     char file[MAX_PATH];
     const std::string path(file, GetModuleFileNameA(nullptr, file, MAX_PATH));

@@ -15,7 +15,12 @@ namespace Orska::Support {
 namespace {
 
 using Test::GetProgramDirectory;
+using Test::GetTemporaryDirectories;
+using Test::IS_SLASH_ABSOLUTE;
+using Test::LONGEST_TEMPORARY_DIRECTORY;
+using Test::SetVariable;
 using Test::SYSTEM_ERRORS;
+using Test::TEMPORARY_DIRECTORY_VARIABLE;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 using Test::TraceCapture;
@@ -87,6 +92,20 @@ TEST(FileSystemUtils, TellsRelativePaths) {
         EXPECT_EQ(FileSystemUtils::IsJoinedToDirectory(row.m_path), row.m_isJoined);
     }
     EXPECT_TRUE(FileSystemUtils::IsRelative({}));
+    EXPECT_NE(FileSystemUtils::IsRelative(L"/"), IS_SLASH_ABSOLUTE);
+    EXPECT_NE(FileSystemUtils::IsRelative(L"/a"), IS_SLASH_ABSOLUTE);
+}
+
+TEST(FileSystemUtils, FindsTheTemporaryDirectory) {
+    for (const auto& [variable, directory] : GetTemporaryDirectories()) {
+        SetVariable(TEMPORARY_DIRECTORY_VARIABLE, variable);
+        EXPECT_EQ(FileSystemUtils::GetTempDirectory().GetAsUtf8(), directory) << directory;
+    }
+    const std::string& longest = LONGEST_TEMPORARY_DIRECTORY;
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, longest.c_str());
+    EXPECT_EQ(FileSystemUtils::GetTempDirectory().GetAsUtf8().substr(0, longest.size()), longest);
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, (longest + "x").c_str());
+    EXPECT_TRUE(FileSystemUtils::GetTempDirectory().IsEmpty());
 }
 
 TEST(FileSystemUtils, FindsItsOwnModule) {
