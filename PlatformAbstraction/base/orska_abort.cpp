@@ -1,38 +1,56 @@
 #include "PlatformAbstraction/base/orska_abort.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <memory>
 #include <semaphore>
-#include <system_error>
 #include <thread>
 
 namespace Orska::Support {
 
 namespace {
 
-/// Flushes all output streams but those that another thread keeps locked, as one does that waits
-/// for input: the flush would wait with it, so it has a thread of its own, which is left there.
-void FlushStreams() noexcept {
-    constexpr std::chrono::seconds LONGEST_FLUSH{1};
-    static std::binary_semaphore s_isFlushed{0};
+/// Another thread may keep a stream locked for ever, as one does that waits for input. So each task
+/// has a thread of its own, which is left where it waits.
+/// @return whether the task came to its end in time
+template <typename Task>
+bool HasDone(const Task& in_task) noexcept {
+    constexpr std::chrono::seconds LONGEST{1};
     try {
-        std::thread([] {
-            std::fflush(nullptr);
-            s_isFlushed.release();
+        const auto isDone = std::make_shared<std::binary_semaphore>(0);
+        std::thread([in_task, isDone] {
+            in_task();
+            isDone->release();
         }).detach();
-        static_cast<void>(s_isFlushed.try_acquire_for(LONGEST_FLUSH));
-    } catch (const std::system_error&) {
-        // No thread is to be had; the reason has been written.
+        return isDone->try_acquire_for(LONGEST);
+    } catch (const std::exception&) {
+        return false;  // no thread is to be had
     }
 }
 
 }  // namespace
 
 void orska_abort(const char* in_file, int in_line, const char* in_reason) noexcept {
-    std::fprintf(stderr, "orska_abort() called from %s:%d for reason: %s", in_file, in_line,
-                 in_reason);
-    FlushStreams();
+    char text[4096];
+    const int length =
+        std::snprintf(text, sizeof text, "orska_abort() called from %s:%d for reason: %s", in_file,
+                      in_line, in_reason);
+    const bool isWritten = HasDone([&text] {
+        std::fputs(text, stderr);
+        std::fflush(stderr);
+    });
+    if (!isWritten) {
+        const int size = std::clamp(length, 0, static_cast<int>(sizeof text) - 1);
+        static_cast<void>(!write(STDERR_FILENO, text, static_cast<unsigned>(size)));
+    }
+    // The flush of all streams stops at the first one that is locked.
+    HasDone([] { std::fflush(stdout); });
+    HasDone([] { std::fflush(nullptr); });
     std::abort();
 }
 

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <semaphore>
 #include <thread>
 
 #include "PlatformAbstraction/base/orska_abort.h"
@@ -15,19 +15,27 @@ namespace {
 
 using Test::IsAborted;
 
-TEST(OrskaAbortDeathTest, DoesNotWaitForAThreadThatReads) {
-    EXPECT_EXIT(
-        {
-            int ends[2];
-            if (pipe(ends) != 0) std::exit(1);
-            dup2(ends[0], STDIN_FILENO);
-            std::thread([] { std::getchar(); }).detach();
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            std::signal(SIGALRM, SIG_DFL);
-            alarm(20);  // another way to end, where it waits
-            orska_abort("Source", 1, "while reading");
-        },
-        IsAborted, "while reading");
+TEST(OrskaAbortDeathTest, DoesNotWaitForAThreadThatKeepsAStream) {
+    std::FILE* const newest = std::fopen("/dev/null", "r");
+    for (std::FILE* const stream : {stdin, stderr, newest}) {
+        EXPECT_EXIT(
+            {
+                std::binary_semaphore isKept{0};
+                std::thread([&] {
+                    flockfile(stream);
+                    isKept.release();
+                    pause();
+                }).detach();
+                isKept.acquire();
+                dup2(STDERR_FILENO, STDOUT_FILENO);
+                std::printf("host's text, ");
+                std::signal(SIGALRM, SIG_DFL);
+                alarm(20);  // another way to end, where it waits
+                orska_abort("Source", 1, "a reason");
+            },
+            IsAborted, "a reason.*host's text");
+    }
+    std::fclose(newest);
 }
 
 }  // namespace
