@@ -3,9 +3,9 @@
 #include <unicode/locid.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <cwchar>
 #include <iterator>
+#include <string>
 
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
@@ -22,11 +22,10 @@ std::uint32_t s_initCount = 0;
 // Process-wide: the platform object while the count is above 0. Changed by the same.
 PlatformInstance* s_instance = nullptr;
 
-/// Writes one whole line, so that lines of several threads do not mix.
-void WriteLine(const char* in_function, const char* in_arguments) {
-    std::fprintf(stderr, "Entering Orska::Platform::%s(%s) with s_initCount ==%u.\n", in_function,
-                 in_arguments, s_initCount);
-    std::fflush(stderr);
+void WriteEntering(const char* in_call) {
+    WriteVerboseLine(("Entering Orska::Platform::" + std::string(in_call) +
+                      " with s_initCount ==" + std::to_string(s_initCount) + ".")
+                         .c_str());
 }
 
 /// Runs the wide formatter once; the text goes nowhere.
@@ -64,7 +63,7 @@ PlatformInstance::~PlatformInstance() = default;
 
 PlatformInstance* InitializePlatform(bool in_isVerbose) {
     if (in_isVerbose) {
-        WriteLine("InitializePlatform", "true");
+        WriteEntering("InitializePlatform(true)");
     }
     if (s_initCount > 0) {
         ++s_initCount;
@@ -87,7 +86,7 @@ PlatformInstance* InitializePlatform(bool in_isVerbose) {
 
 void UninitializePlatform() {
     if (IsVerbose()) {
-        WriteLine("UninitializePlatform", "");
+        WriteEntering("UninitializePlatform()");
     }
     --s_initCount;
     if (s_initCount == 0) {

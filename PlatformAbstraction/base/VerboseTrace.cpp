@@ -3,6 +3,9 @@
 #include <atomic>
 #include <cstdio>
 
+#include "tools/LineText.h"
+#include "tools/TracePlatform.h"
+
 namespace Orska::Platform {
 
 namespace {
@@ -18,10 +21,16 @@ bool IsVerbose() noexcept { return s_isVerbose; }
 
 void TraceVerbose(const char* in_text) {
     if (s_isVerbose) {
-        // One call: lines of several threads do not mix.
-        std::fprintf(stderr, "%s\n", in_text);
-        std::fflush(stderr);
+        WriteVerboseLine(in_text);
     }
+}
+
+void WriteVerboseLine(const char* in_text) {
+    // One call: lines of several threads do not mix.
+    LineText line;
+    line.Append(in_text);
+    line.End();
+    WriteTraceLine(stderr, line.GetData(), line.GetSize(), true);
 }
 
 }  // namespace Orska::Platform

@@ -10,8 +10,11 @@ namespace Orska::Platform {
 void SetVerbose(bool in_isVerbose) noexcept;
 bool IsVerbose() noexcept;
 
-/// Writes the text and a line end to standard error when the verbose trace is on.
+/// Writes the text and a line end to standard error when the verbose trace is on. A line that
+/// cannot be written is lost, and nothing else.
 void TraceVerbose(const char* in_text);
+/// The same, whether it is on or not.
+void WriteVerboseLine(const char* in_text);
 
 }  // namespace Orska::Platform
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 
+#include "PlatformAbstraction/base/VerboseTrace.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/TraceCapture.h"
@@ -81,6 +82,13 @@ TEST(trace, AHostOutlivesAFileThatCannotBeWritten) {
         for (int i = 0; i < 9; ++i) trace(1, "F", "S", 1, "limited");
     })) << "file size limit";
     EXPECT_EQ(directory.Read("file").size(), 60u);
+    EXPECT_TRUE(Survives([] {
+        int ends[2];
+        if (::pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) _exit(1);
+        for (const int end : ends) close(end);
+        Platform::SetVerbose(true);
+        Platform::TraceVerbose("lost");
+    })) << "verbose trace";
 }
 
 TEST(trace, TheFileLeavesTheStandardDescriptorsAlone) {
