@@ -36,7 +36,10 @@ bool FileSystemUtils::IsRelative(const orska_wstring& in_path) {
 }
 
 orska_wstring FileSystemUtils::GetModuleDirectory() {
-    return orska_wstring().SetFromUtf8(GetOwnDirectory());
+    const NativePath own = GetOwnDirectory();
+    const orska_wstring directory = orska_wstring().SetFromUtf8(own);
+    // Where the text does not lead back to the directory, it would lead to another one.
+    return GetNativePath(directory) == own ? directory : orska_wstring();
 }
 
 orska_wstring FileSystemUtils::GetTempDirectory() {

@@ -10,6 +10,7 @@
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 #include "PlatformAbstraction/files/TextFile.h"
 #include "tools/HighDescriptor.h"
+#include "tools/NoCancellation.h"
 
 namespace Orska::Support {
 
@@ -90,6 +91,7 @@ bool FileHandle::Open(const orska_wstring& in_fileName, const FileOpenArguments&
 }
 
 void FileHandle::Close() noexcept {
+    const NoCancellation noCancellation;  // it would end the process, out of a destructor
     for (std::intptr_t* handle : {&m_lockHandle, &m_handle}) {
         if (*handle != INVALID) {
             close(ToDescriptor(*handle));

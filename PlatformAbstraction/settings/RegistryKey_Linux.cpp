@@ -32,7 +32,7 @@ Allocated<Type> Own(Type* in_allocated) {
 
 std::string FindHome() {
     const char* home = secure_getenv("HOME");
-    if (home != nullptr && home[0] != '\0') {
+    if (home != nullptr && home[0] == '/') {  // a relative one would be a stranger's
         return home;
     }
     passwd entry;

@@ -188,8 +188,10 @@ TEST_F(RegistryKeyLinux, LooksForTheUserHiveInTheConfigurationDirectory) {
     s_userHome = home;
     unsetenv("HOME");
     EXPECT_EQ(Load(L"", L"Key"), "home=;");
-    setenv("HOME", "", 1);
-    EXPECT_EQ(Load(L"", L"Key"), "home=;");
+    for (const char* unusable : {"", "relative"}) {
+        setenv("HOME", unusable, 1);
+        EXPECT_EQ(Load(L"", L"Key"), "home=;");
+    }
 }
 
 TEST_F(RegistryKeyLinux, AMissingHiveIsAMissingKey) {

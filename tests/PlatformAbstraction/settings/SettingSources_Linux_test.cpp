@@ -6,9 +6,12 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 
+#include "PlatformAbstraction/files/TextFile.h"
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
 #include "tests/PlatformAbstraction/settings/OwnIniProbe.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -61,13 +64,31 @@ TEST_F(OwnIniFile, IsTheOneBesideAProgramThatIsReplacedWhileItRuns) {
     EXPECT_EQ(std::system((program + " --gtest_filter=OwnIniFile.*Replaced*").c_str()), 0);
 }
 
+TEST_F(OwnIniFile, IsNoneWhereTheDirectorysNameIsReadAsAnother) {
+    const std::pair<const char*, const char*> names[] = {{"a\\b", "a/b"}, {"\xFF", "\xEF\xBF\xBD"}};
+    for (const auto& [name, strangers] : names) {
+        const std::filesystem::path own = m_own.GetPath(name);
+        std::filesystem::create_directories(own);
+        std::filesystem::create_directories(m_own.GetPath(strangers));
+        std::filesystem::copy_file(OWN_INI_MODULE, own / "module.so");
+        m_own.Write(std::string(strangers) + "/own.ini", "[Driver]\nfrom=stranger\n");
+        void* const module = dlopen((own / "module.so").c_str(), RTLD_NOW);
+        ASSERT_NE(module, nullptr) << dlerror();
+        EXPECT_STREQ(reinterpret_cast<decltype(&ReadOwnIni)>(dlsym(module, "ReadOwnIni"))(), "none")
+            << strangers;
+    }
+}
+
 TEST(SettingReaderThreads, OneThatIsCancelledEndsAlone) {
     const TemporaryDirectory directory;
-    OrskaSettingReader::Initialize(directory.Write("x.ini", "[S]\nDriverLocale=fr\n"), L"K", L"S");
+    const std::string path = directory.Write("x.ini", "[S]\nDriverLocale=fr\n");
+    OrskaSettingReader::Initialize(path, L"K", L"S");
     EXPECT_EQ(RunInProcesses(1,
-                             [](int) {
-                                 std::thread([] {
+                             [&](int) {
+                                 std::thread([&] {
+                                     auto file = std::make_optional<TextFile>(path, 1);
                                      pthread_cancel(pthread_self());
+                                     file.reset();
                                      OrskaSettingReader::GetDriverLocale();
                                      pthread_testcancel();
                                      _exit(1);
