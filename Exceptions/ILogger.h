@@ -20,7 +20,8 @@ public:
     virtual std::int32_t GetLogLevel() = 0;
 
     /// @param in_namespace, in_class, in_function  who logs
-    /// @param in_format  as for printf, with its arguments after it, in the process ANSI encoding
+    /// @param in_format  as for printf, with its arguments after it, in the encoding of byte texts
+    ///                   (GetByteTextEncoding)
     virtual void LogError(const char* in_namespace, const char* in_class, const char* in_function,
                           const char* in_format, ...) __attribute__((format(printf, 5, 6))) = 0;
 

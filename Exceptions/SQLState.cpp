@@ -5,6 +5,8 @@
 #include <iterator>
 #include <string_view>
 
+#include "PlatformAbstraction/base/Ascii.h"
+
 namespace Orska::Support {
 
 namespace {
@@ -24,8 +26,6 @@ constexpr const char* SQLSTATES[] = {
 };
 static_assert(std::size(SQLSTATES) == DIAG_STATE_COUNT);
 
-constexpr std::string_view BLANKS = " \t\n\r\v\f";
-
 }  // namespace
 
 SQLState::SQLState(DiagState in_state) noexcept {
@@ -35,11 +35,8 @@ SQLState::SQLState(DiagState in_state) noexcept {
 
 SQLState::SQLState(const std::string& in_text) noexcept {
     std::memcpy(m_text, "00000", LENGTH);
-    const std::size_t first = in_text.find_first_not_of(BLANKS);
-    if (first != std::string::npos) {
-        const std::size_t end = in_text.find_last_not_of(BLANKS) + 1;
-        std::memcpy(m_text, in_text.data() + first, std::min<std::size_t>(end - first, LENGTH));
-    }
+    const std::string_view text = Trim(in_text);
+    std::copy_n(text.begin(), std::min<std::size_t>(text.size(), LENGTH), m_text);
 }
 
 bool SQLState::IsSet() const noexcept {

@@ -7,14 +7,15 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <system_error>
 
+#include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/FileAttributes.h"
 
 namespace Veltrane::ODBC {
 
 namespace {
 
+using Orska::Support::DescribeSystemError;
 using SystemCalls::PrivateHandle;
 using SystemCalls::Writers;
 
@@ -166,7 +167,9 @@ std::string FileFailure::Describe() const {
         if (static_cast<unsigned char>(byte) < ' ') byte = '?';
     }
     const std::string text = path.empty() ? m_operation : path + ": " + m_operation;
-    return m_error == REFUSED ? text : text + ": " + std::generic_category().message(m_error);
+    return m_error == REFUSED
+               ? text
+               : text + ": " + DescribeSystemError(static_cast<std::uint32_t>(m_error));
 }
 
 bool OdbcIniFile::Fail(const char* in_operation, int in_error) {

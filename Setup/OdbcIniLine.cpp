@@ -9,13 +9,9 @@ namespace Veltrane::ODBC::OdbcIniLine {
 namespace {
 
 using Orska::Support::IsAsciiBlank;
+using Orska::Support::IsAsciiLetterOrDigit;
 using Orska::Support::Trim;
 using Orska::Support::TrimLeft;
-
-bool IsLetterOrDigit(char in_char) {
-    const char folded = Orska::Support::ToLowerAscii(in_char);
-    return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
-}
 
 /// Control characters, and U+0080 to U+009F as UTF-8 spells them.
 bool HasControlCharacter(std::string_view in_text) {
@@ -105,7 +101,8 @@ bool HasIodbcName(std::string_view in_piece) {
 std::optional<std::string_view> KeyOf(std::string_view in_piece, Rules in_rules) {
     if (in_rules == Rules::FIRST_FILE) in_piece = TrimLeft(in_piece);
     if (in_piece.empty() || IsComment(in_piece.front())) return std::nullopt;
-    if (in_rules == Rules::APPENDED_FILE && !IsLetterOrDigit(in_piece.front())) return std::nullopt;
+    if (in_rules == Rules::APPENDED_FILE && !IsAsciiLetterOrDigit(in_piece.front()))
+        return std::nullopt;
     if (in_rules == Rules::IODBC && !IsIodbcKeyLine(in_piece)) return std::nullopt;
     const std::string_view key = KeyName(in_piece);
     return in_rules == Rules::IODBC ? Unquote(key) : key;

@@ -27,6 +27,12 @@ constexpr bool IsAsciiBlank(Char in_char) noexcept {
     return in_char == ' ' || (in_char >= '\t' && in_char <= '\r');
 }
 
+template <typename Char>
+constexpr bool IsAsciiLetterOrDigit(Char in_char) noexcept {
+    const Char folded = ToLowerAscii(in_char);
+    return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
+}
+
 /// Letters in lower case: equal for texts that EqualsIgnoringCase.
 inline std::string FoldCase(std::string_view in_text) {
     std::string text(in_text);

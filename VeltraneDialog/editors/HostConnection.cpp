@@ -5,7 +5,9 @@
 
 #include <array>
 #include <cerrno>
-#include <system_error>
+#include <stdexcept>
+
+#include "PlatformAbstraction/base/SystemError.h"
 
 namespace Veltrane::ODBC {
 
@@ -19,7 +21,7 @@ HostConnection::HostConnection()
     : m_socket(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
     const Orska::Support::FileDescriptor empty(open("/dev/null", O_RDONLY | O_CLOEXEC));
     if (m_socket.Get() < 0 || dup2(empty.Get(), STDIN_FILENO) < 0) {
-        throw std::system_error(errno, std::generic_category(), "Taking the socket");
+        throw std::runtime_error("Taking the socket: " + Orska::Support::DescribeLastError());
     }
 }
 

@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 
 #include <clocale>
-#include <cstdlib>
 #include <cwchar>
 
+#include "PlatformAbstraction/base/OwnDirectory.h"
 #include "VeltraneDialog/DialogFields.h"
 
 #ifndef VELTRANE_LOCALE_DIRECTORY
@@ -24,9 +24,7 @@ std::string DirectoryOf(const std::string& in_path) {
 }
 
 std::string TranslationDirectory() {
-    char* const program = realpath("/proc/self/exe", nullptr);
-    const std::string own = DirectoryOf(program != nullptr ? program : "");
-    free(program);
+    const std::string own = DirectoryOf(Orska::Support::GetOwnDirectory());
     const std::string inBuildTree = DirectoryOf(own) + "/share/locale";
     struct stat status {};
     return stat(inBuildTree.c_str(), &status) == 0 ? inBuildTree

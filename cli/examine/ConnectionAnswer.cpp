@@ -1,8 +1,8 @@
 /// The process of a connection test that is kept apart.
 #include <algorithm>
-#include <cctype>
 #include <nlohmann/json.hpp>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/Wipe.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/examine/ApartProcess.h"
@@ -62,7 +62,7 @@ std::string MakeConnectionString(const Entries& in_attributes) {
 void Mask(const std::string& in_secret, std::string& io_text) {
     constexpr std::size_t SHORT = 4;
     const auto isWord = [&](std::size_t in_at) {
-        return in_at < io_text.size() && std::isalnum(static_cast<unsigned char>(io_text[in_at]));
+        return in_at < io_text.size() && Orska::Support::IsAsciiLetterOrDigit(io_text[in_at]);
     };
     for (std::size_t at = 0; (at = io_text.find(in_secret, at)) != std::string::npos;) {
         const std::size_t size = in_secret.size();

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "PlatformAbstraction/files/OrskaUtility.h"
+#include "Setup/OdbcIniFile.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 
@@ -52,6 +53,8 @@ TEST(SystemError, TextsAreReadInTheCharsetOfTheLocale) {
         SCOPED_TRACE(name);
         ASSERT_TRUE(SetLocale({name, ""}, directory.GetPath()));
         EXPECT_EQ(GetLastErrorText(ENXIO).GetAsUtf8(), "Kein Ger\xC3\xA4t");
+        EXPECT_EQ((Veltrane::ODBC::FileFailure{"", "cannot open", ENXIO}.Describe()),
+                  "cannot open: Kein Ger\xC3\xA4t");
     }
     std::setlocale(LC_ALL, "C");
     EXPECT_EQ(GetLastErrorText(ENXIO).GetAsUtf8(), "No such device or address");
