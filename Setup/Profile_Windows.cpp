@@ -29,6 +29,7 @@ using Orska::Support::DescribeSystemError;
 using Orska::Support::EqualsIgnoringCase;
 using Orska::Support::FoldCase;
 using Orska::Support::orska_wstring;
+using Orska::Support::WindowsHandle;
 
 /// The longest name of a key or a value, with its NUL.
 constexpr DWORD MAX_NAME = 16384;
@@ -63,20 +64,15 @@ std::string Describe(LONG in_error) {
 class Key {
 public:
     Key(Kind in_kind, const std::string& in_path, REGSAM in_rights)
-        : m_error(::RegOpenKeyExW(RootOf(in_kind), ToWide(in_path).c_str(), 0, in_rights, &m_key)) {
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    ~Key() {
-        if (m_error == ERROR_SUCCESS) ::RegCloseKey(m_key);
-    }
+        : m_key(Orska::Support::OpenRegistryKey(RootOf(in_kind), ToWide(in_path).c_str(), in_rights,
+                                                m_error)) {}
     LONG GetError() const { return m_error; }
     bool IsThere() const { return m_error != ERROR_FILE_NOT_FOUND; }
-    HKEY Get() const { return m_key; }
+    HKEY Get() const { return m_key.Get(); }
 
 private:
-    HKEY m_key = nullptr;
     LONG m_error;
+    Orska::Support::RegistryHandle m_key;
 };
 
 [[noreturn]] void FailToRead(const std::string& in_name, LONG in_error) {
@@ -181,7 +177,7 @@ std::vector<std::string> ReadNames(Kind in_kind) {
 std::wstring FindUserSid() {
     HANDLE token = nullptr;
     if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
-    const Orska::Support::WindowsHandle owner(token);
+    const WindowsHandle owner(token);
     struct {
         TOKEN_USER m_user;
         BYTE m_sid[SECURITY_MAX_SID_SIZE];
@@ -207,19 +203,15 @@ public:
         const std::wstring user = isUsers ? FindUserSid() : std::wstring();
         const std::wstring name = L"Global\\veltrane-dsn-change" + (isUsers ? L"-" + user : L"");
         m_mutex = Create(name, isUsers ? user : L"BA");
-        if (m_mutex == nullptr) Fail(in_place, "cannot lock", ::GetLastError());
-        const DWORD result = ::WaitForSingleObject(m_mutex, LOCK_TIMEOUT);
+        if (!m_mutex.IsOpen()) Fail(in_place, "cannot lock", ::GetLastError());
+        const DWORD result = ::WaitForSingleObject(m_mutex.Get(), LOCK_TIMEOUT);
         // One that was abandoned is of a run that was killed.
         if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) return;
-        ::CloseHandle(m_mutex);
         Fail(in_place, "in use by another run", WAIT_TIMEOUT);
     }
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
-    ~Lock() {
-        ::ReleaseMutex(m_mutex);
-        ::CloseHandle(m_mutex);
-    }
+    ~Lock() { ::ReleaseMutex(m_mutex.Get()); }
 
 private:
     [[noreturn]] static void Fail(const std::string& in_place, const char* in_operation,
@@ -228,7 +220,7 @@ private:
     }
 
     /// @param in_trustee  who may hold it beside the system: a SID, or its abbreviation
-    static HANDLE Create(const std::wstring& in_name, const std::wstring& in_trustee) {
+    static WindowsHandle Create(const std::wstring& in_name, const std::wstring& in_trustee) {
         // SYNCHRONIZE and MUTEX_MODIFY_STATE, which is also all that is asked for: with more the
         // one who comes second would be refused.
         const std::wstring rights = L"D:P(A;;0x100001;;;" + in_trustee + L")(A;;0x100001;;;SY)";
@@ -236,17 +228,17 @@ private:
         if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1,
                                                                    &attributes.lpSecurityDescriptor,
                                                                    nullptr) == FALSE) {
-            return nullptr;
+            return {};
         }
-        const HANDLE mutex =
-            ::CreateMutexExW(&attributes, in_name.c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE);
+        WindowsHandle mutex(
+            ::CreateMutexExW(&attributes, in_name.c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
         const DWORD error = ::GetLastError();
         ::LocalFree(attributes.lpSecurityDescriptor);
         ::SetLastError(error);
         return mutex;
     }
 
-    HANDLE m_mutex;
+    WindowsHandle m_mutex;
 };
 
 /// In the order in which the edits are made.

@@ -1,4 +1,5 @@
-/// Owns a handle of a file, console or other object of the kernel (Windows).
+/// Owners of handles (Windows): of a file, console or other object of the kernel, and of a key of
+/// the registry.
 #ifndef PLATFORMABSTRACTION_BASE_WINDOWSHANDLE_H
 #define PLATFORMABSTRACTION_BASE_WINDOWSHANDLE_H
 
@@ -18,6 +19,23 @@ struct WindowsHandleKind {
 };
 
 using WindowsHandle = OwnedHandle<WindowsHandleKind>;
+
+struct RegistryHandleKind {
+    using Handle = HKEY;
+    static HKEY NoHandle() noexcept { return nullptr; }
+    static bool IsHandle(HKEY in_key) noexcept { return in_key != nullptr; }
+    static void Close(HKEY in_key) noexcept { RegCloseKey(in_key); }
+};
+
+using RegistryHandle = OwnedHandle<RegistryHandleKind>;
+
+/// @param out_error  ERROR_SUCCESS, or why the handle is not open
+inline RegistryHandle OpenRegistryKey(HKEY in_parent, const wchar_t* in_path, REGSAM in_rights,
+                                      LONG& out_error) noexcept {
+    HKEY key = nullptr;
+    out_error = RegOpenKeyExW(in_parent, in_path, 0, in_rights, &key);
+    return RegistryHandle(out_error == ERROR_SUCCESS ? key : nullptr);
+}
 
 }  // namespace Orska::Support
 

@@ -2,8 +2,9 @@
 
 #include <cwchar>
 #include <string>
+#include <utility>
 
-#include "tools/WindowsApi.h"
+#include "PlatformAbstraction/base/WindowsHandle.h"
 
 namespace Orska::Support {
 
@@ -12,14 +13,14 @@ namespace {
 static_assert(RegistryKey::TYPE_TEXT == REG_SZ && RegistryKey::TYPE_UINT32 == REG_DWORD &&
               RegistryKey::TYPE_UINT64 == REG_QWORD);
 
-/// Opens for reading; null when there is no such key. Cut at a NUL the path would name another key.
-HKEY OpenKey(HKEY in_parent, const orska_wstring& in_path) {
+/// Opens for reading. Cut at a NUL the path would name another key.
+RegistryHandle OpenKey(HKEY in_parent, const orska_wstring& in_path) {
     const std::u16string_view view = in_path.GetView();
     const std::wstring path(view.begin(), view.end());
-    HKEY key = nullptr;
-    const bool isOpen = path.find(L'\0') == std::wstring::npos &&
-                        RegOpenKeyExW(in_parent, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS;
-    return isOpen ? key : nullptr;
+    LONG error = ERROR_SUCCESS;
+    return path.find(L'\0') == std::wstring::npos
+               ? OpenRegistryKey(in_parent, path.c_str(), KEY_READ, error)
+               : RegistryHandle();
 }
 
 wchar_t* ToBuffer(std::span<char16_t> in_text) {
@@ -29,12 +30,7 @@ wchar_t* ToBuffer(std::span<char16_t> in_text) {
 }  // namespace
 
 struct RegistryKey::State {
-    explicit State(HKEY in_key) noexcept : m_key(in_key) {}
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
-    ~State() { RegCloseKey(m_key); }
-
-    const HKEY m_key;
+    RegistryHandle m_key;
 };
 
 RegistryKey::RegistryKey() noexcept = default;
@@ -44,16 +40,18 @@ RegistryKey::~RegistryKey() = default;
 
 bool RegistryKey::Open(Root in_root, const orska_wstring& in_path) {
     const HKEY root = in_root == Root::LOCAL_MACHINE ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    if (const HKEY key = OpenKey(root, in_path)) {
-        m_state = std::make_unique<State>(key);
+    RegistryHandle key = OpenKey(root, in_path);
+    if (key.IsOpen()) {
+        m_state.reset(new State{std::move(key)});
         return true;
     }
     return false;
 }
 
 bool RegistryKey::OpenSubKey(const orska_wstring& in_path, RegistryKey& out_key) const {
-    if (const HKEY key = OpenKey(m_state->m_key, in_path)) {
-        out_key.m_state = std::make_unique<State>(key);
+    RegistryHandle key = OpenKey(m_state->m_key.Get(), in_path);
+    if (key.IsOpen()) {
+        out_key.m_state.reset(new State{std::move(key)});
         return true;
     }
     return false;
@@ -65,8 +63,8 @@ bool RegistryKey::QueryInfo(Info& out_info) const {
     DWORD longestName = 0;
     DWORD longestData = 0;
     const LSTATUS result =
-        RegQueryInfoKeyW(m_state->m_key, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr,
-                         &values, &longestName, &longestData, nullptr, nullptr);
+        RegQueryInfoKeyW(m_state->m_key.Get(), nullptr, nullptr, nullptr, &subKeys, nullptr,
+                         nullptr, &values, &longestName, &longestData, nullptr, nullptr);
     out_info = {subKeys, values, longestName, longestData};
     return result == ERROR_SUCCESS;
 }
@@ -77,8 +75,9 @@ bool RegistryKey::EnumValue(std::uint32_t in_index, std::span<char16_t> out_name
     DWORD nameLength = static_cast<DWORD>(out_name.size());
     DWORD type = 0;
     DWORD dataLength = static_cast<DWORD>(out_data.size());
-    if (RegEnumValueW(m_state->m_key, in_index, ToBuffer(out_name), &nameLength, nullptr, &type,
-                      reinterpret_cast<BYTE*>(out_data.data()), &dataLength) != ERROR_SUCCESS) {
+    if (RegEnumValueW(m_state->m_key.Get(), in_index, ToBuffer(out_name), &nameLength, nullptr,
+                      &type, reinterpret_cast<BYTE*>(out_data.data()),
+                      &dataLength) != ERROR_SUCCESS) {
         return false;
     }
     out_nameLength = nameLength;
@@ -90,7 +89,7 @@ bool RegistryKey::EnumValue(std::uint32_t in_index, std::span<char16_t> out_name
 bool RegistryKey::EnumKey(std::uint32_t in_index, std::span<char16_t> out_name,
                           std::uint32_t& out_nameLength) const {
     wchar_t* name = ToBuffer(out_name);
-    if (RegEnumKeyW(m_state->m_key, in_index, name, static_cast<DWORD>(out_name.size())) !=
+    if (RegEnumKeyW(m_state->m_key.Get(), in_index, name, static_cast<DWORD>(out_name.size())) !=
         ERROR_SUCCESS) {
         return false;
     }

@@ -1,7 +1,6 @@
 #include "cli/system/PlatformWords.h"
 
-#include <windows.h>
-
+#include "PlatformAbstraction/base/WindowsHandle.h"
 #include "VeltraneDialog/WideText_Windows.h"
 
 namespace Veltrane::Cli {
@@ -37,11 +36,9 @@ bool IsThere(const std::string& in_path) {
     if (root == nullptr) {
         return GetFileAttributesW(ODBC::ToWide(in_path).c_str()) != INVALID_FILE_ATTRIBUTES;
     }
-    HKEY key = nullptr;
     const std::wstring path = ODBC::ToWide(in_path.substr(end + 1));
-    const bool isThere = RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS;
-    if (isThere) RegCloseKey(key);
-    return isThere;
+    LONG error = ERROR_SUCCESS;
+    return Orska::Support::OpenRegistryKey(root, path.c_str(), KEY_READ, error).IsOpen();
 }
 
 }  // namespace Veltrane::Cli
