@@ -30,7 +30,7 @@ struct DialogField {
 };
 
 /// In the order of the contract, which is also the order of the texts between host and editor.
-inline constexpr std::array<DialogField, 7> DIALOG_FIELDS{{
+inline constexpr auto DIALOG_FIELDS = std::to_array<DialogField>({
     {"DSN", &DialogValues::m_dsn, DialogFieldKind::TEXT, true, 0, VELTRANE_TEXT("&Name"),
      VELTRANE_TEXT("The name under which programs find this data source.")},
     {"Server", &DialogValues::m_server, DialogFieldKind::TEXT, true, 1, VELTRANE_TEXT("&Server"),
@@ -47,7 +47,7 @@ inline constexpr std::array<DialogField, 7> DIALOG_FIELDS{{
      VELTRANE_TEXT("Stored as clear text; left empty, programs ask for it.")},
     {"Database", &DialogValues::m_database, DialogFieldKind::TEXT, true, 2,
      VELTRANE_TEXT("Data&base"), VELTRANE_TEXT("The database on that server.")},
-}};
+});
 
 /// The place of a key in `DIALOG_FIELDS`; another key does not compile.
 consteval std::size_t FieldIndex(std::string_view in_key) {

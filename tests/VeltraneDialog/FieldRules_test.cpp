@@ -140,7 +140,7 @@ TEST(FieldRules, OnlyNameServerAndDatabaseHaveToBeFilled) {
 
 TEST(DialogFields, AcceleratorsAndOrderAreUnique) {
     std::set<char> letters;
-    const char* others[] = {TEXT_SHOW_PASSWORD, TEXT_OK, TEXT_CANCEL};
+    const char* others[] = {TEXT_SHOW_PASSWORD, TEXT_OK, TEXT_CANCEL, TEXT_TEST};
     std::string all;
     for (const DialogField& field : DIALOG_FIELDS) {
         all += field.m_label;
