@@ -456,7 +456,7 @@ void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) 
 void OdbcIniText::RemoveSection(std::string_view in_section) {
     if (!m_isReadable) return;
     for (std::uint32_t i = FindFirst(in_section); i != NONE; i = FindNext(i, in_section)) {
-        RemoveBlock(Edit(i));
+        if (IsLive(i)) RemoveBlock(Edit(i));
     }
 }
 
