@@ -58,7 +58,7 @@ bool IsCopied(std::string_view in_attribute) {
 CopyResult CopyAccessList(int in_from, int in_to) {
     std::string list;
     if (GetAttribute(in_from, ACCESS_LIST, list)) {
-        if (SetAttribute(in_to, ACCESS_LIST, list)) return {};
+        if (SetAttribute(in_to, ACCESS_LIST, list)) return {nullptr, 0, true};
         return {"cannot keep the access list", errno};
     }
     if (!IsWithoutAttribute()) return {"cannot read the access list", errno};

@@ -8,6 +8,7 @@ namespace Veltrane::ODBC::FileAttributes {
 struct CopyResult {
     const char* m_failed = nullptr;  ///< what could not be done, for people; null for nothing
     int m_error = 0;                 ///< errno
+    bool m_isSet = false;            ///< there was one, and the other file has it now
 };
 
 /// The access list, or that there is none.

@@ -384,12 +384,13 @@ bool OdbcIniFile::WriteAndExchange(std::string_view in_bytes) {
 }
 
 bool OdbcIniFile::IsOutdated() {
-    struct stat inPlace {};
-    const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0;
-    // The other time too: what is kept of the file may have changed.
-    return m_isNew ? isThere
-                   : !isThere || !IsSameVersion(m_stat, inPlace) ||
-                         !IsSameTime(m_stat.st_ctim, inPlace.st_ctim);
+    struct stat now {};
+    const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), now) == 0;
+    if (m_isNew) return isThere;
+    // What is kept of the file may have changed, too.
+    return !isThere || !IsSameVersion(m_stat, now) || !IsSameTime(m_stat.st_ctim, now.st_ctim) ||
+           m_stat.st_mode != now.st_mode || m_stat.st_uid != now.st_uid ||
+           m_stat.st_gid != now.st_gid;
 }
 
 /// The name is one that nobody can guess and that FindLeft knows.
@@ -440,21 +441,21 @@ bool OdbcIniFile::WriteTemporary(int in_handle, std::string_view in_bytes) {
 /// and rights is a reason to refuse: a wider or narrower file is not the same file.
 bool OdbcIniFile::CopyAttributes(int in_handle) {
     if (m_isNew) return true;
-    struct stat old {};
-    if (SystemCalls::StatHandle(m_file.Get(), old) != 0) {
-        return Fail("cannot read the owner", errno);
-    }
-    if ((old.st_uid != m_written.st_uid || old.st_gid != m_written.st_gid) &&
-        SystemCalls::ChangeOwner(in_handle, old.st_uid, old.st_gid) != 0) {
+    if ((m_stat.st_uid != m_written.st_uid || m_stat.st_gid != m_written.st_gid) &&
+        SystemCalls::ChangeOwner(in_handle, m_stat.st_uid, m_stat.st_gid) != 0) {
         return Fail("cannot keep the owner", errno);
     }
     using namespace FileAttributes;
     const CopyResult list = CopyAccessList(m_file.Get(), in_handle);
     if (list.m_failed != nullptr) return Fail(list.m_failed, list.m_error);
     // Without set-user-id and the like, which writing to a file takes away as well.
-    mode_t mode = old.st_mode & 0777;
+    mode_t mode = m_stat.st_mode & 0777;
     if (m_isEmpty) mode &= m_newFileMode;
-    if (SystemCalls::ChangeMode(in_handle, mode) != 0) return Fail("cannot keep the mode", errno);
+    // Setting an access list changes the mode.
+    if ((list.m_isSet || mode != (m_written.st_mode & 07777)) &&
+        SystemCalls::ChangeMode(in_handle, mode) != 0) {
+        return Fail("cannot keep the mode", errno);
+    }
     const CopyResult others = CopyExtendedAttributes(m_file.Get(), in_handle);
     return others.m_failed == nullptr || Fail(others.m_failed, others.m_error);
 }

@@ -70,9 +70,9 @@ bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in
 
 /// Whether the reader's line would end within the text.
 bool HasLineEnd(std::string_view in_text, Rules in_rules) {
-    constexpr std::string_view LINE_ENDS("\n\0", 2);
     const bool isIodbc = in_rules == Rules::IODBC;
-    return in_text.find_first_of(LINE_ENDS) != std::string_view::npos ||
+    return in_text.find('\n') != std::string_view::npos ||
+           in_text.find('\0') != std::string_view::npos ||
            (isIodbc && in_text.find_first_of(IODBC_LINE_ENDS) != std::string_view::npos);
 }
 

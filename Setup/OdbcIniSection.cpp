@@ -3,13 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "PlatformAbstraction/base/Ascii.h"
-
 namespace Veltrane::ODBC {
 
 namespace {
-
-using Orska::Support::FoldCase;
 
 /// A section with more lines than this gets an index of its keys.
 constexpr std::size_t MAX_UNINDEXED = 64;
@@ -23,17 +19,16 @@ void OdbcIniSection::IndexKeys() {
     }
 }
 
-OdbcIniSection::Line* OdbcIniSection::Find(std::string_view in_key, bool in_isLive) {
-    const std::string key = FoldCase(in_key);
+OdbcIniSection::Line* OdbcIniSection::Find(const std::string& in_key, bool in_isLive) {
     const auto isIt = [&](const Line& in_line) {
-        return in_line.m_isKey && in_line.m_isLive == in_isLive && in_line.m_key == key;
+        return in_line.m_isKey && in_line.m_isLive == in_isLive && in_line.m_key == in_key;
     };
     if (m_lines.size() <= MAX_UNINDEXED) {
         const auto line = std::find_if(m_lines.begin(), m_lines.end(), isIt);
         return line == m_lines.end() ? nullptr : &*line;
     }
     IndexKeys();
-    const auto found = m_index.find(key);
+    const auto found = m_index.find(in_key);
     if (found == m_index.end()) return nullptr;
     for (const std::uint32_t i : found->second) {
         if (isIt(m_lines[i])) return &m_lines[i];

@@ -30,8 +30,8 @@ struct OdbcIniSection {
     bool m_isSpaced = false;  ///< has a blank line before it
 
     bool IsLive() const { return m_lines.front().m_isLive; }
-    /// The first line with the key that is there, or that was taken away; null without one.
-    Line* Find(std::string_view in_key, bool in_isLive);
+    /// The first line with the folded key that is there, or that was taken away; null without one.
+    Line* Find(const std::string& in_key, bool in_isLive);
     /// Where the line ends of which a piece is one.
     std::size_t EndOfLine(std::size_t in_piece) const;
     /// Takes a line away from one of its pieces on.

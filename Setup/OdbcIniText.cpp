@@ -22,6 +22,7 @@ using OdbcIniLine::ValueOf;
 using Orska::Support::EqualsIgnoringCase;
 using Orska::Support::FoldCase;
 using Orska::Support::IsAsciiBlank;
+using Orska::Support::ToLowerAscii;
 using Orska::Support::Trim;
 using Orska::Support::TrimLeft;
 
@@ -71,17 +72,6 @@ bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
 
 /// After searches for so many names all sections are found, and get an index.
 constexpr std::size_t MAX_UNINDEXED_NAMES = 32;
-
-/// Whether this can be what follows the bracket of a header with the name. Names are alike at their
-/// beginnings more often than at their ends.
-bool MayBeginWith(std::string_view in_text, std::string_view in_name) {
-    while (!in_text.empty() && IsAsciiBlank(in_text.front())) in_text.remove_prefix(1);
-    if (in_text.size() < in_name.size()) return false;
-    in_text = in_text.substr(0, in_name.size());
-    return in_name.empty() || (EqualsIgnoringCase(in_text.substr(in_name.size() - 1),
-                                                  in_name.substr(in_name.size() - 1)) &&
-                               EqualsIgnoringCase(in_text, in_name));
-}
 
 }  // namespace
 
@@ -146,11 +136,18 @@ std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) con
 std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules,
                                     std::optional<std::string_view> in_name) const {
     const std::string_view text = m_text;
+    const std::size_t size = in_name ? in_name->size() : 0;
+    const char last = size == 0 ? '[' : ToLowerAscii(in_name->back());
     std::size_t line = in_from;
     std::size_t seen = in_from;
     for (std::size_t bracket = text.find('[', in_from); bracket != std::string_view::npos;
          bracket = text.find('[', bracket + 1)) {
-        if (in_name && !MayBeginWith(text.substr(bracket + 1), *in_name)) continue;
+        // Names are alike at their beginnings more often than at their ends.
+        const std::size_t end = bracket + size;
+        if (end < text.size() && ToLowerAscii(text[end]) != last &&
+            !IsAsciiBlank(text[bracket + 1])) {
+            continue;
+        }
         const std::size_t lineEnd = text.substr(seen, bracket - seen).rfind('\n');
         if (lineEnd != std::string_view::npos) line = seen + lineEnd + 1;
         seen = bracket;
@@ -273,8 +270,15 @@ std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_
 /// The section that counts.
 std::uint32_t OdbcIniText::FindLive(std::string_view in_section) const {
     if (!m_isReadable) return NONE;
+    // Most searches are for the section of the last one. What is put in before it moves it on, so
+    // a section of the same name that comes later is not taken for it.
+    if (m_live < m_blocks.size() && IsLive(m_live) &&
+        IsNamed(m_blocks[m_live], in_section, HashName(in_section))) {
+        return m_live;
+    }
     std::uint32_t block = FindFirst(in_section);
     while (block != NONE && !IsLive(block)) block = FindNext(block, in_section);
+    if (block != NONE) m_live = block;
     return block;
 }
 
@@ -355,7 +359,7 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     if (block == NONE) return std::nullopt;
     Body* const body = BodyOf(block);
     if (body == nullptr) return FindValue(RangeOf(block), in_key, in_rules);
-    const Line* const line = body->Find(in_key, true);
+    const Line* const line = body->Find(FoldCase(in_key), true);
     return line == nullptr
                ? std::nullopt
                : std::optional<std::string>(ValueOf(Seen(line->m_text, m_rules), in_rules));
@@ -406,6 +410,7 @@ OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
     if (Body* const body = BodyOf(in_block)) return *body;
     auto body = std::make_unique<Body>();
     const auto [begin, end] = RangeOf(in_block);
+    body->m_lines.reserve(16);
     for (std::size_t at = begin; at < end;) {
         const std::size_t next = PieceEnd(at);
         const bool isOwn = at == 0 || m_text[at - 1] == '\n';
@@ -461,16 +466,23 @@ void OdbcIniText::RemoveSection(std::string_view in_section) {
 }
 
 void OdbcIniText::AddSection(std::string_view in_section) {
-    if (!m_isReadable || FindLive(in_section) != NONE) return;
+    if (m_isReadable) AddLive(in_section);
+}
+
+/// The section that counts, added when there is none.
+std::uint32_t OdbcIniText::AddLive(std::string_view in_section) {
+    std::uint32_t block = FindLive(in_section);
+    if (block != NONE) return block;
     m_isChanged = true;
-    const std::uint32_t old = FindFirst(in_section);
-    Body& body = old == NONE ? AddBlock(in_section) : *BodyOf(old);
-    body.m_lines.front() = {"[" + std::string(in_section) + "]" + m_lineEnd,
-                            std::string(in_section)};
+    block = FindFirst(in_section);
+    if (block == NONE) block = AddBlock(in_section);
+    BodyOf(block)->m_lines.front() = {"[" + std::string(in_section) + "]" + m_lineEnd,
+                                      std::string(in_section)};
+    return block;
 }
 
 /// A section at the end: with a blank line after it where the text ends with one, else before it.
-OdbcIniText::Body& OdbcIniText::AddBlock(std::string_view in_section) {
+std::uint32_t OdbcIniText::AddBlock(std::string_view in_section) {
     auto body = std::make_unique<Body>();
     body->m_isNew = true;
     body->m_isSpaced = !EndsWithBlankLine();
@@ -485,7 +497,7 @@ OdbcIniText::Body& OdbcIniText::AddBlock(std::string_view in_section) {
     } else if (!m_slots.empty()) {
         FillSlots();
     }
-    return *m_bodies.back();
+    return static_cast<std::uint32_t>(m_blocks.size() - 1);
 }
 
 bool OdbcIniText::EndsWithBlankLine() const {
@@ -502,15 +514,14 @@ bool OdbcIniText::EndsWithBlankLine() const {
 
 void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
                       std::string_view in_value) {
-    AddSection(in_section);
-    const std::uint32_t block = FindLive(in_section);
-    if (block == NONE) return;
-    Body& body = Edit(block);
-    std::string text(in_key);
-    text.append("=").append(in_value).append(m_lineEnd);
+    if (!m_isReadable) return;
+    Body& body = Edit(AddLive(in_section));
+    std::string text;
+    text.reserve(in_key.size() + 1 + in_value.size() + m_lineEnd.size());
+    text.append(in_key).append("=").append(in_value).append(m_lineEnd);
     Line line{std::move(text), FoldCase(in_key), true, true};
-    Line* old = body.Find(in_key, true);
-    if (old == nullptr) old = body.Find(in_key, false);
+    Line* old = body.Find(line.m_key, true);
+    if (old == nullptr) old = body.Find(line.m_key, false);
     if (old == nullptr) {
         body.Insert(std::move(line));
     } else {
@@ -522,7 +533,7 @@ void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
 void OdbcIniText::RemoveKey(std::string_view in_section, std::string_view in_key) {
     if (!Get(in_section, in_key)) return;
     Body& body = Edit(FindLive(in_section));
-    while (Line* const line = body.Find(in_key, true)) {
+    while (Line* const line = body.Find(FoldCase(in_key), true)) {
         body.Remove(static_cast<std::size_t>(line - body.m_lines.data()));
     }
 }
@@ -537,6 +548,7 @@ void OdbcIniText::Finish() {
     m_slots.clear();
     m_searches.clear();
     m_isIndexed = false;
+    m_live = 0;
 }
 
 /// Makes the text anew from the line before the first edited section on, as far as the last

@@ -136,7 +136,8 @@ private:
     Line MakeLine(std::string_view in_piece, bool in_isOwn) const;
     void RemoveBlock(Body& io_body) const;
     void AppendComment(std::string_view in_line, std::string& io_text) const;
-    Body& AddBlock(std::string_view in_section);
+    std::uint32_t AddLive(std::string_view in_section);
+    std::uint32_t AddBlock(std::string_view in_section);
     bool EndsWithBlankLine() const;
     void Render();
     void Render(const Body& in_body, std::size_t& io_gaps, std::string& io_text) const;
@@ -152,6 +153,7 @@ private:
     mutable std::vector<Block> m_blocks;
     mutable std::vector<Search> m_searches;
     mutable bool m_isIndexed = false;  ///< there are no runs
+    mutable std::uint32_t m_live = 0;  ///< what the last search has found, or the first
     /// After some searches: a hash table of the first sections of each name, and the next ones.
     mutable std::vector<std::uint32_t> m_slots;
     mutable std::vector<std::uint32_t> m_nextOfName;

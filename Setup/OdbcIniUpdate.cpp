@@ -12,7 +12,9 @@ void TraceFileFailure(const FileFailure& in_failure) {
 
 OdbcIniUpdate::OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
                              OdbcIniText::Rules in_rules)
-    : m_file(in_path), m_newFileMode(in_newFileMode), m_rules(in_rules), m_isOpen(Open()) {}
+    : m_file(in_path), m_newFileMode(in_newFileMode), m_rules(in_rules), m_isOpen(Open()) {
+    m_edits.reserve(16);
+}
 
 bool OdbcIniUpdate::Open() {
     if (m_file.GetPath().empty()) {

@@ -29,6 +29,9 @@ constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 
 /// UTF-8, or nothing for text that UTF-8 cannot express.
 std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
+    std::string utf8 = in_text.GetAsUtf8();
+    // What cannot be expressed has become U+FFFD, which may be in the text itself, too.
+    if (utf8.find("\uFFFD") == std::string::npos) return utf8;
     const std::u16string_view units = in_text.GetView();
     for (std::size_t i = 0; i < units.size(); ++i) {
         if (!U16_IS_SURROGATE(units[i])) continue;
@@ -37,7 +40,7 @@ std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
         if (!isPair) return std::nullopt;
         ++i;
     }
-    return in_text.GetAsUtf8();
+    return utf8;
 }
 
 orska_wstring EmptyText() { return orska_wstring(std::string()); }

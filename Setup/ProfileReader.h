@@ -41,7 +41,11 @@ private:
 
 class ProfileReader {
 public:
-    explicit ProfileReader(ConfigMode in_mode) : m_mode(in_mode) {}
+    /// Finds the files that the mode reads.
+    explicit ProfileReader(ConfigMode in_mode)
+        : m_mode(in_mode),
+          m_user(in_mode == ConfigMode::SYSTEM ? std::string() : GetUserIniPath()),
+          m_system(in_mode == ConfigMode::USER ? std::string() : GetSystemIniPath()) {}
 
     /// The file that the mode writes to.
     const std::string& GetWrittenPath() const noexcept;
@@ -56,8 +60,8 @@ public:
 
 private:
     ConfigMode m_mode;
-    OdbcIniSnapshot m_user{GetUserIniPath()};
-    OdbcIniSnapshot m_system{GetSystemIniPath()};
+    OdbcIniSnapshot m_user;
+    OdbcIniSnapshot m_system;
 };
 
 /// The value of a key in one file.

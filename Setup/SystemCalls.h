@@ -50,8 +50,8 @@ bool IsMounted(int in_handle);
 std::string RealPath(const char* in_path);
 /// readlink; an empty string on failure, as for everything that is no link.
 std::string ReadLink(const char* in_path);
-/// The names in a directory that begin so; those that could be read when one fails. Moves the
-/// position of the handle.
+/// The names in a directory that begin so; those that could be read when one fails. Once for each
+/// handle, whose position moves.
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix);
 
 /// Who else has a file open for writing.
@@ -60,8 +60,8 @@ enum class Writers {
     SOME,
     UNKNOWN,  ///< the file is somebody else's, or its file system cannot tell
 };
-/// Asks with a read lease, which is given back at once (fcntl). The handle must be one for reading
-/// only.
+/// Asks with a read lease, which is given back at once (fcntl). A handle that is not for reading
+/// only gives UNKNOWN.
 Writers FindWriters(int in_handle);
 /// The same for a handle about which this thread has asked before, and got NONE.
 Writers FindWritersAgain(int in_handle);

@@ -196,8 +196,7 @@ std::string ReadLink(const char* in_path) {
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix) {
     std::vector<std::string> names;
     alignas(dirent64) char entries[8192];
-    ssize_t size = ::lseek(in_directory, 0, SEEK_SET) == 0 ? 1 : -1;
-    while (size > 0) {
+    for (ssize_t size = 1; size > 0;) {
         size = ::getdents64(in_directory, entries, sizeof entries);
         for (ssize_t at = 0; at < size;) {
             const auto& entry = *reinterpret_cast<const dirent64*>(entries + at);
@@ -213,8 +212,7 @@ Writers FindWriters(int in_handle) {
     // Who opens the file for writing just then waits until the lease is given back, and the system
     // tells us so with a signal: to this thread alone, one that does nothing by default.
     const f_owner_ex owner{F_OWNER_TID, ::gettid()};
-    if ((::fcntl(in_handle, F_GETFL) & O_ACCMODE) != O_RDONLY ||
-        ::fcntl(in_handle, F_SETOWN_EX, &owner) != 0 || ::fcntl(in_handle, F_SETSIG, SIGURG) != 0) {
+    if (::fcntl(in_handle, F_SETOWN_EX, &owner) != 0 || ::fcntl(in_handle, F_SETSIG, SIGURG) != 0) {
         return Writers::UNKNOWN;
     }
     return FindWritersAgain(in_handle);
@@ -222,7 +220,9 @@ Writers FindWriters(int in_handle) {
 
 Writers FindWritersAgain(int in_handle) {
     if (::fcntl(in_handle, F_SETLEASE, F_RDLCK) != 0) {
-        return errno == EAGAIN ? Writers::SOME : Writers::UNKNOWN;
+        if (errno != EAGAIN) return Writers::UNKNOWN;
+        const bool isToRead = (::fcntl(in_handle, F_GETFL) & O_ACCMODE) == O_RDONLY;
+        return isToRead ? Writers::SOME : Writers::UNKNOWN;  // else it is one of them itself
     }
     ::fcntl(in_handle, F_SETLEASE, F_UNLCK);
     return Writers::NONE;

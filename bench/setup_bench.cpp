@@ -41,6 +41,7 @@ std::string FillFile(long in_count) {
                 "Database=sales\n\n";
     }
     IniScratch::Write(Scratch().UserFile(), text);
+    ::chmod(Scratch().UserFile().c_str(), 0600);  // as every save of a new file makes it
     SQLSetConfigMode(ODBC_USER_DSN);
     return Name(in_count / 2);
 }
