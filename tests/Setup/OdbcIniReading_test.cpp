@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "Setup/OdbcIniText.h"
 #include "Setup/OdbcInstaller.h"
 #include "tests/support/IniScratch.h"
 #include "tests/support/NewProcess.h"
@@ -149,48 +148,6 @@ TEST(OdbcIniReading, ReadsWhatTheDriverManagerReads) {
     for (unsigned seed = 0; seed < count; ++seed) {
         ASSERT_EQ(InNewProcess([=] { return Compare(seed); }), "") << seed;
     }
-}
-
-std::string ReadAllBut(const OdbcIniText& in_text, const std::string& in_section) {
-    std::string values;
-    for (const std::string& section : SECTIONS) {
-        if (section == in_section) continue;
-        for (const std::string& key : KEYS) {
-            values.append(section).append(".").append(key).append("=");
-            values.append(in_text.Get(section, key).value_or("\n")).append(";");
-        }
-    }
-    return values;
-}
-
-TEST(OdbcIniReading, EditsChangeNoOtherSection) {
-    unsigned edited = 0;
-    for (unsigned seed = 0; seed < 5000; ++seed) {
-        SCOPED_TRACE(seed);
-        OdbcIniText text(Generator(seed).File());
-        if (!text.IsReadable()) continue;
-        ++edited;
-        const std::string& section = SECTIONS[seed % 3];
-        const std::string others = ReadAllBut(text, section);
-        text.RemoveSection(section);
-        text.AddSection(section);
-        text.Set(section, "Driver", "V");
-        text.Set(section, "k", "[x] # y");
-        text.Finish();
-        OdbcIniText again(text.GetBytes());
-        ASSERT_TRUE(again.IsReadable());
-        ASSERT_EQ(again.Get(section, "Driver"), "V");
-        ASSERT_EQ(again.Get(section, "k"), "[x] # y");
-        ASSERT_EQ(again.Get(section, "x y"), std::nullopt);
-        ASSERT_EQ(ReadAllBut(again, section), others);
-        again.RemoveSection(section);
-        again.Finish();
-        const OdbcIniText removed(again.GetBytes());
-        ASSERT_TRUE(removed.IsReadable());
-        ASSERT_FALSE(removed.HasSection(section));
-        ASSERT_EQ(ReadAllBut(removed, section), others);
-    }
-    EXPECT_GT(edited, 2500u);
 }
 
 }  // namespace

@@ -148,20 +148,6 @@ TEST(OdbcIniText, MakesManyEditsAtOnce) {
               after + Numbered("[N%]\nk=v\n", 0, 1) + "\n" + Numbered("[N%]\nk=v\n\n", 1, COUNT));
 }
 
-TEST(OdbcIniText, ReadsItsOwnEditsBack) {
-    OdbcIniText text("[A]\nk=1\n[Sales]\nServer=old\n[B]\nk=2\n");
-    Save(text);
-    EXPECT_EQ(text.Get("sales", "SERVER"), "new");
-    EXPECT_EQ(text.Get("A", "k"), "1");
-    EXPECT_EQ(text.Get("B", "k"), "2");
-    text.RemoveSection("A");
-    EXPECT_EQ(text.Get("A", "k"), std::nullopt);
-    EXPECT_EQ(text.Get("B", "k"), "2");
-    text.RemoveKey("Sales", "server");
-    EXPECT_EQ(text.Get("Sales", "Server"), std::nullopt);
-    EXPECT_EQ(text.Get("Sales", "Database"), "d");
-}
-
 TEST(OdbcIniText, RefusesWhatTheDriverManagerRefuses) {
     for (const char* bytes : {"x", "k=v\n[A]\n", "# c\n [A]\n", "\xFF\xFE[\0"}) {
         SCOPED_TRACE(bytes);
