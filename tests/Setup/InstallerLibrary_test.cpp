@@ -37,20 +37,28 @@ int ReadAsTheDriverManager(const char*, const char*, const char*, char*, int, co
     return 0;
 }
 
-TEST(ConfigModeProbe, SeesWhichFilesAreRead) {
-    const IniScratch scratch;
-    InstallerLibrary library;
-    library.m_readWithoutLock = &ReadAsTheDriverManager;
+class ConfigModeProbe : public testing::Test {
+protected:
+    static ConfigMode ProbeIn(ConfigMode in_mode) {
+        InstallerLibrary library;
+        library.m_readWithoutLock = &ReadAsTheDriverManager;
+        s_mode = in_mode;
+        return ProbeConfigMode(library);
+    }
+
+    const IniScratch m_scratch;
+};
+
+TEST_F(ConfigModeProbe, SeesWhichFilesAreRead) {
     const mode_t umask = ::umask(022);
+    IniScratch::Write(m_scratch.SystemFile(), "");
     for (const bool hasFiles : {false, true}) {
         for (const ConfigMode mode : {ConfigMode::USER, ConfigMode::SYSTEM, ConfigMode::BOTH}) {
-            std::filesystem::remove(scratch.UserFile());
-            if (hasFiles) IniScratch::Write(scratch.UserFile(), "[A]\n");
-            IniScratch::Write(scratch.SystemFile(), "");
-            s_mode = mode;
-            EXPECT_EQ(ProbeConfigMode(library), mode) << static_cast<int>(mode) << hasFiles;
+            std::filesystem::remove(m_scratch.UserFile());
+            if (hasFiles) IniScratch::Write(m_scratch.UserFile(), "[A]\n");
+            EXPECT_EQ(ProbeIn(mode), mode) << static_cast<int>(mode) << hasFiles;
             struct stat now {};
-            if (!hasFiles && ::stat(scratch.UserFile().c_str(), &now) == 0) {
+            if (!hasFiles && ::stat(m_scratch.UserFile().c_str(), &now) == 0) {
                 EXPECT_EQ(now.st_mode & 0777, 0600u) << "made by the reader in passing";
             }
         }
@@ -58,20 +66,14 @@ TEST(ConfigModeProbe, SeesWhichFilesAreRead) {
     ::umask(umask);
 }
 
-TEST(ConfigModeProbe, FollowsLinksToTheFile) {
-    const IniScratch scratch;
-    IniScratch::Write(scratch.SystemFile(), "");
-    std::filesystem::create_directory(scratch.Folder() / "target");
-    IniScratch::Write(scratch.Folder() / "target" / "real.ini", "");
-    std::filesystem::create_symlink("target/real.ini", scratch.UserFile());
-    InstallerLibrary library;
-    library.m_readWithoutLock = &ReadAsTheDriverManager;
-    s_mode = ConfigMode::USER;
-    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::USER);
+TEST_F(ConfigModeProbe, FollowsLinksToTheFile) {
+    std::filesystem::create_directory(m_scratch.Folder() / "target");
+    IniScratch::Write(m_scratch.Folder() / "target" / "real.ini", "");
+    std::filesystem::create_symlink("target/real.ini", m_scratch.UserFile());
+    EXPECT_EQ(ProbeIn(ConfigMode::USER), ConfigMode::USER);
 }
 
-TEST(ConfigModeProbe, SaysWhenItCannotTell) {
-    const IniScratch scratch;
+TEST_F(ConfigModeProbe, SaysWhenItCannotTell) {
     InstallerLibrary library;
     library.m_readWithoutLock = [](const char*, const char*, const char*, char*, int, const char*) {
         return 0;
@@ -79,18 +81,13 @@ TEST(ConfigModeProbe, SaysWhenItCannotTell) {
     EXPECT_EQ(ProbeConfigMode(library), ConfigMode::UNKNOWN);
 }
 
-TEST(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
-    const IniScratch scratch;
-    InstallerLibrary library;
-    library.m_readWithoutLock = &ReadAsTheDriverManager;
+TEST_F(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
     // Not even the superuser can open a file in a folder that does not exist.
-    ::setenv("ODBCINI", (scratch.Folder() / "none" / "odbc.ini").c_str(), 1);
-    s_mode = ConfigMode::USER;
-    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::USER);
-    ::setenv("ODBCINI", scratch.UserFile().c_str(), 1);
-    std::filesystem::remove_all(scratch.SystemFile().parent_path());
-    s_mode = ConfigMode::SYSTEM;
-    EXPECT_EQ(ProbeConfigMode(library), ConfigMode::SYSTEM);
+    ::setenv("ODBCINI", (m_scratch.Folder() / "none" / "odbc.ini").c_str(), 1);
+    EXPECT_EQ(ProbeIn(ConfigMode::USER), ConfigMode::USER);
+    ::setenv("ODBCINI", m_scratch.UserFile().c_str(), 1);
+    std::filesystem::remove_all(m_scratch.SystemFile().parent_path());
+    EXPECT_EQ(ProbeIn(ConfigMode::SYSTEM), ConfigMode::SYSTEM);
 }
 
 /// In the mode that it starts with. Its reader takes the user's file when that has the value.

@@ -13,11 +13,11 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <random>
 #include <string>
@@ -29,6 +29,7 @@
 #include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/IniScratch.h"
 #include "tests/support/NewProcess.h"
+#include "tests/support/TestSystem.h"
 #include "tests/support/WithoutFileCapabilities.h"
 
 namespace Veltrane::ODBC {
@@ -477,33 +478,20 @@ TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
     constexpr int ADDS = 16;
     for (const File& file : MakeFiles(m_scratch)) {
         SQLSetConfigMode(file.m_mode);
-        std::vector<pid_t> children;
-        for (int process = 0; process < PROCESSES; ++process) {
-            const pid_t child = ::fork();
-            if (child != 0) {
-                children.push_back(child);
-                continue;
-            }
-            bool isDone = true;
-            std::mutex mutex;
+        const auto addAll = [](int in_process) {
+            std::atomic<int> saved = 0;
             const auto add = [&](int in_first) {
                 for (int i = in_first; i < ADDS; i += 2) {
-                    const std::string name = std::to_string(process) + "-" + std::to_string(i);
-                    const bool isSaved = Save(name, "server of " + name);
-                    const std::lock_guard lock(mutex);
-                    isDone = isSaved && isDone;
+                    const std::string name = std::to_string(in_process) + "-" + std::to_string(i);
+                    saved += Save(name, "server of " + name) ? 1 : 0;
                 }
             };
             std::thread other(add, 1);
             add(0);
             other.join();
-            ::_exit(isDone ? 0 : 1);
-        }
-        for (const pid_t child : children) {
-            int status = -1;
-            ::waitpid(child, &status, 0);
-            EXPECT_EQ(status, 0);
-        }
+            if (saved != ADDS) ::_exit(1);
+        };
+        EXPECT_EQ(Orska::Test::RunInProcesses(PROCESSES, addAll), PROCESSES);
         for (int i = 0; i < PROCESSES * ADDS; ++i) {
             const std::string name = std::to_string(i / ADDS) + "-" + std::to_string(i % ADDS);
             EXPECT_EQ(Get(name, "Server"), "server of " + name);
