@@ -104,15 +104,12 @@ int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>&
     return result;
 }
 
-constexpr DialogString (VeltraneDSNDialog::*GETTERS[])() const = {
-    &VeltraneDSNDialog::GetDSN,
-    &VeltraneDSNDialog::GetServer,
-    &VeltraneDSNDialog::GetDatabase,
-    &VeltraneDSNDialog::GetUid,
-    &VeltraneDSNDialog::GetPwd,
-    &VeltraneDSNDialog::GetCognosNamespace,
-    &VeltraneDSNDialog::GetMicroStrategyLoginMode};
-constexpr int ROWS = static_cast<int>(std::size(GETTERS));
+constexpr int ROWS = static_cast<int>(DIALOG_FIELDS.size());
+/// The field of a row of the form.
+const DialogField& FieldOf(int in_row) {
+    return DIALOG_FIELDS[DISPLAY_ORDER[static_cast<std::size_t>(in_row)]];
+}
+
 constexpr int NAME = ID_INPUT;
 constexpr int SERVER = ID_INPUT + 1;
 constexpr int DATABASE = ID_INPUT + 2;
@@ -127,13 +124,7 @@ const std::u16string OLD[] = {u"sales", u"bi.example.com", u"売上 Größe", u"
 
 VeltraneDSNDialog MakeEditor() {
     VeltraneDSNDialog editor;
-    editor.SetDSN(OLD[0]);
-    editor.SetServer(OLD[1]);
-    editor.SetDatabase(OLD[2]);
-    editor.SetUid(OLD[3]);
-    editor.SetPwd(OLD[4]);
-    editor.SetCognosNamespace(OLD[5]);
-    editor.SetMicroStrategyLoginMode(OLD[6]);
+    for (int i = 0; i < ROWS; ++i) editor.Set(FieldOf(i), OLD[i]);
     return editor;
 }
 
@@ -181,7 +172,7 @@ TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
     });
     EXPECT_EQ(result, VeltraneDSNDialog::RESULT_OK);
     for (int i = 0; i < ROWS; ++i) {
-        EXPECT_EQ(AsWide((editor.*GETTERS[i])()->c_str()), entered[i]) << i;
+        EXPECT_EQ(AsWide(editor.Get(FieldOf(i))->c_str()), entered[i]) << i;
     }
 }
 
