@@ -63,33 +63,18 @@ void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
 }
 
 std::u16string MakeRandomText(Random& io_random, std::size_t in_codePoints) {
+    struct Range {
+        std::uint32_t m_first, m_count;
+        bool m_isLead = false;
+    };
+    constexpr Range RANGES[] = {{0x20, 0x5F},   {0x20, 0x5F},          {0xA0, 0x300},
+                                {0x300, 0x70},  {0x4E00, 0x5000},      {0x4E00, 0x5000},
+                                {0x3041, 0x50}, {0xD800, 0x400, true}, {0xD800, 0x800}};
     std::u16string text;
     for (std::size_t i = 0; i < in_codePoints; ++i) {
-        switch (io_random.Below(9)) {
-            case 0:
-            case 1:
-                text += static_cast<char16_t>(0x20 + io_random.Below(0x5F));
-                break;
-            case 2:
-                text += static_cast<char16_t>(0xA0 + io_random.Below(0x300));
-                break;
-            case 3:
-                text += static_cast<char16_t>(0x300 + io_random.Below(0x70));
-                break;
-            case 4:
-            case 5:
-                text += static_cast<char16_t>(0x4E00 + io_random.Below(0x5000));
-                break;
-            case 6:
-                text += static_cast<char16_t>(0x3041 + io_random.Below(0x50));
-                break;
-            case 7:
-                text += static_cast<char16_t>(0xD800 + io_random.Below(0x400));
-                text += static_cast<char16_t>(0xDC00 + io_random.Below(0x400));
-                break;
-            default:
-                text += static_cast<char16_t>(0xD800 + io_random.Below(0x800));
-        }
+        const Range& range = RANGES[io_random.Below(std::size(RANGES))];
+        text += static_cast<char16_t>(range.m_first + io_random.Below(range.m_count));
+        if (range.m_isLead) text += static_cast<char16_t>(0xDC00 + io_random.Below(0x400));
     }
     return text;
 }

@@ -47,20 +47,6 @@ std::u16string MakeRandomText(Random& io_random, std::size_t in_codePoints);
 /// four bytes, and those with shift states.
 extern const std::vector<int> CUT_ENCODINGS;
 
-/// How often each of several threads converts: for seconds where the thread sanitizer looks on.
-#if defined(__SANITIZE_THREAD__)
-#define ORSKA_THREADS_ARE_WATCHED
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define ORSKA_THREADS_ARE_WATCHED
-#endif
-#endif
-#ifdef ORSKA_THREADS_ARE_WATCHED
-constexpr int THREAD_ROUNDS = 40000;
-#else
-constexpr int THREAD_ROUNDS = 4000;
-#endif
-
 }  // namespace Orska::Support::Testing
 
 #endif
