@@ -2,6 +2,7 @@
 #ifndef TESTS_SUPPORT_GUARDEDBUFFER_H
 #define TESTS_SUPPORT_GUARDEDBUFFER_H
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -20,11 +21,16 @@ public:
     /// After the last usable byte, where the next forbidden page begins.
     char* GetEnd() const { return m_start + m_capacity; }
     /// Copies bytes so that they end with the buffer and gives their start.
-    char* PutAtEnd(std::string_view in_bytes);
+    char* PutAtEnd(std::string_view in_bytes) { return Put(GetEnd() - in_bytes.size(), in_bytes); }
     /// Copies bytes so that they begin with the buffer and gives their start.
-    char* PutAtStart(std::string_view in_bytes);
+    char* PutAtStart(std::string_view in_bytes) { return Put(m_start, in_bytes); }
 
 private:
+    static char* Put(char* out_start, std::string_view in_bytes) {
+        std::copy(in_bytes.begin(), in_bytes.end(), out_start);
+        return out_start;
+    }
+
     char* m_mapping;
     std::size_t m_mappedSize;
     char* m_start;
