@@ -96,7 +96,8 @@ TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
     const IniScratch scratch;
     ::setenv("SYSODBCINI", scratch.SystemFile().c_str(), 1);
     IniScratch::Write(scratch.UserFile(), "[a]\nboth=user\nempty=\nuser=1\n");
-    IniScratch::Write(scratch.SystemFile(), "[a]\nboth=system\nempty=full\nsystem=2\n[b]\nk=v\n");
+    IniScratch::Write(scratch.SystemFile(),
+                      "[a]\nboth=system\nempty=full\nsystem=2\n[b]\nk=v\t;c\n");
     void* const iodbc = ::dlopen("libiodbcinst.so.2", RTLD_NOW | RTLD_LOCAL);
     if (iodbc == nullptr) GTEST_SKIP() << "iODBC is not installed";
     const auto read = reinterpret_cast<decltype(&ReadAsTheDriverManager)>(

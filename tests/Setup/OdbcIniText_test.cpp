@@ -61,8 +61,15 @@ const EditCase EDIT_CASES[] = {
          std::string(998, 'd') + "\n[B]\n",
      "[A]\n#" + std::string(995, 'c') + "\n# ü" + std::string(995, 'c') + "\n# cccc\n#" +
          std::string(998, 'd') + "\n[B]\n"},
-    {"the first header begins in the first column", Remove, "[Sales]\nk=v\n# c\n \t[B]\n",
-     "# c\n[B]\n"},
+    {"the first header begins in the first column", Remove, "[Sales]\nk=v\n# c\n \t[B]\nk=v\n",
+     "# c\n[B]\nk=v\n"},
+    {"the second of two removed ones returns to its place",
+     [](OdbcIniText& io_text) {
+         io_text.RemoveSection("A");
+         Remove(io_text);
+         io_text.Set("Sales", "k", "w");
+     },
+     "[A]\nk=v\n# a\n[B]\n[Sales]\nk=v\n# s\n[C]\n", "# a\n[B]\n[Sales]\nk=w\n# s\n[C]\n"},
     {"nothing else is touched, NUL and high bytes neither", Save,
      std::string("[A]\n\0\x80\xFF=1\r\n\v\n[Sales]\n[B]\nx", 26),
      std::string("[A]\n\0\x80\xFF=1\r\n\v\n", 13) +

@@ -297,6 +297,17 @@ TEST_F(OdbcInstallerTest, FollowsSymbolicLinks) {
     EXPECT_EQ(Get("Sales", "Server"), "s");
 }
 
+TEST_F(OdbcInstallerTest, WritesAFileInTheRoot) {
+    const std::string written = InNewProcess([&]() -> std::string {
+        ::setenv("ODBCINI", "/new.ini", 1);
+        ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // without /proc the mode cannot be found out
+        if (::chroot(m_scratch.Folder().c_str()) != 0) return "not allowed";
+        return Save("Sales", "1") && Save("Sales", "2") ? IniScratch::Read("/new.ini") : "refused";
+    });
+    if (written == "not allowed") GTEST_SKIP() << "chroot is not allowed here";
+    EXPECT_EQ(written, "[Sales]\nDriver=Veltrane\nServer=2\nDatabase=db\n\n");
+}
+
 /// What keeps a data source from being written.
 struct Obstacle {
     const char* m_name;

@@ -148,7 +148,7 @@ TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWro
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_failing);
         s_installer = {};
-        s_installer.m_profile["x"] = {{"Driver", "drv"}, {"Extra", "1"}};
+        s_installer.m_profile["x"] = {{"Driver", "d"}, {"Extra", "1"}};
         VeltraneDSNConfiguration record = FullRecord();
         s_installer.m_fails = [&](const std::string& in_call) {
             return in_call.rfind(c.m_failing, 0) == 0;

@@ -176,8 +176,12 @@ TEST(TextFileFailures, TheDestructorUnlocksOnlyWhatIsLocked) {
         EXPECT_TRUE(FakeFile::Get().m_isLocked);
     }
     EXPECT_FALSE(FakeFile::Get().m_isLocked);
-    FakeFile::Get().m_isLocked = true;  // somebody else's
-    { TextFile file(L"x", TextFile::MODE_READ); }
+    {
+        TextFile file(L"x", TextFile::MODE_READ);
+        file.Lock();
+        ASSERT_TRUE(file.Reopen(TextFile::MODE_READ));
+        FakeFile::Get().m_isLocked = true;  // somebody else's
+    }
     EXPECT_TRUE(FakeFile::Get().m_isLocked);
 }
 
