@@ -10,12 +10,17 @@ endif()
 option(ORSKA_PRECOMPILE_TEST_HEADERS "Precompile the headers that all tests use"
        ${precompile_default})
 
-# What every test is compiled with; the same for all, so that they can share a precompiled header.
 # Optimising a test takes longer than running it; what it tests keeps its own flags. A sanitizer's
 # code is slow without, and on Windows gcc's warnings that need the optimiser see the tests too.
+function(orska_optimise_little target)
+  set(is_optimised $<OR:$<BOOL:${WIN32}>,$<BOOL:${ORSKA_SANITIZED}>>)
+  target_compile_options(${target} PRIVATE $<IF:${is_optimised},-O1,-O0>)
+endfunction()
+
+# What every test is compiled with; the same for all, so that they can share a precompiled header.
 function(orska_test_options target)
   orska_warnings(${target})
-  target_compile_options(${target} PRIVATE $<IF:$<OR:$<BOOL:${WIN32}>,$<BOOL:${ORSKA_SANITIZED}>>,-O1,-O0>)
+  orska_optimise_little(${target})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # gcc 12 sees a mismatch in tests that replace both operators, to count or to clear.
     target_compile_options(${target} PRIVATE -Wno-mismatched-new-delete)
