@@ -6,13 +6,12 @@
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
 #include "cli/examine/ConnectionTest.h"
+#include "cli/examine/Finding.h"
 #include "cli/system/Input.h"
 
 namespace Veltrane::Cli {
 
 namespace {
-
-using Outcome = ConnectionOutcome;
 
 std::chrono::seconds GetTimeout(const CommandLine& in_line) {
     constexpr int MAX_SECONDS = 24 * 60 * 60;
@@ -48,54 +47,25 @@ ConnectionRequest MakeRequest(const CommandLine& in_line) {
     return request;
 }
 
-const char* GetName(Outcome in_outcome) {
-    switch (in_outcome) {
-        case Outcome::Connected:
-            return "connected";
-        case Outcome::Refused:
-            return "refused";
-        case Outcome::TimedOut:
-            return "timed out";
-        case Outcome::Crashed:
-            return "crashed";
-        case Outcome::Cancelled:
-            return "cancelled";
-        case Outcome::NotTested:
-            break;
+void Print(const std::string& in_name, const Json& in_result) {
+    std::cout << (in_name == "-" ? "" : in_name + ": ") << in_result["text"].get<std::string>()
+              << "\n";
+    for (const Json& it : in_result["diagnostics"]) {
+        std::cout << it["state"].get<std::string>() << " (" << it["native_code"] << ") "
+                  << it["text"].get<std::string>() << "\n";
     }
-    return "not tested";
+    Findings findings;
+    for (const Json& it : in_result["findings"]) {
+        findings.push_back({Severity::Error, it["id"], it["text"], it["repair"]});
+    }
+    PrintFindings(findings);
 }
 
-Json ToJson(const std::string& in_name, const ConnectionResult& in_result) {
-    Json diagnostics = Json::array();
-    for (const auto& [state, code, text] : in_result.m_diagnostics) {
-        diagnostics.push_back({{"state", state}, {"native_code", code}, {"text", text}});
-    }
-    return {{"name", in_name},
-            {"connected", in_result.m_outcome == Outcome::Connected},
-            {"outcome", GetName(in_result.m_outcome)},
-            {"text", in_result.m_text},
-            {"time_ms", in_result.m_time.count()},
-            {"server", in_result.m_serverName},
-            {"version", in_result.m_serverVersion},
-            {"diagnostics", std::move(diagnostics)},
-            {"findings", ToJson(in_result.m_reasons)}};
-}
-
-void Print(const std::string& in_name, const ConnectionResult& in_result) {
-    std::cout << (in_name == "-" ? "" : in_name + ": ") << in_result.m_text << "\n";
-    for (const auto& [state, code, text] : in_result.m_diagnostics) {
-        std::cout << state << " (" << code << ") " << text << "\n";
-    }
-    PrintFindings(in_result.m_reasons);
-}
-
-ExitCode GetExitCode(const ConnectionResult& in_result) {
-    if (in_result.m_outcome == Outcome::Connected) return EXIT_DONE;
-    if (in_result.m_outcome == Outcome::TimedOut) return EXIT_NO_ANSWER;
-    const bool isMissing = in_result.m_outcome == Outcome::Refused &&
-                           !in_result.m_reasons.empty() &&
-                           in_result.m_reasons.front().m_id == "dsn-missing";
+ExitCode GetExitCode(const Json& in_result) {
+    if (in_result["connected"]) return EXIT_DONE;
+    if (in_result["outcome"] == "timed out") return EXIT_NO_ANSWER;
+    const Json& findings = in_result["findings"];
+    const bool isMissing = !findings.empty() && findings[0]["id"] == "dsn-missing";
     return isMissing ? EXIT_NOT_FOUND : EXIT_FAILED;
 }
 
@@ -106,12 +76,15 @@ ExitCode TestDsn(const CommandLine& in_line) {
         AnswerConnectionTest();
         return EXIT_DONE;
     }
-    const ConnectionResult result = ConnectionTest(MakeRequest(in_line)).Wait();
+    const std::string& name = in_line.m_arguments.front();
+    const Json result = TestConnection(MakeRequest(in_line));
     const ExitCode code = GetExitCode(result);
     if (in_line.Has(OptionId::Json)) {
-        PrintJson(ToJson(in_line.m_arguments.front(), result));
+        Json document{{"name", name}};
+        document.update(result);
+        PrintJson(document);
     } else if (!in_line.Has(OptionId::Quiet) || code != EXIT_DONE) {
-        Print(in_line.m_arguments.front(), result);
+        Print(name, result);
     }
     return code;
 }

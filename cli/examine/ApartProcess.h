@@ -1,6 +1,6 @@
 /// A program of ours in a process of its own, and the two ends of what they say to each other:
 /// lines in UTF-8 without line feeds. Unlike RunApart, it begins anew, so a program with threads
-/// may start it, and it can be cancelled.
+/// may start it.
 #ifndef CLI_APARTPROCESS_H
 #define CLI_APARTPROCESS_H
 
@@ -15,7 +15,7 @@ namespace Veltrane::Cli {
 class ApartProcess {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
-    enum class Event { Line, Ended, TimedOut, Cancelled };
+    enum class Event { Line, Ended, TimedOut };
 
     /// @param in_program  its path; empty: the program of this process
     /// @param in_request  the line that it gets
@@ -27,10 +27,8 @@ public:
     /// Kills the process.
     ~ApartProcess();
 
-    /// Waits for a line, the end of the process, a time or Cancel.
+    /// Waits for a line, the end of the process or a time.
     Event ReadLine(TimePoint in_until, std::string& out_line);
-    /// From any thread; it stays cancelled.
-    void Cancel();
     /// How the process has ended, after `Ended`: "signal 11 (Segmentation fault)". Kills it where
     /// it has only fallen silent.
     std::string DescribeEnd();

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -61,7 +60,6 @@ bool ReceiveMore(int in_socket, std::string& io_received) {
 
 struct ApartProcess::State {
     FileDescriptor m_socket;
-    FileDescriptor m_cancelled;
     pid_t m_process = -1;
     std::string m_received;
     int m_status = 0;
@@ -85,10 +83,7 @@ ApartProcess::ApartProcess(const std::string& in_program,
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) FailToStart(errno);
     m_state->m_socket = AboveStandardStreams(ends[0]);
     FileDescriptor other = AboveStandardStreams(ends[1]);
-    m_state->m_cancelled = AboveStandardStreams(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!m_state->m_socket.IsOpen() || !other.IsOpen() || !m_state->m_cancelled.IsOpen()) {
-        FailToStart(errno);
-    }
+    if (!m_state->m_socket.IsOpen() || !other.IsOpen()) FailToStart(errno);
     std::vector<std::string> arguments{"veltrane-dsn"};
     arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
     // A session of its own keeps the driver off the terminal, and makes one group of all that
@@ -112,23 +107,14 @@ ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_
     while (!TakeLine(m_state->m_received, out_line)) {
         const auto rest = ceil<milliseconds>(in_until - steady_clock::now()).count();
         if (rest <= 0) return Event::TimedOut;
-        pollfd watched[] = {{m_state->m_cancelled.Get(), POLLIN, 0},
-                            {m_state->m_socket.Get(), POLLIN, 0}};
-        const int wait = static_cast<int>(std::min<long long>(rest, 1 << 30));
-        const int count = poll(watched, 2, wait);
-        if (watched[0].revents != 0 && count > 0) return Event::Cancelled;
-        const bool hasMore = count > 0 && watched[1].revents != 0;
+        pollfd watched{m_state->m_socket.Get(), POLLIN, 0};
+        const bool hasMore =
+            poll(&watched, 1, static_cast<int>(std::min<long long>(rest, 1 << 30))) > 0;
         if (hasMore && !ReceiveMore(m_state->m_socket.Get(), m_state->m_received)) {
             return Event::Ended;
         }
     }
     return Event::Line;
-}
-
-void ApartProcess::Cancel() {
-    const std::uint64_t once = 1;
-    // It fails only when it is cancelled already, some 2^64 times.
-    static_cast<void>(!write(m_state->m_cancelled.Get(), &once, sizeof once));
 }
 
 std::string ApartProcess::DescribeEnd() {

@@ -1,7 +1,6 @@
 #include "cli/examine/ApartProcess.h"
 
 #include <array>
-#include <atomic>
 #include <cstdio>
 #include <thread>
 
@@ -122,7 +121,6 @@ struct ApartProcess::State {
     Pipe m_request{true};
     Pipe m_answer{false};
     WindowsHandle m_process;
-    std::atomic<bool> m_isCancelled = false;
     std::string m_received;
 };
 
@@ -146,7 +144,6 @@ ApartProcess::~ApartProcess() { TerminateProcess(m_state->m_process.Get(), 1); }
 ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_line) {
     constexpr DWORD INTERVAL = 10;  // milliseconds
     while (!TakeLine(m_state->m_received, out_line)) {
-        if (m_state->m_isCancelled) return Event::Cancelled;
         if (std::chrono::steady_clock::now() >= in_until) return Event::TimedOut;
         // Asked before the pipe: what it wrote before its end is there then.
         const bool hasEnded =
@@ -162,8 +159,6 @@ ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_
     }
     return Event::Line;
 }
-
-void ApartProcess::Cancel() { m_state->m_isCancelled = true; }
 
 std::string ApartProcess::DescribeEnd() {
     constexpr DWORD PATIENCE = 5000;  // milliseconds

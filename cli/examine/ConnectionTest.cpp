@@ -39,98 +39,76 @@ std::string DescribeTime(milliseconds in_time) {
     return std::to_string(count / 1000) + (tenths == 0 ? "" : "." + std::to_string(tenths)) + " s";
 }
 
-void ReadAnswer(const Json& in_answer, ConnectionResult& out_result) {
-    if (in_answer.contains("reason")) {
-        out_result.m_text = in_answer["reason"];
-        return;
-    }
-    const bool isConnected = in_answer.at("connected");
-    out_result.m_outcome = isConnected ? ConnectionOutcome::Connected : ConnectionOutcome::Refused;
-    out_result.m_time = milliseconds(in_answer.at("time_ms").get<long long>());
-    out_result.m_serverName = in_answer.value("server", "");
-    out_result.m_serverVersion = in_answer.value("version", "");
-    for (const Json& it : in_answer.at("diagnostics")) {
-        out_result.m_diagnostics.push_back({it.at("state"), it.at("native_code"), it.at("text")});
-    }
-    const std::string time = DescribeTime(out_result.m_time);
-    if (!isConnected) {
-        out_result.m_text = "Not connected; it took " + time + ".";
-        return;
-    }
-    const std::string server = out_result.m_serverName + " " + out_result.m_serverVersion;
-    out_result.m_text = "Connected in " + time + (server == " " ? "" : " to " + server) + ".";
+Json MakeResult(const char* in_outcome, const std::string& in_text, milliseconds in_time = {}) {
+    return {{"connected", false},
+            {"outcome", in_outcome},
+            {"text", in_text},
+            {"time_ms", in_time.count()},
+            {"server", ""},
+            {"version", ""},
+            {"diagnostics", Json::array()},
+            {"findings", Json::array()}};
 }
 
 /// What the process says last.
-Findings ReadFindings(ApartProcess& io_process, std::chrono::seconds in_patience) {
-    Findings findings;
+Json ReadFindings(ApartProcess& io_process, std::chrono::seconds in_patience) {
     std::string line;
-    if (io_process.ReadLine(Clock::now() + in_patience, line) != Event::Line) return findings;
-    for (const Json& it : Json::parse(line)) {
-        findings.push_back({Severity::Error, it.at("id"), it.at("text"), it.at("repair")});
+    const Event event = io_process.ReadLine(Clock::now() + in_patience, line);
+    return event == Event::Line ? Json::parse(line) : Json::array();
+}
+
+Json ReadAnswer(const Json& in_answer, ApartProcess& io_process) {
+    if (in_answer.contains("reason")) return MakeResult("not tested", in_answer["reason"]);
+    const milliseconds time(in_answer.at("time_ms").get<long long>());
+    const std::string took = DescribeTime(time);
+    const bool isConnected = in_answer.at("connected");
+    Json result = MakeResult("refused", "Not connected; it took " + took + ".", time);
+    result["diagnostics"] = in_answer.at("diagnostics");
+    if (isConnected) {
+        const std::string name = in_answer.at("server");
+        const std::string version = in_answer.at("version");
+        const bool isKnown = !name.empty() || !version.empty();
+        result.update({{"connected", true},
+                       {"outcome", "connected"},
+                       {"text", "Connected in " + took +
+                                    (isKnown ? " to " + name + " " + version + "." : ".")},
+                       {"server", name},
+                       {"version", version}});
     }
-    return findings;
+    result["findings"] =
+        ReadFindings(io_process, isConnected ? TIME_TO_DISCONNECT : TIME_TO_EXPLAIN);
+    return result;
 }
 
 }  // namespace
 
-struct ConnectionTest::State {
-    explicit State(const ConnectionRequest& in_request)
-        : m_request(in_request), m_process(Start(in_request, false)) {}
-
-    const ConnectionRequest m_request;
-    const Clock::time_point m_begin = Clock::now();
-    ApartProcess m_process;
-
-    ConnectionResult DescribeSilence(Event in_event) {
-        ConnectionResult result;
-        result.m_time = std::chrono::duration_cast<milliseconds>(Clock::now() - m_begin);
-        const std::string time = DescribeTime(m_request.m_timeout);
-        if (in_event == Event::TimedOut) {
-            result.m_outcome = ConnectionOutcome::TimedOut;
-            result.m_text = "No answer within " + time + "; the driver was stopped.";
-        } else if (in_event == Event::Cancelled) {
-            result.m_outcome = ConnectionOutcome::Cancelled;
-            result.m_text = "Cancelled.";
-        } else {
-            result.m_outcome = ConnectionOutcome::Crashed;
-            result.m_text = "The driver has ended its process: " + m_process.DescribeEnd() + ".";
-            // A function that no library defines ends it, where the driver is bound as it is used.
-            ApartProcess explainer = Start(m_request, true);
-            result.m_reasons = ReadFindings(explainer, TIME_TO_EXPLAIN);
-        }
-        return result;
-    }
-
-    ConnectionResult Read(const std::string& in_line) {
-        ConnectionResult result;
-        try {
-            ReadAnswer(Json::parse(in_line), result);
-            if (result.m_outcome == ConnectionOutcome::NotTested) return result;
-            const bool isConnected = result.m_outcome == ConnectionOutcome::Connected;
-            result.m_reasons =
-                ReadFindings(m_process, isConnected ? TIME_TO_DISCONNECT : TIME_TO_EXPLAIN);
-        } catch (const Json::exception& error) {
-            // Another version of the tool, say, which has replaced this one.
-            result.m_outcome = ConnectionOutcome::NotTested;
-            result.m_text = std::string("The test's own process answers nonsense: ") + error.what();
-        }
-        return result;
-    }
-};
-
-ConnectionTest::ConnectionTest(const ConnectionRequest& in_request)
-    : m_state(std::make_unique<State>(in_request)) {}
-
-ConnectionTest::~ConnectionTest() = default;
-
-ConnectionResult ConnectionTest::Wait() {
+Json TestConnection(const ConnectionRequest& in_request) {
+    const Clock::time_point begin = Clock::now();
+    ApartProcess process = Start(in_request, false);
     std::string line;
-    const Event event =
-        m_state->m_process.ReadLine(m_state->m_begin + m_state->m_request.m_timeout, line);
-    return event == Event::Line ? m_state->Read(line) : m_state->DescribeSilence(event);
+    const Event event = process.ReadLine(begin + in_request.m_timeout, line);
+    const auto time = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
+    if (event == Event::TimedOut) {
+        return MakeResult(
+            "timed out",
+            "No answer within " + DescribeTime(in_request.m_timeout) + "; the driver was stopped.",
+            time);
+    }
+    if (event == Event::Ended) {
+        Json result = MakeResult(
+            "crashed", "The driver has ended its process: " + process.DescribeEnd() + ".", time);
+        // A function that no library defines ends it, where the driver is bound as it is used.
+        ApartProcess explainer = Start(in_request, true);
+        result["findings"] = ReadFindings(explainer, TIME_TO_EXPLAIN);
+        return result;
+    }
+    try {
+        return ReadAnswer(Json::parse(line), process);
+    } catch (const Json::exception& error) {
+        // Another version of the tool, say, which has replaced this one.
+        return MakeResult("not tested",
+                          std::string("The test's own process answers nonsense: ") + error.what());
+    }
 }
-
-void ConnectionTest::Cancel() { m_state->m_process.Cancel(); }
 
 }  // namespace Veltrane::Cli

@@ -7,12 +7,10 @@
 #define CLI_CONNECTIONTEST_H
 
 #include <chrono>
-#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <vector>
 
 #include "cli/dsn/Entries.h"
-#include "cli/examine/Finding.h"
 
 namespace Veltrane::Cli {
 
@@ -26,51 +24,14 @@ struct ConnectionRequest {
     std::string m_program;        ///< path of the tool; empty: this program, which is then the tool
 };
 
-struct ConnectionDiagnostic {
-    std::string m_state;  ///< SQLSTATE, five characters
-    long m_nativeCode = 0;
-    std::string m_text;  ///< passwords masked
-};
-
-enum class ConnectionOutcome {
-    Connected,
-    Refused,    ///< the diagnostics, or the findings, say why
-    TimedOut,   ///< the driver was killed
-    Crashed,    ///< the driver has ended its process
-    Cancelled,  ///< by Cancel
-    NotTested   ///< no driver manager can be loaded
-};
-
-struct ConnectionResult {
-    ConnectionOutcome m_outcome = ConnectionOutcome::NotTested;
-    std::chrono::milliseconds m_time{0};  ///< of the call that connects; when killed, until then
-    std::string m_serverName;             ///< SQL_DBMS_NAME
-    std::string m_serverVersion;          ///< SQL_DBMS_VER
-    std::vector<ConnectionDiagnostic> m_diagnostics;  ///< of a success, too: its warnings
-    Findings m_reasons;  ///< why the driver cannot be found or loaded, each with its repair
-    std::string m_text;  ///< one sentence on the outcome, for people
-};
-
-/// One test. Starts with the object; ends with it, too.
-class ConnectionTest {
-public:
-    /// @throws CommandError EXIT_FAILED when the process cannot be started
-    explicit ConnectionTest(const ConnectionRequest& in_request);
-    ConnectionTest(const ConnectionTest&) = delete;
-    ConnectionTest& operator=(const ConnectionTest&) = delete;
-    /// Kills what still runs.
-    ~ConnectionTest();
-
-    /// Blocks until the test is over, at most for its time limit. To be called once, from one
-    /// thread.
-    ConnectionResult Wait();
-    /// Ends the test; Wait then returns at once. From any thread while the object lives.
-    void Cancel();
-
-private:
-    struct State;
-    std::unique_ptr<State> m_state;
-};
+/// Blocks until the test is over, at most for its time limit.
+/// @return what `test --json` prints, without the name: "connected", "outcome" ("connected",
+///         "refused", "timed out", "crashed" or, without a driver manager, "not tested"), "text",
+///         one sentence for people, "time_ms" of the call, "server", "version", "diagnostics" with
+///         passwords masked, of a success its warnings, and "findings": why the driver cannot be
+///         found or loaded, each with its repair
+/// @throws CommandError EXIT_FAILED when the process cannot be started
+nlohmann::ordered_json TestConnection(const ConnectionRequest& in_request);
 
 /// The work of the process that is kept apart: reads the request from standard input, and writes
 /// what became of it to standard output.

@@ -7,9 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/examine/ConnectionTest.h"
-
 namespace Veltrane::Cli {
+
+struct ConnectionDiagnostic {
+    std::string m_state;  ///< SQLSTATE, five characters
+    long m_nativeCode = 0;
+    std::string m_text;
+};
 
 class OdbcCalls {
 public:
