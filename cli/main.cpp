@@ -18,7 +18,7 @@ int Run(const std::vector<std::string>& in_arguments) {
     const CommandLine line = ParseCommandLine(in_arguments);
     const ExitCode code = RunCommand(line);
     std::cout.flush();
-    if (!std::cout) throw CommandError(EXIT_FAILED, "Standard output cannot be written.");
+    if (!std::cout) FailWith("Standard output cannot be written.");
     return code;
 }
 

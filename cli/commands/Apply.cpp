@@ -36,11 +36,11 @@ std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
     const bool isInput = argument == "-";
     const std::string text = ReadText(isInput ? std::string() : argument);
     DescriptionFormat format = GuessFormat(text);
-    if (in_line.Has(OptionId::Format)) {
-        const std::string name = in_line.Get(OptionId::Format);
+    if (in_line.Has("--format")) {
+        const std::string name = in_line.Get("--format");
         format = name == "ini" ? DescriptionFormat::INI : DescriptionFormat::JSON;
         if (name != "ini" && name != "json") {
-            throw CommandError(EXIT_USAGE, "--format is json or ini.");
+            Refuse("--format is json or ini.");
         }
     }
     return ParseDescriptions(text, format, isInput ? "standard input" : argument, out_notes);
@@ -64,7 +64,7 @@ void TakePassword(const DsnDescription& in_description, const CommandLine& in_li
     std::string password;
     // Left in the environment: another DSN may name the same one.
     if (!ReadSecret(name, password)) {
-        throw CommandError(EXIT_FAILED, "pwd_env: the variable " + name + " is not set.");
+        FailWith("pwd_env: the variable " + name + " is not set.");
     }
     io_wish.m_values.Set("PWD", password);
 }
@@ -79,12 +79,11 @@ Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_lin
     Wish result;
     DsnWish& wish = result.m_wish;
     wish.m_name = in_description.m_name;
-    wish.m_driver = in_description.m_driver.empty() ? in_line.Get(OptionId::Driver, DEFAULT_DRIVER)
-                                                    : in_description.m_driver;
+    wish.m_driver = in_description.m_driver.empty() ? GetDriver(in_line) : in_description.m_driver;
     wish.m_values = in_description.m_values;
     wish.m_unset = in_description.m_unset;
     wish.m_isAbsent = in_description.IsAbsent();
-    wish.m_isReplaced = in_line.Has(OptionId::Replace);
+    wish.m_isReplaced = in_line.Has("--replace");
     try {
         if (!wish.m_isAbsent) TakePassword(in_description, in_line, wish);
     } catch (const CommandError& error) {
@@ -113,8 +112,7 @@ void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_drive
 void CheckRefusals(const DsnResults& in_results) {
     for (const DsnResult& result : in_results) {
         if (result.m_failure.empty()) continue;
-        throw CommandError(EXIT_FAILED, result.m_plan.m_name + ": " + result.m_failure +
-                                            " Nothing has been written.");
+        FailWith(result.m_plan.m_name + ": " + result.m_failure + " Nothing has been written.");
     }
 }
 
@@ -142,13 +140,13 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
                 results.push_back(MakeResult(wish.m_wish.m_name, wish.m_failure));
             }
         }
-        if (in_line.Has(OptionId::Prune)) {
-            PlanPruning(wishes, in_line.Get(OptionId::Driver, DEFAULT_DRIVER), in_view, results);
+        if (in_line.Has("--prune")) {
+            PlanPruning(wishes, GetDriver(in_line), in_view, results);
         }
         return results;
     };
     const auto check = [&](const DsnResults& in_results, bool in_isLocked) {
-        if (in_line.Has(OptionId::FailFast)) CheckRefusals(in_results);
+        if (in_line.Has("--fail-fast")) CheckRefusals(in_results);
         s_isWriting = in_isLocked ? 1 : 0;
     };
     std::signal(SIGINT, Interrupt);
@@ -157,10 +155,10 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     for (const std::string& note : in_notes) report.AddNotice(note);
     DsnResults results;
     try {
-        results = ChangeDsns(store, plan, in_line.Has(OptionId::DryRun), check);
+        results = ChangeDsns(store, plan, in_line.Has("--dry-run"), check);
     } catch (const std::exception& error) {
         // Nothing is written. A program that reads the answer finds the reason with each DSN.
-        if (!in_line.Has(OptionId::Json)) throw;
+        if (!in_line.Has("--json")) throw;
         for (const Wish& wish : wishes) {
             results.push_back(MakeResult(wish.m_wish.m_name, error.what()));
         }

@@ -4,6 +4,7 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DsnChanger.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -18,7 +19,7 @@ class Editing {
 public:
     explicit Editing(const CommandLine& in_line)
         : m_line(in_line), m_store(GetScope(in_line)), m_report(in_line, m_store) {
-        m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+        m_driver = GetDriver(in_line);
     }
 
     ExitCode Run() {
@@ -36,20 +37,20 @@ public:
     }
 
 private:
-    bool IsAsking() const { return !m_line.Has(OptionId::Yes); }
+    bool IsAsking() const { return !m_line.Has("--yes"); }
 
     /// Before the user types in vain.
     void CheckAccess() const {
         const std::string reason = m_store.WhyNotWritable();
-        if (!reason.empty() && !m_line.Has(OptionId::DryRun)) {
-            throw CommandError(EXIT_FAILED, reason);
+        if (!reason.empty() && !m_line.Has("--dry-run")) {
+            FailWith(reason);
         }
     }
 
     void Load() {
-        const bool isCopy = m_line.Has(OptionId::Copy);
+        const bool isCopy = m_line.Has("--copy");
         if (m_line.m_arguments.empty()) {
-            if (isCopy) throw CommandError(EXIT_USAGE, "--copy needs the name of a DSN.");
+            if (isCopy) Refuse("--copy needs the name of a DSN.");
             CheckAccess();
             return;
         }
@@ -78,8 +79,8 @@ private:
         const std::string name = ToUtf8(m_dialog.GetDSN());
         const bool isRenamed = !m_name.empty() && name != m_name;
         if (isRenamed && IsSameName(name, m_name)) {
-            throw CommandError(EXIT_FAILED, "For the driver manager \"" + name + "\" and \"" +
-                                                m_name + "\" are the same name.");
+            FailWith("For the driver manager " + Quote(name) + " and " + Quote(m_name) +
+                     " are the same name.");
         }
         const DsnWish wish = MakeWish(name);
         // What is refused is no reason for a question.
@@ -87,7 +88,7 @@ private:
         Change(wish, true);
         m_isOldRemoved =
             isRenamed && (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_REMOVE_OLD, m_name));
-        for (const DsnResult& result : Change(wish, m_line.Has(OptionId::DryRun))) {
+        for (const DsnResult& result : Change(wish, m_line.Has("--dry-run"))) {
             m_report.AddDone(result.m_plan);
         }
         return m_report.Finish();
@@ -98,7 +99,7 @@ private:
             m_store, [&](const ODBC::ProfileView& in_view) { return Plan(in_wish, in_view); },
             in_isDryRun);
         for (const DsnResult& result : results) {
-            if (!result.m_failure.empty()) throw CommandError(EXIT_FAILED, result.m_failure);
+            if (!result.m_failure.empty()) FailWith(result.m_failure);
         }
         return results;
     }
@@ -126,8 +127,7 @@ private:
         const std::optional<Entries> current = ReadDsn(in_view, in_wish.m_name);
         const bool isNew = !IsSameName(in_wish.m_name, m_name);
         if (isNew && current) {
-            throw CommandError(EXIT_EXISTS, "There is a DSN \"" + in_wish.m_name +
-                                                "\" already in " + m_store.GetPath() + ".");
+            throw DsnExists(m_store, in_wish.m_name);
         }
         if (!isNew && !current) throw NoSuchDsn(m_store, m_name);
         DsnResults results{{MakePlan(in_wish, current), {}}};

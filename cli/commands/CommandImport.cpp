@@ -13,14 +13,11 @@ namespace {
 
 /// What has no meaning where nothing is applied.
 void CheckOptions(const CommandLine& in_line) {
-    if (in_line.Has(OptionId::Apply)) return;
-    for (const OptionInfo* const option : GetOptionsOf(CommandId::Import)) {
-        const OptionId id = option->m_id;
-        const bool isForApply = id == OptionId::User || id == OptionId::System ||
-                                id == OptionId::DryRun || id == OptionId::Replace ||
-                                id == OptionId::FailFast || id == OptionId::Json;
-        if (!isForApply || !in_line.Has(id)) continue;
-        throw CommandError(EXIT_USAGE, std::string(GetLongName(*option)) + " needs --apply.");
+    if (in_line.Has("--apply")) return;
+    constexpr OptionName OF_APPLY[] = {"--user",      "--system",  "--replace",
+                                       "--fail-fast", "--dry-run", "--json"};
+    for (const OptionName option : OF_APPLY) {
+        if (in_line.Has(option)) Refuse(std::string(option.Get()) + " needs --apply.");
     }
 }
 
@@ -39,25 +36,25 @@ ExitCode ImportFile(const CommandLine& in_line) {
     const bool isInput = file == "-";
     ImportWish wish;
     wish.m_source = isInput ? "standard input" : file;
-    wish.m_name = in_line.Get(OptionId::Name, isInput ? std::string() : GetNameOfFile(file));
-    wish.m_isNameGiven = in_line.Has(OptionId::Name);
-    wish.m_encoding = in_line.Get(OptionId::Encoding);
-    wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
-    wish.m_driverThere = in_line.Get(OptionId::FromDriver);
-    wish.m_areAllTaken = in_line.Has(OptionId::All);
-    wish.m_areSecretsTaken = in_line.Has(OptionId::ShowSecrets);
+    wish.m_name = in_line.Get("--name", isInput ? std::string() : GetNameOfFile(file));
+    wish.m_isNameGiven = in_line.Has("--name");
+    wish.m_encoding = in_line.Get("--encoding");
+    wish.m_driver = GetDriver(in_line);
+    wish.m_driverThere = in_line.Get("--from-driver");
+    wish.m_areAllTaken = in_line.Has("--all");
+    wish.m_areSecretsTaken = in_line.Has("--show-secrets");
     std::vector<std::string> notes;
     const std::vector<DsnDescription> descriptions =
         ImportDsns(ReadText(isInput ? std::string() : file), wish, notes);
     for (const std::string& note : notes) {
-        if (!in_line.Has(OptionId::Quiet)) PrintError(note);
+        if (!in_line.Has("--quiet")) PrintError(note);
     }
     if (descriptions.empty()) {
-        throw CommandError(EXIT_FAILED, wish.m_source +
-                                            " has no DSN of the driver. --from-driver names the "
-                                            "driver as the file does, --all takes every driver's.");
+        FailWith(wish.m_source +
+                 " has no DSN of the driver. --from-driver names the "
+                 "driver as the file does, --all takes every driver's.");
     }
-    if (in_line.Has(OptionId::Apply)) return ApplyThese(in_line, descriptions, {});
+    if (in_line.Has("--apply")) return ApplyThese(in_line, descriptions, {});
     std::cout << FormatDescriptions(descriptions, DescriptionFormat::JSON);
     return EXIT_DONE;
 }

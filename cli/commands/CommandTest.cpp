@@ -15,13 +15,12 @@ namespace {
 
 std::chrono::seconds GetTimeout(const CommandLine& in_line) {
     constexpr int MAX_SECONDS = 24 * 60 * 60;
-    const std::string text = in_line.Get(OptionId::Timeout, "15");
+    const std::string text = in_line.Get("--timeout", "15");
     int seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     if (!isNumber || seconds < 1 || seconds > MAX_SECONDS) {
-        throw CommandError(EXIT_USAGE, "--timeout is a number of seconds from 1 to " +
-                                           std::to_string(MAX_SECONDS) + ".");
+        Refuse("--timeout is a number of seconds from 1 to " + std::to_string(MAX_SECONDS) + ".");
     }
     return std::chrono::seconds(seconds);
 }
@@ -29,20 +28,19 @@ std::chrono::seconds GetTimeout(const CommandLine& in_line) {
 ConnectionRequest MakeRequest(const CommandLine& in_line) {
     ConnectionRequest request;
     request.m_timeout = GetTimeout(in_line);
-    request.m_driverManager = in_line.Get(OptionId::DriverManager);
+    request.m_driverManager = in_line.Get("--driver-manager");
     const std::string& name = in_line.m_arguments.front();
     if (name != "-") {
         request.m_attributes.Set("DSN", name);
-    } else if (in_line.Has(OptionId::PwdStdin)) {
-        throw CommandError(EXIT_USAGE,
-                           "Standard input cannot give a connection string and a password.");
+    } else if (in_line.Has("--pwd-stdin")) {
+        Refuse("Standard input cannot give a connection string and a password.");
     } else {
         request.m_attributes = ParseConnectionString(ReadText({}));
         if (request.m_attributes.IsEmpty()) {
-            throw CommandError(EXIT_USAGE, "Standard input has no connection string.");
+            Refuse("Standard input has no connection string.");
         }
     }
-    if (in_line.Has(OptionId::Uid)) request.m_attributes.Set("UID", in_line.Get(OptionId::Uid));
+    if (in_line.Has("--uid")) request.m_attributes.Set("UID", in_line.Get("--uid"));
     TakePassword(in_line, request.m_attributes);
     return request;
 }
@@ -72,18 +70,18 @@ ExitCode GetExitCode(const Json& in_result) {
 }  // namespace
 
 ExitCode TestDsn(const CommandLine& in_line) {
-    if (in_line.Has(OptionId::Apart)) {
+    if (in_line.Has("--apart")) {
         AnswerConnectionTest();
         return EXIT_DONE;
     }
     const std::string& name = in_line.m_arguments.front();
     const Json result = TestConnection(MakeRequest(in_line));
     const ExitCode code = GetExitCode(result);
-    if (in_line.Has(OptionId::Json)) {
+    if (in_line.Has("--json")) {
         Json document{{"name", name}};
         document.update(result);
         PrintJson(document);
-    } else if (!in_line.Has(OptionId::Quiet) || code != EXIT_DONE) {
+    } else if (!in_line.Has("--quiet") || code != EXIT_DONE) {
         Print(name, result);
     }
     return code;

@@ -36,8 +36,12 @@ ExitCode ShowPlaces(const CommandLine& in_line);
 ExitCode RunDoctor(const CommandLine& in_line);
 ExitCode TestDsn(const CommandLine& in_line);
 
+/// The driver that the options name.
+std::string GetDriver(const CommandLine& in_line);
 /// The scope that the options name.
 Scope GetScope(const CommandLine& in_line);
+/// The failure that a DSN is there already.
+CommandError DsnExists(const DsnStore& in_store, const std::string& in_dsn);
 /// The failure that a DSN is not there; says so when it is in the other scope.
 CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn);
 

@@ -4,6 +4,7 @@
 #include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DsnChanger.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -13,8 +14,8 @@ namespace {
 ExitCode Change(const CommandLine& in_line, const DsnPlanner& in_planner) {
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);
-    for (const DsnResult& result : ChangeDsns(store, in_planner, in_line.Has(OptionId::DryRun))) {
-        if (!result.m_failure.empty()) throw CommandError(EXIT_FAILED, result.m_failure);
+    for (const DsnResult& result : ChangeDsns(store, in_planner, in_line.Has("--dry-run"))) {
+        if (!result.m_failure.empty()) FailWith(result.m_failure);
         report.AddDone(result.m_plan);
     }
     return report.Finish();
@@ -27,17 +28,16 @@ DsnResults Plan(const DsnWish& in_wish, const std::optional<Entries>& in_current
 }  // namespace
 
 ExitCode AddDsn(const CommandLine& in_line) {
-    if (in_line.Has(OptionId::IfMissing) && in_line.Has(OptionId::Replace)) {
-        throw CommandError(EXIT_USAGE, "--if-missing and --replace exclude each other.");
+    if (in_line.Has("--if-missing") && in_line.Has("--replace")) {
+        Refuse("--if-missing and --replace exclude each other.");
     }
     DsnWish wish = MakeWish(in_line);
-    wish.m_isReplaced = in_line.Has(OptionId::Replace);
+    wish.m_isReplaced = in_line.Has("--replace");
     return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnResults {
         const std::optional<Entries> current = ReadDsn(in_view, wish.m_name);
-        if (current && in_line.Has(OptionId::IfMissing)) return {MakeResult(wish.m_name)};
+        if (current && in_line.Has("--if-missing")) return {MakeResult(wish.m_name)};
         if (current && !wish.m_isReplaced) {
-            throw CommandError(EXIT_EXISTS, "There is a DSN \"" + wish.m_name + "\" already in " +
-                                                DsnStore(GetScope(in_line)).GetPath() + ".");
+            throw DsnExists(DsnStore(GetScope(in_line)), wish.m_name);
         }
         return Plan(wish, current);
     });
@@ -64,10 +64,10 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
             if (!known.insert(FoldName(dsn)).second) continue;
             DsnWish wish;
             wish.m_name = dsn;
-            wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
+            wish.m_driver = GetDriver(in_line);
             wish.m_isAbsent = true;
             const std::optional<Entries> current = ReadDsn(in_view, dsn);
-            if (!current && !in_line.Has(OptionId::IfExists)) {
+            if (!current && !in_line.Has("--if-exists")) {
                 throw NoSuchDsn(DsnStore(GetScope(in_line)), dsn);
             }
             results.push_back({MakePlan(wish, current), {}});

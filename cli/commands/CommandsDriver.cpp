@@ -13,23 +13,16 @@ namespace Veltrane::Cli {
 
 namespace {
 
-std::string GetDriver(const CommandLine& in_line) {
-    return in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
-}
-
 Entries GivenEntries(const CommandLine& in_line) {
-    constexpr std::pair<OptionId, const char*> KEYS[] = {{OptionId::Description, "Description"},
-                                                         {OptionId::Library, "Driver"},
-                                                         {OptionId::Setup, "Setup"}};
+    constexpr KeyOption KEYS[] = {
+        {"--description", "Description"}, {"--library", "Driver"}, {"--setup", "Setup"}};
     Entries entries;
     for (const auto& [option, key] : KEYS) {
         if (!in_line.Has(option)) continue;
         const std::string value = in_line.Get(option);
-        if (option != OptionId::Description && !IsAbsolutePath(value)) {
-            throw CommandError(EXIT_USAGE,
-                               std::string("The path of ") + key + " " +
-                                   PLATFORM_WORDS.m_absolutePath +
-                                   ": programs with other working directories read it.");
+        if (option != "--description" && !IsAbsolutePath(value)) {
+            Refuse(std::string("The path of ") + key + " " + PLATFORM_WORDS.m_absolutePath +
+                   ": programs with other working directories read it.");
         }
         entries.Set(key, value);
     }
@@ -39,7 +32,7 @@ Entries GivenEntries(const CommandLine& in_line) {
 void CheckName(const std::string& in_driver) {
     if (!DriverRegistry::IsName(in_driver) || !ODBC::OdbcIniLine::IsCarriableSection(in_driver) ||
         !ODBC::OdbcIniLine::IsCarriableLine("Driver", in_driver)) {
-        throw CommandError(EXIT_USAGE, "This cannot be the name of a driver.");
+        Refuse("This cannot be the name of a driver.");
     }
 }
 
@@ -62,9 +55,9 @@ bool IsSamePath(const std::string& in_left, const std::string& in_right) {
 
 /// What another installation has registered stays when one of the same driver is taken away.
 void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std::string& in_path) {
-    if (!in_line.Has(OptionId::Setup)) return;
+    if (!in_line.Has("--setup")) return;
     const std::string setup = GetLibraryEntry(in_current, "Setup");
-    if (IsSamePath(setup, in_line.Get(OptionId::Setup))) return;
+    if (IsSamePath(setup, in_line.Get("--setup"))) return;
     throw CommandError(EXIT_NOT_FOUND, "The driver " + Quote(GetDriver(in_line)) + " in " +
                                            in_path + " has another setup library" +
                                            (setup.empty() ? "" : ", " + setup) + ".");
@@ -84,16 +77,16 @@ std::vector<std::string> WarnOfMissing(const Entries& in_given) {
 
 void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
                  const Entries& in_after, const std::vector<std::string>& in_warnings = {}) {
-    const bool isDryRun = in_line.Has(OptionId::DryRun);
+    const bool isDryRun = in_line.Has("--dry-run");
     const DsnPlan plan{in_action, GetDriver(in_line), {}, in_before, in_after};
-    if (in_line.Has(OptionId::Json)) {
+    if (in_line.Has("--json")) {
         Json document{{"driver", plan.m_name},
                       {"changed", in_action != Action::None},
                       {"dry_run", isDryRun},
                       {"difference", Difference(plan, true)}};
         if (!in_warnings.empty()) document["warnings"] = in_warnings;
         PrintJson(document);
-    } else if (!in_line.Has(OptionId::Quiet)) {
+    } else if (!in_line.Has("--quiet")) {
         std::cout << "Driver ";
         PrintPlan(plan, isDryRun, {}, true);
         for (const std::string& warning : in_warnings) PrintError(warning);
@@ -109,12 +102,12 @@ ExitCode RegisterDriver(const CommandLine& in_line) {
     const Entries given = GivenEntries(in_line);
     const std::optional<Entries> current = registry.Find(driver);
     if (!current && given.Find("Setup") == nullptr) {
-        throw CommandError(EXIT_USAGE, "A new driver needs --setup with its setup library.");
+        Refuse("A new driver needs --setup with its setup library.");
     }
     Entries after = current.value_or(Entries());
     const Entries before = after;
     const Entries missing = MissingFrom(before, given);
-    if (current && !missing.IsEmpty() && !in_line.Has(OptionId::Replace)) {
+    if (current && !missing.IsEmpty() && !in_line.Has("--replace")) {
         throw CommandError(EXIT_EXISTS, "The driver " + Quote(driver) + " is registered in " +
                                             registry.GetPath() +
                                             " with other values; --replace changes them.");
@@ -122,7 +115,7 @@ ExitCode RegisterDriver(const CommandLine& in_line) {
     const Action change = missing.IsEmpty() ? Action::None : Action::Change;
     const Action action = current ? change : Action::Add;
     for (const auto& [key, value] : missing) after.Set(key, value);
-    if (action != Action::None && !in_line.Has(OptionId::DryRun)) {
+    if (action != Action::None && !in_line.Has("--dry-run")) {
         registry.Register(driver, missing);
     }
     PrintChange(in_line, action, before, after, WarnOfMissing(given));
@@ -138,7 +131,7 @@ ExitCode UnregisterDriver(const CommandLine& in_line) {
                                                registry.GetPath() + ".");
     }
     CheckSetup(in_line, *current, registry.GetPath());
-    if (!in_line.Has(OptionId::DryRun)) registry.Unregister(driver);
+    if (!in_line.Has("--dry-run")) registry.Unregister(driver);
     PrintChange(in_line, Action::Remove, *current, {});
     return EXIT_DONE;
 }
@@ -149,7 +142,7 @@ ExitCode ListDrivers(const CommandLine& in_line) {
     for (const std::string& name : registry.GetNames()) {
         const Entries entries = registry.Find(name).value_or(Entries());
         const std::string setup = GetLibraryEntry(entries, "Setup");
-        if (in_line.Has(OptionId::Json)) {
+        if (in_line.Has("--json")) {
             list.push_back({{"name", name},
                             {"description", entries.Get("Description")},
                             {"setup", setup},
@@ -158,7 +151,7 @@ ExitCode ListDrivers(const CommandLine& in_line) {
             std::cout << name << (setup.empty() ? "" : "  " + setup) << "\n";
         }
     }
-    if (in_line.Has(OptionId::Json)) {
+    if (in_line.Has("--json")) {
         PrintJson({{"file", registry.GetPath()}, {"drivers", std::move(list)}});
     }
     return EXIT_DONE;

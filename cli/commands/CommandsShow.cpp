@@ -26,24 +26,24 @@ std::vector<StoredDsn> Select(const ODBC::ProfileView& in_view, const DsnStore& 
         selected.push_back({name, *entries});
     }
     if (!in_line.m_arguments.empty()) return selected;
-    const std::string driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
-    const std::string prefix = FoldName(in_line.Get(OptionId::Prefix));
+    const std::string driver = GetDriver(in_line);
+    const std::string prefix = FoldName(in_line.Get("--prefix"));
     for (const std::string& name : GetDsnNames(in_view)) {
         // First, because completion asks for few of many.
         if (!FoldName(name).starts_with(prefix)) continue;
         Entries entries(in_view.GetKeyValues(name));
         const bool isOurs = IsSameName(entries.Get("Driver"), driver);
-        if (isOurs || in_line.Has(OptionId::All)) selected.push_back({name, std::move(entries)});
+        if (isOurs || in_line.Has("--all")) selected.push_back({name, std::move(entries)});
     }
     return selected;
 }
 
 DescriptionFormat GetExportFormat(const CommandLine& in_line) {
-    const std::string name = in_line.Get(OptionId::Format, "json");
+    const std::string name = in_line.Get("--format", "json");
     if (name == "json") return DescriptionFormat::JSON;
-    if (name == "ini" && !in_line.Has(OptionId::Json)) return DescriptionFormat::INI;
-    throw CommandError(EXIT_USAGE, name == "ini" ? "--json and --format ini exclude each other."
-                                                 : "--format is json or ini.");
+    if (name == "ini" && !in_line.Has("--json")) return DescriptionFormat::INI;
+    Refuse(name == "ini" ? "--json and --format ini exclude each other."
+                         : "--format is json or ini.");
 }
 
 DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
@@ -110,8 +110,8 @@ ExitCode ShowDsn(const CommandLine& in_line) {
     const std::string& dsn = in_line.m_arguments.front();
     const std::optional<Entries> entries = store.Read(dsn);
     if (!entries) throw NoSuchDsn(store, dsn);
-    const bool areSecretsShown = in_line.Has(OptionId::ShowSecrets);
-    if (!in_line.Has(OptionId::Json)) {
+    const bool areSecretsShown = in_line.Has("--show-secrets");
+    if (!in_line.Has("--json")) {
         std::cout << "DSN=" << dsn << "\n";
         for (const Entry& entry : *entries) {
             std::cout << entry.first << "=" << ShownValue(entry, areSecretsShown) << "\n";
@@ -134,11 +134,11 @@ ExitCode ShowDsn(const CommandLine& in_line) {
 }
 
 ExitCode ListDsns(const CommandLine& in_line) {
-    const bool areBoth = in_line.Has(OptionId::Both);
-    if (areBoth && (in_line.Has(OptionId::User) || in_line.Has(OptionId::System))) {
-        throw CommandError(EXIT_USAGE, "--both excludes --user and --system.");
+    const bool areBoth = in_line.Has("--both");
+    if (areBoth && (in_line.Has("--user") || in_line.Has("--system"))) {
+        Refuse("--both excludes --user and --system.");
     }
-    const bool isLong = areBoth || in_line.Has(OptionId::Long);
+    const bool isLong = areBoth || in_line.Has("--long");
     Rows rows{{"NAME", "SCOPE", "SERVER", "DATABASE", ""}};
     Json list = Json::array();
     for (const Scope scope : {Scope::User, Scope::System}) {
@@ -160,7 +160,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
             if (areBoth) entry["relation"] = relation;
         }
     }
-    if (in_line.Has(OptionId::Json)) {
+    if (in_line.Has("--json")) {
         PrintJson({{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))},
                    {"dsns", std::move(list)}});
     } else if (isLong) {
@@ -180,7 +180,7 @@ ExitCode ExportDsns(const CommandLine& in_line) {
     std::vector<std::string> others;
     const ODBC::ProfileView view = store.Load();
     for (const StoredDsn& dsn : Select(view, store, in_line)) {
-        descriptions.push_back(Describe(dsn, in_line.Has(OptionId::ShowSecrets), secrets));
+        descriptions.push_back(Describe(dsn, in_line.Has("--show-secrets"), secrets));
         for (const std::string& key : view.GetOtherKeys(dsn.m_name)) {
             others.push_back(key + " of " + dsn.m_name);
         }
@@ -201,19 +201,19 @@ ExitCode CheckDsns(const CommandLine& in_line) {
     Json results = Json::array();
     bool isSound = true;
     for (const StoredDsn& dsn : Select(text, store, in_line)) {
-        const Findings findings = ExamineDsn(text, store.GetScope(), dsn.m_name,
-                                             in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
+        const Findings findings =
+            ExamineDsn(text, store.GetScope(), dsn.m_name, GetDriver(in_line));
         isSound = isSound && !HasError(findings);
-        if (in_line.Has(OptionId::Json)) {
+        if (in_line.Has("--json")) {
             results.push_back({{"name", dsn.m_name},
                                {"sound", !HasError(findings)},
                                {"findings", ToJson(findings)}});
-        } else if (!in_line.Has(OptionId::Quiet) || HasError(findings)) {
+        } else if (!in_line.Has("--quiet") || HasError(findings)) {
             std::cout << dsn.m_name << (findings.empty() ? ": sound\n" : ":\n");
             PrintFindings(findings);
         }
     }
-    if (in_line.Has(OptionId::Json)) {
+    if (in_line.Has("--json")) {
         PrintJson({{"scope", GetScopeName(store.GetScope())},
                    {"sound", isSound},
                    {"dsns", std::move(results)}});

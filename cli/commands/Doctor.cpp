@@ -115,14 +115,14 @@ const char* DescribePresence(const std::string& in_path) {
 }  // namespace
 
 ExitCode RunDoctor(const CommandLine& in_line) {
-    const Findings findings = Examine(in_line.Get(OptionId::Driver, DEFAULT_DRIVER));
-    if (in_line.Has(OptionId::Json)) {
+    const Findings findings = Examine(GetDriver(in_line));
+    if (in_line.Has("--json")) {
         PrintJson({{"sound", !HasError(findings)}, {"findings", ToJson(findings)}});
     } else {
         const bool areNotes =
             std::all_of(findings.begin(), findings.end(),
                         [](const Finding& in_it) { return in_it.m_severity == Severity::Note; });
-        if (areNotes && !in_line.Has(OptionId::Verbose)) {
+        if (areNotes && !in_line.Has("--verbose")) {
             std::cout << "Nothing is wrong. --verbose shows " << Count(findings.size(), "note")
                       << ".\n";
         } else {
@@ -135,15 +135,15 @@ ExitCode RunDoctor(const CommandLine& in_line) {
 
 ExitCode ShowPlaces(const CommandLine& in_line) {
     Json document = Json::object();
-    for (const Place& place : FindPlaces(in_line.Get(OptionId::Driver, DEFAULT_DRIVER))) {
-        if (in_line.Has(OptionId::Json)) {
+    for (const Place& place : FindPlaces(GetDriver(in_line))) {
+        if (in_line.Has("--json")) {
             document[place.m_key] = place.m_path;
         } else {
             std::cout << place.m_title << ": " << place.m_path << DescribePresence(place.m_path)
                       << "\n";
         }
     }
-    if (in_line.Has(OptionId::Json)) PrintJson(document);
+    if (in_line.Has("--json")) PrintJson(document);
     return EXIT_DONE;
 }
 

@@ -2,29 +2,26 @@
 
 #include "Setup/OdbcIniLine.h"
 #include "VeltraneDialog/FieldRules.h"
+#include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
 #include "cli/dsn/Entries.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/Terminal.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-constexpr std::pair<OptionId, const char*> FIELD_OPTIONS[] = {
-    {OptionId::Server, "Server"},
-    {OptionId::Database, "Database"},
-    {OptionId::Namespace, "Namespace"},
-    {OptionId::LoginMode, "LoginMode"},
-    {OptionId::Uid, "UID"},
+constexpr KeyOption FIELD_OPTIONS[] = {
+    {"--server", "Server"},        {"--database", "Database"}, {"--namespace", "Namespace"},
+    {"--login-mode", "LoginMode"}, {"--uid", "UID"},
 };
 
-constexpr OptionId PASSWORD_OPTIONS[] = {OptionId::PwdStdin, OptionId::PwdFile, OptionId::PwdEnv,
-                                         OptionId::PwdPrompt, OptionId::Pwd};
-
-[[noreturn]] void Refuse(const std::string& in_text) { throw CommandError(EXIT_USAGE, in_text); }
+constexpr OptionName PASSWORD_OPTIONS[] = {"--pwd-stdin", "--pwd-file", "--pwd-env", "--pwd-prompt",
+                                           "--pwd"};
 
 [[noreturn]] void RefusePassword(const std::string& in_where) {
     Refuse(in_where +
@@ -50,7 +47,7 @@ void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
     constexpr char WHERE[] = "--connection-string";
     constexpr std::pair<const char*, const char*> OLE_DB_NAMES[] = {
         {"Data Source", "Server"}, {"Initial Catalog", "Database"}, {"User ID", "UID"}};
-    const Entries given = ParseConnectionString(in_line.Get(OptionId::ConnectionString));
+    const Entries given = ParseConnectionString(in_line.Get("--connection-string"));
     std::string foreign;
     for (const auto& [name, key] : OLE_DB_NAMES) {
         if (given.Find(name) == nullptr) continue;
@@ -61,7 +58,7 @@ void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
     }
     for (const auto& [key, value] : given) {
         if (EqualsIgnoringCase(key, "Driver")) {
-            if (!in_line.Has(OptionId::Driver)) io_wish.m_driver = value;
+            if (!in_line.Has("--driver")) io_wish.m_driver = value;
         } else {
             SetKey(key, value, WHERE, in_line, io_wish);
         }
@@ -77,14 +74,14 @@ void CheckUnset(const std::string& in_key) {
 }
 
 void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
-    for (const std::string& property : in_line.GetAll(OptionId::Property)) {
+    for (const std::string& property : in_line.GetAll("--property")) {
         const std::size_t equals = property.find('=');
         if (equals == std::string::npos || equals == 0) {
             Refuse("-p has to be followed by KEY=VALUE.");
         }
         SetKey(property.substr(0, equals), property.substr(equals + 1), "-p", in_line, io_wish);
     }
-    io_wish.m_unset = in_line.GetAll(OptionId::Unset);
+    io_wish.m_unset = in_line.GetAll("--unset");
     for (const std::string& key : io_wish.m_unset) CheckUnset(key);
 }
 
@@ -113,46 +110,41 @@ void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
         if (!ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
             Refuse(key + ": No line of odbc.ini can hold this key and value unchanged.");
         }
-        const std::string note =
-            in_line.Has(OptionId::Quiet) ? std::string() : DescribeNearKey(key);
+        const std::string note = in_line.Has("--quiet") ? std::string() : DescribeNearKey(key);
         if (!note.empty()) PrintError(note);
     }
 }
 
 /// A new password is asked for twice.
 std::string Ask(const CommandLine& in_line) {
-    const std::string question = "Password of the DSN \"" + in_line.m_arguments.front() + "\": ";
+    const std::string question = "Password of the DSN " + Quote(in_line.m_arguments.front()) + ": ";
     if (in_line.m_command != CommandId::Test) return AskForPassword(question);
     return AskSecretly({question}).front();
 }
 
-std::string ReadPassword(const CommandLine& in_line, OptionId in_source) {
-    switch (in_source) {
-        case OptionId::PwdStdin:
-            return IsInputTerminal() ? Ask(in_line) : ReadFirstLine({});
-        case OptionId::PwdFile: {
-            const std::string path = in_line.Get(in_source);
-            if (path.empty()) Refuse("--pwd-file has to be followed by the name of a file.");
-            return ReadFirstLine(path);
-        }
-        case OptionId::PwdEnv: {
-            std::string password;
-            const std::string name = in_line.Get(in_source);
-            if (TakeVariable(name, password)) return password;
-            throw CommandError(EXIT_FAILED, "--pwd-env: the variable " + name + " is not set.");
-        }
-        default:
-            return Ask(in_line);
+std::string ReadPassword(const CommandLine& in_line, OptionName in_source) {
+    if (in_source == "--pwd-stdin" && !IsInputTerminal()) return ReadFirstLine({});
+    if (in_source == "--pwd-file") {
+        const std::string path = in_line.Get(in_source);
+        if (path.empty()) Refuse("--pwd-file has to be followed by the name of a file.");
+        return ReadFirstLine(path);
     }
+    if (in_source == "--pwd-env") {
+        std::string password;
+        const std::string name = in_line.Get(in_source);
+        if (TakeVariable(name, password)) return password;
+        FailWith("--pwd-env: the variable " + name + " is not set.");
+    }
+    return Ask(in_line);
 }
 
 }  // namespace
 
 bool TakePassword(const CommandLine& in_line, Entries& io_values) {
-    const OptionId* source = nullptr;
-    for (const OptionId& option : PASSWORD_OPTIONS) {
+    const OptionName* source = nullptr;
+    for (const OptionName& option : PASSWORD_OPTIONS) {
         if (!in_line.Has(option)) continue;
-        if (option == OptionId::Pwd) RefusePassword("--pwd");
+        if (option == "--pwd") RefusePassword("--pwd");
         if (source != nullptr) Refuse("The password is to come from two places.");
         source = &option;
     }
@@ -163,8 +155,8 @@ bool TakePassword(const CommandLine& in_line, Entries& io_values) {
 DsnWish MakeWish(const CommandLine& in_line) {
     DsnWish wish;
     wish.m_name = in_line.m_arguments.front();
-    wish.m_driver = in_line.Get(OptionId::Driver, DEFAULT_DRIVER);
-    if (in_line.Has(OptionId::ConnectionString)) TakeConnectionString(in_line, wish);
+    wish.m_driver = GetDriver(in_line);
+    if (in_line.Has("--connection-string")) TakeConnectionString(in_line, wish);
     for (const auto& [option, key] : FIELD_OPTIONS) {
         if (in_line.Has(option)) wish.m_values.Set(key, in_line.Get(option));
     }

@@ -47,10 +47,10 @@ void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_p
 Report::Report(const CommandLine& in_line, const DsnStore& in_store)
     : m_scope(in_store.GetScope()),
       m_path(in_store.GetPath()),
-      m_isJson(in_line.Has(OptionId::Json)),
-      m_isQuiet(in_line.Has(OptionId::Quiet)),
-      m_isDryRun(in_line.Has(OptionId::DryRun)),
-      m_areSecretsShown(in_line.Has(OptionId::ShowSecrets)) {
+      m_isJson(in_line.Has("--json")),
+      m_isQuiet(in_line.Has("--quiet")),
+      m_isDryRun(in_line.Has("--dry-run")),
+      m_areSecretsShown(in_line.Has("--show-secrets")) {
     // With sudo "the user" is another one than people think.
     std::string user;
     const bool isOwn = m_scope == Scope::User && !ReadVariable("SUDO_USER", user);

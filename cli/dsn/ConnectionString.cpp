@@ -70,8 +70,8 @@ private:
     void SkipBlanks() { m_at = m_text.size() - TrimLeft(m_text.substr(m_at)).size(); }
 
     [[noreturn]] void Fail(const char* in_reason) const {
-        throw CommandError(EXIT_USAGE, "The connection string has, at byte " +
-                                           std::to_string(m_at + 1) + ", " + in_reason + ".");
+        Refuse("The connection string has, at byte " + std::to_string(m_at + 1) + ", " + in_reason +
+               ".");
     }
 
     std::string_view m_text;

@@ -5,6 +5,7 @@
 #include "cli/dsn/DescriptionFormats.h"
 #include "cli/dsn/DsnPlan.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -14,7 +15,7 @@ using Orska::Support::TrimLeft;
 
 void CheckKeys(const DsnDescription& in_description, const std::string& in_place) {
     const auto fail = [&](const std::string& in_reason) {
-        throw CommandError(EXIT_FAILED, in_place + ": " + in_reason + ".");
+        FailWith(in_place + ": " + in_reason + ".");
     };
     const auto check = [&](const std::string& in_key) {
         if (!WhyNoKey(in_key).empty()) fail("the key " + in_key + " is no value of a DSN");
@@ -46,17 +47,16 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
                                               const std::string& in_source,
                                               std::vector<std::string>& out_notes) {
     // What wrote it has probably failed.
-    if (TrimLeft(in_text).empty())
-        throw CommandError(EXIT_FAILED, in_source + " is empty: it describes no DSN.");
+    if (TrimLeft(in_text).empty()) FailWith(in_source + " is empty: it describes no DSN.");
     std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
                                                    ? ParseJson(in_text, in_source)
                                                    : ParseIni(in_text, in_source, out_notes);
     if (descriptions.empty()) out_notes.push_back(in_source + " describes no DSN.");
     std::set<std::string> names;
     for (const DsnDescription& description : descriptions) {
-        const std::string place = in_source + ": \"" + description.m_name + "\"";
+        const std::string place = in_source + ": " + Quote(description.m_name);
         if (!names.insert(FoldName(description.m_name)).second) {
-            throw CommandError(EXIT_FAILED, place + " is described twice.");
+            FailWith(place + " is described twice.");
         }
         CheckKeys(description, place);
         for (const auto& [key, value] : description.m_values) {

@@ -65,8 +65,7 @@ private:
     }
 
     [[noreturn]] void Fail(const char* in_reason) const {
-        throw CommandError(EXIT_FAILED,
-                           m_source + ", line " + std::to_string(m_line) + ": " + in_reason + ".");
+        FailWith(m_source + ", line " + std::to_string(m_line) + ": " + in_reason + ".");
     }
 
     const std::string& m_source;

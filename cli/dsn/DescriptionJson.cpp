@@ -32,13 +32,13 @@ private:
             if (!in_value.is_object()) Fail("has \"values\" that are not an object");
             for (const auto& [key, value] : in_value.items()) ReadValue(key, value);
         } else if (in_key != "scope") {
-            Fail("has the unknown member \"" + in_key + "\"");
+            Fail("has the unknown member " + Quote(in_key));
         }
     }
 
     void ReadValue(const std::string& in_key, const StrictJson& in_value) {
         if (m_description.m_values.Find(in_key) != nullptr) {
-            Fail("has the key \"" + in_key + "\" twice");
+            Fail("has the key " + Quote(in_key) + " twice");
         }
         const std::string key = CanonicalKey(in_key);
         if (in_value.is_null()) {
@@ -53,12 +53,12 @@ private:
     }
 
     std::string Text(const std::string& in_key, const StrictJson& in_value) const {
-        if (!in_value.is_string()) Fail("has \"" + in_key + "\", which is not a text");
+        if (!in_value.is_string()) Fail("has " + Quote(in_key) + ", which is not a text");
         return in_value.get<std::string>();
     }
 
     [[noreturn]] void Fail(const std::string& in_reason) const {
-        throw CommandError(EXIT_FAILED, m_place + " " + in_reason + ".");
+        FailWith(m_place + " " + in_reason + ".");
     }
 
     std::string m_place;
@@ -78,8 +78,7 @@ std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
 StrictJson ParseJsonDocument(std::string_view in_text, const std::string& in_source) {
     std::istringstream stream{std::string(in_text)};
     const auto fail = [&](std::size_t in_byte, const std::string& in_reason) {
-        throw CommandError(EXIT_FAILED,
-                           in_source + ", " + DescribePlace(in_text, in_byte) + ": " + in_reason);
+        FailWith(in_source + ", " + DescribePlace(in_text, in_byte) + ": " + in_reason);
     };
     try {
         return StrictJson::parse(stream);
@@ -91,7 +90,7 @@ StrictJson ParseJsonDocument(std::string_view in_text, const std::string& in_sou
     } catch (const StrictJson::out_of_range&) {
         // Its text would repeat the number as well, and has no place.
     }
-    throw CommandError(EXIT_FAILED, in_source + ": a number that is out of range.");
+    FailWith(in_source + ": a number that is out of range.");
 }
 
 Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
@@ -99,7 +98,7 @@ Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
     const bool isObject = document.is_object() && document.contains("data_sources");
     const StrictJson& list = isObject ? document["data_sources"] : document;
     if (!list.is_array()) {
-        throw CommandError(EXIT_FAILED, in_source + ": there is no list \"data_sources\".");
+        FailWith(in_source + ": there is no list \"data_sources\".");
     }
     Descriptions descriptions;
     for (std::size_t i = 0; i < list.size(); ++i) {

@@ -33,7 +33,7 @@ std::optional<Entries> DriverRegistry::Find(const std::string& in_driver) const 
 void DriverRegistry::Register(const std::string& in_driver, const Entries& in_entries) const {
     for (const auto& [key, value] : in_entries) {
         if (ODBC::OdbcIniLine::IsCarriableLine(key, value)) continue;
-        throw CommandError(EXIT_FAILED, key + ": No driver can have this value.");
+        FailWith(key + ": No driver can have this value.");
     }
     Change([&](ODBC::ProfileChange& io_change) {
         for (const auto& [key, value] : in_entries) io_change.Set(in_driver, key, value);
@@ -50,7 +50,7 @@ void DriverRegistry::Change(const std::function<void(ODBC::ProfileChange&)>& in_
     m_view.reset();
     const std::vector<ODBC::Profile::Failure> failures = m_profile.Change(in_plan);
     if (failures.empty()) return;
-    throw CommandError(EXIT_FAILED, failures[0].m_section + ": " + failures[0].m_reason);
+    FailWith(failures[0].m_section + ": " + failures[0].m_reason);
 }
 
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key) {

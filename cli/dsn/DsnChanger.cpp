@@ -6,6 +6,7 @@
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/PlatformWords.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -18,7 +19,7 @@ bool IsToDo(const DsnResult& in_result) {
 /// Why no DSN of a driver can be added; empty when one can.
 std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in_driver) {
     const std::optional<Entries> entries = in_registry.Find(in_driver);
-    const std::string subject = "The driver \"" + in_driver + "\" ";
+    const std::string subject = "The driver " + Quote(in_driver) + " ";
     if (!entries) {
         return subject + "is not registered in " + in_registry.GetPath() +
                ". Install it, or give the name of a registered one with --driver.";
@@ -28,8 +29,8 @@ std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in
     }
     return subject + "has no Driver entry in " + in_registry.GetPath() +
            ", and without one the installer adds no DSN. Install the driver, or add the entry: "
-           "veltrane-dsn driver register --replace --driver \"" +
-           in_driver + "\" --library " + PLATFORM_WORDS.m_exampleDriver + ".";
+           "veltrane-dsn driver register --replace --driver " +
+           Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + ".";
 }
 
 /// A DSN of a driver that nobody knows would be of no use. Those that are there may stay.

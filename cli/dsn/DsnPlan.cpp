@@ -5,13 +5,14 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
 [[noreturn]] void Refuse(const std::string& in_key, const std::string& in_reason) {
-    throw CommandError(EXIT_FAILED, in_key + ": " + in_reason);
+    FailWith(in_key + ": " + in_reason);
 }
 
 Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
@@ -68,9 +69,8 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
 void CheckOwner(const DsnWish& in_wish, const Entries& in_current) {
     const std::string owner = in_current.Get("Driver");
     if (owner.empty() || IsSameName(owner, in_wish.m_driver)) return;
-    throw CommandError(EXIT_FAILED, "The DSN \"" + in_wish.m_name + "\" is one of the driver \"" +
-                                        owner + "\", not of \"" + in_wish.m_driver +
-                                        "\". If that is meant, give --driver.");
+    FailWith("The DSN " + Quote(in_wish.m_name) + " is one of the driver " + Quote(owner) +
+             ", not of " + Quote(in_wish.m_driver) + ". If that is meant, give --driver.");
 }
 
 }  // namespace

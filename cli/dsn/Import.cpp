@@ -12,6 +12,7 @@
 #include "cli/dsn/DsnPlan.h"
 #include "cli/dsn/ImportFormats.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -24,7 +25,7 @@ EncodingType GetEncoding(const ImportWish& in_wish) {
     try {
         return Orska::Support::ICUUtils::GetEncodingEnum(in_wish.m_encoding);
     } catch (const Orska::Support::ErrorException&) {
-        throw CommandError(EXIT_USAGE, "--encoding names an encoding that is not known.");
+        Refuse("--encoding names an encoding that is not known.");
     }
 }
 
@@ -54,7 +55,7 @@ public:
             if (reason.empty()) {
                 descriptions.push_back(Describe(dsn, driver, values));
             } else {
-                m_notes.push_back("\"" + dsn.m_name + "\" is left out: " + reason + ".");
+                m_notes.push_back(Quote(dsn.m_name) + " is left out: " + reason + ".");
             }
         }
         if (m_areSecretsLeftOut) {
@@ -82,7 +83,7 @@ private:
         if (in_dsn.m_is32Bit) return "it is for programs of 32 bits";
         if (in_driver.m_name.empty()) return "it has no driver";
         if (in_driver.m_isOurs || m_wish.m_areAllTaken) return {};
-        return "it is one of the driver \"" + in_driver.m_name + "\"";
+        return "it is one of the driver " + Quote(in_driver.m_name);
     }
 
     DsnDescription Describe(const ImportedDsn& in_dsn, const Driver& in_driver,
@@ -93,7 +94,7 @@ private:
         for (const auto& [key, value] : in_values) {
             if (!WhyNoKey(key).empty() || (IsFieldKey(key) && value.empty())) continue;
             if (!ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
-                m_notes.push_back("\"" + in_dsn.m_name + "\": " + key +
+                m_notes.push_back(Quote(in_dsn.m_name) + ": " + key +
                                   " is left out: no line of odbc.ini can hold it unchanged.");
             } else if (IsSecretKey(key) && !m_wish.m_areSecretsTaken) {
                 m_areSecretsLeftOut = true;
@@ -139,8 +140,7 @@ std::string DecodeAnsi(const std::string& in_bytes, const ImportWish& in_wish) {
         Orska::Support::orska_wstring(in_bytes.data(), in_bytes.size(), encoding).GetAsUtf8();
     constexpr const char* REPLACEMENT = "\xEF\xBF\xBD";
     if (text.find(REPLACEMENT) != std::string::npos) {
-        throw CommandError(EXIT_FAILED,
-                           in_wish.m_source + " has bytes that are no text in its encoding.");
+        FailWith(in_wish.m_source + " has bytes that are no text in its encoding.");
     }
     return text;
 }
@@ -157,7 +157,7 @@ void TakeList(ImportedDsns& io_dsns, std::vector<std::string>& out_notes) {
     for (const auto& [name, driver] : list) {
         const auto dsn = known.find(FoldCase(name));
         if (dsn == known.end()) {
-            out_notes.push_back("\"" + name + "\" is left out: it is listed, but has no values.");
+            out_notes.push_back(Quote(name) + " is left out: it is listed, but has no values.");
         } else if (dsn->second->m_listed.empty()) {
             dsn->second->m_listed = driver;
         }
@@ -167,7 +167,7 @@ void TakeList(ImportedDsns& io_dsns, std::vector<std::string>& out_notes) {
 std::vector<DsnDescription> ImportDsns(std::string in_text, const ImportWish& in_wish,
                                        std::vector<std::string>& out_notes) {
     const auto fail = [&in_wish](const std::string& in_reason) {
-        throw CommandError(EXIT_FAILED, in_wish.m_source + in_reason);
+        FailWith(in_wish.m_source + in_reason);
     };
     if (Orska::Support::Trim(in_text).empty()) fail(" is empty: it has no DSN.");
     if (in_text.find('\0') != std::string::npos) {
@@ -177,8 +177,7 @@ std::vector<DsnDescription> ImportDsns(std::string in_text, const ImportWish& in
     ImportedDsns dsns = Read(in_text, in_wish, out_notes);
     if (dsns.empty()) fail(" has no DSN.");
     if (in_wish.m_isNameGiven && (dsns.size() != 1 || dsns.front().m_name != in_wish.m_name)) {
-        throw CommandError(EXIT_USAGE, "--name is for a file DSN; " + in_wish.m_source +
-                                           " has the names of its DSNs.");
+        Refuse("--name is for a file DSN; " + in_wish.m_source + " has the names of its DSNs.");
     }
     return Chooser(in_wish, out_notes).Run(std::move(dsns));
 }

@@ -3,6 +3,7 @@
 #include "Setup/OdbcIniText.h"
 #include "cli/dsn/ImportFormats.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -11,11 +12,10 @@ namespace {
 /// The values are those of a connection string.
 ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
     if (in_values.Find("Driver") == nullptr) {
-        throw CommandError(EXIT_FAILED,
-                           in_wish.m_source + " only names a DSN of its machine; import that one.");
+        FailWith(in_wish.m_source + " only names a DSN of its machine; import that one.");
     }
     if (in_wish.m_name.empty()) {
-        throw CommandError(EXIT_USAGE, "A file DSN holds no name: give --name.");
+        Refuse("A file DSN holds no name: give --name.");
     }
     ImportedDsn dsn;
     dsn.m_name = in_wish.m_name;
@@ -47,9 +47,9 @@ ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wis
                             std::vector<std::string>& out_notes) {
     const ODBC::OdbcIniText ini(in_text);
     if (!ini.IsReadable()) {
-        throw CommandError(EXIT_FAILED, in_wish.m_source +
-                                            " is no odbc.ini, file DSN, export of the registry or "
-                                            "JSON of Get-OdbcDsn.");
+        FailWith(in_wish.m_source +
+                 " is no odbc.ini, file DSN, export of the registry or "
+                 "JSON of Get-OdbcDsn.");
     }
     NoteOddLines(in_text, in_wish.m_source, out_notes);
     // In [ODBC] an odbc.ini has options of the driver manager.
@@ -69,14 +69,13 @@ ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wis
         dsn.m_name = name;
         dsn.m_values = ini.GetKeyValues(name);
         if (ini.HasLongLine(name)) {
-            out_notes.push_back("\"" + name +
-                                "\" has a line that is cut: it is too long for the "
+            out_notes.push_back(Quote(name) +
+                                " has a line that is cut: it is too long for the "
                                 "driver manager.");
         }
     }
     if (dsns.empty() && !own.IsEmpty()) {
-        throw CommandError(EXIT_FAILED,
-                           in_wish.m_source + " has no DSN: its section [ODBC] names no driver.");
+        FailWith(in_wish.m_source + " has no DSN: its section [ODBC] names no driver.");
     }
     TakeList(dsns, out_notes);
     return dsns;

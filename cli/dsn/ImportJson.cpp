@@ -1,6 +1,7 @@
 #include "cli/dsn/ImportFormats.h"
 #include "cli/dsn/StrictJson.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -67,13 +68,13 @@ private:
         } else if (in_value.is_number_integer()) {
             m_dsn.m_values.emplace_back(in_key, in_value.dump());
         } else if (!in_value.is_null()) {
-            m_notes.push_back("\"" + m_dsn.m_name + "\": " + in_key +
+            m_notes.push_back(Quote(m_dsn.m_name) + ": " + in_key +
                               " is left out: its value is no text.");
         }
     }
 
     [[noreturn]] void Fail(const std::string& in_reason) const {
-        throw CommandError(EXIT_FAILED, m_place + " " + in_reason + ".");
+        FailWith(m_place + " " + in_reason + ".");
     }
 
     std::string m_place;
@@ -94,8 +95,7 @@ ImportedDsns ReadPowerShellJson(std::string_view in_text, const ImportWish& in_w
     const bool isDescription = document.contains("data_sources") ||
                                (!list.empty() && list[0].is_object() && list[0].contains("name"));
     if (isDescription) {
-        throw CommandError(EXIT_FAILED,
-                           in_wish.m_source + " is a description already: apply takes it.");
+        FailWith(in_wish.m_source + " is a description already: apply takes it.");
     }
     ImportedDsns dsns;
     for (std::size_t i = 0; i < list.size(); ++i) {

@@ -5,6 +5,7 @@
 #include "VeltraneDialog/Utf8.h"
 #include "cli/dsn/ImportFormats.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -111,7 +112,7 @@ private:
         if (value) {
             m_dsn->m_values.emplace_back(name, *value);
         } else {
-            m_notes.push_back("\"" + m_dsn->m_name + "\": " + name +
+            m_notes.push_back(Quote(m_dsn->m_name) + ": " + name +
                               " is left out: its value is no text.");
         }
     }
@@ -210,8 +211,7 @@ private:
     [[noreturn]] void Fail(const char* in_reason) const {
         const std::string_view before = m_text.substr(0, m_at);
         const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-        throw CommandError(EXIT_FAILED, m_wish.m_source + ", line " + std::to_string(line) + ": " +
-                                            in_reason + ".");
+        FailWith(m_wish.m_source + ", line " + std::to_string(line) + ": " + in_reason + ".");
     }
 
     std::string_view m_text;

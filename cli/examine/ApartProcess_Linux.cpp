@@ -28,10 +28,8 @@ using Orska::Support::FileDescriptor;
 constexpr char OWN_PROGRAM[] = "/proc/self/exe";
 
 [[noreturn]] void FailToStart(int in_error) {
-    throw CommandError(
-        EXIT_FAILED, "The process for the test cannot be started: " +
-                         Orska::Support::DescribeSystemError(static_cast<std::uint32_t>(in_error)) +
-                         ".");
+    FailWith("The process for the test cannot be started: " +
+             Orska::Support::DescribeSystemError(static_cast<std::uint32_t>(in_error)) + ".");
 }
 
 /// @return false when the other end is closed
@@ -152,7 +150,7 @@ std::string ApartAnswer::ReadRequest() {
     std::string line;
     while (!TakeLine(m_state->m_received, line)) {
         if (!ReceiveMore(m_state->m_socket.Get(), m_state->m_received)) {
-            throw CommandError(EXIT_USAGE, "--apart is for the tool itself.");
+            Refuse("--apart is for the tool itself.");
         }
     }
     std::thread([socket = m_state->m_socket.Get()] {

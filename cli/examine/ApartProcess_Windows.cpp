@@ -18,7 +18,7 @@ using Orska::Support::WindowsHandle;
 
 [[noreturn]] void FailToStart() {
     const std::string reason = Orska::Support::DescribeLastError();
-    throw CommandError(EXIT_FAILED, "The process for the test cannot be started: " + reason + ".");
+    FailWith("The process for the test cannot be started: " + reason + ".");
 }
 
 /// A pipe of which the process gets one end.
@@ -194,7 +194,7 @@ std::string ApartAnswer::ReadRequest() {
     std::string line;
     while (!TakeLine(m_state->m_received, line)) {
         if (!ReceiveMore(m_state->m_request.Get(), m_state->m_received)) {
-            throw CommandError(EXIT_USAGE, "--apart is for the tool itself.");
+            Refuse("--apart is for the tool itself.");
         }
     }
     std::thread([pipe = m_state->m_request.Get()] {

@@ -10,6 +10,7 @@
 #include "cli/examine/DriverFindings.h"
 #include "cli/examine/OdbcCalls.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -109,13 +110,13 @@ Findings Explain(const Entries& in_attributes, const Stored& in_stored) {
     std::string driver = in_attributes.Get("Driver");
     if (driver.empty() && !in_stored.m_entries) {
         return {{ERROR, "dsn-missing",
-                 "There is no DSN \"" + dsn + "\" in " + in_stored.m_places + ".",
+                 "There is no DSN " + Quote(dsn) + " in " + in_stored.m_places + ".",
                  "Add it, or give the name of one that there is: veltrane-dsn list --both --all."}};
     }
     if (driver.empty()) driver = in_stored.m_entries->Get("Driver");
     if (driver.empty()) {
         return {{ERROR, "dsn-without-driver",
-                 "The DSN \"" + dsn + "\" of " + in_stored.m_places + " has no Driver entry.",
+                 "The DSN " + Quote(dsn) + " of " + in_stored.m_places + " has no Driver entry.",
                  "Add it again, or remove its section."}};
     }
     Findings findings = ExamineDriverLibrary(driver);

@@ -9,8 +9,6 @@ namespace Veltrane::Cli {
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& in_text) { throw CommandError(EXIT_FAILED, in_text); }
-
 // The ODBC headers need those of the system, which only the bodies of each system include.
 using AllocHandle = short(short in_kind, void* in_parent, void** out_handle);
 /// The value is a pointer there, or a number in the place of one.
@@ -38,21 +36,21 @@ OdbcCalls::OdbcCalls(const std::string& in_library) {
         reasons += (reasons.empty() ? "" : "; ") + reason;
     }
     if (m_library == nullptr) {
-        Fail("No driver manager can be loaded: " + reasons + ". " +
-             PLATFORM_WORDS.m_driverManagerRepair);
+        FailWith("No driver manager can be loaded: " + reasons + ". " +
+                 PLATFORM_WORDS.m_driverManagerRepair);
     }
     auto* const allocate = FindAs<AllocHandle>("SQLAllocHandle");
     auto* const setAttribute = FindAs<SetEnvAttr>("SQLSetEnvAttr");
     const bool isReady = HasSucceeded(allocate(HANDLE_OF_ENVIRONMENT, nullptr, &m_environment)) &&
                          HasSucceeded(setAttribute(m_environment, ODBC_VERSION, VERSION_3, 0)) &&
                          HasSucceeded(allocate(HANDLE_OF_CONNECTION, m_environment, &m_connection));
-    if (!isReady) Fail("The driver manager " + m_name + " gives no connection handle.");
+    if (!isReady) FailWith("The driver manager " + m_name + " gives no connection handle.");
 }
 
 void* OdbcCalls::Find(const char* in_function) const {
     void* const function = OdbcPlatform::FindFunction(m_library, in_function);
     if (function == nullptr) {
-        Fail("The library " + m_name + " is no driver manager: it has no " + in_function + ".");
+        FailWith("The library " + m_name + " is no driver manager: it has no " + in_function + ".");
     }
     return function;
 }

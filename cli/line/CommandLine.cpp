@@ -12,8 +12,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-[[noreturn]] void Refuse(const std::string& in_text) { throw CommandError(EXIT_USAGE, in_text); }
-
 [[noreturn]] void RefuseUnknown(const std::string& in_kind, const std::string& in_word,
                                 const std::vector<std::string_view>& in_known) {
     const std::string_view near = FindNearWord(in_word, in_known);
@@ -58,7 +56,7 @@ public:
     Parser(const CommandInfo& in_command, Words in_words)
         : m_command(in_command), m_words(std::move(in_words)) {
         m_line.m_command = in_command.m_id;
-        for (const OptionInfo& option : GetOptions()) {
+        for (const OptionInfo& option : OPTIONS) {
             if ((option.m_commands & Bit(in_command.m_id)) == 0) continue;
             for (std::string& name : SplitNames(option)) m_names.emplace_back(name, &option);
         }
@@ -117,7 +115,7 @@ private:
         const OptionInfo* const option = Find(isRefused ? optopt : in_found);
         if (option == nullptr) {
             std::vector<std::string_view> known;
-            for (const OptionInfo& info : GetOptions()) known.push_back(GetLongName(info));
+            for (const OptionInfo& info : OPTIONS) known.push_back(GetLongName(info));
             // A letter may be among others; the word is then another one.
             const std::string word =
                 optopt == 0 ? in_word : std::string("-") + static_cast<char>(optopt);
@@ -133,7 +131,7 @@ private:
         if (in_found == ':' || isOption) {
             Refuse(name + " needs a value: " + MakeOptionTitle(*option) + ".");
         }
-        std::vector<std::string>& values = m_line.m_options[option->m_id];
+        std::vector<std::string>& values = m_line.m_options[GetLongName(*option)];
         if (hasValue && !values.empty() && !option->m_isRepeatable)
             Refuse(name + " is given twice.");
         if (hasValue) values.emplace_back(optarg);
@@ -148,7 +146,7 @@ private:
         }
         const bool areMany = shape.find("...") != std::string_view::npos;
         if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There is an argument too many.");
-        if (m_line.Has(OptionId::User) && m_line.Has(OptionId::System)) {
+        if (m_line.Has("--user") && m_line.Has("--system")) {
             Refuse("--user and --system exclude each other.");
         }
     }
@@ -163,13 +161,13 @@ private:
 
 }  // namespace
 
-std::string CommandLine::Get(OptionId in_id, const std::string& in_default) const {
-    const auto found = m_options.find(in_id);
+std::string CommandLine::Get(OptionName in_option, const std::string& in_default) const {
+    const auto found = m_options.find(in_option.Get());
     return found == m_options.end() || found->second.empty() ? in_default : found->second.front();
 }
 
-std::vector<std::string> CommandLine::GetAll(OptionId in_id) const {
-    const auto found = m_options.find(in_id);
+std::vector<std::string> CommandLine::GetAll(OptionName in_option) const {
+    const auto found = m_options.find(in_option.Get());
     return found == m_options.end() ? std::vector<std::string>() : found->second;
 }
 

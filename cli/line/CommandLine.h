@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-#include "cli/line/CommandTable.h"
+#include "cli/line/OptionTable.h"
 
 namespace Veltrane::Cli {
 
 struct CommandLine {
     CommandId m_command = CommandId::List;
     std::vector<std::string> m_arguments;
-    std::map<OptionId, std::vector<std::string>> m_options;
+    std::map<std::string_view, std::vector<std::string>> m_options;  ///< by the long name
 
-    bool Has(OptionId in_id) const { return m_options.contains(in_id); }
+    bool Has(OptionName in_option) const { return m_options.contains(in_option.Get()); }
     /// The value of an option that is given at most once.
-    std::string Get(OptionId in_id, const std::string& in_default = {}) const;
+    std::string Get(OptionName in_option, const std::string& in_default = {}) const;
     /// The values of a repeatable option.
-    std::vector<std::string> GetAll(OptionId in_id) const;
+    std::vector<std::string> GetAll(OptionName in_option) const;
 };
 
 /// What to print instead of running a command.

@@ -1,6 +1,6 @@
 #include "cli/line/CommandTable.h"
 
-#include "VeltraneDialog/DialogFields.h"
+#include "cli/line/OptionTable.h"
 
 namespace Veltrane::Cli {
 
@@ -8,103 +8,6 @@ namespace {
 
 using C = CommandId;
 using K = ValueKind;
-using O = OptionId;
-
-constexpr std::uint32_t CHANGE = Bit(C::Add) | Bit(C::Set);
-constexpr std::uint32_t LOGIN = CHANGE | Bit(C::Test);
-constexpr std::uint32_t WRITES =
-    CHANGE | Bit(C::Edit) | Bit(C::Remove) | Bit(C::Apply) | Bit(C::Import);
-constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | Bit(C::Check);
-constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
-constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Test) + 1)) - 1;
-
-/// What the editors say about a field.
-consteval const char* Hint(std::string_view in_key) {
-    return ODBC::DIALOG_FIELDS[ODBC::FieldIndex(in_key)].m_hint;
-}
-
-constexpr OptionInfo OPTIONS[] = {
-    {O::User, "--user", WRITES | READS, "Work on the DSNs of this user. This is the default."},
-    {O::System, "--system", WRITES | READS, "Work on the DSNs of all users."},
-    {O::Driver, "--driver",
-     WRITES | Bit(C::List) | Bit(C::Export) | Bit(C::Check) | DRIVER | Bit(C::Where) |
-         Bit(C::Doctor),
-     "The driver's name in odbcinst.ini. The default is Veltrane.", "NAME", K::Driver},
-    {O::Server, "--server", CHANGE, Hint("Server"), "HOST", K::Text},
-    {O::Database, "--database", CHANGE, Hint("Database"), "NAME", K::Text},
-    {O::Namespace, "--namespace", CHANGE, Hint("Namespace"), "NAME", K::Text},
-    {O::LoginMode, "--login-mode", CHANGE, Hint("LoginMode"), "MODE", K::Text},
-    {O::Uid, "--uid", LOGIN, "The user name.", "NAME", K::Text},
-    {O::Property, "-p,--property", CHANGE,
-     "Any key with its value, which may be empty. Can be given several times.", "KEY=VALUE",
-     K::Text, true},
-    {O::Unset, "--unset", Bit(C::Set), "Remove a key. Can be given several times.", "KEY", K::Text,
-     true},
-    {O::ConnectionString, "--connection-string", CHANGE,
-     "Take keys and values from a connection string, such as \"Server=db;Database={a;b}\". "
-     "Options beside it win.",
-     "TEXT", K::Text},
-    {O::PwdStdin, "--pwd-stdin", LOGIN,
-     "Read the password from the first line of standard input; on a terminal, ask for it."},
-    {O::PwdFile, "--pwd-file", LOGIN, "Read the password from the first line of a file.", "FILE",
-     K::File},
-    {O::PwdEnv, "--pwd-env", LOGIN, "Take the password from an environment variable.", "VARIABLE",
-     K::Variable},
-    {O::PwdPrompt, "--pwd-prompt", LOGIN,
-     "Ask for the password on the terminal; for a new one twice."},
-    {O::Pwd, "--pwd,--password", LOGIN, "", "TEXT", K::Text, false, true},
-    {O::ShowSecrets, "--show-secrets", WRITES | Bit(C::Show) | Bit(C::Export),
-     "Show passwords in clear text instead of masking them or leaving them out."},
-    {O::All, "--all", Bit(C::List) | Bit(C::Export) | Bit(C::Import), "The DSNs of all drivers."},
-    {O::Both, "--both", Bit(C::List),
-     "The DSNs of this user and those of all users, and which hides which. Implies --long."},
-    {O::Long, "--long", Bit(C::List), "Show scope, server and database as well."},
-    {O::Prefix, "--prefix", Bit(C::List), "Only the DSNs whose names begin with this text.", "TEXT",
-     K::Text},
-    {O::IfMissing, "--if-missing", Bit(C::Add),
-     "Do nothing, successfully, if the DSN exists already."},
-    {O::Replace, "--replace", Bit(C::Add) | Bit(C::Apply) | Bit(C::Import) | Bit(C::DriverRegister),
-     "Replace what exists: keys that are not given are removed."},
-    {O::IfExists, "--if-exists", Bit(C::Remove),
-     "Do nothing, successfully, if there is no such DSN."},
-    {O::Prune, "--prune", Bit(C::Apply), "Remove the driver's DSNs that are not described."},
-    {O::FailFast, "--fail-fast", Bit(C::Apply) | Bit(C::Import),
-     "Write nothing if one of the DSNs is refused."},
-    {O::DryRun, "-n,--dry-run", WRITES | DRIVER, "Write nothing; show the exact difference."},
-    {O::Copy, "--copy", Bit(C::Edit), "Begin a new DSN with the values of the named one."},
-    {O::Yes, "-y,--yes", Bit(C::Edit),
-     "Do not ask: after a change of its name, remove the DSN of the old one."},
-    {O::Format, "--format", Bit(C::Apply) | Bit(C::Export),
-     "The format. export writes json unless told otherwise; apply finds it out by itself.",
-     "json|ini", K::Format},
-    {O::Apply, "--apply", Bit(C::Import), "Apply the description instead of writing it."},
-    {O::FromDriver, "--from-driver", Bit(C::Import),
-     "What the file calls the driver, where that is another name or the path of a library.", "NAME",
-     K::Text},
-    {O::Name, "--name", Bit(C::Import), "The name for a file DSN; otherwise that of its file.",
-     "NAME", K::Text},
-    {O::Encoding, "--encoding", Bit(C::Import),
-     "The encoding of a file that is not in Unicode, such as cp932; otherwise windows-1252.",
-     "NAME", K::Text},
-    {O::Setup, "--setup", DRIVER,
-     "The driver's setup library, " VELTRANE_SETUP_LIBRARY
-     ". With driver unregister: remove the driver only if it has this one.",
-     "PATH", K::File},
-    {O::Library, "--library", Bit(C::DriverRegister),
-     "The driver itself, with which programs connect.", "PATH", K::File},
-    {O::Description, "--description", Bit(C::DriverRegister),
-     "What other tools show beside the driver's name.", "TEXT", K::Text},
-    {O::Json, "--json", ALL, "Write the result as JSON."},
-    {O::Quiet, "-q,--quiet", WRITES | DRIVER | Bit(C::Check) | Bit(C::Test), "Write errors only."},
-    {O::Verbose, "-v,--verbose", Bit(C::Doctor), "Show the notes too when nothing is wrong."},
-    {O::Timeout, "--timeout", Bit(C::Test),
-     "Stop the driver when it has not answered by then. The default is 15.", "SECONDS", K::Text},
-    {O::DriverManager, "--driver-manager", Bit(C::Test),
-     "The driver manager to connect with. The default is the system's; on Linux unixODBC or, where "
-     "that is not installed, iODBC.",
-     "LIBRARY", K::File},
-    {O::Apart, "--apart", Bit(C::Test), "", "", K::None, false, true},
-};
 
 constexpr CommandInfo COMMANDS[] = {
     {C::Add, "add", "NAME", K::None, "add a DSN",
@@ -265,8 +168,6 @@ constexpr ManualSection SECTIONS[] = {
 
 std::span<const CommandInfo> GetCommands() { return COMMANDS; }
 
-std::span<const OptionInfo> GetOptions() { return OPTIONS; }
-
 std::span<const ManualSection> GetManualSections() { return SECTIONS; }
 
 std::vector<std::string_view> GetWords(std::string_view in_group) {
@@ -296,12 +197,6 @@ std::vector<std::string> SplitNames(const OptionInfo& in_option) {
     const std::size_t comma = names.find(',');
     if (comma == std::string::npos) return {names};
     return {names.substr(0, comma), names.substr(comma + 1)};
-}
-
-std::string_view GetLongName(const OptionInfo& in_option) {
-    const std::string_view names = in_option.m_names;
-    const std::size_t begin = names.find("--");
-    return names.substr(begin, names.substr(begin).find(','));
 }
 
 }  // namespace Veltrane::Cli

@@ -33,54 +33,7 @@ enum class CommandId : unsigned {
 /// What an argument is, for the shells' completion.
 enum class ValueKind { None, Text, File, Variable, Dsn, Driver, Format };
 
-enum class OptionId : unsigned {
-    User,
-    System,
-    Driver,
-    Server,
-    Database,
-    Namespace,
-    LoginMode,
-    Uid,
-    Property,
-    Unset,
-    ConnectionString,
-    PwdStdin,
-    PwdFile,
-    PwdEnv,
-    PwdPrompt,
-    Pwd,
-    ShowSecrets,
-    All,
-    Both,
-    Long,
-    Prefix,
-    IfMissing,
-    IfExists,
-    Replace,
-    Prune,
-    FailFast,
-    DryRun,
-    Copy,
-    Yes,
-    Format,
-    Apply,
-    FromDriver,
-    Name,
-    Encoding,
-    Setup,
-    Library,
-    Description,
-    Json,
-    Quiet,
-    Verbose,
-    Timeout,
-    DriverManager,
-    Apart,
-};
-
 struct OptionInfo {
-    OptionId m_id;
     std::string_view m_names;  ///< "-p,--property"
     std::uint32_t m_commands;  ///< one bit a command
     std::string_view m_help;
@@ -103,15 +56,12 @@ struct CommandInfo {
 constexpr std::uint32_t Bit(CommandId in_id) { return 1U << static_cast<unsigned>(in_id); }
 
 std::span<const CommandInfo> GetCommands();
-std::span<const OptionInfo> GetOptions();
 /// The words that begin commands, each once, or the second words of a group such as "driver".
 std::vector<std::string_view> GetWords(std::string_view in_group = {});
 /// The options of a command that are shown.
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id);
 /// "-p" and "--property" of "-p,--property"
 std::vector<std::string> SplitNames(const OptionInfo& in_option);
-/// "--property" of "-p,--property"
-std::string_view GetLongName(const OptionInfo& in_option);
 
 /// Sections of the manual that belong to no command; a heading and paragraphs, one a line. A line
 /// "TERM<tab>text" is an item of a list.

@@ -28,6 +28,15 @@ private:
     ExitCode m_exitCode;
 };
 
+[[noreturn]] inline void FailWith(const std::string& in_text) {
+    throw CommandError(EXIT_FAILED, in_text);
+}
+
+/// Says what is wrong with the command line.
+[[noreturn]] inline void Refuse(const std::string& in_text) {
+    throw CommandError(EXIT_USAGE, in_text);
+}
+
 }  // namespace Veltrane::Cli
 
 #endif

@@ -9,8 +9,7 @@
 namespace Veltrane::Cli {
 
 void Input::Fail(const std::string& in_reason) const {
-    throw CommandError(
-        EXIT_FAILED, (m_path.empty() ? "standard input" : m_path) + ": cannot read: " + in_reason);
+    FailWith((m_path.empty() ? "standard input" : m_path) + ": cannot read: " + in_reason);
 }
 
 namespace {
@@ -72,9 +71,9 @@ std::string ReadRest(const Input& in_input) {
 }  // namespace
 
 void RefuseEmptySecret(const std::string& in_source) {
-    throw CommandError(EXIT_FAILED, in_source +
-                                        ": there is no password in it. To remove a stored one: "
-                                        "veltrane-dsn set NAME --unset PWD.");
+    FailWith(in_source +
+             ": there is no password in it. To remove a stored one: "
+             "veltrane-dsn set NAME --unset PWD.");
 }
 
 std::string ReadFirstLine(const std::string& in_path) {

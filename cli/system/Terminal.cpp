@@ -9,7 +9,7 @@ std::string AskForPassword(const std::string& in_question) {
     const std::vector<std::string> answers = AskSecretly({in_question, "The same once more: "});
     if (answers.front().empty()) RefuseEmptySecret("the answer");
     if (answers.front() != answers.back()) {
-        throw CommandError(EXIT_FAILED, "The two passwords differ; nothing is changed.");
+        FailWith("The two passwords differ; nothing is changed.");
     }
     return answers.front();
 }

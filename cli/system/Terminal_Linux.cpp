@@ -68,7 +68,7 @@ bool IsOutputColoured() {
 
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions) {
     const FileHandle terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
-    if (!terminal.IsOpen()) throw CommandError(EXIT_USAGE, NO_TERMINAL);
+    if (!terminal.IsOpen()) Refuse(NO_TERMINAL);
     const SilentTerminal silent(terminal.Get());
     std::vector<std::string> answers;
     for (const std::string& question : in_questions) {

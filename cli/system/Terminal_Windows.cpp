@@ -102,7 +102,7 @@ std::vector<std::string> AskSecretly(const std::vector<std::string>& in_question
     const WindowsHandle input = OpenExisting(L"CONIN$", GENERIC_READ | GENERIC_WRITE);
     const WindowsHandle output = OpenExisting(L"CONOUT$", GENERIC_READ | GENERIC_WRITE);
     if (!input.IsOpen() || !output.IsOpen() || !IsConsole(input.Get())) {
-        throw CommandError(EXIT_USAGE, NO_TERMINAL);
+        Refuse(NO_TERMINAL);
     }
     const SilentConsole silent(input.Get());
     std::vector<std::string> answers;
