@@ -78,10 +78,8 @@ struct Wish {
 Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {
     Wish result;
     DsnWish& wish = result.m_wish;
-    wish.m_name = in_description.m_name;
+    wish = in_description;
     wish.m_driver = in_description.m_driver.empty() ? GetDriver(in_line) : in_description.m_driver;
-    wish.m_values = in_description.m_values;
-    wish.m_unset = in_description.m_unset;
     wish.m_isAbsent = in_description.IsAbsent();
     wish.m_isReplaced = in_line.Has("--replace");
     try {
@@ -100,11 +98,7 @@ void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_drive
     for (const std::string& dsn : GetDsnNames(in_view)) {
         const bool isOurs = IsSameName(in_view.Get(dsn, "Driver").value_or(""), in_driver);
         if (!isOurs || described.contains(FoldName(dsn))) continue;
-        DsnWish wish;
-        wish.m_name = dsn;
-        wish.m_driver = in_driver;
-        wish.m_isAbsent = true;
-        AddPlan(wish, in_view, io_results);
+        AddPlan(RemovalOf(dsn, in_driver), in_view, io_results);
     }
 }
 

@@ -57,11 +57,7 @@ private:
         const std::string& name = m_line.m_arguments.front();
         const std::optional<Entries> stored = m_store.Read(name);
         if (!stored) throw NoSuchDsn(m_store, name);
-        DsnWish wish;
-        wish.m_name = name;
-        wish.m_driver = m_driver;
-        wish.m_isAbsent = true;
-        MakePlan(wish, stored);  // refuses a DSN of another driver
+        MakePlan(RemovalOf(name, m_driver), stored);  // refuses a DSN of another driver
         CheckAccess();
         m_stored = *stored;
         if (!isCopy) m_name = name;
@@ -132,10 +128,7 @@ private:
         if (!isNew && !current) throw NoSuchDsn(m_store, m_name);
         DsnResults results{{MakePlan(in_wish, current), {}}};
         if (m_isOldRemoved) {
-            DsnWish old;
-            old.m_name = m_name;
-            old.m_driver = m_driver;
-            old.m_isAbsent = true;
+            const DsnWish old = RemovalOf(m_name, m_driver);
             results.push_back({MakePlan(old, ReadDsn(in_view, m_name)), {}});
         }
         return results;

@@ -62,15 +62,11 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
         std::set<std::string> known;
         for (const std::string& dsn : in_line.m_arguments) {
             if (!known.insert(FoldName(dsn)).second) continue;
-            DsnWish wish;
-            wish.m_name = dsn;
-            wish.m_driver = GetDriver(in_line);
-            wish.m_isAbsent = true;
             const std::optional<Entries> current = ReadDsn(in_view, dsn);
             if (!current && !in_line.Has("--if-exists")) {
                 throw NoSuchDsn(DsnStore(GetScope(in_line)), dsn);
             }
-            results.push_back({MakePlan(wish, current), {}});
+            results.push_back({MakePlan(RemovalOf(dsn, GetDriver(in_line)), current), {}});
         }
         return results;
     });

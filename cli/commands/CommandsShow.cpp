@@ -5,6 +5,7 @@
 #include "cli/commands/Report.h"
 #include "cli/dsn/Description.h"
 #include "cli/examine/DsnFindings.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -64,14 +65,11 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
 }
 
 /// The first ones, in a line that can be read.
-std::string Join(const std::vector<std::string>& in_names) {
+std::string JoinFirst(const std::vector<std::string>& in_names) {
     constexpr std::size_t MOST = 10;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(in_names.size(), MOST); ++i) {
-        text += (i == 0 ? "" : ", ") + in_names[i];
-    }
-    if (in_names.size() > MOST) text += " and " + std::to_string(in_names.size() - MOST) + " more";
-    return text;
+    const std::string first = Join(std::span(in_names).first(std::min(in_names.size(), MOST)));
+    if (in_names.size() <= MOST) return first;
+    return first + " and " + std::to_string(in_names.size() - MOST) + " more";
 }
 
 using Rows = std::vector<std::vector<std::string>>;
@@ -187,10 +185,11 @@ ExitCode ExportDsns(const CommandLine& in_line) {
     }
     std::cout << FormatDescriptions(descriptions, format);
     if (!secrets.empty()) {
-        PrintError("Passwords are left out; --show-secrets writes them: " + Join(secrets) + ".");
+        PrintError("Passwords are left out; --show-secrets writes them: " + JoinFirst(secrets) +
+                   ".");
     }
     if (!others.empty()) {
-        PrintError("Values that are no text are left out: " + Join(others) + ".");
+        PrintError("Values that are no text are left out: " + JoinFirst(others) + ".");
     }
     return EXIT_DONE;
 }

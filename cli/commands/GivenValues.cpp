@@ -68,7 +68,8 @@ void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
 void CheckUnset(const std::string& in_key) {
     const std::string reason = WhyNoKey(in_key);
     if (!reason.empty()) Refuse("--unset: " + in_key + " cannot be removed: " + reason + ".");
-    if (IsRequiredKey(in_key)) {
+    const ODBC::DialogField* const field = FindField(in_key);
+    if (field != nullptr && field->m_isRequired) {
         Refuse("--unset: a DSN cannot do without " + CanonicalKey(in_key) + ".");
     }
 }
@@ -87,9 +88,10 @@ void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
 
 void CheckComplete(const DsnWish& in_wish) {
     std::string missing;
-    for (const std::string_view key : FIELD_KEYS) {
-        if (!IsRequiredKey(key) || !in_wish.m_values.Get(key).empty()) continue;
-        missing += (missing.empty() ? "--" : " and --") + FoldCase(key);
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        const bool isNeeded = field.m_isRequired && field.m_key != "DSN";
+        if (!isNeeded || !in_wish.m_values.Get(field.m_key).empty()) continue;
+        missing += (missing.empty() ? "--" : " and --") + FoldCase(field.m_key);
     }
     if (!missing.empty()) Refuse("A new DSN needs " + missing + ".");
 }

@@ -6,16 +6,13 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/dsn/Entries.h"
+#include "cli/dsn/DsnPlan.h"
 
 namespace Veltrane::Cli {
 
-struct DsnDescription {
-    std::string m_name;
-    std::string m_driver;  ///< empty: the command's
-    std::string m_state;   ///< "present", "absent" or empty
-    Entries m_values;
-    std::vector<std::string> m_unset;
+/// An empty driver is the command's.
+struct DsnDescription : DsnWish {
+    std::string m_state;        ///< "present", "absent" or empty
     std::string m_pwdVariable;  ///< where the password is to be taken from; empty: nowhere
     std::string m_pwdFile;
 

@@ -1,6 +1,7 @@
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/DescriptionFormats.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -14,12 +15,10 @@ public:
         : m_source(in_source), m_notes(out_notes) {}
 
     Descriptions Run(std::string_view in_text) {
-        while (!in_text.empty()) {
+        ForEachLine(in_text, [this](std::string_view in_line) {
             ++m_line;
-            const std::size_t end = in_text.find('\n');
-            ReadLine(Trim(in_text.substr(0, end)));
-            in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
-        }
+            ReadLine(Trim(in_line));
+        });
         return std::move(m_descriptions);
     }
 

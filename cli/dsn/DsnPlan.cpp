@@ -21,12 +21,6 @@ Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
     return text;
 }
 
-void CheckField(const ODBC::DialogField& in_field, const std::string& in_value) {
-    if (const char* const reason = ODBC::WhyRefused(in_field, in_value)) {
-        Refuse(std::string(in_field.m_key), reason);
-    }
-}
-
 /// What is new has to be what the setup library takes and what reads back as it is. What is stored
 /// already may stay.
 void CheckSection(const DsnPlan& in_plan) {
@@ -37,7 +31,8 @@ void CheckSection(const DsnPlan& in_plan) {
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         const std::string key(field.m_key);
         const std::string value = key == "DSN" ? in_plan.m_name : in_plan.m_after.Get(key);
-        if (!isStored(key, value)) CheckField(field, value);
+        const char* const reason = ODBC::WhyRefused(field, value);
+        if (reason != nullptr && !isStored(key, value)) Refuse(key, reason);
     }
     if (!ODBC::OdbcInstaller::ValidDSN(Utf8Text(in_plan.m_name))) {
         Refuse("DSN", "The ODBC installer refuses this name.");
@@ -55,12 +50,13 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     for (const auto& [key, value] : in_wish.m_values) merged.Set(key, value);
     for (const std::string& key : in_wish.m_unset) merged.Remove(key);
     Entries section{{"Driver", in_wish.m_driver}};
-    for (const std::string_view key : FIELD_KEYS) {
-        const std::string value = merged.Get(key);
-        if (IsRequiredKey(key) || !value.empty()) section.Set(key, value);
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        const std::string value = merged.Get(field.m_key);
+        const bool isWritten = field.m_isRequired || !value.empty();
+        if (field.m_key != "DSN" && isWritten) section.Set(field.m_key, value);
     }
     for (const auto& [key, value] : merged) {
-        if (section.Find(key) == nullptr && !IsFieldKey(key)) section.Set(key, value);
+        if (section.Find(key) == nullptr && FindField(key) == nullptr) section.Set(key, value);
     }
     return section;
 }
@@ -81,7 +77,7 @@ std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after
                          const std::string* in_new) {
         if (in_old == nullptr || in_new == nullptr) {
             const std::string& value = in_old == nullptr ? *in_new : *in_old;
-            if (IsFieldKey(in_key) && value.empty()) return;
+            if (FindField(in_key) != nullptr && value.empty()) return;
         } else if (EqualsIgnoringCase(in_key, "Driver") ? EqualsIgnoringCase(*in_old, *in_new)
                                                         : *in_old == *in_new) {
             return;
@@ -101,6 +97,14 @@ std::string WhyNoKey(std::string_view in_key) {
     if (EqualsIgnoringCase(in_key, "DSN")) return "the name of the DSN is the command's argument";
     if (EqualsIgnoringCase(in_key, "Driver")) return "the driver is given with --driver";
     return {};
+}
+
+DsnWish RemovalOf(const std::string& in_dsn, const std::string& in_driver) {
+    DsnWish wish;
+    wish.m_name = in_dsn;
+    wish.m_driver = in_driver;
+    wish.m_isAbsent = true;
+    return wish;
 }
 
 DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current) {

@@ -21,6 +21,8 @@ struct DsnWish {
     bool m_isReplaced = false;  ///< keys that are not given go; otherwise they stay
 };
 
+DsnWish RemovalOf(const std::string& in_dsn, const std::string& in_driver);
+
 enum class Action { None, Add, Change, Remove };
 
 /// A key that differs.

@@ -49,25 +49,16 @@ void Entries::Remove(std::string_view in_key) {
                   [in_key](const Entry& in_entry) { return IsSameName(in_entry.first, in_key); });
 }
 
-std::string CanonicalKey(std::string_view in_key) {
-    for (const std::string_view key : FIELD_KEYS) {
-        if (EqualsIgnoringCase(key, in_key)) return std::string(key);
+const ODBC::DialogField* FindField(std::string_view in_key) {
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        if (field.m_key != "DSN" && EqualsIgnoringCase(field.m_key, in_key)) return &field;
     }
-    return std::string(in_key);
+    return nullptr;
 }
 
-bool IsFieldKey(std::string_view in_key) {
-    return std::any_of(
-        std::begin(FIELD_KEYS), std::end(FIELD_KEYS),
-        [in_key](std::string_view in_field) { return EqualsIgnoringCase(in_field, in_key); });
-}
-
-bool IsRequiredKey(std::string_view in_key) {
-    return IsFieldKey(in_key) && std::any_of(ODBC::DIALOG_FIELDS.begin(), ODBC::DIALOG_FIELDS.end(),
-                                             [in_key](const ODBC::DialogField& in_field) {
-                                                 return in_field.m_isRequired &&
-                                                        EqualsIgnoringCase(in_field.m_key, in_key);
-                                             });
+std::string CanonicalKey(std::string_view in_key) {
+    const ODBC::DialogField* const field = FindField(in_key);
+    return std::string(field == nullptr ? in_key : field->m_key);
 }
 
 bool IsSecretKey(std::string_view in_key) {

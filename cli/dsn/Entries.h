@@ -59,11 +59,10 @@ inline constexpr auto FIELD_KEYS = [] {
     return keys;
 }();
 
+/// The field of a key, in any case; null for a key that the setup library does not write.
+const ODBC::DialogField* FindField(std::string_view in_key);
 /// A field's key as the setup library spells it; any other key as it is.
 std::string CanonicalKey(std::string_view in_key);
-bool IsFieldKey(std::string_view in_key);
-/// What a DSN cannot do without.
-bool IsRequiredKey(std::string_view in_key);
 /// Whether the value is to be masked: the password, and what others may have named alike.
 bool IsSecretKey(std::string_view in_key);
 

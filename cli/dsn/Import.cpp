@@ -92,7 +92,7 @@ private:
         description.m_name = in_dsn.m_name;
         description.m_driver = in_driver.m_isOurs ? m_wish.m_driver : in_driver.m_name;
         for (const auto& [key, value] : in_values) {
-            if (!WhyNoKey(key).empty() || (IsFieldKey(key) && value.empty())) continue;
+            if (!WhyNoKey(key).empty() || (FindField(key) != nullptr && value.empty())) continue;
             if (!ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
                 m_notes.push_back(Quote(in_dsn.m_name) + ": " + key +
                                   " is left out: no line of odbc.ini can hold it unchanged.");

@@ -28,17 +28,17 @@ ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
 /// The driver manager reads them as well as it can, which may not be what was meant.
 void NoteOddLines(std::string_view in_text, const std::string& in_source,
                   std::vector<std::string>& out_notes) {
-    for (std::size_t number = 1; !in_text.empty(); ++number) {
-        const std::size_t end = in_text.find('\n');
-        const std::string_view line = Orska::Support::Trim(in_text.substr(0, end));
-        in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
-        if (line.empty() || ODBC::OdbcIniLine::IsComment(line.front())) continue;
+    std::size_t number = 0;
+    ForEachLine(in_text, [&](std::string_view in_line) {
+        ++number;
+        const std::string_view line = Orska::Support::Trim(in_line);
+        if (line.empty() || ODBC::OdbcIniLine::IsComment(line.front())) return;
         const char wanted = line.front() == '[' ? ']' : '=';
-        if (line.find(wanted) != std::string_view::npos) continue;
+        if (line.find(wanted) != std::string_view::npos) return;
         out_notes.push_back(in_source + ", line " + std::to_string(number) + " has no \"" + wanted +
                             "\"; it is read as " +
                             (wanted == ']' ? "a section." : "a key without a value."));
-    }
+    });
 }
 
 }  // namespace

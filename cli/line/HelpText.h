@@ -6,20 +6,11 @@
 #include <string_view>
 
 #include "cli/line/CommandTable.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 inline constexpr std::size_t MAX_COLUMNS = 80;
-
-/// Calls a function for each line of a text of the table.
-template <typename Function>
-void ForEachLine(std::string_view in_text, const Function& in_function) {
-    while (!in_text.empty()) {
-        const std::size_t end = in_text.find('\n');
-        in_function(in_text.substr(0, end));
-        in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
-    }
-}
 
 /// Breaks a text at blanks; each line begins with `in_indent` blanks.
 std::string Wrap(std::string_view in_text, std::size_t in_indent,

@@ -19,6 +19,16 @@ std::string Join(const Texts& in_texts, std::string_view in_between = ", ") {
 
 inline std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
 
+/// Calls a function for each line of a text.
+template <typename Function>
+void ForEachLine(std::string_view in_text, const Function& in_function) {
+    while (!in_text.empty()) {
+        const std::size_t end = in_text.find('\n');
+        in_function(in_text.substr(0, end));
+        in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
+    }
+}
+
 /// The known word that differs from a word by one letter, in longer words by two: one too many, one
 /// missing or another one. ASCII case does not count.
 /// @return empty when there is none, or when the word is a known one
