@@ -59,7 +59,8 @@ class ToolTest(unittest.TestCase):
         """Runs the tool, checks its exit code, and gives its output and its errors."""
         process = self.stage.start(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, text=True, encoding="utf-8",
-                                   start_new_session=True, environment=environment)
+                                   errors="surrogateescape", start_new_session=True,
+                                   environment=environment)
         output, errors = process.communicate(stdin, timeout=120)
         self.assertEqual(process.returncode, code, f"{arguments}: {output}{errors}")
         return output, errors

@@ -69,6 +69,12 @@ class LineTest(RefusalTest):
                 ("come from two places", *add, "--pwd-stdin", "--pwd-env", "X"),
                 ("A new DSN needs --server and --database.", "add", "new", "--uid", "u")):
             self.assert_refused(part, *arguments)
+        for words in ("-p PWD=hunter2", "-p pwd=hunter2", "--pwd hunter2", "--password=hunter2",
+                      "--connection-string UID=u;PWD=hunter2"):
+            self.assert_refused("--pwd-stdin", *add, *words.split(" "))
+        self.assert_refused("too many", *add, "--pwd-stdin", "hunter2")
+        self.assert_refused("--pwd-env: the variable NOT_SET is not set.", *add, "--pwd-env", "NOT_SET", code=1)
+        self.assert_refused(": cannot read: ", *add, "--pwd-file", self.stage.NOWHERE, code=1)
         self.assert_refused("PWD: ", "set", "sales", "--pwd-stdin", stdin="hunter2 ", code=1)
         self.assert_refused("pwd_env: the variable NOT_SET is not set.", "apply", "-", "-q", stdin=json.dumps(
             [{"name": "sales", "pwd_env": "NOT_SET", "values": {}}]), code=1)
@@ -185,6 +191,118 @@ class InputTest(RefusalTest):
         for result, reason in zip(results[2:], reasons):
             self.assertTrue(result["message"].startswith(reason), result)
         self.assertNotIn("hunter2", str(results))
+
+
+REGISTRY = "Windows Registry Editor Version 5.00\r\n[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\a]\r\n"
+
+
+class ImportTest(RefusalTest):
+    """Bytes that are no UTF-8 are written as lone surrogates."""
+
+    def test_takes_what_people_have(self):
+        source = "standard input"
+        for point, text, expected, *options in (
+                ("the list names the driver where the section has a path, and one that is gone",
+                 "[ODBC]\nTrace=1\n[ODBC Data Sources]\na=Veltrane\nb=Other\ngone=Veltrane\n"
+                 "[a]\nDriver=/lib/v.so\nserver = s ; x\nPWD=hunter2\nTrace=\nUID=\n[b]\nDriver=/o.so\n"
+                 "[c]\nDriver=veltrane\n[d]\nServer=s\n[A]\nServer=second\n",
+                 "[a]\nDriver=Veltrane\nServer=s ; x\nTrace=\n[c]\nDriver=Veltrane\n"
+                 "[A] is left out: there is one of this name before it.\n"
+                 '"gone" is left out: it is listed, but has no values.\n'
+                 '"b" is left out: it is one of the driver "Other".\n'
+                 '"d" is left out: it has no driver.\n'
+                 "Passwords are left out; --show-secrets takes them, too.\n"),
+                ("another name there, in latin1", "[a]\nDriver=V 2\nServer=B\udcfcro\nPWD=p\n",
+                 "[a]\nDriver=V3\nServer=Büro\nPWD=p\n", "--driver", "V3", "--from-driver", "v 2",
+                 "--show-secrets"),
+                ("all drivers, in another encoding",
+                 "[a]\nDriver=V\nDatabase=\udc93\udc8c\udc8b\udc9e\n[b]\nDriver=W\n",
+                 "[a]\nDriver=V\nDatabase=東京\n[b]\nDriver=W\n", "--encoding", "cp932", "--all"),
+                ("a file DSN", "[ODBC]\r\nDRIVER={Veltrane}\r\nUID=anna\r\nDatabase={a;}}b}\r\nServer=s\r\n",
+                 "[Sales]\nDriver=Veltrane\nUID=anna\nDatabase=a;}b\nServer=s\n", "--name", "Sales"),
+                ("strings, expandable strings, numbers, other kinds and an unknown escape",
+                 REGISTRY + '@="own"\r\n"Driver"="Veltrane"\r\n"Database"="C:\\\\a \\"b\\" \\c" ; x\r\n'
+                 '"Server"=hex(2):64,00,\\\r\n  fc,00,00,00\r\n"Port"=dword:0000001f\r\n'
+                 '"Blob"=hex:01,02\r\n"Many"=hex(7):61,00,00,00\r\n"Line"="x\r\ny"\r\n'
+                 "; comment\r\n[-HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\z]\r\n"
+                 '[HKEY_CURRENT_USER\\Software\\Other]\r\n"x"="y"\r\n'
+                 '[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\a\\Sub]\r\n"x"="y"\r\n',
+                 '[a]\nDriver=Veltrane\nDatabase=C:\\a "b" \\c\nServer=dü\nPort=31\n'
+                 '"a": Blob is left out: its value is no text.\n'
+                 '"a": Many is left out: its value is no text.\n'
+                 '"a": the key Sub in it is left out.\n'
+                 '"a": Line is left out: no line of odbc.ini can hold it unchanged.\n'),
+                ("an old export, with each scope's list; the user's DSN wins",
+                 "REGEDIT4\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\ODBC\\ODBC.INI\\ODBC Data Sources]\n"
+                 '"a"="Veltrane"\n"b"="Veltrane"\n'
+                 '[HKEY_LOCAL_MACHINE\\SOFTWARE\\ODBC\\ODBC.INI\\a]\n"Driver"="C:\\\\v.dll"\n'
+                 '[HKEY_LOCAL_MACHINE\\SOFTWARE\\ODBC\\ODBC.INI\\b]\n"Server"=hex(2):80,00\n'
+                 '[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\ODBC\\ODBC.INI\\c]\n"Driver"="Veltrane"\n'
+                 '[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\A]\n"Driver"="Veltrane"\n',
+                 "[A]\nDriver=Veltrane\n[b]\nDriver=Veltrane\nServer=€\n"
+                 '"a" is left out: there is one of this name before it.\n'
+                 '"c" is left out: it is for programs of 32 bits.\n'),
+                ("lines that the driver manager reads as well as it can",
+                 "[a\r\nDriver=Veltrane\r\n; x\r\nServer\r\n",
+                 f'[a]\nDriver=Veltrane\n{source}, line 1 has no "]"; it is read as a section.\n'
+                 f'{source}, line 4 has no "="; it is read as a key without a value.\n'),
+                ("one object of PowerShell",
+                 '{"Name": "a", "DsnType": "User", "Platform": "32/64-bit", "DriverName": "Veltrane", '
+                 '"Attribute": {"Driver": "C:\\\\v.dll", "Server": "東京", "PWD": "", "Port": 3, '
+                 '"Pooled": [1], "X": null}, "CimClass": {}}',
+                 '[a]\nDriver=Veltrane\nServer=東京\nPort=3\n"a": Pooled is left out: its value is no text.\n'),
+                ("a list of them, in other forms of values",
+                 '{"value": [{"Name": "a", "DsnType": "System", "DriverName": "Veltrane", '
+                 '"PropertyValue": ["Server=s=t", "UID=u"]}, {"Name": "b", "Platform": "32-bit", '
+                 '"DriverName": "Veltrane"}, {"Name": "c", "DriverName": "Veltrane", "Attribute": '
+                 '[{"Key": "Server", "Value": "x"}, {"Name": "Trace", "Value": "1"}]}], "Count": 3}',
+                 "[c]\nDriver=Veltrane\nServer=x\nTrace=1\n[a]\nDriver=Veltrane\nServer=s=t\nUID=u\n"
+                 '"b" is left out: it is for programs of 32 bits.\n')):
+            with self.subTest(point):
+                output, errors = self.run_tool("import", "-", *options, stdin=text)
+                lines = ""
+                for dsn in json.loads(output)["data_sources"]:
+                    lines += "[{name}]\nDriver={driver}\n".format(**dsn)
+                    lines += "".join(f"{key}={value}\n" for key, value in dsn["values"].items())
+                self.assertEqual(lines + errors.replace("veltrane-dsn: ", ""), expected)
+
+    def test_refuses_with_the_place_and_without_values(self):
+        for text, reason, *options in (
+                (" \n", " is empty: it has no DSN."),
+                ("[a]\0\n", " is no text, or is UTF-16 without a byte order mark."),
+                ("hunter2\n[a]\nx=y\n", " is no odbc.ini, file DSN, export of the registry or JSON of Get-OdbcDsn."),
+                ("# [a]\n", " has no DSN."),
+                ("[ODBC]\nPWD=hunter2\n", " has no DSN: its section [ODBC] names no driver."),
+                ("[ODBC]\nDSN=hunter2\n", " only names a DSN of its machine; import that one."),
+                ('REGEDIT4\n"PWD"="hunter2"\n', ", line 2: neither a key, a value of one nor a comment."),
+                ("REGEDIT4\n[HKEY_hunter2\n", ", line 2: a key without its closing bracket."),
+                (REGISTRY + "hunter2\n", ", line 3: neither a key, a value of one nor a comment."),
+                (REGISTRY + '"PWD"="hunter2\n\n', ", line 3: a text without its closing quote."),
+                (REGISTRY + '"PWD"="x"hunter2\n', ", line 3: text after a value."),
+                (REGISTRY + '"PWD" hunter2\n', ', line 3: a name without "=".'),
+                (REGISTRY + '"PWD"=hunter2\n', ", line 3: a value of an unknown kind."),
+                (REGISTRY + '"PWD"=dword:hunter2\n', ", line 3: a dword that is no number."),
+                (REGISTRY + '"PWD"=hex(2):61,hunter2\n', ", line 3: a byte that is no number."),
+                (REGISTRY + '"PWD"=hex(2):6161\n', ", line 3: bytes without a comma between them."),
+                (REGISTRY + '"PWD"=hex(2', ", line 3: a value of an unknown kind."),
+                ('{"hunter2" 1}', ", line 1, column 12: not JSON in UTF-8."),
+                ('[{"Name": 1}]', ': entry 1 has "Name", which is not a text.'),
+                ('{"x": "hunter2"}', ': entry 1 has no "Name".'),
+                ('[{"Name": "a"}, "hunter2"]', ": entry 2 is not an object."),
+                ('{"Name": "a", "Attribute": "hunter2"}',
+                 ': entry 1 has "Attribute" cut short; write it by ConvertTo-Json -Depth 4.'),
+                ('{"Name": "a", "PropertyValue": ["hunter2"]}',
+                 ': entry 1 has "PropertyValue" with a key that has no value.'),
+                ('[{"name": "a"}]', " is a description already: apply takes it."),
+                ('{"data_sources": []}', " is a description already: apply takes it."),
+                ("[a]\nx=\udcff\n", " has bytes that are no text in its encoding.", "--encoding", "utf-8")):
+            self.assert_refused("veltrane-dsn: standard input" + reason, "import", "-", *options, stdin=text, code=1)
+        for text, reason, *options in (
+                ("[ODBC]\nDriver=Veltrane\n", "A file DSN holds no name: give --name."),
+                ("[a]\nx=\udcff\n", "--encoding names an encoding that is not known.", "--encoding", "no-such"),
+                ("[a]\nx=y\n", "--name is for a file DSN; standard input has the names of its DSNs.",
+                 "--name", "b")):
+            self.assert_refused(reason, "import", "-", *options, stdin=text)
 
 
 if __name__ == "__main__":
