@@ -25,7 +25,6 @@ class Stage:
         self.places = {"user": os.path.join(folder, "user.ini"),
                        "system": os.path.join(folder, "odbc.ini"),
                        "drivers": os.path.join(folder, "odbcinst.ini")}
-        self.record = self.places["user"] + ".veltrane-dsn-change"
         self.environment = {
             "PATH": os.environ["PATH"], "HOME": folder, "ODBCSYSINI": folder,
             "ODBCINSTINI": "odbcinst.ini", "ODBCINI": self.places["user"], "TERM": "xterm",
@@ -74,11 +73,6 @@ class Stage:
                     key, value = line.split("=", 1)
                     entries[key] = value
         return sections
-
-    def write_record(self, text):
-        with open(self.record, "w", encoding="utf-8") as file:
-            file.write(text)
-        os.chmod(self.record, 0o600)
 
     def compile(self, name, source, *libraries):
         """Gives the path of a shared library, which needs these in the same folder."""

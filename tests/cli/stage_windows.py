@@ -55,7 +55,6 @@ class Stage:
         self.places = {"user": r"HKEY_CURRENT_USER\Software\ODBC\ODBC.INI",
                        "system": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBC.INI",
                        "drivers": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBCINST.INI"}
-        self.record = f"HKEY_CURRENT_USER\\{RECORD_KEY}\\Change"
         # What is to be written to the registry before the next program runs: a start of one that
         # does so takes as long as that of the tool.
         self.unwritten = [f"[-HKEY_CURRENT_USER\\{RECORD_KEY}]",
@@ -150,10 +149,6 @@ class Stage:
                         if "Driver" in entries}
             assert sections.pop(DATA_SOURCES, {}) == expected, sections
         return sections
-
-    def write_record(self, text):
-        bytes_of = ",".join(f"{byte:02x}" for byte in (text + "\0").encode("utf-16-le"))
-        self.unwritten += [f"[HKEY_CURRENT_USER\\{RECORD_KEY}]", f'"Change"=hex(1):{bytes_of}']
 
     def compile(self, name, source, *libraries):
         """Gives the path of a shared library, which needs these in the same folder."""

@@ -114,6 +114,11 @@ class RegistryTest(ToolTest):
         self.assertIn(self.stage.places["system"] + " can be read by everybody and holds the "
                       "passwords of: sales.", found[0]["text"])
 
+    def test_doctor_names_what_a_killed_run_of_an_older_version_left(self):
+        record = "HKEY_CURRENT_USER\\Software\\Veltrane\\veltrane-dsn"
+        self.stage.unwritten += [f"[{record}]", '"Change"="[change]"']
+        self.assertIn(record + "\\Change", self.findings(0)["change-interrupted"])
+
     def test_a_library_of_the_system_needs_no_file(self):
         needed = self.stage.compile("API-MS-Win-none-l1-1-0", self.stage.PRELUDE +
                                     "EXPORTED int needed(void) { return 1; }")

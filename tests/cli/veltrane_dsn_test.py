@@ -80,11 +80,6 @@ class ChangeTest(ToolTest):
         self.run_tool("set", "sales", "--server", "t")
         self.assertEqual(self.dsns(), {"sales": {**SALES, **long, "Server": "t"}})
 
-    def test_doctor_names_what_a_killed_run_of_an_older_version_left(self):
-        self.write({"sales": SALES})
-        self.stage.write_record("[change]\nDSN=sales\n[before]\n[kept]\nHint=1\n[end]\n")
-        self.assertIn(self.stage.record, self.findings(0)["change-interrupted"])
-
     def test_existing_and_missing_dsns_have_exit_codes_of_their_own(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
         before = self.dsns()
@@ -108,7 +103,6 @@ class ChangeTest(ToolTest):
         output, _ = self.run_tool("set", "sales", "--server", "x", "--unset", "UID", "-p", "A=", "-n")
         self.assertEqual(output, "sales: would be changed\n-Server=db\n+Server=x\n-UID=anna\n+A=\n")
         self.run_tool("remove", "sales", "--dry-run")
-        self.run_tool("add", "more", "--server", "x", "--database", "y", "--dry-run")
         self.assertEqual(self.dsns(), before)
 
     def test_a_new_dsn_needs_a_registered_driver(self):
@@ -203,18 +197,6 @@ class SecretsTest(ToolTest):
         _, errors = self.add_sales("--pwd-file", self.stage.native(self.path("password")), code=1)
         self.assertIn("not valid UTF-16", errors)
 
-    def test_a_password_on_the_command_line_is_refused_with_a_hint(self):
-        for arguments in (["-p", "PWD=hunter2"], ["-p", "pwd=hunter2"], ["--pwd", "hunter2"],
-                          ["--password=hunter2"], ["--connection-string", "UID=u;PWD=hunter2"],
-                          ["--pwd-stdin", "hunter2"]):
-            _, errors = self.add_sales(*arguments, code=2)
-            self.assertNotIn("hunter2", errors)
-            if arguments[0] != "--pwd-stdin":
-                self.assertIn("--pwd-stdin", errors)
-        self.add_sales("--pwd-env", "NOT_SET", code=1)
-        self.add_sales("--pwd-file", self.stage.NOWHERE, code=1)
-        self.assertEqual(self.dsns(), {})
-
     def test_asks_on_a_terminal_without_showing_the_answer(self):
         self.add_sales()
         code, shown = self.run_on_a_terminal("set", "sales", "--pwd-prompt",
@@ -294,34 +276,22 @@ class ApplyTest(ToolTest):
                              "sales: added\n1 added\n")
             self.assertEqual(self.dsns(), before)
 
-    def test_an_import_describes_or_applies_and_names_what_it_leaves_out(self):
-        key = "[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\"
-        text = ("Windows Registry Editor Version 5.00\r\n\r\n" + key + "ODBC Data Sources]\r\n"
-                '"sales"="Veltrane 2"\r\n"theirs"="Other"\r\n' + key + "sales]\r\n"
-                '"Driver"="C:\\\\v.dll"\r\n"Server"="db"\r\n"Database"="東京"\r\n"PWD"="hunter2"\r\n'
-                + key + 'theirs]\r\n"Driver"="C:\\\\o.dll"\r\n')
-        with open(self.path("old.reg"), "wb") as file:
-            file.write(text.encode("utf-16"))
-        reg = self.stage.native(self.path("old.reg"))
+    def test_an_import_is_applied_only_where_that_is_said(self):
+        with open(self.path("file.dsn"), "wb") as file:
+            file.write("[ODBC]\nDRIVER=Old\nSERVER=db\nDATABASE=東京\nPWD=hunter2\n".encode("utf-16"))
+        file = self.stage.native(self.path("file.dsn"))
         wished = {**SALES, "Database": "東京"}
-        self.run_tool("import", reg, code=1)
-        described, errors = self.run_tool("import", reg, "--from-driver", "veltrane 2")
-        self.assertIn('"theirs" is left out: it is one of the driver "Other".', errors)
+        self.assertIn("--from-driver", self.run_tool("import", file, code=1)[1])
+        described, errors = self.run_tool("import", file, "--from-driver", "old")
         self.assertIn("Passwords are left out", errors)
-        self.assertNotIn("hunter2", described + errors)
         self.assertEqual(self.dsns(), {})
         self.run_tool("apply", "-", stdin=described)
-        self.assertEqual(self.dsns(), {"sales": wished})
-        output, errors = self.run_tool("import", reg, "--from-driver", "Veltrane 2", "--apply",
-                                       "--show-secrets", "-q")
-        self.assertEqual((output, errors, self.dsns()),
-                         ("", "", {"sales": {**wished, "PWD": "hunter2"}}))
-        file_dsn = self.write_file("file.dsn", "[ODBC]\nDRIVER=Veltrane\nSERVER=x\nDATABASE=d\n")
-        self.run_tool("import", file_dsn, "--apply", "--system")
-        self.assertEqual(self.dsns("system"), {"file": {**SALES, "Server": "x"}})
+        self.assertEqual(self.dsns(), {"file": wished})
+        self.assertEqual(self.run_tool("import", file, "--from-driver", "Old", "--apply", "--system",
+                                       "--show-secrets", "-q"), ("", ""))
+        self.assertEqual(self.dsns("system"), {"file": {**wished, "PWD": "hunter2"}})
         for option in ("--dry-run", "--system", "--json"):
-            self.assertIn(option + " needs --apply.",
-                          self.run_tool("import", file_dsn, option, code=2)[1])
+            self.assertIn(option + " needs --apply.", self.run_tool("import", file, option, code=2)[1])
 
     def test_replace_removes_what_is_not_described(self):
         self.add_sales("--uid", "u", "-p", "X=1")
@@ -407,7 +377,6 @@ class DriverTest(ToolTest):
         self.assertNotEqual(self.stage.read("drivers"), before)
         self.run_tool(*unregister, setup)
         self.assertEqual(self.stage.read("drivers"), before)
-        self.run_tool("driver", "unregister", "--driver", "V 2", code=3)
 
     def test_no_name_reaches_what_is_no_driver(self):
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup}, "ODBC": {"Trace": "1"}})
@@ -432,25 +401,22 @@ class DriverTest(ToolTest):
 
 
 class DoctorTest(ToolTest):
-    def test_finds_nothing_wrong_where_nothing_is(self):
-        self.add_sales()
-        found = self.findings(0)
-        self.assertRegex(found["manager-version"], self.stage.MANAGER)
-        self.assertNotIn("library-not-found", found)
-        self.assertIn("answers requests", found["driver-answers"])
-        output, _ = self.run_tool("doctor", "-v", NO_COLOR="1")
-        self.assertTrue(all(len(line) <= 80 or "/" in line or "\\" in line
-                            for line in output.splitlines()), output)
-        self.assertIn("0 errors", output)
-
     def test_prints_one_line_where_nothing_is_wrong_and_changes_nothing(self):
         library = self.stage.compile("driver", self.stage.PRELUDE + "EXPORTED int SQLAllocHandle;")
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
         before = set(os.listdir(self.folder))
+        self.add_sales()
         output, _ = self.run_tool("doctor")
         self.assertRegex(output, r"^Nothing is wrong\. --verbose shows \d+ notes\.\n$")
-        self.assertIn("Nothing has to be done.", self.run_tool("doctor", "-v")[0])
-        self.assertLessEqual(set(os.listdir(self.folder)) - {"unwritten.reg"}, before)
+        output, _ = self.run_tool("doctor", "-v", NO_COLOR="1")
+        self.assertIn("Nothing has to be done.", output)
+        self.assertIn("0 errors, 0 warnings, ", output)
+        self.assertLessEqual(max(len(line) for line in output.splitlines()
+                                 if "/" not in line and "\\" not in line), 80)
+        found = self.findings(0)
+        self.assertRegex(found["manager-version"], self.stage.MANAGER)
+        self.assertIn("answers requests", found["driver-answers"])
+        self.assertLessEqual(set(os.listdir(self.folder)) - {"unwritten.reg", "user.ini"}, before)
 
     def register_compiled(self, source, *libraries):
         path = self.stage.compile("tested", self.stage.PRELUDE + source, *libraries)
