@@ -57,18 +57,14 @@ class ModuleTest(unittest.TestCase):
             self.assertIs(self.run_module(absent)["changed"], expected)
         self.assertEqual(self.ini.read_text(), "")
 
-    def test_keeps_or_replaces_keys_that_are_not_named(self):
-        self.run_module({"name": "sales", "values": {**SALES["values"], "UID": "u", "Port": 1}})
-        self.run_module({"name": "sales", "values": {"UID": None}})
-        self.assertEqual(self.ini.read_text(),
-                         "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nPort=1\n\n")
-        self.run_module(SALES, replace=True)
-        self.assertNotIn("Port", self.ini.read_text())
-
-    def test_works_on_the_dsns_of_a_user(self):
-        self.run_module(SALES, scope="user")
+    def test_passes_on_scope_removed_keys_and_replace(self):
+        user = self.folder / "user.ini"
+        self.run_module({"name": "sales", "values": {**SALES["values"], "UID": "u", "Port": 1}}, scope="user")
+        self.run_module({"name": "sales", "values": {"UID": None}}, scope="user")
+        self.assertEqual(user.read_text(), "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nPort=1\n\n")
+        self.run_module(SALES, replace=True, scope="user")
+        self.assertNotIn("Port", user.read_text())
         self.assertEqual(self.ini.read_text(), "")
-        self.assertIn("[sales]\n", (self.folder / "user.ini").read_text())
 
     def test_one_that_fails_is_named_with_its_reason_and_the_others_are_done(self):
         answer = self.run_module({"name": "bad"}, SALES, {"name": "a[b", "values": {}})
