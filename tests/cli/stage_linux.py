@@ -1,6 +1,5 @@
 """Linux: profiles are files, which the environment names; the installer is unixODBC's."""
 import os
-import subprocess
 
 
 class Stage:
@@ -8,7 +7,9 @@ class Stage:
     NOWHERE = "/no/such/library.so"
     INSTALLER = r"^/.*/libodbcinst\.so"
     MANAGER = r"unixODBC 2\.\d+\.\d+"
-    # For the sources of setup libraries.
+    COMPILER = "cc"
+    LIBRARY, PROGRAM = ".so", ""
+    # For the sources of libraries and programs.
     PRELUDE = """
         #include <dlfcn.h>
         #include <signal.h>
@@ -35,10 +36,6 @@ class Stage:
 
     def prepare(self, arguments):
         return [os.environ["VELTRANE_DSN"], *arguments], self.environment
-
-    def start(self, arguments, environment=None, **others):
-        return subprocess.Popen([os.environ["VELTRANE_DSN"], *arguments],
-                                env={**self.environment, **(environment or {})}, **others)
 
     def native(self, path):
         return path
@@ -73,19 +70,6 @@ class Stage:
                     key, value = line.split("=", 1)
                     entries[key] = value
         return sections
-
-    def compile(self, name, source, *libraries):
-        """Gives the path of a shared library, which needs these in the same folder."""
-        path = os.path.join(self.folder, name)
-        subprocess.run(["cc", "-shared", "-fPIC", "-o", path + ".so", "-x", "c", "-", "-L" + self.folder,
-                        *("-l:" + os.path.basename(it) for it in libraries)],
-                       input=source, text=True, check=True)
-        return path + ".so"
-
-    def compile_program(self, name, source):
-        path = os.path.join(self.folder, name)
-        subprocess.run(["cc", "-x", "c", "-o", path, "-"], input=source, text=True, check=True)
-        return path
 
     def make_foreign(self, library):
         """Makes the library one for a machine of another kind."""

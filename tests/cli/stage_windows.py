@@ -27,7 +27,9 @@ class Stage:
     NOWHERE = "C:\\no\\such\\library.dll"
     INSTALLER = r"(?i)^Z:.*\\odbccp32\.dll$"
     MANAGER = r"(?is)^The ODBC installer is Z:.*\\odbccp32\.dll, 10\.20\.30\.40\."
-    # For the sources of setup libraries.
+    COMPILER = os.environ["C_COMPILER"]
+    LIBRARY, PROGRAM = ".dll", ".exe"
+    # For the sources of libraries and programs.
     PRELUDE = """
         #include <stdio.h>
         #include <stdlib.h>
@@ -80,10 +82,6 @@ class Stage:
         self.write_registry()
         self.exported = {}
         return self.command(self.tool, *arguments), self.environment
-
-    def start(self, arguments, environment=None, **others):
-        command, own = self.prepare(arguments)
-        return subprocess.Popen(command, env={**own, **(environment or {})}, **others)
 
     def native(self, path):
         return "Z:" + path.replace("/", "\\")
@@ -149,20 +147,6 @@ class Stage:
                         if "Driver" in entries}
             assert sections.pop(DATA_SOURCES, {}) == expected, sections
         return sections
-
-    def compile(self, name, source, *libraries):
-        """Gives the path of a shared library, which needs these in the same folder."""
-        path = os.path.join(self.folder, name)
-        subprocess.run([os.environ["C_COMPILER"], "-shared", "-s", "-o", path + ".dll", "-x", "c", "-",
-                        "-x", "none", *(self.unix(it) for it in libraries)],
-                       input=source, text=True, check=True)
-        return self.native(path + ".dll")
-
-    def compile_program(self, name, source):
-        path = os.path.join(self.folder, name + ".exe")
-        subprocess.run([os.environ["C_COMPILER"], "-x", "c", "-o", path, "-"], input=source, text=True,
-                       check=True)
-        return path
 
     def unix(self, path):
         return path[2:].replace("\\", "/")

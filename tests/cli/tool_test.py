@@ -57,7 +57,7 @@ class ToolTest(unittest.TestCase):
 
     def run_tool(self, *arguments, code=0, stdin="", **environment):
         """Runs the tool, checks its exit code, and gives its output and its errors."""
-        process = self.stage.start(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+        process = self.start(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, text=True, encoding="utf-8",
                                    errors="surrogateescape", start_new_session=True,
                                    environment=environment)
@@ -77,7 +77,7 @@ class ToolTest(unittest.TestCase):
 
     def run_together(self, *commands):
         """Runs the tool several times at once."""
-        processes = [self.stage.start(command) for command in commands]
+        processes = [self.start(command) for command in commands]
         self.assertEqual([process.wait(300) for process in processes], [0 for _ in commands])
 
     def run_on_a_terminal(self, *arguments, answers):
@@ -105,6 +105,19 @@ class ToolTest(unittest.TestCase):
         code = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
         # In Wine blanks and line ends are movements of the cursor, among other sequences.
         return code, re.sub(r"\x1b\[[?0-9;]*[A-Za-z]", "", shown.decode("utf-8"))
+
+    def start(self, arguments, environment=None, **others):
+        command, own = self.stage.prepare(arguments)
+        return subprocess.Popen(command, env={**own, **(environment or {})}, **others)
+
+    def compile(self, name, source, *libraries, options=("-shared", "-fPIC")):
+        """Gives the path of a shared library, which needs these in the same folder; without options,
+        of a program."""
+        file = name + (self.stage.LIBRARY if options else self.stage.PROGRAM)
+        needed = (os.path.basename(self.stage.unix(library)) for library in libraries)
+        subprocess.run([self.stage.COMPILER, *options, "-o", file, "-x", "c", "-", "-x", "none", *needed],
+                       cwd=self.folder, input=self.stage.PRELUDE + source, text=True, check=True)
+        return self.stage.native(self.path(file)) if options else self.path(file)
 
     def register(self, library):
         self.stage.write("drivers", {"Veltrane": self.stage.driver(library)})

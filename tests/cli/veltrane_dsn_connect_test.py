@@ -100,10 +100,10 @@ class ConnectTest(ConnectionTest):
         self.assertIn("Connection refused", self.run_tool("test", "pg", code=1)[0])
 
     def test_says_why_the_driver_manager_finds_no_driver(self):
-        lacking = self.stage.compile("lacking", "void missing_function(void);\n"
+        lacking = self.compile("lacking", "void missing_function(void);\n"
                                      "short SQLAllocHandle() { missing_function(); return 0; }")
         self.add_drivers({"Gone": "/no/such.so", "Lacking": lacking,
-                          "Empty": self.stage.compile("empty", "int nothing;")})
+                          "Empty": self.compile("empty", "int nothing;")})
         self.write({**self.dsns(), "sales": {"Driver": "Veltrane"}, "lost": {"Driver": "Nobody"},
                     "path": {"Driver": "/no/such.so"}, "none": {"Server": "s"}})
         for name, state, finding, word, code in (
@@ -130,7 +130,7 @@ class ConnectTest(ConnectionTest):
 
     def test_a_driver_is_kept_apart(self):
         process = self.path("process")
-        self.add_drivers({"Toy": self.stage.compile("toy", DRIVER)})
+        self.add_drivers({"Toy": self.compile("toy", DRIVER)})
         for arguments, code, outcome, text in (
                 (["--uid", "fine"], 0, "connected", "to Toy 1.0."),
                 (["--uid", "refuse"], 1, "refused", "Not connected; it took"),
@@ -157,8 +157,8 @@ class ConnectTest(ConnectionTest):
 
     def test_the_driver_ends_with_the_tool_and_no_argument_is_a_secret(self):
         process = self.path("process")
-        self.add_drivers({"Toy": self.stage.compile("toy", DRIVER)})
-        tool = self.stage.start(["test", "toy", "--uid", "hang", "--pwd-stdin"],
+        self.add_drivers({"Toy": self.compile("toy", DRIVER)})
+        tool = self.start(["test", "toy", "--uid", "hang", "--pwd-stdin"],
                                 {"TOY_PROCESS": process}, stdin=subprocess.PIPE)
         tool.stdin.write(b"hunter2\n")
         tool.stdin.close()

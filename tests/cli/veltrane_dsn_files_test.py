@@ -94,7 +94,7 @@ class FilesTest(FileTest):
         file = self.write_file("dsns.json", '[{"name": "a", "values": {"Server": "s", "Database": "d"}}]')
         with open(self.user, "rb") as ini:
             fcntl.flock(ini, fcntl.LOCK_EX)
-            run = self.stage.start(["apply", file], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+            run = self.start(["apply", file], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                    text=True)
             while self.user not in self.open_files(run.pid):
                 self.assertIsNone(run.poll())
@@ -186,7 +186,7 @@ FOREIGN = """
 
 class KillsTest(FileTest):
     def test_a_kill_at_any_system_call_leaves_the_old_file_or_the_new_one(self):
-        killer = self.stage.compile_program("kill", KILL)
+        killer = self.compile("kill", KILL, options=())
         before = "# ours\n[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nHint=1\n\n[gone]\nDriver=Veltrane\n"
         file = self.write_file("dsns.json", json.dumps(
             [{"name": f"n{i}", "values": {"Server": "s", "Database": "d"}} for i in range(3)] +
@@ -215,7 +215,7 @@ class KillsTest(FileTest):
         self.assertGreater(points, 300)
 
     def test_what_others_write_between_reading_and_writing_is_not_lost(self):
-        preload = self.stage.compile("foreign", FOREIGN)
+        preload = self.compile("foreign", FOREIGN)
         sales = "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\n"
         for command, after in ((["set", "sales", "--server", "t"], sales.replace("=s", "=t")),
                                (["remove", "sales"], "")):
@@ -224,7 +224,7 @@ class KillsTest(FileTest):
             self.assertEqual(self.read_file(self.user), after + "[foreign]\nx=1\n")
 
     def test_after_ctrl_c_while_it_writes_the_tool_says_what_is_done(self):
-        preload = self.stage.compile("foreign", FOREIGN)
+        preload = self.compile("foreign", FOREIGN)
         file = self.write_file("dsns.ini", "[a]\nServer=s\nDatabase=d\n[b]\n")
         output, errors = self.run_tool("apply", file, code=130, LD_PRELOAD=preload, INTERRUPT="1")
         self.assertEqual(output, "a: added\n1 added, 1 failed\n")
@@ -235,13 +235,13 @@ class KillsTest(FileTest):
 
 class FileFindingsTest(FileTest):
     def test_finds_what_is_wrong_with_a_shared_object(self):
-        self.register(self.stage.compile("symbol", "int absent_function(void);"
+        self.register(self.compile("symbol", "int absent_function(void);"
                                                    "int ConfigDSN(void) { return absent_function(); }"))
         self.assertIn("absent_function", self.findings()["library-missing-symbol"])
-        self.register(self.stage.compile("crash", "#include <stdlib.h>\n__attribute__((constructor)) "
+        self.register(self.compile("crash", "#include <stdlib.h>\n__attribute__((constructor)) "
                                                   "static void f(void) { abort(); }"))
         self.assertIn("library-crashes", self.findings())
-        self.register(self.stage.compile("abort", "#include <stdlib.h>\nint ConfigDSN(void) { abort(); }"))
+        self.register(self.compile("abort", "#include <stdlib.h>\nint ConfigDSN(void) { abort(); }"))
         self.assertIn("it ends the process", self.findings()["driver-does-not-answer"])
 
     def test_check_examines_every_line_of_a_dsn(self):

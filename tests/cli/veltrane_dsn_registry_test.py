@@ -47,7 +47,7 @@ class RegistryTest(ToolTest):
                                (["apply", file], {**changed, "new": added})):
             for number in itertools.count(1):  # of a write to the registry
                 self.write(before)
-                process = self.stage.start(command, {"VELTRANE_TEST_INSTALLER_ENDS": str(number)})
+                process = self.start(command, {"VELTRANE_TEST_INSTALLER_ENDS": str(number)})
                 if process.wait(120) == 0:
                     break
                 self.assertEqual(process.returncode, 99)
@@ -81,12 +81,12 @@ class RegistryTest(ToolTest):
 
     def test_the_console_has_its_code_page_again(self):
         command = self.stage.native(self.stage.tool).replace("\\", "\\\\") + " list"
-        self.stage.tool = self.stage.compile_program("console", self.stage.PRELUDE + """
+        self.stage.tool = self.compile("console", """
             int main(void) {
                 SetConsoleOutputCP(437);
                 system("%s");
                 printf("page=%%u", GetConsoleOutputCP());
-            }""" % command)
+            }""" % command, options=())
         self.assertIn("page=437", self.run_on_a_terminal(answers=[])[1])
 
     def test_an_export_names_what_it_leaves_out(self):
@@ -120,9 +120,8 @@ class RegistryTest(ToolTest):
         self.assertIn(record + "\\Change", self.findings(0)["change-interrupted"])
 
     def test_a_library_of_the_system_needs_no_file(self):
-        needed = self.stage.compile("API-MS-Win-none-l1-1-0", self.stage.PRELUDE +
-                                    "EXPORTED int needed(void) { return 1; }")
-        library = self.stage.compile("driver", self.stage.PRELUDE + "int needed(void); "
+        needed = self.compile("API-MS-Win-none-l1-1-0", "EXPORTED int needed(void) { return 1; }")
+        library = self.compile("driver", "int needed(void); "
                                      "EXPORTED int SQLAllocHandle(void) { return needed(); }", needed)
         self.stage.remove(needed)
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})

@@ -402,7 +402,7 @@ class DriverTest(ToolTest):
 
 class DoctorTest(ToolTest):
     def test_prints_one_line_where_nothing_is_wrong_and_changes_nothing(self):
-        library = self.stage.compile("driver", self.stage.PRELUDE + "EXPORTED int SQLAllocHandle;")
+        library = self.compile("driver", "EXPORTED int SQLAllocHandle;")
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
         before = set(os.listdir(self.folder))
         self.add_sales()
@@ -419,7 +419,7 @@ class DoctorTest(ToolTest):
         self.assertLessEqual(set(os.listdir(self.folder)) - {"unwritten.reg", "user.ini"}, before)
 
     def register_compiled(self, source, *libraries):
-        path = self.stage.compile("tested", self.stage.PRELUDE + source, *libraries)
+        path = self.compile("tested", source, *libraries)
         self.register(path)
         return path
 
@@ -447,8 +447,7 @@ class DoctorTest(ToolTest):
         self.assertIn("ConfigDSN", self.findings()["library-no-entry-point"])
 
     def test_finds_a_library_that_another_one_needs_missing(self):
-        needed = self.stage.compile("libneeded_by_test", self.stage.PRELUDE +
-                                    "EXPORTED int needed(void) { return 1; }")
+        needed = self.compile("libneeded_by_test", "EXPORTED int needed(void) { return 1; }")
         library = self.register_compiled("int needed(void); "
                                          "EXPORTED int ConfigDSN(void) { return needed(); }", needed)
         self.stage.remove(needed)
