@@ -155,17 +155,6 @@ TEST(OdbcIniText, MakesManyEditsAtOnce) {
               after + Numbered("[N%]\nk=v\n", 0, 1) + "\n" + Numbered("[N%]\nk=v\n\n", 1, COUNT));
 }
 
-TEST(OdbcIniText, RefusesWhatTheDriverManagerRefuses) {
-    for (const char* bytes : {"x", "k=v\n[A]\n", "# c\n [A]\n", "\xFF\xFE[\0"}) {
-        SCOPED_TRACE(bytes);
-        EXPECT_FALSE(OdbcIniText(bytes).IsReadable());
-    }
-    for (const char* bytes : {"", "\n \n", "# c", "; c\n\n[A\n", "\xEF\xBB\xBF[A]\n"}) {
-        SCOPED_TRACE(bytes);
-        EXPECT_TRUE(OdbcIniText(bytes).IsReadable());
-    }
-}
-
 TEST(OdbcIniText, KnowsWhatALineCanCarry) {
     const std::string longest(OdbcIniLine::MAX_LINE - 2, 'x');
     for (const std::string& value : {std::string(), std::string("p=;#'\"{}[]\\%$ ü€日本😀"), longest,

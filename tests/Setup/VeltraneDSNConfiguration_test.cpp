@@ -162,16 +162,5 @@ TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWro
     }
 }
 
-TEST_F(VeltraneDSNConfigurationTest, SettersThatRefuseLeaveTheFieldAlone) {
-    s_installer.m_invalidNames = {"bad"};
-    VeltraneDSNConfiguration record = FullRecord();
-    EXPECT_EQ(CodeOf([&] { record.SetDsn(L"bad"); }), 11);
-    EXPECT_EQ(CodeOf([&] { record.SetServer(L""); }), 11);
-    EXPECT_EQ(CodeOf([&] { record.SetServer(orska_wstring()); }), 11);
-    EXPECT_EQ(CodeOf([&] { record.SetDatabase(L""); }), 11);
-    EXPECT_EQ(CodeOf([&] { record.SetDatabase(orska_wstring()); }), 11);
-    EXPECT_EQ(Fields(record), "x| s | n |m|u| p w |d");
-}
-
 }  // namespace
 }  // namespace Veltrane::ODBC

@@ -3,6 +3,7 @@
 #include "tools/WindowsApi.h"
 
 #include <cwchar>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -55,24 +56,12 @@ Place PlaceOf(Root in_root) {
     return Place{HKEY_CURRENT_USER, key} / (in_root == Root::USER ? L"User" : L"System") / name;
 }
 
-/// Owns an open key; null when it cannot be opened.
-class Key {
-public:
-    explicit Key(const Place& in_place) {
-        if (::RegOpenKeyExW(in_place.m_root, in_place.GetPath(), 0, KEY_READ, &m_key) != 0) {
-            m_key = nullptr;
-        }
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    ~Key() {
-        if (m_key != nullptr) ::RegCloseKey(m_key);
-    }
-    HKEY Get() const noexcept { return m_key; }
-
-private:
-    HKEY m_key = nullptr;
-};
+/// An open key, which closes itself; null when it cannot be opened.
+std::shared_ptr<HKEY__> Open(const Place& in_place) {
+    HKEY key = nullptr;
+    if (::RegOpenKeyExW(in_place.m_root, in_place.GetPath(), 0, KEY_READ, &key) != 0) return {};
+    return {key, &::RegCloseKey};
+}
 
 /// The sections of an open key.
 std::vector<std::wstring> SectionsOf(HKEY in_root) {
@@ -157,9 +146,8 @@ bool RemoveSection(Root in_root, const std::wstring& in_section) {
 Sections List(Root in_root) {
     Sections sections;
     const Place place = PlaceOf(in_root);
-    const Key root(place);
-    for (const std::wstring& name : SectionsOf(root.Get())) {
-        sections[name] = ValuesOf(Key(place / name).Get());
+    for (const std::wstring& name : SectionsOf(Open(place).get())) {
+        sections[name] = ValuesOf(Open(place / name).get());
     }
     return sections;
 }
