@@ -1,6 +1,5 @@
 /// The built library through the installers of unixODBC and iODBC. Both are loaded by hand: their
 /// headers cannot be installed beside each other. iODBC is skipped where it is not installed.
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,82 +9,13 @@
 #include <utility>
 #include <vector>
 
-#include "PlatformAbstraction/strings/orska_wstring.h"
+#include "tests/support/DriverManager.h"
 #include "tests/support/IniScratch.h"
 
 namespace Veltrane::Test {
 namespace {
 
 using namespace std::string_literals;
-using Orska::Support::orska_wstring;
-
-constexpr int ADD = 1;
-constexpr int CONFIG = 2;
-constexpr int REMOVE = 3;
-constexpr int SYSTEM = 3;  // what makes each of them a request for the system
-
-/// Code and text of each installer error.
-using Errors = std::vector<std::pair<unsigned long, std::string>>;
-
-class Installer {
-public:
-    explicit Installer(bool in_isIodbc)
-        : m_isIodbc(in_isIodbc),
-          m_handle(::dlopen(in_isIodbc ? "libiodbcinst.so.2" : "libodbcinst.so.2",
-                            RTLD_NOW | RTLD_LOCAL)) {}
-
-    bool IsInstalled() const { return m_handle != nullptr; }
-
-    /// Makes a request for the driver "Veltrane".
-    /// @param in_list  entries with their NULs, in UTF-8; the final NUL is added
-    bool Configure(int in_request, const std::string& in_list, bool in_isWide = false,
-                   void* in_window = nullptr) const {
-        // The installer reads two NULs at the end of an empty list, too.
-        const auto call = [&](const char* in_name, const auto& in_driver, const auto& in_entries) {
-            return Find<int(void*, unsigned short, const void*, const void*)>(in_name)(
-                       in_window, static_cast<unsigned short>(in_request), in_driver.c_str(),
-                       in_entries.c_str()) != 0;
-        };
-        if (!in_isWide) return call("SQLConfigDataSource", "Veltrane"s, in_list + '\0');
-        const orska_wstring list(in_list + '\0');
-        return m_isIodbc ? call("SQLConfigDataSourceW", L"Veltrane"s, list.GetAsPlatformWString())
-                         : call("SQLConfigDataSourceW", u"Veltrane"s, list.GetAsUtf16());
-    }
-
-    Errors GetErrors() const {
-        const auto get =
-            Find<short(unsigned short, unsigned long*, char*, unsigned short, unsigned short*)>(
-                "SQLInstallerError");
-        Errors errors;
-        for (unsigned short i = 1; i <= 8; ++i) {
-            unsigned long code = 0;
-            char text[512] = "";
-            unsigned short length = 0;
-            if (get(i, &code, text, sizeof text, &length) != 0) break;
-            errors.emplace_back(code, text);
-        }
-        return errors;
-    }
-
-    /// What its own reader finds in the data source "sales".
-    std::string Read(const char* in_key, bool in_isSystem = false) const {
-        char value[2000] = "";
-        Find<int(unsigned short)>("SQLSetConfigMode")(in_isSystem ? 2 : 1);
-        Find<int(const char*, const char*, const char*, char*, int, const char*)>(
-            "SQLGetPrivateProfileString")("sales", in_key, "(absent)", value, sizeof value,
-                                          "odbc.ini");
-        return value;
-    }
-
-private:
-    template <typename Function>
-    Function* Find(const char* in_name) const {
-        return reinterpret_cast<Function*>(::dlsym(m_handle, in_name));
-    }
-
-    bool m_isIodbc;
-    void* m_handle;
-};
 
 constexpr char SECTION[] =
     "[sales]\nDriver=Veltrane\nServer=db1\nNamespace=cognos\nLoginMode=1\nUID=anna\nPWD=p w\n"
@@ -149,13 +79,13 @@ TEST_P(ConfigDataSource, AddsConfiguresAndRemovesAndTheCallerReadsIt) {
                 EXPECT_EQ(std::filesystem::status(file).permissions(),
                           std::filesystem::perms{0600});
             }
-            EXPECT_EQ(m_installer.Read("Server", isSystem), "db1");
+            EXPECT_EQ(m_installer.Read("sales", "Server", isSystem), "db1");
             SetValues("second");
             request(CONFIG, SALES);
-            EXPECT_EQ(m_installer.Read("Server", isSystem), "second");
+            EXPECT_EQ(m_installer.Read("sales", "Server", isSystem), "second");
             request(REMOVE, SALES);
             EXPECT_EQ(IniScratch::Read(file), m_unlisted);
-            EXPECT_EQ(m_installer.Read("Server", isSystem), "(absent)");
+            EXPECT_EQ(m_installer.Read("sales", "Server", isSystem), "(absent)");
             EXPECT_EQ(IniScratch::Read(other), OTHERS);
         }
     }
@@ -184,7 +114,7 @@ TEST_P(ConfigDataSource, ValuesComeBackThroughItsReaderOrAreRefused) {
         const bool isCarried = isCarriedByIodbc || !m_isIodbc;
         EXPECT_EQ(m_installer.Configure(ADD, ""), isCarried);
         if (isCarried) stored = value;
-        EXPECT_EQ(m_installer.Read("Server"), stored);
+        EXPECT_EQ(m_installer.Read("sales", "Server"), stored);
     }
 }
 
@@ -281,7 +211,7 @@ TEST_P(Iodbc, FindsTheFileAsItsReaderDoes) {
         ::setenv("ODBCINI", variable, 1);
         EXPECT_TRUE(m_installer.Configure(ADD, ""));
         EXPECT_EQ(IniScratch::Read(home / ".odbc.ini"), m_listed);
-        EXPECT_EQ(m_installer.Read("Server"), "db1");
+        EXPECT_EQ(m_installer.Read("sales", "Server"), "db1");
         EXPECT_TRUE(m_installer.Configure(REMOVE, SALES));
     }
 }
