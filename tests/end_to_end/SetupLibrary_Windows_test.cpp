@@ -2,13 +2,14 @@
 /// it again.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "VeltraneDialog/library/Resource.h"
 #include "tests/installer/TestProfile.h"
 #include "tests/support/DialogUser.h"
+#include "tests/support/InstallerStage.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
 #include "tools/WindowsApi.h"
 // Must follow <windows.h>. Its macro would rename the narrow function.
 #include <odbcinst.h>
@@ -22,43 +23,21 @@ using namespace std::string_literals;
 using TestProfile::Root;
 using TestProfile::Section;
 
-/// Code and text of each installer error.
-using Errors = std::vector<std::pair<DWORD, std::wstring>>;
-
 class SetupLibrary : public testing::Test {
 protected:
     SetupLibrary() {
-        TestProfile::UseScratchKey();
         TestProfile::Write(Root::DRIVERS, L"Veltrane", L"Driver", L"C:\\veltrane.dll");
         TestProfile::Write(Root::DRIVERS, L"Veltrane", L"Setup", SETUP_LIBRARY);
-        m_values = std::filesystem::temp_directory_path() /
-                   ("veltrane-" + std::to_string(::GetCurrentProcessId()) + ".ini");
         SetInitialValues("");
     }
-    ~SetupLibrary() override {
-        TestProfile::RemoveScratchKey();
-        std::error_code ignored;
-        std::filesystem::remove(m_values, ignored);
+
+    void SetInitialValues(const std::string& in_section) const {
+        const std::string file = m_directory.Write("values.ini", "[DSN]\n" + in_section);
+        Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", file.c_str());
     }
 
-    void SetInitialValues(const std::string& in_section) {
-        std::ofstream(m_values, std::ios::binary) << "[DSN]\n" << in_section;
-        // Into the C library's copy of the environment and the system's.
-        ::_wputenv_s(L"VELTRANE_DSN_INITIAL_VALUES", m_values.c_str());
-    }
-
-    static Errors GetErrors() {
-        Errors errors;
-        DWORD code = 0;
-        wchar_t text[1024];
-        WORD length = 0;
-        for (WORD i = 1; SQLInstallerErrorW(i, &code, text, 1024, &length) == SQL_SUCCESS; ++i) {
-            errors.emplace_back(code, text);
-        }
-        return errors;
-    }
-
-    std::filesystem::path m_values;
+    InstallerStage m_stage;
+    const Orska::Test::TemporaryDirectory m_directory;
 };
 
 constexpr char VALUES[] =
@@ -89,7 +68,7 @@ TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
                               : SQLConfigDataSource(nullptr, request, "Veltrane", in_narrow);
             };
             const Root root = isSystem ? Root::SYSTEM : Root::USER;
-            EXPECT_TRUE(call(ODBC_ADD_DSN, "", L"")) << testing::PrintToString(GetErrors());
+            EXPECT_TRUE(call(ODBC_ADD_DSN, "", L"")) << testing::PrintToString(m_stage.Posted());
             EXPECT_EQ(TestProfile::List(root)[L"sales"], SAVED);
             TestProfile::Write(root, L"sales", L"Extra", L"1");
             EXPECT_TRUE(call(ODBC_CONFIG_DSN, "DSN=sales\0", L"DSN=sales\0"));
@@ -119,7 +98,7 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
         // What the handle points to must not matter, so it points nowhere.
         EXPECT_TRUE(SQLConfigDataSource(reinterpret_cast<HWND>(1), ODBC_CONFIG_DSN, "Veltrane",
                                         "DSN=sales\0"))
-            << testing::PrintToString(GetErrors());
+            << testing::PrintToString(m_stage.Posted());
         Section expected = SAVED;
         expected[L"Server"] = c.m_server;
         EXPECT_EQ(TestProfile::List(Root::USER)[L"sales"], expected);
@@ -128,7 +107,7 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
 
 TEST_F(SetupLibrary, ARefusalCarriesTheTextOfItsStringTable) {
     EXPECT_FALSE(SQLConfigDataSourceW(nullptr, ODBC_REMOVE_DSN, L"Veltrane", L"DSN=a[b\0"));
-    EXPECT_EQ(GetErrors(), (Errors{{8, L"Invalid keyword-value pairs."}}));
+    EXPECT_EQ(m_stage.Posted(), (decltype(m_stage.Posted()){{8, "Invalid keyword-value pairs."}}));
 }
 
 TEST_F(SetupLibrary, CarriesItsVersion) {

@@ -2,7 +2,7 @@
 set(setup_library "SETUP_LIBRARY=L\"Z:$<TARGET_FILE:VeltraneSetup>\"")
 
 installer_test(NAME end_to_end_test DESKTOP
-  SOURCES SetupLibrary_Windows_test.cpp
+  SOURCES SetupLibrary_Windows_test.cpp ../support/InstallerStage_Windows.cpp
   LIBRARIES orska_support
   LABELS end_to_end)
 orska_test(NAME system_installer_test
