@@ -54,7 +54,8 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
     };
     for (const auto& [point, contents] : cases) {
         SCOPED_TRACE(point);
-        const std::string error = ErrorOf([&] { ParseInitialValues(contents, "file.ini"); });
+        const std::string error =
+            ErrorOf([&text = contents] { ParseInitialValues(text, "file.ini"); });
         EXPECT_EQ(error.find("Initial values of a DSN: file.ini, line 3: "), 0U) << error;
         EXPECT_EQ(error.find("secret"), std::string::npos) << error;
     }
