@@ -130,7 +130,7 @@ std::string Numbered(const char* in_form, int in_from, int in_to) {
 TEST(OdbcIniText, MakesManyEditsAtOnce) {
     constexpr int COUNT = 300;
     const std::string list = "[ODBC Data Sources]\n" + Numbered("S%=V\n", 0, COUNT) + "# end\n\n";
-    OdbcIniText text(list + Numbered("[S%]\nk=%\n\n", 0, COUNT) +
+    OdbcIniText text(list + "[Gone]\n# first\n" + Numbered("[S%]\nk=%\n\n", 0, COUNT) +
                      Numbered("[Gone]\nx=%\n", 0, COUNT));
     text.RemoveSection("gone");
     for (int i = 0; i < COUNT; ++i) {
@@ -146,10 +146,11 @@ TEST(OdbcIniText, MakesManyEditsAtOnce) {
         EXPECT_EQ(text.Get("n" + std::to_string(i), "K"), "v");
         EXPECT_EQ(text.HasSection(name), i % 2 != 0);
     }
+    text.Set("gone", "x", "back");
     text.Finish();
     std::string after = "[ODBC Data Sources]\n";
     for (int i = 1; i < COUNT; i += 2) after += Numbered("S%=V\n", i, i + 1);
-    after += Numbered("N%=V\n", 0, COUNT) + "# end\n\n";
+    after += Numbered("N%=V\n", 0, COUNT) + "# end\n\n[gone]\nx=back\n# first\n\n";
     for (int i = 1; i < COUNT; i += 2) after += Numbered("[S%]\nK=new\n\n", i, i + 1);
     EXPECT_EQ(text.GetBytes(),
               after + Numbered("[N%]\nk=v\n", 0, 1) + "\n" + Numbered("[N%]\nk=v\n\n", 1, COUNT));
