@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -97,6 +98,8 @@ TEST(FileSystemUtils, TellsRelativePaths) {
 }
 
 TEST(FileSystemUtils, FindsTheTemporaryDirectory) {
+    const char* const set = std::getenv(TEMPORARY_DIRECTORY_VARIABLE);
+    const std::string before = set == nullptr ? "" : set;
     for (const auto& [variable, directory] : GetTemporaryDirectories()) {
         SetVariable(TEMPORARY_DIRECTORY_VARIABLE, variable);
         EXPECT_EQ(FileSystemUtils::GetTempDirectory().GetAsUtf8(), directory) << directory;
@@ -106,6 +109,7 @@ TEST(FileSystemUtils, FindsTheTemporaryDirectory) {
     EXPECT_EQ(FileSystemUtils::GetTempDirectory().GetAsUtf8().substr(0, longest.size()), longest);
     SetVariable(TEMPORARY_DIRECTORY_VARIABLE, (longest + "x").c_str());
     EXPECT_TRUE(FileSystemUtils::GetTempDirectory().IsEmpty());
+    SetVariable(TEMPORARY_DIRECTORY_VARIABLE, set == nullptr ? nullptr : before.c_str());
 }
 
 TEST(FileSystemUtils, FindsItsOwnModule) {

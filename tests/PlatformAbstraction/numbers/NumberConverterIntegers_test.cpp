@@ -201,6 +201,7 @@ TEST(StringToInteger, TakesStringsInTheAnsiEncoding) {
     EXPECT_EQ(NumberConverter::StringToInteger<std::int32_t>(one, false), 1);
     EXPECT_THROW(NumberConverter::StringToInteger<std::int32_t>(one, true),
                  NumberConversionInvalidDataException);
+    SetAnsiEncoding(EncodingType::ENC_UTF8);
 }
 
 TEST(StringToIntegerUnchecked, TakesEveryUnitForADigit) {
