@@ -280,6 +280,11 @@ TEST(TextFile, Reopens) {
     EXPECT_EQ(ThrownMessage([&] { file.Reopen(7); }), "UnrecognizedOpenMode");
     EXPECT_TRUE(file.ReadLine(line));
     EXPECT_EQ(line, "two");
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_TRUE(file.Reopen(TextFile::MODE_READ));
+        EXPECT_TRUE(file.ReadLine(line));
+        EXPECT_EQ(line, "one");
+    }
     ASSERT_TRUE(file.Reopen(TextFile::MODE_APPEND));
     EXPECT_EQ(file.Write("three", 5), 5u);
     ASSERT_TRUE(file.Reopen(TextFile::MODE_READ));
