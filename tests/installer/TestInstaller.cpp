@@ -96,9 +96,7 @@ BOOL Configure(HWND in_parent, WORD in_request, const std::wstring& in_driver, c
 
 extern "C" {
 
-void TestInstallerFailAt(const wchar_t* in_operation) {
-    s_failing = in_operation != nullptr ? in_operation : L"";
-}
+void TestInstallerFailAt(const wchar_t* in_operation) { s_failing = in_operation; }
 
 BOOL INSTAPI SQLConfigDataSource(HWND in_parent, WORD in_request, LPCSTR in_driver,
                                  LPCSTR in_attributes) {
@@ -169,20 +167,20 @@ BOOL INSTAPI SQLWritePrivateProfileStringW(LPCWSTR in_section, LPCWSTR in_key, L
         return Fail();
     }
     if (in_key == nullptr) return TestProfile::RemoveSection(WrittenRoot(), in_section);
-    if (s_failing == std::wstring(L"SQLWritePrivateProfileString ") + in_key) return Fail();
+    if (s_failing == std::wstring(L"Write ") + in_key) return Fail();
     return TestProfile::Write(WrittenRoot(), in_section, in_key, in_value) || Fail();
 }
 
 BOOL INSTAPI SQLRemoveDSNFromIniW(LPCWSTR in_dsn) {
     if (!SQLValidDSNW(in_dsn)) return Post(ODBC_ERROR_INVALID_DSN, L"Invalid DSN");
-    if (s_failing == L"SQLRemoveDSNFromIni") return Fail();
+    if (s_failing == L"RemoveDSN") return Fail();
     TestProfile::Write(WrittenRoot(), DATA_SOURCES, in_dsn, nullptr);
     return TestProfile::RemoveSection(WrittenRoot(), in_dsn) || Fail();
 }
 
 BOOL INSTAPI SQLWriteDSNToIniW(LPCWSTR in_dsn, LPCWSTR in_driver) {
     if (!SQLValidDSNW(in_dsn)) return Post(ODBC_ERROR_INVALID_DSN, L"Invalid DSN");
-    if (s_failing == L"SQLWriteDSNToIni") return Fail();
+    if (s_failing == L"WriteDSN") return Fail();
     const auto path = TestProfile::Read(Root::DRIVERS, in_driver, L"Driver");
     if (!path) return Post(ODBC_ERROR_INVALID_NAME, L"Invalid driver or translator name");
     const bool isDone = TestProfile::RemoveSection(WrittenRoot(), in_dsn) &&

@@ -2,8 +2,8 @@
 #ifndef TESTS_INSTALLER_TESTINSTALLER_H
 #define TESTS_INSTALLER_TESTINSTALLER_H
 
-/// Makes an operation fail, with error 1 "General installer error", from now on:
-/// "SQLRemoveDSNFromIni", "SQLWriteDSNToIni" or "SQLWritePrivateProfileString <key>". Null ends it.
+/// Makes an operation fail, with error 1 "General installer error", from now on: "RemoveDSN",
+/// "WriteDSN" or "Write <key>"; empty for none.
 extern "C" void TestInstallerFailAt(const wchar_t* in_operation);
 
 #endif

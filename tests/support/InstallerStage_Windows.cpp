@@ -63,12 +63,7 @@ Profile InstallerStage::Get() { return ReadRoot(m_isSystem ? Root::SYSTEM : Root
 Profile InstallerStage::GetOther() { return ReadRoot(m_isSystem ? Root::USER : Root::SYSTEM); }
 
 void InstallerStage::FailAt(const std::string& in_operation) {
-    const std::string operation = in_operation == "RemoveDSN"  ? "SQLRemoveDSNFromIni"
-                                  : in_operation == "WriteDSN" ? "SQLWriteDSNToIni"
-                                  : in_operation.empty()
-                                      ? ""
-                                      : "SQLWritePrivateProfileString " + in_operation.substr(6);
-    TestInstallerFailAt(Widen(operation).c_str());
+    TestInstallerFailAt(Widen(in_operation).c_str());
 }
 
 std::vector<std::pair<unsigned long, std::string>> InstallerStage::Posted() {
