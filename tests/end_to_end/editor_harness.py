@@ -213,7 +213,7 @@ class EditorTest(unittest.TestCase):
 
 class EditorChecks:
     """What every editor does. The class beside it has start, see, keys (with the names that X gives
-    them) and type, and knows the editor:
+    them), type and choose_ldap (in the last field), and knows the editor:
 
     DATABASE   a name that its keyboard can type
     WAYS_OUT   functions that leave the form without saving
