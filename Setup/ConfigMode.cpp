@@ -18,7 +18,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-using SystemCalls::FileHandle;
+using SystemCalls::Descriptor;
 
 /// Other processes open the files too; each round has a new chance of being alone.
 constexpr int MAX_ROUNDS = 32;
@@ -83,7 +83,7 @@ public:
     NewFileGuard& operator=(const NewFileGuard&) = delete;
     ~NewFileGuard() {
         if (!m_isAbsent) return;
-        const FileHandle file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
         struct stat now {};
         if (file.IsOpen() && ::fstat(file.Get(), &now) == 0 && S_ISREG(now.st_mode) &&
             now.st_size == 0 && (now.st_mode & 0777 & ~m_mode) != 0) {
@@ -141,7 +141,7 @@ ConfigMode ModeOfEnvironment() {
 }  // namespace
 
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
-    const FileHandle inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    const Descriptor inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     if (!inotify.IsOpen()) return ConfigMode::UNKNOWN;
     const std::string userPath = GetUserIniPath();
     const std::string systemPath = GetSystemIniPath();

@@ -15,7 +15,7 @@
 #include "Setup/OdbcIniLine.h"
 #include "Setup/OdbcInstaller.h"
 #include "Setup/Profile.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
 #include "tools/trace.h"
 

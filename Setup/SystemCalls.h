@@ -100,11 +100,11 @@ struct HandleKind : Orska::Support::DescriptorKind {
     static void Close(int in_handle) noexcept { SystemCalls::Close(in_handle); }
 };
 
-/// Owns an open file.
-class FileHandle : public Orska::Support::OwnedHandle<HandleKind> {
+/// Owns a descriptor: of a file, a pipe, a terminal or a watch.
+class Descriptor : public Orska::Support::OwnedHandle<HandleKind> {
 public:
-    FileHandle() noexcept = default;
-    explicit FileHandle(int in_handle) noexcept : OwnedHandle(KeepOffStandardHandles(in_handle)) {}
+    Descriptor() noexcept = default;
+    explicit Descriptor(int in_handle) noexcept : OwnedHandle(KeepOffStandardHandles(in_handle)) {}
 };
 
 /// Owns an open file that a child of this process does not get. A copy in a child would hold the
@@ -129,7 +129,7 @@ public:
 private:
     void Swap(PrivateHandle& io_other) noexcept;
 
-    FileHandle m_file;
+    Descriptor m_file;
     std::size_t m_slot = 0;  ///< where the child finds it
     unsigned m_forks = 0;    ///< when it was opened
 };

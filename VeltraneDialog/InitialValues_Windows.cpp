@@ -6,9 +6,9 @@
 #include "PlatformAbstraction/base/SystemError.h"
 #include "PlatformAbstraction/base/WindowsHandle.h"
 #include "VeltraneDialog/InitialValues.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
-#include "tools/RaisedRights_Windows.h"
+#include "tools/RaisedRights.h"
 
 namespace Veltrane::ODBC {
 

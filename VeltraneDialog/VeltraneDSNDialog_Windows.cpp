@@ -10,7 +10,7 @@
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
 #include "VeltraneDialog/Utf8.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 
 namespace Veltrane::ODBC {
 

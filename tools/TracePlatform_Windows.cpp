@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "tools/LineText.h"
-#include "tools/RaisedRights_Windows.h"
+#include "tools/RaisedRights.h"
 #include "tools/WindowsApi.h"
 
 namespace Orska {

@@ -9,7 +9,7 @@
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
 #include "VeltraneDialog/Utf8.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/library/NativeForm.h"
 #include "VeltraneDialog/library/ThreadLook.h"
 

@@ -2,7 +2,7 @@
 
 #include "VeltraneDialog/FieldRules.h"
 #include "VeltraneDialog/Utf8.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
 #include "VeltraneDialog/library/Resource.h"
 #include "VeltraneDialog/library/Texts.h"

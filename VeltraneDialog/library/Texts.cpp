@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "VeltraneDialog/DialogFields.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 
 namespace Veltrane::ODBC {
 

@@ -5,7 +5,7 @@
 #include "cli/commands/Report.h"
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/examine/DriverFindings.h"
-#include "cli/examine/DriverManager.h"
+#include "cli/examine/DriverManagerFindings.h"
 #include "cli/examine/DsnFindings.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"

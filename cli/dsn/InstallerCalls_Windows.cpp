@@ -6,7 +6,7 @@
 
 #include <iterator>
 
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 
 namespace Veltrane::Cli::InstallerCalls {
 

@@ -7,7 +7,7 @@
 #include "PlatformAbstraction/base/SystemError.h"
 #include "PlatformAbstraction/base/WindowsHandle.h"
 #include "PlatformAbstraction/base/Wipe.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {

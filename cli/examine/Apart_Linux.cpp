@@ -15,7 +15,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-using ODBC::SystemCalls::FileHandle;
+using ODBC::SystemCalls::Descriptor;
 
 constexpr int TIMEOUT = 20'000;  // milliseconds
 
@@ -35,8 +35,8 @@ std::string ReadAnswer(int in_handle) {
 std::string RunApart(const std::function<std::string()>& in_work) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return Orska::Support::DescribeLastError();
-    const FileHandle readEnd(ends[0]);
-    FileHandle writeEnd(ends[1]);
+    const Descriptor readEnd(ends[0]);
+    Descriptor writeEnd(ends[1]);
     const pid_t child = fork();
     if (child < 0) return Orska::Support::DescribeLastError();
     if (child == 0) {
@@ -47,7 +47,7 @@ std::string RunApart(const std::function<std::string()>& in_work) {
             _exit(1);
         }
     }
-    writeEnd = FileHandle();
+    writeEnd = Descriptor();
     std::string answer = ReadAnswer(readEnd.Get());
     kill(child, SIGKILL);
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {

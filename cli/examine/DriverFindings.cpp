@@ -143,7 +143,7 @@ Findings ExamineRegistration(const std::string& in_driver) {
 
 /// Sends the setup library, by way of the installer, a request that it has to refuse.
 /// @return "=" when it answered, else the installer's errors
-std::string Request(const std::string& in_driver) {
+std::string AskSetupLibrary(const std::string& in_driver) {
     constexpr unsigned short REMOVE_DSN = 3;
     constexpr unsigned long FIRST_ANSWER = 8;  // ODBC_ERROR_INVALID_KEYWORD_VALUE
     constexpr unsigned long LAST_ANSWER = 11;  // ODBC_ERROR_REQUEST_FAILED
@@ -160,7 +160,7 @@ std::string Request(const std::string& in_driver) {
 }
 
 Finding ExamineRequest(const std::string& in_driver) {
-    const std::string answer = RunApart([&] { return Request(in_driver); });
+    const std::string answer = RunApart([&] { return AskSetupLibrary(in_driver); });
     if (answer == "=") {
         return {Severity::Note, "driver-answers",
                 "The installer finds the driver " + Quote(in_driver) +

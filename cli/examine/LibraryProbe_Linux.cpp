@@ -20,7 +20,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-using ODBC::SystemCalls::FileHandle;
+using ODBC::SystemCalls::Descriptor;
 
 /// What tells the architecture at the beginning of an ELF file; the same in 32 and 64 bits.
 struct ElfStart {
@@ -53,11 +53,11 @@ std::string DescribeArchitecture(const ElfStart& in_start) {
 }
 
 LibraryProbe ProbeFile(const std::string& in_path) {
-    const FileHandle file(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const Descriptor file(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.IsOpen()) return {LibraryFault::NotFound, Orska::Support::DescribeLastError()};
     const std::optional<ElfStart> start = ReadElfStart(file.Get());
     if (!start) return {LibraryFault::NotALibrary, "it is not an ELF file"};
-    const FileHandle own(open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
+    const Descriptor own(open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
     const std::optional<ElfStart> ours = own.IsOpen() ? ReadElfStart(own.Get()) : std::nullopt;
     const bool isOurs = !ours || (ours->m_machine == start->m_machine &&
                                   ours->m_identity[EI_CLASS] == start->m_identity[EI_CLASS] &&

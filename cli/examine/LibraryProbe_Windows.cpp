@@ -6,7 +6,7 @@
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"

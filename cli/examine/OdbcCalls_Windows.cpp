@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "PlatformAbstraction/base/SystemError.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "tools/WindowsApi.h"
 // After the Windows API, which they need.
 #include <sql.h>

@@ -11,13 +11,13 @@
 namespace Veltrane::Cli {
 
 struct Input::State {
-    ODBC::SystemCalls::FileHandle m_file;
+    ODBC::SystemCalls::Descriptor m_file;
 };
 
 Input::Input(const std::string& in_path) : m_path(in_path), m_state(std::make_unique<State>()) {
     if (in_path.empty()) return;
     m_state->m_file =
-        ODBC::SystemCalls::FileHandle(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        ODBC::SystemCalls::Descriptor(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     if (!m_state->m_file.IsOpen()) Fail(Orska::Support::DescribeLastError());
 }
 

@@ -1,7 +1,7 @@
 #include "PlatformAbstraction/base/SystemError.h"
-#include "VeltraneDialog/WideText_Windows.h"
-#include "cli/system/FileHandle_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "cli/system/Input.h"
+#include "cli/system/OpenExisting.h"
 
 namespace Veltrane::Cli {
 

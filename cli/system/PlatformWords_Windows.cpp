@@ -1,7 +1,7 @@
 #include "cli/system/PlatformWords.h"
 
 #include "PlatformAbstraction/base/WindowsHandle.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 
 namespace Veltrane::Cli {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "cli/system/ProgramStart.h"
 
 namespace Veltrane::Cli {

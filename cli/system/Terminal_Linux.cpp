@@ -17,7 +17,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-using ODBC::SystemCalls::FileHandle;
+using ODBC::SystemCalls::Descriptor;
 
 constexpr char INTERRUPT = 3;
 
@@ -67,7 +67,7 @@ bool IsOutputColoured() {
 }
 
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions) {
-    const FileHandle terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+    const Descriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
     if (!terminal.IsOpen()) Refuse(NO_TERMINAL);
     const SilentTerminal silent(terminal.Get());
     std::vector<std::string> answers;

@@ -4,11 +4,11 @@
 #include <cstring>
 #include <string_view>
 
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
 #include "cli/system/CommandError.h"
-#include "cli/system/FileHandle_Windows.h"
 #include "cli/system/Input.h"
+#include "cli/system/OpenExisting.h"
 #include "cli/system/ProgramStart.h"
 #include "cli/system/Terminal.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "VeltraneDialog/DialogLibrary.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 
 namespace Veltrane::ODBC {
 namespace {

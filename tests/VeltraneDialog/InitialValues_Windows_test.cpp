@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "PlatformAbstraction/base/WindowsHandle.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "tests/VeltraneDialog/InitialValuesFile.h"
 #include "tests/support/RaisedRights.h"
 

@@ -10,7 +10,7 @@
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
 #include "VeltraneDialog/library/Resource.h"
 #include "tests/support/PasswordCopies.h"

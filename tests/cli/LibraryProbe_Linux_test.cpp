@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/examine/DriverFindings.h"
-#include "cli/examine/DriverManager.h"
+#include "cli/examine/DriverManagerFindings.h"
 
 namespace Veltrane::Cli {
 namespace {
@@ -30,7 +30,7 @@ TEST(LibraryProbe, TellsTheLoadersReasonsApart) {
     }
 }
 
-TEST(DriverManager, NamesTheDefectsOfItsVersion) {
+TEST(DriverManagerFindings, NamesTheDefectsOfItsVersion) {
     const auto ids = [](const char* in_version, bool in_hasLock) {
         std::string text;
         for (const Finding& f : ExamineDriverManager({"/lib", in_version, in_hasLock, false})) {

@@ -1,6 +1,6 @@
 /// Opens files and consoles.
-#ifndef CLI_FILEHANDLE_WINDOWS_H
-#define CLI_FILEHANDLE_WINDOWS_H
+#ifndef CLI_OPENEXISTING_H
+#define CLI_OPENEXISTING_H
 
 #include <string>
 

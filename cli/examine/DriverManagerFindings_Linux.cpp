@@ -9,7 +9,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "cli/examine/DriverManager.h"
+#include "cli/examine/DriverManagerFindings.h"
 #include "cli/examine/LibraryProbe.h"
 
 namespace Veltrane::Cli {

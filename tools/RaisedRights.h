@@ -1,7 +1,7 @@
 /// Whether this process has more rights than the programs that its user starts otherwise (UAC),
 /// from which its environment may come.
-#ifndef TOOLS_RAISEDRIGHTS_WINDOWS_H
-#define TOOLS_RAISEDRIGHTS_WINDOWS_H
+#ifndef TOOLS_RAISEDRIGHTS_H
+#define TOOLS_RAISEDRIGHTS_H
 
 #include "tools/WindowsApi.h"
 

@@ -1,6 +1,6 @@
 /// Text for Windows' own functions: wchar_t has 16 bits there, as the editor's texts have.
-#ifndef VELTRANEDIALOG_WIDETEXT_WINDOWS_H
-#define VELTRANEDIALOG_WIDETEXT_WINDOWS_H
+#ifndef VELTRANEDIALOG_WIDETEXT_H
+#define VELTRANEDIALOG_WIDETEXT_H
 
 #include <string>
 #include <string_view>

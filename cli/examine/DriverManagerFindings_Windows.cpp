@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "VeltraneDialog/WideText_Windows.h"
-#include "cli/examine/DriverManager.h"
+#include "VeltraneDialog/WideText.h"
+#include "cli/examine/DriverManagerFindings.h"
 
 namespace Veltrane::Cli {
 

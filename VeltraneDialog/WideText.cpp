@@ -1,4 +1,4 @@
-#include "VeltraneDialog/WideText_Windows.h"
+#include "VeltraneDialog/WideText.h"
 
 #include <stdexcept>
 

@@ -1,7 +1,7 @@
 /// Which driver manager is installed, and what is known to be wrong with it and with the
 /// environment.
-#ifndef CLI_DRIVERMANAGER_H
-#define CLI_DRIVERMANAGER_H
+#ifndef CLI_DRIVERMANAGERFINDINGS_H
+#define CLI_DRIVERMANAGERFINDINGS_H
 
 #include <string>
 
