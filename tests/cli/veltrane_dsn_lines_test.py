@@ -218,8 +218,8 @@ class ImportTest(RefusalTest):
                 ("all drivers, in another encoding",
                  "[a]\nDriver=V\nDatabase=\udc93\udc8c\udc8b\udc9e\n[b]\nDriver=W\n",
                  "[a]\nDriver=V\nDatabase=東京\n[b]\nDriver=W\n", "--encoding", "cp932", "--all"),
-                ("a file DSN", "[ODBC]\r\nDRIVER={Veltrane}\r\nUID=anna\r\nDatabase={a;}}b}\r\nServer=s\r\n",
-                 "[Sales]\nDriver=Veltrane\nUID=anna\nDatabase=a;}b\nServer=s\n", "--name", "Sales"),
+                ("a file DSN", "[ODBC]\r\nDRIVER={Veltrane}\r\nUID=anna\r\nDatabase={}}a;}}b}\r\nServer=s\r\n",
+                 "[Sales]\nDriver=Veltrane\nUID=anna\nDatabase=}a;}b\nServer=s\n", "--name", "Sales"),
                 ("strings, expandable strings, numbers, other kinds and an unknown escape",
                  REGISTRY + '@="own"\r\n"Driver"="Veltrane"\r\n"Database"="C:\\\\a \\"b\\" \\c" ; x\r\n'
                  '"Server"=hex(2):64,00,\\\r\n  fc,00,00,00\r\n"Port"=dword:0000001f\r\n'
