@@ -6,19 +6,17 @@ stage_linux.py and stage_windows.py, name what else they need.
 """
 import json
 import os
-import pty
 import re
-import select
 import shutil
-import signal
 import subprocess
 import sys
 import tempfile
 import termios
-import time
 import unittest
 
 sys.dont_write_bytecode = True
+sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../support"))
+from terminal import run_on_terminal  # noqa: E402
 if os.environ["VELTRANE_DSN"].endswith(".exe"):
     from stage_windows import Stage
 else:
@@ -82,29 +80,20 @@ class ToolTest(unittest.TestCase):
 
     def run_on_a_terminal(self, *arguments, answers):
         """Gives the exit code and what the terminal shows; types an answer to each question."""
-        command, environment = self.stage.prepare(arguments)
-        process, terminal = pty.fork()
-        if process == 0:
-            os.execve(command[0], command, environment)
-        shown, asked, answers = b"", 0, list(answers)
-        try:
-            end = time.monotonic() + 60
-            while time.monotonic() < end:
-                if select.select([terminal], [], [], 0.05)[0]:
-                    shown += os.read(terminal, 1024)
-                # Wine's console takes the echo away after the question.
-                is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
-                questions = shown.count(b"Password") + shown.count(b"once")
-                if answers and questions > asked and is_silent:
-                    asked = questions
-                    os.write(terminal, answers.pop(0))
-            os.kill(process, signal.SIGKILL)
-        except OSError:  # its other end has been closed
-            pass
-        os.close(terminal)
-        code = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
+        answers, asked = list(answers), 0
+
+        def reply(shown, terminal):
+            nonlocal asked
+            # Wine's console takes the echo away after the question.
+            is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
+            questions = shown.count(b"Password") + shown.count(b"once")
+            if not answers or questions <= asked or not is_silent:
+                return b""
+            asked = questions
+            return answers.pop(0)
+        code, shown = run_on_terminal(*self.stage.prepare(arguments), reply)
         # In Wine blanks and line ends are movements of the cursor, among other sequences.
-        return code, re.sub(r"\x1b\[[?0-9;]*[A-Za-z]", "", shown.decode("utf-8"))
+        return code, re.sub(r"\x1b\[[?0-9;]*[A-Za-z]", "", shown)
 
     def start(self, arguments, environment=None, **others):
         command, own = self.stage.prepare(arguments)

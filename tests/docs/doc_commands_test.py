@@ -8,7 +8,6 @@ doc_blocks.py says what the info strings of blocks mean.
 """
 import json
 import os
-import pty
 import re
 import shutil
 import subprocess
@@ -22,6 +21,9 @@ from doc_blocks import matches, read_blocks, read_literals, read_messages  # noq
 
 TOOL, SETUP = sys.argv[1:3]
 SOURCE = Path(sys.argv[3])
+sys.path.append(str(SOURCE / "tests/support"))
+from terminal import run_on_terminal  # noqa: E402
+
 PRODUCT_TEXTS = read_literals([SOURCE / name for name in ("cli", "Setup", "VeltraneDialog")])
 COMMANDS = ("ansible-playbook bash cat chmod cp dirname env grep head id isql ls mkdir mv odbcinst rm "
             "sed sh sort stat tail touch wc").split()
@@ -89,33 +91,23 @@ class Page(unittest.TestCase):
         """Gives exit code and output, errors among it as on a terminal."""
         command = ["bash", "-eu", "-o", "pipefail", "-c", self.to_scratch(block.text)]
         if "types" in block.options:
-            return self.run_on_terminal(command, block.options["types"])
+            return self.type_answers(command, block.options["types"])
         result = subprocess.run(command, cwd=self.work, env=self.environment(), timeout=120,
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                 stderr=subprocess.STDOUT, check=False)
         return result.returncode, self.to_page(result.stdout.decode("utf-8", "replace"))
 
-    def run_on_terminal(self, command, answer):
-        child, terminal = pty.fork()
-        if child == 0:
-            os.chdir(self.work)
-            os.execvpe(command[0], command, self.environment())
-        output, is_answered = b"", False
-        while True:
-            try:
-                piece = os.read(terminal, 4096)
-            except OSError:  # how Linux says that the other end is closed
-                break
-            if not piece:
-                break
-            output += piece
-            if output.endswith(b": "):  # a new password is asked for twice
-                os.write(terminal, answer.encode() + b"\n")
-                is_answered = True
-        os.close(terminal)
-        code = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
-        self.assertTrue(is_answered, "nothing was asked for")
-        text = output.decode("utf-8", "replace").replace("\r\n", "\n")
+    def type_answers(self, command, answer):
+        asked = 0
+
+        def reply(shown, _):
+            nonlocal asked
+            if len(shown) == asked or not shown.endswith(b": "):  # a new password is asked for twice
+                return b""
+            asked = len(shown)
+            return answer.encode() + b"\n"
+        code, text = run_on_terminal(command, self.environment(), reply, self.work)
+        self.assertGreater(asked, 0, "nothing was asked for")
         self.assertNotIn(answer, text)
         return code, self.to_page(text)
 

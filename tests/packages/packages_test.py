@@ -4,18 +4,13 @@
 Arguments: the build folder, the folder of the packages, the client that asks for an editor, and the
 classes to run.
 """
-import fcntl
 import json
 import os
-import pty
 import re
-import select
 import shutil
-import struct
 import subprocess
 import sys
 import tempfile
-import termios
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
@@ -25,6 +20,9 @@ from clean_root import CleanRoot, Unavailable, check_available, make_clean_root 
 
 BUILD, PACKAGES, CLIENT = map(Path, sys.argv[1:4])
 SOURCE = Path(__file__).resolve().parents[2]
+sys.path.append(str(SOURCE / "tests/support"))
+from terminal import run_on_terminal  # noqa: E402
+
 SKIPPED = 77
 RUNTIME, DESKTOP, DEV = "veltrane-odbc-setup", "veltrane-odbc-setup-desktop", "liborska-dev"
 LIBDIR = next(line.split("=")[1].strip() for line in (BUILD / "CMakeCache.txt").open()
@@ -304,23 +302,9 @@ class RelocationTest(PackageTest):
 
     def show_in_terminal(self, environment):
         """What an editor in the user's language shows, up to its title; Ctrl+C ends it."""
-        child, terminal = pty.fork()
-        if child == 0:
-            os.execve(CLIENT, [str(CLIENT), str(self.folder / "answer"), "add"], environment)
-        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
-        shown, is_ended = b"", False
-        while select.select([terminal], [], [], 30)[0]:
-            try:
-                piece = os.read(terminal, 4096)
-            except OSError:  # how Linux says that the other end is closed
-                break
-            shown += piece
-            if not is_ended and b"datenquelle" in shown.lower():
-                os.write(terminal, b"\x03")
-                is_ended = True
-        os.close(terminal)
-        os.waitpid(child, 0)
-        return shown.decode("utf-8", "replace")
+        def reply(shown, _):
+            return b"\x03" if b"datenquelle" in shown.lower() else b""
+        return run_on_terminal([str(CLIENT), str(self.folder / "answer"), "add"], environment, reply)[1]
 
     def ask_for(self, editor, environment):
         answer = self.folder / "answer"
