@@ -16,10 +16,7 @@ const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocE
 /// @param in_how  how the driver was named: "with --driver"
 Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver,
                       const std::string& in_how) {
-    std::string known;
-    for (const std::string& name : in_registry.GetNames()) {
-        known += (known.empty() ? " Registered are: " : ", ") + name;
-    }
+    const std::string known = Join(in_registry.GetNames());
     // Another name may be that of another driver, which our setup library knows nothing of.
     const std::string repair =
         EqualsIgnoringCase(in_driver, DEFAULT_DRIVER)
@@ -29,7 +26,7 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
             : "Give the name of a registered driver " + in_how + ", or install that driver.";
     return {Severity::Error, "driver-not-registered",
             "The driver " + Quote(in_driver) + " is not registered in " + in_registry.GetPath() +
-                "." + known + (known.empty() ? "" : "."),
+                (known.empty() ? "." : ". Registered are: " + known + "."),
             repair};
 }
 
