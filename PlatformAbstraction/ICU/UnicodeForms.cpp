@@ -109,10 +109,10 @@ bool IsIgnorable(char32_t in_codePoint) {
     if (in_codePoint < 0x034F || (in_codePoint > 0x206F && in_codePoint < 0xFE00)) {
         return in_codePoint == 0x00AD || in_codePoint == 0x3164;
     }
-    return std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE),
-                       [&](const CodePointRange& range) {
-                           return range.m_first <= in_codePoint && in_codePoint <= range.m_last;
-                       });
+    return std::any_of(
+        std::begin(IGNORABLE), std::end(IGNORABLE), [&](const CodePointRange& in_range) {
+            return in_range.m_first <= in_codePoint && in_codePoint <= in_range.m_last;
+        });
 }
 
 // To a single-byte set. What it lacks becomes the substitute, or nothing, as ICU has it; a code

@@ -83,26 +83,26 @@ struct Cursor {
     }
 
     /// Takes up to 8 digits at once while the mantissa cannot reach its bound among them.
-    void TakeBlocks(std::uint64_t& inout_mantissa) noexcept {
+    void TakeBlocks(std::uint64_t& io_mantissa) noexcept {
         std::size_t count = 8;
-        while (count == 8 && inout_mantissa < BLOCK_BOUND) {
+        while (count == 8 && io_mantissa < BLOCK_BOUND) {
             const std::uint64_t block = Peek8() ^ DecimalDigits::ZEROS;
             count = DecimalDigits::CountLeadingDigits(block);
             const std::uint64_t digits = block << (4 * (8 - count)) << (4 * (8 - count));
-            inout_mantissa = inout_mantissa * DecimalDigits::POWERS_OF_TEN[count] +
-                             DecimalDigits::BlockValue(digits);
+            io_mantissa = io_mantissa * DecimalDigits::POWERS_OF_TEN[count] +
+                          DecimalDigits::BlockValue(digits);
             m_at += count;
         }
     }
 
     /// Takes digits into the mantissa while it is below its bound; how many it took.
-    int TakeDigits(std::uint64_t& inout_mantissa) noexcept {
+    int TakeDigits(std::uint64_t& io_mantissa) noexcept {
         const char* const start = m_at;
         if (m_end - m_start >= 8) {
-            TakeBlocks(inout_mantissa);
+            TakeBlocks(io_mantissa);
         }
-        while (IsAtDigit() && inout_mantissa < MANTISSA_BOUND) {
-            inout_mantissa = inout_mantissa * 10 + static_cast<std::uint64_t>(*m_at - '0');
+        while (IsAtDigit() && io_mantissa < MANTISSA_BOUND) {
+            io_mantissa = io_mantissa * 10 + static_cast<std::uint64_t>(*m_at - '0');
             ++m_at;
         }
         return static_cast<int>(m_at - start);
@@ -234,16 +234,16 @@ bool MayBeSpecialWord(const char* in_text, std::size_t in_length) noexcept {
 /// false when the block holds anything else. No branch depends on where the point is or whether
 /// there is one.
 template <class Block>
-bool TakePoint(Block& inout_block, std::size_t& out_decimals) noexcept {
+bool TakePoint(Block& io_block, std::size_t& out_decimals) noexcept {
     constexpr Block POINT = '.' ^ '0';
-    const Block others = DecimalDigits::MarkOthers(inout_block);
+    const Block others = DecimalDigits::MarkOthers(io_block);
     const Block first = (others & (~others + 1)) >> 7;  // 1 in the first byte that is no digit
     const Block whole = first * 0xff;                   // all of that byte
-    if (((others & (others - 1)) | ((inout_block & whole) ^ (first * POINT))) != 0) {
+    if (((others & (others - 1)) | ((io_block & whole) ^ (first * POINT))) != 0) {
         return false;
     }
     const Block below = first - (first != 0 ? 1 : 0);
-    inout_block = (inout_block & ~(below | whole)) | (inout_block & below) << 8;
+    io_block = (io_block & ~(below | whole)) | (io_block & below) << 8;
     out_decimals = DecimalDigits::CountBytesAbove(first);
     return true;
 }

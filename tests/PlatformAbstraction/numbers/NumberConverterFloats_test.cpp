@@ -233,9 +233,9 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomBits) {
     }
 }
 
-std::string MakeDigits(std::mt19937_64& inout_random, std::size_t in_most) {
-    std::string digits(inout_random() % (in_most + 1), '0');
-    for (char& digit : digits) digit = static_cast<char>('0' + inout_random() % 10);
+std::string MakeDigits(std::mt19937_64& io_random, std::size_t in_most) {
+    std::string digits(io_random() % (in_most + 1), '0');
+    for (char& digit : digits) digit = static_cast<char>('0' + io_random() % 10);
     return digits;
 }
 
