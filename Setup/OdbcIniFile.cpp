@@ -254,8 +254,9 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
         m_failure = {};
         if (LockOnce(out_bytes, deadline)) break;
         if (m_failure.IsSet() && !IsStale()) return false;
-        if (SystemCalls::GetMonotonicTime() > deadline)
+        if (SystemCalls::GetMonotonicTime() > deadline) {
             return !m_failure.IsSet() && Fail("locked by another program", ETIMEDOUT);
+        }
         if (IsStale()) Pause();
     }
     m_isEmpty = out_bytes.empty();
@@ -292,8 +293,9 @@ bool OdbcIniFile::WaitForLock(long long in_deadline) {
     while (!LockNow(m_file, AT_FDCWD, m_path.c_str(), 0)) {
         if (!m_file.IsOpen()) return errno != ENOENT && Fail("cannot open for writing", errno);
         if (errno != EWOULDBLOCK) return Fail("cannot lock", errno);
-        if (SystemCalls::GetMonotonicTime() > in_deadline)
+        if (SystemCalls::GetMonotonicTime() > in_deadline) {
             return Fail("locked by another program", ETIMEDOUT);
+        }
         Pause();
     }
     return true;

@@ -101,8 +101,9 @@ bool HasIodbcName(std::string_view in_piece) {
 std::optional<std::string_view> KeyOf(std::string_view in_piece, Rules in_rules) {
     if (in_rules == Rules::FIRST_FILE) in_piece = TrimLeft(in_piece);
     if (in_piece.empty() || IsComment(in_piece.front())) return std::nullopt;
-    if (in_rules == Rules::APPENDED_FILE && !IsAsciiLetterOrDigit(in_piece.front()))
+    if (in_rules == Rules::APPENDED_FILE && !IsAsciiLetterOrDigit(in_piece.front())) {
         return std::nullopt;
+    }
     if (in_rules == Rules::IODBC && !IsIodbcKeyLine(in_piece)) return std::nullopt;
     const std::string_view key = KeyName(in_piece);
     return in_rules == Rules::IODBC ? Unquote(key) : key;

@@ -21,8 +21,9 @@ ToolRun::ToolRun() {
                      });
     QObject::connect(&m_process, &QProcess::errorOccurred, &m_process,
                      [this](QProcess::ProcessError in_error) {
-                         if (in_error == QProcess::FailedToStart)
+                         if (in_error == QProcess::FailedToStart) {
                              Finish(-1, m_process.errorString());
+                         }
                      });
 }
 

@@ -68,8 +68,9 @@ std::vector<std::string> WarnOfMissing(const Entries& in_given) {
     std::vector<std::string> warnings;
     for (const auto& [key, value] : in_given) {
         std::error_code error;
-        if (key == "Description" || std::filesystem::exists(ToPath(value), error) || error)
+        if (key == "Description" || std::filesystem::exists(ToPath(value), error) || error) {
             continue;
+        }
         warnings.push_back("There is no file " + value + ", which is registered as " + key + ".");
     }
     return warnings;

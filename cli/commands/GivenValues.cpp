@@ -32,8 +32,9 @@ constexpr OptionName PASSWORD_OPTIONS[] = {"--pwd-stdin", "--pwd-file", "--pwd-e
 void SetKey(const std::string& in_key, const std::string& in_value, const std::string& in_where,
             const CommandLine& in_line, DsnWish& io_wish) {
     const std::string reason = WhyNoKey(in_key);
-    if (!reason.empty())
+    if (!reason.empty()) {
         Refuse(in_where + ": " + in_key + " is no value of a DSN: " + reason + ".");
+    }
     if (IsSecretKey(in_key) && !in_value.empty()) RefusePassword(in_where);
     if (EqualsIgnoringCase(in_key, "PWD")) {
         // A new DSN has none anyway, and connection strings often say so.

@@ -90,8 +90,9 @@ const std::string FISH_SEEN = "__fish_seen_subcommand_from ";
 /// That the line has this command.
 std::string FishCondition(const std::string& in_command) {
     const std::size_t blank = in_command.find(' ');
-    if (blank == std::string::npos)
+    if (blank == std::string::npos) {
         return FISH_SEEN + in_command + "; and not " + FISH_SEEN + "driver";
+    }
     return FISH_SEEN + "driver; and " + FISH_SEEN + in_command.substr(blank + 1);
 }
 
@@ -185,8 +186,9 @@ std::string MakeFishCompletion() {
     for (const CommandInfo& command : GetCommands()) {
         const std::string begin =
             "complete -c veltrane-dsn -n '" + FishCondition(std::string(command.m_name)) + "'";
-        if (command.m_kind != ValueKind::None)
+        if (command.m_kind != ValueKind::None) {
             text += begin + ActionOf(command.m_kind).m_fish + "\n";
+        }
         for (const OptionInfo* option : GetOptionsOf(command.m_id)) {
             text += begin;
             for (const std::string& option_name : SplitNames(*option)) {

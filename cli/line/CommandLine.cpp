@@ -132,8 +132,9 @@ private:
             Refuse(name + " needs a value: " + MakeOptionTitle(*option) + ".");
         }
         std::vector<std::string>& values = m_line.m_options[GetLongName(*option)];
-        if (hasValue && !values.empty() && !option->m_isRepeatable)
+        if (hasValue && !values.empty() && !option->m_isRepeatable) {
             Refuse(name + " is given twice.");
+        }
         if (hasValue) values.emplace_back(optarg);
     }
 

@@ -51,8 +51,9 @@ private:
     std::string LineEnd() { return OneOf({"\n", "\n", "\n", "\r\n", "\n\n", " \n"}); }
     std::string Case(std::string in_text) {
         for (char& c : in_text) {
-            if (Below(8) == 0)
+            if (Below(8) == 0) {
                 c = static_cast<char>(Below(2) == 0 ? std::toupper(c) : std::tolower(c));
+            }
         }
         return in_text;
     }

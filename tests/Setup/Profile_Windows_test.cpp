@@ -28,8 +28,9 @@ std::wstring s_late;
 
 LONG WINAPI QueryLate(HKEY in_key, const wchar_t* in_name, DWORD* out_ignored, DWORD* out_type,
                       BYTE* out_data, DWORD* io_size) {
-    if (std::wcscmp(in_name, L"k") == 0 && !s_late.empty())
+    if (std::wcscmp(in_name, L"k") == 0 && !s_late.empty()) {
         Write(in_name, REG_SZ, std::exchange(s_late, std::wstring()));
+    }
     const auto query = reinterpret_cast<decltype(&RegQueryValueExW)>(reinterpret_cast<void*>(
         GetProcAddress(GetModuleHandleW(L"advapi32.dll"), "RegQueryValueExW")));
     return query(in_key, in_name, out_ignored, out_type, out_data, io_size);

@@ -245,13 +245,16 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomText) {
     for (int round = 0; round < 20000; ++round) {
         std::string text = round % 4 == 0 ? "-" : "";
         text += MakeDigits(random, round % 7 == 0 ? 40 : 10);
-        if (random() % 4 != 0)
+        if (random() % 4 != 0) {
             text.append(".").append(MakeDigits(random, round % 5 == 0 ? 40 : 12));
-        if (random() % 3 == 0)
+        }
+        if (random() % 3 == 0) {
             text.append("e").append(std::to_string(static_cast<int>(random() % 700) - 350));
+        }
         // Some with a character that does not belong.
-        if (round % 10 == 0)
+        if (round % 10 == 0) {
             text.insert(random() % (text.size() + 1), 1, "+-.eE x\0 9"[random() % 10]);
+        }
         if (text.empty()) continue;  // which is 0, but no number after blanks
         ASSERT_NO_FATAL_FAILURE(Check(pages, text));
     }
