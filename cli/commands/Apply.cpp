@@ -46,7 +46,7 @@ std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
     return ParseDescriptions(text, format, isInput ? "standard input" : argument, out_notes);
 }
 
-/// A relative path starts in the folder of the description.
+/// A relative path is relative to the folder of the description.
 std::string PathBeside(const std::string& in_description, const std::string& in_path) {
     if (in_description == "-") return in_path;
     const std::u8string path = (ToPath(in_description).parent_path() / ToPath(in_path)).u8string();
@@ -62,14 +62,14 @@ void TakePassword(const DsnDescription& in_description, const CommandLine& in_li
     const std::string& name = in_description.m_pwdVariable;
     if (name.empty()) return;
     std::string password;
-    // Left in the environment: another DSN may name the same one.
+    // The variable stays set: another DSN may name it too.
     if (!ReadSecret(name, password)) {
         FailWith("pwd_env: the variable " + name + " is not set.");
     }
     io_wish.m_values.Set("PWD", password);
 }
 
-/// What is wished for a DSN, or why it cannot be had.
+/// The wanted state of a DSN, or why it cannot be reached.
 struct Wish {
     DsnWish m_wish;
     std::string m_failure;
@@ -90,7 +90,7 @@ Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_lin
     return result;
 }
 
-/// The driver's DSNs that are not described go.
+/// Removes the driver's DSNs that are not described.
 void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_driver,
                  const ODBC::ProfileView& in_view, DsnResults& io_results) {
     std::unordered_set<std::string> described;
@@ -102,7 +102,7 @@ void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_drive
     }
 }
 
-/// With --fail-fast, the first refusal.
+/// With --fail-fast: throws the first refusal.
 void CheckRefusals(const DsnResults& in_results) {
     for (const DsnResult& result : in_results) {
         if (result.m_failure.empty()) continue;

@@ -14,7 +14,7 @@ using ODBC::VeltraneDSNDialog;
 
 constexpr char OTHER_WAY[] = "use veltrane-dsn add and veltrane-dsn set.";
 
-/// What becomes of the form is written as add and set write it.
+/// The result of the form is written the way add and set write.
 class Editing {
 public:
     explicit Editing(const CommandLine& in_line)
@@ -39,7 +39,7 @@ public:
 private:
     bool IsAsking() const { return !m_line.Has("--yes"); }
 
-    /// Before the user types in vain.
+    /// Asked first, so that the user does not fill in a form that cannot be saved.
     void CheckAccess() const {
         const std::string reason = m_store.WhyNotWritable();
         if (!reason.empty() && !m_line.Has("--dry-run")) {
@@ -79,7 +79,7 @@ private:
                      " are the same name.");
         }
         const DsnWish wish = MakeWish(name);
-        // What is refused is no reason for a question.
+        // Do not ask about a change that would be refused.
         m_isOldRemoved = false;
         Change(wish, true);
         m_isOldRemoved =

@@ -11,7 +11,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// What has no meaning where nothing is applied.
+/// Options that make no sense when nothing is applied.
 void CheckOptions(const CommandLine& in_line) {
     if (in_line.Has("--apply")) return;
     constexpr OptionName OF_APPLY[] = {"--user",      "--system",  "--replace",
@@ -21,7 +21,7 @@ void CheckOptions(const CommandLine& in_line) {
     }
 }
 
-/// A file DSN is known by the name of its file.
+/// A file DSN has the name of its file.
 std::string GetNameOfFile(const std::string& in_path) {
     const std::filesystem::path path(std::u8string(in_path.begin(), in_path.end()));
     const std::u8string stem = path.stem().u8string();

@@ -10,7 +10,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// One command: its plan is made and carried out, and the first thing that is wrong ends it.
+/// Makes the plan of one command and carries it out; the first error ends it.
 ExitCode Change(const CommandLine& in_line, const DsnPlanner& in_planner) {
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);
@@ -46,7 +46,7 @@ ExitCode AddDsn(const CommandLine& in_line) {
 ExitCode SetDsn(const CommandLine& in_line) {
     const std::string& dsn = in_line.m_arguments.front();
     const DsnStore store(GetScope(in_line));
-    // Before the user is asked for a password.
+    // Check this before asking the user for a password.
     if (!store.Read(dsn)) throw NoSuchDsn(store, dsn);
     const DsnWish wish = MakeWish(in_line);
     return Change(in_line, [&](const ODBC::ProfileView& in_view) {

@@ -36,7 +36,7 @@ void CheckName(const std::string& in_driver) {
     }
 }
 
-/// What is to be written: "Setup64" in place of "Setup" where the driver has it, because it wins.
+/// The entries to write: "Setup64" instead of "Setup" if the driver has it, because it wins.
 Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
     Entries missing;
     for (const auto& [key, value] : in_given) {
@@ -53,7 +53,7 @@ bool IsSamePath(const std::string& in_left, const std::string& in_right) {
            (std::filesystem::equivalent(ToPath(in_left), ToPath(in_right), error) && !error);
 }
 
-/// What another installation has registered stays when one of the same driver is taken away.
+/// Removing one installation of a driver keeps what another installation has registered.
 void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std::string& in_path) {
     if (!in_line.Has("--setup")) return;
     const std::string setup = GetLibraryEntry(in_current, "Setup");

@@ -30,7 +30,7 @@ std::vector<StoredDsn> Select(const ODBC::ProfileView& in_view, const DsnStore& 
     const std::string driver = GetDriver(in_line);
     const std::string prefix = FoldName(in_line.Get("--prefix"));
     for (const std::string& name : GetDsnNames(in_view)) {
-        // First, because completion asks for few of many.
+        // Filter first: completion asks for few of many.
         if (!FoldName(name).starts_with(prefix)) continue;
         Entries entries(in_view.GetKeyValues(name));
         const bool isOurs = IsSameName(entries.Get("Driver"), driver);
@@ -55,7 +55,7 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
         if (EqualsIgnoringCase(key, "Driver")) {
             description.m_driver = value;
         } else if (IsSecretKey(key) && !in_areSecretsShown) {
-            // A mask would be taken for the password by whoever applies it.
+            // Whoever applies the export would take a mask for the password.
             io_leftOut.push_back(key + " of " + in_dsn.m_name);
         } else if (!EqualsIgnoringCase(key, "PWD") || !value.empty()) {
             description.m_values.Set(CanonicalKey(key), value);
@@ -64,7 +64,7 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
     return description;
 }
 
-/// The first ones, in a line that can be read.
+/// The first few names, short enough for one line.
 std::string JoinFirst(const std::vector<std::string>& in_names) {
     constexpr std::size_t MOST = 10;
     const std::string first = Join(std::span(in_names).first(std::min(in_names.size(), MOST)));
@@ -74,7 +74,7 @@ std::string JoinFirst(const std::vector<std::string>& in_names) {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-/// In columns, which are as wide as their longest text has code points.
+/// Prints columns, each as wide as its longest text in code points.
 void PrintTable(const Rows& in_rows) {
     const auto width = [](const std::string& in_text) {
         return static_cast<std::size_t>(std::count_if(
@@ -93,7 +93,7 @@ void PrintTable(const Rows& in_rows) {
     }
 }
 
-/// The DSNs of the other scope, for which hides which: a user's DSN hides the system's.
+/// The DSNs of the other scope, to tell which are hidden: a user's DSN hides the system's.
 std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
     const DsnStore user(Scope::User);
     const DsnStore system(Scope::System);

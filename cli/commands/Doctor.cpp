@@ -87,7 +87,7 @@ void PrintSummary(const Findings& in_findings) {
               << Count(counts[2], "note") << "\n";
 }
 
-/// What where shows: a name for people, its key in JSON, and a path.
+/// A row of `where`: a name for people, its key in JSON, and a path.
 struct Place {
     const char* m_title;
     const char* m_key;

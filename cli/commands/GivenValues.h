@@ -13,7 +13,7 @@ namespace Veltrane::Cli {
 DsnWish MakeWish(const CommandLine& in_line);
 
 /// Sets PWD from where the options say.
-/// @return false when they name no place
+/// @return false when they name no source
 /// @throws CommandError as MakeWish
 bool TakePassword(const CommandLine& in_line, Entries& io_values);
 

@@ -51,7 +51,7 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
       m_isQuiet(in_line.Has("--quiet")),
       m_isDryRun(in_line.Has("--dry-run")),
       m_areSecretsShown(in_line.Has("--show-secrets")) {
-    // With sudo "the user" is another one than people think.
+    // With sudo "the user" is not who people think.
     std::string user;
     const bool isOwn = m_scope == Scope::User && !ReadVariable("SUDO_USER", user);
     if (!isOwn) m_place = " in " + m_path;

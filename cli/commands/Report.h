@@ -22,7 +22,7 @@ void PrintJson(const Json& in_document);
 /// Prints "veltrane-dsn: text" on standard error.
 void PrintError(const std::string& in_text);
 
-/// Prints what became of something and, in a dry run, the difference.
+/// Prints a result and, in a dry run, the difference.
 void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_place,
                bool in_areSecretsShown);
 

@@ -57,7 +57,7 @@ private:
         } else if (description.m_values.Find(in_key) != nullptr) {
             Fail("a key that occurs twice");
         } else if (EqualsIgnoringCase(in_key, "PWD") && in_value.empty()) {
-            // Files of odbc.ini often have it. It does not remove a password that is stored.
+            // Common in odbc.ini files. It does not remove a stored password.
         } else {
             description.m_values.Set(CanonicalKey(in_key), in_value);
         }

@@ -65,7 +65,7 @@ private:
     DsnDescription m_description;
 };
 
-/// Where the parser stopped; its own text would repeat what it last read.
+/// Where the parser stopped. The parser's own text would repeat what it last read.
 std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
     const std::string_view before = in_text.substr(0, in_byte == 0 ? 0 : in_byte - 1);
     const auto line = std::count(before.begin(), before.end(), '\n') + 1;

@@ -37,7 +37,7 @@ void DriverRegistry::Register(const std::string& in_driver, const Entries& in_en
     }
     Change([&](ODBC::ProfileChange& io_change) {
         for (const auto& [key, value] : in_entries) io_change.Set(in_driver, key, value);
-        // Last: what is in the list has its libraries.
+        // The list comes last: a driver in the list has its libraries.
         io_change.ListDriver(in_driver);
     });
 }

@@ -33,7 +33,7 @@ std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in
            Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + ".";
 }
 
-/// A DSN of a driver that nobody knows would be of no use. Those that are there may stay.
+/// Refuses a new DSN of a driver that is not registered. A stored one may stay.
 void RefuseUnknownDrivers(DsnResults& io_results) {
     const DriverRegistry registry;
     std::map<std::string, std::string> known;
@@ -53,7 +53,7 @@ void CarryOut(const DsnPlan& in_plan, ODBC::ProfileChange& io_change) {
     if (in_plan.m_action == Action::Add) io_change.AddDataSource(dsn, in_plan.m_driver);
     for (const auto& [key, before, after] : Compare(in_plan.m_before, in_plan.m_after)) {
         if (in_plan.m_action == Action::Add && key == "Driver") continue;
-        // An old password must not stay in a further line, which nobody reads.
+        // An old password must not stay in a repeated line that nobody reads.
         if (!after || in_plan.m_before.IsRepeated(key)) io_change.RemoveKey(dsn, key);
         if (after) io_change.Set(dsn, key, *after);
     }
@@ -86,7 +86,7 @@ DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bo
     const auto check = [&](bool in_isLocked) {
         if (in_check) in_check(results, in_isLocked);
     };
-    // First without the lock: who has nothing to change need not be allowed to.
+    // First without the lock: a run that changes nothing needs no right to write.
     const ODBC::ProfileView view = in_store.Load();
     plan(view);
     check(false);

@@ -18,7 +18,7 @@ struct DsnResult {
     std::string m_failure;  ///< why it is refused, and nothing of it done; empty: it is as planned
 };
 
-/// One without a plan: the DSN stays as it is.
+/// A result without a plan: the DSN stays as it is.
 DsnResult MakeResult(const std::string& in_dsn, const std::string& in_failure = {});
 
 using DsnResults = std::vector<DsnResult>;

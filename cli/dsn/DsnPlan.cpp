@@ -21,7 +21,7 @@ Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
     return text;
 }
 
-/// What is new has to be what the setup library takes and what reads back as it is. What is stored
+/// New values must be accepted by the setup library and read back unchanged. What is stored
 /// already may stay.
 void CheckSection(const DsnPlan& in_plan) {
     const auto isStored = [&](const std::string& in_key, const std::string& in_value) {
@@ -61,7 +61,7 @@ Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     return section;
 }
 
-/// The setup library of one driver has no business with the DSNs of another one.
+/// The setup library of one driver must not change the DSNs of another.
 void CheckOwner(const DsnWish& in_wish, const Entries& in_current) {
     const std::string owner = in_current.Get("Driver");
     if (owner.empty() || IsSameName(owner, in_wish.m_driver)) return;

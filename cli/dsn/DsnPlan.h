@@ -1,4 +1,4 @@
-/// What is to become of one DSN: worked out from what its section holds and what is wished, before
+/// The planned change of one DSN, worked out from its section and the wanted values, before
 /// anything is written. Nothing here reads or writes a profile.
 #ifndef CLI_DSNPLAN_H
 #define CLI_DSNPLAN_H
@@ -15,10 +15,10 @@ namespace Veltrane::Cli {
 struct DsnWish {
     std::string m_name;
     std::string m_driver;  ///< its name in odbcinst.ini
-    Entries m_values;      ///< an empty value of a field removes its key
+    Entries m_values;      ///< an empty value removes the field's key
     std::vector<std::string> m_unset;
     bool m_isAbsent = false;    ///< the DSN is to be removed
-    bool m_isReplaced = false;  ///< keys that are not given go; otherwise they stay
+    bool m_isReplaced = false;  ///< true: keys that are not given are removed
 };
 
 DsnWish RemovalOf(const std::string& in_dsn, const std::string& in_driver);
@@ -32,7 +32,7 @@ struct KeyChange {
     std::optional<std::string> m_after;
 };
 
-/// What turns a section into another one; an empty value of a field is as good as none.
+/// The change from one section to another. An empty value of a field equals an absent one.
 std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after);
 
 struct DsnPlan {

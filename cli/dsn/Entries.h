@@ -37,7 +37,7 @@ public:
     void Set(std::string_view in_key, std::string_view in_value);
     void Remove(std::string_view in_key);
 
-    /// Whether the key has further lines. Nobody reads them, but they are in the file.
+    /// Whether the key occurs again in the section. Nobody reads the repeated lines.
     bool IsRepeated(std::string_view in_key) const;
 
     bool IsEmpty() const { return m_entries.empty(); }
@@ -63,7 +63,7 @@ inline constexpr auto FIELD_KEYS = [] {
 const ODBC::DialogField* FindField(std::string_view in_key);
 /// A field's key as the setup library spells it; any other key as it is.
 std::string CanonicalKey(std::string_view in_key);
-/// Whether the value is to be masked: the password, and what others may have named alike.
+/// Whether to mask the value: the password, and similar names that other programs use.
 bool IsSecretKey(std::string_view in_key);
 
 inline constexpr std::string_view MASK = "********";

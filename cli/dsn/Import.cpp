@@ -29,7 +29,7 @@ EncodingType GetEncoding(const ImportWish& in_wish) {
     }
 }
 
-/// Chooses among what a file has, and says what it does not choose.
+/// Chooses the DSNs of a file to import, and notes those left out.
 class Chooser {
 public:
     Chooser(const ImportWish& in_wish, std::vector<std::string>& out_notes)

@@ -15,7 +15,7 @@ struct ImportWish {
     std::string m_source;        ///< the file's name for error texts
     std::string m_name;          ///< for a file DSN, which holds none; empty: there is none
     std::string m_encoding;      ///< of a text that is not UTF-8; empty: windows-1252
-    std::string m_driver;        ///< what the driver is called here
+    std::string m_driver;        ///< the driver's name on this machine
     std::string m_driverThere;   ///< name or path in the file; empty: the same
     bool m_areAllTaken = false;  ///< the DSNs of other drivers, too
     bool m_areSecretsTaken = false;

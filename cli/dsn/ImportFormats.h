@@ -27,8 +27,8 @@ std::string DecodeAnsi(const std::string& in_bytes, const ImportWish& in_wish);
 /// "{a}}b}" of a connection string as "a}b"; anything else as it is.
 std::string WithoutBraces(const std::string& in_text);
 
-/// Takes [ODBC Data Sources] away, gives each DSN its driver from it, and notes what is in the list
-/// alone.
+/// Removes [ODBC Data Sources], gives each DSN its driver from it, and notes names found only
+/// there.
 void TakeList(ImportedDsns& io_dsns, std::vector<std::string>& out_notes);
 
 bool IsRegistryExport(std::string_view in_text);

@@ -25,7 +25,7 @@ ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
     return dsn;
 }
 
-/// The driver manager reads them as well as it can, which may not be what was meant.
+/// Lines that the driver manager reads differently from what was probably meant.
 void NoteOddLines(std::string_view in_text, const std::string& in_source,
                   std::vector<std::string>& out_notes) {
     std::size_t number = 0;
@@ -52,7 +52,7 @@ ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wis
                  "JSON of Get-OdbcDsn.");
     }
     NoteOddLines(in_text, in_wish.m_source, out_notes);
-    // In [ODBC] an odbc.ini has options of the driver manager.
+    // [ODBC] of an odbc.ini holds options of the driver manager.
     const Entries own(ini.GetKeyValues("ODBC"));
     if (own.Find("Driver") != nullptr || own.Find("DSN") != nullptr) {
         return {ReadFileDsn(own, in_wish)};

@@ -148,7 +148,7 @@ private:
         Fail("a text without its closing quote");
     }
 
-    /// Nothing for what is no text, and for a value that is to be removed.
+    /// Nothing for a value that is not text or is marked for removal.
     std::optional<std::string> ReadValue() {
         SkipSpaces();
         const std::string_view rest = m_text.substr(m_at);

@@ -1,4 +1,4 @@
-/// Work with somebody else's library, kept apart from this process.
+/// Runs work with somebody else's library apart from this process.
 #ifndef CLI_APART_H
 #define CLI_APART_H
 

@@ -94,7 +94,7 @@ ApartProcess::ApartProcess(const std::string& in_program,
         FailToStart(error);
     }
     other.Close();
-    // A process that does not want it has ended, which ReadLine finds out.
+    // The write fails only if the process has ended; ReadLine reports that.
     if (SendAll(m_state->m_socket.Get(), in_request)) SendAll(m_state->m_socket.Get(), "\n");
 }
 
@@ -116,7 +116,7 @@ ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_
 }
 
 std::string ApartProcess::DescribeEnd() {
-    // It has closed its end, so this is short, unless the driver has closed what is not its own.
+    // It has closed its end, so it ends soon, unless the driver has closed a descriptor of ours.
     siginfo_t info{};
     for (int i = 0; i < 500 && info.si_pid == 0; ++i) {
         const auto process = static_cast<id_t>(m_state->m_process);

@@ -132,7 +132,7 @@ ApartProcess::ApartProcess(const std::string& in_program,
                                       in_arguments, m_state->m_request, m_state->m_answer);
     m_state->m_request.m_theirs.Close();
     m_state->m_answer.m_theirs.Close();
-    // A process that does not want it has ended, which ReadLine finds out.
+    // The write fails only if the process has ended; ReadLine reports that.
     if (WriteAll(m_state->m_request.m_ours.Get(), in_request)) {
         WriteAll(m_state->m_request.m_ours.Get(), "\n");
     }
@@ -140,12 +140,12 @@ ApartProcess::ApartProcess(const std::string& in_program,
 
 ApartProcess::~ApartProcess() { TerminateProcess(m_state->m_process.Get(), 1); }
 
-/// An anonymous pipe cannot be waited for, so it is looked at again and again.
+/// Nothing can wait for an anonymous pipe, so it is polled.
 ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_line) {
     constexpr DWORD INTERVAL = 10;  // milliseconds
     while (!TakeLine(m_state->m_received, out_line)) {
         if (std::chrono::steady_clock::now() >= in_until) return Event::TimedOut;
-        // Asked before the pipe: what it wrote before its end is there then.
+        // Ask before looking at the pipe, so that the last output is not missed.
         const bool hasEnded =
             WaitForSingleObject(m_state->m_process.Get(), INTERVAL) == WAIT_OBJECT_0;
         const HANDLE pipe = m_state->m_answer.m_ours.Get();

@@ -40,7 +40,7 @@ Stored FindStored(const std::string& in_dsn) {
     return stored;
 }
 
-/// As it is within braces.
+/// A value as it is written in braces.
 std::string DoubleBraces(const std::string& in_value) {
     std::string text;
     for (const char byte : in_value) text.append(byte == '}' ? 2 : 1, byte);
@@ -95,7 +95,7 @@ Json DescribeDiagnostics(std::vector<ConnectionDiagnostic> in_diagnostics,
     return list;
 }
 
-/// Whether it may come from the driver manager, which found no driver.
+/// Whether this may be the driver manager saying that it found no driver.
 bool IsFromDriverManager(const Json& in_diagnostics) {
     return std::any_of(in_diagnostics.begin(), in_diagnostics.end(), [](const Json& in_it) {
         const std::string state = in_it["state"];
@@ -136,7 +136,7 @@ void Answer(const Json& in_request, ApartAnswer& io_answer) {
     const Entries attributes = ReadAttributes(in_request);
     const Stored stored = FindStored(attributes.Get("DSN"));
     if (in_request.value("explains", false)) {
-        // A driver that has run was found, wherever that was.
+        // A driver that ran was found.
         const bool isKnown = stored.m_entries || attributes.Find("Driver") != nullptr;
         io_answer.Write(ToLine(isKnown ? ToJson(Explain(attributes, stored)) : Json::array()));
         return;

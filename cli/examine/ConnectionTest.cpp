@@ -15,9 +15,9 @@ using Event = ApartProcess::Event;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// For why the driver manager has found no driver.
+/// Used to explain why the driver manager found no driver.
 constexpr std::chrono::seconds TIME_TO_EXPLAIN{10};
-/// Servers note a connection that is not closed.
+/// Time to disconnect: servers log connections that are not closed.
 constexpr std::chrono::seconds TIME_TO_DISCONNECT{2};
 
 ApartProcess Start(const ConnectionRequest& in_request, bool in_explains) {
@@ -105,7 +105,7 @@ Json TestConnection(const ConnectionRequest& in_request) {
     try {
         return ReadAnswer(Json::parse(line), process);
     } catch (const Json::exception& error) {
-        // Another version of the tool, say, which has replaced this one.
+        // For example another version of the tool that has replaced this one.
         return MakeResult("not tested",
                           std::string("The test's own process answers nonsense: ") + error.what());
     }

@@ -17,7 +17,7 @@ const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocE
 Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver,
                       const std::string& in_how) {
     const std::string known = Join(in_registry.GetNames());
-    // Another name may be that of another driver, which our setup library knows nothing of.
+    // Another name may belong to another driver, which our setup library does not know.
     const std::string repair =
         EqualsIgnoringCase(in_driver, DEFAULT_DRIVER)
             ? "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) +
@@ -188,7 +188,7 @@ Findings ExamineDriverLibrary(const std::string& in_driver) {
 
 Findings ExamineDriver(const std::string& in_driver) {
     Findings findings = ExamineRegistration(in_driver);
-    // Else the request fails for a reason that has a finding already.
+    // Otherwise the request fails for a reason that is reported already.
     if (!HasError(findings)) findings.push_back(ExamineRequest(in_driver));
     return findings;
 }

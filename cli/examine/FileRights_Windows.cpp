@@ -20,7 +20,7 @@ bool IsAdministrator() {
                                  DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0, &group) == FALSE) {
         return false;
     }
-    // Not of one whose rights are not raised.
+    // False for an administrator whose rights are not raised.
     const BOOL isKnown = CheckTokenMembership(nullptr, group, &isMember);
     FreeSid(group);
     return isKnown != FALSE && isMember != FALSE;

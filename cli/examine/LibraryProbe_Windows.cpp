@@ -21,7 +21,7 @@ using ODBC::ToUtf8;
 using ODBC::ToWide;
 using Orska::Support::DescribeSystemError;
 
-/// The build is for x86-64 alone.
+/// This build is for x86-64 only.
 constexpr WORD OWN_MACHINE = IMAGE_FILE_MACHINE_AMD64;
 
 /// A DLL as its file says it, without being loaded.

@@ -41,7 +41,7 @@ const char* const GET_INFO = "SQLGetInfo";
 const char* const GET_DIAGNOSTIC = "SQLGetDiagRec";
 
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
-    // As programs do it that use drivers: they convert text by the locale.
+    // As programs that use drivers do: drivers convert text by the locale.
     std::setlocale(LC_CTYPE, "");
     void* const library = dlopen(in_name.c_str(), RTLD_NOW | RTLD_GLOBAL);
     if (library == nullptr) out_reason = dlerror();

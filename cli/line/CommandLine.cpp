@@ -79,7 +79,7 @@ public:
         const int count = static_cast<int>(words.size());
         words.push_back(nullptr);
         opterr = 0;
-        optind = 0;  // begins anew
+        optind = 0;  // start over
         for (int found = 0; (found = getopt_long(count, words.data(), m_short.c_str(),
                                                  m_long.data(), nullptr)) != -1;) {
             if (found == 'h') throw HelpRequest{MakeHelp(m_command)};
@@ -125,7 +125,7 @@ private:
         const bool hasValue = !option->m_argument.empty();
         // ':' is also how mingw's getopt answers where there is a value too many.
         if (in_found == '?' || (in_found == ':' && !hasValue)) Refuse(name + " takes no value.");
-        // An option is no value, unless it is joined to its own one by "=".
+        // An option is not taken as a value, unless joined with "=".
         const bool isOption = hasValue && !isRefused && optarg == in_word && optarg[0] == '-' &&
                               optarg[1] == '-' && optarg[2] != '\0';
         if (in_found == ':' || isOption) {

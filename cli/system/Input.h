@@ -1,4 +1,4 @@
-/// What the tool reads: a file, or standard input. Nothing keeps a copy of it.
+/// Input of the tool: a file, or standard input. No copy of it is kept.
 #ifndef CLI_INPUT_H
 #define CLI_INPUT_H
 
@@ -43,7 +43,7 @@ private:
 ///         more than 64 KiB
 std::string ReadFirstLine(const std::string& in_path);
 
-/// Says that a source has an empty password. It would be stored as none, and nobody means that who
+/// The failure for an empty password. It would be stored as none, which nobody wants who
 /// names a source.
 [[noreturn]] void RefuseEmptySecret(const std::string& in_source);
 

@@ -1,4 +1,4 @@
-/// What a program does first.
+/// The first steps of a program.
 #ifndef CLI_PROGRAMSTART_H
 #define CLI_PROGRAMSTART_H
 

@@ -17,7 +17,7 @@ namespace {
 /// output before; 0 without a console.
 UINT s_codePageBefore = 0;
 
-/// Of Ctrl-C, and of a console that is closed. Others decide what becomes of the program.
+/// For Ctrl-C and a closed console. Other handlers decide whether the program ends.
 BOOL WINAPI RestoreAtEvent(DWORD /*in_event*/) {
     RestoreConsoleOutput();
     return FALSE;
@@ -29,12 +29,12 @@ void RestoreConsoleOutput() noexcept {
     if (s_codePageBefore != 0) SetConsoleOutputCP(s_codePageBefore);
 }
 
-/// The arguments of main are in the code page of the system, which has not every letter.
+/// The arguments of main are in the system's code page, which lacks most letters.
 std::vector<std::string> StartProgram(int, char**) {
     s_codePageBefore = GetConsoleOutputCP();
     SetConsoleCtrlHandler(RestoreAtEvent, TRUE);
     std::atexit([] {
-        std::fflush(stdout);  // what is left is UTF-8
+        std::fflush(stdout);  // while the console still expects UTF-8
         RestoreConsoleOutput();
     });
     SetConsoleOutputCP(CP_UTF8);

@@ -28,7 +28,7 @@ bool IsConsole(HANDLE in_handle) {
 HANDLE s_console = nullptr;
 DWORD s_modeBefore = 0;
 
-/// For what ends the program while it waits for the answer: nothing is half way then.
+/// For events that end the program while it waits for the answer.
 BOOL WINAPI RestoreConsole(DWORD /*in_event*/) {
     SetConsoleMode(s_console, s_modeBefore);
     RestoreConsoleOutput();
@@ -70,7 +70,7 @@ std::wstring ReadConsoleLine(HANDLE in_console) {
         SetLastError(ERROR_SUCCESS);
         const BOOL isRead =
             ReadConsoleW(in_console, part.data(), static_cast<DWORD>(part.size()), &count, nullptr);
-        // By Ctrl-C, which ends the program here or in RestoreConsole, whichever is first.
+        // Ctrl-C: the program ends here or in RestoreConsole, whichever comes first.
         if (GetLastError() == ERROR_OPERATION_ABORTED) {
             ODBC::Wipe(line);
             throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);

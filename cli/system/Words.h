@@ -1,4 +1,4 @@
-/// Words in sentences for people: lists, quotes, and what somebody meant who has mistyped one.
+/// Words in sentences for people: lists, quotes, and suggestions for mistyped words.
 #ifndef CLI_WORDS_H
 #define CLI_WORDS_H
 
