@@ -15,6 +15,8 @@ namespace Orska::Support {
 
 namespace {
 
+constexpr char FORMAT[] = "orska_abort() called from %s:%d for reason: %s";
+
 /// Another thread may keep a stream locked for ever, as one does that waits for input. So each task
 /// has a thread of its own, which is left where it waits.
 /// @return whether the task came to its end in time
@@ -36,15 +38,13 @@ bool HasDone(const Task& in_task) noexcept {
 }  // namespace
 
 void orska_abort(const char* in_file, int in_line, const char* in_reason) noexcept {
-    char text[4096];
-    const int length =
-        std::snprintf(text, sizeof text, "orska_abort() called from %s:%d for reason: %s", in_file,
-                      in_line, in_reason);
-    const bool isWritten = HasDone([&text] {
-        std::fputs(text, stderr);
+    const bool isWritten = HasDone([=] {
+        std::fprintf(stderr, FORMAT, in_file, in_line, in_reason);
         std::fflush(stderr);
     });
     if (!isWritten) {
+        char text[4096];
+        const int length = std::snprintf(text, sizeof text, FORMAT, in_file, in_line, in_reason);
         const int size = std::clamp(length, 0, static_cast<int>(sizeof text) - 1);
         static_cast<void>(!write(STDERR_FILENO, text, static_cast<unsigned>(size)));
     }

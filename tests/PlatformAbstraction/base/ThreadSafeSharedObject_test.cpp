@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -89,11 +90,11 @@ TEST(OrskaAbortDeathTest, FlushesOutputAndWritesTheReasonAsItIs) {
             std::setvbuf(stdout, nullptr, _IOFBF, 4096);
             dup2(STDERR_FILENO, STDOUT_FILENO);
             std::printf("unflushed ");
-            orska_abort("Source", -7, "100 %s");
+            orska_abort("Source", -7, ("100 %s" + std::string(5000, '.') + '!').c_str());
         },
         IsAborted,
-        AllOf(HasSubstr("orska_abort() called from Source:-7 for reason: 100 %s"),
-              HasSubstr("unflushed ")));
+        AllOf(HasSubstr("orska_abort() called from Source:-7 for reason: 100 %s..."),
+              HasSubstr("...!"), HasSubstr("unflushed ")));
 }
 
 TEST(ThreadSafeSharedObjectTest, LosesNoUpdate) {
