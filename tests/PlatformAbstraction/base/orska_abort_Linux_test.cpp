@@ -15,9 +15,19 @@ namespace {
 
 using Test::IsAborted;
 
+// The thread sanitizer's own abort() flushes standard error and waits for it.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool FLUSHES_STDERR = true;
+#elif defined(__has_feature)
+constexpr bool FLUSHES_STDERR = __has_feature(thread_sanitizer);
+#else
+constexpr bool FLUSHES_STDERR = false;
+#endif
+
 TEST(OrskaAbortDeathTest, DoesNotWaitForAThreadThatKeepsAStream) {
     std::FILE* const newest = std::fopen("/dev/null", "r");
     for (std::FILE* const stream : {stdin, stderr, newest}) {
+        if (stream == stderr && FLUSHES_STDERR) continue;
         EXPECT_EXIT(
             {
                 std::binary_semaphore isKept{0};
