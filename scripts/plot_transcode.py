@@ -11,7 +11,6 @@ repetitions in all files. With --sizes only rows of these sizes; with --ratios c
 """
 import argparse
 import json
-import sys
 
 TEXTS = ["ascii", "latin", "cyrgr", "cjk", "emoji", "w1252"]
 ENCODINGS = ["utf8", "utf16le", "utf16be", "utf32le", "utf32be", "latin1", "cp1252"]

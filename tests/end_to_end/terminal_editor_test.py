@@ -5,7 +5,6 @@ import os
 import shlex
 import signal
 import subprocess
-import unittest
 from pathlib import Path
 
 import editor_harness
