@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <limits>
 
 #include "PlatformAbstraction/base/Ascii.h"
 
@@ -11,7 +10,6 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-using OdbcIniLine::HasIodbcName;
 using OdbcIniLine::HeaderName;
 using OdbcIniLine::IsComment;
 using OdbcIniLine::KeyName;
@@ -22,7 +20,6 @@ using OdbcIniLine::ValueOf;
 using Orska::Support::EqualsIgnoringCase;
 using Orska::Support::FoldCase;
 using Orska::Support::IsAsciiBlank;
-using Orska::Support::ToLowerAscii;
 using Orska::Support::Trim;
 using Orska::Support::TrimLeft;
 
@@ -77,89 +74,25 @@ constexpr std::size_t MAX_UNINDEXED_NAMES = 32;
 
 OdbcIniText::OdbcIniText(std::string in_bytes, Rules in_rules)
     : m_text(std::move(in_bytes)), m_rules(in_rules) {
-    if (m_rules == Rules::IODBC) m_maxPiece = std::numeric_limits<std::size_t>::max();
     if (m_text.starts_with(BYTE_ORDER_MARK)) m_text.erase(0, BYTE_ORDER_MARK.size());
     const std::size_t lineEnd = m_text.find('\n');
     if (lineEnd != std::string::npos && lineEnd > 0 && m_text[lineEnd - 1] == '\r') {
         m_lineEnd = "\r\n";
     }
-    m_isReadable = FindRefused() == std::string::npos;
-}
-
-/// Where the reader refuses the text: at what is before the first section and is neither blank
-/// nor a comment. npos when it does not.
-std::size_t OdbcIniText::FindRefused() const {
-    if (m_rules == Rules::IODBC) return std::string::npos;
-    for (std::size_t at = 0; at < m_text.size(); at = PieceEnd(at)) {
-        const std::string_view piece = Piece(at);
-        if (piece.starts_with('[')) break;
-        const std::string_view content = TrimLeft(piece);
-        if (!content.empty() && !IsComment(content.front())) return at;
-    }
-    return std::string::npos;
+    m_isReadable = Pieces().FindRefused() == std::string::npos;
 }
 
 /// The first header must begin in the first column, the others need not: when the first section
 /// goes, the blanks before the next header go too.
 void OdbcIniText::MendFirstHeader() {
-    const std::size_t at = FindRefused();
+    const std::size_t at = Pieces().FindRefused();
     if (at == std::string::npos) return;
     const std::size_t content = m_text.find_first_not_of(BLANKS, at);
     if (m_text[content] != '[') return;
     // A header that the reader cuts must stay cut where it was.
-    const std::size_t end = PieceEnd(at);
+    const std::size_t end = Pieces().EndOf(at);
     if (end < m_text.size() && m_text[end - 1] != '\n') m_text.insert(end, m_lineEnd);
     m_text.erase(at, content - at);
-}
-
-/// The end of the reader's line that begins here, its line end included.
-std::size_t OdbcIniText::PieceEnd(std::size_t in_begin) const {
-    return LineEnd(in_begin, in_begin + std::min(m_text.size() - in_begin, m_maxPiece));
-}
-
-/// What the reader sees of the line that begins here.
-std::string_view OdbcIniText::Piece(std::size_t in_begin) const {
-    return Seen({m_text.data() + in_begin, PieceEnd(in_begin) - in_begin}, m_rules);
-}
-
-std::size_t OdbcIniText::LineEnd(std::size_t in_begin, std::size_t in_limit) const {
-    const char* const begin = m_text.data() + in_begin;
-    const void* const found = std::memchr(begin, '\n', in_limit - in_begin);
-    return found == nullptr
-               ? in_limit
-               : static_cast<std::size_t>(static_cast<const char*>(found) - m_text.data()) + 1;
-}
-
-/// The beginning of the first section header at or after the beginning of a reader's line: of one
-/// with that name, if one is given. The end of the text without one. Jumps from bracket to bracket,
-/// because most of a large file is of no interest.
-std::size_t OdbcIniText::FindHeader(std::size_t in_from, Rules in_rules,
-                                    std::optional<std::string_view> in_name) const {
-    const std::string_view text = m_text;
-    const std::size_t size = in_name ? in_name->size() : 0;
-    const char last = size == 0 ? '[' : ToLowerAscii(in_name->back());
-    std::size_t line = in_from;
-    std::size_t seen = in_from;
-    for (std::size_t bracket = text.find('[', in_from); bracket != std::string_view::npos;
-         bracket = text.find('[', bracket + 1)) {
-        // Names are alike at their beginnings more often than at their ends.
-        const std::size_t end = bracket + size;
-        if (end < text.size() && ToLowerAscii(text[end]) != last &&
-            !IsAsciiBlank(text[bracket + 1])) {
-            continue;
-        }
-        const std::size_t lineEnd = text.substr(seen, bracket - seen).rfind('\n');
-        if (lineEnd != std::string_view::npos) line = seen + lineEnd + 1;
-        seen = bracket;
-        const std::size_t piece = line + (bracket - line) / m_maxPiece * m_maxPiece;
-        const std::string_view before = text.substr(piece, bracket - piece);
-        const bool isFirst = in_rules == Rules::APPENDED_FILE
-                                 ? before.empty()
-                                 : std::all_of(before.begin(), before.end(), IsAsciiBlank<char>);
-        if (!isFirst || (in_rules == Rules::IODBC && !HasIodbcName(Piece(piece)))) continue;
-        if (!in_name || EqualsIgnoringCase(HeaderName(Piece(piece)), *in_name)) return piece;
-    }
-    return text.size();
 }
 
 /// Finds all sections.
@@ -173,9 +106,9 @@ void OdbcIniText::MakeIndex() const {
         }
         const std::size_t end = RangeOf(static_cast<std::uint32_t>(i)).m_end;
         for (std::size_t at = m_blocks[i].m_begin; at < end;) {
-            const std::size_t body = PieceEnd(at);
-            blocks.push_back({at, HashName(HeaderName(Piece(at)))});
-            at = FindHeader(body, m_rules);
+            const std::size_t body = Pieces().EndOf(at);
+            blocks.push_back({at, HashName(HeaderName(Pieces().Get(at)))});
+            at = Pieces().FindHeader(body, m_rules);
         }
     }
     m_blocks = std::move(blocks);
@@ -184,7 +117,7 @@ void OdbcIniText::MakeIndex() const {
 
 void OdbcIniText::StartIndex() const {
     if (!m_blocks.empty()) return;
-    m_firstSection = FindHeader(0, m_rules);
+    m_firstSection = Pieces().FindHeader(0, m_rules);
     if (m_firstSection < m_text.size()) m_blocks.push_back({m_firstSection, 0, NONE, true});
 }
 
@@ -192,10 +125,10 @@ void OdbcIniText::StartIndex() const {
 std::uint32_t OdbcIniText::TakeFromRun(std::size_t in_begin) const {
     auto i = static_cast<std::uint32_t>(m_blocks.size()) - 1;
     while (m_blocks[i].m_begin > in_begin) --i;
-    const std::size_t end = FindHeader(PieceEnd(in_begin), m_rules);
+    const std::size_t end = Pieces().FindHeader(Pieces().EndOf(in_begin), m_rules);
     if (end < RangeOf(i).m_end) m_blocks.insert(m_blocks.begin() + i + 1, {end, 0, NONE, true});
     if (m_blocks[i].m_begin < in_begin) m_blocks.insert(m_blocks.begin() + ++i, Block{});
-    m_blocks[i] = {in_begin, HashName(HeaderName(Piece(in_begin)))};
+    m_blocks[i] = {in_begin, HashName(HeaderName(Pieces().Get(in_begin)))};
     return i;
 }
 
@@ -258,12 +191,12 @@ std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_
         if (IsNamed(m_blocks[i], in_section, hash)) return i;
     }
     Search& search = *SearchFor(in_section);
-    const std::size_t found = FindHeader(search.m_end, m_rules, in_section);
+    const std::size_t found = Pieces().FindHeader(search.m_end, m_rules, in_section);
     if (found == m_text.size()) {
         search.m_end = found;
         return NONE;
     }
-    search.m_end = PieceEnd(found);
+    search.m_end = Pieces().EndOf(found);
     return TakeFromRun(found);
 }
 
@@ -300,31 +233,8 @@ bool OdbcIniText::IsLive(std::uint32_t in_block) const {
 
 std::string_view OdbcIniText::NameOf(const Block& in_block) const {
     return in_block.m_body == NONE
-               ? HeaderName(Piece(in_block.m_begin))
+               ? HeaderName(Pieces().Get(in_block.m_begin))
                : std::string_view(m_bodies[in_block.m_body]->m_lines.front().m_key);
-}
-
-/// A section of the text by other rules than its own.
-std::optional<OdbcIniText::Range> OdbcIniText::FindSection(std::string_view in_section,
-                                                           Rules in_rules) const {
-    if (!m_isReadable) return std::nullopt;
-    std::size_t at = FindHeader(0, m_rules);
-    if (at < m_text.size() && !EqualsIgnoringCase(HeaderName(Piece(at)), in_section)) {
-        at = FindHeader(PieceEnd(at), in_rules, in_section);
-    }
-    if (at == m_text.size()) return std::nullopt;
-    return Range{at, FindHeader(PieceEnd(at), in_rules)};
-}
-
-/// The value of a key in a range of the text.
-std::optional<std::string> OdbcIniText::FindValue(Range in_section, std::string_view in_key,
-                                                  Rules in_rules) const {
-    for (std::size_t at = PieceEnd(in_section.m_begin); at < in_section.m_end; at = PieceEnd(at)) {
-        const std::string_view piece = Piece(at);
-        const std::optional<std::string_view> key = KeyOf(piece, in_rules);
-        if (key && EqualsIgnoringCase(*key, in_key)) return ValueOf(piece, in_rules);
-    }
-    return std::nullopt;
 }
 
 /// Gives what the reader sees of each line of a section, its header aside, and whether it begins
@@ -339,26 +249,29 @@ void OdbcIniText::VisitPieces(std::uint32_t in_block, const Visit& in_visit) con
         return;
     }
     const auto [begin, end] = RangeOf(in_block);
-    for (std::size_t at = PieceEnd(begin); at < end; at = PieceEnd(at)) {
-        in_visit(Piece(at), m_text[at - 1] == '\n');
+    const OdbcIniPieces pieces = Pieces();
+    for (std::size_t at = pieces.EndOf(begin); at < end; at = pieces.EndOf(at)) {
+        in_visit(pieces.Get(at), m_text[at - 1] == '\n');
     }
 }
 
 bool OdbcIniText::HasSection(std::string_view in_section, Rules in_rules) const {
-    return in_rules == m_rules ? FindLive(in_section) != NONE
-                               : FindSection(in_section, in_rules).has_value();
+    return in_rules == m_rules
+               ? FindLive(in_section) != NONE
+               : m_isReadable && Pieces().FindSection(in_section, in_rules).has_value();
 }
 
 std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::string_view in_key,
                                             Rules in_rules) const {
     if (in_rules != m_rules) {
-        const std::optional<Range> section = FindSection(in_section, in_rules);
-        return section ? FindValue(*section, in_key, in_rules) : std::nullopt;
+        if (!m_isReadable) return std::nullopt;
+        const std::optional<Range> section = Pieces().FindSection(in_section, in_rules);
+        return section ? Pieces().FindValue(*section, in_key, in_rules) : std::nullopt;
     }
     const std::uint32_t block = FindLive(in_section);
     if (block == NONE) return std::nullopt;
     Body* const body = BodyOf(block);
-    if (body == nullptr) return FindValue(RangeOf(block), in_key, in_rules);
+    if (body == nullptr) return Pieces().FindValue(RangeOf(block), in_key, in_rules);
     const Line* const line = body->Find(FoldCase(in_key), true);
     return line == nullptr
                ? std::nullopt
@@ -412,7 +325,7 @@ OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
     const auto [begin, end] = RangeOf(in_block);
     body->m_lines.reserve(16);
     for (std::size_t at = begin; at < end;) {
-        const std::size_t next = PieceEnd(at);
+        const std::size_t next = Pieces().EndOf(at);
         const bool isOwn = at == 0 || m_text[at - 1] == '\n';
         body->m_lines.push_back(MakeLine({m_text.data() + at, next - at}, isOwn));
         at = next;
@@ -449,8 +362,9 @@ void OdbcIniText::RemoveBlock(Body& io_body) const {
 
 void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) const {
     constexpr std::string_view MARK = "# ";
-    while (in_line.size() - in_line.ends_with('\n') > m_maxPiece) {
-        std::size_t size = m_maxPiece - MARK.size();
+    const std::size_t most = OdbcIniPieces::GetMost(m_rules);
+    while (in_line.size() - in_line.ends_with('\n') > most) {
+        std::size_t size = most - MARK.size();
         while (size > 1 && IsContinuation(in_line[size])) --size;
         io_text.append(in_line.substr(0, size)).append(m_lineEnd).append(MARK);
         in_line.remove_prefix(size);

@@ -27,6 +27,7 @@
 #include <vector>
 
 #include "Setup/OdbcIniLine.h"
+#include "Setup/OdbcIniPieces.h"
 #include "Setup/OdbcIniSection.h"
 
 namespace Veltrane::ODBC {
@@ -82,10 +83,7 @@ public:
 private:
     static constexpr std::uint32_t NONE = UINT32_MAX;
 
-    struct Range {
-        std::size_t m_begin;
-        std::size_t m_end;
-    };
+    using Range = OdbcIniPieces::Range;
     using Body = OdbcIniSection;
     using Line = OdbcIniSection::Line;
 
@@ -103,13 +101,8 @@ private:
         std::size_t m_end;
     };
 
-    std::size_t FindRefused() const;
+    OdbcIniPieces Pieces() const noexcept { return {m_text, m_rules}; }
     void MendFirstHeader();
-    std::size_t PieceEnd(std::size_t in_begin) const;
-    std::string_view Piece(std::size_t in_begin) const;
-    std::size_t FindHeader(std::size_t in_from, Rules in_rules,
-                           std::optional<std::string_view> in_name = std::nullopt) const;
-    std::size_t LineEnd(std::size_t in_begin, std::size_t in_limit) const;
 
     void StartIndex() const;
     void MakeIndex() const;
@@ -126,9 +119,6 @@ private:
     Body* BodyOf(std::uint32_t in_block) const;
     bool IsLive(std::uint32_t in_block) const;
     std::string_view NameOf(const Block& in_block) const;
-    std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
-    std::optional<std::string> FindValue(Range in_section, std::string_view in_key,
-                                         Rules in_rules) const;
     template <typename Visit>
     void VisitPieces(std::uint32_t in_block, const Visit& in_visit) const;
 
@@ -144,7 +134,6 @@ private:
 
     std::string m_text;
     Rules m_rules = Rules::FIRST_FILE;
-    std::size_t m_maxPiece = OdbcIniLine::MAX_LINE;  ///< where the reader cuts a line
     std::string m_lineEnd = "\n";
     bool m_isReadable = true;
     bool m_isChanged = false;
