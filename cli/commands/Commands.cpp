@@ -6,13 +6,27 @@
 namespace Veltrane::Cli {
 
 ExitCode RunCommand(const CommandLine& in_line) {
-    // In the order of CommandId.
-    constexpr ExitCode (*COMMANDS[])(const CommandLine&) = {
-        AddDsn,      SetDsn,     EditDsn,           RemoveDsns,
-        ShowDsn,     ListDsns,   ApplyDescriptions, ExportDsns,
-        ImportFile,  CheckDsns,  RegisterDriver,    UnregisterDriver,
-        ListDrivers, ShowPlaces, RunDoctor,         TestDsn};
-    return COMMANDS[static_cast<std::size_t>(in_line.m_command)](in_line);
+    constexpr std::pair<CommandId, ExitCode (*)(const CommandLine&)> COMMANDS[] = {
+        {CommandId::Add, AddDsn},
+        {CommandId::Set, SetDsn},
+        {CommandId::Edit, EditDsn},
+        {CommandId::Remove, RemoveDsns},
+        {CommandId::Show, ShowDsn},
+        {CommandId::List, ListDsns},
+        {CommandId::Apply, ApplyDescriptions},
+        {CommandId::Export, ExportDsns},
+        {CommandId::Import, ImportFile},
+        {CommandId::Check, CheckDsns},
+        {CommandId::DriverRegister, RegisterDriver},
+        {CommandId::DriverUnregister, UnregisterDriver},
+        {CommandId::DriverList, ListDrivers},
+        {CommandId::Where, ShowPlaces},
+        {CommandId::Doctor, RunDoctor},
+        {CommandId::Test, TestDsn}};
+    for (const auto& [id, run] : COMMANDS) {
+        if (id == in_line.m_command) return run(in_line);
+    }
+    return EXIT_USAGE;
 }
 
 std::string GetDriver(const CommandLine& in_line) {
