@@ -42,13 +42,13 @@ void ReadEditor(const VeltraneDSNDialog& in_editor, VeltraneDSNConfiguration& io
 
 int RemoveDSN(VeltraneDSNConfiguration& io_record, const orska_wstring& in_attributes) {
     io_record.Load(in_attributes);
-    // A refusal is handed on as it is; the installer, not we, has the reason.
+    // No error is posted for a refusal: only the installer knows the reason.
     return TracedInstaller::RemoveDSNFromIni(io_record.GetDsn()) ? 1 : 0;
 }
 
 int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool in_isConfigure,
             const orska_wstring& in_driverDescription, const orska_wstring& in_attributes) {
-    // Created even when it is not shown: without a window its initial values are the new DSN's.
+    // Needed even when it is not shown: without a window a new DSN gets its initial values.
     VeltraneDSNDialog editor;
     if (in_isConfigure || !in_attributes.IsEmpty()) {
         io_record.Load(in_attributes);
@@ -62,13 +62,13 @@ int EditDSN(VeltraneDSNConfiguration& io_record, bool in_hasParentWindow, bool i
             editor.SetTestedDriver(driver);
         }
     }
-    // A cancelled editor does not abandon the request: the record is saved as it was loaded. That
-    // is meant; callers rely on the section being written in either case.
+    // Cancelling the editor does not abandon the request: the record is saved as it was loaded.
+    // Kept on purpose: callers rely on the section being written in either case.
     if (!in_hasParentWindow || editor.ShowDialog() == DIALOG_OK) {
         ReadEditor(editor, io_record);
     }
-    // A DSN that was renamed in the editor is saved under its new name, and the section of the old
-    // name stays. That is meant as well: nothing is lost by a rename.
+    // A DSN that was renamed in the editor is saved under its new name, and the old section stays.
+    // Kept on purpose: a rename loses nothing.
     io_record.Save();
     return 1;
 }
@@ -102,7 +102,7 @@ void Post(unsigned long in_code, const orska_wstring& in_text) {
     TracedInstaller::PostInstallerError(in_code, in_text);
 }
 
-/// The message of an exception, or why there is none.
+/// Returns the message of an exception, or the reason why it has none.
 orska_wstring MessageOf(const std::exception& in_exception) {
     try {
         return ToInstallerText(in_exception.what());
@@ -111,7 +111,7 @@ orska_wstring MessageOf(const std::exception& in_exception) {
     }
 }
 
-/// The handlers, in the order in which they are tried.
+/// Posts the exception that is being handled, by its type.
 void PostByKind() {
     try {
         throw;
@@ -133,7 +133,7 @@ int PostCurrentException() noexcept {
     try {
         PostByKind();
     } catch (...) {
-        // Not even the text could be made (no memory): the result alone has to tell.
+        // No memory for the text: only the result reports the failure.
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-/// The dispatch of one setup request, and the one place where failures become an installer error.
+/// Dispatches a setup request. Only this file turns failures into installer errors.
 #ifndef SETUP_CONFIGDSNINTERNAL_H
 #define SETUP_CONFIGDSNINTERNAL_H
 
@@ -6,8 +6,8 @@
 
 namespace Veltrane::ODBC {
 
-/// The installer's request types. Most installers hand over the system requests as the plain ones
-/// and tell them apart by the config mode only; one that comes as it is needs no mode.
+/// The installer's request types. Most installers pass a system request as the plain type and set
+/// the config mode. A request of type 4 to 6 is a system request in any mode.
 enum RequestType : unsigned short {
     ODBC_ADD_DSN = 1,
     ODBC_CONFIG_DSN = 2,
@@ -20,8 +20,8 @@ enum RequestType : unsigned short {
 /// Carries out one request.
 /// @param in_parentWindow  only whether it is null matters; the handle is never used
 /// @param in_attributes    key=value entries, each followed by exactly one NUL; may be empty
-/// @return 1, or 0. For 0 one installer error was posted, except when the installer itself refused
-///         to remove the DSN.
+/// @return 1 on success. 0 on failure, with one installer error posted, unless the installer itself
+///         refused to remove the DSN.
 int ConfigDSNInternal(void* in_parentWindow, unsigned short in_requestType,
                       const Orska::Support::orska_wstring& in_driverDescription,
                       const Orska::Support::orska_wstring& in_attributes) noexcept;

@@ -20,11 +20,11 @@ namespace {
 
 using SystemCalls::Descriptor;
 
-/// Other processes open the files too; each round has a new chance of being alone.
+/// How often to try: a round is lost when another process opens the files too.
 constexpr int MAX_ROUNDS = 32;
 constexpr unsigned PAUSE = 500;  // microseconds
 
-/// Notices when a file is opened, also one that does not exist yet.
+/// Detects when a file is opened, even one that does not exist yet.
 class OpenWatch {
 public:
     OpenWatch(int in_inotify, const std::string& in_path) {
@@ -36,7 +36,7 @@ public:
             slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
         m_watch = ::inotify_add_watch(in_inotify, directory.c_str(), IN_OPEN | IN_MASK_ADD);
         if (m_watch >= 0) return;
-        // A directory that may not be listed; the file itself will do.
+        // The directory cannot be read: watch the file itself.
         m_name.clear();
         m_watch = ::inotify_add_watch(in_inotify, path.c_str(), IN_OPEN | IN_MASK_ADD);
     }
@@ -71,8 +71,8 @@ Opened ReadEvents(int in_inotify, const OpenWatch& in_user, const OpenWatch& in_
     }
 }
 
-/// A file that the library makes in passing has the widest mode that the umask allows; this narrows
-/// it to that of the files that we make.
+/// The library can create a file while it reads, with the widest mode that the umask allows. This
+/// narrows the mode to that of files that we create.
 class NewFileGuard {
 public:
     NewFileGuard(const std::string& in_path, mode_t in_mode) : m_path(in_path), m_mode(in_mode) {
@@ -97,7 +97,7 @@ private:
     bool m_isAbsent = false;
 };
 
-/// Never served from the library's cache, because it asks for the names of the sections.
+/// Asks for the names of the sections, which the library does not cache.
 void ReadAnything(const InstallerLibrary& in_library) {
     char names[64];
     in_library.m_readWithoutLock(nullptr, nullptr, "", names, sizeof names, "odbc.ini");
@@ -105,7 +105,7 @@ void ReadAnything(const InstallerLibrary& in_library) {
 
 Opened Observe(const InstallerLibrary& in_library, int in_inotify, const std::string& in_user,
                const std::string& in_system) {
-    // Anew in each round, because the files may have been replaced or made.
+    // New watches in each round: the files can have been replaced or created.
     const OpenWatch user(in_inotify, in_user);
     const OpenWatch system(in_inotify, in_system);
     ReadEvents(in_inotify, user, system);
@@ -118,18 +118,18 @@ bool IsUsable(const std::string& in_path) {
            SystemCalls::IsWritable(in_path.c_str());
 }
 
-/// Nothing was opened: when one of the files cannot be, it is that one that the library tried. The
-/// request fails in any case, and now for a reason with a path. No harm comes of an error in here:
-/// a file that cannot be opened is not written to either.
+/// The library opened neither file. If exactly one of them cannot be opened, the library tried that
+/// one, and the request fails with an error that has its path. A wrong guess does no harm: a file
+/// that cannot be opened is not written either.
 ConfigMode GuessFromAccess(const std::string& in_user, const std::string& in_system) {
     const bool isUserUsable = IsUsable(in_user);
     if (isUserUsable == IsUsable(in_system)) return ConfigMode::UNKNOWN;
     return isUserUsable ? ConfigMode::SYSTEM : ConfigMode::USER;
 }
 
-/// The variable that overrides the config mode in the library itself.
+/// Returns the mode that the environment sets in the library itself; UNKNOWN if it sets none.
 ConfigMode ModeOfEnvironment() {
-    // Not a matter of trust: it tells what the library, which believes it, is about to do.
+    // The value needs no trust: the library follows it, and we have to do as the library does.
     const char* const variable = std::getenv("ODBCSEARCH");
     const std::string_view search = variable == nullptr ? "" : variable;
     if (search == "ODBC_SYSTEM_DSN") return ConfigMode::SYSTEM;

@@ -6,18 +6,18 @@ namespace Veltrane::ODBC {
 
 struct InstallerLibrary;
 
-/// Whose data sources a request is about. The values are those of SQLGetConfigMode.
+/// The data sources that a request is about. The values are those of SQLGetConfigMode.
 enum class ConfigMode { BOTH = 0, USER = 1, SYSTEM = 2, UNKNOWN = -1 };
 
-/// The config mode of the request that is running; UNKNOWN when it cannot be found out.
+/// Returns the config mode of the running request, UNKNOWN when it cannot be determined.
 ConfigMode FindConfigMode();
 
-/// For where the installer library cannot be asked: from unixODBC 2.3.13 on SQLGetConfigMode waits
-/// for ever inside ConfigDSN. Lets the library read a profile and watches which files it opens for
-/// that: the user's in mode USER, the system's in mode SYSTEM, both in mode BOTH. When none was
-/// opened and only one of them cannot be, it is that one's mode. Takes 6 to 20 ms, most of them in
-/// closing the watch: the system lets go of one that slowly.
-/// @return UNKNOWN when opening files cannot be watched
+/// Determines the config mode without SQLGetConfigMode, which waits for ever inside ConfigDSN from
+/// unixODBC 2.3.13 on. Lets the library read a profile and watches which files it opens: the user's
+/// in mode USER, the system's in mode SYSTEM, both in mode BOTH. If it opens none and exactly one
+/// of them cannot be opened, the mode is that file's. Needs 6 to 20 ms, mostly for closing the
+/// watch, which the kernel does slowly.
+/// @return UNKNOWN when files cannot be watched, or when nothing tells the modes apart
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library);
 
 }  // namespace Veltrane::ODBC

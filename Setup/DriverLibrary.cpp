@@ -11,7 +11,7 @@ bool HasDriverLibrary(const std::string& in_driver) {
             if (!drivers.Get(in_driver, key).value_or("").empty()) return true;
         }
     } catch (const ProfileError&) {
-        // Nobody has asked for a test yet.
+        // No error to report: no test was requested yet.
     }
     return false;
 }

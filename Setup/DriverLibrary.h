@@ -1,4 +1,4 @@
-/// Whether a driver has a library of its own beside its setup library.
+/// Whether a driver has a library besides its setup library.
 #ifndef SETUP_DRIVERLIBRARY_H
 #define SETUP_DRIVERLIBRARY_H
 
@@ -6,9 +6,9 @@
 
 namespace Veltrane::ODBC {
 
-/// Whether the driver is registered with a library, so that a test can do more than fail.
+/// Whether the driver is registered with a library. Without one, a connection test can only fail.
 /// @param in_driver  UTF-8
-/// @return false, too, when the registration cannot be read
+/// @return false also when the registration cannot be read
 bool HasDriverLibrary(const std::string& in_driver);
 
 }  // namespace Veltrane::ODBC

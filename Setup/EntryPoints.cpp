@@ -1,8 +1,7 @@
-/// The two functions that the setup library exports. They turn their arguments into orska_wstring
-/// and hand over; nothing else happens here. The installer calls them on its own thread.
+/// The two exported functions of the setup library. They convert their arguments to orska_wstring
+/// and call ConfigDSNInternal. They run on the installer's thread.
 ///
-/// Declared here and not through an installer's headers: unixODBC and iODBC disagree about
-/// the types.
+/// Declared here without an installer's headers: unixODBC and iODBC disagree about the types.
 #include <cstddef>
 
 #include "PlatformAbstraction/strings/orska_wstring.h"
@@ -15,9 +14,9 @@ namespace {
 using Orska::Support::orska_wstring;
 using Veltrane::ODBC::InstallerCaller;
 
-/// The characters of a list of NUL-terminated entries, up to the last one before two NULs in a row.
-/// A list whose first character is NUL has none: callers exist that pass "" with its single NUL,
-/// and nothing after that NUL may be read.
+/// Returns the characters of a list of NUL-terminated entries, without the two NULs at its end. A
+/// list that begins with NUL is empty: some callers pass "" with a single NUL, and nothing after it
+/// may be read.
 template <typename Char>
 std::size_t MeasureAttributeList(const Char* in_attributes) {
     if (in_attributes == nullptr || in_attributes[0] == 0) {
@@ -30,7 +29,7 @@ std::size_t MeasureAttributeList(const Char* in_attributes) {
     return count;
 }
 
-/// The NUL that ends the last entry belongs to the string, so that every entry has its own.
+/// The string includes the NUL of the last entry, so every entry ends with one.
 template <typename Char>
 orska_wstring MakeAttributeString(const Char* in_attributes) {
     const std::size_t count = MeasureAttributeList(in_attributes);
@@ -46,7 +45,7 @@ int ConfigDSNEntry(void* in_parentWindow, unsigned short in_requestType,
                                                  orska_wstring(in_driverDescription),
                                                  MakeAttributeString(in_attributes));
     } catch (...) {
-        // Arguments too large for memory; nothing else is thrown out of the conversion.
+        // No memory for the arguments: the conversion throws nothing else.
         return Veltrane::ODBC::PostCurrentException();
     }
 }
@@ -62,8 +61,7 @@ extern "C" {
 #endif
 
 /// @param in_driverDescription  NUL-terminated, UTF-8
-/// @param in_attributes         NUL-terminated key=value entries, ended by an empty one; may be
-/// null
+/// @param in_attributes         NUL-terminated key=value entries and an empty one; can be null
 /// @return 1, or 0 with one installer error posted (a refused removal posts none)
 VELTRANE_EXPORT int ConfigDSN(void* in_parentWindow, unsigned short in_requestType,
                               const char* in_driverDescription, const char* in_attributes) {
@@ -71,7 +69,7 @@ VELTRANE_EXPORT int ConfigDSN(void* in_parentWindow, unsigned short in_requestTy
     return ConfigDSNEntry(in_parentWindow, in_requestType, in_driverDescription, in_attributes);
 }
 
-/// As ConfigDSN, in UTF-16, or in what the calling installer takes for wide text.
+/// As ConfigDSN, in UTF-16, or in wchar_t if the calling installer uses that.
 VELTRANE_EXPORT int ConfigDSNW(void* in_parentWindow, unsigned short in_requestType,
                                const char16_t* in_driverDescription,
                                const char16_t* in_attributes) {

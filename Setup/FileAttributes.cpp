@@ -19,8 +19,8 @@ constexpr char NETWORK_ACCESS_LIST[] = "system.nfs4_acl";
 constexpr std::size_t MAX_ATTRIBUTE = 65536;
 constexpr std::size_t USUAL_ATTRIBUTE = 256;
 
-/// Calls for bytes of which nobody knows how many there are.
-/// @return false when that fails
+/// Calls with a buffer of the usual size, and again with the largest one if that is too small.
+/// @return false when the call fails
 template <typename Call>
 bool ReadBytes(const Call& in_call, std::string& out_bytes) {
     ssize_t size = -1;
@@ -47,7 +47,7 @@ bool SetAttribute(int in_handle, const char* in_name, const std::string& in_valu
 
 bool IsWithoutAttribute() { return errno == ENODATA || errno == ENOTSUP; }
 
-/// What is neither a part of the file's bytes, as signatures are, nor a right to run it.
+/// Signatures belong to the old bytes and capabilities to programs, so neither is copied.
 bool IsCopied(std::string_view in_attribute) {
     return in_attribute.starts_with("user.") || in_attribute == "security.selinux" ||
            in_attribute == "security.SMACK64" || in_attribute == NETWORK_ACCESS_LIST;
@@ -62,7 +62,7 @@ CopyResult CopyAccessList(int in_from, int in_to) {
         return {"cannot keep the access list", errno};
     }
     if (!IsWithoutAttribute()) return {"cannot read the access list", errno};
-    // One that the directory has for new files lets in others than the old file did.
+    // A list inherited from the directory grants rights that the old file did not.
     const bool isNone = !GetAttribute(in_to, ACCESS_LIST, list) && IsWithoutAttribute();
     if (isNone || SystemCalls::RemoveAttribute(in_to, ACCESS_LIST) == 0 || IsWithoutAttribute()) {
         return {};

@@ -1,20 +1,19 @@
-/// What belongs to a file beside its bytes, owner and mode (Linux), given to another one by open
-/// handles of both.
+/// Copies access lists and extended attributes from one open file to another (Linux).
 #ifndef SETUP_FILEATTRIBUTES_H
 #define SETUP_FILEATTRIBUTES_H
 
 namespace Veltrane::ODBC::FileAttributes {
 
 struct CopyResult {
-    const char* m_failed = nullptr;  ///< what could not be done, for people; null for nothing
+    const char* m_failed = nullptr;  ///< the step that failed, as an error text; null for none
     int m_error = 0;                 ///< errno
-    bool m_isSet = false;            ///< there was one, and the other file has it now
+    bool m_isSet = false;            ///< the list was copied
 };
 
-/// The access list, or that there is none.
+/// Copies the access list. If the old file has none, removes an inherited one.
 CopyResult CopyAccessList(int in_from, int in_to);
-/// Those that users and the system's policy have set. A file without them is usable, except the
-/// access list of a network file system, which changing the mode may have changed.
+/// Copies the attributes that users and security policies have set. A file without them is usable,
+/// except for the access list of a network file system, which a change of the mode can change.
 CopyResult CopyExtendedAttributes(int in_from, int in_to);
 
 }  // namespace Veltrane::ODBC::FileAttributes

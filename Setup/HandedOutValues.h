@@ -1,5 +1,5 @@
-/// What a request has read from the profile, so that a value that it has not changed is written as
-/// it was stored: whole where the record got its beginning, in its bytes where they are no text.
+/// The values that a request has read from the profile. A value that it did not change is written
+/// as it was stored: in full if the record got it truncated, byte for byte if it is not valid text.
 #ifndef SETUP_HANDEDOUTVALUES_H
 #define SETUP_HANDEDOUTVALUES_H
 
@@ -11,21 +11,21 @@
 
 namespace Veltrane::ODBC {
 
-/// @tparam Stored  how the profile keeps a value
+/// @tparam Stored  a value as the profile stores it
 template <typename Stored>
 class HandedOutValues {
 public:
     using orska_wstring = Orska::Support::orska_wstring;
 
-    /// @param in_given  the text that the reader got
+    /// @param in_given  the text that was returned to the reader
     void Remember(const orska_wstring& in_key, const orska_wstring& in_given, Stored in_stored) {
-        // A Save looks at the stored driver but always writes the one of its request.
+        // Save reads the stored driver but always writes the driver of its request.
         if (in_key == DSN_CONFIG_KEY_DRIVER) return;
         m_values.push_back({in_key, in_given, std::move(in_stored)});
     }
 
-    /// The stored value whose reader got this text, under whatever name of a data source; null when
-    /// the text is a new one. The last reader counts.
+    /// Returns the stored value that was last returned as this text, for any data source; null for
+    /// a new text. Owned by this object.
     const Stored* Find(const orska_wstring& in_key, const orska_wstring& in_given) const {
         const auto value =
             std::find_if(m_values.rbegin(), m_values.rend(), [&](const Value& in_value) {

@@ -1,5 +1,5 @@
-/// Which installer has called an entry point. A process may hold more than one driver manager, each
-/// with an installer library of its own, and the names of their functions are the same.
+/// Which installer called an entry point. A process can load several driver managers, and their
+/// installer libraries have functions of the same names.
 #ifndef SETUP_INSTALLERCALLER_H
 #define SETUP_INSTALLERCALLER_H
 
@@ -7,20 +7,19 @@ namespace Veltrane::ODBC {
 
 struct InstallerLibrary;
 
-/// Binds the operations of the calling thread, while it lives, to the caller's installer library,
-/// and puts off a cancellation of that thread (Linux) until the call is back: it would unwind
-/// through code that may not be left like that and end the host. On Windows it keeps this library
-/// in the process, although the installer frees it after every request; on Linux the library is
-/// linked so that nothing unloads it.
+/// While it lives, the calling thread uses the caller's installer library. On Linux it also
+/// postpones a cancellation of the thread until the call returns: unwinding through noexcept
+/// functions would terminate the host. On Windows it keeps this library loaded, although the
+/// installer frees it after every request; on Linux the library is linked with nodelete.
 class InstallerCaller {
 public:
-    /// @param in_returnAddress  where the entry point goes back to
+    /// @param in_returnAddress  of the entry point
     explicit InstallerCaller(const void* in_returnAddress) noexcept;
     InstallerCaller(const InstallerCaller&) = delete;
     InstallerCaller& operator=(const InstallerCaller&) = delete;
     ~InstallerCaller();
 
-    /// Whether the caller's wide characters are wchar_t; they are UTF-16 otherwise.
+    /// Whether the caller's wide characters are wchar_t; otherwise they are UTF-16.
     bool HasPlatformWideChars() const noexcept;
 
 private:

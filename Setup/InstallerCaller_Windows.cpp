@@ -16,12 +16,10 @@ bool PinModule() noexcept {
 
 }  // namespace
 
-// There is one installer, the system's. It frees the library after every request; the first call
-// keeps the library in the process. The run-time linked into it takes a thread-local slot at each
-// load and does not give it back: after about a thousand loads the process has none left and
-// aborts. ICU leaves the tables of the converters that it opened. Loaded for good, the library
-// costs both once. Besides, at the end of a thread that has used it, the run-time would free the
-// library from within itself.
+// Windows has one installer. It frees the library after every request, so the first call pins the
+// library. Otherwise each load would leak a thread-local slot of the run-time library (after about
+// a thousand loads none is left and the process aborts) and ICU's converter tables. The run-time
+// library would also free this library from within itself when a thread that has used it ends.
 InstallerCaller::InstallerCaller(const void* /*in_returnAddress*/) noexcept {
     // Process-wide: set at the first entry, never changed.
     [[maybe_unused]] static const bool s_isPinned = PinModule();

@@ -40,13 +40,13 @@ InstallerLibrary BindAll(void* in_library) {
     return library;
 }
 
-/// A module that is in the process already. The main program has no name.
+/// Opens a module that is already loaded. The main program has no name.
 void* OpenLoaded(const char* in_name) {
     const bool isMainProgram = in_name == nullptr || *in_name == '\0';
     return ::dlopen(isMainProgram ? nullptr : in_name, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
 }
 
-/// The module that holds an address; null when there is none.
+/// Opens the module that contains an address; returns null when there is none.
 void* OpenModuleOf(const void* in_address) {
     Dl_info info{};
     void* module = nullptr;
@@ -55,7 +55,7 @@ void* OpenModuleOf(const void* in_address) {
 }
 
 /// The libraries bound so far, one for each driver manager in the process.
-/// Process-wide: filled as callers come, read by every request.
+/// Process-wide: filled at each caller's first call, read by every request.
 class BoundLibraries {
 public:
     /// @param in_function  a function of the library
@@ -83,7 +83,7 @@ private:
 
 constinit BoundLibraries s_boundLibraries;
 
-/// Of the code of this thread's request; null outside of one.
+/// The library of this thread's request; null outside of one.
 thread_local const InstallerLibrary* t_library = nullptr;
 
 InstallerLibrary LoadAny() {
@@ -97,8 +97,8 @@ InstallerLibrary LoadAny() {
     return {};
 }
 
-/// Texts that iODBC may still show: it stores the pointer, so they outlive the call.
-/// Process-wide: written by posts, read by the library until its error list is emptied.
+/// Texts of posted errors. iODBC stores only the pointer, so they have to outlive the call.
+/// Process-wide: written when an error is posted, read by the library until it empties its list.
 class PostedTexts {
 public:
     const char* Keep(const std::string& in_text) {
@@ -116,7 +116,7 @@ private:
 };
 
 PostedTexts& GetPostedTexts() {
-    // Never destroyed: the library may be asked for its errors until the process ends.
+    // Never destroyed: the library can be asked for its errors until the process ends.
     static PostedTexts& s_texts = *new PostedTexts;
     return s_texts;
 }
@@ -126,7 +126,7 @@ PostedTexts& GetPostedTexts() {
 const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept {
     void* const module = OpenModuleOf(in_code);
     if (module == nullptr) return nullptr;
-    // In the module itself, or in what it is linked with.
+    // Searches the module and the libraries that it is linked with.
     const void* const function = ::dlsym(module, ANY_FUNCTION);
     const InstallerLibrary* const library =
         function == nullptr ? nullptr : s_boundLibraries.Get(function);
@@ -160,15 +160,15 @@ void ForgetReadValues() {
     if (library.m_clearCache != nullptr) {
         library.m_clearCache();
     } else if (library.m_writeProfileString != nullptr && library.m_readWithoutLock == nullptr) {
-        // Versions that keep the function to themselves call it after each write. This one removes
-        // an absent section from a file without any.
+        // Versions that do not export the function call it after each write. This write removes a
+        // section from a file that has none.
         library.m_writeProfileString("-", nullptr, nullptr, "/dev/null");
         ClearInstallerErrors();
     }
 }
 
 void ClearInstallerErrors() {
-    // Every call but the posting of an error empties the list.
+    // Every call except posting an error empties the list.
     const InstallerLibrary& library = GetInstallerLibrary();
     if (library.m_validDSN != nullptr) library.m_validDSN("-");
 }

@@ -7,23 +7,24 @@
 
 namespace Veltrane::ODBC {
 
-/// unixODBC and iODBC have installer libraries with the same names and rules of their own.
+/// Their installer libraries have the same function names but different rules.
 enum class DriverManager { UNIXODBC, IODBC };
 
-/// Null where the library lacks a function. Never unloaded.
+/// The functions of an installer library, null where it lacks one. Never unloaded.
 struct InstallerLibrary {
     DriverManager m_driverManager = DriverManager::UNIXODBC;
     int (*m_validDSN)(const char* in_name) = nullptr;
     short (*m_postInstallerError)(unsigned in_code, const char* in_text) = nullptr;
     int (*m_getConfigMode)(unsigned short* out_mode) = nullptr;
-    /// The paths of the user's and of the system's odbc.ini; a buffer of PATH_BUFFER bytes.
+    /// Return the path of the user's or the system's odbc.ini in a buffer of PATH_BUFFER bytes.
     int (*m_userIni)(char* out_path, int in_isVerified) = nullptr;
     int (*m_systemIni)(char* out_path, int in_isVerified) = nullptr;
     int (*m_writeProfileString)(const char* in_section, const char* in_key, const char* in_value,
                                 const char* in_file) = nullptr;
     void (*m_clearCache)() = nullptr;
-    /// A profile read that takes no lock. Its presence (from unixODBC 2.3.13 on) means that a lock
-    /// is held around ConfigDSN, under which m_getConfigMode would wait for ever.
+    /// Reads a profile without a lock. Its presence (from unixODBC 2.3.13 on) means that the
+    /// library holds a lock while it calls ConfigDSN, and m_getConfigMode would wait for that lock
+    /// for ever.
     int (*m_readWithoutLock)(const char* in_section, const char* in_key, const char* in_default,
                              char* out_value, int in_size, const char* in_file) = nullptr;
 
@@ -32,20 +33,21 @@ struct InstallerLibrary {
     bool IsLoaded() const noexcept { return m_validDSN != nullptr; }
 };
 
-/// The library to which the code at an address belongs, or else the one that it calls.
-/// @return null when it has to do with none
+/// Finds the installer library that contains the code at an address, or else the one that this code
+/// is linked with.
+/// @return null when there is none
 const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept;
 /// Sets the library of the calling thread.
-/// @param in_library  null: the one of the process
+/// @param in_library  null for the library of the process
 /// @return the one set before
 const InstallerLibrary* UseInstallerLibrary(const InstallerLibrary* in_library) noexcept;
-/// The library of the calling thread; else the one of the process: a library that it holds, or
-/// loaded at the first call. When that fails the user is told, once.
+/// Returns the library of the calling thread, or else the library of the process: one that is
+/// already loaded, or one that the first call loads. If loading fails, prints an error once.
 const InstallerLibrary& GetInstallerLibrary() noexcept;
 
 /// Posts an error. The text need not outlive the call.
 bool PostError(unsigned in_code, const std::string& in_text);
-/// Makes the library forget the values that it has read: it keeps them for 20 s, old ones too.
+/// Empties the library's cache of values, which it uses for 20 s even if the file changes.
 void ForgetReadValues();
 /// Empties the installer's error list.
 void ClearInstallerErrors();

@@ -17,12 +17,12 @@ namespace Veltrane::ODBC {
 namespace {
 
 constexpr char SYSTEM_INI[] = "/etc/odbc.ini";
-/// Every version takes a path of so many bytes as it is.
+/// Every version uses a shorter path unchanged.
 constexpr std::size_t USUAL_PATH = 256;
 
 std::string AskPath(int (*in_function)(char*, int)) {
     std::vector<char> path(InstallerLibrary::PATH_BUFFER, '\0');
-    // The library keeps the system's path without a lock.
+    // The library caches the system's path without a lock.
     const SystemCalls::ForkLock lock;
     in_function(path.data(), 0);
     return path.data();
@@ -41,7 +41,7 @@ std::string GetHome() {
     return home != nullptr ? home : GetPasswdHome();
 }
 
-/// The path in a variable, when the file can be read or made; empty otherwise. That is
+/// Returns the path in a variable if the file can be read or created, else an empty text. This is
 /// iODBC's rule.
 std::string GetUsablePath(const char* in_variable) {
     const char* const path = std::getenv(in_variable);
@@ -61,7 +61,7 @@ std::string GetUserIniPath() {
         const std::string path = GetUsablePath("ODBCINI");
         return path.empty() ? GetHome() + "/.odbc.ini" : path;
     }
-    // unixODBC looks the user up first, also where it takes the path from the variable.
+    // Avoids unixODBC's look-up of the user, which it makes even if the variable has the path.
     const char* const variable = std::getenv("ODBCINI");
     const std::string_view path = variable == nullptr ? "" : variable;
     if (!path.empty() && path.size() < USUAL_PATH) return std::string(path);

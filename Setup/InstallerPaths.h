@@ -9,9 +9,8 @@ namespace Veltrane::ODBC {
 /// Whether this process runs with more rights than its user has (set-user-id and the like).
 bool IsPrivileged() noexcept;
 
-/// The path of the user's odbc.ini and of the system's, whether they exist or not, by the rules of
-/// the driver manager. A process that runs with more rights than its user has takes neither from
-/// the environment.
+/// Return the path of the user's and of the system's odbc.ini by the driver manager's rules, even
+/// if the file does not exist. A process with more rights than its user ignores the environment.
 std::string GetUserIniPath();
 std::string GetSystemIniPath();
 

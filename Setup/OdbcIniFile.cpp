@@ -24,23 +24,24 @@ constexpr char TEMPORARY_MARK[] = ".veltrane-";
 constexpr std::size_t RANDOM_DIGITS = 16;
 /// Leaves room for the mark and the digits in a name of 255 bytes.
 constexpr std::size_t MAX_NAME_PART = 200;
-/// How often a file is opened again that is replaced while it is read.
+/// How often to read a file that is replaced during the read.
 constexpr int MAX_READS = 8;
 constexpr int MAX_LINKS = 40;
-/// Written in place it would be lost when that is cut off, and others would read half of it.
+/// A mounted file could only be written in place. An interrupted write would lose it, and other
+/// programs would read half of it.
 constexpr char MOUNTED[] =
     "cannot be replaced, because it is mounted by itself (mount its directory instead)";
 constexpr std::size_t SPARE_ROOM = 4096;
-/// A program that has the file open, and has not written for so long, in microseconds, is not in
-/// the middle of it; unless the file is empty, which is how programs begin.
+/// A program that has the file open counts as done after this long without a write, in
+/// microseconds. An empty file gets longer, because writers begin by emptying it.
 constexpr long long WRITER_PAUSE = 4'000'000;
 constexpr long long EMPTY_WRITER_PAUSE = 30'000'000;
-/// The same where it is not known whether a program has it open.
+/// The same when it is unknown whether a program has the file open.
 constexpr long long REST = 50'000;
-/// The same for file systems whose times are whole seconds.
+/// The same for file systems that store whole seconds.
 constexpr long long WHOLE_SECONDS_REST = 1'050'000;
 
-/// Longer than the clock of a local file system does not advance, in microseconds.
+/// Longer than one tick of a local file system's clock, in microseconds.
 constexpr long long TICK = 20'000;
 
 bool IsSameFile(const struct stat& in_left, const struct stat& in_right) {
@@ -51,40 +52,40 @@ bool IsSameTime(const timespec& in_left, const timespec& in_right) {
     return in_left.tv_sec == in_right.tv_sec && in_left.tv_nsec == in_right.tv_nsec;
 }
 
-/// The same file, not written to between.
+/// True when both are the same file and it was not written in between.
 bool IsSameVersion(const struct stat& in_left, const struct stat& in_right) {
     return IsSameFile(in_left, in_right) && in_left.st_size == in_right.st_size &&
            IsSameTime(in_left.st_mtim, in_right.st_mtim);
 }
 
-/// How long ago the file was written to, in microseconds.
+/// Returns the time since the last write, in microseconds.
 long long GetAge(const struct stat& in_stat) {
     return SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
            in_stat.st_mtim.tv_nsec / 1000;
 }
 
-/// True when the next write cannot leave the time of the last one as it is. The time of a file that
-/// was renamed in a later tick than it was written in, as ours are, is gone by already.
+/// True when the next write is certain to change the modification time, because the tick of the
+/// last write is over. A file that was renamed in a later tick, as ours are, shows that.
 bool IsTimeTelling(const struct stat& in_stat) {
     return !IsSameTime(in_stat.st_mtim, in_stat.st_ctim) ||
            (in_stat.st_mtim.tv_nsec != 0 && GetAge(in_stat) > TICK);
 }
 
-/// True when one of these may be in the middle of writing the file in place. That sets both times;
-/// a file that was renamed after it was written, as ours are, has a later one of its attributes. (A
-/// child that was forked while it was written may still hold it.)
+/// True when one of these programs can be in the middle of writing the file in place. A write sets
+/// both times; a file that was renamed after it was written, as ours are, has a later change time.
+/// (A child that was forked during the write can still have the file open.)
 bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
     if (in_writers == Writers::NONE || !IsSameTime(in_stat.st_mtim, in_stat.st_ctim)) return false;
     const long long age = GetAge(in_stat);
     if (in_writers == Writers::SOME) {
         return age < (in_stat.st_size == 0 ? EMPTY_WRITER_PAUSE : WRITER_PAUSE);
     }
-    // A time to come is that of a file server with another clock, and tells nothing.
+    // A time in the future is from a file server with another clock and says nothing.
     const long long rest = in_stat.st_mtim.tv_nsec == 0 ? WHOLE_SECONDS_REST : REST;
     return age > -rest && age < rest;
 }
 
-/// Removes the temporary file at the end, also when memory runs out.
+/// Removes the temporary file at the end of the scope, even when memory runs out.
 struct Remover {
     const PrivateHandle& m_directory;
     const std::string& m_name;  ///< empty for none
@@ -116,8 +117,7 @@ bool IsTemporaryName(const std::string& in_name, const std::string& in_prefix) {
            in_name.find_first_not_of("0123456789abcdef", in_prefix.size()) == std::string::npos;
 }
 
-/// Gives a lock up although a copy of the handle, in a child made without our knowledge, may
-/// live on.
+/// Unlocks explicitly: a copy of the handle can live on in a child made without our fork handlers.
 void Release(PrivateHandle& io_handle) noexcept {
     if (io_handle.IsOpen()) SystemCalls::Lock(io_handle.Get(), LOCK_UN);
     io_handle = PrivateHandle();
@@ -131,8 +131,9 @@ bool TryLock(const PrivateHandle& in_handle) {
     return result == 0;
 }
 
-/// Locks a file if nobody else has. Network file systems lock for writing only what is open for it.
-/// @param in_path  as openat takes it, for them
+/// Locks a file unless another program has. Network file systems grant a write lock only on a
+/// handle that is open for writing.
+/// @param in_path  for openat, to open the file again for writing
 bool LockNow(PrivateHandle& io_handle, int in_directory, const char* in_path, int in_flags) {
     if (TryLock(io_handle)) return true;
     if (errno != EBADF) return false;
@@ -141,8 +142,8 @@ bool LockNow(PrivateHandle& io_handle, int in_directory, const char* in_path, in
     return io_handle.IsOpen() && TryLock(io_handle);
 }
 
-/// The path without links in its last part, which tells the directory that the file is in, or is to
-/// be made in: O_EXCL and renaming follow no link. Empty, with errno, when that cannot be told.
+/// Resolves symbolic links in the last part of a path. The result shows the directory that the file
+/// is in, or will be created in: O_EXCL and rename follow no links. Empty, with errno, on failure.
 std::string FollowLinks(std::string in_path) {
     for (int i = 0; i < MAX_LINKS; ++i) {
         const std::string target = SystemCalls::ReadLink(in_path.c_str());
@@ -153,7 +154,7 @@ std::string FollowLinks(std::string in_path) {
     return in_path;
 }
 
-/// The failure of a call that the file system or the system does not have.
+/// True when the file system or the kernel does not support the call.
 bool IsUnsupported(int in_error) {
     return in_error == EINVAL || in_error == ENOSYS || in_error == ENOTSUP;
 }
@@ -162,7 +163,7 @@ bool IsUnsupported(int in_error) {
 
 std::string FileFailure::Describe() const {
     std::string path = m_path;
-    // A path must not be able to end the line that it is shown in.
+    // A path must not break the line that it is shown in.
     for (char& byte : path) {
         if (static_cast<unsigned char>(byte) < ' ') byte = '?';
     }
@@ -177,7 +178,7 @@ bool OdbcIniFile::Fail(const char* in_operation, int in_error) {
     return false;
 }
 
-/// An open file that is said not to exist is one that was replaced, on some network file systems.
+/// On some network file systems ENOENT for an open file means that it was replaced.
 bool OdbcIniFile::FailToRead() { return Fail("cannot read", errno == ENOENT ? ESTALE : errno); }
 
 bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
@@ -186,7 +187,7 @@ bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
         if (ReadOnce(out_bytes, out_stat)) break;
         if (!IsStale() || attempts == MAX_READS) return false;
     }
-    // Whether that can be done is no matter of reading.
+    // The read succeeds even if leftover files cannot be removed.
     if (OpenDirectory()) FindLeft(true);
     m_failure = {};
     m_directory = PrivateHandle();
@@ -200,9 +201,9 @@ bool OdbcIniFile::ReadOnce(std::string& out_bytes, struct stat& out_stat) {
     return ReadAtRest(file.Get(), out_stat, out_bytes);
 }
 
-/// A program that writes the file in place empties it first. What is read in between would be taken
-/// for all there is.
-/// @param io_stat  of the file as it was just now, and then as it was read
+/// Waits for programs that write the file in place. They empty it first, and a read in between
+/// would miss the rest.
+/// @param io_stat  in: of the file now; out: of the file as it was read
 bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& out_bytes) {
     const long long deadline = SystemCalls::GetMonotonicTime() + WRITER_TIMEOUT;
     for (;;) {
@@ -226,8 +227,8 @@ bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string
     if (!S_ISREG(in_stat.st_mode)) return Fail("not a regular file", FileFailure::REFUSED);
     if (in_stat.st_size > MAX_SIZE) return Fail("cannot read", EFBIG);
     const auto expected = static_cast<std::size_t>(in_stat.st_size);
-    // Room for what a change adds, and one byte more than expected, which tells the end: where that
-    // does not come, the caller sees from the size whether there is more.
+    // Reserves room for what a change adds. One byte more than expected shows whether the file has
+    // grown; if it has changed in another way, the caller sees that from its size and time.
     out_bytes.reserve(expected + SPARE_ROOM);
     out_bytes.resize(expected + 1);
     std::size_t size = 0;
@@ -265,8 +266,7 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     return true;
 }
 
-/// @return false without a failure when another process made, removed or replaced the file
-///         meanwhile
+/// @return false, with no failure set, when the file was created, removed or replaced meanwhile
 bool OdbcIniFile::LockOnce(std::string& out_bytes, long long in_deadline) {
     if (!OpenToLock()) return false;
     if (!m_isNew && !WaitForLock(in_deadline)) return false;
@@ -275,9 +275,9 @@ bool OdbcIniFile::LockOnce(std::string& out_bytes, long long in_deadline) {
     return m_isNew || ReadAtRest(m_file.Get(), m_stat, out_bytes);
 }
 
-/// Opens the file for reading only, because other requests would take us for a program that is
-/// writing to it. That it may be written is asked for: the directory could allow to replace a file
-/// that may not.
+/// Opens the file for reading only: other requests would take a writer for a program that is
+/// changing it. Checks the right to write, because the directory alone could allow replacing a
+/// read-only file.
 bool OdbcIniFile::OpenToLock() {
     m_file = PrivateHandle(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
     m_isNew = !m_file.IsOpen() && errno == ENOENT;
@@ -287,8 +287,8 @@ bool OdbcIniFile::OpenToLock() {
     return Fail(m_isNew ? "cannot create" : "cannot open for writing", errno);
 }
 
-/// Waits in small steps of random length: a blocking flock cannot be given a time limit without
-/// signals, and without a limit any reader of the file could stop us for ever.
+/// Polls at short random intervals: a blocking flock has no time limit without signals, and any
+/// reader of the file could hold us up for ever.
 bool OdbcIniFile::WaitForLock(long long in_deadline) {
     while (!LockNow(m_file, AT_FDCWD, m_path.c_str(), 0)) {
         if (!m_file.IsOpen()) return errno != ENOENT && Fail("cannot open for writing", errno);
@@ -301,8 +301,8 @@ bool OdbcIniFile::WaitForLock(long long in_deadline) {
     return true;
 }
 
-/// Opens the directory in which the file really is, or is to be.
-/// @return false without a failure when there is no file any more
+/// Opens the directory that the file is in, or will be in, after following links.
+/// @return false, with no failure set, when the file is gone
 bool OdbcIniFile::OpenDirectory() {
     const std::string path = FollowLinks(m_path);
     if (path.empty()) return Fail("cannot resolve", errno);
@@ -315,8 +315,8 @@ bool OdbcIniFile::OpenDirectory() {
            ((m_isNew || errno != ENOENT) && Fail("cannot open the directory", errno));
 }
 
-/// Whether the locked file is the one in that place; a file that is to be made, whether none is.
-/// @return false without a failure when the path now leads to another file
+/// Checks that the path still leads to the locked file, or, for a new file, to none.
+/// @return false, with no failure set, when it leads to another file
 bool OdbcIniFile::IsInPlace() {
     struct stat inPlace {};
     const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0;
@@ -327,7 +327,7 @@ bool OdbcIniFile::IsInPlace() {
     return !SystemCalls::IsMounted(m_file.Get()) || Fail(MOUNTED, EBUSY);
 }
 
-/// The names of the temporary files that were left by a process that died: a living one holds a
+/// Returns the names of temporary files that killed processes have left. A living process holds a
 /// lock on its own.
 std::vector<std::string> OdbcIniFile::FindLeft(bool in_isToGo) const {
     const std::string prefix = TemporaryPrefix(m_name);
@@ -389,13 +389,13 @@ bool OdbcIniFile::IsOutdated() {
     struct stat now {};
     const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), now) == 0;
     if (m_isNew) return isThere;
-    // What is kept of the file may have changed, too.
+    // The attributes that a new file keeps can have changed too.
     return !isThere || !IsSameVersion(m_stat, now) || !IsSameTime(m_stat.st_ctim, now.st_ctim) ||
            m_stat.st_mode != now.st_mode || m_stat.st_uid != now.st_uid ||
            m_stat.st_gid != now.st_gid;
 }
 
-/// The name is one that nobody can guess and that FindLeft knows.
+/// The name cannot be guessed, and FindLeft recognises it.
 bool OdbcIniFile::CreateTemporary(PrivateHandle& out_handle, std::string& out_name) {
     for (int attempts = 0; attempts < 16; ++attempts) {
         std::uint64_t random = 0;
@@ -405,15 +405,15 @@ bool OdbcIniFile::CreateTemporary(PrivateHandle& out_handle, std::string& out_na
             m_directory.Get(), out_name.c_str(),
             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, m_isNew ? m_newFileMode : 0600));
         if (out_handle.IsOpen() && LockTemporary(out_name)) return true;
-        // Gone or locked: another request took it, before it was locked, for one that was left.
+        // Gone or locked: another request took it for a leftover before it was locked.
         if (errno != EEXIST && errno != EINTR && errno != ENOENT && errno != EWOULDBLOCK) break;
     }
     return Fail("cannot create a temporary file beside it", errno);
 }
 
-/// Says to others that the file is in use, and keeps them from changing it, once it is in place,
-/// until that is certain to last. The handle is one for reading, because that for writing is
-/// closed before.
+/// The lock shows other requests that the file is in use. Once the file is in place, the lock keeps
+/// them from changing it until it is safe on disk. The handle is a second one, for reading, because
+/// the one for writing is closed earlier.
 bool OdbcIniFile::LockTemporary(const std::string& in_name) {
     m_temporary = PrivateHandle(SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
                                                     O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
@@ -439,8 +439,8 @@ bool OdbcIniFile::WriteTemporary(int in_handle, std::string_view in_bytes) {
            Fail("cannot write", EIO);
 }
 
-/// Gives the temporary file what belongs to the file that it replaces. What cannot be kept of owner
-/// and rights is a reason to refuse: a wider or narrower file is not the same file.
+/// Copies the attributes of the old file to the temporary one. Fails if the owner or the rights
+/// cannot be kept: more or fewer users could then read the file.
 bool OdbcIniFile::CopyAttributes(int in_handle) {
     if (m_isNew) return true;
     if ((m_stat.st_uid != m_written.st_uid || m_stat.st_gid != m_written.st_gid) &&
@@ -450,7 +450,7 @@ bool OdbcIniFile::CopyAttributes(int in_handle) {
     using namespace FileAttributes;
     const CopyResult list = CopyAccessList(m_file.Get(), in_handle);
     if (list.m_failed != nullptr) return Fail(list.m_failed, list.m_error);
-    // Without set-user-id and the like, which writing to a file takes away as well.
+    // Without set-user-id and the like, which a write removes as well.
     mode_t mode = m_stat.st_mode & 0777;
     if (m_isEmpty) mode &= m_newFileMode;
     // Setting an access list changes the mode.
@@ -468,14 +468,14 @@ bool OdbcIniFile::Finish(PrivateHandle& io_handle) {
     return io_handle.CloseNow() == 0 || errno == EINTR || Fail("cannot write", errno);
 }
 
-/// @param io_name  of the temporary file, and then of what is to be removed; empty for nothing
+/// @param io_name  in: the temporary file; out: the file to remove, empty for none
 bool OdbcIniFile::PutInPlace(std::string& io_name) {
-    // Syncing took its time; what another program wrote meanwhile must not be lost.
+    // The sync took time. What another program wrote meanwhile must not be lost.
     if (IsOutdated()) return FailAsOutdated();
     if (m_isNew) return PutNew(io_name);
     if (Rename(io_name, RENAME_EXCHANGE)) return IsAsRead(io_name) || PutBack(io_name);
     if (!IsUnsupported(errno)) return FailToReplace();
-    // Here the old file has no name any more once it is replaced, so it is looked at before.
+    // Without an exchange the old file loses its name, so it is checked before.
     if (!IsAsRead(m_name) || IsOutdated()) return FailAsOutdated();
     return Rename(io_name, 0) || FailToReplace();
 }
@@ -493,19 +493,19 @@ bool OdbcIniFile::PutNew(const std::string& in_name) {
     return errno == EEXIST ? FailAsOutdated() : FailToReplace();
 }
 
-/// No file is there when somebody has removed it, or, on another host, the temporary one.
+/// ENOENT means that another program removed the file, or another host the temporary one.
 bool OdbcIniFile::FailToReplace() {
     if (errno == ENOENT) return FailAsOutdated();
     return Fail(errno == EBUSY ? MOUNTED : "cannot replace", errno);
 }
 
-/// True when the name leads to the file and to the bytes that were read. The bytes are looked at
-/// where number, size and time alone do not tell: within one tick of the file system's clock, which
-/// for some is a second, as many bytes can be written again, and a network file system keeps all
-/// three for seconds, except for who opens the file anew.
+/// True when the name leads to the file and to the bytes that were read. Compares the bytes where
+/// inode, size and time are not enough: within one tick of the file system's clock, a second on
+/// some, the same number of bytes can be written again. A network file system caches all three for
+/// seconds, except for a program that opens the file anew.
 bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     const bool isTold = m_writers == Writers::NONE;
-    // Who has opened it since then has emptied it, or is about to.
+    // A program that has opened it since then has emptied it or will.
     if (isTold && SystemCalls::FindWritersAgain(m_file.Get()) == Writers::SOME) return false;
     const PrivateHandle anew(isTold ? -1
                                     : SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),
@@ -529,16 +529,16 @@ bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     }
 }
 
-/// Undoes the exchange, because a program without the lock has written to the old file, or replaced
-/// it, since it was read.
+/// Undoes the exchange: a program without the lock has written or replaced the old file since it
+/// was read.
 bool OdbcIniFile::PutBack(std::string& io_name) {
     struct stat now {};
     const bool isOurs = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), now) == 0 &&
                         IsSameVersion(m_written, now);
-    // What was written to the new file since is newer still, and by a program that writes it all.
+    // A program has already rewritten the new file, and its version is the newest.
     if (!isOurs) return true;
     if (Rename(io_name, RENAME_EXCHANGE)) {
-        // It does not count as put in place and complete: who has it open may not have ended.
+        // Touched so that it does not pass for a file that we finished: its writer may not be done.
         SystemCalls::Touch(m_file.Get());
         return FailAsOutdated();
     }
@@ -547,12 +547,12 @@ bool OdbcIniFile::PutBack(std::string& io_name) {
     return false;
 }
 
-/// Until then a power cut can bring the old file back, for 5 s on ext4 and for 30 s and more on XFS
+/// Without it a power cut can bring the old file back, for 5 s on ext4 and for 30 s and more on XFS
 /// and btrfs.
 bool OdbcIniFile::SyncDirectory() {
     int result = SystemCalls::Sync(m_directory.Get());
     while (result != 0 && errno == EINTR) result = SystemCalls::Sync(m_directory.Get());
-    // Some file systems have nothing to sync in a directory.
+    // Some file systems cannot sync a directory.
     return result == 0 || IsUnsupported(errno) || Fail("cannot sync the directory", errno);
 }
 

@@ -1,20 +1,18 @@
 /// One odbc.ini on disk: read whole, or locked, read, and replaced whole.
 ///
-/// The lock is an flock of the file itself. It ends with its holder, whatever way that goes, works
-/// between processes and between threads, and does not pass to children. Because the file is
-/// replaced by renaming, a holder checks after locking that the path still leads to the file that
-/// it locked. A file that does not exist has no lock: of those who make it at once one is first,
-/// and the others see that it is there.
+/// The lock is an flock on the file itself. It ends with its holder, even a killed one, works
+/// between processes and between threads, and is not inherited by children. The file is replaced by
+/// renaming, so a holder checks after locking that the path still leads to the locked file. A file
+/// that does not exist cannot be locked: if several processes create it at once, the first one
+/// succeeds and the others see its file.
 ///
-/// Replacing writes a temporary file in the directory of the real file (symbolic links are
-/// followed), with the owner, mode, access list and extended attributes of the old one, syncs it,
-/// exchanges the two names, and syncs the directory: at every moment the file is the old one or the
-/// new one, whole, and what was reported as done survives a power cut. The old file keeps a name
-/// until it is certain that no program without the lock has written to it meanwhile; else it goes
-/// back to its place.
+/// Replace writes a temporary file beside the real file (symbolic links are followed), gives it the
+/// owner, mode, access list and extended attributes of the old file, syncs it, exchanges the two
+/// names and syncs the directory. At every moment the path leads to the whole old file or the whole
+/// new one, and a reported change survives a power cut. The old file keeps a name until it is
+/// certain that no program without the lock has written to it; otherwise it is put back.
 ///
-/// Each use removes temporary files that a process which was killed has left. Objects belong to one
-/// thread.
+/// Each use removes the temporary files of killed processes. Objects belong to one thread.
 #ifndef SETUP_ODBCINIFILE_H
 #define SETUP_ODBCINIFILE_H
 
@@ -32,10 +30,10 @@ namespace Veltrane::ODBC {
 /// What went wrong with a file.
 struct FileFailure {
     std::string m_path;
-    std::string m_operation;  ///< what was tried, for people
+    std::string m_operation;  ///< what was tried, as an error text
     int m_error = 0;          ///< errno, or REFUSED
 
-    /// No system call failed: the operation says all.
+    /// No system call failed; the operation says everything.
     static constexpr int REFUSED = -1;
 
     bool IsSet() const noexcept { return m_error != 0; }
@@ -45,7 +43,7 @@ struct FileFailure {
 
 class OdbcIniFile {
 public:
-    /// How long a lock is waited for, in microseconds.
+    /// How long Lock waits for the lock, in microseconds.
     static constexpr long long LOCK_TIMEOUT = 30'000'000;
     /// The same for programs without the lock that are writing to the file.
     static constexpr long long WRITER_TIMEOUT = 5'000'000;
@@ -57,22 +55,22 @@ public:
     OdbcIniFile& operator=(const OdbcIniFile&) = delete;
     ~OdbcIniFile() { Unlock(); }
 
-    /// Reads the file as it is now, without a lock, when nobody is writing to it.
-    /// @param out_stat  which file it was
-    /// @return false, with GetFailure set, when that fails; ENOENT when there is none
+    /// Reads the file without a lock. Waits while another program is writing to it.
+    /// @param out_stat  of the file that was read
+    /// @return false, with GetFailure set, on failure; its error is ENOENT when there is no file
     bool Read(std::string& out_bytes, struct stat& out_stat);
 
-    /// Locks the file and reads it. One that does not exist reads as empty.
-    /// @param in_newFileMode  of a file that Replace makes, narrowed by the umask of the process.
-    ///                        An empty file gets no wider one: the driver manager makes such
-    ///                        files when it merely reads, open for everybody.
+    /// Locks the file and reads it. A missing file reads as empty.
+    /// @param in_newFileMode  the mode of a file that Replace creates, narrowed by the umask. An
+    ///                        empty file gets no wider mode: the driver manager creates such files
+    ///                        when it merely reads, open for everybody.
     bool Lock(std::string& out_bytes, mode_t in_newFileMode);
-    /// Replaces the locked file, or makes it. On failure the file is as it was; EAGAIN means that
-    /// it is outdated and the change due again from Lock on. One failure comes after the file is
-    /// the new one: that of syncing its directory.
+    /// Replaces the locked file, or creates it. On failure the file is unchanged, unless only the
+    /// sync of its directory failed. EAGAIN means that another program has written to the file:
+    /// repeat the change from Lock on.
     bool Replace(std::string_view in_bytes);
-    /// After a failure: whether the change is due again from Lock on. Waits a moment then, and ends
-    /// after WRITER_TIMEOUT.
+    /// Returns whether to repeat the change from Lock on after a failure. Waits a moment before it
+    /// returns true. Returns false after WRITER_TIMEOUT.
     bool IsDueAgain();
     void Unlock() noexcept;
     /// True after Lock when there was no file.
@@ -80,11 +78,11 @@ public:
 
     const std::string& GetPath() const noexcept { return m_path; }
     const FileFailure& GetFailure() const noexcept { return m_failure; }
-    /// A failure of this file that no system call caused.
+    /// Sets a failure that no system call caused.
     void Refuse(const char* in_reason) { Fail(in_reason, FileFailure::REFUSED); }
 
-    /// The paths of temporary files of an odbc.ini that a killed process has left and that this one
-    /// may read. They hold what the file held, passwords too.
+    /// Returns the paths of temporary files of an odbc.ini that killed processes have left and that
+    /// this process can read. They hold what the file held, passwords included.
     static std::vector<std::string> FindLeftFiles(const std::string& in_path);
 
 private:
@@ -93,7 +91,7 @@ private:
     bool Fail(const char* in_operation, int in_error);
     bool FailToRead();
     bool FailAsOutdated() { return Fail("written to by another program", EAGAIN); }
-    /// The failure of a handle whose file was replaced on another host of a network file system.
+    /// True when the file was replaced on another host of a network file system.
     bool IsStale() const noexcept { return m_failure.m_error == ESTALE; }
     bool ReadOnce(std::string& out_bytes, struct stat& out_stat);
     bool LockOnce(std::string& out_bytes, long long in_deadline);
@@ -128,11 +126,11 @@ private:
     struct stat m_stat {};             ///< of the file as it was read
     struct stat m_written {};          ///< of the temporary file
     std::string m_bytes;               ///< the file as it was read
-    SystemCalls::Writers m_writers{};  ///< that had the file open then
+    SystemCalls::Writers m_writers{};  ///< programs that had the file open then
     mode_t m_newFileMode = 0;
     long long m_repeatsUntil = 0;  ///< 0 before the first repeat
     bool m_isEmpty = false;
-    bool m_isTimeTelling = false;  ///< nobody can write to it again without changing its time
+    bool m_isTimeTelling = false;  ///< any further write changes the file's time
     bool m_isNew = false;
 };
 

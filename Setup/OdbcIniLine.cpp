@@ -13,7 +13,7 @@ using Orska::Support::IsAsciiLetterOrDigit;
 using Orska::Support::Trim;
 using Orska::Support::TrimLeft;
 
-/// Control characters, and U+0080 to U+009F as UTF-8 spells them.
+/// True for control characters, and for U+0080 to U+009F in UTF-8.
 bool HasControlCharacter(std::string_view in_text) {
     for (std::size_t i = 0; i < in_text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(in_text[i]);
@@ -29,19 +29,19 @@ bool HasControlCharacter(std::string_view in_text) {
 constexpr std::string_view IODBC_LINE_ENDS("\r\x1A\0", 3);
 constexpr std::string_view QUOTES = "'\"";
 
-/// A line that begins with a blank goes on with the line before.
+/// A line that begins with a blank continues the line before.
 bool IsIodbcKeyLine(std::string_view in_piece) {
     return !IsAsciiBlank(in_piece.front()) && in_piece.front() != '[' &&
            in_piece.find('=') != std::string_view::npos;
 }
 
-/// A key as iODBC compares it.
+/// Returns a key as iODBC compares it.
 std::string_view Unquote(std::string_view in_key) {
     in_key.remove_prefix(std::min(in_key.find_first_not_of(QUOTES), in_key.size()));
     return in_key.substr(0, in_key.find_first_of(QUOTES));
 }
 
-/// A vertical tab is no blank to iODBC.
+/// iODBC does not count a vertical tab as a blank.
 constexpr std::string_view IODBC_BLANKS = " \t\n\f\r";
 
 std::string_view TrimIodbcValue(std::string_view in_value) {
@@ -49,7 +49,7 @@ std::string_view TrimIodbcValue(std::string_view in_value) {
     return in_value.substr(0, in_value.find_last_not_of(IODBC_BLANKS) + 1);
 }
 
-/// How much of a trimmed value iODBC reads: what follows is a comment.
+/// Returns how many bytes of a trimmed value iODBC reads. The rest is a comment.
 std::size_t IodbcValueSize(std::string_view in_value) {
     char quote = '\0';
     for (std::size_t i = 0; i < in_value.size(); ++i) {
@@ -68,7 +68,7 @@ std::size_t IodbcValueSize(std::string_view in_value) {
 
 bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
 
-/// Whether the reader's line would end within the text.
+/// Whether the reader would end the line inside the text.
 bool HasLineEnd(std::string_view in_text, Rules in_rules) {
     const bool isIodbc = in_rules == Rules::IODBC;
     return in_text.find('\n') != std::string_view::npos ||

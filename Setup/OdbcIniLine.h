@@ -1,5 +1,5 @@
-/// One line of an odbc.ini: what the readers of the driver managers, whose rules are told in
-/// OdbcIniText.h, take from it, and what it can carry.
+/// One line of an odbc.ini: what the driver managers read from it, and what it can hold. Their
+/// rules are in OdbcIniText.h.
 #ifndef SETUP_ODBCINILINE_H
 #define SETUP_ODBCINILINE_H
 
@@ -10,34 +10,34 @@
 
 namespace Veltrane::ODBC::OdbcIniLine {
 
-/// Most bytes of a line, without its end, that the reader takes as one.
+/// The longest line, in bytes without its end, that the reader does not split.
 inline constexpr std::size_t MAX_LINE = 999;
 
-/// How the reader treats the file: as the only or first one, or as the system file whose
-/// sections it appends to those of the user file. The latter counts a section or a key only
-/// when it begins in the first column, and a key only when it begins with a letter or digit.
-/// IODBC: as iODBC treats any file.
+/// How the reader treats the file. FIRST_FILE: the only file or the first. APPENDED_FILE: the
+/// system's file, whose sections follow those of the user's file; a section or a key counts only if
+/// it begins in the first column, a key only if it begins with a letter or digit. IODBC: any file
+/// of iODBC.
 enum class Rules { FIRST_FILE, APPENDED_FILE, IODBC };
 
 bool IsComment(char in_char);
-/// What the reader sees of a piece.
+/// Returns the part of a piece that the reader sees.
 std::string_view Seen(std::string_view in_piece, Rules in_rules);
 std::string_view HeaderName(std::string_view in_piece);
-/// Whether what looks like a section header is one to iODBC.
+/// Whether iODBC accepts a line that looks like a section header.
 bool HasIodbcName(std::string_view in_piece);
 std::string_view KeyName(std::string_view in_piece);
-/// The key of what the reader sees of a line; nothing when it finds none.
+/// Returns the key in a piece as Seen returns it; nothing when the reader finds none.
 std::optional<std::string_view> KeyOf(std::string_view in_piece, Rules in_rules);
 std::string TextAfterEquals(std::string_view in_piece);
 std::string ValueOf(std::string_view in_piece, Rules in_rules);
 
 /// Whether a section of this name can be written and found again.
 bool IsCarriableSection(std::string_view in_section);
-/// Whether a line with this key and value is read back unchanged. Values that were read from
-/// the file are.
+/// Whether a line with this key and value is read back unchanged. True for values that were read
+/// from the file.
 bool IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules);
-/// Whether a line with this key and new value may be written: one that is read back unchanged
-/// and has no control characters.
+/// Whether a line with this key and new value can be written: it is read back unchanged and has no
+/// control characters.
 bool IsCarriableLine(std::string_view in_key, std::string_view in_value,
                      Rules in_rules = Rules::FIRST_FILE);
 

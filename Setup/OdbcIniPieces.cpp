@@ -25,7 +25,7 @@ std::size_t OdbcIniPieces::FindRefused() const {
     return std::string::npos;
 }
 
-/// Jumps from bracket to bracket, because most of a large file is of no interest.
+/// Jumps from bracket to bracket, because most of a large file does not matter.
 std::size_t OdbcIniPieces::FindHeader(std::size_t in_from, Rules in_rules,
                                       std::optional<std::string_view> in_name) const {
     const std::size_t most = GetMost(m_rules);
@@ -35,7 +35,7 @@ std::size_t OdbcIniPieces::FindHeader(std::size_t in_from, Rules in_rules,
     std::size_t seen = in_from;
     for (std::size_t bracket = m_text.find('[', in_from); bracket != std::string_view::npos;
          bracket = m_text.find('[', bracket + 1)) {
-        // Names are alike at their beginnings more often than at their ends.
+        // Names share their beginnings more often than their ends, so the end is compared first.
         const std::size_t end = bracket + size;
         if (end < m_text.size() && ToLowerAscii(m_text[end]) != last &&
             !IsAsciiBlank(m_text[bracket + 1])) {

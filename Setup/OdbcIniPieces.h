@@ -1,5 +1,5 @@
-/// The bytes of an odbc.ini as the driver manager's reader cuts them into lines, which are called
-/// pieces here: a longer line is several of them (OdbcIniText.h has the rules).
+/// Splits the bytes of an odbc.ini into pieces, as the driver manager's reader does: a piece is a
+/// line, or a part of a line that is too long (OdbcIniText.h has the rules).
 #ifndef SETUP_ODBCINIPIECES_H
 #define SETUP_ODBCINIPIECES_H
 
@@ -15,7 +15,7 @@
 
 namespace Veltrane::ODBC {
 
-/// Positions are bytes from the start of the text; those that are given begin a piece.
+/// Positions are byte offsets into the text. Every position passed in begins a piece.
 class OdbcIniPieces {
 public:
     using Rules = OdbcIniLine::Rules;
@@ -29,13 +29,13 @@ public:
     OdbcIniPieces(std::string_view in_text, Rules in_rules) noexcept
         : m_text(in_text), m_rules(in_rules) {}
 
-    /// The most bytes of a piece, without its line end.
+    /// Returns the largest size of a piece, in bytes without its line end.
     static std::size_t GetMost(Rules in_rules) noexcept {
         return in_rules == Rules::IODBC ? std::numeric_limits<std::size_t>::max()
                                         : OdbcIniLine::MAX_LINE;
     }
 
-    /// The end of a piece, its line end included.
+    /// Returns the end of a piece, after its line end.
     std::size_t EndOf(std::size_t in_begin) const {
         const std::size_t most = std::min(m_text.size() - in_begin, GetMost(m_rules));
         const char* const begin = m_text.data() + in_begin;
@@ -45,22 +45,22 @@ public:
                     ? most
                     : static_cast<std::size_t>(static_cast<const char*>(found) - begin + 1));
     }
-    /// What the reader sees of a piece.
+    /// Returns the part of a piece that the reader sees.
     std::string_view Get(std::size_t in_begin) const {
         return OdbcIniLine::Seen(m_text.substr(in_begin, EndOf(in_begin) - in_begin), m_rules);
     }
 
-    /// Where the reader refuses the text: at what is before the first section and is neither blank
-    /// nor a comment. npos when it does not.
+    /// Returns the position at which the reader refuses the text: the first piece before all
+    /// sections that is neither blank nor a comment. npos when the reader accepts the text.
     std::size_t FindRefused() const;
-    /// The first section header at or after a piece: of one with that name, if one is given. The
-    /// end of the text without one.
-    /// @param in_rules  where a header may begin
+    /// Returns the first section header at or after a piece, of the given name if there is one; the
+    /// end of the text when there is none.
+    /// @param in_rules  decide where a header can begin
     std::size_t FindHeader(std::size_t in_from, Rules in_rules,
                            std::optional<std::string_view> in_name = std::nullopt) const;
-    /// A section by other rules than the text's own, which are those for its first header.
+    /// Finds a section by other rules than the text's, which still apply to its first header.
     std::optional<Range> FindSection(std::string_view in_section, Rules in_rules) const;
-    /// The value of a key in a section; nothing when the reader finds none.
+    /// Returns the value of a key in a section; nothing when the reader finds none.
     std::optional<std::string> FindValue(Range in_section, std::string_view in_key,
                                          Rules in_rules) const;
 

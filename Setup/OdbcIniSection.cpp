@@ -55,7 +55,7 @@ void OdbcIniSection::Insert(Line in_line) {
     while (last > 0 && !isKept(m_lines[last])) --last;
     const auto at = m_lines.begin() + static_cast<std::ptrdiff_t>(EndOfLine(last));
     if (std::any_of(at, m_lines.end(), [](const Line& in_each) { return in_each.m_isKey; })) {
-        m_index.clear();  // made again at the next search
+        m_index.clear();  // rebuilt at the next search
     } else if (!m_index.empty()) {
         m_index[in_line.m_key].push_back(static_cast<std::uint32_t>(at - m_lines.begin()));
     }

@@ -1,5 +1,4 @@
-/// The lines of a section of an odbc.ini that is being edited (OdbcIniText). The first one is the
-/// header.
+/// The lines of a section that is being edited (OdbcIniText). The first line is the header.
 #ifndef SETUP_ODBCINISECTION_H
 #define SETUP_ODBCINISECTION_H
 
@@ -13,30 +12,30 @@
 namespace Veltrane::ODBC {
 
 struct OdbcIniSection {
-    /// A reader's line of a section that is being edited. One that was taken away stays as a place
-    /// to return to.
+    /// A piece of a section that is being edited. A removed line keeps its place, so that its key
+    /// can return there.
     struct Line {
         std::string m_text;
         std::string m_key;  ///< folded, as the reader compares it
         bool m_isKey = false;
         bool m_isContent = false;  ///< neither blank nor a comment
-        bool m_isOwn = true;       ///< false: the rest of a line that the reader has cut
+        bool m_isOwn = true;       ///< false: the rest of a line that the reader splits
         bool m_isLive = true;
     };
     std::vector<Line> m_lines;
-    /// The lines with a key, in their order, for a section with many; else empty.
+    /// The lines of each key in file order; empty for a small section.
     std::unordered_map<std::string, std::vector<std::uint32_t>> m_index;
     bool m_isNew = false;     ///< not in the text
     bool m_isSpaced = false;  ///< has a blank line before it
 
     bool IsLive() const { return m_lines.front().m_isLive; }
-    /// The first line with the folded key that is there, or that was taken away; null without one.
+    /// Returns the first live or removed line with the folded key; null when there is none.
     Line* Find(const std::string& in_key, bool in_isLive);
-    /// Where the line ends of which a piece is one.
+    /// Returns the end of the line that a piece belongs to.
     std::size_t EndOfLine(std::size_t in_piece) const;
-    /// Takes a line away from one of its pieces on.
+    /// Removes a line from one of its pieces on.
     void Remove(std::size_t in_piece);
-    /// Puts a new line after the last key.
+    /// Inserts a new line after the last key.
     void Insert(Line in_line);
     void IndexKeys();
 };

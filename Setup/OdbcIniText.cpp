@@ -26,11 +26,11 @@ using Orska::Support::TrimLeft;
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr std::string_view BLANKS = " \t\n\v\f\r";
 
-/// A byte of a UTF-8 character, but not its first.
+/// True for a byte of a UTF-8 character after its first.
 bool IsContinuation(char in_char) { return (static_cast<unsigned char>(in_char) & 0xC0) == 0x80; }
 
-/// Eight bytes at a time. Bit 5 is set in all of them, which makes letters of both cases the same;
-/// names that this makes the same too are told apart where they are compared.
+/// Hashes eight bytes at a time. Bit 5 is set in all of them, so the case of letters does not
+/// matter. That makes some other names equal too; the comparison tells them apart.
 std::uint32_t HashName(std::string_view in_name) {
     constexpr std::uint64_t CASE_BITS = 0x2020202020202020;
     std::uint64_t hash = in_name.size();
@@ -53,12 +53,12 @@ void EndLine(std::string& io_text, std::string_view in_lineEnd) {
     if (!io_text.empty() && io_text.back() != '\n') io_text += in_lineEnd;
 }
 
-/// The beginning of the line that ends here.
+/// Returns the beginning of the line that ends at in_end.
 std::size_t LineBegin(std::string_view in_text, std::size_t in_end) {
     return in_text.substr(0, in_end - 1).rfind('\n') + 1;
 }
 
-/// Whether the line that ends here is blank. True also at the beginning of the text.
+/// Whether the line that ends at in_end is blank. True at the beginning of the text.
 bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
     if (in_end == 0) return true;
     if (in_text[in_end - 1] != '\n') return false;
@@ -67,7 +67,7 @@ bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
     return begin == 0 || in_text[begin - 1] == '\n';
 }
 
-/// After searches for so many names all sections are found, and get an index.
+/// After searches for this many names, all sections are found and indexed.
 constexpr std::size_t MAX_UNINDEXED_NAMES = 32;
 
 }  // namespace
@@ -82,14 +82,14 @@ OdbcIniText::OdbcIniText(std::string in_bytes, Rules in_rules)
     m_isReadable = Pieces().FindRefused() == std::string::npos;
 }
 
-/// The first header must begin in the first column, the others need not: when the first section
-/// goes, the blanks before the next header go too.
+/// Only the first header has to begin in the first column. When the first section is removed, the
+/// blanks before the next header go too.
 void OdbcIniText::MendFirstHeader() {
     const std::size_t at = Pieces().FindRefused();
     if (at == std::string::npos) return;
     const std::size_t content = m_text.find_first_not_of(BLANKS, at);
     if (m_text[content] != '[') return;
-    // A header that the reader cuts must stay cut where it was.
+    // A header that the reader splits must still be split at the same place.
     const std::size_t end = Pieces().EndOf(at);
     if (end < m_text.size() && m_text[end - 1] != '\n') m_text.insert(end, m_lineEnd);
     m_text.erase(at, content - at);
@@ -121,7 +121,7 @@ void OdbcIniText::StartIndex() const {
     if (m_firstSection < m_text.size()) m_blocks.push_back({m_firstSection, 0, NONE, true});
 }
 
-/// Takes a section out of the run that it is in.
+/// Splits a section off the run that it is in.
 std::uint32_t OdbcIniText::TakeFromRun(std::size_t in_begin) const {
     auto i = static_cast<std::uint32_t>(m_blocks.size()) - 1;
     while (m_blocks[i].m_begin > in_begin) --i;
@@ -132,7 +132,7 @@ std::uint32_t OdbcIniText::TakeFromRun(std::size_t in_begin) const {
     return i;
 }
 
-/// From the end to the beginning, so that each name ends up with its first section.
+/// Backwards, so that the slot of each name ends up with its first section.
 void OdbcIniText::FillSlots() const {
     if (!m_isIndexed) MakeIndex();
     m_slots.assign(std::bit_ceil(2 * m_blocks.size() + 16), NONE);
@@ -147,7 +147,7 @@ void OdbcIniText::AddToSlots(std::uint32_t in_block) const {
     slot = in_block;
 }
 
-/// The slot of the first section of that name, or the one where it belongs.
+/// Returns the slot of the first section of that name, or the free slot for it.
 std::uint32_t& OdbcIniText::FindSlot(std::string_view in_section, std::uint32_t in_hash) const {
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t at = in_hash & mask;; at = (at + 1) & mask) {
@@ -171,7 +171,7 @@ std::uint32_t OdbcIniText::FindFirst(std::string_view in_section) const {
     return FindSlot(in_section, HashName(in_section));
 }
 
-/// Null when there have been too many.
+/// Returns the search for a name, null after too many of them.
 OdbcIniText::Search* OdbcIniText::SearchFor(std::string_view in_section) const {
     const auto search = std::find_if(
         m_searches.begin(), m_searches.end(),
@@ -183,7 +183,7 @@ OdbcIniText::Search* OdbcIniText::SearchFor(std::string_view in_section) const {
     return &m_searches.back();
 }
 
-/// The next section of that name; after NONE the first one.
+/// Returns the next section of that name; for NONE the first one.
 std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_section) const {
     if (!m_slots.empty()) return m_nextOfName[in_block];
     const std::uint32_t hash = HashName(in_section);
@@ -200,11 +200,11 @@ std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_
     return TakeFromRun(found);
 }
 
-/// The section that counts.
+/// Returns the first section of that name that was not removed; NONE when there is none.
 std::uint32_t OdbcIniText::FindLive(std::string_view in_section) const {
     if (!m_isReadable) return NONE;
-    // Most searches are for the section of the last one. What is put in before it moves it on, so
-    // a section of the same name that comes later is not taken for it.
+    // Most searches are for the same section as the last one. Inserting a block before it moves it
+    // to a later index, so m_live never hits a later section of the same name.
     if (m_live < m_blocks.size() && IsLive(m_live) &&
         IsNamed(m_blocks[m_live], in_section, HashName(in_section))) {
         return m_live;
@@ -220,7 +220,7 @@ OdbcIniText::Range OdbcIniText::RangeOf(std::uint32_t in_block) const {
     return {m_blocks[in_block].m_begin, isLast ? m_text.size() : m_blocks[in_block + 1].m_begin};
 }
 
-/// Null while the section is as in the text.
+/// Returns null for a section that was not edited.
 OdbcIniText::Body* OdbcIniText::BodyOf(std::uint32_t in_block) const {
     const std::uint32_t body = m_blocks[in_block].m_body;
     return body == NONE ? nullptr : m_bodies[body].get();
@@ -237,8 +237,8 @@ std::string_view OdbcIniText::NameOf(const Block& in_block) const {
                : std::string_view(m_bodies[in_block.m_body]->m_lines.front().m_key);
 }
 
-/// Gives what the reader sees of each line of a section, its header aside, and whether it begins
-/// a line.
+/// Calls in_visit with the visible part of each piece of a section, without its header, and whether
+/// the piece begins a line.
 template <typename Visit>
 void OdbcIniText::VisitPieces(std::uint32_t in_block, const Visit& in_visit) const {
     if (const Body* const body = BodyOf(in_block)) {
@@ -337,8 +337,8 @@ OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
     return *m_bodies.emplace_back(std::move(body));
 }
 
-/// Removes header and keys. The tail of a long comment, which the reader takes for a key, is made a
-/// comment of its own, or it would be a key of the section before.
+/// Removes header and keys. The tail of a long comment, which the reader takes for a key, becomes a
+/// comment: otherwise it would be a key of the section before.
 void OdbcIniText::RemoveBlock(Body& io_body) const {
     std::vector<Line>& lines = io_body.m_lines;
     for (std::size_t i = 0; i < lines.size();) {
@@ -383,7 +383,7 @@ void OdbcIniText::AddSection(std::string_view in_section) {
     if (m_isReadable) AddLive(in_section);
 }
 
-/// The section that counts, added when there is none.
+/// Returns the first live section of that name, and adds it if there is none.
 std::uint32_t OdbcIniText::AddLive(std::string_view in_section) {
     std::uint32_t block = FindLive(in_section);
     if (block != NONE) return block;
@@ -395,7 +395,7 @@ std::uint32_t OdbcIniText::AddLive(std::string_view in_section) {
     return block;
 }
 
-/// A section at the end: with a blank line after it where the text ends with one, else before it.
+/// Adds a section at the end, with a blank line after it if the text ends with one, else before.
 std::uint32_t OdbcIniText::AddBlock(std::string_view in_section) {
     auto body = std::make_unique<Body>();
     body->m_isNew = true;
@@ -465,8 +465,7 @@ void OdbcIniText::Finish() {
     m_live = 0;
 }
 
-/// Makes the text anew from the line before the first edited section on, as far as the last
-/// edited one.
+/// Rewrites the text from the line before the first edited section to the end of the last one.
 void OdbcIniText::Render() {
     std::uint32_t first = 0;
     while (BodyOf(first) == nullptr) ++first;
@@ -497,7 +496,7 @@ void OdbcIniText::Render() {
     m_text.replace(begin, copied - begin, text);
 }
 
-/// @param io_gaps  how many of the blank lines that follow go with sections that went
+/// @param io_gaps  the number of blank lines that go with removed sections
 void OdbcIniText::Render(const Body& in_body, std::size_t& io_gaps, std::string& io_text) const {
     const bool isLive = in_body.IsLive();
     if (!isLive && in_body.m_isNew) return;

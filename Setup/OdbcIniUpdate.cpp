@@ -27,7 +27,7 @@ bool OdbcIniUpdate::Open() {
     }
     m_text = std::make_shared<OdbcIniText>(std::move(bytes), m_rules);
     if (!m_text->IsReadable()) {
-        // The driver manager refuses such a file as a whole, so what we wrote could not be read.
+        // The driver manager refuses the whole file, so it could not read what we write.
         m_file.Unlock();
         return Refuse(ProfileRules::UNREADABLE);
     }

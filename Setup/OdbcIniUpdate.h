@@ -1,5 +1,5 @@
-/// The transaction on an odbc.ini or odbcinst.ini under the setup library's requests and Profile:
-/// lock, read, any number of edits in memory, one write. Belongs to one thread.
+/// A transaction on an odbc.ini or odbcinst.ini: lock, read, any number of edits in memory, one
+/// write. Used by setup requests and by Profile. Belongs to one thread.
 #ifndef SETUP_ODBCINIUPDATE_H
 #define SETUP_ODBCINIUPDATE_H
 
@@ -17,31 +17,31 @@ class OdbcIniUpdate {
 public:
     using Edit = std::function<void(OdbcIniText&)>;
 
-    /// Locks and reads the file. A failure is traced, and every operation then gives false.
+    /// Locks and reads the file. A failure is traced, and every operation then returns false.
     OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
                   OdbcIniText::Rules in_rules = OdbcIniText::Rules::FIRST_FILE);
 
     bool IsOpen() const noexcept { return m_isOpen; }
     bool IsNewFile() const noexcept { return m_file.IsNew(); }
     const std::string& GetPath() const noexcept { return m_file.GetPath(); }
-    /// The text with the edits made so far. Another one after a Commit that made them again.
+    /// Returns the text with the edits so far. A Commit that repeats the edits replaces the text.
     const std::shared_ptr<OdbcIniText>& GetText() const noexcept { return m_text; }
 
-    /// The last failure; one is set when Commit has given false or the update is not open.
+    /// Returns the last failure; set when Commit returned false or the update is not open.
     const FileFailure& GetFailure() const noexcept { return m_file.GetFailure(); }
-    /// Sets and traces a failure that is the caller's to see. Always false.
+    /// Sets and traces a failure. Always returns false.
     bool Refuse(const char* in_reason);
 
     /// Makes an edit, and remembers it for Commit.
     bool Do(Edit in_edit);
-    /// Writes a key if the file can carry it; a section that is not there is added.
+    /// Writes a key if the file can hold it; adds a missing section.
     bool Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     /// As Set, for a value that was read from a file: control characters in it stay.
     bool SetAsRead(const std::string& in_section, const std::string& in_key,
                    const std::string& in_value);
 
-    /// Writes the file if an edit changed it, and ends the lock. When the file was written to by a
-    /// program that does not know the lock, the edits are made again on what it holds now.
+    /// Writes the file if an edit changed it, and unlocks it. If a program without the lock has
+    /// written it meanwhile, repeats the edits on the new text.
     bool Commit();
 
 private:

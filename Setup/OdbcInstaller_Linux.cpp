@@ -27,10 +27,10 @@ using Rules = OdbcIniText::Rules;
 
 constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 
-/// UTF-8, or nothing for text that UTF-8 cannot express.
+/// Returns UTF-8; nothing for text with unpaired surrogates.
 std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
     std::string utf8 = in_text.GetAsUtf8();
-    // What cannot be expressed has become U+FFFD, which may be in the text itself, too.
+    // An unpaired surrogate becomes U+FFFD, but the text can contain U+FFFD itself.
     if (utf8.find("\uFFFD") == std::string::npos) return utf8;
     const std::u16string_view units = in_text.GetView();
     for (std::size_t i = 0; i < units.size(); ++i) {
@@ -45,8 +45,8 @@ std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
 
 orska_wstring EmptyText() { return orska_wstring(std::string()); }
 
-/// In a set-user-id program, whose user decides where the user's odbc.ini leads: what he may not
-/// read or write himself is not read or written for him. The system's file is the program's matter.
+/// In a set-user-id program the user decides where the user's odbc.ini leads, so that file is read
+/// and written with the user's rights. The system's file is used with the program's rights.
 class FileRights {
 public:
     FileRights() : m_isChanged(IsPrivileged()) {
@@ -76,8 +76,8 @@ struct Request::State {
         if (m_mode == ConfigMode::SYSTEM) m_rights.End();
     }
 
-    FileRights m_rights;  ///< before the library looks at files to tell the mode
-    /// Captured once: iODBC's own falls back to BOTH at any profile call of the host.
+    FileRights m_rights;  ///< set before the library opens files to find the mode
+    /// Determined once: iODBC resets its mode to BOTH at any profile call of the host.
     ConfigMode m_mode;
     ProfileReader m_reader;
     HandedOutValues<std::string> m_values;
@@ -85,14 +85,14 @@ struct Request::State {
 };
 
 struct Update::State {
-    /// No update accepts the empty path, for when it is not known whose file is meant.
+    /// The path is empty if the mode is unknown, and every update then fails.
     State(ConfigMode in_mode, const std::string& in_path)
         : m_isMissingRefused(in_mode == ConfigMode::SYSTEM && !IsIodbc()),
           m_update(in_mode == ConfigMode::UNKNOWN ? std::string() : in_path,
                    in_mode == ConfigMode::SYSTEM ? NEW_SYSTEM_FILE : NEW_USER_FILE,
                    RulesOf(IsIodbc())) {}
 
-    /// unixODBC does not find a system file that does not exist. iODBC makes it.
+    /// unixODBC refuses a removal from a missing system file. iODBC creates the file.
     bool m_isMissingRefused;
     OdbcIniUpdate m_update;
 };
@@ -115,7 +115,7 @@ private:
     std::optional<Request::State> m_own;
 };
 
-/// The path of a file that is not one of the config mode's.
+/// Returns an absolute path; empty for the files of the config mode.
 std::string GetOwnPath(const orska_wstring& in_file) {
     return in_file.GetView().front() == u'/' ? ToUtf8(in_file).value_or("/") : std::string();
 }
@@ -130,7 +130,7 @@ ProfileReader::Found Find(const orska_wstring& in_file, const std::string& in_se
                                   in_key);
 }
 
-/// Does one edit in the update of this thread, or in one of its own.
+/// Makes one edit in the update of this thread, or in a new one.
 template <typename Edit>
 bool Edited(const Edit& in_edit) {
     if (t_update != nullptr) return in_edit(*t_update);
@@ -138,7 +138,7 @@ bool Edited(const Edit& in_edit) {
     return in_edit(*t_update) && update.Commit();
 }
 
-/// The bytes of the profile for a text that this request has read; null for a new one.
+/// Returns the stored bytes of a text that this request has read; null for a new text.
 const std::string* FindStored(const orska_wstring& in_key, const orska_wstring& in_value) {
     return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
 }
@@ -150,7 +150,7 @@ bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
     return io_state.m_update.Do([=](OdbcIniText& io_text) { RemoveDataSource(io_text, in_dsn); });
 }
 
-/// Removes a section without a key, and a key without a value.
+/// Removes a key, or the section if no key is given.
 bool Remove(OdbcIniUpdate& io_update, const std::string& in_section,
             const std::optional<std::string>& in_key) {
     return io_update.Do([=](OdbcIniText& io_text) {
@@ -213,7 +213,7 @@ bool ValidDSN(const orska_wstring& in_name) {
     if (!name || !OdbcIniLine::IsCarriableSection(*name)) return false;
     if (HasReplacementCharacter(in_name) || IsReservedName(*name)) return false;
     if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*name, "", Rules::IODBC)) {
-        return false;  // it is a key too, in the list of data sources
+        return false;  // also a key, in the list of data sources
     }
     return library.m_validDSN(name->c_str()) != 0;
 }
@@ -288,9 +288,9 @@ bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
     std::optional<Update> update(std::in_place);
     if (RemoveFrom(*t_update, *dsn) && update->Commit()) return true;
     const std::string reason = t_update->m_update.GetFailure().Describe();
-    // Its end may make the library forget what it has read, and with that the errors.
+    // Ending the update can empty the library's cache, and with it the list of errors.
     update.reset();
-    // Nobody posts an error for a removal that fails; the installer's own function would have.
+    // The caller posts no error for a failed removal; the installer's own function would have.
     PostInstallerError(ODBC_ERROR_REQUEST_FAILED, orska_wstring(reason));
     return false;
 }

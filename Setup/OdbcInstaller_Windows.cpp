@@ -20,7 +20,7 @@ constexpr wchar_t NOT_INSTALLED[] =
     L"The ODBC installer DLL (ODBCCP32.DLL) is not installed on this system.";
 constexpr wchar_t NOT_INSTALLED_TITLE[] = L"ODBC Installer Error";
 
-/// The installer's functions, bound by name. Null where the library, or one of them, is missing.
+/// The installer's functions, bound by name. Null if the function or the library is missing.
 struct InstallerFunctions {
     decltype(&::SQLValidDSNW) m_validDSN = nullptr;
     decltype(&::SQLGetPrivateProfileStringW) m_getProfileString = nullptr;
@@ -39,8 +39,8 @@ void Bind(HMODULE in_library, const char* in_name, Function& out_function) {
         reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(in_library, in_name)));
 }
 
-/// The library that called us, which is in the process already, else the system's own: never one
-/// that lies in the current folder or on the path. Never unloaded.
+/// Returns the library that is already loaded, usually our caller, else the one in the system
+/// folder, but never one from the current folder or the path. Never unloaded.
 HMODULE LoadInstaller() {
     HMODULE library = nullptr;
     if (::GetModuleHandleExW(0, LIBRARY_NAME, &library) != 0) return library;
@@ -63,12 +63,12 @@ InstallerFunctions Load() {
     return functions;
 }
 
-/// Loads the library at the first call. When that fails the user is told, once.
+/// Loads the library at the first call. If that fails, shows one message.
 const InstallerFunctions& GetInstaller() {
     // Process-wide: set on first use, never changed.
     static const InstallerFunctions s_installer = Load();
-    // Process-wide: set when the user is told, read here. Set before the box opens, which lets the
-    // program's other windows work on and may so lead back here.
+    // Process-wide: set when the message is shown. Set before the box opens, because other windows
+    // of the program keep working meanwhile and can call this function.
     static std::atomic<bool> s_isUserTold{false};
     if (!s_installer.m_isLoaded && !s_isUserTold.exchange(true)) {
         ::MessageBoxW(nullptr, NOT_INSTALLED, NOT_INSTALLED_TITLE, MB_OK | MB_ICONERROR);
@@ -76,12 +76,12 @@ const InstallerFunctions& GetInstaller() {
     return s_installer;
 }
 
-/// Whether the installer, which takes texts up to their first NUL, would get all of it.
+/// False for text with a NUL: the installer would read only the part before it.
 bool IsWhole(const orska_wstring& in_text) {
     return in_text.GetView().find(u'\0') == std::u16string_view::npos;
 }
 
-/// A key or a value to write, of which NULL says what to remove.
+/// A key or a value to write; null means remove.
 class Optional {
 public:
     explicit Optional(const orska_wstring& in_text)
@@ -93,9 +93,9 @@ private:
     bool m_isNull;
 };
 
-/// A value as the installer gives it, whole: the installer cuts to the buffer, or gives nothing at
-/// all for one that is too small.
-/// @return false when the installer refuses
+/// Reads a whole value from the installer, which truncates to the buffer, or returns nothing if the
+/// buffer is too small.
+/// @return false when the call fails
 bool ReadWhole(const InstallerFunctions& in_installer, const orska_wstring& in_section,
                const orska_wstring& in_key, const orska_wstring& in_default,
                const orska_wstring& in_file, std::wstring& out_value) {
@@ -113,7 +113,7 @@ bool ReadWhole(const InstallerFunctions& in_installer, const orska_wstring& in_s
     }
 }
 
-/// The key below which the installer writes the values of a data source.
+/// Returns the registry root under which the installer writes data sources.
 HKEY WrittenRoot() {
     const InstallerFunctions& installer = GetInstaller();
     UWORD mode = ODBC_BOTH_DSN;
@@ -125,9 +125,8 @@ std::wstring PathOf(const orska_wstring& in_section) {
     return L"Software\\ODBC\\ODBC.INI\\" + in_section.GetAsPlatformWString();
 }
 
-/// A value with variables to expand (REG_EXPAND_SZ), as it is stored; nothing for any other
-/// one. The installer does not know the type: it may read such a value expanded, and writes a
-/// plain text.
+/// Returns the unexpanded text of a value with variables (REG_EXPAND_SZ); nothing for other types.
+/// The installer ignores the type: it can return the text expanded, and writes plain text.
 std::optional<orska_wstring> FindExpandable(const orska_wstring& in_section,
                                             const orska_wstring& in_key) {
     const HKEY root = WrittenRoot();
@@ -149,7 +148,7 @@ std::optional<orska_wstring> FindExpandable(const orska_wstring& in_section,
     return orska_wstring(text.c_str());
 }
 
-/// Gives a value that the installer has written its type back.
+/// Restores the type REG_EXPAND_SZ of a value that the installer has written.
 bool SetExpandable(const orska_wstring& in_section, const orska_wstring& in_key,
                    const orska_wstring& in_value) {
     const std::wstring text = in_value.GetAsPlatformWString();
@@ -161,7 +160,7 @@ bool SetExpandable(const orska_wstring& in_section, const orska_wstring& in_key,
 
 }  // namespace
 
-/// A value as the profile has it.
+/// A value as the profile stores it.
 struct StoredValue {
     orska_wstring m_text;
     bool m_isExpandable = false;
@@ -180,14 +179,14 @@ struct Request::State {
         if (m_isModeSet) GetInstaller().m_setConfigMode(m_mode);
     }
 
-    /// The installer's config mode, where the request had to set another one.
+    /// The installer's config mode before the request changed it.
     UWORD m_mode = ODBC_BOTH_DSN;
     bool m_isModeSet = false;
     HandedOutValues<StoredValue> m_values;
     State* m_outer = nullptr;
 };
 
-/// The installer writes each value when it is told to; nothing is collected.
+/// Empty: the installer writes each value at once.
 struct Update::State {};
 
 namespace {
@@ -195,7 +194,7 @@ namespace {
 /// The request of this thread. Set and reset by the class.
 thread_local Request::State* t_request = nullptr;
 
-/// The whole value for a text that this request has read; null for a new one.
+/// Returns the stored value of a text that this request has read; null for a new text.
 const StoredValue* FindStored(const orska_wstring& in_key, const orska_wstring& in_value) {
     return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
 }
@@ -232,7 +231,7 @@ bool Update::Commit() noexcept { return true; }
 bool ValidDSN(const orska_wstring& in_name) {
     const InstallerFunctions& installer = GetInstaller();
     if (installer.m_validDSN == nullptr || !IsWhole(in_name)) return false;
-    // Not every installer refuses the empty name, under which it would find all data sources.
+    // Some installers accept the empty name, which stands for all data sources.
     if (in_name.IsEmpty() || HasReplacementCharacter(in_name)) return false;
     if (IsReservedName(in_name.GetAsUtf8())) return false;
     return installer.m_validDSN(in_name.GetAsPlatformWString().c_str()) != 0;
@@ -296,7 +295,7 @@ bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) 
 bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
     const InstallerFunctions& installer = GetInstaller();
     if (installer.m_removeDSNFromIni == nullptr) return false;
-    // With an empty name an installer may remove everything.
+    // With an empty name an installer can remove everything.
     if (in_dsn.IsEmpty() || !IsWhole(in_dsn)) return false;
     return installer.m_removeDSNFromIni(in_dsn.GetAsPlatformWString().c_str()) != 0;
 }

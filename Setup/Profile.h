@@ -1,11 +1,11 @@
-/// The store of data sources and drivers: odbc.ini of a user or of the system, and odbcinst.ini. On
-/// Linux files, on Windows keys of the registry.
+/// The store of data sources and drivers: the odbc.ini of a user or of the system, and
+/// odbcinst.ini. Files on Linux, registry keys on Windows.
 ///
-/// A profile is read once, into sections that are found by name, and changed by a transaction. On
-/// Linux that is: lock, read, any number of edits in memory, one write, one sync; a kill leaves the
-/// old file or the new one (OdbcIniFile). The registry has no transactions: there the installer's
-/// own functions write one value after the other, new values first and removals last, so that a
-/// kill loses no key that was to stay. Text is UTF-8. Objects belong to one thread.
+/// A profile is read once, into sections found by name, and changed by a transaction. On Linux a
+/// transaction locks, reads, edits in memory, writes once and syncs; a kill leaves the old file or
+/// the new one (OdbcIniFile). The registry has no transactions: the installer's functions write one
+/// value after the other, and removals come last, so that a kill loses no key that was to stay.
+/// Text is UTF-8. Objects belong to one thread.
 #ifndef SETUP_PROFILE_H
 #define SETUP_PROFILE_H
 
@@ -20,19 +20,19 @@
 
 namespace Veltrane::ODBC {
 
-/// A profile that cannot be read or written. Its text has the place and the reason.
+/// Thrown when a profile cannot be read or written. The text has the path and the reason.
 class ProfileError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// A name of a section or key in the one form that all names have which the profile takes for the
-/// same: they differ in the case of ASCII letters, in the registry of all letters.
+/// Returns the folded name of a section or key, the same for all names that the profile treats as
+/// equal. They differ in the case of ASCII letters, in the registry of all letters.
 std::string FoldName(std::string_view in_name);
 bool IsSameName(std::string_view in_left, std::string_view in_right);
 
-/// What a profile held when it was read. Names compare as FoldName has it. A section that stands
-/// twice counts where it is first, as does a key.
+/// The contents of a profile when it was read. Names are compared by FoldName. The first of several
+/// sections or keys of one name counts.
 class ProfileView {
 public:
     using KeyValue = std::pair<std::string, std::string>;
@@ -40,20 +40,20 @@ public:
 
     explicit ProfileView(std::shared_ptr<const State> in_state) : m_state(std::move(in_state)) {}
 
-    /// All sections in their order; one that occurs twice is named twice.
+    /// All sections in their order, repeated names included.
     std::vector<std::string> GetSections() const;
     bool HasSection(std::string_view in_section) const;
-    /// The drivers of such a profile, as its driver manager lists them.
+    /// The drivers in an odbcinst.ini, as the driver manager lists them.
     std::vector<std::string> GetDrivers() const;
-    /// The lines of a section, keys that occur twice included; empty without one.
+    /// The lines of a section, repeated keys included; empty if there is no such section.
     std::vector<KeyValue> GetKeyValues(std::string_view in_section) const;
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key) const;
-    /// The keys of a section whose values are no text, which only the registry has. None of the
-    /// other functions knows them.
+    /// The keys whose values are neither text nor numbers (only in the registry). The other
+    /// functions ignore them.
     std::vector<std::string> GetOtherKeys(std::string_view in_section) const;
-    /// Whether the section has a line of which the driver manager reads the first part only.
+    /// Whether the driver manager reads only the first part of a line of the section.
     bool HasLongLine(std::string_view in_section) const;
-    /// Whether both certainly hold the same.
+    /// Whether both are known to have the same contents.
     bool IsSame(const ProfileView& in_other) const;
 
 private:
@@ -66,17 +66,17 @@ public:
     struct State;
     explicit ProfileChange(State& io_state) : m_state(io_state) {}
 
-    /// What the profile holds; nobody who knows the lock changes it meanwhile. It may show the
-    /// edits already.
+    /// Returns the contents of the profile, which no program that knows the lock changes meanwhile.
+    /// They can already include the edits.
     const ProfileView& GetView() const;
-    /// Adds a data source, as its driver manager lists it, with the key "Driver" alone.
+    /// Adds a data source with only the key "Driver", also to the driver manager's list.
     void AddDataSource(const std::string& in_name, const std::string& in_driver);
-    /// Writes a key; a section that is not there is added.
+    /// Writes a key; adds a missing section.
     void Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     void RemoveKey(const std::string& in_section, const std::string& in_key);
-    /// Takes the name out of its driver manager's list, too.
+    /// Also removes the name from the driver manager's list.
     void RemoveSection(const std::string& in_section);
-    /// Lists a driver whose section has been written, where the driver manager has a list.
+    /// Adds a driver to the driver manager's list, if there is one. Its section is already written.
     void ListDriver(const std::string& in_driver);
 
 private:
@@ -87,33 +87,31 @@ class Profile {
 public:
     enum class Kind { USER_DATA_SOURCES, SYSTEM_DATA_SOURCES, DRIVERS };
 
-    /// Finds the place by the rules of the driver manager and the environment.
+    /// Finds the path by the rules of the driver manager and the environment.
     explicit Profile(Kind in_kind);
 
-    /// The file, or the registry key.
+    /// The path of the file or of the registry key.
     const std::string& GetPath() const { return m_path; }
 
     /// @return an empty view when the profile does not exist
     /// @throws ProfileError also for a file that the driver manager refuses as a whole
     ProfileView Read() const;
 
-    /// A section that could not be changed, and why. The others are.
+    /// A section that could not be changed, and the reason. The other sections are changed.
     struct Failure {
         std::string m_section;
         std::string m_reason;
     };
 
-    /// Runs one transaction. When a program that does not know the lock has written meanwhile, the
-    /// plan is asked again, with a view of what is there then, so nothing that others write is
-    /// lost.
+    /// Runs one transaction. If a program without the lock has written meanwhile, runs the plan
+    /// again on the new contents, so no write of other programs is lost.
     /// @param in_plan  makes the edits; when it throws, nothing is changed
-    /// @return on Windows the sections that the installer has refused; on Linux all or nothing is
-    ///         written
+    /// @return sections that the installer refused (Windows; Linux writes all or nothing)
     /// @throws ProfileError when nothing could be written
     std::vector<Failure> Change(const std::function<void(ProfileChange&)>& in_plan) const;
 
-    /// Place and reason when it cannot be locked and written now; empty when it can. Leaves nothing
-    /// behind.
+    /// Returns path and reason if the profile cannot be locked and written now; empty if it can.
+    /// Changes nothing.
     std::string WhyNotWritable() const;
 
 private:

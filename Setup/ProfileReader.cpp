@@ -78,8 +78,8 @@ ProfileReader::Found ProfileReader::Find(const OdbcIniUpdate* in_update,
         Found system = findIn(m_system);
         return system.m_isRead ? system : user;
     }
-    // The user's file hides whole sections of the system's. A user file that may not be written
-    // does not count in this mode, because the driver manager opens it for writing first.
+    // The user's file hides whole sections of the system's. A user file that cannot be written is
+    // ignored in this mode, because the driver manager opens it for writing first.
     const bool isWritable = SystemCalls::IsWritable(m_user.GetPath().c_str());
     const OdbcIniSnapshot::Text user = isWritable ? read(m_user) : nullptr;
     if (user == nullptr) return findIn(m_system);

@@ -1,5 +1,5 @@
-/// What a request finds in the files of its config mode, as the driver manager would (Linux).
-/// Objects belong to one thread.
+/// Reads values from the files of the config mode, as the driver manager does (Linux). Objects
+/// belong to one thread.
 #ifndef SETUP_PROFILEREADER_H
 #define SETUP_PROFILEREADER_H
 
@@ -15,7 +15,7 @@
 
 namespace Veltrane::ODBC {
 
-/// A file as it was read. It is read again when it has changed, and after a second.
+/// A file that was read. It is read again when it has changed, or after a second.
 class OdbcIniSnapshot {
 public:
     using Text = std::shared_ptr<const OdbcIniText>;
@@ -23,10 +23,10 @@ public:
     explicit OdbcIniSnapshot(std::string in_path) : m_path(std::move(in_path)) {}
 
     const std::string& GetPath() const noexcept { return m_path; }
-    /// Null when the file cannot be read or the driver manager would refuse it. A file that does
-    /// not exist is empty: reading makes the driver manager create it.
+    /// Returns null when the file cannot be read or the driver manager would refuse it. A missing
+    /// file reads as empty, because the driver manager creates it when it reads.
     Text Read();
-    /// Why Read has given null.
+    /// Why Read returned null.
     const FileFailure& GetFailure() const noexcept { return m_failure; }
 
 private:
@@ -54,7 +54,7 @@ public:
         bool m_isRead = false;  ///< false: no file could be read
         std::optional<std::string> m_value;
     };
-    /// @param in_update  an open update, whose text counts for its file; null for none
+    /// @param in_update  its text is read instead of its file if it is open; null for none
     Found Find(const OdbcIniUpdate* in_update, const std::string& in_section,
                const std::string& in_key);
 

@@ -1,5 +1,4 @@
-/// The rules of the driver managers for their files, which the library's requests and Profile share
-/// (Linux).
+/// The driver managers' rules for their files, for setup requests and for Profile (Linux).
 #ifndef SETUP_PROFILERULES_H
 #define SETUP_PROFILERULES_H
 
@@ -12,14 +11,14 @@
 
 namespace Veltrane::ODBC::ProfileRules {
 
-/// A user's file may hold passwords.
+/// A user's file can hold passwords.
 inline constexpr mode_t NEW_USER_FILE = 0600;
-/// What is the system's is for every user; the umask of the administrator may narrow it.
+/// The system's file is readable for every user; the administrator's umask can narrow that.
 inline constexpr mode_t NEW_SYSTEM_FILE = 0644;
 
 inline bool IsIodbc() { return GetInstallerLibrary().m_driverManager == DriverManager::IODBC; }
 
-/// How the driver manager reads a file that is the only or first one.
+/// How the driver manager reads the only file or the first.
 inline OdbcIniText::Rules RulesOf(bool in_isIodbc) {
     return in_isIodbc ? OdbcIniText::Rules::IODBC : OdbcIniText::Rules::FIRST_FILE;
 }
@@ -31,7 +30,8 @@ inline bool IsListed(OdbcIniText::Rules in_rules, const std::string& in_dsn) {
     return in_rules == OdbcIniText::Rules::IODBC && in_dsn != "Default";
 }
 
-/// Whether a file can hold a data source of that name, which is a key too where it is listed.
+/// Whether a file can hold this data source. In a file that lists its data sources, the name is
+/// also a key.
 inline bool CanHold(OdbcIniText::Rules in_rules, const std::string& in_dsn,
                     const std::string& in_driver) {
     return OdbcIniLine::IsCarriableSection(in_dsn) &&
@@ -40,7 +40,7 @@ inline bool CanHold(OdbcIniText::Rules in_rules, const std::string& in_dsn,
             OdbcIniLine::IsCarriableLine(in_dsn, in_driver, in_rules));
 }
 
-/// Adds a data source, at the place of an old one, with the key "Driver" alone.
+/// Adds a data source with only the key "Driver", in the place of an old one.
 inline void AddDataSource(OdbcIniText& io_text, const std::string& in_dsn,
                           const std::string& in_driver) {
     if (IsListed(io_text.GetRules(), in_dsn)) io_text.Set(LIST_OF_DATA_SOURCES, in_dsn, in_driver);

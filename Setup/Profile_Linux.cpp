@@ -100,7 +100,7 @@ void ProfileChange::RemoveSection(const std::string& in_section) {
     RemoveDataSource(m_state.m_text, in_section);
 }
 
-/// Its section is what unixODBC reads.
+/// Nothing to do: unixODBC finds a driver by its section.
 void ProfileChange::ListDriver(const std::string&) {}
 
 Profile::Profile(Kind in_kind) : m_kind(in_kind), m_path(FindPath(in_kind)) {}

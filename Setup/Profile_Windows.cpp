@@ -1,5 +1,5 @@
 #include "tools/WindowsApi.h"
-// After the Windows API, which they need.
+// Must follow <windows.h>.
 #include <odbcinst.h>
 #include <sddl.h>
 
@@ -81,23 +81,23 @@ private:
 
 struct Section {
     KeyValues m_texts;
-    std::vector<std::string> m_others;  ///< keys of what is neither text nor number
+    std::vector<std::string> m_others;  ///< keys of values that are neither text nor numbers
 };
 
-/// @param out_value  ended by a NUL at least
+/// @param out_value  ends with at least one NUL
 LONG QueryValue(HKEY in_key, const std::wstring& in_name, DWORD& out_type, std::wstring& out_value,
                 DWORD& io_size) {
     for (;;) {
         out_value.assign(io_size / sizeof(wchar_t) + 1, L'\0');
         const LONG error = ::RegQueryValueExW(in_key, in_name.c_str(), nullptr, &out_type,
                                               reinterpret_cast<BYTE*>(out_value.data()), &io_size);
-        // Others may have written a longer one since it was measured.
+        // Another program can have written a longer one since it was measured.
         if (error != ERROR_MORE_DATA) return error;
         WipeBytes(out_value.data(), out_value.size() * sizeof(wchar_t));
     }
 }
 
-/// Takes texts and numbers; what is neither stays in the registry as it is.
+/// Reads texts and numbers; of other values only the key.
 /// @return ERROR_NO_MORE_ITEMS after the last one
 LONG ReadValue(HKEY in_key, DWORD in_index, Section& io_section) {
     std::wstring name(MAX_NAME, L'\0');
@@ -117,7 +117,7 @@ LONG ReadValue(HKEY in_key, DWORD in_index, Section& io_section) {
         std::memcpy(&number, value.data(), sizeof number);
         io_section.m_texts.emplace_back(ToUtf8(name), std::to_string(number));
     } else if (type == REG_SZ || type == REG_EXPAND_SZ) {
-        // Ended by one NUL, by none, or by more than one: all have been seen.
+        // Texts in the registry end with no NUL, one or several.
         const std::size_t length = std::min(value.find(L'\0'), size / sizeof(wchar_t));
         io_section.m_texts.emplace_back(ToUtf8(name), ToUtf8(value.substr(0, length)));
     } else {
@@ -126,7 +126,7 @@ LONG ReadValue(HKEY in_key, DWORD in_index, Section& io_section) {
     return ERROR_SUCCESS;
 }
 
-/// Nothing when there is no such section. No name leads to a key below one.
+/// Returns nothing when there is no such section. A name with a backslash would be a subkey.
 std::optional<Section> ReadSection(Kind in_kind, const std::string& in_section) {
     if (in_section.empty() || in_section.find('\\') != std::string::npos) return std::nullopt;
     for (;;) {
@@ -136,13 +136,13 @@ std::optional<Section> ReadSection(Kind in_kind, const std::string& in_section) 
         Section section;
         for (DWORD i = 0; error == ERROR_SUCCESS; ++i) error = ReadValue(key.Get(), i, section);
         if (error == ERROR_NO_MORE_ITEMS) return section;
-        // Removed while it was read; it may be there again.
+        // Removed during the read; it can exist again.
         if (error != ERROR_KEY_DELETED) FailToRead(NameOf(in_kind) + "\\" + in_section, error);
     }
 }
 
-/// The installer writes the path of the driver's library into a new data source. The driver's name
-/// is in its list.
+/// The installer writes the path of the driver's library into a new data source. Replaces the path
+/// by the driver's name from the installer's list.
 void NameDriver(Kind in_kind, const std::string& in_section, KeyValues& io_section) {
     for (auto& [key, value] : io_section) {
         if (!EqualsIgnoringCase(key, "Driver") || value.find('\\') == std::string::npos) continue;
@@ -173,7 +173,7 @@ std::vector<std::string> ReadNames(Kind in_kind) {
     }
 }
 
-/// The user of this process, as text: S-1-5-21-...; empty when the system does not tell.
+/// Returns the SID of this process's user as text (S-1-5-21-...); empty on failure.
 std::wstring FindUserSid() {
     HANDLE token = nullptr;
     if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
@@ -193,9 +193,8 @@ std::wstring FindUserSid() {
     return sid;
 }
 
-/// What a run holds while it changes the profile, which has no lock of its own: one for the data
-/// sources of each user, in whatever session, and one for what is the system's. Those who may write
-/// there, that user or the administrators, may open it, and nobody else.
+/// The lock of a change, because the registry has none: a mutex for the data sources of each user,
+/// in all sessions, and one for the system's. Only that user, or the administrators, can open it.
 class Lock {
 public:
     Lock(Kind in_kind, const std::string& in_place) {
@@ -205,7 +204,7 @@ public:
         m_mutex = Create(name, isUsers ? user : L"BA");
         if (!m_mutex.IsOpen()) Fail(in_place, "cannot lock", ::GetLastError());
         const DWORD result = ::WaitForSingleObject(m_mutex.Get(), LOCK_TIMEOUT);
-        // One that was abandoned is of a run that was killed.
+        // An abandoned mutex is from a killed run.
         if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) return;
         Fail(in_place, "in use by another run", WAIT_TIMEOUT);
     }
@@ -219,10 +218,10 @@ private:
         throw ProfileError(in_place + ": " + in_operation + ": " + DescribeSystemError(in_error));
     }
 
-    /// @param in_trustee  who may hold it beside the system: a SID, or its abbreviation
+    /// @param in_trustee  who can open it besides the system: a SID or its abbreviation
     static WindowsHandle Create(const std::wstring& in_name, const std::wstring& in_trustee) {
-        // SYNCHRONIZE and MUTEX_MODIFY_STATE, which is also all that is asked for: with more the
-        // one who comes second would be refused.
+        // SYNCHRONIZE and MUTEX_MODIFY_STATE, which is also all that is requested below: a request
+        // for more would be refused if the mutex exists.
         const std::wstring rights = L"D:P(A;;0x100001;;;" + in_trustee + L")(A;;0x100001;;;SY)";
         SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, FALSE};
         if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1,
@@ -241,7 +240,7 @@ private:
     WindowsHandle m_mutex;
 };
 
-/// In the order in which the edits are made.
+/// In the order in which edits are made.
 enum class Step { ADD, SET, REMOVE_KEY, REMOVE_SECTION };
 
 struct Edit {
@@ -277,9 +276,9 @@ std::string InstallerError() {
     return isThere ? std::to_string(code) + ": " + ToUtf8(text) : "the installer gave no reason";
 }
 
-/// What the installer does for data sources.
+/// Makes an edit of a data source with the installer's functions.
 bool DoByInstaller(const Edit& in_edit, Kind in_kind) {
-    // Before each: some installers forget the mode at any call of theirs.
+    // Set before each call: some installers reset the mode at every call.
     const auto setMode = FindInInstaller<decltype(::SQLSetConfigMode)>("SQLSetConfigMode");
     const UWORD mode = in_kind == Kind::SYSTEM_DATA_SOURCES ? ODBC_SYSTEM_DSN : ODBC_USER_DSN;
     if (setMode == nullptr || !setMode(mode)) return false;
@@ -299,12 +298,13 @@ bool DoByInstaller(const Edit& in_edit, Kind in_kind) {
     return OdbcInstaller::RemoveDSNFromIni(section);
 }
 
-/// Drivers: the installer's functions count uses and copy files, which is not wanted here.
+/// Makes an edit of a driver in the registry: the installer's functions also count uses and copy
+/// files, which is not wanted here.
 LONG DoInRegistry(const Edit& in_edit, Kind in_kind) {
     const std::wstring path = ToWide(PathOf(in_kind) + "\\" + in_edit.m_section);
     const std::wstring key = ToWide(in_edit.m_key);
     LONG error = ERROR_INVALID_PARAMETER;
-    if (in_edit.m_section.empty()) return error;  // ODBC's key itself, with everybody's drivers
+    if (in_edit.m_section.empty()) return error;  // ODBC's key itself, with all drivers
     if (in_edit.m_step == Step::SET) {
         const std::wstring value = ToWide(in_edit.m_value);
         error = ::RegSetKeyValueW(RootOf(in_kind), path.c_str(), key.c_str(), REG_SZ, value.c_str(),
@@ -317,7 +317,7 @@ LONG DoInRegistry(const Edit& in_edit, Kind in_kind) {
     return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
 }
 
-/// @return why it failed; empty when it is done
+/// @return why it failed; empty on success
 std::string Do(const Edit& in_edit, Kind in_kind) {
     if (in_kind == Kind::DRIVERS) {
         const LONG error = DoInRegistry(in_edit, in_kind);
@@ -344,7 +344,7 @@ std::vector<Profile::Failure> DoAll(const std::vector<Edit>& in_edits, Kind in_k
 
 }  // namespace
 
-/// Sections are read when they are asked for, once.
+/// Reads each section at its first use.
 struct ProfileView::State {
     explicit State(Kind in_kind) : m_kind(in_kind), m_names(ReadNames(in_kind)) {}
 
@@ -374,7 +374,7 @@ bool IsAscii(std::string_view in_text) {
 std::string FoldName(std::string_view in_name) {
     std::wstring name = IsAscii(in_name) ? std::wstring() : ToWide(in_name);
     if (name.empty()) return FoldCase(in_name);
-    // By the system's table of upper case, which the registry and CompareStringOrdinal take too.
+    // The system's table of upper case, which the registry and CompareStringOrdinal use too.
     const int length = static_cast<int>(name.size());
     ::LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, name.c_str(), length, name.data(),
                     length, nullptr, nullptr, 0);
@@ -416,10 +416,10 @@ std::optional<std::string> ProfileView::Get(std::string_view in_section,
     return std::nullopt;
 }
 
-/// Values of the registry have any length.
+/// Registry values have any length.
 bool ProfileView::HasLongLine(std::string_view) const { return false; }
 
-/// Sections are read one after the other, so two readings are never certain to be the same.
+/// Sections are read at different times, so two views are never known to be the same.
 bool ProfileView::IsSame(const ProfileView&) const { return false; }
 
 struct ProfileChange::State {
@@ -432,7 +432,7 @@ const ProfileView& ProfileChange::GetView() const { return m_state.m_view; }
 
 void ProfileChange::AddDataSource(const std::string& in_name, const std::string& in_driver) {
     m_state.m_edits.push_back({Step::ADD, in_name, {}, in_driver});
-    // Over the path of the driver's library, which the installer writes.
+    // Overwrites the path of the driver's library, which the installer writes.
     Set(in_name, "Driver", in_driver);
 }
 
@@ -462,21 +462,21 @@ ProfileView Profile::Read() const {
 
 std::vector<Profile::Failure> Profile::Change(
     const std::function<void(ProfileChange&)>& in_plan) const {
-    // Who may not write must not hold the lock either.
+    // A user who cannot write must not hold the lock either.
     const std::string reason = WhyNotWritable();
     if (!reason.empty()) throw ProfileError(reason);
     const Lock lock(m_kind, m_path);
     ProfileChange::State state{Read(), m_kind, {}};
     ProfileChange change(state);
     in_plan(change);
-    // What a data source cannot do without is its first key. Written last, it is what one lacks
-    // that a killed run has left, and doctor names that.
+    // In reverse, because a data source needs its first key most. If a killed run leaves one
+    // without that key, doctor reports it.
     if (m_kind != Kind::DRIVERS) std::reverse(state.m_edits.begin(), state.m_edits.end());
     return DoAll(state.m_edits, m_kind);
 }
 
 std::string Profile::WhyNotWritable() const {
-    // The deepest key that is there decides whether others may be made in it.
+    // The deepest existing key decides whether subkeys can be created.
     std::string path = PathOf(m_kind);
     while (!path.empty()) {
         const Key key(m_kind, path, KEY_SET_VALUE | KEY_CREATE_SUB_KEY);

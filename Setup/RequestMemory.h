@@ -1,6 +1,6 @@
-/// What a request leaves in the memory of its host: nothing of the password. The texts and the
-/// stack are cleared by the object below, and the heap by the library's operator delete
-/// (WipedHeap.cpp). What the driver manager keeps is its own.
+/// Keeps passwords out of the host's memory after a request. RequestMemory clears texts and the
+/// stack, and the library's operator delete clears heap blocks (WipedHeap.cpp). What the driver
+/// manager keeps is out of reach.
 #ifndef SETUP_REQUESTMEMORY_H
 #define SETUP_REQUESTMEMORY_H
 
@@ -10,11 +10,11 @@
 
 namespace Veltrane::ODBC {
 
-/// Writes zeros that the compiler may not leave out, as fast as can be: the texts of a large
-/// odbc.ini are cleared with it.
+/// Writes zeros that the compiler cannot leave out. Fast, because the texts of a large odbc.ini are
+/// cleared with it.
 void ClearMemory(void* out_bytes, std::size_t in_size) noexcept;
 
-/// One for each call of an entry point, made before anything else.
+/// Made in each call of an entry point, before anything else.
 class RequestMemory {
 public:
     RequestMemory() = default;

@@ -1,4 +1,4 @@
-/// Text between the record's strings, the editor's strings and the installer.
+/// Converts text between the record, the editor and the installer.
 #ifndef SETUP_STRINGMARSHALLING_H
 #define SETUP_STRINGMARSHALLING_H
 
@@ -10,15 +10,15 @@
 
 namespace Veltrane::ODBC {
 
-/// The record's text for the editor; NULL gives an empty string.
+/// Returns the record's text for the editor; NULL becomes an empty string.
 /// @throws std::length_error "Size of string exceeds INT_MAX."
 DialogString ToEditorString(const Orska::Support::orska_wstring& in_text);
 
-/// The editor's text for the record, embedded NULs included; a null string gives NULL.
+/// Returns the editor's text for the record, embedded NULs included; a null string becomes NULL.
 /// @throws std::range_error as CheckThreadCodePage
 Orska::Support::orska_wstring FromEditorString(const DialogString& in_text);
 
-/// The message of an exception, in UTF-8, for the installer.
+/// Returns the message of an exception, in UTF-8, for the installer.
 /// @throws std::invalid_argument "NULLPTR is not supported for this conversion."
 Orska::Support::orska_wstring ToInstallerText(const char* in_message);
 
@@ -26,8 +26,8 @@ Orska::Support::orska_wstring ToInstallerText(const char* in_message);
 /// @throws std::length_error "Size of string exceeds INT_MAX."
 void CheckEditorStringLength(std::size_t in_length);
 
-/// Measures the text in the thread's code page, where there is one (Windows). Characters that the
-/// code page lacks pass; the size is not used.
+/// Checks that the text can be converted to the thread's code page (Windows). Characters that the
+/// code page lacks are accepted.
 /// @throws std::range_error "Conversion from WideChar to MultiByte failed.  Please check the
 ///         content of the string and/or locale settings." when the conversion itself fails
 void CheckThreadCodePage(std::u16string_view in_text);

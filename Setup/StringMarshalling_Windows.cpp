@@ -11,7 +11,7 @@ using Orska::Support::TraceSite;
 
 namespace {
 
-/// The size of the text in the thread's code page, in bytes; 0 when it cannot be converted.
+/// Returns the size of the text in the thread's code page, in bytes; 0 when it cannot be converted.
 int Measure(std::u16string_view in_text, DWORD in_flags) {
     return ::WideCharToMultiByte(CP_THREAD_ACP, in_flags,
                                  reinterpret_cast<const wchar_t*>(in_text.data()),
@@ -20,8 +20,7 @@ int Measure(std::u16string_view in_text, DWORD in_flags) {
 
 bool IsConvertible(std::u16string_view in_text) {
     if (Measure(in_text, WC_NO_BEST_FIT_CHARS) != 0) return true;
-    // Code pages without best fits, UTF-8 above all, refuse the flag, which says nothing about
-    // the text.
+    // Code pages without best fits, such as UTF-8, reject the flag whatever the text is.
     return ::GetLastError() == ERROR_INVALID_FLAGS && Measure(in_text, 0) != 0;
 }
 

@@ -15,23 +15,23 @@ namespace Veltrane::ODBC::SystemCalls {
 
 namespace {
 
-/// The private handles that are open, each plus one; 0 is a free place. Four are open at most for
-/// one request; a handle without a place stays open in children.
+/// The open private handles, each plus one; 0 is a free place. A request opens at most four. A
+/// handle without a place stays open in children.
 /// Process-wide: set by PrivateHandle, read and emptied in a forked child.
 constinit std::array<std::atomic<int>, 512> s_private{};
-/// How many forks lie between this process and the one that loaded the library.
+/// The number of forks between the process that loaded the library and this one.
 /// Process-wide: set in a forked child, read by PrivateHandle.
 constinit std::atomic<unsigned> s_forks{0};
 
-/// Process-wide: taken by ForkLock, and by a fork for as long as it takes.
+/// Process-wide: held by ForkLock, and by a fork while it runs.
 constinit std::mutex s_forkMutex;
 
 void LockBeforeFork() { s_forkMutex.lock(); }
 
 void UnlockInParent() { s_forkMutex.unlock(); }
 
-/// Runs in the child, where nothing may be allocated and no lock taken: other threads of the parent
-/// may have been in the middle of anything.
+/// Runs in the child, where it must neither allocate nor lock: other threads of the parent can have
+/// been in the middle of anything.
 void CloseInChild() {
     ++s_forks;
     for (std::atomic<int>& place : s_private) {
@@ -41,8 +41,7 @@ void CloseInChild() {
     s_forkMutex.unlock();
 }
 
-/// Done when the library is loaded: a first use could be on two threads, and in the middle of it
-/// when one forks.
+/// Registered when the library is loaded: its first use could be on two threads or during a fork.
 [[maybe_unused]] const int s_isHandled =
     ::pthread_atfork(&LockBeforeFork, &UnlockInParent, &CloseInChild);
 

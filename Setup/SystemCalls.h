@@ -1,6 +1,6 @@
-/// The system calls under OdbcIniFile, one thin function each, so that tests can make the n-th call
-/// fail. Results and `errno` are those of the calls named in the comments; nothing is retried here.
-/// The owners of open files see to it that no file of ours is ever a standard handle.
+/// Thin wrappers of the system calls that OdbcIniFile uses, so that tests can make the n-th call
+/// fail. Results and `errno` are those of the calls named in the comments; nothing is retried.
+/// Descriptor and PrivateHandle keep our files off the standard handles.
 #ifndef SETUP_SYSTEMCALLS_H
 #define SETUP_SYSTEMCALLS_H
 
@@ -21,8 +21,7 @@ int Open(const char* in_path, int in_flags, mode_t in_mode);
 int OpenAt(int in_directory, const char* in_name, int in_flags, mode_t in_mode);
 int Close(int in_handle);
 ssize_t Read(int in_handle, void* out_bytes, std::size_t in_size, off_t in_offset);  // pread
-/// write, which fails with EFBIG at the file-size limit of the process instead of ending the
-/// process.
+/// write; at the file-size limit of the process it fails with EFBIG and does not end the process.
 ssize_t Write(int in_handle, const void* in_bytes, std::size_t in_size);
 int Sync(int in_handle);                                                   // fsync
 int Lock(int in_handle, int in_operation);                                 // flock
@@ -41,48 +40,45 @@ int RenameAt(int in_directory, const char* in_from, const char* in_to, unsigned 
 int Touch(int in_handle);                                              // futimens, now
 int LinkAt(int in_directory, const char* in_from, const char* in_to);  // linkat
 int UnlinkAt(int in_directory, const char* in_name);                   // unlinkat
-/// True when the file may be written, or, when there is none, made; by the rights that opening it
-/// would have.
+/// True when the file can be written, or created if there is none, with the rights that open uses.
 bool IsWritable(const char* in_path);
-/// True when something is mounted on the file itself. False also where the system cannot tell.
+/// True when something is mounted on the file itself. False also when the system cannot tell.
 bool IsMounted(int in_handle);
 /// realpath; an empty string on failure.
 std::string RealPath(const char* in_path);
-/// readlink; an empty string on failure, as for everything that is no link.
+/// readlink; an empty string on failure, also for anything that is not a link.
 std::string ReadLink(const char* in_path);
-/// The names in a directory that begin so; those that could be read when one fails. Once for each
-/// handle, whose position moves.
+/// Returns the names in a directory that begin with the prefix; on failure those read so far. Call
+/// it once per handle, because the position moves.
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix);
 
 /// Who else has a file open for writing.
 enum class Writers {
     NONE,
     SOME,
-    UNKNOWN,  ///< the file is somebody else's, or its file system cannot tell
+    UNKNOWN,  ///< the file is another user's, or its file system cannot tell
 };
-/// Asks with a read lease, which is given back at once (fcntl). A handle that is not for reading
-/// only gives UNKNOWN.
+/// Takes a read lease and releases it at once (fcntl). UNKNOWN for a handle that can also write.
 Writers FindWriters(int in_handle);
-/// The same for a handle about which this thread has asked before, and got NONE.
+/// The same for a handle for which this thread got NONE before.
 Writers FindWritersAgain(int in_handle);
 
-/// getrandom; false when no random bytes can be had.
+/// getrandom; false on failure.
 bool GetRandom(void* out_bytes, std::size_t in_size);
 void SleepMicroseconds(unsigned in_microseconds);
 /// Microseconds of a clock that never goes back.
 long long GetMonotonicTime();
-/// Microseconds since 1970, as the times of files count.
+/// Microseconds since 1970, as in the times of files.
 long long GetRealTime();
 
-/// Makes files accessible to this thread with the rights of the user who started the process, who
-/// may have fewer than the process (setfsuid, setfsgid, and without the capabilities that open
-/// files of others); and with those of the process again.
-/// @return false when the rights cannot be given up
+/// Switches the file access of this thread to the rights of the user who started the process
+/// (setfsuid, setfsgid, without file capabilities), and back to those of the process.
+/// @return false when the rights cannot be dropped
 bool UseFileRightsOfUser();
 void UseFileRightsOfProcess();
 
-/// The process's lock for short work that a forked child must find undone or done: forks wait for
-/// its end, and a child finds it free. Not to be taken twice by a thread.
+/// The process's lock for short work that a fork must not interrupt: forks wait for the lock, and
+/// it is free in the child. Not recursive.
 class ForkLock {
 public:
     ForkLock();
@@ -91,26 +87,26 @@ public:
     ~ForkLock();
 };
 
-/// Moves a handle below 3 out of the place of a standard handle that the host has closed: what the
-/// host prints would go into the file.
-/// @return the handle to use; -1 with errno, and the old one closed, when there is no other
+/// Moves a handle off the standard handles (0 to 2), in case the host has closed one: otherwise the
+/// host would print into the file.
+/// @return the handle to use; on failure -1 with errno, and the old handle is closed
 int KeepOffStandardHandles(int in_handle);
 
 struct HandleKind : Orska::Support::DescriptorKind {
     static void Close(int in_handle) noexcept { SystemCalls::Close(in_handle); }
 };
 
-/// Owns a descriptor: of a file, a pipe, a terminal or a watch.
+/// Owns a file descriptor: of a file, a pipe, a terminal or a watch.
 class Descriptor : public Orska::Support::OwnedHandle<HandleKind> {
 public:
     Descriptor() noexcept = default;
     explicit Descriptor(int in_handle) noexcept : OwnedHandle(KeepOffStandardHandles(in_handle)) {}
 };
 
-/// Owns an open file that a child of this process does not get. A copy in a child would hold the
-/// file's lock, or keep the file open for writing, as long as the child lives. In a child that a
-/// fork made meanwhile the object is closed, and its end does nothing. (A child made without the
-/// handlers of fork has the copy until it runs another program.)
+/// Owns an open file that is closed in forked children. A copy there would hold the file's lock, or
+/// keep the file open for writing, until the child ends. In the child the object is closed and its
+/// destructor does nothing. (A child made without the fork handlers has the copy until it runs
+/// another program.)
 class PrivateHandle {
 public:
     PrivateHandle() = default;
@@ -123,7 +119,7 @@ public:
     ~PrivateHandle() { CloseNow(); }
     bool IsOpen() const noexcept { return Get() >= 0; }
     int Get() const noexcept;
-    /// The result of closing it; 0 when it is not open.
+    /// Closes the file. Returns the result of close; 0 when it is not open.
     int CloseNow() noexcept;
 
 private:

@@ -25,8 +25,7 @@ namespace Veltrane::ODBC::SystemCalls {
 
 namespace {
 
-/// Holds the signal of the file-size limit back from this thread, and swallows the one that a write
-/// raised meanwhile.
+/// Blocks SIGXFSZ in this thread, and discards one that a write raised meanwhile.
 class FileSizeSignalBlock {
 public:
     FileSizeSignalBlock() {
@@ -59,15 +58,15 @@ long long GetTime(clockid_t in_clock) {
     return time.tv_sec * 1000000LL + time.tv_nsec / 1000;
 }
 
-/// What makes files of others accessible.
+/// The capabilities that give access to other users' files.
 constexpr std::uint32_t FILE_CAPABILITIES = 1U << CAP_CHOWN | 1U << CAP_DAC_OVERRIDE |
                                             1U << CAP_DAC_READ_SEARCH | 1U << CAP_FOWNER |
                                             1U << CAP_FSETID | 1U << CAP_LINUX_IMMUTABLE;
 
-/// Those that this thread had in effect before it gave them up.
+/// The capabilities that this thread dropped.
 thread_local std::uint32_t t_droppedCapabilities = 0;
 
-/// The capabilities of this thread. There is no function in the C library for them.
+/// Reads the capabilities of this thread. The C library has no function for that.
 bool GetCapabilities(__user_cap_data_struct (&out_data)[2]) {
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     return ::syscall(SYS_capget, &header, out_data) == 0;
@@ -209,8 +208,8 @@ std::vector<std::string> ListDirectory(int in_directory, std::string_view in_pre
 }
 
 Writers FindWriters(int in_handle) {
-    // Who opens the file for writing just then waits until the lease is given back, and the system
-    // tells us so with a signal: to this thread alone, one that does nothing by default.
+    // A program that opens the file for writing meanwhile waits for the lease, and the kernel sends
+    // a signal: to this thread only, and one that is ignored by default.
     const f_owner_ex owner{F_OWNER_TID, ::gettid()};
     if (::fcntl(in_handle, F_SETOWN_EX, &owner) != 0 || ::fcntl(in_handle, F_SETSIG, SIGURG) != 0) {
         return Writers::UNKNOWN;
@@ -222,7 +221,7 @@ Writers FindWritersAgain(int in_handle) {
     if (::fcntl(in_handle, F_SETLEASE, F_RDLCK) != 0) {
         if (errno != EAGAIN) return Writers::UNKNOWN;
         const bool isToRead = (::fcntl(in_handle, F_GETFL) & O_ACCMODE) == O_RDONLY;
-        return isToRead ? Writers::SOME : Writers::UNKNOWN;  // else it is one of them itself
+        return isToRead ? Writers::SOME : Writers::UNKNOWN;  // else the handle itself can write
     }
     ::fcntl(in_handle, F_SETLEASE, F_UNLCK);
     return Writers::NONE;
@@ -241,9 +240,9 @@ long long GetMonotonicTime() { return GetTime(CLOCK_MONOTONIC); }
 
 long long GetRealTime() { return GetTime(CLOCK_REALTIME); }
 
-// The group first, and last on the way back: changing it needs the rights of the process. The
-// capabilities go last: setfsuid takes them from root, but not from a program that has them from
-// its file.
+// The group changes first, and last on the way back, because that needs the rights of the process.
+// Capabilities are dropped last: setfsuid drops them for root, but not for a program that has them
+// from its file.
 bool UseFileRightsOfUser() {
     ::setfsgid(::getgid());
     ::setfsuid(::getuid());

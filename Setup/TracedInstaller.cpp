@@ -13,7 +13,7 @@ constexpr int LEVEL = 3;
 
 bool IsSecret(const orska_wstring& in_key) { return in_key == UID || in_key == PWD; }
 
-/// A value as a trace line may show it.
+/// Returns a value as a trace line can show it.
 std::string ValueForTrace(const orska_wstring& in_key, const orska_wstring& in_value) {
     if (IsSecret(in_key)) {
         return "(not shown)";
@@ -48,7 +48,7 @@ int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring
     ORSKA_TRACE(LEVEL, "Veltrane::ODBC::OdbcInstaller::GetPrivateProfileString", SOURCE, 0,
                 "[%s] %s: %s = %d", ForTrace(in_section).c_str(), ForTrace(in_key).c_str(),
                 ValueForTrace(in_key, out_value).c_str(),
-                // The length of a password is nobody's business either.
+                // The length of a password is secret too.
                 IsSecret(in_key) && count > 0 ? 1 : count);
     return count;
 }

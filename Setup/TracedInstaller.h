@@ -1,6 +1,6 @@
-/// The installer's operations as the setup logic calls them: each one leaves a trace line at level
-/// 3 with section, key and result, a text that cannot be stored one at level 1. Values of UID and
-/// PWD are never traced, at any level.
+/// The installer's operations as the setup logic calls them. Each writes a trace line with section,
+/// key and result at level 3, and one at level 1 for a text that cannot be stored. Values of UID
+/// and PWD are never traced.
 #ifndef SETUP_TRACEDINSTALLER_H
 #define SETUP_TRACEDINSTALLER_H
 
@@ -25,8 +25,8 @@ bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver);
 bool RemoveDSNFromIni(const orska_wstring& in_dsn);
 bool PostInstallerError(unsigned long in_code, const orska_wstring& in_text);
 
-/// A text for a trace line, in UTF-8, with "?" for control characters, so that no text can pass for
-/// a line of its own.
+/// Returns a text for a trace line, in UTF-8, with "?" for control characters, so that no text
+/// looks like a line of the trace.
 std::string ForTrace(const orska_wstring& in_text);
 
 }  // namespace Veltrane::ODBC::TracedInstaller

@@ -18,8 +18,8 @@ using Orska::Support::TraceSite;
 
 const orska_wstring DSN_CONFIG_KEY_ODBC_INI(L"odbc.ini");
 const orska_wstring DSN_CONFIG_KEY_DRIVER(L"Driver");
-// Made in place: a text that is released here, while the library is being loaded, would keep it
-// loaded on Windows until the thread ends, and that in turn waits for the loader.
+// Constructed in place: on Windows a text that is destroyed while the library is being loaded keeps
+// it loaded until the thread ends, and the thread's end waits for the loader.
 const std::array<orska_wstring, DIALOG_FIELDS.size()> DSN_CONFIG_KEYS =
     []<std::size_t... FIELD>(std::index_sequence<FIELD...>) {
     return std::array<orska_wstring, sizeof...(FIELD)>{
@@ -40,12 +40,12 @@ namespace {
 constexpr int VALUE_BUFFER_SIZE = 260;
 constexpr int DRIVER_BUFFER_SIZE = 32;
 
-/// The field that names the section; it is no key in it.
+/// The field that names the section. It is not stored as a key.
 constexpr std::size_t NAME = FieldIndex("DSN");
 
 constexpr char SOURCE[] = "Setup\\VeltraneDSNConfiguration";
 
-/// A throw site of the record.
+/// Returns a throw site of this file.
 constexpr TraceSite Site(const char* in_function) { return {in_function, SOURCE, 0}; }
 
 void TraceDsn(const char* in_function, const orska_wstring& in_dsn) {
@@ -68,10 +68,10 @@ void VeltraneDSNConfiguration::ParseDSNAttribute(const orska_wstring& in_attribu
     std::size_t start = 0;
     std::size_t end = view.find(pairDelimiter);
     for (;;) {
-        // The cut is as long as the delimiter's absolute position, so that later cuts run on into
-        // the entries after it. Harmless and kept: a key that holds a NUL equals no known key, and
-        // a value ends at its first NUL. So only what is before that NUL needs to be looked at; a
-        // search through the whole cut would take the square of the list's length.
+        // The length of the cut is the delimiter's absolute position, so later cuts run into the
+        // entries after it. Harmless and kept: a key with a NUL equals no known key, and a value
+        // ends at its first NUL. So only the part before that NUL is searched; searching the whole
+        // cut would take quadratic time.
         const std::wstring_view cut = view.substr(start, end);
         const std::wstring_view entry = cut.substr(0, cut.find(pairDelimiter));
         const std::size_t equals = entry.find(entryDelimiter);
@@ -128,13 +128,13 @@ void VeltraneDSNConfiguration::WriteKey(const orska_wstring& in_key,
     }
 }
 
-/// A key of the section with what is to be written.
+/// A key of the section and the value to write.
 struct VeltraneDSNConfiguration::Line {
     const orska_wstring& m_key;
     orska_wstring m_value;
 };
 
-/// The lines of the section in their order; trims the optional fields.
+/// Returns the lines of the section in their order. Trims the optional fields.
 std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines() {
     std::vector<Line> lines = {{DSN_CONFIG_KEY_DRIVER, m_driverDescription}};
     for (std::size_t i = 0; i < m_values.size(); ++i) {
@@ -142,21 +142,20 @@ std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines(
         orska_wstring& value = m_values[i];
         if (i == NAME) continue;
         if (DIALOG_FIELDS[i].m_isRequired) {
-            // A NULL would remove the key, which is there even when it is empty.
+            // NULL would remove the key, and a required key is written even when it is empty.
             lines.push_back({key, value.IsNull() ? orska_wstring(L"") : value});
             continue;
         }
         const orska_wstring before = value;
         if (value.IsNull() || value.Trim().GetLength() == 0) continue;
-        // What nobody has changed keeps its outer blanks, as it keeps everything else.
+        // A value that nobody has changed keeps its outer blanks and everything else.
         lines.push_back({key, OdbcInstaller::IsAsRead(key, before) ? before : value});
     }
     return lines;
 }
 
-/// A text that cannot be stored is known before the section is touched, and refused with the code
-/// that its write would give: nothing is lost for it. What fails later, a write itself, is not
-/// rolled back.
+/// Refuses a text that cannot be stored before the section is changed, with the error code that its
+/// write would post. A write that fails later is not rolled back.
 void VeltraneDSNConfiguration::CheckLines(const std::vector<Line>& in_lines) const {
     if (!TracedInstaller::IsWritableDSN(GetDsn(), m_driverDescription)) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::CheckLines")),
@@ -174,7 +173,7 @@ void VeltraneDSNConfiguration::Save() {
     TraceDsn("Veltrane::ODBC::VeltraneDSNConfiguration::Save", GetDsn());
     const std::vector<Line> lines = TakeLines();
     CheckLines(lines);
-    // One locked read-modify-write. Its destructor still writes what came before a failure.
+    // One locked read-modify-write. Its destructor writes what came before a failure.
     OdbcInstaller::Update update;
     RemoveStoredSection();
     if (!TracedInstaller::WriteDSNToIni(GetDsn(), m_driverDescription)) {

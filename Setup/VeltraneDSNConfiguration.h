@@ -28,24 +28,24 @@ extern const Orska::Support::orska_wstring& DATABASE;
 
 class VeltraneDSNConfiguration {
 public:
-    /// All fields NULL but the driver description, which Save writes as the section's "Driver".
+    /// All fields start as NULL. Save writes the driver description as the key "Driver".
     explicit VeltraneDSNConfiguration(const Orska::Support::orska_wstring& in_driverDescription);
 
-    /// Takes the known keys of the attribute list, then replaces all of them but the name by the
-    /// stored values (empty where the profile has none, cut to 259 code units).
+    /// Reads the known keys of the attribute list, then replaces all except the name by the stored
+    /// values, truncated to 259 code units (empty where the profile has none).
     /// @param in_attributeString  key=value entries, each ended by a NUL
     /// @throws VeltraneDSNSetupException INVALID_KEYWORD_VALUE when the installer refuses the name
     void Load(const Orska::Support::orska_wstring& in_attributeString);
 
-    /// Removes the DSN's section and writes it again, keys that the record does not know excepted.
-    /// Blank values of the optional keys are not written; the record keeps the trimmed values.
-    /// Values that are as Load has read them are written as they were stored. The password is
-    /// stored in clear text. Values that cannot be stored are refused before anything is changed;
-    /// nothing is rolled back on a later failure.
+    /// Removes the DSN's section and writes it again without keys that the record does not know.
+    /// Blank values of optional keys are not written; the record keeps the trimmed values. Values
+    /// that are unchanged since Load are written as they were stored. The password is stored in
+    /// clear text. Values that cannot be stored are refused before anything is changed; a later
+    /// failure rolls nothing back.
     /// @throws VeltraneDSNSetupException INVALID_NAME or REQUEST_FAILED
     void Save();
 
-    /// A row of `DIALOG_FIELDS`; the named getters and setters do the same.
+    /// Returns the value of a row of `DIALOG_FIELDS`. The named getters and setters do the same.
     const Orska::Support::orska_wstring& Get(const DialogField& in_field) const noexcept {
         return m_values[IndexOf(in_field)];
     }

@@ -12,8 +12,8 @@ orska_wstring VeltraneDSNResourceHelper::LoadStringResource(unsigned in_resource
     int size = STEP;
     std::vector<char> buffer(static_cast<std::size_t>(size));
     int count = 0;
-    // The buffer grows when the text filled it, but the test is made again on the grown buffer,
-    // where it never holds: a long text is not loaded a second time and comes back cut to 255
+    // The buffer grows when the text filled it, but the loop then tests the new size, where the
+    // test never holds: a long text is not loaded again and is returned truncated to 255
     // characters. Kept exactly so; all texts of the table are far shorter.
     do {
         count = LoadStringNarrow(GetModuleInstance(), in_resourceStringId, buffer.data(), size);

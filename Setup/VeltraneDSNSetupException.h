@@ -1,4 +1,4 @@
-/// The setup component's own failure: a kind that knows its installer error code and its message.
+/// A failure of the setup component, with its installer error code and its message.
 #ifndef SETUP_VELTRANEDSNSETUPEXCEPTION_H
 #define SETUP_VELTRANEDSNSETUPEXCEPTION_H
 
@@ -8,12 +8,10 @@
 
 namespace Veltrane::ODBC {
 
-/// The installer error code of a request that failed for a reason of its own
-/// (ODBC_ERROR_REQUEST_FAILED).
+/// ODBC_ERROR_REQUEST_FAILED: the request failed for a reason that has no code.
 constexpr unsigned long INSTALLER_REQUEST_FAILED = 11;
 
-/// Thrown by value, caught by reference. Derived from no other exception type, so that handlers for
-/// those do not catch it.
+/// Not derived from another exception type, so that handlers for those do not catch it.
 class VeltraneDSNSetupException {
 public:
     enum ErrorCode : std::int32_t {
@@ -27,8 +25,8 @@ public:
 
     explicit VeltraneDSNSetupException(ErrorCode in_errorCode) noexcept;
 
-    /// The code for SQLPostInstallerError. A value outside the enumeration is reported as an
-    /// assertion failure and gives 11.
+    /// Returns the code for SQLPostInstallerError. A value outside the enumeration is an assertion
+    /// failure and returns 11.
     unsigned long GetErrorCode() const;
 
     /// The message, from the string table.

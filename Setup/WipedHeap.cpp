@@ -1,7 +1,6 @@
-// The library's own operator delete: each block is cleared before it goes back to the heap of the
-// host, so that no copy of a password that a string or a container made stays there. The linker
-// (--wrap) leads the calls of this library here, and of nobody else. The real operator is the
-// host's to replace.
+// The library's own operator delete. It clears each block before the host's heap gets it back, so
+// that no copy of a password in a string or a container stays there. The linker (--wrap) redirects
+// only the calls of this library. The host can still replace the real operator.
 #include <cstddef>
 
 #include "Setup/RequestMemory.h"
