@@ -1,4 +1,4 @@
-/// Blocks of decimal digits to and from integers: the inner steps of NumberConverter.
+/// Converts blocks of decimal digits to and from integers: the inner steps of NumberConverter.
 ///
 /// Everything here uses SSE2 at most, which every x86-64 processor has, so there is nothing to pick
 /// at run time. The comment of each function says which bytes it touches.
@@ -60,7 +60,8 @@ inline Word Load(const char* in_text) noexcept {
 
 constexpr std::uint64_t ZEROS = 0x3030303030303030;
 
-/// The highest bit of every byte that is no digit; after a byte above 0x89 perhaps of digits too.
+/// Marks every byte that is not a digit in its highest bit; after a byte above 0x89 perhaps
+/// digits too.
 inline std::uint64_t MarkOthers(std::uint64_t in_block) noexcept {
     return ((in_block + 0x7676767676767676) | in_block) & 0x8080808080808080;
 }
@@ -83,7 +84,7 @@ inline std::uint32_t BlockValue(std::uint64_t in_block) noexcept {
 
 /// A block of 1 to 3 characters, right-aligned after zeros. Reads those characters only.
 inline std::uint64_t LoadUpTo3(const char* in_text, std::size_t in_length) noexcept {
-    // With fewer than three characters the loads repeat some; the mask drops those in front.
+    // With fewer than three characters the loads repeat some; the mask drops the repeated ones.
     const std::uint64_t first = static_cast<unsigned char>(in_text[0]);
     const std::uint64_t middle = static_cast<unsigned char>(in_text[(in_length - 1) >> 1]);
     const std::uint64_t last = static_cast<unsigned char>(in_text[in_length - 1]);
@@ -123,7 +124,7 @@ inline __m128i Load16(const char* in_text) noexcept {
                          _mm_set1_epi8('0'));
 }
 
-/// 16 characters, as blocks of 8 are.
+/// 16 characters, in the form of the blocks of 8.
 __extension__ typedef unsigned __int128 WideBlock;
 
 constexpr WideBlock Repeat(std::uint64_t in_block) noexcept {
@@ -150,7 +151,7 @@ inline std::uint64_t BlockValue(WideBlock in_block) noexcept {
            BlockValue(static_cast<std::uint64_t>(in_block >> 64));
 }
 
-/// How many bytes are above the one whose lowest bit is set; 0 when none is.
+/// Counts the bytes above the one whose lowest bit is set; 0 when no bit is set.
 inline std::size_t CountBytesAbove(std::uint64_t in_bit) noexcept {
     const std::uint64_t bit = in_bit + (std::uint64_t{in_bit == 0} << 56);
     return 7 - static_cast<std::size_t>(std::countr_zero(bit)) / 8;
@@ -194,11 +195,11 @@ inline void StorePair(char* out_text, std::size_t in_value) noexcept {
     std::memcpy(out_text, DIGIT_PAIRS.m_text + 2 * in_value, 2);
 }
 
-/// By the length of a 16-bit value in bits: what makes its upper bits the count of its digits when
-/// it is added to the value.
+/// The summand for each length in bits of a 16-bit value. The sum's bits from 20 on are the count
+/// of digits.
 constexpr std::array<std::uint32_t, 17> MakeDigitCounts() {
     std::array<std::uint32_t, 17> counts{};
-    std::uint32_t digits = 1;  // of the least value of a length
+    std::uint32_t digits = 1;  // of the least value of this length
     for (std::uint32_t bits = 0; bits < counts.size(); ++bits) {
         while ((std::uint32_t{1} << bits) / 2 >= POWERS_OF_TEN[digits]) {
             ++digits;
@@ -221,9 +222,9 @@ inline std::size_t CountDigits(std::uint32_t in_value) noexcept {
     return (in_value + DIGIT_COUNTS.data()[exponent - EXPONENT_OF_1]) >> 20;
 }
 
-// WriteBackwards writes a value that ends just in front of `out_end` and gives its first character.
-// It may write zeros in front of that, within the room of the longest value of the type (3, 5, 10
-// or 20 bytes): branches on the count of digits would be hard to foresee.
+// WriteBackwards writes a value that ends just before `out_end` and returns its first character. It
+// may write zeros before that, in the room of the longest value of the type (3, 5, 10 or 20 bytes):
+// branches on the count of digits would be hard to predict.
 
 inline char* WriteBackwards(char* out_end, std::uint8_t in_value) noexcept {
     const std::uint32_t hundreds = in_value / 100u;
@@ -233,8 +234,8 @@ inline char* WriteBackwards(char* out_end, std::uint8_t in_value) noexcept {
 }
 
 inline char* WriteBackwards(char* out_end, std::uint16_t in_value) noexcept {
-    // In units of 10^-4 with 32 bits after the point, rounded up: what is cut off after each step
-    // is the next digits.
+    // A fixed-point number in units of 10^4, with 32 bits after the point, rounded up. The whole
+    // part after each step is the next digits.
     const std::uint64_t value = in_value * (((std::uint64_t{1} << 32) + 9999) / 10'000);
     const std::uint64_t rest = (value & 0xffffffff) * 100;
     out_end[-5] = static_cast<char>('0' + (value >> 32));
@@ -243,7 +244,7 @@ inline char* WriteBackwards(char* out_end, std::uint16_t in_value) noexcept {
     return out_end - CountDigits(in_value);
 }
 
-/// A value below 10^8, in 8 bytes. Short values, the most common ones, have the quicker way.
+/// A value below 10^8, in 8 bytes. Values of 16 bits, the most common ones, take the quicker way.
 inline char* WriteBlockBackwards(char* out_end, std::uint32_t in_value) noexcept {
     if (in_value <= 0xffff) {
         return WriteBackwards(out_end, static_cast<std::uint16_t>(in_value));

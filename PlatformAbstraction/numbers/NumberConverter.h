@@ -6,7 +6,7 @@
 /// call them.
 ///
 /// Conversions from an orska_wstring read its narrow form in the process ANSI encoding. Every
-/// message parameter named "the input" is the whole narrow text, read in that encoding again.
+/// message parameter named "the input" is the whole narrow text, converted back from that encoding.
 #ifndef PLATFORMABSTRACTION_NUMBERCONVERTER_H
 #define PLATFORMABSTRACTION_NUMBERCONVERTER_H
 
@@ -51,7 +51,7 @@ public:
     template <ConvertibleInteger T>
     static T StringToInteger(const char* in_text, std::size_t in_length, bool in_strict);
 
-    /// The same up to the first NUL byte, except that empty text gives 0 when it is not strict.
+    /// The same up to the first NUL byte, except that empty text returns 0 if not strict.
     template <ConvertibleInteger T>
     static T StringToInteger(const char* in_text, bool in_strict);
 
@@ -66,15 +66,14 @@ public:
     static T StringToIntegerUnchecked(const orska_wstring& in_text) noexcept;
 
     /// Reads a decimal number: blanks and control characters, a sign, digits with an optional
-    /// point, an optional exponent. Of 3 to 9 bytes, those that begin with (or are) "inf" up to
-    /// "infinity", with an optional '-', and "nan" give the special values, in any case.
+    /// point, an optional exponent. "inf" to "infinity" (each prefix), with an optional '-', and
+    /// "nan" give the special values, in any case.
     ///
-    /// The result is 19 or 20 significant digits times one power of ten, so that it can differ from
-    /// the nearest value in the last place. Only the first 1,279 bytes are read.
+    /// The result is 19 or 20 significant digits times one power of ten, so it can differ from the
+    /// nearest value in the last place. Only the first 1,279 bytes are read.
     /// @param in_length  bytes; 0 gives 0, strict or not
-    /// @param in_strict  refuse text that is not used up
-    /// @throws NumberConversionInvalidDataException "StrToNumConvFailed" with the input, if
-    ///         strict
+    /// @param in_strict  refuse text that has more after the number
+    /// @throws NumberConversionInvalidDataException if strict: "StrToNumConvFailed" with the input
     template <ConvertibleFloat T>
     static T ConvertStringToFloatingPoint(const char* in_text, std::size_t in_length,
                                           bool in_strict);
@@ -85,15 +84,15 @@ public:
 
     /// Writes a value in decimal, right-aligned at the end of a buffer, with a NUL in its last
     /// byte. Bytes in front of the text may change. Made for buffers that hold every value of T (5,
-    /// 7, 12 and 21 bytes for 8 to 64 bits); in a shorter one it does what the checked kind does.
+    /// 7, 12 and 21 bytes for 8 to 64 bits); in a shorter one it works as IntegerToBufferChecked.
     /// @param in_bufferLength  bytes
     /// @return the first character of the text, inside the buffer
     /// @throws NumberConversionInvalidDataException "NumToStrConvFailed" when the text does not
-    ///         fit; for the least 64-bit value as CopyMinimumIntToBuffer throws
+    ///         fit; the least 64-bit value throws as CopyMinimumIntToBuffer does
     template <ConvertibleInteger T>
     static char* IntegerToBuffer(T in_value, std::uint16_t in_bufferLength, char* out_buffer);
 
-    /// The kind for buffers of any length, 0 included; otherwise as above.
+    /// The same for buffers of any length, 0 included.
     template <ConvertibleInteger T>
     static char* IntegerToBufferChecked(T in_value, std::uint16_t in_bufferLength,
                                         char* out_buffer);
@@ -114,7 +113,7 @@ public:
     /// Writes a value with 7 (float) or 15 (double) significant digits, without trailing zeros, and
     /// a NUL: "NaN", "INFINITY" or "-INFINITY"; plain decimals for magnitudes from 10^-7 or 10^-15
     /// up to 2147483647, and for zero, which has no sign; "%.7g" or "%.15g" otherwise. The plain
-    /// form rounds the scaled fraction, so that it can differ from "%.15g" in the last digit.
+    /// form rounds the scaled fraction, so it can differ from "%.15g" in the last digit.
     /// @param out_buffer  FLOAT_TEXT_SIZE bytes
     /// @return bytes written, without the NUL
     template <ConvertibleFloat T>
@@ -126,7 +125,7 @@ public:
 
     /// The same with exactly `in_decimals` decimals for magnitudes from 10^-in_decimals up to
     /// 2147483647 and for zero; "%e" otherwise.
-    /// @param in_decimals  0 to 15; values outside are taken as the nearer limit
+    /// @param in_decimals  0 to 15; other values are clamped
     /// @param out_buffer  DECIMALS_TEXT_SIZE bytes
     /// @return bytes written, without the NUL
     static std::size_t ConvertDoubleToBufferFixed(double in_value, int in_decimals,

@@ -12,7 +12,7 @@ namespace Orska::Support {
 
 namespace {
 
-/// Also the most significant digits that the plain form is asked for.
+/// The most decimals, and the most significant digits, of the plain form.
 constexpr int MOST_DECIMALS = 15;
 /// Magnitudes above this have no plain form.
 constexpr double PLAIN_LIMIT = 2147483647.0;
@@ -25,7 +25,7 @@ enum class Zeros { DROPPED, KEPT };
 /// The plain form of a magnitude, before it becomes text.
 struct PlainNumber {
     std::uint64_t m_whole;
-    std::uint64_t m_fraction;  ///< scaled by 10^decimals; just as large as that after some ties
+    std::uint64_t m_fraction;  ///< scaled by 10^decimals; equal to 10^decimals after some ties
 };
 
 PlainNumber Round(double in_magnitude, int in_decimals) noexcept {
@@ -45,14 +45,14 @@ PlainNumber Round(double in_magnitude, int in_decimals) noexcept {
             ++whole;
         }
     } else if (remainder == 0.5 && (fraction == 0 || fraction % 2 == 1)) {
-        // Ties go to the even fraction, except from 0. Such a tie is meant not to carry: 0.95 with
-        // one decimal has the fraction 10, which comes out as "0.1".
+        // Ties go to the even fraction, except from 0. On purpose it does not carry: 0.95 with one
+        // decimal has the fraction 10, which is written as "0.1".
         ++fraction;
     }
     return {whole, fraction};
 }
 
-/// Writes up to 10 digits; may write 8 where they are fewer. Gives the end.
+/// Writes up to 10 digits, and 8 bytes even for fewer digits. Returns the end of the digits.
 char* WriteWhole(std::uint64_t in_whole, char* out_text) noexcept {
     auto rest = static_cast<std::uint32_t>(in_whole);
     if (rest >= DecimalDigits::TEN_TO_8) [[unlikely]] {
@@ -72,8 +72,8 @@ char* WriteWhole(std::uint64_t in_whole, char* out_text) noexcept {
     return out_text + 8 - zeros;
 }
 
-/// Writes a fraction that is not 0 with its leading zeros; 8 bytes for up to 8 decimals, 16 for
-/// more, even where fewer are wanted. Gives the end.
+/// Writes a fraction other than 0 with its leading zeros: 8 bytes for up to 8 decimals, else 16,
+/// even if fewer are wanted. Returns the end of the digits.
 char* WriteFraction(std::uint64_t in_fraction, std::size_t in_decimals, Zeros in_zeros,
                     char* out_text) noexcept {
     if (in_fraction == DecimalDigits::POWERS_OF_TEN[in_decimals]) [[unlikely]] {
@@ -100,8 +100,8 @@ char* WriteFraction(std::uint64_t in_fraction, std::size_t in_decimals, Zeros in
                                    : end - DecimalDigits::CountTrailingZeros(block);
 }
 
-/// Writes in the order of reading. What is written after the text stays within the promised sizes:
-/// with 15 significant digits, more than 8 decimals leave at most 6 digits in front of the point.
+/// Writes from left to right. Bytes written after the text stay within the promised sizes: with 15
+/// significant digits, more than 8 decimals leave at most 6 digits before the point.
 std::size_t WritePlain(double in_value, int in_decimals, Zeros in_zeros,
                        char* out_buffer) noexcept {
     const PlainNumber number = Round(std::fabs(in_value), in_decimals);
@@ -127,8 +127,8 @@ std::size_t WriteSpecial(double in_value, char* out_buffer) noexcept {
     return length;
 }
 
-/// What "%.*g" or "%e" writes in the C locale. Neither leaves a point at the end or in front of the
-/// exponent, so there is none to take away.
+/// Writes as "%.*g" or "%e" in the C locale. Neither leaves a point at the end or before the
+/// exponent, so there is none to remove.
 std::size_t WriteAsC(double in_value, std::chars_format in_format, int in_precision,
                      char* out_buffer) noexcept {
     const std::to_chars_result result =
@@ -138,13 +138,13 @@ std::size_t WriteAsC(double in_value, std::chars_format in_format, int in_precis
     return static_cast<std::size_t>(result.ptr - out_buffer);
 }
 
-/// Zero has a plain form, so that it is written without a sign.
+/// Zero has a plain form, so it is written without a sign.
 bool HasPlainForm(double in_magnitude, int in_digits) noexcept {
     return (in_magnitude <= PLAIN_LIMIT && in_magnitude >= GetPowerOfTen(-in_digits)) ||
            in_magnitude == 0;
 }
 
-/// The digits in front of the point of a magnitude that has a plain form; none for 0.
+/// Counts the digits before the point of a magnitude that has a plain form; none for 0.
 int CountWholeDigits(double in_magnitude) noexcept {
     int digits = 0;
     for (int i = 0; i <= 9; ++i) {
@@ -197,7 +197,7 @@ template <ConvertibleFloat T>
 orska_wstring NumberConverter::ConvertFloatingPointToWString(T in_value) {
     char buffer[FLOAT_TEXT_SIZE];
     const std::size_t length = ConvertFloatingPointToBuffer(in_value, buffer);
-    // Widened here and not read in the ANSI encoding, which need not hold ASCII.
+    // Widened here, not converted from the ANSI encoding, which may lack ASCII.
     char16_t units[FLOAT_TEXT_SIZE];
     std::copy_n(buffer, length, units);
     return orska_wstring(units, length);

@@ -16,11 +16,12 @@ namespace Orska::Support {
 
 namespace {
 
-/// Bytes; what follows them is not read.
+/// Bytes; the rest of the text is not read.
 constexpr std::size_t LONGEST_TEXT = 1279;
-/// Digits are taken in until the mantissa reaches this, so that one more digit never wraps it.
+/// Digits are read until the mantissa reaches this, so one more digit never wraps it.
 constexpr std::uint64_t MANTISSA_BOUND = 1844674407370955161;
-/// Below this, 8 more digits at once end where single digits would.
+/// Below this, reading digit by digit would not stop before 8 more digits, so they are read
+/// at once.
 constexpr std::uint64_t BLOCK_BOUND = 100'000'000'000;
 /// Exponent digits are read until the exponent reaches this.
 constexpr int EXPONENT_BOUND = 309;
@@ -35,7 +36,7 @@ constexpr std::size_t PLAIN_LENGTH = 16;
                 NumberConversionInvalidDataException((L"StrToNumConvFailed"), msgParams));
 }
 
-/// What is between two positions; each Take operation moves the first one on.
+/// The text between two positions, and the position in it, which each Take operation moves on.
 struct Cursor {
     const char* m_start;
     const char* m_end;
@@ -50,7 +51,7 @@ struct Cursor {
         return isThere;
     }
 
-    /// True for '-'.
+    /// Returns true for '-'.
     bool TakeSign() noexcept {
         const bool isNegative = Take('-');
         if (!isNegative) {
@@ -65,7 +66,7 @@ struct Cursor {
         }
     }
 
-    /// How many there were.
+    /// Returns how many it skipped.
     int SkipDigits() noexcept {
         const char* const start = m_at;
         while (IsAtDigit()) {
@@ -74,15 +75,15 @@ struct Cursor {
         return static_cast<int>(m_at - start);
     }
 
-    /// The next 8 characters, with zero bytes for those after the end. The text must have 8 or
-    /// more, which need not all be ahead.
+    /// The next 8 characters, with zero bytes for those after the end. The whole text must have at
+    /// least 8 characters; fewer may be left.
     std::uint64_t Peek8() const noexcept {
         const std::ptrdiff_t ahead = m_end - m_at;
         return ahead >= 8 ? DecimalDigits::Load<std::uint64_t>(m_at)
                           : DecimalDigits::Load<std::uint64_t>(m_end - 8) >> (8 * (7 - ahead)) >> 8;
     }
 
-    /// Takes up to 8 digits at once while the mantissa cannot reach its bound among them.
+    /// Takes up to 8 digits at once while the mantissa cannot reach its bound within them.
     void TakeBlocks(std::uint64_t& io_mantissa) noexcept {
         std::size_t count = 8;
         while (count == 8 && io_mantissa < BLOCK_BOUND) {
@@ -95,7 +96,7 @@ struct Cursor {
         }
     }
 
-    /// Takes digits into the mantissa while it is below its bound; how many it took.
+    /// Takes digits into the mantissa while it is below its bound. Returns how many.
     int TakeDigits(std::uint64_t& io_mantissa) noexcept {
         const char* const start = m_at;
         if (m_end - m_start >= 8) {
@@ -108,7 +109,7 @@ struct Cursor {
         return static_cast<int>(m_at - start);
     }
 
-    /// The exponent after an 'e', if there is one. Digits after the bound stay.
+    /// Takes an 'e' and returns the exponent after it, else 0. Digits after the bound are left.
     int TakeExponent() noexcept {
         if (!Take('e') && !Take('E')) {
             return 0;
@@ -123,7 +124,7 @@ struct Cursor {
     }
 };
 
-/// Multiplies by powers of ten whose product with the value is near a limit of the type.
+/// Scales a value to a result near a limit of the type.
 double ScaleFar(double in_value, int in_exponent) noexcept {
     constexpr double GREATEST = std::numeric_limits<double>::max();
     constexpr double GREATEST_BY_20 = 1.7976931348623155e288;
@@ -141,14 +142,14 @@ double ScaleFar(double in_value, int in_exponent) noexcept {
     if (product <= GREATEST) {
         return product;
     }
-    // The text of the greatest double itself can land on infinity; it is told from larger ones by a
-    // product that stays in range.
+    // The text of the greatest double can give infinity here. A product that stays in range tells
+    // it from larger values.
     const double distance = in_value * GetPowerOfTen(in_exponent - 20) - GREATEST_BY_20;
     const double tolerance = GREATEST_BY_20 * RELATIVE_ERROR;
     return distance >= -tolerance && distance <= tolerance ? GREATEST : product;
 }
 
-/// One multiplication, not the nearest double in all cases: that is the required result.
+/// One multiplication, which does not always give the nearest double: this is the required result.
 double Scale(std::uint64_t in_mantissa, int in_exponent) noexcept {
     const auto value = static_cast<double>(in_mantissa);
     if (in_exponent == 0 || in_mantissa == 0) {
@@ -175,7 +176,7 @@ double ParseDouble(const char* in_text, std::size_t in_length,
     Cursor cursor{in_text, in_text + std::min(in_length, LONGEST_TEXT)};
     cursor.SkipBlanksAndControls();
     const bool isNegative = cursor.TakeSign();
-    std::uint64_t mantissa = 0;  // which leading zeros leave alone
+    std::uint64_t mantissa = 0;  // leading zeros leave it 0
     cursor.TakeDigits(mantissa);
     int exponent = cursor.SkipDigits();
     if (cursor.Take('.')) {
@@ -191,12 +192,12 @@ double ParseDouble(const char* in_text, std::size_t in_length,
     return isNegative ? -value : value;
 }
 
-/// Compares with a word in upper case over the text's own length.
+/// True if the text, in any case, is a prefix of a word in upper case.
 bool IsPrefix(const char* in_text, std::size_t in_length, const char* in_word) noexcept {
     for (std::size_t i = 0; i < in_length; ++i) {
         const char character = in_text[i];
         const bool isLower = character >= 'a' && character <= 'z';
-        // After the end of the word is its NUL, which no text of more characters may match.
+        // Longer text must not match the NUL at the end of the word.
         if (in_word[i] == '\0' || (isLower ? character - 'a' + 'A' : character) != in_word[i]) {
             return false;
         }
@@ -230,14 +231,13 @@ bool MayBeSpecialWord(const char* in_text, std::size_t in_length) noexcept {
     return letter == 'i' || letter == 'I' || letter == 'n' || letter == 'N';
 }
 
-/// Takes a point out of a block of digits, so that the digits in front of it move up after it;
-/// false when the block holds anything else. No branch depends on where the point is or whether
-/// there is one.
+/// Removes the point from a block of digits and closes the gap; false when the block holds anything
+/// else. No branch depends on where the point is or whether there is one.
 template <class Block>
 bool TakePoint(Block& io_block, std::size_t& out_decimals) noexcept {
     constexpr Block POINT = '.' ^ '0';
     const Block others = DecimalDigits::MarkOthers(io_block);
-    const Block first = (others & (~others + 1)) >> 7;  // 1 in the first byte that is no digit
+    const Block first = (others & (~others + 1)) >> 7;  // 1 in the first byte that is not a digit
     const Block whole = first * 0xff;                   // all of that byte
     if (((others & (others - 1)) | ((io_block & whole) ^ (first * POINT))) != 0) {
         return false;
@@ -254,8 +254,8 @@ struct Decimal {
     int m_exponent = 0;
 };
 
-/// Reads 1 to 16 characters that are digits with a point among them or none; false for all other
-/// text. The mantissa is then far below its bound, and all of the text is used.
+/// Reads 1 to 16 characters: digits with at most one point; false for all other text. The mantissa
+/// is then far below its bound, and all of the text is used.
 [[gnu::always_inline]] inline bool ReadPlain(const char* in_text, std::size_t in_length,
                                              Decimal& out_decimal) noexcept {
     std::size_t decimals = 0;
@@ -277,9 +277,9 @@ struct Decimal {
     return true;
 }
 
-/// Where the exponent of a text begins, if an 'e' is among its last 4 characters; else 0.
+/// The index of an 'e' among the last 4 characters; else 0.
 std::size_t FindExponent(const char* in_text, std::size_t in_length) noexcept {
-    constexpr std::uint32_t LETTER_BITS = 0x40404040;  // which digits, points and signs lack
+    constexpr std::uint32_t LETTER_BITS = 0x40404040;  // not set in digits, points and signs
     if (in_length < 4) {
         return in_length == 3 && (in_text[1] | 0x20) == 'e' ? 1 : 0;
     }
@@ -292,7 +292,7 @@ std::size_t FindExponent(const char* in_text, std::size_t in_length) noexcept {
     return (in_text[place] | 0x20) == 'e' ? place : 0;
 }
 
-/// Reads such text with a short exponent after it, which is then all digits that are to be read.
+/// Reads the same with a short exponent after it; false for all other text.
 bool ReadWithExponent(const char* in_text, std::size_t in_length, Decimal& out_decimal) noexcept {
     const std::size_t length = FindExponent(in_text, in_length);
     if (length == 0 || length > PLAIN_LENGTH) {
@@ -308,7 +308,7 @@ bool ReadWithExponent(const char* in_text, std::size_t in_length, Decimal& out_d
     return true;
 }
 
-/// The sign of a text and what follows it. Taking a sign off needs no branch.
+/// The sign of a text and the text after it. Removing the sign needs no branch.
 struct SignedText {
     explicit SignedText(const char* in_text, std::size_t in_length) noexcept
         : m_isNegative(*in_text == '-'),
@@ -324,7 +324,7 @@ struct SignedText {
     std::size_t m_length;
 };
 
-/// Reads text that is no plain decimal, out of the way of text that is.
+/// Reads text that is not a plain decimal. Not inlined, so that plain decimals stay quick.
 [[gnu::noinline]] double ParseAnyText(const char* in_text, std::size_t in_length, bool in_strict) {
     if (in_length == 0) {
         return 0.0;
@@ -352,7 +352,7 @@ double Parse(const char* in_text, std::size_t in_length, bool in_strict) {
         Decimal decimal;
         if (number.m_length - 1 < PLAIN_LENGTH &&
             ReadPlain(number.m_text, number.m_length, decimal)) [[likely]] {
-            // Cannot fail to convert as a signed number, which is quicker.
+            // The mantissa fits into a signed number, which is quicker to convert.
             return number.Apply(static_cast<double>(static_cast<std::int64_t>(decimal.m_mantissa)) *
                                 GetPowerOfTen(decimal.m_exponent));
         }

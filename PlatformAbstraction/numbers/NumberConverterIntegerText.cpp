@@ -17,13 +17,13 @@ namespace {
 constexpr char MINIMUM_INT_TEXT[] = "-9223372036854775808";
 constexpr std::size_t MINIMUM_INT_LENGTH = sizeof(MINIMUM_INT_TEXT) - 1;
 
-/// Bytes of the longest text of T and its NUL: the buffer that takes every value.
+/// Bytes of the longest text of T and its NUL: a buffer for every value.
 template <class T>
 constexpr std::size_t FULL_SIZE = std::numeric_limits<T>::digits10 + 2 +
                                   (std::is_signed_v<T> ? 1 : 0);
 
-/// Writes text into a buffer of at least FULL_SIZE bytes. The sign is written in any case and left
-/// in front of the text of a positive value, because a branch on it would be hard to foresee.
+/// Writes text into a buffer of at least FULL_SIZE bytes. The '-' is always written, before the
+/// text of a positive value too, because a branch on the sign would be hard to predict.
 template <class T>
 char* WriteFull(T in_value, std::size_t in_bufferLength, char* out_buffer) noexcept {
     using Magnitude = std::make_unsigned_t<T>;
@@ -64,8 +64,8 @@ char* WriteChecked(T in_value, std::size_t in_bufferLength, char* out_buffer) {
     return end - length;
 }
 
-/// Both kinds of the conversion: a full buffer needs no check of its own, and in a short one the
-/// kind for full buffers would write in front of it.
+/// Both kinds of the conversion. A buffer of full size needs no check; WriteFull would write before
+/// the start of a shorter one.
 template <class T>
 char* Write(T in_value, std::uint16_t in_bufferLength, char* out_buffer) {
     if constexpr (std::is_same_v<T, std::int64_t>) {
@@ -87,7 +87,7 @@ char* Write(T in_value, std::uint16_t in_bufferLength, char* out_buffer) {
 
 char* NumberConverter::CopyMinimumIntToBuffer(std::uint16_t in_bufferLength, char* out_buffer) {
     if (in_bufferLength < MINIMUM_INT_LENGTH) {
-        // The key of the other direction, on purpose: callers look for it.
+        // This is the key of the other direction, on purpose: callers look for it.
         const std::vector<orska_wstring> msgParams{orska_wstring(MINIMUM_INT_TEXT)};
         ORSKA_THROW((TraceSite{"Orska::Support::CopyMinimumIntToBuffer",
                                "PlatformAbstraction\\NumberConverter", 0}),
@@ -119,7 +119,7 @@ std::string NumberConverter::IntegerToString(T in_value) {
 
 template <ConvertibleInteger T>
 orska_wstring NumberConverter::IntegerToWString(T in_value) {
-    // Widened here and not read in the ANSI encoding, which need not hold ASCII.
+    // Widened here, not converted from the ANSI encoding, which may lack ASCII.
     const std::string text = IntegerToString(in_value);
     char16_t units[FULL_SIZE<T>];
     std::copy(text.begin(), text.end(), units);

@@ -38,7 +38,7 @@ enum class Outcome { VALUE, INVALID, TOO_HIGH, TOO_LOW, MINUS };
     }
 }
 
-/// The magnitude that a value of this sign may have.
+/// The greatest magnitude of a value of this sign.
 template <class T>
 constexpr std::uint64_t GetLimit(bool in_isNegative) noexcept {
     return static_cast<std::uint64_t>(std::numeric_limits<T>::max()) + (in_isNegative ? 1u : 0u);
@@ -50,8 +50,8 @@ constexpr T ApplySign(std::uint64_t in_magnitude, bool in_isNegative) noexcept {
     return static_cast<T>((in_magnitude ^ ones) - ones);
 }
 
-/// The meaning of text, character by character. The quick way below is for text that is nothing but
-/// a sign and digits of a likely count.
+/// Reads any text, character by character. The quick way below reads only a sign and a likely
+/// number of digits.
 template <class T>
 Outcome ParseByCharacter(const char* in_text, std::size_t in_length, bool in_strict, T& out_value) {
     const bool isNegative = in_length > 0 && in_text[0] == '-';
@@ -134,7 +134,7 @@ T Parse(const char* in_text, std::size_t in_length, bool in_strict) {
     if (in_length == 0) {
         ThrowFor(Outcome::INVALID, in_text, in_length);
     }
-    // Taking the sign off needs no branch, which matters because signs are hard to foresee.
+    // Removing the sign needs no branch, which matters because signs are hard to predict.
     const bool isNegative = std::is_signed_v<T> && in_text[0] == '-';
     const std::size_t signLength = isNegative || in_text[0] == '+' ? 1 : 0;
     std::uint64_t magnitude = 0;
@@ -174,7 +174,7 @@ T NumberConverter::StringToIntegerUnchecked(const orska_wstring& in_text) noexce
     if (isNegative || (!units.empty() && units.front() == u'+')) {
         units.remove_prefix(1);
     }
-    // Sums modulo 2^64 and cut at the end give what sums modulo 2^8 to 2^32 give.
+    // A sum modulo 2^64, cut at the end, equals one modulo 2^8 to 2^32.
     std::uint64_t magnitude = 0;
     for (const char16_t unit : units) {
         magnitude = magnitude * 10 + unit - u'0';

@@ -16,9 +16,9 @@ struct EncodingRow {
     bool m_isAsciiSuperset;
 };
 
-// The worst cases are generous for some single-byte sets, which only makes buffers larger, and
-// 84 is no ASCII superset while its neighbours are; both are kept so that sizes and paths stay
-// the same.
+// Kept on purpose, so that sizes and paths stay the same: the worst cases of some single-byte
+// sets are too large, which only makes buffers larger, and 84, unlike its neighbours, is not an
+// ASCII superset.
 constexpr std::array<EncodingRow, ENCODING_COUNT> ENCODINGS = {{
     {"UTF-8", 1, 4, true},                          // 0
     {"UTF-16LE", 2, 2, false},                      // 1
@@ -141,7 +141,7 @@ constexpr std::array<EncodingRow, ENCODING_COUNT> ENCODINGS = {{
     {"IBM868", 1, 2, false},                        // 118
 }};
 
-// Only the low 16 bits count, so that every value that passes CheckEncodingType finds its row.
+// Only the low 16 bits count, so every value that passes CheckEncodingType has a row.
 const EncodingRow& Row(EncodingType in_encoding) noexcept {
     return ENCODINGS[static_cast<std::uint16_t>(in_encoding)];
 }
@@ -178,8 +178,8 @@ std::uint64_t EncodingInfo::GetWorstCaseByteCount(std::uint64_t in_sourceLength,
     const EncodingRow& target = Row(in_target);
     const unsigned targetBytes =
         unsigned{target.m_maxCodeUnitsPerCodePoint} * target.m_codeUnitWidth;
-    // An integer division: wide code units to a narrower worst case give a ratio, and a bound, of
-    // 0.
+    // The integer division makes the ratio, and the bound, 0 for wide code units and a narrower
+    // worst case.
     const unsigned ratio = targetBytes / Row(in_source).m_codeUnitWidth;
     if (ratio == 0) {
         return 0;

@@ -23,7 +23,7 @@ enum class EncodingType : std::int32_t {
     ENC_IBM5348 = 96,  ///< the cp1252 variant that the transcoder treats as cp1252
 };
 
-/// How many encodings there are; legal values lie below.
+/// How many encodings there are; legal values are below this.
 constexpr std::int32_t ENCODING_COUNT = 119;
 
 }  // namespace Orska::Support

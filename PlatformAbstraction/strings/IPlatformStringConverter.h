@@ -1,6 +1,6 @@
 /// The string converter that a started platform installs into orska_wstring. The interface is
-/// with the string so that the string need not know the converters; WideStringConverter implements
-/// it. Implementations may be called from any thread.
+/// beside the string, so that strings do not depend on the converters; WideStringConverter
+/// implements it. Any thread may call an implementation.
 #ifndef PLATFORMABSTRACTION_IPLATFORMSTRINGCONVERTER_H
 #define PLATFORMABSTRACTION_IPLATFORMSTRINGCONVERTER_H
 
@@ -16,7 +16,7 @@ class IPlatformStringConverter {
 public:
     virtual ~IPlatformStringConverter() = default;
 
-    /// Replaces `out_result` by the text of the bytes.
+    /// Sets `out_result` to the text of the bytes.
     /// @param in_byteLength  bytes; -3: up to the first NUL code unit
     /// @throws ErrorException "ICUConvErr" when ICU fails, "ICUCreateUConverterErr" when the
     ///         encoding's converter cannot be opened

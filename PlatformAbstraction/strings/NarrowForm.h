@@ -12,12 +12,12 @@ namespace Orska::Support {
 
 class NarrowForm {
 public:
-    /// Takes the text in the process ANSI encoding; NULL gives an empty text.
+    /// Converts the text to the process ANSI encoding; NULL becomes an empty text.
     explicit NarrowForm(const orska_wstring& in_text);
     NarrowForm(const NarrowForm&) = delete;
     NarrowForm& operator=(const NarrowForm&) = delete;
 
-    /// Not NUL-terminated. Lives as long as this object.
+    /// Not NUL-terminated. Valid as long as this object.
     const char* GetText() const noexcept { return m_text; }
     /// Bytes.
     std::size_t GetLength() const noexcept { return m_length; }

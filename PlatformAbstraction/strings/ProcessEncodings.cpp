@@ -10,8 +10,8 @@ namespace {
 // Process-wide: set by SetAnsiEncoding (platform start-up), read by every narrow conversion.
 constinit EncodingType s_ansiEncoding = EncodingType::ENC_UTF8;
 
-// Process-wide: set by SetDriverManagerEncoding (platform start-up), read by the converters towards
-// the driver manager.
+// Process-wide: set by SetDriverManagerEncoding (platform start-up), read by the driver
+// manager's converters.
 constinit EncodingType s_driverManagerEncoding = EncodingType::ENC_UTF16LE;
 
 // Process-wide: set by SetPlatformStringConverter (platform start-up and shut-down), read by every
@@ -28,7 +28,7 @@ EncodingType GetAnsiEncoding() noexcept { return s_ansiEncoding; }
 void SetAnsiEncoding(EncodingType in_encoding) noexcept { s_ansiEncoding = in_encoding; }
 
 EncodingType GetByteTextEncoding() {
-    // The table of supersets of ASCII is narrower: it leaves out Shift-JIS, GBK and KOI8-R.
+    // The table of ASCII supersets is stricter: it leaves out Shift-JIS, GBK and KOI8-R.
     constexpr char PROBE[] = "[Az09]=";
     const bool isAsciiKept = EncodingInfo::IsAsciiSuperset(s_ansiEncoding) ||
                              orska_wstring(u"[Az09]=").GetAsAnsiString(s_ansiEncoding) == PROBE;

@@ -25,20 +25,19 @@ void CheckStatus(UErrorCode in_status, const TraceSite& in_site) {
     }
 }
 
-// The ways for short and plain text, into which the general conversions would take longer than the
-// text does.
+// Shortcuts for short, plain text, which takes less time than the start of a general conversion.
 
 constexpr bool IsSingleByte(EncodingType in_encoding) {
     return in_encoding == EncodingType::ENC_LATIN1 || in_encoding == EncodingType::ENC_CP1252 ||
            in_encoding == EncodingType::ENC_US_ASCII || in_encoding == EncodingType::ENC_IBM5348;
 }
 
-/// True for the direct encodings in which text in ASCII is the same bytes.
+/// True for the direct encodings in which ASCII text has the same bytes.
 constexpr bool HasAscii(EncodingType in_encoding) {
     return in_encoding == EncodingType::ENC_UTF8 || IsSingleByte(in_encoding);
 }
 
-/// A unit for each byte.
+/// Decodes each byte to one unit.
 template <class Reader>
 icu::UnicodeString* DecodeEach(std::string_view in_bytes) {
     icu::UnicodeString* const text = AcquireText(static_cast<std::int32_t>(in_bytes.size()));
@@ -63,11 +62,11 @@ std::u16string_view GetView(const icu::UnicodeString& in_text) {
     return {in_text.getBuffer(), static_cast<std::size_t>(in_text.length())};
 }
 
-/// Gives whole units of the encoding; false, with none, for an encoding that only ICU has.
+/// Encodes to whole units; false, with no units, for an encoding that only ICU has.
 template <class Unit>
 bool EncodeUnits(std::u16string_view in_text, EncodingType in_encoding,
                  std::basic_string<Unit>& out_units) {
-    // No code point gives more bytes of a single-byte set than it has units.
+    // A code point has at most as many bytes in a single-byte set as it has UTF-16 units.
     const std::int64_t most =
         IsSingleByte(in_encoding)
             ? static_cast<std::int64_t>(in_text.size())
@@ -114,7 +113,7 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
 }
 
 std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encoding) {
-    constexpr std::size_t MOST_PLAIN = 256;  // units; longer text is not looked at twice
+    constexpr std::size_t MOST_PLAIN = 256;  // units; longer text is read only once
     const std::u16string_view text = GetView(in_text);
     std::string bytes;
     if (HasAscii(in_encoding) && text.size() <= MOST_PLAIN) {

@@ -1,6 +1,6 @@
-/// The string type's conversion between bytes and UTF-16 where no platform converter is in force:
-/// the same conversions as the platform's, but without its pools. For an encoding that only ICU
-/// has, a converter is opened each time. Without state; any thread may call.
+/// The string type's conversion between bytes and UTF-16 without a platform converter: the same
+/// results as the platform's, but without its pools. For an encoding that only ICU has, each call
+/// opens a converter. Stateless and thread-safe.
 #ifndef PLATFORMABSTRACTION_STRINGCODEC_H
 #define PLATFORMABSTRACTION_STRINGCODEC_H
 
@@ -16,7 +16,7 @@ namespace Orska::Support {
 constexpr EncodingType WIDE_ENCODING =
     sizeof(wchar_t) == 2 ? EncodingType::ENC_UTF16LE : EncodingType::ENC_UTF32LE;
 
-/// A text object, which the caller owns, with the text of the bytes. Bytes that the encoding
+/// Returns a text object with the text of the bytes; the caller owns it. Bytes that the encoding
 /// does not allow become U+FFFD.
 /// @param in_lengthInBytes  bytes, at least 0; with 0 the pointer may be null
 /// @param in_encoding  a legal value
@@ -25,7 +25,7 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
                                EncodingType in_encoding);
 
 /// The bytes of a text, without a terminator. A code point that the encoding lacks becomes the
-/// encoding's substitution, or nothing if it is one that Unicode lets a display ignore.
+/// encoding's substitution, or nothing if Unicode says that displays ignore it by default.
 /// @param in_encoding  a legal value
 std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encoding);
 

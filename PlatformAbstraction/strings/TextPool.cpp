@@ -12,7 +12,7 @@ constinit thread_local TextPool s_textPool = {};
 
 namespace {
 
-/// Makes room in a pool that is full: only in one that has not been opened yet.
+/// Opens a pool that was never opened; false, with nothing changed, for any other.
 bool OpenPool(TextPool& io_pool) noexcept {
     if (io_pool.m_isClosed || io_pool.m_capacity != 0) {
         return false;
@@ -22,7 +22,7 @@ bool OpenPool(TextPool& io_pool) noexcept {
     return true;
 }
 
-/// Sets the length to a larger one, which only ICU can do.
+/// Makes a text longer, which only ICU can do.
 bool Lengthen(icu::UnicodeString& io_text, std::int32_t in_length) noexcept {
     if (io_text.getBuffer(in_length) == nullptr) {
         return false;
@@ -31,12 +31,12 @@ bool Lengthen(icu::UnicodeString& io_text, std::int32_t in_length) noexcept {
     return true;
 }
 
-/// Clears all units that the text has room for; its length stays when it holds them in itself.
+/// Clears all units that the text has room for; its length stays if it holds them in itself.
 void WipeText(icu::UnicodeString& io_text) noexcept {
     const bool isPooled = HoldsItsUnits(io_text);
     const std::int32_t length = io_text.length();
     const std::int32_t capacity = io_text.getCapacity();
-    // Null for a text that is bogus or cannot be written to, which none of ours is.
+    // Null for a bogus or read-only text, which none of ours is.
     char16_t* const units = io_text.getBuffer(capacity);
     if (units == nullptr) return;
     WipeBytes(units, static_cast<std::size_t>(capacity) * sizeof(char16_t));
@@ -65,7 +65,7 @@ icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length
     if (text == nullptr) {
         throw std::bad_alloc();
     }
-    // As long as can be, so that the pooled text serves more lengths from now on.
+    // At least as long as the object has room, so that the pooled text serves more lengths later.
     if (!Lengthen(*text, std::max(in_length, INLINE_UNITS))) {
         delete text;
         throw std::bad_alloc();
@@ -82,7 +82,7 @@ icu::UnicodeString* AcquireText(const char16_t* in_units, std::int32_t in_length
 
 void ReleaseText(icu::UnicodeString* in_text) noexcept {
     if (s_textPool.m_isWiped && in_text != nullptr) WipeText(*in_text);
-    // Only plain, usable objects are kept; a subclass is deleted as what it is.
+    // Only plain, usable objects are kept; a subclass is deleted.
     if (in_text == nullptr || !HoldsItsUnits(*in_text) ||
         &typeid(*in_text) != &typeid(icu::UnicodeString)) {
         delete in_text;

@@ -1,9 +1,9 @@
-/// Where the string type gets its text objects from and gives them back to.
+/// The string type's pool of text objects.
 ///
-/// A text object is made and deleted with ICU's allocator. That costs more than most work on the
-/// text, so each thread keeps a few short ones that were given back for its next strings and
-/// deletes them when it ends: bench_strings constructs 16 bytes 2.3 times as fast for it, 64 bytes
-/// 1.4 times. Used by the string layer only; WipedTexts is for everyone.
+/// ICU's allocator makes and deletes text objects. That costs more than most work on the text, so
+/// each thread keeps a few short ones that were returned for its next strings and deletes them when
+/// it ends. bench_strings constructs strings of 16 bytes 2.3 times as fast with it, of 64 bytes 1.4
+/// times. Only the string layer uses the pool; WipedTexts is for everyone.
 #ifndef PLATFORMABSTRACTION_TEXTPOOL_H
 #define PLATFORMABSTRACTION_TEXTPOOL_H
 
@@ -13,7 +13,7 @@
 #include <cstring>
 #include <memory>
 
-// What lies in the pool is nobody's: the address sanitizer, where there is one, reports its use.
+// Texts in the pool have no owner: the address sanitizer, if there is one, reports their use.
 #if __has_include(<sanitizer/asan_interface.h>)
 #include <sanitizer/asan_interface.h>
 #else
@@ -23,32 +23,32 @@
 
 namespace Orska::Support {
 
-/// The texts that a thread keeps. Each holds its units in itself, whatever its length. Trivial, so
-/// that strings that outlive the thread's other objects can still ask it.
+/// The texts that a thread keeps. Each holds its units in itself, whatever its length. The type is
+/// trivial, so that strings that outlive the thread's other objects can still use it.
 struct TextPool {
     static constexpr std::uint32_t CAPACITY = 32;
 
     std::uint32_t m_count;
-    std::uint32_t m_capacity;  ///< 0 before the first text is given back and after the thread's end
+    std::uint32_t m_capacity;  ///< 0 before the first text is returned and after the thread's end
     bool m_isClosed;
-    bool m_isWiped;  ///< texts are cleared when they are given back
+    bool m_isWiped;  ///< texts are cleared when they are returned
     icu::UnicodeString* m_texts[CAPACITY];
 };
 
 // Per thread: set and read by AcquireText and ReleaseText.
 extern constinit thread_local TextPool s_textPool;
 
-/// Arranges that ClosePool is called when this thread ends.
+/// Registers ClosePool for the end of this thread.
 void ClosePoolAtThreadEnd() noexcept;
-/// Deletes what this thread's pool keeps; it keeps nothing more.
+/// Deletes the texts in this thread's pool, which keeps no more from then on.
 void ClosePool() noexcept;
 
-/// AcquireText where the pool has nothing that is long enough.
+/// AcquireText when the pool has no text that is long enough.
 /// @param in_text  a pooled text to lengthen, or null
 icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length);
 
-/// A text object of `in_length` code units that are not set yet. The caller owns it, sets the units
-/// through GetUnits, truncates it if they turn out fewer, and gives it back with ReleaseText.
+/// Returns a text object of `in_length` code units that are not set yet. The caller owns it, sets
+/// the units through GetUnits, truncates it if there are fewer, and returns it with ReleaseText.
 /// @throws std::bad_alloc
 inline icu::UnicodeString* AcquireText(std::int32_t in_length) {
     TextPool& pool = s_textPool;
@@ -94,10 +94,11 @@ inline bool OverwriteText(icu::UnicodeString& io_text, const char16_t* in_units,
     return true;
 }
 
-/// Takes a text object, made here or with `new icu::UnicodeString`, or null.
+/// Returns a text object to the pool, or deletes it. It was made here or with `new
+/// icu::UnicodeString`, or is null.
 void ReleaseText(icu::UnicodeString* in_text) noexcept;
 
-/// While one lives, the texts that the thread's strings give back are cleared: for threads that
+/// While one exists, the texts that this thread's strings return are cleared: for threads that
 /// handle passwords.
 class WipedTexts {
 public:

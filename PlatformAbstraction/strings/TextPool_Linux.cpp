@@ -5,7 +5,7 @@ namespace Orska::Support {
 namespace {
 
 struct PoolCloser {
-    PoolCloser() noexcept {}  // not constant, so that the thread meets it when it comes here
+    PoolCloser() noexcept {}  // not constexpr: each thread constructs it, and registers its end
     ~PoolCloser() { ClosePool(); }
 };
 

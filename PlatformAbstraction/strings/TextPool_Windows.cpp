@@ -12,12 +12,12 @@ void CallAtThreadEnd(void (*in_function)(void*)) noexcept {
 }
 
 /// This compiler's run-time keeps a thread's variables and its list of calls at the thread's end in
-/// two slots of the thread, and empties them in the order in which the process first used them. The
-/// list has to be first: else the pool is gone when it is to be closed, and its texts leak.
+/// two slots, and clears them in the order in which the process first used them. The list has to be
+/// first: otherwise the pool is gone before ClosePool runs, and its texts leak.
 struct ListFirst {
     ListFirst() noexcept {
-        // A function of the system's that does no harm: the list keeps the library of a function
-        // loaded until the thread ends, and must not be what frees ours, which it is a part of.
+        // A harmless function of the system. The list keeps the library of a function loaded until
+        // the thread ends. It must not be the last to free our library, because its code is in it.
         CallAtThreadEnd(
             reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(&::SetLastError)));
     }

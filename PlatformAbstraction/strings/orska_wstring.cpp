@@ -41,15 +41,15 @@ std::int32_t CheckedLength(std::size_t in_count, std::size_t in_width) {
     return static_cast<std::int32_t>(in_count * in_width);
 }
 
-/// ICU marks a text whose memory ran out as bogus.
+/// ICU marks a text as bogus when memory runs out.
 void CheckWhole(const icu::UnicodeString& in_text) {
     if (in_text.isBogus()) {
         throw std::bad_alloc();
     }
 }
 
-/// Always a copy of the code units, never a share in ICU's reference-counted buffer, so that two
-/// strings can be used by two threads.
+/// Always copies the code units, never shares ICU's reference-counted buffer, so two threads can
+/// use two strings.
 icu::UnicodeString* CopyOf(const icu::UnicodeString* in_text) {
     if (in_text == nullptr) {
         return nullptr;
@@ -124,7 +124,7 @@ void ChangeCase(orska_wstring& io_string, decltype(u_strToUpper)& in_change) {
     while (!io_string.IsNull() && status == U_BUFFER_OVERFLOW_ERROR) {
         TextOwner changed(AcquireText(length));
         status = U_ZERO_ERROR;
-        // The locale without a name, which ICU need not load.
+        // The root locale, which ICU does not have to load.
         length = in_change(GetUnits(*changed), changed->length(), io_string.GetView().data(),
                            io_string.GetLength(), "", &status);
         if (U_SUCCESS(status)) {
@@ -244,7 +244,7 @@ orska_wstring& orska_wstring::SetFromUtf8(const std::string& in_text) {
 }
 
 orska_wstring& orska_wstring::SetFromUtf8(const char* in_text, std::int64_t in_lengthInBytes) {
-    // Any other negative length is too large as an unsigned one, and refused.
+    // Any other negative length is too large when unsigned, and is refused.
     auto length = static_cast<std::size_t>(in_lengthInBytes);
     if (in_lengthInBytes == NUL_TERMINATED && in_text != nullptr) {
         length = std::strlen(in_text);
@@ -273,7 +273,8 @@ orska_wstring& orska_wstring::operator+=(const orska_wstring& in_other) {
         CheckWhole(m_text->append(*in_other.m_text));
         return *this;
     }
-    // ICU drops a text that it cannot lengthen. Room for more, as many texts grow piece by piece.
+    // ICU drops a text that it cannot lengthen, so this makes a new one. It has spare room because
+    // many texts grow piece by piece.
     const TextOwner longer(
         new icu::UnicodeString(length + std::min(length / 4 + 128, INT32_MAX - length), 0, 0));
     if (longer == nullptr) {
@@ -453,7 +454,7 @@ orska_wstring& orska_wstring::RegexReplace(const orska_wstring& in_pattern,
     }
     matcher.reset(*m_text);
     CheckForICUError(status, in_pattern);
-    // The top bit of the flags is no pattern flag but the switch for the first match only.
+    // The top bit of the flags is not a pattern flag: it asks for the first match only.
     icu::UnicodeString replaced = in_flags < 0 ? matcher.replaceFirst(replacement, status)
                                                : matcher.replaceAll(replacement, status);
     CheckForICUError(status, in_pattern);

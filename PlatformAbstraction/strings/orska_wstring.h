@@ -4,10 +4,10 @@
 /// A copy always copies the text. A string is used by one thread at a time unless the caller locks.
 /// Narrow text for which no encoding is named is in the process ANSI encoding, which is UTF-8 until
 /// platform start-up sets it. Wide text (`wchar_t`) is UTF-16LE on Windows and UTF-32LE on Linux.
-/// Bytes that an encoding does not allow become U+FFFD, as ICU's converters have it. Text of more
-/// than INT32_MAX bytes is refused with ErrorException "ICUConvErr", and an encoding that is not
-/// one of the 119 with "EncodingNotRecog". A result of more code units than that is refused with
-/// "ICUConvErr" or std::bad_alloc. A string for whose change there is no memory stays as it was.
+/// Bytes that an encoding does not allow become U+FFFD, as in ICU's converters. Text of more than
+/// INT32_MAX bytes is refused with ErrorException "ICUConvErr", and an encoding that is not one of
+/// the 119 with "EncodingNotRecog". A result of more code units than that is refused with
+/// "ICUConvErr" or std::bad_alloc. A string stays as it was if there is no memory to change it.
 #ifndef PLATFORMABSTRACTION_ORSKA_WSTRING_H
 #define PLATFORMABSTRACTION_ORSKA_WSTRING_H
 
@@ -26,7 +26,7 @@ class IPlatformStringConverter;
 
 class orska_wstring {
 public:
-    /// Lengths with this value mean: NUL-terminated.
+    /// As a length: the text is NUL-terminated.
     static constexpr std::int64_t NUL_TERMINATED = -3;
 
     /// Sets the process ANSI encoding from the driver settings; called once, by platform start-up.
@@ -35,7 +35,8 @@ public:
     ///         "EncodingNotRecog" when there is no setting and ICU's default encoding is not known
     static EncodingType InitializeAnsiEncoding();
 
-    /// Sets the encoding towards the driver manager, unchecked; GetDriverManagerEncoding reads it.
+    /// Sets the encoding that the driver manager uses, unchecked; GetDriverManagerEncoding
+    /// reads it.
     static void SetDriverManagerEncoding(EncodingType in_encoding);
 
     /// NULL.
@@ -65,14 +66,14 @@ public:
 
     orska_wstring& operator=(const orska_wstring& in_other);
     orska_wstring& operator=(orska_wstring&& in_other) noexcept;
-    /// As the constructor from the same.
+    /// As the constructor with the same argument.
     orska_wstring& operator=(const std::string& in_text) { return *this = orska_wstring(in_text); }
     orska_wstring& operator=(const std::wstring& in_text) { return *this = orska_wstring(in_text); }
     orska_wstring& operator=(const char* in_text) { return *this = orska_wstring(in_text); }
     orska_wstring& operator=(const wchar_t* in_text) { return *this = orska_wstring(in_text); }
     orska_wstring& operator=(std::nullptr_t) { return *this = orska_wstring(); }
 
-    /// Replaces the text by UTF-8 bytes. Never uses the platform converter.
+    /// Sets the text from UTF-8 bytes. Never uses the platform converter.
     orska_wstring& SetFromUtf8(const std::string& in_text);
     /// @param in_lengthInBytes  bytes, or NUL_TERMINATED (a null pointer then counts as length 0)
     orska_wstring& SetFromUtf8(const char* in_text, std::int64_t in_lengthInBytes);
@@ -116,7 +117,7 @@ public:
     int CompareRange(std::int32_t in_start, std::int32_t in_length, const orska_wstring& in_other,
                      bool in_isCaseSensitive = true) const;
 
-    /// Finders give a code-unit index, or -1 when there is none or an operand is NULL.
+    /// Finders return a code-unit index, or -1 when there is none or an operand is NULL.
     std::int32_t IndexOf(const orska_wstring& in_other, std::int32_t in_start = 0) const;
     std::int32_t IndexOfCodePoint(char32_t in_codePoint, std::int32_t in_start = 0) const;
     std::int32_t LastIndexOf(const orska_wstring& in_other) const;
@@ -124,14 +125,14 @@ public:
     std::int32_t IndexOfAny(const orska_wstring& in_set, std::int32_t in_start = 0) const;
     bool StartsWith(const orska_wstring& in_other) const;
 
-    /// Replaces every occurrence, in place. A NULL or empty `in_old` occurs nowhere; a NULL
+    /// Replaces every occurrence, in place. A NULL or empty `in_old` changes nothing; a NULL
     /// `in_new` counts as empty.
     orska_wstring& FindAndReplace(const orska_wstring& in_old, const orska_wstring& in_new);
     /// Pads at the end with a code unit; true when the string was changed.
     bool PadTrailing(std::int32_t in_targetLength, char16_t in_pad = u' ');
     /// Cuts the string at the first occurrence of the code unit, if there is one.
     orska_wstring& TruncateAt(char16_t in_unit);
-    /// The code units from a start (clamped) on, at most `in_length`; NULL of NULL.
+    /// The code units from `in_start` (clamped) on, at most `in_length`; NULL for NULL.
     orska_wstring Substring(std::int32_t in_start, std::int32_t in_length = INT32_MAX) const;
     /// Removes leading and trailing white space, in place.
     orska_wstring& Trim();
@@ -148,14 +149,14 @@ public:
     std::string GetAsUtf8() const;
     /// The text as `wchar_t` (UTF-16LE on Windows, UTF-32LE on Linux). Empty for NULL.
     std::wstring GetAsPlatformWString() const;
-    /// The text as UTF-16, in the form in which it crosses to the installer and to the editor.
+    /// The text as UTF-16, which the installer and the editor use.
     std::u16string GetAsUtf16() const;
 
     /// Replaces matches of an ICU regular expression in place. NULL stays NULL; a NULL pattern or
     /// replacement counts as empty.
     /// @param in_flags  ICU pattern flags 2, 4, 8 and 32; negative: replace only the first match
-    /// @throws ErrorException "ICURegexError" with the pattern as its parameter; the string is then
-    ///         as it was
+    /// @throws ErrorException "ICURegexError" with the pattern as its parameter; the string is
+    ///         then unchanged
     orska_wstring& RegexReplace(const orska_wstring& in_pattern,
                                 const orska_wstring& in_replacement, std::int32_t in_flags = 0);
 
