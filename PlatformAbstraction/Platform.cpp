@@ -15,8 +15,8 @@ namespace Orska::Platform {
 
 namespace {
 
-// Process-wide: starts not yet matched by a stop. Changed by InitializePlatform and
-// UninitializePlatform.
+// Process-wide: how many starts have no stop yet. Changed by InitializePlatform
+// and UninitializePlatform.
 std::uint32_t s_initCount = 0;
 
 // Process-wide: the platform object while the count is above 0. Changed by the same.
@@ -28,13 +28,13 @@ void WriteEntering(const char* in_call) {
                          .c_str());
 }
 
-/// Runs the wide formatter once; the text goes nowhere.
+/// Runs the wide formatter once and drops the text.
 void RunWideFormatter() {
     wchar_t text[256];
     std::swprintf(text, std::size(text), L"Executing: %hs", "_vsnwprintf_s");
 }
 
-/// Both encodings, or an exception and both as they were.
+/// Sets both encodings; if one of them throws, both are unchanged.
 void TakeEncodingsFromSettings() {
     using Support::orska_wstring;
     using Support::OrskaSettingReader;
@@ -75,8 +75,8 @@ PlatformInstance* InitializePlatform(bool in_isVerbose) {
     auto instance = std::make_unique<PlatformInstance>();
     SetVerbose(in_isVerbose);
     RunWideFormatter();
-    // Strings made until here convert through ICU directly, those made from here on through the
-    // converter; both give the same text.
+    // Before this, strings convert through ICU directly; from here on they use the converter. The
+    // text is the same.
     TakeEncodingsFromSettings();
     Support::SetPlatformStringConverter(&instance->GetStringConverter());
     s_initCount = 1;

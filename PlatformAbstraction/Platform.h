@@ -1,11 +1,10 @@
 /// Counted start-up and shut-down of the support library, and the verbose trace that start-up turns
-/// on. A driver holds a PlatformGuard as long as it works.
+/// on. A driver holds a PlatformGuard while it works.
 ///
 /// Start and stop from one thread, before other threads use strings and after they have ended: no
-/// lock is taken. The first start takes the two process encodings from the settings, if there are
-/// any (see OrskaSettingReader::Initialize, to be called before), and installs the string
-/// converter; without settings the encodings are their defaults. A second start counts and changes
-/// no encoding.
+/// lock is taken. The first start reads the two process encodings from the settings, if there are
+/// any (call OrskaSettingReader::Initialize before), and installs the string converter; without
+/// settings the encodings are their defaults. A second start only counts.
 #ifndef PLATFORMABSTRACTION_PLATFORM_H
 #define PLATFORMABSTRACTION_PLATFORM_H
 
@@ -18,7 +17,7 @@
 
 namespace Orska::Platform {
 
-/// A critical section as an object; the same thread may take it again.
+/// A recursive mutex.
 class PlatformLock {
 public:
     virtual ~PlatformLock() = default;
@@ -29,13 +28,13 @@ private:
     std::recursive_mutex m_mutex;
 };
 
-/// A place for platform services; there are none.
+/// The base of platform services; there are none.
 class PlatformService {
 public:
     virtual ~PlatformService() = default;
 };
 
-/// What a started platform owns. Made and destroyed by the functions below.
+/// The state of a started platform. The functions below make and destroy it.
 class PlatformInstance {
 public:
     PlatformInstance();
@@ -70,7 +69,7 @@ PlatformInstance* InitializePlatform(bool in_isVerbose);
 /// converter. Call it once for each InitializePlatform: a further call wraps the count.
 void UninitializePlatform();
 
-/// One user of the started platform: the constructor starts it, the destructor is the end of it.
+/// One user of the started platform: the constructor starts it, the destructor stops it.
 ///
 ///     Orska::Platform::PlatformGuard platform;
 ///     Orska::Support::ODBCStringConverter converter(platform);
@@ -85,7 +84,7 @@ public:
 
     /// Owned by the library.
     PlatformInstance& GetInstance() const noexcept { return m_instance; }
-    /// The converter of every string, for what is made from it.
+    /// The converter of every string, for objects that are constructed from it.
     operator Support::WideStringConverter&() const noexcept {
         return m_instance.GetStringConverter();
     }

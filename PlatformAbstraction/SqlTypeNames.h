@@ -1,12 +1,12 @@
-/// The names of ODBC data types and of special values, as strings that are built once when the
-/// library is loaded.
+/// The names of ODBC data types and of special values, as strings that are built once, at
+/// library load.
 ///
 /// For each name there is a constant `NAME_` + name, such as `NAME_SQL_BIGINT`, `NAME_SQL_C_ULONG`
 /// or `NAME_INTERVAL_DAY`. The prefix keeps them apart from the macros of the ODBC headers, which
-/// this header neither needs nor minds. `VALUE_INFINITY`, `VALUE_NEGATIVE_INFINITY` and `VALUE_NAN`
-/// hold "INFINITY", "-INFINITY" and "NaN".
+/// this header does not need. `VALUE_INFINITY`, `VALUE_NEGATIVE_INFINITY` and `VALUE_NAN` hold
+/// "INFINITY", "-INFINITY" and "NaN".
 ///
-/// Constants: any thread may read them, from the end of the library's load on.
+/// Any thread may read the constants once the library is loaded.
 #ifndef PLATFORMABSTRACTION_SQLTYPENAMES_H
 #define PLATFORMABSTRACTION_SQLTYPENAMES_H
 

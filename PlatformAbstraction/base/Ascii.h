@@ -1,5 +1,5 @@
-/// Case and blanks of ASCII text, whatever the C locale is: in Turkish "i" and "I" are no pair for
-/// the C library. Bytes and code units above 127 are never changed, so UTF-8 stays whole. No state.
+/// Case and blanks of ASCII text, the same in every locale: in Turkish the C library does not pair
+/// "i" and "I". Bytes and code units above 127 are never changed, so UTF-8 stays valid.
 #ifndef PLATFORMABSTRACTION_BASE_ASCII_H
 #define PLATFORMABSTRACTION_BASE_ASCII_H
 
@@ -33,7 +33,7 @@ constexpr bool IsAsciiLetterOrDigit(Char in_char) noexcept {
     return (folded >= 'a' && folded <= 'z') || (in_char >= '0' && in_char <= '9');
 }
 
-/// Letters in lower case: equal for texts that EqualsIgnoringCase.
+/// The text with its letters in lower case: equal for texts that EqualsIgnoringCase.
 inline std::string FoldCase(std::string_view in_text) {
     std::string text(in_text);
     for (char& byte : text) byte = ToLowerAscii(byte);
@@ -52,7 +52,7 @@ constexpr bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_
         [](char in_a, char in_b) { return ToLowerAscii(in_a) == ToLowerAscii(in_b); });
 }
 
-/// The order of `_stricmp`: bytes, with letters as lower-case ones.
+/// The order of `_stricmp`: bytes, with letters in lower case.
 constexpr bool IsLessIgnoringCase(std::string_view in_left, std::string_view in_right) noexcept {
     return std::lexicographical_compare(in_left.begin(), in_left.end(), in_right.begin(),
                                         in_right.end(), [](char in_a, char in_b) {
@@ -73,7 +73,7 @@ constexpr std::string_view Trim(std::string_view in_text) noexcept {
     return in_text;
 }
 
-/// The same for other blanks.
+/// The same, with `in_blanks` as the blanks.
 constexpr std::string_view Trim(std::string_view in_text, std::string_view in_blanks) noexcept {
     const std::size_t first = std::min(in_text.find_first_not_of(in_blanks), in_text.size());
     const std::size_t end = in_text.find_last_not_of(in_blanks) + 1;

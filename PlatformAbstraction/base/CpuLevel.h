@@ -1,7 +1,7 @@
-/// The processor's vector level, found once per process.
+/// The processor's vector level, detected once per process.
 ///
 /// Kernels that need more than SSE2 are chosen by this level when they are first used. Owned by
-/// CpuLevel.cpp; any thread may ask.
+/// CpuLevel.cpp; any thread may call.
 #ifndef PLATFORMABSTRACTION_CPULEVEL_H
 #define PLATFORMABSTRACTION_CPULEVEL_H
 
@@ -11,8 +11,8 @@
 
 namespace Orska::Support {
 
-/// Levels include all lower ones. Values are ordered and stable: the byte swaps of the transcoder
-/// ask for level 2 or higher.
+/// Levels include all lower ones. Values are ordered and stable: the transcoder's byte swaps need
+/// level 2 or higher.
 enum class CpuLevel : std::int32_t {
     SSE2 = 0,    ///< every x86-64 processor
     SSE3 = 1,    ///< adds SSE3
@@ -23,9 +23,9 @@ enum class CpuLevel : std::int32_t {
     AVX512 = 6,  ///< adds AVX-512 F, BW, DQ, VL, VBMI and VBMI2, with ZMM registers saved
 };
 
-/// The level in force: the processor's own, or the lower one that the environment variable
-/// ORSKA_CPU_LEVEL names (sse2, sse3, ssse3, sse41, sse42, avx2, avx512), which is read once, at
-/// the first call. A name that is not known, or a level the processor lacks, changes nothing.
+/// The level to use: the processor's own, or the lower one that the environment variable
+/// ORSKA_CPU_LEVEL names (sse2, sse3, ssse3, sse41, sse42, avx2, avx512). The first call reads the
+/// variable. An unknown name, or a level that the processor lacks, changes nothing.
 CpuLevel GetCpuLevel() noexcept;
 
 /// The level of the processor itself, whatever the environment says.

@@ -7,9 +7,9 @@
 
 namespace Orska::Support {
 
-/// The value as the system has it now, also where an empty one is set; absent when there is none.
-/// On Windows in UTF-8: the C library's copy has lost the letters that the code page lacks, and
-/// what the host has set since its start.
+/// Returns the variable's current value, which can be empty, or nothing if it is not set. On
+/// Windows the value comes from the system, in UTF-8: the C library's copy lacks letters that the
+/// code page lacks, and changes that the host has made since its start.
 std::optional<std::string> GetEnvironment(const char* in_name);
 
 }  // namespace Orska::Support

@@ -19,8 +19,8 @@ struct DescriptorKind {
 using FileDescriptor = OwnedHandle<DescriptorKind>;
 
 /// Owns a new descriptor, with a number above those of the standard streams.
-/// @param in_descriptor  what the system's call gave, also when it failed
-/// @return none, with errno, where there was none or no more can be had
+/// @param in_descriptor  the result of the system call, -1 included
+/// @return an empty owner, with errno set, if the call failed or no descriptor is free
 inline FileDescriptor AboveStandardStreams(int in_descriptor) noexcept {
     return FileDescriptor(MoveAboveStandard(in_descriptor));
 }

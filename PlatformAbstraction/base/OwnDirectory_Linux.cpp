@@ -13,8 +13,8 @@ namespace Orska::Support {
 
 namespace {
 
-/// A path of the module's file, or an empty one. The file's own name may be wrong for a program
-/// that was replaced ("... (deleted)"); its directory is not.
+/// The path of the module's file, or an empty one. The file name can be wrong for a program that
+/// was replaced ("... (deleted)"); the directory is right.
 struct ModuleFile {
     char m_path[PATH_MAX] = {};
 
@@ -31,7 +31,7 @@ private:
         if (dladdr1(this, &info, &extra, RTLD_DL_LINKMAP) == 0 || extra == nullptr) {
             return false;
         }
-        // The program itself has no name here; dladdr would give argv[0], which may be anything.
+        // The program itself has no name here; dladdr would return argv[0], which can be anything.
         const char* name = static_cast<const link_map*>(extra)->l_name;
         return *name != '\0' && realpath(name, m_path) != nullptr;
     }
@@ -42,7 +42,7 @@ private:
             m_path[length] = '\0';
             return true;
         }
-        // Without /proc: the name that the kernel was given, still true at the start.
+        // Without /proc: the name passed to exec, which is still right at the start.
         const auto* name = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
         return name != nullptr && realpath(name, m_path) != nullptr;
     }

@@ -14,7 +14,7 @@ NativePath GetOwnDirectory() {
             reinterpret_cast<const wchar_t*>(&s_anchor), &module)) {
         return {};
     }
-    // The loader keeps the absolute path. Old systems cut it to the buffer without an error: a full
+    // The loader keeps the absolute path. Old systems truncate it without an error, so a full
     // buffer is too small.
     constexpr std::size_t LONGEST_PATH = 32'768;
     for (std::size_t size = MAX_PATH; size <= LONGEST_PATH; size *= 2) {

@@ -1,6 +1,5 @@
-/// The one owner of what the system hands out by a handle: closes it at its end, or when another
-/// one takes its place. FileDescriptor.h and WindowsHandle.h name it for each system. Used by one
-/// thread at a time.
+/// Owns one handle of the system and closes it in its destructor. FileDescriptor.h and
+/// WindowsHandle.h define it for each system. Used by one thread at a time.
 #ifndef PLATFORMABSTRACTION_BASE_OWNEDHANDLE_H
 #define PLATFORMABSTRACTION_BASE_OWNEDHANDLE_H
 
@@ -15,10 +14,10 @@ public:
     using Handle = typename Kind::Handle;
 
     OwnedHandle() noexcept = default;
-    /// @param in_handle  what the system's call gave, also when it failed
+    /// @param in_handle  the result of the system call, a failure included
     explicit OwnedHandle(Handle in_handle) noexcept : m_handle(in_handle) {}
     OwnedHandle(OwnedHandle&& in_other) noexcept : m_handle(in_other.Release()) {}
-    /// The other one gets what was held here.
+    /// Swaps the two handles.
     OwnedHandle& operator=(OwnedHandle&& in_other) noexcept {
         std::swap(m_handle, in_other.m_handle);
         return *this;
@@ -27,7 +26,7 @@ public:
 
     bool IsOpen() const noexcept { return Kind::IsHandle(m_handle); }
     Handle Get() const noexcept { return m_handle; }
-    /// Gives the handle away, to be closed by the caller.
+    /// Returns the handle, which the caller then closes.
     Handle Release() noexcept { return std::exchange(m_handle, Kind::NoHandle()); }
     void Close() noexcept {
         if (IsOpen()) {

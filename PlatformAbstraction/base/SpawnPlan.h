@@ -1,5 +1,5 @@
-/// What posix_spawn is to do between fork and exec, so that a program gets nothing of the process
-/// that starts it but one descriptor (Linux).
+/// The actions of posix_spawn between fork and exec, after which a program has only one descriptor
+/// of the process that starts it (Linux).
 #ifndef PLATFORMABSTRACTION_BASE_SPAWNPLAN_H
 #define PLATFORMABSTRACTION_BASE_SPAWNPLAN_H
 
@@ -13,11 +13,11 @@
 
 namespace Orska::Support {
 
-/// The program has no other descriptor, and no blocked or ignored signal.
+/// The program inherits no other descriptor, and no blocked or ignored signal.
 class SpawnPlan {
 public:
     /// @param in_socket  its standard input
-    /// @param in_flags  POSIX_SPAWN_SETSID for example
+    /// @param in_flags  for example POSIX_SPAWN_SETSID
     explicit SpawnPlan(int in_socket, short in_flags = 0) {
         posix_spawn_file_actions_init(&m_actions);
         posix_spawnattr_init(&m_attributes);
@@ -29,7 +29,7 @@ public:
         const int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | in_flags;
         Note(posix_spawnattr_setflags(&m_attributes, static_cast<short>(flags)));
         Note(posix_spawn_file_actions_adddup2(&m_actions, in_socket, STDIN_FILENO));
-        // Not the host's: where it closed them, these numbers may by now be files of its data.
+        // Not the host's streams: if it closed them, these numbers can be its data files.
         Note(posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_RDWR, 0));
         Note(posix_spawn_file_actions_adddup2(&m_actions, STDOUT_FILENO, STDERR_FILENO));
         Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
@@ -42,9 +42,9 @@ public:
     }
 
     /// @param in_program  its path
-    /// @param in_arguments  the name that it is to have, and its arguments
-    /// @param in_environment  entries, a null at the end
-    /// @return the error, 0 for none
+    /// @param in_arguments  argv: the program's name and its arguments
+    /// @param in_environment  entries, with a null at the end
+    /// @return an errno value, 0 for success
     int Spawn(const std::string& in_program, std::vector<std::string> in_arguments,
               char* const* in_environment, pid_t& out_process) const {
         if (m_error != 0) return m_error;

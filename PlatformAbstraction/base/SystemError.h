@@ -10,17 +10,16 @@
 
 namespace Orska::Support {
 
-/// The code of this thread's last failed system call. Ask before any other call is made.
+/// The code of this thread's last failed system call. Read it before any other call.
 std::uint32_t GetLastErrorCode() noexcept;
 
-/// The system's own text, in the user's language and with the line end that Windows gives it.
+/// The system's own text, in the user's language and with the line end that Windows adds.
 /// @return false when there is none; GetLastErrorCode then says why
 bool FormatSystemMessage(std::uint32_t in_code, std::string& out_text);
 /// The same for an NTSTATUS code.
 bool FormatNtStatusMessage(std::uint32_t in_code, std::string& out_text);
 
-/// The text without full stop and line end, to be put into a sentence; "error 5" where there is
-/// none.
+/// The text without full stop and line end, for use in a sentence; "error 5" if there is none.
 std::string DescribeSystemError(std::uint32_t in_code);
 /// The same for the last failed system call.
 std::string DescribeLastError();

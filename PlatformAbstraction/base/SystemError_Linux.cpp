@@ -27,7 +27,7 @@ void AppendUtf8(char32_t in_codePoint, std::string& io_text) {
     }
 }
 
-/// From the charset of the thread's locale, in which the C library gives its messages.
+/// Converts from the charset of the thread's locale, which the C library's messages are in.
 std::string DecodeLocaleText(const char* in_text) {
     constexpr char32_t REPLACEMENT = 0xFFFD;
     std::string text;
@@ -36,7 +36,7 @@ std::string DecodeLocaleText(const char* in_text) {
     while (left > 0) {
         wchar_t codePoint = 0;
         std::size_t size = std::mbrtowc(&codePoint, in_text, left, &state);
-        if (size > left) {  // not a character of the charset, or cut
+        if (size > left) {  // not a character of the charset, or truncated
             codePoint = static_cast<wchar_t>(REPLACEMENT);
             size = 1;
             state = {};

@@ -9,8 +9,8 @@ namespace {
 
 bool FormatMessageFrom(DWORD in_source, HMODULE in_module, std::uint32_t in_code,
                        std::string& out_text) {
-    // The flags by their names. 0x1900 is also told of for a text from a module: it asks the system
-    // for codes that are not the module's, and would read inserts that nobody hands over.
+    // Not 0x1900 for a text from a module: it also asks the system for codes that the module lacks,
+    // and reads inserts that are not passed.
     constexpr DWORD USER_DEFAULT_LANGUAGE = 1024;
     wchar_t* text = nullptr;
     const DWORD length = FormatMessageW(

@@ -30,8 +30,8 @@ public:
     /// Adds a reference. A count that wraps to 0 stops the process through orska_abort.
     void Retain() noexcept;
 
-    /// Gives a reference back; the last one calls Destroy.
-    /// @return the references left, or what Destroy answers
+    /// Drops a reference. Dropping the last one calls Destroy.
+    /// @return the references left, or what Destroy returns
     std::uint32_t Release();
 
 protected:
@@ -39,8 +39,8 @@ protected:
     ThreadSafeSharedObject() noexcept = default;
     virtual ~ThreadSafeSharedObject() = default;
 
-    /// Called by Release when the count reaches 0. Deletes the object and answers 0 unless a
-    /// subclass has it otherwise.
+    /// Called by Release when the count reaches 0. Deletes the object and returns 0 unless a
+    /// subclass overrides it.
     virtual std::uint32_t Destroy();
 
     std::atomic<std::uint32_t> m_refCount{1};

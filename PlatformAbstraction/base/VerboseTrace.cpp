@@ -26,7 +26,7 @@ void TraceVerbose(const char* in_text) {
 }
 
 void WriteVerboseLine(const char* in_text) {
-    // One call: lines of several threads do not mix.
+    // One call, so lines of several threads do not mix.
     LineText line;
     line.Append(in_text);
     line.End();

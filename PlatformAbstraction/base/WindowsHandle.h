@@ -1,5 +1,4 @@
-/// Owners of handles (Windows): of a file, console or other object of the kernel, and of a key of
-/// the registry.
+/// Owners of Windows handles: of files, consoles and other kernel objects, and of registry keys.
 #ifndef PLATFORMABSTRACTION_BASE_WINDOWSHANDLE_H
 #define PLATFORMABSTRACTION_BASE_WINDOWSHANDLE_H
 
@@ -11,7 +10,7 @@ namespace Orska::Support {
 struct WindowsHandleKind {
     using Handle = HANDLE;
     static HANDLE NoHandle() noexcept { return INVALID_HANDLE_VALUE; }
-    /// Some calls answer null, others INVALID_HANDLE_VALUE, where they fail.
+    /// On failure some calls return null, others INVALID_HANDLE_VALUE.
     static bool IsHandle(HANDLE in_handle) noexcept {
         return in_handle != nullptr && in_handle != INVALID_HANDLE_VALUE;
     }

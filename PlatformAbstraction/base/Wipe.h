@@ -15,7 +15,7 @@ inline void WipeBytes(void* out_bytes, std::size_t in_count) {
     }
 }
 
-/// Clears the whole buffer of a string, also what is left in it of a longer text, and empties it.
+/// Clears the whole buffer of a string, including what a longer text left in it, and empties it.
 template <typename Char>
 void Wipe(std::basic_string<Char>& io_text) {
     io_text.resize(io_text.capacity());

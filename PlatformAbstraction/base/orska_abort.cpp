@@ -17,9 +17,9 @@ namespace {
 
 constexpr char FORMAT[] = "orska_abort() called from %s:%d for reason: %s";
 
-/// Another thread may keep a stream locked for ever, as one does that waits for input. So each task
-/// has a thread of its own, which is left where it waits.
-/// @return whether the task came to its end in time
+/// Another thread can keep a stream locked for ever, for example while it waits for input. So each
+/// task runs in a new thread, which is abandoned if it blocks.
+/// @return whether the task ended in time
 template <typename Task>
 bool HasDone(const Task& in_task) noexcept {
     constexpr std::chrono::seconds LONGEST{1};
@@ -31,7 +31,7 @@ bool HasDone(const Task& in_task) noexcept {
         }).detach();
         return isDone->try_acquire_for(LONGEST);
     } catch (const std::exception&) {
-        return false;  // no thread is to be had
+        return false;  // no thread could be started
     }
 }
 
@@ -48,7 +48,7 @@ void orska_abort(const char* in_file, int in_line, const char* in_reason) noexce
         const int size = std::clamp(length, 0, static_cast<int>(sizeof text) - 1);
         static_cast<void>(!write(STDERR_FILENO, text, static_cast<unsigned>(size)));
     }
-    // The flush of all streams stops at the first one that is locked.
+    // Flushing all streams blocks at the first locked one.
     HasDone([] { std::fflush(stdout); });
     HasDone([] { std::fflush(nullptr); });
     std::abort();

@@ -1,4 +1,5 @@
-/// The stop for broken invariants. Prints and aborts; never throws. Any thread may call it.
+/// Stops the process when an invariant is broken. Prints and aborts; never throws. Any thread may
+/// call it.
 #ifndef PLATFORMABSTRACTION_ORSKA_ABORT_H
 #define PLATFORMABSTRACTION_ORSKA_ABORT_H
 
@@ -7,8 +8,8 @@
 namespace Orska::Support {
 
 /// Writes "orska_abort() called from %s:%d for reason: %s" to standard error, without a line end,
-/// flushes the output streams that can be had without waiting for another thread (of those the host
-/// opened, what is newer than one that is kept locked) and ends the process with abort().
+/// flushes the output streams that no other thread keeps locked (of the streams that the host
+/// opened, those newer than a locked one) and ends the process with abort().
 /// @param in_file    source name as people search for it; not derived from the file on disk
 /// @param in_reason  written as it is, not as a format
 [[noreturn]] void orska_abort(const char* in_file, int in_line, const char* in_reason) noexcept;

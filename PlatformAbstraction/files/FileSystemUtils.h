@@ -1,8 +1,8 @@
 /// Directories and paths.
 ///
-/// A path is written with "/" or "\"; both separate, on both systems. On Linux the system is given
-/// the path in UTF-8 with every "\" turned into "/", so that a path made from a setting such as
-/// ".\" opens what was meant. Any thread may call.
+/// A path is written with "/" or "\"; both separate, on both systems. On Linux the system gets the
+/// path in UTF-8 with "/" for every "\", so that a path made from a setting such as ".\" works. Any
+/// thread may call.
 #ifndef PLATFORMABSTRACTION_FILESYSTEMUTILS_H
 #define PLATFORMABSTRACTION_FILESYSTEMUTILS_H
 
@@ -19,32 +19,31 @@ public:
     /// @throws ProductException "CannotOpenFile" with the path and the system's error text
     static void CreateFileDirectory(const orska_wstring& in_path);
 
-    /// True for a path that the INI file and message directories are joined to: one that is empty,
-    /// begins with "." or is relative for the system.
+    /// True for a path that is appended to a directory (of the INI file or the messages): it is
+    /// empty, begins with "." or is relative for the system.
     static bool IsJoinedToDirectory(const orska_wstring& in_path);
 
     /// GetOwnDirectory as a text: absolute, with a separator at its end; empty when the system does
-    /// not tell.
+    /// not know it.
     static orska_wstring GetModuleDirectory();
 
-    /// The directory for temporary files as the system names it; NULL when it does not, or when the
-    /// name has MAX_PATH_LENGTH code units or more.
+    /// The system's directory for temporary files; NULL when there is none or its name has
+    /// MAX_PATH_LENGTH code units or more.
     static orska_wstring GetTempDirectory();
 
     static constexpr int MAX_PATH_LENGTH = 260;
 
-    /// The path in the form that the system's own calls take.
+    /// The path in the form of the system's calls.
     static std::filesystem::path GetNativePath(const orska_wstring& in_path);
 
     static bool IsDirectory(const orska_wstring& in_path);
 
-    /// Creates one directory; one that exists already is a success.
+    /// Creates one directory; succeeds if it exists already.
     /// @return false on failure; GetLastErrorCode says why
     static bool CreateOneDirectory(const orska_wstring& in_path);
 
-    /// What the system itself takes for a relative path. By the rules of Windows a path is absolute
-    /// when it begins with "\" or has ":" as its second character; on Linux also when it begins
-    /// with "/".
+    /// True for a path that is relative for the system. A path is absolute when it begins with "\"
+    /// or has ":" as its second character; on Linux also when it begins with "/".
     static bool IsRelative(const orska_wstring& in_path);
 };
 

@@ -38,7 +38,7 @@ bool FileSystemUtils::IsRelative(const orska_wstring& in_path) {
 orska_wstring FileSystemUtils::GetModuleDirectory() {
     const NativePath own = GetOwnDirectory();
     const orska_wstring directory = orska_wstring().SetFromUtf8(own);
-    // Where the text does not lead back to the directory, it would lead to another one.
+    // A text that does not convert back to the directory would name another one.
     return GetNativePath(directory) == own ? directory : orska_wstring();
 }
 

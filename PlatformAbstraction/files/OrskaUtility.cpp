@@ -30,7 +30,7 @@ orska_wstring GetLastErrorTextImpl(std::uint32_t in_code, bool in_allowRetry) {
                              asked + L": ") +
                GetLastErrorTextImpl(secondCode, false);
     }
-    // No space is on either side of the first number: the text is searched for as it is.
+    // There are no spaces around the first number, on purpose: people search for this text.
     return orska_wstring(L"FormatMessageW() failed with error" + std::to_wstring(secondCode) +
                          L"while getting error message for error " + asked);
 }

@@ -1,7 +1,7 @@
-/// Texts for the system's error codes as the library's messages carry them; base/SystemError.h has
-/// what they are made from.
+/// Texts of the system's error codes for the library's messages, made from those
+/// of base/SystemError.h.
 ///
-/// An error text never fails: where the system knows no text, a fallback names the code. Any thread
+/// These functions never fail: if the system has no text, a fallback names the code. Any thread
 /// may call.
 #ifndef PLATFORMABSTRACTION_FILES_ORSKAUTILITY_H
 #define PLATFORMABSTRACTION_FILES_ORSKAUTILITY_H
@@ -13,12 +13,12 @@
 
 namespace Orska::Support {
 
-/// The system's text for an error code, in the user's language; the fallback where there is none.
+/// The system's text for an error code, in the user's language, or the fallback.
 orska_wstring GetLastErrorText(std::uint32_t in_code);
 
 /// As GetLastErrorText.
-/// @param in_allowRetry  when the system has no text: true also gives the text of that second
-///                       error; false only its number
+/// @param in_allowRetry  when the system has no text: true adds the text of that second error;
+///                       false only its number
 orska_wstring GetLastErrorTextImpl(std::uint32_t in_code, bool in_allowRetry);
 
 /// The system's text for an NTSTATUS code, or "Unknown NTSTATUS " and the code in decimal.

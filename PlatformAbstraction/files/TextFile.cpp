@@ -20,7 +20,7 @@ constexpr char CONSTRUCTOR[] = "Orska::Support::TextFile::TextFile";
 constexpr std::size_t READ_AHEAD_SIZE = 32'768;
 constexpr std::size_t FORMAT_BUFFER_SIZE = 256;
 
-/// Sharing for reading and writing, and the dispositions, of the Windows call.
+/// The Windows call's mode of sharing for reading and writing, and its dispositions.
 constexpr std::uint32_t SHARE = 3;
 constexpr std::uint32_t ALWAYS_NEW = 2;
 constexpr std::uint32_t EXISTING = 3;
@@ -83,7 +83,7 @@ bool TextFile::ReadLine(std::string& out_line) {
         const char* lineEnd = found == nullptr ? m_end : static_cast<const char*>(found);
         const char* start = m_next;
         if (!AppendUpTo(lineEnd, out_line)) {
-            // The mark comes first when only it was consumed.
+            // If only one byte was consumed, it is the mark, and there is no line.
             return isStarted || m_next - start > 1;
         }
         if (found != nullptr) {
@@ -112,8 +112,8 @@ bool TextFile::AppendUpTo(const char* in_end, std::string& io_line) {
     }
 }
 
-/// The first CR or 0xFF at or after m_next, or m_end. Each byte is searched only once for each, so
-/// that a file without them costs two searches a buffer.
+/// The first CR or 0xFF at or after m_next, or m_end. Each byte is searched once for each of them,
+/// so a file without them costs two searches a buffer.
 const char* TextFile::FindMark() {
     const auto update = [this](const char*& io_found, int in_byte) {
         if (io_found < m_next) {
@@ -152,7 +152,7 @@ std::size_t TextFile::Read(void* out_buffer, std::size_t in_count) {
     return done;
 }
 
-/// Fills the empty buffer. False at the end of the file, which may have grown by the next call.
+/// Fills the empty buffer. False at the end of the file, which can have grown by the next call.
 bool TextFile::ReadAhead() {
     if (m_buffer == nullptr) {
         m_buffer = std::make_unique_for_overwrite<char[]>(READ_AHEAD_SIZE);
@@ -165,7 +165,7 @@ bool TextFile::ReadAhead() {
     return count > 0;
 }
 
-/// Takes the handle back to where the caller believes it is.
+/// Moves the handle back to the caller's position.
 void TextFile::DropReadAhead() {
     if (m_next != m_end) {
         m_handle.Seek(m_next - m_end, FileHandle::Origin::CURRENT);
@@ -223,14 +223,14 @@ std::int64_t TextFile::GetPosition() {
 }
 
 std::uint32_t TextFile::GetLockRange() const {
-    // Never empty: a lock of no bytes excludes nobody, or on some systems takes the whole file.
+    // Never empty: a lock of no bytes has no effect, or on some systems covers the whole file.
     return std::max<std::uint32_t>(static_cast<std::uint32_t>(GetSize()), 1);
 }
 
 void TextFile::Lock() {
     m_handle.Lock(GetLockRange());
     m_isLocked = true;
-    // What was read ahead may have been changed by the one who held the lock before.
+    // The lock's last holder can have changed the bytes that were read ahead.
     DropReadAhead();
 }
 

@@ -1,9 +1,9 @@
 /// A file that is opened by name in one of six modes, and read by lines or bytes.
 ///
-/// A TextFile owns its handle and is used by one thread at a time. Text is bytes: which encoding
-/// they are in is the caller's business. Lines and bytes are read ahead into a buffer; positions,
-/// seeks and writes behave as if each byte were read alone. The system's calls are in FileHandle,
-/// one body a system (TextFile_Linux.cpp).
+/// A TextFile owns its handle and is used by one thread at a time. Text is bytes; the caller knows
+/// their encoding. Lines and bytes are read ahead into a buffer; positions, seeks and writes behave
+/// as if each byte were read alone. FileHandle has the system's calls, with one body for each
+/// system (TextFile_Linux.cpp).
 #ifndef PLATFORMABSTRACTION_TEXTFILE_H
 #define PLATFORMABSTRACTION_TEXTFILE_H
 
@@ -18,15 +18,15 @@
 
 namespace Orska::Support {
 
-/// What an open mode asks of the system, with the values of the Windows call. On Linux the read and
-/// write bits and the disposition are translated; sharing needs no flag there.
+/// The arguments that an open mode passes to the system, with the values of the Windows call. On
+/// Linux the read and write bits and the disposition are translated; sharing needs no flag there.
 struct FileOpenArguments {
     std::uint32_t m_access;
     std::uint32_t m_shareMode;
     std::uint32_t m_creationDisposition;
 };
 
-/// The calls on one open file. Failures are told by the result; GetLastErrorCode then says why.
+/// The calls on one open file. Results report failures; GetLastErrorCode then says why.
 class FileHandle {
 public:
     enum class Origin { START, CURRENT, END };
@@ -36,25 +36,25 @@ public:
     FileHandle& operator=(const FileHandle&) = delete;
     ~FileHandle() { Close(); }
 
-    /// Opens a closed handle. Never waits: what is not a file (a directory, a FIFO, a socket, a
-    /// device other than the null device) is refused.
+    /// Opens a closed handle. Never waits: anything but a file or the null device (a directory, a
+    /// FIFO, a socket, another device) is refused.
     bool Open(const orska_wstring& in_fileName, const FileOpenArguments& in_arguments);
-    /// Releases the lock and the handle; nothing happens when it is not open.
+    /// Releases the lock and closes the handle, if it is open.
     void Close() noexcept;
     bool IsOpen() const noexcept { return m_handle != INVALID; }
 
     /// @return bytes read, 0 at the end of the file, -1 on failure
     std::int64_t Read(void* out_buffer, std::size_t in_count);
-    /// @return bytes written; fewer than asked for when the system fails on the way, 0 at once
+    /// @return bytes written; fewer than asked for, or 0, when the system fails
     std::size_t Write(const void* in_buffer, std::size_t in_count);
     /// @return the new position, or -1 with the position unchanged
     std::int64_t Seek(std::int64_t in_offset, Origin in_origin);
-    /// Makes the file end at the position.
+    /// Ends the file at the position.
     bool SetEnd();
     bool Flush();
     /// Bytes; 0 when the query fails.
     std::uint64_t GetSize() const;
-    /// Waits until no other handle holds a lock on the first bytes, then takes them.
+    /// Waits until no other handle holds a lock on the first bytes, then locks them.
     void Lock(std::uint32_t in_byteCount);
     void Unlock(std::uint32_t in_byteCount);
 
@@ -62,10 +62,10 @@ private:
     static constexpr std::intptr_t INVALID = -1;
 
     std::intptr_t m_handle = INVALID;
-    // Each used by one body alone.
-    /// Where a lock needs a handle of its own.
+    // Each is used by one body only.
+    /// The lock's handle, if `m_handle` cannot lock.
     [[maybe_unused]] std::intptr_t m_lockHandle = INVALID;
-    /// Where unlocking has to name the range that was locked; 0 when none is.
+    /// The locked range, if unlocking has to name it; 0 when none is locked.
     [[maybe_unused]] std::uint32_t m_lockedBytes = 0;
 };
 
@@ -83,7 +83,7 @@ public:
     /// Seek origins. Every other code counts from the current position.
     enum SeekOrigin : std::int32_t { FROM_START = 3, FROM_END = 4 };
 
-    /// What ReadByte gives at the end of the file.
+    /// ReadByte returns this at the end of the file.
     static constexpr std::uint8_t END_OF_FILE = 0xFF;
 
     /// Opens at once; every mode but MODE_READ first creates the file's directory (one level).
@@ -96,18 +96,19 @@ public:
     /// Unlocks and closes.
     ~TextFile();
 
-    /// Reads the next line, without its line feed. Carriage returns are dropped wherever they
-    /// stand, and a byte 0xFF ends the line like the end of the file; it is consumed.
+    /// Reads the next line, without its line feed. All carriage returns are dropped. A byte 0xFF
+    /// ends the line, as the end of the file does, and is consumed.
     /// @return false when nothing is left, the byte 0xFF comes first or the read fails
     bool ReadLine(std::string& out_line);
-    /// The next byte; END_OF_FILE at the end or when the read fails (or when that byte is stored).
+    /// The next byte; END_OF_FILE at the end or when the read fails (or when the file has
+    /// that byte).
     std::uint8_t ReadByte();
     /// @return bytes read, 0 at the end or on failure
     std::size_t Read(void* out_buffer, std::size_t in_count);
-    /// True once a read has failed, rather than come to the end, since the file was opened.
+    /// True if a read has failed since the file was opened. The end of the file is no failure.
     bool HasReadFailed() const noexcept { return m_hasReadFailed; }
 
-    /// @return bytes written, 0 on failure; fewer than asked for when the system fails on the way
+    /// @return bytes written; fewer than asked for, or 0, when the system fails
     std::size_t Write(const void* in_buffer, std::size_t in_count);
     /// Writes printf-style text, without its terminator.
     /// @return bytes written; 0 when the formatting fails
@@ -122,13 +123,13 @@ public:
     std::int64_t GetPosition();
     /// Bytes.
     std::uint64_t GetSize() const { return m_handle.GetSize(); }
-    /// Hands what was written to the disk.
+    /// Writes the system's buffers to the disk.
     bool Flush() { return m_handle.Flush(); }
     bool IsOpen() const noexcept { return m_handle.IsOpen(); }
 
-    /// Takes an exclusive lock on the range from 0 to the file's size (1 byte for an empty file;
-    /// the low 32 bits of the size), and waits for it. Excludes other processes and other objects
-    /// alike.
+    /// Waits for an exclusive lock on the range from 0 to the file's size (1 byte for an empty
+    /// file; the low 32 bits of the size). It excludes other processes and other objects of
+    /// this one.
     void Lock();
     void Unlock();
 
@@ -140,7 +141,7 @@ public:
     bool Truncate();
     /// Closes the file and opens its name again; creates no directory.
     /// @return whether the file is open
-    /// @throws ProductException "UnrecognizedOpenMode", with the file as it was
+    /// @throws ProductException "UnrecognizedOpenMode"; the file is then unchanged
     bool Reopen(std::int32_t in_mode);
 
     const orska_wstring& GetFileName() const noexcept { return m_fileName; }
@@ -160,8 +161,7 @@ private:
     std::unique_ptr<char[]> m_buffer;
     const char* m_next = nullptr;
     const char* m_end = nullptr;
-    /// The first CR and the first 0xFF at or after m_next as last searched; m_end where there is
-    /// none.
+    /// The first CR and the first 0xFF at or after m_next as last searched; else m_end.
     const char* m_nextReturn = nullptr;
     const char* m_nextEndMark = nullptr;
 };

@@ -16,12 +16,12 @@ namespace Orska::Support {
 
 namespace {
 
-/// The most that one read or write takes.
+/// The most bytes of one read or write.
 constexpr std::size_t MAX_TRANSFER = 0x7ffff000;
 
 int ToDescriptor(std::intptr_t in_handle) { return static_cast<int>(in_handle); }
 
-/// Calls again as long as a signal interrupts the call.
+/// Repeats the call while signals interrupt it.
 template <typename Call>
 auto Retry(const Call& in_call) {
     auto result = in_call();
@@ -40,12 +40,12 @@ int ToFlags(const FileOpenArguments& in_arguments) {
     const int creation = in_arguments.m_creationDisposition == 2   ? O_CREAT | O_TRUNC
                          : in_arguments.m_creationDisposition == 4 ? O_CREAT
                                                                    : 0;
-    // Without O_NONBLOCK the open of a FIFO waits for its other end; on a file it changes nothing.
+    // Without O_NONBLOCK the open of a FIFO waits for its other end; it has no effect on a file.
     return access | creation | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 }
 
-/// 0 for what can be used as a file, or the error to refuse it with. Reading a terminal or a FIFO
-/// may wait for ever, and some devices never end.
+/// Returns 0 for what can be used as a file, otherwise the error. Reading a terminal or a FIFO can
+/// block for ever, and some devices never end.
 int RefuseOtherThanFile(int in_descriptor) {
     struct stat status;
     if (fstat(in_descriptor, &status) != 0) return errno;
@@ -55,7 +55,7 @@ int RefuseOtherThanFile(int in_descriptor) {
     return isNullDevice ? 0 : ESPIPE;
 }
 
-/// Closes without losing the error that led here.
+/// Closes the descriptor and keeps errno.
 void CloseKeepingError(int in_descriptor) {
     const int error = errno;
     close(in_descriptor);
@@ -91,7 +91,7 @@ bool FileHandle::Open(const orska_wstring& in_fileName, const FileOpenArguments&
 }
 
 void FileHandle::Close() noexcept {
-    const NoCancellation noCancellation;  // it would end the process, out of a destructor
+    const NoCancellation noCancellation;  // in a destructor it would end the process
     for (std::intptr_t* handle : {&m_lockHandle, &m_handle}) {
         if (*handle != INVALID) {
             close(ToDescriptor(*handle));
@@ -147,8 +147,8 @@ void FileHandle::Lock(std::uint32_t in_byteCount) {
     if (SetLock(m_handle, F_WRLCK, in_byteCount) == 0 || errno != EBADF) {
         return;
     }
-    // An exclusive lock wants a descriptor that may write. A file opened for reading gets a
-    // second one for it; one that may not be written at all gets a shared lock, which still keeps
+    // An exclusive lock needs a descriptor open for writing. A file opened for reading gets a
+    // second one. If it must not be written at all, it gets a shared lock, which still keeps
     // writers out.
     const std::string same = "/proc/self/fd/" + std::to_string(m_handle);
     const int descriptor = m_lockHandle != INVALID ? ToDescriptor(m_lockHandle)
@@ -162,7 +162,7 @@ void FileHandle::Lock(std::uint32_t in_byteCount) {
 }
 
 void FileHandle::Unlock(std::uint32_t /*in_byteCount*/) {
-    // Every byte: the file may have shrunk since Lock, and a rest that stayed locked would keep
+    // Unlocks every byte: the file can have shrunk since Lock, and bytes left locked would keep
     // others waiting until the file is closed.
     SetLock(m_lockHandle != INVALID ? m_lockHandle : m_handle, F_UNLCK, 0);
 }

@@ -8,7 +8,7 @@ namespace Orska::Support {
 
 namespace {
 
-/// The most that one read or write takes.
+/// The most bytes of one read or write.
 constexpr std::size_t MAX_TRANSFER = 0x7ffff000;
 
 HANDLE ToHandle(std::intptr_t in_handle) { return reinterpret_cast<HANDLE>(in_handle); }
@@ -17,13 +17,13 @@ DWORD LimitTransfer(std::size_t in_count) {
     return static_cast<DWORD>(std::min(in_count, MAX_TRANSFER));
 }
 
-/// Whether this is a file or the null device. Reading a console or a pipe may wait for ever.
+/// True for a file or the null device. Reading a console or a pipe can block for ever.
 bool IsFile(HANDLE in_handle, const std::filesystem::path& in_path) {
     const std::wstring name = in_path.filename().native();
     return GetFileType(in_handle) == FILE_TYPE_DISK || lstrcmpiW(name.c_str(), L"NUL") == 0;
 }
 
-/// Closes without losing the error that led here.
+/// Closes the handle, then sets the last error.
 void CloseWithError(HANDLE in_handle, DWORD in_error) {
     CloseHandle(in_handle);
     SetLastError(in_error);
@@ -99,7 +99,8 @@ std::uint64_t FileHandle::GetSize() const {
 }
 
 void FileHandle::Lock(std::uint32_t in_byteCount) {
-    // A second lock on the same bytes would wait for the first for ever, through one handle too.
+    // A second lock on the same bytes would wait for the first for ever, even through the
+    // same handle.
     Unlock(m_lockedBytes);
     OVERLAPPED start = {};
     if (LockFileEx(ToHandle(m_handle), LOCKFILE_EXCLUSIVE_LOCK, 0, in_byteCount, 0, &start)) {
@@ -108,7 +109,7 @@ void FileHandle::Lock(std::uint32_t in_byteCount) {
 }
 
 void FileHandle::Unlock(std::uint32_t /*in_byteCount*/) {
-    // The range that was locked, whatever the file's size is now: only that one can be released.
+    // Names the range that was locked, not the current size: only that range can be released.
     if (m_lockedBytes != 0) {
         OVERLAPPED start = {};
         UnlockFileEx(ToHandle(m_handle), 0, m_lockedBytes, 0, &start);

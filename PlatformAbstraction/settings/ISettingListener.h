@@ -1,5 +1,5 @@
-/// Who is told of changed settings. Both are called with the setting reader's lock held: they may
-/// use the reader again, and must not wait for another thread that needs it.
+/// Callbacks for changed settings. The setting reader calls them with its lock held: they may use
+/// the reader, but must not wait for another thread that needs it.
 #ifndef PLATFORMABSTRACTION_ISETTINGLISTENER_H
 #define PLATFORMABSTRACTION_ISETTINGLISTENER_H
 
@@ -14,13 +14,13 @@ public:
     virtual ~ISettingListener() = default;
 
     /// Called before the new value is stored; an exception leaves the old value in place.
-    /// @param in_key       as spelled by whoever sets the value
+    /// @param in_key as the caller of SetSetting spelled it
     /// @param in_oldValue  the stored value itself, valid during the call; empty for a new key
     virtual void OnSettingChanged(const std::string& in_key, const std::string& in_oldValue,
                                   const std::string& in_newValue) = 0;
 };
 
-/// Told that the INI path or the name of the registry key was replaced.
+/// Called when the INI path or the name of the registry key was replaced.
 class ISettingChangeObserver {
 public:
     virtual ~ISettingChangeObserver() = default;

@@ -25,7 +25,7 @@ namespace {
 constexpr char SOURCE[] = "PlatformAbstraction\\IniFileConfigurationReader";
 constexpr char PARSE_KEY_VALUE[] = "`anonymous-namespace'::ParseKeyValue";
 
-/// The line up to the first comment sign. They may be anywhere, also in quotes, which is meant.
+/// The line up to the first comment sign, even one in quotes, on purpose.
 std::string_view CutComment(std::string_view in_line) {
     const std::size_t sign = in_line.find('#');
     const std::string_view line = in_line.substr(0, sign);
@@ -40,7 +40,7 @@ void ToUpper(std::string_view in_text, std::string& out_upper) {
     }
 }
 
-/// Decodes bytes in the encoding of byte texts.
+/// Decodes bytes in GetByteTextEncoding.
 class Decoder {
 public:
     std::u16string_view Decode(std::string_view in_bytes) {
@@ -119,7 +119,7 @@ public:
         }
     }
 
-    /// Sorts here, where time is spent anyway, what the next read of each section would sort.
+    /// Sorts the sections now, so that the next read of each does not have to.
     void Finish() {
         for (const auto& entry : m_configuration) {
             entry.second.Sort();
@@ -158,7 +158,7 @@ private:
     SectionMap* m_section = nullptr;  ///< the current section's map, once it has a key
 };
 
-/// Null when the file cannot be opened, which is no error: there are other sources.
+/// Null when the file cannot be opened, which is not an error: there are other sources.
 std::unique_ptr<TextFile> OpenForReading(const orska_wstring& in_path) {
     try {
         return std::make_unique<TextFile>(in_path, TextFile::MODE_READ);
@@ -177,7 +177,7 @@ bool IniFileConfigurationReader::LoadConfiguration(ConfigurationMap& io_configur
     if (file == nullptr) {
         return false;
     }
-    const NoCancellation noCancellation;  // it would end in the catch block below
+    const NoCancellation noCancellation;  // the block below would catch it
     constexpr char FUNCTION[] = "Orska::Support::IniFileConfigurationReader::LoadConfiguration";
     std::uint64_t lineNumber = 1;
     try {
@@ -210,14 +210,14 @@ bool IniFileConfigurationReader::LoadConfiguration(SectionMap& out_section,
     if (!LoadConfiguration(configuration, in_filePath, &in_section)) {
         return false;
     }
-    // Only the wanted section can be there, if it is.
+    // The map has the wanted section only, or nothing.
     out_section = configuration.empty() ? SectionMap() : std::move(configuration.begin()->second);
     return true;
 }
 
 orska_wstring IniFileConfigurationReader::ResolvePath(const orska_wstring& in_filePath) const {
     if (m_resolveIniPathFromModule && FileSystemUtils::IsJoinedToDirectory(in_filePath)) {
-        // Where the directory is not known there is no file: a relative path would be a stranger's.
+        // Without a known directory there is no file: a relative path could be somebody else's.
         const orska_wstring directory = FileSystemUtils::GetModuleDirectory();
         return directory.IsEmpty() ? directory : directory + in_filePath;
     }

@@ -25,7 +25,7 @@ namespace {
 
 constexpr char SOURCE[] = "PlatformAbstraction\\OrskaSettingReader_Windows";
 
-// Process-wide: guards the reader. Re-entrant, because listeners run inside it.
+// Process-wide: guards the reader. Recursive, because listeners run while it is held.
 std::recursive_mutex s_lock;
 
 using Guard = std::lock_guard<std::recursive_mutex>;
@@ -42,7 +42,7 @@ std::string EnsureTrailingSeparator(std::string in_path) {
     return in_path;
 }
 
-/// The encoding of any name that is known, or nothing.
+/// The encoding of a known name, or nothing.
 std::optional<EncodingType> LookUpEncoding(const std::string& in_name) {
     try {
         return ICUUtils::GetEncodingEnum(in_name);
@@ -82,7 +82,7 @@ void OrskaSettingReader::Load() {
     if (m_isLoaded || m_isLoading) {
         return;
     }
-    const NoCancellation noCancellation;  // it would pass through what drops all exceptions
+    const NoCancellation noCancellation;  // callers that drop exceptions would catch it
     const struct Loading {
         bool& m_flag;
         explicit Loading(bool& io_flag) : m_flag(io_flag) { m_flag = true; }
@@ -113,7 +113,7 @@ std::string& OrskaSettingReader::FindOrAdd(std::string_view in_key) {
     return found->second;
 }
 
-/// A key that is not there yet is added with an empty value, of which no listener is told.
+/// A missing key is added with an empty value, without a call to its listeners.
 const std::string& OrskaSettingReader::Read(std::string_view in_key) {
     Load();
     return FindOrAdd(in_key);
@@ -127,8 +127,8 @@ void OrskaSettingReader::Store(std::string_view in_key, const std::string& in_va
     }
 }
 
-/// A listener may register and unregister others, and itself: those registered at the start are
-/// told in their order, except the ones that are not registered any more when their turn comes.
+/// A listener may register and unregister others, and itself. Those registered at the start are
+/// called in order, except those unregistered before their turn.
 void OrskaSettingReader::Notify(std::string_view in_key, const std::string& in_oldValue,
                                 const std::string& in_newValue) {
     const auto found = m_listeners.find(in_key);
@@ -155,7 +155,7 @@ std::string OrskaSettingReader::ReadLocked(std::string_view in_key) {
     return Get().Read(in_key);
 }
 
-/// Empty also when there is no reader or the sources cannot be read.
+/// Also empty when there is no reader or the sources cannot be read.
 std::string OrskaSettingReader::ReadOrEmpty(std::string_view in_key) noexcept try {
     const Guard guard(s_lock);
     return s_instance == nullptr ? std::string() : s_instance->Read(in_key);
@@ -202,8 +202,8 @@ void OrskaSettingReader::UnregisterListener(ISettingListener* in_listener,
         orska_abort(SOURCE, 681,
                     "Attempted to unregister <Listener, Key> combination which wasn't registered.");
     }
-    // The order of the others changes, which is meant. An empty list stays, so that what is removed
-    // twice is told from what was never there.
+    // This changes the order of the others, on purpose. An empty list stays, so that a second
+    // removal is told from one of a key that never had a listener.
     std::swap(*listener, listeners.back());
     listeners.pop_back();
 }
@@ -250,8 +250,8 @@ void OrskaSettingReader::SetResolveIniPathFromModule(bool in_resolve) {
 
 EncodingType OrskaSettingReader::GetAppCharEncoding() {
     TraceVerbose("OrskaSettingReader::GetAppCharEncoding()");
-    // Read also where the variable goes before it: once the encoding is set, the bytes of the
-    // sources would mean something else.
+    // Read even if the variable overrides it: once the encoding is set, the sources' bytes would
+    // mean something else.
     const std::string setting = ReadOrEmpty(SETTING_ANSI_ENCODING);
     const std::string name = GetEnvironment(ENVIRONMENT_ANSI_ENCODING).value_or(setting);
     if (name.empty()) {
@@ -273,7 +273,7 @@ EncodingType OrskaSettingReader::GetAppCharEncoding() {
     return *encoding;
 }
 
-/// Only the three Unicode forms, with their exact names; the application's encoding may be any.
+/// Accepts only three Unicode forms, by their exact names; the application's encoding can be any.
 EncodingType OrskaSettingReader::GetDriverManagerEncoding() {
     TraceVerbose("OrskaSettingReader::GetDriverManagerEncoding()");
     const std::string name = ReadOrEmpty(SETTING_DRIVER_MANAGER_ENCODING);
@@ -307,7 +307,7 @@ std::string OrskaSettingReader::GetErrorMessagesPath(const std::string& in_defau
     if (value.empty()) {
         return EnsureTrailingSeparator(in_defaultDirectory);
     }
-    // As UTF-8, whatever today's encoding is: only signs of ASCII decide.
+    // As UTF-8, whatever the current encoding is: only ASCII characters decide.
     if (FileSystemUtils::IsJoinedToDirectory(orska_wstring().SetFromUtf8(value))) {
         return EnsureTrailingSeparator(EnsureTrailingSeparator(in_defaultDirectory) + value);
     }

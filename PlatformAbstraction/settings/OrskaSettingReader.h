@@ -1,12 +1,12 @@
-/// The process's driver settings: one table from key to text, filled on the first read from an INI
-/// file or, failing that, from the registry.
+/// The process's driver settings: one table from key to text, which the first read fills from an
+/// INI file or, failing that, from the registry.
 ///
 /// Created by the first Initialize and never destroyed; read once and never reloaded. Every
-/// operation but the two encoding accessors holds one process-wide lock for its whole run, which
-/// the same thread may take again; listeners are called inside it. The first read (any accessor or
-/// GetSetting) throws what loading throws: ProductException "IniParseError" or "RegKeyNotFound";
-/// the next read then reads the sources again. Without a call to Initialize the encoding accessors
-/// answer as if nothing were set, and every other operation stops the process through orska_abort.
+/// operation but the two encoding accessors holds one process-wide recursive lock while it runs;
+/// listeners are called with it held. The first read (any accessor or GetSetting) throws what
+/// loading throws: ProductException "IniParseError" or "RegKeyNotFound"; the next read then tries
+/// the sources again. Without a call to Initialize the encoding accessors act as if nothing were
+/// set, and every other operation stops the process through orska_abort.
 ///
 /// Keys and values are bytes. Those of the sources are in GetByteTextEncoding as it was when they
 /// were loaded: UTF-8 where the platform was started after Initialize.
@@ -40,9 +40,9 @@ public:
     static void Initialize(const orska_wstring& in_registryKeyName,
                            const orska_wstring& in_section);
 
-    /// The value of a key, in whatever case its ASCII letters are; empty when there is none.
+    /// The value of a key, with its ASCII letters in any case; empty when there is none.
     static std::string GetSetting(const std::string& in_key);
-    /// Stores a value. Listeners of the key are told first when the value differs. Does not load.
+    /// Stores a value. If it differs, the key's listeners are called first. Does not load.
     static void SetSetting(const std::string& in_key, const std::string& in_value);
 
     /// @param in_listener  not owned. Registering it twice on one key stops the process
@@ -58,21 +58,21 @@ public:
     static void SetRegistryKeyName(const orska_wstring& in_name);
     /// @param in_observer  not owned; null: none
     static void SetChangeObserver(ISettingChangeObserver* in_observer);
-    /// True: a relative INI path starts at the directory of the file that holds this library.
+    /// True: a relative INI path starts at the directory of this library's file.
     static void SetResolveIniPathFromModule(bool in_resolve);
 
     /// The application's encoding of narrow text: the environment variable ORSKA_APP_ANSI_ENCODING,
     /// else the setting "ANSIENCODING"; ENC_NONE when it is empty or cannot be read.
-    /// @throws StartupInitException for a name that is no encoding
+    /// @throws StartupInitException for a name that is not an encoding
     static EncodingType GetAppCharEncoding();
-    /// The encoding towards the driver manager: UTF-8, UTF-16LE (also when unset or when the
+    /// The encoding that the driver manager uses: UTF-8, UTF-16LE (also when unset or when the
     /// settings cannot be read) or UTF-32LE.
     /// @throws StartupInitException for any other name
     static EncodingType GetDriverManagerEncoding();
 
     /// Paths end in "\" on both systems unless they are empty.
     static std::string GetConfigErrorMessagesPath();
-    /// A relative value is joined to the default directory, which an empty value also means.
+    /// A relative value is appended to the default directory; an empty value means that directory.
     static std::string GetErrorMessagesPath(const std::string& in_defaultDirectory);
     static std::string GetLogPath();       ///< ".\" when unset
     static std::string GetSwapFilePath();  ///< the system's temporary directory when unset
@@ -147,7 +147,7 @@ private:
     std::map<std::string, std::vector<ISettingListener*>, KeyLess> m_listeners;
     bool m_isLoaded = false;
     bool m_isLoading =
-        false;  ///< a listener that reads while the sources load sees what there is yet
+        false;  ///< a listener that reads while the sources load sees the values read so far
 };
 
 }  // namespace Orska::Support

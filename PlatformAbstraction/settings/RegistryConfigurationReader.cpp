@@ -15,7 +15,7 @@ namespace Orska::Support {
 namespace {
 
 constexpr char SOURCE[] = "PlatformAbstraction\\RegistryConfigurationReader";
-/// A sub-key whose name does not fit with its NUL is skipped.
+/// A sub-key with a longer name, its NUL included, is skipped.
 constexpr std::size_t SUB_KEY_NAME_SIZE = 255;
 
 bool OpenKey(const orska_wstring& in_hiveName, const orska_wstring& in_path, RegistryKey& out_key) {
@@ -35,8 +35,8 @@ RegistryKey::Info QueryInfo(const RegistryKey& in_key, const TraceSite& in_site)
     return info;
 }
 
-/// Whether the name is "DRIVER" or a leading piece of it. The comparison runs over the name's own
-/// length, which is meant: "Dri" is left out and "DRIVERS" is kept.
+/// True for a prefix of "DRIVER", all of it included. Only the length of the name is compared, on
+/// purpose: "Dri" is left out and "DRIVERS" is kept.
 bool IsDriverValue(const orska_wstring& in_upperCaseName) {
     return std::u16string_view(u"DRIVER").starts_with(in_upperCaseName.GetView());
 }
@@ -50,7 +50,7 @@ orska_wstring ToText(const std::byte* in_data, std::size_t in_size) {
     return orska_wstring(text);
 }
 
-/// The number in the first bytes; bytes that are missing count as zero.
+/// The number in the first bytes; missing bytes count as zero.
 template <typename Number>
 Number ToNumber(const std::byte* in_data, std::size_t in_size) {
     Number number = 0;
@@ -88,7 +88,7 @@ void RegKeyValuesToMap(const RegistryKey& in_key, SectionMap& io_section, bool i
         const orska_wstring storedName(name.data(), nameLength);
         orska_wstring upperCaseName = storedName;
         upperCaseName.ToUpper();
-        // The empty name, the key's default value, is a leading piece too.
+        // The empty name, the key's default value, is a prefix too.
         if (!in_includeDriverValue && IsDriverValue(upperCaseName)) {
             continue;
         }

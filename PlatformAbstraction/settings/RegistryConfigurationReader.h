@@ -1,7 +1,7 @@
 /// Reads settings from a key of the Windows registry.
 ///
 /// Texts (REG_SZ) and numbers (REG_DWORD, REG_QWORD) are read; values of other types are ignored. A
-/// reader holds nothing open between calls and is used by one thread at a time.
+/// reader keeps nothing open between calls and is used by one thread at a time.
 #ifndef PLATFORMABSTRACTION_REGISTRYCONFIGURATIONREADER_H
 #define PLATFORMABSTRACTION_REGISTRYCONFIGURATIONREADER_H
 
@@ -19,11 +19,11 @@ public:
     virtual ~RegistryConfigurationReader() = default;
 
     /// Adds the values of one key; nothing when the key cannot be opened.
-    /// @param in_hiveName  "HKEY_LOCAL_MACHINE", or any other text for the current user; when
-    ///        empty, the local machine is tried too when the current user has no such key
+    /// @param in_hiveName  "HKEY_LOCAL_MACHINE", or any other text for the current user; if empty,
+    ///        the local machine is tried when the current user has no such key
     /// @param in_section  the last part of the key's path, appended also when empty; null: none
-    /// @param in_includeDriverValue  false: the default value and values named "DRIVER", or a
-    ///        leading piece of it, in whatever case, are left out
+    /// @param in_includeDriverValue  false: the default value and values named "DRIVER" or a prefix
+    ///        of it, in any case, are left out
     /// @throws ProductException "RegKeyNotFound" when the open key cannot be queried
     void LoadConfiguration(SectionMap& io_section, const orska_wstring& in_hiveName,
                            const orska_wstring& in_keyPath, const orska_wstring* in_section,

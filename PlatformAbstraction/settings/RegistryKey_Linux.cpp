@@ -32,7 +32,7 @@ Allocated<Type> Own(Type* in_allocated) {
 
 std::string FindHome() {
     const char* home = secure_getenv("HOME");
-    if (home != nullptr && home[0] == '/') {  // a relative one would be a stranger's
+    if (home != nullptr && home[0] == '/') {  // a relative one could be somebody else's
         return home;
     }
     passwd entry;
@@ -76,8 +76,8 @@ std::shared_ptr<hive_h> OpenHive(const std::string& in_file) {
         TraceUnreadable(in_file, S_ISDIR(status.st_mode) ? EISDIR : ESPIPE);
         return nullptr;
     }
-    // For writing, hivex reads the file into memory; otherwise it would map it, and a file that
-    // shrinks meanwhile would end the process. Nothing is ever written back.
+    // Opened for writing, because hivex then reads the file into memory. Otherwise it maps the
+    // file, and one that shrinks meanwhile would kill the process. Nothing is ever written back.
     hive_h* hive = hivex_open(in_file.c_str(), HIVEX_OPEN_WRITE);
     if (hive == nullptr) {
         TraceUnreadable(in_file, errno);
@@ -86,7 +86,7 @@ std::shared_ptr<hive_h> OpenHive(const std::string& in_file) {
     return {hive, &hivex_close};
 }
 
-/// A name as hivex gives it; NULL for a name that it cannot give.
+/// Frees a name from hivex and returns its text; NULL if hivex could not read it.
 orska_wstring TakeName(char* in_name) {
     const auto name = Own(in_name);
     orska_wstring text;
@@ -108,7 +108,7 @@ bool CopyName(const orska_wstring& in_name, std::span<char16_t> out_name,
     return true;
 }
 
-/// Makes a vector of an array that ends with a zero; absent when the hive could not be read.
+/// Copies an array that ends with a zero, and frees it; false if hivex could not read it.
 bool TakeHandles(std::size_t* in_handles, std::vector<std::size_t>& out_handles) {
     const auto handles = Own(in_handles);
     for (const std::size_t* next = handles.get(); next != nullptr && *next != 0; ++next) {
@@ -117,7 +117,7 @@ bool TakeHandles(std::size_t* in_handles, std::vector<std::size_t>& out_handles)
     return handles != nullptr;
 }
 
-/// As Windows compares names: code unit by code unit, in simple upper case. "ß" is not "SS".
+/// Compares names as Windows does: code unit by code unit, in simple upper case. "ß" is not "SS".
 bool IsSameName(std::u16string_view in_left, std::u16string_view in_right) {
     const auto upper = [](char16_t in_unit) {
         const auto mapped = static_cast<char16_t>(u_toupper(in_unit));
@@ -139,7 +139,7 @@ hive_node_h FindChild(hive_h* in_hive, hive_node_h in_node, std::u16string_view 
     return 0;
 }
 
-/// Walks down a path; 0 when there is no such key. Windows takes several separators for one and
+/// Walks down a path; 0 when there is no such key. Windows treats several separators as one and
 /// refuses one at the start.
 hive_node_h FindNode(hive_h* in_hive, hive_node_h in_node, const orska_wstring& in_path) {
     std::u16string_view rest = in_path.GetView();
@@ -162,7 +162,7 @@ struct Value {
     std::string m_data;
 };
 
-/// Reads a value whole: the size that a damaged hive tells may be anything, the data are not.
+/// Reads the data too, not only their size: in a damaged hive the size can be anything.
 Value ReadValue(hive_h* in_hive, hive_value_h in_value) {
     hive_type type = hive_t_REG_NONE;
     std::size_t size = 0;
@@ -171,7 +171,7 @@ Value ReadValue(hive_h* in_hive, hive_value_h in_value) {
     if (data != nullptr) {
         value.m_name = TakeName(hivex_value_key(in_hive, in_value));
         value.m_data.assign(data.get(), size);
-        // Copied, not converted: a hive may hold any number, and the enumeration knows only some.
+        // Copied, not converted: a hive can hold any number, and the enumeration has only some.
         static_assert(sizeof type == sizeof value.m_type);
         std::memcpy(&value.m_type, &type, sizeof type);
     }

@@ -13,7 +13,7 @@ namespace {
 static_assert(RegistryKey::TYPE_TEXT == REG_SZ && RegistryKey::TYPE_UINT32 == REG_DWORD &&
               RegistryKey::TYPE_UINT64 == REG_QWORD);
 
-/// Opens for reading. Cut at a NUL the path would name another key.
+/// Opens for reading. A path with a NUL is refused: truncated, it would name another key.
 RegistryHandle OpenKey(HKEY in_parent, const orska_wstring& in_path) {
     const std::u16string_view view = in_path.GetView();
     const std::wstring path(view.begin(), view.end());

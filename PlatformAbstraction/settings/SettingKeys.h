@@ -26,10 +26,10 @@ constexpr char SETTING_ODBC_INST_LIB[] = "ODBCInstLib";
 constexpr char SETTING_SERVICE_NAME[] = "ServiceName";
 constexpr char SETTING_SWAP_FILE_PATH[] = "SWAPFILEPATH";
 constexpr char SETTING_TRACE_TO_STD_ERR[] = "TRACETOSTDERR";
-/// Known, but read by nothing here.
+/// Known, but not read here.
 constexpr char SETTING_UNICODE_DATA_PATH[] = "UNICODEDATAPATH";
 
-/// The environment variable that goes before SETTING_ANSI_ENCODING.
+/// The environment variable that overrides SETTING_ANSI_ENCODING.
 constexpr char ENVIRONMENT_ANSI_ENCODING[] = "ORSKA_APP_ANSI_ENCODING";
 
 }  // namespace Orska::Support

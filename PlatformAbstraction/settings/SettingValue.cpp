@@ -8,8 +8,8 @@ namespace Orska::Support {
 
 namespace {
 
-/// The order of the first code units that differ, found four at a time: the keys of a section often
-/// begin alike.
+/// Compares the first code units that differ. It searches four at a time, because the keys of a
+/// section often begin alike.
 int CompareUnits(std::u16string_view in_left, std::u16string_view in_right) {
     static_assert(std::endian::native == std::endian::little);
     const std::size_t common = std::min(in_left.size(), in_right.size());
@@ -76,7 +76,7 @@ void SectionMap::Sort() const {
     const auto added = m_records.begin() + static_cast<std::ptrdiff_t>(m_sortedCount);
     std::sort(added, m_records.end(), isBefore);
     std::inplace_merge(m_records.begin(), added, m_records.end(), isBefore);
-    // Seen from the end, the first of a key is the one added last: that one stays.
+    // From the end, the first record of a key is the one added last. It stays.
     const auto isSame = [this](const Record& in_left, const Record& in_right) {
         return GetKey(in_left) == GetKey(in_right);
     };

@@ -41,8 +41,8 @@ private:
 /// Key to value, ordered by the code units of the keys.
 ///
 /// All texts of a section are in one block and its entries in another, so that a large file loads
-/// with few allocations; strings are made of them when they are asked for. What was added last is
-/// sorted in by the next call that reads.
+/// with few allocations. Strings are made when a caller asks for them. The next call that reads
+/// sorts in the added values.
 class SectionMap {
 public:
     using Entry = std::pair<orska_wstring, SettingValue>;
@@ -63,11 +63,11 @@ public:
         std::size_t m_index;
     };
 
-    /// Stores a value, in place of an earlier one of the same key. NULL counts as empty.
+    /// Stores a value and replaces an earlier one of the same key. NULL counts as empty.
     void Set(const orska_wstring& in_key, const SettingValue& in_value);
     void SetText(std::u16string_view in_key, std::u16string_view in_text);
 
-    /// Sorts in what was added, now rather than when it is first read.
+    /// Sorts in the added values now, not at the next read.
     void Sort() const;
 
     std::size_t GetSize() const;
@@ -92,7 +92,7 @@ private:
              std::u16string_view in_text);
 
     std::u16string m_units;
-    /// Sorted and without duplicates up to m_sortedCount, as added from there on.
+    /// Sorted and without duplicates up to m_sortedCount, then in the order of adding.
     mutable std::vector<Record> m_records;
     mutable std::size_t m_sortedCount = 0;
 };
