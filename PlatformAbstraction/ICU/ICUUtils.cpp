@@ -23,7 +23,7 @@ struct FurtherName {
 };
 
 // "JIS_Encoding" is never found, because names are upper-cased before they are looked up. It stays
-// as it is: found, it would shadow what ICU's aliases say of that name.
+// as it is: if it were found, it would hide ICU's alias of that name.
 constexpr FurtherName FURTHER_NAMES[] = {
     {"ISO-2022-JP-1", 17}, {"JIS_Encoding", 17}, {"SHIFT-JIS", 18},     {"ISO-646-IRV", 20},
     {"ISO-2022-KR", 22},   {"ISO-2022-JP", 24},  {"ISO-2022-JP-2", 25}, {"TIS-620", 90},
@@ -74,7 +74,7 @@ EncodingType ICUUtils::FindEncoding(const std::string& in_name) {
 
 EncodingType ICUUtils::GetEncodingEnum(const std::string& in_name) {
     EncodingType found = FindEncoding(in_name);
-    // ICU reads up to the first NUL, so a name with one in it is never asked for there.
+    // ICU reads up to the first NUL, so it is not asked for a name with one in it.
     if (found == EncodingType::ENC_NONE && in_name.find('\0') == std::string::npos) {
         found = FindByAlias(in_name.c_str());
     }

@@ -11,11 +11,11 @@ namespace {
 
 void SetSubstitution(UConverter& io_converter, const void* in_context) noexcept;
 
-// The context of SubstituteAsIcu in a converter that remembers a choice of substitute.
+// The context of SubstituteAsIcu in a converter that has chosen a substitute.
 constexpr char HAS_CHOSEN = 0;
 
-// ICU's own substitution. A code point that displays ignore may choose the short substitute but
-// writes none, and ICU keeps the choice until it writes the next one.
+// Substitutes as ICU does. A code point that displays ignore can choose the short substitute
+// without writing it, and ICU keeps the choice until it writes the next one.
 void U_CALLCONV SubstituteAsIcu(const void*, UConverterFromUnicodeArgs* io_arguments,
                                 const UChar* in_units, int32_t in_length, UChar32 in_codePoint,
                                 UConverterCallbackReason in_reason, UErrorCode* io_status) {
@@ -41,7 +41,7 @@ icu::LocalUConverterPointer OpenConverter(EncodingType in_encoding, const TraceS
     const char* const name = EncodingInfo::GetName(in_encoding);
     UErrorCode status = U_ZERO_ERROR;
     icu::LocalUConverterPointer converter(ucnv_open(name, &status));
-    // Some of the names are aliases of more than one converter; ICU then takes the first.
+    // Some names are aliases of several converters; ICU then opens the first.
     const bool isOpen = status == U_ZERO_ERROR || status == U_AMBIGUOUS_ALIAS_WARNING;
     if (!isOpen || converter.isNull()) {
         // The trace line of this failure names the key only.
@@ -85,11 +85,11 @@ bool IsStateful(const UConverter& in_converter) noexcept {
 
 namespace {
 
-// ICU flushes HZ without the sequence that leads back to ASCII. Whether the text is in the
-// two-byte state shows when it is given one more character of that state, which is then dropped.
+// ICU flushes HZ without the sequence that returns to ASCII. One more two-byte character shows
+// whether the text is in the two-byte state; it is then dropped.
 std::uint8_t EndHzText(UConverter& io_converter, char* out_bytes, UErrorCode& io_status) {
     constexpr UChar CHINESE[] = {u'\u4E2D'};
-    constexpr std::ptrdiff_t SIZE_WITH_SHIFT = 4;  // bytes; what ICU held comes before them
+    constexpr std::ptrdiff_t SIZE_WITH_SHIFT = 4;  // bytes; what ICU kept comes before them
     const UChar* source = CHINESE;
     char* position = out_bytes;
     ucnv_fromUnicode(&io_converter, &position, out_bytes + ICU_MOST_END_BYTES, &source, CHINESE + 1,

@@ -39,8 +39,7 @@ std::int64_t CountUnits(std::int64_t in_bytes, std::uint8_t in_width) {
     return in_bytes >> (in_width / 2);
 }
 
-// Refuses negative lengths other than the mark of a NUL-terminated argument, and a number of code
-// units whose bytes cannot be counted.
+// Refuses negative lengths except NUL_TERMINATED, and code units whose bytes cannot be counted.
 void CheckLength(std::int64_t in_length, const char* in_function, std::uint8_t in_width = 1) {
     constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
     const bool isOrdinary = in_length >= 0 && in_length <= MOST / 4;
@@ -117,10 +116,10 @@ std::int64_t ODBCStringConverter::ConvertWStringToSQLWCHARString(const orska_wst
     return CountUnits(bytes, width);
 }
 
-// Where the text does not fit, code points are taken off its end until the rest does, together with
-// the way back to the initial state, instead of going on unit by unit from where ICU stopped: the
-// table's most bytes of a code point count no shift sequences, so the last whole code point could
-// not be told from there.
+// If the text does not fit, code points are dropped from its end until the rest fits, together
+// with the sequence that returns to the initial state. Going on unit by unit from where ICU
+// stopped would not find the last whole code point: the table's most bytes of a code point count
+// no shift sequences.
 std::int64_t ODBCStringConverter::Encode(std::u16string_view in_text, char* out_buffer,
                                          std::int64_t in_capacity, bool& out_truncated) {
     EncodedText encoded;
@@ -135,7 +134,7 @@ std::int64_t ODBCStringConverter::Encode(std::u16string_view in_text, char* out_
         out_truncated = encoded.m_isTruncated;
         return encoded.m_bytes;
     }
-    // The first conversion after the one of the whole text has a key of its own.
+    // A failure of the first conversion after the one of the whole text has another key.
     if (attempts == 2) {
         ORSKA_THROW((TraceSite{TO_SQLWCHAR, SOURCE, 0}),
                     ErrorException(DIAG_GENERAL_ERROR, SUPPORT_ERROR, L"ICUConvErr"));

@@ -1,14 +1,14 @@
-/// Carries text between strings and the character buffers of the ODBC interface: wide buffers
+/// Converts text between strings and the character buffers of the ODBC interface: wide buffers
 /// (SQLWCHAR) in the driver manager's encoding, narrow ones (SQLCHAR) in the process ANSI encoding.
 ///
 /// Lengths follow ODBC: -3 marks a NUL-terminated argument, and lengths of wide buffers are in code
-/// units unless a switch says bytes. Output always ends with a NUL as wide as a code unit, never
+/// units unless a parameter says bytes. Output always ends with a NUL as wide as a code unit, never
 /// splits a code point, and ends in the initial state of a stateful encoding. After the NUL the
-/// buffer is left as it was, except zeros in place of a code point that did not fit.
+/// buffer is unchanged, except for zeros in place of a code point that did not fit.
 ///
-/// One instance serves the driver; any thread may use it at any time. Threads wait for each other
-/// only where the ICU converter of the driver manager's encoding is needed, which the Unicode and
-/// the common single-byte encodings do not need.
+/// One instance serves the driver and is thread-safe. Threads wait for each other only if the
+/// driver manager's encoding needs an ICU converter; the Unicode and the common single-byte
+/// encodings do not.
 #ifndef PLATFORMABSTRACTION_ICU_ODBCSTRINGCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_ODBCSTRINGCONVERTER_H
 
@@ -29,24 +29,24 @@ class WideStringConverter;
 
 class ODBCStringConverter {
 public:
-    /// Takes the driver-manager encoding that the process has now and keeps it.
+    /// Reads the process's driver-manager encoding and keeps it.
     /// @param in_converter  the platform's; must outlive this object
     /// @throws ErrorException "ICUCreateUConverterErr" with the encoding's ICU name,
-    ///         "EncodingNotRecog" when the process has none
+    ///         "EncodingNotRecog" when there is none
     explicit ODBCStringConverter(WideStringConverter& in_converter);
     ODBCStringConverter(const ODBCStringConverter&) = delete;
     ODBCStringConverter& operator=(const ODBCStringConverter&) = delete;
     virtual ~ODBCStringConverter();
 
-    /// Writes a string in the driver manager's encoding and always ends it with a NUL, unless there
-    /// is no room even for that.
+    /// Writes a string in the driver manager's encoding and ends it with a NUL, if there is room
+    /// for one.
     /// @param out_buffer         a null pointer counts as a buffer of length 0
     /// @param in_bufferLength    code units (bytes if `in_lengthInBytes`), counting the NUL;
     ///                           -3: as long as the NUL-terminated text in it
     /// @param out_truncated      true when the text, or its NUL, did not fit
     /// @return code units (or bytes) written, without the NUL
-    /// @throws ErrorException "ICUConvErrNotRecog" for a bad length; this or "ICUConvErr" when ICU
-    ///         fails
+    /// @throws ErrorException "ICUConvErrNotRecog" for a bad length; it or "ICUConvErr" when
+    ///         ICU fails
     virtual std::int64_t ConvertWStringToSQLWCHARString(const orska_wstring& in_string,
                                                         void* out_buffer,
                                                         std::int64_t in_bufferLength,
@@ -67,8 +67,8 @@ public:
     /// The length that a string has in the ANSI encoding, in bytes; 0 for NULL.
     virtual std::int64_t GetLengthAsSQLCHARString(const orska_wstring& in_string);
 
-    /// Replaces a string by the text of a buffer in the driver manager's encoding.
-    /// @param in_buffer  null gives NULL
+    /// Sets a string from a buffer in the driver manager's encoding.
+    /// @param in_buffer null makes the string NULL
     /// @param in_length  code units (bytes if `in_lengthInBytes`), or -3
     /// @throws ErrorException "ICUConvErrNotRecog" for any other negative length, "ICUConvErr" when
     ///         ICU fails
@@ -79,12 +79,11 @@ public:
     virtual void ConvertSQLCHARToWString(const char* in_buffer, std::int64_t in_length,
                                          orska_wstring& out_result);
 
-    /// The size of a SQLWCHAR buffer for narrow text, by the table of encodings. It is enough in
-    /// all driver-manager encodings but EUC-JP, ISO-2022 and HZ (17, 19, 22, 24, 25, 27, 28 and
-    /// 67): the table has two bytes for their code points, which take up to three and shift
-    /// sequences.
+    /// The size of a SQLWCHAR buffer for narrow text, by the table of encodings. It is too small
+    /// only for EUC-JP, ISO-2022 and HZ (17, 19, 22, 24, 25, 27, 28 and 67): the table has two
+    /// bytes for their code points, which take up to three, and no shift sequences.
     /// @param in_length   bytes, or -3: up to the first NUL
-    /// @param in_withNul  also room for a NUL
+    /// @param in_withNul  true: with room for a NUL
     /// @return bytes or code units
     /// @throws ErrorException "InvalidNullParam" for a null text, "ICUConvErrNotRecog" for
     ///         any other negative length and for a size beyond 32 bits

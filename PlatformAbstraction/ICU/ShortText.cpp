@@ -25,14 +25,14 @@ void Store(void* out_at, __m128i in_vector) noexcept {
     _mm_storeu_si128(static_cast<__m128i*>(out_at), in_vector);
 }
 
-// All ones in each 16-bit lane whose upper bits are those of the kind.
+// Sets each 16-bit lane whose upper bits are those of the kind to all ones.
 __m128i IsKind(__m128i in_units, int in_mask, int in_kind) noexcept {
     return _mm_cmpeq_epi16(_mm_and_si128(in_units, _mm_set1_epi16(static_cast<short>(in_mask))),
                            _mm_set1_epi16(static_cast<short>(in_kind)));
 }
 
-// Whether every lead has its trail after it and every trail its lead before it. `in_last` is the
-// start of the last block, which may overlap the one before it.
+// True if every lead has a trail after it and every trail a lead before it. `in_last` is the start
+// of the last block, which may overlap the one before it.
 bool HasPairsOnly(const char* in_units, std::size_t in_last) noexcept {
     std::uint64_t leads = 0;
     std::uint64_t trails = 0;
@@ -52,8 +52,8 @@ bool HasPairsOnly(const char* in_units, std::size_t in_last) noexcept {
     return leads << 1 == trails;
 }
 
-// Copies UTF-16 of up to 32 units if it is well-formed, or, below 8, has no surrogates; all of it
-// is read before any is written.
+// Copies up to 32 units of UTF-16 if they are well-formed or, below 8 units, have no surrogates. It
+// reads all units before it writes any.
 bool CopyUtf16(const char* in_units, std::size_t in_count, char* out_units) noexcept {
     if (in_count == 0) {
         return true;  // the pointers may be null
@@ -105,15 +105,15 @@ std::int64_t DecodeUtf16(std::string_view in_bytes, char16_t* out_units) noexcep
     return isDone ? static_cast<std::int64_t>(units) : -1;
 }
 
-// Four pairs of surrogates in lanes of 32 bits as code points.
+// Joins four surrogate pairs in 32-bit lanes to code points.
 __m128i JoinPairs(__m128i in_units) noexcept {
     const __m128i upper = _mm_slli_epi32(_mm_and_si128(in_units, _mm_set1_epi32(0x3FF)), 10);
     const __m128i lower = _mm_and_si128(_mm_srli_epi32(in_units, 16), _mm_set1_epi32(0x3FF));
     return _mm_add_epi32(_mm_or_si128(upper, lower), _mm_set1_epi32(0x10000));
 }
 
-// Converts blocks without surrogates, or of pairs only, while there is room for them. Gives how
-// many units it has converted.
+// Converts blocks without surrogates, or of pairs only, while there is room for them. Returns the
+// units converted.
 std::size_t EncodeUtf32Blocks(std::u16string_view in_text, char*& io_to,
                               const char* in_end) noexcept {
     std::size_t done = 0;
@@ -152,7 +152,7 @@ std::int64_t EncodeUtf32(std::u16string_view in_text, char* out_buffer,
     return to - out_buffer;
 }
 
-// The general function leaves no scratch behind its output.
+// The general function leaves no scratch after its output.
 std::int64_t DecodeUtf32(std::string_view in_bytes, char16_t* out_units) noexcept {
     static const TranscoderFunction s_decoder = GetUtf16Decoder(EncodingType::ENC_UTF32LE);
     TranscoderSource source{in_bytes.data(), in_bytes.size(), 0};

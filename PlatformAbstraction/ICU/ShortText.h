@@ -1,6 +1,6 @@
-/// Short texts between UTF-16 in memory and the Unicode encodings of the driver manager, whole or
-/// not at all. Entering the general conversions costs more than converting a name or value of a few
-/// code units. A caller whose text is refused here uses the general conversions.
+/// Converts short texts between UTF-16 in memory and the driver manager's Unicode encodings, whole
+/// or not at all. Starting a general conversion costs more than converting a name or value of a few
+/// code units. If a text is refused here, the caller uses the general conversion.
 ///
 /// The functions hold no state; any thread may call them.
 #ifndef PLATFORMABSTRACTION_ICU_SHORTTEXT_H
@@ -21,10 +21,10 @@ constexpr std::size_t MOST_SHORT_BYTES = 64;  ///< bytes of a text to decode
 /// UTF-16 code units that a decoder may write, scratch after the text included.
 constexpr std::size_t SHORT_UNITS_ROOM = MOST_SHORT_BYTES + 16;
 
-/// Encodes a text of at most MOST_SHORT_UNITS. After its bytes nothing is written.
+/// Encodes a text of at most MOST_SHORT_UNITS. Writes nothing after its bytes.
 /// @param in_capacity  bytes, not negative
-/// @return bytes; -1 when the text is not well-formed or may not fit: the buffer may then hold its
-///         beginning
+/// @return bytes; -1 when the text is not well-formed or may not fit; the buffer then may hold
+///         its start
 using ShortEncoder = std::int64_t (*)(std::u16string_view in_text, char* out_buffer,
                                       std::int64_t in_capacity) noexcept;
 
@@ -33,19 +33,19 @@ using ShortEncoder = std::int64_t (*)(std::u16string_view in_text, char* out_buf
 /// @return code units; -1 when the text is not well-formed
 using ShortDecoder = std::int64_t (*)(std::string_view in_bytes, char16_t* out_units) noexcept;
 
-/// The function for an encoding on this processor; one that refuses every text where there is none.
+/// Returns the function for an encoding on this processor. If there is none, it refuses every text.
 ShortEncoder GetShortEncoder(EncodingType in_encoding) noexcept;
 ShortDecoder GetShortDecoder(EncodingType in_encoding) noexcept;
 
-/// Encodes a text of any length if it is short.
+/// Encodes a text if it is short.
 /// @return as ShortEncoder
 inline std::int64_t EncodeShortText(std::u16string_view in_text, ShortEncoder in_encoder,
                                     char* out_buffer, std::int64_t in_capacity) noexcept {
     return in_text.size() <= MOST_SHORT_UNITS ? in_encoder(in_text, out_buffer, in_capacity) : -1;
 }
 
-/// Replaces a string by the text of bytes, which may lie in it, if they are short.
-/// @return false, with nothing changed, when they are long or the decoder refuses them
+/// Sets a string to the text of bytes, if they are short. The bytes may be in the string itself.
+/// @return false, with nothing changed, when they are too long or the decoder refuses them
 /// @throws std::bad_alloc
 bool DecodeShortText(std::string_view in_bytes, ShortDecoder in_decoder, orska_wstring& out_result);
 

@@ -27,7 +27,7 @@ void SiconvStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
         outcome = ConvertStraddlingCodePoint(limit);
     }
     const bool isOutputPending = m_pendingOutputLength > 0;
-    // What is in front of the malformed place goes out first; the next call finds it again.
+    // The bytes before the malformed place are delivered first; the next call finds it again.
     if (outcome == Outcome::INVALID && !isOutputPending) {
         ThrowInvalidInput();
     }
@@ -43,7 +43,8 @@ void SiconvStreamConverter::Reset() {
     m_pendingOutputLength = 0;
 }
 
-// Converts what fits of the pending input and the piece. MORE: the next code point does not fit.
+// Converts as much of the pending input and the piece as fits. MORE: the next code point does
+// not fit.
 SiconvStreamConverter::Outcome SiconvStreamConverter::DoSiconvConvert(TranscoderTarget& io_target) {
     if (m_pendingInputLength > 0) {
         const Outcome outcome = ConvertPendingInput(io_target);
@@ -77,8 +78,8 @@ SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertPendingInput(
     TranscoderSource joined{m_pendingInput, pending + added, 0};
     const std::int32_t result = m_transcoder(joined, io_target);
     if (joined.m_position > 0) {
-        // The pending code point is complete. Whatever stopped the transcoder after it, new bytes
-        // that were not used are still in the piece, where they are met again.
+        // The pending code point is complete. Whatever stopped the transcoder after it, the new
+        // bytes that it did not use are still in the piece and are read again.
         m_sourcePosition += joined.m_position - pending;
         m_pendingInputLength = 0;
         return result == TRANSCODER_FULL ? Outcome::MORE : Outcome::DONE;
@@ -89,7 +90,7 @@ SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertPendingInput(
     return result == TRANSCODER_FULL ? Outcome::MORE : Outcome::INVALID;
 }
 
-// Takes what is left of the piece, the beginning of one code point, into the pending input.
+// Moves the rest of the piece, the beginning of one code point, into the pending input.
 SiconvStreamConverter::Outcome SiconvStreamConverter::KeepPendingInput() noexcept {
     const auto tail = static_cast<std::uint32_t>(m_sourceStart + m_sourceLength - m_sourcePosition);
     if (m_isLastPiece || m_pendingInputLength + tail >= PENDING_INPUT_SIZE) {

@@ -1,9 +1,9 @@
 /// The stream converter for the pairs of the transcoder: no ICU and no intermediate form.
 ///
-/// It refuses malformed input with "ICUConvErrNotRecog", and also an incomplete code point at
-/// the end of the last piece: the transcoder replaces nothing, so the caller decides. Bytes in
-/// front of the malformed place have been converted by then, and the source position is at that
-/// place (or after the bytes of it that earlier pieces brought).
+/// It refuses malformed input with "ICUConvErrNotRecog", and also an incomplete code point at the
+/// end of the last piece: the transcoder replaces nothing, so the caller decides. Bytes before the
+/// malformed place are converted by then, and the source position is at that place (or after its
+/// bytes that were in earlier pieces).
 #ifndef PLATFORMABSTRACTION_ICU_SICONVSTREAMCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_SICONVSTREAMCONVERTER_H
 
@@ -36,10 +36,10 @@ private:
     static constexpr std::uint32_t PENDING_OUTPUT_SIZE = 16;
 
     const TranscoderFunction m_transcoder;
-    /// The incomplete end of the pieces so far: less than one code point.
+    /// The incomplete code point at the end of the pieces so far.
     char m_pendingInput[PENDING_INPUT_SIZE] = {};
     std::uint8_t m_pendingInputLength = 0;
-    /// The output of one code point of which the targets so far have not taken all.
+    /// The output of one code point that did not fit into the targets so far.
     char m_pendingOutput[PENDING_OUTPUT_SIZE] = {};
     std::uint8_t m_pendingOutputPosition = 0;
     std::uint8_t m_pendingOutputLength = 0;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char SOURCE[] = "PlatformAbstraction\\ICU\\StreamConverter";
 
-// Stands for a null pointer, which ICU refuses even for no bytes. Never read or written.
+// Replaces a null pointer, which ICU refuses even for no bytes. Never read or written.
 char s_noBytes[1];
 
 }  // namespace

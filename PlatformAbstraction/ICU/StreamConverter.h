@@ -1,6 +1,6 @@
-/// A stream converter turns a run of bytes in one encoding into bytes of another, piece by piece.
+/// A stream converter converts bytes of one encoding to another, piece by piece.
 ///
-/// The caller hands over one piece of the source and then one target after another:
+/// The caller sets one piece of the source and then one target after another:
 ///
 ///     converter->SetSource(piece, pieceLength, isLastPiece);
 ///     do {
@@ -9,19 +9,18 @@
 ///         Use(buffer, converter->GetTargetPosition());
 ///     } while (converter->HasDataRemaining());
 ///
-/// and then goes on with the next piece. However a source is cut into pieces, and whatever the
-/// sizes of the targets are, the bytes that come out are the same: what a piece leaves incomplete
-/// is kept for the next one, and what a target cannot hold is kept for the next target.
+/// and then goes on with the next piece. The resulting bytes do not depend on how the source is cut
+/// into pieces or on the sizes of the targets: an incomplete code point is kept for the next piece,
+/// and bytes that do not fit are kept for the next target.
 ///
-/// The last piece is marked as such, so that the converter knows where the text ends; a piece
-/// of no bytes will do. Only then is an incomplete code point at the end reported, and only then
-/// is a stateful target encoding (ISO-2022, HZ) led back to its initial state. After that, the next
-/// piece begins a new text.
+/// The caller marks the last piece, which may be empty, so that the converter knows where the text
+/// ends. Only then does it report an incomplete code point at the end, and return a stateful target
+/// encoding (ISO-2022, HZ) to its initial state. The next piece begins a new text.
 ///
-/// StreamConverterFactory makes the right one of the three kinds. What malformed input does depends
-/// on the kind: WideStreamBlitter copies it, SiconvStreamConverter throws "ICUConvErrNotRecog", and
-/// WideStreamConverter substitutes, as ICU does. After an exception the converter has counted all
-/// that it wrote, and Reset makes it ready for another text.
+/// StreamConverterFactory makes the right one of the three kinds. Malformed input is handled by
+/// kind: WideStreamBlitter copies it, SiconvStreamConverter throws "ICUConvErrNotRecog", and
+/// WideStreamConverter substitutes, as ICU does. After an exception all written bytes are counted,
+/// and Reset makes the converter ready for another text.
 ///
 /// A converter is used by one thread at a time. It allocates nothing after construction.
 #ifndef PLATFORMABSTRACTION_ICU_STREAMCONVERTER_H
@@ -39,19 +38,19 @@ public:
     StreamConverter& operator=(const StreamConverter&) = delete;
     virtual ~StreamConverter() = default;
 
-    /// Hands over the next piece of the source. What an earlier piece has left unread is dropped.
+    /// Sets the next piece of the source. The unread rest of an earlier piece is dropped.
     /// @param in_start   not owned; must live until the piece is consumed; may be null for no bytes
     /// @param in_length  bytes
     /// @param in_isLast  true: the text ends with this piece
     void SetSource(const char* in_start, std::uint64_t in_length, bool in_isLast = false);
 
-    /// Hands over the next target.
+    /// Sets the next target.
     /// @param in_start   not owned; may be null for no bytes
     /// @param in_length  bytes
     void SetTarget(char* in_start, std::uint64_t in_length);
 
-    /// Converts into what is left of the target. A code point that does not fit whole is cut: its
-    /// first bytes end this target and the others begin the next, so a target of one byte will do.
+    /// Converts into the rest of the target. A code point that does not fit whole is cut: its first
+    /// bytes end this target and the others begin the next, so a target of one byte is enough.
     /// @throws ErrorException "InvalidBuffPos" when a position is past the end of its buffer,
     ///         "ICUConvErrNotRecog" for input that the converter refuses
     void DoConvert();
@@ -60,20 +59,20 @@ public:
     virtual void DoConvert(std::uint64_t in_bytesWanted) = 0;
 
     /// As DoConvert, but leaves room for a NUL as wide as the target's code unit and writes it
-    /// after the converted bytes. The NUL does not count as written: the target position stays in
-    /// front of it. A target with no room for the NUL is left alone. Only WideStreamConverter keeps
+    /// after the converted bytes. The NUL does not count as written: the target position stays
+    /// before it. A target without room for the NUL is unchanged. Only WideStreamConverter keeps
     /// code points whole here.
     virtual void DoConvertWithNul();
 
-    /// Forgets all that is kept between pieces and targets; the next piece begins a new text.
+    /// Drops what is kept between pieces and targets; the next piece begins a new text.
     virtual void Reset();
 
-    /// Moves on, or back, in a buffer. A position past the end makes the next conversion throw.
+    /// Moves forward or back in a buffer. A position past the end makes the next conversion throw.
     /// @param in_position  bytes from the start
     void SetSourcePosition(std::uint64_t in_position);
     void SetTargetPosition(std::uint64_t in_position);
 
-    /// Bytes of the piece that have been taken in.
+    /// Bytes of the piece that have been read.
     std::uint64_t GetSourcePosition() const noexcept {
         return static_cast<std::uint64_t>(m_sourcePosition - m_sourceStart) + m_sourceExcess;
     }
@@ -88,13 +87,12 @@ public:
     bool IsSourceConsumed() const noexcept { return m_isSourceConsumed; }
     /// True when the last conversion could not write more bytes than it did.
     bool IsTargetFilled() const noexcept { return m_isTargetFilled; }
-    /// True when the last conversion could not write all it had: the same piece needs another
-    /// target.
+    /// True when the last conversion had more to write: the same piece needs another target.
     bool HasDataRemaining() const noexcept { return m_hasDataRemaining; }
 
     EncodingType GetSourceEncoding() const noexcept { return m_sourceEncoding; }
     EncodingType GetTargetEncoding() const noexcept { return m_targetEncoding; }
-    /// The value that the factory was called with; the converters only keep it.
+    /// The value that the factory was called with; the converters do not use it.
     std::uint8_t GetFlag() const noexcept { return m_flag; }
     /// Bytes of the target encoding's code unit, and so of its NUL.
     std::uint8_t GetTargetCodeUnitWidth() const noexcept { return m_targetCodeUnitWidth; }
@@ -113,7 +111,8 @@ protected:
         const std::uint64_t position = GetTargetPosition();
         return position <= m_targetLength ? m_targetLength - position : ThrowInvalidPosition();
     }
-    /// The end of what may be written: the wanted bytes, cut to what the target has left.
+    /// The end of the bytes that may be written: the wanted ones, limited by the room in
+    /// the target.
     char* GetTargetLimit(std::uint64_t in_bytesWanted) const;
 
     /// Counts bytes that are at the target position as written.

@@ -12,11 +12,10 @@ namespace Orska::Support {
 
 class StreamConverterFactory {
 public:
-    /// The converter of the kind that is best for the pair: a WideStreamBlitter where bytes need no
-    /// conversion, a SiconvStreamConverter where the transcoder has a function, else a
-    /// WideStreamConverter.
-    /// @param in_flag  kept by the converter for its owner
-    /// @throws ErrorException "EncodingNotRecog" for a value that is no encoding,
+    /// Returns the best converter for the pair: a WideStreamBlitter if bytes need no conversion, a
+    /// SiconvStreamConverter if the transcoder has a function, else a WideStreamConverter.
+    /// @param in_flag  kept for the converter's owner
+    /// @throws ErrorException "EncodingNotRecog" for a value that is not an encoding,
     ///         "ICUCreateUConverterErr" when ICU cannot open one
     static std::unique_ptr<StreamConverter> CreateConverter(EncodingType in_source,
                                                             EncodingType in_target,

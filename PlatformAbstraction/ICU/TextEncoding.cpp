@@ -18,13 +18,13 @@ namespace {
 constexpr std::uint64_t UNIT = sizeof(char16_t);
 constexpr char16_t REPLACEMENT = 0xFFFD;
 
-// The last units of a text that are encoded apart; their output is longer than the scratch that a
-// transcoder may leave behind its position.
+// How many last units of a text are encoded apart. Their output is longer than the scratch that a
+// transcoder may leave after its position.
 constexpr std::size_t TAIL_UNITS = 64;
 constexpr std::size_t MOST_BYTES_PER_UNIT = 4;
 
-// Encodes a part after what is done; true when all of it fits. A surrogate without its partner
-// becomes what the encoding has for U+FFFD.
+// Appends the encoded part; true when all of it fits. A surrogate without its partner becomes
+// U+FFFD in the encoding.
 bool EncodePart(TranscoderFunction in_encoder, std::u16string_view in_part, char* out_buffer,
                 std::int64_t in_capacity, EncodedText& io_done) noexcept {
     TranscoderSource source{reinterpret_cast<const char*>(in_part.data()), in_part.size() * UNIT,
@@ -56,7 +56,7 @@ std::size_t GetStartOfTail(std::u16string_view in_text) noexcept {
     return start;
 }
 
-// One conversion with ICU. Buffers of any size: ICU itself takes no more than 2 GiB.
+// One conversion with ICU. Buffers can have any size; ICU alone accepts less than 2 GiB.
 class IcuEncoding {
 public:
     IcuEncoding(UConverter& io_converter, std::u16string_view in_text) noexcept
@@ -64,7 +64,7 @@ public:
         ResetConverter(io_converter);
     }
 
-    /// Converts units until there are no more (true) or the buffer is full or ICU fails (false).
+    /// Converts units; returns true at their end, false when the buffer is full or ICU fails.
     bool Run(char*& io_target, char* in_limit, UErrorCode& io_status) {
         return RunTo(m_end, io_target, in_limit, io_status);
     }
@@ -84,8 +84,8 @@ public:
         return io_status == U_ZERO_ERROR;
     }
 
-    /// True when the units that Run has left have no output: what an encoding lacks and displays
-    /// ignore. With a full buffer ICU reports an overflow before them too.
+    /// True when the units that Run left have no output: the encoding lacks them, and displays
+    /// ignore them. With a full buffer ICU reports an overflow before them too.
     bool HasSilentRest(UErrorCode& io_status) {
         char scratch[ICU_MOST_END_BYTES];
         char* position = scratch;
@@ -93,7 +93,7 @@ public:
                Run(position, scratch + sizeof(scratch), io_status) && position == scratch;
     }
 
-    /// After the last unit: what ends the text.
+    /// Call it after the last unit: ends the text.
     bool End(char*& io_target, const char* in_limit, UErrorCode& io_status) {
         UErrorCode status = U_ZERO_ERROR;
         if (!IsStateful(m_converter) && ucnv_fromUCountPending(&m_converter, &status) == 0) {
@@ -119,7 +119,8 @@ private:
     const char16_t* m_end;
 };
 
-// Where the last code point that gives bytes begins, in a text that has all been converted.
+// The start of the last code point that has bytes in the encoding, in a text that was
+// converted whole.
 std::size_t FindLastWithBytes(UConverter& io_converter, std::u16string_view in_text,
                               UErrorCode& io_status) {
     IcuEncoding encoding(io_converter, in_text);
@@ -137,10 +138,10 @@ std::size_t FindLastWithBytes(UConverter& io_converter, std::u16string_view in_t
     return last;
 }
 
-// The longest beginning of a text that is worth another try when the converter has stopped after
-// `in_converted` units of the first `in_tried`. ICU stops in front of a unit for which there is no
-// room at all, and after one whose output has only partly found room. Where what ends the text has
-// found none, code points without bytes are skipped: leaving them out frees no room.
+// The length of the longest beginning of a text to try next, when the converter stopped after
+// `in_converted` units of the first `in_tried`. ICU stops before a unit that has no room at all,
+// and after one whose output fits in part. If only the end of the text did not fit, code points
+// without bytes are dropped too: dropping them alone frees no room.
 std::size_t GetShorterBeginning(UConverter& io_converter, std::u16string_view in_text,
                                 std::size_t in_converted, std::size_t in_tried,
                                 UErrorCode& io_status) {
@@ -151,8 +152,8 @@ std::size_t GetShorterBeginning(UConverter& io_converter, std::u16string_view in
     return in_converted;
 }
 
-// How much of the buffer ICU may see. Its converters of latin1 and US-ASCII leave scratch after
-// their output, so they get no more room than they fill.
+// How many bytes of the buffer ICU gets. Its converters of latin1 and US-ASCII leave scratch after
+// their output, so they get no more than they fill.
 std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_text,
                                std::int64_t in_capacity) {
     const UConverterType type = ucnv_getType(&io_converter);
@@ -163,12 +164,12 @@ std::int64_t CountBytesToOffer(UConverter& io_converter, std::u16string_view in_
     return std::min(in_capacity, MeasureThroughIcu(io_converter, in_text, status));
 }
 
-// How many bytes one U+FFFD replaces at the start of malformed bytes.
+// How many of the malformed bytes at the start one U+FFFD replaces.
 std::size_t CountMalformedBytes(std::string_view in_bytes, EncodingType in_encoding) noexcept {
     if (in_encoding != EncodingType::ENC_UTF8) {
         return EncodingInfo::GetCodeUnitWidth(in_encoding);
     }
-    // The longest piece that could begin a sequence.
+    // The longest run of bytes that can begin a sequence.
     const auto* const at = reinterpret_cast<const unsigned char*>(in_bytes.data());
     char32_t codePoint = 0;
     std::size_t count = 1;
@@ -193,8 +194,9 @@ bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t 
         EncodePart(encoder, in_text, out_buffer, in_capacity, out_done);
         return true;
     }
-    // The transcoder may leave scratch behind its position, up to the end that it is given. The
-    // output of the tail covers that of the head; its own stays out of the buffer.
+    // The transcoder may leave scratch after its position, up to the end of the buffer. The
+    // output of the tail overwrites the scratch of the head; the scratch of the tail stays out of
+    // the buffer.
     const std::size_t start = GetStartOfTail(in_text);
     if (start > 0 &&
         !EncodePart(encoder, in_text.substr(0, start), out_buffer, in_capacity, out_done)) {
@@ -218,7 +220,7 @@ std::int64_t MeasureDirectly(std::u16string_view in_text, EncodingType in_encodi
     if (counted >= 0 || encoder == nullptr) {
         return counted;
     }
-    // A single-byte set: no code point gives more bytes than it has units.
+    // In a single-byte set no code point has more bytes than UTF-16 units.
     char scratch[1024];
     EncodedText done;
     for (std::size_t start = 0; start < in_text.size();) {
@@ -252,7 +254,8 @@ EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_te
         if (U_FAILURE(io_status) && io_status != U_BUFFER_OVERFLOW_ERROR) {
             return done;
         }
-        // It does not fit. How many bytes lead a stateful encoding back is only known by trying.
+        // It does not fit. Only a try shows how many bytes return a stateful encoding to its
+        // initial state.
         io_status = U_ZERO_ERROR;
         units = GetShorterBeginning(io_converter, in_text, converted, units, io_status);
         done.m_isTruncated = true;
@@ -295,7 +298,7 @@ std::int32_t DecodeDirectly(std::string_view in_bytes, EncodingType in_encoding,
     while (result == TRANSCODER_INVALID || result == TRANSCODER_INCOMPLETE) {
         std::memcpy(target.m_data + target.m_position, &REPLACEMENT, UNIT);
         target.m_position += UNIT;
-        // What the end cuts off is one error.
+        // A sequence cut off by the end is one error.
         source.m_position +=
             result == TRANSCODER_INCOMPLETE
                 ? source.m_length - source.m_position

@@ -1,8 +1,8 @@
-/// Whole strings to bytes of an encoding and back: the steps that the strings and the string
-/// converters share.
+/// Converts whole strings to bytes of an encoding and back: the steps that the strings and the
+/// string converters share.
 ///
-/// UnicodeForms.h converts where it can, and what is malformed is replaced here as ICU replaces it;
-/// ICU converts all other encodings. The functions hold no state and take no lock.
+/// UnicodeForms.h converts if it can, and malformed text is replaced here as ICU does; ICU converts
+/// all other encodings. The functions hold no state and take no lock.
 #ifndef PLATFORMABSTRACTION_ICU_TEXTENCODING_H
 #define PLATFORMABSTRACTION_ICU_TEXTENCODING_H
 
@@ -20,14 +20,14 @@
 
 namespace Orska::Support {
 
-/// What a conversion to bytes has done.
+/// The result of a conversion to bytes.
 struct EncodedText {
     std::int64_t m_bytes = 0;  ///< written, whole code points only
     bool m_isTruncated = false;
 };
 
-/// How much of a buffer a text can use. A capacity may be larger than memory is, so that the end of
-/// the buffer cannot be computed.
+/// How many bytes of a buffer a text can use. The capacity can be larger than memory, and then the
+/// end of the buffer cannot be computed.
 inline std::int64_t GetUsableCapacity(std::u16string_view in_text,
                                       std::int64_t in_capacity) noexcept {
     if (in_capacity > INT32_MAX) [[unlikely]] {
@@ -36,9 +36,9 @@ inline std::int64_t GetUsableCapacity(std::u16string_view in_text,
     return in_capacity;
 }
 
-/// Writes a text with a byte for each unit.
+/// Writes a text with one byte for each unit.
 /// @param in_last  7F for ASCII, FF for latin1
-/// @return false, with other bytes written, when a unit is above
+/// @return false, with wrong bytes written, when a unit is above `in_last`
 inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_bytes) noexcept {
     constexpr std::size_t BLOCK = 8;
     if (in_text.size() < BLOCK) {
@@ -65,11 +65,11 @@ inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_
     return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
 }
 
-/// Encodes without ICU. After the bytes it writes nothing, except zeros in place of a code point
-/// that did not fit.
+/// Encodes without ICU. Writes nothing after the bytes, except zeros in place of a code point that
+/// did not fit.
 /// @param in_capacity  bytes
 /// @param in_isScratchAllowed  the rest of the buffer may be overwritten
-/// @return false, with nothing done, for an encoding that only ICU has
+/// @return false, with nothing written, for an encoding that only ICU has
 bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t in_capacity,
                     EncodingType in_encoding, EncodedText& out_done,
                     bool in_isScratchAllowed = false) noexcept;
@@ -78,8 +78,8 @@ bool EncodeDirectly(std::u16string_view in_text, char* out_buffer, std::int64_t 
 std::int64_t MeasureDirectly(std::u16string_view in_text, EncodingType in_encoding) noexcept;
 
 /// Encodes with ICU: the whole text, ended in the encoding's initial state, or else the most whole
-/// code points that fit together with what ends them. The rest of the buffer is then zeros.
-/// @param io_converter  in any state, as in the functions below; nothing of it reaches the result
+/// code points that fit together with their end. The rest of the buffer is then zeros.
+/// @param io_converter in any state, which does not affect the result; also in the functions below
 /// @param out_attempts  how many conversions it took, counting one that failed
 EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_text,
                              char* out_buffer, std::int64_t in_capacity, int& out_attempts,

@@ -24,8 +24,8 @@ using namespace Siconv;
 
 constexpr int MEMORY_INDEX = static_cast<int>(EncodingType::ENC_UTF16LE);
 
-// Blocks first, then code points. A block step that meets code points it leaves out is tried again
-// after them. The widths are those of a code unit, in bytes.
+// Blocks first, then code points. After code points that a block step leaves out, the step is tried
+// again. The widths are those of a code unit, in bytes.
 template <class Reader, std::uint64_t SOURCE_WIDTH, class Writer, std::uint64_t TARGET_WIDTH,
           UnicodeForms::BlockStep BLOCKS>
 std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
@@ -47,7 +47,7 @@ std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) n
         const std::int32_t result = ConvertCodePoints<Reader, Writer>(part, io_target);
         const bool isAdvanced = part.m_position > io_source.m_position;
         io_source.m_position = part.m_position;
-        // A code point that was cut only by the end of the part is read again.
+        // A code point that only the end of the part cut is read again.
         const bool isOnlyCut = result == TRANSCODER_INCOMPLETE && isAdvanced;
         if (result != TRANSCODER_DONE && !isOnlyCut) {
             return result;
@@ -64,7 +64,7 @@ TranscoderFunction GetCopy() noexcept {
                                            : COPY<UnicodeForms::CopyUtf16_SSE2>;
 }
 
-// The single-byte sets. Find gives the byte for a unit, or -1.
+// The single-byte sets. Find returns the byte for a unit, or -1.
 
 struct UsAscii {
     static constexpr UnicodeForms::ByteRange BLOCKS = {0x7F, 0xFFFF};
@@ -95,8 +95,8 @@ struct CodePointRange {
     char32_t m_last;
 };
 
-// The default ignorable code points as ICU's substitution callback lists them: where an encoding
-// lacks one of these, ICU writes nothing.
+// The default ignorable code points in ICU's substitution callback. ICU writes nothing for one that
+// an encoding lacks.
 constexpr CodePointRange IGNORABLE[] = {
     {0x00AD, 0x00AD},   {0x034F, 0x034F},   {0x061C, 0x061C}, {0x115F, 0x1160}, {0x17B4, 0x17B5},
     {0x180B, 0x180F},   {0x200B, 0x200F},   {0x202A, 0x202E}, {0x2060, 0x206F}, {0x3164, 0x3164},
@@ -105,7 +105,7 @@ constexpr CodePointRange IGNORABLE[] = {
 };
 
 bool IsIgnorable(char32_t in_codePoint) {
-    // Most of what a set lacks is in these ranges.
+    // Most code points that a set lacks are in these ranges.
     if (in_codePoint < 0x034F || (in_codePoint > 0x206F && in_codePoint < 0xFE00)) {
         return in_codePoint == 0x00AD || in_codePoint == 0x3164;
     }
@@ -115,8 +115,8 @@ bool IsIgnorable(char32_t in_codePoint) {
         });
 }
 
-// To a single-byte set. What it lacks becomes the substitute, or nothing, as ICU has it; a code
-// point that gives no byte needs no room.
+// Converts to a single-byte set. A code point that it lacks becomes the substitute, or nothing, as
+// in ICU; one without a byte needs no room.
 template <class Set>
 std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
     constexpr std::ptrdiff_t BLOCK = 16;  // units
@@ -135,7 +135,7 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
             to += done;
         }
         for (const char* const stop = from + std::min(end - from, 2 * BLOCK); from < stop;) {
-            // Mostly the unit alone decides.
+            // Mostly one unit is enough.
             char16_t unit = 0;
             int byte = -1;
             if (end - from > 1) {
@@ -166,7 +166,7 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
     return result;
 }
 
-// As latin1, but each byte from 80 on is malformed and gives U+FFFD.
+// As latin1, but each byte from 80 on is malformed and becomes U+FFFD.
 std::int32_t ConvertFromAscii(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
     const char* const from = io_source.m_data + io_source.m_position;
     char* const to = io_target.m_data + io_target.m_position;
@@ -242,7 +242,7 @@ std::uint64_t GetMostUtf16Units(EncodingType in_encoding, std::uint64_t in_bytes
         case EncodingType::ENC_UTF16BE:
         case EncodingType::ENC_UTF32LE:
         case EncodingType::ENC_UTF32BE:
-            return in_bytes / 2 + in_bytes % 2;  // one for what is cut off at the end
+            return in_bytes / 2 + in_bytes % 2;  // one for a unit cut off at the end
         default:
             return in_bytes;
     }
@@ -263,7 +263,7 @@ std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_enco
             return -1;
     }
     const bool isUtf8 = in_encoding == EncodingType::ENC_UTF8;
-    // As wide as the units, which lets the compiler look at eight at once.
+    // As wide as the units, so that the compiler handles eight at once.
     std::uint16_t found = 0;
     for (std::size_t start = 0; start < in_text.size(); start += MOST) {
         std::uint16_t extra = 0;

@@ -1,9 +1,9 @@
-/// Conversion between the UTF-16 that strings are kept in and bytes of an encoding, without ICU.
+/// Converts between UTF-16 in memory and bytes of an encoding, without ICU.
 ///
-/// The functions have the form and the contract of the transcoder's (Siconv/Transcoder.h), and give
-/// the bytes and positions that ICU's converters give on valid text. So what a single-byte set
-/// lacks is replaced here, or gives no byte, as ICU has it; the transcoder's own functions towards
-/// those sets are not used. On malformed text they stop; the caller replaces it.
+/// The functions have the form and the contract of the transcoder's (Siconv/Transcoder.h). On valid
+/// text they give the same bytes and positions as ICU's converters. So they replace or drop the
+/// code points that a single-byte set lacks, as ICU does; the transcoder's functions to those sets
+/// are not used. On malformed text they stop; the caller replaces it.
 ///
 /// Tables are constant and functions hold no state; any thread may call them.
 #ifndef PLATFORMABSTRACTION_ICU_UNICODEFORMS_H
@@ -23,7 +23,7 @@ TranscoderFunction GetUtf16Encoder(EncodingType in_encoding) noexcept;
 /// From a legal encoding to UTF-16 in memory; null when only ICU can do it.
 TranscoderFunction GetUtf16Decoder(EncodingType in_encoding) noexcept;
 
-/// How many code units the bytes can give at most, a U+FFFD for what is malformed included.
+/// The most code units that the bytes can become, with the U+FFFD for malformed bytes.
 /// @param in_bytes  bytes of the encoding
 std::uint64_t GetMostUtf16Units(EncodingType in_encoding, std::uint64_t in_bytes) noexcept;
 

@@ -18,14 +18,14 @@ void StoreUnits(char* out_at, __m256i in_units) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at), in_units);
 }
 
-// All ones in each 16-bit lane whose upper bits are those of the kind.
+// Sets each 16-bit lane whose upper bits are those of the kind to all ones.
 __m256i IsKind(__m256i in_units, int in_mask, int in_kind) {
     return _mm256_cmpeq_epi16(
         _mm256_and_si256(in_units, _mm256_set1_epi16(static_cast<short>(in_mask))),
         _mm256_set1_epi16(static_cast<short>(in_kind)));
 }
 
-// Copies a block and gives the lanes in which a lead has no trail after it or a trail no lead
+// Copies a block and returns the lanes in which a lead has no trail after it or a trail no lead
 // before it. Reads 2 bytes past the block.
 __m256i CopyBlock(const char* in_source, char* out_target) {
     const __m256i units = LoadUnits(in_source);
@@ -48,9 +48,8 @@ struct Pairs {
     }
 };
 
-// Copies blocks up to the first ones that hold others than the form's units, and gives the units
-// done. Most text has no surrogates, or in a run nothing else, and one look at each unit is enough
-// to see that.
+// Copies blocks until some hold units outside the form, and returns the units done. Most text has
+// no surrogates, or runs of nothing else, so one test of each unit is enough.
 template <class Form>
 std::uint64_t CopyBlocksOf(const char* in_source, char* out_target, std::uint64_t in_count) {
     std::uint64_t done = 0;
@@ -83,7 +82,7 @@ std::uint64_t CopyUtf16_AVX2(const char* in_source, char* out_target, std::uint6
     }
     std::uint64_t done = CopyBlocksOf<Plain>(in_source, out_target, in_count);
     done += CopyBlocksOf<Pairs>(in_source + 2 * done, out_target + 2 * done, in_count - done);
-    // Neither ends after a lead, and what follows looks for trails after its own units only.
+    // Neither ends after a lead, and the code below looks for trails after its own units only.
     if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
         return done;
     }

@@ -17,7 +17,7 @@ void StoreUnits(char* out_at, __m128i in_units) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out_at), in_units);
 }
 
-// All ones in each 16-bit lane whose upper six bits are those of the kind.
+// Sets each 16-bit lane whose upper six bits are those of the kind to all ones.
 __m128i IsKind(__m128i in_units, int in_kind) {
     return _mm_cmpeq_epi16(_mm_and_si128(in_units, _mm_set1_epi16(static_cast<short>(0xFC00))),
                            _mm_set1_epi16(static_cast<short>(in_kind)));
@@ -53,7 +53,7 @@ std::uint64_t CopyUtf16(const char* in_source, char* out_target, std::uint64_t i
     }
     std::uint64_t done = 0;
     while (done + BLOCK < in_count) {
-        // Every lead has its trail after it, and every trail its lead before it.
+        // Every lead must have a trail after it, and every trail a lead before it.
         const __m128i units = load(in_source + 2 * done);
         const __m128i next = load(in_source + 2 * done + 2);
         const __m128i differ = _mm_xor_si128(IsKind(units, 0xD800), IsKind(next, 0xDC00));
@@ -111,7 +111,7 @@ std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::ui
         const __m128i low = LoadUnits(in_source + 4 * done);
         const __m128i high = LoadUnits(in_source + 4 * done + 16);
         const __m128i above = _mm_srli_epi32(_mm_or_si128(low, high), 16);
-        // The signed saturation of the packing does nothing to sign-extended values.
+        // The signed saturation of the packing does not change sign-extended values.
         const __m128i units = _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(low, 16), 16),
                                               _mm_srai_epi32(_mm_slli_epi32(high, 16), 16));
         const bool isBmp = _mm_movemask_epi8(_mm_cmpeq_epi32(above, _mm_setzero_si128())) == 0xFFFF;

@@ -9,7 +9,7 @@ WideStreamBlitter::WideStreamBlitter(EncodingType in_encoding, std::uint8_t in_f
 
 void WideStreamBlitter::DoConvert(std::uint64_t in_bytesWanted) {
     const std::uint64_t remaining = GetSourceRemaining();
-    // More than the target can take is never copied, whatever the caller wants.
+    // Never copies more than the target has room for, whatever the caller wants.
     const auto wanted =
         static_cast<std::uint64_t>(GetTargetLimit(in_bytesWanted) - m_targetPosition);
     const std::uint64_t count = remaining <= wanted ? remaining : wanted;

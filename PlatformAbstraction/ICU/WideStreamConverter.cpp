@@ -109,7 +109,7 @@ void WideStreamConverter::ConvertSourceToIntermediate() {
     m_isSourceConsumed = result == TRANSCODER_DONE;
 }
 
-// Reads well-formed text; gives the transcoder's result.
+// Reads well-formed text; returns the transcoder's result.
 std::int32_t WideStreamConverter::ReadDirectly() {
     TranscoderSource source{m_sourcePosition, GetSourceRemaining(), 0};
     TranscoderTarget target{reinterpret_cast<char*>(m_intermediate), sizeof(m_intermediate),
@@ -120,13 +120,13 @@ std::int32_t WideStreamConverter::ReadDirectly() {
     return result;
 }
 
-// Reads through ICU: all, or, where there is a faster way, just past the malformed or cut place.
-// Gives DONE when the piece has been read, FULL, or INCOMPLETE when there is more to read.
+// Reads through ICU: everything, or, if there is a faster way, only past the malformed or cut
+// place. Returns DONE when the piece has been read, FULL, or INCOMPLETE when there is more to read.
 std::int32_t WideStreamConverter::ReadThroughIcu() {
     const std::uint64_t remaining = GetSourceRemaining();
     const std::uint64_t count = std::min(remaining, CountBytesForIcu());
     UErrorCode status = U_ZERO_ERROR;
-    // At the end of the text ICU is told to flush: it replaces an incomplete code point.
+    // At the end of the text ICU flushes, and so replaces an incomplete code point.
     ucnv_toUnicode(m_sourceConverter.getAlias(), &m_fill, m_intermediate + INTERMEDIATE_UNITS,
                    &m_sourcePosition, m_sourcePosition + count, nullptr,
                    m_isLastPiece && count == remaining, &status);
@@ -140,7 +140,7 @@ std::int32_t WideStreamConverter::ReadThroughIcu() {
     return count == remaining ? TRANSCODER_DONE : TRANSCODER_INCOMPLETE;
 }
 
-// Converts the piece by ICU alone, which from UTF-8 needs no UTF-16 in between. False: the target
+// Converts the piece with ICU alone, which needs no UTF-16 in between from UTF-8. False: the target
 // is full.
 bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
     if (m_isFinished && m_isSourceConsumed) {
@@ -160,7 +160,7 @@ bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
         AdvanceTarget(static_cast<std::uint64_t>(position - m_targetPosition));
         CheckStatus(status, "Orska::Support::WideStreamConverter::DoRegularConvert");
         const bool isCut = status == U_BUFFER_OVERFLOW_ERROR;
-        // Both converters may keep something, so that only ICU can go on.
+        // Both converters may keep something, so only ICU can go on.
         m_isIcuReading = true;
         m_isIcuWriting = isCut;
         if (isEnd && !isCut) {
@@ -186,8 +186,8 @@ bool WideStreamConverter::DoRegularConvert(char* in_limit) {
     return isRoomLeft;
 }
 
-// Gives out what an earlier target could not take, and with it what ICU kept of the same code
-// point. False: this target cannot take it either; what it cannot take is held again.
+// Writes the bytes that did not fit into an earlier target, and those of the same code point that
+// ICU kept. False: they do not fit here either, and are held again.
 bool WideStreamConverter::ConvertWholeCodePointWithPartials(char* in_limit) {
     if (m_heldCount == 0) {
         return true;
@@ -198,7 +198,7 @@ bool WideStreamConverter::ConvertWholeCodePointWithPartials(char* in_limit) {
     }
     const char* const entry = m_targetPosition;
     CopyHeldOutput(in_limit);
-    // No new units, so that all that is written belongs to one code point.
+    // No new units, so all bytes belong to one code point.
     if (ConvertUnits(in_limit, 0)) {
         return true;
     }
@@ -207,9 +207,9 @@ bool WideStreamConverter::ConvertWholeCodePointWithPartials(char* in_limit) {
     return false;
 }
 
-// Converts so that the target ends with a whole code point. The units are converted one by one, so
-// that it is known where a code point begins, but as long as there is room for any output of many
-// they go together. The first call passes no new unit and gives out what ICU kept.
+// Converts so that the target ends with a whole code point. It converts many units at once while
+// there is room for any output of them, then one by one, because it has to know where a code point
+// begins. The first call passes no new unit and writes what ICU kept.
 void WideStreamConverter::FinishConvertForNulTerminated(char* in_limit) {
     std::int64_t units = 0;
     for (;;) {
@@ -245,7 +245,7 @@ bool WideStreamConverter::ConvertUnits(char* in_limit, std::int64_t in_units) {
         if (m_encoder != nullptr && !m_isIcuWriting && WriteDirectly(in_limit, end)) {
             return true;
         }
-        // Where there is a faster way: only the code point that it left out.
+        // If there is a faster way, ICU converts only the code point that it left out.
         const UChar* const icuEnd =
             m_encoder == nullptr ? end : m_read + std::min<std::int64_t>(end - m_read, 2);
         if (!WriteThroughIcu(in_limit, icuEnd)) {
@@ -255,7 +255,7 @@ bool WideStreamConverter::ConvertUnits(char* in_limit, std::int64_t in_units) {
     return true;
 }
 
-// How much ICU may read before the faster way is tried again.
+// How many bytes ICU reads before the faster way is tried again.
 std::uint64_t WideStreamConverter::CountBytesForIcu() const noexcept {
     constexpr std::uint64_t BYTES_AROUND_A_MALFORMED_PLACE = 8;
     if (m_decoder == nullptr) {
@@ -299,7 +299,7 @@ bool WideStreamConverter::WriteThroughIcu(const char* in_limit, const UChar* in_
     return status == U_ZERO_ERROR;
 }
 
-// Called when all units have been converted: at the end of the text, holds what ends it.
+// Called when all units have been converted: at the end of the text, holds its last bytes.
 void WideStreamConverter::HoldEndOfText() {
     if (m_isFinished || !m_isLastPiece) {
         return;
@@ -319,14 +319,15 @@ void WideStreamConverter::FinishText() noexcept {
 }
 
 // How many units of the intermediate buffer can be converted without being cut; at least 1 unless
-// it is empty. The 10 units less are what ICU asks for on top, for shift sequences around the text.
+// it is empty. The 10 units less are the extra room that ICU asks for, for shift sequences around
+// the text.
 std::int64_t WideStreamConverter::CountUnitsThatFit(const char* in_limit) const noexcept {
     const std::int64_t fitting = (in_limit - m_targetPosition) / m_mostBytesPerUnit - 10;
     return std::min<std::int64_t>(std::max<std::int64_t>(fitting, 1), m_fill - m_read);
 }
 
-// Takes the bytes of a cut code point back from the target, but no more than a code point may have
-// by the encoding's table, so that a target with that much room always takes something.
+// Moves the bytes of a cut code point from the target into the held output, but no more than a code
+// point has by the encoding's table: so a target with that much room always gets something.
 void WideStreamConverter::HoldCutOutput(const char* in_entry) noexcept {
     const auto count = static_cast<std::uint8_t>(
         std::min<std::int64_t>(m_targetPosition - in_entry, m_targetMostBytesPerCodePoint));

@@ -1,16 +1,16 @@
-/// The stream converter for all pairs that have no direct way: two ICU converters with UTF-16
-/// between them. Where one side is an encoding of Unicode, latin1 or cp1252, its ICU converter only
-/// does what is malformed or cut; the rest goes the faster way that gives the same.
+/// The stream converter for all other pairs: two ICU converters with UTF-16 between them. If one
+/// side is a Unicode encoding, latin1 or cp1252, its ICU converter only handles malformed or cut
+/// code points; a faster way converts the rest with the same result.
 ///
-/// Malformed input, an incomplete code point at the end of the last piece included, and code
-/// points that the target lacks are substituted as ICU does by default. A stateful target encoding
-/// is led back to its initial state at the end of the last piece.
-/// ICU's own conversion differs in one point: it does not lead HZ back.
+/// Malformed input, an incomplete code point at the end of the last piece included, and code points
+/// that the target lacks are substituted as ICU does by default. A stateful target encoding returns
+/// to its initial state at the end of the last piece. ICU's own conversion differs in one point: HZ
+/// does not return to ASCII.
 ///
-/// DoConvertWithNul keeps code points whole: one that does not fit in front of the NUL is
-/// held for the next target. If a code point takes more bytes than the encoding's table allows
-/// (only by the shift sequences of ISO-2022), the surplus stays in the first target; joined, the
-/// parts are right. A target that cannot take what is held takes nothing.
+/// DoConvertWithNul keeps code points whole: one that does not fit before the NUL is held for the
+/// next target. If a code point takes more bytes than the encoding's table allows (only by the
+/// shift sequences of ISO-2022), the surplus stays in the first target; joined, the parts are
+/// right. A target without room for the held bytes gets nothing.
 #ifndef PLATFORMABSTRACTION_ICU_WIDESTREAMCONVERTER_H
 #define PLATFORMABSTRACTION_ICU_WIDESTREAMCONVERTER_H
 
@@ -56,17 +56,17 @@ private:
 
     const icu::LocalUConverterPointer m_sourceConverter;
     const icu::LocalUConverterPointer m_targetConverter;
-    /// The faster ways to and from UTF-16, null where ICU is the only one. ICU still converts what
-    /// is malformed or cut by the end of a piece or target.
+    /// The faster ways to and from UTF-16, null if only ICU can convert. ICU still converts code
+    /// points that are malformed or cut by the end of a piece or target.
     const TranscoderFunction m_decoder;
     const TranscoderFunction m_encoder;
-    /// ICU has ways of its own from UTF-8 to many encodings.
+    /// ICU converts UTF-8 to many encodings without UTF-16.
     const bool m_isIcuDirect;
-    /// The most bytes that one UTF-16 code unit can give, shift sequences included.
+    /// The most bytes of one UTF-16 code unit, shift sequences included.
     const std::int64_t m_mostBytesPerUnit;
     bool m_isIcuReading = false;  ///< the source's converter keeps input or output
     bool m_isIcuWriting = false;  ///< the target's converter does
-    bool m_isFinished = false;    ///< the text has ended; both converters are as new
+    bool m_isFinished = false;    ///< the text has ended; both converters are reset
     std::uint8_t m_heldCount = 0;
     char m_held[ICU_MOST_END_BYTES] = {};
     UChar* m_read = m_intermediate;

@@ -34,14 +34,14 @@ void CheckStatus(UErrorCode in_status, const char* in_function) {
     }
 }
 
-// True when bytes lie in the text that they are to replace.
+// True when the bytes are inside the text that they will replace.
 bool IsInside(const char* in_bytes, const icu::UnicodeString& in_text) noexcept {
     const char* const start = reinterpret_cast<const char*>(in_text.getBuffer());
     return !std::less<>()(in_bytes, start) &&
            std::less<>()(in_bytes, start + in_text.getCapacity() * sizeof(char16_t));
 }
 
-// The bytes in front of the first zero code unit.
+// Counts the bytes before the first zero code unit.
 template <std::size_t WIDTH>
 std::int64_t FindNul(const char* in_buffer) noexcept {
     constexpr char NUL[WIDTH] = {};
@@ -60,7 +60,7 @@ struct WideStringConverter::ConverterPool {
     std::size_t m_opened = 0;  ///< including those in use
 };
 
-/// Takes a converter for the time of one conversion.
+/// Takes a converter from the pool for one conversion.
 class WideStringConverter::AutoPoolConverter {
 public:
     /// @throws ErrorException "ICUCreateUConverterErr" with the encoding's ICU name
@@ -76,7 +76,7 @@ public:
         m_converter = OpenConverter(
             in_encoding,
             TraceSite{"Orska::Support::AutoPoolConverter::AutoPoolConverter", SOURCE, 0});
-        // Room for it in the list, so that returning it cannot fail.
+        // Reserves room for it in the list, so that returning it cannot fail.
         const std::lock_guard<std::mutex> lock(m_pool.m_lock);
         m_pool.m_converters.reserve(m_pool.m_opened + 1);
         ++m_pool.m_opened;
@@ -209,7 +209,7 @@ std::int64_t WideStringConverter::GetNulTerminatedStringLength(const char* in_bu
     if (in_buffer == nullptr) {
         return 0;
     }
-    // ICU, asked to convert the text to its own encoding, gives the same count: a U+FFFD is as long
+    // ICU would count the same when it converts the text to its own encoding: a U+FFFD is as long
     // as the malformed unit that it replaces.
     switch (EncodingInfo::GetCodeUnitWidth(in_encoding)) {
         case 1:

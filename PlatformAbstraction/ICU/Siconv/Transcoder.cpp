@@ -17,9 +17,9 @@ const TranscoderTable& GetTable(CpuLevel in_level) noexcept {
     return in_level >= CpuLevel::SSSE3 ? SSSE3_TABLE : SSE2_TABLE;
 }
 
-// Bytes of output for four bytes of source. The single-byte rows equal the UTF-8 row, which makes
-// their factor towards UTF-8 1 although a cp1252 byte can take three bytes there: callers rely on
-// the table as it is.
+// Bytes of output for four bytes of source. The single-byte rows equal the UTF-8 row, so their
+// factor to UTF-8 is 1 although a cp1252 byte can take three bytes there. Callers rely on the table
+// as it is.
 constexpr std::uint8_t RATIO[INDEX_COUNT][INDEX_COUNT] = {
     {4, 8, 8, 16, 16, 4, 4},  //
     {6, 4, 4, 8, 8, 2, 2},    //

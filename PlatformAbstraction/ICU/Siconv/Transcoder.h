@@ -1,33 +1,34 @@
 /// The transcoder: direct conversion between the seven common encodings, without ICU, without an
-/// intermediate form and without allocation. One function a pair; each works on a source and a
-/// target buffer and leaves exact positions behind, so that a caller can go on with the next piece.
+/// intermediate form and without allocation. Each pair has one function, which works on a source
+/// and a target buffer and sets exact positions, so that a caller can go on with the next piece.
 ///
-/// What every function does, at every processor level, with the same bytes, positions and result:
-/// - Code points are converted one after another from the source position on. Before each one the
-///   function asks, in this order: is the source used up (DONE), is the next code point cut off by
-///   the end of the source (INCOMPLETE), is it invalid (INVALID), does its output fit (FULL)? It
-///   stops at the first yes. So a source that is used up is DONE however full the target is, and
-///   malformed input is reported even when the target has no room left.
+/// Every function follows these rules, with the same bytes, positions and result at every
+/// processor level:
+/// - It converts one code point after another from the source position on. It stops before a code
+///   point, in this order of tests, if the source is used up (DONE), the end of the source cuts the
+///   code point off (INCOMPLETE), it is invalid (INVALID) or its output does not fit (FULL). So a
+///   source that is used up is DONE even if the target is full, and malformed input is reported
+///   even if the target has no room left.
 /// - On return the source position is at the first code point that was not converted, and the
-///   target position is after the last one that was. A code point is never written in part.
+///   target position is after the last converted one. A code point is never written in part.
 /// - Bytes outside [position, length) of either buffer are neither read nor written. Bytes of the
-///   target between the returned position and its length may have been overwritten with scratch.
+///   target between the returned position and its length may be overwritten with scratch.
 ///
-/// What is invalid:
+/// Invalid input:
 /// - UTF-8: overlong forms, surrogates, values above U+10FFFF, a continuation byte without a lead,
 ///   a lead without its continuation bytes, and the bytes C0, C1, F5 to FF. A sequence that the end
-///   of the source cuts off is INCOMPLETE if some continuation makes it valid; else INVALID at
-///   once (ED A0 at the end is INVALID).
+///   of the source cuts off is INCOMPLETE if some continuation makes it valid, otherwise INVALID
+///   (as ED A0 at the end).
 /// - UTF-16: a trail surrogate without a lead, a lead that is not followed by a trail. A single
 ///   byte at the end, and a lead surrogate with fewer than two bytes after it, are INCOMPLETE.
 /// - UTF-32: surrogates and values above U+10FFFF. One to three bytes at the end are INCOMPLETE.
 /// - latin1 and cp1252: nothing. The five bytes that cp1252 leaves undefined (81, 8D, 8F, 90, 9D)
 ///   are the code points of the same value.
 ///
-/// Towards a single-byte target a code point up to U+00FF is the byte of that value and any other
-/// is 1A, the ASCII substitute. This is meant for cp1252 as well: U+20AC becomes 1A although cp1252
-/// has a byte for it, and latin1 to cp1252 copies. A byte order mark is a code point like any
-/// other.
+/// For a single-byte target a code point up to U+00FF becomes the byte of that value and any other
+/// becomes 1A, the ASCII substitute. On purpose this is so for cp1252 too: U+20AC becomes 1A
+/// although cp1252 has a byte for it, and latin1 to cp1252 copies. A byte order mark is a code
+/// point like any other.
 ///
 /// The functions hold no state; any thread may call them.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_TRANSCODER_H
@@ -40,7 +41,7 @@
 
 namespace Orska::Support {
 
-/// A buffer of the caller's and how far it has been used. All sizes are bytes.
+/// A buffer of the caller and how much of it is used. All sizes are bytes.
 template <class Byte>
 struct TranscoderContext {
     Byte* m_data;              ///< may be null when the length is 0
@@ -51,7 +52,7 @@ struct TranscoderContext {
 using TranscoderSource = TranscoderContext<const char>;
 using TranscoderTarget = TranscoderContext<char>;
 
-/// Results of a transcoder function; see the file comment for which one wins.
+/// Results of a transcoder function; see the file comment for their order.
 enum TranscoderResult : std::int32_t {
     TRANSCODER_DONE = 0,         ///< the source is used up
     TRANSCODER_INVALID = -1,     ///< malformed input at the source position
@@ -68,21 +69,22 @@ constexpr int TRANSCODER_NO_INDEX = 7;
 /// The index of an encoding: its value for 0 to 6, 6 for ibm-5348 (96), else TRANSCODER_NO_INDEX.
 int GetTranscoderIndex(EncodingType in_encoding) noexcept;
 
-/// The function of a pair, at the best level in force (GetCpuLevel).
-/// @param in_source, in_target  indexes as GetTranscoderIndex gives them
+/// The function of a pair for the level in use (GetCpuLevel).
+/// @param in_source, in_target indexes from GetTranscoderIndex
 /// @return null when the pair has none
 TranscoderFunction GetTranscoder(int in_source, int in_target) noexcept;
 
-/// The function of a pair that a processor of a level gets, for tests and benchmarks. The caller
-/// must know that this processor has the level (DetectCpuLevel).
+/// The function of a pair for a given level, for tests and benchmarks. The caller must check that
+/// this processor has the level (DetectCpuLevel).
 TranscoderFunction GetTranscoderAtLevel(int in_source, int in_target, CpuLevel in_level) noexcept;
 
-/// The plain function of a pair, which defines what the others do; null when the pair has none.
+/// The scalar function of a pair, which defines the results of the others; null when the pair
+/// has none.
 TranscoderFunction GetScalarTranscoder(int in_source, int in_target) noexcept;
 
-/// How many bytes a conversion gives at most: ratio * source bytes / 4, rounded down, and INT64_MAX
-/// for what is beyond. From latin1 and cp1252 the ratio to UTF-8 is that of ASCII text: a byte from
-/// 80 on takes two bytes there, or three.
+/// The most bytes of a conversion: ratio * source bytes / 4, rounded down, at most INT64_MAX. From
+/// latin1 and cp1252 the ratio to UTF-8 is that of ASCII text: a byte from 80 on takes two bytes
+/// there, or three.
 /// @return bytes; -1 when either index is TRANSCODER_NO_INDEX
 std::int64_t GetTranscoderWorstCase(int in_source, int in_target,
                                     std::uint64_t in_sourceBytes) noexcept;

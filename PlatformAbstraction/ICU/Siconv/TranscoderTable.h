@@ -1,6 +1,6 @@
-/// The pairs that the transcoder converts directly, and the table of functions that the plain form
-/// and each processor level has for them. Files that are compiled for a level include this, so it
-/// holds no code that could be linked into others.
+/// The pairs that the transcoder converts, and the table of functions that the scalar form and each
+/// processor level have for them. Files compiled for a level include this, so it has no code that
+/// could be linked into other files.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_TRANSCODERTABLE_H
 #define PLATFORMABSTRACTION_ICU_SICONV_TRANSCODERTABLE_H
 
@@ -8,7 +8,7 @@
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 
-// Hidden, where the object format has that, so that a kernel reaches a table without loading its
+// Hidden, if the object format can do that, so that a kernel reads a table without loading its
 // address first.
 #ifdef __ELF__
 #define ORSKA_TABLE extern const __attribute__((visibility("hidden")))
@@ -44,7 +44,7 @@ struct TranscoderTable {
     TranscoderFunction m_functions[INDEX_COUNT][INDEX_COUNT];
 };
 
-/// latin1 to cp1252, at every level: each byte is written as it is (see Transcoder.h for 80 to 9F).
+/// latin1 to cp1252, at every level: copies the bytes (see Transcoder.h for 80 to 9F).
 std::int32_t CopyBytes(TranscoderSource& io_source, TranscoderTarget& io_target);
 
 // latin1 and cp1252 are one target: see Transcoder.h.

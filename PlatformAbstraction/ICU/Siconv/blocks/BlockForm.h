@@ -1,5 +1,5 @@
-// All pairs with the vectors of a level, V: which blocks convert which pair. Included by levels
-// only; everything is local to the including file.
+// All pairs with the vectors of a level, V: tells which blocks convert which pair. Included by
+// levels only; everything is local to the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_BLOCKFORM_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_BLOCKFORM_H
 

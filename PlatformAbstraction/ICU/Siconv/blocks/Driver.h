@@ -1,19 +1,19 @@
-// The way through a text that all kernels share: whole blocks, the last one in part, and the ends
-// of small targets. Included by kernels only; everything is local to the including file.
+// The loops over a text that all kernels share: whole blocks, the last one in part, and the ends of
+// small targets. Included by kernels only; everything is local to the including file.
 //
 // A class of blocks converts from one encoding to another. It has
 // - V, the vectors it uses; SOURCE_UNIT and TARGET_UNIT, the bytes of a plain character;
-// - HAS_PAIRS, whether it has ConvertTwo(block, block, to), which converts two blocks if they are
-//   of a kind that it has a quicker way for;
-// - ROOM, the most bytes that converting a block may write, scratch after the text included;
+// - HAS_PAIRS, whether it has ConvertTwo(block, block, to), which converts two blocks if there is a
+//   quicker way for their kind;
+// - ROOM, the most bytes written for a block, scratch after the text included;
 // - Load(at) and LoadPart(at, size), V::SIZE bytes with units in the processor's byte order;
 // - IsPlain(block), whether its characters need no more than other units (at least ASCII is so),
 //   and WritePlain(to, block);
 // - Convert(block, to), false with nothing changed when the block is not valid so far;
-// - ContinueRun(cursor, start), which may go on by itself after a converted block;
+// - ContinueRun(cursor, start), which may convert more after a converted block;
 // - IsPending(), whether the last block ended inside a code point;
 // - TakeBack(cursor, start), which steps back to the start of such a code point;
-// - GetWhole(at, size), what of a piece is whole code points, if it is valid.
+// - GetWhole(at, size), the size of the whole code points of a piece, if it is valid.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_DRIVER_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_DRIVER_H
 
@@ -24,7 +24,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Up to 32 bytes by overlapping moves.
+// Copies up to 32 bytes by overlapping moves.
 ORSKA_INLINE void CopyShort(char* out_to, const char* in_from, std::uint64_t in_size) {
     if (in_size >= 16) {
         const auto head = Vector128::Load(in_from);
@@ -73,8 +73,8 @@ struct Cursor {
     }
 };
 
-// How many bytes of a code point that is not complete are before a position, if the text is
-// valid so far: 0 to 3.
+// How many bytes of an incomplete code point are before a position, if the text is valid so far: 0
+// to 3.
 ORSKA_INLINE std::uint32_t GetCutBytes(const char* in_start, const char* in_at) {
     const auto available = static_cast<std::uint64_t>(in_at - in_start);
     for (std::uint32_t i = 1; i <= 3 && i <= available; ++i) {
@@ -90,7 +90,7 @@ ORSKA_INLINE std::uint32_t GetCutBytes(const char* in_start, const char* in_at) 
     return 0;
 }
 
-// A piece of UTF-16 without half a unit or a lead surrogate at its end.
+// The size of a piece of UTF-16 without half a unit or a lead surrogate at its end.
 template <bool IS_BIG>
 ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_size) {
     const std::uint64_t size = in_size & ~std::uint64_t{1};
@@ -101,7 +101,8 @@ ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_siz
     return (high & 0xFC) == 0xD8 ? size - 2 : size;
 }
 
-// Blocks of plain characters; those of UTF-16 are narrowed two at a time, which halves the stores.
+// Writes blocks of plain characters. UTF-16 is narrowed two blocks at a time, which halves
+// the stores.
 template <class Blocks, std::uint32_t COUNT>
 ORSKA_INLINE void WritePlainBlocks(char* out_to, const typename Blocks::V::Type* in_parts) {
     using V = typename Blocks::V;
@@ -116,7 +117,8 @@ ORSKA_INLINE void WritePlainBlocks(char* out_to, const typename Blocks::V::Type*
     }
 }
 
-// 64 bytes if they are plain; false with nothing changed if not. All that is written counts.
+// Converts 64 bytes if they are plain; otherwise returns false and changes nothing. Writes
+// no scratch.
 template <class Blocks>
 ORSKA_INLINE bool ConvertPlainStep(const char* in_from, char* out_to) {
     using V = typename Blocks::V;
@@ -134,8 +136,8 @@ ORSKA_INLINE bool ConvertPlainStep(const char* in_from, char* out_to) {
     return true;
 }
 
-// Prefetches memory that will soon be written; a prefetch past the target is not an access. Not
-// for text that grows, where it gains nothing.
+// Prefetches memory that will be written soon; a prefetch past the target is not an access. Not
+// done for text that grows, where it gains nothing.
 template <std::uint64_t WRITTEN>
 ORSKA_INLINE void PrefetchTarget(const char* in_to) {
     if constexpr (WRITTEN <= 64) {
@@ -143,8 +145,8 @@ ORSKA_INLINE void PrefetchTarget(const char* in_to) {
     }
 }
 
-// Steps of 64 bytes while they are plain. At the end of the text the last one overlaps the one
-// before.
+// Converts steps of 64 bytes while they are plain. At the end of the text the last step overlaps
+// the one before.
 template <class Blocks>
 ORSKA_INLINE void ConvertPlainRun(Cursor& io_cursor) {
     constexpr std::uint64_t WRITTEN = 64 / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
@@ -167,7 +169,7 @@ ORSKA_INLINE void ConvertPlainRun(Cursor& io_cursor) {
     }
 }
 
-// A plain block. All that is written counts.
+// Writes a plain block, without scratch.
 template <class Blocks>
 ORSKA_INLINE void PutPlain(char*& io_to, typename Blocks::V::Type in_at) {
     Blocks::WritePlain(io_to, in_at);
@@ -192,8 +194,8 @@ ORSKA_INLINE void StepBack(BoundedTo& io_to, std::uint64_t in_size) {
     io_to.m_room += static_cast<std::int64_t>(in_size);
 }
 
-// One block of fewer than V::SIZE bytes, with zero bytes after it, each of which gives a
-// character after the others.
+// Converts a block of fewer than V::SIZE bytes, with zero bytes after it. Each zero byte writes one
+// more character.
 template <class Blocks, class To>
 ORSKA_INLINE bool ConvertPart(Blocks& io_blocks, const char* in_from, std::uint64_t in_size,
                               To& io_to) {
@@ -204,8 +206,8 @@ ORSKA_INLINE bool ConvertPart(Blocks& io_blocks, const char* in_from, std::uint6
     return true;
 }
 
-// The start of a text that two blocks hold and that the class of blocks can convert at once; gives
-// its size, or 0.
+// Converts the start of a text in two blocks, if the class can convert them at once; returns its
+// size, or 0.
 template <class Blocks, class To>
 ORSKA_INLINE std::uint64_t ConvertPair(const char* in_from, std::uint64_t in_left, To& io_to) {
     constexpr std::uint64_t STEP = Blocks::V::SIZE;
@@ -224,8 +226,8 @@ ORSKA_INLINE std::uint64_t ConvertPair(const char* in_from, std::uint64_t in_lef
     return 0;
 }
 
-// What is left when a target has no room for all that a block may write, or when the text is not
-// valid or cut off. Stops where only the scalar form can tell what happens next.
+// Converts the rest when a target has no room for all that a block may write, or when the text is
+// invalid or cut off. Stops where only the scalar form can go on.
 template <class Blocks>
 __attribute__((noinline)) void ConvertEnds(Cursor& io_cursor) {
     constexpr std::uint64_t STEP = Blocks::V::SIZE;
@@ -254,7 +256,7 @@ __attribute__((noinline)) void ConvertEnds(Cursor& io_cursor) {
         }
         if (to.m_room < 0) {
             if (Blocks::IsPlain(block)) {
-                // Each character has its unit, so that those that fit have been written.
+                // Each character is one unit, so the ones that fit are written.
                 const std::uint64_t units = io_cursor.GetRoom() / Blocks::TARGET_UNIT;
                 io_cursor.m_from += units * Blocks::SOURCE_UNIT;
                 io_cursor.m_to += units * Blocks::TARGET_UNIT;
@@ -266,7 +268,7 @@ __attribute__((noinline)) void ConvertEnds(Cursor& io_cursor) {
     }
 }
 
-// Blocks while the target has room for all that one may write, the last one in part.
+// Converts blocks while the target has room for all that one may write, the last one in part.
 template <class Blocks>
 ORSKA_INLINE void ConvertBlocks(Cursor& io_cursor) {
     constexpr std::uint64_t SIZE = Blocks::V::SIZE;
@@ -298,7 +300,7 @@ ORSKA_INLINE void ConvertBlocks(Cursor& io_cursor) {
     blocks.TakeBack(io_cursor, start);
 }
 
-// The plain function of a pair.
+// The scalar function of a pair.
 template <int SOURCE, int TARGET>
 ORSKA_INLINE std::int32_t ConvertScalar(TranscoderSource& io_source, TranscoderTarget& io_target) {
     return SCALAR_TABLE.m_functions[SOURCE][TARGET](io_source, io_target);
@@ -310,7 +312,7 @@ __attribute__((noinline)) std::int32_t ConvertAny(TranscoderSource& io_source,
                                                   TranscoderTarget& io_target) {
     Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
                   io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
-    if (IS_LONG && cursor.GetLeft() > 64) {  // the front has looked at shorter ones
+    if (IS_LONG && cursor.GetLeft() > 64) {  // ConvertText has tried shorter ones
         ConvertPlainRun<Blocks>(cursor);
     }
     ConvertBlocks<Blocks>(cursor);
@@ -323,7 +325,7 @@ __attribute__((noinline)) std::int32_t ConvertAny(TranscoderSource& io_source,
                                              : ConvertScalar<SOURCE, TARGET>(io_source, io_target);
 }
 
-// COUNT blocks from the start and COUNT to the end of a text, which may overlap, if it is plain.
+// Converts COUNT blocks from the start and COUNT to the end of a plain text; they may overlap.
 template <class Blocks, std::uint32_t COUNT>
 ORSKA_INLINE bool ConvertPlainEnds(const char* in_from, std::uint64_t in_size, char* out_to) {
     using V = typename Blocks::V;
@@ -344,7 +346,7 @@ ORSKA_INLINE bool ConvertPlainEnds(const char* in_from, std::uint64_t in_size, c
     return true;
 }
 
-// The front of every function: 16 to 64 plain bytes are done here, with few registers to save,
+// The entry of every function: it converts 16 to 64 plain bytes here, with few registers to save,
 // and the rest out of line. Small and Large: the blocks of the pair with Vector128 and with the
 // level's vectors.
 template <int SOURCE, int TARGET, class Small, class Large>

@@ -1,9 +1,9 @@
-// From UTF-8 by whole vectors. Included by levels only; everything is local to the including
-// file.
+// Converts UTF-8 by whole vectors. Included by levels only; everything is local to the
+// including file.
 //
-// Every byte of a block is worked on as if it were the last one of its code point, with the three
-// bytes before it, which may be in the block before; then the places that are not the last one are
-// dropped. So a block always takes all of its bytes, and a code point may lie across two blocks.
+// Every byte of a block is handled as if it were the last one of its code point, with the three
+// bytes before it, which may be in the block before. Then the places that are not a last byte are
+// dropped. So a block always uses all of its bytes, and a code point can be in two blocks.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_FROMUTF8_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_FROMUTF8_H
 
@@ -13,14 +13,14 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// What is known of a block: one bit a byte.
+// The leads of a block, with one bit for each byte.
 struct Utf8Masks {
     std::uint64_t m_lead = 0;   // a byte C0 or above
     std::uint64_t m_lead3 = 0;  // a byte E0 or above
     std::uint64_t m_lead4 = 0;  // a byte F0 or above
 };
 
-// The bytes of a block and those 1, 2 and 3 places earlier, and which are not ASCII.
+// The bytes of a block, those 1, 2 and 3 places earlier, and a mask of those that are not ASCII.
 template <class V>
 struct Utf8Bytes {
     typename V::Type m_at;
@@ -33,7 +33,7 @@ struct Utf8Bytes {
 template <class V, bool IS_BIG>
 struct UnitsOf16 {
     static constexpr std::uint32_t UNIT = 2;
-    // The third byte of four gives the lead surrogate, the fourth the trail.
+    // The third byte of four becomes the lead surrogate, the fourth the trail.
     static constexpr bool KEEPS_THIRD = true;
     static constexpr bool HAS_RUNS = true;
 
@@ -51,12 +51,12 @@ struct UnitsOf16 {
                              V::InterleaveHigh8(in_low, in_high), in_keep);
         }
     }
-    // 16-bit code points in 32-bit lanes, two vectors of them.
+    // Writes two vectors of 16-bit code points in 32-bit lanes.
     static ORSKA_INLINE void WriteRun3(char* out_at, typename V::Type in_first,
                                        typename V::Type in_second) {
         V::Store(out_at, V::template OrderUnits16<IS_BIG>(V::PackUnits32(in_first, in_second)));
     }
-    // Code points less 10000 in 32-bit lanes.
+    // Writes code points minus 10000 in 32-bit lanes.
     static ORSKA_INLINE void WriteRun4(char* out_at, typename V::Type in_offsets) {
         const auto lead = V::template ShiftRight32<10>(in_offsets);
         const auto trail =
@@ -64,7 +64,7 @@ struct UnitsOf16 {
         const auto pair = V::Or(V::Or(lead, trail), V::template All32<0xDC00D800>());
         V::Store(out_at, V::template OrderUnits16<IS_BIG>(pair));
     }
-    // in_plane: bits 16 to 20 of the code point less 1, where in_isThird.
+    // in_plane: bits 16 to 20 of the code point, minus 1, where in_isThird is set.
     template <class To>
     static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>& in_bytes,
                                     typename V::Type in_low, typename V::Type in_high,
@@ -167,8 +167,8 @@ struct UnitsOf8 {
     }
 };
 
-// Sequences of three bytes only, from the start of one on. Reads 4 bytes past a step of 3/2 of
-// V::SIZE and may write V::SIZE / 2 units, all of which count.
+// Converts sequences of three bytes only, from the start of one on. Reads 4 bytes past a step of
+// 3/2 of V::SIZE and writes V::SIZE / 2 units, without scratch.
 template <class V, class Target>
 ORSKA_INLINE void ConvertRun3(Cursor& io_cursor) {
     constexpr std::uint64_t HALF = V::SIZE / 4 * 3;
@@ -198,8 +198,8 @@ ORSKA_INLINE void ConvertRun3(Cursor& io_cursor) {
     }
 }
 
-// Sequences of four bytes only, from the start of one on. May write V::SIZE bytes, all of which
-// count.
+// Converts sequences of four bytes only, from the start of one on. Writes V::SIZE bytes,
+// without scratch.
 template <class V, class Target>
 ORSKA_INLINE void ConvertRun4(Cursor& io_cursor) {
     while (io_cursor.GetLeft() >= V::SIZE && io_cursor.GetRoom() >= V::SIZE) {
@@ -247,13 +247,13 @@ public:
         return ((m_masks.m_lead3 >> (V::SIZE - 3)) | (m_masks.m_lead >> (V::SIZE - 1))) != 0;
     }
 
-    // A fault in the last code point of a block may show in the next block only.
+    // An error in the last code point of a block may be found in the next block only.
     template <class To>
     ORSKA_INLINE bool Convert(Type in_at, To& io_to) {
         m_high = V::GetSignBits(in_at);
         if (m_high == 0 && !IsPending()) {
             PutPlain<Utf8Blocks>(io_to, in_at);
-            m_before = in_at;  // what the masks say of the next block stays true
+            m_before = in_at;  // the masks are still right for the next block
             return true;
         }
         return ConvertHigh(in_at, io_to);
@@ -273,12 +273,12 @@ public:
     ORSKA_INLINE void TakeBack(Cursor& io_cursor, const char* in_start) {
         const std::uint32_t cut = GetCutBytes(in_start, io_cursor.m_from);
         io_cursor.m_from -= cut;
-        // Three bytes of four have given a lead surrogate already.
+        // Three bytes of four have already written a lead surrogate.
         io_cursor.m_to -= Target::KEEPS_THIRD && cut == 3 ? Target::UNIT : 0;
     }
 
 private:
-    // After a block of nothing but sequences of three or four bytes.
+    // Continues after a block with sequences of three or four bytes only.
     ORSKA_INLINE void ContinueLongRun(Cursor& io_cursor, const char* in_start) {
         const bool isRun3 = m_masks.m_lead4 == 0;
         if (!isRun3 && m_masks.m_lead4 != m_masks.m_lead) {
@@ -297,7 +297,7 @@ private:
     template <class To>
     ORSKA_INLINE bool ConvertHigh(Type in_at, To& io_to) {
         const std::uint64_t pending = m_masks.m_lead3 >> (V::SIZE - 3);
-        // Signed comparisons: ASCII counts as greater and is taken out by the mask.
+        // Signed comparisons: ASCII counts as greater, and the mask removes it.
         Utf8Masks masks;
         const std::uint64_t head =
             V::GetSignBits(V::GreaterSigned8(in_at, V::template All8<0xBF>()));
@@ -337,14 +337,14 @@ private:
         return V::Or(V::And(in_bytes.m_at, V::template All8<0x7F>()),
                      V::And(bits, in_bytes.m_isHigh));
     }
-    // Bits 8 to 11. A lead of two bytes has bit 5 clear, so that it can be read like a follower.
+    // Bits 8 to 11. A lead of two bytes has bit 5 clear, so it can be read like a follower.
     static ORSKA_INLINE typename V::Type GetHighOf2(const Utf8Bytes<V>& in_bytes) {
         const auto bits =
             V::And(V::template ShiftRight16<2>(in_bytes.m_1), V::template All8<0x0F>());
         return V::And(bits, in_bytes.m_isHigh);
     }
 
-    // A block with sequences of three or four bytes.
+    // Converts a block with sequences of three or four bytes.
     template <class To>
     ORSKA_INLINE bool ConvertLong(Utf8Bytes<V>& io_bytes, Utf8Masks& io_masks,
                                   std::uint64_t in_unexplained, std::uint64_t in_bad, To& io_to) {
@@ -354,7 +354,7 @@ private:
         const std::uint64_t after2 = FromBefore<2>(io_masks.m_lead3, m_masks.m_lead3);
         const std::uint64_t drop = io_masks.m_lead | after1;
         const auto low = GetLow(io_bytes);
-        // E0 to EF less E0 are bits 12 to 15; everything below gives 0.
+        // E0 to EF minus E0 are bits 12 to 15; everything below becomes 0.
         const auto bits = V::template ShiftLeft16<4>(
             V::SubtractSaturated8(io_bytes.m_2, V::template All8<0xE0>()));
         const std::uint64_t isLead4 =
@@ -407,7 +407,7 @@ private:
         return true;
     }
 
-    // High bytes of three-byte sequences below U+0800 or of surrogates.
+    // Marks high bytes of three-byte sequences below U+0800 and of surrogates.
     static ORSKA_INLINE std::uint64_t GetBadHigh(typename V::Type in_high) {
         const auto five = V::And(in_high, V::template All8<0xF8>());
         return V::GetSignBits(

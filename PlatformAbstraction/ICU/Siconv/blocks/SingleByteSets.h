@@ -1,4 +1,4 @@
-// What latin1 and cp1252 mean to the kernels. Included by kernels only; everything is local to the
+// latin1 and cp1252 for the kernels. Included by kernels only; everything is local to the
 // including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_SINGLEBYTESETS_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_SINGLEBYTESETS_H
@@ -23,13 +23,13 @@ ORSKA_INLINE typename V::Type GetLead(typename V::Type in_bytes) {
 struct Latin1Set {
     static constexpr std::uint64_t MAX_UTF8 = 2;
 
-    // Bytes to the low and high bytes of their code points; true when some are above 7FF.
+    // Maps bytes to the low and high bytes of their code points; true when some are above 7FF.
     template <class V>
     static ORSKA_INLINE bool Map(typename V::Type&, typename V::Type&) {
         return false;
     }
-    // Bytes to the last two bytes of their UTF-8; for ASCII the result is unspecified. True when
-    // some have three, of which the first is E2.
+    // Maps bytes to the last two bytes of their UTF-8; for ASCII the result is unspecified. True
+    // when some have three bytes; the first is then E2.
     template <class V>
     static ORSKA_INLINE bool MapToUtf8(typename V::Type, typename V::Type&, typename V::Type&) {
         return false;
@@ -73,14 +73,14 @@ private:
         return V::Equal8(V::And(in_at, V::template All8<0xE0>()), V::template All8<0x80>());
     }
 
-    // What a byte from 80 to 9F stands for.
+    // The code point of a byte from 80 to 9F.
     static constexpr unsigned GetCodePoint(int in_index) { return CP1252_HIGH[in_index]; }
     static constexpr unsigned GetUtf8(int in_index) {
         const unsigned at = CP1252_HIGH[in_index];
         const unsigned middle = at < 0x800 ? 0xC0 | at >> 6 : 0x80 | (at >> 6 & 0x3F);
         return middle << 8 | 0x80 | (at & 0x3F);
     }
-    // The low (SHIFT 0) or high (8) bytes of four of them, in a word.
+    // The low (SHIFT 0) or high (8) bytes of four code points, in a word.
     template <auto GET, int FIRST, int SHIFT>
     static constexpr std::uint32_t WORD = (GET(FIRST) >> SHIFT & 0xFFU) |
                                           (GET(FIRST + 1) >> SHIFT & 0xFFU) << 8 |
@@ -95,8 +95,8 @@ private:
     template <class V, auto GET>
     static ORSKA_INLINE void Lookup(typename V::Type in_at, typename V::Type& out_low,
                                     typename V::Type& out_high) {
-        // The indexes of bytes that are not 80 to 8F, or not 90 to 9F, have their highest bit set,
-        // for which a shuffle gives 0.
+        // The indexes of bytes that are not 80 to 8F, or not 90 to 9F, get their highest bit set,
+        // and the shuffle then writes 0.
         const auto most = V::template All8<0x70>();
         const auto in8 = V::AddSaturated8(V::Xor(in_at, V::template All8<0x80>()), most);
         const auto in9 = V::AddSaturated8(V::Xor(in_at, V::template All8<0x90>()), most);

@@ -1,4 +1,4 @@
-// From latin1 or cp1252 to units of one size, where the positions are known beforehand. Included by
+// Converts latin1 or cp1252 to units of one size, whose positions are known in advance. Included by
 // kernels only; everything is local to the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOFIXEDUNITS_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOFIXEDUNITS_H
@@ -10,7 +10,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Targets: Write converts V::SIZE bytes at a place into V::SIZE * UNIT.
+// Targets: Write converts V::SIZE bytes to V::SIZE * UNIT.
 
 template <class Set, bool IS_BIG>
 struct FixedToUtf16 {
@@ -59,7 +59,7 @@ struct FixedToSingleByte {
     }
 };
 
-// Fewer than 16 bytes, and room for no more.
+// Converts fewer than 16 bytes when there is room for no more.
 template <class Target>
 ORSKA_INLINE void ConvertFixedTight(const char* in_from, std::uint64_t in_count, char* out_to) {
     char source[16];
@@ -69,7 +69,7 @@ ORSKA_INLINE void ConvertFixedTight(const char* in_from, std::uint64_t in_count,
     CopyPiece(out_to, target, in_count * Target::UNIT);
 }
 
-// At least V::SIZE bytes: the last block overlaps the one before.
+// Converts at least V::SIZE bytes: the last block overlaps the one before.
 template <class V, class Target>
 ORSKA_INLINE void ConvertFixedBlocks(const char* in_from, std::uint64_t in_count, char* out_to) {
     const std::uint64_t last = in_count - V::SIZE;
@@ -99,8 +99,8 @@ __attribute__((noinline)) std::int32_t ConvertFixedAny(TranscoderSource& io_sour
     return count == wanted ? TRANSCODER_DONE : TRANSCODER_FULL;
 }
 
-// 16 to 64 bytes that fit are done here, by blocks from the start and to the end that may overlap,
-// the rest out of line.
+// Converts 16 to 64 bytes that fit here, by blocks from the start and to the end that may overlap,
+// and the rest out of line.
 template <class V, class Target>
 ORSKA_INLINE std::int32_t ConvertFixed(TranscoderSource& io_source, TranscoderTarget& io_target) {
     const std::uint64_t size = io_source.m_length - io_source.m_position;

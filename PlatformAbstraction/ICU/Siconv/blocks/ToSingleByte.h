@@ -1,5 +1,5 @@
-// From UTF-16 to latin1 or cp1252, which are one target. Included by kernels only; everything is
-// local to the including file.
+// Converts UTF-16 to latin1 or cp1252, which are one target. Included by kernels only; everything
+// is local to the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOSINGLEBYTE_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOSINGLEBYTE_H
 
@@ -54,7 +54,7 @@ public:
             return true;
         }
         m_hasSurrogates = true;
-        // The lead surrogate gives the substitute of the pair, the trail nothing.
+        // The lead surrogate becomes the pair's substitute, the trail nothing.
         const auto isTrail =
             V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
         const std::uint64_t lead = V::GetSignBits(V::AndNot(isTrail, isSurrogate));
@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    // Units that are no surrogates; after some up to FF only, those may go on more quickly.
+    // Converts units that are not surrogates. After some up to FF only, a quicker way may continue.
     static ORSKA_INLINE void ConvertMixedRun(Cursor& io_cursor) {
         std::uint64_t steps = io_cursor.GetLeft() / V::SIZE;
         steps = steps < io_cursor.GetRoom() / ROOM ? steps : io_cursor.GetRoom() / ROOM;
@@ -106,7 +106,7 @@ private:
         io_cursor.m_to = to;
     }
 
-    std::uint64_t m_isLead = 0;  // two bits a unit, of the last block with surrogates
+    std::uint64_t m_isLead = 0;  // two bits for each unit of the last block with surrogates
     bool m_isPlain = false;
     bool m_hasSurrogates = false;
 };

@@ -1,8 +1,8 @@
-// To UTF-8 from vectors of 16-bit or 32-bit units. Included by kernels only; everything is local to
-// the including file.
+// Converts vectors of 16-bit or 32-bit units to UTF-8. Included by kernels only; everything is
+// local to the including file.
 //
-// Each unit is spread over a lane of its own that holds the bytes of every form it could take, and
-// a table closes up the bytes that count.
+// Each unit is spread over a lane that holds the bytes of every form it could take, and a table
+// selects the bytes to keep.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOUTF8_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_TOUTF8_H
 
@@ -13,7 +13,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Writes vectors of V::SIZE / 2 units. Each may write four bytes after its text.
+// Writes vectors of V::SIZE / 2 units. A write may put four bytes of scratch after its text.
 template <class V>
 struct Utf8Packer {
     using Type = typename V::Type;
@@ -23,7 +23,7 @@ struct Utf8Packer {
         return V::Equal16(V::And(in_units, V::template All16<0xFF80>()), V::Zero());
     }
 
-    // Units below 800; in_isAscii: a mask of lanes. Gives whether all are ASCII.
+    // Writes units below 800; in_isAscii is a mask of lanes. True when all are ASCII.
     template <class To>
     static ORSKA_INLINE bool Write2(Type in_units, Type in_isAscii, To& io_to) {
         const auto lead = V::template ShiftRight16<6>(in_units);
@@ -36,8 +36,8 @@ struct Utf8Packer {
         return isShort == V::FULL;
     }
 
-    // Bytes that are code points: the lead is C2 or C3, the follower lacks bit 6. Gives whether all
-    // are ASCII.
+    // Writes bytes that are code points: the lead is C2 or C3, the follower lacks bit 6. True when
+    // all are ASCII.
     template <class To>
     static ORSKA_INLINE bool WriteUpToFF(Type in_bytes, To& io_to) {
         const auto first =
@@ -49,7 +49,8 @@ struct Utf8Packer {
         return isHigh == 0;
     }
 
-    // Bytes with the last two bytes of their UTF-8; before those that have no lead goes E2.
+    // Writes bytes, given the last two bytes of their UTF-8, with E2 before those that have
+    // no lead.
     template <class To>
     static ORSKA_INLINE void WriteMapped(Type in_bytes, Type in_middle, Type in_last, To& io_to) {
         Type first[2];
@@ -57,7 +58,7 @@ struct Utf8Packer {
         V::Widen(V::template All8<0xE2>(), in_middle, first[0], first[1]);
         V::Widen(in_last, in_bytes, last[0], last[1]);
         for (int i = 0; i < 2; ++i) {
-            // Signs say which have more than one byte, and which three.
+            // The signs tell which have more than one byte, and which have three.
             const auto isLong = V::Add16(first[i], V::template All16<0x4000>());
             const auto sizes = ~V::GetSignBits(V::SwapMiddle32(V::PackSigned16(last[i], isLong)));
             V::PackUtf8Pair(PACK_UTF8_3, io_to, V::InterleaveLow16(first[i], last[i]),
@@ -65,7 +66,7 @@ struct Utf8Packer {
         }
     }
 
-    // Code points in 32-bit lanes: their bits where the bytes of a sequence of four have them.
+    // Moves the bits of code points in 32-bit lanes to their places in a sequence of four bytes.
     static ORSKA_INLINE Type SpreadBits(Type in_at) {
         return V::Or(V::Or(V::template ShiftLeft32<24>(V::And(in_at, V::template All32<0x3F>())),
                            V::template ShiftLeft32<10>(V::And(in_at, V::template All32<0xFC0>()))),
@@ -73,14 +74,14 @@ struct Utf8Packer {
                            V::template ShiftRight32<18>(in_at)));
     }
 
-    // Units that are no surrogates; in_isShort: below 800.
+    // Writes units that are not surrogates; in_isShort: those below 800.
     template <class To>
     static ORSKA_INLINE void Write3(Type in_units, Type in_isAscii, Type in_isShort, To& io_to) {
         WriteParts(GetFirstTwo(in_units, in_isShort), GetLastTwo(in_units), in_isAscii, in_isShort,
                    io_to);
     }
 
-    // Units of which all give three bytes.
+    // Writes units that all have three bytes.
     template <class To>
     static ORSKA_INLINE void Write3Only(Type in_units, To& io_to) {
         const auto first = GetFirstTwo(in_units, V::Zero());
@@ -89,7 +90,7 @@ struct Utf8Packer {
         V::PackUtf8Of3(io_to, V::InterleaveLow16(first, last), V::InterleaveHigh16(first, last));
     }
 
-    // The lead and the second byte of three. Of two bytes the lead is in the second place.
+    // The lead and the second byte of three. For two bytes the lead is in the second place.
     static ORSKA_INLINE Type GetFirstTwo(Type in_units, Type in_isShort) {
         // Bits 6 to 11 move two places up in their byte, to the higher one.
         const auto bits = V::MultiplyAdd8(
@@ -116,8 +117,8 @@ struct Utf8Packer {
     }
 };
 
-// Units that are no surrogates. Guessing that all are ASCII pays for 8 units, even if often wrong;
-// for 16 it does not.
+// Writes units that are not surrogates. Guessing that all are ASCII pays for 8 units, even if often
+// wrong; for 16 it does not.
 template <class V, class To>
 ORSKA_INLINE void WriteMixed(typename V::Type in_units, To& io_to) {
     const auto isAscii = Utf8Packer<V>::IsAscii(in_units);
@@ -131,15 +132,15 @@ ORSKA_INLINE void WriteMixed(typename V::Type in_units, To& io_to) {
     Utf8Packer<V>::Write3(in_units, isAscii, V::Equal16(five, V::Zero()), io_to);
 }
 
-// The positions are kept in variables of their own: if the cursor is passed on, the compiler stores
-// it again at each step.
+// Writes one vector of units after another by the quickest form, with a loop for each form. Text in
+// which the form is hard to predict stays for a while with one that handles all: wrong guesses of
+// the processor cost more than the quicker form gains.
 //
-// Writes one vector of units after another by the quickest form, in a loop for each. Text in which
-// the form cannot be foretold stays with one that takes all for a while: wrong guesses of the
-// processor cost more than the quicker form gains.
+// The positions are kept in members: if the cursor is passed on, the compiler stores it at
+// each step.
 //
 // Source is a class of blocks that has LoadUnits(at, units), for V::SIZE / 2 units from STEP bytes;
-// false where they have more than 16 bits.
+// it returns false for units of more than 16 bits.
 template <class VECTOR, class Source>
 class Utf8Run {
 public:
@@ -190,7 +191,7 @@ private:
     ORSKA_INLINE bool CanWrite(std::uint64_t in_size) const {
         return static_cast<std::uint64_t>(m_toEnd - m_to) >= in_size;
     }
-    // Vectors that can be converted without looking at the ends.
+    // How many vectors can be converted without checks of the ends.
     ORSKA_INLINE std::uint64_t CountSteps() const {
         const std::uint64_t there = static_cast<std::uint64_t>(m_fromEnd - m_from) / Source::STEP;
         const std::uint64_t fitting = static_cast<std::uint64_t>(m_toEnd - m_to) / ROOM;
@@ -198,7 +199,7 @@ private:
         return steps < STAY_COUNT ? steps : STAY_COUNT;
     }
 
-    // Two vectors of units up to FF at a time; true after some of ASCII.
+    // Writes two vectors of units up to FF at a time; true after some of ASCII.
     ORSKA_INLINE bool WriteUpToFF() {
         std::uint32_t asciiRun = 0;
         while (CanRead(2) && CanWrite(2 * V::SIZE)) {
@@ -219,7 +220,7 @@ private:
         return false;
     }
 
-    // Vectors of units up to 7FF; false when there was none.
+    // Writes vectors of units up to 7FF; false when there was none.
     ORSKA_INLINE bool WriteUpTo7FF() {
         const char* const start = m_from;
         for (std::uint64_t steps = CountSteps(); steps > 0; --steps) {
@@ -353,7 +354,7 @@ public:
         Utf8Run<V, Utf16Blocks>::Continue(io_cursor);
     }
 
-    // A lead surrogate has given two bytes already.
+    // A lead surrogate has already written two bytes.
     ORSKA_INLINE void TakeBack(Cursor& io_cursor, const char*) {
         if (IsPending()) {
             io_cursor.m_from -= 2;
@@ -362,7 +363,7 @@ public:
     }
 
 private:
-    // Surrogate pairs only, each in a lane of its own.
+    // Writes surrogate pairs, each from a separate lane.
     template <class To>
     static ORSKA_INLINE void WritePairs(Type in_at, To& io_to) {
         const auto upper = V::template ShiftLeft32<10>(V::And(in_at, V::template All32<0x3FF>()));
@@ -372,7 +373,7 @@ private:
                V::SIZE);
     }
 
-    // A lead surrogate gives the first two of four bytes, a trail the last two.
+    // A lead surrogate becomes the first two of four bytes, a trail the last two.
     template <class To>
     ORSKA_INLINE bool ConvertSurrogates(Type in_at, Type in_isAscii, Type in_isShort,
                                         Type in_isSurrogate, To& io_to) {
@@ -414,7 +415,7 @@ private:
     }
 
     Type m_before = V::Zero();   // of the last block with surrogates
-    std::uint64_t m_isLead = 0;  // two bits a unit, of the last block with surrogates
+    std::uint64_t m_isLead = 0;  // two bits for each unit of the last block with surrogates
     bool m_isPlain = false;
     bool m_hasSurrogates = false;
 };
@@ -453,7 +454,7 @@ public:
     }
     ORSKA_INLINE bool IsPending() const { return false; }
 
-    // Code points below 10000, as 16-bit units.
+    // Converts code points below 10000, as 16-bit units.
     template <class To>
     static ORSKA_INLINE bool ConvertTwo(Type in_first, Type in_second, To& io_to) {
         using Writer = Utf8Packer<V>;
@@ -505,7 +506,7 @@ public:
         return true;
     }
 
-    // Two vectors at a time, as 16-bit units, while all code points are below 10000.
+    // Converts two vectors at a time, as 16-bit units, while all code points are below 10000.
     ORSKA_INLINE void ContinueRun(Cursor& io_cursor, const char*) {
         if (m_isPlain) {
             ConvertPlainRun<Utf32Blocks>(io_cursor);

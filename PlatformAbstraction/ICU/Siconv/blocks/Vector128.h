@@ -1,6 +1,6 @@
-// Sixteen bytes at a time, with the instructions up to SSSE3, and better ones where the including
-// file is compiled for them. Included by kernels only; everything is local to the including file,
-// so that no copy compiled for a higher level can be used elsewhere.
+// Operations on sixteen bytes, with instructions up to SSSE3, or better ones if the including file
+// is compiled for them. Included by kernels only; everything is local to the including file, so no
+// copy compiled for a higher level can be used elsewhere.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR128_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR128_H
 
@@ -24,8 +24,8 @@ ORSKA_INLINE Word Read(const char* in_at) {
 }
 
 #ifdef __AVX2__
-// gcc would rebuild a constant vector at each use, in three instructions. Loading it from here by
-// inline assembly prevents that.
+// gcc would rebuild a constant vector at each use, in three instructions. Inline assembly that
+// loads it from here prevents that.
 struct Constant {
     alignas(32) std::uint32_t m_words[8];
 };
@@ -33,17 +33,17 @@ template <std::uint32_t VALUE>
 constexpr Constant CONSTANT = {{VALUE, VALUE, VALUE, VALUE, VALUE, VALUE, VALUE, VALUE}};
 #endif
 
-// Where the writers below may not write after the text: m_room bytes before m_end. What does not
-// fit is left out, and makes m_room negative.
+// A target for writers that must not write past m_end; m_room bytes are left. Output that does not
+// fit is dropped and makes m_room negative.
 struct BoundedTo {
     char* m_end;
     std::int64_t m_room;
 };
 
-// The operations that both vectors have, within lanes of 128 bits. Comparisons give all ones or
-// zeros. AndNot gives the bits of b that are not set in a. MultiplyAdd gives sums of neighbouring
-// products; the first factors of MultiplyAdd8 are unsigned. What is packed, 0 or all ones or up to
-// 255, is lane by lane: first that of a, then that of b.
+// The operations that both vectors have, within lanes of 128 bits. Comparisons return all ones or
+// zeros. AndNot returns the bits of b that are not set in a. MultiplyAdd returns sums of
+// neighbouring products; the first factors of MultiplyAdd8 are unsigned. The pack operations, for
+// values of 0, all ones or up to 255, work lane by lane: first a, then b.
 #define ORSKA_OPERATION(NAME, INTRINSIC) \
     static ORSKA_INLINE Type NAME(Type in_a, Type in_b) { return INTRINSIC(in_a, in_b); }
 #define ORSKA_SHIFT(NAME, INTRINSIC)               \
@@ -92,14 +92,14 @@ struct VectorBase {
     static ORSKA_INLINE auto All16() {
         return V::template All32<(VALUE & 0xFFFF) * 0x00010001U>();
     }
-    // The low halves of the 32-bit units of two vectors, in text order.
+    // Packs the low halves of the 32-bit units of two vectors, in text order.
     template <class Type>
     static ORSKA_INLINE Type PackUnits32(Type in_first, Type in_second) {
         return V::JoinHalves(
             V::Shuffle(in_first, V::RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
             V::Shuffle(in_second, V::RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
     }
-    // Units of the text to the processor's order, or back.
+    // Changes units from the text's byte order to the processor's, or back.
     template <bool IS_BIG, class Type>
     static ORSKA_INLINE Type OrderUnits16(Type in_units) {
         return IS_BIG ? V::Shuffle(in_units,
@@ -114,7 +114,7 @@ struct VectorBase {
     }
 };
 
-// Masks have one bit a byte.
+// Masks have one bit for each byte.
 struct Vector128 : VectorBase<Vector128> {
     using Type = __m128i;
     ORSKA_OPERATIONS(_mm, si128)
@@ -124,12 +124,12 @@ struct Vector128 : VectorBase<Vector128> {
     static ORSKA_INLINE Type Load(const char* in_at) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_at));
     }
-    // The first in_size bytes, fewer than SIZE, and zeros after them; reads no others.
+    // Loads the first in_size bytes, fewer than SIZE, with zeros after them; reads no others.
     static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
         std::uint64_t low = 0;
         std::uint64_t high = 0;
         if (in_size >= 8) {
-            // What both words have is shifted out of the second.
+            // The bytes that both words have are shifted out of the second.
             low = Read<std::uint64_t>(in_at);
             high = Read<std::uint64_t>(in_at + in_size - 8) >> (8 * (15 - in_size)) >> 8;
         } else if (in_size >= 4) {
@@ -145,7 +145,7 @@ struct Vector128 : VectorBase<Vector128> {
     static ORSKA_INLINE void Store(char* out_at, Type in_value) {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out_at), in_value);
     }
-    // The first in_size bytes, fewer than SIZE.
+    // Stores the first in_size bytes, fewer than SIZE.
     static ORSKA_INLINE void StorePart(char* out_at, Type in_value, std::uint64_t in_size) {
         const auto low = static_cast<std::uint64_t>(_mm_cvtsi128_si64(in_value));
         if (in_size >= 8) {
@@ -194,14 +194,14 @@ struct Vector128 : VectorBase<Vector128> {
         return _mm_setr_epi32(static_cast<int>(in_0), static_cast<int>(in_1),
                               static_cast<int>(in_2), static_cast<int>(in_3));
     }
-    // Twelve bytes for each lane; reads four more.
+    // Loads twelve bytes for each lane; reads four more.
     static ORSKA_INLINE Type LoadTwelves(const char* in_at) { return Load(in_at); }
-    // Two vectors of which each lane holds 8 bytes, the first in its low and the second in its
-    // high half, in the order of the text.
+    // Joins two vectors with 8 bytes in each lane, the first in the low and the second in the high
+    // half, in text order.
     static ORSKA_INLINE Type JoinHalves(Type in_first, Type in_second) {
         return Or(in_first, in_second);
     }
-    // 16-bit units up to FF of two vectors to bytes, in text order.
+    // Packs 16-bit units up to FF of two vectors to bytes, in text order.
     static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
         return PackUnsigned16(in_first, in_second);
     }
@@ -231,9 +231,9 @@ struct Vector128 : VectorBase<Vector128> {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(in_table.m_bytes[in_row & 0xFF]));
     }
 
-    // The writers below store whole lanes: they may write up to the size that all lanes together
-    // would take, and move the position on by what counts. To is char*, or BoundedTo where there
-    // may be no room for all that.
+    // The writers below store whole lanes: they may write as many bytes as all lanes have, and move
+    // the position past the bytes that they keep. To is char*, or BoundedTo if there may not be
+    // room for all of it.
 
     static ORSKA_INLINE void Put(char*& io_to, Type in_value, std::uint64_t in_size) {
         Store(io_to, in_value);
@@ -243,7 +243,7 @@ struct Vector128 : VectorBase<Vector128> {
         PutBehind(io_to, in_value, 0);
         io_to.m_room -= static_cast<std::int64_t>(in_size);
     }
-    // The same where only the low half counts.
+    // The same for the low half only.
     static ORSKA_INLINE void PutLow(char*& io_to, Type in_value, std::uint64_t in_size) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(io_to), in_value);
         io_to += in_size;
@@ -264,7 +264,7 @@ struct Vector128 : VectorBase<Vector128> {
         io_to.m_room -= static_cast<std::int64_t>(in_size);
     }
 
-    // Bytes to units of 2 or 4 bytes.
+    // Widens bytes to units of 2 or 4 bytes.
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
 #ifdef __AVX2__
@@ -297,7 +297,7 @@ struct Vector128 : VectorBase<Vector128> {
 #endif
     }
 
-    // The 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
+    // Writes the 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
     template <class To>
     static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
                                            std::uint64_t in_keep) {
@@ -314,7 +314,7 @@ struct Vector128 : VectorBase<Vector128> {
         CompressHalfToUnits32<IS_BIG>(io_at, in_high, in_keep >> 8);
     }
 
-    // The same with a second unit for each, that goes after (IS_BIG: before) the first.
+    // The same with a second unit for each, after (IS_BIG: before) the first.
     template <bool IS_BIG, class To>
     static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
                                            Type in_topHigh, std::uint64_t in_keep) {
@@ -322,14 +322,14 @@ struct Vector128 : VectorBase<Vector128> {
         CompressPairsOfHalf<IS_BIG>(io_at, in_high, in_topHigh, in_keep >> 8);
     }
 
-    // UTF-8 in 16-bit lanes of two bytes; lanes with a bit of in_isShort keep the first byte.
-    // Bits are those of the bytes of PackSigned16(lanes, lanes).
+    // Writes UTF-8 from 16-bit lanes of two bytes; lanes with their bit set in in_isShort keep the
+    // first byte. The bits are those of the bytes of PackSigned16(lanes, lanes).
     template <class To>
     static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_lanes, std::uint64_t in_isShort) {
         Put(io_at, Shuffle(in_lanes, LoadRow(PACK_UTF8_2, in_isShort)), 16 - CountBits(in_isShort));
     }
 
-    // The lanes of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
+    // The same for the lanes of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
     template <class To>
     static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
                                              std::uint64_t in_isShort) {
@@ -337,14 +337,15 @@ struct Vector128 : VectorBase<Vector128> {
         PackUtf8Of2(io_at, in_high, in_isShort >> 8);
     }
 
-    // UTF-8 in 32-bit lanes, with an index of the table for each vector.
+    // Writes UTF-8 from 32-bit lanes, with an index into the table for each vector.
     template <class To>
     static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_lanes,
                                       std::uint64_t in_index) {
         Put(io_at, Shuffle(in_lanes, LoadRow(in_table, in_index)),
             PACKED_SIZE.m_bytes[in_index & 0xFF]);
     }
-    // The lanes of InterleaveLow16 and InterleaveHigh16, with an index for each four units.
+    // The same for the lanes of InterleaveLow16 and InterleaveHigh16, with an index for each
+    // four units.
     template <class To>
     static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
                                           Type in_high, std::uint64_t in_indexes) {
@@ -360,7 +361,7 @@ struct Vector128 : VectorBase<Vector128> {
         Put(io_at, Shuffle(in_high, order), 12);
     }
 
-    // 16-bit units that are at most 255 to bytes; in text order.
+    // Writes 16-bit units of at most 255 as bytes, in text order.
     static ORSKA_INLINE void WriteNarrow16(char* out_at, Type in_units) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out_at), PackUnsigned16(in_units, in_units));
     }
@@ -370,7 +371,7 @@ struct Vector128 : VectorBase<Vector128> {
         __builtin_memcpy(out_at, &word, 4);
     }
 
-    // The same for the units with a bit of in_keep, which has those of the bytes of
+    // The same for the units with their bit set in in_keep, which has the bits of the bytes of
     // PackSigned16(units, units).
     template <class To>
     static ORSKA_INLINE void CompressNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
@@ -379,13 +380,13 @@ struct Vector128 : VectorBase<Vector128> {
         PutLow(io_at, kept, CountBits(in_keep));
     }
 
-    // Bytes and their high bytes to two vectors of 16-bit units, in text order.
+    // Joins bytes and their high bytes to two vectors of 16-bit units, in text order.
     static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
         out_first = InterleaveLow8(in_low, in_high);
         out_second = InterleaveHigh8(in_low, in_high);
     }
 
-    // The bytes whose bit is set.
+    // Writes the bytes whose bit is set.
     template <class To>
     static ORSKA_INLINE void CompressBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
         const Type low = LoadRow(COMPRESS_BYTES, in_keep);

@@ -1,5 +1,5 @@
-// Thirty-two bytes at a time, with AVX2 and POPCNT: the operations of Vector128, on two lanes.
-// Included by kernels only; everything is local to the including file.
+// The operations of Vector128 on thirty-two bytes in two lanes, with AVX2 and POPCNT. Included by
+// kernels only; everything is local to the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR256_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_VECTOR256_H
 
@@ -76,7 +76,7 @@ struct Vector256 : VectorBase<Vector256> {
     static ORSKA_INLINE std::uint32_t CountBits(std::uint64_t in_byte) {
         return Vector128::CountBits(in_byte);
     }
-    // A row for each lane.
+    // Loads a row for each lane.
     static ORSKA_INLINE Type LoadRows(const ShuffleTable& in_table, std::uint64_t in_low,
                                       std::uint64_t in_high) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::LoadRow(in_table, in_low)),

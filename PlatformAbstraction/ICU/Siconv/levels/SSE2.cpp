@@ -1,5 +1,5 @@
-// Runs of plain characters by whole vectors and everything else by the plain functions, with the
-// instructions that every x86-64 processor has. A character is plain when it needs no more than a
+// Converts runs of plain characters by whole vectors and everything else by the scalar functions,
+// with instructions that every x86-64 processor has. A character is plain when it only needs a
 // wider or narrower unit.
 #include <emmintrin.h>
 
@@ -31,7 +31,7 @@ std::uint32_t GetMask(__m128i in_bytes) {
     return static_cast<std::uint32_t>(_mm_movemask_epi8(in_bytes));
 }
 
-// Sources: the size of a unit, and of 16 bytes those that are not plain, one bit each.
+// Sources: the size of a unit, and a mask of the characters in 16 bytes that are not plain.
 
 struct FromBytesBelow80 {
     static constexpr std::uint32_t UNIT = 1;
@@ -50,7 +50,7 @@ struct FromCp1252 : FromBytesBelow80 {
     }
 };
 
-// Units up to a limit of one bit less than POWER.
+// Units below 2 to the power of POWER.
 template <bool IS_BIG, int POWER>
 struct FromUtf16 {
     static constexpr std::uint32_t UNIT = 2;
@@ -71,7 +71,7 @@ struct FromUtf32 {
     }
 };
 
-// Targets: 16 bytes of source, of which at least the first characters are plain, in their units.
+// Targets: write 16 bytes of source as units; at least the first characters are plain.
 
 struct ToBytes {
     static constexpr std::uint32_t UNIT = 1;
@@ -120,7 +120,7 @@ private:
     }
 };
 
-// Blocks of 16 bytes up to the first character that is not plain; what is written after it is
+// Converts blocks of 16 bytes up to the first character that is not plain; output after it is
 // scratch. Writes no more than 16 characters need.
 template <class From, class To>
 void ConvertRun(TranscoderSource& io_source, TranscoderTarget& io_target) {
@@ -141,7 +141,7 @@ void ConvertRun(TranscoderSource& io_source, TranscoderTarget& io_target) {
 
 template <int SOURCE, int TARGET, class From, class To>
 std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTarget& io_target) {
-    // What the plain function gets at a time: it would not stop where the next run begins.
+    // How much the scalar function gets at a time: it would not stop where the next run begins.
     constexpr std::uint64_t WINDOW = 32;
     const TranscoderFunction scalar = SCALAR_TABLE.m_functions[SOURCE][TARGET];
     for (;;) {

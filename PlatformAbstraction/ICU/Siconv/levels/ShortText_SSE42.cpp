@@ -1,5 +1,6 @@
-// Whole short texts with the instructions up to SSE4.2 and POPCNT: block after block into scratch
-// with room for all that they may write, without the ways in and out of the general functions.
+// Converts whole short texts with instructions up to SSE4.2 and POPCNT: block after block
+// into scratch with room for all that they may write, without the entry and exit of the
+// general functions.
 #include "PlatformAbstraction/ICU/ShortTextKernels.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/FromUtf8.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/ToUtf8.h"
@@ -8,7 +9,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// False for text that is not plain, or too short or too long to be done by four blocks.
+// False for text that is not plain, or too short or too long for four blocks.
 template <class Blocks>
 ORSKA_INLINE bool ConvertPlain(const char* in_from, std::uint64_t in_size, char* out_to) {
     if (in_size - 16 > 64 - 16) {
@@ -18,9 +19,9 @@ ORSKA_INLINE bool ConvertPlain(const char* in_from, std::uint64_t in_size, char*
                          : ConvertPlainEnds<Blocks, 2>(in_from, in_size, out_to);
 }
 
-// Text below 800 in whole and part blocks of 8 units, to a buffer with room for two bytes a unit;
-// 0 for other text. What a block writes after its bytes, the units after it cover; the last block
-// is copied.
+// Converts text below 800 in whole and part blocks of 8 units, to a buffer with room for two
+// bytes for each unit; 0 for other text. The next units overwrite a block's scratch; the last
+// block is copied.
 ORSKA_INLINE std::int64_t ConvertUpTo7FF(const char* in_from, std::uint64_t in_size, char* out_to) {
     using V = Vector128;
     const auto isAscii = [](V::Type in_units) {

@@ -1,6 +1,6 @@
-/// The scalar transcoder: one loop for all pairs, put together from a reader of the source encoding
-/// (Readers.h) and a writer of the target encoding (Writers.h). It defines what every other form of
-/// a pair does. Not for files that are compiled for a processor level.
+/// The scalar transcoder: one loop for all pairs, made of a reader of the source encoding
+/// (Readers.h) and a writer of the target encoding (Writers.h). It defines the results of every
+/// other form of a pair. Not for files that are compiled for a processor level.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_SCALAR_CONVERT_H
 #define PLATFORMABSTRACTION_ICU_SICONV_SCALAR_CONVERT_H
 
@@ -10,8 +10,8 @@
 
 namespace Orska::Support::Siconv {
 
-// Flattened: a call for each code point takes a quarter of the time, and a compiler that sees many
-// pairs makes one.
+// Flattened, because a compiler that sees many pairs calls a function for each code point, which
+// takes a quarter of the time.
 template <class Reader, class Writer>
 __attribute__((flatten)) std::int32_t ConvertCodePoints(TranscoderSource& io_source,
                                                         TranscoderTarget& io_target) {

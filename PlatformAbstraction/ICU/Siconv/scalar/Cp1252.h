@@ -1,5 +1,5 @@
-/// What cp1252 has for the bytes that latin1 keeps for control characters. The one table of it;
-/// files that are compiled for a processor level include it, so it holds no code.
+/// The only table of cp1252's code points for the bytes that are control characters in latin1.
+/// Files compiled for a processor level include it, so it has no code.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_SCALAR_CP1252_H
 #define PLATFORMABSTRACTION_ICU_SICONV_SCALAR_CP1252_H
 

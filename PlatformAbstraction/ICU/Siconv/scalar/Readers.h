@@ -1,8 +1,8 @@
-/// Readers of one code point, one for each encoding of the transcoder. They say what is malformed
-/// and what is cut off. Not for files that are compiled for a processor level.
+/// Readers of one code point, one for each encoding of the transcoder. They decide what is
+/// malformed and what is cut off. Not for files that are compiled for a processor level.
 ///
 /// A reader has `static std::int32_t Read(const unsigned char* in_at, std::uint64_t in_available,
-/// char32_t& out_codePoint)`, which gives the bytes used (at least 1 of at least 1 available) or
+/// char32_t& out_codePoint)`, which returns the bytes used (at least 1 of at least 1 available),
 /// TRANSCODER_INVALID or TRANSCODER_INCOMPLETE.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_SCALAR_READERS_H
 #define PLATFORMABSTRACTION_ICU_SICONV_SCALAR_READERS_H
@@ -44,7 +44,7 @@ struct Utf8Reader {
     }
 
 private:
-    // The second byte decides about overlong forms, surrogates and values above U+10FFFF.
+    // The second byte tells overlong forms, surrogates and values above U+10FFFF.
     static bool IsSecondByte(unsigned char in_lead, unsigned char in_second) {
         const unsigned char first = in_lead == 0xE0 ? 0xA0 : (in_lead == 0xF0 ? 0x90 : 0x80);
         const unsigned char last = in_lead == 0xED ? 0x9F : (in_lead == 0xF4 ? 0x8F : 0xBF);

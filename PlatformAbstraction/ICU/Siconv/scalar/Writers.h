@@ -2,7 +2,7 @@
 /// compiled for a processor level.
 ///
 /// A writer has `static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
-/// std::uint64_t in_room)`, which gives the bytes written, or 0 when they do not fit.
+/// std::uint64_t in_room)`, which returns the bytes written, or 0 when they do not fit.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_SCALAR_WRITERS_H
 #define PLATFORMABSTRACTION_ICU_SICONV_SCALAR_WRITERS_H
 
@@ -78,8 +78,8 @@ struct Utf32Writer {
     }
 };
 
-/// latin1, and cp1252 too: code points above U+00FF become the substitute even where cp1252 has a
-/// byte for them, and U+0080 to U+009F keep their value.
+/// Writes latin1, and cp1252 too: code points above U+00FF become the substitute even if cp1252 has
+/// a byte for them, and U+0080 to U+009F keep their value.
 struct SingleByteWriter {
     static std::uint32_t Write(char32_t in_codePoint, unsigned char* out_at,
                                std::uint64_t in_room) {

@@ -1,17 +1,17 @@
-// The way through a text with AVX-512: windows of 64 bytes that each begin at a code point, so that
-// no window has to know of the one before. Whole windows while the target has room for all that one
-// may write; the last one with zeros after the text, and where there is less room by way of a
-// buffer. What is left is the work of the level below: a text that does not fit, and what is
-// malformed or cut off. Included by kernels only; everything is local to the including file.
+// The loops over a text with AVX-512: windows of 64 bytes that each begin at a code point, so that
+// no window depends on the one before. They convert whole windows while the target has room for all
+// that one may write; the last one has zeros after the text, and goes through a buffer if there is
+// less room. The level below handles the rest: text that does not fit, is malformed or is cut off.
+// Included by kernels only; everything is local to the including file.
 //
 // A class of windows has
 // - SOURCE_UNIT, the bytes of a code unit; TARGET_UNIT, those of a plain character;
-// - ROOM, the most bytes that converting a window may write, scratch after the text included;
+// - ROOM, the most bytes written for a window, scratch after the text included;
 // - IsPlain(bytes), whether the characters need no more than other units (at least ASCII is so),
 //   WritePlain(to, bytes) for 64 of them and WritePlainPart(to, bytes, size);
-// - NarrowPair(bytes, bytes), two windows of them to one vector, where units have 2 bytes;
-// - GetCut(from), the bytes of a code point at the end of a valid window that goes on after it;
-// - GetWhole(from, size), what of a piece is whole code points, if it is valid;
+// - NarrowPair(bytes, bytes), which narrows two plain windows to one vector, if units have 2 bytes;
+// - GetCut(from), the bytes at the end of a valid window of a code point that continues after it;
+// - GetWhole(from, size), the size of the whole code points of a piece, if it is valid;
 // - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
@@ -26,8 +26,8 @@ namespace {
 
 constexpr std::uint64_t WINDOW = 64;
 
-// A number in every lane. gcc would rebuild it at each use from a general register, which
-// occupies the shuffle unit. Loading it by inline assembly prevents that.
+// A number in every lane. gcc would rebuild it at each use from a general register, which occupies
+// the shuffle unit. Inline assembly that loads it prevents that.
 template <class Word, Word VALUE>
 constexpr Word NUMBER = VALUE;
 template <std::uint32_t VALUE>
@@ -51,8 +51,8 @@ ORSKA_INLINE __m512i All8() {
     return All32<VALUE * 0x01010101U>();
 }
 
-// The lowest bits, all of them from 64 on; in_count: below 256, of which the processor looks at the
-// lowest byte alone.
+// Returns the lowest in_count bits, all of them from 64 on. in_count must be below 256: the
+// processor reads its lowest byte only.
 ORSKA_INLINE std::uint64_t GetLowBits(std::uint64_t in_count) {
     return _bzhi_u64(~std::uint64_t{0}, in_count);
 }
@@ -60,15 +60,15 @@ ORSKA_INLINE std::uint64_t CountBits(std::uint64_t in_mask) {
     return static_cast<std::uint64_t>(__builtin_popcountll(in_mask));
 }
 ORSKA_INLINE __m512i LoadWindow(const char* in_at) { return _mm512_loadu_si512(in_at); }
-// Zeros after the first in_size bytes, which alone are read.
+// Loads the first in_size bytes, with zeros after them; reads no others.
 ORSKA_INLINE __m512i LoadWindowPart(const char* in_at, std::uint64_t in_size) {
     return _mm512_maskz_loadu_epi8(GetLowBits(in_size), in_at);
 }
-// Writes the first in_size bytes alone, at most 64.
+// Writes only the first in_size bytes, at most 64.
 ORSKA_INLINE void StorePart(char* out_at, __m512i in_bytes, std::uint64_t in_size) {
     _mm512_mask_storeu_epi8(out_at, GetLowBits(in_size), in_bytes);
 }
-// The same for COUNT vectors one after the other; those that get nothing are not touched.
+// The same for COUNT vectors one after the other; those past in_size are not touched.
 template <std::uint32_t COUNT>
 ORSKA_INLINE void StoreParts(char* out_at, const __m512i (&in_parts)[COUNT],
                              std::uint64_t in_size) {
@@ -89,14 +89,14 @@ ORSKA_INLINE __m256i GetHighHalf(__m512i in_value) {
     return _mm512_extracti64x4_epi64(in_value, 1);
 }
 
-// Keeps gcc from narrowing to memory in one instruction, which takes longer than two.
+// Stops gcc from narrowing to memory in one instruction, which is slower than two.
 template <class Vector>
 ORSKA_INLINE Vector InRegister(Vector in_value) {
     __asm__("" : "+v"(in_value));
     return in_value;
 }
 
-// Units of the text to the processor's order, or back.
+// Changes units from the text's byte order to the processor's, or back.
 template <bool IS_BIG>
 ORSKA_INLINE __m512i OrderUnits16(__m512i in_units) {
     return IS_BIG ? _mm512_shldi_epi16(in_units, in_units, 8) : in_units;
@@ -107,7 +107,7 @@ ORSKA_INLINE __m512i OrderUnits32(__m512i in_units) {
     return IS_BIG ? _mm512_shuffle_epi8(in_units, order) : in_units;
 }
 
-// A pair of vectors that hold the bytes of each unit one after the other.
+// Interleaves two vectors, so that the bytes of each unit are side by side.
 ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&out_units)[2]) {
     const __m512i order = _mm512_set_epi64(7, 3, 6, 2, 5, 1, 4, 0);
     const __m512i first = _mm512_permutexvar_epi64(order, in_first);
@@ -116,7 +116,7 @@ ORSKA_INLINE void InterleaveText(__m512i in_first, __m512i in_second, __m512i (&
     out_units[1] = _mm512_unpackhi_epi8(first, second);
 }
 
-// 64 bytes as units of 16 bits.
+// Widens 64 bytes to units of 16 bits.
 template <bool IS_BIG>
 ORSKA_INLINE void Widen16(__m512i in_bytes, __m512i (&out_units)[2]) {
     const __m512i low = _mm512_cvtepu8_epi16(GetLowHalf(in_bytes));
@@ -124,7 +124,7 @@ ORSKA_INLINE void Widen16(__m512i in_bytes, __m512i (&out_units)[2]) {
     out_units[0] = IS_BIG ? _mm512_slli_epi16(low, 8) : low;
     out_units[1] = IS_BIG ? _mm512_slli_epi16(high, 8) : high;
 }
-// 64 bytes as units of 32 bits.
+// Widens 64 bytes to units of 32 bits.
 template <bool IS_BIG>
 ORSKA_INLINE void Widen32(__m512i in_bytes, __m512i (&out_units)[4]) {
     const __m128i quarters[4] = {
@@ -136,7 +136,7 @@ ORSKA_INLINE void Widen32(__m512i in_bytes, __m512i (&out_units)[4]) {
     }
 }
 
-// Two windows at a time while they are plain, where a class can write two at once.
+// Converts two windows at a time while they are plain, if a class can write two at once.
 template <class Windows>
 ORSKA_INLINE void ConvertPlainPairs(Cursor& io_cursor) {
     while (io_cursor.GetLeft() >= 2 * WINDOW && io_cursor.GetRoom() >= WINDOW) {
@@ -173,9 +173,9 @@ ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
     }
 }
 
-// A window where there is room for one. At the end of the text it is of whole code points with
-// zeros after it, each of which gives a plain character after the others. False with nothing
-// changed if it is not valid or there is none.
+// Converts a window if there is room for one. At the end of the text it has whole code points with
+// zeros after them; each zero writes one more plain character. False with nothing changed if it is
+// not valid or there is none.
 template <class Windows>
 ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
     const char* const from = io_cursor.m_from;
@@ -203,8 +203,8 @@ ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
     return true;
 }
 
-// A window that may have no room for scratch. False with nothing
-// changed if its text has none either.
+// Converts a window when there may be no room for scratch. False with nothing changed if there is
+// none for its text either.
 template <class Windows>
 ORSKA_INLINE bool ConvertTightWindow(Cursor& io_cursor) {
     char target[Windows::ROOM];
@@ -242,7 +242,7 @@ __attribute__((noinline)) std::int32_t ConvertWindows(TranscoderSource& io_sourc
                : AVX2_TABLE.m_functions[SOURCE][TARGET](io_source, io_target);
 }
 
-// The front of every function: up to 64 plain bytes are done here and the rest out of line.
+// The entry of every function: it converts up to 64 plain bytes here and the rest out of line.
 template <int SOURCE, int TARGET, class Windows>
 ORSKA_INLINE std::int32_t ConvertTextByWindows(TranscoderSource& io_source,
                                                TranscoderTarget& io_target) {

@@ -1,5 +1,5 @@
-// From latin1 and cp1252 with AVX-512 VBMI2. Included by kernels only; everything is local to the
-// including file.
+// Converts latin1 and cp1252 with AVX-512 VBMI2. Included by kernels only; everything is local to
+// the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMSINGLEBYTE_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMSINGLEBYTE_H
 
@@ -12,18 +12,18 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Lanes of two bytes, of which ASCII counts the last one.
+// Writes lanes of two bytes; of ASCII only the last byte is kept.
 ORSKA_INLINE void PutTwoByteLanes(const __m512i (&in_lanes)[2], std::uint64_t in_isHigh,
                                   Utf8Output& io_output) {
     io_output.Put(in_lanes[0], _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST) | ~LANE16_FIRST);
     io_output.Put(in_lanes[1], _pdep_u64(in_isHigh >> 32, LANE16_FIRST) | ~LANE16_FIRST);
 }
 
-// Map: bytes in 16-bit units to their code points.
+// Map converts bytes in 16-bit units to their code points.
 struct Latin1Bytes {
     static ORSKA_INLINE __m512i Map(__m512i in_units) { return in_units; }
 
-    // All of a window.
+    // Writes a whole window.
     static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output& io_output) {
         __m512i lanes[2];
         InterleaveText(GetLead(in_bytes), GetFollower(in_bytes), lanes);
@@ -41,7 +41,8 @@ struct Latin1Bytes {
     }
 };
 
-// The last two bytes of the UTF-8 of 80 to 9F, and where a lane of three bytes gets them from.
+// The last two bytes of the UTF-8 of 80 to 9F, and the order that puts them into lanes of
+// three bytes.
 struct Cp1252Utf8 {
     alignas(64) std::uint8_t m_middle[64];
     alignas(64) std::uint8_t m_last[64];
@@ -66,14 +67,14 @@ struct Cp1252Bytes {
         const __m512i high = _mm512_loadu_si512(CP1252_HIGH);
         const __mmask32 isMapped =
             _mm512_cmpeq_epi16_mask(_mm512_and_si512(in_units, All16<0xE0>()), All16<0x80>());
-        // An index counts by its lowest five bits.
+        // Only the lowest five bits of an index count.
         return _mm512_mask_permutexvar_epi16(in_units, isMapped, in_units, high);
     }
     static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output& io_output) {
         const std::uint64_t isHigh = _mm512_movepi8_mask(in_bytes);
         const __mmask64 isMapped =
             _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
-        // An index counts by its lowest six bits.
+        // Only the lowest six bits of an index count.
         const __m512i middle =
             _mm512_mask_permutexvar_epi8(Latin1Bytes::GetLead(in_bytes), isMapped, in_bytes,
                                          _mm512_load_si512(CP1252_UTF8.m_middle));
@@ -139,7 +140,7 @@ public:
 template <int SOURCE>
 using WindowSetOf = std::conditional_t<SOURCE == CP1252, Cp1252Bytes, Latin1Bytes>;
 
-// Bytes in units of UNIT bytes, as many as a vector holds; with in_count only that many,
+// Loads bytes into units of UNIT bytes, as many as a vector holds; with in_count only that many,
 // and zeros after them.
 template <std::uint32_t UNIT>
 ORSKA_INLINE __m512i LoadUnits(const char* in_from) {
@@ -173,8 +174,8 @@ ORSKA_INLINE void StoreHalf(char* out_to, __m512i in_units) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_to), GetLowHalf(in_units));
 }
 
-// Towards units of one size the positions are known beforehand. Target: GetUnits gives the units
-// for a vector of bytes widened to UNIT bytes each. The last vector overlaps the one before.
+// Units of one size have positions known in advance. Target::GetUnits returns the units for a
+// vector of bytes widened to UNIT bytes each. The last vector overlaps the one before.
 template <class Target>
 ORSKA_INLINE void ConvertFixedUnits(const char* in_from, std::uint64_t in_count, char* out_to) {
     constexpr std::uint32_t UNIT = Target::UNIT;
@@ -245,14 +246,14 @@ struct WindowToUtf32 {
     }
 };
 
-// From cp1252. Code points above FF become the substitute.
+// Converts cp1252. Code points above FF become the substitute.
 struct WindowToSingleByte {
     static constexpr std::uint32_t UNIT = 1;
 
     static ORSKA_INLINE __m512i GetUnits(__m512i in_bytes) {
         const std::uint64_t isMapped =
             _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
-        // 81, 8D, 8F, 90 and 9D stay; an index counts by its lowest six bits.
+        // 81, 8D, 8F, 90 and 9D stay; only the lowest six bits of an index count.
         const __m512i high =
             _mm512_set_epi64(0, 0, 0, 0, 0x1A1A9D1A1A1A1A1A, 0x1A1A1A1A1A1A1A90,
                              static_cast<long long>(0x8F1A8D1A1A1A1A1A), 0x1A1A1A1A1A1A811A);

@@ -1,4 +1,4 @@
-// From UTF-16 with the instructions up to AVX-512 VBMI2.
+// Converts UTF-16 with instructions up to AVX-512 VBMI2.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMUTF16_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMUTF16_H
 
@@ -8,7 +8,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// The surrogates of a window, one bit a unit. A lead at the end counts as cut off.
+// The surrogates of a window, with one bit for each unit. A lead at the end counts as cut off.
 struct Surrogates {
     std::uint64_t m_lead;
     std::uint64_t m_trail;
@@ -23,14 +23,14 @@ ORSKA_INLINE bool FindSurrogates(__m512i in_units, Surrogates& out_surrogates) {
     return ((lead << 1) & 0xFFFFFFFF) == trail;
 }
 
-// Whether a lead surrogate is at an end of the text, as 2 bytes or none.
+// Returns 2 if the window ends with a lead surrogate, otherwise 0.
 template <bool IS_BIG>
 ORSKA_INLINE std::uint64_t GetCutUtf16(const char* in_from) {
     const auto high = static_cast<unsigned char>(in_from[WINDOW - (IS_BIG ? 2 : 1)]);
     return std::uint64_t{(high & 0xFC) == 0xD8} * 2;
 }
 
-// Units up to FF, still in the order of the text, to bytes.
+// Narrows units up to FF, still in the text's byte order, to bytes.
 template <bool IS_BIG>
 struct PlainUtf16 {
     static ORSKA_INLINE __m256i Narrow(__m512i in_bytes) {
@@ -99,7 +99,7 @@ private:
             PutUnits(in_units, io_output);
             return;
         }
-        // A trail surrogate's lane becomes the code point; a lead's has nothing.
+        // The lane of a trail surrogate becomes the code point; the lane of a lead is dropped.
         const std::uint64_t active = ~in_surrogates.m_lead;
         const std::uint64_t trail = in_surrogates.m_trail;
         const __m512i zero = _mm512_setzero_si512();
@@ -113,7 +113,7 @@ private:
             static_cast<__mmask16>(active >> 16), io_output);
     }
 
-    // Sixteen units, and of those in in_trail and the ones before them the code point.
+    // Sixteen units; those in in_trail are joined with the ones before them to code points.
     static ORSKA_INLINE __m512i Join(__m256i in_units, __m256i in_before, __mmask16 in_trail) {
         const __m512i lead = _mm512_slli_epi32(_mm512_cvtepu16_epi32(in_before), 10);
         const __m512i unit = _mm512_cvtepu16_epi32(in_units);
@@ -122,7 +122,8 @@ private:
                                      All32<(0xD800U << 10) + 0xDC00U - 0x10000U>());
     }
 
-    // Windows of nothing but surrogate pairs, each as long in UTF-8. False if there was none.
+    // Converts windows of surrogate pairs only, which are as long in UTF-8. False if there
+    // was none.
     static ORSKA_INLINE bool ConvertPairs(Cursor& io_cursor, __m512i in_units) {
         const char* const start = io_cursor.m_from;
         while (true) {
@@ -132,7 +133,7 @@ private:
             }
             const __m512i lead = _mm512_slli_epi32(_mm512_and_si512(in_units, All32<0x3FF>()), 10);
             const __m512i trail = _mm512_srli_epi32(in_units, 16);
-            // Bits of the trail below 10, of the lead above.
+            // The lowest 10 bits are from the trail, those above from the lead.
             const __m512i offsets = _mm512_ternarylogic_epi32(All32<0x3FF>(), trail, lead, 0xCA);
             const __m512i codePoints = _mm512_add_epi32(offsets, All32<0x10000>());
             const __m512i shifts = All64<0x20262C3200060C12>();
@@ -172,7 +173,7 @@ public:
         if (!FindSurrogates(units, surrogates)) {
             return false;
         }
-        // A code point above FF gives the substitute, a pair of surrogates by its trail.
+        // A code point above FF becomes the substitute; a surrogate pair does so by its trail.
         const auto active = static_cast<__mmask32>(~surrogates.m_lead);
         const __mmask32 isLarge = _mm512_test_epi16_mask(units, All16<0xFF00>());
         const __m256i bytes =

@@ -1,7 +1,7 @@
-// From UTF-8 with the instructions up to AVX-512 VBMI2.
+// Converts UTF-8 with instructions up to AVX-512 VBMI2.
 //
-// Every byte of a window is worked on as if it were the last one of its code point, with the bytes
-// before it; then the places that are not the last one are dropped.
+// Every byte of a window is handled as if it were the last one of its code point, with the bytes
+// before it. Then the places that are not a last byte are dropped.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMUTF8_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_FROMUTF8_H
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint64_t FULL = ~std::uint64_t{0};
 
-// Bits of in_a where BITS has them set, of in_b elsewhere.
+// Selects the bits of in_a that are set in BITS, and the others of in_b.
 template <std::uint32_t BITS>
 ORSKA_INLINE __m512i SelectBits(__m512i in_a, __m512i in_b) {
     return _mm512_ternarylogic_epi32(All8<BITS>(), in_a, in_b, 0xCA);
@@ -26,19 +26,19 @@ ORSKA_INLINE __m512i Earlier(__m512i in_bytes) {
     return _mm512_alignr_epi8(in_bytes, before, 16 - COUNT);
 }
 
-// The code points of a window, by the place of their last byte. Towards UTF-16 the last but one of
-// four bytes has a lead surrogate.
+// The code points of a window, at the place of their last byte. For UTF-16 the third of four bytes
+// has the lead surrogate.
 struct CodePoints {
     __m512i m_low;         // bits 0 to 7
     __m512i m_high;        // bits 8 to 15
     __m512i m_top;         // bits 16 to 20, if m_hasTop
     bool m_hasTop;         // some have four bytes
-    std::uint64_t m_keep;  // the places that count
+    std::uint64_t m_keep;  // the places to keep
 };
 
-// A window without sequences of three or four bytes: the last bytes of the code points and their
-// leads are closed up apart, and joined to units. False for other windows and if it is not valid.
-// Writes as much as 64 units take.
+// Converts a window without sequences of three or four bytes: compresses the last bytes of the code
+// points and their leads separately and joins them to units. False for other windows and if it is
+// not valid. Writes as much as 64 units take.
 template <class Target>
 ORSKA_INLINE bool ConvertShortWindow(Cursor& io_cursor, __m512i in_at, std::uint64_t in_cut) {
     if (_mm512_cmpge_epu8_mask(in_at, All8<0xE0>()) != 0) {
@@ -90,7 +90,7 @@ struct WindowUnitsOf16 {
         _mm512_storeu_si512(out_at, OrderUnits16<IS_BIG>(in_units[0]));
         _mm512_storeu_si512(out_at + WINDOW, OrderUnits16<IS_BIG>(in_units[1]));
     }
-    // in_plane: bits 16 to 20 less 1, where in_third.
+    // in_plane: bits 16 to 20, minus 1, where in_third is set.
     static ORSKA_INLINE void SetLong(__m512i in_at, __m512i in_1, __m512i, __m512i in_plane,
                                      std::uint64_t in_third, std::uint64_t in_fourth,
                                      CodePoints& io_text) {
@@ -105,12 +105,12 @@ struct WindowUnitsOf16 {
         io_text.m_high = _mm512_mask_mov_epi8(high, in_fourth, trailHigh);
         io_text.m_low = _mm512_mask_mov_epi8(io_text.m_low, in_third, leadLow);
     }
-    // Code points of three bytes in lanes of 32 bits. Writes 32 bytes.
+    // Writes code points of three bytes from lanes of 32 bits, in 32 bytes.
     static ORSKA_INLINE void WriteRun3(char* out_at, __m512i in_codePoints) {
         const __m512i units = OrderUnits16<IS_BIG>(in_codePoints);
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at), _mm512_cvtepi32_epi16(units));
     }
-    // Code points less 10000 in lanes of 32 bits. Writes 64 bytes.
+    // Writes code points minus 10000 from lanes of 32 bits, in 64 bytes.
     static ORSKA_INLINE void WriteRun4(char* out_at, __m512i in_offsets) {
         const __m512i trail = _mm512_slli_epi32(in_offsets, 16);
         const __m512i lead = _mm512_srli_epi32(in_offsets, 10);
@@ -120,7 +120,7 @@ struct WindowUnitsOf16 {
     }
 };
 
-// What the targets that take a code point as a whole share.
+// The common part of the targets whose code points are one unit.
 struct ToWholeCodePoints {
     static constexpr bool KEEPS_THIRD = false;
 
@@ -197,9 +197,9 @@ struct WindowUnitsOf8 : ToWholeCodePoints {
         const __m512i bytes = _mm512_mask_mov_epi8(in_text.m_low, isLarge, All8<0x1A>());
         out_parts[0] = _mm512_maskz_compress_epi8(in_text.m_keep, bytes);
     }
-    // Code points up to FF: of a follower after C3 bit 6 is set. Goes on by whole windows, from
-    // one to the next with what the last byte was: the place of the next window does not depend on
-    // it.
+    // Converts code points up to FF: sets bit 6 of a follower after C3. Goes on by whole windows
+    // and passes the last byte from one to the next, so that the place of a window does not depend
+    // on the one before.
     static ORSKA_INLINE bool ConvertShort(Cursor& io_cursor, __m512i in_at, std::uint64_t) {
         if (_mm512_cmpgt_epu8_mask(in_at, All8<0xC3>()) != 0) {
             return false;
@@ -258,14 +258,14 @@ public:
         StoreParts(out_to, parts, in_size * Target::UNIT);
     }
 
-    // From the last three bytes alone, so that the next window need not wait for the masks. At most
-    // one of the comparisons holds in valid text.
+    // Reads only the last three bytes, so that the next window does not wait for the masks. At most
+    // one of the comparisons is true in valid text.
     static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
         const auto isFrom = [in_from](std::uint64_t in_at, unsigned char in_least) {
             return std::uint64_t{static_cast<unsigned char>(in_from[in_at]) >= in_least};
         };
         std::uint64_t cut = isFrom(63, 0xC0) | isFrom(62, 0xE0) << 1 | isFrom(61, 0xF0) * 3;
-        __asm__("" : "+r"(cut));  // gcc would make branches of it, which nothing can foretell
+        __asm__("" : "+r"(cut));  // gcc would use branches, which are hard to predict
         return cut;
     }
 
@@ -296,7 +296,7 @@ public:
     }
 
 private:
-    // False when the window is not valid, as far as it goes.
+    // False when the window is not valid; its last code point may be cut.
     static ORSKA_INLINE bool Read(__m512i in_at, CodePoints& out_text) {
         const std::uint64_t notAscii = _mm512_movepi8_mask(in_at);
         const std::uint64_t lead = _mm512_cmpge_epu8_mask(in_at, All8<0xC0>());
@@ -318,7 +318,7 @@ private:
         const __m512i five = _mm512_and_si512(out_text.m_high, All8<0xF8>());
         const std::uint64_t isOverlong3 = _mm512_mask_testn_epi8_mask(ends3, five, five);
         const std::uint64_t isSurrogate = _mm512_mask_cmpeq_epi8_mask(ends3, five, All8<0xD8>());
-        // Where a follower is unexpected or is missing.
+        // The places where a follower is unexpected or missing.
         const std::uint64_t unexplained = (notAscii & ~lead) ^ lead << 1 ^ lead3 << 2 ^ lead4 << 3;
         std::uint64_t wrong = unexplained | isOverlong2 | isOverlong3 | isSurrogate;
         if (lead4 != 0) {
@@ -336,8 +336,8 @@ private:
         return wrong == 0;
     }
 
-    // A whole window of nothing but sequences of three or of four bytes, from the start of one on.
-    // False when it is not the start of such a run.
+    // Converts whole windows of sequences of three bytes only, or of four, from the start of one
+    // on. False when no such run starts here.
     static ORSKA_INLINE bool ConvertRun(Cursor& io_cursor, __m512i in_at) {
         const char* const start = io_cursor.m_from;
         const auto first = static_cast<unsigned char>(*start);
@@ -349,7 +349,7 @@ private:
         return io_cursor.m_from != start;
     }
 
-    // Takes 48 bytes of a window at a time.
+    // Converts 48 bytes of a window at a time.
     static ORSKA_INLINE void ConvertRun3(Cursor& io_cursor, __m512i in_at) {
         const __m512i order =
             _mm512_set_epi32(0x002D2E2F, 0x002A2B2C, 0x00272829, 0x00242526, 0x00212223, 0x001E1F20,

@@ -1,6 +1,6 @@
-// To UTF-8 with AVX-512 VBMI2: units are spread over lanes that hold their bytes, and the bytes
-// that count are closed up by a compress. Included by kernels only; everything is local to the
-// including file.
+// Converts to UTF-8 with AVX-512 VBMI2: units are spread over lanes that hold their bytes, and a
+// compress instruction keeps the bytes to write. Included by kernels only; everything is local to
+// the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_TOUTF8_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_TOUTF8_H
 
@@ -15,13 +15,13 @@ class Utf8Output {
 public:
     explicit ORSKA_INLINE Utf8Output(char* out_to) : m_to(out_to) {}
 
-    // in_keep: the bytes that count.
+    // in_keep: the bytes to write.
     ORSKA_INLINE void Put(__m512i in_bytes, std::uint64_t in_keep) {
-        const bool isFull = in_keep == ~std::uint64_t{0};  // nothing to close up: all have four
+        const bool isFull = in_keep == ~std::uint64_t{0};  // all have four bytes
         PutWhole(isFull ? in_bytes : _mm512_maskz_compress_epi8(in_keep, in_bytes),
                  CountBits(in_keep));
     }
-    // A vector of which the first in_size bytes count.
+    // Writes a vector of which the first in_size bytes are kept.
     ORSKA_INLINE void PutWhole(__m512i in_bytes, std::uint64_t in_size) {
         _mm512_storeu_si512(m_to, in_bytes);
         m_to += in_size;
@@ -37,7 +37,7 @@ private:
 constexpr std::uint64_t LANE32_LAST = 0x8888888888888888;
 constexpr std::uint64_t LANE16_FIRST = 0x5555555555555555;
 
-// Sixteen valid code points to lanes that end with their bytes; the other bytes are zero.
+// Spreads sixteen valid code points to lanes that end with their bytes; the other bytes are zero.
 template <bool HAS_LONG>
 ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
     const __m512i at = in_codePoints;
@@ -55,14 +55,14 @@ ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
     return _mm512_mask_slli_epi32(lanes, _mm512_cmplt_epu32_mask(at, All32<0x80>()), at, 24);
 }
 
-// in_active: the lanes that count.
+// in_active: the lanes to write.
 template <bool HAS_LONG>
 ORSKA_INLINE void PutCodePoints(__m512i in_codePoints, __mmask16 in_active, Utf8Output& io_output) {
     const __m512i lanes = _mm512_maskz_mov_epi32(in_active, SpreadToUtf8<HAS_LONG>(in_codePoints));
     io_output.Put(lanes, _mm512_movepi8_mask(lanes) | _pdep_u64(in_active, LANE32_LAST));
 }
 
-// Units below 800.
+// Writes units below 800.
 ORSKA_INLINE void PutUnits2(__m512i in_units, Utf8Output& io_output) {
     const __m512i shifts = All64<0x3036202610160006>();
     const __m512i bits = _mm512_multishift_epi64_epi8(shifts, in_units);
@@ -73,7 +73,7 @@ ORSKA_INLINE void PutUnits2(__m512i in_units, Utf8Output& io_output) {
     io_output.Put(lanes, _mm512_movepi8_mask(lanes) | LANE16_FIRST);
 }
 
-// Units of which each gives three bytes.
+// Writes units that have three bytes each.
 ORSKA_INLINE void PutUnits3Only(__m512i in_units, Utf8Output& io_output) {
     const __m512i shifts = All64<0x20262C3200060C12>();
     const __m512i order = _mm512_set_epi32(
@@ -89,7 +89,7 @@ ORSKA_INLINE void PutUnits3Only(__m512i in_units, Utf8Output& io_output) {
     }
 }
 
-// Units that are no surrogates.
+// Writes units that are not surrogates.
 ORSKA_INLINE void PutUnits(__m512i in_units, Utf8Output& io_output) {
     const __mmask32 isLong = _mm512_test_epi16_mask(in_units, All16<0xF800>());
     if (isLong == 0) {

@@ -1,4 +1,4 @@
-// All pairs with AVX-512 VBMI2: which windows convert which pair. Included by the level only;
+// All pairs with AVX-512 VBMI2: tells which windows convert which pair. Included by the level only;
 // everything is local to the including file.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_WINDOWFORM_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_WINDOWFORM_H
