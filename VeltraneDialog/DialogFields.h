@@ -1,7 +1,6 @@
-/// The fields of a data source in one table, from which the record, the editors, the file of
-/// initial values and the tool take them, with their names for people and the other texts of the
-/// form. Texts are English and, at the same time, the keys of the translations; an ampersand is
-/// before the letter that is the field's accelerator. Read-only, for any thread.
+/// The table of a data source's fields, for the record, the editors, the file of initial values and
+/// the tool, and the other texts of the form. Texts are English and are the keys of the
+/// translations; an ampersand precedes the accelerator of a field. Read-only, so thread-safe.
 #ifndef VELTRANEDIALOG_DIALOGFIELDS_H
 #define VELTRANEDIALOG_DIALOGFIELDS_H
 
@@ -29,7 +28,7 @@ struct DialogField {
     const char* m_hint;
 };
 
-/// In the order of the contract, which is also the order of the texts between host and editor.
+/// The order is fixed: host and editor exchange the texts in it.
 inline constexpr auto DIALOG_FIELDS = std::to_array<DialogField>({
     {"DSN", &DialogValues::m_dsn, DialogFieldKind::TEXT, true, 0, VELTRANE_TEXT("&Name"),
      VELTRANE_TEXT("The name under which programs find this data source.")},
@@ -49,14 +48,14 @@ inline constexpr auto DIALOG_FIELDS = std::to_array<DialogField>({
      VELTRANE_TEXT("Data&base"), VELTRANE_TEXT("The database on that server.")},
 });
 
-/// The place of a key in `DIALOG_FIELDS`; another key does not compile.
+/// Returns the index of a key in `DIALOG_FIELDS`. An unknown key does not compile.
 consteval std::size_t FieldIndex(std::string_view in_key) {
     std::size_t index = 0;
     while (DIALOG_FIELDS.at(index).m_key != in_key) ++index;
     return index;
 }
 
-/// The order in which a form shows them: indices into `DIALOG_FIELDS`.
+/// The order of the fields in a form: indices into `DIALOG_FIELDS`.
 inline constexpr auto DISPLAY_ORDER = [] {
     std::array<std::size_t, DIALOG_FIELDS.size()> order{};
     for (std::size_t i = 0; i < order.size(); ++i) {
@@ -65,11 +64,11 @@ inline constexpr auto DISPLAY_ORDER = [] {
     return order;
 }();
 
-/// Offered for the login mode; any other text is as good. Stored as written, never translated.
+/// Suggestions for the login mode; any other text is allowed. Stored as they are, never translated.
 inline constexpr std::array<const char*, 3> LOGIN_MODES{"Standard", "LDAP", "Windows"};
 
 inline constexpr char TEXT_TITLE_NEW[] = VELTRANE_TEXT("New data source");
-/// With the name of the data source as its one parameter.
+/// The parameter is the name of the data source.
 inline constexpr char TEXT_TITLE[] = VELTRANE_TEXT("Data source %s");
 inline constexpr char TEXT_SHOW_PASSWORD[] = VELTRANE_TEXT("S&how password");
 inline constexpr char TEXT_REQUIRED[] = VELTRANE_TEXT("* has to be filled");
@@ -78,14 +77,14 @@ inline constexpr char TEXT_CANCEL[] = VELTRANE_TEXT("&Cancel");
 inline constexpr char TEXT_YES[] = VELTRANE_TEXT("&Yes");
 inline constexpr char TEXT_NO[] = VELTRANE_TEXT("&No");
 inline constexpr char TEXT_TEST[] = VELTRANE_TEXT("&Test");
-/// In the place of the one above while a test runs.
+/// Replaces TEXT_TEST while a test runs.
 inline constexpr char TEXT_STOP[] = VELTRANE_TEXT("S&top");
-/// With the name of the data source as its one parameter.
+/// The parameter is the name of the data source.
 inline constexpr char TEXT_TESTING[] = VELTRANE_TEXT("Connecting to %s ...");
-/// With the old name as its one parameter.
+/// The parameter is the old name.
 inline constexpr char TEXT_REMOVE_OLD[] =
     VELTRANE_TEXT("The data source gets a new name. Remove the old one, %s?");
-/// With the reason why the values could not be saved as its one parameter.
+/// The parameter is the reason why the values could not be saved.
 inline constexpr char TEXT_DISCARD[] = VELTRANE_TEXT("Not saved. %s Discard the values?");
 
 }  // namespace Veltrane::ODBC

@@ -9,7 +9,7 @@ namespace {
 constexpr char DESKTOP_EDITOR[] = "veltrane-dsn-editor-desktop";
 constexpr char TERMINAL_EDITOR[] = "veltrane-dsn-editor-terminal";
 
-/// Takes the program into the choice, or says why not.
+/// Adds the program to the choice, or the reason why it cannot be run.
 void Consider(const std::string& in_program, EditorChoice& io_choice) {
     const std::string problem = WhyNotRunnable(in_program);
     if (problem.empty()) {

@@ -26,7 +26,7 @@ std::string SecureVariable(const char* in_name) {
     return value != nullptr ? value : "";
 }
 
-/// @return an absolute path without symbolic links; empty with errno when there is none
+/// @return an absolute path without symbolic links; empty, with errno, on failure
 std::string RealPath(const std::string& in_path) {
     const std::unique_ptr<char, void (*)(void*)> path(realpath(in_path.c_str(), nullptr), &free);
     return path != nullptr ? path.get() : "";
@@ -42,15 +42,15 @@ std::string TerminalProblem() {
     if (!terminal.IsOpen()) {
         return std::string("/dev/tty: ") + Orska::Support::DescribeLastError();
     }
-    // A program in the background is stopped when it touches its terminal, and would never return.
+    // A background program is stopped when it uses its terminal, and would never return.
     if (tcgetpgrp(terminal.Get()) != getpgrp()) {
         return "the program runs in the background of its terminal";
     }
     return {};
 }
 
-/// @param in_isStickyFine  others may add files, but not replace what is not theirs
-/// @return why others than root and this user could put something else in this place; or empty
+/// @param in_isStickyFine  accepts a sticky directory: others can add files but not replace ours
+/// @return why others than root and this user could replace the file; empty if they cannot
 std::string WhyWritableByOthers(const std::string& in_path, bool in_isStickyFine) {
     struct stat status {};
     if (stat(in_path.c_str(), &status) != 0) {
@@ -58,7 +58,7 @@ std::string WhyWritableByOthers(const std::string& in_path, bool in_isStickyFine
     }
     const bool isWritable =
         (status.st_mode & S_IWOTH) != 0 && !(in_isStickyFine && (status.st_mode & S_ISVTX) != 0);
-    // In a build tree or a shared folder another owner is usual, and the library is his as well.
+    // In a build tree or a shared folder another owner is usual, and also owns the library.
     const bool isForeign =
         getauxval(AT_SECURE) != 0 && status.st_uid != 0 && status.st_uid != geteuid();
     return isWritable || isForeign ? "others can write to " + in_path : std::string();
@@ -86,8 +86,8 @@ EditorSurroundings LookAroundForEditors() {
     surroundings.m_terminalProblem = TerminalProblem();
     const std::string own = DirectoryOf(Orska::Support::GetOwnDirectory());
     if (!own.empty()) {
-        // Installed, for the library and for a program; the library in its build tree; a program in
-        // its build tree.
+        // Where the editors are installed, from the library and from a program; the build tree of
+        // the library; the build tree of a program.
         const std::string parent = DirectoryOf(own);
         surroundings.m_directories = {own + "/" VELTRANE_EDITOR_DIRECTORY,
                                       own + "/" VELTRANE_EDITOR_DIRECTORY_OF_PROGRAMS,

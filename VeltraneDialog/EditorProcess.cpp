@@ -27,15 +27,15 @@ using Orska::Support::FileDescriptor;
 
 namespace {
 
-/// What the dynamic loader gives for a program that lacks a library, and a shell for a missing one.
+/// The exit status of the dynamic loader if a library is missing, and of a shell if a program is.
 constexpr int STATUS_NOT_LOADED = 127;
 
-/// How long an editor that has answered may take to end, in milliseconds.
+/// How long an editor can take to end after its answer, in milliseconds.
 constexpr int GRACE_AFTER_ANSWER = 2000;
 constexpr int GRACE_AFTER_SIGNAL = 2000;
 
-/// How often to look for the end of the program where the system cannot wait for it together with
-/// the socket, in milliseconds.
+/// How often to check whether the program has ended, in milliseconds, on systems that cannot wait
+/// for it and the socket together.
 constexpr int INTERVAL_WITHOUT_PIDFD = 200;
 
 [[noreturn]] void Fail(const std::string& in_program, const std::string& in_what) {
@@ -47,7 +47,7 @@ constexpr int INTERVAL_WITHOUT_PIDFD = 200;
                          Orska::Support::DescribeSystemError(static_cast<std::uint32_t>(in_error)));
 }
 
-/// The two ends.
+/// The two ends of the connection.
 struct SocketPair {
     explicit SocketPair(const std::string& in_program) {
         int ends[2];
@@ -64,7 +64,7 @@ struct SocketPair {
     FileDescriptor m_editor;
 };
 
-/// A host that brings libraries of its own points the loader and Qt at them.
+/// Variables by which a host points the loader and Qt at its own libraries.
 constexpr std::string_view OF_THE_HOST[] = {"LD_LIBRARY_PATH", "LD_PRELOAD", "LD_AUDIT",
                                             "QT_PLUGIN_PATH", "QT_QPA_PLATFORM_PLUGIN_PATH"};
 
@@ -79,16 +79,16 @@ bool Contains(const std::string_view (&in_names)[COUNT], std::string_view in_nam
 bool IsPassedOn(std::string_view in_entry, bool in_isPrivileged) {
     const std::string_view name = in_entry.substr(0, in_entry.find('='));
     if (in_isPrivileged) {
-        // No path to a file of the caller's choice.
+        // No paths: the caller would choose which file is loaded.
         return Contains(HARMLESS, name) && in_entry.find('/') == std::string_view::npos;
     }
     return !Contains(OF_THE_HOST, name) && name != DRIVER_VARIABLE;
 }
 
-/// The host's environment without what would load the host's own libraries and plugins into the
-/// editor. Of a host with raised privileges only what terminal and language need.
-/// @param in_driver  an entry of ours, or empty; such a host tests nothing
-/// @return entries that belong to the host's environment, a null at the end
+/// Returns the host's environment without variables that would load the host's libraries and
+/// plugins into the editor. With raised privileges, only variables for terminal and language.
+/// @param in_driver  an entry to add, or empty; not added for a host with raised privileges
+/// @return entries owned by the host's environment, with a null at the end
 std::vector<char*> EditorEnvironment(std::string& in_driver) {
     const bool isPrivileged = getauxval(AT_SECURE) != 0;
     std::vector<char*> entries;
@@ -104,8 +104,8 @@ std::vector<char*> EditorEnvironment(std::string& in_driver) {
     return entries;
 }
 
-/// A child and what is known about its end. Somebody else in the host may reap it first, or the
-/// system does when SIGCHLD is ignored: then the end is seen, but not its status.
+/// A child process. Other code of the host can reap it first, and the kernel does so if SIGCHLD is
+/// ignored; its exit status is then unknown.
 class ChildProcess {
 public:
     explicit ChildProcess(pid_t in_process)
@@ -124,10 +124,10 @@ public:
         }
     }
 
-    /// Readable once the process has ended; negative where the system has no such descriptors.
+    /// Readable once the process has ended; negative if the kernel has no such descriptors.
     int Handle() const { return m_handle.Get(); }
 
-    /// From now on it may end by itself.
+    /// Lets the destructor wait for the process before it sends a signal.
     void LetEnd() { m_grace = GRACE_AFTER_ANSWER; }
 
     bool HasEnded() {
@@ -176,7 +176,7 @@ public:
     }
 
 private:
-    /// Just waits where there is no handle.
+    /// Only waits if there is no handle.
     bool IsReadable(int in_milliseconds) const {
         pollfd handle{Handle(), POLLIN, 0};
         return poll(&handle, 1, in_milliseconds) > 0;
@@ -197,7 +197,7 @@ private:
     int m_grace = 0;
 };
 
-/// The bytes of one conversation, sent and received as the socket takes and has them.
+/// The bytes of one conversation, sent and received without blocking.
 class Conversation {
 public:
     Conversation(int in_socket, SecretBytes& in_request)
@@ -217,13 +217,13 @@ public:
             if (count < 0 && errno == EAGAIN) {
                 return;
             }
-            // An editor that does not want the rest may still have an answer.
+            // An editor that does not read the rest can still have sent an answer.
             m_toSend =
                 m_toSend.subspan(count < 0 ? m_toSend.size() : static_cast<std::size_t>(count));
         }
     }
 
-    /// @return false at the end of what the editor will ever say
+    /// @return false when the editor will send nothing more
     bool Receive() {
         while (!IsComplete()) {
             const std::span<char> room = Room();
@@ -278,15 +278,15 @@ private:
     std::size_t m_received = 0;
 };
 
-/// @return false when the editor has ended, or closed its side, without a whole answer
+/// @return false when the editor has ended, or closed its side, without a complete answer
 bool Converse(Conversation& io_conversation, int in_socket, ChildProcess& io_child) {
     for (;;) {
         pollfd watched[2] = {{in_socket, io_conversation.Events(), 0},
                              {io_child.Handle(), POLLIN, 0}};
         poll(watched, 2, io_child.Handle() < 0 ? INTERVAL_WITHOUT_PIDFD : -1);
         io_conversation.Send();
-        // Asked before the last look at the socket: what it wrote before its end is there then. A
-        // program that it started may hold the socket open, so the socket alone may never end.
+        // Checked before the last read, so that the read gets everything written before the end.
+        // The socket alone may never end: a program started by the editor can hold it open.
         const bool hasEnded = io_child.HasEnded();
         const bool mayContinue = io_conversation.Receive();
         if (io_conversation.IsComplete()) {

@@ -1,13 +1,12 @@
-/// What host and editor program say to each other over their socket: the host sends `SHOW` with the
-/// seven texts, the editor answers once, with `OK` and the seven texts, with `CANCEL`, or with
-/// `UNAVAILABLE` and a reason when it cannot show anything (no display, an unknown terminal). Or
-/// the host asks a question: `ASK`, and the editor answers `YES` or `CANCEL`.
+/// The protocol between host and editor program. The host sends `SHOW` with the seven texts. The
+/// editor answers once: with `OK` and the seven texts, with `CANCEL`, or with `UNAVAILABLE` and a
+/// reason (no display, an unknown terminal). Or the host sends `ASK` with a question, and the
+/// editor answers `YES`, `CANCEL` or `UNAVAILABLE`.
 ///
-/// A message is a header of 12 bytes - "VDE1", the kind, the length of the payload - and the
-/// payload: for `SHOW` and `OK` the texts of the fields in the order of `DIALOG_FIELDS`, for
-/// `UNAVAILABLE` one text, for `ASK` the question and what takes the place of its %s. A text is its
-/// length in bytes and that many bytes of UTF-8. Numbers have 32 bits, least significant byte
-/// first.
+/// A message is a header of 12 bytes ("VDE1", the kind, the length of the payload) and the payload:
+/// for `SHOW` and `OK` the texts of the fields in the order of `DIALOG_FIELDS`, for `UNAVAILABLE`
+/// one text, for `ASK` the question and the text that replaces its %s. A text is its length in
+/// bytes, followed by its UTF-8 bytes. Numbers are 32-bit little-endian.
 #ifndef VELTRANEDIALOG_EDITORPROTOCOL_H
 #define VELTRANEDIALOG_EDITORPROTOCOL_H
 
@@ -33,7 +32,7 @@ enum class EditorMessageKind : std::uint32_t {
 /// A question that is answered with yes or no, in UTF-8.
 struct EditorQuestion {
     std::string m_text;  ///< English, a key of the translations; has one %s
-    std::string m_name;  ///< takes the place of the %s
+    std::string m_name;  ///< replaces the %s
 };
 
 struct EditorMessage {
@@ -43,7 +42,7 @@ struct EditorMessage {
     /// For `UNAVAILABLE`, in UTF-8.
     std::string m_reason;
     EditorQuestion m_question;  ///< for `ASK`
-    /// For `SHOW`, not sent: the editor has it in its environment.
+    /// For `SHOW`. Not sent: the editor gets it in its environment.
     std::string m_testedDriver;
 };
 
@@ -51,17 +50,16 @@ EditorMessage ShowRequest(const DialogValues& in_values);
 
 constexpr std::size_t EDITOR_HEADER_SIZE = 12;
 
-/// A file of initial values has at most 1 MiB; a longer message than this is an error on both
-/// sides.
+/// A larger payload is an error on both sides. A file of initial values has at most 1 MiB.
 constexpr std::size_t MAX_EDITOR_PAYLOAD_SIZE = std::size_t{4} << 20;
 
-/// What goes over the socket is not a message of this protocol.
+/// Thrown for bytes that are not a message of this protocol.
 class EditorProtocolError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Bytes that may hold a password: one buffer, made at its full size and cleared at its end.
+/// Bytes that can hold a password: one buffer, allocated at its full size and cleared at the end.
 class SecretBytes {
 public:
     explicit SecretBytes(std::size_t in_size = 0) : m_bytes(in_size) {}
@@ -75,16 +73,16 @@ private:
     std::vector<char> m_bytes;
 };
 
-/// @throws EditorProtocolError when the texts are longer than a message may be
+/// @throws EditorProtocolError when the texts are too long for a message
 SecretBytes EncodeEditorMessage(const EditorMessage& in_message);
 
 /// @param in_header  `EDITOR_HEADER_SIZE` bytes
-/// @return how many bytes of payload follow
+/// @return the size of the payload that follows, in bytes
 /// @throws EditorProtocolError
 std::size_t EditorPayloadSize(std::span<const char> in_header);
 
-/// @param in_payload  as many bytes as `EditorPayloadSize` says
-/// @throws EditorProtocolError; its text holds nothing of the payload
+/// @param in_payload  as many bytes as `EditorPayloadSize` returned
+/// @throws EditorProtocolError; its text contains nothing of the payload
 EditorMessage DecodeEditorMessage(std::span<const char> in_header,
                                   std::span<const char> in_payload);
 

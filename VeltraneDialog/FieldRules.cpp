@@ -11,11 +11,11 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// The driver managers' list of data sources, and their own settings.
+/// The driver managers' list of data sources and their settings.
 constexpr std::string_view RESERVED_NAMES[] = {"ODBC Data Sources", "ODBC"};
 
-/// The characters that reading or saving a value takes off its ends: the white space of Unicode but
-/// the no-break spaces. All are below U+10000.
+/// True for characters that reading or saving a value trims: Unicode white space except no-break
+/// spaces. All are below U+10000.
 bool IsBlank(char16_t in_unit) {
     return in_unit == u' ' || in_unit == u'\t' || in_unit == 0x1680 ||
            (in_unit >= 0x2000 && in_unit <= 0x200A && in_unit != 0x2007) || in_unit == 0x2028 ||
@@ -24,7 +24,7 @@ bool IsBlank(char16_t in_unit) {
 
 bool IsControl(char16_t in_unit) { return in_unit < 0x20 || (in_unit >= 0x7F && in_unit < 0xA0); }
 
-/// What neither the header of a section nor the line of a value can carry.
+/// Returns why no section header and no line can hold the text; null when they can.
 const char* WhyUnstorable(std::u16string_view in_text) {
     if (std::any_of(in_text.begin(), in_text.end(), IsControl)) {
         return VELTRANE_TEXT("Line ends, tabs and other control characters cannot be stored.");
@@ -76,7 +76,7 @@ const char* WhyRefused(const DialogField& in_field, std::string_view in_text) {
 
 const char* WhyRefused(const DialogField& in_field, std::string_view in_text,
                        const DialogValues& in_loaded) {
-    // A name is no value: it is checked anew wherever it is written.
+    // A name is always checked, as it is wherever it is written.
     const bool isValue = in_field.m_value != &DialogValues::m_dsn && !in_text.empty();
     std::u16string text;
     const WipeAtEnd wipe(text);

@@ -18,7 +18,7 @@ std::string_view TrimBlanks(std::string_view in_text) {
     return Orska::Support::Trim(in_text, " \t\r");
 }
 
-/// Works line by line; knows the position for error texts.
+/// Parses line by line, and counts lines for error texts.
 class Parser {
 public:
     Parser(std::string_view in_contents, const std::string& in_fileName)
@@ -87,7 +87,7 @@ private:
         return text;
     }
 
-    /// An empty value means none, and the setup library has its own error for a bad name.
+    /// Skips empty values, which mean none, and the name: the setup library has an error for it.
     void Check(const DialogField& in_field, std::string_view in_value) const {
         if (in_value.empty() || in_field.m_value == &DialogValues::m_dsn) return;
         if (const char* const reason = WhyRefused(in_field, in_value)) {

@@ -1,12 +1,11 @@
-/// The values that a new DSN editor starts with. Requests without a window take them as the values
-/// of the DSN, so an administrator's or a script's file provisions a DSN.
+/// The initial values of a new DSN editor. A request without a window uses them as the values of
+/// the DSN, so an administrator or a script can provision a DSN with a file.
 ///
 /// The file is an INI file in UTF-8: the section "DSN" with the keys DSN, Server, Namespace,
 /// LoginMode, UID, PWD and Database, in any case. Blanks around key and value do not count; a value
-/// is everything else up to the end of its line, quotes and "#" included. Lines that begin with
-/// ";" or "#" are comments, a later key replaces an earlier one, other sections are left alone. A
-/// line that is none of these, an unknown key, a character that is not UTF-8 and a value that no
-/// editor would take are errors.
+/// is the rest of its line, quotes and "#" included. Lines that begin with ";" or "#" are comments,
+/// a later key replaces an earlier one, other sections are ignored. Any other line, an unknown key,
+/// bytes that are not UTF-8 and a value that the editors refuse are errors.
 #ifndef VELTRANEDIALOG_INITIALVALUES_H
 #define VELTRANEDIALOG_INITIALVALUES_H
 
@@ -16,11 +15,10 @@
 
 namespace Veltrane::ODBC {
 
-/// A text of the editor, in UTF-16; without a value it is null.
+/// A text of the editor, in UTF-16; null if it has no value.
 using DialogString = std::optional<std::u16string>;
 
-/// The seven texts, in the order of the editor's fields. The memory of the password is cleared when
-/// they go.
+/// The seven texts, in the order of the editor's fields. The destructor clears the password.
 struct DialogValues {
     DialogValues() = default;
     DialogValues(const DialogValues&) = default;
@@ -38,14 +36,14 @@ struct DialogValues {
     DialogString m_database = u"";
 };
 
-/// The administrator's file on Linux, used when VELTRANE_DSN_INITIAL_VALUES is not set; it may be
-/// absent. On Windows it is dsn-defaults.ini beside the setup library.
+/// The administrator's file on Linux, used when VELTRANE_DSN_INITIAL_VALUES is not set; it can be
+/// missing. On Windows it is dsn-defaults.ini beside the setup library.
 constexpr char DEFAULT_INITIAL_VALUES_FILE[] = "/etc/veltrane/dsn-defaults.ini";
 
-/// Reads the file that the environment variable VELTRANE_DSN_INITIAL_VALUES names (ignored in a
-/// program with raised privileges), else the administrator's, else gives empty values.
-/// @throws std::runtime_error with file and reason, and the line where there is one. The text never
-///         holds a value.
+/// Reads the file named in the environment variable VELTRANE_DSN_INITIAL_VALUES (ignored in a
+/// program with raised privileges), else the administrator's. Without a file the values are empty.
+/// @throws std::runtime_error with file, reason and, if there is one, the line. The text never
+///         contains a value.
 DialogValues LoadInitialValues();
 
 /// Parses the contents of such a file.

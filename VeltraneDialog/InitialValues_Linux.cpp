@@ -18,7 +18,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// More than any seven values need; keeps a large file from filling the memory.
+/// Seven values need less. Keeps a large file from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
 constexpr std::size_t BLOCK_SIZE = 4096;
 
@@ -26,9 +26,9 @@ constexpr std::size_t BLOCK_SIZE = 4096;
     throw std::runtime_error("Initial values of a DSN: " + in_fileName + ": " + in_reason + ".");
 }
 
-/// @return false when the file does not exist and may be absent
+/// @return false when the file does not exist and is optional
 bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::string& out_contents) {
-    // A pipe that nobody writes to would not open.
+    // Without O_NONBLOCK, opening a pipe without a writer would wait.
     const Orska::Support::FileDescriptor file = Orska::Support::AboveStandardStreams(
         open(in_fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.IsOpen()) {
@@ -41,12 +41,12 @@ bool ReadWholeFile(const std::string& in_fileName, bool in_mayBeAbsent, std::str
     if (fstat(file.Get(), &status) != 0) {
         Fail(in_fileName, Orska::Support::DescribeLastError());
     }
-    // A request does not wait for whoever is to write into a pipe or to type in a terminal.
+    // A request must not wait for input from a pipe or a terminal.
     const bool isNullDevice = S_ISCHR(status.st_mode) && status.st_rdev == makedev(1, 3);
     if (!S_ISREG(status.st_mode) && !isNullDevice) {
         Fail(in_fileName, "not a regular file");
     }
-    // Room for all at once: a buffer that grows leaves what it held behind.
+    // Reserves all at once: a buffer that grows leaves copies in freed memory.
     const auto bytes = static_cast<std::size_t>(status.st_size);
     out_contents.reserve(std::min(bytes, MAX_FILE_SIZE) + BLOCK_SIZE);
     std::string block(BLOCK_SIZE, '\0');

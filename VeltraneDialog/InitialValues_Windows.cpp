@@ -16,7 +16,7 @@ using Orska::Support::DescribeSystemError;
 
 namespace {
 
-/// More than any seven values need; keeps a large file from filling the memory.
+/// Seven values need less. Keeps a large file from filling the memory.
 constexpr std::size_t MAX_FILE_SIZE = std::size_t{1} << 20;
 constexpr DWORD BLOCK_SIZE = 4096;
 
@@ -28,7 +28,7 @@ constexpr wchar_t DEFAULT_FILE_NAME[] = L"dsn-defaults.ini";
                              ".");
 }
 
-/// @return false when the file does not exist and may be absent
+/// @return false when the file does not exist and is optional
 bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
                    std::string& out_contents) {
     const Orska::Support::WindowsHandle file(CreateFileW(
@@ -41,12 +41,12 @@ bool ReadWholeFile(const std::wstring& in_fileName, bool in_mayBeAbsent,
         }
         Fail(in_fileName, DescribeSystemError(error));
     }
-    // A request does not wait for whoever is to write into a pipe or to type in a console.
+    // A request must not wait for input from a pipe or a console.
     const bool isNullDevice = Orska::Support::EqualsIgnoringCase(ToUtf8(in_fileName), "NUL");
     if (!isNullDevice && GetFileType(file.Get()) != FILE_TYPE_DISK) {
         Fail(in_fileName, "not a regular file");
     }
-    // Room for all at once: a buffer that grows leaves what it held behind.
+    // Reserves all at once: a buffer that grows leaves copies in freed memory.
     LARGE_INTEGER size{};
     GetFileSizeEx(file.Get(), &size);
     const auto bytes = static_cast<std::size_t>(size.QuadPart);
@@ -78,8 +78,8 @@ std::wstring NamedFile() {
     }
 }
 
-/// Beside the setup library, where only an administrator can put a file. The folder for data of all
-/// programs would not do: every user may make a folder there.
+/// Returns the path beside the setup library, where only an administrator can put a file. In the
+/// common data folder of all programs, any user can create a folder.
 std::wstring DefaultFile() { return PathBesideModule(DEFAULT_FILE_NAME); }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace Veltrane::ODBC {
 using namespace Orska::Support::Siconv;
 
 bool DecodeUtf8(std::string_view in_bytes, std::u16string& out_text) {
-    // Room for all at once, so that no piece of a password stays behind in a smaller buffer.
+    // Reserves all at once: a buffer that grows leaves copies of a password in freed memory.
     out_text.reserve(out_text.size() + in_bytes.size());
     const auto* const bytes = reinterpret_cast<const unsigned char*>(in_bytes.data());
     for (std::size_t position = 0; position < in_bytes.size();) {

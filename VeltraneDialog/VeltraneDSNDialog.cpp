@@ -18,7 +18,7 @@ VeltraneDSNDialog::VeltraneDSNDialog() = default;
 void VeltraneDSNDialog::Set(const DialogField& in_field, DialogString in_text) {
     DialogString& value = m_values.*in_field.m_value;
     if (value) {
-        Wipe(*value);  // a password: a shorter one would leave the rest of it in its memory
+        Wipe(*value);  // a shorter password would leave the rest of the old one in memory
     }
     value = in_text;
     if (in_text) {

@@ -1,5 +1,5 @@
-/// The DSN editor: seven texts and a modal form. Texts are UTF-16; a null text is an empty one for
-/// every purpose of the editor. An editor lives for one setup request and is used by one thread.
+/// The DSN editor: seven texts and a modal form. Texts are UTF-16; the editor treats a null text as
+/// empty. An editor lives for one setup request and is used by one thread.
 #ifndef VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 #define VELTRANEDIALOG_VELTRANEDSNDIALOG_H
 
@@ -13,16 +13,15 @@ namespace Veltrane::ODBC {
 
 class VeltraneDSNDialog {
 public:
-    /// The result of ShowDialog that means acceptance; every other value means that the user left.
+    /// ShowDialog returns RESULT_OK if the user accepted. Any other value means cancelled.
     static constexpr int RESULT_OK = 1;
     static constexpr int RESULT_CANCEL = 2;
     static constexpr char REQUEST_WITHOUT_WINDOW[] =
         "make the request without a parent window: it then takes the values from the file that "
         "VELTRANE_DSN_INITIAL_VALUES names.";
 
-    /// An editor with its initial values (see LoadInitialValues); nothing is shown. The file is
-    /// read when the first of its values is needed, so a broken one stops no request that sets them
-    /// all.
+    /// Creates an editor with the initial values (see LoadInitialValues); shows nothing. The file
+    /// is read when one of its values is needed, so a bad file stops no request that sets them all.
     VeltraneDSNDialog();
 
     /// Sets a row of `DIALOG_FIELDS`; the setters below do the same by name.
@@ -35,8 +34,8 @@ public:
     void SetPwd(DialogString in_text);
     void SetDatabase(DialogString in_text);
 
-    /// Lets the user connect through this driver with the values in the form, on Linux.
-    /// @param in_driver  UTF-8; empty, as at first: the editor offers no test
+    /// Lets the user test a connection through this driver with the values of the form (Linux).
+    /// @param in_driver  UTF-8; empty, the default, for no test
     void SetTestedDriver(std::string in_driver) { m_testedDriver = std::move(in_driver); }
 
     /// Shows the editor modally, without an owner window.
@@ -47,7 +46,7 @@ public:
 
     /// Asks a question where the editor would be shown.
     /// @param in_text  English, a key of the translations, with one %s
-    /// @param in_name  UTF-8, takes the place of the %s
+    /// @param in_name  UTF-8, replaces the %s
     /// @return true for yes
     /// @throws std::runtime_error as ShowDialog
     static bool Ask(const char* in_text, const std::string& in_name);
@@ -65,7 +64,7 @@ public:
 
 private:
     void Accept(const DialogValues& in_values);
-    /// All texts, with the initial ones for those that nobody has set.
+    /// Returns all texts, with initial values for those that were not set.
     const DialogValues& Values() const;
 
     std::string m_testedDriver;

@@ -14,11 +14,10 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// The settings of the controlling terminal, to give them back when an editor that was killed left
-/// them changed.
+/// The settings of the controlling terminal, to restore them after an editor was killed.
 class TerminalState {
 public:
-    /// Notes the settings; without a terminal there are none.
+    /// Saves the settings if there is a terminal.
     TerminalState()
         : m_terminal(Orska::Support::AboveStandardStreams(
               open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC))) {
@@ -27,7 +26,7 @@ public:
         }
     }
 
-    /// Sets them again and clears the screen, if they have changed.
+    /// If the settings have changed, restores them and clears the screen.
     void Restore() const {
         termios now{};
         if (!m_terminal.IsOpen() || tcgetattr(m_terminal.Get(), &now) != 0 ||
@@ -56,7 +55,7 @@ EditorMessage RunEditorInItsTerminal(const std::string& in_program,
     }
 }
 
-/// The answer of the first editor that can show something.
+/// Returns the answer of the first editor that can show something.
 EditorMessage RunFirstEditor(const EditorMessage& in_request, const std::string& in_otherWay) {
     EditorChoice choice = ChooseEditor(LookAroundForEditors());
     for (const std::string& program : choice.m_programs) {

@@ -21,20 +21,20 @@ namespace {
                              ". To work without one, " + in_otherWay);
 }
 
-/// Loads a library by its full path, and what it needs from its own folder and the system's only: a
-/// library of the same name in the host's folder, its working directory or PATH is never taken.
+/// Loads a library by its full path, and its dependencies only from its own folder and the
+/// system's, never from the host's folder, the working directory or PATH.
 HMODULE LoadFrom(const std::wstring& in_path) {
     const HMODULE library = LoadLibraryExW(
         in_path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
-    // A Windows 7 without its updates does not know those flags.
+    // Windows 7 without updates does not know these flags.
     if (library == nullptr && GetLastError() == ERROR_INVALID_PARAMETER) {
         return LoadLibraryExW(in_path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     }
     return library;
 }
 
-/// The function of the library that is beside this code. The library stays loaded: a C++
-/// run-time that is linked into it loses a slot of the process each time it is loaded anew.
+/// Returns the function of the library beside this module. The library stays loaded: each new load
+/// would leak a slot of the C++ run-time library that is linked into it.
 ShowDialogFunction FindShowDialog(const char* in_otherWay) {
     const std::wstring path = PathBesideModule(DIALOG_LIBRARY_NAME);
     const HMODULE library = LoadFrom(path);
@@ -56,7 +56,7 @@ struct Answer {
     bool m_isWhole = true;
 };
 
-/// Called by the dialog: no exception may go through it.
+/// Called by the dialog. Must not throw.
 void TakeText(void* io_context, unsigned in_index, DialogText in_text) {
     Answer& answer = *static_cast<Answer*>(io_context);
     try {

@@ -23,7 +23,7 @@ std::string ToUtf8(std::wstring_view in_text) {
 std::wstring PathBesideModule(const wchar_t* in_name) {
     const std::wstring directory = Orska::Support::GetOwnDirectory();
     if (directory.empty()) {
-        // A name alone would be looked for in places that the host or its user chooses.
+        // A name without a path would be searched in places that the host or its user chooses.
         throw std::runtime_error("The system does not tell where this module is.");
     }
     return directory + in_name;

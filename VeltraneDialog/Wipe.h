@@ -1,4 +1,4 @@
-/// The names under which the editor and what builds on it clear passwords.
+/// The functions that clear passwords, in the editor's namespace.
 #ifndef VELTRANEDIALOG_WIPE_H
 #define VELTRANEDIALOG_WIPE_H
 

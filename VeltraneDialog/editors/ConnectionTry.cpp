@@ -41,7 +41,7 @@ std::string GetTestedDriver() {
 
 std::string MakeConnectionString(const DialogValues& in_values) {
     std::string text;
-    text.reserve(std::size_t{64} << 10);  // no copy of a password stays in a buffer that was left
+    text.reserve(std::size_t{64} << 10);  // a buffer that grows leaves copies
     Append("Driver", GetTestedDriver(), text);
     for (const DialogField& field : DIALOG_FIELDS) {
         std::string value = EncodeUtf8(*(in_values.*field.m_value));

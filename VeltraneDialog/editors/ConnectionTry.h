@@ -1,5 +1,4 @@
-/// What the editors need in order to try the values of the form: the tool connects with them, they
-/// are not stored.
+/// Tests the values of the form: the tool connects with them without storing them.
 #ifndef VELTRANEDIALOG_EDITORS_CONNECTIONTRY_H
 #define VELTRANEDIALOG_EDITORS_CONNECTIONTRY_H
 
@@ -9,19 +8,18 @@
 
 namespace Veltrane::ODBC {
 
-/// @return the path of the tool of this installation or build tree; where there is none, one that
-///         cannot be run
+/// @return the path of the tool in this installation or build tree; without one, a path that cannot
+///         be run
 std::string FindTool();
 
-/// The driver that the host wants tested; empty when nothing can be tested, because the driver has
-/// no library or there is no tool.
+/// Returns the driver that the host wants tested; empty if it has no library or there is no tool.
 std::string GetTestedDriver();
 
 /// The tool's arguments for a test; the connection string goes to its standard input.
 inline constexpr const char* TEST_ARGUMENTS[] = {"test", "-"};
 
-/// @return the values as a connection string in UTF-8, which may hold a password; the name and
-///         empty values are left out
+/// @return the values as a connection string in UTF-8, which can contain a password; without the
+///         name and empty values
 std::string MakeConnectionString(const DialogValues& in_values);
 
 }  // namespace Veltrane::ODBC

@@ -27,7 +27,7 @@ namespace {
 /// Wide enough for a server's full name, in average characters.
 constexpr int FIELD_WIDTH = 66;
 
-/// Qt cuts what is longer than this; far beyond what the host sends.
+/// Qt truncates longer text. Far more than the host sends.
 constexpr int MAX_LENGTH = 1 << 24;
 
 QLabel* SmallLabel(const QString& in_text, QWidget* in_parent) {
@@ -52,14 +52,14 @@ QColor ReasonColor(const QPalette& in_palette) {
     return isDark ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB0, 0x00, 0x20);
 }
 
-/// Quieter than text, and still well readable.
+/// Less prominent than other text, but readable.
 QColor QuietColor(const QPalette& in_palette) {
     QColor color = in_palette.color(QPalette::WindowText);
     color.setAlphaF(0.72F);
     return color;
 }
 
-/// As large as its fields, if the screen lets it; else they scroll.
+/// As large as its fields if the screen has room; otherwise the fields scroll.
 class FieldArea : public QScrollArea {
 public:
     using QScrollArea::QScrollArea;
@@ -88,7 +88,7 @@ DesktopForm::DesktopForm(DialogValues& io_values) : m_values(io_values) {
     layout->setSpacing(0);
     layout->addWidget(m_area, 1);
     layout->addWidget(BuildButtons());
-    // Qt would take at most two thirds of the screen.
+    // Qt would use at most two thirds of the screen.
     const QSize title(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
     resize(sizeHint().boundedTo(screen()->availableSize() - title));
     Follow();
@@ -103,7 +103,7 @@ void DesktopForm::BuildRow(Row& out_row, const DialogField& in_field, QGridLayou
     const QString mark = in_field.m_isRequired ? QStringLiteral(" *") : QString();
     auto* label = new QLabel(Translated(in_field.m_label) + mark, this);
     QWidget* const input = BuildInput(out_row);
-    // The edit of a choice is part of it and takes no focus of its own.
+    // The edit of a choice takes no focus itself.
     const bool isChoice = in_field.m_kind == DialogFieldKind::LOGIN_MODE;
     label->setBuddy(isChoice ? input : out_row.m_edit);
 
@@ -119,7 +119,7 @@ void DesktopForm::BuildRow(Row& out_row, const DialogField& in_field, QGridLayou
     io_grid.addWidget(key, top + 1, 0, Qt::AlignTop);
     io_grid.addWidget(out_row.m_note, top + 1, 1, Qt::AlignTop);
     io_grid.setRowMinimumHeight(top + 2, fontMetrics().height() / 2);
-    // An empty row is not counted unless something is in it.
+    // A row without an item is not counted.
     io_grid.addItem(new QSpacerItem(0, 0), top + 2, 0);
     Fill(out_row);
 }
@@ -137,17 +137,17 @@ void DesktopForm::Fill(Row& out_row) {
     });
 }
 
-/// @return the edit itself, or what it is part of
+/// @return the edit, or the widget that contains it
 QWidget* DesktopForm::BuildInput(Row& out_row) {
     if (out_row.m_field->m_kind == DialogFieldKind::LOGIN_MODE) {
         auto* choice = new QComboBox(this);
         choice->setEditable(true);
-        choice->installEventFilter(this);  // it, not its edit, gets the focus
+        choice->installEventFilter(this);  // the choice, not its edit, gets the focus
         choice->setInsertPolicy(QComboBox::NoInsert);
         for (const char* mode : LOGIN_MODES) {
             choice->addItem(QString::fromUtf8(mode));
         }
-        // Text of the user's own stays as it is typed.
+        // No completer, because it would change what the user types.
         choice->setCompleter(nullptr);
         out_row.m_edit = choice->lineEdit();
         out_row.m_edit->setMaxLength(MAX_LENGTH);
@@ -284,7 +284,7 @@ bool DesktopForm::eventFilter(QObject* in_object, QEvent* in_event) {
     if (in_event->type() == QEvent::FocusIn) {
         m_area->ensureWidgetVisible(static_cast<QWidget*>(in_object));
     }
-    // The accelerator of a button that is disabled would be taken for text, unseen in a password.
+    // The accelerator of a disabled button would be inserted as text, unseen in a password.
     const bool isAccelerator = in_event->type() == QEvent::KeyPress &&
                                static_cast<QKeyEvent*>(in_event)->modifiers() == Qt::AltModifier &&
                                !static_cast<QKeyEvent*>(in_event)->text().isEmpty();

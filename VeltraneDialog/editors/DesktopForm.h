@@ -34,7 +34,7 @@ private:
         QLineEdit* m_edit = nullptr;
         /// The hint, or the reason why the field is refused.
         QLabel* m_note = nullptr;
-        /// An empty field is only pointed out once the user has been in it.
+        /// An empty field is reported only after the user has edited it.
         bool m_isEdited = false;
     };
 
@@ -43,10 +43,10 @@ private:
     void Fill(Row& out_row);
     QWidget* BuildButtons();
 
-    /// After a change: the notes, the title and OK follow the fields.
+    /// Updates the notes, the title and OK after a change.
     void Follow();
     DialogValues Collect() const;
-    /// Connects with the values of the form, or ends that.
+    /// Starts a connection test, or stops the running one.
     void Test();
     void ShowNote(const Row& in_row, const char* in_reason);
     QLabel* QuietLabel(const QString& in_text);
@@ -54,13 +54,13 @@ private:
     DialogValues& m_values;
     std::array<Row, DIALOG_FIELDS.size()> m_rows;
     std::vector<QLabel*> m_quietLabels;
-    /// The fields, which scroll where the screen is too small for them.
+    /// The fields, which scroll if the screen is too small.
     QScrollArea* m_area = nullptr;
     QPushButton* m_ok = nullptr;
-    /// Null where there is nothing to test with.
+    /// Null if nothing can be tested.
     QPushButton* m_test = nullptr;
     ToolRun m_tool;
-    /// The server of the test that runs.
+    /// The server of the running test.
     QString m_tested;
     QLabel* m_status = nullptr;
 };

@@ -16,11 +16,10 @@ namespace {
 
 /// Process-wide: set before Qt starts, read by the handler of its messages.
 HostConnection* s_host = nullptr;
-/// Process-wide: the first warning of the platform, which tells more than the fatal message
-/// after it.
+/// Process-wide: the first warning of the platform, which says more than the fatal message.
 std::string s_firstWarning;
 
-/// Qt ends the process when it finds no display; the host is told before that, so that it can try
+/// Qt terminates the process if it finds no display. Tells the host first, so that the host can try
 /// the terminal.
 void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const QString& in_text) {
     const std::string_view category = in_context.category != nullptr ? in_context.category : "";
@@ -52,12 +51,11 @@ void TellFailures(HostConnection& io_host) {
 
 class Desktop {
 public:
-    /// `TellFailures` has to come before.
+    /// Call `TellFailures` first.
     explicit Desktop(HostConnection& io_host)
         : m_application(m_argumentCount, m_arguments),
           m_hostHasGone(io_host.Descriptor(), QSocketNotifier::Read) {
-        // A cursor that does not blink: an editor that nobody types in wakes neither itself nor
-        // the display.
+        // No blinking cursor: an idle editor wakes neither itself nor the display.
         QApplication::setCursorFlashTime(0);
     }
 

@@ -65,10 +65,10 @@ int EditorMain(int in_argumentCount, char** in_arguments, const EditorScreen& in
     if (in_argumentCount != 1 || !IsStartedByHost()) {
         return PrintHelp(in_argumentCount, in_arguments);
     }
-    // A host that goes takes its editor along. The end of the socket alone does not tell: a process
-    // that the host has forked in the meantime holds it open.
+    // The editor ends with its host. The socket alone does not show that the host has ended: a
+    // process that the host forked meanwhile holds it open.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
-    // There will be a password in this process: no core file, and nobody looks into it.
+    // This process will hold a password: no core file, and no debugger.
     prctl(PR_SET_DUMPABLE, 0);
     try {
         StartTexts();
@@ -76,7 +76,7 @@ int EditorMain(int in_argumentCount, char** in_arguments, const EditorScreen& in
         host.Send(ShowAndAnswer(host, in_screen));
         return 0;
     } catch (const std::exception& exception) {
-        // The host discards it; for whoever puts a script in between to look.
+        // The host discards this text. A script around the editor can show it.
         std::fprintf(stderr, "%s\n", exception.what());
         return STATUS_NO_ANSWER;
     }

@@ -1,4 +1,4 @@
-/// The frame of every editor program: its arguments, the conversation with the host, the answer.
+/// The common part of the editor programs: arguments, the conversation with the host, the answer.
 #ifndef VELTRANEDIALOG_EDITORS_EDITORMAIN_H
 #define VELTRANEDIALOG_EDITORS_EDITORMAIN_H
 
@@ -9,15 +9,15 @@
 
 namespace Veltrane::ODBC {
 
-/// Nothing can be shown here; the text says why, without a full stop. The host may try another
-/// editor.
+/// Thrown when nothing can be shown. The text says why, without a full stop. The host can then try
+/// another editor.
 class EditorUnavailable : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What differs between the editors. Each function returns when the user is done or the host has
-/// gone, and throws EditorUnavailable.
+/// The functions that differ between the editors. They return when the user is done or the host has
+/// gone, and can throw EditorUnavailable.
 struct EditorScreen {
     /// Shows the form.
     /// @param io_values  never null; changed only for OK
@@ -28,7 +28,7 @@ struct EditorScreen {
     bool (*m_ask)(const std::string& in_question, HostConnection& io_host);
 };
 
-/// @return the status of the program: 0 when it has answered
+/// @return the exit status: 0 after an answer
 int EditorMain(int in_argumentCount, char** in_arguments, const EditorScreen& in_screen);
 
 }  // namespace Veltrane::ODBC

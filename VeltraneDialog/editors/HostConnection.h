@@ -9,7 +9,7 @@ namespace Veltrane::ODBC {
 
 class HostConnection {
 public:
-    /// Takes the socket from standard input, which reads as empty afterwards.
+    /// Moves the socket away from standard input, which then reads as empty.
     /// @throws std::system_error
     HostConnection();
 
@@ -20,7 +20,7 @@ public:
     /// @throws std::runtime_error when the host has gone
     void Send(const EditorMessage& in_message);
 
-    /// Becomes readable when the host has gone: it says nothing after its first message.
+    /// Becomes readable when the host has gone. The host sends nothing after its first message.
     int Descriptor() const { return m_socket.Get(); }
 
 private:

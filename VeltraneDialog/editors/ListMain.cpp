@@ -10,9 +10,9 @@
 
 namespace {
 
-/// Qt ends the process when it finds no display.
+/// Qt terminates the process if it finds no display.
 void OnQtMessage(QtMsgType in_type, const QMessageLogContext& in_context, const QString& in_text) {
-    // Process-wide: the first warning of the platform, which tells more than the fatal message.
+    // Process-wide: the first warning of the platform, which says more than the fatal message.
     static QString s_reason;
     const std::string_view category = in_context.category != nullptr ? in_context.category : "";
     const bool isOfPlatform = category.starts_with("qt.qpa");
@@ -39,7 +39,7 @@ int main(int in_argumentCount, char** in_arguments) {
         return isVersion ? 0 : 2;
     }
     Veltrane::ODBC::StartTexts();
-    // The editors that it starts are windows, too.
+    // Editors that it starts are windows too.
     qputenv("VELTRANE_DSN_EDITOR", "desktop");
     qInstallMessageHandler(OnQtMessage);
     QApplication application(in_argumentCount, in_arguments);

@@ -245,7 +245,7 @@ void ListWindow::Follow() {
     const bool isSelected = m_list->currentIndex().isValid();
     m_add->setEnabled(!isBusy);
     for (QPushButton* button : m_onSelected) button->setEnabled(isSelected && !isBusy);
-    // The name alone says what to connect to, and that is the data source which hides this one.
+    // A test connects by name, which would reach the data source that hides this one.
     const bool isHidden = m_list->currentIndex().siblingAtColumn(0).data(IS_HIDDEN).toBool();
     m_test->setEnabled(m_isTesting || (m_test->isEnabled() && !isHidden));
     m_test->setText(Translated(m_isTesting ? TEXT_STOP : TEXT_TEST));
@@ -260,7 +260,7 @@ QMessageBox* ListWindow::MakeBox(const QString& in_text) {
     return box;
 }
 
-/// What is being edited would be lost.
+/// Stays open while an editor runs, because its input would be lost.
 void ListWindow::closeEvent(QCloseEvent* in_event) {
     if (!m_tool.IsRunning() || m_isTesting) return QWidget::closeEvent(in_event);
     in_event->ignore();

@@ -1,5 +1,5 @@
-/// The data sources of both scopes as a window. All that it does is run veltrane-dsn: `list`,
-/// `edit`, `remove` and `test`.
+/// A window with the data sources of both scopes. Every action runs veltrane-dsn: `list`, `edit`,
+/// `remove` or `test`.
 #ifndef VELTRANEDIALOG_EDITORS_LISTWINDOW_H
 #define VELTRANEDIALOG_EDITORS_LISTWINDOW_H
 
@@ -40,7 +40,7 @@ private:
     void Select(const Selected& in_dsn);
     void Fill(const QByteArray& in_list);
 
-    /// Runs a command on the selected data source, or on none, and reads the list anew.
+    /// Runs a command on the selected data source, or on none, and reloads the list.
     void Run(QStringList in_command, bool in_isSystem, const QString& in_name,
              const QString& in_busyText, std::function<void(const ToolResult&)> in_done);
     void RunOnSelected(const QStringList& in_command, const char* in_busyText);
@@ -48,7 +48,7 @@ private:
     void Copy();
     void Remove();
     void Test();
-    /// Buttons follow what is selected and what runs.
+    /// Updates the buttons after a change of the selection or of the running command.
     void Follow();
     QMessageBox* MakeBox(const QString& in_text);
 

@@ -1,4 +1,4 @@
-/// Texts of the editors for Qt.
+/// The editors' texts as QString.
 #ifndef VELTRANEDIALOG_EDITORS_QTTEXT_H
 #define VELTRANEDIALOG_EDITORS_QTTEXT_H
 

@@ -21,9 +21,9 @@ constexpr int MIN_ENTRY_WIDTH = 20;
 constexpr int MARGIN = 2;
 constexpr int GAP = 2;
 
-/// Two lines a field - the entry and its reason -, the switch of the password and the buttons.
+/// Two lines per field (the entry and its reason), the password switch and the buttons.
 constexpr int HEIGHT = 2 * static_cast<int>(DIALOG_FIELDS.size()) + 4;
-/// With the border, the line of the keys above and the one of the hint below.
+/// With the border, the line of keys above and the hint below.
 constexpr int SCREEN_HEIGHT = HEIGHT + 5;
 
 constexpr int REASON_COLORS = NEWT_COLORSET_CUSTOM(0);
@@ -71,7 +71,7 @@ void TerminalForm::Start() {
         static char background[] = "lightgray";
         static char label[] = "blue";
         newtSetColor(REASON_COLORS, foreground, background);
-        // As a label: on the colour of an entry the switch of the password looks like one.
+        // The colours of a label: in those of an entry the password switch looks like one.
         newtSetColor(NEWT_COLORSET_CHECKBOX, label, background);
     }
     newtDrawRootText(1, 0, Translate(GetTestedDriver().empty() ? TEXT_KEYS : TEXT_KEYS_AND_TEST));
@@ -151,8 +151,8 @@ int TerminalForm::OnKey(newtComponent, void* in_form, int in_key, int) {
 
 void TerminalForm::OnChange(newtComponent in_component, void* in_form) {
     auto* const form = static_cast<TerminalForm*>(in_form);
-    // Each run of the form begins with a callback of the entry that has the focus. To wake the form
-    // for that would end the run at once, and the next one, for ever.
+    // Each run of the form begins with a callback of the focused entry. Waking the form for that
+    // would end this run at once, and every later one.
     if (in_component == form->m_startedIn) {
         form->m_startedIn = nullptr;
     } else {
@@ -160,7 +160,7 @@ void TerminalForm::OnChange(newtComponent in_component, void* in_form) {
     }
 }
 
-/// Below its entry, or as far to the left as it needs.
+/// Indents the reason to its entry, or less if it is too long.
 std::string TerminalForm::Indented(const std::string& in_reason) const {
     const int room = m_width - 2 * MARGIN - ColumnsOf(in_reason);
     const int indent = std::clamp(room, 0, m_entryLeft - MARGIN);
@@ -269,7 +269,7 @@ void TerminalForm::ChooseLoginMode() {
     newtFormSetCurrent(m_form, row->m_entry);
 }
 
-/// @return false when a field is refused; it has the focus then
+/// @return false when a field is refused, which then has the focus
 bool TerminalForm::Accept() {
     for (const Row& row : m_rows) {
         if (WhyRefused(*row.m_field, newtEntryGetValue(row.m_entry), m_values) != nullptr) {

@@ -1,4 +1,4 @@
-/// The DSN editor as a form of text in a terminal, drawn by newt. One at a time.
+/// The DSN editor as a text form in a terminal, drawn by newt. Only one at a time.
 #ifndef VELTRANEDIALOG_EDITORS_TERMINALFORM_H
 #define VELTRANEDIALOG_EDITORS_TERMINALFORM_H
 
@@ -43,7 +43,7 @@ private:
     static void OnChange(newtComponent in_component, void* in_form);
     std::string Indented(const std::string& in_reason) const;
 
-    /// After a key: the reasons, the password, the title and the help line follow the fields.
+    /// Updates the reasons, the password and the help line after a key.
     void Follow();
     bool HandleExit(const newtExitStruct& in_exit, bool& out_accepted);
     void ChooseLoginMode();
@@ -51,14 +51,14 @@ private:
     DialogValues Collect() const;
     void Test();
 
-    /// Woken when something happened that `Follow` has to see.
+    /// Wakes the form when `Follow` has to run.
     TerminalScreen m_screen;
     DialogValues& m_values;
     int m_host;
     int m_width = 0;
     int m_entryLeft = 0;
     std::array<Row, DIALOG_FIELDS.size()> m_rows;
-    /// Empty fields are pointed out once OK was tried.
+    /// Empty fields are reported only after OK was tried.
     bool m_showsMissing = false;
     newtComponent m_form = nullptr;
     /// The entry with the focus, from the start of a run until its first callback.
@@ -66,7 +66,7 @@ private:
     newtComponent m_showPassword = nullptr;
     newtComponent m_chooseLoginMode = nullptr;
     newtComponent m_ok = nullptr;
-    /// Null where there is nothing to test with.
+    /// Null if nothing can be tested.
     newtComponent m_test = nullptr;
     newtComponent m_cancel = nullptr;
 };

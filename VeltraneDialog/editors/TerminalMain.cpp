@@ -17,7 +17,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// The form writes to standard output and reads from standard input, wherever the host's went.
+/// Makes the terminal standard input and output, which the form uses.
 void TakeTerminal() {
     const Orska::Support::FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC));
     if (terminal.Get() < 0) {
@@ -28,7 +28,7 @@ void TakeTerminal() {
     dup2(terminal.Get(), STDOUT_FILENO);
 }
 
-/// newt would end the process at a terminal that it does not know.
+/// newt would terminate the process for an unknown terminal.
 void CheckTerminalType() {
     const char* const variable = std::getenv("TERM");
     std::string type = variable != nullptr ? variable : "";
@@ -41,7 +41,7 @@ void CheckTerminalType() {
     }
 }
 
-/// Names are UTF-8 for the driver manager, so the form needs it also where no locale is set.
+/// The driver manager's names are UTF-8, so the form needs UTF-8 even if no locale is set.
 void TakeUtf8() {
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) {
         setlocale(LC_CTYPE, "C.UTF-8");

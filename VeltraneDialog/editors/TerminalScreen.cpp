@@ -27,7 +27,7 @@ volatile sig_atomic_t s_wake = -1;
 void OnEndingSignal(int) {
     s_isEnding = 1;
     if (s_wake < 0) return;
-    const int error = errno;  // of what the signal came between
+    const int error = errno;  // of the interrupted code
     eventfd_write(s_wake, 1);
     errno = error;
 }
@@ -52,7 +52,7 @@ TerminalScreen::TerminalScreen() : m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)
 }
 
 TerminalScreen::~TerminalScreen() {
-    s_wake = -1;  // the number is soon that of another file
+    s_wake = -1;  // another file can get this number
     newtFinished();
 }
 
@@ -79,7 +79,7 @@ int ColumnsOf(const std::string& in_text) {
     return columns < 0 ? static_cast<int>(in_text.size()) : columns;
 }
 
-/// Colours that the user chose stay as they are.
+/// False if the user has chosen colours.
 bool UsesDefaultColors() {
     return std::getenv("NEWT_COLORS") == nullptr && std::getenv("NEWT_COLORS_FILE") == nullptr &&
            std::getenv("NEWT_MONO") == nullptr;

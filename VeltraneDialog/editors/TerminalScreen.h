@@ -1,4 +1,4 @@
-/// The terminal in the hands of newt, for a form or a question. One at a time.
+/// The terminal while newt uses it, for a form or a question. Only one at a time.
 #ifndef VELTRANEDIALOG_EDITORS_TERMINALSCREEN_H
 #define VELTRANEDIALOG_EDITORS_TERMINALSCREEN_H
 
@@ -18,7 +18,7 @@ public:
     TerminalScreen();
     TerminalScreen(const TerminalScreen&) = delete;
     TerminalScreen& operator=(const TerminalScreen&) = delete;
-    /// Gives the terminal back as it was.
+    /// Restores the terminal.
     ~TerminalScreen();
 
     /// Runs the form until a key, a descriptor or a component ends it.
@@ -35,10 +35,10 @@ private:
     Orska::Support::FileDescriptor m_wake;
 };
 
-/// How wide the text is on the screen.
+/// Returns the width of a text on the screen, in columns.
 int ColumnsOf(const std::string& in_text);
 
-/// Colours that the user chose stay as they are.
+/// False if the user has chosen colours.
 bool UsesDefaultColors();
 
 /// Asks for yes or no; no is preselected.

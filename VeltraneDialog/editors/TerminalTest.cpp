@@ -27,11 +27,11 @@ constexpr int WIDTH = 66;
 constexpr int MAX_HEIGHT = 14;
 constexpr std::size_t MAX_OUTPUT = std::size_t{64} << 10;
 
-/// The tool with the values at its standard input.
+/// A run of the tool with the values on its standard input.
 class Trial {
 public:
     explicit Trial(const DialogValues& in_values) {
-        // Memory, as a pipe might not take all of it at once.
+        // A file in memory, because a pipe may not hold all of it.
         const FileDescriptor input(memfd_create("connection", MFD_CLOEXEC));
         std::string text = MakeConnectionString(in_values);
         const WipeAtEnd<char> wipe(text);
@@ -48,7 +48,7 @@ public:
     }
     Trial(const Trial&) = delete;
     Trial& operator=(const Trial&) = delete;
-    /// Ends what still runs.
+    /// Ends a tool that still runs.
     ~Trial() {
         if (m_process <= 0) return;
         kill(m_process, SIGTERM);
@@ -125,7 +125,7 @@ public:
 
     void Watch(int in_descriptor) { newtFormWatchFd(m_form, in_descriptor, NEWT_FD_READ); }
 
-    /// @return true when what is watched is readable, false when the user or the host ends it
+    /// @return true when a watched descriptor is readable, false when the user or the host ends it
     bool Run(const TerminalScreen& in_screen) {
         newtExitStruct exit{};
         in_screen.Run(m_form, exit);

@@ -7,9 +7,8 @@
 
 namespace Veltrane::ODBC {
 
-/// Connects with the values and shows what became of it, in a window over the form. The user can
-/// stop it.
-/// @param in_host  readable when the host has gone: the test ends then
+/// Connects with the values and shows the result in a window over the form. The user can stop it.
+/// @param in_host  readable when the host has gone, which ends the test
 void TestInTerminal(const DialogValues& in_values, const TerminalScreen& in_screen, int in_host);
 
 }  // namespace Veltrane::ODBC

@@ -9,7 +9,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// How long the tool has to end by itself, in milliseconds; it ends the driver first.
+/// How long the tool can take to end, in milliseconds. It ends the driver first.
 constexpr int GRACE = 2000;
 
 }  // namespace

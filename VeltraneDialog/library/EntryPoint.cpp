@@ -1,5 +1,5 @@
-/// VeltraneShowDSNDialog, the one function of VeltraneDialog.dll: arguments to DialogValues and the
-/// user's answer back, nothing else.
+/// VeltraneShowDSNDialog, the only function of VeltraneDialog.dll. It converts the arguments to
+/// DialogValues and hands the user's answer back.
 #include <windows.h>
 
 #include <exception>
@@ -36,7 +36,7 @@ int Fail(const DialogRequest& in_request, const std::string& in_reason) {
     return DIALOG_FAILED;
 }
 
-/// @param out_error  why the form did not open, before the thread's look is put back
+/// @param out_error  why the form did not open, read before the thread's look is restored
 INT_PTR Show(DialogValues& io_values, HWND in_owner, DWORD& out_error) {
     const HMODULE library = OwnLibrary();
     const SharpAtEachScale scale;
@@ -52,7 +52,7 @@ int ShowRequest(const DialogRequest& in_request) {
         const DialogText& text = in_request.m_texts[i];
         values.*DIALOG_FIELDS[i].m_value = std::u16string(text.m_text, text.m_length);
     }
-    // Without an owner the host's window would take input while the user edits.
+    // Without an owner the host's window would accept input while the user edits.
     const HWND owner =
         in_request.m_owner != nullptr ? static_cast<HWND>(in_request.m_owner) : GetActiveWindow();
     DWORD error = ERROR_SUCCESS;
@@ -80,7 +80,7 @@ extern "C" int VeltraneShowDSNDialog(const Veltrane::ODBC::DialogRequest* in_req
     try {
         return ShowRequest(*in_request);
     } catch (const std::exception& exception) {
-        // Not built up any further: memory may be what is missing.
+        // Copied without allocation: memory may have run out.
         const char* const what = exception.what();
         char16_t text[256];
         std::size_t length = 0;

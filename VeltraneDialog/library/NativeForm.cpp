@@ -11,7 +11,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// Posted to the form by itself: a choice changes its text only after it has told of the change.
+/// Posted by the form to itself: a combo box reports a change before its text changes.
 constexpr UINT MESSAGE_FOLLOW = WM_APP;
 
 constexpr int ROW_COUNT = static_cast<int>(DIALOG_FIELDS.size());
@@ -29,7 +29,7 @@ bool IsRowOf(int in_first, int in_control) {
     return in_control >= in_first && in_control < in_first + ROW_COUNT;
 }
 
-/// A part of one colour in another, in percent.
+/// Mixes two colours. in_percent is the share of the first one.
 COLORREF Mix(COLORREF in_color, COLORREF in_background, int in_percent) {
     const auto part = [&](int in_a, int in_b) {
         return static_cast<BYTE>((in_a * in_percent + in_b * (100 - in_percent)) / 100);
@@ -47,7 +47,7 @@ COLORREF ReasonColor(COLORREF in_background) {
     return brightness < 128 ? RGB(0xFF, 0x8A, 0x80) : RGB(0xB0, 0x00, 0x20);
 }
 
-/// The user has chosen colours for the best contrast: no own ones then.
+/// True if the user has chosen high contrast. The form then sets no colours.
 bool IsHighContrast() {
     HIGHCONTRASTW contrast{};
     contrast.cbSize = sizeof contrast;
@@ -83,7 +83,7 @@ INT_PTR CALLBACK NativeForm::HandleMessage(HWND in_window, UINT in_message, WPAR
         }
         return form->Handle(in_message, in_first) ? TRUE : FALSE;
     } catch (...) {
-        // Not through the system's code, which called. Show throws it on.
+        // Must not pass through the system's code, which is the caller. Show throws it again.
         if (!form->m_failure) form->m_failure = std::current_exception();
         EndDialog(in_window, IDABORT);
         return FALSE;
@@ -206,7 +206,7 @@ void NativeForm::ShowNote(std::size_t in_row) {
     const int note = ID_NOTE + static_cast<int>(in_row);
     const std::wstring text =
         TranslateWide(row.m_reason != nullptr ? row.m_reason : row.m_field->m_hint);
-    // Not set anew at every key: it would flicker, and be read aloud again.
+    // Set only when it changes: otherwise it flickers, and screen readers read it again.
     if (GetText(note) != std::u16string(text.begin(), text.end())) SetText(note, text);
 }
 
@@ -231,7 +231,7 @@ void NativeForm::ShowPassword(bool in_isShown) {
 
 void NativeForm::Accept() {
     Follow();
-    // Enter comes here even when the button is disabled.
+    // Enter calls this even when the button is disabled.
     if (IsWindowEnabled(Get(IDOK)) == FALSE) {
         MessageBeep(MB_OK);
         return;
@@ -240,7 +240,7 @@ void NativeForm::Accept() {
         std::u16string text = GetText(ID_INPUT + static_cast<int>(i));
         const WipeAtEnd wipe(text);
         DialogString& value = m_values.*m_rows[i].m_field->m_value;
-        if (value) Wipe(*value);  // before its memory is given back for a longer one
+        if (value) Wipe(*value);  // before a longer value frees its memory
         value = text;
     }
     EndDialog(m_window, IDOK);

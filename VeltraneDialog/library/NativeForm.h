@@ -1,4 +1,4 @@
-/// The DSN editor as a dialog of Windows' own, made from the dialog resource.
+/// The DSN editor as a native Windows dialog, made from the dialog resource.
 #ifndef VELTRANEDIALOG_LIBRARY_NATIVEFORM_H
 #define VELTRANEDIALOG_LIBRARY_NATIVEFORM_H
 
@@ -19,18 +19,18 @@ public:
     explicit NativeForm(DialogValues& io_values);
 
     /// Shows the form and waits for the user.
-    /// @param in_library  the one that has the dialog resource
-    /// @param in_owner  the window that waits meanwhile; may be null
+    /// @param in_library  has the dialog resource
+    /// @param in_owner  the window that waits meanwhile; can be null
     /// @return IDOK, IDCANCEL, or -1 with the reason in GetLastError
-    /// @throws what goes wrong while it is shown, bad_alloc for instance
+    /// @throws what a message handler throws, such as bad_alloc
     INT_PTR Show(HMODULE in_library, HWND in_owner);
 
 private:
     struct Row {
         const DialogField* m_field = nullptr;
-        /// Why the field is refused; null when it is not, or nothing is to be said yet.
+        /// Why the field is refused; null if it is not, or if that is not reported yet.
         const char* m_reason = nullptr;
-        /// An empty field is only pointed out once the user has been in it.
+        /// An empty field is reported only after the user has edited it.
         bool m_isEdited = false;
     };
 
@@ -44,7 +44,7 @@ private:
     void FillChoices(HWND in_choice);
     void SetFirstFocus();
 
-    /// After a change: the notes, the title and OK follow the fields.
+    /// Updates the notes, the title and OK after a change.
     void Follow();
     void ShowNote(std::size_t in_row);
     HBRUSH PaintStatic(HDC in_context, HWND in_control) const;
@@ -60,9 +60,9 @@ private:
     std::array<Row, DIALOG_FIELDS.size()> m_rows;
     PasswordField m_password;
     WPARAM m_passwordMark = 0;
-    /// False while the fields are filled: that is no change by the user.
+    /// False while the form fills the fields, which is no change by the user.
     bool m_isStarted = false;
-    /// What a message has thrown, until the dialog has ended.
+    /// The exception of a message handler, until the dialog has ended.
     std::exception_ptr m_failure;
 };
 

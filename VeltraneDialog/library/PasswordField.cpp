@@ -7,7 +7,7 @@ namespace Veltrane::ODBC {
 
 namespace {
 
-/// Room that the control gets at once, so that it leaves no copies in smaller buffers.
+/// The room that the control allocates at once, so that it leaves no copies in smaller buffers.
 constexpr std::size_t ROOM = 2048;
 
 bool IsDown(int in_key) { return GetKeyState(in_key) < 0; }
@@ -60,7 +60,7 @@ bool PasswordField::Handle(UINT in_message, WPARAM in_first) {
     }
 }
 
-/// The keys that delete a selection without telling it by a message.
+/// Handles the keys that delete a selection without sending a message.
 bool PasswordField::HandleKey(WPARAM in_key) {
     if (in_key == VK_INSERT && IsDown(VK_SHIFT)) {
         SendMessageW(m_control, WM_PASTE, 0, 0);
@@ -107,7 +107,7 @@ void PasswordField::Cut() {
     if (Call(EM_GETPASSWORDCHAR) == 0) DeleteSelection();
 }
 
-/// One character at a time: what is deleted for it is all that the control copies.
+/// Replaces one character at a time, because the control copies what a replacement deletes.
 void PasswordField::OverwriteRange(DWORD in_first, DWORD in_last) {
     m_isOverwriting = true;
     for (DWORD i = in_last; i > in_first; --i) {
@@ -121,7 +121,7 @@ void PasswordField::Overwrite() {
     Call(EM_EMPTYUNDOBUFFER);
     const auto length = static_cast<std::size_t>(Call(WM_GETTEXTLENGTH));
     OverwriteRange(0, static_cast<DWORD>(length));
-    // After the text lies what was pushed there when some before it was deleted.
+    // Deleting earlier text has moved characters to the place after the end.
     m_isOverwriting = true;
     const std::wstring blanks(std::max(ROOM, length), L' ');
     Call(WM_SETTEXT, 0, reinterpret_cast<LPARAM>(blanks.c_str()));

@@ -1,6 +1,6 @@
-/// The field of the password, which leaves no copy of a password in memory. What an edit control
-/// deletes it copies, into its undo buffer and into memory that it gives back as it is; so here
-/// text is overwritten in its place before it is deleted, and there is no undo.
+/// The password field. It leaves no copy of a password in memory. An edit control copies what it
+/// deletes, into its undo buffer and into memory that it frees uncleared. So this class overwrites
+/// text in place before it deletes it, and has no undo.
 #ifndef VELTRANEDIALOG_LIBRARY_PASSWORDFIELD_H
 #define VELTRANEDIALOG_LIBRARY_PASSWORDFIELD_H
 
@@ -10,19 +10,19 @@ namespace Veltrane::ODBC {
 
 class PasswordField {
 public:
-    /// Takes over the messages of an edit control that is empty yet, until that is destroyed.
+    /// Handles the messages of an edit control, which is still empty, until it is destroyed.
     void Attach(HWND in_control);
 
-    /// Overwrites all that the control holds.
+    /// Overwrites everything that the control holds.
     void Overwrite();
 
-    /// True while text is overwritten, of which the control tells as of a change by the user.
+    /// True while text is overwritten, which the control reports like a change by the user.
     bool IsOverwriting() const { return m_isOverwriting; }
 
 private:
     static LRESULT CALLBACK HandleMessage(HWND in_control, UINT in_message, WPARAM in_first,
                                           LPARAM in_second);
-    /// @return true when nothing is left for the control to do
+    /// @return true when the control need not handle the message
     bool Handle(UINT in_message, WPARAM in_first);
     bool HandleKey(WPARAM in_key);
 

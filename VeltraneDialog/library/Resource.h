@@ -1,10 +1,10 @@
-/* What the resources and the code of the dialog share. Read by the resource compiler as well. */
+/* Ids for the resources and the code of the dialog. The resource compiler reads this file too. */
 #ifndef VELTRANEDIALOG_LIBRARY_RESOURCE_H
 #define VELTRANEDIALOG_LIBRARY_RESOURCE_H
 
 #define DIALOG_DSN 100
 
-/* Of each row, counted from the top: its place in DISPLAY_ORDER is added. */
+/* The ids of the first row. Other rows add their index in DISPLAY_ORDER. */
 #define ID_LABEL 1000
 #define ID_INPUT 1100
 #define ID_KEY 1200

@@ -6,11 +6,11 @@
 
 namespace Veltrane::ODBC {
 
-/// @param in_text  English, marked with `VELTRANE_TEXT` where it is
+/// @param in_text  English, marked with `VELTRANE_TEXT` in the source
 /// @return the translation into the language of the thread's user interface, or the text itself
 std::wstring TranslateWide(const char* in_text);
 
-/// The title of the form; without a name, that of a new data source.
+/// Returns the title of the form; for an empty name, that of a new data source.
 std::wstring WideTitleFor(const std::wstring& in_name);
 
 }  // namespace Veltrane::ODBC

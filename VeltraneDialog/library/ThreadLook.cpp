@@ -13,7 +13,7 @@ SharpAtEachScale::SharpAtEachScale() {
     const FARPROC function = GetProcAddress(user, "SetThreadDpiAwarenessContext");
     m_set = reinterpret_cast<SetContext>(reinterpret_cast<void*>(function));
     if (m_set == nullptr) return;
-    // By monitor, second version (Windows 10 1703), then the first one, then the system's scale.
+    // Per monitor, version 2 (Windows 10 1703), then version 1, then the system's scale.
     for (const std::intptr_t context : {-4, -3, -2}) {
         m_before = m_set(reinterpret_cast<void*>(context));
         if (m_before != nullptr) return;
@@ -31,7 +31,7 @@ CurrentControls::CurrentControls(HMODULE in_library) : m_context(INVALID_HANDLE_
     wish.lpResourceName = MAKEINTRESOURCEW(MANIFEST_OF_LIBRARY);
     wish.hModule = in_library;
     m_context = CreateActCtxW(&wish);
-    // Without it the dialog works as well, in the look of the host.
+    // Without it the dialog works too, with the look of the host.
     m_isActive = m_context != INVALID_HANDLE_VALUE && ActivateActCtx(m_context, &m_cookie) != FALSE;
 }
 

@@ -1,4 +1,4 @@
-/// How windows of this thread look while the dialog is open, whatever the host asks for itself.
+/// The look of this thread's windows while the dialog is open, whatever the host has set.
 #ifndef VELTRANEDIALOG_LIBRARY_THREADLOOK_H
 #define VELTRANEDIALOG_LIBRARY_THREADLOOK_H
 
@@ -6,8 +6,8 @@
 
 namespace Veltrane::ODBC {
 
-/// Sharp at the scale of each monitor, as far as the system knows how: from Windows 10 1607 on by
-/// monitor, with the dialog scaled anew when it is moved; before that at the scale of the host.
+/// Sharp text at the scale of each monitor, if the system supports it. From Windows 10 1607 on the
+/// dialog is scaled again when it moves to another monitor; before that it has the host's scale.
 class SharpAtEachScale {
 public:
     SharpAtEachScale();
@@ -21,10 +21,10 @@ private:
     void* m_before = nullptr;
 };
 
-/// The system's current controls, which the manifest of this library asks for.
+/// The system's current controls, which the manifest of this library requests.
 class CurrentControls {
 public:
-    /// @param in_library  the one that has the manifest
+    /// @param in_library  has the manifest
     explicit CurrentControls(HMODULE in_library);
     CurrentControls(const CurrentControls&) = delete;
     CurrentControls& operator=(const CurrentControls&) = delete;
