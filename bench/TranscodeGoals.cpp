@@ -10,7 +10,7 @@ namespace Orska::Bench {
 
 namespace {
 
-// In how many runs ours is so many times as fast as a peer, and where it is the least.
+// Counts the runs in which ours is so many times as fast as a peer, and keeps the slowest one.
 struct Tally {
     int m_count = 0;
     int m_met = 0;

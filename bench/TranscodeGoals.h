@@ -1,5 +1,5 @@
-/// What the transcoding benchmark says of its goals when it is done: one line, of the runs that
-/// were made. Passes everything on to the reporter that the command line asks for.
+/// The line about the goals at the end of the transcoding benchmark, for the runs that were made.
+/// The reporter passes everything on to the one that the command line asks for.
 #ifndef BENCH_TRANSCODEGOALS_H
 #define BENCH_TRANSCODEGOALS_H
 
@@ -11,7 +11,7 @@
 
 namespace Orska::Bench {
 
-/// The processor level in force, as "avx512".
+/// The processor level in use, for example "avx512".
 const char* GetLevelName();
 
 /// Keeps the fastest repetition of every run, by its name.
@@ -21,8 +21,8 @@ public:
     void ReportRuns(const std::vector<Run>& in_report) override;
     void Finalize() override;
 
-    /// The level and which goals hold: at least the speed of simdutf's form for the same level, and
-    /// cp1252 to UTF-8 ten times as fast as ICU on w1252 from 256 bytes on.
+    /// The level and the goals that are met: at least the speed of simdutf's form for the same
+    /// level, and cp1252 to UTF-8 ten times as fast as ICU on w1252 from 256 bytes on.
     std::string GetGoals() const;
 
 private:

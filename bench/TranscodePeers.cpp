@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
-// Not part of the C library everywhere.
+// Some C libraries lack it.
 #if __has_include(<iconv.h>)
 #include <iconv.h>
 #define ORSKA_HAVE_ICONV
@@ -78,7 +78,7 @@ UChar* AsUnits(char* in_bytes) { return reinterpret_cast<UChar*>(in_bytes); }
 
 const UChar* AsUnits(const char* in_bytes) { return reinterpret_cast<const UChar*>(in_bytes); }
 
-// The quickest way ICU has for a pair.
+// ICU's quickest way for a pair.
 Conversion MakeIcu(int in_source, int in_target) {
     const auto source = OpenIcu(in_source);
     const auto target = OpenIcu(in_target);
@@ -166,7 +166,7 @@ std::size_t GetCount(const Result& in_result, std::size_t in_unit) {
     }
 }
 
-// One of simdutf's members, from units of a type to units of a type.
+// Calls one of simdutf's members, from units of one type to units of another.
 template <class From, class To, auto MEMBER>
 Conversion CallSimdutf(const simdutf::implementation* in_simdutf) {
     return OverPieces([in_simdutf](const char* in_from, std::size_t in_size, char* out_to,
@@ -239,8 +239,8 @@ Conversion MakeExactSimdutf(const simdutf::implementation* in_simdutf, int in_so
     if (in_source == UTF8 && in_target == UTF16LE) {
         return OverPieces([in_simdutf](const char* in_from, std::size_t in_size, char* out_to,
                                        std::size_t in_room) -> std::size_t {
-            // Wrong input makes the count meaningless: users validate, or count and then convert
-            // with errors into a target that is too small. This is the cheaper form.
+            // Malformed input makes the count meaningless: users validate first, or count and then
+            // convert with errors. This is the cheaper form.
             if (in_simdutf->utf16_length_from_utf8(in_from, in_size) * 2 > in_room) return FAILED;
             return GetCount(in_simdutf->convert_utf8_to_utf16le_with_errors(
                                 in_from, in_size, reinterpret_cast<char16_t*>(out_to)),
@@ -259,8 +259,8 @@ Conversion MakeExactSimdutf(const simdutf::implementation* in_simdutf, int in_so
     return {};
 }
 
-// One text into targets of in_targetSize bytes; a piece that may not fit is halved until it does,
-// and what a cut leaves is put in front of the next piece.
+// Converts one text into targets of in_targetSize bytes. A piece is trimmed to what surely fits,
+// and a code point that is cut off goes before the next piece.
 std::size_t StreamSimdutf(const simdutf::implementation* in_simdutf, const std::string& in_text,
                           std::size_t in_pieceSize, char* out_target, std::size_t in_targetSize) {
     std::string carried;
@@ -278,7 +278,7 @@ std::size_t StreamSimdutf(const simdutf::implementation* in_simdutf, const std::
         std::size_t whole = simdutf::trim_partial_utf8(from, left);
         const std::size_t cut = left - whole;
         while (whole > 0) {
-            // At most one unit a byte.
+            // A byte becomes at most one unit.
             std::size_t size = std::min(whole, (in_targetSize - position) / 2);
             size = simdutf::trim_partial_utf8(from, size);
             if (size == 0) {
@@ -315,7 +315,7 @@ std::size_t StreamOurs(TranscoderFunction in_function, const std::string& in_tex
     for (std::size_t at = 0; at < in_text.size(); at += in_pieceSize) {
         const std::size_t taken = std::min(in_pieceSize, in_text.size() - at);
         TranscoderSource source{in_text.data() + at, taken, 0};
-        // Up to four bytes complete the code point that the piece before was cut in.
+        // Up to four bytes complete the code point that the end of the last piece cut.
         while (pendingSize > 0) {
             const std::size_t added = std::min<std::size_t>(4 - pendingSize, taken);
             std::memcpy(pending + pendingSize, source.m_data, added);
@@ -330,7 +330,7 @@ std::size_t StreamOurs(TranscoderFunction in_function, const std::string& in_tex
             } else if (result == TRANSCODER_FULL) {
                 target.m_position = 0;
             } else {
-                return FAILED;  // a piece of fewer bytes than a code point
+                return FAILED;  // a piece is shorter than a code point
             }
         }
         for (;;) {

@@ -1,6 +1,6 @@
-/// Ours and the peers of the transcoding benchmark behind one shape: each converts one piece of
-/// text after another into the same target and gives the bytes written by the last one. The loop
-/// over the pieces is inside, so that a piece costs one direct call.
+/// Ours and the peers of the transcoding benchmark as functions of one type: each converts one
+/// piece of text after another into the same target and returns the bytes written for the last one.
+/// The loop over the pieces is inside, so that a piece costs one direct call.
 #ifndef BENCH_TRANSCODEPEERS_H
 #define BENCH_TRANSCODEPEERS_H
 
@@ -25,15 +25,17 @@ struct Peer {
     Conversion m_convert;
 };
 
-/// Ours as picked and at forced levels; ICU and iconv with converters that stay open; memcpy of the
-/// source as the bound; simdutf as it picks itself and at forced levels, when built with it.
+/// Ours at the level in use and at forced levels; ICU and iconv with converters that stay open;
+/// memcpy of the source as the bound; simdutf at its own choice and at forced levels, when built
+/// with it.
 std::vector<Peer> GetPeers(int in_source, int in_target);
 
-/// Into a target that is exactly as large as the output. Users of simdutf count the output first.
+/// Converts into a target that is exactly as large as the output. Users of simdutf count the
+/// output first.
 std::vector<Peer> GetExactPeers(int in_source, int in_target);
 
-/// UTF-8 to UTF-16LE from source pieces of a size into targets of a size. A cut-off code point goes
-/// over to the next piece. Users of simdutf trim each piece to what surely fits.
+/// Converts UTF-8 to UTF-16LE from source pieces of a size into targets of a size. A code point
+/// that is cut off goes to the next piece. Users of simdutf trim each piece to what surely fits.
 std::vector<Peer> GetStreamingPeers(std::size_t in_pieceSize, std::size_t in_targetSize);
 
 }  // namespace Orska::Bench

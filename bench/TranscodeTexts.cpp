@@ -33,7 +33,8 @@ char32_t PickLetter(const std::string& in_text, std::mt19937& io_random) {
     return ascii;
 }
 
-// Words of 2 to 10 letters with a space after each; emoji and cjk run on, with a stop now and then.
+// Makes words of 2 to 10 letters with a space after each; emoji and cjk have no spaces, only a full
+// stop now and then.
 std::u32string MakeWord(const std::string& in_text, std::mt19937& io_random) {
     std::u32string word;
     const std::size_t letters = 2 + io_random() % 9;
@@ -111,8 +112,8 @@ TextPieces MakePieces(const std::string& in_text, int in_encoding, std::size_t i
     while (pieces.m_bytes < (in_size == 0 ? BYTES : std::max(BYTES, in_size))) {
         const std::size_t size = in_size != 0 ? in_size : 8 + random() % 57;
         std::string piece;
-        // Longer pieces repeat a chunk: making them letter by letter takes long. It is so large
-        // that a processor does not learn what comes next.
+        // Longer pieces repeat a chunk, because making them letter by letter is slow. The chunk is
+        // too large for a processor to learn.
         if (size > CHUNK) {
             const std::string chunk = MakePiece(in_text, in_encoding, CHUNK, random);
             while (piece.size() + chunk.size() <= size) piece += chunk;

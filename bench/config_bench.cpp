@@ -1,4 +1,4 @@
-// Loading an INI file, reading lines and looking up a setting, beside their peers.
+// Loading an INI file, reading lines and looking up a setting, compared with their peers.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <strings.h>
@@ -30,7 +30,7 @@ using namespace Orska::Support;
 constexpr int SECTIONS = 200;
 constexpr int KEYS_PER_SECTION = 100;
 
-/// 20,000 keys in 200 sections, 1 MiB; removed at the end of the program.
+/// 20,000 keys in 200 sections, 1 MiB; deleted at the end of the program.
 class IniFile {
 public:
     IniFile() {
@@ -42,7 +42,7 @@ public:
             text += "[Section " + std::to_string(section) + "]\n";
             for (int key = 0; key < KEYS_PER_SECTION; ++key) {
                 char line[64];
-                // Keys in no order, as people write them.
+                // Keys out of order, as people write them.
                 std::snprintf(line, sizeof line,
                               "Setting%04d = value of the setting, number %05d\n",
                               key * 37 % KEYS_PER_SECTION, section * KEYS_PER_SECTION + key);

@@ -1,4 +1,4 @@
-/// Number conversion beside its peers, in one process and on the same inputs.
+/// Number conversion compared with its peers, in one process and on the same inputs.
 ///
 /// Names are who, work and input, joined by slashes. The counter "each" is the time of one
 /// conversion. Before anything is measured, every peer's result is compared with ours; a peer that
@@ -34,7 +34,7 @@ namespace {
 
 using Orska::Support::NumberConverter;
 
-constexpr std::size_t COUNT = 8192;  // more than a branch predictor keeps in mind
+constexpr std::size_t COUNT = 8192;  // more than a branch predictor remembers
 
 /// NUL-terminated text, as strtoll and strtod need it.
 struct Text {
@@ -86,7 +86,7 @@ void Register(const std::string& in_name, const std::vector<Item>& in_items, Fun
         });
 }
 
-/// Registers a way to parse; `in_reference` says what the results must be near to.
+/// Registers a way to parse; its results must be near those of `in_reference`.
 template <class Function, class Reference>
 void RegisterParser(const std::string& in_who, const std::string& in_work, const Texts& in_texts,
                     Function in_function, Reference in_reference) {
@@ -174,7 +174,7 @@ void RegisterDoubleParsers(const std::string& in_input,
 #endif
 }
 
-/// Registers a way to print: `in_print` writes into a buffer and gives the text's two ends.
+/// Registers a way to print: `in_print` writes into a buffer and returns the text's two ends.
 template <class T, class Function>
 void RegisterPrinter(const std::string& in_name, const std::vector<T>& in_values,
                      Function in_print) {
@@ -278,7 +278,7 @@ std::mt19937_64& GetRandom() {
 template <class T>
 void RegisterIntegers(const std::string& in_type) {
     const auto uniform = [] { return static_cast<T>(GetRandom()()); };
-    // As settings and counts are: 1 to 4 digits, most of them short.
+    // 1 to 4 digits, mostly few, as in settings and counts.
     const auto small = [] {
         return static_cast<T>((GetRandom()() % 10000) >> (GetRandom()() % 13));
     };
@@ -288,7 +288,7 @@ void RegisterIntegers(const std::string& in_type) {
     RegisterIntegerPrinters<T>(in_type, "small", small);
 }
 
-/// In the form of "%.*f" or "%.*e".
+/// Prints as "%.*f" or "%.*e" does.
 std::string Print(std::chars_format in_format, int in_precision, double in_value) {
     char text[64];
     return std::string(
@@ -304,7 +304,7 @@ std::string MakeSetting() {
     return SETTINGS[GetRandom()() % 16];
 }
 
-/// 15 to 17 significant digits, as doubles are written that must be read back.
+/// 15 to 17 significant digits, as for doubles that have to be read back.
 std::string MakeLong() {
     const double value = static_cast<double>(GetRandom()() >> 11) / 9007199254740992.0 *
                          std::pow(10.0, static_cast<double>(GetRandom()() % 5));

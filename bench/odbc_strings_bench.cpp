@@ -1,6 +1,6 @@
-// Strings to and from the driver manager's buffers, beside ICU with a converter that is kept open,
-// ICU that opens one by name each time, and memcpy of the same bytes. Names are who, work, text and
-// size, joined by slashes, with the size in UTF-16 code units.
+// Strings to and from the driver manager's buffers, compared with ICU with a converter that stays
+// open, ICU that opens one by name each time, and memcpy of the same bytes. Names are who, work,
+// text and size, joined by slashes, with the size in UTF-16 code units.
 #include <benchmark/benchmark.h>
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
@@ -57,7 +57,7 @@ void CountText(benchmark::State& io_state, const Case& in_case) {
                                static_cast<std::int64_t>(in_case.m_units.size() * 2));
 }
 
-/// ICU's converter for one conversion or for all.
+/// An ICU converter for one conversion or for all.
 class IcuConverter {
 public:
     explicit IcuConverter(const Case& in_case) {
@@ -99,7 +99,7 @@ void OursFrom(benchmark::State& io_state, const Case& in_case) {
     CountText(io_state, in_case);
 }
 
-/// Writes the text and a NUL, as a caller of ICU does it.
+/// Writes the text and a NUL, as a caller of ICU does.
 void IcuWrite(UConverter* io_converter, const Case& in_case, std::vector<char>& out_buffer) {
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t length = in_case.m_string.GetImpl()->extract(
@@ -156,7 +156,7 @@ void Memcpy(benchmark::State& io_state, const Case& in_case) {
     CountText(io_state, in_case);
 }
 
-/// How much two threads get done in the time of one, with a platform converter for both.
+/// Measures how much two threads do in the time of one, with a platform converter for both.
 void OursThreads(benchmark::State& io_state) {
     static WideStringConverter s_platform;
     const Case made = MakeCase(TEXTS[2], 256, EncodingType{18});
@@ -169,7 +169,7 @@ void OursThreads(benchmark::State& io_state) {
     io_state.SetItemsProcessed(static_cast<std::int64_t>(io_state.iterations()));
 }
 
-/// The same with a converter of ICU's for each thread: what the machine allows.
+/// The same with an ICU converter for each thread: the most that the machine can do.
 void IcuThreads(benchmark::State& io_state) {
     const Case made = MakeCase(TEXTS[2], 256, EncodingType{18});
     IcuConverter converter(made);

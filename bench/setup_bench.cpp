@@ -1,8 +1,8 @@
 // Loads and saves one data source in a user's odbc.ini of many: through our record, and by the same
-// sequence of calls into the installer library's own profile functions. The file lies in the
-// folder for temporary files; ours syncs it, the installer library does not. "floor" is what any
-// save that loses nothing has to do: the file is read, its bytes go to a temporary file, which is
-// synced and renamed, and the directory is synced; nothing is parsed.
+// calls to the installer library's profile functions. The file is in the folder for temporary
+// files; ours syncs it, the installer library does not. "floor" is the least that a safe save does,
+// without parsing: it reads the file, writes its bytes to a temporary file, syncs and renames that,
+// and syncs the directory.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <odbcinst.h>
@@ -32,7 +32,7 @@ IniScratch& Scratch() {
 
 std::string Name(long in_number) { return "Data source " + std::to_string(in_number); }
 
-/// Fills the file, and gives the name of the data source in its middle.
+/// Fills the file and returns the name of the data source in its middle.
 std::string FillFile(long in_count) {
     std::string text;
     for (long i = 0; i < in_count; ++i) {
@@ -41,7 +41,7 @@ std::string FillFile(long in_count) {
                 "Database=sales\n\n";
     }
     IniScratch::Write(Scratch().UserFile(), text);
-    ::chmod(Scratch().UserFile().c_str(), 0600);  // as every save of a new file makes it
+    ::chmod(Scratch().UserFile().c_str(), 0600);  // as a save creates a new file
     SQLSetConfigMode(ODBC_USER_DSN);
     return Name(in_count / 2);
 }
@@ -50,7 +50,7 @@ orska_wstring AttributesOf(const std::string& in_dsn) {
     return orska_wstring(std::string("DSN=" + in_dsn + '\0'));
 }
 
-/// Makes the installer library forget what it has read, as a new process would know nothing.
+/// Empties the installer library's cache, as in a new process.
 void EmptyTheirCache() { SQLWritePrivateProfileString("-", nullptr, nullptr, "/dev/null"); }
 
 void LoadOurs(benchmark::State& io_state) {

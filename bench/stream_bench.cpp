@@ -1,7 +1,7 @@
-// Stream converters against ICU's own converter-to-converter function with converters kept open.
+// Stream converters compared with ICU's converter-to-converter function with converters kept open.
 //
 // Names: ours|icu/<source>-<target>/<text>/<size>, the size in bytes of the source; with "-61" or
-// "-4093" after the size the source comes in pieces of so many bytes and the targets have 1,000.
+// "-4093" after the size the source comes in pieces of that many bytes and the targets have 1,000.
 #include <benchmark/benchmark.h>
 #include <unicode/ucnv.h>
 
@@ -54,7 +54,7 @@ icu::LocalUConverterPointer Open(int in_encoding) {
         ucnv_open(EncodingInfo::GetName(EncodingType{in_encoding}), &status));
 }
 
-// The text again and again, as many bytes as whole repetitions give up to the size, at least one.
+// Repeats the whole text as often as it fits into the size, at least once.
 std::string MakeSource(const Pair& in_pair, std::size_t in_size) {
     const icu::LocalUConverterPointer converter = Open(in_pair.m_source);
     const std::size_t length = std::char_traits<char16_t>::length(in_pair.m_text);
@@ -69,7 +69,7 @@ std::string MakeSource(const Pair& in_pair, std::size_t in_size) {
             static_cast<std::int32_t>(text.size()), &status));
         more.resize(written);
         if (in_size > 8 * length && text.size() == length) {
-            // Long sources are repetitions of one text, which spares the quadratic time.
+            // Long sources repeat the encoded text, which avoids quadratic time.
             while (bytes.size() + more.size() <= in_size) bytes += more;
             return bytes;
         }

@@ -1,5 +1,5 @@
-// What it costs to build a string from bytes and to give it out as bytes, ours against ICU's
-// string. Names: who, work, text and size, joined by slashes, the size in bytes of the narrow form.
+// The cost of making a string from bytes and bytes from a string, compared with ICU's string.
+// Names: who, work, text and size, joined by slashes, with the size in bytes of the narrow form.
 #include <benchmark/benchmark.h>
 #include <unicode/unistr.h>
 

@@ -1,7 +1,7 @@
-// Commands of veltrane-dsn on a user's odbc.ini of many data sources, run as main runs them, their
-// output thrown away. Peers: a straight program that reads the file into a map, changes it and
+// Commands of veltrane-dsn on a user's odbc.ini of many data sources, run as main runs them,
+// without their output. Peers: a plain program that reads the file into a map, changes it and
 // writes it whole, as a script does, and the setup library's own load and save. All but "plain"
-// lock the file; all sync it. The file lies in the folder for temporary files.
+// lock the file; all sync it. The file is in the folder for temporary files.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <odbcinst.h>
@@ -121,7 +121,7 @@ void SaveLibrary(benchmark::State& io_state) {
     }
 }
 
-/// The sections of a file in their order, comments dropped.
+/// The sections of a file in their order, without comments.
 class PlainIni {
 public:
     explicit PlainIni(const std::filesystem::path& in_path) : m_path(in_path) {

@@ -1,5 +1,5 @@
-// What a trace call costs: with tracing off, and with it on beside fprintf of the same text to the
-// same stream. The stream is the null device, so that the work before the system call shows, or a
+// The cost of a trace call: with tracing off, and on compared with fprintf of the same text to the
+// same stream. The stream is the null device, which shows the work before the system call, or a
 // file in the temporary folder. Names are who, work, text and size, joined by slashes, with the
 // size of the message in bytes.
 #include <benchmark/benchmark.h>
@@ -35,7 +35,7 @@ unsigned GetProcess() { return static_cast<unsigned>(getpid()); }
 constexpr char FUNCTION[] = "Orska::Support::TextFile::Clear";
 constexpr char SOURCE[] = "PlatformAbstraction\\TextFile";
 
-/// The trace turned on with a setting such as "1" or "1st", into a file.
+/// Turns the trace on with a setting such as "1" or "1st", into a file.
 class Tracing {
 public:
     Tracing(const char* in_flags, bool in_isFile)

@@ -1,6 +1,6 @@
-// Transcoding, ours and the peers side by side: who/pair/text/size, in bytes of source a second.
-// Sizes: bytes of one text; "8-64": lengths in random order; "exact-N": into a target that is just
-// as large as the output; "stream-N": in pieces of N bytes into targets of 1,000 bytes.
+// Transcoding by us and the peers: who/pair/text/size, in bytes of source a second. Sizes: bytes of
+// one text; "8-64": lengths in random order; "exact-N": into a target just as large as the output;
+// "stream-N": in pieces of N bytes into targets of 1,000 bytes.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -21,18 +21,18 @@ constexpr int INDEX_COUNT = 7;
 constexpr std::size_t LARGE = 1048576;
 
 std::size_t GetRoom(const TextPieces& in_pieces) {
-    // Four times is the most a pair asks for; peers may write scratch after it.
+    // A pair needs four times the source at most; peers may write scratch after it.
     return in_pieces.m_longest * 4 + 256;
 }
 
-// A peer whose output differs would be measured at other work. (ICU and iconv have bytes for the
-// punctuation of cp1252 where ours has the substitute; they are left in, as the work is the same.)
+// A peer with different output does different work and is left out. (For the punctuation of cp1252,
+// ICU and iconv write bytes and ours the substitute; they stay in, because the work is the same.)
 bool IsAsOurs(const Peer& in_ours, const Peer& in_peer, const std::string& in_name,
               const TextPieces& in_pieces, std::size_t in_room) {
     if (in_peer.m_who == "memcpy" || in_name.find("-cp1252/w1252/") != std::string::npos) {
         return true;
     }
-    // Kept from call to call: new pages for large texts would take most of the time to start.
+    // Kept between calls: new pages for large texts would take most of the start-up time.
     static std::string ours;
     static std::string theirs;
     ours.resize(std::max(ours.size(), in_room));
@@ -57,7 +57,7 @@ void Register(const Peer& in_peer, const std::string& in_name, const SharedPiece
     benchmark::RegisterBenchmark(
         (in_peer.m_who + "/" + in_name).c_str(),
         [in_peer, in_pieces, in_room](benchmark::State& io_state) {
-            // Where it begins in a cache line makes up to half the speed: for all at its start.
+            // Its place in a cache line can halve the speed, so every target starts at one.
             constexpr std::size_t LINE = 64;
             std::string target(in_room + LINE, '\0');
             const auto address = reinterpret_cast<std::uintptr_t>(target.data());
@@ -77,7 +77,7 @@ void RegisterPeers(const std::vector<Peer>& in_peers, const std::string& in_name
         if (IsAsOurs(in_peers.front(), peer, in_name, *in_pieces, in_room)) {
             Register(peer, in_name, in_pieces, in_room);
         } else {
-            std::fprintf(stderr, "%s gives other bytes and is left out: %s\n", peer.m_who.c_str(),
+            std::fprintf(stderr, "%s writes other bytes and is left out: %s\n", peer.m_who.c_str(),
                          in_name.c_str());
         }
     }
@@ -102,7 +102,7 @@ void RegisterPair(int in_source, int in_target) {
     }
 }
 
-// Each piece into a target that is just as large as its output.
+// Converts each piece into a target that is just as large as its output.
 void RegisterExact(int in_source, int in_target) {
     const std::vector<Peer> peers = GetExactPeers(in_source, in_target);
     for (const std::string& text : GetTextNames()) {
