@@ -1,7 +1,7 @@
-// The files of `apply`, JSON and INI, and those of `import`: a refusal names the source and never
-// the password, what is accepted is written by export and read again as the same, a JSON number
-// means what its digits mean as a text, and a plan either refuses it or ends in a section that
-// plans no further change.
+// The files of `apply`, JSON and INI, and those of `import`. A refusal names the source and never
+// the password. Export writes accepted DSNs, and they read back the same. A JSON number means the
+// same as its digits as a text. A plan either refuses them or leads to a section that needs no
+// further change.
 //
 // Input: the format (or: guess it, or: import it), then the text.
 #include <algorithm>
@@ -26,7 +26,7 @@ std::vector<Entry> Sorted(const Entries& in_entries) {
     return entries;
 }
 
-/// Whether export can write it: it has a driver and no more than values.
+/// True if export can write it: it has a driver and nothing else but values.
 bool IsPlain(const DsnDescription& in_description) {
     return !in_description.IsAbsent() && in_description.m_unset.empty() &&
            in_description.m_pwdVariable.empty() && in_description.m_pwdFile.empty();
@@ -38,7 +38,7 @@ void Plan(const DsnDescription& in_description) {
     wish.m_driver = in_description.m_driver.empty() ? "Veltrane" : in_description.m_driver;
     wish.m_values = in_description.m_values;
     wish.m_unset = in_description.m_unset;
-    // Marked, so that it cannot be a part of what the texts say anyway.
+    // Marked, so that no text contains it by chance.
     std::string password;
     if (const std::string* const given = wish.m_values.Find("PWD")) {
         password = "^Zq7" + *given;
@@ -48,9 +48,9 @@ void Plan(const DsnDescription& in_description) {
     try {
         const DsnPlan plan = MakePlan(wish, std::nullopt);
         if (plan.m_action == Action::None) return;
-        Require(plan.m_action == Action::Add, "another action for a new DSN", wish.m_name);
+        Require(plan.m_action == Action::Add, "wrong action for a new DSN", wish.m_name);
         const DsnPlan again = MakePlan(wish, plan.m_after);
-        Require(again.m_action == Action::None, "a change behind the change", wish.m_name);
+        Require(again.m_action == Action::None, "a change after the change", wish.m_name);
     } catch (const CommandError& error) {
         const std::string text = error.what();
         Require(password.empty() || text.find(password) == std::string::npos,
@@ -58,7 +58,7 @@ void Plan(const DsnDescription& in_description) {
     }
 }
 
-/// The same JSON with a text in place of each number; "-0" is left.
+/// The same JSON with a text in place of each number except "-0".
 std::string QuoteNumbers(const std::string& in_json) {
     std::string quoted;
     bool isText = false;
@@ -84,11 +84,11 @@ std::string QuoteNumbers(const std::string& in_json) {
 
 void RequireSame(const Descriptions& in_one, const Descriptions& in_other,
                  const std::string& in_text) {
-    Require(in_one.size() == in_other.size(), "another number of DSNs", in_text);
+    Require(in_one.size() == in_other.size(), "wrong number of DSNs", in_text);
     for (std::size_t i = 0; i < in_one.size(); ++i) {
-        Require(in_one[i].m_name == in_other[i].m_name, "another name", in_text);
-        Require(in_one[i].m_driver == in_other[i].m_driver, "another driver", in_text);
-        Require(Sorted(in_one[i].m_values) == Sorted(in_other[i].m_values), "other values",
+        Require(in_one[i].m_name == in_other[i].m_name, "wrong name", in_text);
+        Require(in_one[i].m_driver == in_other[i].m_driver, "wrong driver", in_text);
+        Require(Sorted(in_one[i].m_values) == Sorted(in_other[i].m_values), "wrong values",
                 in_text);
     }
 }
@@ -106,13 +106,13 @@ Descriptions Parse(const std::string& in_text, DescriptionFormat in_format) {
     try {
         return ParseDescriptions(in_text, in_format, "source", notes);
     } catch (const CommandError& error) {
-        Require(error.GetExitCode() == EXIT_FAILED, "another exit code", error.what());
+        Require(error.GetExitCode() == EXIT_FAILED, "wrong exit code", error.what());
         Require(std::string(error.what()).starts_with("source"), "no source", error.what());
         return {};
     }
 }
 
-/// What is imported can be applied.
+/// Checks that imported DSNs can be applied.
 void Import(const std::string& in_text) {
     std::vector<std::string> notes;
     try {

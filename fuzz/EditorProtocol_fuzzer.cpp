@@ -1,7 +1,7 @@
-// The editor's protocol. What one end reads, it can write again byte for byte; and both ends, on
-// real sockets, take the bytes for the message that they are, or say what is wrong with them.
+// The editor's protocol. A message that was read is written again byte for byte. Both ends, on real
+// sockets, read the bytes as the same message or report what is wrong with them.
 //
-// Input: which end, then the bytes that it is sent.
+// Input: which end, then the bytes that are sent to it.
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,8 +24,8 @@ using namespace Veltrane::ODBC;
 using Orska::Fuzz::FuzzInput;
 using Orska::Fuzz::Require;
 
-/// The message at the beginning of the bytes, or nothing when they are none; the error's text holds
-/// none of the bytes.
+/// The message at the beginning of the bytes, or nothing when there is none. The error text must
+/// not contain the bytes.
 std::optional<EditorMessage> Decode(std::span<const char> in_bytes) {
     if (in_bytes.size() < EDITOR_HEADER_SIZE) return std::nullopt;
     const std::span<const char> header = in_bytes.first(EDITOR_HEADER_SIZE);
@@ -45,7 +45,7 @@ std::string Encode(const EditorMessage& in_message) {
     return {bytes.Get().begin(), bytes.Get().end()};
 }
 
-/// The editor's end, which has the socket as its standard input.
+/// Tests the editor's end, which has the socket as its standard input.
 void Receive(const std::string& in_bytes, const std::optional<EditorMessage>& in_expected) {
     int sockets[2];
     Require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) == 0, "no sockets");
@@ -58,18 +58,18 @@ void Receive(const std::string& in_bytes, const std::optional<EditorMessage>& in
     try {
         HostConnection connection;
         const EditorMessage message = connection.Receive();
-        Require(in_expected && Encode(message) == Encode(*in_expected), "another message");
+        Require(in_expected && Encode(message) == Encode(*in_expected), "wrong message");
         connection.Send(message);
         std::string answer(Encode(message).size() + 1, '\0');
         const ssize_t size = recv(sockets[0], answer.data(), answer.size(), MSG_DONTWAIT);
-        Require(size + 1 == static_cast<ssize_t>(answer.size()), "another answer");
+        Require(size + 1 == static_cast<ssize_t>(answer.size()), "wrong answer");
     } catch (const std::runtime_error& error) {
         Require(!in_expected, "a refused message", error.what());
     }
     close(sockets[0]);
 }
 
-/// The host's end, with an editor program that says the bytes and ends.
+/// Tests the host's end, with an editor program that sends the bytes and ends.
 void Answer(const std::string& in_bytes, const std::optional<EditorMessage>& in_expected) {
     static const Orska::Test::TemporaryDirectory s_directory;
     static const std::string s_program = s_directory.GetPath("answer.sh");
@@ -85,7 +85,7 @@ void Answer(const std::string& in_bytes, const std::optional<EditorMessage>& in_
                                                    in_expected->m_kind) != std::end(ANSWERS);
     try {
         const EditorMessage message = RunEditor(s_program, ShowRequest(DialogValues()));
-        Require(isAnswer && Encode(message) == Encode(*in_expected), "another answer");
+        Require(isAnswer && Encode(message) == Encode(*in_expected), "wrong answer");
     } catch (const std::runtime_error& error) {
         Require(!isAnswer, "a refused answer", error.what());
     }
@@ -100,7 +100,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     const std::optional<EditorMessage> message = Decode(bytes);
     if (message) {
         const std::string again = Encode(*message);
-        Require(again == bytes.substr(0, again.size()), "other bytes");
+        Require(again == bytes.substr(0, again.size()), "wrong bytes");
     }
     if (bytes.size() > 4096) return 0;
     if (end % 2 != 0) Receive(bytes, message);

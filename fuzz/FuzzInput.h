@@ -1,4 +1,4 @@
-/// What the fuzzers share: the parts of an input, and the check of an invariant.
+/// Shared by the fuzzers: the parts of an input, and the check of an invariant.
 #ifndef FUZZ_FUZZINPUT_H
 #define FUZZ_FUZZINPUT_H
 
@@ -11,10 +11,10 @@
 
 namespace Orska::Fuzz {
 
-/// Stands between the parts of an input; seeds can be written by hand with it.
+/// Separates the parts of an input, so that seeds can be written by hand.
 constexpr char PART_END = '\x1E';
 
-/// Takes an input apart from its beginning. An exhausted input gives zeros and empty texts.
+/// Reads the parts of an input in order. After its end it returns zeros and empty texts.
 class FuzzInput {
 public:
     FuzzInput(const std::uint8_t* in_data, std::size_t in_size)
@@ -50,7 +50,7 @@ private:
     std::string_view m_rest;
 };
 
-/// Ends the process, which is what a fuzzer counts as a finding, when an invariant is broken.
+/// Ends the process when an invariant is broken, which the fuzzer counts as a finding.
 inline void Require(bool in_holds, const char* in_what, std::string_view in_detail = "") {
     if (in_holds) return;
     std::fprintf(stderr, "broken: %s: %.*s\n", in_what, static_cast<int>(in_detail.size()),

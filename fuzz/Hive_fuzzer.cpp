@@ -1,8 +1,8 @@
-// Settings from damaged hive files: what can be read is the same each time, what cannot is missing;
-// a change that changes nothing leaves all.
+// Settings from damaged hive files: each read returns the same values, without those that cannot be
+// read. A change to the same bytes loses no value.
 //
 // Input: changes to a good hive, each two bytes of position and one of value. The checksum of the
-// base block is right again after them unless the first byte of the input says otherwise.
+// base block is corrected after them, unless the first byte of the input says otherwise.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -23,8 +23,8 @@ using Orska::Test::HiveText;
 
 constexpr std::size_t CHECKSUM = 0x1FC;
 
-/// What the good hive holds, without a section and with one: read as a map and as a section, where
-/// the values that the driver's own lines have count as well.
+/// The values of the good hive, read as a map and as a section, where the values of the driver's
+/// own lines count too; without a section and with one.
 const std::string FOUND[] = {
     "[]LARGE::4294967303;LONG=" + std::string(600, 'l') +
         ";NUMBER:2147549191;TEXT=a \u20AC;[SECOND]N:16843009;[\u00DCBER]K\u00C9Y=sub;/=default;"
@@ -70,7 +70,7 @@ std::string Load(const orska_wstring* in_section) {
                                  in_section, true);
         return Orska::Test::ToText(configuration) + "/" + Orska::Test::ToText(section);
     } catch (const ProductException& error) {
-        Require(error.GetMessageKeyOrText() == orska_wstring("RegKeyNotFound"), "another key",
+        Require(error.GetMessageKeyOrText() == orska_wstring("RegKeyNotFound"), "wrong key",
                 error.GetMessageKeyOrText().GetAsUtf8());
         return "refused";
     }
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     const orska_wstring second("SECOND");
     for (const orska_wstring* section : {static_cast<const orska_wstring*>(nullptr), &second}) {
         const std::string text = Load(section);
-        Require(Load(section) == text, "another reading of the same hive", text);
+        Require(Load(section) == text, "a different reading of the same hive", text);
         if (hive == s_good) {
             Require(text == FOUND[section == nullptr ? 0 : 1], "the good hive reads as", text);
         }

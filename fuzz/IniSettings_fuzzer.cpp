@@ -1,5 +1,5 @@
-// INI settings, against a slow reading of the file by its rules; one section at a time gives what
-// all at once gives.
+// INI settings, compared with a slow reader of the same rules. Reading one section at a time has
+// the same result as all at once.
 //
 // Input: the case switch, then the file.
 #include <optional>
@@ -40,8 +40,8 @@ std::optional<std::string> Unquote(const std::string& in_value) {
     return in_value.substr(1, in_value.size() - 2);
 }
 
-/// The lines as they are read: carriage returns do not count, and a byte 0xFF ends its line, or the
-/// file where it begins one.
+/// The lines as the reader sees them: without carriage returns. A byte 0xFF ends its line, or the
+/// file if it is the first of a line.
 std::vector<std::string> SplitLines(const std::string& in_file) {
     std::vector<std::string> lines;
     bool isStarted = false;
@@ -83,12 +83,12 @@ std::size_t Read(const std::string& in_file, bool in_isCaseSensitive,
 void CompareSections(const IniFileConfigurationReader& in_reader, const orska_wstring& in_path,
                      const ConfigurationMap& in_all) {
     for (const auto& [name, section] : in_all) {
-        // Names are compared in upper case, of which another alphabet may have more.
+        // Names are compared in upper case, which other alphabets change too.
         orska_wstring upper = name;
         if (upper.ToUpper() != name) continue;
         SectionMap one;
         Require(in_reader.LoadConfiguration(one, in_path, name), "a file that does not open");
-        Require(ToText(one) == ToText(section), "another section", ToText(one));
+        Require(ToText(one) == ToText(section), "wrong section", ToText(one));
     }
 }
 
@@ -106,15 +106,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     ConfigurationMap all;
     try {
         Require(reader.LoadConfiguration(all, path, nullptr), "a file that does not open");
-        Require(malformed == 0, "a line that is to be refused", std::to_string(malformed));
+        Require(malformed == 0, "a malformed line was accepted", std::to_string(malformed));
         CompareSections(reader, path, all);
     } catch (const ProductException& error) {
-        Require(error.GetMessageKeyOrText() == orska_wstring("IniParseError"), "another key");
+        Require(error.GetMessageKeyOrText() == orska_wstring("IniParseError"), "wrong key");
         const std::vector<orska_wstring>& parameters = error.GetMessageParameters();
-        Require(parameters.size() == 2 && parameters[0] == path, "other parameters");
-        Require(parameters[1] == orska_wstring(std::to_string(malformed)), "another line",
+        Require(parameters.size() == 2 && parameters[0] == path, "wrong parameters");
+        Require(parameters[1] == orska_wstring(std::to_string(malformed)), "wrong line",
                 parameters[1].GetAsUtf8());
     }
-    Require(ToText(all) == ToText(expected), "other settings", ToText(all));
+    Require(ToText(all) == ToText(expected), "wrong settings", ToText(all));
     return 0;
 }

@@ -1,5 +1,5 @@
-// The file of initial values: what is read can be written and is read again as the same, and what
-// is refused names a line of the file and nothing that is in it.
+// The file of initial values. Values that were read can be written and read back the same. A
+// refusal names a line of the file but none of its text.
 #include <algorithm>
 #include <stdexcept>
 
@@ -25,7 +25,7 @@ void CheckRefusal(const std::string& in_contents, const std::string& in_text) {
         "Line ends, tabs and other control characters cannot be stored.",
         "Blanks at the beginning or the end cannot be stored.",
         "Too long: a value has at most 259 characters."};
-    Require(in_text.starts_with(BEGINNING), "another error text", in_text);
+    Require(in_text.starts_with(BEGINNING), "wrong error text", in_text);
     std::size_t digits = 0;
     const long line = std::stol(in_text.substr(BEGINNING.size()), &digits);
     Require(line >= 1 && line <= std::count(in_contents.begin(), in_contents.end(), '\n') + 1,
@@ -36,10 +36,10 @@ void CheckRefusal(const std::string& in_contents, const std::string& in_text) {
         if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
     }
     Require(std::find(std::begin(REASONS), std::end(REASONS), reason) != std::end(REASONS),
-            "another reason", in_text);
+            "wrong reason", in_text);
 }
 
-/// Written around each value, to be read as part of it.
+/// Written around each value, and read as part of it.
 constexpr char BEFORE[] = "'=\"";
 constexpr char BEHIND[] = ";#= \\'";
 
@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     const DialogValues again = ParseInitialValues(Write(values), FILE_NAME);
     for (const DialogField& field : DIALOG_FIELDS) {
         const std::string value = BEFORE + EncodeUtf8(*(values.*field.m_value)) + BEHIND;
-        Require(EncodeUtf8(*(again.*field.m_value)) == value, "another value", field.m_key);
+        Require(EncodeUtf8(*(again.*field.m_value)) == value, "wrong value", field.m_key);
     }
     return 0;
 }

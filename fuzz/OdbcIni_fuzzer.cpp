@@ -1,6 +1,6 @@
-// Any odbc.ini through load, save and removal of one data source, on real files: all other sections
-// stay byte for byte, the values come back through the installer's own reader, and what cannot be
-// carried is refused with the file as it was.
+// Load, save and removal of one data source in any odbc.ini, on real files. All other sections stay
+// byte for byte, and the installer's own reader returns the values. A save that would lose
+// something is refused and leaves the file unchanged.
 //
 // Input: what to do, then the name, four values, and the file.
 #include <odbcinst.h>
@@ -53,7 +53,7 @@ struct Block {
     std::string m_bytes;
 };
 
-/// Splits a file whose lines the reader does not cut. A line ends for it at a NUL.
+/// Splits a file whose lines the reader does not cut. For the reader a NUL ends a line.
 std::vector<Block> Split(const std::string& in_file) {
     std::vector<Block> blocks(1);
     for (std::size_t at = 0; at < in_file.size();) {
@@ -83,9 +83,9 @@ std::string WithoutBlankEnd(const std::string& in_bytes) {
     return end == std::string::npos ? std::string() : in_bytes.substr(0, end + 1);
 }
 
-/// The sections of other names, in their order, joined where one of the name was between them:
-/// its comments stay and belong to the section before. Blank lines at an edge of the section may
-/// come and go with it.
+/// The sections with other names, in their order, joined where one with the name was between them:
+/// its comments stay and belong to the section before. Blank lines around a section can come and go
+/// with it.
 std::vector<Block> OthersOf(const std::string& in_file, const std::string& in_name) {
     std::vector<Block> others;
     for (Block& block : Split(in_file)) {
@@ -114,13 +114,13 @@ void CheckOthers(const std::string& in_before, const std::string& in_after,
                  const std::string& in_name) {
     if (HasLongLine(in_before)) return;
     // A request that is refused leaves the mark in place.
-    Require(CommentsOf(DropMark(in_before)) == CommentsOf(DropMark(in_after)), "other comments",
+    Require(CommentsOf(DropMark(in_before)) == CommentsOf(DropMark(in_after)), "changed comments",
             in_after);
     const std::vector<Block> before = OthersOf(DropMark(in_before), in_name);
     const std::vector<Block> after = OthersOf(DropMark(in_after), in_name);
     Require(before.size() == after.size(), "another number of other sections", in_after);
     for (std::size_t i = 0; i < before.size(); ++i) {
-        // Comments of a section that went are at the end of the one before.
+        // Comments of a removed section are at the end of the one before.
         std::string rest = after[i].m_bytes;
         const std::string kept = Trim(before[i].m_bytes);
         const std::size_t at = rest.find(kept);
@@ -129,7 +129,7 @@ void CheckOthers(const std::string& in_before, const std::string& in_after,
         for (std::size_t line = 0; line < rest.size();) {
             const std::size_t end = std::min(rest.find('\n', line), rest.size());
             const std::string seen = Trim(rest.substr(line, end - line).c_str());
-            Require(seen.empty() || seen[0] == '#' || seen[0] == ';', "a new line", in_after);
+            Require(seen.empty() || seen[0] == '#' || seen[0] == ';', "an added line", in_after);
             line = end + 1;
         }
     }
@@ -168,16 +168,16 @@ bool Run(const Save& in_save, bool in_isRemovedFirst) {
     return update.Commit();
 }
 
-/// What the installer's reader cannot be asked: it has buffers of 1000 bytes for names.
+/// False if the installer's reader cannot read the file: it has buffers of 1000 bytes for names.
 bool IsForTheirReader(const std::string& in_file) {
     return !HasLongLine(in_file) && in_file.find('\0') == std::string::npos;
 }
 
 void CheckSaved(const Save& in_save, const std::string& in_after) {
     for (const auto& [key, value] : in_save.m_values) {
-        Require(ReadOurs(in_save.m_name, key) == value, "we read another value", in_after);
+        Require(ReadOurs(in_save.m_name, key) == value, "we read a wrong value", in_after);
         if (IsForTheirReader(in_after)) {
-            Require(ReadTheirs(in_save.m_name, key) == value, "they read another value", in_after);
+            Require(ReadTheirs(in_save.m_name, key) == value, "they read a wrong value", in_after);
         }
     }
 }
@@ -189,7 +189,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     FuzzInput input(in_data, in_size);
     const std::uint8_t what = input.TakeByte();
     Save save;
-    // As UTF-8: what is not is replaced here already.
+    // As UTF-8; malformed bytes are replaced here.
     const auto takeText = [&] { return Text(input.TakePart()).GetAsUtf8(); };
     save.m_name = takeText();
     for (const char* key : {"Server", "UID", "PWD", "Database"}) {
@@ -215,6 +215,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     const std::string after = IniScratch::Read(file);
     if (isValid || isSaved) CheckOthers(before, after, save.m_name);
     if (isSaved) CheckSaved(save, after);
-    Require(Scratch().CountFiles() == 1, "a file is left behind");
+    Require(Scratch().CountFiles() == 1, "a file is left");
     return 0;
 }

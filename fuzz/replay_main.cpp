@@ -1,5 +1,4 @@
-// Runs a fuzzer's function over the files it is given, and over the files of directories,
-// once each.
+// Runs a fuzzer's function once on each file in its arguments, and on the files of directories.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
