@@ -1,4 +1,4 @@
-// How a driver starts the support library: settings first, then the platform, then strings.
+// Shows how a driver starts the support library: settings first, then the platform, then strings.
 //
 // Usage: driver_startup FILE.ini
 #include <cstdio>
@@ -27,7 +27,7 @@ void PrintSettings() {
                 EncodingInfo::GetName(Orska::Support::GetDriverManagerEncoding()));
 }
 
-/// Takes text from the application, which speaks the ANSI encoding, and shows it in two others.
+/// Prints text from the application, in the ANSI encoding, in two other encodings.
 void ConvertText(const std::string& in_fromApplication) {
     const orska_wstring text(in_fromApplication);
     std::printf("code units:      %d\n", static_cast<int>(text.GetLength()));
@@ -47,8 +47,8 @@ int main(int argc, char** argv) {
         // Once per process, before the platform starts: the file, the registry key that is read
         // when there is no file, and the section.
         OrskaSettingReader::Initialize(argv[1], L"Veltrane", L"Driver");
-        // Takes both encodings from the settings. Refuses names that are not legal.
-        // Lives as long as the driver works, and ends the platform.
+        // Reads both encodings from the settings and refuses invalid names. Exists as long as the
+        // driver works, and stops the platform at its end.
         const Orska::Platform::PlatformGuard platform;
         PrintSettings();
         ConvertText(

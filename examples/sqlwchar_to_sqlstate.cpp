@@ -1,5 +1,5 @@
-// What a function of a driver does with a value: it writes text into the application's SQLWCHAR
-// buffer, cut where it does not fit, and answers a text that is no number with an SQLSTATE. The
+// Shows what a driver's function does with a value: it writes text into the application's SQLWCHAR
+// buffer, truncated if it does not fit, and returns an SQLSTATE for text that is not a number. The
 // page docs/sqlwchar-to-sqlstate.md explains it step by step.
 //
 // Usage: sqlwchar_to_sqlstate FILE.ini TEXT
@@ -21,13 +21,13 @@ namespace {
 
 constexpr char SOURCE[] = "examples\\sqlwchar_to_sqlstate";
 
-/// What a function of ODBC tells its caller.
+/// The diagnosis that an ODBC function returns to its caller.
 struct Diagnosis {
-    SQLState m_state;  ///< not set: there is nothing to tell
+    SQLState m_state;  ///< not set: nothing to report
     orska_wstring m_text;
 };
 
-/// The text for an application that has room for this many units of SQLWCHAR.
+/// Writes the text for an application with room for this many SQLWCHAR units.
 Diagnosis WriteText(ODBCStringConverter& io_converter, const orska_wstring& in_text,
                     char16_t* out_buffer, std::int64_t in_units) {
     bool isTruncated = false;
@@ -39,7 +39,7 @@ Diagnosis WriteText(ODBCStringConverter& io_converter, const orska_wstring& in_t
     return {SQLState(DIAG_01004), orska_wstring("String data, right truncated")};
 }
 
-/// A text as the integer that the application asks for.
+/// Converts a text to the integer that the application asks for.
 Diagnosis ReadNumber(const orska_wstring& in_text, std::int32_t& out_number) {
     try {
         out_number = NumberConverter::StringToInteger<std::int32_t>(in_text, true);

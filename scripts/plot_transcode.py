@@ -4,9 +4,9 @@
     bench_transcode --benchmark_format=json --benchmark_repetitions=6 > transcode.json
     scripts/plot_transcode.py [--sizes=8-64,4096] [--ratios] transcode.json [more.json ...]
 
-A row is a pair and a size, a column a text. A cell has our GB/s of source bytes, and behind it how
-many times as fast we are: our AVX-512, AVX2 and SSE4.2 forms as simdutf's for the same level, and ours as
-the better of ICU and iconv; a dash where a peer lacks the pair. Each figure is the fastest of the
+A row is a pair and a size, a column a text. A cell has our GB/s of source bytes, then how many times as
+fast we are: our AVX-512, AVX2 and SSE4.2 forms compared with simdutf's for the same level, and ours with
+the better of ICU and iconv; a dash if a peer lacks the pair. Each figure is the fastest of the
 repetitions in all files. With --sizes only rows of these sizes; with --ratios cells without GB/s.
 """
 import argparse
@@ -23,7 +23,7 @@ COMPARISONS = [
 
 
 def read(paths):
-    """Gives {(pair, size): {text: {who: GB/s}}}."""
+    """Returns {(pair, size): {text: {who: GB/s}}}."""
     samples = {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
@@ -37,7 +37,7 @@ def read(paths):
         for by_who in texts.values():
             for who, rates in by_who.items():
                 by_who[who] = max(rates)
-            # "ours" is the form for the processor's level, and may have been left out.
+            # "ours" is the form for the processor's level, and may be missing.
             for level in ("ours-avx512", "ours-avx2"):
                 if "ours" not in by_who and level in by_who:
                     by_who["ours"] = by_who[level]

@@ -1,4 +1,4 @@
-// Strings, encodings, numbers and errors of the support library in a program of its own.
+// Uses strings, encodings, numbers and errors of the support library in a separate program.
 //
 // Without CMake: g++ -std=c++20 main.cpp $(pkg-config --cflags --libs orska)
 #include <cstdio>

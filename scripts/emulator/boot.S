@@ -1,5 +1,5 @@
-# Entry of the monitor: from the loader's 32-bit mode to 64-bit mode with AVX-512 switched on, the way
-# into a program's system calls and back, and one entry for each processor exception.
+# The monitor's entries: from the loader's 32-bit mode to 64-bit mode with AVX-512 on, from a
+# program's system calls and back, and one for each processor exception.
 
 .set PAGE_PRESENT, 0x3                  # and writable
 .set PAGE_LARGE, 0x83                   # the same, of 2 MiB
@@ -18,10 +18,10 @@
 .global _start
 _start:
     cli
-    mov %ebx, %edi                      # what the loader tells
+    mov %ebx, %edi                      # the loader's information
     movl $level3 + PAGE_PRESENT, level4
     movl $level2 + PAGE_PRESENT, level3
-    mov $level2, %ecx                   # the first GiB as it stands
+    mov $level2, %ecx                   # the first GiB, mapped to itself
     mov $PAGE_LARGE, %eax
     mov $512, %edx
 1:  mov %eax, (%ecx)
@@ -71,13 +71,13 @@ EnterProgram:
     xor %ebp, %ebp
     jmp *%rdi
 
-# The program runs at the same privilege, so that a call needs no more than another stack. The 128
-# bytes below the program's stack pointer are its own.
+# The program runs at the same privilege, so a call only needs another stack. The 128 bytes below
+# the program's stack pointer belong to it.
 .global SystemCallEntry
 SystemCallEntry:
     mov %rsp, program_stack
     mov $stack_end, %rsp
-    push %rcx                           # where to go on
+    push %rcx                           # the return address
     push %r11                           # the flags
     push %r9
     push %r8

@@ -1,7 +1,7 @@
-// As much of an operating system as a statically linked test program needs: it is loaded into a
-// bare 64-bit machine with AVX-512, gets memory whose pages can be forbidden, and writes to the
-// serial port. For an emulator, in which a real system would take long to start; see
-// scripts/emulate-avx512.
+// As much of an operating system as a statically linked test program needs. It loads the
+// program into a bare 64-bit machine with AVX-512, provides memory whose pages can be
+// protected, and writes to the serial port. For an emulator, in which a real system would start
+// slowly; see scripts/emulate-avx512.
 #include <stdint.h>
 
 typedef uint64_t Word;
@@ -9,10 +9,10 @@ typedef uint64_t Word;
 // The machine's memory, 256 MiB: the monitor from 1 MiB on, the program at the address it is linked
 // to (4 MiB), its heap after it, then:
 enum {
-    ARENA = 0x4000000,      // what mmap hands out, page by page
+    ARENA = 0x4000000,      // mmap's memory, page by page
     ARENA_END = 0x8000000,  //
     IMAGE = 0x9000000,      // the program's file
-    RANDOM = 0xE000000,     // 16 bytes, as they are
+    RANDOM = 0xE000000,     // 16 bytes of any value
     STACK = 0xF000000,
     PAGE = 4096,
     LARGE_PAGE = 0x200000,
@@ -58,7 +58,7 @@ static void WriteNumber(Word in_number) {
     WriteText(" ");
 }
 
-// Ends the emulator, which knows the port.
+// Ends the emulator, through a port that it knows.
 static _Noreturn void SwitchOff(void) {
     for (const char* at = "Shutdown"; *at != 0; ++at) WritePort(0x8900, *at);
     for (;;) __asm__ volatile("cli; hlt");
@@ -130,7 +130,7 @@ static _Noreturn void Exit(Word in_code) {
     SwitchOff();
 }
 
-// The calls that start-up of the C library, GoogleTest and the test itself make; the numbers are
+// The calls that the C library's start-up, GoogleTest and the test itself make; the numbers are
 // those of x86-64 Linux. io_registers: rax, rdi, rsi, rdx, r10, r8, r9.
 void DoSystemCall(Word* io_registers) {
     const Word first = io_registers[1];
@@ -250,7 +250,7 @@ struct File {
     uint16_t m_size, m_segmentSize, m_segmentCount;
 };
 
-// Gives the address of the segment table in memory.
+// Returns the address of the segment table in memory.
 static Word Load(const struct File* in_file) {
     enum { LOADABLE = 1 };
     const struct Segment* segment = (const void*)((const char*)in_file + in_file->m_segments);
@@ -266,8 +266,8 @@ static Word Load(const struct File* in_file) {
     return table;
 }
 
-// in_info: what a Multiboot loader tells; its one module is the program, the module's text the
-// program's arguments, with a blank between them.
+// in_info: the information of a Multiboot loader. Its only module is the program; the module's text
+// is the program's arguments, with a blank between them.
 void RunProgram(const uint32_t* in_info) {
     const uint32_t* const module = (const uint32_t*)(Word)in_info[6];
     const struct File* const file = (const struct File*)IMAGE;
