@@ -1,5 +1,5 @@
-# Hardens what runs in other programs' processes or handles passwords, as distributions build it.
-# The support library is left to its user's flags. A sanitizer checks more, and in its own way.
+# Hardens code that runs in other programs' processes or handles passwords, with the flags of
+# distributions. The support library keeps its user's flags. A sanitizer checks more by other means.
 function(orska_hardening target)
   if(ORSKA_SANITIZED)
     return()
@@ -8,7 +8,7 @@ function(orska_hardening target)
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
   get_target_property(type ${target} TYPE)
   if(WIN32)
-    # Where the checks end when they fail is a library of its own there, for all that link the code.
+    # There the functions that failed checks call are in this library, for all that link the code.
     target_link_libraries(${target} PUBLIC ssp)
   elseif(NOT type STREQUAL "STATIC_LIBRARY")
     target_link_options(${target} PRIVATE -Wl,-z,relro -Wl,-z,now)

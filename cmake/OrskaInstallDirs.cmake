@@ -1,8 +1,7 @@
-# Where things are installed: GNUInstallDirs, and the places that are this project's own.
+# The install directories: GNUInstallDirs and this project's own.
 
-# On Debian libraries are in lib/<architecture>, which CMake takes for the prefix /usr only. Taken
-# for every prefix, what a build tree installs and packs does not depend on the prefix that it was
-# configured for.
+# Debian has libraries in lib/<architecture>, which CMake uses for the prefix /usr only. This uses
+# it for every prefix, so that a build tree installs and packs the same files for each prefix.
 if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND NOT CMAKE_CROSSCOMPILING
    AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH
@@ -17,9 +16,9 @@ foreach(directory BINDIR LIBDIR LIBEXECDIR INCLUDEDIR DATAROOTDIR)
   endif()
 endforeach()
 
-# Libraries that only driver managers load.
+# The place of libraries that only driver managers load.
 if(WIN32)
-  # Everything is in one folder: the libraries are found beside each other.
+  # Everything is in one folder, where the libraries find each other.
   set(CMAKE_INSTALL_BINDIR .)
   set(VELTRANE_SETUP_INSTALL_DIR .)
 else()

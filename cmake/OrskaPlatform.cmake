@@ -1,4 +1,4 @@
-# Which of the several bodies of a header a build takes: _Windows.cpp or _Linux.cpp.
+# Selects the body that a build compiles for a header: _Windows.cpp or _Linux.cpp.
 if(WIN32)
   set(ORSKA_PLATFORM Windows)
   include(OrskaWindows)

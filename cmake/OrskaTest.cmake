@@ -1,8 +1,8 @@
 include(GoogleTest)
 
-# Half of what a test takes to compile is GoogleTest's headers. Compiler caches refuse what uses
-# precompiled headers, so with one of them in place there are none; and the builds for Windows show
-# whether each test includes what it needs.
+# GoogleTest's headers take half of a test's compile time. Compiler caches refuse precompiled
+# headers, so there are none with a cache. The builds for Windows have none either, to show whether
+# each test includes what it needs.
 set(precompile_default ON)
 if(WIN32 OR CMAKE_CXX_COMPILER_LAUNCHER)
   set(precompile_default OFF)
@@ -10,19 +10,21 @@ endif()
 option(ORSKA_PRECOMPILE_TEST_HEADERS "Precompile the headers that all tests use"
        ${precompile_default})
 
-# Optimising a test takes longer than running it; what it tests keeps its own flags. A sanitizer's
-# code is slow without, and on Windows gcc's warnings that need the optimiser see the tests too.
+# Optimising a test takes longer than running it; the code under test keeps its own flags. With a
+# sanitizer, code that is not optimised is slow. On Windows the optimiser's warnings check the
+# tests too.
 function(orska_optimise_little target)
   set(is_optimised $<OR:$<BOOL:${WIN32}>,$<BOOL:${ORSKA_SANITIZED}>>)
   target_compile_options(${target} PRIVATE $<IF:${is_optimised},-O1,-O0>)
 endfunction()
 
-# What every test is compiled with; the same for all, so that they can share a precompiled header.
+# Sets the options of every test. They are the same for all, so that tests can share a
+# precompiled header.
 function(orska_test_options target)
   orska_warnings(${target})
   orska_optimise_little(${target})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # gcc 12 sees a mismatch in tests that replace both operators, to count or to clear.
+    # gcc 12 warns of a mismatch in tests that replace both operators, to count or to clear.
     target_compile_options(${target} PRIVATE -Wno-mismatched-new-delete)
   endif()
   target_link_libraries(${target} PRIVATE orska_test_support GTest::gmock GTest::gtest_main)
@@ -36,18 +38,18 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
   target_precompile_headers(orska_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 endif()
 
-# orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
-#            [ENVIRONMENT name=value] [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS])
-# One test program. Each test of it runs in its own process, so that process-wide state begins
-# fresh; in Wine, where a process takes long to start, only where APART asks for it. The default
-# library is orska_support. With DESKTOP it has windows on Wine's desktop, where programs that run
-# together would take the front from each other, so it runs beside no other such.
+# orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [ENVIRONMENT
+#            name=value] [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS]) Adds a test program.
+#            Each of its tests runs in its own process, so that process-wide state starts fresh; in
+#            Wine, where processes start slowly, only with APART. The default library is
+#            orska_support. With DESKTOP it opens windows on Wine's desktop. Such programs would
+#            take the focus from each other, so they run one at a time.
 #
-# With EACH_UNIXODBC the tests run once more with each unixODBC that ORSKA_UNIXODBC_PREFIXES names.
-# A driver manager that waits for ever is found by the time limit.
+# With EACH_UNIXODBC the tests run once more with each unixODBC in ORSKA_UNIXODBC_PREFIXES. The time
+# limit finds a driver manager that waits for ever.
 #
 # OWN_OPERATORS: the program replaces the operators new and delete. ThreadSanitizer's run-time
-# defines them too, before the program's, so such a test is no part of its build; it has one thread.
+# defines them too, before the program's, so its build leaves out such a test, which has one thread.
 set(ORSKA_UNIXODBC_PREFIXES "" CACHE STRING "Where further versions of unixODBC are installed")
 function(orska_test)
   cmake_parse_arguments(ARG "APART;DESKTOP;EACH_UNIXODBC;OWN_OPERATORS" "NAME;TIMEOUT;ENVIRONMENT"

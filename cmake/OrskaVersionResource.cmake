@@ -1,4 +1,4 @@
-# Gives a library or program for Windows a version resource.
+# Adds a version resource to a Windows library or program.
 function(orska_version_resource target description)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "EXECUTABLE")

@@ -1,5 +1,5 @@
-# What a build for Windows on Debian finds elsewhere than one for Linux: ICU, which
-# `scripts/deps windows` has built, and Wine, in which its programs run.
+# Settings of a build for Windows on Debian: ICU, which `scripts/deps windows` builds, and Wine, in
+# which its programs run.
 set(build_icu ${PROJECT_SOURCE_DIR}/packaging/windows/icu/build-icu)
 execute_process(COMMAND ${build_icu} --prefix OUTPUT_VARIABLE ORSKA_ICU_PREFIX
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
@@ -26,8 +26,8 @@ add_compile_definitions(
   # C99's printf formats, as on Linux.
   __USE_MINGW_ANSI_STDIO=1)
 add_compile_options(-ffunction-sections -fdata-sections)
-# The same sources give the same bytes: no time of the link, no folder of this machine. The last
-# map that fits a path holds, and the build may be inside the sources.
+# The same sources make the same bytes: no link time, no folder of this machine. The last map that
+# matches a path wins, and the build may be inside the sources.
 add_link_options(-Wl,--gc-sections -Wl,--no-insert-timestamp)
 add_compile_options(
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
@@ -38,8 +38,8 @@ add_compile_options(-g1)
 enable_language(RC)
 include(OrskaVersionResource)
 
-# Keeps the symbols of a library or program that ships in a file of their own, to which it links.
-# objcopy would write the time of the build into both.
+# Moves the symbols of a shipped library or program into a separate file, to which it links. objcopy
+# would write the build time into both.
 function(orska_symbols_apart target)
   set(program $<TARGET_FILE:${target}>)
   set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
@@ -50,11 +50,11 @@ function(orska_symbols_apart target)
   install(FILES ${program}.debug DESTINATION . COMPONENT symbols EXCLUDE_FROM_ALL)
 endfunction()
 
-# Programs run in Wine, in a folder of the build's own that the test `wine_prefix` makes.
+# Programs run in Wine, in a folder of the build that the test `wine_prefix` makes.
 set(ORSKA_WINE_PREFIX ${PROJECT_BINARY_DIR}/wine)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/run-in-wine ${ORSKA_WINE_PREFIX})
 
-# Called once, where tests are enabled.
+# Called once, after tests are enabled.
 function(orska_add_wine_tests)
   add_test(NAME wine_prefix COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --create)
   set_tests_properties(wine_prefix PROPERTIES FIXTURES_SETUP wine)

@@ -1,5 +1,5 @@
-// Linked into every program and library that is measured (scripts/coverage): a process that ends
-// with _exit, or aborts, leaves its counts as well.
+// Linked into every program and library that is measured (scripts/coverage), so that a process that
+// ends with _exit or aborts writes its counts too.
 #include <sys/resource.h>
 
 extern "C" {
@@ -8,7 +8,7 @@ void __gcov_dump();
 [[noreturn]] void __real__exit(int in_status);
 [[noreturn]] void __real_abort();
 
-/// Also where a test has limited the size of files.
+/// Works even if a test has limited the size of files.
 static void Dump() {
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);

@@ -1,5 +1,5 @@
-# 64-bit Windows through Debian's mingw-w64, with its POSIX threads, whose run-time is linked
-# statically, so that what is built needs the system's own libraries alone.
+# 64-bit Windows with Debian's mingw-w64 and its POSIX threads. The run-time is linked statically,
+# so that programs need only the system's own libraries.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
