@@ -26,7 +26,7 @@ using Test::TraceSetting;
 
 const std::string NO_SOURCE = "Cannot create a message with a NULL message source";
 
-/// Knows the keys that begin with "Known", and records what it is asked.
+/// Has a text for keys that begin with "Known", and records the keys asked for.
 class FakeSource : public IMessageSource {
 public:
     void GetMessageWithParameters(const orska_wstring& in_locale,
@@ -65,7 +65,7 @@ std::string Text(ErrorException& io_exception, IMessageSource* in_source) {
     return io_exception.GetMessageText(in_source, u"de-DE").GetAsUtf8();
 }
 
-TEST(ErrorExceptionTest, IsNoStandardException) {
+TEST(ErrorExceptionTest, IsNotAStandardException) {
     EXPECT_FALSE((std::is_base_of_v<std::exception, ErrorException>));
 }
 
@@ -124,7 +124,7 @@ TEST(ErrorExceptionTest, DescribesItselfOnOneLine) {
     }
 }
 
-TEST(ErrorExceptionTest, ReadsBackWhatItWasMadeOf) {
+TEST(ErrorExceptionTest, ReturnsItsParts) {
     const ErrorException withState(SQLState("42S02"), 7, u"K", PARAMETERS, 1, 2);
     EXPECT_EQ(withState.GetDiagState(), DIAG_GENERAL_ERROR);
     EXPECT_STREQ(withState.GetCustomState().GetText(), "42S02");
@@ -201,7 +201,7 @@ TEST(ErrorExceptionTest, MakesTheMessageOnce) {
     }
 }
 
-TEST(ErrorExceptionTest, AMissingSourceIsNotTheEnd) {
+TEST(ErrorExceptionTest, TriesAgainAfterAMissingSource) {
     for (ErrorException exception : {ErrorException(DIAG_GENERAL_ERROR, 3, u"KnownKey"),
                                      ErrorException(DIAG_GENERAL_ERROR, 3, u"KnownKey", PARAMETERS),
                                      ErrorException(DIAG_GENERAL_ERROR, 3, orska_wstring())}) {
@@ -237,7 +237,7 @@ protected:
     std::uint32_t Destroy() override { return 0; }
 };
 
-TEST(ErrorExceptionTest, GivesTheSharedReferenceBack) {
+TEST(ErrorExceptionTest, ReleasesTheSharedReference) {
     CountedSource source;
     ErrorException exception(DIAG_GENERAL_ERROR, 3, u"KnownKey");
     SharedPtr<IMessageSource> held(&source);
@@ -291,7 +291,7 @@ private:
     std::int32_t m_level;
 };
 
-/// Throws and, in the catch block, logs and then does what the caller wants to see.
+/// Throws and, in the catch block, logs and then runs `in_then`.
 template <typename Thrown, typename Then>
 void Log(const Thrown& in_thrown, FakeLogger& io_logger, const Then& in_then) {
     try {
@@ -336,7 +336,7 @@ TEST(LogCurrentExceptionTest, DescribesEachKind) {
     ExpectDescribed("anything else", 5, "Unknown exception.");
 }
 
-TEST(LogCurrentExceptionTest, NoEncodingOfTheProcessSpoilsTheTexts) {
+TEST(LogCurrentExceptionTest, TextsDoNotDependOnTheProcessEncoding) {
     for (const char* name : {"UTF-16LE", "UTF-32LE", "IBM037", "KOI8-R", "US-ASCII"}) {
         SCOPED_TRACE(name);
         SetAnsiEncoding(ICUUtils::GetEncodingEnum(name));
@@ -352,7 +352,7 @@ TEST(LogCurrentExceptionTest, NoEncodingOfTheProcessSpoilsTheTexts) {
     SetAnsiEncoding(EncodingType::ENC_UTF8);
 }
 
-TEST(LogCurrentExceptionTest, HandsAnErrorExceptionOver) {
+TEST(LogCurrentExceptionTest, PassesAnErrorExceptionOn) {
     const TraceCapture trace;
     FakeLogger logger(3);
     const NumberConversionInvalidDataException thrown(u"K", PARAMETERS);

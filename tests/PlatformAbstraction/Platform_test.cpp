@@ -1,4 +1,4 @@
-// Counted start-up. Each test has a process of its own.
+// Counted start-up. Each test runs in its own process.
 #include "PlatformAbstraction/Platform.h"
 
 #include <gmock/gmock.h>
@@ -68,7 +68,7 @@ TEST(PlatformStart, InstallsTheConverterWhileItIsStarted) {
     EXPECT_EQ(Support::GetPlatformStringConverter(), nullptr);
 }
 
-TEST(PlatformStart, StringsConvertAlikeWithAndWithoutTheConverter) {
+TEST(PlatformStart, StringsConvertTheSameWithAndWithoutTheConverter) {
     constexpr EncodingType ENCODINGS[] = {
         EncodingType::ENC_UTF8,    EncodingType::ENC_UTF16LE,  EncodingType::ENC_UTF16BE,
         EncodingType::ENC_UTF32LE, EncodingType::ENC_UTF32BE,  EncodingType::ENC_LATIN1,
@@ -132,7 +132,7 @@ TEST(PlatformStart, VerbosityOnceOnStaysOnAndSurvivesTheStop) {
     };
     StderrOf(stop);
     EXPECT_EQ(StderrOf([] { TraceVerbose("still"); }), "still\n");
-    // A first start sets it as given.
+    // The first start sets it to the argument.
     EXPECT_EQ(StderrOf([] { InitializePlatform(false); }), "");
     EXPECT_EQ(StderrOf([] { SetVerbose(true), TraceVerbose("on"); }), "on\n");
     EXPECT_EQ(StderrOf([] { SetVerbose(false), TraceVerbose("off"); }), "");
@@ -159,7 +159,7 @@ TEST(PlatformStart, WithoutSettingsTheEncodingsAreTheDefaults) {
     EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_LATIN1);
 }
 
-TEST(PlatformStart, TakesTheEncodingsFromTheSettings) {
+TEST(PlatformStart, ReadsTheEncodingsFromTheSettings) {
     const TemporaryDirectory directory;
     OrskaSettingReader::Initialize(
         directory.Write("x.ini", "[S]\nANSIEncoding=cp1252\nDriverManagerEncoding=UTF-32\n"), L"K",
@@ -171,7 +171,7 @@ TEST(PlatformStart, TakesTheEncodingsFromTheSettings) {
     EXPECT_EQ(orska_wstring("\x80"), L"\u20AC");
 }
 
-/// The settings of a process that was started with an encoding.
+/// Reads settings in a process that was started with an encoding.
 class StartedIn : public testing::TestWithParam<const char*> {};
 
 TEST_P(StartedIn, KeepsEverySetting) {
@@ -213,7 +213,7 @@ TEST(PlatformStart, TwoThreadsMaySetVerbosity) {
     EXPECT_EQ(StderrOf([] { TraceVerbose("off"); }), "");
 }
 
-TEST(PlatformStart, ASettingThatIsNotLegalLeavesItNotStarted) {
+TEST(PlatformStart, AnInvalidSettingLeavesItStopped) {
     const TemporaryDirectory directory;
     OrskaSettingReader::Initialize(
         directory.Write("x.ini", "[S]\nANSIEncoding=cp1252\nDriverManagerEncoding=utf-8\n"), L"K",

@@ -1,4 +1,4 @@
-// The ODBC headers come first: the names below are their macros. Those of Windows want its
+// The ODBC headers come first: the names below are their macros. On Windows they need its
 // own first.
 #ifdef _WIN32
 #include <windows.h>
@@ -6,7 +6,7 @@
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
-// And this, for INFINITY and NAN.
+// This one defines INFINITY and NAN.
 #include <cmath>
 
 #include "PlatformAbstraction/SqlTypeNames.h"

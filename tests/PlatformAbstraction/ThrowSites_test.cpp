@@ -1,5 +1,5 @@
 // The trace lines of throw sites, which people search for: function, line, text and source name.
-// Sites that need a file or a setting are tested with their classes.
+// The tests of each class cover sites that need a file or a setting.
 #include <gtest/gtest.h>
 
 #include <cstdint>

@@ -79,7 +79,7 @@ TEST(Buffer, MakingRoomCompactsAndGrows) {
     }
 }
 
-TEST(Buffer, AllowLeavesABufferWithRoomAlone) {
+TEST(Buffer, AllowDoesNotChangeABufferWithRoom) {
     Buffer buffer;
     buffer.Append("abcde", 5);
     buffer.Consume(2);
@@ -125,7 +125,7 @@ TEST(Buffer, StopsWhenTheNeedIsAbove2To31) {
     EXPECT_DEATH(written.AllowHelper(0xFFFFFFFF), text);
 }
 
-TEST(Buffer, StopsWhenMoreIsTakenThanThereIs) {
+TEST(Buffer, StopsWhenMoreIsConsumedThanThereIs) {
     Buffer buffer;
     Fill(buffer, 7);
     EXPECT_DEATH(buffer.Consume(2), "Assertion failed: in_count <= GetUnread\\(\\)");

@@ -24,7 +24,7 @@ void AppendFormatted(LineText& io_line, const char* in_format, ...) {
     va_end(arguments);
 }
 
-/// No character, on any system.
+/// Not a character on any system.
 constexpr wchar_t s_noCharacter[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
 
 /// Null, which the compiler must not know.
@@ -48,7 +48,7 @@ TEST(LineText, Messages) {
         {"size=5 allow=%",
          [](LineText& io_line) { AppendFormatted(io_line, "size=%u allow=%", 5u, 6u); }},
         {"%%", [](LineText& io_line) { AppendFormatted(io_line, "%%%"); }},
-        // From here on formats that the C library gets, all of them from their start.
+        // From here on the C library formats the whole text.
         {"text    7|ff|18446744073709551615",
          [](LineText& io_line) {
              AppendFormatted(io_line, "%s %4d|%x|%zu", "text", 7, 255, SIZE_MAX);
@@ -69,7 +69,7 @@ TEST(LineText, Messages) {
     }
 }
 
-TEST(LineText, AFormatThatTheCLibraryRefusesStandsAsItIs) {
+TEST(LineText, AFormatThatTheCLibraryRefusesIsWrittenAsItIs) {
     if (std::snprintf(nullptr, 0, "%ls", s_noCharacter) >= 0) GTEST_SKIP() << "it refuses none";
     LineText line;
     AppendFormatted(line, "%s %ls refused", "a", s_noCharacter);
@@ -78,7 +78,7 @@ TEST(LineText, AFormatThatTheCLibraryRefusesStandsAsItIs) {
 }
 #pragma GCC diagnostic pop
 
-/// A prefix, a message and a tail, with a message that either formatter makes.
+/// Builds a prefix, a message and a tail, with a message from either formatter.
 std::string Build(std::size_t in_size, bool in_isSimple) {
     const std::string text(in_size, 'x');
     LineText line;
@@ -89,7 +89,7 @@ std::string Build(std::size_t in_size, bool in_isSimple) {
     return Text(line);
 }
 
-TEST(LineText, GrowsWhateverTheLength) {
+TEST(LineText, GrowsToEveryLength) {
     for (const bool isSimple : {true, false}) {
         for (const std::size_t size : {0u, 1u, 9320u, 9325u, 9326u, 9327u, 9985u, 9986u, 9987u,
                                        9991u, 9992u, 9993u, 9998u, 9999u, 10000u, 300000u}) {
@@ -99,7 +99,7 @@ TEST(LineText, GrowsWhateverTheLength) {
     }
 }
 
-TEST(LineText, IsCutAndStillEndedWhenThereIsNoMemory) {
+TEST(LineText, IsTruncatedAndEndedWhenThereIsNoMemory) {
     s_failReallocate = true;
     for (const bool isSimple : {true, false}) {
         for (const std::size_t size : {9986u, 9987u, 9991u, 9992u, 9993u, 20000u}) {

@@ -1,4 +1,4 @@
-// The trace's file as the system has it.
+// The trace's file on Linux.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -48,7 +48,7 @@ TEST(trace, APipeWithoutAReaderMeansStandardError) {
     unlink(pipe.c_str());
 }
 
-/// Whether a copy of this process that does this ends of itself.
+/// True if a copy of this process survives the action.
 bool Survives(const std::function<void()>& in_action) {
     return Orska::Test::RunInProcesses(1, [&](int) { in_action(); }) == 1;
 }
@@ -65,7 +65,7 @@ TEST(trace, AHostOutlivesAFileThatCannotBeWritten) {
         errno = EINTR;
         trace(1, "F", "S", 1, "lost");
         EXPECT_EQ(errno, EINTR);
-        // What waits for the host itself stays.
+        // A signal that is pending for the host stays pending.
         sigset_t pipeOnly, pending;
         sigemptyset(&pipeOnly);
         sigaddset(&pipeOnly, SIGPIPE);

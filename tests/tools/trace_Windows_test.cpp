@@ -1,4 +1,4 @@
-// The trace's file as the system has it.
+// The trace's file on Windows.
 #include <gtest/gtest.h>
 #include <io.h>
 
@@ -28,7 +28,7 @@ TEST(trace, TheThreadIdIsFoldedTo16Bits) {
     EXPECT_EQ(capture.GetText(), expected);
 }
 
-TEST(trace, ANameThatNoCodePageHasIsTakenFromTheSystem) {
+TEST(trace, ANameThatNoCodePageHasComesFromTheSystem) {
     const std::filesystem::path file =
         std::filesystem::temp_directory_path() / L"orska \x65E5\x672C \x00FC \x0416.log";
     SetEnvironmentVariableW(L"TR4CE", (L"1:" + file.wstring()).c_str());
@@ -42,12 +42,12 @@ TEST(trace, ANameThatNoCodePageHasIsTakenFromTheSystem) {
     stream.close();
     stream.open(file, std::ios::binary);
     EXPECT_TRUE(std::getline(stream, line));
-    EXPECT_EQ(line, "F:1\tx S\r");  // as any text file
+    EXPECT_EQ(line, "F:1\tx S\r");  // as in any text file
     stream.close();
     EXPECT_TRUE(std::filesystem::remove(file));
 }
 
-TEST(trace, AProcessWithRaisedRightsWritesToNoFileOfItsUsersChoice) {
+TEST(trace, AProcessWithRaisedRightsIgnoresItsUsersFile) {
     const TraceCapture capture("1");
     {
         const Orska::Test::RaisedRights raised;
@@ -59,7 +59,7 @@ TEST(trace, AProcessWithRaisedRightsWritesToNoFileOfItsUsersChoice) {
     EXPECT_EQ(capture.GetText(), "F:1\tx S\n");
 }
 
-TEST(trace, APipeThatIsNotThereMeansStandardError) {
+TEST(trace, AMissingPipeMeansStandardError) {
     EXPECT_EQ(TraceOnStandardError("1:\\\\.\\pipe\\orska no such pipe"), "F:7\ttext S\n");
 }
 

@@ -1,4 +1,4 @@
-// Compiled by a test, never linked: with FAULT a string is where a number is due.
+// Compiled by a test, never linked: with FAULT a string is passed for a number.
 #include "tools/trace.h"
 
 #ifdef FAULT

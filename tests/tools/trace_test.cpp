@@ -35,7 +35,7 @@ TEST(trace, WritesLevelsUpToItsOwn) {
                                         << " level " << row.m_level);
         EXPECT_EQ(TraceOnStandardError(row.m_value, row.m_level),
                   row.m_isWritten ? "F:7\ttext S\n" : "");
-        EXPECT_EQ(s_traceWord.load(), TRACE_NOT_READ);  // the setting's end makes it read again
+        EXPECT_EQ(s_traceWord.load(), TRACE_NOT_READ);  // removing the setting makes it read again
     }
 }
 
@@ -82,7 +82,7 @@ TEST(trace, TheTimeStampCountsSecondsFromTheFirstLine) {
     EXPECT_GE(second, first + 0.0199);
 }
 
-TEST(trace, ATagStandsBeforeTheSource) {
+TEST(trace, ATagIsBeforeTheSource) {
     const TraceCapture capture("1p");
     SetTraceTag("worker 3");
     trace(1, "F", "S", 1, "a");
@@ -102,7 +102,7 @@ TEST(trace, TheNameOfErrnoFollowsABlankOrAColon) {
         {0, ""},
         {ENOENT, "ENOENT"},
         {ERANGE, "ERANGE"},
-        {ETIMEDOUT, "ETIMEDOUT"},  // whose number here is another one than in the table
+        {ETIMEDOUT, "ETIMEDOUT"},  // whose number here differs from the table
         {ENAMETOOLONG, "ENAMETOOLONG"},
         {ENOSYS, "Eunknown"},
         {-1, "Eunknown"},
@@ -154,7 +154,7 @@ TEST(trace, AFileThatCannotBeOpenedMeansStandardError) {
     }
 }
 
-TEST(trace, TheStreamIsTheOneThatLinesGoTo) {
+TEST(trace, TheStreamIsWhereLinesGo) {
     {
         const TraceSetting setting("1");
         EXPECT_EQ(GetTraceStream(), stderr);

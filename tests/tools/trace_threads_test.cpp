@@ -19,7 +19,7 @@ constexpr int PROCESSES = 2;
 constexpr int THREADS = 8;
 constexpr int LINES = 400;
 
-/// Lengths on both sides of the sizes at which buffers of a stream and of a line end.
+/// Lengths around the sizes of the buffers of a stream and of a line.
 std::size_t PayloadSize(int in_index) {
     constexpr std::size_t SIZES[] = {1, 40, 500, 4040, 4096, 9300, 9999, 20000};
     return SIZES[in_index % 8] + static_cast<std::size_t>(in_index % 7);

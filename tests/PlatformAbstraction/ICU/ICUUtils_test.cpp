@@ -75,7 +75,7 @@ TEST(ICUUtilsTest, NamesAreFoldedAlikeInEveryLocale) {
     std::setlocale(LC_ALL, "C");
 }
 
-TEST(ICUUtilsTest, GetsWhatIcuKnowsUnderAnotherName) {
+TEST(ICUUtilsTest, FindsIcuAliases) {
     const struct {
         const char* m_alias;
         int m_value;

@@ -26,7 +26,7 @@ namespace {
 
 using Test::ThrownMessage;
 
-// A converter for a driver manager's encoding, with a platform converter of its own.
+// A converter for a driver manager's encoding, with its own platform converter.
 struct Fixture {
     explicit Fixture(int in_encoding) {
         orska_wstring::SetDriverManagerEncoding(EncodingType{in_encoding});
@@ -80,7 +80,7 @@ TEST(ODBCStringConverter, FollowsTheOutputRuleAtItsEdges) {
     }
 }
 
-TEST(ODBCStringConverter, TakesNullStringsAndNullBuffers) {
+TEST(ODBCStringConverter, AcceptsNullStringsAndNullBuffers) {
     const Fixture fixture(1);
     std::string buffer = "xxxx";
     bool isTruncated = true;
@@ -100,7 +100,7 @@ TEST(ODBCStringConverter, TakesNullStringsAndNullBuffers) {
     EXPECT_TRUE(result.IsNull());
 }
 
-// One text in every capacity, in code units and in bytes.
+// Writes one text into every capacity, in code units and in bytes.
 void CheckCuts(ODBCStringConverter& io_converter, const std::u16string& in_text) {
     const EncodingType encoding = io_converter.GetDriverManagerEncoding();
     const std::int64_t width = EncodingInfo::GetCodeUnitWidth(encoding);
@@ -131,9 +131,8 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
     }
 }
 
-// Texts that leave something behind in a converter: a code point without bytes, a cut pair,
-// a shift.
-TEST(ODBCStringConverter, GivesTheSameBytesWhateverWasConvertedBefore) {
+// Texts that change a converter's state: a code point without bytes, a cut pair, a shift.
+TEST(ODBCStringConverter, BytesDoNotDependOnEarlierTexts) {
     const std::u16string lead(1, char16_t{0xD800});
     const std::u16string texts[] = {u"\u00AD", u"\uFFA0",          u"a\u200B", u"x" + lead + u"yz",
                                     lead,      u"\u4E2D\u6587",    u"\uFF71",  u"\u00E9\uFFFD",
@@ -160,7 +159,7 @@ TEST(ODBCStringConverter, GivesTheSameBytesWhateverWasConvertedBefore) {
             return ConvertAtOnce(*stream, {reinterpret_cast<const char*>(in_text.data()),
                                            in_text.size() * sizeof(char16_t)});
         };
-        // The transcoder refuses what the others replace.
+        // The transcoder refuses malformed text; the others replace it.
         const bool isStream = encoding > 7 && encoding != 96;
         for (const std::u16string& before : texts) {
             for (const std::u16string& text : texts) {
@@ -187,8 +186,8 @@ TEST(ODBCStringConverter, GivesTheSameBytesWhateverWasConvertedBefore) {
     }
 }
 
-// A driver manager may give the most that there is for "as long as needed".
-TEST(ODBCStringConverter, TakesEveryLegalByteLength) {
+// A driver manager may pass the greatest length for "as long as needed".
+TEST(ODBCStringConverter, AcceptsEveryLegalByteLength) {
     const Fixture fixture(1);
     for (const std::int64_t length : {INT64_MAX, INT64_MAX / 2, INT64_MAX / 4 + 1}) {
         char buffer[8] = {};

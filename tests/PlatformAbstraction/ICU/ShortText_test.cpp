@@ -1,4 +1,4 @@
-// Short texts, whole or refused, against slow reference code.
+// Short texts, whole or refused, compared with slow reference code.
 #include "PlatformAbstraction/ICU/ShortText.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ std::string ToForm(const std::string& in_bytes, int in_from, int in_to, bool& ou
     return result.m_bytes;
 }
 
-// Whether a text that is valid and has room enough has to be taken.
+// True if a valid text with enough room has to be converted.
 bool IsOffered(int in_form, std::size_t in_units) {
     return in_form == UTF8 ? GetCpuLevel() >= CpuLevel::SSE42 : in_form != UTF16LE || in_units >= 8;
 }
@@ -69,7 +69,7 @@ protected:
         ASSERT_EQ(expected, std::string(target, 2 * static_cast<std::size_t>(units)));
     }
 
-    // Every kind and length, valid, damaged in one byte, and cut after it.
+    // Tests every kind and length: valid, damaged in one byte, and cut after it.
     void CheckAll() {
         Random random(31);
         for (const int form : FORMS) {
@@ -113,15 +113,15 @@ private:
     GuardedBuffer m_target{PAGE};
 };
 
-TEST_F(ShortText, IsWholeOrRefused) { CheckAll(); }
+TEST_F(ShortText, ConvertsWholeOrRefuses) { CheckAll(); }
 
-TEST_F(ShortText, IsWholeOrRefusedWithSse2Alone) {
+TEST_F(ShortText, ConvertsWholeOrRefusesWithSse2Only) {
     Orska::Test::SetVariable("ORSKA_CPU_LEVEL", "sse2");
     CheckAll();
 }
 
-// The string's own text object serves again while it is long enough; bytes in it are read first.
-TEST(ShortTextDecoding, ReplacesWhatAStringHolds) {
+// The string's text object is reused if it is long enough; bytes in it are read first.
+TEST(ShortTextDecoding, ReplacesTheTextOfAString) {
     const ShortDecoder decoder = GetShortDecoder(EncodingType::ENC_UTF16LE);
     orska_wstring string(u"the text before");
     for (const std::u16string_view text :

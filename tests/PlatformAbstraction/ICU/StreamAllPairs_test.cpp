@@ -1,4 +1,4 @@
-// Every pair of encodings, cut in many ways. Takes long; labelled so.
+// Every pair of encodings, cut in many ways. Takes long, so it has that label.
 #include <gtest/gtest.h>
 
 #include <numeric>
@@ -15,7 +15,9 @@ std::vector<int> AllEncodings() {
     return encodings;
 }
 
-TEST(StreamAllPairs, GiveTheSameBytesHoweverCut) { CheckPairs(AllEncodings(), AllEncodings(), 12); }
+TEST(StreamAllPairs, WriteTheSameBytesHoweverCut) {
+    CheckPairs(AllEncodings(), AllEncodings(), 12);
+}
 
 }  // namespace
 }  // namespace Orska::Support::Testing

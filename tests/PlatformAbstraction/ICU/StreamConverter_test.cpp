@@ -102,7 +102,7 @@ TEST(StreamConverter, TerminatesWithANulOfTheTargetsWidth) {
         int m_source, m_target;
         std::string m_text;
         std::uint64_t m_space;
-        std::string m_expected;  // all of the target, which begins as 'x'
+        std::string m_expected;  // all of the target, filled with 'x' before
         bool m_isRemaining;
     } cases[] = {
         {"blitter, no room at all", 0, 0, "ab", 0, "", true},
@@ -153,7 +153,7 @@ TEST(StreamConverter, RefusesPositionsOutsideTheBuffers) {
     }
 }
 
-TEST(SiconvStreamConverter, RefusesMalformedInputAfterWhatStandsBeforeIt) {
+TEST(SiconvStreamConverter, ConvertsTheTextBeforeMalformedInput) {
     const struct {
         const char* m_point;
         int m_source, m_target;
@@ -194,7 +194,7 @@ TEST(SiconvStreamConverter, RefusesMalformedInputAfterWhatStandsBeforeIt) {
     }
 }
 
-TEST(SiconvStreamConverter, GivesOutACutCodePointBeforeItRefusesTheNext) {
+TEST(SiconvStreamConverter, WritesACutCodePointBeforeItRefusesTheNext) {
     const Converter converter = Make(0, 1);
     converter->SetSource("\xE2\x82\xAC\xFF", 4, true);
     char target[1];
@@ -208,7 +208,7 @@ TEST(SiconvStreamConverter, GivesOutACutCodePointBeforeItRefusesTheNext) {
     EXPECT_EQ(2U, converter->GetTotalBytesWritten());
 }
 
-TEST(WideStreamConverter, HoldsACutCodePointInFrontOfTheNul) {
+TEST(WideStreamConverter, HoldsACutCodePointBeforeTheNul) {
     const struct {
         const char* m_point;
         std::size_t m_space;
@@ -253,7 +253,7 @@ TEST(WideStreamConverter, EndsStatefulTextInItsInitialState) {
         SCOPED_TRACE(EncodingInfo::GetName(Enc(c.m_target)));
         const Converter converter = Make(1, c.m_target);
         const std::string source(reinterpret_cast<const char*>(c.m_text.data()), 2);
-        // Twice: the second text begins as if it were the first.
+        // Twice: the second text starts like the first.
         EXPECT_EQ(c.m_expected, ConvertAtOnce(*converter, source));
         EXPECT_EQ(c.m_expected, ConvertAtOnce(*converter, source));
         converter->SetTarget(nullptr, 0);

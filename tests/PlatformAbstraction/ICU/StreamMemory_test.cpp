@@ -1,5 +1,5 @@
-// What stream converters do with memory: nothing after construction, and a clear error when ICU
-// gets none. Counts this program's and ICU's allocations.
+// Stream converters allocate nothing after construction, and throw a clear error when ICU gets no
+// memory. Counts this program's and ICU's allocations.
 #include <gtest/gtest.h>
 #include <unicode/uclean.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 // Process-wide: set by the tests of this file, read by the allocators below.
 int s_allocations = 0;
-std::size_t s_leastRefused = SIZE_MAX;  // bytes; ICU gets no more at once
+std::size_t s_leastRefused = SIZE_MAX;  // bytes; ICU gets only smaller blocks
 
 void* U_CALLCONV Allocate(const void*, std::size_t in_size) {
     ++s_allocations;
@@ -77,7 +77,7 @@ TEST(StreamMemory, PiecesAndTargetsCostNoAllocation) {
     }
 }
 
-/// For its lifetime ICU gets memory for small objects only, not for a converter or a longer text.
+/// While it exists ICU gets memory for small objects only, not for a converter or a longer text.
 struct RefuseLarge {
     RefuseLarge() { s_leastRefused = 200; }
     ~RefuseLarge() { s_leastRefused = SIZE_MAX; }
@@ -106,7 +106,7 @@ TEST(StreamMemory, AStringThatCannotChangeStaysAsItWas) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.m_point);
-        // Changing case makes it longer than it may be.
+        // Changing case makes it too long.
         orska_wstring text = orska_wstring(u"ab") + orska_wstring(u'\u0390', 70);
         if (row.m_point == std::string("lower")) text = orska_wstring(u'\u0130', 70);
         const orska_wstring before = text;
@@ -119,14 +119,14 @@ TEST(StreamMemory, AStringThatCannotChangeStaysAsItWas) {
 }
 
 // 70,000 times 70,000 units are refused before any are copied.
-TEST(StreamMemory, AStringRefusesAReplacementBeyondWhatItCanHold) {
+TEST(StreamMemory, AStringRefusesAReplacementThatIsTooLong) {
     orska_wstring text(u'a', 70000);
     const orska_wstring replacement(u'b', 70000);
     EXPECT_THROW(text.FindAndReplace(u"a", replacement), ErrorException);
     EXPECT_TRUE(orska_wstring(u'a', 70000) == text);
 }
 
-TEST(StreamMemory, AStringSaysThatItsConverterCannotBeOpened) {
+TEST(StreamMemory, AStringReportsAConverterThatCannotBeOpened) {
     CountIcuAllocations();
     const orska_wstring text(u"\u6F22");
     for (const int encoding : {18, 67}) {

@@ -1,4 +1,4 @@
-// However the source and the targets are cut, the same bytes come out.
+// The bytes do not depend on how the source and the targets are cut.
 #include <gtest/gtest.h>
 
 #include <string>

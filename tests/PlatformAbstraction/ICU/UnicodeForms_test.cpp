@@ -1,4 +1,4 @@
-// Conversions between UTF-16 in memory and bytes, against slow reference code.
+// Conversions between UTF-16 in memory and bytes, compared with slow reference code.
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ void CheckAgainstReference(const Form& in_form, const std::string& in_source, st
     ASSERT_EQ(64, std::count(target.end() - 64, target.end(), '\x5A'));
 }
 
-// Texts of a kind with every length, cut, damaged, and into rooms of every size near the full one.
+// Tests texts of each kind and length, cut, damaged, and with every size of room near the full one.
 void CheckForm(const Form& in_form) {
     SCOPED_TRACE(std::string(GetIndexName(in_form.m_source)) + " to " +
                  GetIndexName(in_form.m_target));
@@ -76,7 +76,7 @@ void CheckForm(const Form& in_form) {
     }
 }
 
-// After blocks of plain text, or of pairs, where it is the first unit that is looked at anew.
+// After blocks of plain text, or of pairs, where the trail is the first unit of the next test.
 TEST(UnicodeForms, FindALoneTrailAnywhere) {
     for (const Form& form : GetForms()) {
         if (form.m_source != UTF16LE && form.m_source != UTF16BE) continue;
@@ -124,7 +124,7 @@ TEST(UnicodeForms, CountTheBytesThatIcuWrites) {
     EXPECT_EQ(-1, CountEncodedBytes(u"a", EncodingType::ENC_LATIN1));
 }
 
-// What the decoders and encoders are offered for is what ICU has the same text for.
+// For each encoding that has a decoder or encoder here, ICU has the same text.
 TEST(UnicodeForms, AgreeWithIcuOnEveryByteAndCodePoint) {
     std::u16string text;
     for (char32_t codePoint = 1; codePoint < 0x110000; ++codePoint) {

@@ -44,7 +44,7 @@ std::string MakeBytes(Random& io_random, EncodingType in_encoding) {
     return bytes;
 }
 
-TEST(WideStringConverter, DecodesAsIcuAndTheStringsThemselvesDo) {
+TEST(WideStringConverter, DecodesAsIcuAndStringsDo) {
     WideStringConverter converter;
     Random random(3);
     for (std::int32_t i = 0; i < ENCODING_COUNT; ++i) {
@@ -62,7 +62,7 @@ TEST(WideStringConverter, DecodesAsIcuAndTheStringsThemselvesDo) {
     }
 }
 
-TEST(WideStringConverter, TakesNullsEmptyTextAndNulTerminatedText) {
+TEST(WideStringConverter, AcceptsNullsEmptyTextAndNulTerminatedText) {
     WideStringConverter converter;
     orska_wstring result = MakeString(u"old");
     converter.ConvertToWString(nullptr, 3, EncodingType::ENC_UTF8, result);
@@ -75,7 +75,7 @@ TEST(WideStringConverter, TakesNullsEmptyTextAndNulTerminatedText) {
     }
     converter.ConvertToWString("a\0b\0\0\0c", -3, EncodingType::ENC_UTF16LE, result);
     EXPECT_TRUE(result == MakeString(u"ab"));
-    // Bytes of the very string that is replaced, for which it has room.
+    // Bytes of the string that is replaced, in which there is room.
     for (const std::size_t count : {4U, 400U}) {
         const std::string letters(count, 'x');
         result = MakeString(std::u16string(letters.begin(), letters.end()));
@@ -87,7 +87,7 @@ TEST(WideStringConverter, TakesNullsEmptyTextAndNulTerminatedText) {
     }
 }
 
-TEST(WideStringConverter, TakesNullBuffersOfLengthZero) {
+TEST(WideStringConverter, AcceptsNullBuffersOfLengthZero) {
     WideStringConverter converter;
     for (std::int32_t i = 0; i < ENCODING_COUNT; ++i) {
         for (const std::u16string_view text : {u"", u"a", u"\u6F22\u00AD", u"\xD800"}) {
@@ -155,7 +155,7 @@ TEST(WideStringConverter, CutsExactlyAtEveryCapacity) {
     }
 }
 
-TEST(WideStringConverter, CallsTextWholeWhenOnlyWhatGivesNoBytesIsLeft) {
+TEST(WideStringConverter, TextIsWholeIfTheRestHasNoBytes) {
     // The encodings lack the zero width space and ICU writes nothing for it.
     WideStringConverter converter;
     for (const int encoding : {5, 6, 7, 18, 24}) {
@@ -165,7 +165,7 @@ TEST(WideStringConverter, CallsTextWholeWhenOnlyWhatGivesNoBytesIsLeft) {
     }
 }
 
-// However many code points without bytes are at the end, the cut is found in a few conversions.
+// A few conversions find the cut, however many code points without bytes are at the end.
 TEST(WideStringConverter, CutsTextOfSilentCodePointsInAFewAttempts) {
     for (const int encoding : {17, 22, 24, 25, 27, 28, 67}) {
         SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
@@ -222,7 +222,7 @@ TEST(WideStringConverter, MeasuresNulTerminatedBuffers) {
     EXPECT_EQ(0, converter.GetNulTerminatedStringLength(nullptr, EncodingType::ENC_UTF16LE));
 }
 
-TEST(WideStringConverter, IsWhatStringsUseWhileItIsInstalled) {
+TEST(WideStringConverter, StringsUseItWhileItIsInstalled) {
     WideStringConverter converter;
     SetPlatformStringConverter(&converter);
     const orska_wstring string("\x8A\xBF!", 3, EncodingType{18});
@@ -245,7 +245,7 @@ TEST(WideStringConverter, KeepsOneConverterForOneThread) {
         EXPECT_EQ(2, converter.GetLengthInBytes(MakeString(u"\u6F22"), EncodingType{18}));
     }
     EXPECT_EQ(1U, converter.CountPooledConverters(EncodingType{18}));
-    // Text in the direct encodings needs none, well-formed or not.
+    // Text in the direct encodings needs no converter, well-formed or not.
     Decode(converter, "\xC3\xA9\xC3", EncodingType::ENC_UTF8);
     converter.GetLengthInBytes(MakeString(u"\u6F22\xD800"), EncodingType::ENC_UTF8);
     EXPECT_EQ(0U, converter.CountPooledConverters(EncodingType::ENC_UTF8));

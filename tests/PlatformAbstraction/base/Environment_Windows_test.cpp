@@ -8,7 +8,7 @@
 namespace Orska::Support {
 namespace {
 
-TEST(Environment, IsTheSystemsOfThisMoment) {
+TEST(Environment, IsTheSystemsCurrentValue) {
     SetEnvironmentVariableW(L"ORSKA_APP_ANSI_ENCODING", L"cp1252");
     EXPECT_EQ(OrskaSettingReader::GetAppCharEncoding(), EncodingType::ENC_CP1252);
     const std::wstring longText(100, L'\x65E5');

@@ -20,7 +20,7 @@ using Test::IsAborted;
 using testing::AllOf;
 using testing::HasSubstr;
 
-/// Counts how often it is destroyed in place of deleting itself.
+/// Counts how often it is destroyed instead of deleting itself.
 class Probe : public ThreadSafeSharedObject {
 public:
     explicit Probe(std::uint32_t in_refCount = 1) { m_refCount = in_refCount; }
@@ -36,7 +36,7 @@ private:
     int m_destroyed = 0;
 };
 
-TEST(ThreadSafeSharedObjectTest, AtomicFunctionsWrapAndAnswer) {
+TEST(ThreadSafeSharedObjectTest, AtomicFunctionsWrap) {
     std::atomic<std::uint32_t> counter{1};
     EXPECT_TRUE(AtomicAdd(counter, -1));
     EXPECT_FALSE(AtomicAdd(counter, -2));
@@ -48,7 +48,7 @@ TEST(ThreadSafeSharedObjectTest, AtomicFunctionsWrapAndAnswer) {
     EXPECT_EQ(counter, 9u);
 }
 
-TEST(ThreadSafeSharedObjectTest, ReleaseAnswersWhatIsLeftOrWhatDestroyAnswers) {
+TEST(ThreadSafeSharedObjectTest, ReleaseReturnsTheCountOrTheResultOfDestroy) {
     Probe probe;
     probe.Retain();
     EXPECT_EQ(probe.Release(), 1u);
@@ -70,7 +70,7 @@ struct Deleted : ThreadSafeSharedObject {
     bool& m_isDeleted;
 };
 
-TEST(ThreadSafeSharedObjectTest, DeletesItselfUnlessItIsToldOtherwise) {
+TEST(ThreadSafeSharedObjectTest, DeletesItselfByDefault) {
     bool isDeleted = false;
     EXPECT_EQ((new Deleted(isDeleted))->Release(), 0u);
     EXPECT_TRUE(isDeleted);
@@ -86,7 +86,7 @@ TEST(ThreadSafeSharedObjectDeathTest, AWrappedCountStopsTheProcess) {
 TEST(OrskaAbortDeathTest, FlushesOutputAndWritesTheReasonAsItIs) {
     EXPECT_EXIT(
         {
-            // Standard output lies in a buffer until it is flushed.
+            // Standard output is buffered until it is flushed.
             std::setvbuf(stdout, nullptr, _IOFBF, 4096);
             dup2(STDERR_FILENO, STDOUT_FILENO);
             std::printf("unflushed ");

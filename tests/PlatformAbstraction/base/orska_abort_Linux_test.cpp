@@ -40,7 +40,7 @@ TEST(OrskaAbortDeathTest, DoesNotWaitForAThreadThatKeepsAStream) {
                 dup2(STDERR_FILENO, STDOUT_FILENO);
                 std::printf("host's text, ");
                 std::signal(SIGALRM, SIG_DFL);
-                alarm(20);  // another way to end, where it waits
+                alarm(20);  // ends the process if it waits
                 orska_abort("Source", 1, "a reason");
             },
             IsAborted, "a reason.*host's text");

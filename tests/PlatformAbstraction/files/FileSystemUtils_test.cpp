@@ -57,7 +57,7 @@ TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
                                   GetLastErrorText(row.m_error).GetAsUtf8() + ")");
         }
     }
-    // A file in the directory's place is met by the open that follows.
+    // If a file has the directory's name, only the open that follows fails.
     EXPECT_EQ(
         ThrownMessage([&] { FileSystemUtils::CreateFileDirectory(directory.GetPath("file/x")); }),
         "nothing");

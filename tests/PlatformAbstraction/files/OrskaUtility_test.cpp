@@ -15,7 +15,7 @@ using Test::SetLastErrorCode;
 using Test::SYSTEM_ERRORS;
 using Test::TraceCapture;
 
-TEST(OrskaUtility, GivesTheSystemsText) {
+TEST(OrskaUtility, ReturnsTheSystemsText) {
     for (const std::uint32_t code : {SYSTEM_ERRORS.m_noSuchFile, SYSTEM_ERRORS.m_accessDenied}) {
         const std::string expected = std::system_category().message(static_cast<int>(code));
         ASSERT_GT(expected.size(), 8u);

@@ -18,7 +18,7 @@ using Test::IsByteFree;
 using Test::RunInProcesses;
 using Test::TemporaryDirectory;
 
-TEST(TextFileLock, TakesTheRangeOfTheFileAndReleasesIt) {
+TEST(TextFileLock, LocksTheRangeOfTheFileAndReleasesIt) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x", "0123456789");
     for (const std::int32_t mode : {1, 3, 4, 6}) {
@@ -32,14 +32,14 @@ TEST(TextFileLock, TakesTheRangeOfTheFileAndReleasesIt) {
             file.Unlock();
             EXPECT_TRUE(IsByteFree(path, 0));
             file.Lock();
-            file.Lock();  // waits for nobody
+            file.Lock();  // does not wait
             EXPECT_FALSE(IsByteFree(path, 0));
         }
         EXPECT_TRUE(IsByteFree(path, 0));
     }
 }
 
-TEST(TextFileLock, UnlockLeavesNothingOfAFileThatShrankOrGrew) {
+TEST(TextFileLock, UnlockReleasesAFileThatShrankOrGrew) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x", "0123456789");
     TextFile file(path, TextFile::MODE_READ_WRITE);
@@ -56,7 +56,7 @@ TEST(TextFileLock, UnlockLeavesNothingOfAFileThatShrankOrGrew) {
     EXPECT_TRUE(IsByteFree(path, 0));
 }
 
-TEST(TextFileLock, ReadsAgainWhatAnotherChangedBeforeTheLock) {
+TEST(TextFileLock, RereadsAfterTheLock) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x", "one\ntwo\n");
     TextFile reader(path, TextFile::MODE_READ);

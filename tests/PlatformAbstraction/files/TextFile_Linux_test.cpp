@@ -1,4 +1,4 @@
-// What Linux has by the name of a file and is none, and rights.
+// Names on Linux that are not files, and access rights.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -19,7 +19,7 @@ using Test::IsByteFree;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 
-TEST(TextFile, RefusesOtherThanFiles) {
+TEST(TextFile, RefusesEverythingButFiles) {
     const TemporaryDirectory directory;
     const std::string fifo = directory.GetPath("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
@@ -61,7 +61,7 @@ TEST(TextFile, AReopenThatFailsLeavesAClosedFile) {
     EXPECT_EQ(file.GetPosition(), -1);
 }
 
-TEST(TextFileLock, AReaderThatMayNotWriteKeepsWritersOut) {
+TEST(TextFileLock, AReaderWithoutWriteAccessKeepsWritersOut) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x", "0123456789");
     std::filesystem::permissions(path, std::filesystem::perms(0444));

@@ -1,4 +1,4 @@
-// What Windows has by the name of a file and is none.
+// Names on Windows that are not files.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,7 +16,7 @@ namespace {
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
 
-TEST(TextFile, RefusesOtherThanFiles) {
+TEST(TextFile, RefusesEverythingButFiles) {
     const TemporaryDirectory directory;
     const std::string pipe = "\\\\.\\pipe\\orska." + std::to_string(GetCurrentProcessId());
     const HANDLE server =

@@ -22,7 +22,7 @@ using Test::ThrownMessage;
 using Test::ToText;
 using Test::TraceCapture;
 
-/// What every handle works on, and which calls fail. One set for the process.
+/// The contents that every handle uses, and the calls that fail. One object for the process.
 struct FakeFile {
     std::string m_content;
     std::size_t m_position = 0;
@@ -51,7 +51,7 @@ bool Fail(bool in_fails) {
 
 }  // namespace
 
-// Linked in place of the system's.
+// Linked instead of the system's body.
 bool FileHandle::Open(const orska_wstring&, const FileOpenArguments&) {
     FakeFile& file = FakeFile::Get();
     if (Fail(file.m_openFails)) {
@@ -138,7 +138,7 @@ TEST(TextFileFailures, AnAppendPositionThatCannotBeSetClosesTheFile) {
                   "ProductException(L\"CannotSetFilePosition\") TextFile_Windows\n");
 }
 
-TEST(TextFileFailures, ClearTellsWhichStepFailed) {
+TEST(TextFileFailures, ClearReportsTheStepThatFailed) {
     FakeFile::Get().m_content = "old";
     TextFile file(L"x", TextFile::MODE_READ_WRITE);
     const TraceCapture trace;
@@ -169,7 +169,7 @@ TEST(TextFileFailures, ReopenThatFailsLeavesTheFileClosed) {
     EXPECT_FALSE(FakeFile::Get().m_isOpen);
 }
 
-TEST(TextFileFailures, TheDestructorUnlocksOnlyWhatIsLocked) {
+TEST(TextFileFailures, TheDestructorUnlocksOnlyALockedFile) {
     {
         TextFile file(L"x", TextFile::MODE_READ);
         file.Lock();
@@ -180,7 +180,7 @@ TEST(TextFileFailures, TheDestructorUnlocksOnlyWhatIsLocked) {
         TextFile file(L"x", TextFile::MODE_READ);
         file.Lock();
         ASSERT_TRUE(file.Reopen(TextFile::MODE_READ));
-        FakeFile::Get().m_isLocked = true;  // somebody else's
+        FakeFile::Get().m_isLocked = true;  // by somebody else
     }
     EXPECT_TRUE(FakeFile::Get().m_isLocked);
 }
@@ -204,7 +204,7 @@ TEST(TextFileFailures, AReadThatFailsEndsTheLineAndIsRemembered) {
     EXPECT_FALSE(file.HasReadFailed());
 }
 
-TEST(TextFileFailures, AWriteThatFailsTellsHowFarItCame) {
+TEST(TextFileFailures, AWriteThatFailsReturnsTheBytesWritten) {
     FakeFile::Get().m_writeFailsAt = 3;
     TextFile file(L"x", TextFile::MODE_WRITE);
     EXPECT_EQ(file.Write("abcde", 5), 3u);

@@ -63,7 +63,7 @@ TEST(TextFile, Modes) {
     }
 }
 
-TEST(TextFile, RefusesWhatCannotBeOpened) {
+TEST(TextFile, RefusesFilesThatCannotBeOpened) {
     const TemporaryDirectory directory;
     const std::string deep = directory.GetPath("a/b/c.txt");
     const std::string file = directory.Write("file", "");
@@ -134,7 +134,7 @@ TEST(TextFile, Lines) {
     struct Case {
         const char* m_name;
         std::string m_bytes;
-        std::vector<std::string> m_lines;  // up to the first call that answers false
+        std::vector<std::string> m_lines;  // up to the first call that returns false
     };
     const Case cases[] = {
         {"empty file", "", {}},
@@ -166,8 +166,8 @@ TEST(TextFile, ReadsLongLines) {
                 testing::ElementsAre(longLine, longLine));
 }
 
-/// Two read the same; one of them lets go of all that it read ahead after each step.
-TEST(TextFile, ReadsAheadUnnoticed) {
+/// Two files read the same bytes; one of them drops its read-ahead after each step.
+TEST(TextFile, ReadAheadDoesNotShow) {
     const TemporaryDirectory directory;
     std::mt19937 random(20);
     for (const std::string_view alphabet :

@@ -36,9 +36,9 @@ std::string PrintTrimmed(double in_value, int in_decimals) {
     return std::string(buffer, length);
 }
 
-/// What the C library writes in the form that a number is to have: plain with so many digits
-/// after the point, without zeros at its end if so asked. Empty where the fraction, scaled, may be
-/// a tie that is rounded by a rule of our own, of which there are rows below.
+/// The C library's text in the expected form: plain with this many digits after the point, without
+/// trailing zeros if asked. Empty if the scaled fraction may be a tie, which our own rule rounds;
+/// rows below test that rule.
 std::string Expect(double in_value, int in_digits, int in_decimals, bool in_keepZeros) {
     const double magnitude = std::fabs(in_value);
     const bool isPlain =
@@ -135,9 +135,9 @@ TEST(FloatingPointToText, RoundsTiesAndCarriesAsDocumented) {
     EXPECT_EQ(PrintFixed(0.375, 2), "0.38");  // a tie to the even fraction, upwards
     EXPECT_EQ(PrintFixed(2.5, 0), "2");
     EXPECT_EQ(PrintFixed(3.5, 0), "4");
-    EXPECT_EQ(PrintFixed(9.99, 1), "10.0");  // above one half: the carry is taken
+    EXPECT_EQ(PrintFixed(9.99, 1), "10.0");  // above one half: it carries
     EXPECT_EQ(PrintTrimmed(9.99, 1), "10");
-    EXPECT_EQ(PrintFixed(0.95, 1), "0.10");  // a tie: the carry is not taken, by design
+    EXPECT_EQ(PrintFixed(0.95, 1), "0.10");  // a tie: it does not carry, by design
     EXPECT_EQ(PrintTrimmed(0.95, 1), "0.1");
     EXPECT_EQ(PrintTrimmed(0.9999999999999995, 15), "0.1");
     EXPECT_EQ(PrintFixed(0.0, 2), "0.00");
@@ -150,7 +150,7 @@ TEST(FloatingPointToText, FallsBackOutsideTheRange) {
     EXPECT_EQ(PrintTrimmed(0.00123, 2), "0.0012");
     EXPECT_EQ(PrintFixed(std::numeric_limits<double>::infinity(), 2), "INFINITY");
     EXPECT_EQ(PrintTrimmed(std::numeric_limits<double>::quiet_NaN(), 2), "NaN");
-    // Counts of decimals that there are none of.
+    // Counts of decimals outside the range.
     EXPECT_EQ(PrintFixed(1.5, -1), PrintFixed(1.5, 0));
     EXPECT_EQ(PrintFixed(1.5, 16), PrintFixed(1.5, 15));
 }
@@ -178,7 +178,7 @@ TEST(FloatingPointToText, FollowsTheRulesAroundTheLimits) {
 
 TEST(FloatingPointToText, FollowsTheRulesOnTies) {
     // Odd multiples of a power of one half, where scaled fractions end in exactly one half, and
-    // decimal fractions that land there by their rounding.
+    // decimal fractions that rounding moves there.
     std::mt19937_64 random(4);
     GuardedBuffer pages(ROOM);
     for (int round = 0; round < 2000; ++round) {

@@ -21,7 +21,7 @@ using Testing::GuardedBuffer;
 
 constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
-/// The bits, so that the zeros and the infinities are told apart; one value for all NaNs.
+/// The bits, to tell the zeros and the infinities apart; one value for all NaNs.
 std::uint64_t GetBits(double in_value) {
     return std::isnan(in_value) ? ~std::uint64_t{0} : std::bit_cast<std::uint64_t>(in_value);
 }
@@ -59,8 +59,8 @@ Outcome Convert(GuardedBuffer& in_pages, const std::string& in_text, bool in_str
     return outcome;
 }
 
-/// Reading without the quick ways, which long text does not take, gives the same, and the C library
-/// nearly the same: a number is one multiplication by a power of ten away from its digits.
+/// Long text is read without the quick ways and has the same value. The C library's value is nearly
+/// the same: a number is its digits times one power of ten.
 void Check(GuardedBuffer& in_pages, const std::string& in_text) {
     SCOPED_TRACE(in_text);
     for (const bool isStrict : {true, false}) {
@@ -141,14 +141,14 @@ TEST(ConvertStringToFloatingPoint, GivesTheDocumentedResults) {
         {"4.9e-324", false, 4.9e-324},
         {"1.8e308", false, infinity},
         {"-1.7976931348623157e308", false, -1.7976931348623157e308},
-        // What lands on infinity and is near the greatest double is that double.
+        // A value that becomes infinity and is near the greatest double is that double.
         {"17976931348623158e292", false, 1.7976931348623157e308},
         {"17976931348623159e292", false, infinity},
         {"0.17976931348623158e309", false, 1.7976931348623157e308},
         {"1e288", false, 1e288},
         {"1e-307", false, 1.0 * 1e-307},
         {"9e-345", false, 0.0},
-        // Digits behind those that count.
+        // Digits after those that count.
         {"18446744073709551619", false, 18446744073709551610.0},
         {"123456789012345678901.5", false, 12345678901234567890.0 * 10},
         {"12\0"
@@ -203,7 +203,7 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesAtTheEdges) {
                 Check(pages, std::string(mantissa) + "e" + std::to_string(base)));
         }
     }
-    // About the bound of the mantissa, in 18 to 21 digits.
+    // Around the bound of the mantissa, in 18 to 21 digits.
     for (const char* start : {"1844674407370955160", "1844674407370955161", "1844674407370955162",
                               "184467440737095516", "184467440737095515", "999999999999999999",
                               "9999999999999999999", "1000000000000000000"}) {
@@ -251,16 +251,16 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomText) {
         if (random() % 3 == 0) {
             text.append("e").append(std::to_string(static_cast<int>(random() % 700) - 350));
         }
-        // Some with a character that does not belong.
+        // Some have a character that does not belong.
         if (round % 10 == 0) {
             text.insert(random() % (text.size() + 1), 1, "+-.eE x\0 9"[random() % 10]);
         }
-        if (text.empty()) continue;  // which is 0, but no number after blanks
+        if (text.empty()) continue;  // "" is 0, but blanks alone are invalid
         ASSERT_NO_FATAL_FAILURE(Check(pages, text));
     }
 }
 
-TEST(ConvertStringToFloatingPoint, TakesStrings) {
+TEST(ConvertStringToFloatingPoint, AcceptsStrings) {
     EXPECT_EQ(NumberConverter::ConvertStringToFloatingPoint<double>(orska_wstring(u"-2.5"), true),
               -2.5);
     EXPECT_EQ(NumberConverter::ConvertStringToFloatingPoint<float>(orska_wstring(u"0.1"), true),

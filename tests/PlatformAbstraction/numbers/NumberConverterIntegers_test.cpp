@@ -21,7 +21,7 @@ constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
 constexpr char INVALID[] = "StrToNumConvFailed";
 
-/// The value as text, or the key of the exception; its one parameter must be the input.
+/// The value as text, or the key of the exception, whose only parameter must be the input.
 template <class Function>
 std::string Convert(const Function& in_function, const std::string& in_input) {
     try {
@@ -41,7 +41,7 @@ std::string Convert(const Function& in_function, const std::string& in_input) {
     }
 }
 
-/// What it is to be, by the C++ library's reading of the digits.
+/// The expected result, by the C++ library's reading of the digits.
 template <class T>
 std::string Expect(const std::string& in_text, bool in_strict) {
     const bool isNegative = in_text.starts_with('-');
@@ -92,7 +92,7 @@ void CheckAllTypes(GuardedBuffer& in_pages, const std::string& in_text) {
 TEST(StringToInteger, FollowsTheRulesOfOddText) {
     using namespace std::string_literals;
     GuardedBuffer pages(ROOM);
-    // Limits of each type with many zeros, digits' neighbours, and what is no digit anywhere.
+    // Limits of each type with many zeros, neighbours of the digits, and bytes that are not digits.
     const std::string texts[] = {""s,
                                  "-"s,
                                  "+"s,
@@ -160,14 +160,14 @@ TEST(StringToInteger, HoldsForTextOf1To40Characters) {
             if (round % 3 == 1) text[0] = "+-0"[random() % 3];
             if (round % 5 == 4) std::fill_n(text.begin(), random() % length, '0');
             ASSERT_NO_FATAL_FAILURE(CheckAllTypes(pages, text));
-            // Any other byte at any place is to be seen.
+            // Any other byte at any place must be found.
             text[random() % length] = static_cast<char>(random());
             ASSERT_NO_FATAL_FAILURE(CheckAllTypes(pages, text));
         }
     }
 }
 
-TEST(StringToInteger, SeesEveryByteThatIsNoDigitAtEveryPlace) {
+TEST(StringToInteger, FindsEveryNonDigitAtEveryPlace) {
     for (std::size_t length = 1; length <= 20; ++length) {
         for (std::size_t at = 0; at < 256 * length; ++at) {
             std::string text(length, '1');
@@ -180,7 +180,7 @@ TEST(StringToInteger, SeesEveryByteThatIsNoDigitAtEveryPlace) {
     }
 }
 
-TEST(StringToInteger, TakesStringsInTheAnsiEncoding) {
+TEST(StringToInteger, AcceptsStringsInTheAnsiEncoding) {
     const auto convert = []<class T>(const orska_wstring& in_text, T, bool in_strict) {
         return Convert([&] { return NumberConverter::StringToInteger<T>(in_text, in_strict); },
                        in_text.GetAsUtf8());
@@ -204,7 +204,7 @@ TEST(StringToInteger, TakesStringsInTheAnsiEncoding) {
     SetAnsiEncoding(EncodingType::ENC_UTF8);
 }
 
-TEST(StringToIntegerUnchecked, TakesEveryUnitForADigit) {
+TEST(StringToIntegerUnchecked, TreatsEveryUnitAsADigit) {
     const auto parse = [](const char16_t* text) {
         return NumberConverter::StringToIntegerUnchecked<std::int32_t>(orska_wstring(text));
     };

@@ -1,4 +1,4 @@
-/// What number conversion must not depend on or touch: the program's heap and the locale.
+/// Number conversion must not use the program's heap or depend on the locale.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -62,7 +62,7 @@ TEST(NumberConverter, AllocatesNothing) {
 
 TEST(NumberConverter, IgnoresTheLocale) {
     const TemporaryDirectory scratch;
-    if (!SetLocale(GERMAN, scratch.GetPath())) GTEST_SKIP() << "there is no such locale here";
+    if (!SetLocale(GERMAN, scratch.GetPath())) GTEST_SKIP() << "this system lacks the locale";
     char comma[8];
     std::snprintf(comma, sizeof(comma), "%.1f", 1.5);
     ASSERT_STREQ(comma, "1,5");

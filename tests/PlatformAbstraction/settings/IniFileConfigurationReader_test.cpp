@@ -22,7 +22,7 @@ using Test::ThrownMessage;
 using Test::ToText;
 using Test::TraceCapture;
 
-/// What of the grammar surprises; all of it is in the replay of fuzz/corpus/IniSettings.
+/// The surprising parts of the grammar; the replay of fuzz/corpus/IniSettings has all of it.
 TEST(IniFileConfigurationReader, Grammar) {
     using namespace std::string_literals;
     struct Case {
@@ -121,7 +121,7 @@ TEST(IniFileConfigurationReader, LoadsManyKeysAndLongValues) {
     EXPECT_EQ(section.Find(L"LONG"), SettingValue(orska_wstring(longValue)));
 }
 
-TEST(IniFileConfigurationReader, AnswersFalseForAFileThatCannotBeOpened) {
+TEST(IniFileConfigurationReader, ReturnsFalseForAFileThatCannotBeOpened) {
     const TemporaryDirectory directory;
     const IniFileConfigurationReader reader(false, false);
     for (const orska_wstring& path :
@@ -134,7 +134,7 @@ TEST(IniFileConfigurationReader, AnswersFalseForAFileThatCannotBeOpened) {
     }
 }
 
-TEST(IniFileConfigurationReader, AnErrorLeavesTheSectionAsItWas) {
+TEST(IniFileConfigurationReader, AnErrorLeavesTheSectionUnchanged) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write("x.ini", "[S]\na=1\nbad\n");
     SectionMap section = MakeSection(L"OLD", 1);

@@ -1,4 +1,4 @@
-// The setting table, on INI files and on a registry in memory. Each test has a process of its own.
+// The setting table, on INI files and on a registry in memory. Each test runs in its own process.
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
 
 #include <gmock/gmock.h>
@@ -53,7 +53,7 @@ protected:
     TemporaryDirectory m_directory;
 };
 
-/// Notes what it is told, and then does what the test wants.
+/// Records each change and then runs the test's action.
 class Listener : public ISettingListener {
 public:
     explicit Listener(const char* in_name, std::vector<std::string>& out_notes,
@@ -99,7 +99,7 @@ const struct {
     const char* m_key;
     std::string (*m_get)();                       // null: tested with its rule
     void (*m_set)(const std::string&) = nullptr;  // null: there is none
-    const char* m_ending = "";                    // of what is got
+    const char* m_ending = "";                    // of the result
 } SETTINGS[] = {
     {"CONFIGERRORMESSAGESPATH", Reader::GetConfigErrorMessagesPath, nullptr, "\\"},
     {"DriverLocale", Reader::GetDriverLocale, Reader::SetDriverLocale},
@@ -222,7 +222,7 @@ TEST_F(SettingReader, LoadsOnceAndNeverAgain) {
     EXPECT_EQ(FakeRegistry::Get().m_asked.size(), 2u);
 }
 
-TEST_F(SettingReader, TheSourcesMayChangeBeforeTheFirstRead) {
+TEST_F(SettingReader, TheSourcesCanChangeBeforeTheFirstRead) {
     class Observer : public ISettingChangeObserver {
     public:
         void OnSettingSourceChanged() override {
@@ -246,7 +246,7 @@ TEST_F(SettingReader, TheSourcesMayChangeBeforeTheFirstRead) {
     EXPECT_EQ(Reader::GetLogLevel(), "5");
 }
 
-TEST_F(SettingReader, ARelativePathStartsAtTheModuleIfItIsToldTo) {
+TEST_F(SettingReader, ARelativePathStartsAtTheModuleIfSet) {
     const std::string name = "setting_reader." + std::to_string(getpid()) + ".ini";
     const std::filesystem::path beside = GetProgramDirectory() + name;
     std::ofstream(beside) << "[Driver]\nfrom=module\n";
@@ -274,7 +274,7 @@ TEST_F(SettingReader, AFirstReadThatFailsIsTriedAgain) {
     EXPECT_EQ(Reader::GetDriverLocale(), "fr");
 }
 
-/// The encoding's number, or why it is none.
+/// The encoding's number, or the error.
 std::string NameEncoding(EncodingType (*in_get)()) {
     std::string text;
     const std::string thrown = ThrownMessage<StartupInitException>(
@@ -315,7 +315,7 @@ TEST_F(SettingReader, AppCharEncoding) {
 
 TEST_F(SettingReader, DriverManagerEncoding) {
     InitializeWithoutSources();
-    SetVariable(ENVIRONMENT_ANSI_ENCODING, "UTF-8");  // has no say here
+    SetVariable(ENVIRONMENT_ANSI_ENCODING, "UTF-8");  // has no effect here
     const std::string refused = "DriverManagerEncoding setting is not a legal encoding.";
     for (const auto& [setting, encoding] :
          std::initializer_list<std::pair<const char*, std::string>>{{"", "1"},
@@ -432,7 +432,7 @@ TEST_F(SettingReader, AListenerThatThrowsKeepsTheOldValue) {
     Reader::RegisterListener(&listener, "K");
     EXPECT_EQ(ThrownMessage([] { Reader::GetSetting("A"); }), "refused");
     throws = false;
-    EXPECT_EQ(Reader::GetSetting("K"), "2");  // not loaded the first time, so loaded again
+    EXPECT_EQ(Reader::GetSetting("K"), "2");  // the first load failed, so it is loaded again
     throws = true;
     EXPECT_EQ(ThrownMessage([] { Reader::SetSetting("K", "3"); }), "refused");
     EXPECT_EQ(Reader::GetSetting("K"), "2");
@@ -468,7 +468,7 @@ TEST_F(SettingReader, ThreadsReadSetAndListenTogether) {
     constexpr int ROUNDS = 300;
     InitializeWith("Shared=start\n");
     std::vector<std::string> notes;
-    Listener counter("c", notes);  // told inside the lock, so it needs none of its own
+    Listener counter("c", notes);  // called with the lock held, so it needs none
     Reader::RegisterListener(&counter, "Shared");
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number) {

@@ -1,4 +1,4 @@
-// A system that does not tell where the library is.
+// A system that does not know where the library is.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace {
 
 using Test::TemporaryDirectory;
 
-TEST(OwnDirectoryUnknown, ARelativePathLeadsToNoFile) {
+TEST(OwnDirectoryUnknown, ARelativePathNamesNoFile) {
     const TemporaryDirectory stranger;
     stranger.Write("own.ini", "[S]\na=1\n");
     const std::filesystem::path before = std::filesystem::current_path();

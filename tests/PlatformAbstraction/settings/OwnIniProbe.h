@@ -1,4 +1,4 @@
-/// What a module finds in the INI file beside it.
+/// Reads the INI file beside a module.
 #ifndef TESTS_PLATFORMABSTRACTION_SETTINGS_OWNINIPROBE_H
 #define TESTS_PLATFORMABSTRACTION_SETTINGS_OWNINIPROBE_H
 

@@ -17,10 +17,10 @@
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TraceCapture.h"
 
-/// What the user database below says.
+/// The home directory in the user database below.
 static std::string s_userHome;
 
-/// Takes the place of the C library's.
+/// Replaces the C library's.
 extern "C" int getpwuid_r(uid_t, passwd* out_entry, char*, size_t, passwd** out_found) {
     out_entry->pw_dir = s_userHome.data();
     *out_found = out_entry;
@@ -60,7 +60,7 @@ protected:
     std::string m_machine = m_directory.GetPath("machine.hive");
 };
 
-TEST_F(RegistryKeyLinux, GivesValuesAsTheyAreStored) {
+TEST_F(RegistryKeyLinux, ReturnsValuesAsStored) {
     WriteHive(m_user, {{"Key",
                         {{"zlast", 1, HiveText(u"first")},
                          {"", 1, HiveText(u"default")},
@@ -246,7 +246,7 @@ TEST_F(RegistryKeyLinux, SurvivesDamageAnywhereInAHive) {
             continue;  // unused space and the long text
         }
         for (const char damage : {'\0', '\xFF', '\x08'}) {
-            // In place: many file systems make a replaced file wait for the disk.
+            // Written in place: many file systems wait for the disk when a file is replaced.
             std::fstream file(m_user, std::ios::in | std::ios::out | std::ios::binary);
             file.seekp(static_cast<std::streamoff>(position)).put(damage);
             file.close();

@@ -1,4 +1,4 @@
-// Keys of the real registry, in a key of the test's own.
+// Keys of the real registry, below a scratch key.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -90,7 +90,7 @@ TEST(RegistryKey, OpensByPath) {
     EXPECT_EQ(info.m_valueCount, 1u);
 }
 
-TEST(RegistryKey, GivesValuesAndSubKeys) {
+TEST(RegistryKey, ReturnsValuesAndSubKeys) {
     const ScratchKey scratch(HKEY_CURRENT_USER);
     scratch.Set(nullptr, L"a \u00FC\u20AC", REG_SZ, ScratchKey::Text(L"text"));
     scratch.Set(L"First", L"x", REG_DWORD, ONE);

@@ -1,4 +1,4 @@
-// The INI file beside the library, and threads that are cancelled, as Linux has them.
+// The INI file beside the library, and cancelled threads, on Linux.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -17,7 +17,7 @@
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 
-/// AddressSanitizer reports its own stack for signals when a thread ends by being cancelled.
+/// AddressSanitizer reports its own signal stack when a thread is cancelled.
 extern "C" const char* __asan_default_options() { return "use_sigaltstack=0"; }
 
 namespace Orska::Support {
@@ -26,7 +26,7 @@ namespace {
 using Test::RunInProcesses;
 using Test::TemporaryDirectory;
 
-/// Two directories with an INI file each, and what this test wants in the first of them.
+/// Two directories with an INI file each. The tests copy their module or program into the first.
 class OwnIniFile : public testing::Test {
 protected:
     OwnIniFile() {
@@ -47,7 +47,7 @@ TEST_F(OwnIniFile, IsTheOneBesideALibraryLoadedByARelativeName) {
     ASSERT_NE(read, nullptr);
     ASSERT_EQ(chdir(m_stranger.GetPath().c_str()), 0);
     EXPECT_STREQ(read(), "own");
-    // An update puts another file in the library's place.
+    // An update replaces the library's file.
     std::filesystem::remove(m_own.GetPath("module.so"));
     EXPECT_STREQ(read(), "own");
 }
@@ -64,7 +64,7 @@ TEST_F(OwnIniFile, IsTheOneBesideAProgramThatIsReplacedWhileItRuns) {
     EXPECT_EQ(std::system((program + " --gtest_filter=OwnIniFile.*Replaced*").c_str()), 0);
 }
 
-TEST_F(OwnIniFile, IsNoneWhereTheDirectorysNameIsReadAsAnother) {
+TEST_F(OwnIniFile, IsMissingIfTheTextNamesAnotherDirectory) {
     const std::pair<const char*, const char*> names[] = {{"a\\b", "a/b"}, {"\xFF", "\xEF\xBF\xBD"}};
     for (const auto& [name, strangers] : names) {
         const std::filesystem::path own = m_own.GetPath(name);

@@ -42,7 +42,7 @@ TEST(SectionMap, KeepsTheLastValueOfAKeyInTheOrderOfKeys) {
 
 TEST(SectionMap, OrdersAsStringsDo) {
     // Lengths around the four units that are compared at once, surrogates, and units whose bytes
-    // order the other way round.
+    // sort in reverse.
     std::mt19937 random(7);
     constexpr char16_t UNITS[] = u"ab\u0100\u00FF\uFFFD\U0001F600\u0001";
     std::map<orska_wstring, std::uint32_t> expected;

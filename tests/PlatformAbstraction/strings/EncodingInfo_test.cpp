@@ -28,8 +28,8 @@ TEST(EncodingInfoTest, IcuKnowsEveryNameAndItsWidth) {
     }
 }
 
-// Settings and drivers hold the numbers: no entry may move or change.
-TEST(EncodingInfoTest, TheTableStaysAsItIs) {
+// Settings and drivers store the numbers, so no entry may move or change.
+TEST(EncodingInfoTest, TheTableDoesNotChange) {
     std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
     for (std::int32_t value = 0; value < ENCODING_COUNT; ++value) {
         const auto encoding = static_cast<EncodingType>(value);
@@ -46,9 +46,9 @@ TEST(EncodingInfoTest, TheTableStaysAsItIs) {
     EXPECT_STREQ(EncodingInfo::GetName(EncodingType::ENC_IBM5348), "ibm-5348");
 }
 
-// Where the flag says that ASCII is valid, ICU must agree, except for the sets that ICU maps with
+// If the flag says that ASCII is valid, ICU must agree, except for the sets that ICU maps with
 // small differences below 0x80.
-TEST(EncodingInfoTest, AsciiSupersetsDecodeAsciiAsItIs) {
+TEST(EncodingInfoTest, AsciiSupersetsDecodeAsciiUnchanged) {
     std::string ascii;
     for (char byte = 0x20; byte < 0x7F; ++byte) {
         ascii += byte;

@@ -1,4 +1,4 @@
-// The string's own conversions against ICU's, for the same bytes and the same units.
+// The string's own conversions have the same bytes and units as ICU's.
 #include "PlatformAbstraction/strings/StringCodec.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ namespace {
 constexpr std::int32_t OWN_ENCODINGS = 8;  // the first ones
 
 void ExpectDecodesAsIcu(const std::string& in_bytes, EncodingType in_encoding) {
-    // A block of exactly this size, so that the sanitizers see a read past it.
+    // A block of exactly this size, so that the sanitizers find a read past it.
     const std::unique_ptr<char[]> exact(new char[in_bytes.size()]);
     std::memcpy(exact.get(), in_bytes.data(), in_bytes.size());
     const auto size = static_cast<std::int32_t>(in_bytes.size());
@@ -33,7 +33,7 @@ void ExpectEncodesAsIcu(const std::u16string& in_units, EncodingType in_encoding
         << EncodingInfo::GetName(in_encoding) << " " << testing::PrintToString(in_units);
 }
 
-// Text with a run of plain units, which the short and the long ways take, anywhere in it.
+// Text with a run of plain units anywhere in it, for the short and the long ways.
 std::u16string MakeText(Random& io_random, std::uint32_t in_length) {
     constexpr std::u16string_view RARE =
         u"\u009F\u00AD\u0152\u07FF\u0800\u2019\u2122\u200B\u20AC"
@@ -56,7 +56,7 @@ TEST(StringCodecTest, ConvertsRandomTextAsIcuDoes) {
         for (std::uint32_t round = 0; round < rounds && !testing::Test::HasFailure(); ++round) {
             const std::u16string units = MakeText(random, round % 75);
             ExpectEncodesAsIcu(units, encoding);
-            // What encodes to it, with some bytes that need not be valid, cut anywhere.
+            // Its encoded bytes, cut anywhere, with some that may be invalid.
             std::string bytes = EncodeWithIcu(units, encoding);
             bytes.resize(random.Below(static_cast<std::uint32_t>(bytes.size()) + 1));
             ExpectDecodesAsIcu(bytes, encoding);
@@ -75,7 +75,7 @@ TEST(StringCodecTest, ConvertsRandomTextAsIcuDoes) {
 TEST(StringCodecTest, DecodesEveryPairOfBytesAsIcuDoes) {
     for (std::int32_t i = 0; i < OWN_ENCODINGS; ++i) {
         for (int first = 0; first < 256; ++first) {
-            // Four bytes apart, so that one pair does not change how the next is read.
+            // Four bytes apart, so that a pair does not change how the next one is read.
             std::string bytes;
             for (int second = 0; second < 256; ++second) {
                 bytes += {static_cast<char>(first), static_cast<char>(second), '\0', '\0'};
@@ -103,7 +103,7 @@ TEST(StringCodecTest, DecodesEveryLeadWithBoundaryContinuationsAsIcuDoes) {
     }
 }
 
-TEST(StringCodecTest, GivesUnitsAsItGivesBytes) {
+TEST(StringCodecTest, UnitsAreTheSameAsBytes) {
     Random random(7);
     for (std::uint32_t round = 0; round < 300; ++round) {
         const std::u16string units = MakeText(random, round % 75);

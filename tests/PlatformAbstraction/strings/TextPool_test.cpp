@@ -15,13 +15,13 @@ std::u16string_view View(const icu::UnicodeString& in_text) {
     return {in_text.getBuffer(), static_cast<std::size_t>(in_text.length())};
 }
 
-// Every test has a thread of its own, because the pool is the thread's.
+// Every test runs in a new thread, because each thread has its own pool.
 template <typename Action>
 void InNewThread(const Action& in_action) {
     std::thread(in_action).join();
 }
 
-TEST(TextPoolTest, GivesTheLengthWantedWhateverLayInThePool) {
+TEST(TextPoolTest, ReturnsTheLengthWantedWhateverIsInThePool) {
     InNewThread([] {
         for (const int first : {0, 1, 5, 26, 27, 28, 60, 500}) {
             for (const int second : {0, 1, 5, 26, 27, 28, 60, 500}) {
@@ -37,7 +37,7 @@ TEST(TextPoolTest, GivesTheLengthWantedWhateverLayInThePool) {
     });
 }
 
-TEST(TextPoolTest, GivesAShortTextOutAgainButNeverTwice) {
+TEST(TextPoolTest, ReusesAShortTextButNeverTwice) {
     InNewThread([] {
         icu::UnicodeString* const first = AcquireText(u"abc", 3);
         ReleaseText(first);
@@ -70,7 +70,7 @@ struct CountedText : icu::UnicodeString {
     int& m_deleted;
 };
 
-TEST(TextPoolTest, DeletesWhatItCannotGiveOutAgain) {
+TEST(TextPoolTest, DeletesTextsThatItCannotReuse) {
     InNewThread([] {
         int deleted = 0;
         ReleaseText(new CountedText(deleted));
@@ -89,7 +89,7 @@ TEST(TextPoolTest, DeletesWhatItCannotGiveOutAgain) {
     });
 }
 
-/// Gives a text back after the pool's own end, as a string of static life does.
+/// Returns a text after the end of the pool, as a static string does.
 struct LateReleaser {
     ~LateReleaser() {
         ReleaseText(m_text);
@@ -112,7 +112,7 @@ TEST(TextPoolTest, IsEmptyAfterTheThreadsEnd) {
     });
 }
 
-TEST(TextPoolTest, ATextMayEndOnAnotherThread) {
+TEST(TextPoolTest, ATextCanEndOnAnotherThread) {
     icu::UnicodeString* text = nullptr;
     InNewThread([&] { text = AcquireText(u"text", 4); });
     EXPECT_EQ(View(*text), u"text");

@@ -81,7 +81,7 @@ TEST(OrskaWstringTest, ConstructionKeepsNullAndEmptyApart) {
     }
 }
 
-TEST(OrskaWstringTest, ReadsAndGivesTheSameTextInEachForm) {
+TEST(OrskaWstringTest, ReadsAndReturnsTheSameTextInEachForm) {
     const orska_wstring text(u"a\u20AC\0\U0001F600", 5);
     const std::string utf8("a\xE2\x82\xAC\0\xF0\x9F\x98\x80", 9);
     const std::wstring wide(L"a\u20AC\0\U0001F600", sizeof(wchar_t) == 2 ? 5 : 4);
@@ -104,7 +104,7 @@ TEST(OrskaWstringTest, ReadsAndGivesTheSameTextInEachForm) {
     }
 }
 
-TEST(OrskaWstringTest, ALoneSurrogateIsGivenOutAsAReplacement) {
+TEST(OrskaWstringTest, ALoneSurrogateBecomesAReplacement) {
     const orska_wstring lone(char16_t{0xD83D}, 1);
     EXPECT_EQ(lone.GetLength(), 1);
     EXPECT_EQ(lone.GetAsUtf8(), "\xEF\xBF\xBD");
@@ -112,7 +112,7 @@ TEST(OrskaWstringTest, ALoneSurrogateIsGivenOutAsAReplacement) {
     EXPECT_EQ(lone.GetAsPlatformWString(), L"\uFFFD");
 }
 
-TEST(OrskaWstringTest, RefusesWhatItCannotHold) {
+TEST(OrskaWstringTest, RefusesTextThatIsTooLong) {
     constexpr std::size_t TOO_LONG = std::size_t{1} << 31;
     const char* const narrow = "x";
     const wchar_t* const wide = L"x";
@@ -158,7 +158,7 @@ TEST(OrskaWstringTest, SetFromUtf8Replaces) {
     EXPECT_EQ(string.SetFromUtf8(std::string("\xC3\xBC\0", 3)), orska_wstring(u"\u00FC\0", 2));
 }
 
-TEST(OrskaWstringTest, TheAnsiEncodingIsThatOfUnnamedNarrowText) {
+TEST(OrskaWstringTest, NarrowTextIsInTheAnsiEncoding) {
     EXPECT_EQ(GetAnsiEncoding(), EncodingType::ENC_UTF8);
     SetAnsiEncoding(EncodingType::ENC_CP1252);
     const orska_wstring euro(u"\u20AC");
@@ -186,7 +186,7 @@ TEST(OrskaWstringTest, TheDriverManagerEncodingIsSetUncheckedAndTraced) {
     orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_UTF16LE);
 }
 
-TEST(OrskaWstringTest, AssignmentCopiesTheTextIntoTheObjectThatIsThere) {
+TEST(OrskaWstringTest, AssignmentReusesTheTextObject) {
     const orska_wstring source(u"source text that is longer than a short one");
     orska_wstring target;
     target = source;

@@ -1,4 +1,4 @@
-// One suite for every body of every pair that this processor can run, against the reference.
+// Compares every body of every pair that this processor can run with the reference.
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 
 #include <gtest/gtest.h>
@@ -33,16 +33,16 @@ std::string Hex(std::string_view in_bytes) {
 
 class TranscoderKernelTest : public ::testing::TestWithParam<Kernel> {
 protected:
-    // Runs the kernel with the source and the target each ending in front of a forbidden page and
-    // compares with the reference. False after the first difference, which is then reported.
+    // Runs the kernel with the source and the target each before a forbidden page and compares with
+    // the reference. Reports the first difference and returns false.
     bool Check(std::string_view in_source, std::size_t in_room) {
         char* const source = m_source.PutAtEnd(in_source);
         char* const target = m_target.GetEnd() - in_room;
         return Compare(source, in_source, target, in_room, 0);
     }
 
-    // The same in the middle of the buffers, with bytes around the target that must stay, both
-    // starting at an offset from a 64-byte boundary and with both positions not at 0.
+    // The same in the middle of the buffers, with bytes around the target that must stay. Both
+    // start at an offset from a 64-byte boundary, and neither position is 0.
     bool CheckAtOffset(std::string_view in_source, std::size_t in_room, std::size_t in_offset) {
         constexpr std::size_t MARGIN = 64;
         constexpr std::size_t POSITION = 3;
@@ -144,7 +144,7 @@ std::vector<std::string> GetMalformed(int in_encoding) {
     }
     std::vector<std::u32string> texts;
     if (in_encoding == UTF16LE || in_encoding == UTF16BE) {
-        // Single units: Encode writes what it is given below 10000.
+        // Single units: Encode writes values below 10000 unchanged.
         texts = {{0xD800},
                  {0xDC00},
                  {0xDBFF},
@@ -233,7 +233,7 @@ TEST_P(TranscoderKernelTest, NullBuffersOfLengthZero) {
 INSTANTIATE_TEST_SUITE_P(All, TranscoderKernelTest, ::testing::ValuesIn(GetKernels()),
                          [](const auto& in_info) { return in_info.param.m_name; });
 
-// Not a failure, but nobody should take the suite's success for more than it is.
+// Not a failure, but the report shows that some kernels were not tested.
 TEST(TranscoderTest, ProcessorHasEveryLevel) {
     if (DetectCpuLevel() < CpuLevel::AVX512) {
         GTEST_SKIP() << "this processor lacks AVX-512 with VBMI2 (its level is "
@@ -253,7 +253,7 @@ struct Corner {
     std::string m_written;
 };
 
-// The corners of the contract, spelled out: the reference is held to them as well.
+// The corner cases of the contract as literal rows, for the reference too.
 TEST(TranscoderTest, Corners) {
     using namespace std::string_literals;
     const Corner corners[] = {
@@ -296,7 +296,7 @@ TEST(TranscoderTest, Corners) {
     }
 }
 
-TEST(TranscoderTest, EveryCp1252ByteAsIcuHasIt) {
+TEST(TranscoderTest, EveryCp1252ByteAsInIcu) {
     for (const char* const name : {"cp1252", "ibm-5348"}) {
         for (int value = 0; value < 256; ++value) {
             const char byte = static_cast<char>(value);
@@ -349,7 +349,7 @@ TEST(TranscoderTest, WorstCase) {
     }
     EXPECT_EQ(GetTranscoderWorstCase(UTF16BE, UTF32LE, 10), 20);
     EXPECT_EQ(GetTranscoderWorstCase(UTF32LE, LATIN1, 12), 3);
-    EXPECT_EQ(GetTranscoderWorstCase(CP1252, UTF8, 7), 7) << "not the three times it may take";
+    EXPECT_EQ(GetTranscoderWorstCase(CP1252, UTF8, 7), 7) << "not three times as many";
     EXPECT_EQ(GetTranscoderWorstCase(LATIN1, UTF32BE, 7), 28);
     EXPECT_EQ(GetTranscoderWorstCase(UTF8, 7, 10), -1);
     EXPECT_EQ(GetTranscoderWorstCase(7, UTF8, 10), -1);
