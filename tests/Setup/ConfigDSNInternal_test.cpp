@@ -25,7 +25,7 @@ struct WithoutMessage : std::exception {
     const char* what() const noexcept override { return nullptr; }
 };
 
-/// What the editor is asked and in which order; Requests_test has the outcomes.
+/// The calls to the editor and their order; Requests_test has the results.
 class ConfigDSNInternalTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -50,7 +50,7 @@ TEST_F(ConfigDSNInternalTest, ConfigureWithAWindowFillsShowsAndReadsTheEditor) {
                             "Get UID", "Get PWD", "Get Database"));
 }
 
-TEST_F(ConfigDSNInternalTest, EveryKindOfExceptionIsPostedOnceByTheFirstHandlerThatFits) {
+TEST_F(ConfigDSNInternalTest, EveryExceptionIsPostedOnceByItsFirstHandler) {
     const struct {
         const char* m_point;
         std::function<void()> m_throw;

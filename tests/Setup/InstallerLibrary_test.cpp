@@ -20,7 +20,7 @@ namespace {
 
 using Test::IniScratch;
 
-/// Opens files as the driver manager's reader does in each mode. Set by a test.
+/// The mode in which files are opened as the driver manager's reader does. Set by a test.
 ConfigMode s_mode = ConfigMode::BOTH;
 
 void Touch(const std::string& in_path, int in_flags) {
@@ -59,7 +59,7 @@ TEST_F(ConfigModeProbe, SeesWhichFilesAreRead) {
             EXPECT_EQ(ProbeIn(mode), mode) << static_cast<int>(mode) << hasFiles;
             struct stat now {};
             if (!hasFiles && ::stat(m_scratch.UserFile().c_str(), &now) == 0) {
-                EXPECT_EQ(now.st_mode & 0777, 0600u) << "made by the reader in passing";
+                EXPECT_EQ(now.st_mode & 0777, 0600u) << "created by the reader";
             }
         }
     }
@@ -73,7 +73,7 @@ TEST_F(ConfigModeProbe, FollowsLinksToTheFile) {
     EXPECT_EQ(ProbeIn(ConfigMode::USER), ConfigMode::USER);
 }
 
-TEST_F(ConfigModeProbe, SaysWhenItCannotTell) {
+TEST_F(ConfigModeProbe, ReportsWhenItDoesNotKnow) {
     InstallerLibrary library;
     library.m_readWithoutLock = [](const char*, const char*, const char*, char*, int, const char*) {
         return 0;
@@ -81,8 +81,8 @@ TEST_F(ConfigModeProbe, SaysWhenItCannotTell) {
     EXPECT_EQ(ProbeConfigMode(library), ConfigMode::UNKNOWN);
 }
 
-TEST_F(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
-    // Not even the superuser can open a file in a folder that does not exist.
+TEST_F(ConfigModeProbe, AFileThatCannotBeOpenedCountsAsTried) {
+    // Even root cannot open a file in a folder that does not exist.
     ::setenv("ODBCINI", (m_scratch.Folder() / "none" / "odbc.ini").c_str(), 1);
     EXPECT_EQ(ProbeIn(ConfigMode::USER), ConfigMode::USER);
     ::setenv("ODBCINI", m_scratch.UserFile().c_str(), 1);
@@ -90,7 +90,7 @@ TEST_F(ConfigModeProbe, TakesAFileThatCannotBeOpenedForTheOneThatWasTried) {
     EXPECT_EQ(ProbeIn(ConfigMode::SYSTEM), ConfigMode::SYSTEM);
 }
 
-/// In the mode that it starts with. Its reader takes the user's file when that has the value.
+/// In its initial mode. Its reader uses the user's file if that has the value.
 TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
     using namespace OdbcInstaller;
     const IniScratch scratch;
@@ -118,8 +118,8 @@ TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
     }
 }
 
-TEST(InstallerLibrary, TellsTheUserOnceWhenItCannotBeLoaded) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process, which finds another library
+TEST(InstallerLibrary, ReportsOnceThatItCannotBeLoaded) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process, which loads another library
     const IniScratch scratch;
     for (const char* name : {"libodbcinst.so.2", "libiodbcinst.so.2"}) {
         IniScratch::Write(scratch.Folder() / name, "not a library");

@@ -1,4 +1,4 @@
-/// Run where odbccp32.dll cannot be loaded.
+/// Runs when odbccp32.dll cannot be loaded.
 #include <gtest/gtest.h>
 
 #include <string>

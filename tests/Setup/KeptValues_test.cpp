@@ -1,5 +1,5 @@
-// A request that changes nothing loses nothing: whatever the installer's own reader finds in a
-// generated section, it finds there after Load and Save. With each driver manager.
+// A request that changes nothing loses nothing: the installer's own reader finds the same values in
+// a generated section after Load and Save. Tested with each driver manager.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -37,7 +37,7 @@ public:
         switch (Below(5)) {
             case 0:
                 return Mixed(1 + Below(8));
-            case 1:  // its beginning alone is what the record gets
+            case 1:  // the record gets only its beginning
                 return Mixed(60) + std::string(150 + Below(60), 'x') + Mixed(60);
             case 2:
                 return std::string(250 + Below(20), OneOf({"\xFC", "p", "\x7F"})[0]) + Mixed(3);
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    /// ASCII, blanks, control characters, lone bytes and whole characters in any order.
+    /// Returns ASCII, blanks, control characters, lone bytes and whole characters in any order.
     std::string Mixed(std::size_t in_parts) {
         std::string text;
         while (in_parts-- != 0) {
@@ -64,7 +64,8 @@ private:
     std::mt19937 m_random;
 };
 
-/// A section for every value that is dangerous by its place or by one byte, then generated ones.
+/// Makes a section for each value that is dangerous by its place or by one byte, then
+/// generated ones.
 Sections MakeSections(std::size_t in_count) {
     Sections sections;
     for (int byte = 1; byte < 0x100; ++byte) {
@@ -97,10 +98,10 @@ std::string MakeFile(const Sections& in_sections) {
     return file;
 }
 
-/// Every value as the installer reads it, each with its NUL.
+/// Returns every value as the installer reads it, each with its NUL.
 std::vector<std::string> ReadAll(const Installer& in_installer, const std::string& in_prefix,
                                  std::size_t in_count) {
-    // The installer remembers what it has read.
+    // In a new process, because the installer caches what it reads.
     const std::string text = InNewProcess([&] {
         std::string all;
         for (std::size_t i = 0; i < in_count; ++i) {
@@ -117,15 +118,15 @@ std::vector<std::string> ReadAll(const Installer& in_installer, const std::strin
     return values;
 }
 
-/// Blank values of these keys are not written, by contract; blanks to the record are more than
-/// those that the reader takes off.
+/// By contract, blank values of these keys are not written. The record has more kinds of blanks
+/// than the reader trims.
 bool IsDropped(std::size_t in_key, const std::string& in_value) {
     orska_wstring text;
     text.SetFromUtf8(in_value);
     return in_key != 0 && in_key + 1 != KEYS.size() && text.Trim().IsEmpty();
 }
 
-/// As Cancel in an editor saves, and OK without a change.
+/// Saves as Cancel in an editor does, and OK without a change.
 void SaveUnchanged(const std::string& in_dsn, const std::string& in_newName) {
     const OdbcInstaller::Request request;
     VeltraneDSNConfiguration record(orska_wstring(std::string("Veltrane")));
@@ -142,7 +143,7 @@ void CheckSections(const Installer& in_installer, const Sections& in_sections) {
         for (std::size_t i = 0; i < in_sections.size(); ++i) {
             const std::string number = std::to_string(i);
             try {
-                // Under a new name first: the old one would be read anew afterwards.
+                // Under a new name first: the old one would be read again afterwards.
                 SaveUnchanged("d" + number, "renamed" + number);
                 SaveUnchanged("d" + number, "d" + number);
             } catch (...) {
@@ -166,11 +167,11 @@ void CheckSections(const Installer& in_installer, const Sections& in_sections) {
 void CheckNothingChanges(bool in_isIodbc) {
     const IniScratch scratch(
         ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path());
-    // Loaded before the setup logic looks for a library, which takes this one then.
+    // Loaded first, so that the setup logic finds and uses this library.
     const Installer installer(in_isIodbc);
     if (!installer.IsInstalled()) GTEST_SKIP() << "iODBC is not installed";
     const Sections all = MakeSections(500);
-    // In small files, because the installer parses a file for each value.
+    // In small files, because the installer parses the file for each value.
     constexpr std::size_t IN_A_FILE = 20;
     for (std::size_t first = 0; first < all.size() && !testing::Test::HasFailure();
          first += IN_A_FILE) {

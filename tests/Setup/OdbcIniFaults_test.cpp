@@ -1,5 +1,6 @@
-// Every system call of a change to an odbc.ini fails, is interrupted, moves a part only, or is the
-// last thing that the process does: the file is the old or the new one, whole, and nothing is left.
+// Every system call of a change to an odbc.ini fails, is interrupted, transfers only a part, or is
+// the last one of the process. The file is then the old or the new one, whole, and no other file
+// is left.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -33,7 +34,7 @@ constexpr char OTHER[] = "# new\n[B]\nk=v\n";
 static_assert(sizeof OTHER == sizeof OLD, "as many bytes");
 constexpr char NEW[] = "# old\n[A]\nk=v\n\n[S]\nDriver=V\n";
 
-/// Each call of that name fails.
+/// Makes each call of that name fail.
 void FailAll(const std::string& in_name, int in_error) {
     s_systemCalls = {};
     s_systemCalls.m_before = [=](const std::string& in_call, std::size_t) {
@@ -45,7 +46,7 @@ class OdbcIniFaults : public testing::Test {
 protected:
     OdbcIniFaults() { Restore(); }
 
-    /// The old file, and calls that do what they should.
+    /// Restores the old file, and calls that work.
     void Restore() const {
         std::filesystem::remove(m_file);
         Write(OLD);
@@ -73,14 +74,14 @@ protected:
     const std::string m_file = m_scratch.UserFile();
 };
 
-/// What was reported as done survives a power cut.
+/// A change that was reported as done survives a power cut.
 TEST_F(OdbcIniFaults, TheDirectoryIsSyncedOnceAfterTheRename) {
     CountCalls();
     const auto& calls = s_systemCalls.m_calls;
     EXPECT_EQ(std::count(std::find(calls.begin(), calls.end(), "rename"), calls.end(), "fsync"), 1);
 }
 
-TEST_F(OdbcIniFaults, WhatMustNotFailIsNotIgnored) {
+TEST_F(OdbcIniFaults, CriticalFailuresAreNotIgnored) {
     for (const char* name :
          {"open", "flock", "read", "readlink", "openat", "write", "fsync", "rename", "fchmod",
           "fgetxattr", "getrandom", "close", "fstat", "fstatat"}) {
@@ -97,8 +98,8 @@ constexpr unsigned char LIST[] = {2, 0, 0,   0,   1,   0,   6,  0, 255, 255, 255
                                   0, 7, 0,   0,   0,   4,   0,  0, 0,   255, 255, 255, 255, 16, 0,
                                   4, 0, 255, 255, 255, 255, 32, 0, 0,   0,   255, 255, 255, 255};
 
-/// What belongs to the file, and may not be had for the new one.
-TEST_F(OdbcIniFaults, AttributesAreKeptOrAReasonToRefuse) {
+/// Attributes of the old file that the new one may not get.
+TEST_F(OdbcIniFaults, AttributesAreKeptOrTheChangeIsRefused) {
     for (const bool isOwner : {true, false}) {
         SCOPED_TRACE(isOwner ? "the owner" : "the access list");
         Restore();
@@ -122,8 +123,8 @@ TEST_F(OdbcIniFaults, AttributesAreKeptOrAReasonToRefuse) {
     }
 }
 
-/// The access list that a directory has for new files.
-TEST_F(OdbcIniFaults, AFileGetsNoWiderThanItWas) {
+/// A directory's default access list for new files.
+TEST_F(OdbcIniFaults, AFileGetsNoMoreAccessThanBefore) {
     const char* const folder = m_scratch.Folder().c_str();
     if (::setxattr(folder, "system.posix_acl_default", LIST, sizeof LIST, 0) != 0) {
         GTEST_SKIP() << "a file system without access lists";
@@ -142,7 +143,7 @@ TEST_F(OdbcIniFaults, AFileGetsNoWiderThanItWas) {
     EXPECT_TRUE(update.Set("S", "PWD", "secret"));
     EXPECT_FALSE(update.Commit());
     EXPECT_EQ(Read(), NEW);
-    // As the driver manager makes it when it looks for something.
+    // As the driver manager creates it when it searches.
     Write("");
     ::chmod(m_file.c_str(), 0644);
     s_systemCalls.m_before = nullptr;
@@ -150,7 +151,7 @@ TEST_F(OdbcIniFaults, AFileGetsNoWiderThanItWas) {
     EXPECT_EQ(std::filesystem::status(m_file).permissions(), std::filesystem::perms{0600});
 }
 
-/// A host may have closed its standard handles, and prints to them nevertheless.
+/// A host can close its standard handles and still print to them.
 TEST_F(OdbcIniFaults, NoHandleIsAStandardHandle) {
     const auto change = [&] {
         for (int handle = 0; handle < 3; ++handle) ::close(handle);
@@ -167,8 +168,8 @@ TEST_F(OdbcIniFaults, NoHandleIsAStandardHandle) {
     EXPECT_EQ(Read(), NEW);
 }
 
-/// A host forks in the middle of a request of another of its threads.
-TEST_F(OdbcIniFaults, AChildHoldsNothing) {
+/// A host forks while another of its threads makes a request.
+TEST_F(OdbcIniFaults, AChildHoldsNoLock) {
     const std::size_t calls = CountCalls();
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
@@ -185,13 +186,13 @@ TEST_F(OdbcIniFaults, AChildHoldsNothing) {
                             ? static_cast<pid_t>(::syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0))
                             : ::fork();
                 if (child != 0) return ::read(pipe[0], &status, 1) == 1 ? 0 : EIO;
-                status = static_cast<int>(::write(pipe[1], "", 1));  // its fork is over
+                status = static_cast<int>(::write(pipe[1], "", 1));  // its fork has returned
                 if (what != "makes a request") ::_exit(::pause());
                 s_systemCalls.m_isSleeping = true;
                 OdbcIniUpdate update(m_file, 0600);
                 ::_exit(update.Set("Child", "k", "v") && update.Commit() ? 0 : 1);
             };
-            // A file that is replaced has another lock afterwards; so every other request does not.
+            // A replaced file has another lock, so every second request replaces nothing.
             OdbcIniUpdate first(m_file, 0600);
             EXPECT_TRUE((call % 2 == 0 || first.Set("S", "k", "v")) && first.Commit());
             EXPECT_EQ(s_systemCalls.m_openHandles, 0);
@@ -203,7 +204,7 @@ TEST_F(OdbcIniFaults, AChildHoldsNothing) {
             s_systemCalls = {};
             OdbcIniUpdate update(m_file, 0600);
             EXPECT_TRUE(update.Set("Next", "k", "v") && update.Commit());
-            // A copy that nothing can close may look like a program in the middle of writing.
+            // A copy that nothing can close can look like a program that is writing.
             const bool isUnknown = what == "idles, unknown to the library";
             EXPECT_LT(s_systemCalls.m_clockOffset, isUnknown ? 4'500'000 : 100'000);
             if (what != "makes a request") {
@@ -214,7 +215,7 @@ TEST_F(OdbcIniFaults, AChildHoldsNothing) {
     }
 }
 
-/// What a killed process has left holds passwords. Reading is enough to make it go.
+/// Files that a killed process left have passwords. A read is enough to remove them.
 TEST_F(OdbcIniFaults, LeftFilesGoWithTheNextRequest) {
     const std::string left = m_file + ".veltrane-0123456789abcdef";
     const std::string used = m_file + ".veltrane-00000000000000ff";
@@ -242,7 +243,7 @@ TEST_F(OdbcIniFaults, LeftFilesGoWithTheNextRequest) {
     }
 }
 
-TEST_F(OdbcIniFaults, SaysWhatCannotBeReplaced) {
+TEST_F(OdbcIniFaults, ReportsWhatCannotBeReplaced) {
     for (const char* name : {"statx", "rename"}) {
         SCOPED_TRACE(name);
         FailAll(name, EBUSY);
@@ -266,7 +267,7 @@ TEST_F(OdbcIniFaults, SaysWhatCannotBeReplaced) {
     ::munmap(large, SIZE);
 }
 
-/// A file system that says it wrote more than it did.
+/// A file system that reports more bytes than it wrote.
 TEST_F(OdbcIniFaults, ANewFileOfAnotherSizeIsNotPutInPlace) {
     bool isWritten = false;
     s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
@@ -283,14 +284,14 @@ TEST_F(OdbcIniFaults, ANewFileOfAnotherSizeIsNotPutInPlace) {
     ExpectTheFileAlone(OLD);
 }
 
-/// Another program makes the file, or another request, while this one finds none. Also where names
-/// can neither be exchanged nor be kept from replacing another.
-TEST_F(OdbcIniFaults, AFileThatAppearsIsNotTakenForOurs) {
+/// Another program or another request creates the file, while this one finds none. Also on file
+/// systems that can neither exchange names nor refuse to replace one.
+TEST_F(OdbcIniFaults, AFileThatAppearsIsNotReplaced) {
     for (int bits = 0; bits < 12; ++bits) {
         const std::string how[] = {"an empty file", "a file", "another first change"};
         const std::string& kind = how[bits / 4];
         const bool hasFlags = bits % 2 == 0;
-        // One that finds nothing to change must not remove the file either.
+        // A request that changes nothing must not remove the file either.
         const bool isChange = bits / 2 % 2 == 0;
         for (std::size_t call = 0, calls = 1; call < calls; ++call) {
             SCOPED_TRACE(kind + (hasFlags ? "" : ", no flags") + (isChange ? "" : ", no change") +
@@ -356,11 +357,11 @@ TEST_F(OdbcIniFaults, DyingAtAnyCallLeavesTheOldFileOrTheNewOne) {
         }
         int status = 0;
         ::waitpid(child, &status, 0);
-        // A file that has rested for longer is looked at with fewer calls.
+        // A file that was not written for longer is checked with fewer calls.
         ASSERT_TRUE(WIFSIGNALED(status) || call > 20);
         const std::string now = Read();
         EXPECT_TRUE(now == NEW || (WIFSIGNALED(status) && now == OLD)) << now;
-        // The next one is not held up, and clears away what the dead one left.
+        // The next one does not wait, and removes the files of the dead one.
         s_systemCalls.m_before = nullptr;
         EXPECT_TRUE(Change());
         ExpectTheFileAlone(NEW);
@@ -368,7 +369,7 @@ TEST_F(OdbcIniFaults, DyingAtAnyCallLeavesTheOldFileOrTheNewOne) {
     }
 }
 
-/// Handles go stale on a network file system when another host replaces the file.
+/// On a network file system handles go stale when another host replaces the file.
 TEST_F(OdbcIniFaults, AStaleHandleIsOpenedAgain) {
     const std::pair<const char*, int> FAULTS[] = {
         {"open", ESTALE},    {"flock", ESTALE}, {"fstat", ESTALE}, {"fstat", ENOENT},
@@ -390,7 +391,7 @@ TEST_F(OdbcIniFaults, AStaleHandleIsOpenedAgain) {
             isDone = false;
             const bool isRead = OdbcIniFile(m_file).Read(bytes, status);
             const bool isCalled = isDone;
-            // Where the real file is matters to what is cleared away, not to what is read.
+            // Only the removal of left files needs the real file's place, not the read.
             EXPECT_EQ(isRead, !isForEver || !isCalled || std::string_view(name) == "readlink");
         }
     }
@@ -409,7 +410,7 @@ TEST_F(OdbcIniFaults, ALockThatIsNeverFreedEndsInARefusal) {
     EXPECT_TRUE(file.Lock(bytes, 0600));
 }
 
-TEST_F(OdbcIniFaults, EditsAreMadeAgainOnWhatAnotherProgramWrote) {
+TEST_F(OdbcIniFaults, EditsAreRepeatedOnAnotherProgramsFile) {
     for (const std::string call : {"flock", "read", "openat", "write", "fchmod", "fsync"}) {
         for (const std::string how : {"written", "replaced", "written in the same tick"}) {
             SCOPED_TRACE(call + ", " + how);
@@ -432,9 +433,9 @@ TEST_F(OdbcIniFaults, EditsAreMadeAgainOnWhatAnotherProgramWrote) {
     }
 }
 
-/// As the driver manager's own functions do: the file is emptied, and written some time later.
-TEST_F(OdbcIniFaults, AProgramInTheMiddleOfWritingIsWaitedFor) {
-    // Without leases it is the time of the last write that tells.
+/// As the driver manager's own functions do: they empty the file and write it some time later.
+TEST_F(OdbcIniFaults, WaitsForAProgramThatIsWriting) {
+    // Without leases the time of the last write decides.
     for (const auto& [duration, hasLeases, hasRenameFlags] :
          std::initializer_list<std::tuple<std::size_t, bool, bool>>{{1, true, true},
                                                                     {7, true, true},
@@ -446,9 +447,8 @@ TEST_F(OdbcIniFaults, AProgramInTheMiddleOfWritingIsWaitedFor) {
                                                                     {7, false, false}}) {
         Write(OLD);
         const std::size_t calls = CountCalls(hasRenameFlags);
-        // Where names cannot be exchanged, a second rename follows the last look at the old file:
-        // at its bytes, and at its time and size, which may be the same. What is written in between
-        // is lost.
+        // If names cannot be exchanged, a second rename follows the last check of the old file's
+        // bytes, and of its time and size, which can be the same. A write in between is lost.
         const auto& names = s_systemCalls.m_calls;
         const auto second =
             std::find(std::find(names.begin(), names.end(), "rename") + 1, names.end(), "rename");

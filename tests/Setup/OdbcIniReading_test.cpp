@@ -1,6 +1,5 @@
-// What is read from odbc.ini files is what the driver manager reads from them: generated files are
-// read by both, each pair of files in a process of its own because the driver manager remembers
-// what it has read.
+// We read the same from odbc.ini files as the driver manager. Both read generated files, each pair
+// in a new process because the driver manager caches what it reads.
 #include <gtest/gtest.h>
 #include <odbcinst.h>
 
@@ -32,7 +31,7 @@ public:
     std::string File() {
         std::string text;
         const std::size_t lines = Below(12);
-        // Most files begin as they should; the others are refused as a whole.
+        // Most files start correctly; the others are refused as a whole.
         if (Below(10) != 0) text += Below(2) == 0 ? "[A]\n" : "# comment\n\n[b]\r\n";
         for (std::size_t i = 0; i < lines; ++i) text += Line() + LineEnd();
         if (Below(4) == 0) text += Line();
@@ -105,7 +104,8 @@ std::string ReadOurs(const std::string& in_section, const std::string& in_key) {
     return Describe(count, value.GetAsUtf8());
 }
 
-/// Bytes that are not ASCII count differently in code units and in bytes, so only the text counts.
+/// Text that is not ASCII has different counts of code units and bytes, so only the text
+/// is compared.
 bool IsSame(const std::string& in_theirs, const std::string& in_ours) {
     if (in_theirs == in_ours) return true;
     const auto text = [](const std::string& in_line) {
@@ -117,7 +117,7 @@ bool IsSame(const std::string& in_theirs, const std::string& in_ours) {
            text(in_theirs) == text(in_ours);
 }
 
-/// The differences, each on a line.
+/// Returns the differences, each on a line.
 std::string Compare(unsigned in_seed) {
     const IniScratch scratch;
     Generator generator(in_seed);
@@ -142,7 +142,7 @@ std::string Compare(unsigned in_seed) {
     return differences;
 }
 
-// ORSKA_TEST_ROUNDS asks for more files than a quick run reads.
+// ORSKA_TEST_ROUNDS sets a higher number of files than in a quick run.
 TEST(OdbcIniReading, ReadsWhatTheDriverManagerReads) {
     const char* const rounds = std::getenv("ORSKA_TEST_ROUNDS");
     const unsigned count = rounds == nullptr ? 150 : static_cast<unsigned>(std::atoi(rounds));

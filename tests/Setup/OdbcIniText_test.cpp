@@ -10,7 +10,7 @@ namespace {
 
 using Edit = std::function<void(OdbcIniText&)>;
 
-/// What saving a data source does: its section goes and comes back with other values.
+/// Edits as a save of a data source does: removes its section and adds it with other values.
 void Save(OdbcIniText& io_text) {
     io_text.RemoveSection("Sales");
     io_text.AddSection("Sales");
@@ -91,7 +91,7 @@ const EditCase EDIT_CASES[] = {
      "[A]\nK=1\nl=1\n k =2", "[A]\nl=1\n"},
 };
 
-TEST(OdbcIniText, EditsOnlyWhatItIsAskedFor) {
+TEST(OdbcIniText, EditsOnlyTheGivenLines) {
     for (const EditCase& row : EDIT_CASES) {
         SCOPED_TRACE(row.m_point);
         OdbcIniText text(row.m_before);
@@ -102,7 +102,7 @@ TEST(OdbcIniText, EditsOnlyWhatItIsAskedFor) {
     }
 }
 
-TEST(OdbcIniText, AddingAndRemovingLeavesTheTextAsItWas) {
+TEST(OdbcIniText, AddingAndRemovingLeavesTheTextUnchanged) {
     for (const char* before : {"", "\n", "[A]\nk=v\n", "[A]\nk=v\n\n", "[A]\r\n\r\n", "# c\n",
                                "# c\n\n\n", "[A]\nk=v\n# end\n"}) {
         SCOPED_TRACE(before);
@@ -126,7 +126,7 @@ std::string Numbered(const char* in_form, int in_from, int in_to) {
     return text;
 }
 
-// More edits before one Finish than a request makes: with many sections and keys both have tables.
+// More edits before one Finish than a request makes: many sections and keys are in tables.
 TEST(OdbcIniText, MakesManyEditsAtOnce) {
     constexpr int COUNT = 300;
     const std::string list = "[ODBC Data Sources]\n" + Numbered("S%=V\n", 0, COUNT) + "# end\n\n";
@@ -156,7 +156,7 @@ TEST(OdbcIniText, MakesManyEditsAtOnce) {
               after + Numbered("[N%]\nk=v\n", 0, 1) + "\n" + Numbered("[N%]\nk=v\n\n", 1, COUNT));
 }
 
-TEST(OdbcIniText, KnowsWhatALineCanCarry) {
+TEST(OdbcIniText, KnowsWhatALineCanHold) {
     const std::string longest(OdbcIniLine::MAX_LINE - 2, 'x');
     for (const std::string& value : {std::string(), std::string("p=;#'\"{}[]\\%$ ü€日本😀"), longest,
                                      std::string("\xC2\xA0")}) {
@@ -187,8 +187,8 @@ TEST(OdbcIniText, ListsSectionsAndTheLinesOfOne) {
     EXPECT_TRUE(OdbcIniText("k=v\n[A]\n").GetSections().empty());
 }
 
-// A search must not look back over the same bytes for each bracket.
-TEST(OdbcIniText, FindsItsWayThroughALineOfBrackets) {
+// A search must not read the same bytes again for each bracket.
+TEST(OdbcIniText, SearchesALineOfBracketsOnce) {
     std::string bytes = "[A]\nk=1\n";
     bytes.append(std::size_t{4} << 20, '[').append("\n[B]\nk=2\n");
     const OdbcIniText text(bytes);

@@ -1,4 +1,4 @@
-// The operations on real files, beside the real installer library.
+// The operations on real files, compared with the real installer library.
 #include "Setup/ConfigDSNInternal.h"
 // The installer's macros have the names of ours.
 #include <dlfcn.h>
@@ -101,7 +101,7 @@ TEST_F(OdbcInstallerTest, ChecksNames) {
     EXPECT_FALSE(ValidDSN(orska_wstring(u"a\0b", 3)));
 }
 
-TEST_F(OdbcInstallerTest, AValueThatNoLineCarriesIsRefused) {
+TEST_F(OdbcInstallerTest, AValueThatNoLineCanHoldIsRefused) {
     const std::string longest(999 - 7, 'x');
     ASSERT_TRUE(Save("Sales", longest));
     EXPECT_EQ(Get("Sales", "Server", 4096), longest);
@@ -115,7 +115,7 @@ TEST_F(OdbcInstallerTest, AValueThatNoLineCarriesIsRefused) {
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
 }
 
-TEST_F(OdbcInstallerTest, WhatWasReadIsWrittenAsItIsStored) {
+TEST_F(OdbcInstallerTest, ValuesThatWereReadAreWrittenAsStored) {
     const std::string server = "m\xFCll\t" + std::string(300, 's');
     IniScratch::Write(m_scratch.UserFile(), "[Sales]\nServer=" + server + "\nDatabase=a\tb\n");
     const std::string cut = Get("Sales", "Server");
@@ -131,7 +131,7 @@ TEST_F(OdbcInstallerTest, WhatWasReadIsWrittenAsItIsStored) {
               "[Sales]\nServer=new\nDatabase=a\tb\n\n[Renamed]\nServer=" + server + "\n");
 }
 
-/// A request as an installer makes it that has no config mode, with these initial values.
+/// Runs a request as an installer without a config mode does, with these initial values.
 int RunRequest(const IniScratch& in_scratch, unsigned short in_type, const std::string& in_driver,
                const std::string& in_values, const std::string& in_attributes = "") {
     const auto file = in_scratch.Folder() / "values";
@@ -157,7 +157,7 @@ TEST_F(OdbcInstallerTest, SystemRequestsNeedNoConfigMode) {
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
 }
 
-TEST_F(OdbcInstallerTest, WhatCannotBeStoredIsRefusedBeforeAnythingIsChanged) {
+TEST_F(OdbcInstallerTest, AValueThatCannotBeStoredIsRefusedBeforeAnyChange) {
     const std::string before = "[Sales]\nDriver=V\nServer=old\nExtra=1\n";
     IniScratch::Write(m_scratch.UserFile(), before);
     const struct {
@@ -181,7 +181,7 @@ TEST_F(OdbcInstallerTest, WhatCannotBeStoredIsRefusedBeforeAnythingIsChanged) {
     }
 }
 
-TEST_F(OdbcInstallerTest, CutsToTheBufferButNotACharacter) {
+TEST_F(OdbcInstallerTest, TruncatesToTheBufferAtACharacter) {
     ASSERT_TRUE(Save("Sales", "ab😀"));
     EXPECT_EQ(Get("Sales", "Server", 5), "ab😀");
     EXPECT_EQ(Get("Sales", "Server", 4), "ab");
@@ -203,7 +203,7 @@ TEST_F(OdbcInstallerTest, TheModeOfTheRequestChoosesTheFile) {
     {
         const Request request;
         EXPECT_STREQ(request.GetModeName(), "system");
-        SQLSetConfigMode(ODBC_USER_DSN);  // too late: captured at entry
+        SQLSetConfigMode(ODBC_USER_DSN);  // too late: read at the start of the request
         EXPECT_TRUE(Save("Sales", "system"));
     }
     EXPECT_FALSE(std::filesystem::exists(m_scratch.UserFile()));
@@ -244,7 +244,7 @@ TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {
         EXPECT_TRUE(inner.Commit());
         EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
         EXPECT_FALSE(Write("Sales", "UID", "a\nb"));
-        // Left without Commit, as after a failure: what was written stays written.
+        // No Commit, as after a failure: values that were written stay.
     }
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()),
               std::string(OTHERS) + "\n[Sales]\nDriver=Veltrane\nServer=s\n");
@@ -257,10 +257,10 @@ TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {
     EXPECT_FALSE(WriteDSNToIni(Text("a;b"), Text("Veltrane")));
 }
 
-TEST_F(OdbcInstallerTest, NewFilesAreTheirOwnersOnly) {
+TEST_F(OdbcInstallerTest, NewFilesAreForTheirOwnerOnly) {
     const mode_t umask = ::umask(0);
     EXPECT_TRUE(RemoveDSNFromIni(Text("Sales")));
-    // Versions that must be made to read something in order to tell their mode make the file.
+    // Versions that show their mode only in a read create the file.
     const bool isReadFirst = ::dlsym(RTLD_DEFAULT, "__SQLGetPrivateProfileStringNL") != nullptr;
     EXPECT_EQ(std::filesystem::exists(m_scratch.UserFile()), isReadFirst) << "nothing to write";
     EXPECT_TRUE(Save("Sales", "s"));
@@ -279,7 +279,7 @@ TEST_F(OdbcInstallerTest, HardLinksKeepTheOldFile) {
     ::chmod(other.c_str(), 06755);
     ASSERT_TRUE(Save("Sales", "s"));
     EXPECT_EQ(IniScratch::Read(other), OTHERS);
-    EXPECT_EQ(ModeOf(m_scratch.UserFile()), 0755u) << "rights to run as somebody else are not kept";
+    EXPECT_EQ(ModeOf(m_scratch.UserFile()), 0755u) << "set-user-id rights are not kept";
 }
 
 TEST_F(OdbcInstallerTest, FollowsSymbolicLinks) {
@@ -300,7 +300,7 @@ TEST_F(OdbcInstallerTest, FollowsSymbolicLinks) {
 TEST_F(OdbcInstallerTest, WritesAFileInTheRoot) {
     const std::string written = InNewProcess([&]() -> std::string {
         ::setenv("ODBCINI", "/new.ini", 1);
-        ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // without /proc the mode cannot be found out
+        ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // without /proc the mode is not known
         if (::chroot(m_scratch.Folder().c_str()) != 0) return "not allowed";
         return Save("Sales", "1") && Save("Sales", "2") ? IniScratch::Read("/new.ini") : "refused";
     });
@@ -308,16 +308,16 @@ TEST_F(OdbcInstallerTest, WritesAFileInTheRoot) {
     EXPECT_EQ(written, "[Sales]\nDriver=Veltrane\nServer=2\nDatabase=db\n\n");
 }
 
-/// What keeps a data source from being written.
+/// Something that prevents writing a data source.
 struct Obstacle {
     const char* m_name;
-    bool m_isForRoot;  ///< keeps the super-user too
+    bool m_isForRoot;  ///< stops root too
     bool m_isForRemoval;
     std::function<void(const IniScratch&)> m_place;
 };
 
-/// Puts a small file system in place of the folder, for this process, and ends a process that may
-/// not do so as if all was well.
+/// Mounts a small file system over the folder, for this process. A process that may not mount ends
+/// with success.
 void MountMemory(const IniScratch& in_scratch, const char* in_options) {
     const bool isMounted =
         ::unshare(CLONE_NEWNS) == 0 &&
@@ -365,7 +365,7 @@ const Obstacle OBSTACLES[] = {
      [](const IniScratch& in_scratch) { ::chmod(in_scratch.Folder().c_str(), 0555); }},
 };
 
-/// What went differently.
+/// Returns the results that are not refusals.
 std::string MeetObstacle(const Obstacle& in_obstacle) {
     const IniScratch scratch;
     IniScratch::Write(scratch.UserFile(), OTHERS);
@@ -382,14 +382,14 @@ std::string MeetObstacle(const Obstacle& in_obstacle) {
     return differences;
 }
 
-TEST_F(OdbcInstallerTest, RefusesWhatCannotBeDone) {
+TEST_F(OdbcInstallerTest, RefusesWhenAnObstacleIsThere) {
     for (const Obstacle& obstacle : OBSTACLES) {
         SCOPED_TRACE(obstacle.m_name);
         EXPECT_EQ(InNewProcess([&] { return MeetObstacle(obstacle); }), "");
     }
 }
 
-/// Code and text of each error of the installer.
+/// The code and text of each of the installer's errors.
 std::vector<std::pair<DWORD, std::string>> Errors() {
     std::vector<std::pair<DWORD, std::string>> errors;
     DWORD code = 0;
@@ -411,7 +411,7 @@ TEST_F(OdbcInstallerTest, PostsOneError) {
     EXPECT_FALSE(PostInstallerError(1000, Text("no such code")));
 }
 
-TEST_F(OdbcInstallerTest, ARemovalThatFailsSaysWhy) {
+TEST_F(OdbcInstallerTest, ARemovalThatFailsReportsWhy) {
     IniScratch::Write(m_scratch.UserFile(), "junk\n");
     const Request request;
     EXPECT_FALSE(RemoveDSNFromIni(Text("Sales")));
@@ -420,7 +420,7 @@ TEST_F(OdbcInstallerTest, ARemovalThatFailsSaysWhy) {
     EXPECT_EQ(Errors(), (decltype(Errors()){{11, m_scratch.UserFile().string() + why}}));
 }
 
-/// One file for the user and one for the system, the user's reached by a symbolic link.
+/// A file of the user, reached by a symbolic link, or of the system.
 struct File {
     unsigned short m_mode;
     std::filesystem::path m_path;
@@ -434,7 +434,7 @@ std::vector<File> MakeFiles(const IniScratch& in_scratch) {
     return files;
 }
 
-/// The files in the folder that both are in.
+/// Counts the files in the folder of both.
 std::ptrdiff_t CountFiles(const IniScratch& in_scratch) {
     using std::filesystem::directory_iterator;
     return std::distance(directory_iterator(in_scratch.SystemFile().parent_path()),
@@ -471,7 +471,7 @@ TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
     EXPECT_TRUE(std::filesystem::is_symlink(m_scratch.UserFile()));
 }
 
-// ORSKA_TEST_ROUNDS asks for more than a quick run kills.
+// ORSKA_TEST_ROUNDS sets a higher number than in a quick run.
 TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
     const std::vector<File> files = MakeFiles(m_scratch);
     const char* const variable = std::getenv("ORSKA_TEST_ROUNDS");
@@ -495,7 +495,7 @@ TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
         SQLSetConfigMode(file.m_mode);
         EXPECT_TRUE(Save("Sales", "s"));
     }
-    EXPECT_EQ(CountFiles(m_scratch), 2) << "left by the killed";
+    EXPECT_EQ(CountFiles(m_scratch), 2) << "left by killed writers";
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST_F(OdbcInstallerTest, NamesAreTheInstallersAndNeverAllOrAList) {
     EXPECT_FALSE(ValidDSN(orska_wstring()));
 }
 
-TEST_F(OdbcInstallerTest, ReadsCutToTheBufferWithoutHalvesOfCharacters) {
+TEST_F(OdbcInstallerTest, TruncatesToTheBufferAtACharacter) {
     TestProfile::Write(Root::USER, L"x", L"text", L"ab\U0001F600c");
     const struct {
         const char* m_key;
@@ -83,7 +83,7 @@ TEST_F(OdbcInstallerTest, ReadsCutToTheBufferWithoutHalvesOfCharacters) {
     }
 }
 
-TEST_F(OdbcInstallerTest, TheConfigModeSaysWhoseDataSourcesAreMeant) {
+TEST_F(OdbcInstallerTest, TheConfigModeSelectsTheUserOrTheSystem) {
     TestProfile::Write(Root::USER, L"x", L"k", L"user");
     TestProfile::Write(Root::SYSTEM, L"x", L"k", L"system");
     const struct {
@@ -120,10 +120,10 @@ TEST_F(OdbcInstallerTest, ASystemRequestNeedsNoConfigMode) {
         const Request request(true);
         EXPECT_EQ(Read("x", "k", 260, count), "system");
     }
-    EXPECT_EQ(Read("x", "k", 260, count), "user") << "the mode of before";
+    EXPECT_EQ(Read("x", "k", 260, count), "user") << "the earlier mode";
 }
 
-TEST_F(OdbcInstallerTest, WhatWasReadIsWrittenWhole) {
+TEST_F(OdbcInstallerTest, ValuesThatWereReadAreWrittenWhole) {
     const std::wstring stored(40000, L's');
     TestProfile::Write(Root::USER, L"x", L"k", stored.c_str());
     const Request request;
@@ -134,7 +134,7 @@ TEST_F(OdbcInstallerTest, WhatWasReadIsWrittenWhole) {
     EXPECT_EQ(TestProfile::Read(Root::USER, L"y", L"k"), stored);
 }
 
-TEST_F(OdbcInstallerTest, EveryTextButOneWithANulSurvives) {
+TEST_F(OdbcInstallerTest, EveryTextWithoutANulSurvives) {
     for (const std::u16string& text :
          {u""s, u" outer blanks\t"s, u"two\r\nlines"s, u"p=;#'\"[]{}\\%$"s, u"ü€日本\U0001F600"s,
           std::u16string(5000, u'x')}) {
@@ -162,7 +162,7 @@ TEST_F(OdbcInstallerTest, ANullValueRemovesTheKeyAndANullKeyTheSection) {
     EXPECT_EQ(m_stage.Get(), (Profile{{"y", {{"Driver", "drv"}}}}));
 }
 
-TEST_F(OdbcInstallerTest, NothingIsDoneUnderAnEmptyName) {
+TEST_F(OdbcInstallerTest, AnEmptyNameDoesNothing) {
     for (const orska_wstring& name : {orska_wstring(), orska_wstring(L"")}) {
         EXPECT_FALSE(RemoveDSNFromIni(name));
         EXPECT_FALSE(WriteDSNToIni(name, L"drv"));

@@ -1,4 +1,4 @@
-/// The profile on a registry of the test's own: HKEY_CURRENT_USER leads elsewhere in this process.
+/// The profile on a scratch registry, to which HKEY_CURRENT_USER is redirected in this process.
 #include <gtest/gtest.h>
 
 #include <cwchar>
@@ -8,7 +8,7 @@
 #include "Setup/OdbcInstaller.h"
 #include "Setup/Profile.h"
 #include "tools/WindowsApi.h"
-// After the Windows API, which they need.
+// They need the Windows API, so they follow it.
 #include <aclapi.h>
 #include <odbcinst.h>
 #include <sddl.h>
@@ -23,7 +23,7 @@ LONG Write(const wchar_t* in_key, DWORD in_type, const std::wstring& in_text) {
                            static_cast<DWORD>((in_text.size() + 1) * sizeof(wchar_t)));
 }
 
-/// Process-wide: set by a test, taken by the next query of "k": its value, written just before.
+/// Process-wide: set by a test; the next query of "k" writes it as the value first.
 std::wstring s_late;
 
 LONG WINAPI QueryLate(HKEY in_key, const wchar_t* in_name, DWORD* out_ignored, DWORD* out_type,
@@ -38,7 +38,7 @@ LONG WINAPI QueryLate(HKEY in_key, const wchar_t* in_name, DWORD* out_ignored, D
 
 }  // namespace
 
-/// Stands in for the one of the import library.
+/// Replaces the pointer of the import library.
 extern "C" decltype(&RegQueryValueExW) __imp_RegQueryValueExW;
 decltype(&RegQueryValueExW) __imp_RegQueryValueExW = &QueryLate;
 
@@ -126,7 +126,7 @@ TEST_F(ProfileTest, AValueWithVariablesStaysOne) {
     profile.Change([](ProfileChange& io_change) { io_change.Set("x", "k", "a%OS%"); });
     EXPECT_EQ(stored(L"k"), std::pair(DWORD{REG_EXPAND_SZ}, std::wstring(L"a%OS%")));
 
-    // As a request has it: read, the section written anew, values written.
+    // As in a request: read, write the section again, write values.
     const Request request;
     orska_wstring value;
     GetPrivateProfileString(L"x", L"k", L"", value, 260, file);

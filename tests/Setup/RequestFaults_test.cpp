@@ -1,5 +1,5 @@
-// Every system call below a whole request fails: the request answers 0 and posts one error, or does
-// without the call; the file is the old or the new one, and nothing is left behind.
+// Every system call of a whole request fails. The request returns 0 and posts one error, or works
+// without the call. The file is the old or the new one, and no other file is left.
 #include <cerrno>
 
 #include "tests/support/RequestOnFiles.h"
@@ -8,7 +8,7 @@
 namespace Veltrane::Test {
 namespace {
 
-/// The n-th call fails, counted from 0.
+/// Makes the n-th call fail, counted from 0.
 void FailAt(std::size_t in_number, int in_error) {
     s_systemCalls = {};
     s_systemCalls.m_before = [=](const std::string&, std::size_t in_call) {
@@ -22,13 +22,13 @@ void Check(const RequestOnFiles& in_request, const std::string& in_old, const st
     EXPECT_TRUE(!now.empty() || !std::filesystem::exists(in_request.File()));
     EXPECT_LE(in_request.CountLeftFiles(), in_failed == "unlink" ? 1u : 0u);
     EXPECT_EQ(RequestOnFiles::CountErrors(), in_result == 0 ? 1u : 0u);
-    // When the directory cannot be synced it is too late to go back; but nobody may be told that
-    // all is done.
+    // When the directory cannot be synced it is too late to go back, but the request must not
+    // report success.
     EXPECT_TRUE(now == (in_result == 1 ? in_new : in_old) ||
                 (in_failed == "fsync" && in_result == 0 && now == in_new))
         << now;
     EXPECT_EQ(RequestOnFiles::CountOpenFiles(), in_openFiles);
-    // No lock is held: the same request goes through.
+    // No lock is held: the same request succeeds.
     s_systemCalls = {};
     in_request.Prepare();
     in_request.Run();
@@ -41,7 +41,7 @@ TEST(RequestFaults, EachSystemCallFails) {
     RequestOnFiles request;
     for (const FileRequest& kind : RequestOnFiles::All()) {
         request.Use(kind);
-        // Without it finding the mode takes 6 to 20 ms from unixODBC 2.3.13 on.
+        // Without it, finding the mode takes 6 to 20 ms since unixODBC 2.3.13.
         ::setenv("ODBCSEARCH", kind.m_isSystem ? "ODBC_SYSTEM_DSN" : "ODBC_USER_DSN", 1);
         request.Prepare();
         const std::string before = request.Read();
@@ -54,12 +54,12 @@ TEST(RequestFaults, EachSystemCallFails) {
         ASSERT_GT(calls, 3u);
         for (std::size_t call = 0; call < calls; ++call) {
             for (const int error : {EIO, ENOSPC, ESTALE, ENOLCK, EOPNOTSUPP}) {
-                // What the list was made of does not matter down there.
+                // The kind of list makes no difference to system calls.
                 if (kind.m_isWide && error != EIO) continue;
                 request.Prepare();
                 FailAt(call, error);
                 const int result = request.Run();
-                // How often a request waits for others decides how many calls it makes.
+                // The number of calls depends on how often a request waits for others.
                 const auto& made = s_systemCalls.m_calls;
                 const std::string name = call < made.size() ? made[call] : "not reached";
                 SCOPED_TRACE(request.Describe() + ", " + name + " " + std::to_string(call) +

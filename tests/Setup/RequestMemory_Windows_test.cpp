@@ -1,5 +1,5 @@
-// Memory runs out at each allocation of a whole request: nothing crashes, nothing leaks, and the
-// answer is 0 with one error while there is memory for one.
+// Memory runs out at each allocation of a whole request: nothing crashes or leaks, and the request
+// returns 0 with one error if there is memory for one.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The installer has its own.
+/// The installer has its own allocator.
 void* PlainMalloc(std::size_t in_size) { return std::malloc(in_size); }
 
 }  // namespace

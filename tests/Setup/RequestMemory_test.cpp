@@ -1,5 +1,5 @@
-// Memory runs out at each allocation of a whole request: nothing crashes, nothing leaks, and the
-// answer is 0 with one error while there is memory for one.
+// Memory runs out at each allocation of a whole request: nothing crashes or leaks, and the request
+// returns 0 with one error if there is memory for one.
 #include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,8 +33,8 @@ void* PlainMalloc(std::size_t in_size) { return __libc_malloc(in_size); }
 
 // NOLINTBEGIN: the names and signatures are the language's
 #ifndef IS_SANITIZED
-// ICU and our text buffers call malloc. Only calls from them and from us are refused: the driver
-// manager's library does not check its own.
+// ICU and our text buffers call malloc. Only their calls and ours are refused: the driver manager's
+// library does not check its own.
 namespace {
 
 bool IsFromUs(const void* in_caller) {
@@ -81,7 +81,7 @@ TEST(RequestMemory, RunsOut) {
     }
 }
 
-/// In the first request of a process everything is made that is made once.
+/// The first request of a process makes everything that is made once.
 TEST(RequestMemory, RunsOutInTheFirstRequest) {
     enum Outcome { GRANTED, RIGHT, WRONG };
     RequestOnFiles request;

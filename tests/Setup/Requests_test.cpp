@@ -1,5 +1,5 @@
-/// Whole requests through the entry points, narrow and wide, for the user and for the system: what
-/// they answer, post and leave behind.
+/// Whole requests through the entry points, narrow and wide, for the user and for the system: their
+/// results, posted errors and stored values.
 #include <gtest/gtest.h>
 
 #include "VeltraneDialog/Utf8.h"
@@ -36,7 +36,7 @@ const Posted NAME = {{7, "Invalid driver or translator name."}};
 const Posted TYPE = {{5, "Invalid type of request."}};
 const Posted FAILED = {{11, "Request failed."}};
 
-/// What is stored before each request.
+/// The stored values before each request.
 const Profile BEFORE = {
     {"x",
      {{"Driver", "drv"},
@@ -50,14 +50,14 @@ const Profile BEFORE = {
 };
 const std::string X = "DSN=x\0"s;
 const Keys GONE;
-/// x as it is when it was saved unchanged: the key that the record does not know is dropped.
+/// x after an unchanged save: a key that the record does not know is dropped.
 const Keys SAVED = {
     {"Driver", "drv"}, {"Server", "s"}, {"Namespace", "n"}, {"PWD", "p"}, {"Database", "d"}};
-/// x when saving it failed after some of its keys.
+/// x after a save that failed after some of its keys.
 const Keys SERVER_FAILED = {{"Driver", "drv"}};
 const Keys PWD_FAILED = {{"Driver", "drv"}, {"Server", "s"}, {"Namespace", "n"}};
 const Keys DATABASE_FAILED = {{"Driver", "drv"}, {"Server", "s"}, {"Namespace", "n"}, {"PWD", "p"}};
-/// What is saved from an editor that starts with these values.
+/// The values saved from an editor that starts with these.
 const DialogValues NEW_VALUES = MakeDialogValues(u"new", u"s2", u"d2");
 const Keys SAVED_NEW = {{"Driver", "drv"}, {"Server", "s2"}, {"Database", "d2"}};
 const Keys SAVED_EMPTY = {{"Driver", "drv"}, {"Server", ""}, {"Database", ""}};
@@ -68,9 +68,9 @@ struct Row {
     std::string m_attributes;  ///< entries with their NULs
     Window m_window;
     Posted m_posted;
-    Profile m_changes = {};  ///< what is different afterwards
+    Profile m_changes = {};  ///< the differences afterwards
     const char* m_failing = "";
-    std::u16string m_typedName = u"";  ///< into an editor that is accepted
+    std::u16string m_typedName = u"";  ///< typed into an editor that is accepted
     DialogValues m_values = NEW_VALUES;
 };
 
@@ -130,7 +130,7 @@ const Row ROWS[] = {
     {"database fails", CONFIG, X, CANCELLED, FAILED, {{"x", DATABASE_FAILED}}, "Write Database"},
 };
 
-/// Adds without a window, from an editor with these values.
+/// Requests to add, without a window, from an editor with these values.
 const struct {
     const char* m_point;
     DialogValues m_values;
@@ -196,7 +196,7 @@ void Check(const Row& in_row, InstallerStage& io_stage, Form in_form, bool in_is
         in_row.m_request + (in_isSystem && isKnown ? FIRST_SYSTEM_REQUEST - ADD : 0);
     const int result =
         Call(in_form, in_row.m_window == NONE ? nullptr : &window, request, in_row.m_attributes);
-    // Why nothing is removed is the installer's to say.
+    // The installer posts why nothing is removed.
     const bool isRemovalRefused = in_row.m_request == REMOVE && *in_row.m_failing != '\0';
     EXPECT_EQ(result, in_row.m_posted.empty() && !isRemovalRefused ? 1 : 0);
     EXPECT_EQ(io_stage.Posted(), in_row.m_posted);
@@ -206,7 +206,7 @@ void Check(const Row& in_row, InstallerStage& io_stage, Form in_form, bool in_is
     EXPECT_EQ(!s_editor.m_calls.empty(), isEditorMade);
 }
 
-TEST(Requests, AnswerPostAndLeaveWhatTheyShould) {
+TEST(Requests, ReturnPostAndStoreWhatTheyShould) {
     InstallerStage stage;
     std::vector<Row> rows(std::begin(ROWS), std::end(ROWS));
     for (const auto& [point, values, posted, changes] : VALUES) {
@@ -228,7 +228,7 @@ TEST(Requests, ListsWithoutEntriesAreEmpty) {
     stage.Begin(false, BEFORE);
     s_editor = {};
     s_editor.m_initialValues = NEW_VALUES;
-    // An add with an entry but no name would be refused.
+    // An add request with an entry but no name would be refused.
     for (const char* list : {static_cast<const char*>(nullptr), "", "\0\0Server=s\0"}) {
         EXPECT_EQ(ConfigDSN(nullptr, ADD, "drv", list), 1);
     }

@@ -20,7 +20,7 @@ using Veltrane::Test::s_editor;
 using Veltrane::Test::s_installer;
 using namespace std::string_literals;
 
-/// What requests trace to standard error at a level.
+/// Returns the trace that requests write to standard error at a level.
 template <typename Function>
 std::string TraceOf(const char* in_level, Function in_requests) {
     Orska::Test::SetVariable("TR4CE", in_level);
@@ -44,7 +44,7 @@ protected:
     }
 };
 
-TEST_F(SetupTrace, LevelOneTellsWhatWasThrownAndPosted) {
+TEST_F(SetupTrace, LevelOneShowsExceptionsAndPostedErrors) {
     const std::string trace = TraceOf("1", [] { Call(7, ""); });
     EXPECT_THAT(trace, HasSubstr("Throwing: VeltraneDSNSetupException("
                                  "VeltraneDSNSetupException::INVALID_REQUEST_TYPE)"));
@@ -54,7 +54,7 @@ TEST_F(SetupTrace, LevelOneTellsWhatWasThrownAndPosted) {
                 HasSubstr("Throwing: std::invalid_argument("));
 }
 
-TEST_F(SetupTrace, LevelTwoTellsTheRequestAndItsOutcome) {
+TEST_F(SetupTrace, LevelTwoShowsTheRequestAndItsResult) {
     const std::string trace = TraceOf("2", [] { Call(ODBC_CONFIG_DSN, "DSN=x\0"s); });
     EXPECT_THAT(trace, HasSubstr("Request 2 for driver \"drv\", mode fake, without window"));
     EXPECT_THAT(trace, HasSubstr("DSN \"x\""));
@@ -62,7 +62,7 @@ TEST_F(SetupTrace, LevelTwoTellsTheRequestAndItsOutcome) {
     EXPECT_THAT(trace, Not(HasSubstr("WritePrivateProfileString")));
 }
 
-TEST_F(SetupTrace, LevelThreeTellsEveryOperationWithItsResult) {
+TEST_F(SetupTrace, LevelThreeShowsEveryOperationWithItsResult) {
     const std::string trace = TraceOf("3", [] { Call(ODBC_CONFIG_DSN, "DSN=x\0"s); });
     EXPECT_THAT(trace, HasSubstr("WritePrivateProfileString:0\t[x] Server: \"srv\" = 1"));
     EXPECT_THAT(trace, HasSubstr("RemoveDSNFromIni:0\t[x] = 1"));

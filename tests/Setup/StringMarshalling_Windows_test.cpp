@@ -11,7 +11,7 @@ namespace {
 
 using Conversion = decltype(&::WideCharToMultiByte);
 
-/// What the next conversions end with, instead of being made.
+/// Errors with which the next conversions fail.
 std::vector<DWORD> s_failures;
 
 int WINAPI ConvertOrFail(UINT in_codePage, DWORD in_flags, LPCWCH in_text, int in_length,
@@ -29,8 +29,8 @@ int WINAPI ConvertOrFail(UINT in_codePage, DWORD in_flags, LPCWCH in_text, int i
 
 }  // namespace
 
-/// The place through which this program calls the system's function: a conversion itself fails only
-/// where a code page is not installed, which a test cannot bring about.
+/// The pointer through which this program calls the system's function. A real conversion fails only
+/// if a code page is not installed, which a test cannot arrange.
 extern "C" {
 Conversion __imp_WideCharToMultiByte = &ConvertOrFail;
 }
@@ -38,7 +38,7 @@ Conversion __imp_WideCharToMultiByte = &ConvertOrFail;
 namespace Veltrane::ODBC {
 namespace {
 
-TEST(ThreadCodePage, LacksCharactersButRefusesNone) {
+TEST(ThreadCodePage, ReplacesCharactersThatItLacks) {
     const struct {
         const char* m_point;
         LANGID m_language;

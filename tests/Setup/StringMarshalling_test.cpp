@@ -11,7 +11,7 @@ namespace {
 using Orska::Support::orska_wstring;
 using namespace std::string_literals;
 
-TEST(StringMarshalling, TextCrossesUnchangedBothWays) {
+TEST(StringMarshalling, TextIsUnchangedBothWays) {
     for (const std::u16string& text : {u""s, u"a"s, u"ü€日本\U0001F600"s, u"a\0b"s}) {
         const orska_wstring record = FromEditorString(text);
         EXPECT_FALSE(record.IsNull());
@@ -20,7 +20,7 @@ TEST(StringMarshalling, TextCrossesUnchangedBothWays) {
     }
 }
 
-TEST(StringMarshalling, ANullTextStaysNullTowardsTheRecordOnly) {
+TEST(StringMarshalling, ANullTextStaysNullInTheRecordOnly) {
     EXPECT_TRUE(FromEditorString(DialogString()).IsNull());
     EXPECT_EQ(ToEditorString(orska_wstring()), u"");
 }
@@ -35,7 +35,7 @@ std::string MessageOf(Function in_function) {
     return "nothing thrown";
 }
 
-TEST(StringMarshalling, FailuresCarryTheirTexts) {
+TEST(StringMarshalling, FailuresHaveTheirTexts) {
     EXPECT_NO_THROW(CheckEditorStringLength(INT_MAX));
     EXPECT_EQ(MessageOf<std::length_error>([] { CheckEditorStringLength(1U + INT_MAX); }),
               "Size of string exceeds INT_MAX.");

@@ -15,7 +15,7 @@ using Veltrane::Test::FakeInstaller;
 using Veltrane::Test::s_installer;
 using namespace std::string_literals;
 
-/// The error code that a call throws; -1 when it throws none.
+/// Returns the error code that a call throws; -1 for none.
 template <typename Function>
 long CodeOf(Function in_function) {
     try {
@@ -26,7 +26,7 @@ long CodeOf(Function in_function) {
     return -1;
 }
 
-/// Everything that a record holds after Load, "dsn|server|namespace|mode|uid|pwd|database".
+/// All fields of a record after Load, "dsn|server|namespace|mode|uid|pwd|database".
 std::string Fields(const VeltraneDSNConfiguration& in_record) {
     std::string text;
     for (const orska_wstring* field :
@@ -44,7 +44,7 @@ protected:
 };
 
 TEST_F(VeltraneDSNConfigurationTest, LoadFindsTheNameInTheAttributeList) {
-    // Takes minutes where each entry is searched together with those after it.
+    // Takes minutes if each entry is searched together with those after it.
     std::string many;
     while (many.size() < (std::size_t{4} << 20)) many += "a\0"s;
     const struct {
@@ -79,7 +79,7 @@ TEST_F(VeltraneDSNConfigurationTest, LoadFindsTheNameInTheAttributeList) {
     }
 }
 
-TEST_F(VeltraneDSNConfigurationTest, LoadPutsStoredValuesOverGivenOnes) {
+TEST_F(VeltraneDSNConfigurationTest, LoadReplacesGivenValuesByStoredOnes) {
     s_installer.m_profile["x"] = {
         {"Driver", "d"}, {"Server", "stored"}, {"PWD", std::string(300, 'p')}};
     VeltraneDSNConfiguration record(L"drv");
@@ -92,7 +92,7 @@ TEST_F(VeltraneDSNConfigurationTest, LoadPutsStoredValuesOverGivenOnes) {
                     "Read [x] PWD 260 odbc.ini", "Read [x] Database 260 odbc.ini"));
 }
 
-/// A record with all fields, its values given through the setters.
+/// A record with all fields, set through the setters.
 VeltraneDSNConfiguration FullRecord() {
     VeltraneDSNConfiguration record(L"drv");
     record.SetDsn(L"x");
@@ -118,7 +118,7 @@ TEST_F(VeltraneDSNConfigurationTest, SaveWritesANewSectionInOneUpdate) {
     EXPECT_EQ(Fields(record), "x| s |n|m|u|p w|d");
 }
 
-TEST_F(VeltraneDSNConfigurationTest, SaveTrimsWhatIsNewOnly) {
+TEST_F(VeltraneDSNConfigurationTest, SaveTrimsOnlyNewValues) {
     const OdbcInstaller::Request request;
     s_installer.m_profile["x"] = {{"Namespace", "\u3000n"}, {"UID", "\u3000u"}};
     VeltraneDSNConfiguration record(L"drv");
@@ -155,7 +155,7 @@ TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWro
         };
         EXPECT_EQ(CodeOf([&] { record.Save(); }), c.m_code);
         EXPECT_EQ(s_installer.m_profile["x"].size(), c.m_keys);
-        // The end of the update commits what came before; after a failed Commit nothing is left
+        // The end of the update commits the earlier keys; after a failed Commit nothing is left
         // to do.
         EXPECT_EQ(s_installer.m_calls.back(),
                   c.m_failing == "Commit"s ? "Commit" : "Commit silently");

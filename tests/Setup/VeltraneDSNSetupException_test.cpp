@@ -35,7 +35,7 @@ TEST(VeltraneDSNSetupException, EveryErrorHasItsInstallerCodeAndText) {
     static_assert(!std::is_base_of_v<std::exception, VeltraneDSNSetupException>);
 }
 
-TEST(VeltraneDSNSetupException, AnUnknownErrorIsReportedAndGivesRequestFailed) {
+TEST(VeltraneDSNSetupException, AnUnknownErrorBecomesRequestFailed) {
     const VeltraneDSNSetupException exception(static_cast<VeltraneDSNSetupException::ErrorCode>(6));
     testing::internal::CaptureStderr();
     EXPECT_EQ(exception.GetErrorCode(), 11U);
@@ -45,7 +45,7 @@ TEST(VeltraneDSNSetupException, AnUnknownErrorIsReportedAndGivesRequestFailed) {
     EXPECT_NE(report.find("59"), std::string::npos) << report;
 }
 
-TEST(VeltraneDSNResourceHelper, AnIdThatTheTableLacksHasATextOfItsOwn) {
+TEST(VeltraneDSNResourceHelper, AnIdThatTheTableLacksHasItsOwnText) {
     for (const unsigned id : {0U, 100U, 107U, ~0U}) {
         EXPECT_EQ(VeltraneDSNResourceHelper::LoadStringResource(id),
                   orska_wstring(L"Error loading the string"));

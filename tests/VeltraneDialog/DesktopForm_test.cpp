@@ -15,7 +15,7 @@
 namespace Veltrane::ODBC {
 namespace {
 
-/// Without a display; what needs one is tested end to end.
+/// Without a display; the end-to-end tests cover what needs one.
 class DesktopFormTest : public testing::Test {
 protected:
     DesktopFormTest() {
@@ -66,7 +66,7 @@ TEST_F(DesktopFormTest, OkIsEnabledOnlyWhileEveryFieldIsAccepted) {
         {"Name", "a[b", "A name has none of [ ] { } ( ) , ; ? * = ! @ \\"},
         {"Name", "", "Has to be filled."},
         {"Server", "", "Has to be filled."},
-        // Beyond the limit of a widget, which would cut it.
+        // Longer than a widget's default limit, which would truncate it.
         {"Server", QString(100000, 'x'), "Too long: a value has at most 259 characters."},
         {"Database", " x", "Blanks at the beginning or the end cannot be stored."},
         {"Password", "x ", "Blanks at the beginning or the end cannot be stored."},
@@ -86,7 +86,7 @@ TEST_F(DesktopFormTest, OkIsEnabledOnlyWhileEveryFieldIsAccepted) {
     }
 }
 
-TEST_F(DesktopFormTest, AnEmptyFormPointsNothingOutYet) {
+TEST_F(DesktopFormTest, AnEmptyFormShowsNoErrorsYet) {
     m_values = DialogValues();
     DesktopForm form(m_values);
     EXPECT_FALSE(Button(form, "&OK")->isEnabled());
@@ -99,7 +99,7 @@ TEST_F(DesktopFormTest, AnEmptyFormPointsNothingOutYet) {
 }
 
 TEST_F(DesktopFormTest, AcceptedValuesComeBackExactly) {
-    // Loaded ones, too, that nobody could enter.
+    // Also loaded values that a user cannot enter.
     const std::u16string odd = std::u16string(300, u'x') + u"\t\x01\x7F\r\v\x85\xFFFD ";
     m_values.m_uid = odd;
     m_values.m_cognosNamespace = odd;
@@ -116,7 +116,7 @@ TEST_F(DesktopFormTest, AcceptedValuesComeBackExactly) {
     EXPECT_EQ(m_values.m_pwd, u"geheim");
 }
 
-TEST_F(DesktopFormTest, TheFieldsScrollWhereTheScreenIsTooSmall) {
+TEST_F(DesktopFormTest, TheFieldsScrollIfTheScreenIsTooSmall) {
     QFont font = QApplication::font();
     font.setPointSize(40);
     QApplication::setFont(font);
@@ -148,7 +148,7 @@ TEST_F(DesktopFormTest, ThePasswordIsShownOnlyOnRequest) {
     EXPECT_EQ(password->echoMode(), QLineEdit::Password);
 }
 
-TEST_F(DesktopFormTest, TheLoginModeIsAChoiceWithTextOfOnesOwn) {
+TEST_F(DesktopFormTest, TheLoginModeIsAChoiceOrOwnText) {
     m_values.m_microStrategyLoginMode = u"Kerberos";
     DesktopForm form(m_values);
     auto* const choice = form.findChild<QComboBox*>();
@@ -195,7 +195,7 @@ QColor Over(const QColor& in_color, const QColor& in_background) {
                             mix(in_color.blueF(), in_background.blueF()));
 }
 
-TEST_F(DesktopFormTest, NotesCanBeReadOnLightAndDarkAlsoWhenTheThemeChanges) {
+TEST_F(DesktopFormTest, NotesAreReadableOnLightAndDarkAndAfterAChange) {
     DesktopForm form(m_values);
     Edit(form, "Name")->setText("a[b");
     for (const QColor& window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x2A, 0x2E, 0x32)}) {

@@ -1,4 +1,4 @@
-/// Which VeltraneDialog.dll is loaded: the one beside the code that asks for it, and no other.
+/// Only the VeltraneDialog.dll beside the code that asks for it is loaded.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -36,7 +36,7 @@ protected:
     const fs::path m_folder = fs::temp_directory_path() / "veltrane_dialog_library_test";
 };
 
-TEST_F(DialogLibraryTest, NoneIsTakenFromTheWorkingFolderOrThePath) {
+TEST_F(DialogLibraryTest, NoneIsLoadedFromTheWorkingFolderOrThePath) {
     ASSERT_TRUE(fs::exists(m_own / DIALOG_LIBRARY_NAME));
     fs::current_path(m_own);
     _wputenv_s(L"PATH", m_own.c_str());
@@ -47,7 +47,7 @@ TEST_F(DialogLibraryTest, NoneIsTakenFromTheWorkingFolderOrThePath) {
     EXPECT_NE(output.find(" VELTRANE_DSN_INITIAL_VALUES names."), std::string::npos) << output;
 }
 
-TEST_F(DialogLibraryTest, WhatIsNoLibraryIsNamed) {
+TEST_F(DialogLibraryTest, AFileThatIsNotALibraryIsNamed) {
     std::ofstream(m_folder / DIALOG_LIBRARY_NAME) << "no library";
     const std::string output = Probe();
     EXPECT_NE(output.find("VeltraneDialog.dll cannot be loaded: "), std::string::npos) << output;

@@ -35,7 +35,7 @@ protected:
     const EditorSurroundings m_all = {"", true, "", {m_directory + "/absent", m_directory}};
 };
 
-TEST_F(EditorChoiceTest, WithoutAWishTheDesktopComesFirst) {
+TEST_F(EditorChoiceTest, ByDefaultTheDesktopComesFirst) {
     EXPECT_THAT(ChooseEditor(m_all).m_programs, ElementsAre(m_desktop, m_terminal));
 
     EditorSurroundings noDisplay = m_all;
@@ -54,7 +54,7 @@ TEST_F(EditorChoiceTest, WithoutAWishTheDesktopComesFirst) {
                                              m_directory + " (No such file or directory). ");
 }
 
-TEST_F(EditorChoiceTest, AWishIsTheOnlyChoice) {
+TEST_F(EditorChoiceTest, AChosenEditorIsTheOnlyOne) {
     for (const auto& [wish, program] : {std::pair<std::string, std::string>("desktop", m_desktop),
                                         {"terminal", m_terminal},
                                         {m_desktop, m_desktop}}) {
@@ -66,7 +66,7 @@ TEST_F(EditorChoiceTest, AWishIsTheOnlyChoice) {
     }
 }
 
-TEST_F(EditorChoiceTest, AWishThatCannotBeFulfilledIsAnError) {
+TEST_F(EditorChoiceTest, AChosenEditorThatIsMissingIsAnError) {
     const std::pair<std::string, std::string> cases[] = {
         {"window",
          "VELTRANE_DSN_EDITOR is \"window\"; it may be desktop, terminal or an absolute "
@@ -107,7 +107,7 @@ TEST_F(EditorChoiceTest, AProgramThatOthersCouldReplaceIsRefused) {
     EXPECT_EQ(WhyNotRunnable(link), "others can write to " + inner);
 }
 
-TEST_F(EditorChoiceTest, TheEditorsAreLookedForBesideThisProgram) {
+TEST_F(EditorChoiceTest, SearchesTheEditorsBesideThisProgram) {
     const std::string own = std::filesystem::canonical("/proc/self/exe").parent_path();
     EXPECT_THAT(LookAroundForEditors().m_directories, testing::Contains(own));
 }
@@ -117,7 +117,7 @@ TEST_F(EditorChoiceTest, WithoutDisplayAndTerminalTheErrorSaysWhatToDo) {
          {"DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR", "VELTRANE_DSN_INITIAL_VALUES"}) {
         unsetenv(name);
     }
-    // A new session has no terminal; only a process that leads no group can begin one.
+    // A new session has no terminal; only a process that leads no group can start one.
     if (getpgrp() == getpid()) {
         GTEST_SKIP() << "started as the leader of its process group";
     }

@@ -45,7 +45,7 @@ std::string ErrorOf(const char* in_mode, const char* in_program = FAKE_EDITOR_PR
 
 bool HasNoChildren() { return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD; }
 
-TEST(EditorProcess, GivesTheAnswerOfTheEditor) {
+TEST(EditorProcess, ReturnsTheAnswerOfTheEditor) {
     const EditorMessage ok = Ask("ok");
     EXPECT_EQ(ok.m_kind, EditorMessageKind::OK);
     EXPECT_EQ(ok.m_values.m_server, u"bi-changed");
@@ -57,7 +57,7 @@ TEST(EditorProcess, GivesTheAnswerOfTheEditor) {
     EXPECT_TRUE(HasNoChildren());
 }
 
-TEST(EditorProcess, AnEditorThatFailsIsAnErrorThatNamesItAndTheReason) {
+TEST(EditorProcess, TheErrorNamesAFailedEditorAndTheReason) {
     const std::string program = std::string("The DSN editor ") + FAKE_EDITOR_PROGRAM;
     const std::string notUnderstood = program + " and its host do not understand each other: ";
     const std::pair<const char*, std::string> cases[] = {
@@ -84,7 +84,7 @@ TEST(EditorProcess, AnEditorThatCannotBeStartedIsAnError) {
     EXPECT_TRUE(HasNoChildren());
 }
 
-TEST(EditorProcess, AnAnswerCountsWhateverTheEditorDoesAfterwards) {
+TEST(EditorProcess, AnAnswerIsValidWhateverTheEditorDoesNext) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(Ask("answer and leave socket").m_values.m_server, u"bi-changed");
     EXPECT_EQ(Ask("answer and stay").m_values.m_server, u"bi-changed");
@@ -92,7 +92,7 @@ TEST(EditorProcess, AnAnswerCountsWhateverTheEditorDoesAfterwards) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(25));
 }
 
-TEST(EditorProcess, TheEditorSeesNothingOfItsHostButTheSocket) {
+TEST(EditorProcess, TheEditorInheritsOnlyTheSocket) {
     setenv("LD_LIBRARY_PATH", "/opt/host/lib", 1);
     setenv("QT_PLUGIN_PATH", "/opt/host/plugins", 1);
     setenv("OF_THE_USER", "kept", 1);
@@ -125,7 +125,7 @@ TEST(EditorProcess, WorksInAHostWithClosedStandardDescriptors) {
     }
     EXPECT_EQ(answer.m_values.m_server, u"bi-changed");
     EXPECT_THAT(error, HasSubstr("no message"));
-    EXPECT_EQ(low, "") << "taken by the bridge: the host's own output would go there";
+    EXPECT_EQ(low, "") << "used by the bridge: the host's own output would go there";
 }
 
 TEST(EditorProcess, WorksInAHostThatIgnoresTheEndOfChildren) {

@@ -68,7 +68,7 @@ TEST(EditorProtocol, HasThisFormOnTheWire) {
     EXPECT_EQ(Decode(Encode(message)).m_question.m_name, "ü");
 }
 
-TEST(EditorProtocol, RefusesWhatIsNoMessage) {
+TEST(EditorProtocol, RefusesBytesThatAreNoMessage) {
     const std::tuple<const char*, std::string> cases[] = {
         {"bytes that are no message", std::string("VDE2\3\0\0\0\0\0\0\0", 12)},
         {"a message of an unknown kind", std::string("VDE1\7\0\0\0\0\0\0\0", 12)},
@@ -94,7 +94,7 @@ TEST(EditorProtocol, RefusesWhatIsNoMessage) {
     }
 }
 
-TEST(EditorProtocol, TextsThatTheOtherSideWouldRefuseAreNotSent) {
+TEST(EditorProtocol, TextsThatTheOtherEndRefusesAreNotSent) {
     EditorMessage message;
     message.m_kind = EditorMessageKind::UNAVAILABLE;
     message.m_reason = std::string(MAX_EDITOR_PAYLOAD_SIZE - 4, 'x');

@@ -89,7 +89,7 @@ TEST(FieldRules, ValuesHaveNoControlCharactersAndNoBlanksAtTheirEnds) {
     }
 }
 
-TEST(FieldRules, ValuesHaveAtMostWhatARequestReadsOfThem) {
+TEST(FieldRules, ValuesAreNotLongerThanARequestReads) {
     std::string letters;
     for (int i = 0; i < 259; ++i) letters += "日";
     std::string pairs;
@@ -105,7 +105,7 @@ TEST(FieldRules, ValuesHaveAtMostWhatARequestReadsOfThem) {
     }
 }
 
-TEST(FieldRules, ALoadedValuePassesAFormAsLongAsItIsNotChanged) {
+TEST(FieldRules, ALoadedValueIsValidUntilItIsChanged) {
     DialogValues loaded;
     loaded.m_dsn = u"ODBC";
     loaded.m_server = u"a\tb\x7F ";

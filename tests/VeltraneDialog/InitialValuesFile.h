@@ -1,4 +1,4 @@
-/// What the tests of the file of initial values share on both systems.
+/// Shared by the tests of the file of initial values on both systems.
 #ifndef TESTS_VELTRANEDIALOG_INITIALVALUESFILE_H
 #define TESTS_VELTRANEDIALOG_INITIALVALUESFILE_H
 
@@ -23,7 +23,7 @@ inline std::string ErrorOf(const std::function<void()>& in_action) {
     return "no error";
 }
 
-/// VELTRANE_DSN_INITIAL_VALUES names a file that is not there yet.
+/// VELTRANE_DSN_INITIAL_VALUES names a file that does not exist yet.
 class InitialValuesFile : public testing::Test {
 protected:
     InitialValuesFile() { Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", m_file.c_str()); }
@@ -31,7 +31,7 @@ protected:
         Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", nullptr);
     }
 
-    /// What is said after the name of the file.
+    /// Returns the error text after the name of the file.
     std::string LoadError() const {
         const std::string error = ErrorOf([] { LoadInitialValues(); });
         const std::string start = "Initial values of a DSN: " + m_file;

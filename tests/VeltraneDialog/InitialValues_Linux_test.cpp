@@ -6,7 +6,7 @@
 namespace Veltrane::ODBC {
 namespace {
 
-TEST_F(InitialValuesFile, WhatIsNoFileIsRefusedAtOnce) {
+TEST_F(InitialValuesFile, WhatIsNotAFileIsRefusedAtOnce) {
     EXPECT_EQ(LoadError(), ": No such file or directory.");
     const std::pair<const char*, int (*)(const char*)> cases[] = {
         {"folder", [](const char* in_path) { return mkdir(in_path, 0700); }},

@@ -20,13 +20,13 @@ protected:
     static void Name(const wchar_t* in_file) {
         SetEnvironmentVariableW(L"VELTRANE_DSN_INITIAL_VALUES", in_file);
     }
-    /// With letters that no code page of Wine or Windows has all of.
+    /// No code page of Wine or Windows has all of its letters.
     const std::filesystem::path m_named =
         std::filesystem::path(m_directory.GetPath()) / L"values \x65E5\x672C.ini";
     const std::filesystem::path m_defaults = PathBesideModule(L"dsn-defaults.ini");
 };
 
-TEST_F(InitialValuesPlace, IsTheNamedOneElseBesideTheLibraryAndThatForRaisedRights) {
+TEST_F(InitialValuesPlace, IsTheNamedFileOrTheOneBesideTheLibrary) {
     std::ofstream(m_defaults) << "[DSN]\nUID=default\n";
     Name(nullptr);
     EXPECT_EQ(LoadInitialValues().m_uid, u"default");
@@ -39,7 +39,7 @@ TEST_F(InitialValuesPlace, IsTheNamedOneElseBesideTheLibraryAndThatForRaisedRigh
     EXPECT_EQ(LoadInitialValues().m_uid, u"u");
 }
 
-TEST_F(InitialValuesPlace, WhatCannotBeReadIsAnErrorWithItsName) {
+TEST_F(InitialValuesPlace, AFileThatCannotBeReadIsAnErrorWithItsName) {
     Name(m_named.c_str());
     const auto isSaid = [](const std::wstring& in_text) {
         const std::string error = ErrorOf([] { LoadInitialValues(); });

@@ -61,7 +61,7 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
     }
 }
 
-TEST_F(InitialValuesFile, ReadsTheNamedOneWhereNobodySetAValue) {
+TEST_F(InitialValuesFile, ReadsTheNamedFileForValuesThatAreNotSet) {
     m_directory.Write("values.ini", "[DSN]\nServer=s\n" + std::string(9000, '#') + "\nUID=u\n");
     VeltraneDSNDialog dialog;
     dialog.SetServer(u"");
@@ -70,21 +70,21 @@ TEST_F(InitialValuesFile, ReadsTheNamedOneWhereNobodySetAValue) {
     EXPECT_EQ(dialog.GetPwd(), u"");
 }
 
-TEST_F(InitialValuesFile, ALargeOneIsRefused) {
+TEST_F(InitialValuesFile, ALargeFileIsRefused) {
     m_directory.Write("values.ini", std::string((1 << 20) + 1, '#'));
     EXPECT_EQ(LoadError(), ": larger than 1 MiB.");
 }
 
-TEST_F(InitialValuesFile, WithoutAnyAllValuesAreEmptyNotNull) {
+TEST_F(InitialValuesFile, WithoutAFileAllValuesAreEmptyNotNull) {
     if (std::filesystem::exists(DEFAULT_INITIAL_VALUES_FILE)) {
-        GTEST_SKIP() << "this machine has defaults of its own";
+        GTEST_SKIP() << "this machine has its own defaults";
     }
     Orska::Test::SetVariable("VELTRANE_DSN_INITIAL_VALUES", nullptr);
     EXPECT_EQ(LoadInitialValues().m_dsn, u"");
     EXPECT_EQ(LoadInitialValues().m_database, u"");
 }
 
-TEST_F(InitialValuesFile, AnUnusableOneStopsOnlyWhoNeedsItsValues) {
+TEST_F(InitialValuesFile, AnUnusableFileStopsOnlyRequestsThatNeedIt) {
     VeltraneDSNDialog editor;
     EXPECT_THROW(editor.ShowDialog(), std::runtime_error);
     editor.SetDSN(u"a");

@@ -1,4 +1,4 @@
-/// The dialog of Windows' own, driven from a second thread of the test as its user.
+/// The native Windows dialog, which a second thread of the test uses.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -18,7 +18,7 @@
 namespace Veltrane::ODBC {
 namespace {
 
-/// What the user sees and does.
+/// The form as the user sees and uses it.
 class Form {
 public:
     explicit Form(HWND in_window) : m_window(in_window) {}
@@ -33,12 +33,12 @@ public:
         SendMessageW(m_window, WM_COMMAND, MAKEWPARAM(in_control, CBN_SELCHANGE),
                      reinterpret_cast<LPARAM>(Get(in_control)));
     }
-    /// As Enter and Escape do it, whether the button is enabled or not.
+    /// As Enter and Escape do, whether the button is enabled or not.
     void Press(int in_control) const {
         SendMessageW(m_window, WM_COMMAND, MAKEWPARAM(in_control, BN_CLICKED),
                      reinterpret_cast<LPARAM>(Get(in_control)));
     }
-    /// Again when nothing has come of it: a window that comes to the front meanwhile takes the
+    /// Clicks again if there was no effect: a window that comes to the front meanwhile takes the
     /// mouse from the button.
     void Click(int in_control) const {
         const auto isChecked = [&] { return SendMessageW(Get(in_control), BM_GETCHECK, 0, 0); };
@@ -48,7 +48,7 @@ public:
         }
     }
     bool IsEnabled(int in_control) const { return IsWindowEnabled(Get(in_control)) != FALSE; }
-    /// A form that has been ended is hidden before it is destroyed.
+    /// A form that has ended is hidden before it is destroyed.
     bool IsOpen() const { return IsWindowVisible(m_window) != FALSE; }
     HWND Get(int in_control) const { return GetDlgItem(m_window, in_control); }
     HWND Window() const { return m_window; }
@@ -70,13 +70,13 @@ HWND FindForm() {
         if (window == nullptr) return nullptr;
         DWORD process = 0;
         GetWindowThreadProcessId(window, &process);
-        // OK is enabled or not only once everything is filled.
+        // OK gets its state after everything is filled.
         const bool isOurs = process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE;
         if (isOurs && GetDlgItem(window, ID_NOTE) != nullptr) return window;
     }
 }
 
-/// Shows the editor while a user is there, who cancels what they leave open.
+/// Shows the editor to a user, who cancels it if it is still open at the end.
 /// @param out_failure  for a test that expects one
 int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>& in_user,
            std::string* out_failure = nullptr) {
@@ -128,7 +128,7 @@ VeltraneDSNDialog MakeEditor() {
     return editor;
 }
 
-/// A field with a text that no memory can hold.
+/// A field that reports a text too long for memory.
 LRESULT CALLBACK TellAbsurdLength(HWND in_field, UINT in_message, WPARAM in_first,
                                   LPARAM in_second) {
     return in_message == WM_GETTEXTLENGTH
@@ -136,7 +136,7 @@ LRESULT CALLBACK TellAbsurdLength(HWND in_field, UINT in_message, WPARAM in_firs
                : DefWindowProcW(in_field, in_message, in_first, in_second);
 }
 
-TEST(NativeForm, WhatAMessageThrowsEndsTheDialogAndIsItsFailure) {
+TEST(NativeForm, AnExceptionInAMessageEndsTheDialog) {
     VeltraneDSNDialog editor = MakeEditor();
     std::string failure;
     const auto breakIt = [](const Form& in_form) {
@@ -149,13 +149,13 @@ TEST(NativeForm, WhatAMessageThrowsEndsTheDialogAndIsItsFailure) {
     EXPECT_EQ(editor.GetDatabase(), OLD[2]);
 }
 
-TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
+TEST(NativeForm, ShowsTheTextsAndReturnsTheInput) {
     const std::wstring entered[] = {L"neu \U0001F600", L"s2", L"d2",  L"",
                                     L"p\x20AC",        L"n2", L"LDAP"};
     VeltraneDSNDialog editor = MakeEditor();
     const int result = ShowTo(editor, [&](const Form& in_form) {
         EXPECT_EQ(in_form.Title(), L"Data source sales");
-        // A screen of 800 x 480, with 31 pixels for the frame and Windows' font of 7 x 15.
+        // For a screen of 800 x 480, with 31 pixels for the frame and Windows' font of 7 x 15.
         RECT form{};
         RECT font{0, 0, 4, 8};
         GetClientRect(in_form.Window(), &form);
@@ -176,7 +176,7 @@ TEST(NativeForm, ShowsTheTextsAndGivesBackWhatIsEntered) {
     }
 }
 
-TEST(NativeForm, WhatWasLoadedPassesAsLongAsItIsNotChanged) {
+TEST(NativeForm, LoadedValuesAreValidUntilTheyAreChanged) {
     const std::u16string odd = std::u16string(300, u'x') + u"\t\x01\x7F\v\x85 ";
     VeltraneDSNDialog editor = MakeEditor();
     editor.SetServer(odd);
@@ -209,7 +209,7 @@ TEST(NativeForm, CancelChangesNothing) {
     }
 }
 
-TEST(NativeForm, RefusesWithTheReasonBelowTheField) {
+TEST(NativeForm, ShowsTheReasonOfARefusalBelowTheField) {
     const struct {
         int m_input;
         std::wstring m_text;
@@ -243,7 +243,7 @@ TEST(NativeForm, RefusesWithTheReasonBelowTheField) {
     EXPECT_EQ(result, VeltraneDSNDialog::RESULT_CANCEL);
 }
 
-TEST(NativeForm, ANewOnePointsOutNothingYetAndBeginsWithTheName) {
+TEST(NativeForm, ANewFormShowsNoErrorsYetAndStartsAtTheName) {
     VeltraneDSNDialog editor;
     ShowTo(editor, [&](const Form& in_form) {
         EXPECT_EQ(in_form.Title(), L"New data source");
@@ -284,7 +284,7 @@ TEST(NativeForm, TabGoesThroughTheFieldsInTheirOrder) {
     });
 }
 
-TEST(NativeForm, ThePasswordIsMaskedUnlessItIsToBeShown) {
+TEST(NativeForm, ThePasswordIsMaskedUnlessShown) {
     VeltraneDSNDialog editor = MakeEditor();
     ShowTo(editor, [&](const Form& in_form) {
         const auto mark = [&] {
@@ -299,7 +299,7 @@ TEST(NativeForm, ThePasswordIsMaskedUnlessItIsToBeShown) {
     });
 }
 
-/// What a user does in the password's field.
+/// Sends a user's action to the password's field.
 void Send(const Form& in_form, UINT in_message, WPARAM in_first = 0, LPARAM in_second = 0) {
     SendMessageW(in_form.Get(PASSWORD), in_message, in_first, in_second);
 }
@@ -312,7 +312,7 @@ void SelectPassword(const Form& in_form, WPARAM in_first, LPARAM in_last) {
     Send(in_form, EM_SETSEL, in_first, in_last);
 }
 
-TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
+TEST(NativeForm, NoCopyOfThePasswordIsLeft) {
     const struct {
         const char* m_name;
         std::size_t m_length;
@@ -367,10 +367,10 @@ TEST(NativeForm, NoCopyOfThePasswordStaysBehind) {
     }
 }
 
-TEST(NativeForm, ThePasswordIsEditedAsEveryText) {
+TEST(NativeForm, ThePasswordIsEditedLikeAnyText) {
     const struct {
         const char* m_name;
-        WPARAM m_first;  ///< what is selected before
+        WPARAM m_first;  ///< the selection before
         LPARAM m_last;
         std::function<void(const Form&)> m_act;
         const wchar_t* m_text;

@@ -33,7 +33,7 @@ void ShowWithPassword(const char* in_mode, std::size_t in_length) {
     EXPECT_EQ(CopiesOfThePassword(), 1U) << "besides the editor's own value";
 }
 
-TEST(PasswordMemory, NoCopyStaysBehind) {
+TEST(PasswordMemory, NoCopyIsLeft) {
     for (const char* mode : {"ok", "cancel", "garbage", "end"}) {
         for (const std::size_t length : {std::size_t{30}, std::size_t{400}}) {
             SCOPED_TRACE(std::string(mode) + " " + std::to_string(length));
@@ -43,7 +43,7 @@ TEST(PasswordMemory, NoCopyStaysBehind) {
     }
 }
 
-TEST(PasswordMemory, OfTheFileOfInitialValuesOnlyTheValueIsKept) {
+TEST(PasswordMemory, OnlyTheInitialValueIsKeptOfTheFile) {
     const Orska::Test::TemporaryDirectory directory;
     const std::string file = directory.Write("values.ini", "");
     {

@@ -5,8 +5,8 @@
 namespace Veltrane::ODBC {
 namespace {
 
-// Which bytes are a character, and which are none, is tested with the readers and writers below.
-TEST(Utf8, GoesThroughATextOfEveryLength) {
+// The tests of the readers and writers cover which bytes are a character.
+TEST(Utf8, ConvertsATextOfEveryLength) {
     const std::string bytes = "a\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80z";
     for (const std::size_t size : {0, 1, 3, 6, 10, 11}) {
         SCOPED_TRACE(size);
