@@ -68,7 +68,7 @@ public:
     virtual std::int64_t GetLengthAsSQLCHARString(const orska_wstring& in_string);
 
     /// Sets a string from a buffer in the driver manager's encoding.
-    /// @param in_buffer null makes the string NULL
+    /// @param in_buffer  null makes the string NULL
     /// @param in_length  code units (bytes if `in_lengthInBytes`), or -3
     /// @throws ErrorException "ICUConvErrNotRecog" for any other negative length, "ICUConvErr" when
     ///         ICU fails

@@ -79,7 +79,7 @@ std::int64_t MeasureDirectly(std::u16string_view in_text, EncodingType in_encodi
 
 /// Encodes with ICU: the whole text, ended in the encoding's initial state, or else the most whole
 /// code points that fit together with their end. The rest of the buffer is then zeros.
-/// @param io_converter in any state, which does not affect the result; also in the functions below
+/// @param io_converter  in any state, which does not affect the result; so in the functions below
 /// @param out_attempts  how many conversions it took, counting one that failed
 EncodedText EncodeThroughIcu(UConverter& io_converter, std::u16string_view in_text,
                              char* out_buffer, std::int64_t in_capacity, int& out_attempts,

@@ -14,7 +14,7 @@ public:
     virtual ~ISettingListener() = default;
 
     /// Called before the new value is stored; an exception leaves the old value in place.
-    /// @param in_key as the caller of SetSetting spelled it
+    /// @param in_key       as the caller of SetSetting spelled it
     /// @param in_oldValue  the stored value itself, valid during the call; empty for a new key
     virtual void OnSettingChanged(const std::string& in_key, const std::string& in_oldValue,
                                   const std::string& in_newValue) = 0;

@@ -1,4 +1,4 @@
-"""The blocks of a page in Markdown, and what their info strings say.
+"""The blocks of a Markdown page, and the meaning of their info strings.
 
     ```sh                         commands that a test runs; they have to succeed
     ```sh exit=4                  the last of them has to end with this code
@@ -6,13 +6,13 @@
     ```sh norun="why"             commands that no test can run here, with the reason
     ```sh run-by="test"           commands that the named test runs
     ```text output                what the commands above it print; a line "..." stands for any lines
-    ```text output unordered      the same where output and errors come in another order than here
-    ```json output                the same as JSON, however it is laid out
-    ```text message               what the product says, with "..." for what differs
+    ```text output unordered      the same if output and errors can be in another order
+    ```json output                the same as JSON, in any layout
+    ```text message               a message of the product, with "..." for variable parts
     ```json file=dsns.json        a file that the reader writes before going on
 
-A table with a column "Message" lists such texts too, as code in that column. Commands in a comment that begins with "<!-- before" make the situation that the page then
-shows.
+Table columns with the head "Message" list such texts too, as code. Commands in a comment that
+begins with "<!-- before" create the situation that the page then shows.
 """
 import re
 import shlex
@@ -39,7 +39,7 @@ class Block:
 
 
 def read_blocks(path, name):
-    """Fenced blocks, and indented ones with the language "indented"; name stands in places."""
+    """Fenced blocks, and indented ones with the language "indented"; messages use the name."""
     blocks, fence, hidden, before = [], None, False, ""
     with open(path, encoding="utf-8") as file:
         for number, line in enumerate(file.read().splitlines(), 1):
@@ -69,7 +69,7 @@ def read_blocks(path, name):
 
 
 def read_messages(path):
-    """The texts in columns of tables that are headed "Message", each with its line."""
+    """The texts in table columns with the head "Message", each with its line."""
     column, messages = None, []
     with open(path, encoding="utf-8") as file:
         for number, line in enumerate(file.read().splitlines(), 1):
@@ -84,7 +84,7 @@ def read_messages(path):
 
 
 def read_literals(folders):
-    """The texts in the C++ sources of the folders, neighbours joined as the compiler does it."""
+    """The string literals in the folders' C++ sources, neighbours joined as by the compiler."""
     literals = []
     for path in (path for folder in folders for path in sorted(folder.glob("**/*"))):
         if path.suffix in (".cpp", ".h", ".inc"):
@@ -95,9 +95,9 @@ def read_literals(folders):
 
 
 def matches(expected, actual):
-    """Whether the lines are the expected ones, where "..." stands for any number of lines.
+    """True if the lines are the expected ones; "..." matches any number of lines.
 
-    Blanks at the ends of lines do not count: editors of pages drop them."""
+    Blanks at the ends of lines are ignored: editors remove them."""
     pattern = "".join("(?:.*\n)*?" if line.strip() == "..." else re.escape(line) + "\n"
                       for line in expected)
     return re.fullmatch(pattern, "".join(line.rstrip() + "\n" for line in actual)) is not None

@@ -3,8 +3,8 @@
 
 Arguments: the tool, the setup library and the source folder. Each page has a scratch folder with a
 HOME and the files of an ODBC installer; paths of an installed product are replaced by those of the
-build. PATH holds what pages may use and nothing else: no page installs or builds anything here.
-doc_blocks.py says what the info strings of blocks mean.
+build. PATH has only the programs that pages may use, so no page installs or builds anything here.
+doc_blocks.py explains the info strings of blocks.
 """
 import json
 import os
@@ -27,13 +27,13 @@ from terminal import run_on_terminal  # noqa: E402
 PRODUCT_TEXTS = read_literals([SOURCE / name for name in ("cli", "Setup", "VeltraneDialog")])
 COMMANDS = ("ansible-playbook bash cat chmod cp dirname env grep head id isql ls mkdir mv odbcinst rm "
             "sed sh sort stat tail touch wc").split()
-# In a block without a language, such a first word is a command that somebody forgot to mark.
+# In a block without a language, one of these as the first word is a command that lacks its mark.
 FOREIGN = ("apt apt-get ansible cmake cpack ctest dpkg docker git isql ninja podman sudo systemctl "
            "veltrane-dsn").split()
 PAGES_OF_WINDOWS = {"windows.md"}
-# They show how the driver is registered, and start without.
+# These show how the driver is registered, so they start without it.
 PAGES_THAT_REGISTER = {"README.md", "docs/guide.md"}
-# What a reader of the page has before the first command.
+# Files that a reader of the page has before the first command.
 FIXTURES = {
     "README.md": {"password": "s3cret\n"},
 }
@@ -59,7 +59,7 @@ class Page(unittest.TestCase):
         for name, text in FIXTURES.get(self.name, {}).items():
             (self.work / name).write_text(text, encoding="utf-8")
         self.register()
-        # Paths of an installed product and what replaces them here.
+        # Paths of an installed product and their replacements.
         self.paths = {"/usr/lib/libVeltraneSetup.so": SETUP,
                       "/opt/veltrane/lib/libVeltraneSetup.so": SETUP,
                       "/home/anna": str(self.home),
@@ -88,7 +88,7 @@ class Page(unittest.TestCase):
                 "ODBCINI": str(self.home / ".odbc.ini"), "NO_COLOR": "1", **kept}
 
     def run_commands(self, block):
-        """Gives exit code and output, errors among it as on a terminal."""
+        """Returns the exit code and the output, with errors in it as on a terminal."""
         command = ["bash", "-eu", "-o", "pipefail", "-c", self.to_scratch(block.text)]
         if "types" in block.options:
             return self.type_answers(command, block.options["types"])
@@ -102,7 +102,7 @@ class Page(unittest.TestCase):
 
         def reply(shown, _):
             nonlocal asked
-            if len(shown) == asked or not shown.endswith(b": "):  # a new password is asked for twice
+            if len(shown) == asked or not shown.endswith(b": "):  # new passwords have two prompts
                 return b""
             asked = len(shown)
             return answer.encode() + b"\n"
@@ -140,7 +140,7 @@ class Page(unittest.TestCase):
                 print(f"{block.place}: not run here: {reason}")
                 output = None
             elif block.language in ("bash", "shell", "console"):
-                self.fail(f"{block.place}: commands stand in blocks marked sh")
+                self.fail(f"{block.place}: commands belong in blocks marked sh")
             elif block.language == "sh":
                 code, output = self.run_commands(block)
                 expected = int(block.options.get("exit", "0"))
@@ -161,7 +161,7 @@ class Page(unittest.TestCase):
 
 class KeysTest(unittest.TestCase):
     def test_the_page_has_the_keys_of_the_code_and_the_options_of_the_tool(self):
-        """What is needed is needed in both, and each named option is one of the tool."""
+        """The page and the code require the same keys, and the tool has each named option."""
         code = (SOURCE / "VeltraneDialog/DialogFields.h").read_text("utf-8")
         fields = dict(re.findall(r'{"(\w+)", &DialogValues::\w+, [\w:]+, (true|false)', code))
         page = (SOURCE / "docs/dsn-keys.md").read_text("utf-8").split("\n## ")[0]

@@ -1,5 +1,5 @@
-/// The built library through the installers of unixODBC and iODBC. Both are loaded by hand: their
-/// headers cannot be installed beside each other. iODBC is skipped where it is not installed.
+/// The built library through the installers of unixODBC and iODBC. Both are loaded at run time,
+/// because their headers cannot be installed together. iODBC is skipped if it is not installed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ class ConfigDataSource : public testing::TestWithParam<bool> {
 protected:
     void SetUp() override {
         if (!m_installer.IsInstalled()) GTEST_SKIP() << "iODBC is not installed";
-        // iODBC takes this name as it is, unixODBC in the system's folder.
+        // iODBC uses this name as it is, unixODBC in the system's folder.
         std::filesystem::current_path(m_scratch.SystemFile().parent_path());
         ::setenv("ODBCINSTINI", "odbcinst.ini", 1);
         ::setenv("SYSODBCINI", m_scratch.SystemFile().c_str(), 1);
@@ -37,7 +37,7 @@ protected:
     }
     void TearDown() override { std::filesystem::current_path("/"); }
 
-    /// The initial values, with what a line says after the server's.
+    /// Writes the initial values; `in_server` ends with the text after the server's line.
     void SetValues(const std::string& in_server) const {
         IniScratch::Write(m_values, "[DSN]\nDSN=sales\nServer=" + in_server +
                                         "\nNamespace= cognos \nLoginMode=1\nUID=anna\nPWD=p w\n"
@@ -59,7 +59,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Of, ConfigDataSource, testing::Bool(),
                          [](const auto& in_info) { return in_info.param ? "Iodbc" : "UnixOdbc"; });
 
-// The installer keeps what it has read; a caller must not be given that after a save.
+// The installer caches values; after a save the caller must not get the old ones.
 TEST_P(ConfigDataSource, AddsConfiguresAndRemovesAndTheCallerReadsIt) {
     for (const bool isWide : {false, true}) {
         for (const bool isSystem : {false, true}) {
@@ -93,7 +93,7 @@ TEST_P(ConfigDataSource, AddsConfiguresAndRemovesAndTheCallerReadsIt) {
 
 TEST_P(ConfigDataSource, ValuesComeBackThroughItsReaderOrAreRefused) {
     const std::pair<std::string, bool> cases[] = {
-        // Whether iODBC's reader gives it back; unixODBC's does.
+        // The flag: iODBC's reader returns it; unixODBC's reader always does.
         {"p=;#'\"{}[]\\%$ ü€日本😀", true},
         {"a;b#c", true},
         {"'a ;b'", true},
@@ -126,7 +126,7 @@ TEST_P(ConfigDataSource, EditsAFileAsItsReaderReadsIt) {
         m_isIodbc ? "'sales'=Veltrane\n\n[Sales]\n Server=goes on\n'server'=db2 ;c\nUID=" +
                         std::string(1200, 'u') + "\nDriver=V\n"
                   : "[sales]\r\nDriver=Veltrane\r\nServer=old\r\nExtra=1\r\n[z]\r\nlast";
-    // Keys that were there return to their places.
+    // Existing keys return to their places.
     const std::string after =
         m_isIodbc ? "sales=Veltrane\n\n[sales]\nServer=db1\nUID=anna\nDriver=Veltrane\n"
                     "Namespace=cognos\nLoginMode=1\nPWD=p w\nDatabase=d\n"
@@ -165,10 +165,10 @@ TEST_P(ConfigDataSource, ARefusalPostsItsErrorOnceAndChangesNothing) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
         const bool isRefused = m_isIodbc ? c.m_isByIodbc : c.m_isByUnixOdbc;
-        // What the handle points to must not matter, so it points nowhere.
+        // The handle must not be used, so it points nowhere.
         void* const window = reinterpret_cast<void*>(c.m_request == CONFIG ? 1 : 0);
         EXPECT_EQ(m_installer.Configure(c.m_request, c.m_list, false, window), !isRefused);
-        // Some versions of the installer put an error of their own beside it.
+        // Some versions of the installer add their own error.
         const Errors errors = m_installer.GetErrors();
         EXPECT_EQ(std::count(errors.begin(), errors.end(), c.m_error), isRefused ? 1 : 0)
             << testing::PrintToString(errors);
@@ -194,7 +194,7 @@ class Iodbc : public ConfigDataSource {};
 
 INSTANTIATE_TEST_SUITE_P(Of, Iodbc, testing::Values(true), [](const auto&) { return "Iodbc"; });
 
-TEST_P(Iodbc, CarriesAnyTextInFourByteCharacters) {
+TEST_P(Iodbc, StoresAnyTextInFourByteCharacters) {
     ASSERT_TRUE(m_installer.Configure(ADD, ""));
     const std::string before = UserFile();
     IniScratch::Write(m_scratch.UserFile(), before + "[ü€日😀]\nDriver=Veltrane\n\n");
@@ -216,8 +216,8 @@ TEST_P(Iodbc, FindsTheFileAsItsReaderDoes) {
     }
 }
 
-// One process with both driver managers: each request belongs to the one that it came from.
-TEST_P(Iodbc, IsToldFromUnixOdbcInOneProcess) {
+// One process with both driver managers: each request uses the one that made it.
+TEST_P(Iodbc, IsDistinctFromUnixOdbcInOneProcess) {
     const Installer unixOdbc(false);
     ASSERT_TRUE(unixOdbc.IsInstalled());
     for (int round = 0; round < 2; ++round) {

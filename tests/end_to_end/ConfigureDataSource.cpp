@@ -3,9 +3,9 @@
 ///
 ///     configure_data_source FILE add|config [key=value ...]
 ///
-/// Writes to the file, once the call is back, its result and the installer's errors. The call is
-/// made on a thread of its own. Meanwhile SIGUSR1 makes the program fork, with a child that does
-/// nothing but live, and SIGUSR2 cancels the thread.
+/// After the call it writes the result and the installer's errors to the file. The call runs in its
+/// own thread. Meanwhile SIGUSR1 makes the program fork, with a child that only waits, and SIGUSR2
+/// cancels the thread.
 #include <odbcinst.h>
 #include <pthread.h>
 #include <signal.h>
@@ -47,7 +47,7 @@ struct Call {
 
 void* MakeCall(void* io_call) {
     Call& call = *static_cast<Call*>(io_call);
-    // What the handle points to must not matter, so it points nowhere.
+    // The handle must not be used, so it points nowhere.
     HWND window = reinterpret_cast<HWND>(1);
     call.m_result =
         SQLConfigDataSource(window, call.m_request, "Veltrane", call.m_attributes.c_str());
@@ -55,7 +55,7 @@ void* MakeCall(void* io_call) {
     return io_call;
 }
 
-/// @return whether the thread was cancelled
+/// @return true if the thread was cancelled
 bool MakeCallOnThread(Call& io_call) {
     sigset_t signals;
     sigemptyset(&signals);

@@ -1,5 +1,5 @@
-// No request leaves a copy of the password in the memory of its host. The entry points of the built
-// library are called directly: an installer keeps copies of its own.
+// No request leaves a copy of the password in its host's memory. The test calls the entry points of
+// the built library directly, because an installer keeps its own copies.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ void WriteFiles(const IniScratch& in_scratch, std::size_t in_length) {
     IniScratch::Write(in_scratch.Folder() / "values.ini", "[DSN]\n" + values);
 }
 
-/// The attributes of a request, made without a copy.
+/// Makes the attributes of a request without a copy.
 std::string MakeList(std::size_t in_length) {
     std::string list("DSN=sales\0PWD=", 14);
     list.reserve(1000);
@@ -44,9 +44,9 @@ std::string MakeList(std::size_t in_length) {
     return list;
 }
 
-TEST(HostMemory, HoldsNoPasswordAfterARequest) {
+TEST(HostMemory, HasNoPasswordAfterARequest) {
     const IniScratch scratch;
-    ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // or a new unixODBC has to be asked to read
+    ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // else a new unixODBC shows it only by a read
     ::setenv("VELTRANE_DSN_INITIAL_VALUES", (scratch.Folder() / "values.ini").c_str(), 1);
     ::setenv("VELTRANE_DSN_EDITOR", FAKE_EDITOR_PROGRAM, 1);
     void* const library = ::dlopen(SETUP_LIBRARY, RTLD_NOW);

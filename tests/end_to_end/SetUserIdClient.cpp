@@ -1,4 +1,4 @@
-/// A set-user-id program that uses the setup library, for the test of what it does for its user.
+/// A set-user-id program that uses the setup library, for the test of its rights.
 ///
 ///     set_user_id_client LIBRARY user|system REQUEST
 ///

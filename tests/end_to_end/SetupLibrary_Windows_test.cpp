@@ -1,5 +1,4 @@
-/// The built library through the test installer, which loads it for each request and frees
-/// it again.
+/// The built library through the test installer, which loads it for each request and then frees it.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -48,8 +47,8 @@ const Section SAVED = {
     {L"Database", L"d"},
 };
 
-// The first test of the program: each request keeps the library.
-TEST_F(SetupLibrary, GoesAgainWhenItWasOnlyLookedAt) {
+// This has to be the first test of the program, because each request keeps the library.
+TEST_F(SetupLibrary, IsUnloadedIfNothingWasCalled) {
     bool isFreed = false;
     std::thread([&] { isFreed = ::FreeLibrary(::LoadLibraryW(SETUP_LIBRARY)); }).join();
     EXPECT_TRUE(isFreed);
@@ -76,7 +75,7 @@ TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
             EXPECT_TRUE(call(ODBC_REMOVE_DSN, "DSN=sales\0", L"DSN=sales\0"));
             EXPECT_EQ(TestProfile::List(root).count(L"sales"), 0U);
             EXPECT_EQ(TestProfile::List(isSystem ? Root::USER : Root::SYSTEM).size(),
-                      0U + (isWide || isSystem));  // the emptied list of names
+                      0U + (isWide || isSystem));  // the empty list of names
         }
     }
 }
@@ -95,7 +94,7 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
                              reinterpret_cast<LPARAM>(L"entered ü€"));
             DialogUser::Press(in_dialog, c.m_button);
         });
-        // What the handle points to must not matter, so it points nowhere.
+        // The handle must not be used, so it points nowhere.
         EXPECT_TRUE(SQLConfigDataSource(reinterpret_cast<HWND>(1), ODBC_CONFIG_DSN, "Veltrane",
                                         "DSN=sales\0"))
             << testing::PrintToString(m_stage.Posted());
@@ -105,12 +104,12 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
     }
 }
 
-TEST_F(SetupLibrary, ARefusalCarriesTheTextOfItsStringTable) {
+TEST_F(SetupLibrary, ARefusalHasTheTextOfItsStringTable) {
     EXPECT_FALSE(SQLConfigDataSourceW(nullptr, ODBC_REMOVE_DSN, L"Veltrane", L"DSN=a[b\0"));
     EXPECT_EQ(m_stage.Posted(), (decltype(m_stage.Posted()){{8, "Invalid keyword-value pairs."}}));
 }
 
-TEST_F(SetupLibrary, CarriesItsVersion) {
+TEST_F(SetupLibrary, HasItsVersion) {
     const HMODULE library = ::LoadLibraryExW(SETUP_LIBRARY, nullptr, LOAD_LIBRARY_AS_DATAFILE);
     ASSERT_NE(library, nullptr);
     const HRSRC found = ::FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
@@ -123,7 +122,7 @@ TEST_F(SetupLibrary, CarriesItsVersion) {
     ::FreeLibrary(library);
 }
 
-/// Bytes of memory that the process has to itself.
+/// Bytes of the process's private memory.
 std::size_t OwnMemory() {
     PROCESS_MEMORY_COUNTERS counters{};
     counters.cb = sizeof counters;
@@ -133,8 +132,8 @@ std::size_t OwnMemory() {
 
 class SetupLibraryLoads : public SetupLibrary {
 protected:
-    /// Loads, calls and frees the library, in a thread of its own: the run-time keeps a library
-    /// that has a thread's data for as long as the thread lives.
+    /// Loads, calls and frees the library in a new thread: the run-time keeps a library with a
+    /// thread's data until the thread ends.
     static BOOL InThread(WORD in_request, const wchar_t* in_attributes) {
         BOOL result = FALSE;
         std::thread([&] {
@@ -145,7 +144,7 @@ protected:
 
     static void Request(int in_count) {
         for (int i = 0; i < in_count; i += 2) {
-            // One that saves, one that refuses: both ways through the library.
+            // One request that saves and one that is refused, for both ways through the library.
             ASSERT_TRUE(InThread(ODBC_CONFIG_DSN, L"DSN=sales\0"));
             ASSERT_FALSE(InThread(ODBC_REMOVE_DSN, L"DSN=a[b\0"));
         }
@@ -166,7 +165,7 @@ protected:
 
 TEST_F(SetupLibraryLoads, OfAFewHundredRequestsLeaveNothing) { CheckMemoryStaysFlat(200); }
 
-// Far more loads than the process has thread-local slots for.
+// Far more loads than a process has thread-local slots.
 TEST_F(SetupLibraryLoads, DISABLED_OfTwentyThousandRequestsLeaveNothing) {
     CheckMemoryStaysFlat(20000);
 }

@@ -1,6 +1,6 @@
-/// The built library through the odbccp32.dll of the system, which is Wine's own here: it loads the
-/// library, writes a section to one root and values to the other, and keeps no errors of ours. It
-/// would remove every data source under an empty name, so no request here is without one.
+/// The built library through the system's odbccp32.dll, here Wine's. It loads the library, writes a
+/// section to one root and values to the other, and keeps no errors of ours. For an empty name it
+/// would remove every data source, so each request here has a name.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -27,7 +27,7 @@ std::wstring Read(HKEY in_root, const wchar_t* in_key) {
 class SystemInstaller : public testing::Test {
 protected:
     SystemInstaller() {
-        // Wine's reads "Driver" where others read "Setup".
+        // Wine's reads "Driver", others read "Setup".
         for (const wchar_t* value : {L"Driver", L"Setup"}) {
             ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, DRIVER_KEY, value, REG_SZ, SETUP_LIBRARY,
                               sizeof SETUP_LIBRARY);
@@ -48,7 +48,7 @@ protected:
         std::filesystem::temp_directory_path() / "veltrane-system-installer.ini";
 };
 
-TEST_F(SystemInstaller, HandsOnRequestsInBothWidthsAndRefusals) {
+TEST_F(SystemInstaller, PassesOnRequestsInBothWidthsAndRefusals) {
     const struct {
         WORD m_request;
         const wchar_t* m_driver;  ///< of the user's data source after it
@@ -60,7 +60,7 @@ TEST_F(SystemInstaller, HandsOnRequestsInBothWidthsAndRefusals) {
     for (const bool isWide : {true, false}) {
         for (const auto& step : steps) {
             SCOPED_TRACE(testing::Message() << step.m_request << (isWide ? " wide" : " narrow"));
-            ::RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);  // which Wine's removal leaves
+            ::RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);  // because Wine's removal leaves it
             EXPECT_TRUE(isWide ? SQLConfigDataSourceW(nullptr, step.m_request, L"Veltrane Test",
                                                       L"DSN=veltrane-test\0")
                                : SQLConfigDataSource(nullptr, step.m_request, "Veltrane Test",
@@ -71,7 +71,7 @@ TEST_F(SystemInstaller, HandsOnRequestsInBothWidthsAndRefusals) {
                       isThere ? L"ü€日本\U0001F600" : L"(absent)");
             EXPECT_EQ(Read(HKEY_CURRENT_USER, L"PWD"), isThere ? L"p w" : L"(absent)");
             EXPECT_EQ(Read(HKEY_CURRENT_USER, L"UID"), L"(absent)");
-            // From the drivers.
+            // From the registered drivers.
             EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, L"Driver"), isThere ? SETUP_LIBRARY : L"(absent)");
         }
     }

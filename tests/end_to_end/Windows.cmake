@@ -1,4 +1,4 @@
-# The built library through the test installer, and through the system's own (Wine's).
+# The built library through the test installer, and through the system's (Wine's).
 set(setup_library "SETUP_LIBRARY=L\"Z:$<TARGET_FILE:VeltraneSetup>\"")
 
 installer_test(NAME end_to_end_test DESKTOP

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Adds and changes data sources through SQLConfigDataSource with the desktop editor: a virtual
-display, real key events, and what is in odbc.ini afterwards."""
+"""Adds and changes data sources through SQLConfigDataSource with the desktop editor, on a virtual
+display with real key events, and checks odbc.ini afterwards."""
 import ctypes
 import os
 import subprocess
@@ -12,7 +12,7 @@ from editor_harness import wait_for
 
 
 def close_window(display_name, window):
-    """Asks a window to close as the cross in its frame does."""
+    """Asks a window to close, as its frame's close button does."""
     class ClientMessage(ctypes.Structure):
         _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send", ctypes.c_int),
                     ("display", ctypes.c_void_p), ("window", ctypes.c_ulong),
@@ -82,7 +82,7 @@ class DesktopEditorTest(editor_harness.EditorChecks, DesktopEditorStart):
         self.assertEqual(self.stored("Größe"), {"Driver": "Veltrane", "Server": "сервер",
                                                 "Database": "数据库 \U0001F600"})
 
-    def test_ok_waits_for_what_is_required(self):
+    def test_ok_needs_the_required_fields(self):
         self.start("add")
         window = self.focus("New data source")
         self.fill("sal[es", "bi.example")
@@ -94,7 +94,7 @@ class DesktopEditorTest(editor_harness.EditorChecks, DesktopEditorStart):
         self.type("sales")
         self.keys("Return")
         self.assertEqual(self.errors(), (1, []))
-        # Neither key did anything, nor did it become text.
+        # Neither key had an effect or became text.
         self.assertEqual(self.stored("sales"),
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
@@ -123,7 +123,7 @@ class DesktopEditorTest(editor_harness.EditorChecks, DesktopEditorStart):
         self.assertEqual(self.process.wait(editor_harness.TIMEOUT), 0)
         self.assertEqual(self.ini.read_text().lstrip(), before.replace("[sales]", "[sales2]"))
 
-    def test_killed_host_takes_its_editor_along(self):
+    def test_a_killed_host_ends_its_editor(self):
         self.start("add")
         self.focus("New data source")
         editor = wait_for(self.editor_pid, "the editor")
@@ -133,26 +133,26 @@ class DesktopEditorTest(editor_harness.EditorChecks, DesktopEditorStart):
 
 
 class ListWindowTest(DesktopEditorStart):
-    """The window of all data sources, by keys and by what a screen reader is told."""
+    """The window of all data sources, by keys and by what a screen reader gets."""
     TITLE = r"ODBC data sources \(Veltrane\)"
 
     @classmethod
     def setUpClass(cls):
         if "THREADS_ARE_WATCHED" in os.environ:
-            raise unittest.SkipTest("a screen reader hears nothing of a program so watched")
+            raise unittest.SkipTest("screen readers get nothing from a program under ThreadSanitizer")
         super().setUpClass()
         cls.bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
                                    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
                                    env=os.environ | {"DISPLAY": cls.display_name})
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = cls.bus.stdout.readline().strip()
-        # Debian's modules, for another Python of the same version, too.
+        # Debian's modules, also for another Python of the same version.
         sys.path.append("/usr/lib/python3/dist-packages")
         try:
             from pyatspi import Registry
             cls.programs = Registry.getDesktop(0)
-        except Exception as reason:  # no module, or no bus for screen readers: whatever it raises
+        except Exception as reason:  # no module or no bus: it can raise anything
             cls.tearDownClass()
-            raise unittest.SkipTest(f"there is no accessibility bus: {reason}") from reason
+            raise unittest.SkipTest(f"no accessibility bus: {reason}") from reason
 
     @classmethod
     def tearDownClass(cls):
@@ -161,7 +161,7 @@ class ListWindowTest(DesktopEditorStart):
         super().tearDownClass()
 
     def heard(self):
-        """(role, name) of all that shows in the window, as a screen reader has it."""
+        """(role, name) of everything visible in the window, as a screen reader gets it."""
         found = set()
 
         def visit(node):
@@ -174,7 +174,7 @@ class ListWindowTest(DesktopEditorStart):
             for program in self.programs:
                 if program and program.get_process_id() in (self.process.pid, self.editor_pid()):
                     visit(program)
-        except (LookupError, RuntimeError):  # something has gone meanwhile
+        except (LookupError, RuntimeError):  # something is gone meanwhile
             pass
         return found
 
@@ -182,7 +182,7 @@ class ListWindowTest(DesktopEditorStart):
         wait_for(lambda: {("table cell", name) for name in names} <= self.heard(), self.heard)
 
     def find(self, name):
-        """By the filter, which looks at all columns."""
+        """Uses the filter, which searches all columns."""
         self.keys("alt+f", "ctrl+a")
         self.type(name)
 
@@ -217,7 +217,7 @@ class ListWindowTest(DesktopEditorStart):
         self.keys("alt+t")
         wait_for(lambda: not os.path.exists(f"/proc/{process}"), "the end of the driver")
         wait_for(lambda: ("push button", "Test") in self.heard(), self.heard)
-        # A form that is left takes the test along.
+        # Leaving the form ends the test.
         self.keys("alt+t")
         process = wait_for(self.connecting_process, "the test")
         self.keys("Escape")
@@ -237,7 +237,7 @@ class ListWindowTest(DesktopEditorStart):
         self.assertEqual({name for role, name in heard if role in ("push button", "text", "tree")},
                          {"Add", "Edit", "Copy", "Remove", "Test", "Close", "Filter",
                           "Data sources"})
-        # A new one for this user.
+        # Adds one for this user.
         self.keys("alt+a", "t")
         self.edit("New data source", "'new", "Tab", "'s", "Tab", "'d", "Return")
         self.wait_for_cells("new")
@@ -259,7 +259,7 @@ class ListWindowTest(DesktopEditorStart):
         wait_for(lambda: ("table cell", "copy") not in self.heard(), self.heard)
         self.assertIsNone(self.stored("copy"))
         self.focus(self.TITLE)
-        # The driver of the test is a setup library alone.
+        # The test's driver is only a setup library.
         self.find("new")
         self.keys("alt+t")
         self.wait_for_label("has no Driver entry")

@@ -1,4 +1,4 @@
-"""What the tests of the editors share: a scratch folder with the files of an ODBC installer that
+"""Shared by the tests of the editors: a scratch folder with the files of an ODBC installer that
 knows the built library, the client program that calls it, and a look at its editor process."""
 import configparser
 import os
@@ -16,9 +16,9 @@ SKIPPED = 77
 
 
 def wait_for(condition, what):
-    """Polls until the condition gives something true, and gives that.
+    """Polls until the condition returns something true, and returns that.
 
-    What is waited for is a text, or a function that describes it once the time is over."""
+    `what` is a text, or a function that describes the condition after a timeout."""
     end = time.monotonic() + TIMEOUT
     while time.monotonic() < end:
         value = condition()
@@ -66,7 +66,7 @@ class EditorTest(unittest.TestCase):
                 if name not in ("DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR")}
         base |= {"ODBCSYSINI": str(self.directory), "ODBCINSTINI": "odbcinst.ini",
                  "ODBCINI": str(self.ini), "VELTRANE_DSN_INITIAL_VALUES": "/dev/null",
-                 # The editors let nobody look into their process, the leak checker neither.
+                 # The editors let no other process look into theirs, not even the leak checker.
                  "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
         return base | changes
 
@@ -75,7 +75,7 @@ class EditorTest(unittest.TestCase):
             f"[Veltrane]\nDescription=test\nSetup={self.library}\n{more}")
 
     def install_driver(self):
-        """One that connects, but hangs where something of that name is in the values."""
+        """Installs a driver that connects, but hangs if a value contains "hang"."""
         library = self.directory / "driver.so"
         subprocess.run(["cc", "-x", "c", "-shared", "-fPIC", "-o", library, "-"], check=True, text=True,
                        input="""
@@ -112,7 +112,7 @@ class EditorTest(unittest.TestCase):
         return [os.environ["CLIENT"], str(self.answer), request, *attributes]
 
     def without_editors(self):
-        """The library alone, in a folder where no editor is."""
+        """Copies the library into a folder without editors."""
         alone = self.directory / "alone" / "lib"
         alone.mkdir(parents=True)
         self.library = shutil.copy(self.library, alone)
@@ -132,12 +132,12 @@ class EditorTest(unittest.TestCase):
         try:
             return str(self.ini).encode() in (child / "environ").read_bytes()
         except PermissionError:
-            # Nobody but root looks into an editor; its parent is the client.
+            # Only root can look into an editor; its parent is the client.
             parent = (child / "stat").read_text().rsplit(")", 1)[1].split()[1]
             return str(self.ini).encode() in Path("/proc", parent, "environ").read_bytes()
 
     def fork_client(self):
-        """The client forks; the child lives on and holds open all that the client had open."""
+        """Makes the client fork; the child lives on with all open descriptors of the client."""
         client, editor = self.client_pid(), self.editor_pid()
 
         def child():
@@ -149,7 +149,7 @@ class EditorTest(unittest.TestCase):
         self.addCleanup(os.kill, wait_for(child, "the child"), signal.SIGKILL)
 
     def assert_idle(self):
-        """An editor that nobody types in uses no processor time and writes nothing."""
+        """Checks that an editor without input uses no processor time and writes nothing."""
         editor = Path("/proc", str(wait_for(self.editor_pid, "the editor")))
 
         def used():
@@ -165,8 +165,8 @@ class EditorTest(unittest.TestCase):
         try:
             used()
         except PermissionError:
-            self.skipTest("nobody but root looks into an editor")
-        # It may still be drawing itself at first.
+            self.skipTest("only root can look into an editor")
+        # It may still be drawing at first.
         idle = [measure()]
         if idle[0] != (0, 0):
             idle.append(measure())
@@ -183,7 +183,7 @@ class EditorTest(unittest.TestCase):
         return self.answer.read_text() if self.answer.exists() else "(the call is not back)"
 
     def existing(self):
-        """Puts a data source into odbc.ini and gives the whole file."""
+        """Puts a data source into odbc.ini and returns the whole file."""
         self.ini.write_text("[sales]\nDriver=Veltrane\nServer=old\nUID=me\nPWD=s3cret\n"
                             "Database=retail\n")
         return self.ini.read_text()
@@ -201,7 +201,7 @@ class EditorTest(unittest.TestCase):
         return dict(parser[name]) if parser.has_section(name) else None
 
     def assert_secret_stays(self, secret):
-        """The password is nowhere where other programs look."""
+        """Checks that the password is nowhere that other programs can read."""
         for pid in filter(None, (self.editor_pid(), self.client_pid(), self.connecting_process())):
             for name in ("cmdline", "environ"):
                 try:
@@ -212,8 +212,8 @@ class EditorTest(unittest.TestCase):
 
 
 class EditorChecks:
-    """What every editor does. The class beside it has start, see, keys (with the names that X gives
-    them), type and choose_ldap (in the last field), and knows the editor:
+    """Tests for every editor. The other base class has start, see, keys (with X's names), type and
+    choose_ldap (in the last field), and describes the editor:
 
     DATABASE   a name that its keyboard can type
     WAYS_OUT   functions that leave the form without saving
@@ -222,7 +222,7 @@ class EditorChecks:
     """
 
     def assert_whole(self):
-        """What is the user's own is as it was before the editor."""
+        """Checks that the user's own settings are as before the editor."""
 
     def fill(self, *values):
         """Types values and goes on from field to field in the order of the form."""
@@ -258,7 +258,7 @@ class EditorChecks:
             self.see(seen)
             self.assert_idle()
 
-    def test_a_form_that_is_left_stores_what_was_there(self):
+    def test_a_form_that_is_left_changes_nothing(self):
         for number, leave in enumerate(self.WAYS_OUT):
             with self.subTest(number):
                 before = self.configure()
@@ -269,7 +269,7 @@ class EditorChecks:
                 self.assertEqual(self.ini.read_text(), before)
                 self.assert_whole()
 
-    def test_cancelled_add_has_no_name_to_save_it_under(self):
+    def test_a_cancelled_add_without_a_name_saves_nothing(self):
         self.start("add")
         self.see("New data source")
         self.keys("Escape")
@@ -303,7 +303,7 @@ class DisplayTest(EditorTest):
 
     @classmethod
     def tearDownClass(cls):
-        # Not killed: its lock would stay, and servers that start together fight over such a display.
+        # Not killed: its lock would stay, and new servers would fight for that display.
         cls.display.terminate()
         cls.display.wait()
 
@@ -322,7 +322,7 @@ class DisplayTest(EditorTest):
         return self.xdotool("search", "--onlyvisible", "--name", f"^{title}$")
 
     def focus(self, title):
-        """Waits for the window and gives it the keyboard, as no window manager does it here."""
+        """Waits for the window and gives it the keyboard, because there is no window manager."""
         window = wait_for(lambda: self.find_window(title),
                           lambda: f"the window {title!r}\n{self.answer_so_far()}")
         wait_for(lambda: self.xdotool("windowfocus", window, "getwindowfocus") == window,

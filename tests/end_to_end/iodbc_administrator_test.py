@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Adds, configures and removes a data source in iODBC's administrator, a program with a window,
-which opens the desktop editor."""
+"""Adds, configures and removes a data source in iODBC's administrator, a program with a window that
+opens the desktop editor."""
 import time
 
 import editor_harness
@@ -9,7 +9,7 @@ from editor_harness import wait_for
 ADMINISTRATOR = "iODBC Data Source Administrator"
 DRIVERS = "Choose an ODBC Driver"
 CONFIRMATION = "Confirm action/operation on sales"
-# Where things are in windows of 600 by 450 pixels.
+# Places in windows of 600 by 450 pixels.
 ADD, REMOVE, CONFIGURE = (543, 67), (543, 107), (543, 146)
 FIRST_SOURCE, FIRST_DRIVER, FINISH = (35, 88), (205, 57), (450, 426)
 
@@ -19,14 +19,14 @@ class IodbcAdministratorTest(editor_harness.DisplayTest):
         (self.directory / "odbcinst.ini").write_text(
             "[ODBC Drivers]\nVeltrane=Installed\n\n"
             f"[Veltrane]\nDriver={self.library}\nSetup={self.library}\n")
-        # iODBC takes this name as it is, not in the folder of the system's files.
+        # iODBC uses this name as it is, not in the folder of the system's files.
         self.start_program(["iodbcadm-gtk"], ODBCINSTINI=str(self.directory / "odbcinst.ini"))
 
     def answer_so_far(self):
         return self.ini.read_text() if self.ini.exists() else "(no odbc.ini)"
 
     def click_until(self, condition, title, *places):
-        """A window that has just come may lose a click, so all are made again now and then."""
+        """A window that has just opened can lose a click, so all clicks are repeated."""
         next_time = 0
 
         def click():

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """An odbc.ini on a network file system: folders of a server that sshfs mounts, with its own caches,
-times in whole seconds, and a server that can go away. Needs root, /dev/fuse and sshfs; works in a
-mount namespace of its own.
+times in whole seconds, and a server that can go away. Needs root, /dev/fuse and sshfs; uses its own
+mount namespace.
 
 Arguments: veltrane-dsn, the setup library, and the test programs to run on such a mount.
 """
@@ -38,10 +38,11 @@ class NetworkMountTest(unittest.TestCase):
         self.ini.write_text(KEPT)
 
     def mount(self, name, *options):
-        """Mounts the server's folder, as one host does, and gives the place and the server's process."""
+        """Mounts the server's folder, as one host does. Returns the place and the server's pid."""
         place = self.folder / name
         place.mkdir()
-        # sshfs unmounts when its server is gone; what is below is not to be written to then.
+        # sshfs unmounts when its server is gone. The folder below is read-only, so nothing is
+        # written there.
         subprocess.run(["mount", "-t", "tmpfs", "-o", "ro", "none", place], check=True)
         self.addCleanup(self.unmount, place)
         number = self.folder / f"{name}.pid"
@@ -82,14 +83,14 @@ class NetworkMountTest(unittest.TestCase):
         return errors
 
     def assert_nothing_left(self):
-        """The file that was replaced goes when the server hears that it was closed, a moment later."""
+        """The replaced file goes a moment later, when the server is told that it was closed."""
         deadline = time.monotonic() + 5
         while os.listdir(self.server) != ["user.ini"] and time.monotonic() < deadline:
             time.sleep(0.02)
         self.assertEqual(os.listdir(self.server), ["user.ini"])
 
     def saved(self, text):
-        """The data sources in it; everything else is as it was and all of them are whole."""
+        """Returns its data sources; checks that they are whole and everything else is unchanged."""
         self.assertTrue(text.startswith(KEPT), text)
         blocks = [block for block in text[len(KEPT):].split("\n\n") if block.strip()]
         names = [block.strip().splitlines()[0][1:-1] for block in blocks]
@@ -123,14 +124,14 @@ class NetworkMountTest(unittest.TestCase):
         names = []
         for number in range(10):
             for host in hosts:
-                (host / "user.ini").read_text()  # so that its caches are filled
+                (host / "user.ini").read_text()  # to fill its caches
             for host in hosts:
                 names.append(f"{host.name}{number}")
                 self.add(host, names[-1])
                 self.assertEqual(self.saved(self.ini.read_text()), names)
         self.assert_nothing_left()
 
-    def test_a_server_that_does_not_answer_is_waited_for(self):
+    def test_waits_for_a_server_that_does_not_answer(self):
         place, server = self.mount("a")
         self.add(place, "first")
         os.kill(server, signal.SIGSTOP)
@@ -151,8 +152,8 @@ class NetworkMountTest(unittest.TestCase):
                 ends = {name: (writer.communicate(timeout=60), writer.returncode)
                         for name, writer in writers.items()}
                 self.unmount(place)
-                # sshfs puts an open file aside, under another name, before it replaces it; of what
-                # it left the largest is the last.
+                # sshfs renames an open file before it replaces it. The largest such file is
+                # the last.
                 aside = sorted(self.server.glob(".fuse_hidden*"), key=os.path.getsize)
                 if not self.ini.exists():
                     aside.pop().rename(self.ini)

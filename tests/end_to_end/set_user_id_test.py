@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""What a program with more rights than its user, set-user-id or by file capabilities, does for him,
-who controls the environment and his own folder: nothing that he could not do himself. Needs root;
-works in a mount namespace of its own, with an /etc of its own."""
+"""A program with more rights than its user, set-user-id or by file capabilities, does nothing that
+the user could not do, although the user controls the environment and a home folder. Needs root;
+uses its own mount namespace and /etc."""
 import ctypes
 import os
 import shutil
@@ -57,7 +57,7 @@ class SetUserIdTest(unittest.TestCase):
         self.addCleanup(subprocess.run, ["umount", "/etc"], check=True)
 
     def configure(self, mode="user", request=1):
-        """Calls the program with an environment that leads everywhere but to the right places."""
+        """Calls the program with an environment that names wrong places everywhere."""
         values = self.evil / "values.ini"
         values.write_text("[DSN]\nDSN=evil\nServer=evil\nDatabase=evil\n")
         before = sorted(self.evil.iterdir())
@@ -86,7 +86,7 @@ class SetUserIdTest(unittest.TestCase):
         self.assertEqual((status.st_uid, status.st_gid, status.st_mode & 0o7777),
                          (USER, USER, 0o600))
 
-    def test_links_lead_nowhere_new(self):
+    def test_links_are_not_followed_to_new_places(self):
         secret = self.directory / "secret.ini"
         secret.write_text("[sales]\nDriver=Veltrane\nServer=hidden\nDatabase=d\n")
         secret.chmod(0o600)
@@ -113,7 +113,7 @@ class SetUserIdTest(unittest.TestCase):
 
 @unittest.skipIf(shutil.which("setcap") is None, "there is no setcap")
 class FileCapabilitiesTest(SetUserIdTest):
-    """The same for a program that has the rights from its file and not from its owner."""
+    """The same for a program with rights from its file, not from its owner."""
 
     def give_rights(self):
         rights = "cap_chown,cap_dac_override,cap_dac_read_search,cap_fowner,cap_fsetid+ep"
@@ -121,7 +121,7 @@ class FileCapabilitiesTest(SetUserIdTest):
 
 
 def enter_namespace():
-    """False where mounting is not allowed."""
+    """False if mounting is not allowed."""
     if os.getuid() != 0 or ctypes.CDLL(None).unshare(CLONE_NEWNS) != 0:
         return False
     return subprocess.run(["mount", "--make-rprivate", "/"], check=False).returncode == 0

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Adds and changes data sources through SQLConfigDataSource with the terminal editor: a terminal of
-tmux, real keys, and what is in odbc.ini afterwards."""
+"""Adds and changes data sources through SQLConfigDataSource with the terminal editor, in a terminal
+of tmux with real keys, and checks odbc.ini afterwards."""
 import os
 import shlex
 import signal
@@ -24,7 +24,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         # It cannot move its cursor.
         ({"prefix": "TERM=dumb"}, "its type dumb is unknown or too simple"),
         ({"prefix": "TERM=no-such-terminal"}, "its type no-such-terminal is unknown or too simple"),
-        # It would be stopped at the first touch of the terminal, and its host would hang.
+        # It would be stopped at its first access to the terminal, and its host would hang.
         ({"prefix": "set -m;", "suffix": "& wait"}, "runs in the background of its terminal"),
     )
     STEPS = ((("Tab", "a", "F2", "Tab"), "The database on that server."), (("F4",), "Windows"))
@@ -36,7 +36,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
                               env=self.environment(LC_ALL="C.UTF-8")).stdout
 
     def start(self, request, *attributes, size=(80, 24), prefix="", suffix=""):
-        """Without a display, so that only the terminal is left. A shell stays behind the client."""
+        """Without a display, so that only the terminal is left. A shell stays after the client."""
         self.start_command(shlex.join(self.client_command(request, *attributes)), size, prefix, suffix)
 
     def start_command(self, command, size=(80, 24), prefix="", suffix=""):
@@ -51,7 +51,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.tmux(*begin, f"{prefix} {command} {suffix}; stty -a > {self.directory}/stty; "
                           "exec sleep 1000")
 
-    def test_by_hand_it_only_tells_its_version(self):
+    def test_started_by_hand_it_only_prints_its_version(self):
         editor = os.environ["TESTED_EDITOR"]
         for arguments, code, text in [(["--version"], 0, Path(editor).name + " "),
                                       ([], 2, "is started by the setup library"),
@@ -117,14 +117,14 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.assertEqual(self.errors(), (1, []))
         self.assertEqual(self.stored("sales")["Server"], "ol")
 
-    def test_ok_waits_for_what_is_required(self):
+    def test_ok_needs_the_required_fields(self):
         self.start("add")
         self.see("New data source")
         self.type("sal[es")
         self.see("A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
         self.keys("BSpace", "BSpace", "BSpace", "Enter")
         self.see("Has to be filled.")
-        # The focus is in the first field that is refused: the server.
+        # The focus is in the first refused field, the server.
         self.type("bi.example")
         self.keys("Enter")
         self.type("retail")
@@ -144,8 +144,8 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
                          {"Driver": "Veltrane", "Server": "new", "UID": "me", "PWD": "s3cret",
                           "Database": "retail"})
 
-    def test_what_is_not_changed_stays_byte_for_byte(self):
-        """Values that no editor lets anybody enter; another program stored them."""
+    def test_unchanged_values_stay_byte_for_byte(self):
+        """Values that cannot be entered in an editor; another program stored them."""
         before = (b"[sales]\nDriver=Veltrane\nServer=" + b"s" * 258 + b" " + b"t" * 41 +
                   b"\nNamespace=" + b"\xfc" * 300 + b"\nLoginMode=CH\xc2TEAU\x0bx\x1b[1m"
                   b"\nUID=me\nPWD=p\tw\x01\x7f\r.\nDatabase=d\xc2\x85e\n")
@@ -159,8 +159,8 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.assertEqual(self.ini.read_bytes(), before.replace(b"UID=me", b"UID=me2"))
 
     def test_edit_of_the_tool(self):
-        """Each row: arguments, then what is to be seen and the keys after it ("'" before a text that
-        is typed), then the exit code, what the tool says, and what is stored where that changes."""
+        """Each row: arguments, then texts on the screen and the keys after them ("'" before a typed
+        text), then the exit code, the tool's output, and the stored values if they change."""
         form, again = "Data source sales", "Discard the values?"
         moved = "gets a new name. Remove the old one, sales?"
         sales = {"Driver": "Veltrane", "Server": "old", "UID": "me", "PWD": "s3cret",
@@ -230,7 +230,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.assert_secret_stays("s3cret")
         self.keys("Escape")
         wait_for(lambda: not os.path.exists(f"/proc/{process}"), "the end of the driver")
-        # The form is whole and takes keys; what was tested has not been stored.
+        # The form is whole and accepts keys; the tested values are not stored.
         self.keys("F2")
         self.see("s3cret__")
         self.assertEqual(self.stored("sales")["Server"], "old")
@@ -244,7 +244,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.assertIn("icanon", settings)
         self.assertIn("echo", settings)
 
-    def test_closed_terminal_takes_the_editor_along(self):
+    def test_a_closed_terminal_ends_the_editor(self):
         self.start("add")
         self.see("New data source")
         editor = wait_for(self.editor_pid, "the editor")

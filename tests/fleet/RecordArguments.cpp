@@ -1,5 +1,5 @@
 /// Loaded into every program of a fleet test: appends its arguments and its environment to a file,
-/// so that the test can look for passwords in them, however shortly the program runs.
+/// so that the test can search them for passwords, even if the program runs only for a moment.
 #include <fcntl.h>
 #include <unistd.h>
 

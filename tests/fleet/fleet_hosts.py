@@ -1,4 +1,4 @@
-"""Hosts of a fleet test: clean roots on this machine, each with an SSH daemon on a port of its own.
+"""Hosts of a fleet test: clean roots on this machine, each with an SSH daemon on its own port.
 
 Everything is in one scratch folder; nothing of the machine's own /etc is read or changed.
 """
@@ -26,7 +26,7 @@ def run(*command, **options):
 
 
 def why_not_possible():
-    """Why this machine cannot have such hosts; empty if it can."""
+    """The reason why this machine cannot run such hosts; empty if it can."""
     programs = ("ansible-playbook", "chroot", "dpkg-deb", "dropbear", "dropbearkey", "ssh",
                 "setpriv", "ssh-keygen", "unshare")
     path = os.environ["PATH"] + ":/usr/sbin:/sbin"
@@ -109,7 +109,7 @@ class Host:
         threading.Thread(target=receive, daemon=True).start()
 
     def start(self):
-        """In process and mount namespaces of its own, which end with the process."""
+        """Starts it in new process and mount namespaces, which end with the process."""
         with open(self.path("../" + self.name + ".daemon.log"), "wb") as log:
             self.process = subprocess.Popen(
                 ["setpriv", "--pdeathsig", "KILL", "unshare", "--mount", "--pid", "--fork", "--kill-child", HERE / "start-host",

@@ -27,7 +27,7 @@ from doc_blocks import read_blocks  # noqa: E402
 from fleet_hosts import Host, run, why_not_possible  # noqa: E402
 
 SKIPPED = 77
-# The middle of it is what logs are searched for, because they may spell the signs in other ways.
+# Logs are searched for its middle, because they can escape the other characters.
 MARK = "geheim7Rx"
 PASSWORD = f"p;#'\"\\%${{}} {MARK} ü€日"
 NEW_MARK = "neuesQ4v"
@@ -118,7 +118,7 @@ class Fleet:
             f"vault_sales_pwd: !unsafe '{quoted}'\n", "utf-8")
 
     def play(self, command, code=0, **environment):
-        """Runs ansible-playbook; gives what it printed and the counts of each host."""
+        """Runs ansible-playbook; returns its output and the counts of each host."""
         begin = time.monotonic()
         result = subprocess.run(["sh", "-c", command], cwd=self.work,
                                 env={**self.environment, **environment},
@@ -145,7 +145,7 @@ class Fleet:
 class RoleTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        # Not in TMPDIR, which may be long: there are sockets below, whose paths have to be short.
+        # Not in TMPDIR, which can be long: the paths of the sockets in it have to be short.
         folder = Path(tempfile.mkdtemp(prefix="fleet-", dir="/tmp"))
         cls.addClassCleanup(shutil.rmtree, folder, ignore_errors=True)
         cls.fleet = Fleet(folder)
@@ -161,7 +161,7 @@ class RoleTest(unittest.TestCase):
         self.assertEqual({name: count[key] > 0 for name, count in counts.items()},
                          dict(zip(("alpha", "beta", "gamma"), expected)), counts)
 
-    def test_1_check_mode_on_bare_hosts_foresees_changes_and_makes_none(self):
+    def test_1_check_mode_on_bare_hosts_reports_changes_and_makes_none(self):
         _, counts = self.fleet.play(self.check)
         self.assert_counts(counts, "changed", (True, True, True))
         self.assert_counts(counts, "failed", (False, False, False))
@@ -177,7 +177,7 @@ class RoleTest(unittest.TestCase):
         self.assert_counts(counts, "changed", (True, True, True))
         for text in self.read("etc/odbc.ini").values():
             self.assertEqual(text, "# kept\n\n" + SALES.format(PASSWORD) + "\n" + STOCK + SHOP_LINES)
-        # The module, which holds the passwords, is never a file of the host, as others are.
+        # The module has the passwords, so unlike others it is never a file on the host.
         self.assertIn("AnsiballZ_apt", output)
         self.assertNotIn("AnsiballZ_veltrane_dsn", output)
         for text in self.read("etc/odbcinst.ini").values():
@@ -201,7 +201,7 @@ class RoleTest(unittest.TestCase):
                       "+Database=東京\n", output)
         self.assertEqual(self.read("etc/odbc.ini"), before)
 
-    def test_5_a_broken_file_is_reported_and_the_other_hosts_are_done(self):
+    def test_5_a_broken_file_is_reported_and_the_other_hosts_continue(self):
         self.fleet.hosts["gamma"].write("etc/odbc.ini", BROKEN)
         output, counts = self.fleet.play(self.apply + " -vvvv", code=2)
         self.assert_counts(counts, "failed", (False, False, True))
@@ -214,8 +214,8 @@ class RoleTest(unittest.TestCase):
             self.assertIn(SALES.format(NEW_PASSWORD), files[name])
             self.assertIn("Database=東京\n", files[name])
 
-    def test_6_the_library_is_registered_what_is_not_described_goes_and_all_connect(self):
-        # A library that all hosts have, for which a database is a file.
+    def test_6_registers_the_library_prunes_and_connects(self):
+        # A library that all hosts have; its databases are files.
         library = next(Path("/usr/lib").glob("*/odbc/libsqlite3odbc.so"), None)
         if library is None:
             self.skipTest("libsqliteodbc is not installed")
@@ -229,7 +229,7 @@ class RoleTest(unittest.TestCase):
             text = host.read("etc/odbc.ini")
             self.assertTrue(text.startswith("[theirs]\nA=1\n\n[sales]\n"), text[:200])
             self.assertTrue(text.endswith(SHOP_LINES))
-            # What the driver makes when it connects.
+            # Files that the driver creates when it connects.
             self.assertEqual(len(list(host.path("tmp").glob("shop*"))), len(SHOPS))
         _, counts = self.fleet.play(command.replace("test=true", "test=false"))
         self.assert_counts(counts, "changed", (False, False, False))
@@ -254,7 +254,7 @@ class RoleTest(unittest.TestCase):
                 self.assertIn(word, ("FROM", "USER"))
         image.path("mnt").mkdir()
         image.write("run/secrets/sales", PASSWORD + "\n", 0o644)
-        # As docker run --read-only --tmpfs --user does it; the second user is another process.
+        # As with docker run --read-only --tmpfs --user; the second user is another process.
         image.write("show", "ls -ln $ODBCINI\nveltrane-dsn show sales --show-secrets\ntouch /etc/x\n")
         image.write("run-container", f"""
             mount --rbind / /mnt
@@ -275,7 +275,7 @@ class RoleTest(unittest.TestCase):
         fleet = self.fleet
         return fleet.image.run(command, fleet.folder / "key", fleet.folder / "known_hosts")
 
-    def test_8_no_password_is_anywhere_but_in_the_files_of_dsns(self):
+    def test_8_passwords_are_in_the_files_of_dsns_only(self):
         fleet = self.fleet
         texts = {f"output {index}": text for index, text in enumerate(fleet.outputs)}
         for name, host in fleet.hosts.items():
@@ -286,7 +286,7 @@ class RoleTest(unittest.TestCase):
                 is_meant = name in ("odbc.ini", "vault.yml")
                 if path.is_file() and not path.is_symlink() and not is_meant:
                     texts[str(path)] = path.read_bytes().decode("utf-8", "replace")
-        # What is searched is what it is meant to be.
+        # Checks that the searched texts are the right ones.
         for name in fleet.hosts:
             self.assertIn("data_sources=", texts["system log of " + name])
             arguments = texts[str(fleet.folder / name / "var/log/arguments")]

@@ -28,9 +28,9 @@ class ModuleTest(unittest.TestCase):
         (self.folder / "odbcinst.ini").write_text(f"[Veltrane]\nSetup={SETUP}\n")
 
     def run_module(self, *sources, check=False, **options):
-        """Gives what the module answers Ansible."""
+        """Returns the module's answer to Ansible."""
         arguments = {"data_sources": sources, "executable": TOOL, **options}
-        # Without a log: here that would be the machine's own.
+        # Without a log, which here would be the machine's.
         arguments |= {"_ansible_check_mode": check, "_ansible_no_log": True}
         result = subprocess.run(
             [PYTHON, MODULE], input=json.dumps({"ANSIBLE_MODULE_ARGS": arguments}), text=True,
@@ -66,7 +66,7 @@ class ModuleTest(unittest.TestCase):
         self.assertNotIn("Port", user.read_text())
         self.assertEqual(self.ini.read_text(), "")
 
-    def test_one_that_fails_is_named_with_its_reason_and_the_others_are_done(self):
+    def test_a_failure_is_reported_with_its_reason_and_the_others_continue(self):
         answer = self.run_module({"name": "bad"}, SALES, {"name": "a[b", "values": {}})
         self.assertTrue(answer["failed"] and answer["changed"])
         self.assertEqual(answer["msg"], "2 of 3 data sources failed. bad: Server: Has to be filled.; "
@@ -114,7 +114,7 @@ class ModuleTest(unittest.TestCase):
         self.assertIs(self.run_module(lite, **{**options, "prune": False})["changed"], False)
         self.assertIn("would remove all", self.run_module(prune=True)["msg"])
 
-    def test_what_concerns_all_of_them_is_said_once(self):
+    def test_a_reason_for_all_of_them_is_reported_once(self):
         cases = (
             ("a name that stands twice", (SALES, SALES), {},
              'code 1: veltrane-dsn: standard input: "sales" is described twice.'),

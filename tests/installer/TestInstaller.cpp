@@ -1,10 +1,10 @@
-/// An ODBC installer for tests: odbccp32.dll as the system's own behaves, with its error list, its
-/// config mode, a user's and the system's data sources and drivers with a Setup value, on a scratch
-/// key of the registry (TestProfile.h). Wine's own one lacks the errors and the truncation, and
-/// knows one root for each operation only.
+/// An ODBC installer for tests: an odbccp32.dll that behaves as the system's, with its error list,
+/// config mode, data sources of the user and the system, and drivers with a Setup value, on a
+/// scratch key of the registry (TestProfile.h). Wine's lacks the errors and the truncation, and has
+/// only one root for each operation.
 ///
-/// For one thread. Request types go to the setup library as they are given, invalid ones too, with
-/// the config mode set for those of the system.
+/// For one thread. It passes request types to the setup library unchanged, invalid ones too, and
+/// sets the config mode for those of the system.
 #include "tests/installer/TestInstaller.h"
 
 #include "tools/WindowsApi.h"

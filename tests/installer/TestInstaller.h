@@ -1,4 +1,5 @@
-/// What a test tells the test installer (TestInstaller.cpp), beside the installer's own functions.
+/// The calls from a test to the test installer (TestInstaller.cpp), besides the installer's
+/// own functions.
 #ifndef TESTS_INSTALLER_TESTINSTALLER_H
 #define TESTS_INSTALLER_TESTINSTALLER_H
 

@@ -11,14 +11,14 @@ namespace Veltrane::Test::TestProfile {
 
 namespace {
 
-/// Names the scratch key to the installer's library in the same process.
+/// Passes the name of the scratch key to the installer's library in the same process.
 constexpr wchar_t VARIABLE[] = L"VELTRANE_TEST_INSTALLER_KEY";
-/// The name that stands for the keys of ODBC itself.
+/// The value that means ODBC's own keys.
 constexpr wchar_t KEYS_OF_ODBC[] = L"ODBC";
 /// Characters of a name or a text, with the NUL.
 constexpr DWORD LONGEST = 8192;
 
-/// A key below one of the registry's own.
+/// A key below a root of the registry.
 struct Place {
     HKEY m_root;
     std::wstring m_path;
@@ -37,8 +37,8 @@ std::wstring ReadVariable(const wchar_t* in_name) {
 
 std::wstring ScratchKey() { return ReadVariable(VARIABLE); }
 
-/// Called before each change of the registry. Ends the process at the one whose number the variable
-/// holds, as if it were killed.
+/// Called before each change of the registry. Ends the process, as if it were killed, at the change
+/// whose number is in the variable.
 void EndAtLast() {
     // Process-wide: set and read here.
     static int s_left = static_cast<int>(
@@ -56,7 +56,7 @@ Place PlaceOf(Root in_root) {
     return Place{HKEY_CURRENT_USER, key} / (in_root == Root::USER ? L"User" : L"System") / name;
 }
 
-/// An open key, which closes itself; null when it cannot be opened.
+/// Opens a key that closes itself; null when it cannot be opened.
 std::shared_ptr<HKEY__> Open(const Place& in_place) {
     HKEY key = nullptr;
     if (::RegOpenKeyExW(in_place.m_root, in_place.GetPath(), 0, KEY_READ, &key) != 0) return {};

@@ -1,4 +1,4 @@
-/// Shows the editor once, for a picture of it, and prints why that cannot be done.
+/// Shows the editor once, for a picture of it, or prints why it cannot.
 #include <cstdio>
 #include <exception>
 

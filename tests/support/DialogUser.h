@@ -1,5 +1,5 @@
-/// A user for the dialogs that a test opens on Windows: a thread that waits for those with a title
-/// and deals with each.
+/// A user for the dialogs that a test opens on Windows: a thread that waits for dialogs with a
+/// title and handles each.
 #ifndef TESTS_SUPPORT_DIALOGUSER_H
 #define TESTS_SUPPORT_DIALOGUSER_H
 
@@ -20,20 +20,20 @@ public:
     DialogUser& operator=(const DialogUser&) = delete;
     ~DialogUser() { Stop(); }
 
-    /// Sends a message, but does not wait for ever for a thread that has left its windows.
+    /// Sends a message, with a time limit in case the window's thread no longer answers.
     static void Send(HWND in_window, UINT in_message, WPARAM in_first, LPARAM in_second) {
         ::SendMessageTimeoutW(in_window, in_message, in_first, in_second, SMTO_NORMAL, 5000,
                               nullptr);
     }
 
-    /// Presses a button that closes the dialog, and waits until that is gone. As a click it waits
-    /// in the thread's queue until the dialog is open as a whole: what is sent may come before.
+    /// Presses a button that closes the dialog, and waits until the dialog is gone. The message is
+    /// posted, so it waits in the queue until the dialog is fully open; a sent one can come before.
     static void Press(HWND in_dialog, WPARAM in_button) {
         ::PostMessageW(in_dialog, WM_COMMAND, in_button, 0);
         for (int i = 0; i < 500 && ::IsWindow(in_dialog); ++i) ::Sleep(10);
     }
 
-    /// Ends the thread. What it has noted may be read then.
+    /// Ends the thread. Its results may be read then.
     void Stop() {
         m_isStopped = true;
         if (m_thread.joinable()) m_thread.join();

@@ -1,5 +1,5 @@
-/// The installers of both driver managers, loaded by hand: their headers cannot be installed beside
-/// each other.
+/// The installers of both driver managers, loaded at run time: their headers cannot be
+/// installed together.
 #ifndef TESTS_SUPPORT_DRIVERMANAGER_H
 #define TESTS_SUPPORT_DRIVERMANAGER_H
 
@@ -16,7 +16,7 @@ namespace Veltrane::Test {
 inline constexpr int ADD = 1;
 inline constexpr int CONFIG = 2;
 inline constexpr int REMOVE = 3;
-inline constexpr int SYSTEM = 3;  // what makes each of them a request for the system
+inline constexpr int SYSTEM = 3;  // added to each for a request for the system
 
 /// Code and text of each installer error.
 using Errors = std::vector<std::pair<unsigned long, std::string>>;
@@ -35,7 +35,7 @@ public:
     bool Configure(int in_request, const std::string& in_list, bool in_isWide = false,
                    void* in_window = nullptr) const {
         using namespace std::string_literals;
-        // The installer reads two NULs at the end of an empty list, too.
+        // The installer reads two NULs even at the end of an empty list.
         const auto call = [&](const char* in_name, const auto& in_driver, const auto& in_entries) {
             return Find<int(void*, unsigned short, const void*, const void*)>(in_name)(
                        in_window, static_cast<unsigned short>(in_request), in_driver.c_str(),
@@ -62,7 +62,7 @@ public:
         return errors;
     }
 
-    /// What its own reader finds in a data source.
+    /// Reads a data source with the installer's own reader.
     std::string Read(const std::string& in_section, const std::string& in_key,
                      bool in_isSystem = false) const {
         char value[4096] = "";

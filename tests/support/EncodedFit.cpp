@@ -55,7 +55,7 @@ void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
         ASSERT_EQ(expected, std::string(buffer.data(), expected.size())) << capacity;
         ASSERT_EQ(capacity < needed, isTruncated) << capacity;
         for (std::size_t i = expected.size(); i < buffer.size(); ++i) {
-            // Zeros may be where a code point did not fit, else nothing is touched.
+            // Zeros are allowed where a code point did not fit; no other byte may change.
             const bool isZero = isTruncated && i < capacity && buffer[i] == '\0';
             ASSERT_TRUE(buffer[i] == FILL || isZero) << capacity << " byte " << i;
         }

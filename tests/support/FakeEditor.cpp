@@ -1,5 +1,5 @@
-/// An editor without a form that does what the variable FAKE_EDITOR says: one of many ways in which
-/// an editor can answer, fail to, or misbehave.
+/// An editor without a form. The variable FAKE_EDITOR selects one of many ways in which an editor
+/// can answer, fail or misbehave.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -43,7 +43,7 @@ void SendRaw(const HostConnection& in_host, std::string_view in_bytes) {
     send(in_host.Descriptor(), in_bytes.data(), in_bytes.size(), MSG_NOSIGNAL);
 }
 
-/// What a child can see of its host: arguments, environment, descriptors, signals.
+/// The parts of the host that a child can see: arguments, environment, descriptors, signals.
 std::string Surroundings(HostConnection& io_host) {
     std::string report = "arguments=" + ReadFile("/proc/self/cmdline");
     report += "\nenvironment=" + ReadFile("/proc/self/environ");
@@ -66,7 +66,7 @@ std::string Surroundings(HostConnection& io_host) {
     return report;
 }
 
-/// Which of the numbers 0 to 2 are taken in its host, a process of the same user.
+/// The descriptors 0 to 2 that are open in its host, a process of the same user.
 std::string LowDescriptorsOfHost() {
     std::string report;
     for (const char* const number : {"0", "1", "2"}) {
@@ -77,7 +77,7 @@ std::string LowDescriptorsOfHost() {
     return report;
 }
 
-/// Ends, but leaves the socket to a child that lives on for a while.
+/// Ends, but leaves the socket to a child that lives a while longer.
 void LeaveSocketToChild() {
     if (fork() == 0) {
         sleep(30);

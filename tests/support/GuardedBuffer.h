@@ -20,9 +20,9 @@ public:
     char* GetStart() const { return m_start; }
     /// After the last usable byte, where the next forbidden page begins.
     char* GetEnd() const { return m_start + m_capacity; }
-    /// Copies bytes so that they end with the buffer and gives their start.
+    /// Copies bytes to the end of the buffer and returns their start.
     char* PutAtEnd(std::string_view in_bytes) { return Put(GetEnd() - in_bytes.size(), in_bytes); }
-    /// Copies bytes so that they begin with the buffer and gives their start.
+    /// Copies bytes to the start of the buffer and returns their start.
     char* PutAtStart(std::string_view in_bytes) { return Put(m_start, in_bytes); }
 
 private:

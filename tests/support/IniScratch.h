@@ -1,6 +1,6 @@
-/// A folder with a user's and a system's odbc.ini that lives as long as the object, and the
-/// environment that makes the driver manager use them. One for each process, made before its first
-/// call into the installer library, which keeps the system's path.
+/// A folder with a user's and a system's odbc.ini that exists as long as the object, and the
+/// environment that makes the driver manager use them. A process makes one, before its first call
+/// into the installer library, which keeps the system's path.
 #ifndef TESTS_SUPPORT_INISCRATCH_H
 #define TESTS_SUPPORT_INISCRATCH_H
 
@@ -42,7 +42,7 @@ public:
         std::ifstream file(in_path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    /// How many files the folder of the user's file holds, hidden ones included.
+    /// Counts the files in the folder of the user's file, hidden ones included.
     std::size_t CountFiles() const {
         std::size_t count = 0;
         for (const auto& entry : std::filesystem::directory_iterator(m_folder)) {

@@ -1,5 +1,5 @@
-/// The installer under tests that run whole requests: the one in memory, or, on Windows, the test
-/// installer with its registry. One body of each; all texts in UTF-8.
+/// The installer for tests that run whole requests: the one in memory or, on Windows, the test
+/// installer with its registry. Each has its own body; all texts are UTF-8.
 #ifndef TESTS_SUPPORT_INSTALLERSTAGE_H
 #define TESTS_SUPPORT_INSTALLERSTAGE_H
 
@@ -11,23 +11,22 @@
 namespace Veltrane::Test {
 
 /// The keys of a data source with their values; the data sources by their names. Empty data sources
-/// and the list of the names do not count.
+/// and the list of names are left out.
 using Keys = std::map<std::string, std::string>;
 using Profile = std::map<std::string, Keys>;
 
 class InstallerStage {
 public:
-    /// An installer with the driver "drv", whose path is "path of drv", that refuses the name
-    /// "a[b".
+    /// Has the driver "drv" with the path "path of drv", and refuses the name "a[b".
     InstallerStage();
     InstallerStage(const InstallerStage&) = delete;
     InstallerStage& operator=(const InstallerStage&) = delete;
     ~InstallerStage();
 
-    /// Begins anew: these data sources for the user or the system, which the requests are then
-    /// about, and none for the other.
+    /// Starts again with these data sources for the user or the system, whom the requests are for,
+    /// and none for the other.
     void Begin(bool in_isSystem, const Profile& in_profile);
-    /// What the requests were about, and the other.
+    /// The data sources that the requests were for, and the others.
     Profile Get();
     Profile GetOther();
     /// Makes one operation fail: "RemoveDSN", "WriteDSN", "Write <key>"; empty for none.

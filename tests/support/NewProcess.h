@@ -1,4 +1,4 @@
-/// A copy of this process for what must leave nothing in it, or must find nothing that it keeps.
+/// Runs work in a copy of this process that must change nothing here, or must find no cached state.
 #ifndef TESTS_SUPPORT_NEWPROCESS_H
 #define TESTS_SUPPORT_NEWPROCESS_H
 
@@ -11,7 +11,7 @@
 
 namespace Veltrane::Test {
 
-/// What something gives in a process of its own, with "(died)" where that ended otherwise.
+/// Returns the result of the work in a new process, with "(died)" if that process died.
 inline std::string InNewProcess(const std::function<std::string()>& in_work) {
     std::FILE* const file = std::tmpfile();
     const pid_t child = ::fork();

@@ -28,7 +28,7 @@ namespace {
 /// The request that is running; null outside of one.
 Request::State* s_request = nullptr;
 
-/// Records an operation; true when it is to fail.
+/// Records an operation; true when it has to fail.
 bool Fails(const std::string& in_call) {
     s_installer.m_calls.push_back(in_call);
     return s_installer.m_fails && s_installer.m_fails(in_call);

@@ -1,5 +1,5 @@
 /// An installer in memory that records calls and fails on demand. Process-wide: set by a test, read
-/// by the fake body of OdbcInstaller.h, which is linked in place of the real one.
+/// by the fake body of OdbcInstaller.h, which is linked instead of the real one.
 #ifndef TESTS_SUPPORT_ODBCINSTALLER_FAKE_H
 #define TESTS_SUPPORT_ODBCINSTALLER_FAKE_H
 

@@ -10,8 +10,8 @@ char PasswordCharacter(std::size_t in_index) {
     return static_cast<char>('!' + (in_index * in_index * 31 + in_index / 5 * 7) % 89);
 }
 
-/// The piece that is searched for: not the beginning, which the allocator overwrites in freed
-/// memory, and too long to appear by chance.
+/// The piece to search for: not the beginning, which the allocator overwrites in freed memory, and
+/// too long to appear by chance.
 constexpr std::size_t FIRST_SEARCHED = 16;
 constexpr std::size_t SEARCHED_LENGTH = 12;
 

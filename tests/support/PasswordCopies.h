@@ -10,10 +10,10 @@
 
 namespace Veltrane::ODBC {
 
-/// @param in_length  at least 28: an inner piece is what is searched for
+/// @param in_length  at least 28: the search is for an inner piece
 std::u16string MakePassword(std::size_t in_length);
 
-/// Copies in UTF-8 and UTF-16 in everything that this process can write to.
+/// Counts copies in UTF-8 and UTF-16 in all memory that this process can write to.
 std::size_t CopiesOfThePassword();
 
 /// Calls the function with each writable region of this process, or a copy of it, up to 64 MiB.

@@ -1,6 +1,5 @@
-/// Makes the process one whose rights UAC has raised, as far as the system tells it. In Wine, where
-/// every process is an administrator's: on an empty HKEY_LOCAL_MACHINE, which does not say that UAC
-/// is off.
+/// Makes the process appear as one with rights raised by UAC. In Wine every process is an
+/// administrator's, so an empty HKEY_LOCAL_MACHINE, which does not say that UAC is off, is enough.
 #ifndef TESTS_SUPPORT_RAISEDRIGHTS_H
 #define TESTS_SUPPORT_RAISEDRIGHTS_H
 

@@ -1,5 +1,5 @@
-/// Operators new and delete that count, and refuse when a test says so, and a request that lives
-/// with that. Included by the one source of a program, which defines PlainMalloc.
+/// Operators new and delete that count and can refuse, and a check of requests under them. Included
+/// by the only source of a program, which defines PlainMalloc.
 #ifndef TESTS_SUPPORT_REFUSEDMEMORY_H
 #define TESTS_SUPPORT_REFUSEDMEMORY_H
 
@@ -12,14 +12,14 @@
 
 namespace {
 
-/// Counts the allocations of our code and of what it is built on, and refuses some.
-/// Process-wide: set by a test, read by the allocations.
+/// Counts the allocations of our code and of its libraries, and refuses some. Process-wide: set by
+/// a test, read by the allocations.
 struct Memory {
     bool m_isCounting = false;
     std::size_t m_count = 0;
     std::size_t m_firstRefused = 0;
-    std::size_t m_refusals = 0;  ///< how many are refused, beginning with the first
-    long m_live = 0;             ///< objects that operator new has made and that still exist
+    std::size_t m_refusals = 0;  ///< how many are refused, from the first on
+    long m_live = 0;             ///< objects from operator new that still exist
 
     void Start(std::size_t in_firstRefused, std::size_t in_refusals) {
         m_count = 0;
@@ -76,8 +76,8 @@ int RunWithout(const Request& in_request, std::size_t in_first, std::size_t in_r
     return result;
 }
 
-/// Refuses each allocation of a request, and perhaps those after it: the answer is 0 with one error
-/// while there is memory for one.
+/// Refuses each allocation of a request, and perhaps those after it: the request returns 0 with one
+/// error if there is memory for one.
 template <typename Request>
 void RefuseEach(const Request& in_request, std::size_t in_refusals) {
     RunWithout(in_request, 0, 0);
@@ -96,10 +96,10 @@ void RefuseEach(const Request& in_request, std::size_t in_refusals) {
     }
 }
 
-/// Nothing crashes and nothing leaks.
+/// Checks that nothing crashes or leaks.
 template <typename Request>
 void RunOutOfMemory(const Request& in_request) {
-    // What is made once is made by the first requests, in the test as well.
+    // The first requests make everything that is made once, also in the test.
     for (const std::size_t refusals : {std::size_t{1}, ALL_REFUSED}) {
         RefuseEach(in_request, refusals);
     }

@@ -1,4 +1,4 @@
-/// A registry in memory, linked in place of the system's, whose calls fail on demand.
+/// A registry in memory, linked instead of the system's; its calls fail on demand.
 #ifndef TESTS_SUPPORT_REGISTRYKEY_FAKE_H
 #define TESTS_SUPPORT_REGISTRYKEY_FAKE_H
 
@@ -23,10 +23,10 @@ struct FakeRegistryKey {
     bool m_queryFails = false;
 };
 
-/// The keys of the process, by root ("HKCU" or "HKLM"), "\" and path as it is asked for.
+/// The keys of the process, by root ("HKCU" or "HKLM"), "\" and path as opened.
 struct FakeRegistry {
     std::map<std::string, FakeRegistryKey> m_keys;
-    std::vector<std::string> m_asked;  ///< what was opened or tried, in order
+    std::vector<std::string> m_asked;  ///< keys that were opened or tried, in order
     int m_openKeys = 0;                ///< how many are open now
 
     static FakeRegistry& Get();

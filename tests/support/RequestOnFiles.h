@@ -1,5 +1,5 @@
-/// Whole requests on real files, called as unixODBC calls them: the config mode tells the system's
-/// from the user's. For tests that make something below them fail. One for each process.
+/// Whole requests on real files, called as unixODBC calls them: the config mode selects the user's
+/// or the system's. For tests that make calls below them fail. One for each process.
 #ifndef TESTS_SUPPORT_REQUESTONFILES_H
 #define TESTS_SUPPORT_REQUESTONFILES_H
 
@@ -18,7 +18,7 @@ struct FileRequest {
     unsigned short m_request;  ///< ODBC_ADD_DSN ...
     bool m_isWide;
     bool m_isSystem;
-    bool m_hasFile;  ///< a file that holds the data source
+    bool m_hasFile;  ///< the file has the data source
 };
 
 class RequestOnFiles {
@@ -30,10 +30,10 @@ public:
                  (m_scratch.Folder() / "system" / "values.ini").c_str(), 1);
     }
 
-    /// The kind of the requests to come.
+    /// Sets the kind of the next requests.
     void Use(const FileRequest& in_request) { m_request = in_request; }
 
-    /// Every kind of request that a file can tell apart.
+    /// Every kind of request that differs for a file.
     static std::vector<FileRequest> All() {
         std::vector<FileRequest> all;
         for (const WORD request :
@@ -55,7 +55,7 @@ public:
     std::filesystem::path File() const {
         return m_request.m_isSystem ? m_scratch.SystemFile() : m_scratch.UserFile();
     }
-    /// Puts the files in place, and the mode as the installer does.
+    /// Writes the files and sets the mode as the installer does.
     void Prepare() const {
         std::filesystem::remove(m_scratch.UserFile());
         std::filesystem::remove(m_scratch.SystemFile());
@@ -70,10 +70,10 @@ public:
         }
         return ConfigDSN(nullptr, m_request.m_request, "Veltrane", "DSN=sales\0");
     }
-    /// What the file holds; empty when there is none.
+    /// The contents of the file; empty when there is none.
     std::string Read() const { return IniScratch::Read(File()); }
 
-    /// Files beside those that belong there.
+    /// Counts files that do not belong there.
     std::size_t CountLeftFiles() const {
         std::size_t count = 0;
         for (const auto& entry :
@@ -84,7 +84,7 @@ public:
         return count;
     }
 
-    /// What belongs to others is there, and nothing beside it.
+    /// True if the parts of others are there, and no other file is.
     bool IsRestWhole() const {
         return CountLeftFiles() == 0 && Read().starts_with("# kept\n[Other]\nk = v\n") &&
                Read().ends_with("[z]\nlast=1");
@@ -112,7 +112,7 @@ public:
         "# kept\n[Other]\nk = v\n\n[sales]\nDriver=Veltrane\nServer=old\nDatabase=d\n\n[z]\nlast=1";
 
 private:
-    /// A file system in memory: a disk takes its time for every replaced file.
+    /// A file system in memory: on a disk every replaced file takes long.
     static std::filesystem::path Parent() {
         return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm"
                                                : std::filesystem::temp_directory_path();

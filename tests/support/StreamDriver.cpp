@@ -19,7 +19,7 @@ constexpr std::uint64_t GUARD = 8;
 constexpr char GUARD_BYTE = '\x5A';
 constexpr int MOST_IDLE_TARGETS = 1000;
 
-// Converts once into a fresh target and appends what was written.
+// Converts once into a new target and appends the output.
 void ConvertTarget(StreamConverter& io_converter, std::uint64_t in_size, bool in_isWithNul,
                    std::string& out_text) {
     std::vector<char> target(in_size + GUARD, GUARD_BYTE);
@@ -69,7 +69,7 @@ std::string ConvertInPieces(StreamConverter& io_converter, std::string_view in_s
     while (!isLast) {
         const std::size_t size = std::min<std::size_t>(in_pieceSize(), in_source.size());
         isLast = size == in_source.size();
-        // A copy of its own, so that nothing that a converter keeps of it can be right by chance.
+        // A separate copy, so that a converter cannot be right by chance with what it keeps of it.
         const std::vector<char> piece(in_source.begin(),
                                       in_source.begin() + static_cast<std::ptrdiff_t>(size));
         in_source.remove_prefix(size);
@@ -123,7 +123,7 @@ std::u16string GetMixedText() {
            u"tail\u6F22";
 }
 
-// What any conversion of the pair through ICU gives: to UTF-16 and on, malformed bytes replaced.
+// Converts through ICU: to UTF-16 and on, with malformed bytes replaced.
 std::string ConvertWithIcu(const std::string& in_source, EncodingType in_from, EncodingType in_to) {
     const icu::UnicodeString text(in_source.data(), static_cast<std::int32_t>(in_source.size()),
                                   EncodingInfo::GetName(in_from));
@@ -146,7 +146,7 @@ void CheckCuts(EncodingType in_from, EncodingType in_to, const std::string& in_s
         const std::uint32_t mostPiece = 1 + random.Below(40);
         const std::uint32_t mostTarget = 1 + random.Below(40);
         const bool isWithNul = round % 2 == 1;
-        // With a NUL, room for the longest code point and the NUL is what progress needs.
+        // With a NUL, progress needs room for the longest code point and the NUL.
         const std::uint32_t leastTarget = isWithNul ? 8 : 0;
         ASSERT_EQ(whole, ConvertInPieces(
                              *converter, in_source, [&] { return random.Below(mostPiece + 1); },

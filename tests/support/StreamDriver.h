@@ -13,7 +13,7 @@
 
 namespace Orska::Support::Testing {
 
-/// Gives the size of the next piece or target, in bytes.
+/// Returns the size of the next piece or target, in bytes.
 using NextSize = std::function<std::uint64_t()>;
 
 /// Converts a whole text and joins the targets.
@@ -28,15 +28,15 @@ std::string ConvertInPieces(StreamConverter& io_converter, std::string_view in_s
 /// Converts a whole text as one last piece into one target that is large enough.
 std::string ConvertAtOnce(StreamConverter& io_converter, std::string_view in_source);
 
-/// The bytes of a text in an encoding as ICU converts it; in the initial state at the end.
+/// The bytes of a text in an encoding, as converted by ICU, ended in the initial state.
 std::string EncodeWithIcu(std::u16string_view in_text, EncodingType in_encoding);
 
-/// What a conversion through ICU gives: to UTF-16 and on, malformed bytes replaced.
+/// Converts through ICU: to UTF-16 and on, with malformed bytes replaced.
 std::string ConvertWithIcu(const std::string& in_source, EncodingType in_from, EncodingType in_to);
 
-/// Checks that cut conversions of a source give the bytes that it gives at once, and that those are
-/// ICU's if the pair's converter is a WideStreamConverter. One round is bytes one by one, the
-/// others are random sizes, every second one with NULs.
+/// Checks that cut conversions of a source write the same bytes as one at once, and that these are
+/// ICU's if the pair's converter is a WideStreamConverter. One round goes byte by byte, the others
+/// use random sizes, every second one with NULs.
 void CheckCuts(EncodingType in_from, EncodingType in_to, const std::string& in_source,
                std::uint32_t in_seed, int in_rounds);
 

@@ -1,4 +1,4 @@
-// The real calls under another name, for the fake ones to go on with.
+// The real calls under another name, for use by the fake ones.
 #define SystemCalls RealSystemCalls
 #include "Setup/SystemCalls_Linux.cpp"
 #undef SystemCalls
@@ -22,7 +22,7 @@ using Test::s_systemCalls;
 
 namespace {
 
-/// Counts a call; false when it is to fail.
+/// Counts a call; false when it has to fail.
 bool Enter(const char* in_name) {
     const std::size_t number = s_systemCalls.m_calls.size();
     s_systemCalls.m_calls.emplace_back(in_name);
@@ -46,7 +46,7 @@ int OpenAt(int in_directory, const char* in_name, int in_flags, mode_t in_mode) 
     return Enter("openat") ? Opened(Real::OpenAt(in_directory, in_name, in_flags, in_mode)) : -1;
 }
 
-/// Closes also when it fails, as the system does.
+/// Closes the handle even if it fails, as the system does.
 int Close(int in_handle) {
     --s_systemCalls.m_openHandles;
     const int result = Real::Close(in_handle);
@@ -63,7 +63,8 @@ ssize_t Write(int in_handle, const void* in_bytes, std::size_t in_size) {
     return Enter("write") ? Real::Write(in_handle, in_bytes, size) : -1;
 }
 
-/// Does nothing: no test can see what a disk holds, and it takes longer than all the others.
+/// Does nothing: no test can see what is on a disk, and a sync takes longer than all the
+/// other calls.
 int Sync(int /*in_handle*/) { return Enter("fsync") ? 0 : -1; }
 
 int Lock(int in_handle, int in_operation) {

@@ -1,5 +1,5 @@
-/// The system calls of Setup/SystemCalls.h, counted and made to fail or to do less on demand; they
-/// are real otherwise, except fsync. Process-wide: set by a test, read by the calls.
+/// The system calls of Setup/SystemCalls.h. They are counted, and fail or do less on demand;
+/// otherwise they are real, except fsync. Process-wide: set by a test, read by the calls.
 #ifndef TESTS_SUPPORT_SYSTEMCALLS_FAKE_H
 #define TESTS_SUPPORT_SYSTEMCALLS_FAKE_H
 
@@ -13,18 +13,18 @@ namespace Veltrane::Test {
 struct FakeSystemCalls {
     /// The names of the calls made: "open", "flock", ...
     std::vector<std::string> m_calls;
-    /// Called with the name and the number (from 0) of each call before it is made. A result other
-    /// than 0 is the errno with which the call fails, without having done anything.
+    /// Called with the name and the number (from 0) of each call before it is made. If the result
+    /// is not 0, the call does nothing and fails with it as errno.
     std::function<int(const std::string&, std::size_t)> m_before;
-    /// The most bytes that one read or write moves.
+    /// The most bytes of one read or write.
     std::size_t m_maxTransfer = static_cast<std::size_t>(-1);
-    /// The file system knows the flags of renameat2.
+    /// The file system supports the flags of renameat2.
     bool m_hasRenameFlags = true;
     /// Handles that are open now.
     int m_openHandles = 0;
-    /// Sleeps take their time, and do not only move the clock.
+    /// Sleeps take real time, besides moving the clock.
     bool m_isSleeping = false;
-    /// Added to the clock, in microseconds, by each sleep.
+    /// Microseconds that each sleep adds to the clock.
     long long m_sleepBonus = 0;
     long long m_clockOffset = 0;
 };

@@ -1,5 +1,5 @@
-/// A directory of its own for one test, with helpers to write and read the files in it. It is
-/// removed with everything in it at the end.
+/// A directory for one test, with helpers to write and read the files in it. The destructor removes
+/// it with everything in it.
 #ifndef TESTS_SUPPORT_TEMPORARYDIRECTORY_H
 #define TESTS_SUPPORT_TEMPORARYDIRECTORY_H
 
@@ -17,7 +17,7 @@ namespace Orska::Test {
 class TemporaryDirectory {
 public:
     TemporaryDirectory() {
-        // The process is the only one of its number now, and what another left behind is skipped.
+        // No other process has this number now; directories that an earlier one left are skipped.
         static int s_count = 0;
         do {
             m_path = testing::TempDir() + "orska." + std::to_string(getpid()) + "." +

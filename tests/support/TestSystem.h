@@ -1,4 +1,4 @@
-/// What tests ask of the system under them; one body a system.
+/// System functions for tests, with one body for each system.
 #ifndef TESTS_SUPPORT_TESTSYSTEM_H
 #define TESTS_SUPPORT_TESTSYSTEM_H
 
@@ -18,7 +18,7 @@ void SetVariable(const char* in_name, const char* in_value);
 /// The variable that names the directory for temporary files.
 extern const char* const TEMPORARY_DIRECTORY_VARIABLE;
 
-/// What that variable may say, null for nothing, and the directory that is then taken.
+/// Values of that variable, null for none, and the directory that is then used.
 std::vector<std::pair<const char*, std::string>> GetTemporaryDirectories();
 /// The longest path that it may have, of a directory that need not exist.
 extern const std::string LONGEST_TEMPORARY_DIRECTORY;
@@ -31,20 +31,21 @@ std::string GetProgramDirectory();
 /// Whether a process that ended with this status was ended by abort().
 bool IsAborted(int in_status);
 
-/// Calls the function with 0, 1, ... in as many copies of this process at once, which end without
-/// the C library's clean-up, as a process that is killed does; on Windows, where a process cannot
-/// be copied, with 0 in this one.
-/// @return how many have come to their end
+/// Calls the function with 0, 1, ... in as many copies of this process at once. They end without
+/// the C library's clean-up, as a killed process does. Windows cannot copy a process, so it calls
+/// it with 0 in this one.
+/// @return how many have ended normally
 int RunInProcesses(int in_count, const std::function<void(int)>& in_function);
 
-/// Whether the C library now follows a locale; the caller sets "C" again.
+/// The names of a locale.
 struct TestLocale {
     const char* m_linux;  ///< language, "." and charset
     const char* m_windows;
 };
 constexpr TestLocale GERMAN = {"de_DE.UTF-8", "German"};  ///< has a comma for a decimal point
 constexpr TestLocale TURKISH = {"tr_TR.UTF-8", "Turkish"};
-/// @param in_scratch  a directory for what that may need; it has to outlive the locale
+/// @param in_scratch  a directory for files that it needs; it has to outlive the locale
+/// @return whether the C library now follows the locale; the caller sets "C" again
 bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& in_scratch);
 
 /// The system's numbers of failures that tests provoke.
@@ -54,12 +55,11 @@ struct SystemErrors {
     std::uint32_t m_notADirectory;
     std::uint32_t m_accessDenied;
     std::uint32_t m_inputOutput;
-    std::uint32_t m_noText;  ///< told by the call that gives the text of a number
+    std::uint32_t m_noText;  ///< from the call that returns the text of a number
 };
 extern const SystemErrors SYSTEM_ERRORS;
 
-/// Whether a byte of the file can be locked now by somebody who has the file open himself; shared
-/// with other readers, or for him alone.
+/// True if another open of the file can lock a byte now, shared with other readers or exclusively.
 bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared = false);
 
 /// Makes this the last error of the calling thread.

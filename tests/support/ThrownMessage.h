@@ -1,5 +1,5 @@
-/// What an action throws, as one text for comparison: the key and the parameters of an
-/// ErrorException.
+/// The exception of an action as one text for comparison: the key and the parameters of
+/// an ErrorException.
 #ifndef TESTS_SUPPORT_THROWNMESSAGE_H
 #define TESTS_SUPPORT_THROWNMESSAGE_H
 

@@ -1,4 +1,4 @@
-/// Turns the trace on for the life of the object, into a file of its own, and reads it back.
+/// Turns the trace on while the object exists, into a new file, and reads it back.
 #ifndef TESTS_SUPPORT_TRACECAPTURE_H
 #define TESTS_SUPPORT_TRACECAPTURE_H
 
@@ -34,7 +34,7 @@ public:
 
 class TraceCapture {
 public:
-    /// @param in_settings  what is before the ":" of TR4CE, such as "1" or "4st"
+    /// @param in_settings  the part before the ":" of TR4CE, such as "1" or "4st"
     explicit TraceCapture(const std::string& in_settings = "1")
         : m_path(MakePath()), m_setting((in_settings + ":" + m_path).c_str()) {}
     ~TraceCapture() { std::remove(m_path.c_str()); }
@@ -66,7 +66,7 @@ private:
     TraceSetting m_setting;
 };
 
-/// What a line of the trace, switched on so, leaves on standard error.
+/// Returns what a trace line writes to standard error with this setting.
 inline std::string TraceOnStandardError(const char* in_value, int in_level = 1) {
     const TraceSetting setting(in_value);
     testing::internal::CaptureStderr();

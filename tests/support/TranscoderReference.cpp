@@ -254,7 +254,7 @@ std::string MakeText(TextKind in_kind, std::size_t in_codePoints, unsigned in_se
         text += PickCodePoint(in_kind, random);
     }
     if (in_encoding != CP1252) return Encode(text, in_encoding);
-    // The cp1252 punctuation in its own bytes, which the transcoder never writes.
+    // cp1252 punctuation as its own bytes, which the transcoder never writes.
     for (char32_t& codePoint : text) {
         for (char32_t i = 0; i < 32; ++i) {
             if (codePoint == CP1252_CODE_POINTS[i]) codePoint = 0x80 + i;

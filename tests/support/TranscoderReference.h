@@ -1,5 +1,5 @@
-/// Slow, obvious reference for the transcoder: what a conversion must give, found by reading code
-/// points one by one into a list and writing them one by one. Shares no code with the library.
+/// A slow, obvious reference for the transcoder: it reads code points one by one into a list and
+/// writes them one by one. Shares no code with the library.
 #ifndef TESTS_SUPPORT_TRANSCODERREFERENCE_H
 #define TESTS_SUPPORT_TRANSCODERREFERENCE_H
 
@@ -22,14 +22,14 @@ const char* GetIndexName(int in_index);
 struct ReferenceResult {
     std::int32_t m_result = 0;
     std::size_t m_used = 0;  ///< bytes of the source
-    std::string m_bytes;     ///< what was written
+    std::string m_bytes;     ///< the output
 };
 
 /// @param in_room  bytes of the target
 ReferenceResult ReferenceTranscode(int in_source, int in_target, std::string_view in_bytes,
                                    std::size_t in_room);
 
-/// Valid or invalid, a code point written in an encoding; a single-byte encoding gets the low byte.
+/// Writes a valid or invalid code point in an encoding; a single-byte encoding gets the low byte.
 std::string EncodeCodePoint(char32_t in_codePoint, int in_encoding);
 std::string Encode(const std::u32string& in_text, int in_encoding);
 
@@ -43,7 +43,7 @@ struct Kernel {
     friend void PrintTo(const Kernel& in_kernel, std::ostream* out) { *out << in_kernel.m_name; }
 };
 
-/// The plain body of every pair and each different one of the levels that this processor has.
+/// The scalar body of every pair, and each different body of this processor's levels.
 std::vector<Kernel> GetKernels();
 
 /// Kinds of text, by the code points they hold: ASCII only, Latin with some accents, Cyrillic and

@@ -1,5 +1,4 @@
-/// What the fake editor answers and what it was asked. Process-wide: set by a test, read by the
-/// fake.
+/// The fake editor's answers, and the calls to it. Process-wide: set by a test, read by the fake.
 #ifndef TESTS_SUPPORT_VELTRANEDSNDIALOG_FAKE_H
 #define TESTS_SUPPORT_VELTRANEDSNDIALOG_FAKE_H
 
@@ -30,7 +29,7 @@ inline ODBC::DialogValues MakeDialogValues(const char16_t* in_dsn, const char16_
 
 struct FakeEditor {
     Veltrane::ODBC::DialogValues m_initialValues;
-    /// What the user makes of the texts when the editor is shown.
+    /// Changes the texts as a user would when the editor is shown.
     std::function<void(Veltrane::ODBC::DialogValues&)> m_edit;
     int m_result = 1;
     /// Called by the constructor, to throw.

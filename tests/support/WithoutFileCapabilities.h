@@ -1,5 +1,5 @@
-/// The superuser's rights over files given up, for tests of what others may not do. Unlike another
-/// user, the process can still reach its scratch folder wherever that is.
+/// Gives up root's rights over files, for tests of what others may not do. Unlike another user, the
+/// process can still reach its scratch folder anywhere.
 #ifndef TESTS_SUPPORT_WITHOUTFILECAPABILITIES_H
 #define TESTS_SUPPORT_WITHOUTFILECAPABILITIES_H
 
@@ -11,7 +11,7 @@
 
 namespace Orska::Support {
 
-/// This thread has no rights beyond those of its user while one lives.
+/// While one exists, this thread has no rights beyond those of its user.
 class WithoutFileCapabilities {
 public:
     WithoutFileCapabilities() {

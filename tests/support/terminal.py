@@ -1,4 +1,4 @@
-"""Programs on a terminal of their own."""
+"""Runs programs on a new terminal."""
 import os
 import pty
 import select
@@ -8,9 +8,9 @@ import time
 
 
 def run_on_terminal(command, environment, reply, folder=".", seconds=60):
-    """Gives the exit code and what the terminal shows.
+    """Returns the exit code and the text on the terminal.
 
-    `reply` is asked again and again what to type, with all that is shown and the terminal."""
+    `reply` is called repeatedly with the text so far and the terminal; it returns what to type."""
     process, terminal = pty.fork()
     if process == 0:
         os.chdir(folder)
@@ -23,7 +23,7 @@ def run_on_terminal(command, environment, reply, folder=".", seconds=60):
                 shown += os.read(terminal, 4096)
             os.write(terminal, reply(shown, terminal))
         os.kill(process, signal.SIGKILL)
-    except OSError:  # how Linux says that the other end is closed
+    except OSError:  # Linux reports a closed other end this way
         pass
     os.close(terminal)
     code = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
