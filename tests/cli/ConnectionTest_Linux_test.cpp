@@ -1,4 +1,5 @@
-/// The connection test's own end, with programs in the tool's place that answer otherwise.
+/// The parent's end of the connection test, with programs that give other answers instead of
+/// the tool.
 #include "cli/examine/ConnectionTest.h"
 
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@
 namespace Veltrane::Cli {
 namespace {
 
-TEST(LibraryProbe, TellsTheLoadersReasonsApart) {
+TEST(LibraryProbe, DistinguishesTheLoadersReasons) {
     const struct {
         const char* m_error;
         LibraryFault m_fault;

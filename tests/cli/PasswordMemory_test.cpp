@@ -1,5 +1,5 @@
-/// That nothing of the tool keeps a password that it has read. Runs commands as main does, on
-/// its heap.
+/// No part of the tool keeps a password that it has read. Runs commands as main does, on the
+/// tool's heap.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -16,7 +16,7 @@
 namespace Veltrane::Cli {
 namespace {
 
-/// Swallows what the commands print, and tells how much it was.
+/// Drops the output of the commands and counts its bytes.
 class Output : public std::streambuf {
 public:
     std::size_t GetCount() const { return m_count; }
@@ -38,7 +38,7 @@ protected:
         std::filesystem::remove(m_file, ignored);
     }
 
-    /// Writes one text, the password in place of the "@", without a buffer.
+    /// Writes one text without a buffer, with the password for the "@".
     void WriteFile(const std::string& in_text) const {
         std::ofstream file;
         file.rdbuf()->pubsetbuf(nullptr, 0);
@@ -59,7 +59,7 @@ protected:
         std::filesystem::temp_directory_path() / "veltrane-dsn-password-memory";
 };
 
-TEST_F(PasswordMemory, KeepsNothingOfWhatACommandReads) {
+TEST_F(PasswordMemory, KeepsNothingThatACommandReads) {
     const std::string file = m_file.string();
     const struct {
         const char* m_point;

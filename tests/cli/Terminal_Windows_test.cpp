@@ -1,5 +1,5 @@
-/// The question for a password at a console of the test's own: its functions replace those of
-/// the import library.
+/// The question for a password at a fake console: its functions replace those of the
+/// import library.
 #include <gmock/gmock.h>
 
 #include <deque>
@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 
 // Process-wide: set by a test and by the functions below, read by both.
-std::deque<std::wstring> s_typed;  ///< what each read gives; empty: it is ended by Ctrl-C
+std::deque<std::wstring> s_typed;  ///< the text of each read; empty: Ctrl-C ends it
 DWORD s_mode = 0;
 bool s_isImpersonated = true;
 
@@ -58,7 +58,7 @@ BOOL WINAPI SetMode(HANDLE, DWORD in_mode) {
 BOOL WINAPI Flush(HANDLE) { return TRUE; }
 
 BOOL WINAPI Write(HANDLE, const void*, DWORD, LPDWORD, LPVOID) {
-    // While the user is asked: what is typed is not shown, and the console edits the line.
+    // During the question the console does not show the input, but edits the line.
     EXPECT_EQ(s_mode, DWORD{ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT});
     return TRUE;
 }
@@ -77,7 +77,7 @@ decltype(&WriteConsoleW) __imp_WriteConsoleW = &Write;
 namespace Veltrane::Cli {
 namespace {
 
-TEST(TerminalOfWindows, AnAnswerEndsWithItsLineHoweverTheConsoleEndsThat) {
+TEST(TerminalOfWindows, AnAnswerEndsWithItsLineForEveryLineEnd) {
     constexpr DWORD BEFORE = 0x1F7;
     for (const std::wstring end : {L"\r", L"\r\n", L"\n"}) {
         SCOPED_TRACE(testing::PrintToString(end));

@@ -1,4 +1,4 @@
-"""Linux: profiles are files, which the environment names; the installer is unixODBC's."""
+"""Linux: profiles are files named by the environment; the installer is unixODBC's."""
 import os
 
 
@@ -72,7 +72,7 @@ class Stage:
         return sections
 
     def make_foreign(self, library):
-        """Makes the library one for a machine of another kind."""
+        """Changes the library to one for another processor."""
         with open(library, "r+b") as file:
             file.seek(18)
             file.write(b"\xb7\x00" if os.uname().machine != "aarch64" else b"\x3e\x00")

@@ -1,7 +1,7 @@
-"""Windows, in Wine: profiles are keys of the registry, those of ODBC itself in the build's own
-WINEPREFIX; the installer is the one for tests, which lies beside the tool.
+"""Windows, in Wine: profiles are ODBC's own registry keys in the build's WINEPREFIX; the installer
+is the test installer, which is beside the tool.
 
-Environment, beside that of tool_test.py: RUN_IN_WINE and WINE_FOLDER, TEST_INSTALLER,
+Environment, besides that of tool_test.py: RUN_IN_WINE and WINE_FOLDER, TEST_INSTALLER,
 DIALOG_LIBRARY and C_COMPILER.
 """
 import os
@@ -48,7 +48,7 @@ class Stage:
         for name in ("VELTRANE_DSN", "TEST_INSTALLER"):
             os.symlink(os.environ[name], os.path.join(folder, os.path.basename(os.environ[name])))
         self.tool = os.path.join(folder, os.path.basename(os.environ["VELTRANE_DSN"]))
-        # A folder of its own, as that of an installed driver.
+        # A separate folder, as for an installed driver.
         os.mkdir(os.path.join(folder, "driver"))
         for name in ("SETUP_LIBRARY", "DIALOG_LIBRARY"):
             shutil.copy(os.environ[name], os.path.join(folder, "driver"))
@@ -57,11 +57,11 @@ class Stage:
         self.places = {"user": r"HKEY_CURRENT_USER\Software\ODBC\ODBC.INI",
                        "system": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBC.INI",
                        "drivers": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBCINST.INI"}
-        # What is to be written to the registry before the next program runs: a start of one that
-        # does so takes as long as that of the tool.
+        # Changes of the registry for the start of the next program: to start a program for each
+        # would take as long as the tool.
         self.unwritten = [f"[-HKEY_CURRENT_USER\\{RECORD_KEY}]",
                           f"[-HKEY_LOCAL_MACHINE\\{RECORD_KEY}]"]
-        self.exported = {}  # what has been read since the tool last ran
+        self.exported = {}  # keys read since the tool last ran
         self.write("user", {})
         self.write("system", {})
 
@@ -96,7 +96,7 @@ class Stage:
         return {"Driver": "C:\\windows\\system32\\odbc32.dll", "Setup": library}
 
     def write(self, place, sections):
-        """A value is a text, or what stands for another type in a .reg file, as bytes."""
+        """A value is a text, or bytes with the form of another type in a .reg file."""
         root = self.places[place]
         self.exported.pop(root, None)
         lists = {}
@@ -137,7 +137,7 @@ class Stage:
         return sections
 
     def read(self, place):
-        """The sections without the list of them, which has to agree with them."""
+        """The sections without their list, which has to agree with them."""
         sections = dict(self.export(self.places[place]))
         if place == "drivers":
             expected = dict.fromkeys(sections.keys() - {DRIVERS, "ODBC"}, "Installed")
@@ -152,7 +152,7 @@ class Stage:
         return path[2:].replace("\\", "/")
 
     def make_foreign(self, library):
-        """Makes the library one for a machine of another kind."""
+        """Changes the library to one for another processor."""
         with open(self.unix(library), "r+b") as file:
             file.seek(0x3c)
             header = int.from_bytes(file.read(4), "little")

@@ -1,5 +1,5 @@
-"""What the tests of the built veltrane-dsn share. It runs in a scratch folder, through the ODBC
-installer: on Linux the real one, in Wine the project's own for tests.
+"""Shared by the tests of the built veltrane-dsn. The tool runs in a scratch folder, through the
+ODBC installer: on Linux the real one, in Wine the test installer.
 
 Environment: VELTRANE_DSN is the tool, SETUP_LIBRARY the setup library; the systems' own parts,
 stage_linux.py and stage_windows.py, name what else they need.
@@ -54,7 +54,7 @@ class ToolTest(unittest.TestCase):
         return self.stage.read(scope)
 
     def run_tool(self, *arguments, code=0, stdin="", **environment):
-        """Runs the tool, checks its exit code, and gives its output and its errors."""
+        """Runs the tool, checks its exit code, and returns its output and its errors."""
         process = self.start(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, text=True, encoding="utf-8",
                                    errors="surrogateescape", start_new_session=True,
@@ -67,7 +67,7 @@ class ToolTest(unittest.TestCase):
         return json.loads(self.run_tool(*arguments, "--json", **others)[0])
 
     def findings(self, code=1, **environment):
-        """What doctor finds, the texts by their ids."""
+        """The findings of doctor: texts by id."""
         report = self.run_json("doctor", code=code, **environment)
         for finding in report["findings"]:
             self.assertRegex(finding["repair"], r"\.$")
@@ -79,12 +79,12 @@ class ToolTest(unittest.TestCase):
         self.assertEqual([process.wait(300) for process in processes], [0 for _ in commands])
 
     def run_on_a_terminal(self, *arguments, answers):
-        """Gives the exit code and what the terminal shows; types an answer to each question."""
+        """Returns the exit code and the text on the terminal; types an answer to each question."""
         answers, asked = list(answers), 0
 
         def reply(shown, terminal):
             nonlocal asked
-            # Wine's console takes the echo away after the question.
+            # Wine's console turns the echo off after the question.
             is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
             questions = shown.count(b"Password") + shown.count(b"once")
             if not answers or questions <= asked or not is_silent:
@@ -92,7 +92,7 @@ class ToolTest(unittest.TestCase):
             asked = questions
             return answers.pop(0)
         code, shown = run_on_terminal(*self.stage.prepare(arguments), reply)
-        # In Wine blanks and line ends are movements of the cursor, among other sequences.
+        # In Wine blanks and line ends are cursor movements, among other sequences.
         return code, re.sub(r"\x1b\[[?0-9;]*[A-Za-z]", "", shown)
 
     def start(self, arguments, environment=None, **others):
@@ -100,8 +100,8 @@ class ToolTest(unittest.TestCase):
         return subprocess.Popen(command, env={**own, **(environment or {})}, **others)
 
     def compile(self, name, source, *libraries, options=("-shared", "-fPIC")):
-        """Gives the path of a shared library, which needs these in the same folder; without options,
-        of a program."""
+        """Returns the path of a shared library that needs these libraries in its folder; without
+        options, of a program."""
         file = name + (self.stage.LIBRARY if options else self.stage.PROGRAM)
         needed = (os.path.basename(self.stage.unix(library)) for library in libraries)
         subprocess.run([self.stage.COMPILER, *options, "-o", file, "-x", "c", "-", "-x", "none", *needed],

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """veltrane-dsn test through the installed driver managers, with Debian's drivers for SQLite and
-PostgreSQL, and with a driver of this test that hangs, crashes and tells what it should not. In Wine,
-whose odbc32.dll leads to the driver manager and the drivers of Linux, less of it."""
+PostgreSQL, and with a driver of this test that hangs, crashes and reveals secrets. In Wine, whose
+odbc32.dll uses the driver manager and the drivers of Linux, only a part of it."""
 import os
 import signal
 import subprocess
@@ -9,7 +9,7 @@ import time
 
 from tool_test import ToolTest, main
 
-# It does what the user name says, and writes down its process.
+# Does what the user name says, and writes its process number to a file.
 DRIVER = r"""
 #include <stdio.h>
 #include <stdlib.h>
@@ -51,7 +51,7 @@ short SQLGetDiagRec(short kind, void *c, short number, char *state, int *code, c
 
 class ConnectionTest(ToolTest):
     def assert_gone(self, path, send=os.killpg):
-        """Of the process whose number is in the file, and of its group."""
+        """Checks that the process whose number is in the file has ended, and its group."""
         number = int(self.read_file(path))
         end = time.monotonic() + 60
         try:
@@ -99,7 +99,7 @@ class ConnectTest(ConnectionTest):
         self.assertEqual((said["state"], said["native_code"]), ("08001", 101))
         self.assertIn("Connection refused", self.run_tool("test", "pg", code=1)[0])
 
-    def test_says_why_the_driver_manager_finds_no_driver(self):
+    def test_reports_why_the_driver_manager_finds_no_driver(self):
         lacking = self.compile("lacking", "void missing_function(void);\n"
                                      "short SQLAllocHandle() { missing_function(); return 0; }")
         self.add_drivers({"Gone": "/no/such.so", "Lacking": lacking,
@@ -120,7 +120,7 @@ class ConnectTest(ConnectionTest):
                 states = [record["state"] for record in result["diagnostics"]] or [None]
                 self.assertEqual((states[0], result["findings"][0]["id"]), (state, finding))
                 self.assertIn(word, "{text} {repair}".format(**result["findings"][0]))
-        # A sanitizer ends iODBC there, which hands out a text that it has freed.
+        # A sanitizer ends iODBC here, which returns a text that it has freed.
         if os.environ.get("SANITIZED") != "1":
             result = self.run_json("test", "gone", "--driver-manager", "libiodbc.so.2", code=1,
                                    SYSODBCINSTINI=self.path("odbcinst.ini"))

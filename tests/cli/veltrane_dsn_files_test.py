@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What the built veltrane-dsn does with files, on Linux, and the texts for manuals and shells.
 
-Environment, beside that of tool_test.py: TEXTS, the folder of the generated texts.
+Environment, besides that of tool_test.py: TEXTS, the folder of the generated texts.
 """
 import contextlib
 import fcntl
@@ -26,7 +26,7 @@ class FileTest(ToolTest):
         self.user = self.stage.places["user"]
 
 
-# Calls functions of the installer, in a process of its own: it keeps what it has read for a while.
+# Calls functions of the installer in a new process, because the installer caches what it reads.
 INSTALLER = """
 import ctypes, sys
 library = ctypes.CDLL("libodbcinst.so.2")
@@ -48,7 +48,7 @@ class FilesTest(FileTest):
                               stdout=subprocess.PIPE).stdout
 
     @unittest.skipIf(os.environ["SANITIZED"] == "1", "a sanitizer has to be in its host from the start")
-    def test_the_tool_and_the_installer_read_what_the_other_has_written(self):
+    def test_the_tool_and_the_installer_read_each_others_files(self):
         values = {"Server": "ü=;#", "Database": "日本", "UID": "[x]", "Trace": "1"}
         self.run_tool("apply", "-", stdin=json.dumps([{"name": "sales", "values": values}]))
         for key, value in {**values, "Driver": "Veltrane"}.items():
@@ -78,7 +78,7 @@ class FilesTest(FileTest):
         expected = ("# ours\n[sales]\nDriver = Veltrane\nHint=1\nServer=t\nDatabase=d\nhint = 2\n"
                     "PWD=a\nPWD=b\n\n[other]\nx=1\n")
         self.assertEqual(self.read_file(self.user), expected)
-        # An old password must not stay in a line that nobody reads.
+        # An old password must not stay in a line that no reader uses.
         self.run_tool("set", "sales", "--pwd-stdin", stdin="new")
         self.assertEqual(self.read_file(self.user), expected.replace("PWD=a\nPWD=b\n", "PWD=new\n"))
 
@@ -89,7 +89,7 @@ class FilesTest(FileTest):
                 files.add(os.readlink(f"/proc/{process}/fd/{name}"))
         return files
 
-    def test_after_ctrl_c_nothing_is_written_and_the_tool_says_so(self):
+    def test_after_ctrl_c_nothing_is_written_and_the_tool_reports_it(self):
         self.write_file("user.ini", "")
         file = self.write_file("dsns.json", '[{"name": "a", "values": {"Server": "s", "Database": "d"}}]')
         with open(self.user, "rb") as ini:
@@ -100,7 +100,7 @@ class FilesTest(FileTest):
                 self.assertIsNone(run.poll())
                 time.sleep(0.01)
             run.send_signal(signal.SIGINT)
-            output, errors = run.communicate(timeout=20)  # the lock is waited for 30 s
+            output, errors = run.communicate(timeout=20)  # it waits 30 s for the lock
         self.assertEqual((run.returncode, output, self.read_file(self.user)), (130, "", ""))
         self.assertEqual(errors, "veltrane-dsn: Interrupted. Nothing has been written.\n")
 
@@ -159,8 +159,8 @@ KILL = """
     }
 """
 
-# Before the first sync it writes a section into odbc.ini, as a program without the lock does, or
-# presses Ctrl-C.
+# Before the first sync it writes a section to odbc.ini, as a program without the lock does, or
+# sends Ctrl-C.
 FOREIGN = """
     #include <fcntl.h>
     #include <signal.h>
@@ -214,7 +214,7 @@ class KillsTest(FileTest):
             points += number - 2
         self.assertGreater(points, 300)
 
-    def test_what_others_write_between_reading_and_writing_is_not_lost(self):
+    def test_changes_by_others_between_read_and_write_are_not_lost(self):
         preload = self.compile("foreign", FOREIGN)
         sales = "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\n"
         for command, after in ((["set", "sales", "--server", "t"], sales.replace("=s", "=t")),
@@ -223,7 +223,7 @@ class KillsTest(FileTest):
             self.run_tool(*command, LD_PRELOAD=preload)
             self.assertEqual(self.read_file(self.user), after + "[foreign]\nx=1\n")
 
-    def test_after_ctrl_c_while_it_writes_the_tool_says_what_is_done(self):
+    def test_after_ctrl_c_while_it_writes_the_tool_reports_what_is_done(self):
         preload = self.compile("foreign", FOREIGN)
         file = self.write_file("dsns.ini", "[a]\nServer=s\nDatabase=d\n[b]\n")
         output, errors = self.run_tool("apply", file, code=130, LD_PRELOAD=preload, INTERRUPT="1")
@@ -300,7 +300,7 @@ class FileFindingsTest(FileTest):
 
 class TextsTest(ToolTest):
     def names(self):
-        """Every command with its options, as the tool's own help has them."""
+        """Every command with its options, from the tool's own help."""
         overview, _ = self.run_tool("--help")
         commands = re.findall(r"(?m)^  ((?:driver )?[a-z]+)  +", overview)
         self.assertGreater(len(commands), 10)
@@ -308,14 +308,14 @@ class TextsTest(ToolTest):
             text, _ = self.run_tool(*command.split(), "--help")
             yield command, re.findall(r"(?m)^  (?:-\w, )?(--[a-z-]+)", text)
 
-    def test_help_fits_the_screen_and_its_examples_are_taken(self):
+    def test_help_fits_the_screen_and_its_examples_work(self):
         overview, _ = self.run_tool("--help")
         self.assertEqual(self.run_tool("driver", "--help")[0], overview)
         self.assertRegex(self.run_tool("--version")[0], r"^veltrane-dsn [0-9.]+\n$")
         for command, _ in self.names():
             text, _ = self.run_tool(*command.split(), "-h")
             self.assertLessEqual(max(map(len, (overview + text).splitlines())), 80)
-            self.assertNotIn("--pwd,", text)  # understood, in order to be refused
+            self.assertNotIn("--pwd,", text)  # parsed only to be refused
             examples = text.partition("Examples:\n")[2].replace("\\\n", "").splitlines()
             self.assertTrue(examples, command)
             for example in examples:
@@ -359,7 +359,7 @@ class TextsTest(ToolTest):
         self.assertEqual(self.complete("set", "sales", "--driver", "V"), ["Veltrane"])
         self.assertEqual(self.complete("add", "x", "--pwd-env", "ODBCSYS"), ["ODBCSYSINI"])
 
-    def test_other_shells_take_their_completion(self):
+    def test_other_shells_accept_their_completion(self):
         for shell, name in (("zsh", "_veltrane-dsn"), ("fish", "veltrane-dsn.fish")):
             path = os.path.join(os.environ["TEXTS"], shell, name)
             text = self.read_file(path)

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""What veltrane-dsn takes and refuses: command lines, connection strings, descriptions (tool_test.py)."""
+"""What veltrane-dsn accepts and refuses: command lines, connection strings,
+descriptions (tool_test.py)."""
 import json
 
 from tool_test import PASSWORD, SALES, ToolTest, main
@@ -7,7 +8,7 @@ from tool_test import PASSWORD, SALES, ToolTest, main
 
 class RefusalTest(ToolTest):
     def assert_refused(self, part, *arguments, code=2, **others):
-        """Nothing is done, and the reason has this in it, but no password."""
+        """Checks that nothing is done, and that the reason contains the part and no password."""
         with self.subTest(arguments, **others):
             output, errors = self.run_tool(*arguments, code=code, **others)
             self.assertEqual(output, "")
@@ -16,7 +17,7 @@ class RefusalTest(ToolTest):
 
 
 class LineTest(RefusalTest):
-    def test_options_stand_anywhere_and_may_be_empty(self):
+    def test_options_can_be_anywhere_and_empty(self):
         output, _ = self.run_tool("add", "--uid=", "sales", "-p", "A=", "--property=B=c d", "-pC=[x,y]",
                                   "--namespace", "", "--server=-x", "-n", "--database", "d")
         self.assertEqual(output, "sales: would be added\n+[sales]\n+Driver=Veltrane\n+Server=-x\n"
@@ -24,7 +25,7 @@ class LineTest(RefusalTest):
         for words, name in (("list",), "list"), (("--", "--json"), "--json"), (("a", "--system"), "a"):
             self.assert_refused(f'There is no DSN "{name}" in ', "show", *words, code=3)
 
-    def test_a_wrong_command_line_is_explained_without_what_may_be_a_password(self):
+    def test_errors_in_a_command_line_show_no_possible_password(self):
         for words, text in (
                 ("", "A command is missing. Try"),
                 ("--pwd hunter2", "A command is missing. Try"),
@@ -48,7 +49,7 @@ class LineTest(RefusalTest):
                 ("add a --sever=x", "There is no option --sever. Did you mean --server?")):
             self.assert_refused("veltrane-dsn: " + text, *words.split())
 
-    def test_what_contradicts_itself_or_cannot_be_stored_changes_nothing(self):
+    def test_contradictions_and_values_that_cannot_be_stored_change_nothing(self):
         self.add_sales()
         add = ["add", "new", "--server", "s", "--database", "d"]
         for part, *arguments in (
@@ -80,7 +81,7 @@ class LineTest(RefusalTest):
             [{"name": "sales", "pwd_env": "NOT_SET", "values": {}}]), code=1)
         self.assertEqual(self.dsns(), {"sales": SALES})
 
-    def test_both_formats_of_descriptions_say_the_same(self):
+    def test_both_formats_of_descriptions_mean_the_same(self):
         self.stage.write("drivers", dict.fromkeys(("V2", "Veltrane"), self.stage.driver("x")))
         stored = {"driver": "veltrane", "Server": "db", "database": "d", "Namespace": "n", "UID": ""}
         self.write({"old": {"Driver": "Veltrane"}, "unset": {**SALES, "UID": "u"}, "same": stored})
@@ -108,7 +109,7 @@ class LineTest(RefusalTest):
         self.assertEqual(self.run_tool("apply", "-", "-n", stdin=' \n[ {"name": "unset", "values": {"UID":'
                                        ' null}}]')[0], "unset: would be changed\n-UID=u\n1 would be changed\n")
 
-    def test_what_is_no_dsn_is_passed_over_with_a_note(self):
+    def test_sections_that_are_no_dsns_are_skipped_with_a_note(self):
         passed = " is the driver manager's own section and is passed over.\n"
         source = "veltrane-dsn: standard input"
         for text, notes in (
@@ -120,9 +121,9 @@ class LineTest(RefusalTest):
 
 
 class InputTest(RefusalTest):
-    """What is the same on every system."""
+    """The same on every system."""
 
-    def test_a_connection_string_is_taken_apart(self):
+    def test_parses_a_connection_string(self):
         add = ["add", "a", "--server", "s", "--database", "d", "-n", "--connection-string"]
         for point, text, keys in (
                 ("nothing", " ; ;", ""),
@@ -141,7 +142,7 @@ class InputTest(RefusalTest):
                          ("PWD={hunter2;UID=x", 5), ("PWD={hunter2} x;UID=x", 15), ("PWD={hunter2}}", 5)):
             self.assert_refused(f"The connection string has, at byte {at}, ", *add, text)
 
-    def test_a_malformed_description_changes_nothing_and_tells_no_value(self):
+    def test_a_malformed_description_changes_nothing_and_shows_no_value(self):
         def entry(values):
             return json.dumps([{"name": "a", **values}])
         for text, part in (
@@ -177,7 +178,7 @@ class InputTest(RefusalTest):
         self.assert_refused("not JSON in UTF-8", "apply", self.stage.native(self.path("not-utf8")), code=1)
         self.assertEqual(self.dsns(), {})
 
-    def test_what_could_not_be_read_back_is_refused(self):
+    def test_values_that_could_not_be_read_back_are_refused(self):
         self.write({"stored": {**SALES, "Long": 997 * "x"}})
         dsns, reasons = [{"name": "stored", "values": {"UID": "u"}}, {"name": "a[b", "values": {}}], []
         for values, reason in (({"Server": ""}, "Server: "), ({"Database": None}, "Database: "),
@@ -197,9 +198,9 @@ REGISTRY = "Windows Registry Editor Version 5.00\r\n[HKEY_CURRENT_USER\\Software
 
 
 class ImportTest(RefusalTest):
-    """Bytes that are no UTF-8 are written as lone surrogates."""
+    """Bytes that are not UTF-8 are written as lone surrogates."""
 
-    def test_takes_what_people_have(self):
+    def test_accepts_common_files(self):
         source = "standard input"
         for point, text, expected, *options in (
                 ("the list names the driver where the section has a path, and one that is gone",

@@ -7,7 +7,7 @@ from tool_test import SALES, ToolTest, main
 
 
 class RegistryTest(ToolTest):
-    def test_values_that_are_no_lines_of_text_stay_as_they_are(self):
+    def test_values_that_are_no_lines_of_text_stay_unchanged(self):
         two_lines = b"hex(1):61,00,0a,00,62,00,00,00"
         for value in (b"dword:00000005", b"hex:01,02", two_lines, " outer blank"):
             self.write({"odd": {**SALES, "Extra": value}, "sales": SALES})
@@ -26,13 +26,13 @@ class RegistryTest(ToolTest):
         self.assertEqual(self.dsns(), {"sales": SALES})
 
     def entries(self):
-        """The user's DSNs as they are; the driver by the name that it has in the list."""
+        """The user's DSNs as stored, with the driver's name from the list."""
         sections = dict(self.stage.export(self.stage.places["user"]))
         drivers = sections.pop("ODBC Data Sources", {})
         return {name: {**entries, **({"Driver": drivers[name]} if name in drivers else {})}
                 for name, entries in sections.items()}
 
-    def test_a_kill_at_any_write_loses_no_key_and_names_a_dsn_that_is_cut_off(self):
+    def test_a_kill_at_any_write_loses_no_key_and_reports_a_partial_dsn(self):
         before = {"sales": {**SALES, "Hint": "1"}, "gone": SALES}
         added = {**SALES, "Namespace": "n", "UID": "u"}
         add = ["add", "new", "--connection-string", "Server=db;Database=d;Namespace=n;UID=u"]
@@ -65,7 +65,7 @@ class RegistryTest(ToolTest):
             self.assertEqual(self.dsns(), after)
         self.assertGreater(points, 20)
 
-    def test_names_compare_as_the_registry_has_it(self):
+    def test_names_compare_as_in_the_registry(self):
         self.write({"Ärger": {**SALES, "Ünits": "1"}, "sales": SALES})
         self.run_tool("show", "ärger")
         self.assertEqual(self.run_json("export", "ÄRGER")["data_sources"][0]["values"]["Ünits"], "1")
@@ -79,7 +79,7 @@ class RegistryTest(ToolTest):
         self.run_tool("remove", "ärger", "ÄRGER")
         self.assertEqual(self.dsns(), {})
 
-    def test_the_console_has_its_code_page_again(self):
+    def test_restores_the_code_page_of_the_console(self):
         command = self.stage.native(self.stage.tool).replace("\\", "\\\\") + " list"
         self.stage.tool = self.compile("console", """
             int main(void) {
@@ -89,13 +89,13 @@ class RegistryTest(ToolTest):
             }""" % command, options=())
         self.assertIn("page=437", self.run_on_a_terminal(answers=[])[1])
 
-    def test_an_export_names_what_it_leaves_out(self):
+    def test_an_export_reports_what_it_leaves_out(self):
         self.write({"odd": {**SALES, "Blob": b"hex:01,02", "PWD": "hunter2"}, "sales": SALES})
         self.assertEqual(self.run_tool("export")[1].replace("\r", ""),
                          "veltrane-dsn: Passwords are left out; --show-secrets writes them: PWD of odd.\n"
                          "veltrane-dsn: Values that are no text are left out: Blob of odd.\n")
 
-    def test_a_driver_without_its_library_takes_no_dsn(self):
+    def test_a_driver_without_its_library_gets_no_dsn(self):
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup}})
         finding = next(it for it in self.run_json("doctor", code=1)["findings"]
                        if it["id"] == "driver-without-library")
@@ -105,7 +105,7 @@ class RegistryTest(ToolTest):
         self.assertIn('has no Driver entry in ' + self.stage.places["drivers"], errors)
         self.assertIn("driver register --replace", errors)
 
-    def test_everybody_reads_a_password_of_the_system(self):
+    def test_every_user_can_read_a_system_password(self):
         for scope in ("user", "system"):
             self.write({"sales": {**SALES, "PWD": "hunter2"}}, scope)
             found = [it for it in self.run_json("doctor")["findings"]

@@ -48,7 +48,7 @@ class ChangeTest(ToolTest):
                          ["sales  user   db      東京", "zone   user   db      d"])
         self.run_tool("list", "--both", "--system", code=2)
 
-    def test_takes_a_connection_string(self):
+    def test_accepts_a_connection_string(self):
         self.run_tool("add", "sales", "--uid", "bea", "--connection-string",
                       "Driver={Veltrane};Server=db; Database={a;}}b} ;UID=anna")
         self.assertEqual(self.run_json("show", "sales")["values"],
@@ -63,7 +63,7 @@ class ChangeTest(ToolTest):
         self.assertEqual(self.add_sales("-p", "Sever=x", "-q", "--replace")[1], "")
         self.assertEqual(self.dsns()["sales"], {**SALES, "Sever": "x"})
 
-    def test_carries_every_character_of_an_argument(self):
+    def test_stores_every_character_of_an_argument(self):
         for value in ('say "no" \\', 'a\\\\"b c\\\\', "100 %PATH% ^& | < > '", "ü€日本😀=;#{}"):
             self.add_sales("--uid", value, "-p", "Trace=" + value, "--replace")
             self.assertEqual(self.dsns()["sales"], {**SALES, "UID": value, "Trace": value})
@@ -74,13 +74,13 @@ class ChangeTest(ToolTest):
         output, _ = self.run_tool("set", "sales", "--server", "t", "--unset", "Nothing")
         self.assertEqual(output, "sales: changed\n")
         self.assertEqual(self.dsns(), {"sales": {**SALES, **kept, "Server": "t"}, "other": {"x": "1"}})
-        # A stored value may be one that nobody could give.
+        # A stored value can be one that the tool would refuse.
         long = {"UID": 300 * "u"}
         self.write({"sales": {**SALES, **long}})
         self.run_tool("set", "sales", "--server", "t")
         self.assertEqual(self.dsns(), {"sales": {**SALES, **long, "Server": "t"}})
 
-    def test_existing_and_missing_dsns_have_exit_codes_of_their_own(self):
+    def test_existing_and_missing_dsns_have_their_own_exit_codes(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
         before = self.dsns()
         _, errors = self.run_tool("add", "sales", "--server", "x", "--database", "y", code=4)
@@ -110,7 +110,7 @@ class ChangeTest(ToolTest):
         self.assertIn(f'"Nobody" is not registered in {self.stage.places["drivers"]}.', errors)
         self.assertNotIn("driver register", errors)
         self.assertEqual(self.dsns(), {})
-        # One that is there may lose its driver and still be changed.
+        # An existing DSN can be changed even if its driver is gone.
         self.write({"sales": {**SALES, "Driver": "Nobody"}})
         self.run_tool("set", "sales", "--driver", "Nobody", "--uid", "u")
         self.assertEqual(self.dsns()["sales"]["UID"], "u")
@@ -181,7 +181,7 @@ class SecretsTest(ToolTest):
         self.run_tool("set", "sales", "--unset", "PWD")
         self.assertEqual(self.dsns(), {"sales": SALES})
 
-    def test_a_byte_order_mark_is_no_part_of_what_is_read(self):
+    def test_a_byte_order_mark_is_skipped(self):
         dsns = json.dumps([{"name": "sales", "values": {**SALES_VALUES, "UID": "日本"}}])
         for encoding in ("utf-8-sig", "utf-16-le", "utf-16-be"):
             mark = b"" if encoding == "utf-8-sig" else "\ufeff".encode(encoding)
@@ -213,7 +213,7 @@ class SecretsTest(ToolTest):
         self.assertIn("There is no terminal to ask for the password; use --pwd-stdin", errors)
         self.assertEqual(self.dsns()["sales"]["PWD"], "hunter2")
 
-    def test_no_password_is_left_in_files_beside_or_in_the_trace(self):
+    def test_no_password_is_left_in_other_files_or_the_trace(self):
         trace = self.stage.native(self.path("trace"))
         self.add_sales("--pwd-stdin", stdin="hunter2\n", TR4CE="9:" + trace)
         self.assertGreater(os.path.getsize(self.path("trace")), 0)
@@ -259,7 +259,7 @@ class ApplyTest(ToolTest):
         self.assertFalse(again["changed"])
         self.assertEqual(self.states(again), {**dict.fromkeys(expected, "unchanged"), "bad": "failed"})
 
-    def test_an_export_is_a_description_of_what_is_there(self):
+    def test_an_export_is_a_description_of_the_stored_dsns(self):
         self.add_sales("-p", "Trace=", "--uid", "ü")
         self.run_tool("set", "sales", "--pwd-stdin", stdin=PASSWORD)
         before = self.dsns()
@@ -276,7 +276,7 @@ class ApplyTest(ToolTest):
                              "sales: added\n1 added\n")
             self.assertEqual(self.dsns(), before)
 
-    def test_an_import_is_applied_only_where_that_is_said(self):
+    def test_an_import_is_applied_only_on_request(self):
         with open(self.path("file.dsn"), "wb") as file:
             file.write("[ODBC]\nDRIVER=Old\nSERVER=db\nDATABASE=東京\nPWD=hunter2\n".encode("utf-16"))
         file = self.stage.native(self.path("file.dsn"))
@@ -293,7 +293,7 @@ class ApplyTest(ToolTest):
         for option in ("--dry-run", "--system", "--json"):
             self.assertIn(option + " needs --apply.", self.run_tool("import", file, option, code=2)[1])
 
-    def test_replace_removes_what_is_not_described(self):
+    def test_replace_removes_keys_that_are_not_described(self):
         self.add_sales("--uid", "u", "-p", "X=1")
         dsns = self.describe([{"name": "sales", "values": {"Server": "db", "Database": "d"}}])
         self.assertEqual(self.run_tool("apply", dsns)[0], "sales: unchanged\n1 unchanged\n")
@@ -302,7 +302,7 @@ class ApplyTest(ToolTest):
         self.assertEqual(self.dsns(), {"sales": SALES})
 
     def test_two_processes_at_once_lose_nothing(self):
-        # Each writes DSNs of its own and the same ones.
+        # Each writes its own DSNs and the common ones.
         common = [f"x{i}" for i in range(50)]
         self.write({name: {**SALES, "Keep": "1"} for name in common})
         commands = []
@@ -322,7 +322,7 @@ class ApplyTest(ToolTest):
             self.assertEqual(entries, {**SALES, "Server": entries["Server"],
                                        "UID": entries["Server"], "Keep": "1"})
 
-    def test_prune_removes_what_is_not_described(self):
+    def test_prune_removes_dsns_that_are_not_described(self):
         dsns = {"a": SALES, "b": SALES, "theirs": {**SALES, "Driver": "Other"}}
         self.write(dsns)
         file = self.describe([{"name": "A", "values": {"UID": "u"}}, {"name": "c", "values": {}}])
@@ -330,7 +330,7 @@ class ApplyTest(ToolTest):
         self.assertTrue(output.endswith("1 would be changed, 1 would be removed, 1 failed\n"), output)
         self.assertIn("-[b]\n", output)
         self.assertEqual(self.dsns(), dsns)
-        # A refused one is no reason to remove it.
+        # A refused DSN is not removed.
         result = self.run_json("apply", file, "--prune", code=1)
         self.assertEqual(result["summary"],
                          {"added": 0, "changed": 1, "removed": 1, "unchanged": 0, "failed": 1})
@@ -344,7 +344,7 @@ class ApplyTest(ToolTest):
         self.assertIn("b: Database: ", errors)
         self.assertIn("Nothing has been written.", errors)
 
-    def test_a_password_file_is_looked_for_beside_the_description(self):
+    def test_a_password_file_is_searched_beside_the_description(self):
         self.write_file("secret", "hunter2\n")
         file = self.describe([{"name": "a", "pwd_file": "secret",
                                "values": {"Server": "s", "Database": "d"}}])
@@ -378,7 +378,7 @@ class DriverTest(ToolTest):
         self.run_tool(*unregister, setup)
         self.assertEqual(self.stage.read("drivers"), before)
 
-    def test_no_name_reaches_what_is_no_driver(self):
+    def test_no_name_reaches_a_section_that_is_no_driver(self):
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup}, "ODBC": {"Trace": "1"}})
         before = self.stage.read("drivers")
         self.assertEqual([it["name"] for it in self.run_json("driver", "list")["drivers"]],
@@ -388,7 +388,7 @@ class DriverTest(ToolTest):
             self.run_tool("driver", "unregister", "--driver", name, code=3)
         self.assertEqual(self.stage.read("drivers"), before)
 
-    def test_where_names_what_is_used_in_this_environment(self):
+    def test_where_shows_the_files_and_libraries_in_use(self):
         places = self.run_json("where")
         for name in ("user", "system"):
             self.assertEqual(places[name + "_file"], self.stage.places[name])
@@ -401,7 +401,7 @@ class DriverTest(ToolTest):
 
 
 class DoctorTest(ToolTest):
-    def test_prints_one_line_where_nothing_is_wrong_and_changes_nothing(self):
+    def test_prints_one_line_if_nothing_is_wrong_and_changes_nothing(self):
         library = self.compile("driver", "EXPORTED int SQLAllocHandle;")
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
         before = set(os.listdir(self.folder))

@@ -1,8 +1,8 @@
 """A root file system with little more than what given packages need, for tests that install.
 
-It is made without a network from the packages that this machine has installed: their files and
-their records in dpkg's database, and nothing of /etc that somebody wrote by hand. Commands run in
-namespaces of their own, so that what is mounted there goes with the last of them.
+It is made without a network from the packages installed on this machine: their files and their
+records in dpkg's database, without local changes in /etc. Commands run in new namespaces, whose
+mounts end with the last of them.
 """
 import os
 import re
@@ -10,21 +10,21 @@ import shutil
 import subprocess
 from pathlib import Path
 
-# What a clean machine has in the files that this one may have filled.
+# The contents on a clean machine of files that this one may have changed.
 PRISTINE = {"etc/odbc.ini": "", "etc/odbcinst.ini": "", "etc/hosts": "127.0.0.1 localhost\n"}
 LEFT_OUT = re.compile(r"^/usr/share/(doc|info|locale|man|lintian|icons)/.|^/(dev|proc|sys|tmp|run|var/cache)/.")
 
 
-# Not in the search path of everybody, but anybody may run what is used of it here.
+# Not in every user's search path, but every user may run the programs used here.
 os.environ["PATH"] += ":/usr/sbin:/sbin"
 
 
 class Unavailable(Exception):
-    """This machine cannot do it; the text says why."""
+    """This machine cannot do it; the text is the reason."""
 
 
 def namespaces():
-    """The command that starts another one in namespaces of its own, as root in them."""
+    """The command that starts another one in new namespaces, as root in them."""
     command = ["unshare", "--mount", "--pid", "--fork", "--kill-child"]
     return command if os.geteuid() == 0 else [*command, "--user", "--map-root-user"]
 
@@ -43,7 +43,7 @@ class CleanRoot:
         self.path = Path(path)
 
     def run(self, *command, stdin="", timeout=300, **environment):
-        """Runs a command in the root and gives its result; the output holds its errors as well."""
+        """Runs a command in the root and returns its result; the output includes its errors."""
         script = ('mount -t proc proc "$0/proc" && mount --rbind /dev "$0/dev" && '
                   'root=$0 && exec chroot "$root" "$@"')
         variables = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/root", "LC_ALL": "C.UTF-8",
@@ -60,7 +60,7 @@ class CleanRoot:
         (self.path / path).write_text(text, encoding="utf-8")
 
     def list_files(self):
-        """All paths but dpkg's own records and logs."""
+        """All paths except dpkg's own records and logs."""
         paths = set()
         for folder, folders, files in os.walk(self.path):
             inner = os.path.relpath(folder, self.path)
@@ -91,7 +91,7 @@ class Installed:
 
     @staticmethod
     def names(relation):
-        """The names in a list of dependencies, alternatives in their order."""
+        """The names in a list of dependencies, with alternatives in their order."""
         return [re.split(r"[\s:(]", part.strip())[0] for part in re.split(r"[,|]", relation)
                 if part.strip()]
 
@@ -127,7 +127,7 @@ def glob_escape(name):
 
 
 def is_copyable(path):
-    """Not root: a few files that nothing here needs are for root alone."""
+    """Only root can read a few files, which nothing here needs."""
     return os.path.islink(path) or os.access(path, os.R_OK)
 
 

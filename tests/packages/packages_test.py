@@ -119,7 +119,7 @@ class ContentTest(PackageTest):
 
 
 class InstallTest(PackageTest):
-    """Installs into a root that holds what the packages depend on and nothing of ours."""
+    """Installs into a root with the packages' dependencies and nothing of ours."""
 
     @classmethod
     def setUpClass(cls):
@@ -156,7 +156,7 @@ class InstallTest(PackageTest):
         self.run_in_root("dpkg", "--remove", *names)
 
     def entries(self):
-        """The lines of odbcinst.ini, blank ones aside."""
+        """The lines of odbcinst.ini, without blank ones."""
         return self.root.read("etc/odbcinst.ini").split("\n\n")[0].split()
 
     def test_a_dsn_is_added_and_the_package_removed(self):
@@ -171,10 +171,10 @@ class InstallTest(PackageTest):
         self.assertIn("Köln", shown)
         self.assertNotIn("s3cret", shown)
         self.assertEqual(self.run_in_root("odbcinst", "-q", "-s", "-l").strip(), "[sales]")
-        # An upgrade changes nothing of that.
+        # An upgrade does not change that.
         self.install(RUNTIME)
         self.assertEqual(self.root.read("etc/odbcinst.ini"), registered)
-        # Nothing is wrong but that there is no driver, and that everybody reads /etc/odbc.ini.
+        # The only findings: there is no driver, and every user can read /etc/odbc.ini.
         findings = json.loads(self.run_in_root("veltrane-dsn", "doctor", "--json"))["findings"]
         self.assertEqual({finding["id"] for finding in findings if finding["severity"] != "note"},
                          {"driver-without-library", "password-readable-by-others"})
@@ -189,7 +189,7 @@ class InstallTest(PackageTest):
         setup = f"Setup={SETUP}"
         with_driver = ["[Veltrane]", "Description=theirs", "Driver=/opt/driver.so"]
         foreign = ["[Veltrane]", "Setup=/opt/libVeltraneSetup.so"]
-        # What is there before, with the package installed, and after it has been removed.
+        # The entries before, with the package installed, and after its removal.
         cases = [
             ("counted once by the driver's package", [*with_driver, "UsageCount=1"],
              [*with_driver, setup, "UsageCount=2"], [*with_driver, setup, "UsageCount=1"]),
@@ -202,7 +202,7 @@ class InstallTest(PackageTest):
         for point, before, installed, after in cases:
             with self.subTest(point):
                 self.root.write("etc/odbcinst.ini", "\n".join(before) + "\n")
-                # What the administrator's shell says about other files does not count.
+                # Variables of the administrator's shell that name other files have no effect.
                 self.install(RUNTIME, ODBCSYSINI="/tmp", ODBCINSTINI="other.ini")
                 self.assertEqual(self.entries(), installed)
                 self.remove(RUNTIME)
@@ -223,7 +223,7 @@ class InstallTest(PackageTest):
         self.assertIn(f"Version: {field(RUNTIME, 'Version')}",
                       self.run_in_root("dpkg", "-s", RUNTIME))
 
-    def test_a_registration_that_somebody_took_back_stays_so(self):
+    def test_a_registration_that_was_removed_stays_removed(self):
         self.install(RUNTIME)
         self.run_in_root("veltrane-dsn", "driver", "unregister")
         self.install(RUNTIME)
@@ -245,9 +245,9 @@ class InstallTest(PackageTest):
 
 
 class ScriptTest(PackageTest):
-    """The commands of the README on a machine that has nothing but Debian's minimum."""
+    """The commands of the README on a machine with only Debian's minimum."""
 
-    def test_the_script_builds_packages_that_install_as_it_says(self):
+    def test_the_script_builds_packages_that_install_as_printed(self):
         if os.geteuid() != 0:
             self.skipTest("debootstrap needs root")
         try:
@@ -277,7 +277,7 @@ class ScriptTest(PackageTest):
 
 
 class RelocationTest(PackageTest):
-    def test_an_installation_works_wherever_it_stands(self):
+    def test_an_installation_works_in_any_folder(self):
         prefix = self.folder / "moved"
         self.succeed("cmake", "--install", str(BUILD), "--prefix", str(prefix))
         setup = prefix / LIBDIR / "odbc/libVeltraneSetup.so"
@@ -301,7 +301,7 @@ class RelocationTest(PackageTest):
                              rf"looked for in {prefix}/.*libexec/veltrane \(No such file")
 
     def show_in_terminal(self, environment):
-        """What an editor in the user's language shows, up to its title; Ctrl+C ends it."""
+        """The screen of an editor in the user's language, up to its title; Ctrl+C ends it."""
         def reply(shown, _):
             return b"\x03" if b"datenquelle" in shown.lower() else b""
         return run_on_terminal([str(CLIENT), str(self.folder / "answer"), "add"], environment, reply)[1]
@@ -314,7 +314,7 @@ class RelocationTest(PackageTest):
 
 
 class ConsumerTest(PackageTest):
-    """Programs on the development package, unpacked where its prefix is not known to it."""
+    """Builds programs with the development package, unpacked in a folder that is not its prefix."""
 
     def setUp(self):
         super().setUp()
@@ -352,7 +352,7 @@ class ConsumerTest(PackageTest):
         root = self.prefix / "include/orska"
         headers = sorted(path.relative_to(root) for path in root.glob("**/*.h"))
         self.assertGreater(len(headers), 20)
-        # Somebody's own folders of the same names come first.
+        # A program's own folders of the same names come first.
         for header in headers:
             path = self.folder / "theirs" / header
             path.parent.mkdir(parents=True, exist_ok=True)

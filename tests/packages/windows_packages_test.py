@@ -1,4 +1,4 @@
-"""The archive and the installer for Windows, made and installed in a Wine of their own.
+"""The archive and the installer for Windows, made and installed in a separate Wine folder.
 
   windows_packages_test.py BUILD RUN_IN_WINE VERSION TEST_INSTALLER [unittest arguments]
 """
@@ -30,7 +30,7 @@ WINE = os.path.join(SCRATCH, "wine")
 
 
 def run(*command, code=0, **options):
-    """Output and errors of a command; any exit code is right if none is given."""
+    """Returns the output and errors of a command; accepts any exit code if `code` is None."""
     result = subprocess.run(command, capture_output=True, timeout=120, check=False, **options)
     if code is not None and result.returncode != code:
         raise AssertionError(f"{command}: {result.returncode}\n{result.stdout}\n{result.stderr}")
@@ -47,7 +47,7 @@ def tearDownModule():
 
 
 class InWine(unittest.TestCase):
-    """A registry with a driver and a DSN that are somebody else's."""
+    """A registry with another product's driver and DSN."""
 
     def wine(self, *command, code=0, stdin=b""):
         environment = dict(os.environ, LC_ALL="C.UTF-8", WINEDLLOVERRIDES="odbccp32=n,b",
@@ -80,9 +80,9 @@ class InWine(unittest.TestCase):
         self.assertIn('"Other"="Installed"\n', text)
 
     def check_works(self, folder):
-        """A DSN is added by the installed tool through an installer that loads the setup library.
-        Wine's own does not look at the value Setup; the one for tests lies there meanwhile. It
-        wants the driver itself too, which is another product."""
+        """Checks that the installed tool adds a DSN through an installer that loads the setup
+        library. Wine's own ignores the value Setup, so the test installer is there meanwhile. It
+        also needs the driver, which is another product."""
         self.wine("reg", "add", DRIVERS + r"\Veltrane", "/v", "Driver", "/d", r"C:\driver.dll", "/f")
         shutil.copy(TEST_INSTALLER, self.unix_path(folder))
         self.wine(folder + r"\veltrane-dsn.exe", "add", "--system", "grün", "--server", "db",
@@ -123,7 +123,7 @@ class ArchiveTest(InWine):
 
     def uninstall(self, folder):
         self.script(folder + r"\uninstall.cmd")
-        # Wine keeps a script open while it runs, so its folder cannot end with it as on Windows.
+        # Wine keeps a running script open, so the script cannot remove its folder as on Windows.
         os.rmdir(self.unix_path(folder))
 
     def test_has_the_programs_the_scripts_and_the_documentation(self):
@@ -149,14 +149,14 @@ class ArchiveTest(InWine):
         self.install()
         self.assertEqual(self.registry(DRIVERS), registered)
         self.assertEqual(set(os.listdir(self.unix_path(first))), PROGRAMS | {"uninstall.cmd"})
-        # What another folder has registered is not taken away with this one.
+        # The registration of another folder stays when this one is removed.
         self.install(second)
         self.uninstall(first)
         self.check_registered(second)
         self.uninstall(second)
         self.check_gone(second)
 
-    def test_takes_any_form_of_a_folder_and_uninstalls_again_after_a_library_was_in_use(self):
+    def test_accepts_any_form_of_a_folder_and_uninstalls_after_a_library_was_in_use(self):
         for given, folder in (("C:\\Vé\\", r"C:\Vé"), ("Relative", None)):
             with self.subTest(given):
                 self.setUp()
@@ -179,7 +179,7 @@ class ArchiveTest(InWine):
                 self.assertEqual(self.registry(DRIVERS), self.before)
                 os.rmdir(here)
 
-    def test_changes_nothing_where_it_cannot_finish(self):
+    def test_changes_nothing_if_it_cannot_finish(self):
         self.assertRegex(self.install(r"C:\windows\explorer.exe", code=1), "cannot be (made|copied)")
         os.remove(os.path.join(self.files, "VeltraneDialog.dll"))
         self.assertIn("cannot be copied", self.install(r"C:\V", code=1))
@@ -188,7 +188,7 @@ class ArchiveTest(InWine):
 
 
 class InstallerTest(InWine):
-    """The .msi, without a question asked."""
+    """The .msi, installed without questions."""
 
     @classmethod
     def setUpClass(cls):
@@ -217,7 +217,7 @@ class InstallerTest(InWine):
         return path
 
     def programs_list(self):
-        """The versions of ours that are in the list of programs."""
+        """Our versions in the list of programs."""
         text = self.registry(UNINSTALL)
         entries = [entry for entry in text.split("\n\n") if '"DisplayName"="Veltrane ODBC setup"' in entry]
         for entry in entries:
@@ -238,7 +238,7 @@ class InstallerTest(InWine):
                 foreign = os.path.join(here, "docs", "ours.txt")
                 with open(foreign, "w", encoding="utf-8") as file:
                     file.write("a file of the administrator's")
-                # An upgrade goes to the same folder and leaves one entry.
+                # An upgrade installs into the same folder and leaves one entry.
                 self.msi("/i", self.make_next_version())
                 self.assertEqual(self.programs_list(), ["99.0.0"])
                 self.check_registered(folder)
@@ -254,7 +254,7 @@ class InstallerTest(InWine):
                 self.check_gone(folder)
                 self.wine("reg", "query", r"HKLM\SOFTWARE\Veltrane", code=1)
 
-    def test_the_same_files_give_the_same_package(self):
+    def test_the_same_files_make_the_same_package(self):
         packages = []
         for name in ("one", "two"):
             files, package = os.path.join(SCRATCH, name), os.path.join(SCRATCH, name + ".msi")
@@ -263,10 +263,10 @@ class InstallerTest(InWine):
             run(os.path.join(SOURCE, "packaging/windows/build-installer"), files, VERSION, package)
             with open(package, "rb") as file:
                 packages.append(file.read())
-            time.sleep(2)  # the times in it are whole seconds, in pairs
+            time.sleep(2)  # its times are in steps of two seconds
         self.assertEqual(packages[0], packages[1])
 
-    def test_what_the_sign_command_signs_verifies(self):
+    def test_signed_files_verify(self):
         folder = os.path.join(SCRATCH, "signing")
         os.makedirs(folder)
         key, certificate, script = (os.path.join(folder, name) for name in ("key", "cert", "sign"))
