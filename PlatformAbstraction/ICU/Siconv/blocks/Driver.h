@@ -101,8 +101,55 @@ ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_siz
     return (high & 0xFC) == 0xD8 ? size - 2 : size;
 }
 
-// Writes blocks of plain characters. UTF-16 is narrowed two blocks at a time, which halves
-// the stores.
+// What the classes of blocks from UTF-16 share. OTHER: the bits that no plain unit has.
+template <class VECTOR, bool IS_BIG, std::uint32_t OTHER>
+class Utf16Source {
+public:
+    using V = VECTOR;
+    using Type = typename V::Type;
+    static constexpr std::uint64_t SOURCE_UNIT = 2;
+    static constexpr std::uint64_t TARGET_UNIT = 1;
+
+    static ORSKA_INLINE Type Load(const char* in_at) {
+        return V::template OrderUnits16<IS_BIG>(V::Load(in_at));
+    }
+    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
+        return V::template OrderUnits16<IS_BIG>(V::LoadPart(in_at, in_size));
+    }
+    static ORSKA_INLINE bool IsPlain(Type in_at) {
+        return V::IsZero(V::And(in_at, V::template All16<OTHER>()));
+    }
+    static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) {
+        V::WriteNarrow16(out_to, in_at);
+    }
+    static ORSKA_INLINE std::uint64_t GetWhole(const char* in_at, std::uint64_t in_size) {
+        return GetWholeUtf16<IS_BIG>(in_at, in_size);
+    }
+    ORSKA_INLINE bool IsPending() const { return m_isLead >> (V::SIZE - 1) != 0; }
+
+protected:
+    // Tells the surrogates apart; false where a lead or a trail lacks the other.
+    ORSKA_INLINE bool PairSurrogates(Type in_at, Type in_isSurrogate, Type& out_isLead,
+                                     Type& out_isTrail) {
+        out_isTrail =
+            V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
+        out_isLead = V::AndNot(out_isTrail, in_isSurrogate);
+        const std::uint64_t lead = V::GetSignBits(out_isLead);
+        const std::uint64_t expected = ((lead << 2) | (m_isLead >> (V::SIZE - 2))) & V::FULL;
+        if (expected != V::GetSignBits(out_isTrail)) {
+            return false;
+        }
+        m_isLead = lead;
+        m_hasSurrogates = true;
+        return true;
+    }
+
+    std::uint64_t m_isLead = 0;  // two bits a unit, of the last block with surrogates
+    bool m_isPlain = false;
+    bool m_hasSurrogates = false;
+};
+
+// Blocks of plain characters; those of UTF-16 are narrowed two at a time, which halves the stores.
 template <class Blocks, std::uint32_t COUNT>
 ORSKA_INLINE void WritePlainBlocks(char* out_to, const typename Blocks::V::Type* in_parts) {
     using V = typename Blocks::V;

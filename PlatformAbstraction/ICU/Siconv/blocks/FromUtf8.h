@@ -32,32 +32,27 @@ struct Utf8Bytes {
 
 template <class V, bool IS_BIG>
 struct UnitsOf16 {
+    using Type = typename V::Type;
     static constexpr std::uint32_t UNIT = 2;
     // The third byte of four becomes the lead surrogate, the fourth the trail.
     static constexpr bool KEEPS_THIRD = true;
     static constexpr bool HAS_RUNS = true;
 
-    static ORSKA_INLINE void WriteAscii(char* out_at, typename V::Type in_bytes) {
+    static ORSKA_INLINE void WriteAscii(char* out_at, Type in_bytes) {
         V::template WriteWide16<IS_BIG>(out_at, in_bytes);
     }
     template <class To>
-    static ORSKA_INLINE void Write(To& io_at, typename V::Type in_low, typename V::Type in_high,
-                                   std::uint64_t in_keep) {
-        if (IS_BIG) {
-            V::CompressUnits(io_at, V::InterleaveLow8(in_high, in_low),
-                             V::InterleaveHigh8(in_high, in_low), in_keep);
-        } else {
-            V::CompressUnits(io_at, V::InterleaveLow8(in_low, in_high),
-                             V::InterleaveHigh8(in_low, in_high), in_keep);
-        }
+    static ORSKA_INLINE void Write(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
+        Type units[2];
+        V::template Interleave8<IS_BIG>(in_low, in_high, units);
+        V::CompressUnits(io_at, units[0], units[1], in_keep);
     }
-    // Writes two vectors of 16-bit code points in 32-bit lanes.
-    static ORSKA_INLINE void WriteRun3(char* out_at, typename V::Type in_first,
-                                       typename V::Type in_second) {
+    // 16-bit code points in 32-bit lanes, two vectors of them.
+    static ORSKA_INLINE void WriteRun3(char* out_at, Type in_first, Type in_second) {
         V::Store(out_at, V::template OrderUnits16<IS_BIG>(V::PackUnits32(in_first, in_second)));
     }
-    // Writes code points minus 10000 in 32-bit lanes.
-    static ORSKA_INLINE void WriteRun4(char* out_at, typename V::Type in_offsets) {
+    // Code points less 10000 in 32-bit lanes.
+    static ORSKA_INLINE void WriteRun4(char* out_at, Type in_offsets) {
         const auto lead = V::template ShiftRight32<10>(in_offsets);
         const auto trail =
             V::template ShiftLeft32<16>(V::And(in_offsets, V::template All32<0x3FF>()));
@@ -66,10 +61,9 @@ struct UnitsOf16 {
     }
     // in_plane: bits 16 to 20 of the code point, minus 1, where in_isThird is set.
     template <class To>
-    static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>& in_bytes,
-                                    typename V::Type in_low, typename V::Type in_high,
-                                    typename V::Type in_plane, typename V::Type in_isThird,
-                                    typename V::Type in_isFourth, std::uint64_t in_keep) {
+    static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>& in_bytes, Type in_low,
+                                    Type in_high, Type in_plane, Type in_isThird, Type in_isFourth,
+                                    std::uint64_t in_keep) {
         const auto leadHigh =
             V::Or(V::template All8<0xD8>(),
                   V::And(V::template ShiftRight16<2>(in_plane), V::template All8<0x03>()));
@@ -87,82 +81,62 @@ struct UnitsOf16 {
 
 template <class V, bool IS_BIG>
 struct UnitsOf32 {
+    using Type = typename V::Type;
     static constexpr std::uint32_t UNIT = 4;
     static constexpr bool KEEPS_THIRD = false;
     static constexpr bool HAS_RUNS = true;
 
-    static ORSKA_INLINE void WriteAscii(char* out_at, typename V::Type in_bytes) {
+    static ORSKA_INLINE void WriteAscii(char* out_at, Type in_bytes) {
         V::template WriteWide32<IS_BIG>(out_at, in_bytes);
     }
     template <class To>
-    static ORSKA_INLINE void Write(To& io_at, typename V::Type in_low, typename V::Type in_high,
-                                   std::uint64_t in_keep) {
-        const auto first = IS_BIG ? in_high : in_low;
-        const auto second = IS_BIG ? in_low : in_high;
-        V::template CompressToUnits32<IS_BIG>(io_at, V::InterleaveLow8(first, second),
-                                              V::InterleaveHigh8(first, second), in_keep);
+    static ORSKA_INLINE void Write(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
+        Type units[2];
+        V::template Interleave8<IS_BIG>(in_low, in_high, units);
+        V::template CompressToUnits32<IS_BIG>(io_at, units[0], units[1], in_keep);
     }
-    static ORSKA_INLINE void WriteRun3(char* out_at, typename V::Type in_first,
-                                       typename V::Type in_second) {
+    static ORSKA_INLINE void WriteRun3(char* out_at, Type in_first, Type in_second) {
         V::Store(out_at, V::template OrderUnits32<IS_BIG>(in_first));
         V::Store(out_at + V::SIZE, V::template OrderUnits32<IS_BIG>(in_second));
     }
-    static ORSKA_INLINE void WriteRun4(char* out_at, typename V::Type in_offsets) {
+    static ORSKA_INLINE void WriteRun4(char* out_at, Type in_offsets) {
         V::Store(out_at, V::template OrderUnits32<IS_BIG>(
                              V::Add32(in_offsets, V::template All32<0x10000>())));
     }
     template <class To>
-    static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>& in_bytes,
-                                    typename V::Type in_low, typename V::Type in_high,
-                                    typename V::Type, typename V::Type,
-                                    typename V::Type in_isFourth, std::uint64_t in_keep) {
+    static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>& in_bytes, Type in_low,
+                                    Type in_high, Type, Type, Type in_isFourth,
+                                    std::uint64_t in_keep) {
         const auto high = V::Or(in_high, V::And(V::template ShiftLeft16<4>(in_bytes.m_2),
                                                 V::And(in_isFourth, V::template All8<0xF0>())));
         const auto top = V::And(
             V::Or(V::And(V::template ShiftLeft16<2>(in_bytes.m_3), V::template All8<0x1C>()),
                   V::And(V::template ShiftRight16<4>(in_bytes.m_2), V::template All8<0x03>())),
             in_isFourth);
-        if (IS_BIG) {
-            WriteWithTop(io_at, in_low, high, V::InterleaveLow8(V::Zero(), top),
-                         V::InterleaveHigh8(V::Zero(), top), in_keep);
-        } else {
-            WriteWithTop(io_at, in_low, high, V::InterleaveLow8(top, V::Zero()),
-                         V::InterleaveHigh8(top, V::Zero()), in_keep);
-        }
-    }
-
-private:
-    template <class To>
-    static ORSKA_INLINE void WriteWithTop(To& io_at, typename V::Type in_low,
-                                          typename V::Type in_high, typename V::Type in_topLow,
-                                          typename V::Type in_topHigh, std::uint64_t in_keep) {
-        const auto first = IS_BIG ? in_high : in_low;
-        const auto second = IS_BIG ? in_low : in_high;
-        V::template CompressPairs<IS_BIG>(io_at, V::InterleaveLow8(first, second),
-                                          V::InterleaveHigh8(first, second), in_topLow, in_topHigh,
-                                          in_keep);
+        Type units[2];
+        Type tops[2];
+        V::template Interleave8<IS_BIG>(in_low, high, units);
+        V::template Interleave8<IS_BIG>(top, V::Zero(), tops);
+        V::template CompressPairs<IS_BIG>(io_at, units[0], units[1], tops[0], tops[1], in_keep);
     }
 };
 
 template <class V>
 struct UnitsOf8 {
+    using Type = typename V::Type;
     static constexpr std::uint32_t UNIT = 1;
     static constexpr bool KEEPS_THIRD = false;
     static constexpr bool HAS_RUNS = false;
 
-    static ORSKA_INLINE void WriteAscii(char* out_at, typename V::Type in_bytes) {
-        V::Store(out_at, in_bytes);
-    }
+    static ORSKA_INLINE void WriteAscii(char* out_at, Type in_bytes) { V::Store(out_at, in_bytes); }
     template <class To>
-    static ORSKA_INLINE void Write(To& io_at, typename V::Type in_low, typename V::Type in_high,
-                                   std::uint64_t in_keep) {
+    static ORSKA_INLINE void Write(To& io_at, Type in_low, Type in_high, std::uint64_t in_keep) {
         const auto fits = V::Equal8(in_high, V::Zero());
         V::CompressBytes(io_at, V::Select(V::template All8<0x1A>(), in_low, fits), in_keep);
     }
     template <class To>
-    static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>&, typename V::Type in_low,
-                                    typename V::Type in_high, typename V::Type, typename V::Type,
-                                    typename V::Type in_isFourth, std::uint64_t in_keep) {
+    static ORSKA_INLINE void Write4(To& io_at, const Utf8Bytes<V>&, Type in_low, Type in_high, Type,
+                                    Type, Type in_isFourth, std::uint64_t in_keep) {
         Write(io_at, in_low, V::Or(in_high, in_isFourth), in_keep);
     }
 };
@@ -331,14 +305,14 @@ private:
     }
 
     // The low byte of the code point, if the byte ends one.
-    static ORSKA_INLINE typename V::Type GetLow(const Utf8Bytes<V>& in_bytes) {
+    static ORSKA_INLINE Type GetLow(const Utf8Bytes<V>& in_bytes) {
         const auto bits =
             V::And(V::template ShiftLeft16<6>(in_bytes.m_1), V::template All8<0xC0>());
         return V::Or(V::And(in_bytes.m_at, V::template All8<0x7F>()),
                      V::And(bits, in_bytes.m_isHigh));
     }
-    // Bits 8 to 11. A lead of two bytes has bit 5 clear, so it can be read like a follower.
-    static ORSKA_INLINE typename V::Type GetHighOf2(const Utf8Bytes<V>& in_bytes) {
+    // Bits 8 to 11. A lead of two bytes has bit 5 clear, so that it can be read like a follower.
+    static ORSKA_INLINE Type GetHighOf2(const Utf8Bytes<V>& in_bytes) {
         const auto bits =
             V::And(V::template ShiftRight16<2>(in_bytes.m_1), V::template All8<0x0F>());
         return V::And(bits, in_bytes.m_isHigh);
@@ -378,8 +352,8 @@ private:
     template <class To>
     ORSKA_INLINE bool ConvertLong4(Utf8Bytes<V>& io_bytes, const Utf8Masks& in_masks,
                                    std::uint64_t in_unexplained, std::uint64_t in_bad,
-                                   std::uint64_t in_after2, std::uint64_t in_drop,
-                                   typename V::Type in_low, typename V::Type in_high, To& io_to) {
+                                   std::uint64_t in_after2, std::uint64_t in_drop, Type in_low,
+                                   Type in_high, To& io_to) {
         const auto& at = io_bytes.m_at;
         io_bytes.m_3 = V::template Earlier<3>(at, m_before);
         const auto isThird =
@@ -407,8 +381,8 @@ private:
         return true;
     }
 
-    // Marks high bytes of three-byte sequences below U+0800 and of surrogates.
-    static ORSKA_INLINE std::uint64_t GetBadHigh(typename V::Type in_high) {
+    // High bytes of three-byte sequences below U+0800 or of surrogates.
+    static ORSKA_INLINE std::uint64_t GetBadHigh(Type in_high) {
         const auto five = V::And(in_high, V::template All8<0xF8>());
         return V::GetSignBits(
             V::Or(V::Equal8(five, V::Zero()), V::Equal8(five, V::template All8<0xD8>())));

@@ -25,40 +25,26 @@ struct Row {
 
 constexpr bool HasBit(int in_mask, int in_bit) { return ((in_mask >> in_bit) & 1) != 0; }
 
-constexpr ShuffleTable MakeCompressUnits() {
-    ShuffleTable table{};
-    for (int mask = 0; mask < 256; ++mask) {
-        Row row{table.m_bytes[mask]};
-        for (int lane = 0; lane < 8; ++lane) {
-            row.Append(2 * lane, HasBit(mask, lane) ? 2 : 0);
-        }
-        row.Fill(16);
-    }
-    return table;
-}
+// What stays of a lane, within it.
+struct Kept {
+    int m_first;
+    int m_count;
+};
 
-constexpr ShuffleTable MakeCompressBytes() {
+// In each of PARTS parts of a row LANES lanes are closed up; in_get: Kept of a mask and a lane.
+template <int LANES, int PARTS, class Get>
+constexpr ShuffleTable MakeTable(Get in_get) {
+    constexpr int PART = 16 / PARTS;
     ShuffleTable table{};
     for (int mask = 0; mask < 256; ++mask) {
         Row row{table.m_bytes[mask]};
-        for (int half = 0; half < 2; ++half) {
-            for (int lane = 0; lane < 8; ++lane) {
-                row.Append(8 * half + lane, HasBit(mask, lane) ? 1 : 0);
+        for (int part = 0; part < PARTS; ++part) {
+            for (int lane = 0; lane < LANES; ++lane) {
+                const Kept kept = in_get(mask, lane);
+                row.Append(PART * part + PART / LANES * lane + kept.m_first, kept.m_count);
             }
-            row.Fill(8 * (half + 1));
+            row.Fill(PART * (part + 1));
         }
-    }
-    return table;
-}
-
-constexpr ShuffleTable MakePackUtf8Of2() {
-    ShuffleTable table{};
-    for (int mask = 0; mask < 256; ++mask) {
-        Row row{table.m_bytes[mask]};
-        for (int lane = 0; lane < 8; ++lane) {
-            row.Append(2 * lane, HasBit(mask, lane) ? 1 : 2);
-        }
-        row.Fill(16);
     }
     return table;
 }
@@ -69,33 +55,6 @@ constexpr int GetPackedSize(int in_mask, int in_lane) {
     return isSecond ? (isFirst ? 1 : 2) : (isFirst ? 4 : 3);
 }
 
-constexpr ShuffleTable MakePackUtf8Of3() {
-    constexpr int FIRST[] = {0, 3, 1, 0, 0};
-    ShuffleTable table{};
-    for (int mask = 0; mask < 256; ++mask) {
-        Row row{table.m_bytes[mask]};
-        for (int lane = 0; lane < 4; ++lane) {
-            const int size = GetPackedSize(mask, lane);
-            row.Append(4 * lane + FIRST[size], size);
-        }
-        row.Fill(16);
-    }
-    return table;
-}
-
-constexpr ShuffleTable MakePackUtf8Of4() {
-    ShuffleTable table{};
-    for (int mask = 0; mask < 256; ++mask) {
-        Row row{table.m_bytes[mask]};
-        for (int lane = 0; lane < 4; ++lane) {
-            const int size = GetPackedSize(mask, lane);
-            row.Append(4 * lane + 4 - size, size);
-        }
-        row.Fill(16);
-    }
-    return table;
-}
-
 constexpr MoveTable MakeMoveDown() {
     MoveTable table{};
     Row row{table.m_bytes};
@@ -104,38 +63,43 @@ constexpr MoveTable MakeMoveDown() {
     return table;
 }
 
-constexpr ByteTable MakeBitCount() {
+// The sums of what in_get gives for a mask and each lane.
+template <int LANES, class Get>
+constexpr ByteTable MakeSums(Get in_get) {
     ByteTable table{};
     for (int mask = 0; mask < 256; ++mask) {
-        for (int bit = 0; bit < 8; ++bit) {
-            table.m_bytes[mask] =
-                static_cast<std::uint8_t>(table.m_bytes[mask] + HasBit(mask, bit));
+        int sum = 0;
+        for (int lane = 0; lane < LANES; ++lane) {
+            sum += in_get(mask, lane);
         }
-    }
-    return table;
-}
-
-constexpr ByteTable MakePackedSize() {
-    ByteTable table{};
-    for (int mask = 0; mask < 256; ++mask) {
-        for (int lane = 0; lane < 4; ++lane) {
-            table.m_bytes[mask] =
-                static_cast<std::uint8_t>(table.m_bytes[mask] + GetPackedSize(mask, lane));
-        }
+        table.m_bytes[mask] = static_cast<std::uint8_t>(sum);
     }
     return table;
 }
 
 }  // namespace
 
-constexpr ShuffleTable COMPRESS_UNITS = MakeCompressUnits();
-constexpr ShuffleTable COMPRESS_BYTES = MakeCompressBytes();
-constexpr ShuffleTable PACK_UTF8_2 = MakePackUtf8Of2();
-constexpr ShuffleTable PACK_UTF8_3 = MakePackUtf8Of3();
-constexpr ShuffleTable PACK_UTF8_4 = MakePackUtf8Of4();
+constexpr ShuffleTable COMPRESS_UNITS = MakeTable<8, 1>([](int in_mask, int in_lane) {
+    return Kept{0, HasBit(in_mask, in_lane) ? 2 : 0};
+});
+constexpr ShuffleTable COMPRESS_BYTES = MakeTable<8, 2>([](int in_mask, int in_lane) {
+    return Kept{0, HasBit(in_mask, in_lane) ? 1 : 0};
+});
+constexpr ShuffleTable PACK_UTF8_2 = MakeTable<8, 1>([](int in_mask, int in_lane) {
+    return Kept{0, HasBit(in_mask, in_lane) ? 1 : 2};
+});
+constexpr ShuffleTable PACK_UTF8_3 = MakeTable<4, 1>([](int in_mask, int in_lane) {
+    constexpr int FIRST[] = {0, 3, 1, 0, 0};
+    const int size = GetPackedSize(in_mask, in_lane);
+    return Kept{FIRST[size], size};
+});
+constexpr ShuffleTable PACK_UTF8_4 = MakeTable<4, 1>([](int in_mask, int in_lane) {
+    const int size = GetPackedSize(in_mask, in_lane);
+    return Kept{4 - size, size};
+});
 
 constexpr MoveTable MOVE_DOWN = MakeMoveDown();
-constexpr ByteTable BIT_COUNT = MakeBitCount();
-constexpr ByteTable PACKED_SIZE = MakePackedSize();
+constexpr ByteTable BIT_COUNT = MakeSums<8>(HasBit);
+constexpr ByteTable PACKED_SIZE = MakeSums<4>(GetPackedSize);
 
 }  // namespace Orska::Support::Siconv

@@ -10,32 +10,20 @@ namespace Orska::Support::Siconv {
 namespace {
 
 template <class VECTOR, bool IS_BIG>
-class Utf16ToSingleByteBlocks {
+class Utf16ToSingleByteBlocks : public Utf16Source<VECTOR, IS_BIG, 0xFF00> {
+    using Source = Utf16Source<VECTOR, IS_BIG, 0xFF00>;
+    using Source::m_hasSurrogates;
+    using Source::m_isPlain;
+
 public:
     using V = VECTOR;
     using Type = typename V::Type;
-    static constexpr std::uint64_t SOURCE_UNIT = 2;
-    static constexpr std::uint64_t TARGET_UNIT = 1;
+    using Source::IsPending;
+    using Source::IsPlain;
+    using Source::Load;
+    using Source::WritePlain;
     static constexpr bool HAS_PAIRS = false;
     static constexpr std::uint64_t ROOM = V::SIZE / 2;
-
-    static ORSKA_INLINE Type Load(const char* in_at) {
-        return V::template OrderUnits16<IS_BIG>(V::Load(in_at));
-    }
-    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
-        return V::template OrderUnits16<IS_BIG>(V::LoadPart(in_at, in_size));
-    }
-    static ORSKA_INLINE bool IsPlain(Type in_at) {
-        return V::IsZero(V::And(in_at, V::template All16<0xFF00>()));
-    }
-    static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) {
-        V::WriteNarrow16(out_to, in_at);
-    }
-    static ORSKA_INLINE std::uint64_t GetWhole(const char* in_at, std::uint64_t in_size) {
-        return GetWholeUtf16<IS_BIG>(in_at, in_size);
-    }
-
-    ORSKA_INLINE bool IsPending() const { return m_isLead >> (V::SIZE - 1) != 0; }
 
     template <class To>
     ORSKA_INLINE bool Convert(Type in_at, To& io_to) {
@@ -53,17 +41,13 @@ public:
             PutPlain<Utf16ToSingleByteBlocks>(io_to, bytes);
             return true;
         }
-        m_hasSurrogates = true;
-        // The lead surrogate becomes the pair's substitute, the trail nothing.
-        const auto isTrail =
-            V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
-        const std::uint64_t lead = V::GetSignBits(V::AndNot(isTrail, isSurrogate));
-        const std::uint64_t expected = ((lead << 2) | (m_isLead >> (V::SIZE - 2))) & V::FULL;
-        if (expected != V::GetSignBits(isTrail)) {
+        // The lead surrogate gives the substitute of the pair, the trail nothing.
+        Type isLead;
+        Type isTrail;
+        if (!Source::PairSurrogates(in_at, isSurrogate, isLead, isTrail)) {
             return false;
         }
         V::CompressNarrow16(io_to, bytes, ~V::GetSignBits(V::PackSigned16(isTrail, isTrail)));
-        m_isLead = lead;
         return true;
     }
 
@@ -105,10 +89,6 @@ private:
         io_cursor.m_from = from;
         io_cursor.m_to = to;
     }
-
-    std::uint64_t m_isLead = 0;  // two bits for each unit of the last block with surrogates
-    bool m_isPlain = false;
-    bool m_hasSurrogates = false;
 };
 
 }  // namespace

@@ -178,7 +178,7 @@ private:
             if (WriteUpToFF()) {
                 return true;
             }
-            if (!WriteUpTo7FF() && !Write3Only() && !WriteUpToFFFF()) {
+            if (!WriteEach<UpTo7FF>() && !WriteEach<Of3Only>() && !WriteEach<UpToFFFF>()) {
                 break;
             }
         }
@@ -220,56 +220,53 @@ private:
         return false;
     }
 
-    // Writes vectors of units up to 7FF; false when there was none.
-    ORSKA_INLINE bool WriteUpTo7FF() {
+    // One vector after another while FORM writes them; false when there was none.
+    template <class Form>
+    ORSKA_INLINE bool WriteEach() {
         const char* const start = m_from;
         for (std::uint64_t steps = CountSteps(); steps > 0; --steps) {
             Type units;
             if (!Source::LoadUnits(m_from, units) ||
-                !V::IsZero(V::And(units, V::template All16<0xF800>()))) {
+                !Form::Write(units, V::And(units, V::template All16<0xF800>()), m_to)) {
                 break;
             }
-            Writer::Write2(units, Writer::IsAscii(units), m_to);
             m_from += Source::STEP;
         }
         return m_from != start;
     }
 
-    ORSKA_INLINE bool Write3Only() {
-        const char* const start = m_from;
-        for (std::uint64_t steps = CountSteps(); steps > 0; --steps) {
-            Type units;
-            if (!Source::LoadUnits(m_from, units)) {
-                break;
-            }
-            const auto five = V::And(units, V::template All16<0xF800>());
-            const auto isOther =
-                V::Or(V::Equal16(five, V::template All16<0xD800>()), V::Equal16(five, V::Zero()));
-            if (!V::IsZero(isOther)) {
-                break;
-            }
-            Writer::Write3Only(units, m_to);
-            m_from += Source::STEP;
-        }
-        return m_from != start;
+    static ORSKA_INLINE Type IsSurrogate(Type in_five) {
+        return V::Equal16(in_five, V::template All16<0xD800>());
     }
 
-    ORSKA_INLINE bool WriteUpToFFFF() {
-        const char* const start = m_from;
-        for (std::uint64_t steps = CountSteps(); steps > 0; --steps) {
-            Type units;
-            if (!Source::LoadUnits(m_from, units)) {
-                break;
+    // Forms for units, with their upper five bits.
+    struct UpTo7FF {
+        static ORSKA_INLINE bool Write(Type in_units, Type in_five, char*& io_to) {
+            if (!V::IsZero(in_five)) {
+                return false;
             }
-            const auto five = V::And(units, V::template All16<0xF800>());
-            if (!V::IsZero(V::Equal16(five, V::template All16<0xD800>()))) {
-                break;
-            }
-            WriteMixed<V>(units, m_to);
-            m_from += Source::STEP;
+            Writer::Write2(in_units, Writer::IsAscii(in_units), io_to);
+            return true;
         }
-        return m_from != start;
-    }
+    };
+    struct Of3Only {
+        static ORSKA_INLINE bool Write(Type in_units, Type in_five, char*& io_to) {
+            if (!V::IsZero(V::Or(IsSurrogate(in_five), V::Equal16(in_five, V::Zero())))) {
+                return false;
+            }
+            Writer::Write3Only(in_units, io_to);
+            return true;
+        }
+    };
+    struct UpToFFFF {
+        static ORSKA_INLINE bool Write(Type in_units, Type in_five, char*& io_to) {
+            if (!V::IsZero(IsSurrogate(in_five))) {
+                return false;
+            }
+            WriteMixed<V>(in_units, io_to);
+            return true;
+        }
+    };
 
     const char* m_from;
     const char* m_fromEnd;
@@ -278,37 +275,26 @@ private:
 };
 
 template <class VECTOR, bool IS_BIG>
-class Utf16Blocks {
+class Utf16Blocks : public Utf16Source<VECTOR, IS_BIG, 0xFF80> {
+    using Source = Utf16Source<VECTOR, IS_BIG, 0xFF80>;
+    using Source::m_hasSurrogates;
+    using Source::m_isLead;
+    using Source::m_isPlain;
+
 public:
     using V = VECTOR;
     using Type = typename V::Type;
-    static constexpr std::uint64_t SOURCE_UNIT = 2;
-    static constexpr std::uint64_t TARGET_UNIT = 1;
+    using Source::IsPending;
+    using Source::IsPlain;
+    using Source::Load;
     static constexpr bool HAS_PAIRS = true;
     static constexpr std::uint64_t ROOM = V::SIZE / 2 * 3 + Utf8Packer<V>::SCRATCH;
     static constexpr std::uint64_t STEP = V::SIZE;
 
-    static ORSKA_INLINE Type Load(const char* in_at) {
-        return V::template OrderUnits16<IS_BIG>(V::Load(in_at));
-    }
-    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
-        return V::template OrderUnits16<IS_BIG>(V::LoadPart(in_at, in_size));
-    }
     static ORSKA_INLINE bool LoadUnits(const char* in_at, Type& out_units) {
         out_units = Load(in_at);
         return true;
     }
-    static ORSKA_INLINE bool IsPlain(Type in_at) {
-        return V::IsZero(V::And(in_at, V::template All16<0xFF80>()));
-    }
-    static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) {
-        V::WriteNarrow16(out_to, in_at);
-    }
-    static ORSKA_INLINE std::uint64_t GetWhole(const char* in_at, std::uint64_t in_size) {
-        return GetWholeUtf16<IS_BIG>(in_at, in_size);
-    }
-
-    ORSKA_INLINE bool IsPending() const { return m_isLead >> (V::SIZE - 1) != 0; }
 
     // Near the end of a target this is slower than block by block.
     static ORSKA_INLINE bool ConvertTwo(Type, Type, BoundedTo&) { return false; }
@@ -378,19 +364,14 @@ private:
     ORSKA_INLINE bool ConvertSurrogates(Type in_at, Type in_isAscii, Type in_isShort,
                                         Type in_isSurrogate, To& io_to) {
         using Writer = Utf8Packer<V>;
-        const auto isTrail =
-            V::Equal16(V::And(in_at, V::template All16<0xFC00>()), V::template All16<0xDC00>());
-        const auto isLead = V::AndNot(isTrail, in_isSurrogate);
-        const std::uint64_t lead = V::GetSignBits(isLead);
-        const std::uint64_t expected = ((lead << 2) | (m_isLead >> (V::SIZE - 2))) & V::FULL;
-        if (expected != V::GetSignBits(isTrail)) {
+        Type isLead;
+        Type isTrail;
+        if (!Source::PairSurrogates(in_at, in_isSurrogate, isLead, isTrail)) {
             return false;
         }
-        m_hasSurrogates = true;
-        if (lead == (V::FULL & 0x3333333333333333)) {
+        if (m_isLead == (V::FULL & 0x3333333333333333)) {
             WritePairs(in_at, io_to);
             m_before = in_at;
-            m_isLead = lead;
             return true;
         }
         const auto offset = V::Add16(in_at, V::template All16<0x40>());
@@ -410,14 +391,10 @@ private:
         const auto last = V::Select(Writer::GetLastTwo(in_at), leadLast, isLead);
         Writer::WriteParts(first, last, in_isAscii, V::Or(in_isShort, in_isSurrogate), io_to);
         m_before = in_at;
-        m_isLead = lead;
         return true;
     }
 
-    Type m_before = V::Zero();   // of the last block with surrogates
-    std::uint64_t m_isLead = 0;  // two bits for each unit of the last block with surrogates
-    bool m_isPlain = false;
-    bool m_hasSurrogates = false;
+    Type m_before = V::Zero();  // the last block with surrogates
 };
 
 template <class VECTOR, bool IS_BIG>

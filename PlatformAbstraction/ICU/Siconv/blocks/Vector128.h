@@ -11,6 +11,7 @@
 #include "PlatformAbstraction/ICU/Siconv/blocks/ShuffleTables.h"
 
 #define ORSKA_INLINE inline __attribute__((always_inline))
+#define ORSKA_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace Orska::Support::Siconv {
 
@@ -99,7 +100,13 @@ struct VectorBase {
             V::Shuffle(in_first, V::RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
             V::Shuffle(in_second, V::RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
     }
-    // Changes units from the text's byte order to the processor's, or back.
+    // The bytes of 16-bit units to units of the text, lane by lane: first the low halves.
+    template <bool IS_BIG, class Type>
+    static ORSKA_INLINE void Interleave8(Type in_low, Type in_high, Type (&out_units)[2]) {
+        out_units[0] = V::InterleaveLow8(IS_BIG ? in_high : in_low, IS_BIG ? in_low : in_high);
+        out_units[1] = V::InterleaveHigh8(IS_BIG ? in_high : in_low, IS_BIG ? in_low : in_high);
+    }
+    // Units of the text to the processor's order, or back.
     template <bool IS_BIG, class Type>
     static ORSKA_INLINE Type OrderUnits16(Type in_units) {
         return IS_BIG ? V::Shuffle(in_units,
@@ -112,11 +119,130 @@ struct VectorBase {
                                    V::RepeatLane(0x00010203, 0x04050607, 0x08090A0B, 0x0C0D0E0F))
                       : in_units;
     }
+
+    // The writers store whole lanes: they may write up to the size that all lanes together would
+    // take, and move the position on by what counts. To is char*, or BoundedTo where there may be
+    // no room for all that. Bits are those of the bytes of the text, eight for each lane.
+
+    // The 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
+    template <class To, class Type>
+    static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
+                                           std::uint64_t in_keep) {
+        CloseUpPair(COMPRESS_UNITS, io_at, in_low, in_high, in_keep,
+                    [](std::uint64_t in_bits) { return 2 * V::CountBits(in_bits); });
+    }
+    // The same, each with two zero bytes after (IS_BIG: before) it.
+    template <bool IS_BIG, class To, class Type>
+    static ORSKA_INLINE void CompressToUnits32(To& io_at, Type in_low, Type in_high,
+                                               std::uint64_t in_keep) {
+        PutLanes(CloseUp(COMPRESS_UNITS, in_low, in_keep),
+                 CloseUp(COMPRESS_UNITS, in_high, in_keep >> 8), in_keep,
+                 [&io_at](auto in_lane, std::uint64_t in_bits) ORSKA_INLINE_LAMBDA {
+                     V::template PutWide<IS_BIG>(io_at, in_lane, 4 * V::CountBits(in_bits));
+                 });
+    }
+    // The same with a second unit for each, that goes after (IS_BIG: before) the first.
+    template <bool IS_BIG, class To, class Type>
+    static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
+                                           Type in_topHigh, std::uint64_t in_keep) {
+        Type low[2];
+        Type high[2];
+        InterleaveKept<IS_BIG>(in_low, in_topLow, in_keep, low);
+        InterleaveKept<IS_BIG>(in_high, in_topHigh, in_keep >> 8, high);
+        const auto put = [&](auto in_first, auto in_second, int in_lane) ORSKA_INLINE_LAMBDA {
+            V::Lane::PutTwo(io_at, in_first, in_second, 4 * V::CountBits(in_keep >> (8 * in_lane)));
+        };
+        put(V::GetLow(low[0]), V::GetLow(low[1]), 0);
+        put(V::GetLow(high[0]), V::GetLow(high[1]), 1);
+        if constexpr (V::SIZE == 32) {
+            put(V::GetHigh(low[0]), V::GetHigh(low[1]), 2);
+            put(V::GetHigh(high[0]), V::GetHigh(high[1]), 3);
+        }
+    }
+
+    // UTF-8 in 16-bit units of two bytes; those with a bit of in_isShort keep the first byte. Bits
+    // are those of the bytes of PackSigned16(units, units).
+    template <class To, class Type>
+    static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_units, std::uint64_t in_isShort) {
+        const Type packed = CloseUp(PACK_UTF8_2, in_units, in_isShort);
+        V::Lane::Put(io_at, V::GetLow(packed), 16 - V::CountBits(in_isShort));
+        if constexpr (V::SIZE == 32) {
+            V::Lane::Put(io_at, V::GetHigh(packed), 16 - V::CountBits(in_isShort >> 16));
+        }
+    }
+    // The units of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
+    template <class To, class Type>
+    static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
+                                             std::uint64_t in_isShort) {
+        CloseUpPair(PACK_UTF8_2, io_at, in_low, in_high, in_isShort,
+                    [](std::uint64_t in_bits) { return 16 - V::CountBits(in_bits); });
+    }
+    // UTF-8 in 32-bit units, with an index of the table for each lane.
+    template <class To, class Type>
+    static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_units,
+                                      std::uint64_t in_indexes) {
+        const Type packed = CloseUp(in_table, in_units, in_indexes);
+        V::Lane::Put(io_at, V::GetLow(packed), PACKED_SIZE.m_bytes[in_indexes & 0xFF]);
+        if constexpr (V::SIZE == 32) {
+            V::Lane::Put(io_at, V::GetHigh(packed), PACKED_SIZE.m_bytes[in_indexes >> 16 & 0xFF]);
+        }
+    }
+    // The units of InterleaveLow16 and InterleaveHigh16, with an index for each four.
+    template <class To, class Type>
+    static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
+                                          Type in_high, std::uint64_t in_indexes) {
+        CloseUpPair(in_table, io_at, in_low, in_high, in_indexes,
+                    [](std::uint64_t in_index) { return PACKED_SIZE.m_bytes[in_index & 0xFF]; });
+    }
+    // The same when all units keep three bytes.
+    template <class To, class Type>
+    static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
+        const Type order = V::RepeatLane(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
+        PutLanes(V::Shuffle(in_low, order), V::Shuffle(in_high, order), 0,
+                 [&io_at](auto in_lane, std::uint64_t)
+                     ORSKA_INLINE_LAMBDA { V::Lane::Put(io_at, in_lane, 12); });
+    }
+
+private:
+    template <class Type>
+    static ORSKA_INLINE Type CloseUp(const ShuffleTable& in_table, Type in_units,
+                                     std::uint64_t in_rows) {
+        return V::Shuffle(in_units, V::LoadRows(in_table, in_rows));
+    }
+    template <bool IS_BIG, class Type>
+    static ORSKA_INLINE void InterleaveKept(Type in_units, Type in_tops, std::uint64_t in_keep,
+                                            Type (&out_pairs)[2]) {
+        const Type units = CloseUp(COMPRESS_UNITS, in_units, in_keep);
+        const Type tops = CloseUp(COMPRESS_UNITS, in_tops, in_keep);
+        out_pairs[0] = V::InterleaveLow16(IS_BIG ? tops : units, IS_BIG ? units : tops);
+        out_pairs[1] = V::InterleaveHigh16(IS_BIG ? tops : units, IS_BIG ? units : tops);
+    }
+    // Closes up the lanes of two vectors; in_getSize: the bytes that count, by the bits of a lane.
+    template <class To, class Type, class GetSize>
+    static ORSKA_INLINE void CloseUpPair(const ShuffleTable& in_table, To& io_at, Type in_low,
+                                         Type in_high, std::uint64_t in_bits, GetSize in_getSize) {
+        PutLanes(CloseUp(in_table, in_low, in_bits), CloseUp(in_table, in_high, in_bits >> 8),
+                 in_bits, [&](auto in_lane, std::uint64_t in_row) ORSKA_INLINE_LAMBDA {
+                     V::Lane::Put(io_at, in_lane, in_getSize(in_row));
+                 });
+    }
+    // The lanes of two vectors in the order of the text, each with its bits.
+    template <class Type, class Put>
+    static ORSKA_INLINE void PutLanes(Type in_low, Type in_high, std::uint64_t in_bits,
+                                      Put in_put) {
+        in_put(V::GetLow(in_low), in_bits);
+        in_put(V::GetLow(in_high), in_bits >> 8);
+        if constexpr (V::SIZE == 32) {
+            in_put(V::GetHigh(in_low), in_bits >> 16);
+            in_put(V::GetHigh(in_high), in_bits >> 24);
+        }
+    }
 };
 
 // Masks have one bit for each byte.
 struct Vector128 : VectorBase<Vector128> {
     using Type = __m128i;
+    using Lane = Vector128;
     ORSKA_OPERATIONS(_mm, si128)
     static constexpr std::uint32_t SIZE = 16;
     static constexpr std::uint64_t FULL = 0xFFFF;
@@ -227,13 +353,11 @@ struct Vector128 : VectorBase<Vector128> {
         return BIT_COUNT.m_bytes[in_byte & 0xFF];
 #endif
     }
-    static ORSKA_INLINE Type LoadRow(const ShuffleTable& in_table, std::uint64_t in_row) {
+    // A row for each lane.
+    static ORSKA_INLINE Type LoadRows(const ShuffleTable& in_table, std::uint64_t in_row) {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(in_table.m_bytes[in_row & 0xFF]));
     }
-
-    // The writers below store whole lanes: they may write as many bytes as all lanes have, and move
-    // the position past the bytes that they keep. To is char*, or BoundedTo if there may not be
-    // room for all of it.
+    static ORSKA_INLINE Type GetLow(Type in_value) { return in_value; }
 
     static ORSKA_INLINE void Put(char*& io_to, Type in_value, std::uint64_t in_size) {
         Store(io_to, in_value);
@@ -272,9 +396,10 @@ struct Vector128 : VectorBase<Vector128> {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at),
                             IS_BIG ? _mm256_slli_epi16(units, 8) : units);
 #else
-        Store(out_at, IS_BIG ? InterleaveLow8(Zero(), in_bytes) : InterleaveLow8(in_bytes, Zero()));
-        Store(out_at + 16,
-              IS_BIG ? InterleaveHigh8(Zero(), in_bytes) : InterleaveHigh8(in_bytes, Zero()));
+        Type units[2];
+        Interleave8<IS_BIG>(in_bytes, Zero(), units);
+        Store(out_at, units[0]);
+        Store(out_at + 16, units[1]);
 #endif
     }
     template <bool IS_BIG>
@@ -297,68 +422,13 @@ struct Vector128 : VectorBase<Vector128> {
 #endif
     }
 
-    // Writes the 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
-    template <class To>
-    static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
-                                           std::uint64_t in_keep) {
-        Put(io_at, Shuffle(in_low, LoadRow(COMPRESS_UNITS, in_keep)), 2 * CountBits(in_keep));
-        Put(io_at, Shuffle(in_high, LoadRow(COMPRESS_UNITS, in_keep >> 8)),
-            2 * CountBits(in_keep >> 8));
-    }
-
-    // The same, each with two zero bytes after (IS_BIG: before) it.
+    // 16-bit units with two zero bytes after (IS_BIG: before) each.
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void CompressToUnits32(To& io_at, Type in_low, Type in_high,
-                                               std::uint64_t in_keep) {
-        CompressHalfToUnits32<IS_BIG>(io_at, in_low, in_keep);
-        CompressHalfToUnits32<IS_BIG>(io_at, in_high, in_keep >> 8);
-    }
-
-    // The same with a second unit for each, after (IS_BIG: before) the first.
-    template <bool IS_BIG, class To>
-    static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
-                                           Type in_topHigh, std::uint64_t in_keep) {
-        CompressPairsOfHalf<IS_BIG>(io_at, in_low, in_topLow, in_keep);
-        CompressPairsOfHalf<IS_BIG>(io_at, in_high, in_topHigh, in_keep >> 8);
-    }
-
-    // Writes UTF-8 from 16-bit lanes of two bytes; lanes with their bit set in in_isShort keep the
-    // first byte. The bits are those of the bytes of PackSigned16(lanes, lanes).
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_lanes, std::uint64_t in_isShort) {
-        Put(io_at, Shuffle(in_lanes, LoadRow(PACK_UTF8_2, in_isShort)), 16 - CountBits(in_isShort));
-    }
-
-    // The same for the lanes of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
-                                             std::uint64_t in_isShort) {
-        PackUtf8Of2(io_at, in_low, in_isShort);
-        PackUtf8Of2(io_at, in_high, in_isShort >> 8);
-    }
-
-    // Writes UTF-8 from 32-bit lanes, with an index into the table for each vector.
-    template <class To>
-    static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_lanes,
-                                      std::uint64_t in_index) {
-        Put(io_at, Shuffle(in_lanes, LoadRow(in_table, in_index)),
-            PACKED_SIZE.m_bytes[in_index & 0xFF]);
-    }
-    // The same for the lanes of InterleaveLow16 and InterleaveHigh16, with an index for each
-    // four units.
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
-                                          Type in_high, std::uint64_t in_indexes) {
-        PackUtf8(in_table, io_at, in_low, in_indexes);
-        PackUtf8(in_table, io_at, in_high, in_indexes >> 8);
-    }
-
-    // The same when all lanes keep three bytes.
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
-        const Type order = RepeatLane(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
-        Put(io_at, Shuffle(in_low, order), 12);
-        Put(io_at, Shuffle(in_high, order), 12);
+    static ORSKA_INLINE void PutWide(To& io_to, Type in_units, std::uint64_t in_size) {
+        PutTwo(io_to,
+               IS_BIG ? InterleaveLow16(Zero(), in_units) : InterleaveLow16(in_units, Zero()),
+               IS_BIG ? InterleaveHigh16(Zero(), in_units) : InterleaveHigh16(in_units, Zero()),
+               in_size);
     }
 
     // Writes 16-bit units of at most 255 as bytes, in text order.
@@ -376,7 +446,7 @@ struct Vector128 : VectorBase<Vector128> {
     template <class To>
     static ORSKA_INLINE void CompressNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
         const Type kept =
-            Shuffle(PackUnsigned16(in_units, in_units), LoadRow(COMPRESS_BYTES, in_keep));
+            Shuffle(PackUnsigned16(in_units, in_units), LoadRows(COMPRESS_BYTES, in_keep));
         PutLow(io_at, kept, CountBits(in_keep));
     }
 
@@ -389,8 +459,8 @@ struct Vector128 : VectorBase<Vector128> {
     // Writes the bytes whose bit is set.
     template <class To>
     static ORSKA_INLINE void CompressBytes(To& io_at, Type in_bytes, std::uint64_t in_keep) {
-        const Type low = LoadRow(COMPRESS_BYTES, in_keep);
-        const Type high = LoadRow(COMPRESS_BYTES, in_keep >> 8);
+        const Type low = LoadRows(COMPRESS_BYTES, in_keep);
+        const Type high = LoadRows(COMPRESS_BYTES, in_keep >> 8);
         const Type kept = Shuffle(in_bytes, _mm_castpd_si128(_mm_shuffle_pd(
                                                 _mm_castsi128_pd(low), _mm_castsi128_pd(high), 2)));
         PutLow(io_at, kept, CountBits(in_keep));
@@ -414,26 +484,6 @@ private:
         const Type high = InterleaveHigh16(in_units, Zero());
         Store(out_at, IS_BIG ? ShiftLeft32<24>(low) : low);
         Store(out_at + 16, IS_BIG ? ShiftLeft32<24>(high) : high);
-    }
-
-    template <bool IS_BIG, class To>
-    static ORSKA_INLINE void CompressHalfToUnits32(To& io_at, Type in_units,
-                                                   std::uint64_t in_keep) {
-        const Type units = Shuffle(in_units, LoadRow(COMPRESS_UNITS, in_keep));
-        PutTwo(io_at, IS_BIG ? InterleaveLow16(Zero(), units) : InterleaveLow16(units, Zero()),
-               IS_BIG ? InterleaveHigh16(Zero(), units) : InterleaveHigh16(units, Zero()),
-               4 * CountBits(in_keep));
-    }
-
-    template <bool IS_BIG, class To>
-    static ORSKA_INLINE void CompressPairsOfHalf(To& io_at, Type in_units, Type in_tops,
-                                                 std::uint64_t in_keep) {
-        const Type row = LoadRow(COMPRESS_UNITS, in_keep);
-        const Type units = Shuffle(in_units, row);
-        const Type tops = Shuffle(in_tops, row);
-        PutTwo(io_at, IS_BIG ? InterleaveLow16(tops, units) : InterleaveLow16(units, tops),
-               IS_BIG ? InterleaveHigh16(tops, units) : InterleaveHigh16(units, tops),
-               4 * CountBits(in_keep));
     }
 };
 

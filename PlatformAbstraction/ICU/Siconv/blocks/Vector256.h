@@ -13,6 +13,7 @@ namespace {
 
 struct Vector256 : VectorBase<Vector256> {
     using Type = __m256i;
+    using Lane = Vector128;
     ORSKA_OPERATIONS(_mm256, si256)
     static constexpr std::uint32_t SIZE = 32;
     static constexpr std::uint64_t FULL = 0xFFFFFFFF;
@@ -76,11 +77,9 @@ struct Vector256 : VectorBase<Vector256> {
     static ORSKA_INLINE std::uint32_t CountBits(std::uint64_t in_byte) {
         return Vector128::CountBits(in_byte);
     }
-    // Loads a row for each lane.
-    static ORSKA_INLINE Type LoadRows(const ShuffleTable& in_table, std::uint64_t in_low,
-                                      std::uint64_t in_high) {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(Vector128::LoadRow(in_table, in_low)),
-                                       Vector128::LoadRow(in_table, in_high), 1);
+    static ORSKA_INLINE Type LoadRows(const ShuffleTable& in_table, std::uint64_t in_rows) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(Lane::LoadRows(in_table, in_rows)),
+                                       Lane::LoadRows(in_table, in_rows >> 16), 1);
     }
     static ORSKA_INLINE __m128i GetLow(Type in_value) { return _mm256_castsi256_si128(in_value); }
     static ORSKA_INLINE __m128i GetHigh(Type in_value) {
@@ -98,9 +97,10 @@ struct Vector256 : VectorBase<Vector256> {
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
         const Type spread = _mm256_permute4x64_epi64(in_bytes, _MM_SHUFFLE(3, 1, 2, 0));
-        Store(out_at, IS_BIG ? InterleaveLow8(Zero(), spread) : InterleaveLow8(spread, Zero()));
-        Store(out_at + 32,
-              IS_BIG ? InterleaveHigh8(Zero(), spread) : InterleaveHigh8(spread, Zero()));
+        Type units[2];
+        Interleave8<IS_BIG>(spread, Zero(), units);
+        Store(out_at, units[0]);
+        Store(out_at + 32, units[1]);
     }
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
@@ -113,89 +113,10 @@ struct Vector256 : VectorBase<Vector256> {
         Vector128::WriteWide32From<IS_BIG>(out_at + 64, in_from + 16);
     }
 
-    template <class To>
-    static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
-                                           std::uint64_t in_keep) {
-        const Type low = Shuffle(in_low, LoadRows(COMPRESS_UNITS, in_keep, in_keep >> 16));
-        const Type high = Shuffle(in_high, LoadRows(COMPRESS_UNITS, in_keep >> 8, in_keep >> 24));
-        Vector128::Put(io_at, GetLow(low), 2 * CountBits(in_keep));
-        Vector128::Put(io_at, GetLow(high), 2 * CountBits(in_keep >> 8));
-        Vector128::Put(io_at, GetHigh(low), 2 * CountBits(in_keep >> 16));
-        Vector128::Put(io_at, GetHigh(high), 2 * CountBits(in_keep >> 24));
-    }
-
     template <bool IS_BIG, class To>
-    static ORSKA_INLINE void CompressToUnits32(To& io_at, Type in_low, Type in_high,
-                                               std::uint64_t in_keep) {
-        const Type low = Shuffle(in_low, LoadRows(COMPRESS_UNITS, in_keep, in_keep >> 16));
-        const Type high = Shuffle(in_high, LoadRows(COMPRESS_UNITS, in_keep >> 8, in_keep >> 24));
-        WriteWide<IS_BIG>(io_at, GetLow(low), in_keep);
-        WriteWide<IS_BIG>(io_at, GetLow(high), in_keep >> 8);
-        WriteWide<IS_BIG>(io_at, GetHigh(low), in_keep >> 16);
-        WriteWide<IS_BIG>(io_at, GetHigh(high), in_keep >> 24);
-    }
-
-    template <bool IS_BIG, class To>
-    static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
-                                           Type in_topHigh, std::uint64_t in_keep) {
-        const Type lowRows = LoadRows(COMPRESS_UNITS, in_keep, in_keep >> 16);
-        const Type highRows = LoadRows(COMPRESS_UNITS, in_keep >> 8, in_keep >> 24);
-        const Type low = Shuffle(in_low, lowRows);
-        const Type high = Shuffle(in_high, highRows);
-        const Type topLow = Shuffle(in_topLow, lowRows);
-        const Type topHigh = Shuffle(in_topHigh, highRows);
-        WritePairs<IS_BIG>(io_at, GetLow(low), GetLow(topLow), in_keep);
-        WritePairs<IS_BIG>(io_at, GetLow(high), GetLow(topHigh), in_keep >> 8);
-        WritePairs<IS_BIG>(io_at, GetHigh(low), GetHigh(topLow), in_keep >> 16);
-        WritePairs<IS_BIG>(io_at, GetHigh(high), GetHigh(topHigh), in_keep >> 24);
-    }
-
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_lanes, std::uint64_t in_isShort) {
-        const Type packed = Shuffle(in_lanes, LoadRows(PACK_UTF8_2, in_isShort, in_isShort >> 16));
-        Vector128::Put(io_at, GetLow(packed), 16 - CountBits(in_isShort));
-        Vector128::Put(io_at, GetHigh(packed), 16 - CountBits(in_isShort >> 16));
-    }
-
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
-                                             std::uint64_t in_isShort) {
-        const Type low = Shuffle(in_low, LoadRows(PACK_UTF8_2, in_isShort, in_isShort >> 16));
-        const Type high =
-            Shuffle(in_high, LoadRows(PACK_UTF8_2, in_isShort >> 8, in_isShort >> 24));
-        Vector128::Put(io_at, GetLow(low), 16 - CountBits(in_isShort));
-        Vector128::Put(io_at, GetLow(high), 16 - CountBits(in_isShort >> 8));
-        Vector128::Put(io_at, GetHigh(low), 16 - CountBits(in_isShort >> 16));
-        Vector128::Put(io_at, GetHigh(high), 16 - CountBits(in_isShort >> 24));
-    }
-
-    template <class To>
-    static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_lanes,
-                                      std::uint64_t in_index) {
-        const Type packed = Shuffle(in_lanes, LoadRows(in_table, in_index, in_index >> 16));
-        Vector128::Put(io_at, GetLow(packed), PACKED_SIZE.m_bytes[in_index & 0xFF]);
-        Vector128::Put(io_at, GetHigh(packed), PACKED_SIZE.m_bytes[(in_index >> 16) & 0xFF]);
-    }
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
-                                          Type in_high, std::uint64_t in_indexes) {
-        const Type low = Shuffle(in_low, LoadRows(in_table, in_indexes, in_indexes >> 16));
-        const Type high = Shuffle(in_high, LoadRows(in_table, in_indexes >> 8, in_indexes >> 24));
-        Vector128::Put(io_at, GetLow(low), PACKED_SIZE.m_bytes[in_indexes & 0xFF]);
-        Vector128::Put(io_at, GetLow(high), PACKED_SIZE.m_bytes[(in_indexes >> 8) & 0xFF]);
-        Vector128::Put(io_at, GetHigh(low), PACKED_SIZE.m_bytes[(in_indexes >> 16) & 0xFF]);
-        Vector128::Put(io_at, GetHigh(high), PACKED_SIZE.m_bytes[(in_indexes >> 24) & 0xFF]);
-    }
-
-    template <class To>
-    static ORSKA_INLINE void PackUtf8Of3(To& io_at, Type in_low, Type in_high) {
-        const Type order = RepeatLane(0x04020100, 0x09080605, 0x0E0D0C0A, ~0U);
-        const Type low = Shuffle(in_low, order);
-        const Type high = Shuffle(in_high, order);
-        Vector128::Put(io_at, GetLow(low), 12);
-        Vector128::Put(io_at, GetLow(high), 12);
-        Vector128::Put(io_at, GetHigh(low), 12);
-        Vector128::Put(io_at, GetHigh(high), 12);
+    static ORSKA_INLINE void PutWide(To& io_to, __m128i in_units, std::uint64_t in_size) {
+        const Type wide = _mm256_cvtepu16_epi32(in_units);
+        Put(io_to, IS_BIG ? ShiftLeft32<16>(wide) : wide, in_size);
     }
 
     static ORSKA_INLINE void WriteNarrow16(char* out_at, Type in_units) {
@@ -233,21 +154,6 @@ private:
         const Type high = _mm256_cvtepu8_epi32(_mm_unpackhi_epi64(in_bytes, in_bytes));
         Store(out_at, IS_BIG ? ShiftLeft32<24>(low) : low);
         Store(out_at + 32, IS_BIG ? ShiftLeft32<24>(high) : high);
-    }
-
-    template <bool IS_BIG, class To>
-    static ORSKA_INLINE void WriteWide(To& io_at, __m128i in_units, std::uint64_t in_keep) {
-        const Type wide = _mm256_cvtepu16_epi32(in_units);
-        Put(io_at, IS_BIG ? ShiftLeft32<16>(wide) : wide, 4 * CountBits(in_keep));
-    }
-
-    template <bool IS_BIG, class To>
-    static ORSKA_INLINE void WritePairs(To& io_at, __m128i in_units, __m128i in_tops,
-                                        std::uint64_t in_keep) {
-        const __m128i first = IS_BIG ? in_tops : in_units;
-        const __m128i second = IS_BIG ? in_units : in_tops;
-        Vector128::PutTwo(io_at, _mm_unpacklo_epi16(first, second),
-                          _mm_unpackhi_epi16(first, second), 4 * CountBits(in_keep));
     }
 };
 

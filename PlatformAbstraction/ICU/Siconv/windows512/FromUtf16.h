@@ -23,16 +23,17 @@ ORSKA_INLINE bool FindSurrogates(__m512i in_units, Surrogates& out_surrogates) {
     return ((lead << 1) & 0xFFFFFFFF) == trail;
 }
 
-// Returns 2 if the window ends with a lead surrogate, otherwise 0.
-template <bool IS_BIG>
-ORSKA_INLINE std::uint64_t GetCutUtf16(const char* in_from) {
-    const auto high = static_cast<unsigned char>(in_from[WINDOW - (IS_BIG ? 2 : 1)]);
-    return std::uint64_t{(high & 0xFC) == 0xD8} * 2;
-}
-
-// Narrows units up to FF, still in the text's byte order, to bytes.
+// Units up to FF, still in the order of the text, to bytes.
 template <bool IS_BIG>
 struct PlainUtf16 {
+    static constexpr std::uint64_t SOURCE_UNIT = 2;
+    static constexpr std::uint64_t TARGET_UNIT = 1;
+
+    // A lead surrogate, which takes 2 bytes.
+    static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
+        const auto high = static_cast<unsigned char>(in_from[WINDOW - (IS_BIG ? 2 : 1)]);
+        return std::uint64_t{(high & 0xFC) == 0xD8} * 2;
+    }
     static ORSKA_INLINE __m256i Narrow(__m512i in_bytes) {
         return InRegister(_mm512_cvtepi16_epi8(IS_BIG ? _mm512_srli_epi16(in_bytes, 8) : in_bytes));
     }
@@ -57,15 +58,10 @@ struct PlainUtf16 {
 template <bool IS_BIG>
 class Utf16ToUtf8Windows : public PlainUtf16<IS_BIG> {
 public:
-    static constexpr std::uint64_t SOURCE_UNIT = 2;
-    static constexpr std::uint64_t TARGET_UNIT = 1;
     static constexpr std::uint64_t ROOM = 2 * WINDOW;
 
     static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
         return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x80FF : 0xFF80 > ()) == 0;
-    }
-    static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
-        return GetCutUtf16<IS_BIG>(in_from);
     }
 
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes,
@@ -155,15 +151,10 @@ private:
 template <bool IS_BIG>
 class Utf16ToSingleByteWindows : public PlainUtf16<IS_BIG> {
 public:
-    static constexpr std::uint64_t SOURCE_UNIT = 2;
-    static constexpr std::uint64_t TARGET_UNIT = 1;
     static constexpr std::uint64_t ROOM = WINDOW / 2;
 
     static ORSKA_INLINE bool IsPlain(__m512i in_bytes) {
         return _mm512_test_epi16_mask(in_bytes, All16 < IS_BIG ? 0x00FF : 0xFF00 > ()) == 0;
-    }
-    static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
-        return GetCutUtf16<IS_BIG>(in_from);
     }
 
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes,
