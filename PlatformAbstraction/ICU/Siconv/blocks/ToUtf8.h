@@ -53,17 +53,20 @@ struct Utf8Packer {
     // no lead.
     template <class To>
     static ORSKA_INLINE void WriteMapped(Type in_bytes, Type in_middle, Type in_last, To& io_to) {
-        Type first[2];
-        Type last[2];
-        V::Widen(V::template All8<0xE2>(), in_middle, first[0], first[1]);
-        V::Widen(in_last, in_bytes, last[0], last[1]);
-        for (int i = 0; i < 2; ++i) {
-            // The signs tell which have more than one byte, and which have three.
-            const auto isLong = V::Add16(first[i], V::template All16<0x4000>());
-            const auto sizes = ~V::GetSignBits(V::SwapMiddle32(V::PackSigned16(last[i], isLong)));
-            V::PackUtf8Pair(PACK_UTF8_3, io_to, V::InterleaveLow16(first[i], last[i]),
-                            V::InterleaveHigh16(first[i], last[i]), sizes);
-        }
+        // Signs say which have more than one byte, and which three.
+        const auto isLong = V::Add8(in_middle, V::template All8<0x40>());
+        const std::uint64_t sizes[] = {~V::GetSignBits(V::InterleaveLow32(in_bytes, isLong)),
+                                       ~V::GetSignBits(V::InterleaveHigh32(in_bytes, isLong))};
+        const auto first = V::template All8<0xE2>();
+        Type front[2];
+        Type back[2];
+        V::template Interleave8<false>(first, in_middle, front);
+        V::template Interleave8<false>(in_last, in_bytes, back);
+        const Type low[] = {V::InterleaveLow16(front[0], back[0]),
+                            V::InterleaveLow16(front[1], back[1])};
+        const Type high[] = {V::InterleaveHigh16(front[0], back[0]),
+                             V::InterleaveHigh16(front[1], back[1])};
+        V::PackUtf8Pairs(PACK_UTF8_3, io_to, low, high, sizes);
     }
 
     // Moves the bits of code points in 32-bit lanes to their places in a sequence of four bytes.

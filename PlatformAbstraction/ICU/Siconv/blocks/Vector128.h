@@ -73,6 +73,8 @@ struct BoundedTo {
     ORSKA_OPERATION(InterleaveHigh8, PREFIX##_unpackhi_epi8)   \
     ORSKA_OPERATION(InterleaveLow16, PREFIX##_unpacklo_epi16)  \
     ORSKA_OPERATION(InterleaveHigh16, PREFIX##_unpackhi_epi16) \
+    ORSKA_OPERATION(InterleaveLow32, PREFIX##_unpacklo_epi32)  \
+    ORSKA_OPERATION(InterleaveHigh32, PREFIX##_unpackhi_epi32) \
     ORSKA_OPERATION(PackSigned16, PREFIX##_packs_epi16)        \
     ORSKA_OPERATION(PackUnsigned16, PREFIX##_packus_epi16)     \
     ORSKA_OPERATION(PackSigned32, PREFIX##_packs_epi32)        \
@@ -193,6 +195,29 @@ struct VectorBase {
                                           Type in_high, std::uint64_t in_indexes) {
         CloseUpPair(in_table, io_at, in_low, in_high, in_indexes,
                     [](std::uint64_t in_index) { return PACKED_SIZE.m_bytes[in_index & 0xFF]; });
+    }
+    // The same for two pairs, of the units of InterleaveLow8 and of InterleaveHigh8.
+    template <class To, class Type>
+    static ORSKA_INLINE void PackUtf8Pairs(const ShuffleTable& in_table, To& io_at,
+                                           const Type (&in_low)[2], const Type (&in_high)[2],
+                                           const std::uint64_t (&in_indexes)[2]) {
+        Type units[4];
+        for (int i = 0; i < 2; ++i) {
+            units[2 * i] = CloseUp(in_table, in_low[i], in_indexes[i]);
+            units[2 * i + 1] = CloseUp(in_table, in_high[i], in_indexes[i] >> 8);
+        }
+        const auto put = [&](auto in_lane, int in_shift, int in_at) ORSKA_INLINE_LAMBDA {
+            const std::uint64_t index = in_indexes[in_at / 2] >> (8 * (in_at % 2) + in_shift);
+            V::Lane::Put(io_at, in_lane, PACKED_SIZE.m_bytes[index & 0xFF]);
+        };
+        for (int i = 0; i < 4; ++i) {
+            put(V::GetLow(units[i]), 0, i);
+        }
+        if constexpr (V::SIZE == 32) {
+            for (int i = 0; i < 4; ++i) {
+                put(V::GetHigh(units[i]), 16, i);
+            }
+        }
     }
     // The same when all units keep three bytes.
     template <class To, class Type>
