@@ -13,6 +13,17 @@
 #include <cstdint>
 #include <cstring>
 
+/// A macro of each type of ConvertibleInteger.
+#define ORSKA_FOR_EACH_INTEGER(MACRO) \
+    MACRO(std::int8_t)                \
+    MACRO(std::uint8_t)               \
+    MACRO(std::int16_t)               \
+    MACRO(std::uint16_t)              \
+    MACRO(std::int32_t)               \
+    MACRO(std::uint32_t)              \
+    MACRO(std::int64_t)               \
+    MACRO(std::uint64_t)
+
 namespace Orska::Support::DecimalDigits {
 
 constexpr std::uint64_t TEN_TO_8 = 100'000'000;

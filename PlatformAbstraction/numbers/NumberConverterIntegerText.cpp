@@ -132,15 +132,6 @@ orska_wstring NumberConverter::IntegerToWString(T in_value) {
     template std::string NumberConverter::IntegerToString<T>(T);                        \
     template orska_wstring NumberConverter::IntegerToWString<T>(T);
 
-ORSKA_INSTANTIATE(std::int8_t)
-ORSKA_INSTANTIATE(std::uint8_t)
-ORSKA_INSTANTIATE(std::int16_t)
-ORSKA_INSTANTIATE(std::uint16_t)
-ORSKA_INSTANTIATE(std::int32_t)
-ORSKA_INSTANTIATE(std::uint32_t)
-ORSKA_INSTANTIATE(std::int64_t)
-ORSKA_INSTANTIATE(std::uint64_t)
-
-#undef ORSKA_INSTANTIATE
+ORSKA_FOR_EACH_INTEGER(ORSKA_INSTANTIATE)
 
 }  // namespace Orska::Support

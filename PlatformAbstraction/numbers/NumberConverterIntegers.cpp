@@ -188,15 +188,6 @@ T NumberConverter::StringToIntegerUnchecked(const orska_wstring& in_text) noexce
     template T NumberConverter::StringToInteger<T>(const orska_wstring&, bool);     \
     template T NumberConverter::StringToIntegerUnchecked<T>(const orska_wstring&) noexcept;
 
-ORSKA_INSTANTIATE(std::int8_t)
-ORSKA_INSTANTIATE(std::uint8_t)
-ORSKA_INSTANTIATE(std::int16_t)
-ORSKA_INSTANTIATE(std::uint16_t)
-ORSKA_INSTANTIATE(std::int32_t)
-ORSKA_INSTANTIATE(std::uint32_t)
-ORSKA_INSTANTIATE(std::int64_t)
-ORSKA_INSTANTIATE(std::uint64_t)
-
-#undef ORSKA_INSTANTIATE
+ORSKA_FOR_EACH_INTEGER(ORSKA_INSTANTIATE)
 
 }  // namespace Orska::Support
