@@ -1,52 +1,42 @@
 // Converts runs of plain characters by whole vectors and everything else by the scalar functions,
 // with instructions that every x86-64 processor has. A character is plain when it only needs a
 // wider or narrower unit.
-#include <emmintrin.h>
-
 #include <type_traits>
 
 #include "PlatformAbstraction/ICU/Siconv/TranscoderTable.h"
+#include "PlatformAbstraction/ICU/Siconv/blocks/Vector128.h"
 
 namespace Orska::Support::Siconv {
 
 namespace {
 
-__m128i Load(const char* in_at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_at)); }
+using V = Vector128;  // of which these instructions have all but the shuffle of bytes
 
-void Store(char* out_at, __m128i in_value) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out_at), in_value);
+V::Type SwapBytes16(V::Type in_units) {
+    return V::Or(V::ShiftLeft16<8>(in_units), V::ShiftRight16<8>(in_units));
 }
 
-__m128i SwapBytes16(__m128i in_units) {
-    return _mm_or_si128(_mm_slli_epi16(in_units, 8), _mm_srli_epi16(in_units, 8));
-}
-
-__m128i SwapBytes32(__m128i in_units) {
-    const __m128i swapped = SwapBytes16(in_units);
+V::Type SwapBytes32(V::Type in_units) {
+    const V::Type swapped = SwapBytes16(in_units);
     return _mm_shufflehi_epi16(_mm_shufflelo_epi16(swapped, _MM_SHUFFLE(2, 3, 0, 1)),
                                _MM_SHUFFLE(2, 3, 0, 1));
 }
 
-std::uint32_t GetMask(__m128i in_bytes) {
-    return static_cast<std::uint32_t>(_mm_movemask_epi8(in_bytes));
-}
-
-// Sources: the size of a unit, and a mask of the characters in 16 bytes that are not plain.
+// Sources: the size of a unit, and of 16 bytes those that are not plain, one bit each.
 
 struct FromBytesBelow80 {
     static constexpr std::uint32_t UNIT = 1;
-    static __m128i Order(__m128i in_at) { return in_at; }
-    static std::uint32_t GetOthers(__m128i in_at) { return GetMask(in_at); }
+    static V::Type Order(V::Type in_at) { return in_at; }
+    static std::uint64_t GetOthers(V::Type in_at) { return V::GetSignBits(in_at); }
 };
 
 struct FromLatin1 : FromBytesBelow80 {
-    static std::uint32_t GetOthers(__m128i) { return 0; }
+    static std::uint64_t GetOthers(V::Type) { return 0; }
 };
 
 struct FromCp1252 : FromBytesBelow80 {
-    static std::uint32_t GetOthers(__m128i in_at) {
-        const __m128i top = _mm_and_si128(in_at, _mm_set1_epi8(static_cast<char>(0xE0)));
-        return GetMask(_mm_cmpeq_epi8(top, _mm_set1_epi8(static_cast<char>(0x80))));
+    static std::uint64_t GetOthers(V::Type in_at) {
+        return V::GetSignBits(V::Equal8(V::And(in_at, V::All8<0xE0>()), V::All8<0x80>()));
     }
 };
 
@@ -54,20 +44,18 @@ struct FromCp1252 : FromBytesBelow80 {
 template <bool IS_BIG, int POWER>
 struct FromUtf16 {
     static constexpr std::uint32_t UNIT = 2;
-    static __m128i Order(__m128i in_at) { return IS_BIG ? SwapBytes16(in_at) : in_at; }
-    static std::uint32_t GetOthers(__m128i in_units) {
-        const __m128i high = _mm_srli_epi16(in_units, POWER);
-        return GetMask(_mm_cmpeq_epi16(high, _mm_setzero_si128())) ^ 0xFFFF;
+    static V::Type Order(V::Type in_at) { return IS_BIG ? SwapBytes16(in_at) : in_at; }
+    static std::uint64_t GetOthers(V::Type in_units) {
+        return V::GetSignBits(V::Equal16(V::ShiftRight16<POWER>(in_units), V::Zero())) ^ V::FULL;
     }
 };
 
 template <bool IS_BIG>
 struct FromUtf32 {
     static constexpr std::uint32_t UNIT = 4;
-    static __m128i Order(__m128i in_at) { return IS_BIG ? SwapBytes32(in_at) : in_at; }
-    static std::uint32_t GetOthers(__m128i in_units) {
-        const __m128i high = _mm_srli_epi32(in_units, 7);
-        return GetMask(_mm_cmpeq_epi32(high, _mm_setzero_si128())) ^ 0xFFFF;
+    static V::Type Order(V::Type in_at) { return IS_BIG ? SwapBytes32(in_at) : in_at; }
+    static std::uint64_t GetOthers(V::Type in_units) {
+        return V::GetSignBits(V::Equal32(V::ShiftRight32<7>(in_units), V::Zero())) ^ V::FULL;
     }
 };
 
@@ -76,14 +64,14 @@ struct FromUtf32 {
 struct ToBytes {
     static constexpr std::uint32_t UNIT = 1;
     template <std::uint32_t SOURCE_UNIT>
-    static void Write(char* out_to, __m128i in_at) {
+    static void Write(char* out_to, V::Type in_at) {
         if constexpr (SOURCE_UNIT == 1) {
-            Store(out_to, in_at);
+            V::Store(out_to, in_at);
         } else if constexpr (SOURCE_UNIT == 2) {
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(out_to), _mm_packus_epi16(in_at, in_at));
+            V::WriteNarrow16(out_to, in_at);
         } else {
-            const __m128i units = _mm_packs_epi32(in_at, in_at);
-            const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(units, units));
+            const auto units = V::PackSigned32(in_at, in_at);
+            const int bytes = _mm_cvtsi128_si32(V::PackUnsigned16(units, units));
             __builtin_memcpy(out_to, &bytes, 4);
         }
     }
@@ -92,31 +80,18 @@ struct ToBytes {
 template <bool IS_BIG>
 struct ToUnitsOf16 {
     static constexpr std::uint32_t UNIT = 2;
-    template <std::uint32_t SOURCE_UNIT>
-    static void Write(char* out_to, __m128i in_at) {
-        const __m128i zero = _mm_setzero_si128();
-        Store(out_to, IS_BIG ? _mm_unpacklo_epi8(zero, in_at) : _mm_unpacklo_epi8(in_at, zero));
-        Store(out_to + 16,
-              IS_BIG ? _mm_unpackhi_epi8(zero, in_at) : _mm_unpackhi_epi8(in_at, zero));
+    template <std::uint32_t>
+    static void Write(char* out_to, V::Type in_at) {
+        V::WriteWide16<IS_BIG>(out_to, in_at);
     }
 };
 
 template <bool IS_BIG>
 struct ToUnitsOf32 {
     static constexpr std::uint32_t UNIT = 4;
-    template <std::uint32_t SOURCE_UNIT>
-    static void Write(char* out_to, __m128i in_at) {
-        const __m128i zero = _mm_setzero_si128();
-        WriteHalf(out_to, _mm_unpacklo_epi8(in_at, zero));
-        WriteHalf(out_to + 32, _mm_unpackhi_epi8(in_at, zero));
-    }
-
-private:
-    static void WriteHalf(char* out_to, __m128i in_units) {
-        const __m128i low = _mm_unpacklo_epi16(in_units, _mm_setzero_si128());
-        const __m128i high = _mm_unpackhi_epi16(in_units, _mm_setzero_si128());
-        Store(out_to, IS_BIG ? _mm_slli_epi32(low, 24) : low);
-        Store(out_to + 16, IS_BIG ? _mm_slli_epi32(high, 24) : high);
+    template <std::uint32_t>
+    static void Write(char* out_to, V::Type in_at) {
+        V::WriteWide32<IS_BIG>(out_to, in_at);
     }
 };
 
@@ -127,10 +102,10 @@ void ConvertRun(TranscoderSource& io_source, TranscoderTarget& io_target) {
     constexpr std::uint64_t WRITTEN = 16 / From::UNIT * To::UNIT;
     while (io_source.m_length - io_source.m_position >= 16 &&
            io_target.m_length - io_target.m_position >= WRITTEN) {
-        const __m128i at = From::Order(Load(io_source.m_data + io_source.m_position));
-        const std::uint32_t others = From::GetOthers(at);
+        const auto at = From::Order(V::Load(io_source.m_data + io_source.m_position));
+        const std::uint64_t others = From::GetOthers(at);
         To::template Write<From::UNIT>(io_target.m_data + io_target.m_position, at);
-        const auto plain = others == 0 ? 16U : static_cast<std::uint32_t>(__builtin_ctz(others));
+        const auto plain = others == 0 ? 16U : static_cast<std::uint32_t>(__builtin_ctzll(others));
         io_source.m_position += plain;
         io_target.m_position += plain / From::UNIT * To::UNIT;
         if (others != 0) {
