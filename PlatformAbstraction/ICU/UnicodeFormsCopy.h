@@ -1,4 +1,4 @@
-// Copying UTF-16 while it is well-formed, with the vectors of a level. Included by the bodies of
+// Copies UTF-16 while it is well-formed, with the vectors of a level. Included by the bodies of
 // UnicodeFormsKernels.h only; everything is local to the including file.
 #ifndef PLATFORMABSTRACTION_ICU_UNICODEFORMSCOPY_H
 #define PLATFORMABSTRACTION_ICU_UNICODEFORMSCOPY_H
@@ -10,13 +10,13 @@ namespace Orska::Support::UnicodeForms {
 
 namespace {
 
-// All ones in each 16-bit lane whose upper bits are those of the kind.
+// Sets each 16-bit lane whose upper bits are those of the kind to all ones.
 template <class V, std::uint32_t MASK, std::uint32_t KIND>
 ORSKA_INLINE typename V::Type IsKind(typename V::Type in_units) {
     return V::Equal16(V::And(in_units, V::template All16<MASK>()), V::template All16<KIND>());
 }
 
-// The vectors of a level, and in which order the text has the bytes of a unit.
+// IS_SOURCE_BIG, IS_TARGET_BIG: the byte order of each text.
 template <class VECTOR, bool IS_SOURCE_BIG, bool IS_TARGET_BIG>
 struct Copy {
     using V = VECTOR;
@@ -39,8 +39,8 @@ struct Copy {
         return (static_cast<unsigned char>(in_at[IS_SOURCE_BIG ? 0 : 1]) & 0xFCU) == in_kind >> 8;
     }
 
-    // Forms of text. GetOthers gives lanes that are not of the form; AHEAD units after the block
-    // are read for it.
+    // Forms of text. GetOthers marks the lanes that are not of the form. It reads AHEAD units after
+    // the block.
 
     struct Plain {
         static constexpr std::uint64_t AHEAD = 0;
@@ -48,7 +48,7 @@ struct Copy {
             return IsKind<V, 0xF800, 0xD800>(in_units);
         }
     };
-    // Each lead in an even place and each trail in an odd one.
+    // A lead in each even place and a trail in each odd one.
     struct Pairs {
         static constexpr std::uint64_t AHEAD = 0;
         static ORSKA_INLINE Type GetOthers(const char*, Type in_units) {
@@ -56,7 +56,7 @@ struct Copy {
                           V::template All32<0xDC00D800>());
         }
     };
-    // Each lead with its trail after it, and each trail with its lead before it.
+    // A trail after each lead, and a lead before each trail.
     struct Mixed {
         static constexpr std::uint64_t AHEAD = 1;
         static ORSKA_INLINE Type GetOthers(const char* in_at, Type in_units) {
@@ -65,7 +65,7 @@ struct Copy {
         }
     };
 
-    // Copies COUNT blocks at a time up to the first ones that hold others.
+    // Copies COUNT blocks at a time until some hold units outside the form.
     template <class Form, std::uint64_t COUNT>
     static ORSKA_INLINE void CopyBlocks(const char* in_source, char* out_target,
                                         std::uint64_t in_count, std::uint64_t& io_done) {
@@ -84,8 +84,8 @@ struct Copy {
         }
     }
 
-    // As a BlockStep. Most text has no surrogates, or in a run nothing else, and one look at each
-    // unit is enough to see that.
+    // A BlockStep. Most text has no surrogates, or runs of nothing else, so one test of each unit
+    // is enough.
     static ORSKA_INLINE std::uint64_t Convert(const char* in_source, char* out_target,
                                               std::uint64_t in_count) {
         if (in_count < BLOCK || IsUnitOfKind(in_source, 0xDC00)) {
@@ -94,7 +94,7 @@ struct Copy {
         std::uint64_t done = 0;
         CopyBlocks<Plain, 4>(in_source, out_target, in_count, done);
         CopyBlocks<Pairs, 4>(in_source, out_target, in_count, done);
-        // Neither ends after a lead, and what follows looks for trails after its own units only.
+        // Neither ends after a lead, and the code below looks for trails after its own units only.
         if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
             return done;
         }

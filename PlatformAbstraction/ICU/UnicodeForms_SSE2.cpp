@@ -41,7 +41,7 @@ std::uint64_t Utf16ToUtf32_SSE2(const char* in_source, char* out_target, std::ui
 
 // Reads the block and writes half its size.
 std::uint64_t Utf32ToUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
-    // The signed saturation of the packing does nothing to sign-extended values.
+    // The signed saturation of the packing does not change sign-extended values.
     const auto extend = [](V::Type in_units) {
         return _mm_srai_epi32(V::ShiftLeft32<16>(in_units), 16);
     };

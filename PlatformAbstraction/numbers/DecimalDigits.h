@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <cstring>
 
-/// A macro of each type of ConvertibleInteger.
+/// Applies a macro to each type of ConvertibleInteger.
 #define ORSKA_FOR_EACH_INTEGER(MACRO) \
     MACRO(std::int8_t)                \
     MACRO(std::uint8_t)               \

@@ -101,7 +101,7 @@ ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_siz
     return (high & 0xFC) == 0xD8 ? size - 2 : size;
 }
 
-// What the classes of blocks from UTF-16 share. OTHER: the bits that no plain unit has.
+// The common part of the classes of blocks from UTF-16. OTHER: the bits that no plain unit has.
 template <class VECTOR, bool IS_BIG, std::uint32_t OTHER>
 class Utf16Source {
 public:
@@ -128,7 +128,7 @@ public:
     ORSKA_INLINE bool IsPending() const { return m_isLead >> (V::SIZE - 1) != 0; }
 
 protected:
-    // Tells the surrogates apart; false where a lead or a trail lacks the other.
+    // Finds lead and trail surrogates; false if one has no partner.
     ORSKA_INLINE bool PairSurrogates(Type in_at, Type in_isSurrogate, Type& out_isLead,
                                      Type& out_isTrail) {
         out_isTrail =
@@ -144,12 +144,13 @@ protected:
         return true;
     }
 
-    std::uint64_t m_isLead = 0;  // two bits a unit, of the last block with surrogates
+    std::uint64_t m_isLead = 0;  // two bits for each unit of the last block with surrogates
     bool m_isPlain = false;
     bool m_hasSurrogates = false;
 };
 
-// Blocks of plain characters; those of UTF-16 are narrowed two at a time, which halves the stores.
+// Writes blocks of plain characters. UTF-16 is narrowed two blocks at a time, which halves
+// the stores.
 template <class Blocks, std::uint32_t COUNT>
 ORSKA_INLINE void WritePlainBlocks(char* out_to, const typename Blocks::V::Type* in_parts) {
     using V = typename Blocks::V;

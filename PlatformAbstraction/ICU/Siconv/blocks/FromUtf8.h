@@ -47,11 +47,11 @@ struct UnitsOf16 {
         V::template Interleave8<IS_BIG>(in_low, in_high, units);
         V::CompressUnits(io_at, units[0], units[1], in_keep);
     }
-    // 16-bit code points in 32-bit lanes, two vectors of them.
+    // Writes two vectors of 16-bit code points in 32-bit lanes.
     static ORSKA_INLINE void WriteRun3(char* out_at, Type in_first, Type in_second) {
         V::Store(out_at, V::template OrderUnits16<IS_BIG>(V::PackUnits32(in_first, in_second)));
     }
-    // Code points less 10000 in 32-bit lanes.
+    // Writes code points minus 10000 in 32-bit lanes.
     static ORSKA_INLINE void WriteRun4(char* out_at, Type in_offsets) {
         const auto lead = V::template ShiftRight32<10>(in_offsets);
         const auto trail =
@@ -311,7 +311,7 @@ private:
         return V::Or(V::And(in_bytes.m_at, V::template All8<0x7F>()),
                      V::And(bits, in_bytes.m_isHigh));
     }
-    // Bits 8 to 11. A lead of two bytes has bit 5 clear, so that it can be read like a follower.
+    // Bits 8 to 11. A lead of two bytes has bit 5 clear, so it can be read like a follower.
     static ORSKA_INLINE Type GetHighOf2(const Utf8Bytes<V>& in_bytes) {
         const auto bits =
             V::And(V::template ShiftRight16<2>(in_bytes.m_1), V::template All8<0x0F>());
@@ -381,7 +381,7 @@ private:
         return true;
     }
 
-    // High bytes of three-byte sequences below U+0800 or of surrogates.
+    // Marks high bytes of three-byte sequences below U+0800 and of surrogates.
     static ORSKA_INLINE std::uint64_t GetBadHigh(Type in_high) {
         const auto five = V::And(in_high, V::template All8<0xF8>());
         return V::GetSignBits(

@@ -25,13 +25,13 @@ struct Row {
 
 constexpr bool HasBit(int in_mask, int in_bit) { return ((in_mask >> in_bit) & 1) != 0; }
 
-// What stays of a lane, within it.
+// The bytes of a lane that are kept.
 struct Kept {
     int m_first;
     int m_count;
 };
 
-// In each of PARTS parts of a row LANES lanes are closed up; in_get: Kept of a mask and a lane.
+// Closes the gaps in PARTS parts of a row, of LANES lanes each. in_get: Kept for a mask and a lane.
 template <int LANES, int PARTS, class Get>
 constexpr ShuffleTable MakeTable(Get in_get) {
     constexpr int PART = 16 / PARTS;
@@ -63,7 +63,7 @@ constexpr MoveTable MakeMoveDown() {
     return table;
 }
 
-// The sums of what in_get gives for a mask and each lane.
+// For each mask the sum of in_get over its lanes.
 template <int LANES, class Get>
 constexpr ByteTable MakeSums(Get in_get) {
     ByteTable table{};

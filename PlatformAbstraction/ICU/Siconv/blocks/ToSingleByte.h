@@ -41,7 +41,7 @@ public:
             PutPlain<Utf16ToSingleByteBlocks>(io_to, bytes);
             return true;
         }
-        // The lead surrogate gives the substitute of the pair, the trail nothing.
+        // The lead surrogate becomes the pair's substitute, the trail nothing.
         Type isLead;
         Type isTrail;
         if (!Source::PairSurrogates(in_at, isSurrogate, isLead, isTrail)) {

@@ -53,7 +53,7 @@ struct Utf8Packer {
     // no lead.
     template <class To>
     static ORSKA_INLINE void WriteMapped(Type in_bytes, Type in_middle, Type in_last, To& io_to) {
-        // Signs say which have more than one byte, and which three.
+        // The signs tell which have more than one byte, and which have three.
         const auto isLong = V::Add8(in_middle, V::template All8<0x40>());
         const std::uint64_t sizes[] = {~V::GetSignBits(V::InterleaveLow32(in_bytes, isLong)),
                                        ~V::GetSignBits(V::InterleaveHigh32(in_bytes, isLong))};
@@ -223,7 +223,7 @@ private:
         return false;
     }
 
-    // One vector after another while FORM writes them; false when there was none.
+    // Writes vectors while Form accepts them; false when there was none.
     template <class Form>
     ORSKA_INLINE bool WriteEach() {
         const char* const start = m_from;
@@ -242,7 +242,7 @@ private:
         return V::Equal16(in_five, V::template All16<0xD800>());
     }
 
-    // Forms for units, with their upper five bits.
+    // Forms write units if they accept them. in_five: their upper five bits.
     struct UpTo7FF {
         static ORSKA_INLINE bool Write(Type in_units, Type in_five, char*& io_to) {
             if (!V::IsZero(in_five)) {

@@ -102,13 +102,13 @@ struct VectorBase {
             V::Shuffle(in_first, V::RepeatLane(0x05040100, 0x0D0C0908, ~0U, ~0U)),
             V::Shuffle(in_second, V::RepeatLane(~0U, ~0U, 0x05040100, 0x0D0C0908)));
     }
-    // The bytes of 16-bit units to units of the text, lane by lane: first the low halves.
+    // Joins the bytes of 16-bit units in the order of the text, lane by lane, the low half first.
     template <bool IS_BIG, class Type>
     static ORSKA_INLINE void Interleave8(Type in_low, Type in_high, Type (&out_units)[2]) {
         out_units[0] = V::InterleaveLow8(IS_BIG ? in_high : in_low, IS_BIG ? in_low : in_high);
         out_units[1] = V::InterleaveHigh8(IS_BIG ? in_high : in_low, IS_BIG ? in_low : in_high);
     }
-    // Units of the text to the processor's order, or back.
+    // Changes units from the text's byte order to the processor's, or back.
     template <bool IS_BIG, class Type>
     static ORSKA_INLINE Type OrderUnits16(Type in_units) {
         return IS_BIG ? V::Shuffle(in_units,
@@ -122,11 +122,11 @@ struct VectorBase {
                       : in_units;
     }
 
-    // The writers store whole lanes: they may write up to the size that all lanes together would
-    // take, and move the position on by what counts. To is char*, or BoundedTo where there may be
-    // no room for all that. Bits are those of the bytes of the text, eight for each lane.
+    // The writers below store whole lanes: they may write as many bytes as all lanes have, and move
+    // the position past the bytes that they keep. To is char*, or BoundedTo if there may not be
+    // room for all of it. Masks and indexes have eight bits for each lane.
 
-    // The 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
+    // Writes the 16-bit units of InterleaveLow8 and InterleaveHigh8 whose bit is set.
     template <class To, class Type>
     static ORSKA_INLINE void CompressUnits(To& io_at, Type in_low, Type in_high,
                                            std::uint64_t in_keep) {
@@ -143,7 +143,7 @@ struct VectorBase {
                      V::template PutWide<IS_BIG>(io_at, in_lane, 4 * V::CountBits(in_bits));
                  });
     }
-    // The same with a second unit for each, that goes after (IS_BIG: before) the first.
+    // The same with a second unit for each, after (IS_BIG: before) the first.
     template <bool IS_BIG, class To, class Type>
     static ORSKA_INLINE void CompressPairs(To& io_at, Type in_low, Type in_high, Type in_topLow,
                                            Type in_topHigh, std::uint64_t in_keep) {
@@ -162,8 +162,8 @@ struct VectorBase {
         }
     }
 
-    // UTF-8 in 16-bit units of two bytes; those with a bit of in_isShort keep the first byte. Bits
-    // are those of the bytes of PackSigned16(units, units).
+    // Writes UTF-8 from 16-bit units of two bytes; units with their bit set in in_isShort keep the
+    // first byte. The bits are those of the bytes of PackSigned16(units, units).
     template <class To, class Type>
     static ORSKA_INLINE void PackUtf8Of2(To& io_at, Type in_units, std::uint64_t in_isShort) {
         const Type packed = CloseUp(PACK_UTF8_2, in_units, in_isShort);
@@ -172,14 +172,14 @@ struct VectorBase {
             V::Lane::Put(io_at, V::GetHigh(packed), 16 - V::CountBits(in_isShort >> 16));
         }
     }
-    // The units of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
+    // The same for the units of InterleaveLow8 and InterleaveHigh8, with a bit for each byte.
     template <class To, class Type>
     static ORSKA_INLINE void PackUtf8Of2Pair(To& io_at, Type in_low, Type in_high,
                                              std::uint64_t in_isShort) {
         CloseUpPair(PACK_UTF8_2, io_at, in_low, in_high, in_isShort,
                     [](std::uint64_t in_bits) { return 16 - V::CountBits(in_bits); });
     }
-    // UTF-8 in 32-bit units, with an index of the table for each lane.
+    // Writes UTF-8 from 32-bit units, with an index into the table for each lane.
     template <class To, class Type>
     static ORSKA_INLINE void PackUtf8(const ShuffleTable& in_table, To& io_at, Type in_units,
                                       std::uint64_t in_indexes) {
@@ -189,14 +189,14 @@ struct VectorBase {
             V::Lane::Put(io_at, V::GetHigh(packed), PACKED_SIZE.m_bytes[in_indexes >> 16 & 0xFF]);
         }
     }
-    // The units of InterleaveLow16 and InterleaveHigh16, with an index for each four.
+    // The same for the units of InterleaveLow16 and InterleaveHigh16, with an index for each four.
     template <class To, class Type>
     static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
                                           Type in_high, std::uint64_t in_indexes) {
         CloseUpPair(in_table, io_at, in_low, in_high, in_indexes,
                     [](std::uint64_t in_index) { return PACKED_SIZE.m_bytes[in_index & 0xFF]; });
     }
-    // The same for two pairs, of the units of InterleaveLow8 and of InterleaveHigh8.
+    // The same for two pairs, from the units of InterleaveLow8 and those of InterleaveHigh8.
     template <class To, class Type>
     static ORSKA_INLINE void PackUtf8Pairs(const ShuffleTable& in_table, To& io_at,
                                            const Type (&in_low)[2], const Type (&in_high)[2],
@@ -242,7 +242,7 @@ private:
         out_pairs[0] = V::InterleaveLow16(IS_BIG ? tops : units, IS_BIG ? units : tops);
         out_pairs[1] = V::InterleaveHigh16(IS_BIG ? tops : units, IS_BIG ? units : tops);
     }
-    // Closes up the lanes of two vectors; in_getSize: the bytes that count, by the bits of a lane.
+    // Writes the kept bytes of two vectors. in_getSize: their number for the bits of a lane.
     template <class To, class Type, class GetSize>
     static ORSKA_INLINE void CloseUpPair(const ShuffleTable& in_table, To& io_at, Type in_low,
                                          Type in_high, std::uint64_t in_bits, GetSize in_getSize) {
@@ -251,7 +251,7 @@ private:
                      V::Lane::Put(io_at, in_lane, in_getSize(in_row));
                  });
     }
-    // The lanes of two vectors in the order of the text, each with its bits.
+    // Calls in_put for the lanes of two vectors in the order of the text, each with its bits.
     template <class Type, class Put>
     static ORSKA_INLINE void PutLanes(Type in_low, Type in_high, std::uint64_t in_bits,
                                       Put in_put) {
@@ -378,7 +378,7 @@ struct Vector128 : VectorBase<Vector128> {
         return BIT_COUNT.m_bytes[in_byte & 0xFF];
 #endif
     }
-    // A row for each lane.
+    // Loads a row for each lane.
     static ORSKA_INLINE Type LoadRows(const ShuffleTable& in_table, std::uint64_t in_row) {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(in_table.m_bytes[in_row & 0xFF]));
     }
@@ -447,7 +447,7 @@ struct Vector128 : VectorBase<Vector128> {
 #endif
     }
 
-    // 16-bit units with two zero bytes after (IS_BIG: before) each.
+    // Writes 16-bit units, each with two zero bytes after (IS_BIG: before) it.
     template <bool IS_BIG, class To>
     static ORSKA_INLINE void PutWide(To& io_to, Type in_units, std::uint64_t in_size) {
         PutTwo(io_to,

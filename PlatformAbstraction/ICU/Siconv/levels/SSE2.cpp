@@ -10,7 +10,7 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-using V = Vector128;  // of which these instructions have all but the shuffle of bytes
+using V = Vector128;  // without its Shuffle and MultiplyAdd8, which need SSSE3
 
 V::Type SwapBytes16(V::Type in_units) {
     return V::Or(V::ShiftLeft16<8>(in_units), V::ShiftRight16<8>(in_units));
@@ -22,7 +22,7 @@ V::Type SwapBytes32(V::Type in_units) {
                                _MM_SHUFFLE(2, 3, 0, 1));
 }
 
-// Sources: the size of a unit, and of 16 bytes those that are not plain, one bit each.
+// Sources: the size of a unit, and a mask of the characters in 16 bytes that are not plain.
 
 struct FromBytesBelow80 {
     static constexpr std::uint32_t UNIT = 1;

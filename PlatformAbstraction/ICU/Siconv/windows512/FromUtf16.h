@@ -23,13 +23,13 @@ ORSKA_INLINE bool FindSurrogates(__m512i in_units, Surrogates& out_surrogates) {
     return ((lead << 1) & 0xFFFFFFFF) == trail;
 }
 
-// Units up to FF, still in the order of the text, to bytes.
+// Narrows units up to FF, still in the text's byte order, to bytes.
 template <bool IS_BIG>
 struct PlainUtf16 {
     static constexpr std::uint64_t SOURCE_UNIT = 2;
     static constexpr std::uint64_t TARGET_UNIT = 1;
 
-    // A lead surrogate, which takes 2 bytes.
+    // Returns 2 if the window ends with a lead surrogate, otherwise 0.
     static ORSKA_INLINE std::uint64_t GetCut(const char* in_from) {
         const auto high = static_cast<unsigned char>(in_from[WINDOW - (IS_BIG ? 2 : 1)]);
         return std::uint64_t{(high & 0xFC) == 0xD8} * 2;
