@@ -8,7 +8,7 @@
 
 namespace Orska::Support {
 
-/// Each enumerator is named after its SQLSTATE; "HY000", the general error, by its meaning.
+/// Each enumerator has the name of its SQLSTATE, except the general error "HY000".
 enum DiagState : std::int32_t {
     DIAG_01000 = 0,
     DIAG_01001 = 1,
@@ -119,7 +119,7 @@ enum DiagState : std::int32_t {
     DIAG_IM009 = 106,
 };
 
-/// How many diagnostic states there are; legal values lie below.
+/// The number of diagnostic states; valid values are smaller.
 constexpr std::int32_t DIAG_STATE_COUNT = 107;
 
 }  // namespace Orska::Support

@@ -16,7 +16,7 @@ namespace {
 constexpr TraceSite LOG_SITE = {"Orska::Support::ErrorException::LogCurrentException",
                                 "Exceptions\\ErrorException", 0};
 
-// Decimal digits, made without the process ANSI encoding, which need not be an ASCII superset.
+// Does not use the process ANSI encoding, which may not be an ASCII superset.
 orska_wstring Decimal(std::uint64_t in_value) {
     return orska_wstring().SetFromUtf8(std::to_string(in_value));
 }
@@ -31,7 +31,7 @@ orska_wstring Quoted(const orska_wstring& in_text) {
     return u"\"" + escaped + u"\"";
 }
 
-/// " MessageParameters=" and the bracketed list.
+/// Returns " MessageParameters=" and the bracketed list.
 orska_wstring ParameterList(const std::vector<orska_wstring>& in_parameters) {
     orska_wstring list = u" MessageParameters=[";
     for (std::size_t index = 0; index < in_parameters.size(); ++index) {
@@ -144,7 +144,7 @@ orska_wstring ErrorException::DescribeCurrentException(IMessageSource* in_messag
         return in_messageSource != nullptr ? exception.GetMessageText(in_messageSource, in_locale)
                                            : exception.GetUnformattedDescription();
     } catch (const std::exception& exception) {
-        // Ours are in UTF-8, those of the standard library in ASCII.
+        // Our texts are in UTF-8, those of the standard library in ASCII.
         return orska_wstring().SetFromUtf8(exception.what(), orska_wstring::NUL_TERMINATED);
     } catch (const std::string& text) {
         return orska_wstring(text.data(), text.size(), GetByteTextEncoding());
@@ -219,7 +219,7 @@ orska_wstring ErrorException::GetMessageText(IMessageSource* in_messageSource,
 
 orska_wstring ErrorException::GetMessageText(SharedPtr<IMessageSource> in_messageSource,
                                              const orska_wstring& in_locale) {
-    // A parameter may live until the end of the caller's expression; a local does not.
+    // A parameter can live until the end of the caller's expression; a local does not.
     const SharedPtr<IMessageSource> source = std::move(in_messageSource);
     return GetMessageText(source.Get(), in_locale);
 }

@@ -1,4 +1,4 @@
-/// The log that errors are reported to. Implemented by the layer that owns a log.
+/// The log for errors. Implemented by the layer that owns a log.
 #ifndef EXCEPTIONS_ILOGGER_H
 #define EXCEPTIONS_ILOGGER_H
 
@@ -19,9 +19,8 @@ public:
 
     virtual std::int32_t GetLogLevel() = 0;
 
-    /// @param in_namespace, in_class, in_function  who logs
-    /// @param in_format  as for printf, with its arguments after it, in the encoding of byte texts
-    ///                   (GetByteTextEncoding)
+    /// @param in_namespace, in_class, in_function  the caller
+    /// @param in_format  as for printf, in the encoding of byte texts (GetByteTextEncoding)
     virtual void LogError(const char* in_namespace, const char* in_class, const char* in_function,
                           const char* in_format, ...) __attribute__((format(printf, 5, 6))) = 0;
 

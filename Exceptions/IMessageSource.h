@@ -1,5 +1,5 @@
-/// Where the texts of error messages come from. Implemented by the layer that shows errors; held
-/// through SharedPtr. An exception asks it on the thread that handles the exception.
+/// The source of the texts of error messages. Implemented by the layer that shows errors; held by
+/// SharedPtr. Called on the thread that handles the exception.
 #ifndef EXCEPTIONS_IMESSAGESOURCE_H
 #define EXCEPTIONS_IMESSAGESOURCE_H
 
@@ -13,11 +13,11 @@ namespace Orska::Support {
 
 class IMessageSource : public ThreadSafeSharedObject {
 public:
-    /// The message of a key with its placeholders filled.
-    /// @param in_locale      the locale or language that the asker passed, unchanged
+    /// Makes the message of a key, with its placeholders filled.
+    /// @param in_locale      the caller's locale or language, unchanged
     /// @param in_parameters  in the order in which they fill the placeholders
     /// @param out_text       replaced by the message
-    /// @param out_nativeErrorCode  -1 when the source has no message for the key
+    /// @param out_nativeErrorCode  -1 if there is no message for the key
     virtual void GetMessageWithParameters(const orska_wstring& in_locale,
                                           const orska_wstring& in_messageKey,
                                           std::uint32_t in_componentId,

@@ -13,18 +13,18 @@ public:
     /// No state: all characters are zero.
     constexpr SQLState() noexcept = default;
 
-    /// The code of a diagnostic state; a value outside the table gives that of DIAG_GENERAL_ERROR.
+    /// The code of a diagnostic state; for a value outside the table, that of DIAG_GENERAL_ERROR.
     explicit SQLState(DiagState in_state) noexcept;
 
-    /// The first five characters of a text in ASCII, after blanks, tabs, line feeds, carriage
-    /// returns, vertical tabs and form feeds have been trimmed at both ends. A shorter text keeps
-    /// the tail of "00000": "HY" gives "HY000".
+    /// The first five characters of an ASCII text, trimmed of blanks, tabs, line feeds, carriage
+    /// returns, vertical tabs and form feeds. A shorter text keeps the tail of "00000": "HY"
+    /// becomes "HY000".
     explicit SQLState(const std::string& in_text) noexcept;
 
-    /// False when all characters are zero.
+    /// False if all characters are zero.
     bool IsSet() const noexcept;
 
-    /// The characters, zero-terminated; empty when not set. Valid as long as this object.
+    /// Returns the characters, zero-terminated; empty if not set. Owned by this object.
     const char* GetText() const noexcept { return m_text; }
 
 private:

@@ -1,10 +1,9 @@
-/// Assertions that stay in every build. The expression, the file and the line are written out at
-/// the site and are the same on every system.
+/// Assertions that are checked in every build. Expression, file and line are written at the site
+/// and are the same on every system.
 ///
-/// A failed assertion is reported on standard error, where it is seen without any setting, and in
-/// the trace at level 1. Whether the process may go on is the site's decision: a buffer whose
-/// offsets are wrong stops it, since going on would write outside of the block; a site with a safe
-/// answer only reports.
+/// A failed assertion is reported on standard error, which needs no setting, and in the trace at
+/// level 1. The site decides whether the process continues: a buffer with wrong offsets stops it,
+/// because it would write outside of its block; a site with a safe fallback only reports.
 #ifndef TOOLS_ASSERT_H
 #define TOOLS_ASSERT_H
 
@@ -21,7 +20,7 @@ void ReportAssertionFailure(const char* in_expression, const char* in_file, int 
 
 }  // namespace Orska
 
-/// Stops the process when the condition, whose text is given as it is to be reported, is false.
+/// Stops the process if the condition is false. in_text is the condition as it is reported.
 #define ORSKA_ASSERT(in_condition, in_text, in_file, in_line)    \
     do {                                                         \
         if (!(in_condition)) {                                   \

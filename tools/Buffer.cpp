@@ -19,8 +19,8 @@ constexpr char SOURCE[] = "Buffer";
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
 #pragma GCC diagnostic ignored "-Wformat-extra-args"
-/// The format ends in a lone "%", which the line shows as it is, instead of the last argument.
-/// People search for this text, so it stays.
+/// The format ends in a lone "%", which is printed as it is instead of the last argument. People
+/// search for this text, so it stays.
 void TraceNullBlock(std::uint32_t in_newCapacity, std::uint32_t in_capacity,
                     std::uint32_t in_unread, std::uint32_t in_allow) {
     ORSKA_TRACE(1, FUNCTION, SOURCE, 59,
@@ -43,8 +43,8 @@ void Buffer::AllowHelper(std::uint32_t in_allow) {
         return;
     }
     const std::uint32_t newCapacity = GrownCapacity(m_used, in_allow);
-    // Above 2^31 bytes the arithmetic gives a capacity of 1, which would pass for growth on an
-    // empty buffer: what counts as well is that the room is there.
+    // Above 2^31 bytes the arithmetic overflows to a capacity of 1, which counts as growth of an
+    // empty buffer. So the room is checked too.
     ORSKA_ASSERT(newCapacity && (newCapacity > m_capacity) && (newCapacity - m_used >= in_allow),
                  "newCapacity && (newCapacity > m_capacity)", SOURCE, 46);
     void* block = Reallocate(m_data, newCapacity);
@@ -77,8 +77,8 @@ void Buffer::Consume(std::uint32_t in_count) {
 }
 
 void Buffer::MoveUnreadToFront() noexcept {
-    // When everything has been read the offsets deliberately stay: pointers that a caller took to
-    // the bytes it has just read remain good until the block grows.
+    // When everything has been read, the offsets deliberately stay: pointers to the bytes just read
+    // remain valid until the block grows.
     if (m_readOffset == 0 || m_readOffset == m_used) {
         return;
     }

@@ -1,5 +1,5 @@
-/// The library's growable byte buffer, with an offset for reading and one for writing. It owns its
-/// block, which begins empty. One thread uses a buffer at a time.
+/// The library's growable byte buffer, with a read and a write offset. It owns its block, which is
+/// empty at first. One thread at a time can use a buffer.
 #ifndef TOOLS_BUFFER_H
 #define TOOLS_BUFFER_H
 
@@ -18,31 +18,31 @@ public:
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    /// Makes room for more bytes after the written ones, without testing first whether there is
-    /// any: unread bytes move to the front of the block when some before them have been read.
-    /// @param in_allow  bytes; more than 2^31 in all stop the process in an assertion
-    /// @throws std::bad_alloc when there is no memory; the unread bytes are kept
+    /// Makes room for more bytes after the written ones, without checking whether there is room:
+    /// unread bytes move to the front of the block if some bytes before them have been read.
+    /// @param in_allow  bytes; a total over 2^31 stops the process in an assertion
+    /// @throws std::bad_alloc when memory runs out; the unread bytes are kept
     void AllowHelper(std::uint32_t in_allow);
 
-    /// As AllowHelper, but does nothing when there is room.
+    /// As AllowHelper, but does nothing if there is room.
     void Allow(std::uint32_t in_allow) {
         if (GetFree() < in_allow) {
             AllowHelper(in_allow);
         }
     }
 
-    /// Copies bytes to the write end, making room.
+    /// Makes room and copies bytes to the write end.
     void Append(const void* in_bytes, std::uint32_t in_count);
 
-    /// Where the next byte is written. GetFree() bytes may be written there and then be committed;
-    /// null before the first growth.
+    /// Returns where the next byte is written. Up to GetFree() bytes can be written there and then
+    /// committed; null before the first growth.
     char* GetWritePointer() noexcept { return m_data + m_used; }
-    /// Counts bytes at the write pointer as written; at most GetFree(), or the process stops.
+    /// Marks bytes at the write pointer as written; more than GetFree() stop the process.
     void Commit(std::uint32_t in_count);
 
-    /// The first unread byte; GetUnread() bytes are there.
+    /// Returns the first of GetUnread() unread bytes.
     const char* GetReadPointer() const noexcept { return m_data + m_readOffset; }
-    /// Counts bytes as read; at most GetUnread(), or the process stops.
+    /// Marks bytes as read; more than GetUnread() stop the process.
     void Consume(std::uint32_t in_count);
 
     std::uint32_t GetUnread() const noexcept { return m_used - m_readOffset; }
@@ -51,8 +51,9 @@ public:
     std::uint32_t GetReadOffset() const noexcept { return m_readOffset; }
     std::uint32_t GetUsed() const noexcept { return m_used; }
 
-    /// The capacity that AllowHelper grows to: the smallest power of two that holds both and is at
-    /// least 8. Above 2^31 bytes the arithmetic, in 32 bits, gives one that is too small.
+    /// Returns the capacity that AllowHelper grows to: the smallest power of two that holds both
+    /// and is at least 8. Above 2^31 bytes the 32-bit arithmetic overflows to a capacity that is
+    /// too small.
     /// @param in_allow  at least 1
     static constexpr std::uint32_t GrownCapacity(std::uint32_t in_used,
                                                  std::uint32_t in_allow) noexcept {

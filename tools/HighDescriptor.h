@@ -1,4 +1,4 @@
-/// Keeps our files out of the places of standard input, output and error (Linux).
+/// Keeps our files off standard input, output and error (Linux).
 #ifndef TOOLS_HIGHDESCRIPTOR_H
 #define TOOLS_HIGHDESCRIPTOR_H
 
@@ -9,10 +9,10 @@
 
 namespace Orska {
 
-/// A host may have closed 0 to 2; what is opened next gets one of them, and all that the host then
-/// prints.
-/// @param in_descriptor  as open gave it; closed if it has to be replaced
-/// @return one above 2 that is closed on exec, or -1 with errno
+/// A host can have closed 0 to 2. A file opened next gets one of them, and the host then prints
+/// into it.
+/// @param in_descriptor  from open; closed if it has to be replaced
+/// @return a descriptor above 2 that is closed on exec, or -1 with errno
 inline int MoveAboveStandard(int in_descriptor) noexcept {
     if (in_descriptor < 0 || in_descriptor > STDERR_FILENO) {
         return in_descriptor;

@@ -11,7 +11,7 @@ namespace Orska {
 
 namespace {
 
-constexpr std::size_t NUMBER_SIZE = 24;  ///< bytes for any number in text
+constexpr std::size_t NUMBER_SIZE = 24;  ///< bytes, enough for any number
 
 }  // namespace
 
@@ -78,9 +78,9 @@ void LineText::AppendMessage(const char* in_format, std::va_list in_arguments) n
     }
 }
 
-/// The conversions that nearly all trace lines keep to. The C library would do as well, but takes
-/// some 15 times as long as printing when the text leaves the buffer it is given. Stops with false
-/// at any other conversion. A lone "%" at the end, which the C library would refuse, means itself.
+/// Handles the conversions of nearly all trace lines. The C library takes some 15 times as long as
+/// printing if the text does not fit its buffer. Returns false at any other conversion. A lone "%"
+/// at the end, which the C library would refuse, is printed.
 bool LineText::AppendSimple(const char* in_format, std::va_list in_arguments) noexcept {
     for (;;) {
         const char* percent = std::strchr(in_format, '%');

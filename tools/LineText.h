@@ -1,5 +1,5 @@
-/// The text of one trace line while it is built. It starts on the stack and moves to the heap when
-/// it grows too long; when there is no memory for that, it is cut. One thread uses it.
+/// The text of one trace line while it is built. It starts on the stack and moves to the heap if it
+/// grows too long; if there is no memory for that, it is truncated. Used by one thread.
 #ifndef TOOLS_LINETEXT_H
 #define TOOLS_LINETEXT_H
 
@@ -20,12 +20,12 @@ public:
     LineText& operator=(const LineText&) = delete;
 
     void Append(std::string_view in_text) noexcept;
-    /// Decimal digits.
+    /// Appends decimal digits.
     void AppendUnsigned(std::uint64_t in_value) noexcept;
     void AppendSigned(std::int64_t in_value) noexcept;
-    /// Four upper-case hex digits of the low 16 bits.
+    /// Appends four upper-case hex digits of the low 16 bits.
     void AppendHex4(std::uint32_t in_value) noexcept;
-    /// Text as by printf. The format itself, when the C library refuses it or an argument.
+    /// Formats as printf does. If the C library refuses that, appends the format itself.
     void AppendMessage(const char* in_format, std::va_list in_arguments) noexcept
         ORSKA_PRINTF_FORMAT(2, 0);
     /// Appends the line end, for which there is always room.
@@ -37,7 +37,7 @@ public:
 
 private:
     static constexpr std::size_t STACK_SIZE = 9999;
-    /// Bytes that growth leaves free for what follows the message.
+    /// Bytes that growth leaves free for the text after the message.
     static constexpr std::size_t SPARE = 666;
 
     bool Reserve(std::size_t in_capacity) noexcept;

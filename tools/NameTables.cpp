@@ -7,8 +7,8 @@ namespace Orska {
 
 namespace {
 
-// 101 to 107 mean 10101 to 10104, 10110, 10111 and 10112; the last three sit lower than their
-// numbers, which is meant: 10107 reads EREFUSED and 10112 has no name.
+// 101 to 107 stand for 10101 to 10104, 10110, 10111 and 10112. The last three are deliberately at
+// lower places than their numbers: 10107 reads EREFUSED and 10112 has no name.
 constexpr const char* ERROR_NAMES[] = {
     // 0
     "", "EPERM", "ENOENT", "ESRCH", "EINTR", "EIO", "ENXIO", "E2BIG", "ENOEXEC", "EBADF",
@@ -55,12 +55,12 @@ constexpr const char* SOCKET_OPTION_NAMES[] = {"KEEPALIVE", "NODELAY", "CORK",  
                                                "EXCLOSE",   "RCVSIZE", "SNDSIZE",  "ERRNO",
                                                "LINGER",    "QUACK",   "REUSEADDR"};
 
-/// The absolute value, also of the smallest number.
+/// Returns the absolute value, even of the smallest number.
 unsigned Magnitude(int in_value) noexcept {
     return in_value < 0 ? 0u - static_cast<unsigned>(in_value) : static_cast<unsigned>(in_value);
 }
 
-/// The name at an index. One that wrapped below 0 is past the end.
+/// Returns the name at an index. An index that wrapped below 0 is past the end.
 template <std::size_t SIZE>
 const char* NameAt(const char* const (&in_names)[SIZE], unsigned in_index,
                    const char* in_default) noexcept {

@@ -1,6 +1,6 @@
-/// While one lives, the calling thread is not cancelled; a cancellation waits until it is gone. On
-/// Linux cancelling unwinds the thread like an exception that must not be caught for good, so code
-/// that lets nothing pass would end the process instead of the thread. Windows has no such thing.
+/// Postpones a cancellation of the calling thread until the object is destroyed. On Linux
+/// cancelling unwinds the thread like an exception that has to be rethrown, so noexcept code would
+/// end the process instead of the thread. Windows has no cancellation.
 #ifndef TOOLS_NOCANCELLATION_H
 #define TOOLS_NOCANCELLATION_H
 

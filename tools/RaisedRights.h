@@ -1,5 +1,5 @@
-/// Whether this process has more rights than the programs that its user starts otherwise (UAC),
-/// from which its environment may come.
+/// Whether this process has more rights than other programs of its user (UAC), from which its
+/// environment can come.
 #ifndef TOOLS_RAISEDRIGHTS_H
 #define TOOLS_RAISEDRIGHTS_H
 
@@ -7,8 +7,8 @@
 
 namespace Orska {
 
-/// @return also true when the system does not tell. False for services and where UAC is off: all
-///         programs of the user have the same rights then.
+/// @return true also when the system gives no answer. False for services and if UAC is off: all
+///         programs of the user then have the same rights.
 inline bool HasRaisedRights() noexcept {
     HANDLE token = nullptr;
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) {
@@ -21,7 +21,7 @@ inline bool HasRaisedRights() noexcept {
     if (type != TokenElevationTypeFull) {
         return false;
     }
-    // Wine has that type and says here that it has no UAC.
+    // Wine has that type too, and reports here that it has no UAC.
     DWORD isOn = 1;
     size = sizeof isOn;
     RegGetValueW(HKEY_LOCAL_MACHINE,

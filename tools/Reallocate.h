@@ -1,4 +1,4 @@
-/// The one call with which the buffers get memory, so that a test can make it fail. No state.
+/// The only allocation function of the buffers, so that a test can make it fail. No state.
 #ifndef TOOLS_REALLOCATE_H
 #define TOOLS_REALLOCATE_H
 
@@ -6,7 +6,7 @@
 
 namespace Orska {
 
-/// The C library's `realloc`. On failure null, and the block stays as it is.
+/// `realloc` of the C library. On failure returns null, and the block is unchanged.
 /// @param in_size  bytes
 void* Reallocate(void* in_block, std::size_t in_size) noexcept;
 

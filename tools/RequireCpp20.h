@@ -1,5 +1,4 @@
-/// Says in a sentence what is missing where a program that includes one of the headers is compiled
-/// for an older C++.
+/// Stops with one clear error if a program that includes a header is compiled for an older C++.
 #ifndef TOOLS_REQUIRECPP20_H
 #define TOOLS_REQUIRECPP20_H
 

@@ -23,7 +23,7 @@ struct ErrnoNumber {
     int m_number;
 };
 
-// The name table numbers the socket errors as Windows does; 1 to 34 are the same on both systems.
+// The name table has the socket errors' numbers of Windows; 1 to 34 are the same on both systems.
 constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EINPROGRESS, 36},     {EALREADY, 37},      {ENOTSOCK, 38},     {EDESTADDRREQ, 39},
     {EMSGSIZE, 40},        {EPROTOTYPE, 41},    {ENOPROTOOPT, 42},  {EPROTONOSUPPORT, 43},
@@ -36,8 +36,8 @@ constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EDQUOT, 69},          {ESTALE, 70},        {EREMOTE, 71},
 };
 
-/// Holds back what the system sends a thread whose write fails: SIGPIPE where the reader of a pipe
-/// has gone, SIGXFSZ at the limit of a file's size. Both end a process that expects neither.
+/// Blocks the signals that the kernel sends to a thread whose write fails: SIGPIPE if a pipe has no
+/// reader, SIGXFSZ at the size limit of a file. Both end a process that does not handle them.
 class WriteSignals {
 public:
     WriteSignals() noexcept {
@@ -45,7 +45,7 @@ public:
         sigaddset(&m_signals, SIGPIPE);
         sigaddset(&m_signals, SIGXFSZ);
         pthread_sigmask(SIG_BLOCK, &m_signals, &m_before);
-        // One that the host holds back itself and that waits already is not ours.
+        // A signal that the host has blocked and that is already pending is not ours.
         sigset_t pending;
         for (const int signal : {SIGPIPE, SIGXFSZ}) {
             if (sigismember(&m_before, signal) == 1 && sigpending(&pending) == 0 &&
@@ -72,11 +72,11 @@ private:
 // Process-wide: set by OpenTraceFile, read by each line that goes to the file.
 constinit mode_t s_fileType = 0;
 
-/// Holding signals back costs about as much as a short line, so it is left out where none can come:
-/// for devices, and for files as long as their size has no limit.
+/// Blocking signals costs about as much as a short line, so it is skipped if none can come: for
+/// devices, and for files without a size limit.
 bool MayBeSignalled(const std::FILE* in_stream) noexcept {
     if (in_stream == stderr || !(S_ISREG(s_fileType) || S_ISCHR(s_fileType))) {
-        return true;  // a pipe or socket, or what the host may make one
+        return true;  // a pipe or socket, or a stream that the host can turn into one
     }
     rlimit limit;
     return S_ISREG(s_fileType) &&
@@ -94,7 +94,7 @@ const char* ReadTraceVariable() noexcept {
 }
 
 std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
-    // O_NONBLOCK: a named pipe without a reader is refused; it would hang the host.
+    // O_NONBLOCK: a named pipe without a reader is refused and does not hang the host.
     const int descriptor = MoveAboveStandard(
         open(in_fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666));
     if (descriptor < 0) {
@@ -109,8 +109,8 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
         return nullptr;
     }
     // Without a buffer one fwrite is one write(2), however long the line is, and a process that
-    // dies has lost nothing. A buffer, of 4096 bytes or any other size, would tear the lines that
-    // cross its end, so flag "f" gives none: each line is at the file at once with and without it.
+    // dies has lost nothing. Any buffer would split lines that cross its end, so flag "f" sets
+    // none: each line is in the file at once with and without the flag.
     std::setvbuf(stream, nullptr, _IONBF, 0);
     return stream;
 }

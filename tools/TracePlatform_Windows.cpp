@@ -19,7 +19,7 @@ struct ErrnoNumber {
     int m_number;
 };
 
-// The name table has the order of the socket errors, 10035 and up; those of the C library's errno
+// The name table has the order of the socket errors, from 10035 on. The C library's errno values
 // differ from them, except 1 to 34.
 constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EWOULDBLOCK, 35},  {EINPROGRESS, 36},     {EALREADY, 37},     {ENOTSOCK, 38},
@@ -31,11 +31,10 @@ constexpr ErrnoNumber SOCKET_ERRORS[] = {
     {EHOSTUNREACH, 65}, {ENAMETOOLONG, 63},    {ENOTEMPTY, 66},
 };
 
-/// Of a variable of the environment, its NUL included, in code units.
+/// The longest environment variable, including its NUL, in code units.
 constexpr int LONGEST_VALUE = 32'767;
 
-// Process-wide: set and read by ReadTraceVariable and OpenTraceFile, under the lock of
-// their caller.
+// Process-wide: set and read by ReadTraceVariable and OpenTraceFile, under the caller's lock.
 constinit wchar_t s_wide[LONGEST_VALUE] = {};
 constinit char s_value[3 * LONGEST_VALUE] = {};
 
@@ -49,8 +48,8 @@ const char* ReadTraceVariable() noexcept {
     if (HasRaisedRights()) {
         return nullptr;
     }
-    // From the system, in UTF-8. The C library's copy has lost the letters that the code page
-    // lacks, and is that of its own start, while the host may have set the variable since.
+    // Read from the system, in UTF-8. The C library's copy lacks letters that are not in the code
+    // page, and is from its start, while the host can have set the variable later.
     const DWORD length = GetEnvironmentVariableW(L"TR4CE", s_wide, LONGEST_VALUE);
     const bool isThere = length != 0 && length < LONGEST_VALUE;
     return isThere && WideCharToMultiByte(CP_UTF8, 0, s_wide, -1, s_value, sizeof s_value, nullptr,
@@ -63,8 +62,8 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
     if (MultiByteToWideChar(CP_UTF8, 0, in_fileName, -1, s_wide, LONGEST_VALUE) == 0) {
         return nullptr;
     }
-    // With the right to append and no right to write elsewhere, the system places each write at the
-    // end of the file, whatever other processes do meanwhile.
+    // With only the right to append, the system puts each write at the end of the file, whatever
+    // other processes write meanwhile.
     const HANDLE handle =
         CreateFileW(s_wide, FILE_APPEND_DATA | SYNCHRONIZE,
                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
@@ -87,10 +86,10 @@ std::FILE* OpenTraceFile(const char* in_fileName) noexcept {
 void WriteTraceLine(std::FILE* in_stream, const char* in_line, std::size_t in_size,
                     bool in_isFlushed) noexcept {
     if (in_isFlushed) {
-        std::fflush(in_stream);  // what the host left in standard error comes first
+        std::fflush(in_stream);  // text of the host in standard error comes first
     }
-    // This C library writes unbuffered streams byte by byte, and text in pieces. The line is handed
-    // to the system below the stream, in one piece.
+    // This C library writes unbuffered streams byte by byte, and text in pieces. So the line
+    // bypasses the stream and goes to the system in one piece.
     if (in_stream == stderr) {
         _write(_fileno(in_stream), in_line, static_cast<unsigned>(in_size));
         return;

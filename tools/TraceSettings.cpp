@@ -29,12 +29,12 @@ std::uint32_t FlagOfLetter(char in_letter) noexcept {
 
 TraceSettings ParseTraceSettings(const char* in_value) noexcept {
     TraceSettings settings;
-    // strtol reads what atoi reads, and saturates where atoi is undefined.
+    // strtol parses like atoi, and saturates where atoi is undefined.
     const long level = in_value == nullptr ? 0 : std::strtol(in_value, nullptr, 10);
     if (level < 1) {
         return settings;
     }
-    // 255 and above would read as "environment not read yet" on every call.
+    // 255 and above would mean "environment not read yet" on every call.
     const long maxLevel = TRACE_MAX_LEVEL;
     settings.m_word = static_cast<std::uint32_t>(level < maxLevel ? level : maxLevel);
     const char* position = in_value;

@@ -1,4 +1,4 @@
-/// What the value of the environment variable TR4CE means. No state.
+/// Parses the value of the environment variable TR4CE. No state.
 #ifndef TOOLS_TRACESETTINGS_H
 #define TOOLS_TRACESETTINGS_H
 
@@ -13,9 +13,9 @@ struct TraceSettings {
 
 /// Reads "4st:trace.log": a number, letters, and the trace file after the first ":".
 ///
-/// A value that does not start with a number, and a number below 1, mean off. A number above 254
-/// counts as 254. Letters that mean nothing are passed over.
-/// @param in_value  null when the variable is not set
+/// Tracing is off if the value does not start with a number, or with one below 1. A number above
+/// 254 counts as 254. Other letters are ignored.
+/// @param in_value  null if the variable is not set
 TraceSettings ParseTraceSettings(const char* in_value) noexcept;
 
 }  // namespace Orska

@@ -1,5 +1,5 @@
-/// The Windows API. Included in place of <windows.h>, by _Windows.cpp files alone, so that none of
-/// its macros renames a method of ours.
+/// The Windows API. Only _Windows.cpp files include it, instead of <windows.h>, so that no macro of
+/// it renames our methods.
 #ifndef TOOLS_WINDOWSAPI_H
 #define TOOLS_WINDOWSAPI_H
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint64_t BYTES_PER_LINE = 16;
 
-/// Each line: up to 16 bytes, and the offset of its first byte.
+/// Each line has up to 16 bytes and the offset of its first byte.
 void AppendHexDump(std::string& io_text, const char* in_bytes, std::uint64_t in_count) {
     char piece[32];
     for (std::uint64_t i = 0; i < in_count; ++i) {

@@ -21,9 +21,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A lock that is ready before any code runs, as std::mutex is not in every run-time library,
-/// since the first trace line may come from the construction of a static object. It is held
-/// once, briefly.
+/// A lock that works before any code runs, as std::mutex does not in every run-time library: the
+/// construction of a static object can write the first trace line. It is held once, briefly.
 class EarlyLock {
 public:
     void lock() noexcept {
@@ -37,8 +36,8 @@ private:
     std::atomic_flag m_isHeld;
 };
 
-// Process-wide: the two are set under s_readLock before the word is stored, and read after it was
-// loaded. The file is never closed, since a thread may be writing while the process ends.
+// Process-wide: both are set under s_readLock before the word is stored, and read after it was
+// loaded. The file is never closed, because a thread can be writing while the process ends.
 constinit EarlyLock s_readLock;
 constinit std::FILE* s_traceStream = nullptr;
 constinit Clock::time_point s_startTime;
@@ -93,7 +92,7 @@ void AppendPrefix(LineText& io_line, const char* in_function, int in_line) noexc
     io_line.Append("\t");
 }
 
-/// " @%.5f" of the seconds since the start, rounded, with a point in every locale.
+/// Appends the seconds since the start like " @%.5f", rounded, with a point in every locale.
 void AppendTimeStamp(LineText& io_line) noexcept {
     constexpr std::uint64_t UNITS_PER_SECOND = 100000;
     using Nanoseconds = std::chrono::nanoseconds;
@@ -139,7 +138,7 @@ void AppendFields(LineText& io_line, std::uint32_t in_word, const char* in_file)
 
 bool TraceIsOnResolved(int in_level) noexcept {
     const int current = static_cast<int>(ResolveTraceWord() & TRACE_LEVEL_MASK);
-    // Level 0 means off, also for lines of level 0 and below.
+    // Level 0 means off, even for lines of level 0 and below.
     return current > 0 && in_level <= current;
 }
 

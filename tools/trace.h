@@ -1,19 +1,18 @@
-/// The process-wide trace: one line a call, to standard error or to the file that the environment
-/// variable TR4CE names. docs/tracing.md tells users how to turn it on and what a line holds.
+/// The process-wide trace: one line per call, to standard error or to the file named in the
+/// environment variable TR4CE. docs/tracing.md describes its use and its format.
 ///
-/// A line that is not wanted costs one load and one comparison:
+/// A disabled line costs one load and one comparison:
 ///
 ///     constexpr char SOURCE[] = "Setup\\ConfigDSNInternal";
 ///     ORSKA_TRACE(2, "Veltrane::ODBC::ConfigDSNInternal", SOURCE, 70, "request %u for DSN \"%s\"",
 ///                 request, name.GetAsUtf8().c_str());
 ///
-/// Level 1 is for failures, 2 for what is done, 3 for each step of it, 4 and above for internals.
-/// Text is written as it is: never hand a password to a trace call, at any level.
+/// Level 1 is for failures, 2 for requests, 3 for each step, 4 and above for internals. Text is
+/// written as it is: never pass a password to a trace call, at any level.
 ///
-/// Any thread may trace at any time. Each line reaches the file in one write at its end, so lines
-/// of several threads and processes stay whole, one after the other. Tracing never fails its
-/// caller: it throws nothing, leaves `errno` as it found it, and a file that cannot be written ends
-/// nothing but the line.
+/// Thread-safe. Each line reaches the file in one write, so lines of several threads and processes
+/// stay whole, one after the other. Tracing never fails its caller: it throws nothing, keeps
+/// `errno`, and a file that cannot be written only loses the line.
 #ifndef TOOLS_TRACE_H
 #define TOOLS_TRACE_H
 
@@ -38,10 +37,10 @@ constexpr std::uint32_t TRACE_NO_SOURCE = 0x800;    ///< "n": no source file nam
 constexpr std::uint32_t TRACE_PROCESS_ID = 0x1000;  ///< "p"
 
 /// The level (low byte) and the flags in force. Process-wide: set from TR4CE by the first trace
-/// call and by ResetTrace, read by every trace call. Relaxed loads keep the reading free of locks.
+/// call and by ResetTrace, read by every trace call. Relaxed loads avoid locks.
 extern std::atomic<std::uint32_t> s_traceWord;
 
-/// The part of TraceIsOn that is not inline; reads the environment when that has not been done.
+/// The part of TraceIsOn that is not inline. Reads the environment at the first call.
 bool TraceIsOnResolved(int in_level) noexcept;
 
 /// True when a line of this level would be written.
@@ -50,15 +49,14 @@ inline bool TraceIsOn(int in_level) noexcept {
     return in_level <= static_cast<int>(word & TRACE_LEVEL_MASK) && TraceIsOnResolved(in_level);
 }
 
-// The one name of the trace, in the style of printf.
-// NOLINTBEGIN(readability-identifier-naming)
+// The name of the trace function is in the style of printf.
 
 /// Writes one line if `in_level` is at or below the trace level.
-/// @param in_function  qualified name, as people search for it; null shows as "(?)"
-/// @param in_file      source name; what follows its last backslash is shown. Null shows nothing
-/// @param in_line      0 where no line is fixed
-/// @param in_format    printf format. One that ends in a blank or ":" gets the name of the `errno`
-///                     with which the call was entered
+/// @param in_function  qualified name, as people search for it; null is shown as "(?)"
+/// @param in_file      source name, shown from its last backslash on; null shows nothing
+/// @param in_line      0 if there is none
+/// @param in_format    printf format. If it ends in a blank or ":", the name of the caller's
+///                     `errno` is appended
 void trace(int in_level, const char* in_function, const char* in_file, int in_line,
            const char* in_format, ...) noexcept ORSKA_PRINTF_FORMAT(5, 6);
 
@@ -68,24 +66,24 @@ void vtrace(int in_level, const char* in_function, const char* in_file, int in_l
 
 // NOLINTEND(readability-identifier-naming)
 
-/// Where lines go: standard error, or the trace file. Null when tracing is off. Not to be closed.
+/// Returns standard error or the trace file; null if tracing is off. Do not close it.
 std::FILE* GetTraceStream() noexcept;
 
-/// A text that every later line shows in front of the source name; null or empty: none, as at
-/// first. It is not copied and must live until another one is set.
+/// Sets a text that later lines show before the source name; null or empty, the default, for none.
+/// It is not copied and has to live until another one is set.
 void SetTraceTag(const char* in_tag) noexcept;
 
-/// How many bytes a buffer dump shows at most: 1024 at first; 0 means none.
+/// The most bytes that a buffer dump shows: 1024 by default; 0 means none.
 void SetDumpLimit(std::size_t in_bytes) noexcept;
 std::size_t GetDumpLimit() noexcept;
 
-/// Closes the trace file and makes the next trace call read TR4CE again. For tests: no other thread
-/// may trace meanwhile.
+/// Closes the trace file; the next trace call reads TR4CE again. For tests: no other thread may
+/// trace meanwhile.
 void ResetTrace() noexcept;
 
 }  // namespace Orska
 
-/// `Orska::trace`, whose arguments are evaluated only when the line is written.
+/// `Orska::trace`. Evaluates its arguments only if the line is written.
 #define ORSKA_TRACE(in_level, in_function, in_file, in_line, ...)                 \
     do {                                                                          \
         if (::Orska::TraceIsOn(in_level)) {                                       \
