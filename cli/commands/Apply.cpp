@@ -18,8 +18,8 @@ namespace {
 volatile std::sig_atomic_t s_isWriting = 0;
 volatile std::sig_atomic_t s_isInterrupted = 0;
 
-/// Before the writing it ends the program at once, also while that waits for the lock. Later the
-/// second one does.
+/// Ctrl-C before the write ends the program at once, even while it waits for the lock. During the
+/// write, the second Ctrl-C ends it.
 void Interrupt(int in_signal) {
     constexpr std::string_view TEXT = "veltrane-dsn: Interrupted. Nothing has been written.\n";
     if (s_isWriting == 0) {
@@ -62,7 +62,7 @@ void TakePassword(const DsnDescription& in_description, const CommandLine& in_li
     const std::string& name = in_description.m_pwdVariable;
     if (name.empty()) return;
     std::string password;
-    // The variable stays set: another DSN may name it too.
+    // The variable stays set: another DSN can name it too.
     if (!ReadSecret(name, password)) {
         FailWith("pwd_env: the variable " + name + " is not set.");
     }
@@ -151,14 +151,14 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     try {
         results = ChangeDsns(store, plan, in_line.Has("--dry-run"), check);
     } catch (const std::exception& error) {
-        // Nothing is written. A program that reads the answer finds the reason with each DSN.
+        // Nothing is written. In JSON the reason is reported for each DSN.
         if (!in_line.Has("--json")) throw;
         for (const Wish& wish : wishes) {
             results.push_back(MakeResult(wish.m_wish.m_name, error.what()));
         }
     }
     for (const DsnResult& result : results) {
-        // One that fails does not stop the others.
+        // A DSN that fails does not stop the others.
         if (result.m_failure.empty()) {
             report.AddDone(result.m_plan);
         } else {

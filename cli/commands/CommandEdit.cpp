@@ -14,7 +14,7 @@ using ODBC::VeltraneDSNDialog;
 
 constexpr char OTHER_WAY[] = "use veltrane-dsn add and veltrane-dsn set.";
 
-/// The result of the form is written the way add and set write.
+/// Writes the values of the form as add and set do.
 class Editing {
 public:
     explicit Editing(const CommandLine& in_line)
@@ -39,7 +39,7 @@ public:
 private:
     bool IsAsking() const { return !m_line.Has("--yes"); }
 
-    /// Asked first, so that the user does not fill in a form that cannot be saved.
+    /// Checked first, so that the user does not fill in a form that cannot be saved.
     void CheckAccess() const {
         const std::string reason = m_store.WhyNotWritable();
         if (!reason.empty() && !m_line.Has("--dry-run")) {
@@ -100,8 +100,8 @@ private:
         return results;
     }
 
-    /// The fields that the user has changed, so that what others write meanwhile stays; of a new
-    /// name all, with the keys that the form does not show.
+    /// Returns the fields that the user has changed, so that changes of other programs stay. For a
+    /// new name, returns all fields and the keys that the form does not show.
     DsnWish MakeWish(const std::string& in_name) const {
         DsnWish wish;
         wish.m_name = in_name;
@@ -134,7 +134,7 @@ private:
         return results;
     }
 
-    /// As the setup library shows a value: bytes that are no UTF-8 become U+FFFD.
+    /// Converts a value as the setup library does: bytes that are not UTF-8 become U+FFFD.
     static ODBC::DialogString ToText(const std::string& in_value) {
         return ODBC::ToEditorString(Orska::Support::orska_wstring().SetFromUtf8(in_value));
     }
@@ -146,8 +146,8 @@ private:
     DsnStore m_store;
     Report m_report;
     std::string m_driver;
-    std::string m_name;  ///< of the DSN that is changed; empty for a new one
-    Entries m_stored;    ///< what the form began with
+    std::string m_name;  ///< the name of the edited DSN; empty for a new one
+    Entries m_stored;    ///< the values that the form began with
     VeltraneDSNDialog m_dialog;
     bool m_isOldRemoved = false;
 };

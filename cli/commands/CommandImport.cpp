@@ -11,7 +11,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Options that make no sense when nothing is applied.
+/// Refuses options that make no sense without --apply.
 void CheckOptions(const CommandLine& in_line) {
     if (in_line.Has("--apply")) return;
     constexpr OptionName OF_APPLY[] = {"--user",      "--system",  "--replace",

@@ -52,7 +52,7 @@ CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn) {
                     (isSystem ? "without --system." : "--system.");
         }
     } catch (const std::exception&) {
-        // The other file has nothing to do with the command.
+        // The other file is only for a hint.
     }
     return {EXIT_NOT_FOUND, text};
 }

@@ -10,7 +10,7 @@
 namespace Veltrane::Cli {
 
 /// Runs the command of the line.
-/// @throws CommandError and other exceptions, which are failures without an exit code of their own
+/// @throws CommandError, and other exceptions, whose exit code is EXIT_FAILED
 ExitCode RunCommand(const CommandLine& in_line);
 
 ExitCode AddDsn(const CommandLine& in_line);
@@ -18,7 +18,7 @@ ExitCode SetDsn(const CommandLine& in_line);
 ExitCode EditDsn(const CommandLine& in_line);
 ExitCode RemoveDsns(const CommandLine& in_line);
 ExitCode ApplyDescriptions(const CommandLine& in_line);
-/// @param in_notes  for people, on standard error
+/// @param in_notes  printed on standard error
 ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription>& in_descriptions,
                     const std::vector<std::string>& in_notes);
 ExitCode ImportFile(const CommandLine& in_line);
@@ -36,13 +36,13 @@ ExitCode ShowPlaces(const CommandLine& in_line);
 ExitCode RunDoctor(const CommandLine& in_line);
 ExitCode TestDsn(const CommandLine& in_line);
 
-/// The driver that the options name.
+/// Returns the driver that the options name.
 std::string GetDriver(const CommandLine& in_line);
-/// The scope that the options name.
+/// Returns the scope that the options name.
 Scope GetScope(const CommandLine& in_line);
-/// The failure that a DSN is there already.
+/// Returns the error that a DSN exists already.
 CommandError DsnExists(const DsnStore& in_store, const std::string& in_dsn);
-/// The failure that a DSN is not there; says so when it is in the other scope.
+/// Returns the error that a DSN does not exist, and a hint if the other scope has it.
 CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn);
 
 }  // namespace Veltrane::Cli

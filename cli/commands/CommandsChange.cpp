@@ -10,7 +10,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Makes the plan of one command and carries it out; the first error ends it.
+/// Makes the plan of one command and carries it out. The first error ends it.
 ExitCode Change(const CommandLine& in_line, const DsnPlanner& in_planner) {
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);

@@ -36,7 +36,7 @@ void CheckName(const std::string& in_driver) {
     }
 }
 
-/// The entries to write: "Setup64" instead of "Setup" if the driver has it, because it wins.
+/// Returns the entries to write: "Setup64" instead of "Setup" if the driver has that, which wins.
 Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
     Entries missing;
     for (const auto& [key, value] : in_given) {
@@ -53,7 +53,7 @@ bool IsSamePath(const std::string& in_left, const std::string& in_right) {
            (std::filesystem::equivalent(ToPath(in_left), ToPath(in_right), error) && !error);
 }
 
-/// Removing one installation of a driver keeps what another installation has registered.
+/// Refuses to remove a driver that another installation has registered.
 void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std::string& in_path) {
     if (!in_line.Has("--setup")) return;
     const std::string setup = GetLibraryEntry(in_current, "Setup");
@@ -63,7 +63,7 @@ void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std
                                            (setup.empty() ? "" : ", " + setup) + ".");
 }
 
-/// A library may be installed after it is registered, so a missing one is no error.
+/// A library can be installed after it is registered, so a missing one is only a warning.
 std::vector<std::string> WarnOfMissing(const Entries& in_given) {
     std::vector<std::string> warnings;
     for (const auto& [key, value] : in_given) {

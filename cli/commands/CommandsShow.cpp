@@ -17,7 +17,7 @@ struct StoredDsn {
     Entries m_entries;
 };
 
-/// The named DSNs, or all of the driver when none is named.
+/// Returns the named DSNs, or all of the driver if none is named.
 std::vector<StoredDsn> Select(const ODBC::ProfileView& in_view, const DsnStore& in_store,
                               const CommandLine& in_line) {
     std::vector<StoredDsn> selected;
@@ -55,7 +55,7 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
         if (EqualsIgnoringCase(key, "Driver")) {
             description.m_driver = value;
         } else if (IsSecretKey(key) && !in_areSecretsShown) {
-            // Whoever applies the export would take a mask for the password.
+            // Applying the export would store a mask as the password.
             io_leftOut.push_back(key + " of " + in_dsn.m_name);
         } else if (!EqualsIgnoringCase(key, "PWD") || !value.empty()) {
             description.m_values.Set(CanonicalKey(key), value);
@@ -64,7 +64,7 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
     return description;
 }
 
-/// The first few names, short enough for one line.
+/// Returns the first few names, short enough for one line.
 std::string JoinFirst(const std::vector<std::string>& in_names) {
     constexpr std::size_t MOST = 10;
     const std::string first = Join(std::span(in_names).first(std::min(in_names.size(), MOST)));
@@ -93,7 +93,7 @@ void PrintTable(const Rows& in_rows) {
     }
 }
 
-/// The DSNs of the other scope, to tell which are hidden: a user's DSN hides the system's.
+/// Returns the DSNs of the other scope, to find hidden ones: a user's DSN hides the system's.
 std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
     const DsnStore user(Scope::User);
     const DsnStore system(Scope::System);

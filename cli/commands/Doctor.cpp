@@ -19,7 +19,7 @@ void Append(Findings& io_findings, Findings in_more) {
                        std::make_move_iterator(in_more.end()));
 }
 
-/// The DSNs of the driver, and those of drivers that are not registered.
+/// Examines the DSNs of the driver, and those of drivers that are not registered.
 Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     Findings findings;
     const DriverRegistry registry;
@@ -52,7 +52,7 @@ Findings Examine(const std::string& in_driver) {
     Findings findings;
     const DsnStore user(Scope::User);
     const DsnStore system(Scope::System);
-    // Each examination is independent: what one cannot read must not hide what others find.
+    // Examinations are independent: an unreadable file must not hide the findings of the others.
     const auto add = [&findings](const auto& in_examine) {
         try {
             Append(findings, in_examine());
@@ -87,7 +87,7 @@ void PrintSummary(const Findings& in_findings) {
               << Count(counts[2], "note") << "\n";
 }
 
-/// A row of `where`: a name for people, its key in JSON, and a path.
+/// A row of `where`: a title, its key in JSON, and a path.
 struct Place {
     const char* m_title;
     const char* m_key;

@@ -37,7 +37,7 @@ void SetKey(const std::string& in_key, const std::string& in_value, const std::s
     }
     if (IsSecretKey(in_key) && !in_value.empty()) RefusePassword(in_where);
     if (EqualsIgnoringCase(in_key, "PWD")) {
-        // A new DSN has no value anyway, and connection strings often have empty ones.
+        // A new DSN has no password anyway, and connection strings often have empty ones.
         if (in_line.m_command == CommandId::Add) return;
         Refuse(in_where + ": PWD is empty. To remove the password: --unset PWD.");
     }
@@ -97,7 +97,7 @@ void CheckComplete(const DsnWish& in_wish) {
     if (!missing.empty()) Refuse("A new DSN needs " + missing + ".");
 }
 
-/// Refuses what is wrong with the command line itself, before anything is read.
+/// Refuses errors of the command line before anything is read.
 void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         const std::string key(field.m_key);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr Action ACTIONS[] = {Action::Add, Action::Change, Action::Remove, Action::None};
 
-/// Whether a password is new in the file.
+/// Whether the plan writes a new password.
 bool WritesSecret(const DsnPlan& in_plan) {
     return std::any_of(in_plan.m_after.begin(), in_plan.m_after.end(), [&](const Entry& in_it) {
         return IsSecretKey(in_it.first) && !in_it.second.empty() &&
@@ -51,7 +51,7 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
       m_isQuiet(in_line.Has("--quiet")),
       m_isDryRun(in_line.Has("--dry-run")),
       m_areSecretsShown(in_line.Has("--show-secrets")) {
-    // With sudo "the user" is not who people think.
+    // With sudo "the user" is root, which people do not expect.
     std::string user;
     const bool isOwn = m_scope == Scope::User && !ReadVariable("SUDO_USER", user);
     if (!isOwn) m_place = " in " + m_path;

@@ -1,5 +1,5 @@
-/// The results of commands that change DSNs, for people as they come or as one JSON document at the
-/// end. Failures go to standard error in either case. One thread.
+/// Prints the results of commands that change DSNs, as text at once or as one JSON document at the
+/// end. Failures always go to standard error. Used by one thread.
 #ifndef CLI_REPORT_H
 #define CLI_REPORT_H
 
@@ -32,16 +32,16 @@ public:
 
     void AddDone(const DsnPlan& in_plan);
     void AddFailed(const std::string& in_dsn, const std::string& in_reason);
-    /// For people, on standard error, unless they want it quiet; nothing for an empty text.
+    /// Prints a notice on standard error, unless --quiet is given or the text is empty.
     void AddNotice(const std::string& in_text);
-    /// For people, "3 added, 1 changed, 996 unchanged, 1 failed".
+    /// Prints "3 added, 1 changed, 996 unchanged, 1 failed"; nothing in JSON.
     void AddSummary();
 
     /// @return EXIT_FAILED when something failed
     ExitCode Finish();
 
 private:
-    /// A warning where a password has been written for others to read; empty where not.
+    /// Returns a warning if others can read a password that was written; otherwise empty.
     std::string WarnOfReaders() const;
     std::size_t Count(Action in_action) const {
         return m_counts[static_cast<std::size_t>(in_action)];
@@ -49,7 +49,7 @@ private:
 
     Scope m_scope;
     std::string m_path;
-    std::string m_place;  ///< " in PATH", for people, where it is not the user's own file
+    std::string m_place;  ///< " in PATH" if it is not the user's own file
     bool m_isJson;
     bool m_isQuiet;
     bool m_isDryRun;

@@ -8,8 +8,9 @@
 
 namespace Veltrane::Cli {
 
-/// Blanks around keys and values do not count. A value in braces may hold anything; a closing brace
-/// in it is doubled. Of a key that occurs twice the first one counts, as the driver manager has it.
+/// Parses a connection string. Blanks around keys and values do not count. A value in braces can
+/// hold any text; a closing brace in it is doubled. If a key occurs twice, the first one counts, as
+/// for the driver manager.
 /// @throws CommandError EXIT_USAGE with the position in bytes, never with a value
 Entries ParseConnectionString(std::string_view in_text);
 

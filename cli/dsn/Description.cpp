@@ -46,7 +46,7 @@ DescriptionFormat GuessFormat(std::string_view in_text) {
 std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
                                               const std::string& in_source,
                                               std::vector<std::string>& out_notes) {
-    // An empty description: the program that wrote it has probably failed.
+    // The program that wrote an empty description has probably failed.
     if (TrimLeft(in_text).empty()) FailWith(in_source + " is empty: it describes no DSN.");
     std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
                                                    ? ParseJson(in_text, in_source)

@@ -1,4 +1,4 @@
-/// Descriptions of DSNs, as apply reads and export writes them: JSON or INI, here in UTF-8.
+/// Descriptions of DSNs, which apply reads and export writes: JSON or INI, in UTF-8 here.
 #ifndef CLI_DESCRIPTION_H
 #define CLI_DESCRIPTION_H
 
@@ -10,10 +10,10 @@
 
 namespace Veltrane::Cli {
 
-/// An empty driver is the command's.
+/// An empty driver means the driver of the command.
 struct DsnDescription : DsnWish {
     std::string m_state;        ///< "present", "absent" or empty
-    std::string m_pwdVariable;  ///< where the password is to be taken from; empty: nowhere
+    std::string m_pwdVariable;  ///< source of the password; empty: none
     std::string m_pwdFile;
 
     bool IsAbsent() const { return m_state == "absent"; }
@@ -21,14 +21,14 @@ struct DsnDescription : DsnWish {
 
 enum class DescriptionFormat { JSON, INI };
 
-/// What the text looks like. A list of JSON and the first section of an INI file both begin with a
-/// bracket, but a DSN's name does not begin with what is in a list of objects.
+/// Guesses the format of a text. A JSON list and the first section of an INI file both begin with a
+/// bracket, but no name of a DSN begins like a list of objects.
 DescriptionFormat GuessFormat(std::string_view in_text);
 
 /// @param in_source  the file's name for error texts
-/// @param out_notes  gets sentences on what is passed over and on keys that look mistyped
-/// @throws CommandError EXIT_FAILED for an empty or malformed text and for a name given
-///         twice, with source and place, never with a value
+/// @param out_notes  receives sentences about ignored sections and about keys that look mistyped
+/// @throws CommandError EXIT_FAILED, with source and place but without values, for an empty or
+///         malformed text and for a repeated name
 std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
                                               const std::string& in_source,
                                               std::vector<std::string>& out_notes);

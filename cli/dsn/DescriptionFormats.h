@@ -15,7 +15,7 @@ Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
 std::string FormatJson(const Descriptions& in_descriptions);
 std::string FormatIni(const Descriptions& in_descriptions);
 
-/// The text of "driver", "state", "pwd_env" or "pwd_file", in any case; null for another name.
+/// Returns the text of "driver", "state", "pwd_env" or "pwd_file", in any case; else null.
 std::string* FindMember(std::string_view in_name, DsnDescription& io_description);
 
 }  // namespace Veltrane::Cli

@@ -9,7 +9,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Reads one description; knows its place for error texts.
+/// Reads one description, and keeps its place for error texts.
 class Reader {
 public:
     Reader(const std::string& in_source, std::size_t in_index)
@@ -65,7 +65,7 @@ private:
     DsnDescription m_description;
 };
 
-/// Where the parser stopped. The parser's own text would repeat what it last read.
+/// Describes where the parser stopped. The parser's own text would repeat what it last read.
 std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
     const std::string_view before = in_text.substr(0, in_byte == 0 ? 0 : in_byte - 1);
     const auto line = std::count(before.begin(), before.end(), '\n') + 1;
@@ -88,7 +88,7 @@ StrictJson ParseJsonDocument(std::string_view in_text, const std::string& in_sou
     } catch (const StrictJson::parse_error& error) {
         fail(error.byte, "not JSON in UTF-8.");
     } catch (const StrictJson::out_of_range&) {
-        // Its text would repeat the number as well, and has no place.
+        // The exception's text would repeat the number, and has no place.
     }
     FailWith(in_source + ": a number that is out of range.");
 }

@@ -1,6 +1,6 @@
-/// The drivers that are registered: sections of odbcinst.ini, keys of the registry on Windows
-/// (Setup/Profile.h). The driver manager's own functions would drop every comment of the file.
-/// Read once; used by one thread.
+/// The registered drivers: sections of odbcinst.ini, keys of the registry on Windows
+/// (Setup/Profile.h). The driver manager's functions would drop the comments of the file. Read
+/// once; used by one thread.
 #ifndef CLI_DRIVERREGISTRY_H
 #define CLI_DRIVERREGISTRY_H
 
@@ -15,22 +15,22 @@ namespace Veltrane::Cli {
 
 class DriverRegistry {
 public:
-    /// The file that the driver manager reads: $ODBCINSTINI in the directory of the system's files.
+    /// Uses the driver manager's file: $ODBCINSTINI in the directory of the system's files.
     DriverRegistry();
 
     const std::string& GetPath() const { return m_profile.GetPath(); }
 
-    /// Whether a driver may have this name. "ODBC" and "ODBC Drivers" are the driver manager's, and
-    /// a backslash would lead to another key of the registry.
+    /// Whether a driver can have this name. "ODBC" and "ODBC Drivers" are the driver manager's, and
+    /// a backslash would lead to another registry key.
     static bool IsName(const std::string& in_driver);
 
-    /// The names of the drivers in the order of the file.
-    /// @throws ODBC::ProfileError with path and reason when they are there but unreadable
+    /// Returns the names of the drivers in file order.
+    /// @throws ODBC::ProfileError with path and reason if they exist but cannot be read
     std::vector<std::string> GetNames() const;
-    /// The entries of a driver; nothing when it is not registered, or when this is no name.
+    /// Returns the entries of a driver; nothing if it is not registered or the name is invalid.
     std::optional<Entries> Find(const std::string& in_driver) const;
 
-    /// Sets the entries of a driver, which is added when it is new.
+    /// Sets the entries of a driver; adds a new driver.
     /// @throws ODBC::ProfileError and CommandError EXIT_FAILED, with path and reason
     void Register(const std::string& in_driver, const Entries& in_entries) const;
     void Unregister(const std::string& in_driver) const;
@@ -43,7 +43,7 @@ private:
     mutable std::optional<ODBC::ProfileView> m_view;
 };
 
-/// The value of a driver's entry as the driver manager takes it: on Linux "Setup64" before "Setup".
+/// Returns a driver's entry as the driver manager reads it: on Linux "Setup64" before "Setup".
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key);
 
 }  // namespace Veltrane::Cli

@@ -16,7 +16,7 @@ bool IsToDo(const DsnResult& in_result) {
     return in_result.m_failure.empty() && in_result.m_plan.m_action != Action::None;
 }
 
-/// Why no DSN of a driver can be added; empty when one can.
+/// Returns why no DSN of a driver can be added; empty if one can.
 std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in_driver) {
     const std::optional<Entries> entries = in_registry.Find(in_driver);
     const std::string subject = "The driver " + Quote(in_driver) + " ";
@@ -33,7 +33,7 @@ std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in
            Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + ".";
 }
 
-/// Refuses a new DSN of a driver that is not registered. A stored one may stay.
+/// Refuses a new DSN of a driver that is not registered. A stored one can stay.
 void RefuseUnknownDrivers(DsnResults& io_results) {
     const DriverRegistry registry;
     std::map<std::string, std::string> known;
@@ -46,7 +46,7 @@ void RefuseUnknownDrivers(DsnResults& io_results) {
     }
 }
 
-/// Writes what differs, so that what the plan does not name stays as it is. New values go first.
+/// Writes only the differences, so that all other keys stay. New values go first.
 void CarryOut(const DsnPlan& in_plan, ODBC::ProfileChange& io_change) {
     const std::string& dsn = in_plan.m_name;
     if (in_plan.m_action == Action::Remove) return io_change.RemoveSection(dsn);

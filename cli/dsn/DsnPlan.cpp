@@ -21,8 +21,8 @@ Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
     return text;
 }
 
-/// New values must be accepted by the setup library and read back unchanged. What is stored
-/// already may stay.
+/// The setup library has to accept new values, and they have to be read back unchanged. Stored
+/// values can stay.
 void CheckSection(const DsnPlan& in_plan) {
     const auto isStored = [&](const std::string& in_key, const std::string& in_value) {
         const std::string* const before = in_plan.m_before.Find(in_key);
@@ -44,7 +44,7 @@ void CheckSection(const DsnPlan& in_plan) {
     }
 }
 
-/// The section as it will be; a new one in the order of the setup library.
+/// Returns the new section; a new DSN has the order of the setup library.
 Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     Entries merged = in_wish.m_isReplaced ? Entries() : in_current;
     for (const auto& [key, value] : in_wish.m_values) merged.Set(key, value);

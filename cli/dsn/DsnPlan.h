@@ -1,5 +1,5 @@
-/// The planned change of one DSN, worked out from its section and the wanted values, before
-/// anything is written. Nothing here reads or writes a profile.
+/// The planned change of one DSN, made from its section and the wanted values before anything is
+/// written. Nothing here reads or writes a profile.
 #ifndef CLI_DSNPLAN_H
 #define CLI_DSNPLAN_H
 
@@ -32,30 +32,30 @@ struct KeyChange {
     std::optional<std::string> m_after;
 };
 
-/// The change from one section to another. An empty value of a field equals an absent one.
+/// Returns the change from one section to another. An empty value of a field equals a missing one.
 std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after);
 
 struct DsnPlan {
     Action m_action = Action::None;
     std::string m_name;
     std::string m_driver;
-    Entries m_before;  ///< the section as it is, "Driver" first; empty when there is none
-    Entries m_after;   ///< as it will be; empty when it is removed
+    Entries m_before;  ///< the current section, "Driver" first; empty if there is none
+    Entries m_after;   ///< the new section; empty if it is removed
 };
 
-/// @param in_current  the DSN's section; nothing when there is none
-/// @throws CommandError EXIT_FAILED when the DSN could not be stored so that it reads back whole,
-///         and when it is one of another driver
+/// @param in_current  the DSN's section; nothing if there is none
+/// @throws CommandError EXIT_FAILED if the DSN would not be read back unchanged, or belongs to
+///         another driver
 DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current);
 
-/// The reason why a key cannot be given or removed; empty when it can.
+/// Returns why a key cannot be set or removed; empty if it can.
 std::string WhyNoKey(std::string_view in_key);
 
-/// "-Server=old" and "+Server=new" for each difference; secret values masked. A secret that changes
-/// shows as two equal masked lines.
+/// Returns "-Server=old" and "+Server=new" for each difference, with secrets masked. A changed
+/// secret shows as two equal masked lines.
 std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsShown);
 
-/// "added", "changed", "removed", "unchanged"; for a dry run "would be added" and so on.
+/// Returns "added", "changed", "removed" or "unchanged"; in a dry run "would be added" and so on.
 std::string DescribeAction(Action in_action, bool in_isDryRun);
 
 }  // namespace Veltrane::Cli

@@ -14,13 +14,13 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Path and reason when the file system of a file has no room left for a new version of it, or may
-/// not be written to; empty when it has.
+/// Returns path and reason if a new version of the file has no room, or cannot be written, in its
+/// file system; otherwise empty.
 std::string WhyNoRoomBeside(const std::string& in_path) {
     std::error_code error;
     const std::filesystem::path real = std::filesystem::weakly_canonical(in_path, error);
     const std::string directory = (error ? std::filesystem::path(in_path) : real).parent_path();
-    // Files are replaced by a new version that is made beside them.
+    // A new version of the file is made beside it and replaces it.
     if (access(directory.c_str(), W_OK) != 0) {
         return in_path + ": cannot create a temporary file in " + directory + ": " +
                Orska::Support::DescribeLastError();
@@ -33,7 +33,7 @@ std::string WhyNoRoomBeside(const std::string& in_path) {
     const unsigned long long room =
         static_cast<unsigned long long>(geteuid() == 0 ? status.f_bfree : status.f_bavail) *
         status.f_frsize;
-    // A file system without a limit of its own reports no blocks at all.
+    // Some file systems report no blocks, because they have no limit.
     if (status.f_blocks != 0 && room <= size) {
         return in_path + ": cannot write: " + Orska::Support::DescribeSystemError(ENOSPC);
     }
@@ -47,7 +47,7 @@ std::string DsnStore::WhyNotWritable() const {
     return reason.empty() ? WhyNoRoomBeside(GetPath()) : reason;
 }
 
-/// Beside the file itself when its path is a link.
+/// The record is beside the file, not beside a link to it.
 std::string DsnStore::FindLeftRecord() const {
     const std::string real = ODBC::SystemCalls::RealPath(GetPath().c_str());
     const std::string path = (real.empty() ? GetPath() : real) + ".veltrane-dsn-change";

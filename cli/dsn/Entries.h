@@ -1,5 +1,5 @@
-/// The keys and values of a DSN, in UTF-8, in the order in which they were given, and what the tool
-/// knows about keys. Keys compare as the profile has it (ODBC::FoldName).
+/// The keys and values of a DSN, in UTF-8 and in their original order, and the tool's knowledge of
+/// keys. Keys are compared as in the profile (ODBC::FoldName).
 #ifndef CLI_ENTRIES_H
 #define CLI_ENTRIES_H
 
@@ -26,18 +26,18 @@ class Entries {
 public:
     Entries() = default;
     Entries(std::initializer_list<Entry> in_entries) : m_entries(in_entries) {}
-    /// Of keys that occur twice the first one counts, as for the driver manager. The further lines
-    /// are no entries.
+    /// If a key occurs twice, the first line counts, as for the driver manager. Later lines are
+    /// only noted as repeated.
     explicit Entries(const std::vector<Entry>& in_lines);
 
-    /// Null when there is no such key; valid until the next change.
+    /// Returns null if there is no such key; valid until the next change.
     const std::string* Find(std::string_view in_key) const;
-    /// The value, empty when there is no such key.
+    /// Returns the value; empty if there is no such key.
     std::string Get(std::string_view in_key) const;
     void Set(std::string_view in_key, std::string_view in_value);
     void Remove(std::string_view in_key);
 
-    /// Whether the key occurs again in the section. Nobody reads the repeated lines.
+    /// Whether the key occurs again in the section. No program reads the repeated lines.
     bool IsRepeated(std::string_view in_key) const;
 
     bool IsEmpty() const { return m_entries.empty(); }
@@ -49,7 +49,7 @@ private:
     std::vector<std::string> m_repeated;  ///< keys
 };
 
-/// The keys that the setup library writes, in its order, "Driver" not counted.
+/// The keys that the setup library writes, in its order, without "Driver".
 inline constexpr auto FIELD_KEYS = [] {
     std::array<std::string_view, ODBC::DIALOG_FIELDS.size() - 1> keys;
     auto next = keys.begin();
@@ -59,19 +59,19 @@ inline constexpr auto FIELD_KEYS = [] {
     return keys;
 }();
 
-/// The field of a key, in any case; null for a key that the setup library does not write.
+/// Returns the field of a key, in any case; null for a key that the setup library does not write.
 const ODBC::DialogField* FindField(std::string_view in_key);
-/// A field's key as the setup library spells it; any other key as it is.
+/// Returns a field's key in the setup library's spelling; any other key unchanged.
 std::string CanonicalKey(std::string_view in_key);
-/// Whether to mask the value: the password, and similar names that other programs use.
+/// Whether the value is masked: the password, and similar keys of other programs.
 bool IsSecretKey(std::string_view in_key);
 
 inline constexpr std::string_view MASK = "********";
 
-/// The value for people: masked when it is a secret one.
+/// Returns the value to show: masked if it is secret.
 std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown);
 
-/// "The driver has no key Sever; did you mean Server?"; empty where no key of ours is near.
+/// Returns "The driver has no key Sever; did you mean Server?"; empty if no known key is similar.
 std::string DescribeNearKey(std::string_view in_key);
 
 }  // namespace Veltrane::Cli

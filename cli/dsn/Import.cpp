@@ -38,7 +38,7 @@ public:
           m_notes(out_notes) {}
 
     std::vector<DsnDescription> Run(ImportedDsns in_dsns) {
-        // A user's DSN hides the system's one of the same name.
+        // A user's DSN hides a system DSN of the same name.
         std::stable_sort(in_dsns.begin(), in_dsns.end(),
                          [](const ImportedDsn& in_left, const ImportedDsn& in_right) {
                              return in_left.m_isSystem < in_right.m_isSystem;
@@ -70,8 +70,8 @@ private:
         bool m_isOurs;
     };
 
-    /// A file may name the driver in its list, and with the DSN by name or as the path of a
-    /// library, which means nothing here.
+    /// A file can name the driver in its list, and in the DSN by name or by the path of a library,
+    /// which means nothing here.
     Driver FindDriver(const std::string& in_listed, const std::string& in_own) const {
         const bool isOurs = EqualsIgnoringCase(in_own, m_driverThere) ||
                             EqualsIgnoringCase(in_listed, m_driverThere);

@@ -1,4 +1,4 @@
-/// The formats that are imported; see Import.h. Internal.
+/// The imported formats; see Import.h. Internal.
 #ifndef CLI_IMPORTFORMATS_H
 #define CLI_IMPORTFORMATS_H
 
@@ -10,25 +10,24 @@
 
 namespace Veltrane::Cli {
 
-/// A DSN as its file has it.
+/// A DSN as it is in the file.
 struct ImportedDsn {
     std::string m_name;
-    std::string m_listed;  ///< its driver's name in the file's list of data sources; may be empty
+    std::string m_listed;  ///< its driver's name in the file's list of data sources; can be empty
     bool m_isSystem = false;
     bool m_is32Bit = false;
-    std::vector<Entry> m_values;  ///< the driver may be among them, by name or as a path
+    std::vector<Entry> m_values;  ///< can contain the driver, by name or as a path
 };
 
 using ImportedDsns = std::vector<ImportedDsn>;
 
-/// Bytes of the wish's encoding as UTF-8.
+/// Converts bytes in the wish's encoding to UTF-8.
 std::string DecodeAnsi(const std::string& in_bytes, const ImportWish& in_wish);
 
-/// "{a}}b}" of a connection string as "a}b"; anything else as it is.
+/// Returns "a}b" for "{a}}b}" of a connection string; other text unchanged.
 std::string WithoutBraces(const std::string& in_text);
 
-/// Removes [ODBC Data Sources], gives each DSN its driver from it, and notes names found only
-/// there.
+/// Removes [ODBC Data Sources], sets each DSN's driver from it, and notes names without a DSN.
 void TakeList(ImportedDsns& io_dsns, std::vector<std::string>& out_notes);
 
 bool IsRegistryExport(std::string_view in_text);

@@ -9,7 +9,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// The values are those of a connection string.
+/// Reads a file DSN. Its values are quoted as in a connection string.
 ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
     if (in_values.Find("Driver") == nullptr) {
         FailWith(in_wish.m_source + " only names a DSN of its machine; import that one.");
@@ -25,7 +25,7 @@ ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
     return dsn;
 }
 
-/// Lines that the driver manager reads differently from what was probably meant.
+/// Notes lines that the driver manager probably reads differently than intended.
 void NoteOddLines(std::string_view in_text, const std::string& in_source,
                   std::vector<std::string>& out_notes) {
     std::size_t number = 0;
@@ -52,7 +52,7 @@ ImportedDsns ReadForeignIni(const std::string& in_text, const ImportWish& in_wis
                  "JSON of Get-OdbcDsn.");
     }
     NoteOddLines(in_text, in_wish.m_source, out_notes);
-    // [ODBC] of an odbc.ini holds options of the driver manager.
+    // In an odbc.ini, [ODBC] has options of the driver manager.
     const Entries own(ini.GetKeyValues("ODBC"));
     if (own.Find("Driver") != nullptr || own.Find("DSN") != nullptr) {
         return {ReadFileDsn(own, in_wish)};

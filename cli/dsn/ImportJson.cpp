@@ -29,7 +29,7 @@ public:
     }
 
 private:
-    /// Empty without one.
+    /// Returns a member's text; empty if there is none.
     std::string Member(const Json& in_object, const char* in_name) const {
         const auto found = in_object.find(in_name);
         if (found == in_object.end() || found->is_null()) return {};
@@ -37,7 +37,7 @@ private:
         return found->get<std::string>();
     }
 
-    /// {"Server": "db"}, ["Server=db"] or [{"Name": "Server", "Value": "db"}]
+    /// Reads {"Server": "db"}, ["Server=db"] or [{"Name": "Server", "Value": "db"}].
     void ReadValues(const char* in_name, const Json& in_values) {
         if (in_values.is_string()) {
             Fail(std::string("has \"") + in_name +
@@ -87,7 +87,7 @@ private:
 ImportedDsns ReadPowerShellJson(std::string_view in_text, const ImportWish& in_wish,
                                 std::vector<std::string>& out_notes) {
     const Json document = ParseJsonDocument(in_text, in_wish.m_source);
-    // One DSN is an object, more are a list, which some versions put into an object.
+    // One DSN is an object, several are a list, which some versions put into an object.
     const bool isWrapped = document.is_object() && document.contains("value");
     const Json list = isWrapped             ? document["value"]
                       : document.is_array() ? document

@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    /// One ODBC.INI: a user's, the system's, or that for programs of 32 bits.
+    /// One ODBC.INI: the user's, the system's, or that of 32-bit programs.
     struct Folder {
         std::string m_path;  ///< folded
         ImportedDsns m_dsns;
@@ -77,7 +77,7 @@ private:
         m_dsn = nullptr;
         const std::string folded = FoldCase(path);
         const std::size_t found = folded.find(DATA_SOURCES);
-        // Other keys are no DSNs, and a key with a minus is one to be removed.
+        // Other keys are not DSNs, and a minus marks a key to remove.
         if (found == std::string::npos || path.starts_with('-')) return;
         const std::size_t end = found + DATA_SOURCES.size();
         const std::string name(path.substr(end));
@@ -85,7 +85,7 @@ private:
         if (inner != std::string::npos) {
             m_notes.push_back("\"" + name.substr(0, inner) + "\": the key " +
                               name.substr(inner + 1) + " in it is left out.");
-        } else if (!EqualsIgnoringCase(name, "ODBC File DSN")) {  // where Windows has file DSNs
+        } else if (!EqualsIgnoringCase(name, "ODBC File DSN")) {  // the place of file DSNs
             m_dsn = &DsnsOf(folded.substr(0, end)).emplace_back();
             m_dsn->m_name = name;
             m_dsn->m_isSystem = folded.starts_with("hkey_local_machine\\");
@@ -108,7 +108,7 @@ private:
         if (const std::string_view rest = TakeLine(); !rest.empty() && rest.front() != ';') {
             Fail("text after a value");
         }
-        if (m_dsn == nullptr || name.empty()) return;  // a key's own value has no name
+        if (m_dsn == nullptr || name.empty()) return;  // the default value of a key has no name
         if (value) {
             m_dsn->m_values.emplace_back(name, *value);
         } else {
@@ -121,7 +121,7 @@ private:
         while (m_at < m_text.size() && (m_text[m_at] == ' ' || m_text[m_at] == '\t')) ++m_at;
     }
 
-    /// @return whether the line goes on with this character, which is then taken
+    /// @return true if the line continues with this character, which is then skipped
     bool SkipInLine(char in_char) {
         SkipSpaces();
         if (m_at == m_text.size() || m_text[m_at] != in_char) return false;
@@ -129,7 +129,7 @@ private:
         return true;
     }
 
-    /// In quotes. It may have line ends.
+    /// Reads a text in quotes, which can contain line ends.
     std::string ReadText() {
         const std::size_t begin = m_at;
         std::string text;
@@ -148,7 +148,7 @@ private:
         Fail("a text without its closing quote");
     }
 
-    /// Nothing for a value that is not text or is marked for removal.
+    /// Returns nothing for a value that is not text or is marked for removal.
     std::optional<std::string> ReadValue() {
         SkipSpaces();
         const std::string_view rest = m_text.substr(m_at);
@@ -178,7 +178,8 @@ private:
         return std::to_string(number);
     }
 
-    /// Two digits each, with commas; a backslash at the end of a line goes on in the next one.
+    /// Reads bytes of two digits, separated by commas; a backslash at the end of a line continues
+    /// on the next one.
     std::string ReadBytes() {
         std::string bytes;
         const auto isNext = [this] {
@@ -221,7 +222,7 @@ private:
     std::size_t m_at = 0;
     bool m_isInKey = false;
     std::vector<Folder> m_folders;
-    ImportedDsn* m_dsn = nullptr;  ///< null in a key that is passed over
+    ImportedDsn* m_dsn = nullptr;  ///< null in a skipped key
 };
 
 }  // namespace

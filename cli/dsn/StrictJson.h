@@ -12,8 +12,8 @@ struct RepeatedKey {
     std::string m_key;
 };
 
-/// The members of an object. The parser asks for each key as it comes; the library's own map then
-/// takes the last one of two, which may not be the one that was meant.
+/// The members of an object. The parser looks up each key as it reads it; the library's own map
+/// then keeps the last of two values, which may be the wrong one.
 template <typename Key, typename Value, typename Compare, typename Allocator>
 struct MembersOnce : nlohmann::ordered_map<Key, Value, Compare, Allocator> {
     using Base = nlohmann::ordered_map<Key, Value, Compare, Allocator>;
@@ -26,7 +26,7 @@ struct MembersOnce : nlohmann::ordered_map<Key, Value, Compare, Allocator> {
 };
 using StrictJson = nlohmann::basic_json<MembersOnce>;
 
-/// @throws CommandError EXIT_FAILED with source and place; of the text it names a repeated key
+/// @throws CommandError EXIT_FAILED with source and place; a repeated key is the only quoted text
 StrictJson ParseJsonDocument(std::string_view in_text, const std::string& in_source);
 
 }  // namespace Veltrane::Cli

@@ -1,4 +1,4 @@
-/// Runs work with somebody else's library apart from this process.
+/// Runs code of other people's libraries outside this process.
 #ifndef CLI_APART_H
 #define CLI_APART_H
 
@@ -7,9 +7,8 @@
 
 namespace Veltrane::Cli {
 
-/// Runs work in a process of its own, so that nothing that it does reaches this one. On Windows it
-/// runs in this one.
-/// @return what the work returned; empty when its process ended before, or took more than 20 s
+/// Runs work in a separate process, so that it cannot affect this one; on Windows in this process.
+/// @return the result of the work; empty if its process ended early or took more than 20 s
 std::string RunApart(const std::function<std::string()>& in_work);
 
 }  // namespace Veltrane::Cli

@@ -1,6 +1,5 @@
-/// A program of ours in a process of its own, and the two ends of what they say to each other:
-/// lines in UTF-8 without line feeds. Unlike RunApart, it begins anew, so a program with threads
-/// may start it.
+/// A separate process of our program, and both ends of the connection to it: lines in UTF-8 without
+/// line feeds. Unlike RunApart, it starts a new program, so a program with threads can use it.
 #ifndef CLI_APARTPROCESS_H
 #define CLI_APARTPROCESS_H
 
@@ -11,14 +10,14 @@
 
 namespace Veltrane::Cli {
 
-/// The end of the process that starts the other one.
+/// The end of the parent process.
 class ApartProcess {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
     enum class Event { Line, Ended, TimedOut };
 
-    /// @param in_program  its path; empty: the program of this process
-    /// @param in_request  the line that it gets
+    /// @param in_program  the program's path; empty for this program
+    /// @param in_request  the line that the process receives
     /// @throws CommandError EXIT_FAILED with the reason
     ApartProcess(const std::string& in_program, const std::vector<std::string>& in_arguments,
                  const std::string& in_request);
@@ -29,8 +28,8 @@ public:
 
     /// Waits for a line, the end of the process or a time.
     Event ReadLine(TimePoint in_until, std::string& out_line);
-    /// How the process has ended, after `Ended`: "signal 11 (Segmentation fault)". Kills it where
-    /// it has only fallen silent.
+    /// Describes how the process ended, after `Ended`: "signal 11 (Segmentation fault)". Kills a
+    /// process that has only closed its output.
     std::string DescribeEnd();
 
 private:
@@ -38,8 +37,8 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// The end of the process that is kept apart. Whoever else reads and writes the standard streams of
-/// this process then finds them empty. The process ends with the other one.
+/// The end of the child process. Other readers and writers of its standard streams find them empty.
+/// The process ends with its parent.
 class ApartAnswer {
 public:
     ApartAnswer();
@@ -47,7 +46,7 @@ public:
     ApartAnswer& operator=(const ApartAnswer&) = delete;
     ~ApartAnswer();
 
-    /// @throws CommandError EXIT_USAGE where nobody asks
+    /// @throws CommandError EXIT_USAGE if there is no parent
     std::string ReadRequest();
     void Write(const std::string& in_line);
 
@@ -56,7 +55,7 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Takes the first line out of what has come. @return false when there is none yet
+/// Removes the first received line. @return false if there is no complete line yet
 inline bool TakeLine(std::string& io_received, std::string& out_line) {
     const std::size_t end = io_received.find('\n');
     if (end == std::string::npos) return false;

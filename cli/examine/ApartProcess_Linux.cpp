@@ -62,10 +62,10 @@ struct ApartProcess::State {
     std::string m_received;
     int m_status = 0;
 
-    /// Kills the process and what it has started, unless it has ended.
+    /// Kills the process and its children, unless it has ended.
     void End() {
         if (m_process < 0) return;
-        // Not reaped yet, so the number is still its own.
+        // Not reaped yet, so the number still belongs to it.
         kill(-m_process, SIGKILL);
         while (waitpid(m_process, &m_status, 0) < 0 && errno == EINTR) {
         }
@@ -84,8 +84,7 @@ ApartProcess::ApartProcess(const std::string& in_program,
     if (!m_state->m_socket.IsOpen() || !other.IsOpen()) FailToStart(errno);
     std::vector<std::string> arguments{"veltrane-dsn"};
     arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
-    // A session of its own keeps the driver off the terminal, and makes one group of all that
-    // it starts.
+    // A new session keeps the driver off the terminal, and makes one group of all its processes.
     const int error = Orska::Support::SpawnPlan(other.Get(), POSIX_SPAWN_SETSID)
                           .Spawn(in_program.empty() ? OWN_PROGRAM : in_program,
                                  std::move(arguments), environ, m_state->m_process);
@@ -116,7 +115,7 @@ ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_
 }
 
 std::string ApartProcess::DescribeEnd() {
-    // It has closed its end, so it ends soon, unless the driver has closed a descriptor of ours.
+    // Its end is closed, so it will end soon, unless the driver has closed a descriptor of ours.
     siginfo_t info{};
     for (int i = 0; i < 500 && info.si_pid == 0; ++i) {
         const auto process = static_cast<id_t>(m_state->m_process);
@@ -155,7 +154,7 @@ std::string ApartAnswer::ReadRequest() {
     }
     std::thread([socket = m_state->m_socket.Get()] {
         for (std::string more; ReceiveMore(socket, more);) more.clear();
-        // What the driver has started ends, too, where SpawnPlan has made a group of it.
+        // Processes that the driver has started end too, if SpawnPlan has made a group of them.
         if (getpgrp() == getpid()) kill(0, SIGKILL);
         _exit(EXIT_FAILED);
     }).detach();

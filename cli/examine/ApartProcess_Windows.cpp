@@ -21,7 +21,7 @@ using Orska::Support::WindowsHandle;
     FailWith("The process for the test cannot be started: " + reason + ".");
 }
 
-/// A pipe of which the process gets one end.
+/// A pipe with one end for the process.
 struct Pipe {
     explicit Pipe(bool in_isReadByProcess) {
         SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
@@ -104,7 +104,7 @@ bool WriteAll(HANDLE in_pipe, const std::string& in_bytes) {
                      nullptr) != FALSE;
 }
 
-/// Waits until there is something. @return false at the end
+/// Waits for input. @return false at the end
 bool ReceiveMore(HANDLE in_pipe, std::string& io_received) {
     char block[1024];
     DWORD count = 0;
@@ -140,12 +140,12 @@ ApartProcess::ApartProcess(const std::string& in_program,
 
 ApartProcess::~ApartProcess() { TerminateProcess(m_state->m_process.Get(), 1); }
 
-/// Nothing can wait for an anonymous pipe, so it is polled.
+/// Polls, because nothing can wait for an anonymous pipe.
 ApartProcess::Event ApartProcess::ReadLine(TimePoint in_until, std::string& out_line) {
     constexpr DWORD INTERVAL = 10;  // milliseconds
     while (!TakeLine(m_state->m_received, out_line)) {
         if (std::chrono::steady_clock::now() >= in_until) return Event::TimedOut;
-        // Ask before looking at the pipe, so that the last output is not missed.
+        // Checked before the pipe is read, so that the last output is not missed.
         const bool hasEnded =
             WaitForSingleObject(m_state->m_process.Get(), INTERVAL) == WAIT_OBJECT_0;
         const HANDLE pipe = m_state->m_answer.m_ours.Get();

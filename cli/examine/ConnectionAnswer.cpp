@@ -1,4 +1,4 @@
-/// The process of a connection test that is kept apart.
+/// The child process of a connection test.
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
@@ -23,7 +23,7 @@ std::string ToLine(const Json& in_document) {
     return in_document.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// What is stored about the DSN, as the driver manager looks for it.
+/// The stored DSN, as the driver manager finds it.
 struct Stored {
     std::string m_places;
     std::optional<Entries> m_entries;
@@ -40,7 +40,7 @@ Stored FindStored(const std::string& in_dsn) {
     return stored;
 }
 
-/// A value as it is written in braces.
+/// Returns a value as it is written in braces.
 std::string DoubleBraces(const std::string& in_value) {
     std::string text;
     for (const char byte : in_value) text.append(byte == '}' ? 2 : 1, byte);
@@ -50,7 +50,7 @@ std::string DoubleBraces(const std::string& in_value) {
 std::string MakeConnectionString(const Entries& in_attributes) {
     std::string text;
     for (const auto& [key, value] : in_attributes) {
-        // Not every driver knows braces, so only what would be read wrongly gets them.
+        // Some drivers do not know braces, so only values that need them get them.
         const bool isPlain =
             value.empty() || (value.find(';') == std::string::npos && value.front() != '{' &&
                               value.front() != ' ' && value.back() != ' ');
@@ -59,7 +59,7 @@ std::string MakeConnectionString(const Entries& in_attributes) {
     return text;
 }
 
-/// Hides a secret in what a driver says. A short one only where it is a word of its own.
+/// Masks a secret in a driver's message, a short one only if it is a whole word.
 void Mask(const std::string& in_secret, std::string& io_text) {
     constexpr std::size_t SHORT = 4;
     const auto isWord = [&](std::size_t in_at) {
@@ -95,7 +95,7 @@ Json DescribeDiagnostics(std::vector<ConnectionDiagnostic> in_diagnostics,
     return list;
 }
 
-/// Whether this may be the driver manager saying that it found no driver.
+/// Whether this can be the driver manager reporting that it found no driver.
 bool IsFromDriverManager(const Json& in_diagnostics) {
     return std::any_of(in_diagnostics.begin(), in_diagnostics.end(), [](const Json& in_it) {
         const std::string state = in_it["state"];
@@ -103,7 +103,7 @@ bool IsFromDriverManager(const Json& in_diagnostics) {
     });
 }
 
-/// Why the driver manager has found no driver.
+/// Explains why the driver manager found no driver.
 Findings Explain(const Entries& in_attributes, const Stored& in_stored) {
     constexpr auto ERROR = Severity::Error;
     const std::string dsn = in_attributes.Get("DSN");
@@ -136,7 +136,7 @@ void Answer(const Json& in_request, ApartAnswer& io_answer) {
     const Entries attributes = ReadAttributes(in_request);
     const Stored stored = FindStored(attributes.Get("DSN"));
     if (in_request.value("explains", false)) {
-        // A driver that ran was found.
+        // A driver that was running has been found.
         const bool isKnown = stored.m_entries || attributes.Find("Driver") != nullptr;
         io_answer.Write(ToLine(isKnown ? ToJson(Explain(attributes, stored)) : Json::array()));
         return;

@@ -15,7 +15,7 @@ using Event = ApartProcess::Event;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// Used to explain why the driver manager found no driver.
+/// Time to explain why the driver manager found no driver.
 constexpr std::chrono::seconds TIME_TO_EXPLAIN{10};
 /// Time to disconnect: servers log connections that are not closed.
 constexpr std::chrono::seconds TIME_TO_DISCONNECT{2};
@@ -50,7 +50,7 @@ Json MakeResult(const char* in_outcome, const std::string& in_text, milliseconds
             {"findings", Json::array()}};
 }
 
-/// What the process says last.
+/// Reads the last line of the process.
 Json ReadFindings(ApartProcess& io_process, std::chrono::seconds in_patience) {
     std::string line;
     const Event event = io_process.ReadLine(Clock::now() + in_patience, line);
@@ -97,7 +97,7 @@ Json TestConnection(const ConnectionRequest& in_request) {
     if (event == Event::Ended) {
         Json result = MakeResult(
             "crashed", "The driver has ended its process: " + process.DescribeEnd() + ".", time);
-        // A function that no library defines ends it, where the driver is bound as it is used.
+        // With lazy binding, a function that no library defines ends the process.
         ApartProcess explainer = Start(in_request, true);
         result["findings"] = ReadFindings(explainer, TIME_TO_EXPLAIN);
         return result;
@@ -105,7 +105,7 @@ Json TestConnection(const ConnectionRequest& in_request) {
     try {
         return ReadAnswer(Json::parse(line), process);
     } catch (const Json::exception& error) {
-        // For example another version of the tool that has replaced this one.
+        // For example another version of the tool has replaced this one.
         return MakeResult("not tested",
                           std::string("The test's own process answers nonsense: ") + error.what());
     }

@@ -1,5 +1,5 @@
-/// Connects to a data source through the driver manager, in a process of its own: a driver that
-/// hangs is killed, and one that crashes takes nothing with it.
+/// Connects to a data source through the driver manager in a separate process, so that a driver
+/// that hangs can be killed and one that crashes does no harm.
 ///
 /// The process is the tool itself, `veltrane-dsn test - --apart`. It gets a connection string on
 /// its standard input, so no value is in an argument list. It loads the driver manager at run time.
@@ -15,26 +15,25 @@
 namespace Veltrane::Cli {
 
 struct ConnectionRequest {
-    /// The attributes of the connection string, in their order, in UTF-8. "DSN" begins a test of a
-    /// stored DSN, whose values count where no other attribute replaces them; "Driver" one of
-    /// values that are not stored.
+    /// The attributes of the connection string, in order, in UTF-8. "DSN" first tests a stored DSN,
+    /// and other attributes override its values; "Driver" first tests values that are not stored.
     Entries m_attributes;
     std::chrono::milliseconds m_timeout = std::chrono::seconds(15);
     std::string m_driverManager;  ///< its library; empty: the first that can be loaded
-    std::string m_program;        ///< path of the tool; empty: this program, which is then the tool
+    std::string m_program;        ///< path of the tool; empty for this program, if it is the tool
 };
 
 /// Blocks until the test is over, at most for its time limit.
-/// @return what `test --json` prints, without the name: "connected", "outcome" ("connected",
-///         "refused", "timed out", "crashed" or, without a driver manager, "not tested"), "text",
-///         one sentence for people, "time_ms" of the call, "server", "version", "diagnostics" with
-///         passwords masked, of a success its warnings, and "findings": why the driver cannot be
+/// @return the output of `test --json` without the name: "connected", "outcome" ("connected",
+///         "refused", "timed out", "crashed" or, without a driver manager, "not tested"), "text", a
+///         sentence to show, "time_ms" of the call, "server", "version", "diagnostics" with
+///         passwords masked (warnings after a success), and "findings": why the driver cannot be
 ///         found or loaded, each with its repair
-/// @throws CommandError EXIT_FAILED when the process cannot be started
+/// @throws CommandError EXIT_FAILED if the process cannot be started
 nlohmann::ordered_json TestConnection(const ConnectionRequest& in_request);
 
-/// The work of the process that is kept apart: reads the request from standard input, and writes
-/// what became of it to standard output.
+/// The work of the child process: reads the request from standard input and writes the result to
+/// standard output.
 void AnswerConnectionTest();
 
 }  // namespace Veltrane::Cli

@@ -17,7 +17,7 @@ const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocE
 Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver,
                       const std::string& in_how) {
     const std::string known = Join(in_registry.GetNames());
-    // Another name may belong to another driver, which our setup library does not know.
+    // Another name can be another driver's, which our setup library does not know.
     const std::string repair =
         EqualsIgnoringCase(in_driver, DEFAULT_DRIVER)
             ? "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) +
@@ -30,7 +30,7 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
             repair};
 }
 
-/// The command that registers another library for the entry.
+/// Returns the command that registers another library for the entry.
 std::string HowToRegister(const std::string& in_driver, const std::string& in_entry) {
     return "register its real path: veltrane-dsn driver register --replace " +
            (EqualsIgnoringCase(in_driver, DEFAULT_DRIVER) ? std::string()
@@ -99,7 +99,7 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver
 
 namespace {
 
-/// The entry that programs connect with.
+/// Examines the entry that programs connect with.
 void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in_driver,
                         const Entries& in_entries, Findings& io_findings) {
     const std::string driver = GetLibraryEntry(in_entries, "Driver");
@@ -138,13 +138,13 @@ Findings ExamineRegistration(const std::string& in_driver) {
     return findings;
 }
 
-/// Sends the setup library, by way of the installer, a request that it has to refuse.
-/// @return "=" when it answered, else the installer's errors
+/// Sends the setup library a request through the installer that it has to refuse.
+/// @return "=" if it answered, else the installer's errors
 std::string AskSetupLibrary(const std::string& in_driver) {
     constexpr unsigned short REMOVE_DSN = 3;
     constexpr unsigned long FIRST_ANSWER = 8;  // ODBC_ERROR_INVALID_KEYWORD_VALUE
     constexpr unsigned long LAST_ANSWER = 11;  // ODBC_ERROR_REQUEST_FAILED
-    // No DSN has such a name.
+    // No DSN can have this name.
     if (InstallerCalls::Configure(REMOVE_DSN, in_driver, "DSN=[]")) return "=";
     std::string text;
     unsigned long code = 0;

@@ -1,4 +1,4 @@
-/// What may be wrong with the registration of a driver and with the libraries that it names.
+/// Examines the registration of a driver and the libraries that it names.
 #ifndef CLI_DRIVERFINDINGS_H
 #define CLI_DRIVERFINDINGS_H
 
@@ -10,18 +10,18 @@
 namespace Veltrane::Cli {
 
 /// Loads the driver's libraries, and sends a request that changes nothing through the installer,
-/// each in a process of its own.
-/// @throws CommandError when odbcinst.ini is there but cannot be read
+/// each in a separate process.
+/// @throws CommandError if odbcinst.ini exists but cannot be read
 Findings ExamineDriver(const std::string& in_driver);
 
-/// Loads, in a process of its own, the library that programs connect with.
-/// @param in_driver  a name, or the library's path, as a DSN may have it
+/// Loads the library that programs connect with, in a separate process.
+/// @param in_driver  a name, or the library's path, as a DSN can have it
 /// @throws CommandError as ExamineDriver
 Findings ExamineDriverLibrary(const std::string& in_driver);
 
-/// The finding for a library that cannot be used.
-/// @param in_driver  the driver's name; empty: a DSN has the library's path
-/// @param in_entry  the key in odbcinst.ini that names it, "Setup" for example
+/// Returns the finding for a library that cannot be used.
+/// @param in_driver  the driver's name; empty if a DSN has the library's path
+/// @param in_entry  the key in odbcinst.ini that names it, such as "Setup"
 Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver,
                       const std::string& in_entry, const std::string& in_library);
 

@@ -1,5 +1,4 @@
-/// Which driver manager is installed, and what is known to be wrong with it and with the
-/// environment.
+/// Examines the installed driver manager, its known defects, and the environment.
 #ifndef CLI_DRIVERMANAGERFINDINGS_H
 #define CLI_DRIVERMANAGERFINDINGS_H
 
@@ -11,18 +10,18 @@ namespace Veltrane::Cli {
 
 struct DriverManagerInfo {
     std::string m_library;  ///< path of the installer library of this process
-    /// "2.3.11"; empty when it cannot be found out.
+    /// "2.3.11"; empty if unknown.
     std::string m_version;
-    bool m_hasLockedRequests = false;  ///< 2.3.13 and later: a lock is held around setup libraries
-    bool m_hasIodbc = false;           ///< iODBC's installer library can be loaded as well
+    bool m_hasLockedRequests = false;  ///< 2.3.13 and later: holds a lock around setup libraries
+    bool m_hasIodbc = false;           ///< iODBC's installer library can be loaded too
 };
 
 DriverManagerInfo ProbeDriverManager();
 
-/// The defects that this version of the driver manager is known for, and its version as a note.
+/// Returns the known defects of this version of the driver manager, and its version as a note.
 Findings ExamineDriverManager(const DriverManagerInfo& in_info);
 
-/// The environment variables that send the driver manager to other files.
+/// Reports environment variables that send the driver manager to other files.
 Findings ExamineEnvironment();
 
 }  // namespace Veltrane::Cli

@@ -16,7 +16,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// The file that holds a function of this process, symbolic links resolved.
+/// Returns the file that contains a function of this process, symbolic links resolved.
 std::string FindLibraryOf(const void* in_function) {
     Dl_info info{};
     if (dladdr(in_function, &info) == 0 || info.dli_fname == nullptr) return {};
@@ -25,8 +25,7 @@ std::string FindLibraryOf(const void* in_function) {
     return error ? info.dli_fname : real.string();
 }
 
-/// The installer library does not tell its version; the driver manager beside it has it as a text
-/// of its own, for SQL_DM_VER.
+/// The installer library has no version; the driver manager beside it has one as text (SQL_DM_VER).
 std::string FindVersionBeside(const std::string& in_library) {
     const std::filesystem::path path =
         std::filesystem::path(in_library).parent_path() / "libodbc.so.2";
@@ -44,8 +43,8 @@ std::string FindVersionBeside(const std::string& in_library) {
 }
 
 struct Defect {
-    const char* m_first;  ///< the first version that has it
-    const char* m_last;   ///< the last one known to have it; null: all
+    const char* m_first;  ///< the first version with it
+    const char* m_last;   ///< the last version known to have it; null: all
     Severity m_severity;
     const char* m_id;
     const char* m_text;
@@ -84,7 +83,7 @@ bool Applies(const Defect& in_defect, const std::string& in_version) {
            (in_defect.m_last == nullptr || parts <= PartsOf(in_defect.m_last));
 }
 
-/// The version, or what its functions tell about it.
+/// Returns the version, or a guess from its functions.
 std::string EffectiveVersion(const DriverManagerInfo& in_info) {
     if (!in_info.m_version.empty()) return in_info.m_version;
     return in_info.m_hasLockedRequests ? "2.3.13" : "2.3.11";

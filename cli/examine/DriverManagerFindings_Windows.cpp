@@ -10,7 +10,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Of the file's version resource; empty when it has none.
+/// Reads the file's version resource; empty if it has none.
 std::string ReadFileVersion(const std::wstring& in_path) {
     DWORD ignored = 0;
     const DWORD size = GetFileVersionInfoSizeW(in_path.c_str(), &ignored);

@@ -13,7 +13,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// The command that changes the DSN, with the options that lead to it.
+/// Returns the command that changes the DSN, with the options it needs.
 std::string HowToSet(const Entries& in_entries, const std::string& in_dsn, Scope in_scope) {
     const std::string driver = in_entries.Get("Driver");
     const bool isOurs = driver.empty() || IsSameName(driver, DEFAULT_DRIVER);
@@ -137,7 +137,7 @@ Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std:
 Findings ExamineFile(const DsnStore& in_store) {
     Findings findings;
     std::optional<ODBC::ProfileView> read;
-    // Reading removes them.
+    // Before the read, which removes them.
     const std::vector<std::string> leftFiles = in_store.FindLeftFiles();
     try {
         read = in_store.Load();

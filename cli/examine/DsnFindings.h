@@ -1,4 +1,4 @@
-/// What may be wrong with stored DSNs and with the files that hold them.
+/// Examines stored DSNs and the files that hold them.
 #ifndef CLI_DSNFINDINGS_H
 #define CLI_DSNFINDINGS_H
 
@@ -10,8 +10,8 @@
 
 namespace Veltrane::Cli {
 
-/// Examines one DSN: what is missing, and which values programs will not read as they are.
-/// @param in_driver  a DSN of another one need not have its keys
+/// Examines one DSN: missing values, and values that programs read differently.
+/// @param in_driver  a DSN of another driver need not have its keys
 Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
                     const std::string& in_driver);
 

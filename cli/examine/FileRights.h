@@ -1,4 +1,4 @@
-/// Who may read and write a file.
+/// Who can read and write a file.
 #ifndef CLI_FILERIGHTS_H
 #define CLI_FILERIGHTS_H
 
@@ -7,15 +7,15 @@
 namespace Veltrane::Cli {
 
 struct FileRights {
-    bool m_isReadByOthers = false;     ///< by anybody but its owner and its group
-    bool m_isReadByGroup = false;      ///< by its group, or by others that its access list names
-    bool m_isWrittenByOthers = false;  ///< by anybody but its owner
+    bool m_isReadByOthers = false;     ///< by anybody except its owner and its group
+    bool m_isReadByGroup = false;      ///< by its group, or by others in its access list
+    bool m_isWrittenByOthers = false;  ///< by anybody except its owner
     std::string m_mode;                ///< octal, "0644"
 };
 
 FileRights GetFileRights(const std::string& in_path);
 
-/// True for the administrator, who may change the system's files.
+/// True for the administrator, who can change the system's files.
 bool IsAdministrator();
 
 }  // namespace Veltrane::Cli

@@ -10,7 +10,7 @@ FileRights GetFileRights(const std::string& in_path) {
     struct stat status {};
     if (stat(in_path.c_str(), &status) != 0) return rights;
     rights.m_isReadByOthers = (status.st_mode & S_IROTH) != 0;
-    // With an access list these bits are its mask, so users that it names count here as well.
+    // With an access list these bits are its mask, so users in the list count too.
     rights.m_isReadByGroup = (status.st_mode & S_IRGRP) != 0;
     rights.m_isWrittenByOthers = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
     const unsigned mode = status.st_mode & 07777;

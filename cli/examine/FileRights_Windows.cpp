@@ -4,8 +4,8 @@
 
 namespace Veltrane::Cli {
 
-/// The keys of the registry have the system's own access lists: a user's are for that user, the
-/// system's for administrators to write and for everybody to read.
+/// Registry keys have the system's access lists: a user's keys are for that user; administrators
+/// write the system's keys and everybody reads them.
 FileRights GetFileRights(const std::string& in_path) {
     FileRights rights;
     rights.m_isReadByOthers = in_path.starts_with("HKEY_LOCAL_MACHINE\\");

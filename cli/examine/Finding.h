@@ -1,4 +1,4 @@
-/// What an examination of the machine's ODBC set-up has found.
+/// The findings of an examination of the machine's ODBC set-up.
 #ifndef CLI_FINDING_H
 #define CLI_FINDING_H
 
@@ -8,13 +8,13 @@
 
 namespace Veltrane::Cli {
 
-/// Error: DSNs of the driver do not work. Warning: they may not, or not safely.
+/// Error: DSNs of the driver do not work. Warning: they may fail or be unsafe.
 enum class Severity { Error, Warning, Note };
 
 struct Finding {
     Severity m_severity;
     std::string m_id;      ///< for programs: "driver-not-registered"
-    std::string m_text;    ///< a sentence that names what is wrong and where
+    std::string m_text;    ///< a sentence that says what is wrong and where
     std::string m_repair;  ///< a sentence on how to repair it
 };
 

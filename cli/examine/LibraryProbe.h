@@ -1,4 +1,4 @@
-/// Whether a shared library can be loaded into a process like this one, and if not, why not.
+/// Tests whether a shared library can be loaded into a process like this one, and if not, why.
 #ifndef CLI_LIBRARYPROBE_H
 #define CLI_LIBRARYPROBE_H
 
@@ -9,10 +9,10 @@ namespace Veltrane::Cli {
 
 enum class LibraryFault {
     None,
-    NotFound,           ///< no such file, or it may not be read; the detail is the system's reason
+    NotFound,           ///< no such file, or not readable; the detail is the system's reason
     NotALibrary,        ///< not an ELF shared object, not a DLL
     WrongArchitecture,  ///< the detail names both
-    MissingDependency,  ///< the detail is the name of the library that is not found
+    MissingDependency,  ///< the detail is the name of the missing library
     MissingSymbol,      ///< the detail is the symbol that no library defines
     CannotLoad,         ///< any other reason of the loader, in the detail
     Crashes,            ///< loading it ends the process
@@ -24,13 +24,13 @@ struct LibraryProbe {
     std::string m_detail;
 };
 
-/// Loads the library in a process of its own, so that nothing that it does reaches this one. On
-/// Windows it reads what the library says about itself and runs nothing of it.
-/// @param in_path  a path, or a bare name, which is searched for as the loader does it
-/// @param in_functions  one of them has to be exported; empty: none has to be
+/// Loads the library in a separate process, so that it cannot affect this one. On Windows it only
+/// reads the file's headers and runs no code of it.
+/// @param in_path  a path, or a bare name, which is searched for as by the loader
+/// @param in_functions  one of them has to be exported; empty for no requirement
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// What the loader's error text says, on Linux.
+/// Interprets the loader's error text (Linux).
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error);
 
 }  // namespace Veltrane::Cli

@@ -22,7 +22,7 @@ namespace {
 
 using ODBC::SystemCalls::Descriptor;
 
-/// What tells the architecture at the beginning of an ELF file; the same in 32 and 64 bits.
+/// The beginning of an ELF file, with the architecture; the same in 32 and 64 bits.
 struct ElfStart {
     unsigned char m_identity[EI_NIDENT];
     Elf64_Half m_type;
@@ -70,7 +70,7 @@ LibraryProbe ProbeFile(const std::string& in_path) {
     return {};
 }
 
-/// '=' when all is well, '-' when no function is exported, else the loader's error.
+/// Returns '=' on success, '-' if no function is exported, else the loader's error.
 std::string Load(const std::string& in_path, const std::vector<std::string>& in_functions) {
     void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) return dlerror();
@@ -81,8 +81,8 @@ std::string Load(const std::string& in_path, const std::vector<std::string>& in_
     return isExported ? "=" : "-";
 }
 
-/// The path of a library in the folder of drivers of unixODBC, which looks there for a bare name;
-/// empty when there is none.
+/// Returns the path of a library in unixODBC's folder of drivers, where unixODBC looks for a bare
+/// name; empty if there is none.
 std::string FindAmongDrivers(const std::string& in_name) {
     Dl_info info{};
     const void* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);

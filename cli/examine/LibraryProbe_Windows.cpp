@@ -24,7 +24,7 @@ using Orska::Support::DescribeSystemError;
 /// This build is for x86-64 only.
 constexpr WORD OWN_MACHINE = IMAGE_FILE_MACHINE_AMD64;
 
-/// A DLL as its file says it, without being loaded.
+/// A DLL read from its file, without loading it.
 class Image {
 public:
     explicit Image(std::string in_bytes) : m_bytes(std::move(in_bytes)) {
@@ -73,7 +73,7 @@ private:
         return true;
     }
 
-    /// Where in the file a place in memory comes from; the end of the file when it is not in it.
+    /// Returns the file offset of an address; the end of the file if it has none.
     std::size_t OffsetOf(DWORD in_address) const {
         IMAGE_SECTION_HEADER section{};
         for (WORD i = 0; i < m_header.NumberOfSections; ++i) {
@@ -97,7 +97,7 @@ private:
         return m_bytes.substr(at, m_bytes.find('\0', at) - at);
     }
 
-    /// The address of a directory of this machine's kind of image; 0 when there is none.
+    /// Returns the address of a directory of this machine's kind of image; 0 if there is none.
     DWORD DirectoryAt(DWORD in_index) const {
         IMAGE_OPTIONAL_HEADER64 optional{};
         if (!ReadAt(m_optional, optional) || in_index >= optional.NumberOfRvaAndSizes) return 0;
@@ -126,7 +126,7 @@ std::string DescribeMachine(WORD in_machine) {
     }
 }
 
-/// The full path of a library as the loader finds it for one in a folder; empty when it does not.
+/// Returns the full path of a library as the loader finds it from a folder; empty if it does not.
 std::wstring Find(const std::wstring& in_name, const std::wstring& in_folder) {
     const std::wstring beside = in_folder + L"\\" + in_name;
     if (!in_folder.empty() && GetFileAttributesW(beside.c_str()) != INVALID_FILE_ATTRIBUTES) {
@@ -150,13 +150,13 @@ bool IsOfTheSystem(const std::wstring& in_path) {
            CSTR_EQUAL;
 }
 
-/// A name that the system maps to libraries of its own, without a file.
+/// True for a name that the system maps to its own libraries, without a file.
 bool IsOfAnApiSet(const std::string& in_name) {
     const std::string name = Orska::Support::FoldCase(in_name);
     return name.starts_with("api-ms-") || name.starts_with("ext-ms-");
 }
 
-/// The first library that is not found, of those that a library needs and that these need.
+/// Returns the first library that is not found, of all direct and indirect dependencies.
 std::string FindMissing(const Image& in_image, const std::wstring& in_folder,
                         std::set<std::string>& io_known) {
     for (const std::string& name : in_image.GetImports()) {

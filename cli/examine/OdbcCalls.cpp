@@ -9,9 +9,9 @@ namespace Veltrane::Cli {
 
 namespace {
 
-// The ODBC headers need those of the system, which only the bodies of each system include.
+// The ODBC headers need those of the system, which only the files of each system include.
 using AllocHandle = short(short in_kind, void* in_parent, void** out_handle);
-/// The value is a pointer there, or a number in the place of one.
+/// The value is a pointer, or a number in its place.
 using SetEnvAttr = short(void* in_environment, int in_attribute, std::uintptr_t in_value,
                          int in_length);
 using DisconnectCall = short(void* in_connection);
@@ -69,14 +69,14 @@ std::string OdbcCalls::GetInfo(unsigned short in_kind) {
 }
 
 std::vector<ConnectionDiagnostic> OdbcCalls::GetDiagnostics() {
-    constexpr short MAX_NUMBER = 32;  // of a driver that never says that there is no more
+    constexpr short MAX_NUMBER = 32;  // for a driver that never reports the end
     std::vector<ConnectionDiagnostic> diagnostics;
     void* const function = Find(OdbcPlatform::GET_DIAGNOSTIC);
     for (short i = 1; i <= MAX_NUMBER; ++i) {
         ConnectionDiagnostic diagnostic;
         const short result = OdbcPlatform::GetDiagnostic(function, m_connection, i, diagnostic);
         if (!HasSucceeded(result)) break;
-        // iODBC adds one without an error, whose text it has given back to the heap by then.
+        // iODBC adds a diagnostic without an error, whose text it has already freed.
         if (diagnostic.m_state == "00000") continue;
         diagnostic.m_text.erase(diagnostic.m_text.find_last_not_of(" \r\n\t") + 1);
         diagnostics.push_back(std::move(diagnostic));

@@ -1,5 +1,5 @@
-/// The calls of a driver manager that connect. It is loaded when the object is made, so that the
-/// program runs without one, too. Text is UTF-8.
+/// The calls of a driver manager that connect. It is loaded when the object is made, so the program
+/// runs without one too. Text is UTF-8.
 #ifndef CLI_ODBCCALLS_H
 #define CLI_ODBCCALLS_H
 
@@ -17,17 +17,17 @@ struct ConnectionDiagnostic {
 
 class OdbcCalls {
 public:
-    /// @param in_library  the driver manager; empty: the first of the system's that can be loaded
-    /// @throws CommandError EXIT_FAILED when it cannot be loaded or used
+    /// @param in_library  the driver manager; empty for the first of the system that can be loaded
+    /// @throws CommandError EXIT_FAILED if it cannot be loaded or used
     explicit OdbcCalls(const std::string& in_library);
     OdbcCalls(const OdbcCalls&) = delete;
     OdbcCalls& operator=(const OdbcCalls&) = delete;
 
-    /// Asks the user for nothing. @return false when the diagnostics say why not
+    /// Never prompts the user. @return false on failure, with the reason in the diagnostics
     bool Connect(const std::string& in_connectionString);
-    /// What the driver tells about the server, SQL_DBMS_NAME for example; empty when it does not.
+    /// Returns the driver's information about the server, such as SQL_DBMS_NAME; empty on failure.
     std::string GetInfo(unsigned short in_kind);
-    /// Those of the last call.
+    /// Returns the diagnostics of the last call.
     std::vector<ConnectionDiagnostic> GetDiagnostics();
     void Disconnect();
 
@@ -44,10 +44,10 @@ private:
     void* m_connection = nullptr;
 };
 
-/// What differs between the systems: the library, and the functions with text.
+/// The parts that differ between the systems: the library, and the functions with text.
 namespace OdbcPlatform {
 
-/// The driver managers that there may be, the usual one first.
+/// Possible driver managers, the usual one first.
 extern const std::span<const char* const> LIBRARIES;
 /// @return null with the reason
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason);
@@ -56,7 +56,7 @@ void* FindFunction(void* in_library, const char* in_name);
 extern const char* const DRIVER_CONNECT;
 extern const char* const GET_INFO;
 extern const char* const GET_DIAGNOSTIC;
-/// These call the functions of the names above. @return the function's result
+/// These call the functions named above. @return the function's result
 short DriverConnect(void* in_function, void* in_connection, const std::string& in_text);
 short GetInfo(void* in_function, void* in_connection, unsigned short in_kind,
               std::string& out_text);

@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* NAMES[] = {"libodbc.so.2", "libiodbc.so.2"};
 
-/// The functions without W: unixODBC takes and gives the bytes of odbc.ini there, and wide
-/// characters have another size in iODBC. Its conversion for a driver with W functions alone gives
+/// Uses the functions without W: unixODBC passes the bytes of odbc.ini there, and iODBC's wide
+/// characters have another size. unixODBC's conversion for a driver with only W functions returns
 /// ISO 8859-1.
 std::string FromOdbc(const SQLCHAR* in_bytes, std::size_t in_size) {
     std::string bytes(reinterpret_cast<const char*>(in_bytes), in_size);
@@ -25,7 +25,7 @@ std::string FromOdbc(const SQLCHAR* in_bytes, std::size_t in_size) {
     return ODBC::EncodeUtf8(std::u16string(in_bytes, in_bytes + in_size));
 }
 
-/// @param in_length  what the driver says, which may be more than there was room for
+/// @param in_length  the driver's length, which can be more than the room
 std::size_t LengthIn(std::span<const SQLCHAR> in_buffer, SQLSMALLINT in_length) {
     const std::size_t room = in_buffer.size() - 1;
     if (in_length >= 0) return std::min(room, static_cast<std::size_t>(in_length));
@@ -41,7 +41,7 @@ const char* const GET_INFO = "SQLGetInfo";
 const char* const GET_DIAGNOSTIC = "SQLGetDiagRec";
 
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
-    // As programs that use drivers do: drivers convert text by the locale.
+    // As in programs that use drivers: drivers convert text by the locale.
     std::setlocale(LC_CTYPE, "");
     void* const library = dlopen(in_name.c_str(), RTLD_NOW | RTLD_GLOBAL);
     if (library == nullptr) out_reason = dlerror();

@@ -5,7 +5,7 @@
 #include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/WideText.h"
 #include "tools/WindowsApi.h"
-// After the Windows API, which they need.
+// Must follow <windows.h>.
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* NAMES[] = {"odbc32.dll"};
 
-/// @param in_length  what the driver says, which may be more than there was room for
+/// @param in_length  the driver's length, which can be more than the room
 std::string FromOdbc(std::span<const SQLWCHAR> in_buffer, std::size_t in_length) {
     const std::size_t length = std::min(in_buffer.size() - 1, in_length);
     const auto end = std::find(in_buffer.begin(), in_buffer.begin() + static_cast<long>(length), 0);

@@ -8,14 +8,14 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// In single quotes for a shell.
+/// Quotes a text for a shell, in single quotes.
 std::string ShellText(std::string_view in_text) {
     std::string text = "'";
     for (const char c : in_text) text += c == '\'' ? "'\\''" : std::string(1, c);
     return text + "'";
 }
 
-/// Puts the first words of commands, and those of the group "driver", into a script.
+/// Inserts the first words of the commands, and those of the group "driver", into a script.
 std::string WithWords(std::string in_script) {
     const std::string group = Join(GetWords("driver"), " ");
     for (const auto& [mark, words] :
@@ -27,8 +27,8 @@ std::string WithWords(std::string in_script) {
     return in_script;
 }
 
-/// What a shell completes a value with. The names of DSNs are those of the line's scope that begin
-/// with what has been typed.
+/// How a shell completes a value. Names of DSNs are those of the line's scope that begin with the
+/// typed text.
 struct Action {
     ValueKind m_kind;
     const char* m_bash;
@@ -60,7 +60,7 @@ const Action& ActionOf(ValueKind in_kind) {
     return found == std::end(ACTIONS) ? ACTIONS[0] : *found;
 }
 
-/// Text in the brackets of a zsh option.
+/// Escapes text for the brackets of a zsh option.
 std::string ZshText(std::string_view in_text) {
     std::string text;
     for (const char c : in_text) {
@@ -87,7 +87,7 @@ std::string BashCommand(const CommandInfo& in_command) {
 
 const std::string FISH_SEEN = "__fish_seen_subcommand_from ";
 
-/// That the line has this command.
+/// Returns the condition that the line has this command.
 std::string FishCondition(const std::string& in_command) {
     const std::size_t blank = in_command.find(' ');
     if (blank == std::string::npos) {

@@ -1,4 +1,4 @@
-/// The man page and the completion of shells, made of the table of commands.
+/// Makes the man page and the shells' completion from the table of commands.
 #ifndef CLI_GENERATE_H
 #define CLI_GENERATE_H
 

@@ -8,7 +8,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Text for roff: what would be taken for a request, an escape or a hyphen is spelled out.
+/// Escapes text for roff: requests, escapes and hyphens.
 std::string Escape(std::string_view in_text) {
     std::string text;
     for (const char c : in_text) {

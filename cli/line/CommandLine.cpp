@@ -20,7 +20,7 @@ using Words = std::vector<std::string>;
            "Try veltrane-dsn --help.");
 }
 
-/// The first word is a command or begins one, so it is named; other words may be passwords.
+/// The first word is a command or begins one, so it is named; other words can be passwords.
 [[noreturn]] void RefuseCommand(const Words& in_words) {
     const std::string first = in_words.empty() ? std::string() : in_words.front();
     const std::vector<std::string_view> second = GetWords(first);
@@ -34,7 +34,7 @@ using Words = std::vector<std::string>;
            ". Try veltrane-dsn --help.");
 }
 
-/// Takes the words of the command away.
+/// Removes the words of the command and returns the command.
 const CommandInfo& TakeCommand(Words& io_words) {
     for (const CommandInfo& command : GetCommands()) {
         const std::size_t count = command.m_name.find(' ') == std::string_view::npos ? 1 : 2;
@@ -96,10 +96,10 @@ public:
     }
 
 private:
-    static constexpr int IN_ORDER = 1;  ///< a word that is no option
+    static constexpr int IN_ORDER = 1;  ///< a word that is not an option
     static constexpr int FIRST = 1000;  ///< the first long name
 
-    /// The option of a number or a letter; null when there is none.
+    /// Returns the option of a number or a letter; null if there is none.
     const OptionInfo* Find(int in_found) const {
         if (in_found >= FIRST) return m_names[static_cast<std::size_t>(in_found - FIRST)].second;
         for (const auto& [name, option] : m_names) {
@@ -109,23 +109,23 @@ private:
     }
 
     /// @param in_found  what the parser returned
-    /// @param in_word  the last word that it has taken
+    /// @param in_word  the last word that was consumed
     void Take(int in_found, const char* in_word) {
         const bool isRefused = in_found == '?' || in_found == ':';
         const OptionInfo* const option = Find(isRefused ? optopt : in_found);
         if (option == nullptr) {
             std::vector<std::string_view> known;
             for (const OptionInfo& info : OPTIONS) known.push_back(GetLongName(info));
-            // A letter may be among others; the word is then another one.
+            // Letters can be combined in one word, so that word is not used.
             const std::string word =
                 optopt == 0 ? in_word : std::string("-") + static_cast<char>(optopt);
             RefuseUnknown("option ", word.substr(0, word.find('=')), known);
         }
         const std::string name(GetLongName(*option));
         const bool hasValue = !option->m_argument.empty();
-        // ':' is also how mingw's getopt answers where there is a value too many.
+        // mingw's getopt also returns ':' for a value that is not allowed.
         if (in_found == '?' || (in_found == ':' && !hasValue)) Refuse(name + " takes no value.");
-        // An option is not taken as a value, unless joined with "=".
+        // An option is not used as a value, unless joined with "=".
         const bool isOption = hasValue && !isRefused && optarg == in_word && optarg[0] == '-' &&
                               optarg[1] == '-' && optarg[2] != '\0';
         if (in_found == ':' || isOption) {
@@ -155,7 +155,7 @@ private:
     const CommandInfo& m_command;
     Words m_words;
     std::vector<std::pair<std::string, const OptionInfo*>> m_names;
-    std::string m_short = "-:h";  ///< words in their order; a missing value is told apart
+    std::string m_short = "-:h";  ///< keeps the order of words, and reports a missing value
     std::vector<option> m_long;
     CommandLine m_line;
 };

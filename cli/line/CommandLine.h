@@ -16,21 +16,21 @@ struct CommandLine {
     std::map<std::string_view, std::vector<std::string>> m_options;  ///< by the long name
 
     bool Has(OptionName in_option) const { return m_options.contains(in_option.Get()); }
-    /// The value of an option that is given at most once.
+    /// Returns the value of an option that can be given once.
     std::string Get(OptionName in_option, const std::string& in_default = {}) const;
-    /// The values of a repeatable option.
+    /// Returns the values of a repeatable option.
     std::vector<std::string> GetAll(OptionName in_option) const;
 };
 
-/// What to print instead of running a command.
+/// The text to print instead of running a command.
 struct HelpRequest {
     std::string m_text;
 };
 
 /// @param in_arguments  without the program's name
 /// @throws HelpRequest for --help and --version
-/// @throws CommandError EXIT_USAGE; its text repeats option names, but no values, because one may
-///         be a password in the wrong place
+/// @throws CommandError EXIT_USAGE; its text repeats option names, but no values, which can be
+///         misplaced passwords
 CommandLine ParseCommandLine(std::vector<std::string> in_arguments);
 
 }  // namespace Veltrane::Cli

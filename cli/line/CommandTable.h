@@ -1,5 +1,5 @@
-/// Every command and option of veltrane-dsn with its texts: the one source of the parser, --help,
-/// the man page, docs and the shells' completion. Read-only.
+/// Every command and option of veltrane-dsn with its texts, for the parser, --help, the man page,
+/// docs and the shells' completion. Read-only.
 #ifndef CLI_COMMANDTABLE_H
 #define CLI_COMMANDTABLE_H
 
@@ -30,17 +30,17 @@ enum class CommandId : unsigned {
     Test,
 };
 
-/// What an argument is, for the shells' completion.
+/// The kind of an argument, for the shells' completion.
 enum class ValueKind { None, Text, File, Variable, Dsn, Driver, Format };
 
 struct OptionInfo {
     std::string_view m_names;  ///< "-p,--property"
-    std::uint32_t m_commands;  ///< one bit a command
+    std::uint32_t m_commands;  ///< one bit per command
     std::string_view m_help;
     std::string_view m_argument = {};  ///< "KEY=VALUE"; empty for a switch
     ValueKind m_kind = ValueKind::None;
     bool m_isRepeatable = false;
-    bool m_isHidden = false;  ///< understood, but not shown; to be refused with a hint, for example
+    bool m_isHidden = false;  ///< accepted but not shown, for example to be refused with a hint
 };
 
 struct CommandInfo {
@@ -49,28 +49,28 @@ struct CommandInfo {
     std::string_view m_arguments;  ///< "NAME", "FILE", "[NAME...]" or empty
     ValueKind m_kind;              ///< of the arguments
     std::string_view m_summary;    ///< half a sentence
-    std::string_view m_text;       ///< paragraphs, one a line
-    std::string_view m_examples;   ///< one a line
+    std::string_view m_text;       ///< paragraphs, one per line
+    std::string_view m_examples;   ///< one per line
 };
 
 constexpr std::uint32_t Bit(CommandId in_id) { return 1U << static_cast<unsigned>(in_id); }
 
 std::span<const CommandInfo> GetCommands();
-/// The words that begin commands, each once, or the second words of a group such as "driver".
+/// Returns the first words of the commands, each once, or the second words of a group ("driver").
 std::vector<std::string_view> GetWords(std::string_view in_group = {});
-/// The options of a command that are shown.
+/// Returns the visible options of a command.
 std::vector<const OptionInfo*> GetOptionsOf(CommandId in_id);
-/// "-p" and "--property" of "-p,--property"
+/// Returns "-p" and "--property" for "-p,--property".
 std::vector<std::string> SplitNames(const OptionInfo& in_option);
 
-/// Sections of the manual that belong to no command; a heading and paragraphs, one a line. A line
-/// "TERM<tab>text" is an item of a list.
+/// A section of the manual for no single command: a heading, and paragraphs, one per line. A line
+/// "TERM<tab>text" is a list item.
 struct ManualSection {
     std::string_view m_heading;
     std::string_view m_text;
 };
 
-/// The driver that commands work for unless --driver says otherwise.
+/// The driver of all commands unless --driver names another one.
 inline constexpr char DEFAULT_DRIVER[] = "Veltrane";
 
 inline constexpr std::string_view PROGRAM_SUMMARY = "manage the DSNs of the Veltrane ODBC driver";

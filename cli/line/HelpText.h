@@ -1,4 +1,4 @@
-/// The texts of --help, made of the table of commands, at most 80 columns wide.
+/// Makes the texts of --help from the table of commands, at most 80 columns wide.
 #ifndef CLI_HELPTEXT_H
 #define CLI_HELPTEXT_H
 

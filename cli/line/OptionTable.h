@@ -19,7 +19,7 @@ inline constexpr auto OPTIONS = [] {
     constexpr std::uint32_t READS = Bit(C::Show) | Bit(C::List) | Bit(C::Export) | Bit(C::Check);
     constexpr std::uint32_t DRIVER = Bit(C::DriverRegister) | Bit(C::DriverUnregister);
     constexpr std::uint32_t ALL = (1U << (static_cast<unsigned>(C::Test) + 1)) - 1;
-    // What the editors say about a field.
+    // The editors' hint for a field.
     constexpr auto hint = [](std::string_view in_key) consteval {
         return ODBC::DIALOG_FIELDS[ODBC::FieldIndex(in_key)].m_hint;
     };
@@ -104,7 +104,7 @@ inline constexpr auto OPTIONS = [] {
     });
 }();
 
-/// "--property" of "-p,--property"
+/// Returns "--property" for "-p,--property".
 constexpr std::string_view GetLongName(const OptionInfo& in_option) {
     const std::string_view names = in_option.m_names;
     const std::size_t begin = names.find("--");
@@ -124,7 +124,7 @@ private:
     std::size_t m_index = 0;
 };
 
-/// The option that gives the value of a key.
+/// The option that sets a key.
 struct KeyOption {
     OptionName m_option;
     const char* m_key;

@@ -1,6 +1,6 @@
-/// Every block of the C++ heap is cleared before it is given back, so that no copy of a password
-/// that a string, a container or a parser made stays in memory. The process is short-lived and
-/// small; the cost does not show.
+/// Clears every block of the C++ heap before it is freed, so that no copy of a password in a
+/// string, a container or a parser stays in memory. The process is small and ends soon, so the cost
+/// does not matter.
 #include "cli/system/ClearedHeap.h"
 
 #include <cstdlib>

@@ -4,7 +4,7 @@
 
 namespace Veltrane::Cli {
 
-/// Clears a block of malloc, all that the heap has set apart for it.
+/// Clears a block of malloc, including spare room that the heap has given it.
 void ClearBlock(void* out_block) noexcept;
 
 }  // namespace Veltrane::Cli

@@ -1,4 +1,4 @@
-/// The exit codes of the program and the failure that carries one.
+/// The exit codes of the program, and an exception with one.
 #ifndef CLI_COMMANDERROR_H
 #define CLI_COMMANDERROR_H
 
@@ -14,10 +14,10 @@ enum ExitCode {
     EXIT_NOT_FOUND = 3,
     EXIT_EXISTS = 4,
     EXIT_NO_ANSWER = 5,     ///< within the time limit
-    EXIT_INTERRUPTED = 130  ///< as shells have it for Ctrl-C
+    EXIT_INTERRUPTED = 130  ///< as in shells, for Ctrl-C
 };
 
-/// A failure with an exit code of its own. Its text names keys, never the value of a secret one.
+/// A failure with its own exit code. Its text names keys, never the value of a secret one.
 class CommandError : public std::runtime_error {
 public:
     CommandError(ExitCode in_exitCode, const std::string& in_text)
@@ -32,7 +32,7 @@ private:
     throw CommandError(EXIT_FAILED, in_text);
 }
 
-/// Says what is wrong with the command line.
+/// Throws the error for a wrong command line.
 [[noreturn]] inline void Refuse(const std::string& in_text) {
     throw CommandError(EXIT_USAGE, in_text);
 }

@@ -18,7 +18,7 @@ constexpr std::string_view UTF8_MARK("\xEF\xBB\xBF");
 constexpr std::string_view BIG_MARK("\xFE\xFF");
 constexpr std::string_view LITTLE_MARK("\xFF\xFE");
 
-/// Takes a byte order mark away and makes UTF-8 of UTF-16 that has one.
+/// Removes a byte order mark, and converts UTF-16 with one to UTF-8.
 std::string Decode(const Input& in_input, std::string in_bytes) {
     const bool isBig = in_bytes.starts_with(BIG_MARK);
     if (!isBig && !in_bytes.starts_with(LITTLE_MARK)) {
@@ -37,7 +37,7 @@ std::string Decode(const Input& in_input, std::string in_bytes) {
             static_cast<char16_t>((byte(at + (isBig ? 0 : 1)) << 8) | byte(at + (isBig ? 1 : 0)));
     }
     std::string text = ODBC::EncodeUtf8(units);
-    // A lone surrogate has become another character.
+    // An unpaired surrogate has become another character.
     std::u16string again;
     const ODBC::WipeAtEnd wipeAgain(again);
     if (in_bytes.size() % 2 != 0 || !ODBC::DecodeUtf8(text, again) || again != units) {
@@ -79,8 +79,8 @@ void RefuseEmptySecret(const std::string& in_source) {
 std::string ReadFirstLine(const std::string& in_path) {
     const Input input(in_path);
     std::string bytes;
-    bytes.reserve(MAX_LINE + 1);  // one place in memory
-    // Byte by byte, so that what follows the line stays where it is.
+    bytes.reserve(MAX_LINE + 1);  // so that it is not copied
+    // Byte by byte, so that input after the line is not consumed.
     for (char byte = 0; !IsLineEnd(bytes) && input.Read(&byte, 1) == 1; bytes += byte) {
         if (bytes.size() == MAX_LINE) input.Fail("the first line is too long");
     }

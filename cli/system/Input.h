@@ -1,4 +1,4 @@
-/// Input of the tool: a file, or standard input. No copy of it is kept.
+/// Input of the tool: a file or standard input. No copy is kept.
 #ifndef CLI_INPUT_H
 #define CLI_INPUT_H
 
@@ -9,17 +9,17 @@
 
 namespace Veltrane::Cli {
 
-/// A path of a text in UTF-8, whatever the code page is.
+/// Returns the path of a UTF-8 text, whatever the code page is.
 inline std::filesystem::path ToPath(const std::string& in_text) {
     return {std::u8string(in_text.begin(), in_text.end())};
 }
 
-/// The longest line that is read, in bytes.
+/// The longest accepted line, in bytes.
 inline constexpr std::size_t MAX_LINE = 64 << 10;
 
 class Input {
 public:
-    /// @param in_path  empty: standard input, which is not closed
+    /// @param in_path  empty for standard input, which is not closed
     /// @throws CommandError EXIT_FAILED with path and reason, as each operation
     explicit Input(const std::string& in_path);
     Input(const Input&) = delete;
@@ -36,22 +36,22 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// The password in the first line of a file, in UTF-8, without the line's end and a byte order
-/// mark. UTF-16 has to have one.
-/// @param in_path  empty: standard input, which is not read further than the line
+/// Returns the password in the first line of a file, in UTF-8, without the line end and a byte
+/// order mark. UTF-16 needs the mark.
+/// @param in_path  empty for standard input, which is read only up to the line end
 /// @throws CommandError EXIT_FAILED with path and reason, also for an empty line and for one of
 ///         more than 64 KiB
 std::string ReadFirstLine(const std::string& in_path);
 
-/// The failure for an empty password. It would be stored as none, which nobody wants who
-/// names a source.
+/// Throws the error for an empty password, which would be stored as none. Nobody who names a source
+/// wants that.
 [[noreturn]] void RefuseEmptySecret(const std::string& in_source);
 
-/// All of a text file, or of standard input if the path is empty, as ReadFirstLine in UTF-8.
+/// Returns a whole text file, or standard input if the path is empty, in UTF-8 as ReadFirstLine.
 /// @throws CommandError EXIT_FAILED with path and reason, and for more than 256 MiB
 std::string ReadText(const std::string& in_path);
 
-/// All bytes of a file, with ReadText's errors.
+/// Returns all bytes of a file. Same errors as ReadText.
 std::string ReadAll(const std::string& in_path);
 
 }  // namespace Veltrane::Cli

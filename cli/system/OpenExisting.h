@@ -10,9 +10,9 @@ namespace Veltrane::Cli {
 
 using Orska::Support::WindowsHandle;
 
-/// What is there already; not open, with GetLastError, when it cannot be opened.
+/// Opens an existing file; on failure the handle is not open, and GetLastError has the reason.
 inline WindowsHandle OpenExisting(const std::wstring& in_path, DWORD in_access = GENERIC_READ) {
-    // Who serves a pipe of that name learns who the user is, and cannot act as that user.
+    // If the path is a pipe, its server can identify the user but not impersonate him.
     return WindowsHandle(CreateFileW(in_path.c_str(), in_access, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                      nullptr, OPEN_EXISTING,
                                      SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));

@@ -1,4 +1,4 @@
-/// What differs between the systems in the tool's advice and in what it takes for a path.
+/// The differences between the systems in the tool's advice and in paths.
 #ifndef CLI_PLATFORMWORDS_H
 #define CLI_PLATFORMWORDS_H
 
@@ -14,8 +14,8 @@ struct PlatformWords {
     const char* m_missingSymbolRepair;
     const char* m_loaderRepair;
     const char* m_notWritableRepair;    ///< for the file or key of the DSNs
-    const char* m_driverManagerRepair;  ///< where no driver manager can be loaded
-    /// Whether other driver managers of this system take ";" and "#" in a value for a comment.
+    const char* m_driverManagerRepair;  ///< if no driver manager can be loaded
+    /// Whether another driver manager of this system takes ";" and "#" in a value for a comment.
     bool m_hasCommentsInValues;
     /// Whether the installer adds no DSN of a driver that is registered without its library.
     bool m_needsDriverLibrary;
@@ -24,9 +24,9 @@ struct PlatformWords {
 extern const PlatformWords PLATFORM_WORDS;
 
 bool IsAbsolutePath(const std::string& in_path);
-/// Whether it names a folder as well, so that it is not searched for.
+/// Whether it has a folder, so that it is not searched for.
 bool HasFolder(const std::string& in_path);
-/// Whether a path of WHERE is there: a file, or a key of the registry.
+/// Whether a path exists: a file, or a registry key.
 bool IsThere(const std::string& in_path);
 
 }  // namespace Veltrane::Cli

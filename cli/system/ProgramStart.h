@@ -7,11 +7,11 @@
 
 namespace Veltrane::Cli {
 
-/// The arguments after the program's name, in UTF-8. What is printed from then on is UTF-8, too.
+/// Returns the arguments after the program's name, in UTF-8. Output is UTF-8 from then on.
 std::vector<std::string> StartProgram(int in_count, char** in_arguments);
 
-/// Puts back what the console was before: for who ends the program otherwise than by its exit. On
-/// Linux nothing has been changed, and there is no such function.
+/// Restores the console, for code that ends the program without exit. Only on Windows: Linux
+/// changes nothing.
 void RestoreConsoleOutput() noexcept;
 
 }  // namespace Veltrane::Cli

@@ -13,8 +13,8 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Process-wide: set by StartProgram, read by RestoreConsoleOutput: the code page of the console's
-/// output before; 0 without a console.
+/// Process-wide: set by StartProgram, read by RestoreConsoleOutput: the previous code page of the
+/// console's output; 0 without a console.
 UINT s_codePageBefore = 0;
 
 /// For Ctrl-C and a closed console. Other handlers decide whether the program ends.

@@ -1,4 +1,4 @@
-/// The terminal, and secrets from the environment, without a buffer that would keep what it held.
+/// The terminal, and secrets from the environment, without buffers that keep them.
 #ifndef CLI_TERMINAL_H
 #define CLI_TERMINAL_H
 
@@ -16,22 +16,21 @@ bool IsOutputColoured();
 ///         for an empty password and for two different ones
 std::string AskForPassword(const std::string& in_question);
 
-/// Asks on the controlling terminal and reads a line for each question without showing it;
-/// AskForPassword's part that differs between the systems.
+/// Asks on the controlling terminal and reads a line for each question without showing it: the part
+/// of AskForPassword that differs between the systems.
 inline constexpr char NO_TERMINAL[] =
     "There is no terminal to ask for the password; use --pwd-stdin, --pwd-file or --pwd-env.";
 inline constexpr char INTERRUPTED[] = "Interrupted; nothing is changed.";
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions);
 
-/// @return false when the variable is not set
+/// @return false if the variable is not set
 bool ReadVariable(const std::string& in_name, std::string& out_value);
 
 /// As ReadVariable, for a password.
-/// @throws CommandError EXIT_FAILED when it is empty
+/// @throws CommandError EXIT_FAILED if it is empty
 bool ReadSecret(const std::string& in_name, std::string& out_value);
 
-/// As ReadSecret, but takes the variable out of the environment of this process and clears the
-/// memory that it was in.
+/// As ReadSecret, but removes the variable from this process's environment and clears its memory.
 bool TakeVariable(const std::string& in_name, std::string& out_value);
 
 }  // namespace Veltrane::Cli

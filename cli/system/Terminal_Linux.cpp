@@ -21,8 +21,8 @@ using ODBC::SystemCalls::Descriptor;
 
 constexpr char INTERRUPT = 3;
 
-/// The terminal without echo. It never stays so: Ctrl-C comes as a character that ends the line,
-/// and signals wait.
+/// The terminal without echo. It is always restored: Ctrl-C arrives as a character that ends the
+/// line, and signals are blocked.
 class SilentTerminal {
 public:
     explicit SilentTerminal(int in_handle) : m_handle(in_handle) {

@@ -24,18 +24,19 @@ bool IsConsole(HANDLE in_handle) {
     return GetConsoleMode(in_handle, &mode) != FALSE;
 }
 
-/// Process-wide: set by SilentConsole, read by RestoreConsole: the console, and its mode before.
+/// Process-wide: set by SilentConsole, read by RestoreConsole: the console, and its previous mode.
 HANDLE s_console = nullptr;
 DWORD s_modeBefore = 0;
 
-/// For events that end the program while it waits for the answer.
+/// For events that end the program during the prompt.
 BOOL WINAPI RestoreConsole(DWORD /*in_event*/) {
     SetConsoleMode(s_console, s_modeBefore);
     RestoreConsoleOutput();
     ExitProcess(EXIT_INTERRUPTED);
 }
 
-/// The console without echo; it never stays so. It takes Backspace and the end of a line itself.
+/// The console without echo. It is always restored. The console itself handles Backspace and the
+/// end of a line.
 class SilentConsole {
 public:
     explicit SilentConsole(HANDLE in_handle) {
@@ -58,9 +59,9 @@ void WriteText(HANDLE in_console, const std::string& in_text) {
     WriteConsoleW(in_console, text.data(), static_cast<DWORD>(text.size()), nullptr, nullptr);
 }
 
-/// Of the line, without its end.
+/// Returns the line without its end.
 std::wstring ReadConsoleLine(HANDLE in_console) {
-    // Consoles have not always had room for more at once.
+    // Older consoles have no room for more at once.
     std::wstring part(8192, L'\0');
     const ODBC::WipeAtEnd wipePart(part);
     std::wstring line;
@@ -131,7 +132,7 @@ bool ReadVariable(const std::string& in_name, std::string& out_value) {
 bool TakeVariable(const std::string& in_name, std::string& out_value) {
     if (!ReadSecret(in_name, out_value)) return false;
     const std::wstring name = ToWide(in_name);
-    // Overwritten where it is, in the process and in the copy of the C run-time.
+    // Overwritten in place, in the process and in the copy of the C run-time library.
     SetEnvironmentVariableW(name.c_str(), std::wstring(ToWide(out_value).size(), L' ').c_str());
     SetEnvironmentVariableW(name.c_str(), nullptr);
     if (char* const copy = std::getenv(in_name.c_str())) {

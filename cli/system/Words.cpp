@@ -10,7 +10,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// How many letters have to be added, removed or replaced.
+/// Returns how many letters have to be added, removed or replaced.
 std::size_t Distance(std::string_view in_left, std::string_view in_right) {
     using Orska::Support::ToLowerAscii;
     std::vector<std::size_t> row(in_right.size() + 1);
@@ -35,7 +35,7 @@ std::string_view FindNearWord(std::string_view in_word,
     std::string_view nearest;
     std::size_t least = 3;
     for (const std::string_view known : in_known) {
-        // Longer ones are far from every word, and may be very long.
+        // Longer words are far from every word, and can be very long.
         if (in_word.size() > known.size() + 2) continue;
         const std::size_t distance = Distance(in_word, known);
         if (distance == 0) return {};

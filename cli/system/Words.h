@@ -1,4 +1,4 @@
-/// Words in sentences for people: lists, quotes, and suggestions for mistyped words.
+/// Words in messages: lists, quotes, and suggestions for mistyped words.
 #ifndef CLI_WORDS_H
 #define CLI_WORDS_H
 
@@ -29,9 +29,9 @@ void ForEachLine(std::string_view in_text, const Function& in_function) {
     }
 }
 
-/// The known word that differs from a word by one letter, in longer words by two: one too many, one
-/// missing or another one. ASCII case does not count.
-/// @return empty when there is none, or when the word is a known one
+/// Returns the known word that differs by one letter, in longer words by two: one too many, one
+/// missing or a wrong one. Ignores ASCII case.
+/// @return empty if there is none, or if the word is known
 std::string_view FindNearWord(std::string_view in_word, std::span<const std::string_view> in_known);
 
 }  // namespace Veltrane::Cli
