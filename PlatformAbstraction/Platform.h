@@ -60,7 +60,7 @@ private:
 /// Starts the platform, or counts one more user of the started one.
 /// @param in_isVerbose  a first start sets the verbose trace as given; a further start can only
 ///        turn it on
-/// @return the one platform object, owned by the library
+/// @return the platform object, owned by the library
 /// @throws StartupInitException for an encoding setting that is not legal; the platform is then not
 ///         started, and both encodings are as before
 PlatformInstance* InitializePlatform(bool in_isVerbose);

@@ -38,12 +38,12 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
   target_precompile_headers(orska_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 endif()
 
-# orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [ENVIRONMENT
-#            name=value] [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS]) Adds a test program.
-#            Each of its tests runs in its own process, so that process-wide state starts fresh; in
-#            Wine, where processes start slowly, only with APART. The default library is
-#            orska_support. With DESKTOP it opens windows on Wine's desktop. Such programs would
-#            take the focus from each other, so they run one at a time.
+# orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
+#            [ENVIRONMENT name=value] [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS])
+# Adds a test program. Each of its tests runs in its own process, so that process-wide state starts
+# fresh; in Wine, where processes start slowly, only with APART. The default library is
+# orska_support. With DESKTOP it opens windows on Wine's desktop. These programs would take the
+# focus from each other, so they run one at a time.
 #
 # With EACH_UNIXODBC the tests run once more with each unixODBC in ORSKA_UNIXODBC_PREFIXES. The time
 # limit finds a driver manager that waits for ever.

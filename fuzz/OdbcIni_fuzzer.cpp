@@ -47,7 +47,7 @@ std::string Trim(const std::string& in_text) {
     return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
 }
 
-/// A section as it is in the file; the name of what is before the first one is empty.
+/// A section as it is in the file. Lines before the first one are in a block with an empty name.
 struct Block {
     std::string m_name;  ///< folded
     std::string m_bytes;

@@ -39,7 +39,7 @@ std::int64_t CountUnits(std::int64_t in_bytes, std::uint8_t in_width) {
     return in_bytes >> (in_width / 2);
 }
 
-// Refuses negative lengths except NUL_TERMINATED, and code units whose bytes cannot be counted.
+// Refuses negative lengths except NUL_TERMINATED, and lengths whose bytes cannot be counted.
 void CheckLength(std::int64_t in_length, const char* in_function, std::uint8_t in_width = 1) {
     constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
     const bool isOrdinary = in_length >= 0 && in_length <= MOST / 4;

@@ -64,7 +64,7 @@ public:
     /// code points whole here.
     virtual void DoConvertWithNul();
 
-    /// Drops what is kept between pieces and targets; the next piece begins a new text.
+    /// Drops the state between pieces and targets; the next piece begins a new text.
     virtual void Reset();
 
     /// Moves forward or back in a buffer. A position past the end makes the next conversion throw.

@@ -140,8 +140,8 @@ std::int32_t WideStreamConverter::ReadThroughIcu() {
     return count == remaining ? TRANSCODER_DONE : TRANSCODER_INCOMPLETE;
 }
 
-// Converts the piece with ICU alone, which needs no UTF-16 in between from UTF-8. False: the target
-// is full.
+// Converts the piece with ICU alone, which converts UTF-8 without UTF-16 in between. False: the
+// target is full.
 bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
     if (m_isFinished && m_isSourceConsumed) {
         return true;
@@ -174,8 +174,8 @@ bool WideStreamConverter::ConvertWithoutIntermediate(char* in_limit) {
     return true;
 }
 
-// Converts the intermediate buffer, cutting code points where the target ends; ICU itself keeps the
-// rest of a cut one. False: the target is full.
+// Converts the intermediate buffer. The end of the target cuts a code point; ICU keeps its rest.
+// False: the target is full.
 bool WideStreamConverter::DoRegularConvert(char* in_limit) {
     bool isRoomLeft = false;
     char* limit = m_targetPosition;

@@ -91,7 +91,7 @@ bool FileHandle::Open(const orska_wstring& in_fileName, const FileOpenArguments&
 }
 
 void FileHandle::Close() noexcept {
-    const NoCancellation noCancellation;  // in a destructor it would end the process
+    const NoCancellation noCancellation;  // in a destructor a cancellation ends the process
     for (std::intptr_t* handle : {&m_lockHandle, &m_handle}) {
         if (*handle != INVALID) {
             close(ToDescriptor(*handle));

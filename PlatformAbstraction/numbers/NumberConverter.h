@@ -42,7 +42,7 @@ public:
     /// Reads decimal digits after an optional '-' or '+'. White space is not skipped.
     /// @param in_length  bytes
     /// @param in_strict  refuse text that holds anything else, or only a sign; otherwise reading
-    ///                   stops there, and no digits give 0
+    ///                   stops there, and no digits are 0
     /// @throws NumberConversionInvalidDataException "StrToNumConvFailed" with the input, for empty
     ///         text (strict or not) and for text that strict reading refuses
     /// @throws NumberConversionOutOfRangeException with the input: "StrToNumConvFailedOverflow",
@@ -61,17 +61,17 @@ public:
 
     /// For text that was validated before: checks nothing and throws nothing. Each UTF-16 code unit
     /// after an optional '-' or '+' counts as its code minus '0', and the sum wraps silently in T;
-    /// a '-' negates it, modulo 2^n for an unsigned T. NULL and empty text give 0.
+    /// a '-' negates it, modulo 2^n for an unsigned T. NULL and empty text are 0.
     template <ConvertibleInteger T>
     static T StringToIntegerUnchecked(const orska_wstring& in_text) noexcept;
 
     /// Reads a decimal number: blanks and control characters, a sign, digits with an optional
     /// point, an optional exponent. "inf" to "infinity" (each prefix), with an optional '-', and
-    /// "nan" give the special values, in any case.
+    /// "nan" are the special values, in any case.
     ///
     /// The result is 19 or 20 significant digits times one power of ten, so it can differ from the
     /// nearest value in the last place. Only the first 1,279 bytes are read.
-    /// @param in_length  bytes; 0 gives 0, strict or not
+    /// @param in_length  bytes; empty text is 0, strict or not
     /// @param in_strict  refuse text that has more after the number
     /// @throws NumberConversionInvalidDataException if strict: "StrToNumConvFailed" with the input
     template <ConvertibleFloat T>
@@ -83,8 +83,8 @@ public:
     static T ConvertStringToFloatingPoint(const orska_wstring& in_text, bool in_strict);
 
     /// Writes a value in decimal, right-aligned at the end of a buffer, with a NUL in its last
-    /// byte. Bytes in front of the text may change. Made for buffers that hold every value of T (5,
-    /// 7, 12 and 21 bytes for 8 to 64 bits); in a shorter one it works as IntegerToBufferChecked.
+    /// byte. Bytes before the text may change. Made for buffers that hold every value of T (5, 7,
+    /// 12 and 21 bytes for 8 to 64 bits); in a shorter one it works as IntegerToBufferChecked.
     /// @param in_bufferLength  bytes
     /// @return the first character of the text, inside the buffer
     /// @throws NumberConversionInvalidDataException "NumToStrConvFailed" when the text does not

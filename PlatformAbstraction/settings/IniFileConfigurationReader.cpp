@@ -177,7 +177,7 @@ bool IniFileConfigurationReader::LoadConfiguration(ConfigurationMap& io_configur
     if (file == nullptr) {
         return false;
     }
-    const NoCancellation noCancellation;  // the block below would catch it
+    const NoCancellation noCancellation;  // the catch block below would swallow a cancellation
     constexpr char FUNCTION[] = "Orska::Support::IniFileConfigurationReader::LoadConfiguration";
     std::uint64_t lineNumber = 1;
     try {

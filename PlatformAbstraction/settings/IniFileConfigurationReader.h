@@ -15,8 +15,8 @@ namespace Orska::Support {
 class IniFileConfigurationReader {
 public:
     /// @param in_isCaseSensitive  false: keys become upper case
-    /// @param in_resolveIniPathFromModule  true: a relative path starts at the directory of
-    ///        this library's file, and names no file if that is not known; false: at the
+    /// @param in_resolveIniPathFromModule  true: a relative path starts at the directory of this
+    ///        library's file, and names no file if that is not known; false: it starts at the
     ///        working directory
     IniFileConfigurationReader(bool in_isCaseSensitive, bool in_resolveIniPathFromModule)
         : m_isCaseSensitive(in_isCaseSensitive),

@@ -82,7 +82,7 @@ void OrskaSettingReader::Load() {
     if (m_isLoaded || m_isLoading) {
         return;
     }
-    const NoCancellation noCancellation;  // callers that drop exceptions would catch it
+    const NoCancellation noCancellation;  // callers that drop exceptions would swallow one
     const struct Loading {
         bool& m_flag;
         explicit Loading(bool& io_flag) : m_flag(io_flag) { m_flag = true; }

@@ -21,7 +21,7 @@ public:
     /// Adds the values of one key; nothing when the key cannot be opened.
     /// @param in_hiveName  "HKEY_LOCAL_MACHINE", or any other text for the current user; if empty,
     ///        the local machine is tried when the current user has no such key
-    /// @param in_section  the last part of the key's path, appended also when empty; null: none
+    /// @param in_section  the last part of the key's path, appended even if empty; null: none
     /// @param in_includeDriverValue  false: the default value and values named "DRIVER" or a prefix
     ///        of it, in any case, are left out
     /// @throws ProductException "RegKeyNotFound" when the open key cannot be queried

@@ -9,7 +9,7 @@ namespace Orska::Support {
 namespace {
 
 /// Compares the first code units that differ. It searches four at a time, because the keys of a
-/// section often begin alike.
+/// section often begin with the same text.
 int CompareUnits(std::u16string_view in_left, std::u16string_view in_right) {
     static_assert(std::endian::native == std::endian::little);
     const std::size_t common = std::min(in_left.size(), in_right.size());

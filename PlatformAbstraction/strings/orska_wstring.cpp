@@ -99,7 +99,7 @@ std::string Encode(const orska_wstring& in_string, EncodingType in_encoding) {
                                 : EncodeThrough(*converter, in_string, in_encoding);
 }
 
-/// `in_direct` makes the same units where there is no platform converter.
+/// `in_direct` makes the same units without a platform converter.
 template <typename Unit>
 std::basic_string<Unit> EncodeUnits(
     const orska_wstring& in_string, EncodingType in_encoding,

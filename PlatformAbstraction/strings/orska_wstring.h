@@ -44,9 +44,10 @@ public:
     orska_wstring(std::nullptr_t) noexcept {}
     orska_wstring(const orska_wstring& in_other);
     orska_wstring(orska_wstring&& in_other) noexcept;
-    /// Bytes in the ANSI encoding; an empty string gives an empty, non-NULL one.
+    /// Bytes in the ANSI encoding; an empty string becomes an empty, non-NULL one.
     orska_wstring(const std::string& in_text);
-    /// As above, up to the first NUL byte; a null pointer gives NULL, as in the next constructors.
+    /// As above, up to the first NUL byte; a null pointer becomes NULL, as in the
+    /// next constructors.
     orska_wstring(const char* in_text);
     orska_wstring(const char* in_text, std::size_t in_lengthInBytes);
     /// Bytes in a named encoding, through the platform converter when there is one.

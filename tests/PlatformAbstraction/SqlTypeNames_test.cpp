@@ -1,5 +1,5 @@
-// The ODBC headers come first: the names below are their macros. On Windows they need its
-// own first.
+// The ODBC headers come first: the names below are their macros. On Windows they need <windows.h>
+// before them.
 #ifdef _WIN32
 #include <windows.h>
 #endif

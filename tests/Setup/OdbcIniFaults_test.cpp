@@ -98,7 +98,7 @@ constexpr unsigned char LIST[] = {2, 0, 0,   0,   1,   0,   6,  0, 255, 255, 255
                                   0, 7, 0,   0,   0,   4,   0,  0, 0,   255, 255, 255, 255, 16, 0,
                                   4, 0, 255, 255, 255, 255, 32, 0, 0,   0,   255, 255, 255, 255};
 
-/// Attributes of the old file that the new one may not get.
+/// Attributes of the old file that the new one cannot always get.
 TEST_F(OdbcIniFaults, AttributesAreKeptOrTheChangeIsRefused) {
     for (const bool isOwner : {true, false}) {
         SCOPED_TRACE(isOwner ? "the owner" : "the access list");
