@@ -21,7 +21,6 @@ endfunction()
 # Sets the options of every test. They are the same for all, so that tests can share a
 # precompiled header.
 function(orska_test_options target)
-  orska_warnings(${target})
   orska_optimise_little(${target})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # gcc 12 warns of a mismatch in tests that replace both operators, to count or to clear.
@@ -38,12 +37,12 @@ if(ORSKA_PRECOMPILE_TEST_HEADERS)
   target_precompile_headers(orska_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 endif()
 
-# orska_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds]
-#            [ENVIRONMENT name=value] [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS])
+# orska_test(name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [ENVIRONMENT name=value]
+#            [APART] [DESKTOP] [EACH_UNIXODBC] [OWN_OPERATORS])
 # Adds a test program. Each of its tests runs in its own process, so that process-wide state starts
 # fresh; in Wine, where processes start slowly, only with APART. The default library is
-# orska_support. With DESKTOP it opens windows on Wine's desktop. These programs would take the
-# focus from each other, so they run one at a time.
+# orska_support. With DESKTOP it opens windows on Wine's desktop. These programs would take the focus
+# from each other, so they run one at a time.
 #
 # With EACH_UNIXODBC the tests run once more with each unixODBC in ORSKA_UNIXODBC_PREFIXES. The time
 # limit finds a driver manager that waits for ever.
@@ -51,8 +50,8 @@ endif()
 # OWN_OPERATORS: the program replaces the operators new and delete. ThreadSanitizer's run-time
 # defines them too, before the program's, so its build leaves out such a test, which has one thread.
 set(ORSKA_UNIXODBC_PREFIXES "" CACHE STRING "Where further versions of unixODBC are installed")
-function(orska_test)
-  cmake_parse_arguments(ARG "APART;DESKTOP;EACH_UNIXODBC;OWN_OPERATORS" "NAME;TIMEOUT;ENVIRONMENT"
+function(orska_test name)
+  cmake_parse_arguments(ARG "APART;DESKTOP;EACH_UNIXODBC;OWN_OPERATORS" "TIMEOUT;ENVIRONMENT"
                         "SOURCES;LIBRARIES;LABELS" ${ARGN})
   if(ARG_OWN_OPERATORS AND CMAKE_CXX_FLAGS MATCHES "sanitize=thread")
     return()
@@ -60,7 +59,7 @@ function(orska_test)
   if(NOT ARG_LIBRARIES)
     set(ARG_LIBRARIES orska_support)
   endif()
-  set(properties)
+  set(properties PROPERTIES)
   foreach(property LABELS TIMEOUT ENVIRONMENT)
     if(ARG_${property})
       list(APPEND properties ${property} "${ARG_${property}}")
@@ -69,30 +68,44 @@ function(orska_test)
   if(ARG_DESKTOP)
     list(APPEND properties RESOURCE_LOCK desktop)
   endif()
-  add_executable(${ARG_NAME} ${ARG_SOURCES})
-  orska_test_options(${ARG_NAME})
-  target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBRARIES})
+  add_executable(${name} ${ARG_SOURCES})
+  orska_test_options(${name})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
   if(ORSKA_PRECOMPILE_TEST_HEADERS)
-    target_precompile_headers(${ARG_NAME} REUSE_FROM orska_test_headers)
+    target_precompile_headers(${name} REUSE_FROM orska_test_headers)
+  endif()
+  if(NOT WIN32)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 ${properties})
+  elseif(ARG_APART)
+    add_test(NAME ${name} COMMAND ${PROJECT_SOURCE_DIR}/cmake/run-tests-apart
+             ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+  else()
+    add_test(NAME ${name} COMMAND ${name})
   endif()
   if(WIN32)
-    if(ARG_APART)
-      add_test(NAME ${ARG_NAME} COMMAND ${PROJECT_SOURCE_DIR}/cmake/run-tests-apart
-               ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${ARG_NAME}>)
-    else()
-      add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
-    endif()
-    set_tests_properties(${ARG_NAME} PROPERTIES FIXTURES_REQUIRED wine ${properties})
-  else()
-    list(PREPEND properties PROPERTIES)
-    list(REMOVE_ITEM properties "")
-    gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 ${properties})
+    set_tests_properties(${name} ${properties} FIXTURES_REQUIRED wine)
   endif()
   if(ARG_EACH_UNIXODBC)
     foreach(prefix ${ORSKA_UNIXODBC_PREFIXES})
       cmake_path(GET prefix FILENAME version)
-      gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 TEST_PREFIX ${version}.
+      gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 TEST_PREFIX ${version}.
         PROPERTIES LABELS unixodbc TIMEOUT 120 ENVIRONMENT LD_LIBRARY_PATH=${prefix}/lib)
     endforeach()
   endif()
+endfunction()
+
+# orska_command_test(name COMMAND program [argument...] [PROPERTY value...]...)
+# Adds a test that runs a script, or a program with arguments. It may have the properties in the list
+# below.
+function(orska_command_test name)
+  set(properties ENVIRONMENT FIXTURES_CLEANUP FIXTURES_REQUIRED FIXTURES_SETUP LABELS
+    FAIL_REGULAR_EXPRESSION PASS_REGULAR_EXPRESSION RESOURCE_LOCK SKIP_REGULAR_EXPRESSION
+    SKIP_RETURN_CODE TIMEOUT WILL_FAIL)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "COMMAND;${properties}")
+  add_test(NAME ${name} COMMAND ${ARG_COMMAND})
+  foreach(property ${properties})
+    if(DEFINED ARG_${property})
+      set_property(TEST ${name} PROPERTY ${property} "${ARG_${property}}")
+    endif()
+  endforeach()
 endfunction()

@@ -1,23 +1,21 @@
-# Settings of a build for Windows on Debian: ICU, which `scripts/deps windows` builds, and Wine, in
-# which its programs run.
-set(build_icu ${PROJECT_SOURCE_DIR}/packaging/windows/icu/build-icu)
-execute_process(COMMAND ${build_icu} --prefix OUTPUT_VARIABLE ORSKA_ICU_PREFIX
-                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-if(NOT EXISTS ${ORSKA_ICU_PREFIX}/complete)
-  message(FATAL_ERROR "There is no ICU for Windows in ${ORSKA_ICU_PREFIX}: run scripts/deps windows")
-endif()
-list(APPEND CMAKE_FIND_ROOT_PATH ${ORSKA_ICU_PREFIX})
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${build_icu})
+# Settings of a build for Windows on Debian: libraries that scripts build, and Wine, in which its
+# programs run.
 
-if(ORSKA_BUILD_BENCHMARKS)
-  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/packaging/windows/benchmark/build-benchmark --prefix
-                  OUTPUT_VARIABLE benchmark_prefix OUTPUT_STRIP_TRAILING_WHITESPACE
-                  COMMAND_ERROR_IS_FATAL ANY)
-  if(NOT EXISTS ${benchmark_prefix}/complete)
-    message(FATAL_ERROR "There is no Google Benchmark for Windows in ${benchmark_prefix}: "
-                        "run packaging/windows/benchmark/build-benchmark")
+# Sets a variable to the folder of such a library; the script prints it with --prefix.
+function(find_built variable script)
+  set(script ${PROJECT_SOURCE_DIR}/packaging/windows/${script})
+  execute_process(COMMAND ${script} --prefix OUTPUT_VARIABLE prefix
+                  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT EXISTS ${prefix}/complete)
+    message(FATAL_ERROR "There is nothing complete in ${prefix}: run scripts/deps windows, then ${script}")
   endif()
-  list(APPEND CMAKE_FIND_ROOT_PATH ${benchmark_prefix})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${script})
+  set(CMAKE_FIND_ROOT_PATH ${CMAKE_FIND_ROOT_PATH} ${prefix} PARENT_SCOPE)
+  set(${variable} ${prefix} PARENT_SCOPE)
+endfunction()
+find_built(icu_prefix icu/build-icu)
+if(ORSKA_BUILD_BENCHMARKS)
+  find_built(benchmark_prefix benchmark/build-benchmark)
 endif()
 
 add_compile_definitions(
@@ -32,15 +30,34 @@ add_link_options(-Wl,--gc-sections -Wl,--no-insert-timestamp)
 add_compile_options(
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
   -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build
-  -ffile-prefix-map=${ORSKA_ICU_PREFIX}=./icu)
+  -ffile-prefix-map=${icu_prefix}=./icu)
 # Functions and lines, for the symbols beside the package.
 add_compile_options(-g1)
 enable_language(RC)
-include(OrskaVersionResource)
+# Has the functions that failed checks of hardened code call.
+string(PREPEND CMAKE_CXX_STANDARD_LIBRARIES "-lssp ")
 
-# Moves the symbols of a shipped library or program into a separate file, to which it links. objcopy
-# would write the build time into both.
-function(orska_symbols_apart target)
+if(ORSKA_BUILD_TESTS)
+  # Debian has GoogleTest for Windows only as source.
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+endif()
+
+# For a shipped library or program: adds a version resource and moves the symbols into a separate file,
+# to which it links. objcopy would write the build time into both.
+function(orska_windows_product target description)
+  set(VELTRANE_FILE_DESCRIPTION "${description}")
+  set(VELTRANE_FILE_TYPE VFT_DLL)
+  set(VELTRANE_FILE_NAME ${target}.dll)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    set(VELTRANE_FILE_TYPE VFT_APP)
+    set(VELTRANE_FILE_NAME ${target}.exe)
+  endif()
+  set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}-version.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/VeltraneVersion.rc.in ${resource} @ONLY)
+  target_sources(${target} PRIVATE ${resource})
+
   set(program $<TARGET_FILE:${target}>)
   set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
   add_custom_command(TARGET ${target} POST_BUILD
@@ -53,11 +70,3 @@ endfunction()
 # Programs run in Wine, in a folder of the build that the test `wine_prefix` makes.
 set(ORSKA_WINE_PREFIX ${PROJECT_BINARY_DIR}/wine)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/run-in-wine ${ORSKA_WINE_PREFIX})
-
-# Called once, after tests are enabled.
-function(orska_add_wine_tests)
-  add_test(NAME wine_prefix COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --create)
-  set_tests_properties(wine_prefix PROPERTIES FIXTURES_SETUP wine)
-  add_test(NAME wine_stop COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --stop)
-  set_tests_properties(wine_stop PROPERTIES FIXTURES_CLEANUP wine)
-endfunction()

@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """The archive and the installer for Windows, made and installed in a separate Wine folder.
 
   windows_packages_test.py BUILD RUN_IN_WINE VERSION TEST_INSTALLER [unittest arguments]
