@@ -30,7 +30,7 @@ constexpr int MAX_LINKS = 40;
 /// A mounted file could only be written in place. An interrupted write would lose it, and other
 /// programs would read half of it.
 constexpr char MOUNTED[] =
-    "cannot be replaced, because it is mounted by itself (mount its directory instead)";
+    "cannot be replaced, because the file itself is mounted (mount its directory instead)";
 constexpr std::size_t SPARE_ROOM = 4096;
 /// A program that has the file open counts as done after this long without a write, in
 /// microseconds. An empty file gets longer, because writers begin by emptying it.
@@ -216,7 +216,7 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& o
             return true;
         }
         if (SystemCalls::GetMonotonicTime() > deadline) {
-            return Fail("another program does not end writing to it", ETIMEDOUT);
+            return Fail("another program keeps writing to it", ETIMEDOUT);
         }
         Pause();
         if (SystemCalls::StatHandle(in_handle, io_stat) != 0) return FailToRead();

@@ -50,7 +50,7 @@ EditorChoice ChooseEditor(const EditorSurroundings& in_surroundings) {
             Consider(wish, choice);
         } else {
             choice.m_problems = "VELTRANE_DSN_EDITOR is \"" + wish +
-                                "\"; it may be desktop, terminal or an absolute path. ";
+                                "\"; it has to be desktop, terminal or an absolute path. ";
         }
         return choice;
     }

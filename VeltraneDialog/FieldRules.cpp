@@ -37,7 +37,7 @@ const char* WhyUnstorable(std::u16string_view in_text) {
 
 const char* WhyNoName(std::string_view in_name, std::u16string_view in_units) {
     if (in_name.find_first_of(CHARACTERS_NOT_IN_NAMES) != std::string_view::npos) {
-        return VELTRANE_TEXT("A name has none of [ ] { } ( ) , ; ? * = ! @ \\");
+        return VELTRANE_TEXT("A name cannot contain [ ] { } ( ) , ; ? * = ! @ \\");
     }
     if (const char* const reason = WhyNameTooLong(in_name, in_units)) {
         return reason;

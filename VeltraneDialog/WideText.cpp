@@ -24,7 +24,7 @@ std::wstring PathBesideModule(const wchar_t* in_name) {
     const std::wstring directory = Orska::Support::GetOwnDirectory();
     if (directory.empty()) {
         // A name without a path would be searched in places that the host or its user chooses.
-        throw std::runtime_error("The system does not tell where this module is.");
+        throw std::runtime_error("The path of this module is unknown.");
     }
     return directory + in_name;
 }

@@ -32,7 +32,7 @@ int PrintHelp(int in_argumentCount, char** in_arguments) {
     std::fprintf(
         stderr,
         "%s is started by the setup library of the Veltrane ODBC driver when a data source\n"
-        "is added or configured. By hand it only knows --version.\n",
+        "is added or configured. Run by hand, it accepts only --version.\n",
         name);
     return STATUS_USAGE;
 }
@@ -41,7 +41,7 @@ EditorMessage ShowAndAnswer(HostConnection& io_host, const EditorScreen& in_scre
     EditorMessage message = io_host.Receive();
     const bool isQuestion = message.m_kind == EditorMessageKind::ASK;
     if (!isQuestion && message.m_kind != EditorMessageKind::SHOW) {
-        throw EditorProtocolError("The host wants something else than a form or an answer.");
+        throw EditorProtocolError("The host asked for neither a form nor an answer.");
     }
     message.m_kind = EditorMessageKind::CANCEL;
     try {

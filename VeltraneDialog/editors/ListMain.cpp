@@ -35,7 +35,7 @@ int main(int in_argumentCount, char** in_arguments) {
         std::fprintf(isVersion ? stdout : stderr,
                      isVersion ? "veltrane-dsn-window " VELTRANE_VERSION "\n"
                                : "veltrane-dsn-window shows the data sources of the Veltrane ODBC "
-                                 "driver in a window. It takes no arguments but --version.\n");
+                                 "driver in a window. It accepts no arguments except --version.\n");
         return isVersion ? 0 : 2;
     }
     Veltrane::ODBC::StartTexts();

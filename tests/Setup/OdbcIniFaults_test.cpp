@@ -250,10 +250,11 @@ TEST_F(OdbcIniFaults, ReportsWhatCannotBeReplaced) {
         OdbcIniUpdate update(m_file, 0600);
         update.Set("S", "k", "v");
         EXPECT_FALSE(update.Commit());
-        EXPECT_EQ(update.GetFailure().Describe(),
-                  m_file +
-                      ": cannot be replaced, because it is mounted by itself (mount its directory "
-                      "instead): Device or resource busy");
+        EXPECT_EQ(
+            update.GetFailure().Describe(),
+            m_file +
+                ": cannot be replaced, because the file itself is mounted (mount its directory "
+                "instead): Device or resource busy");
         EXPECT_EQ(Read(), OLD);
     }
     s_systemCalls = {};

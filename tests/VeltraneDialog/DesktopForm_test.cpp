@@ -63,7 +63,7 @@ TEST_F(DesktopFormTest, OkIsEnabledOnlyWhileEveryFieldIsAccepted) {
     const QAbstractButton* ok = Button(form, "&OK");
     EXPECT_TRUE(ok->isEnabled());
     const std::tuple<const char*, QString, QString> cases[] = {
-        {"Name", "a[b", "A name has none of [ ] { } ( ) , ; ? * = ! @ \\"},
+        {"Name", "a[b", "A name cannot contain [ ] { } ( ) , ; ? * = ! @ \\"},
         {"Name", "", "Has to be filled."},
         {"Server", "", "Has to be filled."},
         // Longer than a widget's default limit, which would truncate it.

@@ -69,10 +69,10 @@ TEST_F(EditorChoiceTest, AChosenEditorIsTheOnlyOne) {
 TEST_F(EditorChoiceTest, AChosenEditorThatIsMissingIsAnError) {
     const std::pair<std::string, std::string> cases[] = {
         {"window",
-         "VELTRANE_DSN_EDITOR is \"window\"; it may be desktop, terminal or an absolute "
+         "VELTRANE_DSN_EDITOR is \"window\"; it has to be desktop, terminal or an absolute "
          "path. "},
         {"bin/editor",
-         "VELTRANE_DSN_EDITOR is \"bin/editor\"; it may be desktop, terminal or an "
+         "VELTRANE_DSN_EDITOR is \"bin/editor\"; it has to be desktop, terminal or an "
          "absolute path. "},
         {m_directory + "/none", m_directory + "/none: No such file or directory. "},
         {m_directory, m_directory + ": not a program. "},

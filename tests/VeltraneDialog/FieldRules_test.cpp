@@ -67,7 +67,7 @@ TEST(FieldRules, Names) {
     }
     for (const char c : std::string("[]{}(),;?*=!@\\")) {
         EXPECT_EQ(Reason("DSN", std::string("a") + c),
-                  "A name has none of [ ] { } ( ) , ; ? * = ! @ \\");
+                  "A name cannot contain [ ] { } ( ) , ; ? * = ! @ \\");
         EXPECT_EQ(Reason("UID", std::string("a") + c), "");
     }
 }

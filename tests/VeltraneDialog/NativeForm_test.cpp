@@ -215,7 +215,7 @@ TEST(NativeForm, ShowsTheReasonOfARefusalBelowTheField) {
         std::wstring m_text;
         const wchar_t* m_reason;
     } cases[] = {
-        {NAME, L"a[b", L"A name has none of [ ] { } ( ) , ; ? * = ! @ \\"},
+        {NAME, L"a[b", L"A name cannot contain [ ] { } ( ) , ; ? * = ! @ \\"},
         {NAME, std::wstring(33, L'\x65E5'), L"Too long: a name has at most 32 characters."},
         {NAME, L"ODBC data sources", L"This name is reserved."},
         {SERVER, L"", L"Has to be filled."},

@@ -68,7 +68,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.start("add", prefix="LANGUAGE=de")
         self.see("Neue Datenquelle")
         self.type("a[")
-        self.see("Ein Name hat keines der Zeichen [ ] { }")
+        self.see("Ein Name darf nicht enthalten: [ ] { }")
 
     def client_pid(self):
         parent = f"/proc/{self.editor_pid()}/stat"
@@ -121,7 +121,7 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.start("add")
         self.see("New data source")
         self.type("sal[es")
-        self.see("A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
+        self.see("A name cannot contain [ ] { } ( ) , ; ? * = ! @ \\")
         self.keys("BSpace", "BSpace", "BSpace", "Enter")
         self.see("Has to be filled.")
         # The focus is in the first refused field, the server.

@@ -70,7 +70,7 @@ class ModuleTest(unittest.TestCase):
         answer = self.run_module({"name": "bad"}, SALES, {"name": "a[b", "values": {}})
         self.assertTrue(answer["failed"] and answer["changed"])
         self.assertEqual(answer["msg"], "2 of 3 data sources failed. bad: Server: Has to be filled.; "
-                                        "a[b: DSN: A name has none of [ ] { } ( ) , ; ? * = ! @ \\")
+                                        "a[b: DSN: A name cannot contain [ ] { } ( ) , ; ? * = ! @ \\")
         self.assertIn("[sales]\n", self.ini.read_text())
 
     def test_passwords_reach_the_file_and_nothing_else(self):
