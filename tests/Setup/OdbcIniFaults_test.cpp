@@ -264,7 +264,7 @@ TEST_F(OdbcIniFaults, ReportsWhatCannotBeReplaced) {
     constexpr std::size_t SIZE = (256 << 20) + 1;
     void* const large = ::mmap(nullptr, SIZE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     EXPECT_FALSE(file.Replace(std::string_view(static_cast<const char*>(large), SIZE)));
-    EXPECT_EQ(file.GetFailure().m_error, EFBIG) << "nobody could read it";
+    EXPECT_EQ(file.GetFailure().m_error, EFBIG) << "no program could read it";
     ::munmap(large, SIZE);
 }
 

@@ -35,11 +35,11 @@ struct EditCase {
 
 const EditCase EDIT_CASES[] = {
     {"into an empty file", Save, "", "[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n"},
-    {"behind a blank line, in the file's style", Save, "[A]\nk=v\n\n",
+    {"after a blank line, in the file's style", Save, "[A]\nk=v\n\n",
      "[A]\nk=v\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n"},
-    {"behind a section without a blank line", Save, "[A]\nk=v\n",
+    {"after a section without a blank line", Save, "[A]\nk=v\n",
      "[A]\nk=v\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
-    {"behind a last line without an end", Save, "# only a comment",
+    {"after a last line without an end", Save, "# only a comment",
      "# only a comment\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
     {"with the file's line ends", Save, "[A]\r\nk=v\r\n",
      "[A]\r\nk=v\r\n\r\n[Sales]\r\nDriver=V\r\nServer=new\r\nDatabase=d\r\n"},
@@ -51,12 +51,12 @@ const EditCase EDIT_CASES[] = {
      "; top\n[A]\nk = v \n\n[Sales]\n# one\nServer=new\n; two\nDriver=V\nDatabase=d\n# b\n\n[B]\n"},
     {"once, when it stood twice", Save, "[Sales]\nServer=1\n\n[A]\nk=v\n[sales]\nServer=2\n# c\n",
      "[Sales]\nDriver=V\nServer=new\nDatabase=d\n\n[A]\nk=v\n# c\n"},
-    {"keys that stand twice go", Save, "[Sales]\nServer=1\nServer=2\n",
+    {"keys that occur twice are removed", Save, "[Sales]\nServer=1\nServer=2\n",
      "[Sales]\nDriver=V\nServer=new\nDatabase=d\n"},
-    {"a line over 999 bytes goes whole", Save,
+    {"a line over 999 bytes is removed whole", Save,
      "[Sales]\nServer=" + std::string(2000, 'x') + "\n# c\n[B]\n",
      "[Sales]\nDriver=V\nServer=new\nDatabase=d\n# c\n[B]\n"},
-    {"a comment over 999 bytes is one still", RemoveTwice,
+    {"a comment over 999 bytes stays one", RemoveTwice,
      "[A]\n[Sales]\n#" + std::string(995, 'c') + "ü" + std::string(999, 'c') + "\n#" +
          std::string(998, 'd') + "\n[B]\n",
      "[A]\n#" + std::string(995, 'c') + "\n# ü" + std::string(995, 'c') + "\n# cccc\n#" +
@@ -70,7 +70,7 @@ const EditCase EDIT_CASES[] = {
          io_text.Set("Sales", "k", "w");
      },
      "[A]\nk=v\n# a\n[B]\n[Sales]\nk=v\n# s\n[C]\n", "# a\n[B]\n[Sales]\nk=w\n# s\n[C]\n"},
-    {"nothing else is touched, NUL and high bytes neither", Save,
+    {"nothing else is changed, not even NUL and high bytes", Save,
      std::string("[A]\n\0\x80\xFF=1\r\n\v\n[Sales]\n[B]\nx", 26),
      std::string("[A]\n\0\x80\xFF=1\r\n\v\n", 13) +
          "[Sales]\nDriver=V\nServer=new\nDatabase=d\n[B]\nx"},
@@ -79,7 +79,7 @@ const EditCase EDIT_CASES[] = {
     {"removing keeps comments", Remove, "[A]\n[Sales]\n# mine\nk=v\n# of B\n[B]\n",
      "[A]\n# mine\n# of B\n[B]\n"},
     {"removing the only one", Remove, "[Sales]\nk=v\n", ""},
-    {"removing what is not there", Remove, "[A]\n\n\n", "[A]\n\n\n"},
+    {"removing a missing section", Remove, "[A]\n\n\n", "[A]\n\n\n"},
     {"removing a header that the reader sees inside a long line", Remove,
      "[A]\n" + std::string(999, 'x') + "[Sales]\nk=v\n[B]\n",
      "[A]\n" + std::string(999, 'x') + "\n[B]\n"},

@@ -80,11 +80,11 @@ const Row ROWS[] = {
     {"request 100", 100, X, NONE, TYPE},
 
     {"remove", REMOVE, X, NONE, NOTHING, {{"x", GONE}}},
-    {"remove what is not there", REMOVE, "DSN=absent\0"s, NONE, NOTHING},
+    {"remove a missing data source", REMOVE, "DSN=absent\0"s, NONE, NOTHING},
     {"remove without a list", REMOVE, "", NONE, KEYWORD},
     {"remove without a name", REMOVE, "Server=s\0"s, NONE, KEYWORD},
     {"remove with a refused name", REMOVE, "DSN=a[b\0"s, NONE, KEYWORD},
-    {"a refused removal is handed on without an error", REMOVE, X, NONE, NOTHING, {}, "RemoveDSN"},
+    {"a refused removal is passed on without an error", REMOVE, X, NONE, NOTHING, {}, "RemoveDSN"},
 
     {"configure with an empty list", CONFIG, "", NONE, KEYWORD},
     {"configure with an empty list and a window", CONFIG, "", ACCEPTED, KEYWORD},
@@ -100,7 +100,7 @@ const Row ROWS[] = {
      CANCELLED,
      NOTHING,
      {{"x", SAVED}}},
-    {"of two names the later one counts",
+    {"the later of two names counts",
      CONFIG,
      "DSN=other\0junk\0DSN=x\0"s,
      CANCELLED,

@@ -45,7 +45,7 @@ TEST(ThreadCodePage, ReplacesCharactersThatItLacks) {
     } cases[] = {
         {"English, cp1252", 0x0409},
         {"Japanese, cp932", 0x0411},
-        {"Hindi, UTF-8 alone, which refuses the flag", 0x0439},
+        {"Hindi, only UTF-8, which refuses the flag", 0x0439},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
@@ -63,10 +63,10 @@ TEST(ThreadCodePage, RefusesATextWhoseConversionFails) {
         const char16_t* m_text;
         bool m_isRefused;
     } cases[] = {
-        {"the code page is not there", {ERROR_INVALID_PARAMETER}, u"a", true},
+        {"the code page is missing", {ERROR_INVALID_PARAMETER}, u"a", true},
         {"no such character", {ERROR_NO_UNICODE_TRANSLATION}, u"日本", true},
-        {"not for the flag alone", {ERROR_INVALID_FLAGS, ERROR_INVALID_PARAMETER}, u"a", true},
-        {"for the flag alone", {ERROR_INVALID_FLAGS}, u"a", false},
+        {"fails without flag too", {ERROR_INVALID_FLAGS, ERROR_INVALID_PARAMETER}, u"a", true},
+        {"fails only with the flag", {ERROR_INVALID_FLAGS}, u"a", false},
         {"an empty text is not converted", {ERROR_INVALID_PARAMETER}, u"", false},
     };
     for (const auto& c : cases) {

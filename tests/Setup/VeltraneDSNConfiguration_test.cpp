@@ -53,8 +53,8 @@ TEST_F(VeltraneDSNConfigurationTest, LoadFindsTheNameInTheAttributeList) {
         const char* m_dsn;
     } cases[] = {
         {"one entry", "DSN=x\0"s, "x"},
-        {"behind others", "Server=s\0DSN=x\0"s, "x"},
-        {"in front of others", "DSN=x\0Server=s\0UID=u\0"s, "x"},
+        {"after others", "Server=s\0DSN=x\0"s, "x"},
+        {"before others", "DSN=x\0Server=s\0UID=u\0"s, "x"},
         {"many short entries: the cuts overlap", "A=1\0B=2\0C=3\0DSN=x\0D=4\0E=5\0"s, "x"},
         {"given twice", "DSN=x\0DSN=yy\0"s, "yy"},
         {"only the first = splits", "DSN==x=\0"s, "=x="},
@@ -67,7 +67,7 @@ TEST_F(VeltraneDSNConfigurationTest, LoadFindsTheNameInTheAttributeList) {
         {"other case", "dsn=x\0Dsn=x\0"s, ""},
         {"blanks around the key", " DSN=x\0DSN =x\0"s, ""},
         {"a key that is only a prefix", "DSN1=x\0DS=x\0"s, ""},
-        {"behind millions of entries without =", many + "DSN=x\0"s, "x"},
+        {"after millions of entries without =", many + "DSN=x\0"s, "x"},
         {"nothing", ""s, ""},
     };
     for (const auto& c : cases) {

@@ -42,7 +42,7 @@ TEST(FieldRules, Names) {
         {"33 bytes of 17 letters", "üüüüüüüüüüüüüüüüx",
          ARE_NAMES_COUNTED_IN_UTF16 ? "" : MAX_NAME_REASON},
         {"inner blank, quotes, # and :", "a b'\"#:<>|/", ""},
-        {"blank in front", " a", blanks},
+        {"blank at the start", " a", blanks},
         {"blank at the end", "a ", blanks},
         {"no-break space at the end", "a\xC2\xA0", ""},
         {"line feed", "a\nb", control},

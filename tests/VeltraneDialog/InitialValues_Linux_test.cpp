@@ -10,7 +10,7 @@ TEST_F(InitialValuesFile, WhatIsNotAFileIsRefusedAtOnce) {
     EXPECT_EQ(LoadError(), ": No such file or directory.");
     const std::pair<const char*, int (*)(const char*)> cases[] = {
         {"folder", [](const char* in_path) { return mkdir(in_path, 0700); }},
-        {"pipe that nobody writes to", [](const char* in_path) { return mkfifo(in_path, 0600); }},
+        {"pipe without a writer", [](const char* in_path) { return mkfifo(in_path, 0600); }},
         {"device", [](const char* in_path) { return symlink("/dev/zero", in_path); }},
     };
     for (const auto& [point, make] : cases) {

@@ -319,8 +319,8 @@ TEST(NativeForm, NoCopyOfThePasswordIsLeft) {
         bool m_isKept;
         std::function<void(const Form&)> m_act;
     } cases[] = {
-        {"short, left alone", 30, true, [](const Form&) {}},
-        {"long, left alone", 250, true, [](const Form&) {}},
+        {"short, unchanged", 30, true, [](const Form&) {}},
+        {"long, unchanged", 250, true, [](const Form&) {}},
         {"looked at", 30, true, [](const Form& in_form) { in_form.Click(ID_SHOW_PASSWORD); }},
         {"typed over", 30, false,
          [](const Form& in_form) {

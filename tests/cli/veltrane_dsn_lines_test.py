@@ -132,7 +132,7 @@ class InputTest(RefusalTest):
                 ("a value with =", "X=a=b", "+X=a=b"),
                 ("separators in braces", "X={a;b=c};Y=u", "+X=a;b=c +Y=u"),
                 ("doubled braces", "X={a}}b}}};Y=u", "+X=a}b} +Y=u"),
-                ("an opening brace inside, blanks behind", "X={a{b} ;Y=x{y}", "+X=a{b +Y=x{y}"),
+                ("an opening brace inside, blanks after", "X={a{b} ;Y=x{y}", "+X=a{b +Y=x{y}"),
                 ("empty braces", "X={}", "+X="),
                 ("the first of two", "x=a;X=b", "+x=a")):
             with self.subTest(point):
@@ -243,7 +243,7 @@ class ImportTest(RefusalTest):
                  "[A]\nDriver=Veltrane\n[b]\nDriver=Veltrane\nServer=€\n"
                  '"a" is left out: there is one of this name before it.\n'
                  '"c" is left out: it is for programs of 32 bits.\n'),
-                ("lines that the driver manager reads as well as it can",
+                ("lines that the driver manager reads in its own way",
                  "[a\r\nDriver=Veltrane\r\n; x\r\nServer\r\n",
                  f'[a]\nDriver=Veltrane\n{source}, line 1 has no "]"; it is read as a section.\n'
                  f'{source}, line 4 has no "="; it is read as a key without a value.\n'),

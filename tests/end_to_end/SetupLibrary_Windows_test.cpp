@@ -159,7 +159,7 @@ protected:
         ASSERT_NO_FATAL_FAILURE(Request(in_requests));
         const std::size_t after = OwnMemory();
         EXPECT_LT(after, before + 64 * 1024) << before;
-        std::printf("%zu bytes before, %zu behind %d requests\n", before, after, in_requests);
+        std::printf("%zu bytes before, %zu after %d requests\n", before, after, in_requests);
     }
 };
 

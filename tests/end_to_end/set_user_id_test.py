@@ -111,7 +111,7 @@ class SetUserIdTest(unittest.TestCase):
         self.assertFalse(self.ini.exists())
 
 
-@unittest.skipIf(shutil.which("setcap") is None, "there is no setcap")
+@unittest.skipIf(shutil.which("setcap") is None, "setcap is not installed")
 class FileCapabilitiesTest(SetUserIdTest):
     """The same for a program with rights from its file, not from its owner."""
 

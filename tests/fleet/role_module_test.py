@@ -116,7 +116,7 @@ class ModuleTest(unittest.TestCase):
 
     def test_a_reason_for_all_of_them_is_reported_once(self):
         cases = (
-            ("a name that stands twice", (SALES, SALES), {},
+            ("a name that occurs twice", (SALES, SALES), {},
              'code 1: veltrane-dsn: standard input: "sales" is described twice.'),
             ("no tool", (SALES,), {"executable": "no-such-tool"},
              "no-such-tool is not installed on this host."),

@@ -77,7 +77,7 @@ TEST(WideStreamBlitter, SetsItsFlagsByWhatFits) {
     } cases[] = {
         {"more room than source", 8, 6, "abcde", true, false, false},
         {"exact room", 5, 5, "abcde", true, true, false},
-        {"less wanted than there is", 8, 3, "abc", false, true, true},
+        {"less wanted than available", 8, 3, "abc", false, true, true},
         {"more wanted than the target has", 2, 100, "ab", false, true, true},
         {"no room", 0, 0, "", false, true, true},
     };

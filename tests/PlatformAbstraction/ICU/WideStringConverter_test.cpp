@@ -205,7 +205,7 @@ TEST(WideStringConverter, MeasuresNulTerminatedBuffers) {
         {"UTF-16BE does not stop at the first zero byte", 2, std::string("\0a\0b\0\0", 6), 4},
         {"UTF-32LE", 3, std::string("a\0\0\0b\0\0\0\0\0\0\0", 12), 8},
         {"UTF-32BE", 4, std::string("\0\0\0a\0\0\0b\0\0\0\0", 12), 8},
-        {"a zero unit across two units is none", 1, std::string("\0a\0\0", 4), 2},
+        {"two zero bytes across two units are no NUL", 1, std::string("\0a\0\0", 4), 2},
         {"malformed UTF-16BE", 2, std::string("\xDC\x00\0a\0\0", 6), 4},
         {"malformed UTF-32LE", 3, std::string("\0\0\x11\x00\0\xD8\0\0\0\0\0\0", 12), 8},
         {"empty", 4, std::string(4, '\0'), 0},

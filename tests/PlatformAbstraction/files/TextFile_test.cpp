@@ -149,8 +149,8 @@ TEST(TextFile, Lines) {
         {"NUL is a byte", "a\0b\n\0"s, {"a\0b"s, "\0"s}},
         {"0xFF at the start", "\xFF"s + "abc\n", {}},
         {"0xFF ends a line and is consumed", "ab\xFF"s + "cd\nef", {"ab", "cd", "ef"}},
-        {"0xFF behind a line feed", "ab\n\xFF"s + "cd\n", {"ab"}},
-        {"0xFF behind a CR", "\r\xFF"s + "cd\n", {"", "cd"}},
+        {"0xFF after a line feed", "ab\n\xFF"s + "cd\n", {"ab"}},
+        {"0xFF after a CR", "\r\xFF"s + "cd\n", {"", "cd"}},
     };
     const TemporaryDirectory directory;
     for (const Case& row : cases) {

@@ -51,7 +51,7 @@ TEST(RegistryConfigurationReader, Values) {
         {"text with its NUL", REG_SZ, "a\0b\0\0\0"s, "V=ab;"},
         {"text without a NUL", REG_SZ, "a\0b\0"s, "V=ab;"},
         {"text with two NULs loses one", REG_SZ, "a\0\0\0\0\0"s, "V=a\0;"s},
-        {"NUL alone", REG_SZ, "\0\0"s, "V=;"},
+        {"only a NUL", REG_SZ, "\0\0"s, "V=;"},
         {"no data", REG_SZ, "", "V=;"},
         {"one byte", REG_SZ, "a", "V=;"},
         {"odd size", REG_SZ, "a\0b\0c"s, "V=ab;"},

@@ -272,7 +272,7 @@ TEST(TranscoderTest, Corners) {
         {"a surrogate in UTF-32", UTF32LE, UTF8, "\x00\xD8\0\0"s, 9, -1, 0, ""},
         {"half a unit of UTF-32", UTF32BE, UTF8, "\0\0\0"s, 9, -2, 0, ""},
         {"euro to latin1", UTF8, LATIN1, "\xE2\x82\xAC", 9, 0, 3, "\x1A"},
-        {"euro to cp1252 as well", UTF8, CP1252, "\xE2\x82\xAC", 9, 0, 3, "\x1A"},
+        {"euro to cp1252 too", UTF8, CP1252, "\xE2\x82\xAC", 9, 0, 3, "\x1A"},
         {"a pair is one substitute", UTF16LE, CP1252, "\x3D\xD8\x00\xDE"s, 9, 0, 4, "\x1A"},
         {"U+0080 to cp1252", UTF8, CP1252, "\xC2\x80", 9, 0, 2, "\x80"},
         {"latin1 80 to cp1252", LATIN1, CP1252, "\x80\xA0", 9, 0, 2, "\x80\xA0"},
