@@ -19,7 +19,7 @@ namespace {
 // and UninitializePlatform.
 std::uint32_t s_initCount = 0;
 
-// Process-wide: the platform object while the count is above 0. Changed by the same.
+// Process-wide: the platform object while the count is above 0. Changed by the same functions.
 PlatformInstance* s_instance = nullptr;
 
 void WriteEntering(const char* in_call) {

@@ -1,4 +1,4 @@
-# What differs between the systems.
+# The parts of a build that differ between the systems.
 if(WIN32)
   set(ORSKA_PLATFORM Windows)
   include(OrskaWindows)

@@ -95,8 +95,7 @@ function(orska_test name)
 endfunction()
 
 # orska_command_test(name COMMAND program [argument...] [PROPERTY value...]...)
-# Adds a test that runs a script, or a program with arguments. It may have the properties in the list
-# below.
+# Adds a test that runs a script, or a program with arguments. The list below has its properties.
 function(orska_command_test name)
   set(properties ENVIRONMENT FIXTURES_CLEANUP FIXTURES_REQUIRED FIXTURES_SETUP LABELS
     FAIL_REGULAR_EXPRESSION PASS_REGULAR_EXPRESSION RESOURCE_LOCK SKIP_REGULAR_EXPRESSION

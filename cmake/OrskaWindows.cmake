@@ -34,7 +34,7 @@ add_compile_options(
 # Functions and lines, for the symbols beside the package.
 add_compile_options(-g1)
 enable_language(RC)
-# Has the functions that failed checks of hardened code call.
+# Failed checks of hardened code call functions of this library.
 string(PREPEND CMAKE_CXX_STANDARD_LIBRARIES "-lssp ")
 
 if(ORSKA_BUILD_TESTS)
@@ -43,8 +43,8 @@ if(ORSKA_BUILD_TESTS)
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 endif()
 
-# For a shipped library or program: adds a version resource and moves the symbols into a separate file,
-# to which it links. objcopy would write the build time into both.
+# Adds a version resource to a shipped library or program, and moves the symbols into a separate
+# file, to which it links. objcopy would write the build time into both.
 function(orska_windows_product target description)
   set(VELTRANE_FILE_DESCRIPTION "${description}")
   set(VELTRANE_FILE_TYPE VFT_DLL)

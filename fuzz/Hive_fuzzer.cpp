@@ -1,5 +1,5 @@
 // Settings from damaged hive files: each read returns the same values, without those that cannot be
-// read. A change to the same bytes loses no value.
+// read. A change that writes the same bytes loses no value.
 //
 // Input: changes to a good hive, each two bytes of position and one of value. The checksum of the
 // base block is corrected after them, unless the first byte of the input says otherwise.

@@ -25,7 +25,7 @@ void CheckStatus(UErrorCode in_status, const TraceSite& in_site) {
     }
 }
 
-// Shortcuts for short, plain text, which takes less time than the start of a general conversion.
+// Shortcuts for short, plain text: starting a general conversion takes longer than converting it.
 
 constexpr bool IsSingleByte(EncodingType in_encoding) {
     return in_encoding == EncodingType::ENC_LATIN1 || in_encoding == EncodingType::ENC_CP1252 ||

@@ -57,8 +57,8 @@ class Stage:
         self.places = {"user": r"HKEY_CURRENT_USER\Software\ODBC\ODBC.INI",
                        "system": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBC.INI",
                        "drivers": r"HKEY_LOCAL_MACHINE\SOFTWARE\ODBC\ODBCINST.INI"}
-        # Changes of the registry for the start of the next program: to start a program for each
-        # would take as long as the tool.
+        # Changes of the registry, written before the next program starts: a program for each would
+        # take as long to start as the tool.
         self.unwritten = [f"[-HKEY_CURRENT_USER\\{RECORD_KEY}]",
                           f"[-HKEY_LOCAL_MACHINE\\{RECORD_KEY}]"]
         self.exported = {}  # keys read since the tool last ran
