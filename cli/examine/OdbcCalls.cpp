@@ -1,26 +1,27 @@
 #include "cli/examine/OdbcCalls.h"
 
+#include <algorithm>
 #include <cstdint>
 
+#include "cli/examine/OdbcPlatform.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/PlatformWords.h"
+
+/// A function of the driver manager; where ODBC's headers say so, the one with W at its end.
+#define VELTRANE_FIND(function) \
+    reinterpret_cast<decltype(&function)>(Find(VELTRANE_NAME_OF(function)))
+#define VELTRANE_NAME_OF(function) #function
 
 namespace Veltrane::Cli {
 
 namespace {
 
-// The ODBC headers need those of the system, which only the files of each system include.
-using AllocHandle = short(short in_kind, void* in_parent, void** out_handle);
-/// The value is a pointer, or a number in its place.
-using SetEnvAttr = short(void* in_environment, int in_attribute, std::uintptr_t in_value,
-                         int in_length);
-using DisconnectCall = short(void* in_connection);
-constexpr short HANDLE_OF_ENVIRONMENT = 1;  // SQL_HANDLE_ENV
-constexpr short HANDLE_OF_CONNECTION = 2;   // SQL_HANDLE_DBC
-constexpr int ODBC_VERSION = 200;           // SQL_ATTR_ODBC_VERSION
-constexpr std::uintptr_t VERSION_3 = 3;     // SQL_OV_ODBC3
-
-bool HasSucceeded(short in_result) { return in_result == 0 || in_result == 1; }
+/// @param in_length  what the driver says, which may be more than there was room for
+std::string TextIn(std::span<const SQLTCHAR> in_buffer, std::size_t in_length) {
+    const auto limit =
+        in_buffer.begin() + static_cast<std::ptrdiff_t>(std::min(in_buffer.size() - 1, in_length));
+    return OdbcPlatform::FromOdbc({in_buffer.begin(), std::find(in_buffer.begin(), limit, 0)});
+}
 
 }  // namespace
 
@@ -39,11 +40,13 @@ OdbcCalls::OdbcCalls(const std::string& in_library) {
         FailWith("No driver manager can be loaded: " + reasons + ". " +
                  PLATFORM_WORDS.m_driverManagerRepair);
     }
-    auto* const allocate = FindAs<AllocHandle>("SQLAllocHandle");
-    auto* const setAttribute = FindAs<SetEnvAttr>("SQLSetEnvAttr");
-    const bool isReady = HasSucceeded(allocate(HANDLE_OF_ENVIRONMENT, nullptr, &m_environment)) &&
-                         HasSucceeded(setAttribute(m_environment, ODBC_VERSION, VERSION_3, 0)) &&
-                         HasSucceeded(allocate(HANDLE_OF_CONNECTION, m_environment, &m_connection));
+    auto* const allocate = VELTRANE_FIND(SQLAllocHandle);
+    // A number in the place of a pointer.
+    auto* const version = reinterpret_cast<void*>(std::uintptr_t{SQL_OV_ODBC3});
+    const bool isReady = SQL_SUCCEEDED(allocate(SQL_HANDLE_ENV, nullptr, &m_environment)) &&
+                         SQL_SUCCEEDED(VELTRANE_FIND(SQLSetEnvAttr)(
+                             m_environment, SQL_ATTR_ODBC_VERSION, version, 0)) &&
+                         SQL_SUCCEEDED(allocate(SQL_HANDLE_DBC, m_environment, &m_connection));
     if (!isReady) FailWith("The driver manager " + m_name + " gives no connection handle.");
 }
 
@@ -56,27 +59,35 @@ void* OdbcCalls::Find(const char* in_function) const {
 }
 
 bool OdbcCalls::Connect(const std::string& in_connectionString) {
-    const short result = OdbcPlatform::DriverConnect(Find(OdbcPlatform::DRIVER_CONNECT),
-                                                     m_connection, in_connectionString);
-    return HasSucceeded(result);
+    auto text = OdbcPlatform::ToOdbc(in_connectionString);
+    return SQL_SUCCEEDED(VELTRANE_FIND(SQLDriverConnect)(
+        m_connection, nullptr, text.data(), SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
 }
 
 std::string OdbcCalls::GetInfo(unsigned short in_kind) {
-    std::string text;
-    const short result =
-        OdbcPlatform::GetInfo(Find(OdbcPlatform::GET_INFO), m_connection, in_kind, text);
-    return HasSucceeded(result) ? text : std::string();
+    SQLTCHAR text[512] = {};
+    SQLSMALLINT size = sizeof text;  // bytes
+    const SQLRETURN result =
+        VELTRANE_FIND(SQLGetInfo)(m_connection, in_kind, text, sizeof text, &size);
+    if (!SQL_SUCCEEDED(result)) return {};
+    return TextIn(text, static_cast<unsigned short>(size) / sizeof(SQLTCHAR));
 }
 
 std::vector<ConnectionDiagnostic> OdbcCalls::GetDiagnostics() {
-    constexpr short MAX_NUMBER = 32;  // for a driver that never reports the end
+    constexpr SQLSMALLINT MAX_NUMBER = 32;  // of a driver that never says that there is no more
+    constexpr SQLSMALLINT MAX_TEXT = 4096;  // characters
     std::vector<ConnectionDiagnostic> diagnostics;
-    void* const function = Find(OdbcPlatform::GET_DIAGNOSTIC);
-    for (short i = 1; i <= MAX_NUMBER; ++i) {
-        ConnectionDiagnostic diagnostic;
-        const short result = OdbcPlatform::GetDiagnostic(function, m_connection, i, diagnostic);
-        if (!HasSucceeded(result)) break;
-        // iODBC adds a diagnostic without an error, whose text it has already freed.
+    for (SQLSMALLINT i = 1; i <= MAX_NUMBER; ++i) {
+        SQLTCHAR state[6] = {};
+        SQLTCHAR text[MAX_TEXT] = {};
+        SQLINTEGER code = 0;
+        SQLSMALLINT length = MAX_TEXT;
+        const SQLRETURN result = VELTRANE_FIND(SQLGetDiagRec)(
+            SQL_HANDLE_DBC, m_connection, i, state, &code, text, MAX_TEXT, &length);
+        if (!SQL_SUCCEEDED(result)) break;
+        ConnectionDiagnostic diagnostic{TextIn(state, 5), code,
+                                        TextIn(text, static_cast<unsigned short>(length))};
+        // iODBC adds one without an error, whose text it has given back to the heap by then.
         if (diagnostic.m_state == "00000") continue;
         diagnostic.m_text.erase(diagnostic.m_text.find_last_not_of(" \r\n\t") + 1);
         diagnostics.push_back(std::move(diagnostic));
@@ -84,6 +95,6 @@ std::vector<ConnectionDiagnostic> OdbcCalls::GetDiagnostics() {
     return diagnostics;
 }
 
-void OdbcCalls::Disconnect() { FindAs<DisconnectCall>("SQLDisconnect")(m_connection); }
+void OdbcCalls::Disconnect() { VELTRANE_FIND(SQLDisconnect)(m_connection); }
 
 }  // namespace Veltrane::Cli

@@ -3,7 +3,6 @@
 #ifndef CLI_ODBCCALLS_H
 #define CLI_ODBCCALLS_H
 
-#include <span>
 #include <string>
 #include <vector>
 
@@ -33,37 +32,12 @@ public:
 
 private:
     void* Find(const char* in_function) const;
-    template <typename Function>
-    Function* FindAs(const char* in_function) const {
-        return reinterpret_cast<Function*>(Find(in_function));
-    }
 
     std::string m_name;
     void* m_library = nullptr;  ///< never unloaded: drivers leave threads
     void* m_environment = nullptr;
     void* m_connection = nullptr;
 };
-
-/// The parts that differ between the systems: the library, and the functions with text.
-namespace OdbcPlatform {
-
-/// Possible driver managers, the usual one first.
-extern const std::span<const char* const> LIBRARIES;
-/// @return null with the reason
-void* LoadDriverManager(const std::string& in_name, std::string& out_reason);
-void* FindFunction(void* in_library, const char* in_name);
-
-extern const char* const DRIVER_CONNECT;
-extern const char* const GET_INFO;
-extern const char* const GET_DIAGNOSTIC;
-/// These call the functions named above. @return the function's result
-short DriverConnect(void* in_function, void* in_connection, const std::string& in_text);
-short GetInfo(void* in_function, void* in_connection, unsigned short in_kind,
-              std::string& out_text);
-short GetDiagnostic(void* in_function, void* in_connection, short in_number,
-                    ConnectionDiagnostic& out_diagnostic);
-
-}  // namespace OdbcPlatform
 
 }  // namespace Veltrane::Cli
 

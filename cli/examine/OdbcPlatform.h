@@ -1,0 +1,32 @@
+/// ODBC's declarations, and what differs between the systems where a program calls a driver manager
+/// that it has loaded itself. SQLTCHAR is the unit of its text: bytes on Linux, where unixODBC
+/// takes and gives those of odbc.ini and wide characters have another size in iODBC, UTF-16 on
+/// Windows.
+#ifndef CLI_ODBCPLATFORM_H
+#define CLI_ODBCPLATFORM_H
+
+#ifdef _WIN32
+#include "tools/WindowsApi.h"
+#endif
+// After the Windows API, which they need.
+#include <sql.h>
+#include <sqlext.h>
+#include <sqlucode.h>
+
+#include <span>
+#include <string>
+
+namespace Veltrane::Cli::OdbcPlatform {
+
+/// The driver managers that there may be, the usual one first.
+extern const std::span<const char* const> LIBRARIES;
+/// @return null with the reason
+void* LoadDriverManager(const std::string& in_name, std::string& out_reason);
+void* FindFunction(void* in_library, const char* in_name);
+
+std::basic_string<SQLTCHAR> ToOdbc(const std::string& in_text);
+std::string FromOdbc(std::basic_string<SQLTCHAR> in_text);
+
+}  // namespace Veltrane::Cli::OdbcPlatform
+
+#endif

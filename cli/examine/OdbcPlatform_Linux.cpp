@@ -1,0 +1,40 @@
+#include <dlfcn.h>
+
+#include <clocale>
+
+#include "VeltraneDialog/Utf8.h"
+#include "cli/examine/OdbcPlatform.h"
+
+namespace Veltrane::Cli::OdbcPlatform {
+
+namespace {
+
+constexpr const char* NAMES[] = {"libodbc.so.2", "libiodbc.so.2"};
+
+}  // namespace
+
+const std::span<const char* const> LIBRARIES = NAMES;
+
+void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
+    // As programs that use drivers do: drivers convert text by the locale.
+    std::setlocale(LC_CTYPE, "");
+    void* const library = dlopen(in_name.c_str(), RTLD_NOW | RTLD_GLOBAL);
+    if (library == nullptr) out_reason = dlerror();
+    return library;
+}
+
+void* FindFunction(void* in_library, const char* in_name) { return dlsym(in_library, in_name); }
+
+std::basic_string<SQLTCHAR> ToOdbc(const std::string& in_text) {
+    return {in_text.begin(), in_text.end()};
+}
+
+/// What is no UTF-8 is ISO 8859-1: unixODBC's conversion for a driver with W functions alone.
+std::string FromOdbc(std::basic_string<SQLTCHAR> in_text) {
+    std::string bytes(in_text.begin(), in_text.end());
+    std::u16string text;
+    if (ODBC::DecodeUtf8(bytes, text)) return bytes;
+    return ODBC::EncodeUtf8(std::u16string(in_text.begin(), in_text.end()));
+}
+
+}  // namespace Veltrane::Cli::OdbcPlatform
