@@ -1,4 +1,6 @@
 #include <windows.h>
+// Must follow <windows.h>.
+#include <shlobj.h>
 
 #include "cli/examine/FileRights.h"
 
@@ -12,18 +14,7 @@ FileRights GetFileRights(const std::string& in_path) {
     return rights;
 }
 
-bool IsAdministrator() {
-    SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};
-    PSID group = nullptr;
-    BOOL isMember = FALSE;
-    if (AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID,
-                                 DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0, &group) == FALSE) {
-        return false;
-    }
-    // False for an administrator whose rights are not raised.
-    const BOOL isKnown = CheckTokenMembership(nullptr, group, &isMember);
-    FreeSid(group);
-    return isKnown != FALSE && isMember != FALSE;
-}
+/// False for an administrator whose rights are not raised.
+bool IsAdministrator() { return IsUserAnAdmin() != FALSE; }
 
 }  // namespace Veltrane::Cli
