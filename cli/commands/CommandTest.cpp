@@ -5,6 +5,7 @@
 #include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
+#include "cli/examine/ApartWork.h"
 #include "cli/examine/ConnectionTest.h"
 #include "cli/examine/Finding.h"
 #include "cli/system/Input.h"
@@ -71,7 +72,7 @@ ExitCode GetExitCode(const Json& in_result) {
 
 ExitCode TestDsn(const CommandLine& in_line) {
     if (in_line.Has("--apart")) {
-        AnswerConnectionTest();
+        DoApartWork();
         return EXIT_DONE;
     }
     const std::string& name = in_line.m_arguments.front();

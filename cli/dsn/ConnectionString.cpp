@@ -83,4 +83,22 @@ private:
 
 Entries ParseConnectionString(std::string_view in_text) { return Parser(in_text).Run(); }
 
+std::string FormatConnectionString(const Entries& in_entries) {
+    std::string text;
+    for (const auto& [key, value] : in_entries) {
+        // Not every driver knows braces, so only what would be read wrongly gets them.
+        const bool isPlain =
+            value.empty() || (value.find(';') == std::string::npos && value.front() != '{' &&
+                              value.front() != ' ' && value.back() != ' ');
+        text += key + "=" + (isPlain ? value : "{" + DoubleBraces(value) + "}") + ";";
+    }
+    return text;
+}
+
+std::string DoubleBraces(const std::string& in_value) {
+    std::string text;
+    for (const char byte : in_value) text.append(byte == '}' ? 2 : 1, byte);
+    return text;
+}
+
 }  // namespace Veltrane::Cli

@@ -14,6 +14,10 @@ namespace Veltrane::Cli {
 /// @throws CommandError EXIT_USAGE with the position in bytes, never with a value
 Entries ParseConnectionString(std::string_view in_text);
 
+std::string FormatConnectionString(const Entries& in_entries);
+/// A value as it is written in braces.
+std::string DoubleBraces(const std::string& in_value);
+
 }  // namespace Veltrane::Cli
 
 #endif

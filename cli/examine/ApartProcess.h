@@ -1,5 +1,5 @@
-/// A separate process of our program, and both ends of the connection to it: lines in UTF-8 without
-/// line feeds. Unlike RunApart, it starts a new program, so a program with threads can use it.
+/// A program of ours in a process of its own, and the two ends of what they say to each other:
+/// lines in UTF-8 without line feeds.
 #ifndef CLI_APARTPROCESS_H
 #define CLI_APARTPROCESS_H
 

@@ -1,10 +1,15 @@
 #include "cli/examine/ConnectionTest.h"
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
 
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/Wipe.h"
+#include "cli/dsn/ConnectionString.h"
+#include "cli/dsn/DsnStore.h"
 #include "cli/examine/ApartProcess.h"
-#include "cli/system/CommandError.h"
+#include "cli/examine/ApartWork.h"
+#include "cli/examine/DriverFindings.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -15,19 +20,14 @@ using Event = ApartProcess::Event;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// Time to explain why the driver manager found no driver.
-constexpr std::chrono::seconds TIME_TO_EXPLAIN{10};
 /// Time to disconnect: servers log connections that are not closed.
 constexpr std::chrono::seconds TIME_TO_DISCONNECT{2};
 
-ApartProcess Start(const ConnectionRequest& in_request, bool in_explains) {
-    Json attributes = Json::array();
-    for (const auto& [key, value] : in_request.m_attributes) attributes.push_back({key, value});
-    std::string line = Json{
-        {"attributes", std::move(attributes)},
-        {"driver_manager", in_request.m_driverManager},
-        {"explains",
-         in_explains}}.dump(-1, ' ', false, Json::error_handler_t::replace);
+ApartProcess Start(const ConnectionRequest& in_request) {
+    std::string text = FormatConnectionString(in_request.m_attributes);
+    const Orska::Support::WipeAtEnd wipeText(text);
+    std::string line =
+        ToLine({{"connection_string", text}, {"driver_manager", in_request.m_driverManager}});
     const Orska::Support::WipeAtEnd wipe(line);
     return ApartProcess(in_request.m_program, {"test", "-", "--apart"}, line);
 }
@@ -50,23 +50,93 @@ Json MakeResult(const char* in_outcome, const std::string& in_text, milliseconds
             {"findings", Json::array()}};
 }
 
-/// Reads the last line of the process.
-Json ReadFindings(ApartProcess& io_process, std::chrono::seconds in_patience) {
-    std::string line;
-    const Event event = io_process.ReadLine(Clock::now() + in_patience, line);
-    return event == Event::Line ? Json::parse(line) : Json::array();
+/// What is stored about the DSN, as the driver manager looks for it.
+struct Stored {
+    std::string m_places;
+    std::optional<Entries> m_entries;
+};
+
+Stored FindStored(const std::string& in_dsn) {
+    Stored stored;
+    for (const Scope scope : {Scope::User, Scope::System}) {
+        const DsnStore store(scope);
+        stored.m_places += (stored.m_places.empty() ? "" : " and ") + store.GetPath();
+        stored.m_entries = store.Read(in_dsn);
+        if (stored.m_entries) break;
+    }
+    return stored;
 }
 
-Json ReadAnswer(const Json& in_answer, ApartProcess& io_process) {
+/// Hides a secret in what a driver says. A short one only where it is a word of its own.
+void Mask(const std::string& in_secret, std::string& io_text) {
+    constexpr std::size_t SHORT = 4;
+    const auto isWord = [&](std::size_t in_at) {
+        return in_at < io_text.size() && Orska::Support::IsAsciiLetterOrDigit(io_text[in_at]);
+    };
+    for (std::size_t at = 0; (at = io_text.find(in_secret, at)) != std::string::npos;) {
+        const std::size_t size = in_secret.size();
+        const bool isInWord = (at != 0 && isWord(at - 1)) || isWord(at + size);
+        if (size < SHORT && isInWord) {
+            ++at;
+        } else {
+            io_text.replace(at, size, MASK);
+            at += MASK.size();
+        }
+    }
+}
+
+void MaskSecrets(const Entries& in_entries, Json& io_diagnostics) {
+    for (Json& diagnostic : io_diagnostics) {
+        std::string text = diagnostic.at("text");
+        for (const auto& [key, value] : in_entries) {
+            if (!IsSecretKey(key) || value.empty()) continue;
+            Mask(value, text);
+            Mask(DoubleBraces(value), text);
+        }
+        diagnostic["text"] = text;
+    }
+}
+
+/// Whether this may be the driver manager saying that it found no driver.
+bool IsFromDriverManager(const Json& in_diagnostics) {
+    return std::any_of(in_diagnostics.begin(), in_diagnostics.end(), [](const Json& in_it) {
+        const std::string state = in_it.at("state");
+        return state == "01000" || state.starts_with("IM00");
+    });
+}
+
+/// Why the driver manager has found no driver.
+Findings Explain(const Entries& in_attributes, const Stored& in_stored) {
+    constexpr auto ERROR = Severity::Error;
+    const std::string dsn = in_attributes.Get("DSN");
+    std::string driver = in_attributes.Get("Driver");
+    if (driver.empty() && !in_stored.m_entries) {
+        return {{ERROR, "dsn-missing",
+                 "There is no DSN " + Quote(dsn) + " in " + in_stored.m_places + ".",
+                 "Add it, or give the name of one that there is: veltrane-dsn list --both --all."}};
+    }
+    if (driver.empty()) driver = in_stored.m_entries->Get("Driver");
+    if (driver.empty()) {
+        return {{ERROR, "dsn-without-driver",
+                 "The DSN " + Quote(dsn) + " of " + in_stored.m_places + " has no Driver entry.",
+                 "Add it again, or remove its section."}};
+    }
+    Findings findings = ExamineDriverLibrary(driver);
+    for (Finding& finding : findings) finding.m_severity = ERROR;
+    return findings;
+}
+
+Json ReadAnswer(const Json& in_answer, const Entries& in_attributes, const Stored& in_stored) {
     if (in_answer.contains("reason")) return MakeResult("not tested", in_answer["reason"]);
     const milliseconds time(in_answer.at("time_ms").get<long long>());
     const std::string took = DescribeTime(time);
-    const bool isConnected = in_answer.at("connected");
+    const std::string name = in_answer.at("server");
+    const std::string version = in_answer.at("version");
     Json result = MakeResult("refused", "Not connected; it took " + took + ".", time);
-    result["diagnostics"] = in_answer.at("diagnostics");
-    if (isConnected) {
-        const std::string name = in_answer.at("server");
-        const std::string version = in_answer.at("version");
+    Json& diagnostics = result["diagnostics"] = in_answer.at("diagnostics");
+    MaskSecrets(in_attributes, diagnostics);
+    if (in_stored.m_entries) MaskSecrets(*in_stored.m_entries, diagnostics);
+    if (in_answer.at("connected")) {
         const bool isKnown = !name.empty() || !version.empty();
         result.update({{"connected", true},
                        {"outcome", "connected"},
@@ -74,17 +144,18 @@ Json ReadAnswer(const Json& in_answer, ApartProcess& io_process) {
                                     (isKnown ? " to " + name + " " + version + "." : ".")},
                        {"server", name},
                        {"version", version}});
+    } else if (IsFromDriverManager(diagnostics)) {
+        result["findings"] = ToJson(Explain(in_attributes, in_stored));
     }
-    result["findings"] =
-        ReadFindings(io_process, isConnected ? TIME_TO_DISCONNECT : TIME_TO_EXPLAIN);
     return result;
 }
 
 }  // namespace
 
 Json TestConnection(const ConnectionRequest& in_request) {
+    const Entries& attributes = in_request.m_attributes;
     const Clock::time_point begin = Clock::now();
-    ApartProcess process = Start(in_request, false);
+    ApartProcess process = Start(in_request);
     std::string line;
     const Event event = process.ReadLine(begin + in_request.m_timeout, line);
     const auto time = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
@@ -94,20 +165,27 @@ Json TestConnection(const ConnectionRequest& in_request) {
             "No answer within " + DescribeTime(in_request.m_timeout) + "; the driver was stopped.",
             time);
     }
-    if (event == Event::Ended) {
+    try {
+        const Stored stored = FindStored(attributes.Get("DSN"));
+        if (event == Event::Line) {
+            Json result = ReadAnswer(Json::parse(line), attributes, stored);
+            if (result["connected"]) process.ReadLine(Clock::now() + TIME_TO_DISCONNECT, line);
+            return result;
+        }
         Json result = MakeResult(
             "crashed", "The driver has ended its process: " + process.DescribeEnd() + ".", time);
-        // With lazy binding, a function that no library defines ends the process.
-        ApartProcess explainer = Start(in_request, true);
-        result["findings"] = ReadFindings(explainer, TIME_TO_EXPLAIN);
+        // A function that no library defines ends it, where the driver is bound as it is used. A
+        // driver that ran was found.
+        if (stored.m_entries || attributes.Find("Driver") != nullptr) {
+            result["findings"] = ToJson(Explain(attributes, stored));
+        }
         return result;
-    }
-    try {
-        return ReadAnswer(Json::parse(line), process);
     } catch (const Json::exception& error) {
         // For example another version of the tool has replaced this one.
         return MakeResult("not tested",
                           std::string("The test's own process answers nonsense: ") + error.what());
+    } catch (const std::exception& error) {
+        return MakeResult("not tested", error.what());
     }
 }
 

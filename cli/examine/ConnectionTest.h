@@ -1,8 +1,8 @@
 /// Connects to a data source through the driver manager in a separate process, so that a driver
 /// that hangs can be killed and one that crashes does no harm.
 ///
-/// The process is the tool itself, `veltrane-dsn test - --apart`. It gets a connection string on
-/// its standard input, so no value is in an argument list. It loads the driver manager at run time.
+/// The process (ApartWork.h) gets a connection string on its standard input, so no value is in an
+/// argument list. It loads the driver manager at run time.
 #ifndef CLI_CONNECTIONTEST_H
 #define CLI_CONNECTIONTEST_H
 
@@ -31,10 +31,6 @@ struct ConnectionRequest {
 ///         found or loaded, each with its repair
 /// @throws CommandError EXIT_FAILED if the process cannot be started
 nlohmann::ordered_json TestConnection(const ConnectionRequest& in_request);
-
-/// The work of the child process: reads the request from standard input and writes the result to
-/// standard output.
-void AnswerConnectionTest();
 
 }  // namespace Veltrane::Cli
 

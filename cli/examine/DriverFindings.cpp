@@ -2,7 +2,7 @@
 
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/dsn/InstallerCalls.h"
-#include "cli/examine/Apart.h"
+#include "cli/examine/ApartWork.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
@@ -138,8 +138,23 @@ Findings ExamineRegistration(const std::string& in_driver) {
     return findings;
 }
 
-/// Sends the setup library a request through the installer that it has to refuse.
-/// @return "=" if it answered, else the installer's errors
+Finding ExamineRequest(const std::string& in_driver) {
+    const std::string answer = AskApart({{"driver", in_driver}});
+    if (answer == "=") {
+        return {Severity::Note, "driver-answers",
+                "The installer finds the driver " + Quote(in_driver) +
+                    ", and its setup library answers requests.",
+                "Nothing has to be done."};
+    }
+    return {Severity::Error, "driver-does-not-answer",
+            "The setup library of the driver " + Quote(in_driver) +
+                " can be loaded, but does not answer a request through the installer: " +
+                (answer.empty() ? "it ends the process or takes too long" : answer) + ".",
+            "Set TR4CE=9:FILE and run doctor again: the file then tells how far a request comes."};
+}
+
+}  // namespace
+
 std::string AskSetupLibrary(const std::string& in_driver) {
     constexpr unsigned short REMOVE_DSN = 3;
     constexpr unsigned long FIRST_ANSWER = 8;  // ODBC_ERROR_INVALID_KEYWORD_VALUE
@@ -155,23 +170,6 @@ std::string AskSetupLibrary(const std::string& in_driver) {
     }
     return text.empty() ? "the installer gave no reason" : text;
 }
-
-Finding ExamineRequest(const std::string& in_driver) {
-    const std::string answer = RunApart([&] { return AskSetupLibrary(in_driver); });
-    if (answer == "=") {
-        return {Severity::Note, "driver-answers",
-                "The installer finds the driver " + Quote(in_driver) +
-                    ", and its setup library answers requests.",
-                "Nothing has to be done."};
-    }
-    return {Severity::Error, "driver-does-not-answer",
-            "The setup library of the driver " + Quote(in_driver) +
-                " can be loaded, but does not answer a request through the installer: " +
-                (answer.empty() ? "it ends the process or takes too long" : answer) + ".",
-            "Set TR4CE=9:FILE and run doctor again: the file then tells how far a request comes."};
-}
-
-}  // namespace
 
 Findings ExamineDriverLibrary(const std::string& in_driver) {
     Findings findings;

@@ -30,7 +30,11 @@ struct LibraryProbe {
 /// @param in_functions  one of them has to be exported; empty for no requirement
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// Interprets the loader's error text (Linux).
+/// The loading in the process that is kept apart, on Linux: loads the library here.
+/// @return "=" when all is well, "-" when no function is exported, else the loader's error
+std::string LoadHere(const std::string& in_path, const std::vector<std::string>& in_functions);
+
+/// What the loader's error text says, on Linux.
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error);
 
 }  // namespace Veltrane::Cli

@@ -12,7 +12,7 @@
 
 #include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
-#include "cli/examine/Apart.h"
+#include "cli/examine/ApartWork.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/Words.h"
 
@@ -70,19 +70,8 @@ LibraryProbe ProbeFile(const std::string& in_path) {
     return {};
 }
 
-/// Returns '=' on success, '-' if no function is exported, else the loader's error.
-std::string Load(const std::string& in_path, const std::vector<std::string>& in_functions) {
-    void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) return dlerror();
-    bool isExported = in_functions.empty();
-    for (const std::string& function : in_functions) {
-        isExported = isExported || dlsym(library, function.c_str()) != nullptr;
-    }
-    return isExported ? "=" : "-";
-}
-
-/// Returns the path of a library in unixODBC's folder of drivers, where unixODBC looks for a bare
-/// name; empty if there is none.
+/// The path of a library in the folder of drivers of unixODBC, which looks there for a bare name;
+/// empty when there is none.
 std::string FindAmongDrivers(const std::string& in_name) {
     Dl_info info{};
     const void* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);
@@ -93,6 +82,16 @@ std::string FindAmongDrivers(const std::string& in_name) {
 }
 
 }  // namespace
+
+std::string LoadHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
+    void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return dlerror();
+    bool isExported = in_functions.empty();
+    for (const std::string& function : in_functions) {
+        isExported = isExported || dlsym(library, function.c_str()) != nullptr;
+    }
+    return isExported ? "=" : "-";
+}
 
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error) {
     std::smatch parts;
@@ -119,7 +118,8 @@ LibraryProbe ProbeLibrary(const std::string& in_path,
         LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }
-    const std::string answer = RunApart([&] { return Load(in_path, in_functions); });
+    const std::vector<unsigned char> path(in_path.begin(), in_path.end());
+    const std::string answer = AskApart({{"library", path}, {"functions", in_functions}});
     if (answer.empty()) return {LibraryFault::Crashes, {}};
     if (answer == "=") return {};
     if (answer == "-") return {LibraryFault::NoEntryPoint, Join(in_functions)};

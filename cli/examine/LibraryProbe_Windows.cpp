@@ -190,6 +190,8 @@ LibraryProbe ProbeImage(const Image& in_image, const std::wstring& in_path,
 
 }  // namespace
 
+std::string LoadHere(const std::string&, const std::vector<std::string>&) { return {}; }
+
 LibraryProbe ProbeLibrary(const std::string& in_path,
                           const std::vector<std::string>& in_functions) {
     const std::wstring path =

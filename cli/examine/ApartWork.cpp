@@ -1,0 +1,75 @@
+#include "cli/examine/ApartWork.h"
+
+#include "PlatformAbstraction/base/Wipe.h"
+#include "cli/examine/ApartProcess.h"
+#include "cli/examine/DriverFindings.h"
+#include "cli/examine/OdbcCalls.h"
+#include "cli/system/CommandError.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Clock = std::chrono::steady_clock;
+
+void Connect(const Json& in_request, ApartAnswer& io_answer) {
+    OdbcCalls calls(in_request.at("driver_manager"));
+    std::string text = in_request.at("connection_string");
+    const Orska::Support::WipeAtEnd wipe(text);
+    const Clock::time_point begin = Clock::now();
+    const bool isConnected = calls.Connect(text);
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    Json diagnostics = Json::array();
+    for (const auto& [state, code, said] : calls.GetDiagnostics()) {
+        diagnostics.push_back({{"state", state}, {"native_code", code}, {"text", said}});
+    }
+    constexpr unsigned short DBMS_NAME = 17;  // SQL_DBMS_NAME
+    constexpr unsigned short DBMS_VERSION = 18;
+    io_answer.Write(ToLine({{"connected", isConnected},
+                            {"time_ms", time.count()},
+                            {"server", isConnected ? calls.GetInfo(DBMS_NAME) : ""},
+                            {"version", isConnected ? calls.GetInfo(DBMS_VERSION) : ""},
+                            {"diagnostics", std::move(diagnostics)}}));
+    if (!isConnected) return;
+    calls.Disconnect();
+    io_answer.Write("disconnected");
+}
+
+}  // namespace
+
+std::string ToLine(const Json& in_document) {
+    return in_document.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string AskApart(const Json& in_request) {
+    try {
+        ApartProcess process({}, {"test", "-", "--apart"}, ToLine(in_request));
+        std::string line;
+        const auto event = process.ReadLine(Clock::now() + std::chrono::seconds(20), line);
+        return event == ApartProcess::Event::Line ? Json::parse(line).get<std::string>() : "";
+    } catch (const CommandError& error) {
+        return error.what();
+    }
+}
+
+void DoApartWork() {
+    ApartAnswer answer;
+    std::string line = answer.ReadRequest();
+    const Orska::Support::WipeAtEnd wipe(line);
+    try {
+        const Json request = Json::parse(line);
+        if (request.contains("library")) {
+            const std::vector<unsigned char> path = request["library"];
+            answer.Write(ToLine(LoadHere({path.begin(), path.end()}, request["functions"])));
+        } else if (request.contains("driver")) {
+            answer.Write(ToLine(AskSetupLibrary(request["driver"])));
+        } else {
+            Connect(request, answer);
+        }
+    } catch (const std::exception& error) {
+        answer.Write(ToLine({{"reason", error.what()}}));
+    }
+}
+
+}  // namespace Veltrane::Cli
