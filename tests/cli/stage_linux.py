@@ -43,12 +43,6 @@ class Stage:
     def unix(self, path):
         return path
 
-    def base(self, path):
-        return os.path.basename(path)
-
-    def remove(self, path):
-        os.remove(path)
-
     def driver(self, library):
         return {"Setup": library}
 

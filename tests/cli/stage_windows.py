@@ -86,12 +86,6 @@ class Stage:
     def native(self, path):
         return "Z:" + path.replace("/", "\\")
 
-    def base(self, path):
-        return os.path.basename(self.unix(path))
-
-    def remove(self, path):
-        os.remove(self.unix(path))
-
     def driver(self, library):
         return {"Driver": "C:\\windows\\system32\\odbc32.dll", "Setup": library}
 

@@ -172,18 +172,7 @@ class ConnectTest(ConnectionTest):
         tool.wait()
         self.assert_gone(process)
 
-    def test_refuses_what_it_cannot_do(self):
-        for arguments, code, text in (
-                (["x", "--timeout", "0"], 2, "--timeout is a number of seconds"),
-                (["x", "--timeout", "2s"], 2, "--timeout is a number of seconds"),
-                (["-", "--pwd-stdin"], 2, "Standard input cannot give"),
-                (["-"], 2, "Standard input has no connection string."),
-                (["x", "--pwd", "hunter2"], 2, "--pwd-stdin"),
-                (["-", "--apart"], 2, "for the tool itself")):
-            with self.subTest(arguments):
-                _, errors = self.run_tool("test", *arguments, code=code)
-                self.assertIn(text, errors)
-                self.assertNotIn("hunter2", errors)
+    def test_says_why_no_driver_manager_can_be_used(self):
         for library, text in (("libnothing.so", "No driver manager can be loaded: libnothing.so"),
                               ("libm.so.6", "libm.so.6 is no driver manager")):
             self.assertIn(text, self.run_tool("test", "x", "--driver-manager", library, code=1)[0])

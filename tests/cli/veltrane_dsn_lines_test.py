@@ -41,6 +41,11 @@ class LineTest(RefusalTest):
                 ("driver remove", "There is no command driver remove. Try"),
                 ("set", "The name of the DSN is missing. Usage: veltrane-dsn set NAME [OPTION...]."),
                 ("apply", "The file is missing. Usage: veltrane-dsn apply FILE [OPTION...]."),
+                ("test a --timeout 0", "--timeout is a number of seconds"),
+                ("test a --timeout 2s", "--timeout is a number of seconds"),
+                ("test - --pwd-stdin", "Standard input cannot give a connection string and a password."),
+                ("test -", "Standard input has no connection string."),
+                ("test - --apart", "--apart is for the tool itself."),
                 ("add a --uid", "--uid needs a value: --uid NAME."),
                 ("add a --uid --json", "--uid needs a value"),
                 ("list --json=1", "--json takes no value."),
@@ -68,11 +73,14 @@ class LineTest(RefusalTest):
                 ("X: No line of odbc.ini can hold", "set", "sales", "-p", "X=" + 1000 * "x"),
                 ("DSN: ", "add", "a[b", *add[2:]),
                 ("come from two places", *add, "--pwd-stdin", "--pwd-env", "X"),
-                ("A new DSN needs --server and --database.", "add", "new", "--uid", "u")):
+                ("A new DSN needs --server and --database.", "add", "new", "--uid", "u"),
+                ("Data Source is Server, Initial Catalog is Database.", "set", "sales",
+                 "--connection-string", "data source=db;Initial Catalog=d")):
             self.assert_refused(part, *arguments)
         for words in ("-p PWD=hunter2", "-p pwd=hunter2", "--pwd hunter2", "--password=hunter2",
                       "--connection-string UID=u;PWD=hunter2"):
             self.assert_refused("--pwd-stdin", *add, *words.split(" "))
+        self.assert_refused("--pwd-stdin", "test", "sales", "--pwd", "hunter2")
         self.assert_refused("too many", *add, "--pwd-stdin", "hunter2")
         self.assert_refused("--pwd-env: the variable NOT_SET is not set.", *add, "--pwd-env", "NOT_SET", code=1)
         self.assert_refused(": cannot read: ", *add, "--pwd-file", self.stage.NOWHERE, code=1)
@@ -134,9 +142,12 @@ class InputTest(RefusalTest):
                 ("doubled braces", "X={a}}b}}};Y=u", "+X=a}b} +Y=u"),
                 ("an opening brace inside, blanks after", "X={a{b} ;Y=x{y}", "+X=a{b +Y=x{y}"),
                 ("empty braces", "X={}", "+X="),
+                ("the driver, and options that win", "Driver={veltrane};server=t; Database={u};X=a", "+X=a"),
                 ("the first of two", "x=a;X=b", "+x=a")):
             with self.subTest(point):
                 lines = self.run_tool(*add, text)[0].splitlines()
+                self.assertEqual(lines[2:5], ["+Driver=" + ("veltrane" if "Driver" in text else "Veltrane"),
+                                              "+Server=s", "+Database=d"])
                 self.assertEqual(" ".join(lines[5:]), keys)
         for text, at in (("Server=a;hunter2", 10), ("Server=a;hunter2;UID=b", 10), ("=hunter2", 1),
                          ("PWD={hunter2;UID=x", 5), ("PWD={hunter2} x;UID=x", 15), ("PWD={hunter2}}", 5)):

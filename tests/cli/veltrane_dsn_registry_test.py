@@ -2,6 +2,7 @@
 """What the built veltrane-dsn does with the registry, on Windows (tool_test.py)."""
 import itertools
 import json
+import os
 
 from tool_test import SALES, ToolTest, main
 
@@ -123,7 +124,7 @@ class RegistryTest(ToolTest):
         needed = self.compile("API-MS-Win-none-l1-1-0", "EXPORTED int needed(void) { return 1; }")
         library = self.compile("driver", "int needed(void); "
                                      "EXPORTED int SQLAllocHandle(void) { return needed(); }", needed)
-        self.stage.remove(needed)
+        os.remove(self.stage.unix(needed))
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
         self.run_tool("doctor")
 

@@ -48,16 +48,7 @@ class ChangeTest(ToolTest):
                          ["sales  user   db      東京", "zone   user   db      d"])
         self.run_tool("list", "--both", "--system", code=2)
 
-    def test_accepts_a_connection_string(self):
-        self.run_tool("add", "sales", "--uid", "bea", "--connection-string",
-                      "Driver={Veltrane};Server=db; Database={a;}}b} ;UID=anna")
-        self.assertEqual(self.run_json("show", "sales")["values"],
-                         {"Server": "db", "UID": "bea", "Database": "a;}b"})
-
     def test_names_keys_that_are_probably_meant(self):
-        _, errors = self.run_tool("add", "sales", "--connection-string", "data source=db;Initial "
-                                  "Catalog=d", code=2)
-        self.assertIn("Data Source is Server, Initial Catalog is Database.", errors)
         _, errors = self.add_sales("-p", "Sever=x")
         self.assertIn("The driver has no key Sever; did you mean Server?", errors)
         self.assertEqual(self.add_sales("-p", "Sever=x", "-q", "--replace")[1], "")
@@ -450,8 +441,9 @@ class DoctorTest(ToolTest):
         needed = self.compile("libneeded_by_test", "EXPORTED int needed(void) { return 1; }")
         library = self.register_compiled("int needed(void); "
                                          "EXPORTED int ConfigDSN(void) { return needed(); }", needed)
-        self.stage.remove(needed)
-        self.assertIn(f"Setup={library} cannot be loaded: it needs {self.stage.base(needed)}, which",
+        needed = self.stage.unix(needed)
+        os.remove(needed)
+        self.assertIn(f"Setup={library} cannot be loaded: it needs {os.path.basename(needed)}, which",
                       self.findings()["library-missing-dependency"])
 
     def test_finds_a_library_of_another_architecture(self):
