@@ -116,11 +116,11 @@ ExitCode ShowDsn(const CommandLine& in_line) {
         }
         return EXIT_DONE;
     }
-    Json values = Json::object();
+    Json::object_t values;
     Json masked = Json::array();
     for (const Entry& entry : *entries) {
         if (EqualsIgnoringCase(entry.first, "Driver")) continue;
-        values[CanonicalKey(entry.first)] = ShownValue(entry, areSecretsShown);
+        values.emplace_back(CanonicalKey(entry.first), ShownValue(entry, areSecretsShown));
         if (!areSecretsShown && IsSecretKey(entry.first)) masked.push_back(entry.first);
     }
     PrintJson({{"name", dsn},

@@ -111,8 +111,8 @@ std::string FormatJson(const Descriptions& in_descriptions) {
     using Json = nlohmann::ordered_json;
     Json list = Json::array();
     for (const DsnDescription& description : in_descriptions) {
-        Json values = Json::object();
-        for (const auto& [key, value] : description.m_values) values[key] = value;
+        Json::object_t values;
+        for (const auto& [key, value] : description.m_values) values.emplace_back(key, value);
         list.push_back({{"name", description.m_name},
                         {"driver", description.m_driver},
                         {"values", std::move(values)}});

@@ -48,7 +48,7 @@ void CheckSection(const DsnPlan& in_plan) {
 Entries MakeSection(const DsnWish& in_wish, const Entries& in_current) {
     Entries merged = in_wish.m_isReplaced ? Entries() : in_current;
     for (const auto& [key, value] : in_wish.m_values) merged.Set(key, value);
-    for (const std::string& key : in_wish.m_unset) merged.Remove(key);
+    if (!in_wish.m_unset.empty()) merged.Remove(in_wish.m_unset);
     Entries section{{"Driver", in_wish.m_driver}};
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         const std::string value = merged.Get(field.m_key);

@@ -11,22 +11,33 @@ Entries::Entries(const std::vector<Entry>& in_lines) {
         if (Find(key) == nullptr) {
             m_entries.emplace_back(key, value);
         } else {
-            m_repeated.push_back(key);
+            m_repeated.insert(FoldName(key));
         }
     }
 }
 
 bool Entries::IsRepeated(std::string_view in_key) const {
-    return std::any_of(m_repeated.begin(), m_repeated.end(), [in_key](const std::string& in_each) {
-        return IsSameName(in_each, in_key);
-    });
+    return m_repeated.contains(FoldName(in_key));
+}
+
+std::size_t Entries::PlaceOf(std::string_view in_key) const {
+    constexpr std::size_t FEW = 16;
+    if (m_entries.size() <= FEW) {
+        const auto found =
+            std::find_if(m_entries.begin(), m_entries.end(),
+                         [&](const Entry& in_it) { return IsSameName(in_it.first, in_key); });
+        return static_cast<std::size_t>(found - m_entries.begin());
+    }
+    for (std::size_t i = m_places.size(); i < m_entries.size(); ++i) {
+        m_places.emplace(FoldName(m_entries[i].first), i);
+    }
+    const auto found = m_places.find(FoldName(in_key));
+    return found == m_places.end() ? m_entries.size() : found->second;
 }
 
 const std::string* Entries::Find(std::string_view in_key) const {
-    for (const Entry& entry : m_entries) {
-        if (IsSameName(entry.first, in_key)) return &entry.second;
-    }
-    return nullptr;
+    const std::size_t place = PlaceOf(in_key);
+    return place == m_entries.size() ? nullptr : &m_entries[place].second;
 }
 
 std::string Entries::Get(std::string_view in_key) const {
@@ -35,18 +46,20 @@ std::string Entries::Get(std::string_view in_key) const {
 }
 
 void Entries::Set(std::string_view in_key, std::string_view in_value) {
-    for (Entry& entry : m_entries) {
-        if (IsSameName(entry.first, in_key)) {
-            entry.second = in_value;
-            return;
-        }
+    const std::size_t place = PlaceOf(in_key);
+    if (place == m_entries.size()) {
+        m_entries.emplace_back(in_key, in_value);
+    } else {
+        m_entries[place].second = in_value;
     }
-    m_entries.emplace_back(in_key, in_value);
 }
 
-void Entries::Remove(std::string_view in_key) {
+void Entries::Remove(const std::vector<std::string>& in_keys) {
+    std::set<std::string> keys;
+    for (const std::string& key : in_keys) keys.insert(FoldName(key));
     std::erase_if(m_entries,
-                  [in_key](const Entry& in_entry) { return IsSameName(in_entry.first, in_key); });
+                  [&keys](const Entry& in_it) { return keys.contains(FoldName(in_it.first)); });
+    m_places.clear();
 }
 
 const ODBC::DialogField* FindField(std::string_view in_key) {

@@ -4,8 +4,10 @@
 #define CLI_ENTRIES_H
 
 #include <array>
+#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -35,7 +37,7 @@ public:
     /// Returns the value; empty if there is no such key.
     std::string Get(std::string_view in_key) const;
     void Set(std::string_view in_key, std::string_view in_value);
-    void Remove(std::string_view in_key);
+    void Remove(const std::vector<std::string>& in_keys);
 
     /// Whether the key occurs again in the section. No program reads the repeated lines.
     bool IsRepeated(std::string_view in_key) const;
@@ -45,8 +47,14 @@ public:
     auto end() const { return m_entries.end(); }
 
 private:
+    /// Of the entry with this key; the number of entries when there is none.
+    std::size_t PlaceOf(std::string_view in_key) const;
+
     std::vector<Entry> m_entries;
-    std::vector<std::string> m_repeated;  ///< keys
+    /// Of the entries with these keys, folded, where there are many; filled when they are asked
+    /// for.
+    mutable std::unordered_map<std::string, std::size_t> m_places;
+    std::set<std::string> m_repeated;  ///< keys, folded
 };
 
 /// The keys that the setup library writes, in its order, without "Driver".

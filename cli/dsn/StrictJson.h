@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace Veltrane::Cli {
 
@@ -19,10 +20,12 @@ struct MembersOnce : nlohmann::ordered_map<Key, Value, Compare, Allocator> {
     using Base = nlohmann::ordered_map<Key, Value, Compare, Allocator>;
     using Base::Base;
     Value& operator[](const Key& in_key) {
-        const auto [place, isNew] = this->emplace(in_key, Value{});
-        if (!isNew) throw RepeatedKey{in_key};
-        return place->second;
+        if (!m_keys.insert(in_key).second) throw RepeatedKey{in_key};
+        return this->emplace_back(in_key, Value{}).second;
     }
+
+private:
+    std::unordered_set<Key> m_keys;  ///< the library's own search takes longer with every key
 };
 using StrictJson = nlohmann::basic_json<MembersOnce>;
 

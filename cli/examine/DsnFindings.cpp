@@ -1,6 +1,6 @@
 #include "cli/examine/DsnFindings.h"
 
-#include <set>
+#include <map>
 
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/dsn/Entries.h"
@@ -55,13 +55,13 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn,
 
 void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
                   const std::string& in_howToSet, Findings& io_findings) {
-    std::set<std::string> known;
+    std::map<std::string, std::size_t> counts;
     for (const auto& [key, value] : in_lines) {
-        if (!known.insert(FoldName(key)).second) {
+        if (++counts[FoldName(key)] == 2) {
             io_findings.push_back({Severity::Warning, "key-twice",
                                    "The DSN " + Quote(in_dsn) + " has the key " + key +
-                                       " twice; the driver manager takes the first one.",
-                                   "Remove the second line, or write the DSN anew: " + in_howToSet +
+                                       " more than once; the driver manager takes the first one.",
+                                   "Remove the other lines, or write the DSN anew: " + in_howToSet +
                                        " -p " + key + "=VALUE."});
         }
         if (!PLATFORM_WORDS.m_hasCommentsInValues) continue;
@@ -170,13 +170,13 @@ Findings ExamineFile(const DsnStore& in_store) {
                             PLATFORM_WORDS.m_notWritableRepair});
     }
     ExamineRights(in_store, text, findings);
-    std::set<std::string> known;
+    std::map<std::string, std::size_t> counts;
     for (const std::string& section : text.GetSections()) {
-        if (known.insert(FoldName(section)).second) continue;
+        if (++counts[FoldName(section)] != 2) continue;
         findings.push_back({Severity::Warning, "section-twice",
                             in_store.GetPath() + " has the section " + Quote(section) +
-                                " twice; the driver manager takes the first one.",
-                            "Move what is needed into the first one and remove the second."});
+                                " more than once; the driver manager takes the first one.",
+                            "Move what is needed into the first one and remove the others."});
     }
     return findings;
 }

@@ -179,6 +179,8 @@ class InputTest(RefusalTest):
                 ("\nPWD=hunter2\n", "input, line 2: a key before the first section."),
                 ("[hunter2\n", "input, line 1: a section header without its closing bracket."),
                 ("[a]\nPWD=x\npwd=hunter2\n", "input, line 3: a key that occurs twice."),
+                ("[a]\nPWD=x\n" + "".join(f"K{i}=\n" for i in range(30)) + "pwd=hunter2\n",
+                 "input, line 33: a key that occurs twice."),
                 ("[a]\n[A]\n", '"A" is described twice.'),
                 ("[a]\nState=hunter2\n", "input: \"a\": the state is neither present nor absent."),
                 ("; {\nDSN=x", "input, line 2: a key before the first section.")):
