@@ -69,32 +69,24 @@ void TakePassword(const DsnDescription& in_description, const CommandLine& in_li
     io_wish.m_values.Set("PWD", password);
 }
 
-/// The wanted state of a DSN, or why it cannot be reached.
-struct Wish {
-    DsnWish m_wish;
-    std::string m_failure;
-};
-
-Wish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {
-    Wish result;
-    DsnWish& wish = result.m_wish;
-    wish = in_description;
-    wish.m_driver = in_description.m_driver.empty() ? GetDriver(in_line) : in_description.m_driver;
+DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {
+    DsnWish wish = in_description;
+    if (wish.m_driver.empty()) wish.m_driver = GetDriver(in_line);
     wish.m_isAbsent = in_description.IsAbsent();
     wish.m_isReplaced = in_line.Has("--replace");
     try {
         if (!wish.m_isAbsent) TakePassword(in_description, in_line, wish);
     } catch (const CommandError& error) {
-        result.m_failure = error.what();
+        wish.m_failure = error.what();
     }
-    return result;
+    return wish;
 }
 
 /// Removes the driver's DSNs that are not described.
-void PlanPruning(const std::vector<Wish>& in_wishes, const std::string& in_driver,
+void PlanPruning(const std::vector<DsnWish>& in_wishes, const std::string& in_driver,
                  const ODBC::ProfileView& in_view, DsnResults& io_results) {
     std::unordered_set<std::string> described;
-    for (const Wish& wish : in_wishes) described.insert(FoldName(wish.m_wish.m_name));
+    for (const DsnWish& wish : in_wishes) described.insert(FoldName(wish.m_name));
     for (const std::string& dsn : GetDsnNames(in_view)) {
         const bool isOurs = IsSameName(in_view.Get(dsn, "Driver").value_or(""), in_driver);
         if (!isOurs || described.contains(FoldName(dsn))) continue;
@@ -120,20 +112,14 @@ ExitCode ApplyDescriptions(const CommandLine& in_line) {
 
 ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription>& in_descriptions,
                     const std::vector<std::string>& in_notes) {
-    std::vector<Wish> wishes;
+    std::vector<DsnWish> wishes;
     wishes.reserve(in_descriptions.size());
     for (const DsnDescription& description : in_descriptions) {
         wishes.push_back(MakeWishFor(description, in_line));
     }
     const auto plan = [&](const ODBC::ProfileView& in_view) {
         DsnResults results;
-        for (const Wish& wish : wishes) {
-            if (wish.m_failure.empty()) {
-                AddPlan(wish.m_wish, in_view, results);
-            } else {
-                results.push_back(MakeResult(wish.m_wish.m_name, wish.m_failure));
-            }
-        }
+        for (const DsnWish& wish : wishes) AddPlan(wish, in_view, results);
         if (in_line.Has("--prune")) {
             PlanPruning(wishes, GetDriver(in_line), in_view, results);
         }
@@ -153,8 +139,8 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     } catch (const std::exception& error) {
         // Nothing is written. In JSON the reason is reported for each DSN.
         if (!in_line.Has("--json")) throw;
-        for (const Wish& wish : wishes) {
-            results.push_back(MakeResult(wish.m_wish.m_name, error.what()));
+        for (const DsnWish& wish : wishes) {
+            results.push_back(MakeResult(wish.m_name, error.what()));
         }
     }
     for (const DsnResult& result : results) {
