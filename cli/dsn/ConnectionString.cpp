@@ -11,77 +11,56 @@ namespace {
 using Orska::Support::Trim;
 using Orska::Support::TrimLeft;
 
-class Parser {
-public:
-    explicit Parser(std::string_view in_text) : m_text(in_text) {}
+[[noreturn]] void Fail(std::size_t in_at, const char* in_reason) {
+    Refuse("The connection string has, at byte " + std::to_string(in_at + 1) + ", " + in_reason +
+           ".");
+}
 
-    Entries Run() {
-        for (;;) {
-            SkipBlanks();
-            if (m_at == m_text.size()) return Entries(m_entries);
-            if (m_text[m_at] == ';') {
-                ++m_at;
-                continue;
-            }
-            ParseEntry();
+std::size_t SkipBlanks(std::string_view in_text, std::size_t in_at) {
+    return in_text.size() - TrimLeft(in_text.substr(in_at)).size();
+}
+
+/// @param io_at  the opening brace; then the end of the entry
+std::string TakeQuoted(std::string_view in_text, std::size_t& io_at) {
+    std::string value;
+    for (std::size_t at = io_at + 1; at < in_text.size(); ++at) {
+        const bool isBrace = in_text[at] == '}';
+        const bool isDoubled = isBrace && in_text.substr(at + 1, 1) == "}";
+        if (isBrace && !isDoubled) {
+            io_at = SkipBlanks(in_text, at + 1);
+            if (io_at == in_text.size() || in_text[io_at] == ';') return value;
+            Fail(io_at, "text after a closing brace; a brace in a value is doubled");
         }
+        if (isDoubled) ++at;
+        value += in_text[at];
     }
-
-private:
-    void ParseEntry() {
-        const std::size_t equals = m_text.find_first_of("=;", m_at);
-        if (equals == std::string_view::npos || m_text[equals] == ';') Fail("a key without \"=\"");
-        const std::string key(Trim(m_text.substr(m_at, equals - m_at)));
-        if (key.empty()) Fail("a value without a key");
-        m_at = equals + 1;
-        SkipBlanks();
-        const bool isQuoted = m_at < m_text.size() && m_text[m_at] == '{';
-        m_entries.emplace_back(key, isQuoted ? QuotedValue() : PlainValue());
-    }
-
-    std::string PlainValue() {
-        const std::size_t end = std::min(m_text.find(';', m_at), m_text.size());
-        const std::string_view value = Trim(m_text.substr(m_at, end - m_at));
-        m_at = end;
-        return std::string(value);
-    }
-
-    std::string QuotedValue() {
-        std::string value;
-        const std::size_t begin = m_at;
-        for (++m_at; m_at < m_text.size(); ++m_at) {
-            const bool isBrace = m_text[m_at] == '}';
-            const bool isDoubled = isBrace && m_text.substr(m_at + 1, 1) == "}";
-            if (isBrace && !isDoubled) {
-                ++m_at;
-                SkipBlanks();
-                if (m_at < m_text.size() && m_text[m_at] != ';') {
-                    Fail("text after a closing brace; a brace in a value is doubled");
-                }
-                return value;
-            }
-            if (isDoubled) ++m_at;
-            value += m_text[m_at];
-        }
-        m_at = begin;
-        Fail("an opening brace without its closing one");
-    }
-
-    void SkipBlanks() { m_at = m_text.size() - TrimLeft(m_text.substr(m_at)).size(); }
-
-    [[noreturn]] void Fail(const char* in_reason) const {
-        Refuse("The connection string has, at byte " + std::to_string(m_at + 1) + ", " + in_reason +
-               ".");
-    }
-
-    std::string_view m_text;
-    std::size_t m_at = 0;
-    std::vector<Entry> m_entries;
-};
+    Fail(io_at, "an opening brace without its closing one");
+}
 
 }  // namespace
 
-Entries ParseConnectionString(std::string_view in_text) { return Parser(in_text).Run(); }
+Entries ParseConnectionString(std::string_view in_text) {
+    std::vector<Entry> entries;
+    for (std::size_t at = 0; (at = SkipBlanks(in_text, at)) < in_text.size();) {
+        const std::size_t equals = std::min(in_text.find_first_of("=;", at), in_text.size());
+        const std::string key(Trim(in_text.substr(at, equals - at)));
+        if (equals == at && in_text[at] == ';') {
+            ++at;
+            continue;
+        }
+        if (equals == in_text.size() || in_text[equals] == ';') Fail(at, "a key without \"=\"");
+        if (key.empty()) Fail(at, "a value without a key");
+        at = SkipBlanks(in_text, equals + 1);
+        if (in_text.substr(at, 1) == "{") {
+            entries.emplace_back(key, TakeQuoted(in_text, at));
+        } else {
+            const std::size_t end = std::min(in_text.find(';', at), in_text.size());
+            entries.emplace_back(key, Trim(in_text.substr(at, end - at)));
+            at = end;
+        }
+    }
+    return Entries(entries);
+}
 
 std::string FormatConnectionString(const Entries& in_entries) {
     std::string text;

@@ -9,76 +9,57 @@ namespace {
 
 using Orska::Support::Trim;
 
-class Reader {
-public:
-    Reader(const std::string& in_source, std::vector<std::string>& out_notes)
-        : m_source(in_source), m_notes(out_notes) {}
-
-    Descriptions Run(std::string_view in_text) {
-        ForEachLine(in_text, [this](std::string_view in_line) {
-            ++m_line;
-            ReadLine(Trim(in_line));
-        });
-        return std::move(m_descriptions);
+/// @return what is wrong with the key; null when nothing is
+const char* SetKey(const std::string& in_key, const std::string& in_value,
+                   DsnDescription& io_description) {
+    if (std::string* const member = FindMember(in_key, io_description)) {
+        *member = in_value;
+    } else if (io_description.m_values.Find(in_key) != nullptr) {
+        return "a key that occurs twice";
+    } else if (!EqualsIgnoringCase(in_key, "PWD") || !in_value.empty()) {
+        // An empty PWD is common in odbc.ini files. It does not remove a stored password.
+        io_description.m_values.Set(CanonicalKey(in_key), in_value);
     }
-
-private:
-    void ReadLine(std::string_view in_line) {
-        if (in_line.empty() || in_line.front() == '#' || in_line.front() == ';') return;
-        if (in_line.front() == '[') {
-            if (in_line.back() != ']') Fail("a section header without its closing bracket");
-            StartSection(std::string(Trim(in_line.substr(1, in_line.size() - 2))));
-            return;
-        }
-        if (m_isPassedOver) return;
-        const std::size_t equals = in_line.find('=');
-        if (equals == std::string_view::npos || equals == 0) {
-            Fail("neither a section, a comment nor a key with its value");
-        }
-        if (m_descriptions.empty()) Fail("a key before the first section");
-        ReadKey(std::string(Trim(in_line.substr(0, equals))),
-                std::string(Trim(in_line.substr(equals + 1))));
-    }
-
-    void StartSection(const std::string& in_name) {
-        m_isPassedOver = ODBC::IsReservedName(in_name);
-        if (!m_isPassedOver) {
-            m_descriptions.emplace_back().m_name = in_name;
-        } else {
-            m_notes.push_back(m_source + ": [" + in_name +
-                              "] is the driver manager's own section and is passed over.");
-        }
-    }
-
-    void ReadKey(const std::string& in_key, const std::string& in_value) {
-        DsnDescription& description = m_descriptions.back();
-        if (std::string* const member = FindMember(in_key, description)) {
-            *member = in_value;
-        } else if (description.m_values.Find(in_key) != nullptr) {
-            Fail("a key that occurs twice");
-        } else if (EqualsIgnoringCase(in_key, "PWD") && in_value.empty()) {
-            // Common in odbc.ini files. It does not remove a stored password.
-        } else {
-            description.m_values.Set(CanonicalKey(in_key), in_value);
-        }
-    }
-
-    [[noreturn]] void Fail(const char* in_reason) const {
-        FailWith(m_source + ", line " + std::to_string(m_line) + ": " + in_reason + ".");
-    }
-
-    const std::string& m_source;
-    std::vector<std::string>& m_notes;
-    bool m_isPassedOver = false;
-    Descriptions m_descriptions;
-    std::size_t m_line = 0;
-};
+    return nullptr;
+}
 
 }  // namespace
 
 Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
                       std::vector<std::string>& out_notes) {
-    return Reader(in_source, out_notes).Run(in_text);
+    Descriptions descriptions;
+    bool isPassedOver = false;
+    std::size_t number = 0;
+    const auto failIf = [&](bool in_isWrong, const char* in_reason) {
+        if (in_isWrong)
+            FailWith(in_source + ", line " + std::to_string(number) + ": " + in_reason + ".");
+    };
+    ForEachLine(in_text, [&](std::string_view in_line) {
+        ++number;
+        const std::string_view line = Trim(in_line);
+        if (line.empty() || line.front() == '#' || line.front() == ';') return;
+        if (line.front() == '[') {
+            failIf(line.back() != ']', "a section header without its closing bracket");
+            const std::string name(Trim(line.substr(1, line.size() - 2)));
+            isPassedOver = ODBC::IsReservedName(name);
+            if (!isPassedOver) {
+                descriptions.emplace_back().m_name = name;
+            } else {
+                out_notes.push_back(in_source + ": [" + name +
+                                    "] is the driver manager's own section and is passed over.");
+            }
+        } else if (!isPassedOver) {
+            const std::size_t equals = line.find('=');
+            failIf(equals == std::string_view::npos || equals == 0,
+                   "neither a section, a comment nor a key with its value");
+            failIf(descriptions.empty(), "a key before the first section");
+            const char* const reason =
+                SetKey(std::string(Trim(line.substr(0, equals))),
+                       std::string(Trim(line.substr(equals + 1))), descriptions.back());
+            failIf(reason != nullptr, reason);
+        }
+    });
+    return descriptions;
 }
 
 std::string FormatIni(const Descriptions& in_descriptions) {

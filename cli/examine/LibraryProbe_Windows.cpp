@@ -112,18 +112,14 @@ private:
 };
 
 std::string DescribeMachine(WORD in_machine) {
-    switch (in_machine) {
-        case IMAGE_FILE_MACHINE_I386:
-            return "32-bit x86";
-        case IMAGE_FILE_MACHINE_AMD64:
-            return "64-bit x86-64";
-        case IMAGE_FILE_MACHINE_ARMNT:
-            return "32-bit ARM";
-        case IMAGE_FILE_MACHINE_ARM64:
-            return "64-bit AArch64";
-        default:
-            return "machine " + std::to_string(in_machine);
+    constexpr std::pair<WORD, const char*> NAMES[] = {{IMAGE_FILE_MACHINE_I386, "32-bit x86"},
+                                                      {IMAGE_FILE_MACHINE_AMD64, "64-bit x86-64"},
+                                                      {IMAGE_FILE_MACHINE_ARMNT, "32-bit ARM"},
+                                                      {IMAGE_FILE_MACHINE_ARM64, "64-bit AArch64"}};
+    for (const auto& [machine, name] : NAMES) {
+        if (machine == in_machine) return name;
     }
+    return "machine " + std::to_string(in_machine);
 }
 
 /// Returns the full path of a library as the loader finds it from a folder; empty if it does not.
