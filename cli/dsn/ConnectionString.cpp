@@ -65,7 +65,7 @@ Entries ParseConnectionString(std::string_view in_text) {
 std::string FormatConnectionString(const Entries& in_entries) {
     std::string text;
     for (const auto& [key, value] : in_entries) {
-        // Not every driver knows braces, so only what would be read wrongly gets them.
+        // Some drivers do not know braces, so only values that need them get them.
         const bool isPlain =
             value.empty() || (value.find(';') == std::string::npos && value.front() != '{' &&
                               value.front() != ' ' && value.back() != ' ');

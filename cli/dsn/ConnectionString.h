@@ -15,7 +15,7 @@ namespace Veltrane::Cli {
 Entries ParseConnectionString(std::string_view in_text);
 
 std::string FormatConnectionString(const Entries& in_entries);
-/// A value as it is written in braces.
+/// Returns a value as it is written in braces.
 std::string DoubleBraces(const std::string& in_value);
 
 }  // namespace Veltrane::Cli

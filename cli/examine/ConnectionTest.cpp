@@ -50,7 +50,7 @@ Json MakeResult(const char* in_outcome, const std::string& in_text, milliseconds
             {"findings", Json::array()}};
 }
 
-/// What is stored about the DSN, as the driver manager looks for it.
+/// The stored DSN, as the driver manager finds it.
 struct Stored {
     std::string m_places;
     std::optional<Entries> m_entries;
@@ -67,7 +67,7 @@ Stored FindStored(const std::string& in_dsn) {
     return stored;
 }
 
-/// Hides a secret in what a driver says. A short one only where it is a word of its own.
+/// Masks a secret in a driver's message, a short one only if it is a whole word.
 void Mask(const std::string& in_secret, std::string& io_text) {
     constexpr std::size_t SHORT = 4;
     const auto isWord = [&](std::size_t in_at) {
@@ -97,7 +97,7 @@ void MaskSecrets(const Entries& in_entries, Json& io_diagnostics) {
     }
 }
 
-/// Whether this may be the driver manager saying that it found no driver.
+/// Whether this can be the driver manager reporting that it found no driver.
 bool IsFromDriverManager(const Json& in_diagnostics) {
     return std::any_of(in_diagnostics.begin(), in_diagnostics.end(), [](const Json& in_it) {
         const std::string state = in_it.at("state");
@@ -105,7 +105,7 @@ bool IsFromDriverManager(const Json& in_diagnostics) {
     });
 }
 
-/// Why the driver manager has found no driver.
+/// Explains why the driver manager found no driver.
 Findings Explain(const Entries& in_attributes, const Stored& in_stored) {
     constexpr auto ERROR = Severity::Error;
     const std::string dsn = in_attributes.Get("DSN");

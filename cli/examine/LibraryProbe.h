@@ -34,7 +34,7 @@ LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::str
 /// @return "=" when all is well, "-" when no function is exported, else the loader's error
 std::string LoadHere(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// What the loader's error text says, on Linux.
+/// Interprets the loader's error text (Linux).
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error);
 
 }  // namespace Veltrane::Cli

@@ -70,8 +70,8 @@ LibraryProbe ProbeFile(const std::string& in_path) {
     return {};
 }
 
-/// The path of a library in the folder of drivers of unixODBC, which looks there for a bare name;
-/// empty when there is none.
+/// Returns the path of a library in unixODBC's folder of drivers, where unixODBC looks for a bare
+/// name; empty if there is none.
 std::string FindAmongDrivers(const std::string& in_name) {
     Dl_info info{};
     const void* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);

@@ -16,7 +16,7 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// @param in_length  what the driver says, which may be more than there was room for
+/// @param in_length  the driver's length, which can be more than the room
 std::string TextIn(std::span<const SQLTCHAR> in_buffer, std::size_t in_length) {
     const auto limit =
         in_buffer.begin() + static_cast<std::ptrdiff_t>(std::min(in_buffer.size() - 1, in_length));
@@ -87,7 +87,7 @@ std::vector<ConnectionDiagnostic> OdbcCalls::GetDiagnostics() {
         if (!SQL_SUCCEEDED(result)) break;
         ConnectionDiagnostic diagnostic{TextIn(state, 5), code,
                                         TextIn(text, static_cast<unsigned short>(length))};
-        // iODBC adds one without an error, whose text it has given back to the heap by then.
+        // iODBC adds a diagnostic without an error, whose text it has already freed.
         if (diagnostic.m_state == "00000") continue;
         diagnostic.m_text.erase(diagnostic.m_text.find_last_not_of(" \r\n\t") + 1);
         diagnostics.push_back(std::move(diagnostic));

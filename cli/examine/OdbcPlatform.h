@@ -8,7 +8,7 @@
 #ifdef _WIN32
 #include "tools/WindowsApi.h"
 #endif
-// After the Windows API, which they need.
+// Must follow <windows.h>.
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
@@ -18,7 +18,7 @@
 
 namespace Veltrane::Cli::OdbcPlatform {
 
-/// The driver managers that there may be, the usual one first.
+/// Possible driver managers, the usual one first.
 extern const std::span<const char* const> LIBRARIES;
 /// @return null with the reason
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason);

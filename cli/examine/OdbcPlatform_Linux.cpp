@@ -16,7 +16,7 @@ constexpr const char* NAMES[] = {"libodbc.so.2", "libiodbc.so.2"};
 const std::span<const char* const> LIBRARIES = NAMES;
 
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
-    // As programs that use drivers do: drivers convert text by the locale.
+    // As in programs that use drivers: drivers convert text by the locale.
     std::setlocale(LC_CTYPE, "");
     void* const library = dlopen(in_name.c_str(), RTLD_NOW | RTLD_GLOBAL);
     if (library == nullptr) out_reason = dlerror();
