@@ -1,4 +1,4 @@
-# Run by CPack on the staged files of all components: what Debian wants beyond `cmake --install`.
+# CPack runs this on the staged files of all components, for what Debian requires beyond an install.
 
 find_program(GZIP_PROGRAM gzip REQUIRED)
 find_program(STRIP_PROGRAM strip REQUIRED)
@@ -7,7 +7,7 @@ function(run)
   execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# Sets a variable to the staged files of a pattern, of which there has to be one.
+# Sets a variable to the staged files of a pattern; there has to be at least one.
 function(find_staged variable pattern)
   file(GLOB_RECURSE files ${CPACK_TEMPORARY_DIRECTORY}/*/usr/${pattern})
   if(NOT files)

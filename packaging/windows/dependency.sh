@@ -1,25 +1,25 @@
-# Functions for the recipes of what the Windows build needs and Debian has as source only. A recipe
-# sources this file. Its results are kept between builds, each named for the version of the source
-# and for the recipe, in ORSKA_CACHE_DIR (default: orska in the user's cache folder).
+# Functions for the recipes of the Windows build's dependencies, which Debian has only as source. A
+# recipe sources this file. The results are kept between builds, named by the version of the source
+# and by the recipe, in ORSKA_CACHE_DIR (default: orska in the user's cache folder).
 windows=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 toolchain=$windows/../../cmake/toolchain-windows-mingw.cmake
 cache=${ORSKA_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/orska}
 
-# source_version PACKAGE: the version of the source package that the installed PACKAGE was built of.
+# source_version PACKAGE: prints the version of the source package of the installed PACKAGE.
 source_version() {
   dpkg-query -W -f '${source:Version}' "$1" 2>/dev/null ||
     { echo "$1 is not installed; run scripts/deps windows" >&2; return 1; }
 }
 
-# prefix_of NAME VERSION: the folder for the result of a recipe, whose text is standard input.
+# prefix_of NAME VERSION: prints the folder for the result of the recipe on standard input.
 prefix_of() {
   local recipe
   recipe=$({ cat; x86_64-w64-mingw32-g++-posix -dumpfullversion 2>/dev/null || true; } | sha256sum)
   echo "$cache/$1-mingw-${2//[^A-Za-z0-9.+-]/_}-${recipe:0:12}"
 }
 
-# begin TITLE: makes the folder $work, and keeps what follows quiet unless the recipe fails. It must
-# stand alone, so that the first command that fails ends the recipe.
+# begin TITLE: makes the folder $work, and hides further output unless the recipe fails. Call it on
+# a line alone, so that the first failing command ends the recipe.
 begin() {
   title=$1
   echo "Building $title for Windows"
@@ -35,8 +35,7 @@ finish() {
 }
 
 # fetch_source NAME VERSION FOLDER: unpacks a source package of the distribution into FOLDER/source.
-# It is downloaded through a list of the machine's own package sources, asked for source packages;
-# the list is in a folder of its own, so that nothing of the system changes.
+# It uses a copy of the machine's list of package sources, so nothing of the system changes.
 fetch_source() {
   local file work=$3/fetch
   mkdir -p "$work/sources" "$work/lists/partial" "$work/cache/archives/partial" "$work/download"
@@ -48,7 +47,7 @@ fetch_source() {
   done
   local options=(-q -o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$work/sources"
     -o "Dir::State::Lists=$work/lists" -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=)
-  # A source of binary packages alone makes this fail, which does no harm: the download tells.
+  # This fails for a source with only binary packages, which does no harm: the download decides.
   apt-get "${options[@]}" update || true
   (cd "$work/download" && apt-get "${options[@]}" source --only-source --download-only "$1=$2")
   (cd "$3" && dpkg-source --no-check -x "$work/download/$1"_*.dsc source)
@@ -64,8 +63,8 @@ build_and_install() {
   cmake --install "$folder/build"
 }
 
-# publish FOLDER PREFIX: moves FOLDER/prefix to its place. What is there is complete, whoever else
-# builds the same at the same time.
+# publish FOLDER PREFIX: moves FOLDER/prefix to its place. A folder there is always complete, even
+# if several builds run at once.
 publish() {
   local staging
   mkdir -p "$cache"

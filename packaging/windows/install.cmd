@@ -1,19 +1,19 @@
 @echo off
-rem Installs the Veltrane ODBC setup from the folder that this script stands in and registers the
-rem driver. Run it as an administrator; a second run repairs or upgrades.
+rem Installs the Veltrane ODBC setup from the folder of this script and registers the driver. Run it
+rem as an administrator; a second run repairs or upgrades.
 rem   install.cmd [folder]     default: Veltrane in the folder of programs
 setlocal
 set "source=%~dp0"
 set "folder=%~1"
 if "%folder%"=="" set "folder=%ProgramFiles%\Veltrane"
-rem Registered as a whole path, whether given relative or with a backslash at its end.
+rem Registers the full path, even if it was given relative or with a trailing backslash.
 for %%f in ("%folder%\.") do set "folder=%%~ff"
 "%source%veltrane-dsn.exe" --version >nul
 if errorlevel 1 goto cannot_run
 if not exist "%folder%\" mkdir "%folder%"
 if not exist "%folder%\" goto no_folder
 
-rem All are there before the first is replaced: a full disk changes nothing.
+rem Copies all files before it replaces the first: a full disk changes nothing.
 for %%f in (VeltraneSetup.dll VeltraneDialog.dll veltrane-dsn.exe uninstall.cmd) do (
   copy /b /y "%source%%%f" "%folder%\%%f.new" >nul
   if errorlevel 1 goto no_copy

@@ -2,7 +2,7 @@
 """Brings DSNs of the Veltrane ODBC driver to a described state.
 
 One call of veltrane-dsn apply does all of them. The description goes to its standard input, with
-the passwords: they stand in no argument, no environment and no file.
+the passwords: they are in no argument, no environment and no file.
 """
 import json
 
@@ -14,8 +14,8 @@ module: veltrane_dsn
 short_description: Bring DSNs of the Veltrane ODBC driver to a described state
 description:
   - Adds, changes and removes DSNs with C(veltrane-dsn apply). A second run changes nothing.
-  - Each DSN ends up whole or untouched. One that fails does not stop the others; the task fails
-    when all have been tried, and says which failed and why.
+  - Each DSN is changed completely or not at all. A DSN that fails does not stop the others; the
+    task fails after all have been tried, and says which failed and why.
   - Supports check mode, in which nothing is written, and C(--diff), in which passwords are masked.
 options:
   data_sources:
@@ -29,7 +29,7 @@ options:
         type: str
         required: true
       state:
-        description: Whether it is to exist.
+        description: Whether the DSN should exist.
         type: str
         choices: [present, absent]
         default: present
@@ -52,7 +52,7 @@ options:
     choices: [system, user]
     default: system
   driver:
-    description: The driver's name where a DSN does not say another one.
+    description: The driver's name, unless a DSN names another one.
     type: str
     default: Veltrane
   replace:
@@ -60,7 +60,7 @@ options:
     type: bool
     default: false
   prune:
-    description: Remove the driver's DSNs that are not described. Needs one that is.
+    description: Remove the driver's DSNs that are not described. At least one has to be described.
     type: bool
     default: false
   driver_library:
@@ -68,8 +68,8 @@ options:
       has to be registered with its setup library already, as the package does it.
     type: path
   test:
-    description: Connect to each DSN that is to be present, with C(veltrane-dsn test). Not in check
-      mode. A DSN that does not connect fails the task when all have been tried.
+    description: Connect to each DSN that should exist, with C(veltrane-dsn test). Not in check
+      mode. A DSN that does not connect fails the task after all have been tried.
     type: bool
     default: false
   test_timeout:
@@ -95,18 +95,18 @@ EXAMPLES = r"""
 
 RETURN = r"""
 results:
-  description: What became of each DSN.
+  description: The result of each DSN.
   type: list
   elements: dict
   returned: when the tool could be run
   sample: [{name: sales, state: changed, action: added, difference: ["+[sales]"]}]
 driver:
-  description: What became of the driver's registration.
+  description: The result of the driver's registration.
   type: dict
   returned: with driver_library
   sample: {driver: Veltrane, changed: true, difference: ["+Driver=/opt/v/libdriver.so"]}
 tests:
-  description: What veltrane-dsn test says about each DSN.
+  description: The output of veltrane-dsn test for each DSN.
   type: list
   elements: dict
   returned: with test
@@ -138,16 +138,16 @@ ARGUMENTS = {
 
 
 def is_secret_key(key):
-    """As veltrane-dsn has it, which masks the same ones in the differences that it prints."""
+    """The rule of veltrane-dsn, which masks the same keys in the differences that it prints."""
     parts = ("pwd", "password", "passwd", "secret", "token", "apikey")
     return any(part in str(key).lower() for part in parts)
 
 
 class Module(AnsibleModule):
-    """Keeps passwords among the values out of the system log and out of all output too.
+    """Keeps passwords among the values out of the system log and out of all output.
 
-    Ansible by itself logs the arguments before anything else runs, and as Python spells them: a
-    password with a quote or a backslash in it is not recognised there, not even that of pwd.
+    Ansible logs the arguments before anything else runs, in Python's spelling. It does not
+    recognise a password with a quote or a backslash there, not even that of pwd.
     """
 
     def _log_invocation(self):
@@ -165,7 +165,7 @@ class Module(AnsibleModule):
 
 
 def describe(module):
-    """The description that apply reads."""
+    """Returns the description for apply."""
     descriptions = []
     for source in module.params["data_sources"]:
         description = {"name": source["name"], "state": source["state"]}
@@ -183,7 +183,7 @@ def describe(module):
 
 
 def foresee_without_tool(module):
-    """Check mode before the packages are there: what is absent cannot be told from what is not."""
+    """Ends check mode before the packages are installed: the DSNs of the host are unknown."""
     present = [source["name"] for source in module.params["data_sources"]
                if source["state"] == "present"]
     module.warn("%s is not installed yet, so the DSNs of the host are unknown; "
@@ -216,7 +216,7 @@ def apply(module, tool):
 
 
 def test(module, tool, results):
-    """Connects to what is to be there and has not failed already."""
+    """Connects to the DSNs that should exist and have not failed already."""
     failed = [result["name"] for result in results if result["state"] == "failed"]
     names = [source["name"] for source in module.params["data_sources"]
              if source["state"] == "present" and source["name"] not in failed]
@@ -225,14 +225,14 @@ def test(module, tool, results):
 
 
 def describe_failure(tested):
-    """The outcome, each error, and why the driver cannot be loaded, in one line."""
+    """Returns the outcome, each error, and why the driver cannot be loaded, in one line."""
     said = ["%s %s" % (it["state"], it["text"]) for it in tested["diagnostics"]]
     said += [it["text"] for it in tested["findings"]]
     return "%s: %s" % (tested["name"], " ".join([tested["text"], *said]).replace("\n", " "))
 
 
 def show_difference(results):
-    """The lines that --diff prints; the tool has masked the passwords in them."""
+    """Returns the lines for --diff; the tool has masked the passwords in them."""
     lines = []
     for result in results:
         if result.get("difference"):
@@ -250,7 +250,7 @@ def find_tool(module):
 
 
 def do_all(module, tool):
-    """Gives the answer, and sentences on what has failed."""
+    """Returns the answer, and sentences about failures."""
     answer, problems, differences = {"changed": False, "results": []}, [], []
     if module.params["driver_library"]:
         driver = answer["driver"] = register_library(module, tool)
