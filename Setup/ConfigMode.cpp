@@ -34,11 +34,11 @@ public:
         m_name = slash == std::string::npos ? path : path.substr(slash + 1);
         const std::string directory =
             slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
-        m_watch = ::inotify_add_watch(in_inotify, directory.c_str(), IN_OPEN | IN_MASK_ADD);
+        m_watch = inotify_add_watch(in_inotify, directory.c_str(), IN_OPEN | IN_MASK_ADD);
         if (m_watch >= 0) return;
         // The directory cannot be read: watch the file itself.
         m_name.clear();
-        m_watch = ::inotify_add_watch(in_inotify, path.c_str(), IN_OPEN | IN_MASK_ADD);
+        m_watch = inotify_add_watch(in_inotify, path.c_str(), IN_OPEN | IN_MASK_ADD);
     }
 
     bool Matches(const inotify_event& in_event) const {
@@ -60,7 +60,7 @@ Opened ReadEvents(int in_inotify, const OpenWatch& in_user, const OpenWatch& in_
     Opened opened;
     alignas(inotify_event) char events[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
     for (;;) {
-        const ssize_t size = ::read(in_inotify, events, sizeof events);
+        const ssize_t size = read(in_inotify, events, sizeof events);
         if (size <= 0) return opened;
         for (const char* at = events; at < events + size;) {
             const auto& event = *reinterpret_cast<const inotify_event*>(at);
@@ -77,17 +77,17 @@ class NewFileGuard {
 public:
     NewFileGuard(const std::string& in_path, mode_t in_mode) : m_path(in_path), m_mode(in_mode) {
         struct stat before {};
-        m_isAbsent = ::stat(m_path.c_str(), &before) != 0;
+        m_isAbsent = stat(m_path.c_str(), &before) != 0;
     }
     NewFileGuard(const NewFileGuard&) = delete;
     NewFileGuard& operator=(const NewFileGuard&) = delete;
     ~NewFileGuard() {
         if (!m_isAbsent) return;
-        const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        const Descriptor file(open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
         struct stat now {};
-        if (file.IsOpen() && ::fstat(file.Get(), &now) == 0 && S_ISREG(now.st_mode) &&
+        if (file.IsOpen() && fstat(file.Get(), &now) == 0 && S_ISREG(now.st_mode) &&
             now.st_size == 0 && (now.st_mode & 0777 & ~m_mode) != 0) {
-            ::fchmod(file.Get(), now.st_mode & m_mode);
+            fchmod(file.Get(), now.st_mode & m_mode);
         }
     }
 
@@ -114,7 +114,7 @@ Opened Observe(const InstallerLibrary& in_library, int in_inotify, const std::st
 }
 
 bool IsUsable(const std::string& in_path) {
-    return ::faccessat(AT_FDCWD, in_path.c_str(), R_OK, AT_EACCESS) == 0 ||
+    return faccessat(AT_FDCWD, in_path.c_str(), R_OK, AT_EACCESS) == 0 ||
            SystemCalls::IsWritable(in_path.c_str());
 }
 
@@ -141,7 +141,7 @@ ConfigMode ModeOfEnvironment() {
 }  // namespace
 
 ConfigMode ProbeConfigMode(const InstallerLibrary& in_library) {
-    const Descriptor inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    const Descriptor inotify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     if (!inotify.IsOpen()) return ConfigMode::UNKNOWN;
     const std::string userPath = GetUserIniPath();
     const std::string systemPath = GetSystemIniPath();

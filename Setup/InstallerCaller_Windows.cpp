@@ -9,7 +9,7 @@ namespace {
 bool PinModule() noexcept {
     static const char s_inThisModule = 0;
     HMODULE module = nullptr;
-    return ::GetModuleHandleExW(
+    return GetModuleHandleExW(
                GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                reinterpret_cast<const wchar_t*>(&s_inThisModule), &module) != 0;
 }

@@ -23,7 +23,7 @@ constexpr short SQL_SUCCESS = 0;
 
 template <typename Function>
 void Bind(void* in_library, const char* in_name, Function& out_function) {
-    out_function = reinterpret_cast<Function>(::dlsym(in_library, in_name));
+    out_function = reinterpret_cast<Function>(dlsym(in_library, in_name));
 }
 
 InstallerLibrary BindAll(void* in_library) {
@@ -43,14 +43,14 @@ InstallerLibrary BindAll(void* in_library) {
 /// Opens a module that is already loaded. The main program has no name.
 void* OpenLoaded(const char* in_name) {
     const bool isMainProgram = in_name == nullptr || *in_name == '\0';
-    return ::dlopen(isMainProgram ? nullptr : in_name, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    return dlopen(isMainProgram ? nullptr : in_name, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
 }
 
 /// Opens the module that contains an address; returns null when there is none.
 void* OpenModuleOf(const void* in_address) {
     Dl_info info{};
     void* module = nullptr;
-    if (::dladdr1(in_address, &info, &module, RTLD_DL_LINKMAP) == 0) return nullptr;
+    if (dladdr1(in_address, &info, &module, RTLD_DL_LINKMAP) == 0) return nullptr;
     return OpenLoaded(static_cast<const link_map*>(module)->l_name);
 }
 
@@ -91,7 +91,7 @@ InstallerLibrary LoadAny() {
         if (void* const handle = OpenLoaded(name)) return BindAll(handle);
     }
     for (const char* name : LIBRARY_NAMES) {
-        if (void* const handle = ::dlopen(name, RTLD_NOW | RTLD_LOCAL)) return BindAll(handle);
+        if (void* const handle = dlopen(name, RTLD_NOW | RTLD_LOCAL)) return BindAll(handle);
     }
     std::fprintf(stderr, "%s: %s\n", NOT_INSTALLED_TITLE, NOT_INSTALLED);
     return {};
@@ -127,10 +127,10 @@ const InstallerLibrary* FindInstallerLibrary(const void* in_code) noexcept {
     void* const module = OpenModuleOf(in_code);
     if (module == nullptr) return nullptr;
     // Searches the module and the libraries that it is linked with.
-    const void* const function = ::dlsym(module, ANY_FUNCTION);
+    const void* const function = dlsym(module, ANY_FUNCTION);
     const InstallerLibrary* const library =
         function == nullptr ? nullptr : s_boundLibraries.Get(function);
-    ::dlclose(module);
+    dlclose(module);
     return library;
 }
 

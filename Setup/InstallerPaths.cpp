@@ -32,7 +32,7 @@ std::string GetPasswdHome() {
     std::vector<char> buffer(16384);
     passwd entry{};
     passwd* found = nullptr;
-    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
+    getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found);
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/home";
 }
 
@@ -46,13 +46,13 @@ std::string GetHome() {
 std::string GetUsablePath(const char* in_variable) {
     const char* const path = std::getenv(in_variable);
     if (path == nullptr || *path == '\0') return {};
-    const bool isReadable = ::access(path, R_OK) == 0;
+    const bool isReadable = access(path, R_OK) == 0;
     return isReadable || (errno == ENOENT && SystemCalls::IsWritable(path)) ? path : std::string();
 }
 
 }  // namespace
 
-bool IsPrivileged() noexcept { return ::getauxval(AT_SECURE) != 0; }
+bool IsPrivileged() noexcept { return getauxval(AT_SECURE) != 0; }
 
 std::string GetUserIniPath() {
     const InstallerLibrary& library = GetInstallerLibrary();

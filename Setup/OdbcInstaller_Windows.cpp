@@ -22,29 +22,29 @@ constexpr wchar_t NOT_INSTALLED_TITLE[] = L"ODBC Installer Error";
 
 /// The installer's functions, bound by name. Null if the function or the library is missing.
 struct InstallerFunctions {
-    decltype(&::SQLValidDSNW) m_validDSN = nullptr;
-    decltype(&::SQLGetPrivateProfileStringW) m_getProfileString = nullptr;
-    decltype(&::SQLWritePrivateProfileStringW) m_writeProfileString = nullptr;
-    decltype(&::SQLWriteDSNToIniW) m_writeDSNToIni = nullptr;
-    decltype(&::SQLRemoveDSNFromIniW) m_removeDSNFromIni = nullptr;
-    decltype(&::SQLPostInstallerErrorW) m_postInstallerError = nullptr;
-    decltype(&::SQLGetConfigMode) m_getConfigMode = nullptr;
-    decltype(&::SQLSetConfigMode) m_setConfigMode = nullptr;
+    decltype(&SQLValidDSNW) m_validDSN = nullptr;
+    decltype(&SQLGetPrivateProfileStringW) m_getProfileString = nullptr;
+    decltype(&SQLWritePrivateProfileStringW) m_writeProfileString = nullptr;
+    decltype(&SQLWriteDSNToIniW) m_writeDSNToIni = nullptr;
+    decltype(&SQLRemoveDSNFromIniW) m_removeDSNFromIni = nullptr;
+    decltype(&SQLPostInstallerErrorW) m_postInstallerError = nullptr;
+    decltype(&SQLGetConfigMode) m_getConfigMode = nullptr;
+    decltype(&SQLSetConfigMode) m_setConfigMode = nullptr;
     bool m_isLoaded = false;
 };
 
 template <typename Function>
 void Bind(HMODULE in_library, const char* in_name, Function& out_function) {
     out_function =
-        reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(in_library, in_name)));
+        reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(in_library, in_name)));
 }
 
 /// Returns the library that is already loaded, usually our caller, else the one in the system
 /// folder, but never one from the current folder or the path. Never unloaded.
 HMODULE LoadInstaller() {
     HMODULE library = nullptr;
-    if (::GetModuleHandleExW(0, LIBRARY_NAME, &library) != 0) return library;
-    return ::LoadLibraryExW(LIBRARY_NAME, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (GetModuleHandleExW(0, LIBRARY_NAME, &library) != 0) return library;
+    return LoadLibraryExW(LIBRARY_NAME, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
 }
 
 InstallerFunctions Load() {
@@ -71,7 +71,7 @@ const InstallerFunctions& GetInstaller() {
     // of the program keep working meanwhile and can call this function.
     static std::atomic<bool> s_isUserTold{false};
     if (!s_installer.m_isLoaded && !s_isUserTold.exchange(true)) {
-        ::MessageBoxW(nullptr, NOT_INSTALLED, NOT_INSTALLED_TITLE, MB_OK | MB_ICONERROR);
+        MessageBoxW(nullptr, NOT_INSTALLED, NOT_INSTALLED_TITLE, MB_OK | MB_ICONERROR);
     }
     return s_installer;
 }
@@ -135,8 +135,8 @@ std::optional<orska_wstring> FindExpandable(const orska_wstring& in_section,
     std::wstring text;
     DWORD size = 0;
     const auto get = [&](wchar_t* out_text) {
-        return ::RegGetValueW(root, path.c_str(), key.c_str(), RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND,
-                              nullptr, out_text, &size);
+        return RegGetValueW(root, path.c_str(), key.c_str(), RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND,
+                            nullptr, out_text, &size);
     };
     LONG error = get(nullptr);
     while (error == ERROR_MORE_DATA ||
@@ -152,9 +152,9 @@ std::optional<orska_wstring> FindExpandable(const orska_wstring& in_section,
 bool SetExpandable(const orska_wstring& in_section, const orska_wstring& in_key,
                    const orska_wstring& in_value) {
     const std::wstring text = in_value.GetAsPlatformWString();
-    return ::RegSetKeyValueW(WrittenRoot(), PathOf(in_section).c_str(),
-                             in_key.GetAsPlatformWString().c_str(), REG_EXPAND_SZ, text.c_str(),
-                             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))) ==
+    return RegSetKeyValueW(WrittenRoot(), PathOf(in_section).c_str(),
+                           in_key.GetAsPlatformWString().c_str(), REG_EXPAND_SZ, text.c_str(),
+                           static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))) ==
            ERROR_SUCCESS;
 }
 

@@ -89,8 +89,8 @@ LONG QueryValue(HKEY in_key, const std::wstring& in_name, DWORD& out_type, std::
                 DWORD& io_size) {
     for (;;) {
         out_value.assign(io_size / sizeof(wchar_t) + 1, L'\0');
-        const LONG error = ::RegQueryValueExW(in_key, in_name.c_str(), nullptr, &out_type,
-                                              reinterpret_cast<BYTE*>(out_value.data()), &io_size);
+        const LONG error = RegQueryValueExW(in_key, in_name.c_str(), nullptr, &out_type,
+                                            reinterpret_cast<BYTE*>(out_value.data()), &io_size);
         // Another program can have written a longer one since it was measured.
         if (error != ERROR_MORE_DATA) return error;
         WipeBytes(out_value.data(), out_value.size() * sizeof(wchar_t));
@@ -105,7 +105,7 @@ LONG ReadValue(HKEY in_key, DWORD in_index, Section& io_section) {
     DWORD type = REG_NONE;
     DWORD size = 0;
     LONG error =
-        ::RegEnumValueW(in_key, in_index, name.data(), &nameLength, nullptr, &type, nullptr, &size);
+        RegEnumValueW(in_key, in_index, name.data(), &nameLength, nullptr, &type, nullptr, &size);
     if (error != ERROR_SUCCESS) return error;
     name.resize(nameLength);
     std::wstring value;
@@ -149,8 +149,8 @@ void NameDriver(Kind in_kind, const std::string& in_section, KeyValues& io_secti
         wchar_t name[MAX_PATH];
         DWORD size = sizeof name;
         const std::wstring list = ToWide(PathOf(in_kind) + "\\ODBC Data Sources");
-        if (::RegGetValueW(RootOf(in_kind), list.c_str(), ToWide(in_section).c_str(), RRF_RT_REG_SZ,
-                           nullptr, name, &size) == ERROR_SUCCESS) {
+        if (RegGetValueW(RootOf(in_kind), list.c_str(), ToWide(in_section).c_str(), RRF_RT_REG_SZ,
+                         nullptr, name, &size) == ERROR_SUCCESS) {
             value = ToUtf8(name);
         }
     }
@@ -165,7 +165,7 @@ std::vector<std::string> ReadNames(Kind in_kind) {
     for (DWORD i = 0;; ++i) {
         DWORD length = MAX_NAME;
         const LONG error =
-            ::RegEnumKeyExW(key.Get(), i, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+            RegEnumKeyExW(key.Get(), i, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (error == ERROR_NO_MORE_ITEMS) return names;
         if (error != ERROR_SUCCESS) FailToRead(NameOf(in_kind), error);
         std::string text = ToUtf8({name.data(), length});
@@ -176,7 +176,7 @@ std::vector<std::string> ReadNames(Kind in_kind) {
 /// Returns the SID of this process's user as text (S-1-5-21-...); empty on failure.
 std::wstring FindUserSid() {
     HANDLE token = nullptr;
-    if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
     const WindowsHandle owner(token);
     struct {
         TOKEN_USER m_user;
@@ -184,12 +184,12 @@ std::wstring FindUserSid() {
     } user{};
     DWORD size = 0;
     wchar_t* text = nullptr;
-    if (::GetTokenInformation(token, TokenUser, &user, sizeof user, &size) == FALSE ||
-        ::ConvertSidToStringSidW(user.m_user.User.Sid, &text) == FALSE) {
+    if (GetTokenInformation(token, TokenUser, &user, sizeof user, &size) == FALSE ||
+        ConvertSidToStringSidW(user.m_user.User.Sid, &text) == FALSE) {
         return {};
     }
     const std::wstring sid(text);
-    ::LocalFree(text);
+    LocalFree(text);
     return sid;
 }
 
@@ -202,15 +202,15 @@ public:
         const std::wstring user = isUsers ? FindUserSid() : std::wstring();
         const std::wstring name = L"Global\\veltrane-dsn-change" + (isUsers ? L"-" + user : L"");
         m_mutex = Create(name, isUsers ? user : L"BA");
-        if (!m_mutex.IsOpen()) Fail(in_place, "cannot lock", ::GetLastError());
-        const DWORD result = ::WaitForSingleObject(m_mutex.Get(), LOCK_TIMEOUT);
+        if (!m_mutex.IsOpen()) Fail(in_place, "cannot lock", GetLastError());
+        const DWORD result = WaitForSingleObject(m_mutex.Get(), LOCK_TIMEOUT);
         // An abandoned mutex is from a killed run.
         if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) return;
         Fail(in_place, "in use by another run", WAIT_TIMEOUT);
     }
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
-    ~Lock() { ::ReleaseMutex(m_mutex.Get()); }
+    ~Lock() { ReleaseMutex(m_mutex.Get()); }
 
 private:
     [[noreturn]] static void Fail(const std::string& in_place, const char* in_operation,
@@ -224,16 +224,16 @@ private:
         // for more would be refused if the mutex exists.
         const std::wstring rights = L"D:P(A;;0x100001;;;" + in_trustee + L")(A;;0x100001;;;SY)";
         SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, FALSE};
-        if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1,
-                                                                   &attributes.lpSecurityDescriptor,
-                                                                   nullptr) == FALSE) {
+        if (ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1,
+                                                                 &attributes.lpSecurityDescriptor,
+                                                                 nullptr) == FALSE) {
             return {};
         }
         WindowsHandle mutex(
-            ::CreateMutexExW(&attributes, in_name.c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
-        const DWORD error = ::GetLastError();
-        ::LocalFree(attributes.lpSecurityDescriptor);
-        ::SetLastError(error);
+            CreateMutexExW(&attributes, in_name.c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
+        const DWORD error = GetLastError();
+        LocalFree(attributes.lpSecurityDescriptor);
+        SetLastError(error);
         return mutex;
     }
 
@@ -258,15 +258,15 @@ orska_wstring Text(const std::string& in_utf8) {
 
 template <typename Function>
 Function* FindInInstaller(const char* in_name) {
-    const HMODULE library = ::GetModuleHandleW(L"odbccp32.dll");
+    const HMODULE library = GetModuleHandleW(L"odbccp32.dll");
     return library == nullptr ? nullptr
                               : reinterpret_cast<Function*>(
-                                    reinterpret_cast<void*>(::GetProcAddress(library, in_name)));
+                                    reinterpret_cast<void*>(GetProcAddress(library, in_name)));
 }
 
 /// The first error of the installer's last call.
 std::string InstallerError() {
-    const auto ask = FindInInstaller<decltype(::SQLInstallerErrorW)>("SQLInstallerErrorW");
+    const auto ask = FindInInstaller<decltype(SQLInstallerErrorW)>("SQLInstallerErrorW");
     DWORD code = 0;
     wchar_t text[SQL_MAX_MESSAGE_LENGTH + 1] = L"";
     WORD length = 0;
@@ -279,7 +279,7 @@ std::string InstallerError() {
 /// Makes an edit of a data source with the installer's functions.
 bool DoByInstaller(const Edit& in_edit, Kind in_kind) {
     // Set before each call: some installers reset the mode at every call.
-    const auto setMode = FindInInstaller<decltype(::SQLSetConfigMode)>("SQLSetConfigMode");
+    const auto setMode = FindInInstaller<decltype(SQLSetConfigMode)>("SQLSetConfigMode");
     const UWORD mode = in_kind == Kind::SYSTEM_DATA_SOURCES ? ODBC_SYSTEM_DSN : ODBC_USER_DSN;
     if (setMode == nullptr || !setMode(mode)) return false;
     const orska_wstring section = Text(in_edit.m_section);
@@ -307,12 +307,12 @@ LONG DoInRegistry(const Edit& in_edit, Kind in_kind) {
     if (in_edit.m_section.empty()) return error;  // ODBC's key itself, with all drivers
     if (in_edit.m_step == Step::SET) {
         const std::wstring value = ToWide(in_edit.m_value);
-        error = ::RegSetKeyValueW(RootOf(in_kind), path.c_str(), key.c_str(), REG_SZ, value.c_str(),
-                                  static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+        error = RegSetKeyValueW(RootOf(in_kind), path.c_str(), key.c_str(), REG_SZ, value.c_str(),
+                                static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
     } else if (in_edit.m_step == Step::REMOVE_KEY) {
-        error = ::RegDeleteKeyValueW(RootOf(in_kind), path.c_str(), key.c_str());
+        error = RegDeleteKeyValueW(RootOf(in_kind), path.c_str(), key.c_str());
     } else if (in_edit.m_step == Step::REMOVE_SECTION) {
-        error = ::RegDeleteTreeW(RootOf(in_kind), path.c_str());
+        error = RegDeleteTreeW(RootOf(in_kind), path.c_str());
     }
     return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
 }
@@ -376,8 +376,8 @@ std::string FoldName(std::string_view in_name) {
     if (name.empty()) return FoldCase(in_name);
     // The system's table of upper case, which the registry and CompareStringOrdinal use too.
     const int length = static_cast<int>(name.size());
-    ::LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, name.c_str(), length, name.data(),
-                    length, nullptr, nullptr, 0);
+    LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, name.c_str(), length, name.data(), length,
+                  nullptr, nullptr, 0);
     return FoldCase(ToUtf8(name));
 }
 

@@ -36,14 +36,14 @@ void CloseInChild() {
     ++s_forks;
     for (std::atomic<int>& place : s_private) {
         const int handle = place.exchange(0);
-        if (handle != 0) ::close(handle - 1);
+        if (handle != 0) close(handle - 1);
     }
     s_forkMutex.unlock();
 }
 
 /// Registered when the library is loaded: its first use could be on two threads or during a fork.
 [[maybe_unused]] const int s_isHandled =
-    ::pthread_atfork(&LockBeforeFork, &UnlockInParent, &CloseInChild);
+    pthread_atfork(&LockBeforeFork, &UnlockInParent, &CloseInChild);
 
 std::size_t TakePlace(int in_handle) {
     for (std::size_t i = 0; i < s_private.size(); ++i) {

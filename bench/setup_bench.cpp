@@ -41,7 +41,7 @@ std::string FillFile(long in_count) {
                 "Database=sales\n\n";
     }
     IniScratch::Write(Scratch().UserFile(), text);
-    ::chmod(Scratch().UserFile().c_str(), 0600);  // as a save creates a new file
+    chmod(Scratch().UserFile().c_str(), 0600);  // as a save creates a new file
     SQLSetConfigMode(ODBC_USER_DSN);
     return Name(in_count / 2);
 }
@@ -75,21 +75,21 @@ void SaveOurs(benchmark::State& io_state) {
 }
 
 bool CopyAndReplace(const std::string& in_path) {
-    const int file = ::open(in_path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file = open(in_path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat status {};
-    ::fstat(file, &status);
+    fstat(file, &status);
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
-    const ssize_t size = ::read(file, text.data(), text.size());
-    ::close(file);
+    const ssize_t size = read(file, text.data(), text.size());
+    close(file);
     const std::string temporary = in_path + ".new";
-    const int copy = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    bool isGood = size == status.st_size && ::write(copy, text.data(), text.size()) == size &&
-                  ::fsync(copy) == 0;
-    isGood = ::close(copy) == 0 && isGood && ::rename(temporary.c_str(), in_path.c_str()) == 0;
+    const int copy = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    bool isGood =
+        size == status.st_size && write(copy, text.data(), text.size()) == size && fsync(copy) == 0;
+    isGood = close(copy) == 0 && isGood && rename(temporary.c_str(), in_path.c_str()) == 0;
     const std::string folder = in_path.substr(0, in_path.rfind('/'));
-    const int directory = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    isGood = isGood && ::fsync(directory) == 0;
-    return ::close(directory) == 0 && isGood;
+    const int directory = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    isGood = isGood && fsync(directory) == 0;
+    return close(directory) == 0 && isGood;
 }
 
 void SaveFloor(benchmark::State& io_state) {

@@ -18,8 +18,7 @@ struct ListFirst {
     ListFirst() noexcept {
         // A harmless function of the system. The list keeps the library of a function loaded until
         // the thread ends. It must not be the last to free our library, because its code is in it.
-        CallAtThreadEnd(
-            reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(&::SetLastError)));
+        CallAtThreadEnd(reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(&SetLastError)));
     }
 };
 

@@ -24,8 +24,8 @@ using Test::IniScratch;
 ConfigMode s_mode = ConfigMode::BOTH;
 
 void Touch(const std::string& in_path, int in_flags) {
-    const int file = ::open(in_path.c_str(), in_flags, 0666);
-    if (file >= 0) ::close(file);
+    const int file = open(in_path.c_str(), in_flags, 0666);
+    if (file >= 0) close(file);
 }
 
 int ReadAsTheDriverManager(const char*, const char*, const char*, char*, int, const char*) {
@@ -50,7 +50,7 @@ protected:
 };
 
 TEST_F(ConfigModeProbe, SeesWhichFilesAreRead) {
-    const mode_t umask = ::umask(022);
+    const mode_t before = umask(022);
     IniScratch::Write(m_scratch.SystemFile(), "");
     for (const bool hasFiles : {false, true}) {
         for (const ConfigMode mode : {ConfigMode::USER, ConfigMode::SYSTEM, ConfigMode::BOTH}) {
@@ -58,12 +58,12 @@ TEST_F(ConfigModeProbe, SeesWhichFilesAreRead) {
             if (hasFiles) IniScratch::Write(m_scratch.UserFile(), "[A]\n");
             EXPECT_EQ(ProbeIn(mode), mode) << static_cast<int>(mode) << hasFiles;
             struct stat now {};
-            if (!hasFiles && ::stat(m_scratch.UserFile().c_str(), &now) == 0) {
+            if (!hasFiles && stat(m_scratch.UserFile().c_str(), &now) == 0) {
                 EXPECT_EQ(now.st_mode & 0777, 0600u) << "created by the reader";
             }
         }
     }
-    ::umask(umask);
+    umask(before);
 }
 
 TEST_F(ConfigModeProbe, FollowsLinksToTheFile) {
@@ -83,9 +83,9 @@ TEST_F(ConfigModeProbe, ReportsWhenItDoesNotKnow) {
 
 TEST_F(ConfigModeProbe, AFileThatCannotBeOpenedCountsAsTried) {
     // Even root cannot open a file in a folder that does not exist.
-    ::setenv("ODBCINI", (m_scratch.Folder() / "none" / "odbc.ini").c_str(), 1);
+    setenv("ODBCINI", (m_scratch.Folder() / "none" / "odbc.ini").c_str(), 1);
     EXPECT_EQ(ProbeIn(ConfigMode::USER), ConfigMode::USER);
-    ::setenv("ODBCINI", m_scratch.UserFile().c_str(), 1);
+    setenv("ODBCINI", m_scratch.UserFile().c_str(), 1);
     std::filesystem::remove_all(m_scratch.SystemFile().parent_path());
     EXPECT_EQ(ProbeIn(ConfigMode::SYSTEM), ConfigMode::SYSTEM);
 }
@@ -94,14 +94,14 @@ TEST_F(ConfigModeProbe, AFileThatCannotBeOpenedCountsAsTried) {
 TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
     using namespace OdbcInstaller;
     const IniScratch scratch;
-    ::setenv("SYSODBCINI", scratch.SystemFile().c_str(), 1);
+    setenv("SYSODBCINI", scratch.SystemFile().c_str(), 1);
     IniScratch::Write(scratch.UserFile(), "[a]\nboth=user\nempty=\nuser=1\n");
     IniScratch::Write(scratch.SystemFile(),
                       "[a]\nboth=system\nempty=full\nsystem=2\n[b]\nk=v\t;c\n");
-    void* const iodbc = ::dlopen("libiodbcinst.so.2", RTLD_NOW | RTLD_LOCAL);
+    void* const iodbc = dlopen("libiodbcinst.so.2", RTLD_NOW | RTLD_LOCAL);
     if (iodbc == nullptr) GTEST_SKIP() << "iODBC is not installed";
     const auto read = reinterpret_cast<decltype(&ReadAsTheDriverManager)>(
-        ::dlsym(iodbc, "SQLGetPrivateProfileString"));
+        dlsym(iodbc, "SQLGetPrivateProfileString"));
     for (const auto& [section, key] : {std::pair{"a", "both"},
                                        {"a", "empty"},
                                        {"a", "user"},
@@ -124,19 +124,19 @@ TEST(InstallerLibrary, ReportsOnceThatItCannotBeLoaded) {
     for (const char* name : {"libodbcinst.so.2", "libiodbcinst.so.2"}) {
         IniScratch::Write(scratch.Folder() / name, "not a library");
     }
-    ::setenv("LD_LIBRARY_PATH", scratch.Folder().c_str(), 1);
+    setenv("LD_LIBRARY_PATH", scratch.Folder().c_str(), 1);
     EXPECT_EXIT(
         {
             using OdbcInstaller::orska_wstring;
             const bool isValid = OdbcInstaller::ValidDSN(orska_wstring("a"));
             const bool isPosted = OdbcInstaller::PostInstallerError(11, orska_wstring("text"));
-            ::_exit(isValid || isPosted ? 1 : 0);
+            _exit(isValid || isPosted ? 1 : 0);
         },
-        ::testing::ExitedWithCode(0),
+        testing::ExitedWithCode(0),
         "^ODBC Installer Error: The ODBC installer DLL \\(ODBCCP32\\.DLL\\) is not installed on "
         "this "
         "system\\.\n$");
-    ::unsetenv("LD_LIBRARY_PATH");
+    unsetenv("LD_LIBRARY_PATH");
 }
 
 }  // namespace

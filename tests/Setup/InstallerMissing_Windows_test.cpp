@@ -15,19 +15,19 @@ using Veltrane::Test::DialogUser;
 BOOL CALLBACK NoteStatic(HWND in_window, LPARAM in_texts) {
     wchar_t kind[32] = L"";
     wchar_t text[256] = L"";
-    ::GetClassNameW(in_window, kind, 32);
+    GetClassNameW(in_window, kind, 32);
     DialogUser::Send(in_window, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text));
-    if (::_wcsicmp(kind, L"Static") == 0 && *text != L'\0') {
+    if (_wcsicmp(kind, L"Static") == 0 && *text != L'\0') {
         *reinterpret_cast<std::wstring*>(in_texts) += std::wstring(L"[") + text + L"]";
     }
     return TRUE;
 }
 
 TEST(InstallerMissing, TheUserIsToldOnceAndEveryOperationFails) {
-    ASSERT_EQ(::LoadLibraryW(L"odbccp32.dll"), nullptr) << "the test has to run without it";
+    ASSERT_EQ(LoadLibraryW(L"odbccp32.dll"), nullptr) << "the test has to run without it";
     std::wstring texts;  // of every box
     DialogUser user(L"ODBC Installer Error", [&](HWND in_box) {
-        ::EnumChildWindows(in_box, &NoteStatic, reinterpret_cast<LPARAM>(&texts));
+        EnumChildWindows(in_box, &NoteStatic, reinterpret_cast<LPARAM>(&texts));
         DialogUser::Press(in_box, IDOK);
     });
     orska_wstring value(L"before");

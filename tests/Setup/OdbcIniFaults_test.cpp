@@ -104,8 +104,8 @@ TEST_F(OdbcIniFaults, AttributesAreKeptOrTheChangeIsRefused) {
         SCOPED_TRACE(isOwner ? "the owner" : "the access list");
         Restore();
         const int result =
-            isOwner ? ::chown(m_file.c_str(), 1234, 4321)
-                    : ::setxattr(m_file.c_str(), "system.posix_acl_access", LIST, sizeof LIST, 0);
+            isOwner ? chown(m_file.c_str(), 1234, 4321)
+                    : setxattr(m_file.c_str(), "system.posix_acl_access", LIST, sizeof LIST, 0);
         if (result != 0) continue;  // not root, or a file system without access lists
         FailAll(isOwner ? "fchown" : "fsetxattr", EPERM);
         OdbcIniUpdate update(m_file, 0600);
@@ -115,10 +115,9 @@ TEST_F(OdbcIniFaults, AttributesAreKeptOrTheChangeIsRefused) {
         s_systemCalls.m_before = nullptr;
         EXPECT_TRUE(Change());
         struct stat status {};
-        ASSERT_EQ(::stat(m_file.c_str(), &status), 0);
+        ASSERT_EQ(stat(m_file.c_str(), &status), 0);
         char list[100];
-        const ssize_t size =
-            ::getxattr(m_file.c_str(), "system.posix_acl_access", list, sizeof list);
+        const ssize_t size = getxattr(m_file.c_str(), "system.posix_acl_access", list, sizeof list);
         EXPECT_TRUE(isOwner ? status.st_uid == 1234 && status.st_gid == 4321 : size == sizeof LIST);
     }
 }
@@ -126,17 +125,17 @@ TEST_F(OdbcIniFaults, AttributesAreKeptOrTheChangeIsRefused) {
 /// A directory's default access list for new files.
 TEST_F(OdbcIniFaults, AFileGetsNoMoreAccessThanBefore) {
     const char* const folder = m_scratch.Folder().c_str();
-    if (::setxattr(folder, "system.posix_acl_default", LIST, sizeof LIST, 0) != 0) {
+    if (setxattr(folder, "system.posix_acl_default", LIST, sizeof LIST, 0) != 0) {
         GTEST_SKIP() << "a file system without access lists";
     }
     Write(OLD);
-    ::removexattr(m_file.c_str(), "system.posix_acl_access");
-    ::chmod(m_file.c_str(), 0640);
-    ASSERT_EQ(::setxattr(m_file.c_str(), "user.note", "kept", 4, 0), 0);
+    removexattr(m_file.c_str(), "system.posix_acl_access");
+    chmod(m_file.c_str(), 0640);
+    ASSERT_EQ(setxattr(m_file.c_str(), "user.note", "kept", 4, 0), 0);
     EXPECT_TRUE(Change());
     char value[100];
-    EXPECT_EQ(::getxattr(m_file.c_str(), "system.posix_acl_access", value, sizeof value), -1);
-    EXPECT_EQ(::getxattr(m_file.c_str(), "user.note", value, sizeof value), 4);
+    EXPECT_EQ(getxattr(m_file.c_str(), "system.posix_acl_access", value, sizeof value), -1);
+    EXPECT_EQ(getxattr(m_file.c_str(), "user.note", value, sizeof value), 4);
     EXPECT_EQ(std::filesystem::status(m_file).permissions(), std::filesystem::perms{0640});
     FailAll("fremovexattr", EPERM);
     OdbcIniUpdate update(m_file, 0600);
@@ -145,7 +144,7 @@ TEST_F(OdbcIniFaults, AFileGetsNoMoreAccessThanBefore) {
     EXPECT_EQ(Read(), NEW);
     // As the driver manager creates it when it searches.
     Write("");
-    ::chmod(m_file.c_str(), 0644);
+    chmod(m_file.c_str(), 0644);
     s_systemCalls.m_before = nullptr;
     EXPECT_TRUE(Change());
     EXPECT_EQ(std::filesystem::status(m_file).permissions(), std::filesystem::perms{0600});
@@ -154,11 +153,11 @@ TEST_F(OdbcIniFaults, AFileGetsNoMoreAccessThanBefore) {
 /// A host can close its standard handles and still print to them.
 TEST_F(OdbcIniFaults, NoHandleIsAStandardHandle) {
     const auto change = [&] {
-        for (int handle = 0; handle < 3; ++handle) ::close(handle);
+        for (int handle = 0; handle < 3; ++handle) close(handle);
         int used = 0;
         s_systemCalls.m_before = [&](const std::string&, std::size_t) {
             for (int handle = 0; handle < 3; ++handle) {
-                used += ::fcntl(handle, F_GETFD) == -1 ? 0 : 1;
+                used += fcntl(handle, F_GETFD) == -1 ? 0 : 1;
             }
             return 0;
         };
@@ -171,8 +170,8 @@ TEST_F(OdbcIniFaults, NoHandleIsAStandardHandle) {
 /// A host forks while another of its threads makes a request.
 TEST_F(OdbcIniFaults, AChildHoldsNoLock) {
     const std::size_t calls = CountCalls();
-    int pipe[2];
-    ASSERT_EQ(::pipe(pipe), 0);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
     for (const std::string what : {"idles", "idles, unknown to the library", "makes a request"}) {
         for (std::size_t call = 0; call < calls; ++call) {
             SCOPED_TRACE("a child that " + what + ", call " + std::to_string(call));
@@ -183,14 +182,14 @@ TEST_F(OdbcIniFaults, AChildHoldsNoLock) {
             s_systemCalls.m_before = [&](const std::string&, std::size_t in_call) {
                 if (in_call != call) return 0;
                 child = what == "idles, unknown to the library"
-                            ? static_cast<pid_t>(::syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0))
-                            : ::fork();
-                if (child != 0) return ::read(pipe[0], &status, 1) == 1 ? 0 : EIO;
-                status = static_cast<int>(::write(pipe[1], "", 1));  // its fork has returned
-                if (what != "makes a request") ::_exit(::pause());
+                            ? static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0))
+                            : fork();
+                if (child != 0) return read(ends[0], &status, 1) == 1 ? 0 : EIO;
+                status = static_cast<int>(write(ends[1], "", 1));  // its fork has returned
+                if (what != "makes a request") _exit(pause());
                 s_systemCalls.m_isSleeping = true;
                 OdbcIniUpdate update(m_file, 0600);
-                ::_exit(update.Set("Child", "k", "v") && update.Commit() ? 0 : 1);
+                _exit(update.Set("Child", "k", "v") && update.Commit() ? 0 : 1);
             };
             // A replaced file has another lock, so every second request replaces nothing.
             OdbcIniUpdate first(m_file, 0600);
@@ -198,7 +197,7 @@ TEST_F(OdbcIniFaults, AChildHoldsNoLock) {
             EXPECT_EQ(s_systemCalls.m_openHandles, 0);
             if (child == 0) continue;
             if (what == "makes a request") {
-                ::waitpid(child, &status, 0);
+                waitpid(child, &status, 0);
                 EXPECT_EQ(status, 0);
             }
             s_systemCalls = {};
@@ -208,8 +207,8 @@ TEST_F(OdbcIniFaults, AChildHoldsNoLock) {
             const bool isUnknown = what == "idles, unknown to the library";
             EXPECT_LT(s_systemCalls.m_clockOffset, isUnknown ? 4'500'000 : 100'000);
             if (what != "makes a request") {
-                ::kill(child, SIGKILL);
-                ::waitpid(child, &status, 0);
+                kill(child, SIGKILL);
+                waitpid(child, &status, 0);
             }
         }
     }
@@ -227,8 +226,8 @@ TEST_F(OdbcIniFaults, LeftFilesGoWithTheNextRequest) {
             Write(OLD);
         }
         for (const std::string& path : {left, used, other}) IniScratch::Write(path, "PWD=p");
-        const int owner = ::open(used.c_str(), O_RDONLY);
-        ASSERT_EQ(::flock(owner, LOCK_EX), 0);
+        const int owner = open(used.c_str(), O_RDONLY);
+        ASSERT_EQ(flock(owner, LOCK_EX), 0);
         s_systemCalls = {};
         EXPECT_EQ(OdbcIniFile::FindLeftFiles(m_file), std::vector<std::string>{left});
         std::string bytes;
@@ -238,7 +237,7 @@ TEST_F(OdbcIniFaults, LeftFilesGoWithTheNextRequest) {
                                                         : file.Lock(bytes, 0600));
         EXPECT_FALSE(std::filesystem::exists(left));
         EXPECT_TRUE(std::filesystem::exists(used) && std::filesystem::exists(other));
-        ::close(owner);
+        close(owner);
         EXPECT_EQ(OdbcIniFile::FindLeftFiles(m_file), std::vector<std::string>{used});
     }
 }
@@ -262,10 +261,10 @@ TEST_F(OdbcIniFaults, ReportsWhatCannotBeReplaced) {
     std::string bytes;
     ASSERT_TRUE(file.Lock(bytes, 0600));
     constexpr std::size_t SIZE = (256 << 20) + 1;
-    void* const large = ::mmap(nullptr, SIZE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* const large = mmap(nullptr, SIZE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     EXPECT_FALSE(file.Replace(std::string_view(static_cast<const char*>(large), SIZE)));
     EXPECT_EQ(file.GetFailure().m_error, EFBIG) << "no program could read it";
-    ::munmap(large, SIZE);
+    munmap(large, SIZE);
 }
 
 /// A file system that reports more bytes than it wrote.
@@ -348,16 +347,16 @@ TEST_F(OdbcIniFaults, DyingAtAnyCallLeavesTheOldFileOrTheNewOne) {
     for (std::size_t call = 0; call < calls; ++call) {
         SCOPED_TRACE(call);
         Write(OLD);
-        const pid_t child = ::fork();
+        const pid_t child = fork();
         if (child == 0) {
             s_systemCalls.m_before = [=](const std::string&, std::size_t in_number) {
-                return in_number == calls + call ? ::kill(::getpid(), SIGKILL) : 0;
+                return in_number == calls + call ? kill(getpid(), SIGKILL) : 0;
             };
             Change();
-            ::_exit(0);
+            _exit(0);
         }
         int status = 0;
-        ::waitpid(child, &status, 0);
+        waitpid(child, &status, 0);
         // A file that was not written for longer is checked with fewer calls.
         ASSERT_TRUE(WIFSIGNALED(status) || call > 20);
         const std::string now = Read();
@@ -463,19 +462,19 @@ TEST_F(OdbcIniFaults, WaitsForAProgramThatIsWriting) {
             Restore();
             int writer = -1;
             s_systemCalls.m_hasRenameFlags = hasRenameFlags;
-            const auto write = [&, end = begin + duration, error = hasLeases ? 0 : EINVAL](
-                                   const std::string& in_name, std::size_t in_call) {
-                if (in_call == begin) writer = ::open(m_file.c_str(), O_WRONLY | O_TRUNC);
+            const auto interfere = [&, end = begin + duration, error = hasLeases ? 0 : EINVAL](
+                                       const std::string& in_name, std::size_t in_call) {
+                if (in_call == begin) writer = open(m_file.c_str(), O_WRONLY | O_TRUNC);
                 if (in_call == end && writer >= 0) {
-                    EXPECT_GT(::write(writer, OTHER, sizeof OTHER - 1), 0);
-                    ::close(std::exchange(writer, -1));
+                    EXPECT_GT(write(writer, OTHER, sizeof OTHER - 1), 0);
+                    close(std::exchange(writer, -1));
                 }
                 return in_name == "lease" ? error : 0;
             };
-            s_systemCalls.m_before = write;
+            s_systemCalls.m_before = interfere;
             EXPECT_TRUE(Change());
             const std::size_t last = s_systemCalls.m_calls.size();
-            for (std::size_t call = last; call <= begin + duration; ++call) write("", call);
+            for (std::size_t call = last; call <= begin + duration; ++call) interfere("", call);
             const std::string now = Read();
             EXPECT_TRUE(now.starts_with(OTHER)) << now;
         }

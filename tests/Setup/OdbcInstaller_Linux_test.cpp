@@ -66,11 +66,11 @@ bool Save(const std::string& in_dsn, const std::string& in_server) {
 
 mode_t ModeOf(const std::filesystem::path& in_path) {
     struct stat now {};
-    EXPECT_EQ(::stat(in_path.c_str(), &now), 0);
+    EXPECT_EQ(stat(in_path.c_str(), &now), 0);
     return now.st_mode & 07777;
 }
 
-class OdbcInstallerTest : public ::testing::Test {
+class OdbcInstallerTest : public testing::Test {
 protected:
     OdbcInstallerTest() { SQLSetConfigMode(ODBC_USER_DSN); }
     IniScratch m_scratch;
@@ -136,7 +136,7 @@ int RunRequest(const IniScratch& in_scratch, unsigned short in_type, const std::
                const std::string& in_values, const std::string& in_attributes = "") {
     const auto file = in_scratch.Folder() / "values";
     IniScratch::Write(file, "[DSN]\n" + in_values);
-    ::setenv("VELTRANE_DSN_INITIAL_VALUES", file.c_str(), 1);
+    setenv("VELTRANE_DSN_INITIAL_VALUES", file.c_str(), 1);
     return ConfigDSNInternal(nullptr, in_type, orska_wstring(in_driver),
                              orska_wstring(in_attributes));
 }
@@ -258,10 +258,10 @@ TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {
 }
 
 TEST_F(OdbcInstallerTest, NewFilesAreForTheirOwnerOnly) {
-    const mode_t umask = ::umask(0);
+    const mode_t before = umask(0);
     EXPECT_TRUE(RemoveDSNFromIni(Text("Sales")));
     // Versions that show their mode only in a read create the file.
-    const bool isReadFirst = ::dlsym(RTLD_DEFAULT, "__SQLGetPrivateProfileStringNL") != nullptr;
+    const bool isReadFirst = dlsym(RTLD_DEFAULT, "__SQLGetPrivateProfileStringNL") != nullptr;
     EXPECT_EQ(std::filesystem::exists(m_scratch.UserFile()), isReadFirst) << "nothing to write";
     EXPECT_TRUE(Save("Sales", "s"));
     EXPECT_EQ(ModeOf(m_scratch.UserFile()), 0600u);
@@ -269,14 +269,14 @@ TEST_F(OdbcInstallerTest, NewFilesAreForTheirOwnerOnly) {
     EXPECT_EQ(RemoveDSNFromIni(Text("Sales")), isReadFirst) << "no system file";
     EXPECT_TRUE(Save("Sales", "s"));
     EXPECT_EQ(ModeOf(m_scratch.SystemFile()), 0644u);
-    ::umask(umask);
+    umask(before);
 }
 
 TEST_F(OdbcInstallerTest, HardLinksKeepTheOldFile) {
     IniScratch::Write(m_scratch.UserFile(), OTHERS);
     const std::filesystem::path other = m_scratch.Folder() / "system" / "link.ini";
     std::filesystem::create_hard_link(m_scratch.UserFile(), other);
-    ::chmod(other.c_str(), 06755);
+    chmod(other.c_str(), 06755);
     ASSERT_TRUE(Save("Sales", "s"));
     EXPECT_EQ(IniScratch::Read(other), OTHERS);
     EXPECT_EQ(ModeOf(m_scratch.UserFile()), 0755u) << "set-user-id rights are not kept";
@@ -299,9 +299,9 @@ TEST_F(OdbcInstallerTest, FollowsSymbolicLinks) {
 
 TEST_F(OdbcInstallerTest, WritesAFileInTheRoot) {
     const std::string written = InNewProcess([&]() -> std::string {
-        ::setenv("ODBCINI", "/new.ini", 1);
-        ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // without /proc the mode is not known
-        if (::chroot(m_scratch.Folder().c_str()) != 0) return "not allowed";
+        setenv("ODBCINI", "/new.ini", 1);
+        setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // without /proc the mode is not known
+        if (chroot(m_scratch.Folder().c_str()) != 0) return "not allowed";
         return Save("Sales", "1") && Save("Sales", "2") ? IniScratch::Read("/new.ini") : "refused";
     });
     if (written == "not allowed") GTEST_SKIP() << "chroot is not allowed here";
@@ -319,23 +319,22 @@ struct Obstacle {
 /// Mounts a small file system over the folder, for this process. A process that may not mount ends
 /// with success.
 void MountMemory(const IniScratch& in_scratch, const char* in_options) {
-    const bool isMounted =
-        ::unshare(CLONE_NEWNS) == 0 &&
-        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-        ::mount("none", in_scratch.Folder().c_str(), "tmpfs", 0, in_options) == 0;
+    const bool isMounted = unshare(CLONE_NEWNS) == 0 &&
+                           mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                           mount("none", in_scratch.Folder().c_str(), "tmpfs", 0, in_options) == 0;
     if (isMounted) return;
     std::fputs("not tested: mounting a file system is not allowed here\n", stderr);
-    ::_exit(0);
+    _exit(0);
 }
 
 const Obstacle OBSTACLES[] = {
     {"no directory", true, true,
      [](const IniScratch& in_scratch) {
-         ::setenv("ODBCINI", (in_scratch.Folder() / "none" / "user.ini").c_str(), 1);
+         setenv("ODBCINI", (in_scratch.Folder() / "none" / "user.ini").c_str(), 1);
      }},
     {"a directory in its place", true, true,
      [](const IniScratch& in_scratch) {
-         ::setenv("ODBCINI", (in_scratch.Folder() / "system").c_str(), 1);
+         setenv("ODBCINI", (in_scratch.Folder() / "system").c_str(), 1);
      }},
     {"text before the first section", true, true,
      [](const IniScratch& in_scratch) {
@@ -344,7 +343,7 @@ const Obstacle OBSTACLES[] = {
     {"the file-size limit", true, false,
      [](const IniScratch&) {
          const rlimit limit{25, RLIM_INFINITY};
-         ::setrlimit(RLIMIT_FSIZE, &limit);
+         setrlimit(RLIMIT_FSIZE, &limit);
      }},
     {"a full disk", true, false,
      [](const IniScratch& in_scratch) {
@@ -357,12 +356,12 @@ const Obstacle OBSTACLES[] = {
      [](const IniScratch& in_scratch) {
          MountMemory(in_scratch, "size=16k");
          IniScratch::Write(in_scratch.UserFile(), OTHERS);
-         ::mount(nullptr, in_scratch.Folder().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+         mount(nullptr, in_scratch.Folder().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
      }},
     {"no permission for the file", false, true,
-     [](const IniScratch& in_scratch) { ::chmod(in_scratch.UserFile().c_str(), 0444); }},
+     [](const IniScratch& in_scratch) { chmod(in_scratch.UserFile().c_str(), 0444); }},
     {"no permission for the directory", false, true,
-     [](const IniScratch& in_scratch) { ::chmod(in_scratch.Folder().c_str(), 0555); }},
+     [](const IniScratch& in_scratch) { chmod(in_scratch.Folder().c_str(), 0555); }},
 };
 
 /// Returns the results that are not refusals.
@@ -378,7 +377,7 @@ std::string MeetObstacle(const Obstacle& in_obstacle) {
     if (in_obstacle.m_isForRemoval && RemoveDSNFromIni(Text("Other"))) differences += "removed; ";
     if (IniScratch::Read(scratch.UserFile()) != before) differences += "changed; ";
     if (scratch.CountFiles() != 1) differences += "left a file; ";
-    ::chmod(scratch.Folder().c_str(), 0755);
+    chmod(scratch.Folder().c_str(), 0755);
     return differences;
 }
 
@@ -457,7 +456,7 @@ TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
             std::thread other(add, 1);
             add(0);
             other.join();
-            if (saved != ADDS) ::_exit(1);
+            if (saved != ADDS) _exit(1);
         };
         EXPECT_EQ(Orska::Test::RunInProcesses(PROCESSES, addAll), PROCESSES);
         for (int i = 0; i < PROCESSES * ADDS; ++i) {
@@ -480,13 +479,13 @@ TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
     for (int round = 0; round < rounds; ++round) {
         const File& file = files[static_cast<std::size_t>(round) % files.size()];
         SQLSetConfigMode(file.m_mode);
-        const pid_t child = ::fork();
+        const pid_t child = fork();
         if (child == 0) {
             for (unsigned i = 0;; ++i) Save("Sales", std::string(100 + i % 7, 's'));
         }
-        ::usleep(2000 + static_cast<useconds_t>(random() % 30000));
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
+        usleep(2000 + static_cast<useconds_t>(random() % 30000));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
         const std::string now = IniScratch::Read(file.m_path);
         ASSERT_TRUE(now.starts_with(OTHERS)) << now;
         ASSERT_TRUE(now == OTHERS || now.ends_with("\nDatabase=db\n")) << now;

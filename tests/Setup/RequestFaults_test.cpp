@@ -42,7 +42,7 @@ TEST(RequestFaults, EachSystemCallFails) {
     for (const FileRequest& kind : RequestOnFiles::All()) {
         request.Use(kind);
         // Without it, finding the mode takes 6 to 20 ms since unixODBC 2.3.13.
-        ::setenv("ODBCSEARCH", kind.m_isSystem ? "ODBC_SYSTEM_DSN" : "ODBC_USER_DSN", 1);
+        setenv("ODBCSEARCH", kind.m_isSystem ? "ODBC_SYSTEM_DSN" : "ODBC_USER_DSN", 1);
         request.Prepare();
         const std::string before = request.Read();
         s_systemCalls = {};

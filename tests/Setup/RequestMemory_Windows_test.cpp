@@ -26,14 +26,14 @@ public:
     RequestOnProfile(WORD in_request, bool in_isWide) : m_request(in_request), m_isWide(in_isWide) {
         const std::string values =
             m_directory.Write("values.ini", "[DSN]\nDSN=x\nServer=new\nUID=u\nPWD=p\nDatabase=d\n");
-        ::SetEnvironmentVariableA("VELTRANE_DSN_INITIAL_VALUES", values.c_str());
+        SetEnvironmentVariableA("VELTRANE_DSN_INITIAL_VALUES", values.c_str());
     }
 
     std::string Describe() const { return "request " + std::to_string(m_request); }
     void Prepare() const { m_stage.Begin(false, BEFORE); }
     int Run() const {
-        return m_isWide ? ::ConfigDSNW(nullptr, m_request, L"drv", L"DSN=x\0")
-                        : ::ConfigDSN(nullptr, m_request, "drv", "DSN=x\0");
+        return m_isWide ? ConfigDSNW(nullptr, m_request, L"drv", L"DSN=x\0")
+                        : ConfigDSN(nullptr, m_request, "drv", "DSN=x\0");
     }
     std::size_t CountErrors() const { return m_stage.Posted().size(); }
     bool IsRestWhole() const { return m_stage.Get().at("y") == BEFORE.at("y"); }

@@ -39,7 +39,7 @@ namespace {
 
 bool IsFromUs(const void* in_caller) {
     Dl_info info{};
-    if (!s_memory.m_isCounting || ::dladdr(in_caller, &info) == 0) return false;
+    if (!s_memory.m_isCounting || dladdr(in_caller, &info) == 0) return false;
     const char* const slash = std::strrchr(info.dli_fname, '/');
     const char* const name = slash == nullptr ? info.dli_fname : slash + 1;
     return std::strncmp(name, "libicu", 6) == 0 || std::strncmp(name, "request_memory", 14) == 0;
@@ -88,14 +88,14 @@ TEST(RequestMemory, RunsOutInTheFirstRequest) {
     request.Use({ODBC_ADD_DSN, true, false, true});
     std::size_t number = 0;
     for (int outcome = RIGHT; outcome != GRANTED; ++number) {
-        const pid_t child = ::fork();
+        const pid_t child = fork();
         if (child == 0) {
             const int result = RunWithout(request, number, 1);
             const bool isRight = RequestOnFiles::CountErrors() == (result == 0 ? 1u : 0u);
-            ::_exit(s_memory.m_count <= number ? GRANTED : isRight ? RIGHT : WRONG);
+            _exit(s_memory.m_count <= number ? GRANTED : isRight ? RIGHT : WRONG);
         }
         int status = 0;
-        ::waitpid(child, &status, 0);
+        waitpid(child, &status, 0);
         ASSERT_TRUE(WIFEXITED(status)) << "allocation " << number;
         outcome = WEXITSTATUS(status);
         ASSERT_NE(outcome, WRONG) << "allocation " << number;

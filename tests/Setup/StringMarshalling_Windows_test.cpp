@@ -9,7 +9,7 @@
 
 namespace {
 
-using Conversion = decltype(&::WideCharToMultiByte);
+using Conversion = decltype(&WideCharToMultiByte);
 
 /// Errors with which the next conversions fail.
 std::vector<DWORD> s_failures;
@@ -17,12 +17,12 @@ std::vector<DWORD> s_failures;
 int WINAPI ConvertOrFail(UINT in_codePage, DWORD in_flags, LPCWCH in_text, int in_length,
                          LPSTR out_bytes, int in_size, LPCCH in_default, LPBOOL out_isUsed) {
     static const auto s_real = reinterpret_cast<Conversion>(reinterpret_cast<void*>(
-        ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "WideCharToMultiByte")));
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WideCharToMultiByte")));
     if (s_failures.empty()) {
         return s_real(in_codePage, in_flags, in_text, in_length, out_bytes, in_size, in_default,
                       out_isUsed);
     }
-    ::SetLastError(s_failures.front());
+    SetLastError(s_failures.front());
     s_failures.erase(s_failures.begin());
     return 0;
 }
@@ -49,7 +49,7 @@ TEST(ThreadCodePage, ReplacesCharactersThatItLacks) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
-        ASSERT_TRUE(::SetThreadLocale(MAKELCID(c.m_language, SORT_DEFAULT)));
+        ASSERT_TRUE(SetThreadLocale(MAKELCID(c.m_language, SORT_DEFAULT)));
         for (const char16_t* text : {u"", u"a", u"ü€日本\U0001F600", u"\xD800"}) {
             EXPECT_NO_THROW(CheckThreadCodePage(text));
         }

@@ -29,8 +29,8 @@ protected:
         if (!m_installer.IsInstalled()) GTEST_SKIP() << "iODBC is not installed";
         // iODBC uses this name as it is, unixODBC in the system's folder.
         std::filesystem::current_path(m_scratch.SystemFile().parent_path());
-        ::setenv("ODBCINSTINI", "odbcinst.ini", 1);
-        ::setenv("SYSODBCINI", m_scratch.SystemFile().c_str(), 1);
+        setenv("ODBCINSTINI", "odbcinst.ini", 1);
+        setenv("SYSODBCINI", m_scratch.SystemFile().c_str(), 1);
         IniScratch::Write("odbcinst.ini", "[Veltrane]\nDescription=t\nSetup=" SETUP_LIBRARY "\n");
         IniScratch::Write(m_scratch.SystemFile(), "");
         SetValues("db1");
@@ -42,7 +42,7 @@ protected:
         IniScratch::Write(m_values, "[DSN]\nDSN=sales\nServer=" + in_server +
                                         "\nNamespace= cognos \nLoginMode=1\nUID=anna\nPWD=p w\n"
                                         "Database=d\n");
-        ::setenv("VELTRANE_DSN_INITIAL_VALUES", m_values.c_str(), 1);
+        setenv("VELTRANE_DSN_INITIAL_VALUES", m_values.c_str(), 1);
     }
     std::string UserFile() const { return IniScratch::Read(m_scratch.UserFile()); }
 
@@ -205,10 +205,10 @@ TEST_P(Iodbc, StoresAnyTextInFourByteCharacters) {
 TEST_P(Iodbc, FindsTheFileAsItsReaderDoes) {
     const std::filesystem::path home = m_scratch.Folder() / "home";
     std::filesystem::create_directory(home);
-    ::setenv("HOME", home.c_str(), 1);
+    setenv("HOME", home.c_str(), 1);
     for (const char* variable : {"", "/none/odbc.ini"}) {
         SCOPED_TRACE(variable);
-        ::setenv("ODBCINI", variable, 1);
+        setenv("ODBCINI", variable, 1);
         EXPECT_TRUE(m_installer.Configure(ADD, ""));
         EXPECT_EQ(IniScratch::Read(home / ".odbc.ini"), m_listed);
         EXPECT_EQ(m_installer.Read("sales", "Server"), "db1");

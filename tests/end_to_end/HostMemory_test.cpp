@@ -46,14 +46,14 @@ std::string MakeList(std::size_t in_length) {
 
 TEST(HostMemory, HasNoPasswordAfterARequest) {
     const IniScratch scratch;
-    ::setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // else a new unixODBC shows it only by a read
-    ::setenv("VELTRANE_DSN_INITIAL_VALUES", (scratch.Folder() / "values.ini").c_str(), 1);
-    ::setenv("VELTRANE_DSN_EDITOR", FAKE_EDITOR_PROGRAM, 1);
-    void* const library = ::dlopen(SETUP_LIBRARY, RTLD_NOW);
-    ASSERT_NE(library, nullptr) << ::dlerror();
+    setenv("ODBCSEARCH", "ODBC_USER_DSN", 1);  // else a new unixODBC shows it only by a read
+    setenv("VELTRANE_DSN_INITIAL_VALUES", (scratch.Folder() / "values.ini").c_str(), 1);
+    setenv("VELTRANE_DSN_EDITOR", FAKE_EDITOR_PROGRAM, 1);
+    void* const library = dlopen(SETUP_LIBRARY, RTLD_NOW);
+    ASSERT_NE(library, nullptr) << dlerror();
     const auto configure =
         reinterpret_cast<int (*)(void*, unsigned short, const char*, const char*)>(
-            ::dlsym(library, "ConfigDSN"));
+            dlsym(library, "ConfigDSN"));
     const struct {
         const char* m_point;
         unsigned short m_request;
@@ -71,7 +71,7 @@ TEST(HostMemory, HasNoPasswordAfterARequest) {
                       }),
                       "");
             std::string list = MakeList(length);
-            if (c.m_editor != nullptr) ::setenv("FAKE_EDITOR", c.m_editor, 1);
+            if (c.m_editor != nullptr) setenv("FAKE_EDITOR", c.m_editor, 1);
             int window = 0;
             const int result = configure(c.m_editor == nullptr ? nullptr : &window, c.m_request,
                                          "Veltrane", list.c_str());

@@ -12,12 +12,12 @@
 
 int main(int in_argumentCount, char** in_arguments) {
     if (in_argumentCount != 4) return 2;
-    void* const library = ::dlopen(in_arguments[1], RTLD_NOW | RTLD_LOCAL);
+    void* const library = dlopen(in_arguments[1], RTLD_NOW | RTLD_LOCAL);
     using Function = int (*)(void*, unsigned short, const char*, const char*);
     const auto configure =
-        library == nullptr ? nullptr : reinterpret_cast<Function>(::dlsym(library, "ConfigDSN"));
+        library == nullptr ? nullptr : reinterpret_cast<Function>(dlsym(library, "ConfigDSN"));
     if (configure == nullptr) {
-        std::fprintf(stderr, "%s\n", ::dlerror());
+        std::fprintf(stderr, "%s\n", dlerror());
         return 2;
     }
     const bool isSystem = std::strcmp(in_arguments[2], "system") == 0;

@@ -50,9 +50,9 @@ const Section SAVED = {
 // This has to be the first test of the program, because each request keeps the library.
 TEST_F(SetupLibrary, IsUnloadedIfNothingWasCalled) {
     bool isFreed = false;
-    std::thread([&] { isFreed = ::FreeLibrary(::LoadLibraryW(SETUP_LIBRARY)); }).join();
+    std::thread([&] { isFreed = FreeLibrary(LoadLibraryW(SETUP_LIBRARY)); }).join();
     EXPECT_TRUE(isFreed);
-    EXPECT_EQ(::GetModuleHandleW(L"VeltraneSetup.dll"), nullptr);
+    EXPECT_EQ(GetModuleHandleW(L"VeltraneSetup.dll"), nullptr);
 }
 
 TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
@@ -90,7 +90,7 @@ TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
     for (const auto& c : cases) {
         TestProfile::Write(Root::USER, L"sales", L"Extra", L"1");
         DialogUser user(L"Data source sales", [&](HWND in_dialog) {
-            DialogUser::Send(::GetDlgItem(in_dialog, ID_INPUT + 1), WM_SETTEXT, 0,
+            DialogUser::Send(GetDlgItem(in_dialog, ID_INPUT + 1), WM_SETTEXT, 0,
                              reinterpret_cast<LPARAM>(L"entered ü€"));
             DialogUser::Press(in_dialog, c.m_button);
         });
@@ -110,23 +110,23 @@ TEST_F(SetupLibrary, ARefusalHasTheTextOfItsStringTable) {
 }
 
 TEST_F(SetupLibrary, HasItsVersion) {
-    const HMODULE library = ::LoadLibraryExW(SETUP_LIBRARY, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    const HMODULE library = LoadLibraryExW(SETUP_LIBRARY, nullptr, LOAD_LIBRARY_AS_DATAFILE);
     ASSERT_NE(library, nullptr);
-    const HRSRC found = ::FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
+    const HRSRC found = FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
     ASSERT_NE(found, nullptr);
     const std::wstring bytes(
-        static_cast<const wchar_t*>(::LockResource(::LoadResource(library, found))),
-        ::SizeofResource(library, found) / sizeof(wchar_t));
+        static_cast<const wchar_t*>(LockResource(LoadResource(library, found))),
+        SizeofResource(library, found) / sizeof(wchar_t));
     EXPECT_NE(bytes.find(L"VeltraneSetup.dll"), std::wstring::npos);
     EXPECT_NE(bytes.find(L"FileVersion\0\0" SETUP_VERSION L"\0"s), std::wstring::npos);
-    ::FreeLibrary(library);
+    FreeLibrary(library);
 }
 
 /// Bytes of the process's private memory.
 std::size_t OwnMemory() {
     PROCESS_MEMORY_COUNTERS counters{};
     counters.cb = sizeof counters;
-    ::K32GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof counters);
+    K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
     return counters.PagefileUsage;
 }
 
@@ -153,7 +153,7 @@ protected:
     void CheckMemoryStaysFlat(int in_requests) {
         SetInitialValues(VALUES);
         ASSERT_TRUE(InThread(ODBC_ADD_DSN, L""));
-        EXPECT_NE(::GetModuleHandleW(L"VeltraneSetup.dll"), nullptr) << "kept, although freed";
+        EXPECT_NE(GetModuleHandleW(L"VeltraneSetup.dll"), nullptr) << "kept, although freed";
         ASSERT_NO_FATAL_FAILURE(Request(in_requests / 10));
         const std::size_t before = OwnMemory();
         ASSERT_NO_FATAL_FAILURE(Request(in_requests));

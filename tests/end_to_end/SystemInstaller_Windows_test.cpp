@@ -20,7 +20,7 @@ constexpr wchar_t DSN_KEY[] = L"Software\\ODBC\\ODBC.INI\\veltrane-test";
 std::wstring Read(HKEY in_root, const wchar_t* in_key) {
     wchar_t text[512] = L"(absent)";
     DWORD bytes = sizeof text;
-    ::RegGetValueW(in_root, DSN_KEY, in_key, RRF_RT_REG_SZ, nullptr, text, &bytes);
+    RegGetValueW(in_root, DSN_KEY, in_key, RRF_RT_REG_SZ, nullptr, text, &bytes);
     return text;
 }
 
@@ -29,17 +29,17 @@ protected:
     SystemInstaller() {
         // Wine's reads "Driver", others read "Setup".
         for (const wchar_t* value : {L"Driver", L"Setup"}) {
-            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, DRIVER_KEY, value, REG_SZ, SETUP_LIBRARY,
-                              sizeof SETUP_LIBRARY);
+            RegSetKeyValueW(HKEY_LOCAL_MACHINE, DRIVER_KEY, value, REG_SZ, SETUP_LIBRARY,
+                            sizeof SETUP_LIBRARY);
         }
         std::ofstream(m_values, std::ios::binary)
             << "[DSN]\nDSN=veltrane-test\nServer=ü€日本😀\nPWD= p w \nDatabase=d\n";
-        ::_wputenv_s(L"VELTRANE_DSN_INITIAL_VALUES", m_values.c_str());
+        _wputenv_s(L"VELTRANE_DSN_INITIAL_VALUES", m_values.c_str());
     }
     ~SystemInstaller() override {
-        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, DRIVER_KEY);
-        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, DSN_KEY);
-        ::RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, DRIVER_KEY);
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, DSN_KEY);
+        RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);
         std::error_code ignored;
         std::filesystem::remove(m_values, ignored);
     }
@@ -60,7 +60,7 @@ TEST_F(SystemInstaller, PassesOnRequestsInBothWidthsAndRefusals) {
     for (const bool isWide : {true, false}) {
         for (const auto& step : steps) {
             SCOPED_TRACE(testing::Message() << step.m_request << (isWide ? " wide" : " narrow"));
-            ::RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);  // because Wine's removal leaves it
+            RegDeleteTreeW(HKEY_CURRENT_USER, DSN_KEY);  // because Wine's removal leaves it
             EXPECT_TRUE(isWide ? SQLConfigDataSourceW(nullptr, step.m_request, L"Veltrane Test",
                                                       L"DSN=veltrane-test\0")
                                : SQLConfigDataSource(nullptr, step.m_request, "Veltrane Test",

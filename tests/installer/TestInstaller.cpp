@@ -59,9 +59,8 @@ std::optional<std::wstring> ReadInMode(const std::wstring& in_section, const std
 
 std::wstring Widen(const char* in_text) {
     std::wstring text(
-        static_cast<std::size_t>(::MultiByteToWideChar(CP_UTF8, 0, in_text, -1, nullptr, 0)),
-        L'\0');
-    ::MultiByteToWideChar(CP_UTF8, 0, in_text, -1, text.data(), static_cast<int>(text.size()));
+        static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, in_text, -1, nullptr, 0)), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, in_text, -1, text.data(), static_cast<int>(text.size()));
     text.pop_back();
     return text;
 }
@@ -73,13 +72,13 @@ BOOL Configure(HWND in_parent, WORD in_request, const std::wstring& in_driver, c
     s_errors.clear();
     const auto setup = TestProfile::Read(Root::DRIVERS, in_driver, L"Setup");
     if (!setup) return Post(ODBC_ERROR_COMPONENT_NOT_FOUND, L"Component not found in the registry");
-    const HMODULE library = ::LoadLibraryW(setup->c_str());
+    const HMODULE library = LoadLibraryW(setup->c_str());
     if (library == nullptr) {
         return Post(ODBC_ERROR_LOAD_LIB_FAILED, L"Could not load the setup or translator library");
     }
     using Entry = int (*)(HWND, WORD, const Char*, const Char*);
     const auto entry =
-        reinterpret_cast<Entry>(reinterpret_cast<void*>(::GetProcAddress(library, in_entry)));
+        reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(library, in_entry)));
     const UWORD mode = s_mode;
     if (in_request <= ODBC_REMOVE_SYS_DSN) {
         s_mode = in_request >= ODBC_ADD_SYS_DSN ? ODBC_SYSTEM_DSN : ODBC_USER_DSN;
@@ -88,7 +87,7 @@ BOOL Configure(HWND in_parent, WORD in_request, const std::wstring& in_driver, c
                             ? entry(in_parent, in_request, in_description, in_attributes)
                             : Post(ODBC_ERROR_LOAD_LIB_FAILED, L"No entry point");
     s_mode = mode;
-    ::FreeLibrary(library);
+    FreeLibrary(library);
     return result;
 }
 
@@ -153,7 +152,7 @@ int INSTAPI SQLGetPrivateProfileStringW(LPCWSTR in_section, LPCWSTR in_key, LPCW
                                         LPWSTR out_value, int in_size, LPCWSTR in_file) {
     s_errors.clear();
     if (in_section == nullptr || in_key == nullptr || in_size < 1) return Fail();
-    if (::_wcsicmp(in_file, ODBC_INI) != 0) return Fail();
+    if (_wcsicmp(in_file, ODBC_INI) != 0) return Fail();
     const std::wstring value = ReadInMode(in_section, in_key).value_or(in_default);
     const std::size_t length = value.copy(out_value, static_cast<std::size_t>(in_size) - 1);
     out_value[length] = L'\0';
@@ -163,7 +162,7 @@ int INSTAPI SQLGetPrivateProfileStringW(LPCWSTR in_section, LPCWSTR in_key, LPCW
 BOOL INSTAPI SQLWritePrivateProfileStringW(LPCWSTR in_section, LPCWSTR in_key, LPCWSTR in_value,
                                            LPCWSTR in_file) {
     s_errors.clear();
-    if (in_section == nullptr || *in_section == L'\0' || ::_wcsicmp(in_file, ODBC_INI) != 0) {
+    if (in_section == nullptr || *in_section == L'\0' || _wcsicmp(in_file, ODBC_INI) != 0) {
         return Fail();
     }
     if (in_key == nullptr) return TestProfile::RemoveSection(WrittenRoot(), in_section);

@@ -31,7 +31,7 @@ struct Place {
 
 std::wstring ReadVariable(const wchar_t* in_name) {
     std::wstring text(MAX_PATH, L'\0');
-    text.resize(::GetEnvironmentVariableW(in_name, text.data(), MAX_PATH));
+    text.resize(GetEnvironmentVariableW(in_name, text.data(), MAX_PATH));
     return text;
 }
 
@@ -43,7 +43,7 @@ void EndAtLast() {
     // Process-wide: set and read here.
     static int s_left = static_cast<int>(
         std::wcstol(ReadVariable(L"VELTRANE_TEST_INSTALLER_ENDS").c_str(), nullptr, 10));
-    if (s_left != 0 && --s_left == 0) ::TerminateProcess(::GetCurrentProcess(), 99);
+    if (s_left != 0 && --s_left == 0) TerminateProcess(GetCurrentProcess(), 99);
 }
 
 Place PlaceOf(Root in_root) {
@@ -59,8 +59,8 @@ Place PlaceOf(Root in_root) {
 /// Opens a key that closes itself; null when it cannot be opened.
 std::shared_ptr<HKEY__> Open(const Place& in_place) {
     HKEY key = nullptr;
-    if (::RegOpenKeyExW(in_place.m_root, in_place.GetPath(), 0, KEY_READ, &key) != 0) return {};
-    return {key, &::RegCloseKey};
+    if (RegOpenKeyExW(in_place.m_root, in_place.GetPath(), 0, KEY_READ, &key) != 0) return {};
+    return {key, &RegCloseKey};
 }
 
 /// The sections of an open key.
@@ -68,8 +68,8 @@ std::vector<std::wstring> SectionsOf(HKEY in_root) {
     std::vector<std::wstring> names;
     wchar_t name[MAX_PATH];
     DWORD size = MAX_PATH;
-    while (::RegEnumKeyExW(in_root, static_cast<DWORD>(names.size()), name, &size, nullptr, nullptr,
-                           nullptr, nullptr) == ERROR_SUCCESS) {
+    while (RegEnumKeyExW(in_root, static_cast<DWORD>(names.size()), name, &size, nullptr, nullptr,
+                         nullptr, nullptr) == ERROR_SUCCESS) {
         names.emplace_back(name, size);
         size = MAX_PATH;
     }
@@ -84,8 +84,8 @@ Section ValuesOf(HKEY in_section) {
     for (DWORD i = 0;; ++i) {
         DWORD size = LONGEST;
         DWORD bytes = LONGEST * sizeof(wchar_t);
-        if (::RegEnumValueW(in_section, i, name.data(), &size, nullptr, nullptr,
-                            reinterpret_cast<BYTE*>(text.data()), &bytes) != ERROR_SUCCESS) {
+        if (RegEnumValueW(in_section, i, name.data(), &size, nullptr, nullptr,
+                          reinterpret_cast<BYTE*>(text.data()), &bytes) != ERROR_SUCCESS) {
             return values;
         }
         values[{name.data(), size}] = text.data();
@@ -95,21 +95,20 @@ Section ValuesOf(HKEY in_section) {
 }  // namespace
 
 void UseScratchKey() {
-    const std::wstring key =
-        L"Software\\Veltrane Tests\\" + std::to_wstring(::GetCurrentProcessId());
-    ::SetEnvironmentVariableW(VARIABLE, key.c_str());
+    const std::wstring key = L"Software\\Veltrane Tests\\" + std::to_wstring(GetCurrentProcessId());
+    SetEnvironmentVariableW(VARIABLE, key.c_str());
     RemoveScratchKey();
 }
 
-void RemoveScratchKey() { ::RegDeleteTreeW(HKEY_CURRENT_USER, ScratchKey().c_str()); }
+void RemoveScratchKey() { RegDeleteTreeW(HKEY_CURRENT_USER, ScratchKey().c_str()); }
 
 std::optional<std::wstring> Read(Root in_root, const std::wstring& in_section,
                                  const std::wstring& in_key) {
     const Place place = PlaceOf(in_root) / in_section;
     DWORD bytes = 0;
     const auto get = [&](wchar_t* out_value) {
-        return ::RegGetValueW(place.m_root, place.GetPath(), in_key.c_str(), RRF_RT_REG_SZ, nullptr,
-                              out_value, &bytes);
+        return RegGetValueW(place.m_root, place.GetPath(), in_key.c_str(), RRF_RT_REG_SZ, nullptr,
+                            out_value, &bytes);
     };
     if (get(nullptr) != 0) return std::nullopt;
     std::wstring value(bytes / sizeof(wchar_t), L'\0');
@@ -123,23 +122,23 @@ bool Write(Root in_root, const std::wstring& in_section, const std::wstring& in_
     EndAtLast();
     const Place place = PlaceOf(in_root) / in_section;
     if (in_value == nullptr) {
-        const LONG result = ::RegDeleteKeyValueW(place.m_root, place.GetPath(), in_key.c_str());
+        const LONG result = RegDeleteKeyValueW(place.m_root, place.GetPath(), in_key.c_str());
         return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
     }
     const std::size_t bytes = (std::char_traits<wchar_t>::length(in_value) + 1) * sizeof(wchar_t);
-    return ::RegSetKeyValueW(place.m_root, place.GetPath(), in_key.c_str(), REG_SZ, in_value,
-                             static_cast<DWORD>(bytes)) == ERROR_SUCCESS;
+    return RegSetKeyValueW(place.m_root, place.GetPath(), in_key.c_str(), REG_SZ, in_value,
+                           static_cast<DWORD>(bytes)) == ERROR_SUCCESS;
 }
 
 void Clear(Root in_root) {
     const Place place = PlaceOf(in_root);
-    ::RegDeleteTreeW(place.m_root, place.GetPath());
+    RegDeleteTreeW(place.m_root, place.GetPath());
 }
 
 bool RemoveSection(Root in_root, const std::wstring& in_section) {
     EndAtLast();
     const Place place = PlaceOf(in_root) / in_section;
-    const LONG result = ::RegDeleteTreeW(place.m_root, place.GetPath());
+    const LONG result = RegDeleteTreeW(place.m_root, place.GetPath());
     return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
 }
 

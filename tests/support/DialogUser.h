@@ -22,15 +22,14 @@ public:
 
     /// Sends a message, with a time limit in case the window's thread no longer answers.
     static void Send(HWND in_window, UINT in_message, WPARAM in_first, LPARAM in_second) {
-        ::SendMessageTimeoutW(in_window, in_message, in_first, in_second, SMTO_NORMAL, 5000,
-                              nullptr);
+        SendMessageTimeoutW(in_window, in_message, in_first, in_second, SMTO_NORMAL, 5000, nullptr);
     }
 
     /// Presses a button that closes the dialog, and waits until the dialog is gone. The message is
     /// posted, so it waits in the queue until the dialog is fully open; a sent one can come before.
     static void Press(HWND in_dialog, WPARAM in_button) {
-        ::PostMessageW(in_dialog, WM_COMMAND, in_button, 0);
-        for (int i = 0; i < 500 && ::IsWindow(in_dialog); ++i) ::Sleep(10);
+        PostMessageW(in_dialog, WM_COMMAND, in_button, 0);
+        for (int i = 0; i < 500 && IsWindow(in_dialog); ++i) Sleep(10);
     }
 
     /// Ends the thread. Its results may be read then.
@@ -42,11 +41,11 @@ public:
 private:
     void Watch() {
         while (!m_isStopped) {
-            const HWND dialog = ::FindWindowW(L"#32770", m_title);
+            const HWND dialog = FindWindowW(L"#32770", m_title);
             DWORD process = 0;
-            ::GetWindowThreadProcessId(dialog, &process);
-            if (process == ::GetCurrentProcessId() && ::IsWindowVisible(dialog)) m_act(dialog);
-            ::Sleep(10);
+            GetWindowThreadProcessId(dialog, &process);
+            if (process == GetCurrentProcessId() && IsWindowVisible(dialog)) m_act(dialog);
+            Sleep(10);
         }
     }
 

@@ -25,8 +25,8 @@ class Installer {
 public:
     explicit Installer(bool in_isIodbc)
         : m_isIodbc(in_isIodbc),
-          m_handle(::dlopen(in_isIodbc ? "libiodbcinst.so.2" : "libodbcinst.so.2",
-                            RTLD_NOW | RTLD_LOCAL)) {}
+          m_handle(dlopen(in_isIodbc ? "libiodbcinst.so.2" : "libodbcinst.so.2",
+                          RTLD_NOW | RTLD_LOCAL)) {}
 
     bool IsInstalled() const { return m_handle != nullptr; }
 
@@ -76,7 +76,7 @@ public:
 private:
     template <typename Function>
     Function* Find(const char* in_name) const {
-        return reinterpret_cast<Function*>(::dlsym(m_handle, in_name));
+        return reinterpret_cast<Function*>(dlsym(m_handle, in_name));
     }
 
     bool m_isIodbc;

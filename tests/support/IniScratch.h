@@ -18,11 +18,11 @@ public:
     explicit IniScratch(
         const std::filesystem::path& in_parent = std::filesystem::temp_directory_path()) {
         std::string folder = (in_parent / "odbcini-XXXXXX").string();
-        m_folder = ::mkdtemp(folder.data());
+        m_folder = mkdtemp(folder.data());
         std::filesystem::create_directory(m_folder / "system");
-        ::setenv("ODBCINI", UserFile().c_str(), 1);
-        ::setenv("ODBCSYSINI", (m_folder / "system").c_str(), 1);
-        ::unsetenv("ODBCSEARCH");
+        setenv("ODBCINI", UserFile().c_str(), 1);
+        setenv("ODBCSYSINI", (m_folder / "system").c_str(), 1);
+        unsetenv("ODBCSEARCH");
     }
     IniScratch(const IniScratch&) = delete;
     IniScratch& operator=(const IniScratch&) = delete;

@@ -14,14 +14,14 @@ namespace Veltrane::Test {
 /// Returns the result of the work in a new process, with "(died)" if that process died.
 inline std::string InNewProcess(const std::function<std::string()>& in_work) {
     std::FILE* const file = std::tmpfile();
-    const pid_t child = ::fork();
+    const pid_t child = fork();
     if (child == 0) {
         const std::string text = in_work();
         std::fwrite(text.data(), 1, text.size(), file);
-        ::_exit(std::fclose(file) == 0 ? 0 : 1);
+        _exit(std::fclose(file) == 0 ? 0 : 1);
     }
     int status = 0;
-    ::waitpid(child, &status, 0);
+    waitpid(child, &status, 0);
     std::string text;
     std::rewind(file);
     for (int c; (c = std::fgetc(file)) != EOF;) text += static_cast<char>(c);

@@ -26,8 +26,8 @@ public:
     RequestOnFiles() {
         IniScratch::Write(m_scratch.Folder() / "system" / "values.ini",
                           "[DSN]\nDSN=sales\nServer=new\nUID=u\nPWD=p\nDatabase=d\n");
-        ::setenv("VELTRANE_DSN_INITIAL_VALUES",
-                 (m_scratch.Folder() / "system" / "values.ini").c_str(), 1);
+        setenv("VELTRANE_DSN_INITIAL_VALUES",
+               (m_scratch.Folder() / "system" / "values.ini").c_str(), 1);
     }
 
     /// Sets the kind of the next requests.
@@ -114,8 +114,7 @@ public:
 private:
     /// A file system in memory: on a disk every replaced file takes long.
     static std::filesystem::path Parent() {
-        return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm"
-                                               : std::filesystem::temp_directory_path();
+        return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path();
     }
 
     FileRequest m_request{};

@@ -15,14 +15,14 @@ namespace Orska::Support {
 class WithoutFileCapabilities {
 public:
     WithoutFileCapabilities() {
-        ::syscall(SYS_capget, &m_header, m_before);
+        syscall(SYS_capget, &m_header, m_before);
         __user_cap_data_struct wanted[2] = {m_before[0], m_before[1]};
         wanted[0].effective &= ~(Bit(CAP_DAC_OVERRIDE) | Bit(CAP_DAC_READ_SEARCH));
-        ::syscall(SYS_capset, &m_header, wanted);
+        syscall(SYS_capset, &m_header, wanted);
     }
     WithoutFileCapabilities(const WithoutFileCapabilities&) = delete;
     WithoutFileCapabilities& operator=(const WithoutFileCapabilities&) = delete;
-    ~WithoutFileCapabilities() { ::syscall(SYS_capset, &m_header, m_before); }
+    ~WithoutFileCapabilities() { syscall(SYS_capset, &m_header, m_before); }
 
 private:
     static std::uint32_t Bit(unsigned in_capability) { return 1U << in_capability; }

@@ -42,10 +42,10 @@ TEST(trace, ErrnoIsKeptWhenTheLineCannotBeWritten) {
 }
 
 TEST(trace, APipeWithoutAReaderMeansStandardError) {
-    const std::string pipe = testing::TempDir() + "orska_pipe" + std::to_string(getpid());
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(TraceOnStandardError(("1:" + pipe).c_str()), "F:7\ttext S\n");
-    unlink(pipe.c_str());
+    const std::string fifo = testing::TempDir() + "orska_pipe" + std::to_string(getpid());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(TraceOnStandardError(("1:" + fifo).c_str()), "F:7\ttext S\n");
+    unlink(fifo.c_str());
 }
 
 /// True if a copy of this process survives the action.
@@ -55,11 +55,11 @@ bool Survives(const std::function<void()>& in_action) {
 
 TEST(trace, AHostOutlivesAFileThatCannotBeWritten) {
     const Orska::Test::TemporaryDirectory directory;
-    const std::string pipe = directory.GetPath("pipe");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string fifo = directory.GetPath("pipe");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_TRUE(Survives([&] {
-        const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-        const TraceSetting setting(("1f:" + pipe).c_str());
+        const int reader = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+        const TraceSetting setting(("1f:" + fifo).c_str());
         trace(1, "F", "S", 1, "read");
         close(reader);
         errno = EINTR;
@@ -84,7 +84,7 @@ TEST(trace, AHostOutlivesAFileThatCannotBeWritten) {
     EXPECT_EQ(directory.Read("file").size(), 60u);
     EXPECT_TRUE(Survives([] {
         int ends[2];
-        if (::pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) _exit(1);
+        if (pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) _exit(1);
         for (const int end : ends) close(end);
         Platform::SetVerbose(true);
         Platform::TraceVerbose("lost");

@@ -31,7 +31,7 @@ std::string Hex(std::string_view in_bytes) {
     return text;
 }
 
-class TranscoderKernelTest : public ::testing::TestWithParam<Kernel> {
+class TranscoderKernelTest : public testing::TestWithParam<Kernel> {
 protected:
     // Runs the kernel with the source and the target each before a forbidden page and compares with
     // the reference. Reports the first difference and returns false.
@@ -230,7 +230,7 @@ TEST_P(TranscoderKernelTest, NullBuffersOfLengthZero) {
     EXPECT_EQ(source.m_position, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, TranscoderKernelTest, ::testing::ValuesIn(GetKernels()),
+INSTANTIATE_TEST_SUITE_P(All, TranscoderKernelTest, testing::ValuesIn(GetKernels()),
                          [](const auto& in_info) { return in_info.param.m_name; });
 
 // Not a failure, but the report shows that some kernels were not tested.
