@@ -105,21 +105,27 @@ constexpr CodePointRange IGNORABLE[] = {
 };
 
 bool IsIgnorable(char32_t in_codePoint) {
-    // Most code points that a set lacks are in these ranges.
-    if (in_codePoint < 0x034F || (in_codePoint > 0x206F && in_codePoint < 0xFE00)) {
-        return in_codePoint == 0x00AD || in_codePoint == 0x3164;
-    }
-    return std::any_of(
-        std::begin(IGNORABLE), std::end(IGNORABLE), [&](const CodePointRange& in_range) {
-            return in_range.m_first <= in_codePoint && in_codePoint <= in_range.m_last;
-        });
+    const auto isInRange = [in_codePoint](const CodePointRange& in_range) {
+        return in_range.m_first <= in_codePoint && in_codePoint <= in_range.m_last;
+    };
+    const bool isInGap = in_codePoint > 0x1D17A && in_codePoint < 0xE0000;  // most of them
+    return !isInGap && std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE), isInRange);
+}
+
+// Whether a unit is quickly seen to be neither ignorable nor a surrogate, as most that a set lacks.
+// Without branches, which would cost more than the comparisons.
+bool IsOrdinary(char16_t in_unit) {
+    const unsigned unit = in_unit;
+    const bool isInGap = (unit < 0x034F) | (unit - 0x2070 < 0xD800 - 0x2070);
+    return isInGap & (unit != 0x00AD) & (unit != 0x3164);
 }
 
 // Converts to a single-byte set. A code point that it lacks becomes the substitute, or nothing, as
 // in ICU; one without a byte needs no room.
 template <class Set>
 std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
-    constexpr std::ptrdiff_t BLOCK = 16;  // units
+    constexpr std::ptrdiff_t LEAST = 8;  // units for which blocks are worth a try
+    constexpr std::ptrdiff_t STEP = 32;  // bytes of units after which they are again
     constexpr int SUBSTITUTE = 0x1A;
     const char* from = io_source.m_data + io_source.m_position;
     const char* const end = io_source.m_data + io_source.m_length;
@@ -128,36 +134,43 @@ std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_ta
     std::int32_t result = TRANSCODER_DONE;
     while (from < end && result == TRANSCODER_DONE) {
         const std::ptrdiff_t count = std::min((end - from) / 2, limit - to);
-        if (count >= BLOCK) {
+        if (count >= LEAST) {
             const std::uint64_t done = UnicodeForms::Utf16ToBytes_SSE2(
                 from, to, static_cast<std::uint64_t>(count), Set::BLOCKS);
             from += 2 * done;
             to += done;
         }
-        for (const char* const stop = from + std::min(end - from, 2 * BLOCK); from < stop;) {
+        for (const char* const stop = from + std::min(end - from, STEP); from < stop;) {
             // Mostly one unit is enough.
-            char16_t unit = 0;
-            int byte = -1;
-            if (end - from > 1) {
+            for (std::ptrdiff_t left = std::min((stop - from) / 2, limit - to); left > 0; --left) {
+                char16_t unit = 0;
                 std::memcpy(&unit, from, sizeof(unit));
-                byte = Set::Find(unit);
-            }
-            std::int32_t used = 2;
-            if (byte < 0) {
-                char32_t codePoint = 0;
-                used = Utf16Reader<false>::Read(reinterpret_cast<const unsigned char*>(from),
-                                                static_cast<std::uint64_t>(end - from), codePoint);
-                if (used > 0 && IsIgnorable(codePoint)) {
-                    from += used;
-                    continue;
+                int byte = Set::Find(unit);
+                if (byte < 0) {
+                    if (!IsOrdinary(unit)) {
+                        break;
+                    }
+                    byte = SUBSTITUTE;
                 }
-                byte = SUBSTITUTE;
+                *to++ = static_cast<char>(byte);
+                from += sizeof(unit);
             }
-            if (used < 0 || to == limit) {
+            if (from == stop) {
+                break;
+            }
+            char32_t codePoint = 0;
+            const std::int32_t used =
+                Utf16Reader<false>::Read(reinterpret_cast<const unsigned char*>(from),
+                                         static_cast<std::uint64_t>(end - from), codePoint);
+            const bool hasByte = used == 2 && Set::Find(static_cast<char16_t>(codePoint)) >= 0;
+            const bool isWritten = used > 0 && (hasByte || !IsIgnorable(codePoint));
+            if (used < 0 || (isWritten && to == limit)) {
                 result = used < 0 ? used : TRANSCODER_FULL;
                 break;
             }
-            *to++ = static_cast<char>(byte);
+            if (isWritten) {
+                *to++ = SUBSTITUTE;
+            }
             from += used;
         }
     }

@@ -11,18 +11,42 @@ constexpr std::uint64_t BLOCK = V::SIZE / 2;
 
 bool HasSurrogate(V::Type in_units) { return !V::IsZero(IsKind<V, 0xF800, 0xD800>(in_units)); }
 
+// Fewer units than a block go by two halves of a vector, which may overlap.
+template <bool IS_SOURCE_BIG, bool IS_TARGET_BIG>
+std::uint64_t CopyUnits(const char* in_source, char* out_target, std::uint64_t in_count) {
+    using Blocks = Copy<V, IS_SOURCE_BIG, IS_TARGET_BIG>;
+    if (in_count < BLOCK / 2 || in_count >= BLOCK) {
+        return Blocks::Convert(in_source, out_target, in_count);
+    }
+    const std::uint64_t second = 2 * (in_count - BLOCK / 2);
+    const auto load = [in_source](std::uint64_t in_at) {
+        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in_source + in_at));
+    };
+    const auto store = [out_target](std::uint64_t in_at, V::Type in_units) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out_target + in_at), in_units);
+    };
+    auto units = Blocks::template Order<IS_SOURCE_BIG>(_mm_unpacklo_epi64(load(0), load(second)));
+    if (HasSurrogate(units)) {
+        return 0;
+    }
+    units = Blocks::template Order<IS_TARGET_BIG>(units);
+    store(0, units);
+    store(second, _mm_unpackhi_epi64(units, units));
+    return in_count;
+}
+
 }  // namespace
 
 std::uint64_t CopyUtf16_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
-    return Copy<V, false, false>::Convert(in_source, out_target, in_count);
+    return CopyUnits<false, false>(in_source, out_target, in_count);
 }
 
 std::uint64_t Utf16FromBig_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
-    return Copy<V, true, false>::Convert(in_source, out_target, in_count);
+    return CopyUnits<true, false>(in_source, out_target, in_count);
 }
 
 std::uint64_t Utf16ToBig_SSE2(const char* in_source, char* out_target, std::uint64_t in_count) {
-    return Copy<V, false, true>::Convert(in_source, out_target, in_count);
+    return CopyUnits<false, true>(in_source, out_target, in_count);
 }
 
 // Reads the block and writes twice its size.
@@ -66,16 +90,29 @@ std::uint64_t Utf16ToBytes_SSE2(const char* in_source, char* out_target, std::ui
     const auto isInHole = [hole](V::Type in_units) {
         return V::Equal16(V::And(in_units, V::All16<0xFFE0>()), hole);
     };
+    const auto areBytes = [&](V::Type in_low, V::Type in_high) {
+        const auto either = V::Or(in_low, in_high);
+        return V::IsZero(V::And(either, V::All16<0xFF80>())) ||
+               V::IsZero(V::Or(V::And(either, upper), V::Or(isInHole(in_low), isInHole(in_high))));
+    };
     std::uint64_t done = 0;
     for (; done + 2 * BLOCK <= in_count; done += 2 * BLOCK) {
         const auto low = V::Load(in_source + 2 * done);
         const auto high = V::Load(in_source + 2 * done + 16);
-        const auto either = V::Or(low, high);
-        if (!V::IsZero(V::And(either, V::All16<0xFF80>())) &&
-            !V::IsZero(V::Or(V::And(either, upper), V::Or(isInHole(low), isInHole(high))))) {
-            break;
+        if (!areBytes(low, high)) {
+            return done;
         }
         V::Store(out_target + done, V::PackUnsigned16(low, high));
+    }
+    // The rest by two blocks, which may overlap.
+    if (in_count - done >= BLOCK) {
+        const auto low = V::Load(in_source + 2 * done);
+        const auto high = V::Load(in_source + 2 * (in_count - BLOCK));
+        if (areBytes(low, high)) {
+            V::WriteNarrow16(out_target + done, low);
+            V::WriteNarrow16(out_target + in_count - BLOCK, high);
+            return in_count;
+        }
     }
     return done;
 }

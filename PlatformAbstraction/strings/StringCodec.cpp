@@ -116,9 +116,10 @@ std::string EncodeText(const icu::UnicodeString& in_text, EncodingType in_encodi
     constexpr std::size_t MOST_PLAIN = 256;  // units; longer text is read only once
     const std::u16string_view text = GetView(in_text);
     std::string bytes;
-    if (HasAscii(in_encoding) && text.size() <= MOST_PLAIN) {
+    const char16_t last = in_encoding == EncodingType::ENC_LATIN1 ? 0xFF : 0x7F;
+    if (HasAscii(in_encoding) && text.size() <= MOST_PLAIN &&
+        (text.empty() || text.front() <= last)) {
         bytes.resize(text.size());
-        const char16_t last = in_encoding == EncodingType::ENC_LATIN1 ? 0xFF : 0x7F;
         if (NarrowText(text, last, bytes.data())) {
             return bytes;
         }
