@@ -15,6 +15,8 @@ using Orska::Support::TrimLeft;
 
 /// True for control characters, and for U+0080 to U+009F in UTF-8.
 bool HasControlCharacter(std::string_view in_text) {
+    const auto isPlain = [](char in_char) { return in_char >= 0x20 && in_char < 0x7F; };
+    if (std::all_of(in_text.begin(), in_text.end(), isPlain)) return false;
     for (std::size_t i = 0; i < in_text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(in_text[i]);
         if (byte < 0x20 || byte == 0x7F) return true;
@@ -66,7 +68,9 @@ std::size_t IodbcValueSize(std::string_view in_value) {
     return in_value.size();
 }
 
-bool HasOuterBlank(std::string_view in_text) { return Trim(in_text).size() != in_text.size(); }
+bool HasOuterBlank(std::string_view in_text) {
+    return !in_text.empty() && (IsAsciiBlank(in_text.front()) || IsAsciiBlank(in_text.back()));
+}
 
 /// Whether the reader would end the line inside the text.
 bool HasLineEnd(std::string_view in_text, Rules in_rules) {
@@ -74,6 +78,17 @@ bool HasLineEnd(std::string_view in_text, Rules in_rules) {
     return in_text.find('\n') != std::string_view::npos ||
            in_text.find('\0') != std::string_view::npos ||
            (isIodbc && in_text.find_first_of(IODBC_LINE_ENDS) != std::string_view::npos);
+}
+
+/// Whether a key and a value without line ends are read back unchanged.
+bool IsReadBackWhole(std::string_view in_key, std::string_view in_value, Rules in_rules) {
+    const bool isKey = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
+                       in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key);
+    if (in_rules != Rules::IODBC) {
+        return isKey && !HasOuterBlank(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
+    }
+    return isKey && Unquote(in_key) == in_key && TrimIodbcValue(in_value) == in_value &&
+           IodbcValueSize(in_value) == in_value.size();
 }
 
 }  // namespace
@@ -129,20 +144,15 @@ bool IsCarriableSection(std::string_view in_section) {
 }
 
 bool IsCarriableLine(std::string_view in_key, std::string_view in_value, Rules in_rules) {
-    return IsReadBack(in_key, in_value, in_rules) && !HasControlCharacter(in_key) &&
-           !HasControlCharacter(in_value) && in_key.size() + 1 + in_value.size() <= MAX_LINE;
+    // A line end is a control character.
+    return !HasControlCharacter(in_key) && !HasControlCharacter(in_value) &&
+           in_key.size() + 1 + in_value.size() <= MAX_LINE &&
+           IsReadBackWhole(in_key, in_value, in_rules);
 }
 
 bool IsReadBack(std::string_view in_key, std::string_view in_value, Rules in_rules) {
-    const bool isLine = !in_key.empty() && !IsComment(in_key.front()) && in_key.front() != '[' &&
-                        in_key.find('=') == std::string_view::npos && !HasOuterBlank(in_key) &&
-                        !HasLineEnd(in_key, in_rules) && !HasLineEnd(in_value, in_rules);
-    if (in_rules != Rules::IODBC) {
-        return isLine && !HasOuterBlank(in_value) &&
-               in_key.size() + 1 + in_value.size() <= MAX_LINE;
-    }
-    return isLine && Unquote(in_key) == in_key && TrimIodbcValue(in_value) == in_value &&
-           IodbcValueSize(in_value) == in_value.size();
+    return !HasLineEnd(in_key, in_rules) && !HasLineEnd(in_value, in_rules) &&
+           IsReadBackWhole(in_key, in_value, in_rules);
 }
 
 }  // namespace Veltrane::ODBC::OdbcIniLine

@@ -1,5 +1,7 @@
 #include "Setup/OdbcIniUpdate.h"
 
+#include <utility>
+
 #include "Setup/ProfileRules.h"
 #include "tools/trace.h"
 
@@ -47,22 +49,24 @@ bool OdbcIniUpdate::Do(Edit in_edit) {
     return true;
 }
 
-bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key,
-                        const std::string& in_value) {
+bool OdbcIniUpdate::Set(std::string in_section, std::string in_key, std::string in_value) {
     return OdbcIniLine::IsCarriableLine(in_key, in_value, m_rules) &&
-           Write(in_section, in_key, in_value);
+           Write(std::move(in_section), std::move(in_key), std::move(in_value));
 }
 
-bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
-                              const std::string& in_value) {
+bool OdbcIniUpdate::SetAsRead(std::string in_section, std::string in_key, std::string in_value) {
     return OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
-           Write(in_section, in_key, in_value);
+           Write(std::move(in_section), std::move(in_key), std::move(in_value));
 }
 
-bool OdbcIniUpdate::Write(const std::string& in_section, const std::string& in_key,
-                          const std::string& in_value) {
-    return OdbcIniLine::IsCarriableSection(in_section) &&
-           Do([=](OdbcIniText& io_text) { io_text.Set(in_section, in_key, in_value); });
+bool OdbcIniUpdate::Write(std::string in_section, std::string in_key, std::string in_value) {
+    if (in_section.empty() || in_section != m_checkedSection) {
+        if (!OdbcIniLine::IsCarriableSection(in_section)) return false;
+        m_checkedSection = in_section;
+    }
+    return Do(
+        [section = std::move(in_section), key = std::move(in_key),
+         value = std::move(in_value)](OdbcIniText& io_text) { io_text.Set(section, key, value); });
 }
 
 bool OdbcIniUpdate::Commit() {

@@ -30,6 +30,8 @@ constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 /// Returns UTF-8; nothing for text with unpaired surrogates.
 std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
     std::string utf8 = in_text.GetAsUtf8();
+    // A byte for each unit: it is all ASCII.
+    if (utf8.size() == in_text.GetView().size()) return utf8;
     // An unpaired surrogate becomes U+FFFD, but the text can contain U+FFFD itself.
     if (utf8.find("\uFFFD") == std::string::npos) return utf8;
     const std::u16string_view units = in_text.GetView();
@@ -254,23 +256,25 @@ bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value)
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file) {
-    const std::optional<std::string> section = ToUtf8(in_section);
-    const std::optional<std::string> key = ToUtf8(in_key);
-    const std::optional<std::string> value = ToUtf8(in_value);
+    std::optional<std::string> section = ToUtf8(in_section);
+    std::optional<std::string> key = ToUtf8(in_key);
+    std::optional<std::string> value = ToUtf8(in_value);
     if (!section || section->empty() || !key || !value || in_file.IsEmpty()) return false;
     const bool isRemoval = in_key.IsNull() || in_value.IsNull();
-    const auto optionalKey = in_key.IsNull() ? std::nullopt : key;
+    const auto remove = [&](OdbcIniUpdate& io_update) {
+        return Remove(io_update, *section, in_key.IsNull() ? std::nullopt : key);
+    };
     if (const std::string path = GetOwnPath(in_file); !path.empty()) {
         OdbcIniUpdate update(path, NEW_USER_FILE, RulesOf(IsIodbc()));
-        return (isRemoval ? Remove(update, *section, optionalKey)
-                          : update.Set(*section, *key, *value)) &&
-               update.Commit();
+        return (isRemoval ? remove(update) : update.Set(*section, *key, *value)) && update.Commit();
     }
     const std::string* const stored = FindStored(in_key, in_value);
     return Edited([&](Update::State& io_state) {
-        if (isRemoval) return Remove(io_state.m_update, *section, optionalKey);
-        return stored != nullptr ? io_state.m_update.SetAsRead(*section, *key, *stored)
-                                 : io_state.m_update.Set(*section, *key, *value);
+        OdbcIniUpdate& update = io_state.m_update;
+        if (isRemoval) return remove(update);
+        return stored != nullptr
+                   ? update.SetAsRead(std::move(*section), std::move(*key), *stored)
+                   : update.Set(std::move(*section), std::move(*key), std::move(*value));
     });
 }
 

@@ -136,7 +136,9 @@ struct VeltraneDSNConfiguration::Line {
 
 /// Returns the lines of the section in their order. Trims the optional fields.
 std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines() {
-    std::vector<Line> lines = {{DSN_CONFIG_KEY_DRIVER, m_driverDescription}};
+    std::vector<Line> lines;
+    lines.reserve(m_values.size());  // the driver in place of the name
+    lines.push_back({DSN_CONFIG_KEY_DRIVER, m_driverDescription});
     for (std::size_t i = 0; i < m_values.size(); ++i) {
         const orska_wstring& key = DSN_CONFIG_KEYS[i];
         orska_wstring& value = m_values[i];
@@ -146,10 +148,11 @@ std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines(
             lines.push_back({key, value.IsNull() ? orska_wstring(L"") : value});
             continue;
         }
-        const orska_wstring before = value;
-        if (value.IsNull() || value.Trim().GetLength() == 0) continue;
+        if (value.IsNull()) continue;
         // A value that nobody has changed keeps its outer blanks and everything else.
-        lines.push_back({key, OdbcInstaller::IsAsRead(key, before) ? before : value});
+        orska_wstring asRead = OdbcInstaller::IsAsRead(key, value) ? value : orska_wstring();
+        if (value.Trim().GetLength() == 0) continue;
+        lines.push_back({key, asRead.IsNull() ? value : std::move(asRead)});
     }
     return lines;
 }

@@ -47,9 +47,12 @@ inline std::string UpperCaseAscii(std::string_view in_text) {
 }
 
 constexpr bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) noexcept {
-    return std::equal(
-        in_left.begin(), in_left.end(), in_right.begin(), in_right.end(),
-        [](char in_a, char in_b) { return ToLowerAscii(in_a) == ToLowerAscii(in_b); });
+    if (in_left.size() != in_right.size()) return false;
+    // Most texts that are equal so are equal as they are.
+    return in_left == in_right ||
+           std::equal(in_left.begin(), in_left.end(), in_right.begin(), [](char in_a, char in_b) {
+               return ToLowerAscii(in_a) == ToLowerAscii(in_b);
+           });
 }
 
 /// The order of `_stricmp`: bytes, with letters in lower case.
