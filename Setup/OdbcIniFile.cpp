@@ -188,7 +188,7 @@ bool OdbcIniFile::Read(std::string& out_bytes, struct stat& out_stat) {
         if (!IsStale() || attempts == MAX_READS) return false;
     }
     // The read succeeds even if leftover files cannot be removed.
-    if (OpenDirectory()) FindLeft(true);
+    if (OpenDirectory(FollowLinks(m_path))) FindLeft(true);
     m_failure = {};
     m_directory = PrivateHandle();
     return true;
@@ -210,7 +210,7 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& o
         struct stat after {};
         if (!ReadAll(in_handle, io_stat, out_bytes)) return false;
         m_writers = SystemCalls::FindWriters(in_handle);
-        if (SystemCalls::StatHandle(in_handle, after) != 0) return FailToRead();
+        if (!StatAgain(in_handle, after)) return false;
         if (IsSameVersion(io_stat, after) && !IsBeingWritten(m_writers, after)) {
             m_isTimeTelling = m_writers == Writers::NONE && IsTimeTelling(after);
             return true;
@@ -221,6 +221,20 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& o
         Pause();
         if (SystemCalls::StatHandle(in_handle, io_stat) != 0) return FailToRead();
     }
+}
+
+/// Gives the state of an open file. The locked file also has to be in its place still.
+/// @return false, with no failure set, when another file or none is in that place
+bool OdbcIniFile::StatAgain(int in_handle, struct stat& out_stat) {
+    if (!m_file.IsOpen()) {
+        return SystemCalls::StatHandle(in_handle, out_stat) == 0 || FailToRead();
+    }
+    bool isMounted = false;
+    if (SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), out_stat, &isMounted) != 0) {
+        return errno != ENOENT && Fail("cannot read", errno);
+    }
+    if (!IsSameFile(m_stat, out_stat)) return false;
+    return !isMounted || Fail(MOUNTED, EBUSY);
 }
 
 bool OdbcIniFile::ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes) {
@@ -253,7 +267,7 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     for (;;) {
         Unlock();
         m_failure = {};
-        if (LockOnce(out_bytes, deadline)) break;
+        if (LockOnce(out_bytes)) break;
         if (m_failure.IsSet() && !IsStale()) return false;
         if (SystemCalls::GetMonotonicTime() > deadline) {
             return !m_failure.IsSet() && Fail("locked by another program", ETIMEDOUT);
@@ -266,65 +280,66 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     return true;
 }
 
-/// @return false, with no failure set, when the file was created, removed or replaced meanwhile
-bool OdbcIniFile::LockOnce(std::string& out_bytes, long long in_deadline) {
+/// @return false, with no failure set, when the file is locked, or was created, removed or replaced
+///         meanwhile
+bool OdbcIniFile::LockOnce(std::string& out_bytes) {
     if (!OpenToLock()) return false;
-    if (!m_isNew && !WaitForLock(in_deadline)) return false;
-    if (!OpenDirectory() || !IsInPlace()) return false;
     out_bytes.clear();
-    return m_isNew || ReadAtRest(m_file.Get(), m_stat, out_bytes);
+    if (m_isNew) return IsMissing();
+    // A blocking flock has no time limit without signals, and any reader of the file could hold us
+    // up for ever. After a pause the path can lead to another file.
+    if (!LockNow(m_file, m_directory.Get(), m_name.c_str(), O_NOFOLLOW)) {
+        if (!m_file.IsOpen()) return errno != ENOENT && Fail("cannot open for writing", errno);
+        if (errno != EWOULDBLOCK) return Fail("cannot lock", errno);
+        Pause();
+        return false;
+    }
+    if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return FailToRead();
+    return ReadAtRest(m_file.Get(), m_stat, out_bytes);
 }
 
 /// Opens the file for reading only: other requests would take a writer for a program that is
 /// changing it. Checks the right to write, because the directory alone could allow replacing a
 /// read-only file.
 bool OdbcIniFile::OpenToLock() {
-    m_file = PrivateHandle(SystemCalls::Open(m_path.c_str(), O_RDONLY | OPEN_FLAGS, 0));
+    if (!OpenInDirectory(m_path)) return false;
+    if (!m_file.IsOpen() && errno == ELOOP && !OpenInDirectory(FollowLinks(m_path))) return false;
     m_isNew = !m_file.IsOpen() && errno == ENOENT;
     if (!m_isNew && !m_file.IsOpen()) return Fail("cannot open for writing", errno);
-    const std::string path = m_isNew ? FollowLinks(m_path) : m_path;
-    if (!path.empty() && SystemCalls::IsWritable(path.c_str())) return true;
+    if (SystemCalls::IsWritable(m_name.c_str(), m_directory.Get())) return true;
     return Fail(m_isNew ? "cannot create" : "cannot open for writing", errno);
 }
 
-/// Polls at short random intervals: a blocking flock has no time limit without signals, and any
-/// reader of the file could hold us up for ever.
-bool OdbcIniFile::WaitForLock(long long in_deadline) {
-    while (!LockNow(m_file, AT_FDCWD, m_path.c_str(), 0)) {
-        if (!m_file.IsOpen()) return errno != ENOENT && Fail("cannot open for writing", errno);
-        if (errno != EWOULDBLOCK) return Fail("cannot lock", errno);
-        if (SystemCalls::GetMonotonicTime() > in_deadline) {
-            return Fail("locked by another program", ETIMEDOUT);
-        }
-        Pause();
+/// Opens the directory and, unless that fails, tries to open the file in it. A link fails with
+/// ELOOP.
+bool OdbcIniFile::OpenInDirectory(const std::string& in_path) {
+    if (!OpenDirectory(in_path)) {
+        if (in_path.empty()) return Fail("cannot resolve", errno);
+        return Fail(errno == ENOENT ? "cannot create" : "cannot open the directory", errno);
     }
+    m_file = PrivateHandle(SystemCalls::OpenAt(m_directory.Get(), m_name.c_str(),
+                                               O_RDONLY | O_NOFOLLOW | OPEN_FLAGS, 0));
     return true;
 }
 
-/// Opens the directory that the file is in, or will be in, after following links.
-/// @return false, with no failure set, when the file is gone
-bool OdbcIniFile::OpenDirectory() {
-    const std::string path = FollowLinks(m_path);
-    if (path.empty()) return Fail("cannot resolve", errno);
-    const std::size_t slash = path.rfind('/');
-    m_name = path.substr(slash + 1);
-    const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+/// @param in_path  empty where links cannot be followed
+/// @return false, with errno, on failure
+bool OdbcIniFile::OpenDirectory(const std::string& in_path) {
+    if (in_path.empty()) return false;
+    const std::size_t slash = in_path.rfind('/');
+    m_name = in_path.substr(slash + 1);
+    if (m_name.empty()) m_name = ".";
+    const std::string directory = slash == std::string::npos ? "." : in_path.substr(0, slash + 1);
     m_directory =
         PrivateHandle(SystemCalls::Open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
-    return m_directory.IsOpen() ||
-           ((m_isNew || errno != ENOENT) && Fail("cannot open the directory", errno));
+    return m_directory.IsOpen();
 }
 
-/// Checks that the path still leads to the locked file, or, for a new file, to none.
-/// @return false, with no failure set, when it leads to another file
-bool OdbcIniFile::IsInPlace() {
+/// @return false, with no failure set, when a file is there
+bool OdbcIniFile::IsMissing() {
     struct stat inPlace {};
-    const bool isThere = SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0;
-    if (!isThere && errno != ENOENT) return Fail("cannot read", errno);
-    if (m_isNew) return !isThere;
-    if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return FailToRead();
-    if (!isThere || !IsSameFile(m_stat, inPlace)) return false;
-    return !SystemCalls::IsMounted(m_file.Get()) || Fail(MOUNTED, EBUSY);
+    if (SystemCalls::StatAt(m_directory.Get(), m_name.c_str(), inPlace) == 0) return false;
+    return errno == ENOENT || Fail("cannot read", errno);
 }
 
 /// Returns the names of temporary files that killed processes have left. A living process holds a
@@ -346,9 +361,9 @@ std::vector<std::string> OdbcIniFile::FindLeft(bool in_isToGo) const {
 
 std::vector<std::string> OdbcIniFile::FindLeftFiles(const std::string& in_path) {
     OdbcIniFile file(in_path);
-    if (!file.OpenDirectory()) return {};
-    std::vector<std::string> paths = file.FindLeft(false);
     const std::string path = FollowLinks(in_path);
+    if (!file.OpenDirectory(path)) return {};
+    std::vector<std::string> paths = file.FindLeft(false);
     for (std::string& name : paths) name.insert(0, path, 0, path.rfind('/') + 1);
     return paths;
 }
@@ -518,15 +533,16 @@ bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     if (m_isTimeTelling || !IsSameVersion(m_stat, now)) return IsSameVersion(m_stat, now);
     const PrivateHandle& file = isTold ? m_file : anew;
     char buffer[16384];
-    for (std::size_t size = 0;;) {
+    for (std::size_t size = 0; size < m_bytes.size();) {
         const ssize_t count =
             SystemCalls::Read(file.Get(), buffer, sizeof buffer, static_cast<off_t>(size));
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return count == 0 && size == m_bytes.size();
+        if (count <= 0) return false;
         const std::string_view part(buffer, static_cast<std::size_t>(count));
         if (std::string_view(m_bytes).substr(size, part.size()) != part) return false;
         size += part.size();
     }
+    return true;  // a file that has grown was another version
 }
 
 /// Undoes the exchange: a program without the lock has written or replaced the old file since it

@@ -94,12 +94,13 @@ private:
     /// True when the file was replaced on another host of a network file system.
     bool IsStale() const noexcept { return m_failure.m_error == ESTALE; }
     bool ReadOnce(std::string& out_bytes, struct stat& out_stat);
-    bool LockOnce(std::string& out_bytes, long long in_deadline);
+    bool LockOnce(std::string& out_bytes);
     bool OpenToLock();
-    bool WaitForLock(long long in_deadline);
+    bool OpenInDirectory(const std::string& in_path);
+    bool OpenDirectory(const std::string& in_path);
+    bool IsMissing();
+    bool StatAgain(int in_handle, struct stat& out_stat);
     bool WriteAndExchange(std::string_view in_bytes);
-    bool OpenDirectory();
-    bool IsInPlace();
     bool ReadAtRest(int in_handle, struct stat& io_stat, std::string& out_bytes);
     bool ReadAll(int in_handle, const struct stat& in_stat, std::string& out_bytes);
     std::vector<std::string> FindLeft(bool in_isToGo) const;

@@ -4,6 +4,7 @@
 #ifndef SETUP_SYSTEMCALLS_H
 #define SETUP_SYSTEMCALLS_H
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -27,9 +28,13 @@ int Sync(int in_handle);                                                   // fs
 int Lock(int in_handle, int in_operation);                                 // flock
 int Stat(const char* in_path, struct stat& out_stat, bool in_followLink);  // stat, lstat
 int StatHandle(int in_handle, struct stat& out_stat);                      // fstat
-int StatAt(int in_directory, const char* in_name, struct stat& out_stat);  // fstatat, no following
-int ChangeMode(int in_handle, mode_t in_mode);                             // fchmod
-int ChangeOwner(int in_handle, uid_t in_user, gid_t in_group);             // fchown
+/// fstatat, which does not follow a link.
+/// @param out_isMounted  unless null: whether something is mounted on the file itself. False also
+///                       when the system cannot tell.
+int StatAt(int in_directory, const char* in_name, struct stat& out_stat,
+           bool* out_isMounted = nullptr);
+int ChangeMode(int in_handle, mode_t in_mode);                  // fchmod
+int ChangeOwner(int in_handle, uid_t in_user, gid_t in_group);  // fchown
 ssize_t GetAttribute(int in_handle, const char* in_name, void* out_bytes, std::size_t in_size);
 int SetAttribute(int in_handle, const char* in_name, const void* in_bytes, std::size_t in_size);
 int RemoveAttribute(int in_handle, const char* in_name);
@@ -41,9 +46,8 @@ int Touch(int in_handle);                                              // futime
 int LinkAt(int in_directory, const char* in_from, const char* in_to);  // linkat
 int UnlinkAt(int in_directory, const char* in_name);                   // unlinkat
 /// True when the file can be written, or created if there is none, with the rights that open uses.
-bool IsWritable(const char* in_path);
-/// True when something is mounted on the file itself. False also when the system cannot tell.
-bool IsMounted(int in_handle);
+/// @param in_directory  of a relative path
+bool IsWritable(const char* in_path, int in_directory = AT_FDCWD);
 /// realpath; an empty string on failure.
 std::string RealPath(const char* in_path);
 /// readlink; an empty string on failure, also for anything that is not a link.

@@ -11,6 +11,7 @@
 #include <sys/random.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <sys/xattr.h>
 #include <time.h>
 #include <unistd.h>
@@ -128,8 +129,23 @@ int Stat(const char* in_path, struct stat& out_stat, bool in_followLink) {
 
 int StatHandle(int in_handle, struct stat& out_stat) { return fstat(in_handle, &out_stat); }
 
-int StatAt(int in_directory, const char* in_name, struct stat& out_stat) {
-    return fstatat(in_directory, in_name, &out_stat, AT_SYMLINK_NOFOLLOW);
+int StatAt(int in_directory, const char* in_name, struct stat& out_stat, bool* out_isMounted) {
+    struct statx status {};
+    if (out_isMounted == nullptr ||
+        statx(in_directory, in_name, AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0) {
+        return fstatat(in_directory, in_name, &out_stat, AT_SYMLINK_NOFOLLOW);
+    }
+    *out_isMounted = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+    out_stat = {};
+    out_stat.st_dev = makedev(status.stx_dev_major, status.stx_dev_minor);
+    out_stat.st_ino = status.stx_ino;
+    out_stat.st_mode = status.stx_mode;
+    out_stat.st_uid = status.stx_uid;
+    out_stat.st_gid = status.stx_gid;
+    out_stat.st_size = static_cast<off_t>(status.stx_size);
+    out_stat.st_mtim = {status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec};
+    out_stat.st_ctim = {status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};
+    return 0;
 }
 
 int ChangeMode(int in_handle, mode_t in_mode) { return fchmod(in_handle, in_mode); }
@@ -164,19 +180,13 @@ int LinkAt(int in_directory, const char* in_from, const char* in_to) {
 
 int UnlinkAt(int in_directory, const char* in_name) { return unlinkat(in_directory, in_name, 0); }
 
-bool IsWritable(const char* in_path) {
-    if (faccessat(AT_FDCWD, in_path, W_OK, AT_EACCESS) == 0) return true;
+bool IsWritable(const char* in_path, int in_directory) {
+    if (faccessat(in_directory, in_path, W_OK, AT_EACCESS) == 0) return true;
     if (errno != ENOENT) return false;
     std::string directory(in_path);
     const std::size_t slash = directory.rfind('/');
     directory = slash == std::string::npos ? "." : directory.substr(0, slash + 1);
-    return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
-}
-
-bool IsMounted(int in_handle) {
-    struct statx status {};
-    return statx(in_handle, "", AT_EMPTY_PATH, 0, &status) == 0 &&
-           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+    return faccessat(in_directory, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 std::string RealPath(const char* in_path) {

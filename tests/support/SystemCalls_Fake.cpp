@@ -79,8 +79,11 @@ int StatHandle(int in_handle, struct stat& out_stat) {
     return Enter("fstat") ? Real::StatHandle(in_handle, out_stat) : -1;
 }
 
-int StatAt(int in_directory, const char* in_name, struct stat& out_stat) {
-    return Enter("fstatat") ? Real::StatAt(in_directory, in_name, out_stat) : -1;
+int StatAt(int in_directory, const char* in_name, struct stat& out_stat, bool* out_isMounted) {
+    if (!Enter("fstatat")) return -1;
+    const int result = Real::StatAt(in_directory, in_name, out_stat, out_isMounted);
+    if (out_isMounted != nullptr && !Enter("statx")) *out_isMounted = true;
+    return result;
 }
 
 int ChangeMode(int in_handle, mode_t in_mode) {
@@ -126,9 +129,9 @@ int UnlinkAt(int in_directory, const char* in_name) {
     return Enter("unlink") ? Real::UnlinkAt(in_directory, in_name) : -1;
 }
 
-bool IsWritable(const char* in_path) { return Enter("access") && Real::IsWritable(in_path); }
-
-bool IsMounted(int in_handle) { return !Enter("statx") || Real::IsMounted(in_handle); }
+bool IsWritable(const char* in_path, int in_directory) {
+    return Enter("access") && Real::IsWritable(in_path, in_directory);
+}
 
 std::string RealPath(const char* in_path) {
     return Enter("realpath") ? Real::RealPath(in_path) : "";
