@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "PlatformAbstraction/ICU/ShortTextKernels.h"
+#include "PlatformAbstraction/ICU/Siconv/ShortTextKernels.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/base/CpuLevel.h"
 #include "PlatformAbstraction/strings/TextPool.h"

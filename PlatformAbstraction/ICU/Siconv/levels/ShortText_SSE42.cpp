@@ -1,7 +1,7 @@
 // Converts whole short texts with instructions up to SSE4.2 and POPCNT: block after block
 // into scratch with room for all that they may write, without the entry and exit of the
 // general functions.
-#include "PlatformAbstraction/ICU/ShortTextKernels.h"
+#include "PlatformAbstraction/ICU/Siconv/ShortTextKernels.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/FromUtf8.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/ToUtf8.h"
 

@@ -1,7 +1,7 @@
 /// The bodies of ShortText.h that need more than SSE2. Declarations only, because files that are
 /// compiled for a level include this.
-#ifndef PLATFORMABSTRACTION_ICU_SHORTTEXTKERNELS_H
-#define PLATFORMABSTRACTION_ICU_SHORTTEXTKERNELS_H
+#ifndef PLATFORMABSTRACTION_ICU_SICONV_SHORTTEXTKERNELS_H
+#define PLATFORMABSTRACTION_ICU_SICONV_SHORTTEXTKERNELS_H
 
 #include "PlatformAbstraction/ICU/ShortText.h"
 
