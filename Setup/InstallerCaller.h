@@ -3,6 +3,8 @@
 #ifndef SETUP_INSTALLERCALLER_H
 #define SETUP_INSTALLERCALLER_H
 
+#include "tools/NoCancellation.h"
+
 namespace Veltrane::ODBC {
 
 struct InstallerLibrary;
@@ -23,8 +25,8 @@ public:
     bool HasPlatformWideChars() const noexcept;
 
 private:
+    Orska::NoCancellation m_noCancellation;  // first: finding the library can be cancelled, too
     const InstallerLibrary* m_outer = nullptr;
-    int m_cancelState = 0;
 };
 
 }  // namespace Veltrane::ODBC
