@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "VeltraneDialog/RunnableProgram.h"
+
 namespace Veltrane::ODBC {
 
 namespace {

@@ -7,18 +7,9 @@
 #include <string>
 #include <vector>
 
-namespace Veltrane::ODBC {
+#include "VeltraneDialog/EditorSurroundings.h"
 
-/// The input of the choice.
-struct EditorSurroundings {
-    /// VELTRANE_DSN_EDITOR; empty if it is not set.
-    std::string m_wish;
-    bool m_hasDisplay = false;
-    /// Why the terminal cannot be used; empty when it can.
-    std::string m_terminalProblem;
-    /// Directories to search for the programs, in order.
-    std::vector<std::string> m_directories;
-};
+namespace Veltrane::ODBC {
 
 struct EditorChoice {
     /// Programs to try, in order: the next one if one cannot show anything.
@@ -28,13 +19,6 @@ struct EditorChoice {
 };
 
 EditorChoice ChooseEditor(const EditorSurroundings& in_surroundings);
-
-/// Returns the surroundings of this process. With raised privileges it ignores the environment.
-EditorSurroundings LookAroundForEditors();
-
-/// @return why a program must not be run: it does not exist, or others could replace it; empty when
-///         it can be run
-std::string WhyNotRunnable(const std::string& in_program);
 
 }  // namespace Veltrane::ODBC
 

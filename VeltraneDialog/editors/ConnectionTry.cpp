@@ -4,8 +4,8 @@
 
 #include "PlatformAbstraction/base/OwnDirectory.h"
 #include "VeltraneDialog/DialogFields.h"
-#include "VeltraneDialog/EditorChoice.h"
 #include "VeltraneDialog/EditorProcess.h"
+#include "VeltraneDialog/RunnableProgram.h"
 #include "VeltraneDialog/Utf8.h"
 #include "VeltraneDialog/Wipe.h"
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "VeltraneDialog/RunnableProgram.h"
 #include "VeltraneDialog/VeltraneDSNDialog.h"
 #include "tests/support/TemporaryDirectory.h"
 
