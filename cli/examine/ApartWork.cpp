@@ -2,8 +2,9 @@
 
 #include "PlatformAbstraction/base/Wipe.h"
 #include "cli/examine/ApartProcess.h"
-#include "cli/examine/DriverFindings.h"
+#include "cli/examine/LibraryProbe.h"
 #include "cli/examine/OdbcCalls.h"
+#include "cli/examine/OdbcPlatform.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
@@ -12,6 +13,34 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
+
+/// Sends the setup library a request through the installer that it has to refuse.
+/// @return "=" if it answered, else the installer's errors
+std::string AskSetupLibrary(const std::string& in_driver) {
+    const auto driver = OdbcPlatform::ToOdbc(in_driver);
+    // No DSN has such a name.
+    const auto attributes = OdbcPlatform::ToOdbc(std::string("DSN=[]") + '\0');
+    if (SQLConfigDataSource(nullptr, ODBC_REMOVE_DSN,
+                            reinterpret_cast<const TCHAR*>(driver.c_str()),
+                            reinterpret_cast<const TCHAR*>(attributes.c_str())) != 0) {
+        return "=";
+    }
+    std::string text;
+    for (WORD i = 1; i <= 8; ++i) {
+        DWORD code = 0;
+        TCHAR message[SQL_MAX_MESSAGE_LENGTH + 1] = {};
+        WORD length = 0;
+        if (!SQL_SUCCEEDED(SQLInstallerError(i, &code, message, SQL_MAX_MESSAGE_LENGTH, &length))) {
+            break;
+        }
+        const bool isAnswer =
+            code >= ODBC_ERROR_INVALID_KEYWORD_VALUE && code <= ODBC_ERROR_REQUEST_FAILED;
+        if (isAnswer) return "=";
+        text += (text.empty() ? "" : ", ") + std::to_string(code) + " " +
+                OdbcPlatform::FromOdbc(reinterpret_cast<const SQLTCHAR*>(message));
+    }
+    return text.empty() ? "the installer gave no reason" : text;
+}
 
 void Connect(const Json& in_request, ApartAnswer& io_answer) {
     OdbcCalls calls(in_request.at("driver_manager"));
@@ -24,12 +53,10 @@ void Connect(const Json& in_request, ApartAnswer& io_answer) {
     for (const auto& [state, code, said] : calls.GetDiagnostics()) {
         diagnostics.push_back({{"state", state}, {"native_code", code}, {"text", said}});
     }
-    constexpr unsigned short DBMS_NAME = 17;  // SQL_DBMS_NAME
-    constexpr unsigned short DBMS_VERSION = 18;
     io_answer.Write(ToLine({{"connected", isConnected},
                             {"time_ms", time.count()},
-                            {"server", isConnected ? calls.GetInfo(DBMS_NAME) : ""},
-                            {"version", isConnected ? calls.GetInfo(DBMS_VERSION) : ""},
+                            {"server", isConnected ? calls.GetInfo(SQL_DBMS_NAME) : ""},
+                            {"version", isConnected ? calls.GetInfo(SQL_DBMS_VER) : ""},
                             {"diagnostics", std::move(diagnostics)}}));
     if (!isConnected) return;
     calls.Disconnect();

@@ -1,7 +1,6 @@
 #include "cli/examine/DriverFindings.h"
 
 #include "cli/dsn/DriverRegistry.h"
-#include "cli/dsn/InstallerCalls.h"
 #include "cli/examine/ApartWork.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
@@ -154,22 +153,6 @@ Finding ExamineRequest(const std::string& in_driver) {
 }
 
 }  // namespace
-
-std::string AskSetupLibrary(const std::string& in_driver) {
-    constexpr unsigned short REMOVE_DSN = 3;
-    constexpr unsigned long FIRST_ANSWER = 8;  // ODBC_ERROR_INVALID_KEYWORD_VALUE
-    constexpr unsigned long LAST_ANSWER = 11;  // ODBC_ERROR_REQUEST_FAILED
-    // No DSN can have this name.
-    if (InstallerCalls::Configure(REMOVE_DSN, in_driver, "DSN=[]")) return "=";
-    std::string text;
-    unsigned long code = 0;
-    std::string message;
-    for (unsigned short i = 1; i <= 8 && InstallerCalls::GetError(i, code, message); ++i) {
-        if (code >= FIRST_ANSWER && code <= LAST_ANSWER) return "=";
-        text += (text.empty() ? "" : ", ") + std::to_string(code) + " " + message;
-    }
-    return text.empty() ? "the installer gave no reason" : text;
-}
 
 Findings ExamineDriverLibrary(const std::string& in_driver) {
     Findings findings;

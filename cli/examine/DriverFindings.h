@@ -19,10 +19,6 @@ Findings ExamineDriver(const std::string& in_driver);
 /// @throws CommandError as ExamineDriver
 Findings ExamineDriverLibrary(const std::string& in_driver);
 
-/// Sends the setup library a request through the installer that it has to refuse.
-/// @return "=" if it answered, else the installer's errors
-std::string AskSetupLibrary(const std::string& in_driver);
-
 /// Returns the finding for a library that cannot be used.
 /// @param in_driver  the driver's name; empty if a DSN has the library's path
 /// @param in_entry  the key in odbcinst.ini that names it, such as "Setup"

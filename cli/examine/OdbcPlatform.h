@@ -1,5 +1,5 @@
-/// ODBC's declarations, and what differs between the systems where a program calls a driver manager
-/// that it has loaded itself. SQLTCHAR is the unit of its text: bytes on Linux, where unixODBC
+/// ODBC's declarations, and the parts that differ between the systems for a program that loads its
+/// driver manager itself. SQLTCHAR is the unit of its text: bytes on Linux, where unixODBC
 /// takes and gives those of odbc.ini and wide characters have another size in iODBC, UTF-16 on
 /// Windows.
 #ifndef CLI_ODBCPLATFORM_H
@@ -9,6 +9,7 @@
 #include "tools/WindowsApi.h"
 #endif
 // Must follow <windows.h>.
+#include <odbcinst.h>
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
