@@ -16,8 +16,9 @@ void CallAtThreadEnd(void (*in_function)(void*)) noexcept {
 /// first: otherwise the pool is gone before ClosePool runs, and its texts leak.
 struct ListFirst {
     ListFirst() noexcept {
-        // A harmless function of the system. The list keeps the library of a function loaded until
-        // the thread ends. It must not be the last to free our library, because its code is in it.
+        // A harmless function of the system. The list keeps the library of a function loaded
+        // until the thread ends. It must not be the last to free our library, which has the code
+        // of the list.
         CallAtThreadEnd(reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(&SetLastError)));
     }
 };
