@@ -34,13 +34,6 @@ TEST(trace, TheThreadIdIsFoldedTo16Bits) {
     EXPECT_EQ(capture.GetText(), expected);
 }
 
-TEST(trace, ErrnoIsKeptWhenTheLineCannotBeWritten) {
-    const TraceSetting setting("1:/dev/full");
-    errno = EINTR;
-    trace(1, "F", "S", 1, "lost");
-    EXPECT_EQ(errno, EINTR);
-}
-
 TEST(trace, APipeWithoutAReaderMeansStandardError) {
     const std::string fifo = testing::TempDir() + "orska_pipe" + std::to_string(getpid());
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);

@@ -124,17 +124,6 @@ TEST(trace, TheNameOfErrnoFollowsABlankOrAColon) {
     }
 }
 
-TEST(trace, LongTextsArriveWhole) {
-    const std::string text(100000, 'x');
-    const TraceCapture capture("1");
-    trace(1, "F", "S", 1, "%s", text.c_str());
-    trace(1, text.c_str(), text.c_str(), 1, "%zu", text.size());
-    const std::vector<std::string> lines = capture.GetLines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_TRUE(lines[0] == "F:1\t" + text + " S");
-    EXPECT_TRUE(lines[1] == text + ":1\t100000 " + text);
-}
-
 TEST(trace, AppendsToAFileThatOthersMayReadAndWrite) {
     const TraceCapture capture("1");
     std::ofstream other(capture.GetPath());
