@@ -22,56 +22,6 @@ using Test::ThrownMessage;
 using Test::ToText;
 using Test::TraceCapture;
 
-/// The surprising parts of the grammar; the replay of fuzz/corpus/IniSettings has all of it.
-TEST(IniFileConfigurationReader, Grammar) {
-    using namespace std::string_literals;
-    struct Case {
-        const char* m_name;
-        std::string m_file;
-        std::string m_loaded;  // or "!" and the line of the error
-    };
-    const Case cases[] = {
-        {"section met again", "[s]\na=1\n[t]\nb=2\n[S]\nc=3", "[S]A=1;C=3;[T]B=2;"},
-        {"last of a key wins", "[S]\nKey=1\nkEY=2\n", "[S]KEY=2;"},
-        {"blanks around everything", " \t\v\f[S]\r\n \tkey\t = \v value x \f\r\n",
-         "[S]KEY=value x;"},
-        {"blanks inside the brackets count", "[ Sect ]\na=1", "[ SECT ]A=1;"},
-        {"a header needs both brackets", "[S=1\nT]=2", "[]T]=2;[S=1;"},
-        {"comments", "a=1#2\nb=x;y\n#c=1\n  ; d=2\n", "[]A=1;B=x;"},
-        {"quotes", "a=\"x y \"\nb=' x'\nc=\"\"\nd=''\ne=\"it's\"\nf='a\"b'",
-         "[]A=x y ;B= x;C=;D=;E=it's;F=a\"b;"},
-        {"comment sign in quotes", "\n\na=\"a;b\"", "!3"},
-        {"no equals sign", "[S]\na=1\nnonsense\n", "!3"},
-        {"equals sign first", "=1", "!1"},
-        {"bytes above 127 keep their case", "[\xC3\xA4z]\n\xC3\xB6k=\xC3\xBC",
-         "[\xC3\xA4Z]\xC3\xB6K=\xC3\xBC;"},
-        {"a byte order mark is text", "\xEF\xBB\xBF[S]\na=1", "!1"},
-    };
-    const TemporaryDirectory directory;
-    const IniFileConfigurationReader reader(false, false);
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.m_name);
-        const std::string path = directory.Write("x.ini", row.m_file);
-        ConfigurationMap loaded;
-        const std::string thrown =
-            ThrownMessage([&] { EXPECT_TRUE(reader.LoadConfiguration(loaded, path, nullptr)); });
-        if (row.m_loaded[0] == '!') {
-            EXPECT_EQ(thrown, "IniParseError(" + path + ", " + row.m_loaded.substr(1) + ")");
-        } else {
-            EXPECT_EQ(thrown, "nothing");
-            EXPECT_EQ(ToText(loaded), row.m_loaded);
-        }
-    }
-}
-
-TEST(IniFileConfigurationReader, KeepsTheCaseOfKeysWhenAsked) {
-    const TemporaryDirectory directory;
-    const std::string path = directory.Write("x.ini", "[Sect]\nKey=1\nkEY=2\nKey=3");
-    ConfigurationMap loaded;
-    EXPECT_TRUE(IniFileConfigurationReader(true, false).LoadConfiguration(loaded, path, nullptr));
-    EXPECT_EQ(ToText(loaded), "[SECT]Key=3;kEY=2;");
-}
-
 TEST(IniFileConfigurationReader, LoadsOneSection) {
     const TemporaryDirectory directory;
     const std::string path = directory.Write(
