@@ -1,110 +1,16 @@
-// Conversions between UTF-16 in memory and bytes, compared with slow reference code.
+// What decides between these conversions and ICU. Transcoder_test compares the conversions
+// themselves with slow reference code.
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 #include "tests/support/StreamDriver.h"
-#include "tests/support/TestSystem.h"
 #include "tests/support/TranscoderReference.h"
 
 namespace Orska::Support::Testing {
 namespace {
-
-struct Form {
-    int m_source, m_target;
-    TranscoderFunction m_function;
-};
-
-std::vector<Form> GetForms() {
-    std::vector<Form> forms;
-    for (const int form : {UTF16LE, UTF16BE, UTF32LE, UTF32BE}) {
-        forms.push_back({UTF16LE, form, GetUtf16Encoder(EncodingType{form})});
-        forms.push_back({form, UTF16LE, GetUtf16Decoder(EncodingType{form})});
-    }
-    return forms;
-}
-
-// Converts into a target of exact size at an offset and compares with the reference.
-void CheckAgainstReference(const Form& in_form, const std::string& in_source, std::size_t in_room,
-                           std::size_t in_offset) {
-    std::vector<char> source(in_offset + in_source.size());
-    std::copy(in_source.begin(), in_source.end(),
-              source.begin() + static_cast<std::ptrdiff_t>(in_offset));
-    std::vector<char> target(in_offset + in_room + 64, '\x5A');
-    TranscoderSource from{source.data(), source.size(), in_offset};
-    TranscoderTarget to{target.data(), in_offset + in_room, in_offset};
-    const std::int32_t result = in_form.m_function(from, to);
-    const ReferenceResult expected =
-        ReferenceTranscode(in_form.m_source, in_form.m_target, in_source, in_room);
-    ASSERT_EQ(expected.m_result, result);
-    ASSERT_EQ(expected.m_used, from.m_position - in_offset);
-    ASSERT_EQ(expected.m_bytes, std::string(target.data() + in_offset, to.m_position - in_offset));
-    ASSERT_EQ(64, std::count(target.end() - 64, target.end(), '\x5A'));
-}
-
-// Tests texts of each kind and length, cut, damaged, and with every size of room near the full one.
-void CheckForm(const Form& in_form) {
-    SCOPED_TRACE(std::string(GetIndexName(in_form.m_source)) + " to " +
-                 GetIndexName(in_form.m_target));
-    Random random(11);
-    for (const TextKind kind : TEXT_KINDS) {
-        for (std::size_t length = 0; length <= 140; ++length) {
-            std::string source =
-                MakeText(kind, length, static_cast<unsigned>(length), in_form.m_source);
-            const std::size_t full =
-                ReferenceTranscode(in_form.m_source, in_form.m_target, source, 4096).m_bytes.size();
-            const std::size_t offset = length % 17;
-            CheckAgainstReference(in_form, source, full, offset);
-            CheckAgainstReference(in_form, source, full + 7, offset);
-            CheckAgainstReference(in_form, source,
-                                  full - std::min<std::size_t>(full, 1 + length % 9), 0);
-            CheckAgainstReference(in_form, source,
-                                  random.Below(static_cast<std::uint32_t>(full) + 1), 3);
-            for (int round = 0; round < 4 && !source.empty(); ++round) {
-                std::string damaged = source;
-                const std::size_t at = random.Below(static_cast<std::uint32_t>(source.size()));
-                damaged[at] = static_cast<char>(0xD4 + random.Below(12));
-                if (round % 2 == 1) damaged.resize(at + 1);
-                CheckAgainstReference(in_form, damaged, 4 * full + 8, offset);
-            }
-            if (testing::Test::HasFailure()) return;
-        }
-    }
-}
-
-// After blocks of plain text, or of pairs, where the trail is the first unit of the next test.
-TEST(UnicodeForms, FindALoneTrailAnywhere) {
-    for (const Form& form : GetForms()) {
-        if (form.m_source != UTF16LE && form.m_source != UTF16BE) continue;
-        for (const std::u16string_view piece : {u"aa", u"\U0001F600"}) {
-            std::string text;
-            for (int i = 0; i < 130; ++i) {
-                text += EncodeWithIcu(piece, EncodingType{form.m_source});
-                std::string damaged = text;
-                damaged += form.m_source == UTF16LE ? std::string("\x01\xDC", 2) : "\xDC\x01";
-                for (int more = 0; more < 3; ++more) damaged += text;
-                CheckAgainstReference(form, damaged, 8 * damaged.size(), 0);
-            }
-        }
-    }
-}
-
-TEST(UnicodeForms, ConvertAsTheReferenceDoes) {
-    for (const Form& form : GetForms()) {
-        CheckForm(form);
-    }
-}
-
-TEST(UnicodeForms, ConvertAsTheReferenceDoesWithoutAvx2) {
-    Orska::Test::SetVariable("ORSKA_CPU_LEVEL", "sse2");
-    for (const Form& form : GetForms()) {
-        CheckForm(form);
-    }
-}
 
 TEST(UnicodeForms, CountTheBytesThatIcuWrites) {
     Random random(5);

@@ -10,6 +10,7 @@
 #include <set>
 #include <sstream>
 
+#include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/TranscoderReference.h"
 
@@ -231,6 +232,20 @@ TEST_P(TranscoderKernelTest, NullBuffersOfLengthZero) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, TranscoderKernelTest, testing::ValuesIn(GetKernels()),
+                         [](const auto& in_info) { return in_info.param.m_name; });
+
+// What strings use for UTF-16 in memory has the same contract. A further test runs them on SSE2.
+std::vector<Kernel> GetUtf16Forms() {
+    std::vector<Kernel> forms;
+    for (const int form : {UTF16LE, UTF16BE, UTF32LE, UTF32BE}) {
+        const std::string name = GetIndexName(form);
+        forms.push_back({UTF16LE, form, "To" + name, GetUtf16Encoder(EncodingType{form})});
+        forms.push_back({form, UTF16LE, "From" + name, GetUtf16Decoder(EncodingType{form})});
+    }
+    return forms;
+}
+
+INSTANTIATE_TEST_SUITE_P(InMemory, TranscoderKernelTest, ::testing::ValuesIn(GetUtf16Forms()),
                          [](const auto& in_info) { return in_info.param.m_name; });
 
 // Not a failure, but the report shows that some kernels were not tested.
