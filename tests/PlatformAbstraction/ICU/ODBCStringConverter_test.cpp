@@ -124,8 +124,11 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
     for (const int encoding : CUT_ENCODINGS) {
         SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
         const Fixture fixture(encoding);
-        for (const std::size_t length : {1U, 3U, 17U, 75U}) {
-            CheckCuts(*fixture.m_converter, MakeRandomText(random, length));
+        // Many encodings lack the zero width space, for which ICU then writes nothing.
+        for (const std::u16string& text :
+             {MakeRandomText(random, 1), MakeRandomText(random, 17), MakeRandomText(random, 150),
+              std::u16string(65, u'a') + u"\u6F22", std::u16string(u"ab\u200B\u200B")}) {
+            CheckCuts(*fixture.m_converter, text);
             if (testing::Test::HasFailure()) return;
         }
     }

@@ -262,24 +262,5 @@ TEST(WideStreamConverter, EndsStatefulTextInItsInitialState) {
     }
 }
 
-TEST(WideStreamConverter, SubstitutesMalformedInputAsIcuDoes) {
-    const Converter converter = Make(18, 0);  // SJIS to UTF-8
-    EXPECT_EQ(
-        "a\x1A"
-        "b",
-        ConvertAtOnce(*converter,
-                      "a\xFF"
-                      "b"));
-    EXPECT_EQ("a\x1A", ConvertAtOnce(*converter, "a\x8A"));  // the end cuts it off
-    char target[8];
-    converter->SetTarget(target, 8);
-    converter->SetSource("a\x8A", 2, false);
-    converter->DoConvert();
-    EXPECT_EQ(1U, converter->GetTargetPosition());
-    converter->SetSource("\xBF", 1, true);
-    converter->DoConvert();
-    EXPECT_EQ("a\xE6\xBC\xA2", std::string(target, converter->GetTargetPosition()));
-}
-
 }  // namespace
 }  // namespace Orska::Support::Testing

@@ -127,44 +127,6 @@ TEST(WideStringConverter, RefusesBadArguments) {
     }
 }
 
-void CheckCuts(WideStringConverter& io_converter, const std::u16string& in_text,
-               EncodingType in_encoding) {
-    ASSERT_EQ(
-        EncodeWithIcu(in_text, in_encoding).size(),
-        static_cast<std::size_t>(io_converter.GetLengthInBytes(MakeString(in_text), in_encoding)));
-    CheckEveryCapacity(in_text, in_encoding, 0,
-                       [&](const orska_wstring& in_string, char* out_buffer,
-                           std::int64_t in_capacity, bool& out_truncated) {
-                           return io_converter.ConvertFromWString(
-                               in_string, out_buffer, in_capacity, in_encoding, out_truncated);
-                       });
-}
-
-TEST(WideStringConverter, CutsExactlyAtEveryCapacity) {
-    WideStringConverter converter;
-    Random random(17);
-    for (const int encoding : CUT_ENCODINGS) {
-        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
-        for (const std::size_t length : {1U, 2U, 5U, 16U, 40U, 65U, 150U}) {
-            CheckCuts(converter, MakeRandomText(random, length), EncodingType{encoding});
-            std::u16string plain;
-            for (std::size_t i = 0; i < length; ++i) plain += u"a\u6F22"[i % 7 == 6];
-            CheckCuts(converter, plain, EncodingType{encoding});
-            if (testing::Test::HasFailure()) return;
-        }
-    }
-}
-
-TEST(WideStringConverter, TextIsWholeIfTheRestHasNoBytes) {
-    // The encodings lack the zero width space and ICU writes nothing for it.
-    WideStringConverter converter;
-    for (const int encoding : {5, 6, 7, 18, 24}) {
-        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
-        CheckCuts(converter, u"ab\u200B\u200B", EncodingType{encoding});
-        CheckCuts(converter, u"\u200Bab\u200Bc", EncodingType{encoding});
-    }
-}
-
 // A few conversions find the cut, however many code points without bytes are at the end.
 TEST(WideStringConverter, CutsTextOfSilentCodePointsInAFewAttempts) {
     for (const int encoding : {17, 22, 24, 25, 27, 28, 67}) {
