@@ -163,6 +163,7 @@ TEST(TextFileFailures, ReopenThatFailsLeavesTheFileClosed) {
     FakeFile::Get().m_openFails = true;
     EXPECT_FALSE(file.Reopen(TextFile::MODE_READ));
     EXPECT_FALSE(file.IsOpen());
+    EXPECT_EQ(file.ReadByte(), 255);
     FakeFile::Get().m_openFails = false;
     FakeFile::Get().m_seekFails = true;
     EXPECT_FALSE(file.Reopen(TextFile::MODE_APPEND));

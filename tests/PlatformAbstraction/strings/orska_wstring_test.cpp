@@ -9,7 +9,6 @@
 #include <string_view>
 #include <utility>
 
-#include "PlatformAbstraction/base/VerboseTrace.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
@@ -104,14 +103,6 @@ TEST(OrskaWstringTest, ReadsAndReturnsTheSameTextInEachForm) {
     }
 }
 
-TEST(OrskaWstringTest, ALoneSurrogateBecomesAReplacement) {
-    const orska_wstring lone(char16_t{0xD83D}, 1);
-    EXPECT_EQ(lone.GetLength(), 1);
-    EXPECT_EQ(lone.GetAsUtf8(), "\xEF\xBF\xBD");
-    EXPECT_EQ(lone.GetAsUtf16(), u"\uFFFD");
-    EXPECT_EQ(lone.GetAsPlatformWString(), L"\uFFFD");
-}
-
 TEST(OrskaWstringTest, RefusesTextThatIsTooLong) {
     constexpr std::size_t TOO_LONG = std::size_t{1} << 31;
     const char* const narrow = "x";
@@ -170,20 +161,6 @@ TEST(OrskaWstringTest, NarrowTextIsInTheAnsiEncoding) {
     EXPECT_EQ(orska_wstring().SetFromUtf8("\xE2\x82\xAC"), euro);
     EXPECT_EQ(euro.GetAsUtf8(), "\xE2\x82\xAC");
     SetAnsiEncoding(EncodingType::ENC_UTF8);
-}
-
-TEST(OrskaWstringTest, TheDriverManagerEncodingIsSetUncheckedAndTraced) {
-    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
-    Platform::SetVerbose(true);
-    testing::internal::CaptureStderr();
-    orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_NONE);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "orska_wstring::SetDriverManagerEncoding()\n");
-    Platform::SetVerbose(false);
-    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_NONE);
-    orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_UTF32LE);
-    EXPECT_EQ(GetDriverManagerEncoding(), EncodingType::ENC_UTF32LE);
-    orska_wstring::SetDriverManagerEncoding(EncodingType::ENC_UTF16LE);
 }
 
 TEST(OrskaWstringTest, AssignmentReusesTheTextObject) {
