@@ -58,6 +58,8 @@ TEST(InitialValues, RefusesMalformedLinesWithFileAndLineButWithoutTheValue) {
             ErrorOf([&text = contents] { ParseInitialValues(text, "file.ini"); });
         EXPECT_EQ(error.find("Initial values of a DSN: file.ini, line 3: "), 0U) << error;
         EXPECT_EQ(error.find("secret"), std::string::npos) << error;
+        EXPECT_EQ(error.find('.', error.find(" 3: ")), error.size() - 1)
+            << "one sentence: " << error;
     }
 }
 
