@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <climits>
 #include <stdexcept>
 #include <utility>
 
 #include "Exceptions/ErrorException.h"
+#include "Setup/StringMarshalling.h"
+#include "Setup/VeltraneDSNResourceHelper.h"
 #include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/OdbcInstaller_Fake.h"
 #include "tests/support/VeltraneDSNDialog_Fake.h"
@@ -56,10 +59,20 @@ TEST_F(ConfigDSNInternalTest, EveryExceptionIsPostedOnceByItsFirstHandler) {
         std::function<void()> m_throw;
         unsigned long m_code;
         const char* m_text;
+        const char* m_reported = "";  ///< on standard error
     } cases[] = {
         {"support library", [] { throw ProductException(L"IOError"); }, 11, "IOError"},
         {"setup", [] { throw VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_HWND); },
          3, "Invalid window handle."},
+        {"driver",
+         [] { throw VeltraneDSNSetupException(VeltraneDSNSetupException::DRIVER_SPECIFIC_ERROR); },
+         11, "Driver- or translator-specific error."},
+        {"no such error",
+         [] {
+             throw VeltraneDSNSetupException(static_cast<VeltraneDSNSetupException::ErrorCode>(6));
+         },
+         11, "Error loading the string",
+         "Assertion failed: false, file Setup\\VeltraneDSNSetupException, line 59\n"},
         {"editor", [] { throw std::runtime_error("kein Fenster, ü"); }, 11, "kein Fenster, ü"},
         {"no message", [] { throw WithoutMessage(); }, 11,
          "NULLPTR is not supported for this conversion."},
@@ -70,9 +83,24 @@ TEST_F(ConfigDSNInternalTest, EveryExceptionIsPostedOnceByItsFirstHandler) {
         SCOPED_TRACE(c.m_point);
         s_installer.m_posted.clear();
         s_editor.m_onConstruct = c.m_throw;
+        testing::internal::CaptureStderr();
         EXPECT_EQ(Call(ODBC_ADD_DSN), 0);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.m_reported);
         EXPECT_EQ(s_installer.m_posted, (Posted{{c.m_code, c.m_text}}));
     }
+}
+
+TEST(VeltraneDSNResourceHelper, AnIdThatTheTableLacksHasItsOwnText) {
+    for (const unsigned id : {0U, 100U, 107U, ~0U}) {
+        EXPECT_EQ(VeltraneDSNResourceHelper::LoadStringResource(id),
+                  orska_wstring(L"Error loading the string"));
+    }
+    EXPECT_NE(VeltraneDSNResourceHelper::GetModuleInstance(), nullptr);
+}
+
+TEST(StringMarshalling, ATextThatIsTooLongIsRefused) {
+    EXPECT_NO_THROW(CheckEditorStringLength(INT_MAX));
+    EXPECT_THROW(CheckEditorStringLength(1U + INT_MAX), std::length_error);
 }
 
 }  // namespace

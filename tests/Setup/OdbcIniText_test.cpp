@@ -102,20 +102,6 @@ TEST(OdbcIniText, EditsOnlyTheGivenLines) {
     }
 }
 
-TEST(OdbcIniText, AddingAndRemovingLeavesTheTextUnchanged) {
-    for (const char* before : {"", "\n", "[A]\nk=v\n", "[A]\nk=v\n\n", "[A]\r\n\r\n", "# c\n",
-                               "# c\n\n\n", "[A]\nk=v\n# end\n"}) {
-        SCOPED_TRACE(before);
-        OdbcIniText text(before);
-        Save(text);
-        text.Finish();
-        ASSERT_NE(text.GetBytes(), before);
-        Remove(text);
-        text.Finish();
-        EXPECT_EQ(text.GetBytes(), before);
-    }
-}
-
 std::string Numbered(const char* in_form, int in_from, int in_to) {
     std::string text;
     for (int i = in_from; i < in_to; ++i) {

@@ -101,20 +101,6 @@ TEST_F(OdbcInstallerTest, ChecksNames) {
     EXPECT_FALSE(ValidDSN(orska_wstring(u"a\0b", 3)));
 }
 
-TEST_F(OdbcInstallerTest, AValueThatNoLineCanHoldIsRefused) {
-    const std::string longest(999 - 7, 'x');
-    ASSERT_TRUE(Save("Sales", longest));
-    EXPECT_EQ(Get("Sales", "Server", 4096), longest);
-    const std::string before = IniScratch::Read(m_scratch.UserFile());
-    for (const std::string& value : {longest + "x", std::string(" a"), std::string("a\nb=c"),
-                                     std::string("a\0b", 3), std::string("a\r")}) {
-        EXPECT_FALSE(Write("Sales", "Server", value)) << value;
-    }
-    EXPECT_FALSE(WritePrivateProfileString(Text("Sales"), Text("k"), orska_wstring(u'\xDC00', 1),
-                                           Text("odbc.ini")));
-    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), before);
-}
-
 TEST_F(OdbcInstallerTest, ValuesThatWereReadAreWrittenAsStored) {
     const std::string server = "m\xFCll\t" + std::string(300, 's');
     IniScratch::Write(m_scratch.UserFile(), "[Sales]\nServer=" + server + "\nDatabase=a\tb\n");

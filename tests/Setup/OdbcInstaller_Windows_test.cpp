@@ -1,4 +1,4 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "Setup/OdbcInstaller.h"
 #include "tests/installer/TestProfile.h"
@@ -171,14 +171,6 @@ TEST_F(OdbcInstallerTest, AnEmptyNameDoesNothing) {
         EXPECT_FALSE(WritePrivateProfileString(name, orska_wstring(), orska_wstring(), FILE));
     }
     EXPECT_EQ(m_stage.Get(), BEFORE);
-}
-
-TEST_F(OdbcInstallerTest, ErrorsArriveInOrderWithTheirTexts) {
-    EXPECT_TRUE(PostInstallerError(11, L"first"));
-    EXPECT_TRUE(PostInstallerError(5, L"ü€日本\U0001F600"));
-    EXPECT_FALSE(PostInstallerError(0, L"no such code"));
-    EXPECT_THAT(m_stage.Posted(), testing::ElementsAre(std::pair(11UL, "first"s),
-                                                       std::pair(5UL, "ü€日本\U0001F600"s)));
 }
 
 }  // namespace

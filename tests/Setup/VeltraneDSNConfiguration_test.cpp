@@ -11,7 +11,6 @@ namespace {
 
 using Orska::Support::orska_wstring;
 using testing::ElementsAre;
-using Veltrane::Test::FakeInstaller;
 using Veltrane::Test::s_installer;
 using namespace std::string_literals;
 
@@ -116,21 +115,6 @@ TEST_F(VeltraneDSNConfigurationTest, SaveWritesANewSectionInOneUpdate) {
                             "Write [x] UID=u odbc.ini", "Write [x] PWD=p w odbc.ini",
                             "Write [x] Database=d odbc.ini", "Commit"));
     EXPECT_EQ(Fields(record), "x| s |n|m|u|p w|d");
-}
-
-TEST_F(VeltraneDSNConfigurationTest, SaveTrimsOnlyNewValues) {
-    const OdbcInstaller::Request request;
-    s_installer.m_profile["x"] = {{"Namespace", "\u3000n"}, {"UID", "\u3000u"}};
-    VeltraneDSNConfiguration record(L"drv");
-    record.Load("DSN=x\0"s);
-    record.SetUid(L" u");
-    record.Save();
-    EXPECT_EQ(s_installer.m_profile["x"], (FakeInstaller::Section{{"Driver", "drv"},
-                                                                  {"Server", ""},
-                                                                  {"Namespace", "\u3000n"},
-                                                                  {"UID", "u"},
-                                                                  {"Database", ""}}));
-    EXPECT_EQ(record.GetCognosNamespace(), orska_wstring(L"n"));
 }
 
 TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWrote) {
