@@ -4,8 +4,6 @@
 
 #include <string>
 
-#include "VeltraneDialog/DialogFields.h"
-
 namespace Veltrane::ODBC {
 namespace {
 
@@ -21,28 +19,6 @@ EditorMessage Decode(std::string_view in_bytes) {
 std::string Encode(const EditorMessage& in_message) {
     SecretBytes bytes = EncodeEditorMessage(in_message);
     return {bytes.Get().data(), bytes.Get().size()};
-}
-
-TEST(EditorProtocol, CarriesTheTextsExactly) {
-    const DialogString texts[] = {u"",
-                                  u"x",
-                                  std::u16string(70000, u'ü'),
-                                  u"€日本\U0001F600",
-                                  std::u16string(u"a\0b", 3),
-                                  u" a=b;[c]\r\n\t",
-                                  std::nullopt};
-    EditorMessage message;
-    message.m_kind = EditorMessageKind::OK;
-    for (std::size_t i = 0; i < DIALOG_FIELDS.size(); ++i) {
-        message.m_values.*DIALOG_FIELDS[i].m_value = texts[i % std::size(texts)];
-    }
-    const EditorMessage decoded = Decode(Encode(message));
-    EXPECT_EQ(decoded.m_kind, EditorMessageKind::OK);
-    for (std::size_t i = 0; i < DIALOG_FIELDS.size(); ++i) {
-        SCOPED_TRACE(DIALOG_FIELDS[i].m_key);
-        EXPECT_EQ(decoded.m_values.*DIALOG_FIELDS[i].m_value,
-                  texts[i % std::size(texts)].value_or(u""));
-    }
 }
 
 TEST(EditorProtocol, HasThisFormOnTheWire) {
