@@ -3,11 +3,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
@@ -29,7 +27,6 @@ namespace {
 using namespace std::string_literals;
 using Reader = OrskaSettingReader;
 using Test::FakeRegistry;
-using Test::GetProgramDirectory;
 using Test::SetVariable;
 using Test::TEMPORARY_DIRECTORY_VARIABLE;
 using Test::TemporaryDirectory;
@@ -246,16 +243,6 @@ TEST_F(SettingReader, TheSourcesCanChangeBeforeTheFirstRead) {
     EXPECT_EQ(Reader::GetLogLevel(), "5");
 }
 
-TEST_F(SettingReader, ARelativePathStartsAtTheModuleIfSet) {
-    const std::string name = "setting_reader." + std::to_string(getpid()) + ".ini";
-    const std::filesystem::path beside = GetProgramDirectory() + name;
-    std::ofstream(beside) << "[Driver]\nfrom=module\n";
-    Reader::Initialize(name, L"Veltrane", L"Driver");
-    Reader::SetResolveIniPathFromModule(true);
-    EXPECT_EQ(Reader::GetSetting("from"), "module");
-    std::filesystem::remove(beside);
-}
-
 TEST_F(SettingReader, AFirstReadThatFailsIsTriedAgain) {
     FakeRegistry::Get().m_keys[USER_KEY].m_queryFails = true;
     InitializeWithoutSources();
@@ -282,52 +269,45 @@ std::string NameEncoding(EncodingType (*in_get)()) {
     return thrown == "nothing" ? text : thrown;
 }
 
-TEST_F(SettingReader, AppCharEncoding) {
+TEST_F(SettingReader, Encodings) {
     InitializeWithoutSources();
-    const std::string refused = "ANSIEncoding setting is not a legal encoding.";
     const struct {
+        bool m_isForManager;
         const char* m_environment;  // null: not set
         const char* m_setting;
-        std::string m_encoding;
+        const char* m_encoding;
     } cases[] = {
-        {nullptr, "", "-1"},
-        {nullptr, "UTF-16", "1"},
-        {nullptr, "UTF-32", "3"},
-        {nullptr, "utf-16le", "1"},
-        {nullptr, "ISO-8859-1", "5"},
-        {nullptr, "nonsense", refused},
-        {nullptr, "UTF-16 ", refused},
-        {"UTF-32", "cp1252", "3"},
-        {"", "cp1252", "-1"},
-        {"UTF-8", "nonsense", "0"},
-        {"nonsense", "UTF-16", refused},
+        {false, nullptr, "", "-1"},
+        {false, nullptr, "UTF-16", "1"},
+        {false, nullptr, "UTF-32", "3"},
+        {false, nullptr, "utf-16le", "1"},
+        {false, nullptr, "ISO-8859-1", "5"},
+        {false, nullptr, "nonsense", "refused"},
+        {false, nullptr, "UTF-16 ", "refused"},
+        {false, "UTF-32", "cp1252", "3"},
+        {false, "", "cp1252", "-1"},
+        {false, "UTF-8", "nonsense", "0"},
+        {false, "nonsense", "UTF-16", "refused"},
+        {true, "UTF-8", "", "1"},  // the variable has no effect here
+        {true, nullptr, "UTF-8", "0"},
+        {true, "UTF-8", "UTF-16", "1"},
+        {true, nullptr, "UTF-32", "3"},
+        {true, nullptr, "utf-16", "refused"},
+        {true, nullptr, "cp1252", "refused"},
+        {true, nullptr, "UTF-8 ", "refused"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.m_setting);
-        Reader::SetSetting(SETTING_ANSI_ENCODING, row.m_setting);
         SetVariable(ENVIRONMENT_ANSI_ENCODING, row.m_environment);
         if (row.m_environment != nullptr && std::getenv(ENVIRONMENT_ANSI_ENCODING) == nullptr) {
             continue;  // this system has no empty variables
         }
-        EXPECT_EQ(NameEncoding(Reader::GetAppCharEncoding), row.m_encoding);
-    }
-}
-
-TEST_F(SettingReader, DriverManagerEncoding) {
-    InitializeWithoutSources();
-    SetVariable(ENVIRONMENT_ANSI_ENCODING, "UTF-8");  // has no effect here
-    const std::string refused = "DriverManagerEncoding setting is not a legal encoding.";
-    for (const auto& [setting, encoding] :
-         std::initializer_list<std::pair<const char*, std::string>>{{"", "1"},
-                                                                    {"UTF-8", "0"},
-                                                                    {"UTF-16", "1"},
-                                                                    {"UTF-32", "3"},
-                                                                    {"utf-16", refused},
-                                                                    {"cp1252", refused},
-                                                                    {"UTF-8 ", refused}}) {
-        SCOPED_TRACE(setting);
-        Reader::SetSetting(SETTING_DRIVER_MANAGER_ENCODING, setting);
-        EXPECT_EQ(NameEncoding(Reader::GetDriverManagerEncoding), encoding);
+        const std::string name = row.m_isForManager ? "DriverManagerEncoding" : "ANSIEncoding";
+        Reader::SetSetting(name, row.m_setting);
+        const bool isRefused = row.m_encoding == "refused"s;
+        EXPECT_EQ(NameEncoding(row.m_isForManager ? Reader::GetDriverManagerEncoding
+                                                  : Reader::GetAppCharEncoding),
+                  isRefused ? name + " setting is not a legal encoding." : row.m_encoding);
     }
 }
 

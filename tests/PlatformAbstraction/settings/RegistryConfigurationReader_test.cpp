@@ -100,40 +100,6 @@ TEST(RegistryConfigurationReader, SkipsAValueThatCannotBeRead) {
               "A:1;C:3;");
 }
 
-TEST(RegistryConfigurationReader, ChoosesTheHiveByItsName) {
-    struct Case {
-        const wchar_t* m_hive;
-        bool m_hasUserKey;
-        std::vector<std::string> m_asked;
-        const char* m_loaded;
-    };
-    const std::string user = "HKCU\\SOFTWARE\\V\\S";
-    const std::string machine = "HKLM\\SOFTWARE\\V\\S";
-    const Case cases[] = {
-        {L"", true, {user}, "V:1;"},
-        {L"", false, {user, machine}, "V:2;"},
-        {L"HKEY_LOCAL_MACHINE", true, {machine}, "V:2;"},
-        {L"HKEY_CURRENT_USER", false, {user}, ""},
-        {L"hkey_local_machine", true, {user}, "V:1;"},
-        {L"anything", true, {user}, "V:1;"},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(orska_wstring(row.m_hive).GetAsUtf8());
-        FakeRegistry& registry = FakeRegistry::Get();
-        registry = {};
-        if (row.m_hasUserKey) {
-            registry.m_keys[user].m_values = {{u"v", REG_DWORD, "\1\0\0\0"s}};
-        }
-        registry.m_keys[machine].m_values = {{u"v", REG_DWORD, "\2\0\0\0"s}};
-        SectionMap section;
-        const orska_wstring name = L"S";
-        RegistryConfigurationReader(false).LoadConfiguration(section, row.m_hive, L"SOFTWARE\\V",
-                                                             &name, false);
-        EXPECT_EQ(ToText(section), row.m_loaded);
-        EXPECT_EQ(registry.m_asked, row.m_asked);
-    }
-}
-
 TEST(RegistryConfigurationReader, AppendsAnEmptySectionToo) {
     const orska_wstring empty = L"";
     SectionMap section;
@@ -156,22 +122,18 @@ TEST(RegistryConfigurationReader, LoadsEverySubKey) {
     }
     registry.m_keys["HKCU\\Key\\empty"] = {};
     registry.m_keys["HKCU\\Key\\Last"].m_values = {{u"b", REG_SZ, "b\0"s}};
+    const RegistryConfigurationReader reader(false);
+    ConfigurationMap one;
+    for (const wchar_t* name : {L"First", L"missing"}) {
+        const orska_wstring section = name;
+        reader.LoadConfiguration(one, L"", L"Key", &section);
+    }
+    EXPECT_EQ(ToText(one), "[FIRST]A:2;");
     ConfigurationMap configuration;
-    RegistryConfigurationReader(false).LoadConfiguration(configuration, L"", L"Key", nullptr);
+    reader.LoadConfiguration(configuration, L"", L"Key", nullptr);
     EXPECT_EQ(ToText(configuration),
               "[]OWN:1;[EMPTY][FIRST]A:2;[LAST]B=b;[" + std::string(254, 'X') + "]X:3;");
     EXPECT_EQ(registry.m_openKeys, 0);
-}
-
-TEST(RegistryConfigurationReader, LoadsOneSectionUnderItsName) {
-    FakeRegistry::Get().m_keys["HKCU\\Key\\Sect"].m_values = {{u"a", REG_DWORD, "\2\0\0\0"s}};
-    ConfigurationMap configuration;
-    const RegistryConfigurationReader reader(false);
-    for (const wchar_t* name : {L"Sect", L"missing"}) {
-        const orska_wstring section = name;
-        reader.LoadConfiguration(configuration, L"", L"Key", &section);
-    }
-    EXPECT_EQ(ToText(configuration), "[SECT]A:2;");
 }
 
 TEST(RegistryConfigurationReader, AKeyThatCannotBeQueriedIsAnError) {

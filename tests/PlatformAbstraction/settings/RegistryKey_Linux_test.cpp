@@ -164,6 +164,8 @@ TEST_F(RegistryKeyLinux, EachRootHasItsHive) {
     WriteHive(m_user, {{"Both", {{"V", 4, "\1\0\0\0"s}}}});
     EXPECT_EQ(Load(L"", L"Both"), "V:1;");
     EXPECT_EQ(Load(L"HKEY_LOCAL_MACHINE", L"Both"), "V:2;");
+    EXPECT_EQ(Load(L"hkey_local_machine", L"Both"), "V:1;");
+    EXPECT_EQ(Load(L"anything", L"Both"), "V:1;");
     EXPECT_EQ(Load(L"", L"Machine"), "V:2;");
     EXPECT_EQ(Load(L"HKEY_CURRENT_USER", L"Machine"), "");
 }
