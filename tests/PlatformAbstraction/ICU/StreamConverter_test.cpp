@@ -238,29 +238,5 @@ TEST(WideStreamConverter, HoldsACutCodePointBeforeTheNul) {
     }
 }
 
-TEST(WideStreamConverter, EndsStatefulTextInItsInitialState) {
-    const struct {
-        int m_target;
-        std::u16string m_text;
-        std::string m_expected;
-    } cases[] = {
-        {24, u"\u6F22", "\x1B$B4A\x1B(B"},
-        {67, u"\u4E2D", "~{VP~}"},
-        {22, u"\u6F22", "\x1B$)C\x0E\x79\x53\x0F"},
-        {27, u"\u4E2D", "\x1B$)A\x0EVP\x0F"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(EncodingInfo::GetName(Enc(c.m_target)));
-        const Converter converter = Make(1, c.m_target);
-        const std::string source(reinterpret_cast<const char*>(c.m_text.data()), 2);
-        // Twice: the second text starts like the first.
-        EXPECT_EQ(c.m_expected, ConvertAtOnce(*converter, source));
-        EXPECT_EQ(c.m_expected, ConvertAtOnce(*converter, source));
-        converter->SetTarget(nullptr, 0);
-        converter->DoConvert();
-        EXPECT_FALSE(converter->HasDataRemaining());
-    }
-}
-
 }  // namespace
 }  // namespace Orska::Support::Testing

@@ -2,7 +2,6 @@
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
 
 #include <gtest/gtest.h>
-#include <unicode/ucnv.h>
 
 #include <algorithm>
 #include <cstring>
@@ -308,22 +307,6 @@ TEST(TranscoderTest, Corners) {
         EXPECT_EQ(GetTranscoder(corner.m_source, corner.m_target)(source, target), corner.m_result);
         EXPECT_EQ(source.m_position, corner.m_used);
         EXPECT_EQ(written.substr(0, target.m_position), corner.m_written);
-    }
-}
-
-TEST(TranscoderTest, EveryCp1252ByteAsInIcu) {
-    for (const char* const name : {"cp1252", "ibm-5348"}) {
-        for (int value = 0; value < 256; ++value) {
-            const char byte = static_cast<char>(value);
-            UErrorCode status = U_ZERO_ERROR;
-            char expected[8];
-            const std::int32_t length =
-                ucnv_convert("UTF-16LE", name, expected, sizeof expected, &byte, 1, &status);
-            ASSERT_TRUE(U_SUCCESS(status)) << u_errorName(status);
-            EXPECT_EQ(ReferenceTranscode(CP1252, UTF16LE, {&byte, 1}, 8).m_bytes,
-                      std::string(expected, static_cast<std::size_t>(length)))
-                << name << ' ' << value;
-        }
     }
 }
 
