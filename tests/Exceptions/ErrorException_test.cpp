@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <stdexcept>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 

@@ -79,18 +79,6 @@ TEST(Buffer, MakingRoomCompactsAndGrows) {
     }
 }
 
-TEST(Buffer, AllowDoesNotChangeABufferWithRoom) {
-    Buffer buffer;
-    buffer.Append("abcde", 5);
-    buffer.Consume(2);
-    buffer.Allow(3);
-    EXPECT_EQ(buffer.GetReadOffset(), 2u);
-    std::memcpy(buffer.GetWritePointer(), "fgh", 3);
-    buffer.Commit(2);
-    buffer.Append(nullptr, 0);
-    EXPECT_EQ(Unread(buffer), "cdefg");
-}
-
 TEST(Buffer, GrownCapacity) {
     const struct {
         std::uint32_t m_used, m_allow, m_capacity;

@@ -1,9 +1,6 @@
 // Locks exclude the objects of one process and other processes, and wait.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -71,24 +68,6 @@ TEST(TextFileLock, RereadsAfterTheLock) {
     reader.Lock();
     EXPECT_TRUE(reader.ReadLine(line));
     EXPECT_EQ(line, "TWO");
-}
-
-TEST(TextFileLock, Waits) {
-    const TemporaryDirectory directory;
-    const std::string path = directory.Write("x", "content");
-    std::optional<TextFile> holder(std::in_place, path, TextFile::MODE_READ);
-    holder->Lock();
-    std::atomic<bool> hasLock = false;
-    std::thread waiter([&] {
-        TextFile file(path, TextFile::MODE_READ);
-        file.Lock();
-        hasLock = true;
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_FALSE(hasLock);
-    holder.reset();
-    waiter.join();
-    EXPECT_TRUE(hasLock);
 }
 
 TEST(TextFileLock, ExcludesThreadsAndProcesses) {

@@ -37,19 +37,6 @@ TEST(TextPoolTest, ReturnsTheLengthWantedWhateverIsInThePool) {
     });
 }
 
-TEST(TextPoolTest, ReusesAShortTextButNeverTwice) {
-    InNewThread([] {
-        icu::UnicodeString* const first = AcquireText(u"abc", 3);
-        ReleaseText(first);
-        icu::UnicodeString* const second = AcquireText(2);
-        EXPECT_EQ(second, first);
-        icu::UnicodeString* const third = AcquireText(2);
-        EXPECT_NE(third, second);
-        ReleaseText(second);
-        ReleaseText(third);
-    });
-}
-
 TEST(TextPoolTest, KeepsNoMoreThanItsCapacity) {
     InNewThread([] {
         std::vector<icu::UnicodeString*> texts;

@@ -182,17 +182,6 @@ TEST(OrskaWstringTest, AssignmentReusesTheTextObject) {
     EXPECT_TRUE(target.IsNull());
 }
 
-TEST(OrskaWstringTest, MovesLeaveNull) {
-    orska_wstring source(u"text");
-    const icu::UnicodeString* const object = source.GetImpl();
-    orska_wstring target(std::move(source));
-    EXPECT_TRUE(source.IsNull());
-    EXPECT_EQ(target.GetImpl(), object);
-    source = std::move(target);
-    EXPECT_TRUE(target.IsNull());
-    EXPECT_EQ(source.GetImpl(), object);
-}
-
 TEST(OrskaWstringTest, SetImplTakesTheObject) {
     orska_wstring string(u"before");
     auto* const object = new icu::UnicodeString(u"text");
