@@ -117,34 +117,5 @@ TEST_F(VeltraneDSNConfigurationTest, SaveWritesANewSectionInOneUpdate) {
     EXPECT_EQ(Fields(record), "x| s |n|m|u|p w|d");
 }
 
-TEST_F(VeltraneDSNConfigurationTest, SaveStopsAtTheFirstFailureAndKeepsWhatItWrote) {
-    const struct {
-        const char* m_failing;
-        long m_code;
-        std::size_t m_keys;
-    } cases[] = {
-        {"RemoveDSN", 11, 2},           {"WriteDSN", 7, 0},
-        {"Write [x] Driver", 11, 1},    {"Write [x] Server", 11, 1},
-        {"Write [x] Namespace", 11, 2}, {"Write [x] LoginMode", 11, 3},
-        {"Write [x] UID", 11, 4},       {"Write [x] PWD", 11, 5},
-        {"Write [x] Database", 11, 6},  {"Commit", 11, 7},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_failing);
-        s_installer = {};
-        s_installer.m_profile["x"] = {{"Driver", "d"}, {"Extra", "1"}};
-        VeltraneDSNConfiguration record = FullRecord();
-        s_installer.m_fails = [&](const std::string& in_call) {
-            return in_call.rfind(c.m_failing, 0) == 0;
-        };
-        EXPECT_EQ(CodeOf([&] { record.Save(); }), c.m_code);
-        EXPECT_EQ(s_installer.m_profile["x"].size(), c.m_keys);
-        // The end of the update commits the earlier keys; after a failed Commit nothing is left
-        // to do.
-        EXPECT_EQ(s_installer.m_calls.back(),
-                  c.m_failing == "Commit"s ? "Commit" : "Commit silently");
-    }
-}
-
 }  // namespace
 }  // namespace Veltrane::ODBC

@@ -55,31 +55,6 @@ TEST_F(SetupLibrary, IsUnloadedIfNothingWasCalled) {
     EXPECT_EQ(GetModuleHandleW(L"VeltraneSetup.dll"), nullptr);
 }
 
-TEST_F(SetupLibrary, AddsConfiguresAndRemovesForUserAndSystem) {
-    SetInitialValues(VALUES);
-    for (const bool isWide : {false, true}) {
-        for (const bool isSystem : {false, true}) {
-            SCOPED_TRACE(testing::Message()
-                         << (isWide ? "wide" : "narrow") << (isSystem ? ", system" : ", user"));
-            const auto call = [&](int in_request, const char* in_narrow, const wchar_t* in_wide) {
-                const WORD request = static_cast<WORD>(in_request + (isSystem ? 3 : 0));
-                return isWide ? SQLConfigDataSourceW(nullptr, request, L"Veltrane", in_wide)
-                              : SQLConfigDataSource(nullptr, request, "Veltrane", in_narrow);
-            };
-            const Root root = isSystem ? Root::SYSTEM : Root::USER;
-            EXPECT_TRUE(call(ODBC_ADD_DSN, "", L"")) << testing::PrintToString(m_stage.Posted());
-            EXPECT_EQ(TestProfile::List(root)[L"sales"], SAVED);
-            TestProfile::Write(root, L"sales", L"Extra", L"1");
-            EXPECT_TRUE(call(ODBC_CONFIG_DSN, "DSN=sales\0", L"DSN=sales\0"));
-            EXPECT_EQ(TestProfile::List(root)[L"sales"], SAVED);
-            EXPECT_TRUE(call(ODBC_REMOVE_DSN, "DSN=sales\0", L"DSN=sales\0"));
-            EXPECT_EQ(TestProfile::List(root).count(L"sales"), 0U);
-            EXPECT_EQ(TestProfile::List(isSystem ? Root::USER : Root::SYSTEM).size(),
-                      0U + (isWide || isSystem));  // the empty list of names
-        }
-    }
-}
-
 TEST_F(SetupLibrary, WithAWindowTheDialogOfItsFolderEditsTheDataSource) {
     SetInitialValues(VALUES);
     ASSERT_TRUE(SQLConfigDataSourceW(nullptr, ODBC_ADD_DSN, L"Veltrane", L""));
