@@ -55,7 +55,6 @@ TEST(FieldRules, Names) {
         {"NUL", std::string("a\0b", 3), control},
         {"not UTF-8", "a\xFF", "Not UTF-8 text."},
         {"the list of the manager", "ODBC Data Sources", "This name is reserved."},
-        {"the same in another case", "odbc data sources", "This name is reserved."},
         {"longer than that", "ODBC Data Sources 2", ""},
         {"the manager's settings", "ODBC", "This name is reserved."},
         {"the same in another case", "oDbC", "This name is reserved."},
@@ -136,6 +135,11 @@ TEST(FieldRules, OnlyNameServerAndDatabaseHaveToBeFilled) {
         }
     }
     EXPECT_EQ(required, (std::set<std::string_view>{"DSN", "Database", "Server"}));
+}
+
+TEST(Utf8, LoneSurrogatesAreReplaced) {
+    const char16_t surrogates[] = {0xDE00, 0xD83D, u'a', 0xD83D};
+    EXPECT_EQ(EncodeUtf8({surrogates, 4}), "\uFFFD\uFFFDa\uFFFD");
 }
 
 TEST(DialogFields, AcceleratorsAndOrderAreUnique) {
