@@ -98,18 +98,6 @@ class DesktopEditorTest(editor_harness.EditorChecks, DesktopEditorStart):
         self.assertEqual(self.stored("sales"),
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
-    def test_configure_by_accelerators(self):
-        self.configure()
-        self.keys("alt+s", "ctrl+a")
-        self.type("new")
-        self.keys("alt+l")
-        self.type("Standard")
-        self.keys("alt+o")
-        self.assertEqual(self.errors(), (1, []))
-        self.assertEqual(self.stored("sales"),
-                         {"Driver": "Veltrane", "Server": "new", "LoginMode": "Standard",
-                          "UID": "me", "PWD": "s3cret", "Database": "retail"})
-
     def test_edit_of_the_tool_asks_before_it_removes_the_old_name(self):
         before = self.existing()
         self.start_program([os.environ["VELTRANE_DSN"], "edit", "-q", "sales"], LANGUAGE="de",

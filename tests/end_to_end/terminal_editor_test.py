@@ -133,17 +133,6 @@ class TerminalEditorTest(editor_harness.EditorChecks, editor_harness.EditorTest)
         self.assertEqual(self.stored("sal"),
                          {"Driver": "Veltrane", "Server": "bi.example", "Database": "retail"})
 
-    def test_configure_with_the_ok_button(self):
-        self.configure()
-        self.keys("Tab", "End", "BSpace", "BSpace", "BSpace")
-        self.type("new")
-        # Database, user, password, its switch, namespace, mode, its choices, OK.
-        self.keys(*["Tab"] * 8, "Space")
-        self.assertEqual(self.errors(), (1, []))
-        self.assertEqual(self.stored("sales"),
-                         {"Driver": "Veltrane", "Server": "new", "UID": "me", "PWD": "s3cret",
-                          "Database": "retail"})
-
     def test_unchanged_values_stay_byte_for_byte(self):
         """Values that cannot be entered in an editor; another program stored them."""
         before = (b"[sales]\nDriver=Veltrane\nServer=" + b"s" * 258 + b" " + b"t" * 41 +
