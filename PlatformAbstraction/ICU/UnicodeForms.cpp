@@ -108,12 +108,12 @@ bool IsIgnorable(char32_t in_codePoint) {
     const auto isInRange = [in_codePoint](const CodePointRange& in_range) {
         return in_range.m_first <= in_codePoint && in_codePoint <= in_range.m_last;
     };
-    const bool isInGap = in_codePoint > 0x1D17A && in_codePoint < 0xE0000;  // most of them
+    const bool isInGap = in_codePoint > 0x1D17A && in_codePoint < 0xE0000;  // most code points
     return !isInGap && std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE), isInRange);
 }
 
-// Whether a unit is quickly seen to be neither ignorable nor a surrogate, as most that a set lacks.
-// Without branches, which would cost more than the comparisons.
+// True for most units that are neither ignorable nor surrogates. It has no branches, which would
+// cost more than the comparisons.
 bool IsOrdinary(char16_t in_unit) {
     const unsigned unit = in_unit;
     const bool isInGap = (unit < 0x034F) | (unit - 0x2070 < 0xD800 - 0x2070);
@@ -124,8 +124,8 @@ bool IsOrdinary(char16_t in_unit) {
 // in ICU; one without a byte needs no room.
 template <class Set>
 std::int32_t ConvertToBytes(TranscoderSource& io_source, TranscoderTarget& io_target) noexcept {
-    constexpr std::ptrdiff_t LEAST = 8;  // units for which blocks are worth a try
-    constexpr std::ptrdiff_t STEP = 32;  // bytes of units after which they are again
+    constexpr std::ptrdiff_t LEAST = 8;  // units; blocks do not pay for fewer
+    constexpr std::ptrdiff_t STEP = 32;  // bytes of units before blocks are tried again
     constexpr int SUBSTITUTE = 0x1A;
     const char* from = io_source.m_data + io_source.m_position;
     const char* const end = io_source.m_data + io_source.m_length;

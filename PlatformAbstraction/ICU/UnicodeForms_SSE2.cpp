@@ -11,7 +11,7 @@ constexpr std::uint64_t BLOCK = V::SIZE / 2;
 
 bool HasSurrogate(V::Type in_units) { return !V::IsZero(IsKind<V, 0xF800, 0xD800>(in_units)); }
 
-// Fewer units than a block go by two halves of a vector, which may overlap.
+// Copies fewer units than a block by two halves of a vector, which may overlap.
 template <bool IS_SOURCE_BIG, bool IS_TARGET_BIG>
 std::uint64_t CopyUnits(const char* in_source, char* out_target, std::uint64_t in_count) {
     using Blocks = Copy<V, IS_SOURCE_BIG, IS_TARGET_BIG>;
@@ -104,7 +104,7 @@ std::uint64_t Utf16ToBytes_SSE2(const char* in_source, char* out_target, std::ui
         }
         V::Store(out_target + done, V::PackUnsigned16(low, high));
     }
-    // The rest by two blocks, which may overlap.
+    // The rest uses two blocks, which may overlap.
     if (in_count - done >= BLOCK) {
         const auto low = V::Load(in_source + 2 * done);
         const auto high = V::Load(in_source + 2 * (in_count - BLOCK));

@@ -48,7 +48,7 @@ inline std::string UpperCaseAscii(std::string_view in_text) {
 
 constexpr bool EqualsIgnoringCase(std::string_view in_left, std::string_view in_right) noexcept {
     if (in_left.size() != in_right.size()) return false;
-    // Most texts that are equal so are equal as they are.
+    // Most texts that match are equal byte for byte.
     return in_left == in_right ||
            std::equal(in_left.begin(), in_left.end(), in_right.begin(), [](char in_a, char in_b) {
                return ToLowerAscii(in_a) == ToLowerAscii(in_b);

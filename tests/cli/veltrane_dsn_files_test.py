@@ -293,7 +293,7 @@ class TextsTest(ToolTest):
         for command in commands:
             help_text, _ = self.run_tool(*command.split(), "-h")
             self.assertLessEqual(max(map(len, (overview + help_text).splitlines())), 80)
-            self.assertNotIn("--pwd,", help_text)  # understood, in order to be refused
+            self.assertNotIn("--pwd,", help_text)  # parsed only to be refused
             examples = help_text.partition("Examples:\n")[2].replace("\\\n", "").splitlines()
             self.assertTrue(examples, command)
             for example in examples:
