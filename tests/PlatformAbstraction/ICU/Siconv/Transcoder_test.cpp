@@ -244,7 +244,7 @@ std::vector<Kernel> GetUtf16Forms() {
     return forms;
 }
 
-INSTANTIATE_TEST_SUITE_P(InMemory, TranscoderKernelTest, ::testing::ValuesIn(GetUtf16Forms()),
+INSTANTIATE_TEST_SUITE_P(InMemory, TranscoderKernelTest, testing::ValuesIn(GetUtf16Forms()),
                          [](const auto& in_info) { return in_info.param.m_name; });
 
 // Not a failure, but the report shows that some kernels were not tested.
