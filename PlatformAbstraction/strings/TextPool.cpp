@@ -8,7 +8,7 @@
 
 namespace Orska::Support {
 
-constinit thread_local TextPool s_textPool = {};
+constinit thread_local TextPool t_textPool = {};
 
 namespace {
 
@@ -46,7 +46,7 @@ void WipeText(icu::UnicodeString& io_text) noexcept {
 }  // namespace
 
 void ClosePool() noexcept {
-    TextPool& pool = s_textPool;
+    TextPool& pool = t_textPool;
     pool.m_isClosed = true;
     pool.m_capacity = 0;
     while (pool.m_count != 0) {
@@ -81,14 +81,14 @@ icu::UnicodeString* AcquireText(const char16_t* in_units, std::int32_t in_length
 }
 
 void ReleaseText(icu::UnicodeString* in_text) noexcept {
-    if (s_textPool.m_isWiped && in_text != nullptr) WipeText(*in_text);
+    if (t_textPool.m_isWiped && in_text != nullptr) WipeText(*in_text);
     // Only plain, usable objects are kept; a subclass is deleted.
     if (in_text == nullptr || !HoldsItsUnits(*in_text) ||
         &typeid(*in_text) != &typeid(icu::UnicodeString)) {
         delete in_text;
         return;
     }
-    TextPool& pool = s_textPool;
+    TextPool& pool = t_textPool;
     if (pool.m_count == pool.m_capacity && !OpenPool(pool)) {
         delete in_text;
         return;

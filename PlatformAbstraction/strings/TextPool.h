@@ -36,7 +36,7 @@ struct TextPool {
 };
 
 // Per thread: set and read by AcquireText and ReleaseText.
-extern constinit thread_local TextPool s_textPool;
+extern constinit thread_local TextPool t_textPool;
 
 /// Registers ClosePool for the end of this thread.
 void ClosePoolAtThreadEnd() noexcept;
@@ -51,7 +51,7 @@ icu::UnicodeString* MakeText(icu::UnicodeString* in_text, std::int32_t in_length
 /// the units through GetUnits, truncates it if there are fewer, and returns it with ReleaseText.
 /// @throws std::bad_alloc
 inline icu::UnicodeString* AcquireText(std::int32_t in_length) {
-    TextPool& pool = s_textPool;
+    TextPool& pool = t_textPool;
     icu::UnicodeString* text = nullptr;
     if (pool.m_count != 0) {
         text = pool.m_texts[--pool.m_count];
@@ -102,10 +102,10 @@ void ReleaseText(icu::UnicodeString* in_text) noexcept;
 /// handle passwords.
 class WipedTexts {
 public:
-    WipedTexts() noexcept : m_wasWiped(s_textPool.m_isWiped) { s_textPool.m_isWiped = true; }
+    WipedTexts() noexcept : m_wasWiped(t_textPool.m_isWiped) { t_textPool.m_isWiped = true; }
     WipedTexts(const WipedTexts&) = delete;
     WipedTexts& operator=(const WipedTexts&) = delete;
-    ~WipedTexts() { s_textPool.m_isWiped = m_wasWiped; }
+    ~WipedTexts() { t_textPool.m_isWiped = m_wasWiped; }
 
 private:
     bool m_wasWiped;

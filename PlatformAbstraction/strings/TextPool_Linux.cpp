@@ -11,6 +11,6 @@ struct PoolCloser {
 
 }  // namespace
 
-void ClosePoolAtThreadEnd() noexcept { static thread_local const PoolCloser s_closer; }
+void ClosePoolAtThreadEnd() noexcept { static thread_local const PoolCloser t_closer; }
 
 }  // namespace Orska::Support

@@ -9,8 +9,8 @@
 
 #include "Setup/OdbcInstaller.h"
 #include "Setup/VeltraneDSNConfiguration.h"
-#include "tests/support/DriverManager.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/Installer.h"
 #include "tests/support/NewProcess.h"
 
 namespace Veltrane::ODBC {

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/DriverManager.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/Installer.h"
 
 namespace Veltrane::Test {
 namespace {

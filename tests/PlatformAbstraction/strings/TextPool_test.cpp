@@ -47,7 +47,7 @@ TEST(TextPoolTest, KeepsNoMoreThanItsCapacity) {
         for (icu::UnicodeString* text : texts) {
             ReleaseText(text);
         }
-        EXPECT_EQ(s_textPool.m_count, TextPool::CAPACITY);
+        EXPECT_EQ(t_textPool.m_count, TextPool::CAPACITY);
     });
 }
 
@@ -72,7 +72,7 @@ TEST(TextPoolTest, DeletesTextsThatItCannotReuse) {
         ReleaseText(open);
         static const char16_t s_text[] = u"not the text's own";
         ReleaseText(new icu::UnicodeString(true, s_text, -1));
-        EXPECT_EQ(s_textPool.m_count, 0u);
+        EXPECT_EQ(t_textPool.m_count, 0u);
     });
 }
 
@@ -80,8 +80,8 @@ TEST(TextPoolTest, DeletesTextsThatItCannotReuse) {
 struct LateReleaser {
     ~LateReleaser() {
         ReleaseText(m_text);
-        EXPECT_EQ(s_textPool.m_count, 0u);
-        EXPECT_EQ(s_textPool.m_capacity, 0u);
+        EXPECT_EQ(t_textPool.m_count, 0u);
+        EXPECT_EQ(t_textPool.m_capacity, 0u);
         icu::UnicodeString* const late = AcquireText(u"late", 4);
         EXPECT_EQ(View(*late), u"late");
         ReleaseText(late);
@@ -95,7 +95,7 @@ TEST(TextPoolTest, IsEmptyAfterTheThreadsEnd) {
         static thread_local LateReleaser s_late;
         s_late.m_text = AcquireText(u"text", 4);
         ReleaseText(AcquireText(u"opens the pool", 14));
-        EXPECT_EQ(s_textPool.m_count, 1u);
+        EXPECT_EQ(t_textPool.m_count, 1u);
     });
 }
 

@@ -1,7 +1,7 @@
 /// The installers of both driver managers, loaded at run time: their headers cannot be
 /// installed together.
-#ifndef TESTS_SUPPORT_DRIVERMANAGER_H
-#define TESTS_SUPPORT_DRIVERMANAGER_H
+#ifndef TESTS_SUPPORT_INSTALLER_H
+#define TESTS_SUPPORT_INSTALLER_H
 
 #include <dlfcn.h>
 
