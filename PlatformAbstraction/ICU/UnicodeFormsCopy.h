@@ -92,13 +92,16 @@ struct Copy {
             return 0;
         }
         std::uint64_t done = 0;
-        CopyBlocks<Plain, 4>(in_source, out_target, in_count, done);
-        CopyBlocks<Pairs, 4>(in_source, out_target, in_count, done);
-        // Neither ends after a lead, and the code below looks for trails after its own units only.
-        if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
-            return done;
+        if (in_count >= 4 * BLOCK) {
+            CopyBlocks<Plain, 4>(in_source, out_target, in_count, done);
+            CopyBlocks<Pairs, 4>(in_source, out_target, in_count, done);
+            // Neither ends after a lead, and the code below looks for trails after its own units
+            // only.
+            if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
+                return done;
+            }
+            CopyBlocks<Mixed, 4>(in_source, out_target, in_count, done);
         }
-        CopyBlocks<Mixed, 4>(in_source, out_target, in_count, done);
         CopyBlocks<Mixed, 1>(in_source, out_target, in_count, done);
         // The last block may overlap the one before it.
         if (done + BLOCK >= in_count) {
