@@ -4,6 +4,7 @@
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_TRANSCODERTABLE_H
 #define PLATFORMABSTRACTION_ICU_SICONV_TRANSCODERTABLE_H
 
+#include <type_traits>
 #include <utility>
 
 #include "PlatformAbstraction/ICU/Siconv/Transcoder.h"
@@ -27,6 +28,13 @@ template <int INDEX>
 constexpr bool IS_UTF32 = INDEX == UTF32LE || INDEX == UTF32BE;
 template <int INDEX>
 constexpr bool IS_BIG_ENDIAN = INDEX == UTF16BE || INDEX == UTF32BE;
+
+/// The type for the kind of an encoding.
+template <int INDEX, class Utf8, class Utf16, class Utf32, class SingleByte>
+using TypeOf =
+    std::conditional_t<INDEX == UTF8, Utf8,
+                       std::conditional_t<IS_UTF16<INDEX>, Utf16,
+                                          std::conditional_t<IS_UTF32<INDEX>, Utf32, SingleByte>>>;
 
 /// Rows are sources and columns targets, in the order of Index.
 constexpr bool IS_PAIR[INDEX_COUNT][INDEX_COUNT] = {

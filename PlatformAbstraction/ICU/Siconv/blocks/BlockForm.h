@@ -3,8 +3,6 @@
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_BLOCKFORM_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_BLOCKFORM_H
 
-#include <type_traits>
-
 #include "PlatformAbstraction/ICU/Siconv/blocks/FromUtf8.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/ToFixedUnits.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/ToSingleByte.h"
@@ -15,33 +13,13 @@ namespace Orska::Support::Siconv {
 namespace {
 
 template <class V, int TARGET>
-consteval auto SelectTargetOfUtf8() {
-    if constexpr (IS_UTF16<TARGET>) {
-        return std::type_identity<UnitsOf16<V, IS_BIG_ENDIAN<TARGET>>>();
-    } else if constexpr (IS_UTF32<TARGET>) {
-        return std::type_identity<UnitsOf32<V, IS_BIG_ENDIAN<TARGET>>>();
-    } else {
-        return std::type_identity<UnitsOf8<V>>();
-    }
-}
-
+using TargetOfUtf8 = TypeOf<TARGET, void, UnitsOf16<V, IS_BIG_ENDIAN<TARGET>>,
+                            UnitsOf32<V, IS_BIG_ENDIAN<TARGET>>, UnitsOf8<V>>;
 template <class V, int SOURCE, int TARGET>
-consteval auto SelectBlocks() {
-    if constexpr (SOURCE == UTF8) {
-        return std::type_identity<
-            Utf8Blocks<V, typename decltype(SelectTargetOfUtf8<V, TARGET>())::type>>();
-    } else if constexpr (IS_UTF16<SOURCE> && TARGET == UTF8) {
-        return std::type_identity<Utf16Blocks<V, IS_BIG_ENDIAN<SOURCE>>>();
-    } else if constexpr (IS_UTF16<SOURCE>) {
-        return std::type_identity<Utf16ToSingleByteBlocks<V, IS_BIG_ENDIAN<SOURCE>>>();
-    } else if constexpr (IS_UTF32<SOURCE>) {
-        return std::type_identity<Utf32Blocks<V, IS_BIG_ENDIAN<SOURCE>>>();
-    } else {
-        return std::type_identity<SingleByteBlocks<V, SetOf<SOURCE>>>();
-    }
-}
-template <class V, int SOURCE, int TARGET>
-using BlocksOf = typename decltype(SelectBlocks<V, SOURCE, TARGET>())::type;
+using BlocksOf = TypeOf<SOURCE, Utf8Blocks<V, TargetOfUtf8<V, TARGET>>,
+                        std::conditional_t<TARGET == UTF8, Utf16Blocks<V, IS_BIG_ENDIAN<SOURCE>>,
+                                           Utf16ToSingleByteBlocks<V, IS_BIG_ENDIAN<SOURCE>>>,
+                        Utf32Blocks<V, IS_BIG_ENDIAN<SOURCE>>, SingleByteBlocks<V, SetOf<SOURCE>>>;
 
 template <class V>
 struct BlockForm {

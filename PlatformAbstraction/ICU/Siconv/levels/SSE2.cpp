@@ -1,8 +1,6 @@
 // Converts runs of plain characters by whole vectors and everything else by the scalar functions,
 // with instructions that every x86-64 processor has. A character is plain when it only needs a
 // wider or narrower unit.
-#include <type_traits>
-
 #include "PlatformAbstraction/ICU/Siconv/TranscoderTable.h"
 #include "PlatformAbstraction/ICU/Siconv/blocks/Vector128.h"
 
@@ -140,34 +138,20 @@ std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTarget& io_targe
 }
 
 template <int SOURCE, int TARGET>
-consteval auto SelectSource() {
-    if constexpr (IS_UTF16<SOURCE>) {
-        return FromUtf16 < IS_BIG_ENDIAN<SOURCE>, TARGET == UTF8 ? 7 : 8 > ();
-    } else if constexpr (IS_UTF32<SOURCE>) {
-        return FromUtf32<IS_BIG_ENDIAN<SOURCE>>();
-    } else if constexpr (SOURCE == UTF8 || TARGET == UTF8) {
-        return FromBytesBelow80();
-    } else {
-        return std::conditional_t<SOURCE == LATIN1, FromLatin1, FromCp1252>();
-    }
-}
-
+using SourceOf =
+    TypeOf<SOURCE, FromBytesBelow80, FromUtf16<IS_BIG_ENDIAN<SOURCE>, (TARGET == UTF8 ? 7 : 8)>,
+           FromUtf32<IS_BIG_ENDIAN<SOURCE>>,
+           std::conditional_t<TARGET == UTF8, FromBytesBelow80,
+                              std::conditional_t<SOURCE == LATIN1, FromLatin1, FromCp1252>>>;
 template <int TARGET>
-consteval auto SelectTarget() {
-    if constexpr (IS_UTF16<TARGET>) {
-        return ToUnitsOf16<IS_BIG_ENDIAN<TARGET>>();
-    } else if constexpr (IS_UTF32<TARGET>) {
-        return ToUnitsOf32<IS_BIG_ENDIAN<TARGET>>();
-    } else {
-        return ToBytes();
-    }
-}
+using TargetOf = TypeOf<TARGET, ToBytes, ToUnitsOf16<IS_BIG_ENDIAN<TARGET>>,
+                        ToUnitsOf32<IS_BIG_ENDIAN<TARGET>>, ToBytes>;
 
 struct RunForm {
     template <int SOURCE, int TARGET>
     static std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) {
-        return ConvertText<SOURCE, TARGET, decltype(SelectSource<SOURCE, TARGET>()),
-                           decltype(SelectTarget<TARGET>())>(io_source, io_target);
+        return ConvertText<SOURCE, TARGET, SourceOf<SOURCE, TARGET>, TargetOf<TARGET>>(io_source,
+                                                                                       io_target);
     }
 };
 

@@ -1,6 +1,5 @@
 // Every pair, one code point at a time.
 #include <cstring>
-#include <type_traits>
 
 #include "PlatformAbstraction/ICU/Siconv/TranscoderTable.h"
 #include "PlatformAbstraction/ICU/Siconv/scalar/Convert.h"
@@ -12,36 +11,17 @@ namespace Orska::Support::Siconv {
 namespace {
 
 template <int SOURCE>
-auto SelectReader() {
-    if constexpr (SOURCE == UTF8) {
-        return Utf8Reader();
-    } else if constexpr (IS_UTF16<SOURCE>) {
-        return Utf16Reader<IS_BIG_ENDIAN<SOURCE>>();
-    } else if constexpr (IS_UTF32<SOURCE>) {
-        return Utf32Reader<IS_BIG_ENDIAN<SOURCE>>();
-    } else {
-        return std::conditional_t<SOURCE == LATIN1, Latin1Reader, Cp1252Reader>();
-    }
-}
-
+using ReaderOf = TypeOf<SOURCE, Utf8Reader, Utf16Reader<IS_BIG_ENDIAN<SOURCE>>,
+                        Utf32Reader<IS_BIG_ENDIAN<SOURCE>>,
+                        std::conditional_t<SOURCE == LATIN1, Latin1Reader, Cp1252Reader>>;
 template <int TARGET>
-auto SelectWriter() {
-    if constexpr (TARGET == UTF8) {
-        return Utf8Writer();
-    } else if constexpr (IS_UTF16<TARGET>) {
-        return Utf16Writer<IS_BIG_ENDIAN<TARGET>>();
-    } else if constexpr (IS_UTF32<TARGET>) {
-        return Utf32Writer<IS_BIG_ENDIAN<TARGET>>();
-    } else {
-        return SingleByteWriter();
-    }
-}
+using WriterOf = TypeOf<TARGET, Utf8Writer, Utf16Writer<IS_BIG_ENDIAN<TARGET>>,
+                        Utf32Writer<IS_BIG_ENDIAN<TARGET>>, SingleByteWriter>;
 
 struct ScalarForm {
     template <int SOURCE, int TARGET>
     static std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) {
-        return ConvertCodePoints<decltype(SelectReader<SOURCE>()),
-                                 decltype(SelectWriter<TARGET>())>(io_source, io_target);
+        return ConvertCodePoints<ReaderOf<SOURCE>, WriterOf<TARGET>>(io_source, io_target);
     }
 };
 

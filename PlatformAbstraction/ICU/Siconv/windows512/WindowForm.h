@@ -12,31 +12,22 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
+template <int TARGET>
+using WindowUnitsOf = TypeOf<TARGET, void, WindowUnitsOf16<IS_BIG_ENDIAN<TARGET>>,
+                             WindowUnitsOf32<IS_BIG_ENDIAN<TARGET>>, WindowUnitsOf8>;
 template <int SOURCE, int TARGET>
-consteval auto SelectWindows() {
-    if constexpr (SOURCE == UTF8 && IS_UTF16<TARGET>) {
-        return Utf8Windows<WindowUnitsOf16<IS_BIG_ENDIAN<TARGET>>>();
-    } else if constexpr (SOURCE == UTF8 && IS_UTF32<TARGET>) {
-        return Utf8Windows<WindowUnitsOf32<IS_BIG_ENDIAN<TARGET>>>();
-    } else if constexpr (SOURCE == UTF8) {
-        return Utf8Windows<WindowUnitsOf8>();
-    } else if constexpr (IS_UTF16<SOURCE> && TARGET == UTF8) {
-        return Utf16ToUtf8Windows<IS_BIG_ENDIAN<SOURCE>>();
-    } else if constexpr (IS_UTF16<SOURCE>) {
-        return Utf16ToSingleByteWindows<IS_BIG_ENDIAN<SOURCE>>();
-    } else if constexpr (IS_UTF32<SOURCE>) {
-        return Utf32ToUtf8Windows<IS_BIG_ENDIAN<SOURCE>>();
-    } else {
-        return SingleByteToUtf8Windows<WindowSetOf<SOURCE>>();
-    }
-}
+using WindowsOf =
+    TypeOf<SOURCE, Utf8Windows<WindowUnitsOf<TARGET>>,
+           std::conditional_t<TARGET == UTF8, Utf16ToUtf8Windows<IS_BIG_ENDIAN<SOURCE>>,
+                              Utf16ToSingleByteWindows<IS_BIG_ENDIAN<SOURCE>>>,
+           Utf32ToUtf8Windows<IS_BIG_ENDIAN<SOURCE>>, SingleByteToUtf8Windows<WindowSetOf<SOURCE>>>;
 
 struct WindowForm {
     template <int SOURCE, int TARGET>
     static std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) {
         if constexpr (SOURCE < LATIN1 || TARGET == UTF8) {
-            return ConvertTextByWindows<SOURCE, TARGET, decltype(SelectWindows<SOURCE, TARGET>())>(
-                io_source, io_target);
+            return ConvertTextByWindows<SOURCE, TARGET, WindowsOf<SOURCE, TARGET>>(io_source,
+                                                                                   io_target);
         } else if constexpr (IS_UTF16<TARGET>) {
             return ConvertFixedByWindows<WindowToUtf16<WindowSetOf<SOURCE>, IS_BIG_ENDIAN<TARGET>>>(
                 io_source, io_target);
