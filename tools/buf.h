@@ -14,6 +14,7 @@
 namespace Orska {
 
 // The assertion texts have these names, so they have no prefixes.
+// NOLINTBEGIN(readability-identifier-naming)
 
 /// An empty buffer if zero-initialised. Release it with `buf_free`.
 struct buf {

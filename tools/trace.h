@@ -50,6 +50,7 @@ inline bool TraceIsOn(int in_level) noexcept {
 }
 
 // The name of the trace function is in the style of printf.
+// NOLINTBEGIN(readability-identifier-naming)
 
 /// Writes one line if `in_level` is at or below the trace level.
 /// @param in_function  qualified name, as people search for it; null is shown as "(?)"
