@@ -166,32 +166,28 @@ std::int64_t RefuseText(std::u16string_view, char*, std::int64_t) noexcept { ret
 
 std::int64_t RefuseBytes(std::string_view, char16_t*) noexcept { return -1; }
 
+struct ShortFunctions {
+    ShortEncoder m_encoder;
+    ShortDecoder m_decoder;
+};
+
+ShortFunctions GetFunctions(EncodingType in_encoding) noexcept {
+    if (in_encoding == EncodingType::ENC_UTF16LE) return {EncodeUtf16, DecodeUtf16};
+    if (in_encoding == EncodingType::ENC_UTF32LE) return {EncodeUtf32, DecodeUtf32};
+    if (in_encoding == EncodingType::ENC_UTF8 && GetCpuLevel() >= CpuLevel::SSE42) {
+        return {Siconv::ShortUtf16ToUtf8_SSE42, Siconv::ShortUtf8ToUtf16_SSE42};
+    }
+    return {RefuseText, RefuseBytes};
+}
+
 }  // namespace
 
 ShortEncoder GetShortEncoder(EncodingType in_encoding) noexcept {
-    switch (in_encoding) {
-        case EncodingType::ENC_UTF8:
-            return GetCpuLevel() >= CpuLevel::SSE42 ? Siconv::ShortUtf16ToUtf8_SSE42 : RefuseText;
-        case EncodingType::ENC_UTF16LE:
-            return EncodeUtf16;
-        case EncodingType::ENC_UTF32LE:
-            return EncodeUtf32;
-        default:
-            return RefuseText;
-    }
+    return GetFunctions(in_encoding).m_encoder;
 }
 
 ShortDecoder GetShortDecoder(EncodingType in_encoding) noexcept {
-    switch (in_encoding) {
-        case EncodingType::ENC_UTF8:
-            return GetCpuLevel() >= CpuLevel::SSE42 ? Siconv::ShortUtf8ToUtf16_SSE42 : RefuseBytes;
-        case EncodingType::ENC_UTF16LE:
-            return DecodeUtf16;
-        case EncodingType::ENC_UTF32LE:
-            return DecodeUtf32;
-        default:
-            return RefuseBytes;
-    }
+    return GetFunctions(in_encoding).m_decoder;
 }
 
 bool DecodeShortText(std::string_view in_bytes, ShortDecoder in_decoder,
