@@ -21,18 +21,18 @@ void SiconvStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
     }
     TranscoderTarget target{m_targetPosition, static_cast<std::uint64_t>(limit - m_targetPosition),
                             0};
-    Outcome outcome = DoSiconvConvert(target);
+    std::int32_t outcome = DoSiconvConvert(target);
     AdvanceTarget(target.m_position);
-    if (outcome == Outcome::MORE && m_targetPosition < limit) {
+    if (outcome == TRANSCODER_FULL && m_targetPosition < limit) {
         outcome = ConvertStraddlingCodePoint(limit);
     }
     const bool isOutputPending = m_pendingOutputLength > 0;
     // The bytes before the malformed place are delivered first; the next call finds it again.
-    if (outcome == Outcome::INVALID && !isOutputPending) {
+    if (outcome == TRANSCODER_INVALID && !isOutputPending) {
         ThrowInvalidInput();
     }
-    m_isSourceConsumed = outcome == Outcome::DONE;
-    m_hasDataRemaining = outcome != Outcome::DONE || isOutputPending;
+    m_isSourceConsumed = outcome == TRANSCODER_DONE;
+    m_hasDataRemaining = outcome != TRANSCODER_DONE || isOutputPending;
     m_isTargetFilled = m_targetPosition == limit;
 }
 
@@ -43,33 +43,22 @@ void SiconvStreamConverter::Reset() {
     m_pendingOutputLength = 0;
 }
 
-// Converts as much of the pending input and the piece as fits. MORE: the next code point does
-// not fit.
-SiconvStreamConverter::Outcome SiconvStreamConverter::DoSiconvConvert(TranscoderTarget& io_target) {
+// Converts as much of the pending input and the piece as fits.
+std::int32_t SiconvStreamConverter::DoSiconvConvert(TranscoderTarget& io_target) {
     if (m_pendingInputLength > 0) {
-        const Outcome outcome = ConvertPendingInput(io_target);
-        if (outcome != Outcome::DONE) {
+        const std::int32_t outcome = ConvertPendingInput(io_target);
+        if (outcome != TRANSCODER_DONE) {
             return outcome;
         }
     }
     TranscoderSource source{m_sourcePosition, GetSourceRemaining(), 0};
     const std::int32_t result = m_transcoder(source, io_target);
     m_sourcePosition += source.m_position;
-    switch (result) {
-        case TRANSCODER_DONE:
-            return Outcome::DONE;
-        case TRANSCODER_FULL:
-            return Outcome::MORE;
-        case TRANSCODER_INCOMPLETE:
-            return KeepPendingInput();
-        default:
-            return Outcome::INVALID;
-    }
+    return result == TRANSCODER_INCOMPLETE ? KeepPendingInput() : result;
 }
 
 // Completes the pending code point with new bytes. DONE: the piece goes on at the source position.
-SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertPendingInput(
-    TranscoderTarget& io_target) {
+std::int32_t SiconvStreamConverter::ConvertPendingInput(TranscoderTarget& io_target) {
     const std::uint64_t pending = m_pendingInputLength;
     const std::uint64_t added = std::min(GetSourceRemaining(), PENDING_INPUT_SIZE - pending);
     if (added > 0) {
@@ -82,36 +71,35 @@ SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertPendingInput(
         // bytes that it did not use are still in the piece and are read again.
         m_sourcePosition += joined.m_position - pending;
         m_pendingInputLength = 0;
-        return result == TRANSCODER_FULL ? Outcome::MORE : Outcome::DONE;
+        return result == TRANSCODER_FULL ? TRANSCODER_FULL : TRANSCODER_DONE;
     }
     if (result == TRANSCODER_INCOMPLETE && GetSourceRemaining() == added) {
         return KeepPendingInput();
     }
-    return result == TRANSCODER_FULL ? Outcome::MORE : Outcome::INVALID;
+    return result == TRANSCODER_FULL ? TRANSCODER_FULL : TRANSCODER_INVALID;
 }
 
 // Moves the rest of the piece, the beginning of one code point, into the pending input.
-SiconvStreamConverter::Outcome SiconvStreamConverter::KeepPendingInput() noexcept {
+std::int32_t SiconvStreamConverter::KeepPendingInput() noexcept {
     const auto tail = static_cast<std::uint32_t>(m_sourceStart + m_sourceLength - m_sourcePosition);
     if (m_isLastPiece || m_pendingInputLength + tail >= PENDING_INPUT_SIZE) {
-        return Outcome::INVALID;
+        return TRANSCODER_INVALID;
     }
     if (tail > 0) {
         std::memcpy(m_pendingInput + m_pendingInputLength, m_sourcePosition, tail);
     }
     m_pendingInputLength = static_cast<std::uint8_t>(m_pendingInputLength + tail);
     m_sourcePosition += tail;
-    return Outcome::DONE;
+    return TRANSCODER_DONE;
 }
 
 // Converts the code point that does not fit into the pending output and fills the target with its
 // first bytes. The room grows by single bytes, so no second code point gets in.
-SiconvStreamConverter::Outcome SiconvStreamConverter::ConvertStraddlingCodePoint(
-    const char* in_limit) {
-    Outcome outcome = Outcome::MORE;
+std::int32_t SiconvStreamConverter::ConvertStraddlingCodePoint(const char* in_limit) {
+    std::int32_t outcome = TRANSCODER_FULL;
     TranscoderTarget target{m_pendingOutput,
                             static_cast<std::uint64_t>(in_limit - m_targetPosition), 0};
-    while (outcome == Outcome::MORE && target.m_position == 0 &&
+    while (outcome == TRANSCODER_FULL && target.m_position == 0 &&
            target.m_length < PENDING_OUTPUT_SIZE) {
         ++target.m_length;
         outcome = DoSiconvConvert(target);

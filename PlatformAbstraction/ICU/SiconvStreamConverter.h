@@ -23,12 +23,11 @@ public:
     void Reset() override;
 
 private:
-    enum class Outcome { DONE, MORE, INVALID };
-
-    Outcome DoSiconvConvert(TranscoderTarget& io_target);
-    Outcome ConvertPendingInput(TranscoderTarget& io_target);
-    Outcome KeepPendingInput() noexcept;
-    Outcome ConvertStraddlingCodePoint(const char* in_limit);
+    // A TranscoderResult other than INCOMPLETE.
+    std::int32_t DoSiconvConvert(TranscoderTarget& io_target);
+    std::int32_t ConvertPendingInput(TranscoderTarget& io_target);
+    std::int32_t KeepPendingInput() noexcept;
+    std::int32_t ConvertStraddlingCodePoint(const char* in_limit);
     bool CopyPendingOutput(const char* in_limit) noexcept;
     [[noreturn]] void ThrowInvalidInput() const;
 
