@@ -154,7 +154,7 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     report.AddSummary();
     const ExitCode code = report.Finish();
     if (s_isInterrupted == 0) return code;
-    throw CommandError(EXIT_INTERRUPTED, "Interrupted. All that is reported as done is written.");
+    throw CommandError(EXIT_INTERRUPTED, "Interrupted. The changes reported as done are written.");
 }
 
 }  // namespace Veltrane::Cli

@@ -189,7 +189,7 @@ ExitCode ExportDsns(const CommandLine& in_line) {
                    ".");
     }
     if (!others.empty()) {
-        PrintError("Values that are no text are left out: " + JoinFirst(others) + ".");
+        PrintError("Values that are not text are left out: " + JoinFirst(others) + ".");
     }
     return EXIT_DONE;
 }

@@ -33,7 +33,7 @@ void SetKey(const std::string& in_key, const std::string& in_value, const std::s
             const CommandLine& in_line, DsnWish& io_wish) {
     const std::string reason = WhyNoKey(in_key);
     if (!reason.empty()) {
-        Refuse(in_where + ": " + in_key + " is no value of a DSN: " + reason + ".");
+        Refuse(in_where + ": " + in_key + " is not a value of a DSN: " + reason + ".");
     }
     if (IsSecretKey(in_key) && !in_value.empty()) RefusePassword(in_where);
     if (EqualsIgnoringCase(in_key, "PWD")) {
@@ -148,7 +148,7 @@ bool TakePassword(const CommandLine& in_line, Entries& io_values) {
     for (const OptionName& option : PASSWORD_OPTIONS) {
         if (!in_line.Has(option)) continue;
         if (option == "--pwd") RefusePassword("--pwd");
-        if (source != nullptr) Refuse("The password is to come from two places.");
+        if (source != nullptr) Refuse("The password is given in two places.");
         source = &option;
     }
     if (source != nullptr) io_values.Set("PWD", ReadPassword(in_line, *source));

@@ -18,7 +18,7 @@ void CheckKeys(const DsnDescription& in_description, const std::string& in_place
         FailWith(in_place + ": " + in_reason + ".");
     };
     const auto check = [&](const std::string& in_key) {
-        if (!WhyNoKey(in_key).empty()) fail("the key " + in_key + " is no value of a DSN");
+        if (!WhyNoKey(in_key).empty()) fail("the key " + in_key + " is not a value of a DSN");
     };
     const std::string& state = in_description.m_state;
     if (!state.empty() && state != "present" && !in_description.IsAbsent()) {

@@ -46,7 +46,7 @@ Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
                 descriptions.emplace_back().m_name = name;
             } else {
                 out_notes.push_back(in_source + ": [" + name +
-                                    "] is the driver manager's own section and is passed over.");
+                                    "] is the driver manager's own section and is ignored.");
             }
         } else if (!isPassedOver) {
             const std::size_t equals = line.find('=');

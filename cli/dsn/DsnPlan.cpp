@@ -66,7 +66,7 @@ void CheckOwner(const DsnWish& in_wish, const Entries& in_current) {
     const std::string owner = in_current.Get("Driver");
     if (owner.empty() || IsSameName(owner, in_wish.m_driver)) return;
     FailWith("The DSN " + Quote(in_wish.m_name) + " is one of the driver " + Quote(owner) +
-             ", not of " + Quote(in_wish.m_driver) + ". If that is meant, give --driver.");
+             ", not of " + Quote(in_wish.m_driver) + ". If that is intended, give --driver.");
 }
 
 }  // namespace

@@ -80,7 +80,7 @@ private:
     }
 
     std::string WhyLeftOut(const ImportedDsn& in_dsn, const Driver& in_driver) const {
-        if (in_dsn.m_is32Bit) return "it is for programs of 32 bits";
+        if (in_dsn.m_is32Bit) return "it is for 32-bit programs";
         if (in_driver.m_name.empty()) return "it has no driver";
         if (in_driver.m_isOurs || m_wish.m_areAllTaken) return {};
         return "it is one of the driver " + Quote(in_driver.m_name);
@@ -140,7 +140,7 @@ std::string DecodeAnsi(const std::string& in_bytes, const ImportWish& in_wish) {
         Orska::Support::orska_wstring(in_bytes.data(), in_bytes.size(), encoding).GetAsUtf8();
     constexpr const char* REPLACEMENT = "\xEF\xBF\xBD";
     if (text.find(REPLACEMENT) != std::string::npos) {
-        FailWith(in_wish.m_source + " has bytes that are no text in its encoding.");
+        FailWith(in_wish.m_source + " has bytes that are invalid in its encoding.");
     }
     return text;
 }
@@ -171,7 +171,7 @@ std::vector<DsnDescription> ImportDsns(std::string in_text, const ImportWish& in
     };
     if (Orska::Support::Trim(in_text).empty()) fail(" is empty: it has no DSN.");
     if (in_text.find('\0') != std::string::npos) {
-        fail(" is no text, or is UTF-16 without a byte order mark.");
+        fail(" is not text, or is UTF-16 without a byte order mark.");
     }
     in_text = DecodeAnsi(in_text, in_wish);
     ImportedDsns dsns = Read(in_text, in_wish, out_notes);

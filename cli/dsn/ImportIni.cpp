@@ -15,7 +15,7 @@ ImportedDsn ReadFileDsn(const Entries& in_values, const ImportWish& in_wish) {
         FailWith(in_wish.m_source + " only names a DSN of its machine; import that one.");
     }
     if (in_wish.m_name.empty()) {
-        Refuse("A file DSN holds no name: give --name.");
+        Refuse("A file DSN contains no name: give --name.");
     }
     ImportedDsn dsn;
     dsn.m_name = in_wish.m_name;

@@ -69,7 +69,7 @@ private:
             m_dsn.m_values.emplace_back(in_key, in_value.dump());
         } else if (!in_value.is_null()) {
             m_notes.push_back(Quote(m_dsn.m_name) + ": " + in_key +
-                              " is left out: its value is no text.");
+                              " is left out: its value is not text.");
         }
     }
 

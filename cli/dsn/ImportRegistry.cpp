@@ -113,7 +113,7 @@ private:
             m_dsn->m_values.emplace_back(name, *value);
         } else {
             m_notes.push_back(Quote(m_dsn->m_name) + ": " + name +
-                              " is left out: its value is no text.");
+                              " is left out: its value is not text.");
         }
     }
 

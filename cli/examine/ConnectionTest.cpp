@@ -113,7 +113,7 @@ Findings Explain(const Entries& in_attributes, const Stored& in_stored) {
     if (driver.empty() && !in_stored.m_entries) {
         return {{ERROR, "dsn-missing",
                  "There is no DSN " + Quote(dsn) + " in " + in_stored.m_places + ".",
-                 "Add it, or give the name of one that there is: veltrane-dsn list --both --all."}};
+                 "Add it, or name an existing one: veltrane-dsn list --both --all."}};
     }
     if (driver.empty()) driver = in_stored.m_entries->Get("Driver");
     if (driver.empty()) {
@@ -183,7 +183,7 @@ Json TestConnection(const ConnectionRequest& in_request) {
     } catch (const Json::exception& error) {
         // For example another version of the tool has replaced this one.
         return MakeResult("not tested",
-                          std::string("The test's own process answers nonsense: ") + error.what());
+                          std::string("The test process sent an invalid answer: ") + error.what());
     } catch (const std::exception& error) {
         return MakeResult("not tested", error.what());
     }

@@ -143,13 +143,13 @@ Finding ExamineRequest(const std::string& in_driver) {
         return {Severity::Note, "driver-answers",
                 "The installer finds the driver " + Quote(in_driver) +
                     ", and its setup library answers requests.",
-                "Nothing has to be done."};
+                "No action is needed."};
     }
     return {Severity::Error, "driver-does-not-answer",
             "The setup library of the driver " + Quote(in_driver) +
                 " can be loaded, but does not answer a request through the installer: " +
                 (answer.empty() ? "it ends the process or takes too long" : answer) + ".",
-            "Set TR4CE=9:FILE and run doctor again: the file then tells how far a request comes."};
+            "Set TR4CE=9:FILE and run doctor again: the file then shows how far a request gets."};
 }
 
 }  // namespace

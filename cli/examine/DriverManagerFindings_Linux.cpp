@@ -57,8 +57,8 @@ constexpr Defect DEFECTS[] = {
      "or for the config mode then wait for ever; the one of this driver does not.",
      "If a program hangs while it configures another driver, use unixODBC 2.3.12 for it."},
     {"2.0", "2.3.11", Severity::Note, "manager-remembers-values",
-     "Its profile functions keep what they have read for 20 seconds, and programs cannot make them "
-     "read again. A program that runs may see a changed DSN that much later.",
+     "Its profile functions cache files for 20 seconds, and programs cannot make them read again. "
+     "A running program can see a changed DSN 20 seconds later.",
      "Wait 20 seconds, or start the program again; 2.3.12 can be told to read again."},
     {"2.0", nullptr, Severity::Note, "manager-rewrites-in-place",
      "Its own profile functions rewrite odbc.ini in place, without a lock, and drop the comments. "
@@ -107,7 +107,7 @@ Findings ExamineDriverManager(const DriverManagerInfo& in_info) {
          "The driver manager is unixODBC " +
              (in_info.m_version.empty() ? "of an unknown version, about " + version : version) +
              ", " + in_info.m_library + ".",
-         "Nothing has to be done."}};
+         "No action is needed."}};
     for (const Defect& defect : DEFECTS) {
         if (!Applies(defect, version)) continue;
         findings.push_back({defect.m_severity, defect.m_id, defect.m_text, defect.m_repair});
@@ -135,7 +135,7 @@ Findings ExamineEnvironment() {
         findings.push_back({Severity::Note, "environment-other-files",
                             std::string("The variable ") + name + " is set to " + value +
                                 ": programs without it use other files.",
-                            "Set it for every program that is to see the same DSNs, or for none."});
+                            "Set it for all programs that should see the same DSNs, or for none."});
     }
     return findings;
 }

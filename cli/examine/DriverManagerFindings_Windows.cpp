@@ -45,7 +45,7 @@ Findings ExamineDriverManager(const DriverManagerInfo& in_info) {
         in_info.m_version.empty() ? "of an unknown version" : in_info.m_version;
     return {{Severity::Note, "manager-version",
              "The ODBC installer is " + in_info.m_library + ", " + version + ".",
-             "Nothing has to be done."}};
+             "No action is needed."}};
 }
 
 /// No variable sends the installer to other keys.

@@ -32,9 +32,8 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn,
         if (key != "DSN" && !ODBC::IsOnlyMissing(field, value)) {
             io_findings.push_back(
                 {Severity::Warning, "value-refused-as-new",
-                 subject +
-                     " is kept as long as nobody changes it. As new text it is refused: " + reason,
-                 "If it is not meant: " + in_howToSet + " -p " + key + "=VALUE."});
+                 subject + " is kept until it is changed. As a new value it is refused: " + reason,
+                 "If it is not intended: " + in_howToSet + " -p " + key + "=VALUE."});
             continue;
         }
         io_findings.push_back(
@@ -46,10 +45,9 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn,
     for (const auto& [key, value] : in_entries) {
         const std::string note = DescribeNearKey(key);
         if (note.empty()) continue;
-        io_findings.push_back({Severity::Note, "key-unknown",
-                               "The DSN " + Quote(in_dsn) + ": " + note,
-                               "If it is meant: " + in_howToSet + " --unset " + Quote(key) +
-                                   ", and the right key with -p."});
+        io_findings.push_back(
+            {Severity::Note, "key-unknown", "The DSN " + Quote(in_dsn) + ": " + note,
+             "If so: " + in_howToSet + " --unset " + Quote(key) + ", and the right key with -p."});
     }
 }
 
@@ -151,7 +149,7 @@ Findings ExamineFile(const DsnStore& in_store) {
             {Severity::Warning, "temporary-file-left",
              path + " was left by a change that was killed. It holds what " + in_store.GetPath() +
                  " held, passwords too.",
-             "doctor has removed it if it may. If it is still there: rm " + path + "."});
+             "doctor removes it if it has the right to. If it is still there: rm " + path + "."});
     }
     const ODBC::ProfileView& text = *read;
     const std::string record = in_store.FindLeftRecord();
@@ -191,8 +189,8 @@ Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system) {
             findings.push_back({Severity::Warning, "user-dsn-shadows-system-dsn",
                                 "The DSN " + Quote(dsn) + " of " + in_user.GetPath() +
                                     " hides the one of " + in_system.GetPath() + ".",
-                                "Remove the one that is not meant: veltrane-dsn remove " +
-                                    Quote(dsn) + ", or with --system."});
+                                "Remove the unwanted one: veltrane-dsn remove " + Quote(dsn) +
+                                    ", or with --system."});
         }
     } catch (const std::exception&) {
         // Reported with the file itself.

@@ -47,7 +47,7 @@ OdbcCalls::OdbcCalls(const std::string& in_library) {
                          SQL_SUCCEEDED(VELTRANE_FIND(SQLSetEnvAttr)(
                              m_environment, SQL_ATTR_ODBC_VERSION, version, 0)) &&
                          SQL_SUCCEEDED(allocate(SQL_HANDLE_DBC, m_environment, &m_connection));
-    if (!isReady) FailWith("The driver manager " + m_name + " gives no connection handle.");
+    if (!isReady) FailWith("The driver manager " + m_name + " returns no connection handle.");
 }
 
 void* OdbcCalls::Find(const char* in_function) const {

@@ -146,7 +146,7 @@ private:
                    " is missing. Usage: " + MakeUsage(m_command) + ".");
         }
         const bool areMany = shape.find("...") != std::string_view::npos;
-        if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There is an argument too many.");
+        if (count > (shape.empty() ? 0U : 1U) && !areMany) Refuse("There are too many arguments.");
         if (m_line.Has("--user") && m_line.Has("--system")) {
             Refuse("--user and --system exclude each other.");
         }

@@ -12,7 +12,7 @@ using K = ValueKind;
 constexpr CommandInfo COMMANDS[] = {
     {C::Add, "add", "NAME", K::None, "add a DSN",
      "Adds a DSN. A server and a database have to be given.\n"
-     "If there is a DSN of that name already, nothing is changed and the exit code is 4, unless "
+     "If a DSN of that name exists, nothing is changed and the exit code is 4, unless "
      "--if-missing or --replace says otherwise.",
      "veltrane-dsn add sales --server db.example.org --database sales\n"
      "veltrane-dsn add sales --server db --database d --uid anna --pwd-prompt\n"
@@ -25,11 +25,11 @@ constexpr CommandInfo COMMANDS[] = {
      "veltrane-dsn set sales -p Trace=1 --unset Namespace\n"
      "veltrane-dsn set sales --server new.example.org --dry-run"},
     {C::Edit, "edit", "[NAME]", K::Dsn, "change a DSN, or make a new one, in the editor",
-     "Shows the editor for a DSN, or for a new one if no name is given: a window where there is a "
+     "Shows the editor for a DSN, or for a new one if no name is given: a window if there is a "
      "display, else a form in the terminal. Cancel changes nothing.\n"
-     "After OK the values are written as by set and add: keys that the form does not show stay. If "
-     "the name was changed, the DSN of the old name is removed, after a question. A DSN that has "
-     "the new name already is not replaced. What is refused can be changed in the form.",
+     "After OK the values are written as by set and add: keys that the form does not show stay. "
+     "If the name was changed, the DSN of the old name is removed, after a question. An existing "
+     "DSN of the new name is not replaced. Refused values can be changed in the form.",
      "veltrane-dsn edit\n"
      "veltrane-dsn edit sales\n"
      "veltrane-dsn edit --copy sales\n"
@@ -48,42 +48,41 @@ constexpr CommandInfo COMMANDS[] = {
      "veltrane-dsn list --system --all --json"},
     {C::Apply, "apply", "FILE", K::File, "bring many DSNs to a described state",
      "Reads a description of DSNs from a file, or from standard input if FILE is -, and adds, "
-     "changes and removes what differs from it. A second run changes nothing. Keys that the "
-     "description does not name stay as they are, unless --replace is given; DSNs that it does not "
-     "name stay, unless --prune is given.\n"
-     "All is written at once. A DSN that is refused does not stop the others, unless --fail-fast "
-     "is "
-     "given; the exit code is then 1.",
+     "changes and removes DSNs to match it. A second run changes nothing. Keys that the "
+     "description does not name stay as they are, unless --replace is given; DSNs that it does "
+     "not name stay, unless --prune is given.\n"
+     "All changes are written at once. A DSN that is refused does not stop the others, unless "
+     "--fail-fast is given; the exit code is then 1.",
      "veltrane-dsn apply dsns.json\n"
      "veltrane-dsn apply --system --dry-run dsns.ini\n"
      "ssh other veltrane-dsn export | veltrane-dsn apply -"},
     {C::Export, "export", "[NAME...]", K::Dsn, "write DSNs as a description for apply",
-     "Writes DSNs in a form that apply reads: those that are named, else all of the driver. "
-     "Passwords are left out unless --show-secrets is given.",
+     "Writes DSNs in a form that apply reads: the named ones, else all of the driver. Passwords "
+     "are left out unless --show-secrets is given.",
      "veltrane-dsn export > dsns.json\n"
      "veltrane-dsn export --format ini sales"},
-    {C::Import, "import", "FILE", K::File, "take DSNs of another machine from a file",
-     "Makes a description for apply of an odbc.ini, a file DSN, an export of ODBC.INI from the "
-     "registry (.reg), or the JSON of PowerShell's Get-OdbcDsn; FILE may be - for standard input. "
-     "The DSNs of the driver are taken; the file's own list of data sources counts, too. What is "
-     "left "
-     "out is named. Passwords are left out unless --show-secrets is given.\n"
-     "A user's DSN is taken rather than the system's one of the same name. With --apply, all are "
-     "added or changed in the scope of the command, as by apply.",
+    {C::Import, "import", "FILE", K::File, "read the DSNs of another machine from a file",
+     "Makes a description for apply from an odbc.ini, a file DSN, an export of ODBC.INI from the "
+     "registry (.reg), or the JSON of PowerShell's Get-OdbcDsn; FILE can be - for standard input. "
+     "It reads the DSNs that name the driver, in their section or in the file's list of data "
+     "sources, and reports everything that it leaves out. Passwords are left out unless "
+     "--show-secrets is given.\n"
+     "A user's DSN has precedence over the system's one of the same name. With --apply, all DSNs "
+     "are added or changed in the scope of the command, as by apply.",
      "veltrane-dsn import old/odbc.ini > dsns.json\n"
      "veltrane-dsn import odbc.reg --apply --system --dry-run\n"
      "veltrane-dsn import --from-driver 'Veltrane 2' dsns.json --apply\n"
      "veltrane-dsn import Sales.dsn --encoding cp932 --apply"},
     {C::Check, "check", "[NAME...]", K::Dsn, "check whether DSNs are complete and sound",
-     "Checks the stored values of DSNs: those that are named, else all of the driver. The exit "
-     "code is 1 if one of them has an error.",
+     "Checks the stored values of DSNs: the named ones, else all of the driver. The exit code is "
+     "1 if a DSN has an error.",
      "veltrane-dsn check\n"
      "veltrane-dsn check --system sales"},
     {C::DriverRegister, "driver register", "", K::None, "register the driver",
      "Registers the driver in odbcinst.ini, so that the ODBC installer finds its setup library. "
-     "Comments and everybody else's entries of the file stay. If the driver is registered with "
-     "other values, nothing is changed and the exit code is 4, unless --replace is given, which "
-     "changes the values that are given.",
+     "Comments and other entries of the file stay. If the driver is registered with other values, "
+     "nothing is changed and the exit code is 4, unless --replace is given, which changes the "
+     "given values.",
      "veltrane-dsn driver register --setup " VELTRANE_EXAMPLE_SETUP "\n"
      "veltrane-dsn driver register --replace --library " VELTRANE_EXAMPLE_LIBRARY},
     {C::DriverUnregister, "driver unregister", "", K::None, "remove the driver's registration",
@@ -102,23 +101,19 @@ constexpr CommandInfo COMMANDS[] = {
     {C::Doctor, "doctor", "", K::None, "find what is wrong and how to repair it",
      "Examines the driver's registration and libraries, sends its setup library a request that "
      "changes nothing, and examines the files of DSNs, their rights and their contents, and the "
-     "driver manager. Where nothing is wrong, one line is printed. Each finding comes with a way "
-     "to repair it. Nothing is "
-     "changed. The exit code is 1 if there is an error.",
+     "driver manager. If nothing is wrong, it prints one line. Each finding comes with a repair. "
+     "Nothing is changed. The exit code is 1 if there is an error.",
      "veltrane-dsn doctor\n"
      "veltrane-dsn doctor --json"},
-    {C::Test, "test", "NAME", K::Dsn, "connect to a DSN and say what became of it",
-     "Connects to a DSN of any driver through the driver manager, as programs do, and says how "
-     "long "
-     "it took and which server answered, or gives SQLSTATE, native code and text of each error. "
-     "Where the driver cannot be found or loaded, it says why and how to repair it. A user name "
-     "and "
-     "a password that are given count for this one try. Nothing is changed.\n"
-     "The driver runs in a process of its own, which is stopped at the time limit; the exit code "
-     "is "
-     "then 5. It is 1 when the connection failed, and 3 when there is no such DSN.\n"
-     "If NAME is -, a connection string is read from standard input instead, so that values can be "
-     "tried that are not stored.",
+    {C::Test, "test", "NAME", K::Dsn, "connect to a DSN and show the result",
+     "Connects to a DSN of any driver through the driver manager, as programs do, and prints the "
+     "time and the server, or SQLSTATE, native code and text of each error. If the driver cannot "
+     "be found or loaded, it prints the reason and a repair. A given user name and password are "
+     "used only for this attempt. Nothing is changed.\n"
+     "The driver runs in a separate process, which is stopped at the time limit; the exit code is "
+     "then 5. It is 1 if the connection fails, and 3 if there is no such DSN.\n"
+     "If NAME is -, a connection string is read from standard input instead, to try values that "
+     "are not stored.",
      "veltrane-dsn test sales\n"
      "veltrane-dsn test sales --uid anna --pwd-prompt --timeout 5\n"
      "veltrane-dsn test sales --json\n"
@@ -127,15 +122,15 @@ constexpr CommandInfo COMMANDS[] = {
 
 constexpr ManualSection SECTIONS[] = {
     {"DESCRIPTIONS OF DSNS",
-     "apply reads JSON or INI, in UTF-8 or in UTF-16 with a byte order mark; export writes UTF-8.\n"
-     "JSON: an object with the list \"data_sources\". Each has a \"name\" and \"values\", the keys "
-     "with "
-     "their texts; null removes a key. It may have a \"driver\", the \"state\" \"present\" or "
-     "\"absent\", and \"pwd_env\" or \"pwd_file\", which name where the password is to be taken "
-     "from.\n"
+     "apply reads JSON or INI, in UTF-8 or in UTF-16 with a byte order mark; export writes "
+     "UTF-8.\n"
+     "JSON: an object with the list \"data_sources\". Each has a \"name\" and \"values\", the "
+     "keys with their texts; null removes a key. It can have a \"driver\", the \"state\" "
+     "\"present\" or \"absent\", and \"pwd_env\" or \"pwd_file\", which name the source of the "
+     "password.\n"
      "INI: a section for each DSN with its name and its keys. The keys Driver, State, pwd_env and "
      "pwd_file have the meaning above. Lines that begin with # or ; are comments. The driver "
-     "manager's own sections of an odbc.ini, and a PWD without a value, are passed over."},
+     "manager's own sections of an odbc.ini, and a PWD without a value, are ignored."},
     {"PASSWORDS",
      "A password is not accepted on the command line, where every user of the machine could read "
      "it and the shell would store it. It is stored in odbc.ini in clear text, because "

@@ -11,7 +11,7 @@ const PlatformWords PLATFORM_WORDS = {
     " (apt-file search finds it), or run ldconfig if it is installed.",
     "A library that it needs is too old or a different one: bring both packages to matching "
     "versions; ldd -r lists what is missing.",
-    "Repair what the loader names; ldd shows what it looks for.",
+    "Repair what the loader reports; ldd shows the libraries that it looks for.",
     "Create the folder, free room, or give yourself the right to write the file and its folder; "
     "ODBCINI and ODBCSYSINI choose other ones.",
     "Install the package of one: libodbc2 of unixODBC, or libiodbc2.",

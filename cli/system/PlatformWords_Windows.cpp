@@ -11,7 +11,7 @@ const PlatformWords PLATFORM_WORDS = {
     "has to begin with a drive and a backslash, or with two backslashes",
     ", or put it into the folder of the library that needs it.",
     "A library that it needs is too old or a different one: bring both to matching versions.",
-    "Repair what the system names, and install the library again.",
+    "Repair what the system reports, and install the library again.",
     "Give yourself the right to write the key.",
     "It is a part of Windows: repair the installation.",
     false,

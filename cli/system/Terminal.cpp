@@ -6,7 +6,7 @@
 namespace Veltrane::Cli {
 
 std::string AskForPassword(const std::string& in_question) {
-    const std::vector<std::string> answers = AskSecretly({in_question, "The same once more: "});
+    const std::vector<std::string> answers = AskSecretly({in_question, "Again: "});
     if (answers.front().empty()) RefuseEmptySecret("the answer");
     if (answers.front() != answers.back()) {
         FailWith("The two passwords differ; nothing is changed.");

@@ -86,7 +86,7 @@ class ToolTest(unittest.TestCase):
             nonlocal asked
             # Wine's console turns the echo off after the question.
             is_silent = not termios.tcgetattr(terminal)[3] & termios.ECHO
-            questions = shown.count(b"Password") + shown.count(b"once")
+            questions = shown.count(b"Password") + shown.count(b"Again")
             if not answers or questions <= asked or not is_silent:
                 return b""
             asked = questions

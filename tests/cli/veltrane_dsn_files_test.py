@@ -208,7 +208,7 @@ class KillsTest(FileTest):
         output, errors = self.run_tool("apply", file, code=130, LD_PRELOAD=preload, INTERRUPT="1")
         self.assertEqual(output, "a: added\n1 added, 1 failed\n")
         self.assertIn("b: Server: ", errors)
-        self.assertIn("Interrupted. All that is reported as done is written.\n", errors)
+        self.assertIn("Interrupted. The changes reported as done are written.\n", errors)
         self.assertEqual(set(self.dsns()), {"a", "foreign"})
 
 

@@ -29,11 +29,11 @@ class LineTest(RefusalTest):
         for words, text in (
                 ("", "A command is missing. Try"),
                 ("--pwd hunter2", "A command is missing. Try"),
-                ("add a hunter2", "There is an argument too many."),
+                ("add a hunter2", "There are too many arguments."),
                 ("add a --pwd-stdin=hunter2", "--pwd-stdin takes no value."),
                 ("add a --passwd=hunter2", "There is no option --passwd."),
                 ("add a --server x --server y", "--server is given twice."),
-                ("list -- a", "There is an argument too many."),
+                ("list -- a", "There are too many arguments."),
                 ("show a --user --system", "--user and --system exclude each other."),
                 ("lst --json", "There is no command lst. Did you mean list?"),
                 ("frobnicate", "There is no command frobnicate. Try"),
@@ -72,7 +72,7 @@ class LineTest(RefusalTest):
                 ("Database: ", "set", "sales", "--database", 1000 * "x"),
                 ("X: No line of odbc.ini can hold", "set", "sales", "-p", "X=" + 1000 * "x"),
                 ("DSN: ", "add", "a[b", *add[2:]),
-                ("come from two places", *add, "--pwd-stdin", "--pwd-env", "X"),
+                ("given in two places", *add, "--pwd-stdin", "--pwd-env", "X"),
                 ("A new DSN needs --server and --database.", "add", "new", "--uid", "u"),
                 ("Data Source is Server, Initial Catalog is Database.", "set", "sales",
                  "--connection-string", "data source=db;Initial Catalog=d")):
@@ -118,7 +118,7 @@ class LineTest(RefusalTest):
                                        ' null}}]')[0], "unset: would be changed\n-UID=u\n1 would be changed\n")
 
     def test_sections_that_are_no_dsns_are_skipped_with_a_note(self):
-        passed = " is the driver manager's own section and is passed over.\n"
+        passed = " is the driver manager's own section and is ignored.\n"
         source = "veltrane-dsn: standard input"
         for text, notes in (
                 ("[ODBC Data Sources]\na=V\na\n[odbc]\nTrace=1\n[a]\nSever=s\nPWD=\nState=absent\n",
@@ -172,7 +172,7 @@ class InputTest(RefusalTest):
                 (entry({"values": ["hunter2"]}), 'has "values" that are not an object.'),
                 (entry({"values": {"PWD": ["hunter2"]}}), 'has "PWD", which is not a text.'),
                 (entry({"values": {"PWD": "hunter2", "pwd": "x"}}), 'has the key "pwd" twice.'),
-                (entry({"values": {"Driver": "hunter2"}}), "the key Driver is no value of a DSN."),
+                (entry({"values": {"Driver": "hunter2"}}), "the key Driver is not a value of a DSN."),
                 ('[{"name": "a"}, {"name": "A"}]', '"A" is described twice.'),
                 (entry({"pwd_env": "E", "values": {"PWD": "hunter2"}}), "the password is given twice."),
                 ("[a]\nhunter2\n", "input, line 2: neither a section, a comment nor a key"),
@@ -242,8 +242,8 @@ class ImportTest(RefusalTest):
                  '[HKEY_CURRENT_USER\\Software\\Other]\r\n"x"="y"\r\n'
                  '[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\a\\Sub]\r\n"x"="y"\r\n',
                  '[a]\nDriver=Veltrane\nDatabase=C:\\a "b" \\c\nServer=dü\nPort=31\n'
-                 '"a": Blob is left out: its value is no text.\n'
-                 '"a": Many is left out: its value is no text.\n'
+                 '"a": Blob is left out: its value is not text.\n'
+                 '"a": Many is left out: its value is not text.\n'
                  '"a": the key Sub in it is left out.\n'
                  '"a": Line is left out: no line of odbc.ini can hold it unchanged.\n'),
                 ("an old export, with each scope's list; the user's DSN wins",
@@ -255,7 +255,7 @@ class ImportTest(RefusalTest):
                  '[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\A]\n"Driver"="Veltrane"\n',
                  "[A]\nDriver=Veltrane\n[b]\nDriver=Veltrane\nServer=€\n"
                  '"a" is left out: there is one of this name before it.\n'
-                 '"c" is left out: it is for programs of 32 bits.\n'),
+                 '"c" is left out: it is for 32-bit programs.\n'),
                 ("lines that the driver manager reads in its own way",
                  "[a\r\nDriver=Veltrane\r\n; x\r\nServer\r\n",
                  f'[a]\nDriver=Veltrane\n{source}, line 1 has no "]"; it is read as a section.\n'
@@ -264,14 +264,14 @@ class ImportTest(RefusalTest):
                  '{"Name": "a", "DsnType": "User", "Platform": "32/64-bit", "DriverName": "Veltrane", '
                  '"Attribute": {"Driver": "C:\\\\v.dll", "Server": "東京", "PWD": "", "Port": 3, '
                  '"Pooled": [1], "X": null}, "CimClass": {}}',
-                 '[a]\nDriver=Veltrane\nServer=東京\nPort=3\n"a": Pooled is left out: its value is no text.\n'),
+                 '[a]\nDriver=Veltrane\nServer=東京\nPort=3\n"a": Pooled is left out: its value is not text.\n'),
                 ("a list of them, in other forms of values",
                  '{"value": [{"Name": "a", "DsnType": "System", "DriverName": "Veltrane", '
                  '"PropertyValue": ["Server=s=t", "UID=u"]}, {"Name": "b", "Platform": "32-bit", '
                  '"DriverName": "Veltrane"}, {"Name": "c", "DriverName": "Veltrane", "Attribute": '
                  '[{"Key": "Server", "Value": "x"}, {"Name": "Trace", "Value": "1"}]}], "Count": 3}',
                  "[c]\nDriver=Veltrane\nServer=x\nTrace=1\n[a]\nDriver=Veltrane\nServer=s=t\nUID=u\n"
-                 '"b" is left out: it is for programs of 32 bits.\n')):
+                 '"b" is left out: it is for 32-bit programs.\n')):
             with self.subTest(point):
                 output, errors = self.run_tool("import", "-", *options, stdin=text)
                 lines = ""
@@ -283,7 +283,7 @@ class ImportTest(RefusalTest):
     def test_refuses_with_the_place_and_without_values(self):
         for text, reason, *options in (
                 (" \n", " is empty: it has no DSN."),
-                ("[a]\0\n", " is no text, or is UTF-16 without a byte order mark."),
+                ("[a]\0\n", " is not text, or is UTF-16 without a byte order mark."),
                 ("hunter2\n[a]\nx=y\n", " is no odbc.ini, file DSN, export of the registry or JSON of Get-OdbcDsn."),
                 ("# [a]\n", " has no DSN."),
                 ("[ODBC]\nPWD=hunter2\n", " has no DSN: its section [ODBC] names no driver."),
@@ -309,10 +309,10 @@ class ImportTest(RefusalTest):
                  ': entry 1 has "PropertyValue" with a key that has no value.'),
                 ('[{"name": "a"}]', " is a description already: apply takes it."),
                 ('{"data_sources": []}', " is a description already: apply takes it."),
-                ("[a]\nx=\udcff\n", " has bytes that are no text in its encoding.", "--encoding", "utf-8")):
+                ("[a]\nx=\udcff\n", " has bytes that are invalid in its encoding.", "--encoding", "utf-8")):
             self.assert_refused("veltrane-dsn: standard input" + reason, "import", "-", *options, stdin=text, code=1)
         for text, reason, *options in (
-                ("[ODBC]\nDriver=Veltrane\n", "A file DSN holds no name: give --name."),
+                ("[ODBC]\nDriver=Veltrane\n", "A file DSN contains no name: give --name."),
                 ("[a]\nx=\udcff\n", "--encoding names an encoding that is not known.", "--encoding", "no-such"),
                 ("[a]\nx=y\n", "--name is for a file DSN; standard input has the names of its DSNs.",
                  "--name", "b")):

@@ -94,7 +94,7 @@ class RegistryTest(ToolTest):
         self.write({"odd": {**SALES, "Blob": b"hex:01,02", "PWD": "hunter2"}, "sales": SALES})
         self.assertEqual(self.run_tool("export")[1].replace("\r", ""),
                          "veltrane-dsn: Passwords are left out; --show-secrets writes them: PWD of odd.\n"
-                         "veltrane-dsn: Values that are no text are left out: Blob of odd.\n")
+                         "veltrane-dsn: Values that are not text are left out: Blob of odd.\n")
 
     def test_a_driver_without_its_library_gets_no_dsn(self):
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup}})

@@ -400,7 +400,7 @@ class DoctorTest(ToolTest):
         output, _ = self.run_tool("doctor")
         self.assertRegex(output, r"^Nothing is wrong\. --verbose shows \d+ notes\.\n$")
         output, _ = self.run_tool("doctor", "-v", NO_COLOR="1")
-        self.assertIn("Nothing has to be done.", output)
+        self.assertIn("No action is needed.", output)
         self.assertIn("0 errors, 0 warnings, ", output)
         self.assertLessEqual(max(len(line) for line in output.splitlines()
                                  if "/" not in line and "\\" not in line), 80)
