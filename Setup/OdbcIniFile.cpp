@@ -223,8 +223,8 @@ bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& o
     }
 }
 
-/// Gives the state of an open file. The locked file also has to be in its place still.
-/// @return false, with no failure set, when another file or none is in that place
+/// Reads the state of an open file. The locked file also has to be at its path still.
+/// @return false, with no failure set, when another file or none is at that path
 bool OdbcIniFile::StatAgain(int in_handle, struct stat& out_stat) {
     if (!m_file.IsOpen()) {
         return SystemCalls::StatHandle(in_handle, out_stat) == 0 || FailToRead();
@@ -322,7 +322,7 @@ bool OdbcIniFile::OpenInDirectory(const std::string& in_path) {
     return true;
 }
 
-/// @param in_path  empty where links cannot be followed
+/// @param in_path  empty if the links of the path cannot be followed
 /// @return false, with errno, on failure
 bool OdbcIniFile::OpenDirectory(const std::string& in_path) {
     if (in_path.empty()) return false;
@@ -520,7 +520,7 @@ bool OdbcIniFile::FailToReplace() {
 /// seconds, except for a program that opens the file anew.
 bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     const bool isTold = m_writers == Writers::NONE;
-    // A program that has opened it since then has emptied it or will.
+    // A program that has opened the file since then truncates it sooner or later.
     if (isTold && SystemCalls::FindWritersAgain(m_file.Get()) == Writers::SOME) return false;
     const PrivateHandle anew(isTold ? -1
                                     : SystemCalls::OpenAt(m_directory.Get(), in_name.c_str(),

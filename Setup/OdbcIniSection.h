@@ -33,7 +33,7 @@ struct OdbcIniSection {
     Line* Find(const std::string& in_key, bool in_isLive);
     /// Returns the end of the line that a piece belongs to.
     std::size_t EndOfLine(std::size_t in_piece) const;
-    /// Removes a line from one of its pieces on.
+    /// Removes a piece of a line and the pieces after it.
     void Remove(std::size_t in_piece);
     /// Inserts a new line after the last key.
     void Insert(Line in_line);

@@ -15,7 +15,7 @@ namespace Veltrane::Cli {
 Entries ParseConnectionString(std::string_view in_text);
 
 std::string FormatConnectionString(const Entries& in_entries);
-/// Returns a value as it is written in braces.
+/// Returns the text for a value within braces: closing braces are doubled.
 std::string DoubleBraces(const std::string& in_value);
 
 }  // namespace Veltrane::Cli

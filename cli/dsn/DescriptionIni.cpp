@@ -9,7 +9,7 @@ namespace {
 
 using Orska::Support::Trim;
 
-/// @return what is wrong with the key; null when nothing is
+/// @return the fault of the key; null if there is none
 const char* SetKey(const std::string& in_key, const std::string& in_value,
                    DsnDescription& io_description) {
     if (std::string* const member = FindMember(in_key, io_description)) {

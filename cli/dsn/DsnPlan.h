@@ -19,7 +19,7 @@ struct DsnWish {
     std::vector<std::string> m_unset;
     bool m_isAbsent = false;    ///< the DSN is to be removed
     bool m_isReplaced = false;  ///< true: keys that are not given are removed
-    std::string m_failure;      ///< why it cannot be carried out; empty: nothing is known
+    std::string m_failure;      ///< why it cannot be carried out; empty: no reason known
 };
 
 DsnWish RemovalOf(const std::string& in_dsn, const std::string& in_driver);

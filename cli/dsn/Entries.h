@@ -47,12 +47,11 @@ public:
     auto end() const { return m_entries.end(); }
 
 private:
-    /// Of the entry with this key; the number of entries when there is none.
+    /// Returns the index of the entry with this key; the number of entries if there is none.
     std::size_t PlaceOf(std::string_view in_key) const;
 
     std::vector<Entry> m_entries;
-    /// Of the entries with these keys, folded, where there are many; filled when they are asked
-    /// for.
+    /// The indexes of the entries by folded key, filled by searches among many entries.
     mutable std::unordered_map<std::string, std::size_t> m_places;
     std::set<std::string> m_repeated;  ///< keys, folded
 };

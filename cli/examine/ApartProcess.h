@@ -1,5 +1,5 @@
-/// A program of ours in a process of its own, and the two ends of what they say to each other:
-/// lines in UTF-8 without line feeds.
+/// One of our programs in a separate process, and both ends of the connection to it. A message is
+/// one line in UTF-8.
 #ifndef CLI_APARTPROCESS_H
 #define CLI_APARTPROCESS_H
 

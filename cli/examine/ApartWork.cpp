@@ -14,11 +14,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
 
-/// Sends the setup library a request through the installer that it has to refuse.
+/// Sends the setup library, through the installer, a request that it has to refuse.
 /// @return "=" if it answered, else the installer's errors
 std::string AskSetupLibrary(const std::string& in_driver) {
     const auto driver = OdbcPlatform::ToOdbc(in_driver);
-    // No DSN has such a name.
+    // No DSN can have this name.
     const auto attributes = OdbcPlatform::ToOdbc(std::string("DSN=[]") + '\0');
     if (SQLConfigDataSource(nullptr, ODBC_REMOVE_DSN,
                             reinterpret_cast<const TCHAR*>(driver.c_str()),

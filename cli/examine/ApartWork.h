@@ -1,5 +1,5 @@
-/// What the tool does in a process of its own, `veltrane-dsn test - --apart`, because a library of
-/// somebody else runs there: it may hang, crash, print, or start what goes on.
+/// The work that the tool does in a separate process, `veltrane-dsn test - --apart`: it runs
+/// libraries of others, which can hang, crash, print or start processes.
 #ifndef CLI_APARTWORK_H
 #define CLI_APARTWORK_H
 
@@ -8,13 +8,13 @@
 
 namespace Veltrane::Cli {
 
-/// Has a request answered there: {"library": bytes of its path, "functions": names} by LoadHere,
-/// {"driver": name} by AskSetupLibrary. Blocks for at most 20 s.
-/// @return the answer; empty when the process ended before, or took longer
+/// Sends a request to a new process: {"library": bytes of its path, "functions": names} for
+/// LoadHere, {"driver": name} for AskSetupLibrary. Blocks for at most 20 s.
+/// @return the answer; empty if the process ended without one or took longer
 std::string AskApart(const nlohmann::ordered_json& in_request);
 
-/// The work of that process: reads a request from standard input, a connection test's too, and
-/// writes what became of it to standard output.
+/// Runs in that process: reads a request from standard input, also that of a connection test, and
+/// writes the result to standard output.
 void DoApartWork();
 
 /// One line of JSON. Bytes that are not UTF-8 become U+FFFD.

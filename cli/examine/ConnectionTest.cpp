@@ -174,14 +174,13 @@ Json TestConnection(const ConnectionRequest& in_request) {
         }
         Json result = MakeResult(
             "crashed", "The driver has ended its process: " + process.DescribeEnd() + ".", time);
-        // A function that no library defines ends it, where the driver is bound as it is used. A
-        // driver that ran was found.
+        // With lazy binding, a missing function ends the process at its first call; Explain names it.
         if (stored.m_entries || attributes.Find("Driver") != nullptr) {
             result["findings"] = ToJson(Explain(attributes, stored));
         }
         return result;
     } catch (const Json::exception& error) {
-        // For example another version of the tool has replaced this one.
+        // For example if another version has replaced the tool meanwhile.
         return MakeResult("not tested",
                           std::string("The test process sent an invalid answer: ") + error.what());
     } catch (const std::exception& error) {

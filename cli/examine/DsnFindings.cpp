@@ -135,7 +135,7 @@ Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std:
 Findings ExamineFile(const DsnStore& in_store) {
     Findings findings;
     std::optional<ODBC::ProfileView> read;
-    // Before the read, which removes them.
+    // Load removes these files, so they are listed first.
     const std::vector<std::string> leftFiles = in_store.FindLeftFiles();
     try {
         read = in_store.Load();

@@ -30,8 +30,8 @@ struct LibraryProbe {
 /// @param in_functions  one of them has to be exported; empty for no requirement
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// The loading in the process that is kept apart, on Linux: loads the library here.
-/// @return "=" when all is well, "-" when no function is exported, else the loader's error
+/// Loads the library into this process, the separate one (Linux).
+/// @return "=" on success, "-" if no function is exported, else the loader's error
 std::string LoadHere(const std::string& in_path, const std::vector<std::string>& in_functions);
 
 /// Interprets the loader's error text (Linux).

@@ -7,7 +7,7 @@
 #include "cli/system/CommandError.h"
 #include "cli/system/PlatformWords.h"
 
-/// A function of the driver manager; where ODBC's headers say so, the one with W at its end.
+/// A function of the driver manager; its W form where ODBC's headers define the name so.
 #define VELTRANE_FIND(function) \
     reinterpret_cast<decltype(&function)>(Find(VELTRANE_NAME_OF(function)))
 #define VELTRANE_NAME_OF(function) #function
@@ -41,7 +41,7 @@ OdbcCalls::OdbcCalls(const std::string& in_library) {
                  PLATFORM_WORDS.m_driverManagerRepair);
     }
     auto* const allocate = VELTRANE_FIND(SQLAllocHandle);
-    // A number in the place of a pointer.
+    // The parameter is a number, cast to a pointer.
     auto* const version = reinterpret_cast<void*>(std::uintptr_t{SQL_OV_ODBC3});
     const bool isReady = SQL_SUCCEEDED(allocate(SQL_HANDLE_ENV, nullptr, &m_environment)) &&
                          SQL_SUCCEEDED(VELTRANE_FIND(SQLSetEnvAttr)(
@@ -74,7 +74,7 @@ std::string OdbcCalls::GetInfo(unsigned short in_kind) {
 }
 
 std::vector<ConnectionDiagnostic> OdbcCalls::GetDiagnostics() {
-    constexpr SQLSMALLINT MAX_NUMBER = 32;  // of a driver that never says that there is no more
+    constexpr SQLSMALLINT MAX_NUMBER = 32;  // for a driver that never reports the end
     constexpr SQLSMALLINT MAX_TEXT = 4096;  // characters
     std::vector<ConnectionDiagnostic> diagnostics;
     for (SQLSMALLINT i = 1; i <= MAX_NUMBER; ++i) {

@@ -1,5 +1,5 @@
-/// The calls of a driver manager that connect. It is loaded when the object is made, so the program
-/// runs without one too. Text is UTF-8.
+/// The calls that connect through a driver manager. The constructor loads it, so the program also
+/// runs without one. Text is UTF-8.
 #ifndef CLI_ODBCCALLS_H
 #define CLI_ODBCCALLS_H
 

@@ -1,7 +1,6 @@
-/// ODBC's declarations, and the parts that differ between the systems for a program that loads its
-/// driver manager itself. SQLTCHAR is the unit of its text: bytes on Linux, where unixODBC
-/// takes and gives those of odbc.ini and wide characters have another size in iODBC, UTF-16 on
-/// Windows.
+/// ODBC's declarations, and the system's functions for a program that loads its driver manager
+/// itself. SQLTCHAR is the unit of text: UTF-16 on Windows; bytes on Linux, because unixODBC passes
+/// on the bytes of odbc.ini, and iODBC's wide characters have another size.
 #ifndef CLI_ODBCPLATFORM_H
 #define CLI_ODBCPLATFORM_H
 

@@ -16,7 +16,7 @@ constexpr const char* NAMES[] = {"libodbc.so.2", "libiodbc.so.2"};
 const std::span<const char* const> LIBRARIES = NAMES;
 
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
-    // As in programs that use drivers: drivers convert text by the locale.
+    // Drivers convert text by the locale, so programs that use them set it, too.
     std::setlocale(LC_CTYPE, "");
     void* const library = dlopen(in_name.c_str(), RTLD_NOW | RTLD_GLOBAL);
     if (library == nullptr) out_reason = dlerror();
@@ -29,7 +29,7 @@ std::basic_string<SQLTCHAR> ToOdbc(const std::string& in_text) {
     return {in_text.begin(), in_text.end()};
 }
 
-/// What is no UTF-8 is ISO 8859-1: unixODBC's conversion for a driver with W functions alone.
+/// Text that is not UTF-8 is ISO 8859-1: unixODBC converts so for a driver with only W functions.
 std::string FromOdbc(std::basic_string<SQLTCHAR> in_text) {
     std::string bytes(in_text.begin(), in_text.end());
     std::u16string text;
