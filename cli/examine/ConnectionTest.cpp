@@ -174,7 +174,7 @@ Json TestConnection(const ConnectionRequest& in_request) {
         }
         Json result = MakeResult(
             "crashed", "The driver has ended its process: " + process.DescribeEnd() + ".", time);
-        // With lazy binding, a missing function ends the process at its first call and is named here.
+        // With lazy binding, a missing function ends the process at its call and is named here.
         if (stored.m_entries || attributes.Find("Driver") != nullptr) {
             result["findings"] = ToJson(Explain(attributes, stored));
         }
