@@ -3,10 +3,12 @@
 
 #include <thread>
 
+#include "PlatformAbstraction/base/Wipe.h"
 #include "VeltraneDialog/library/Resource.h"
 #include "tests/installer/TestProfile.h"
 #include "tests/support/DialogUser.h"
 #include "tests/support/InstallerStage.h"
+#include "tests/support/PasswordCopies.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tools/WindowsApi.h"
@@ -95,6 +97,53 @@ TEST_F(SetupLibrary, HasItsVersion) {
     EXPECT_NE(bytes.find(L"VeltraneSetup.dll"), std::wstring::npos);
     EXPECT_NE(bytes.find(L"FileVersion\0\0" SETUP_VERSION L"\0"s), std::wstring::npos);
     FreeLibrary(library);
+}
+
+/// Writes initial values with a password, and leaves no copy of it in this process.
+void WriteSecretValues(const std::string& in_path, std::size_t in_length) {
+    std::string text = "[DSN]\nDSN=sales\nServer=s\nDatabase=d\nPWD=";
+    text.reserve(1000);
+    std::u16string password = ODBC::MakePassword(in_length);
+    for (const char16_t unit : password) text += static_cast<char>(unit);
+    const HANDLE file =
+        CreateFileA(in_path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
+    CloseHandle(file);
+    Orska::Support::Wipe(text);
+    Orska::Support::Wipe(password);
+}
+
+/// The library and its dialog. A value of more than 120 characters would leave a copy in the heap
+/// of Wine's registry functions.
+TEST_F(SetupLibrary, LeavesNoPasswordInItsHost) {
+    const struct {
+        const char* m_point;
+        int m_request;
+        WPARAM m_button;  ///< 0: no window
+    } cases[] = {{"add", ODBC_ADD_DSN, 0},
+                 {"configure", ODBC_CONFIG_DSN, 0},
+                 {"accepted", ODBC_CONFIG_DSN, IDOK},
+                 {"cancelled", ODBC_CONFIG_DSN, IDCANCEL},
+                 {"remove", ODBC_REMOVE_DSN, 0}};
+    for (const std::size_t length : {30, 119}) {
+        WriteSecretValues(m_directory.GetPath("values.ini"), length);
+        for (const auto& c : cases) {
+            SCOPED_TRACE(c.m_point + (", " + std::to_string(length)));
+            std::optional<DialogUser> user;
+            if (c.m_button != 0) {
+                user.emplace(L"Data source sales",
+                             [&](HWND in_dialog) { DialogUser::Press(in_dialog, c.m_button); });
+            }
+            EXPECT_TRUE(SQLConfigDataSourceW(user ? reinterpret_cast<HWND>(1) : nullptr,
+                                             static_cast<WORD>(c.m_request), L"Veltrane",
+                                             L"DSN=sales\0"))
+                << testing::PrintToString(m_stage.Posted());
+            EXPECT_EQ(ODBC::CopiesOfThePassword(), 0U);
+        }
+    }
+    const std::u16string password = ODBC::MakePassword(100);
+    EXPECT_EQ(ODBC::CopiesOfThePassword(), 1U) << "the search finds what is there";
 }
 
 /// Bytes of the process's private memory.

@@ -1,5 +1,5 @@
 # The built library through the test installer, and through the system's (Wine's).
-installer_test(end_to_end_test DESKTOP LABELS end_to_end LIBRARIES orska_support
+installer_test(end_to_end_test DESKTOP LABELS end_to_end LIBRARIES orska_support password_copies
   SOURCES SetupLibrary_Windows_test.cpp ../support/InstallerStage_Windows.cpp)
 orska_test(system_installer_test LABELS end_to_end LIBRARIES orska_support odbccp32
   SOURCES SystemInstaller_Windows_test.cpp ENVIRONMENT WINEDLLOVERRIDES=odbccp32=b)

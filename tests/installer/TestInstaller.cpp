@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "PlatformAbstraction/base/Wipe.h"
 #include "tests/installer/TestProfile.h"
 
 namespace TestProfile = Veltrane::Test::TestProfile;
@@ -153,7 +154,8 @@ int INSTAPI SQLGetPrivateProfileStringW(LPCWSTR in_section, LPCWSTR in_key, LPCW
     s_errors.clear();
     if (in_section == nullptr || in_key == nullptr || in_size < 1) return Fail();
     if (_wcsicmp(in_file, ODBC_INI) != 0) return Fail();
-    const std::wstring value = ReadInMode(in_section, in_key).value_or(in_default);
+    std::wstring value = ReadInMode(in_section, in_key).value_or(in_default);
+    const Orska::Support::WipeAtEnd wipe(value);  // a test looks for copies of passwords
     const std::size_t length = value.copy(out_value, static_cast<std::size_t>(in_size) - 1);
     out_value[length] = L'\0';
     return static_cast<int>(length);
