@@ -77,6 +77,20 @@ constexpr ByteTable MakeSums(Get in_get) {
     return table;
 }
 
+constexpr ByteTable PACKED_SIZES = MakeSums<4>(GetPackedSize);
+
+constexpr ShuffleTable MakePackUtf8Of3() {
+    ShuffleTable table = MakeTable<4, 1>([](int in_mask, int in_lane) {
+        constexpr int FIRST[] = {0, 3, 1, 0, 0};
+        const int size = GetPackedSize(in_mask, in_lane);
+        return Kept{FIRST[size], size};
+    });
+    for (int mask = 0; mask < 256; ++mask) {
+        table.m_bytes[mask][15] = PACKED_SIZES.m_bytes[mask];
+    }
+    return table;
+}
+
 }  // namespace
 
 constexpr ShuffleTable COMPRESS_UNITS = MakeTable<8, 1>([](int in_mask, int in_lane) {
@@ -88,18 +102,14 @@ constexpr ShuffleTable COMPRESS_BYTES = MakeTable<8, 2>([](int in_mask, int in_l
 constexpr ShuffleTable PACK_UTF8_2 = MakeTable<8, 1>([](int in_mask, int in_lane) {
     return Kept{0, HasBit(in_mask, in_lane) ? 1 : 2};
 });
-constexpr ShuffleTable PACK_UTF8_3 = MakeTable<4, 1>([](int in_mask, int in_lane) {
-    constexpr int FIRST[] = {0, 3, 1, 0, 0};
-    const int size = GetPackedSize(in_mask, in_lane);
-    return Kept{FIRST[size], size};
-});
+constexpr ShuffleTable PACK_UTF8_3 = MakePackUtf8Of3();
 constexpr ShuffleTable PACK_UTF8_4 = MakeTable<4, 1>([](int in_mask, int in_lane) {
     const int size = GetPackedSize(in_mask, in_lane);
     return Kept{4 - size, size};
 });
 
+constexpr ByteTable PACKED_SIZE = PACKED_SIZES;
 constexpr MoveTable MOVE_DOWN = MakeMoveDown();
 constexpr ByteTable BIT_COUNT = MakeSums<8>(HasBit);
-constexpr ByteTable PACKED_SIZE = MakeSums<4>(GetPackedSize);
 
 }  // namespace Orska::Support::Siconv

@@ -33,7 +33,7 @@ ORSKA_TABLE ShuffleTable PACK_UTF8_2;
 /// For four 32-bit lanes with, from the low byte on, the bytes of a UTF-8 sequence of three and the
 /// single byte of a code point below 80. Bits 0 to 3 of the index: the lane keeps its last byte;
 /// bits 4 to 7: it is below 800. So 1 and 1 keeps byte 3, 0 and 1 keeps bytes 1 and 2, 0 and 0
-/// keeps bytes 0 to 2.
+/// keeps bytes 0 to 2. The last byte of a row, after those of the text, is how many it keeps.
 ORSKA_TABLE ShuffleTable PACK_UTF8_3;
 
 /// For four 32-bit lanes whose last bytes are a UTF-8 sequence. Bits 0 to 3 and 4 to 7 of the
@@ -46,7 +46,7 @@ struct MoveTable {
 };
 ORSKA_TABLE MoveTable MOVE_DOWN;
 
-/// How many bytes a row of PACK_UTF8_3 or PACK_UTF8_4 keeps.
+/// How many bytes a row of PACK_UTF8_4 keeps.
 ORSKA_TABLE ByteTable PACKED_SIZE;
 
 }  // namespace Orska::Support::Siconv

@@ -66,7 +66,7 @@ struct Utf8Packer {
                             V::InterleaveLow16(front[1], back[1])};
         const Type high[] = {V::InterleaveHigh16(front[0], back[0]),
                              V::InterleaveHigh16(front[1], back[1])};
-        V::PackUtf8Pairs(PACK_UTF8_3, io_to, low, high, sizes);
+        V::PackUtf8Pairs(io_to, low, high, sizes);
     }
 
     // Moves the bits of code points in 32-bit lanes to their places in a sequence of four bytes.
@@ -116,7 +116,7 @@ struct Utf8Packer {
         const auto high = V::InterleaveHigh16(in_first, in_last);
         const std::uint64_t sizes =
             V::GetSignBits(V::SwapMiddle32(V::PackSigned16(in_isAscii, in_isShort)));
-        V::PackUtf8Pair(PACK_UTF8_3, io_to, low, high, sizes);
+        V::PackUtf8Pair(io_to, low, high, sizes);
     }
 };
 

@@ -191,24 +191,25 @@ struct VectorBase {
     }
     // The same for the units of InterleaveLow16 and InterleaveHigh16, with an index for each four.
     template <class To, class Type>
-    static ORSKA_INLINE void PackUtf8Pair(const ShuffleTable& in_table, To& io_at, Type in_low,
-                                          Type in_high, std::uint64_t in_indexes) {
-        CloseUpPair(in_table, io_at, in_low, in_high, in_indexes,
-                    [](std::uint64_t in_index) { return PACKED_SIZE.m_bytes[in_index & 0xFF]; });
+    static ORSKA_INLINE void PackUtf8Pair(To& io_at, Type in_low, Type in_high,
+                                          std::uint64_t in_indexes) {
+        CloseUpPair(PACK_UTF8_3, io_at, in_low, in_high, in_indexes, [](std::uint64_t in_index) {
+            return PACK_UTF8_3.m_bytes[in_index & 0xFF][15];
+        });
     }
     // The same for two pairs, from the units of InterleaveLow8 and those of InterleaveHigh8.
     template <class To, class Type>
-    static ORSKA_INLINE void PackUtf8Pairs(const ShuffleTable& in_table, To& io_at,
-                                           const Type (&in_low)[2], const Type (&in_high)[2],
+    static ORSKA_INLINE void PackUtf8Pairs(To& io_at, const Type (&in_low)[2],
+                                           const Type (&in_high)[2],
                                            const std::uint64_t (&in_indexes)[2]) {
         Type units[4];
         for (int i = 0; i < 2; ++i) {
-            units[2 * i] = CloseUp(in_table, in_low[i], in_indexes[i]);
-            units[2 * i + 1] = CloseUp(in_table, in_high[i], in_indexes[i] >> 8);
+            units[2 * i] = CloseUp(PACK_UTF8_3, in_low[i], in_indexes[i]);
+            units[2 * i + 1] = CloseUp(PACK_UTF8_3, in_high[i], in_indexes[i] >> 8);
         }
         const auto put = [&](auto in_lane, int in_shift, int in_at) ORSKA_INLINE_LAMBDA {
             const std::uint64_t index = in_indexes[in_at / 2] >> (8 * (in_at % 2) + in_shift);
-            V::Lane::Put(io_at, in_lane, PACKED_SIZE.m_bytes[index & 0xFF]);
+            V::Lane::Put(io_at, in_lane, PACK_UTF8_3.m_bytes[index & 0xFF][15]);
         };
         for (int i = 0; i < 4; ++i) {
             put(V::GetLow(units[i]), 0, i);
