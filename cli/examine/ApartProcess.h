@@ -6,7 +6,6 @@
 #include <chrono>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace Veltrane::Cli {
 
@@ -16,11 +15,10 @@ public:
     using TimePoint = std::chrono::steady_clock::time_point;
     enum class Event { Line, Ended, TimedOut };
 
-    /// @param in_program  the program's path; empty for this program
+    /// Starts this program, which is the tool, as `veltrane-dsn test - --apart`.
     /// @param in_request  the line that the process receives
     /// @throws CommandError EXIT_FAILED with the reason
-    ApartProcess(const std::string& in_program, const std::vector<std::string>& in_arguments,
-                 const std::string& in_request);
+    explicit ApartProcess(const std::string& in_request);
     ApartProcess(const ApartProcess&) = delete;
     ApartProcess& operator=(const ApartProcess&) = delete;
     /// Kills the process.

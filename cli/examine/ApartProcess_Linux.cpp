@@ -25,21 +25,18 @@ namespace {
 using Orska::Support::AboveStandardStreams;
 using Orska::Support::FileDescriptor;
 
-constexpr char OWN_PROGRAM[] = "/proc/self/exe";
-
 [[noreturn]] void FailToStart(int in_error) {
     FailWith("The process for the test cannot be started: " +
              Orska::Support::DescribeSystemError(static_cast<std::uint32_t>(in_error)) + ".");
 }
 
-/// @return false when the other end is closed
-bool SendAll(int in_socket, std::string_view in_bytes) {
+/// Stops where the other end is closed.
+void SendAll(int in_socket, std::string_view in_bytes) {
     while (!in_bytes.empty()) {
         const ssize_t count = send(in_socket, in_bytes.data(), in_bytes.size(), MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR) return false;
+        if (count < 0 && errno != EINTR) return;
         if (count > 0) in_bytes.remove_prefix(static_cast<std::size_t>(count));
     }
-    return true;
 }
 
 /// @return false at the end
@@ -73,28 +70,23 @@ struct ApartProcess::State {
     }
 };
 
-ApartProcess::ApartProcess(const std::string& in_program,
-                           const std::vector<std::string>& in_arguments,
-                           const std::string& in_request)
-    : m_state(std::make_unique<State>()) {
+ApartProcess::ApartProcess(const std::string& in_request) : m_state(std::make_unique<State>()) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) FailToStart(errno);
     m_state->m_socket = AboveStandardStreams(ends[0]);
     FileDescriptor other = AboveStandardStreams(ends[1]);
     if (!m_state->m_socket.IsOpen() || !other.IsOpen()) FailToStart(errno);
-    std::vector<std::string> arguments{"veltrane-dsn"};
-    arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
     // A new session keeps the driver off the terminal, and makes one group of all its processes.
     const int error = Orska::Support::SpawnPlan(other.Get(), POSIX_SPAWN_SETSID)
-                          .Spawn(in_program.empty() ? OWN_PROGRAM : in_program,
-                                 std::move(arguments), environ, m_state->m_process);
+                          .Spawn("/proc/self/exe", {"veltrane-dsn", "test", "-", "--apart"},
+                                 environ, m_state->m_process);
     if (error != 0) {
         m_state->m_process = -1;
         FailToStart(error);
     }
     other.Close();
     // The write fails only if the process has ended; ReadLine reports that.
-    if (SendAll(m_state->m_socket.Get(), in_request)) SendAll(m_state->m_socket.Get(), "\n");
+    SendAll(m_state->m_socket.Get(), in_request + "\n");
 }
 
 ApartProcess::~ApartProcess() { m_state->End(); }

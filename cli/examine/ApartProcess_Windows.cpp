@@ -3,11 +3,11 @@
 #include <array>
 #include <cstdio>
 #include <thread>
+#include <vector>
 
 #include "PlatformAbstraction/base/SystemError.h"
 #include "PlatformAbstraction/base/WindowsHandle.h"
 #include "PlatformAbstraction/base/Wipe.h"
-#include "VeltraneDialog/WideText.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
@@ -43,12 +43,6 @@ WindowsHandle OpenNothing() {
                                      0, nullptr));
 }
 
-std::wstring OwnProgram() {
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
-}
-
 /// The process inherits these handles and no others of its parent.
 class Inheritance {
 public:
@@ -74,9 +68,10 @@ private:
     std::vector<char> m_list;
 };
 
-WindowsHandle StartProcess(const std::wstring& in_program,
-                           const std::vector<std::string>& in_arguments, const Pipe& in_request,
-                           const Pipe& in_answer) {
+WindowsHandle StartProcess(const Pipe& in_request, const Pipe& in_answer) {
+    std::wstring program(32768, L'\0');
+    program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
+    std::wstring line = L"\"" + program + L"\" test - --apart";
     const WindowsHandle nothing = OpenNothing();
     Inheritance inheritance({in_request.m_theirs.Get(), in_answer.m_theirs.Get(), nothing.Get()});
     STARTUPINFOEXW start{};
@@ -86,10 +81,8 @@ WindowsHandle StartProcess(const std::wstring& in_program,
     start.StartupInfo.hStdOutput = in_answer.m_theirs.Get();
     start.StartupInfo.hStdError = nothing.Get();
     start.lpAttributeList = inheritance.Get();
-    std::wstring line = L"\"" + in_program + L"\"";
-    for (const std::string& argument : in_arguments) line += L" " + ODBC::ToWide(argument);
     PROCESS_INFORMATION process{};
-    if (CreateProcessW(in_program.c_str(), line.data(), nullptr, nullptr, TRUE,
+    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
                        EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr,
                        &start.StartupInfo, &process) == FALSE) {
         FailToStart();
@@ -98,10 +91,9 @@ WindowsHandle StartProcess(const std::wstring& in_program,
     return WindowsHandle(process.hProcess);
 }
 
-bool WriteAll(HANDLE in_pipe, const std::string& in_bytes) {
+void WriteAll(HANDLE in_pipe, const std::string& in_bytes) {
     DWORD count = 0;
-    return WriteFile(in_pipe, in_bytes.data(), static_cast<DWORD>(in_bytes.size()), &count,
-                     nullptr) != FALSE;
+    WriteFile(in_pipe, in_bytes.data(), static_cast<DWORD>(in_bytes.size()), &count, nullptr);
 }
 
 /// Waits for input. @return false at the end
@@ -124,18 +116,12 @@ struct ApartProcess::State {
     std::string m_received;
 };
 
-ApartProcess::ApartProcess(const std::string& in_program,
-                           const std::vector<std::string>& in_arguments,
-                           const std::string& in_request)
-    : m_state(std::make_unique<State>()) {
-    m_state->m_process = StartProcess(in_program.empty() ? OwnProgram() : ODBC::ToWide(in_program),
-                                      in_arguments, m_state->m_request, m_state->m_answer);
+ApartProcess::ApartProcess(const std::string& in_request) : m_state(std::make_unique<State>()) {
+    m_state->m_process = StartProcess(m_state->m_request, m_state->m_answer);
     m_state->m_request.m_theirs.Close();
     m_state->m_answer.m_theirs.Close();
     // The write fails only if the process has ended; ReadLine reports that.
-    if (WriteAll(m_state->m_request.m_ours.Get(), in_request)) {
-        WriteAll(m_state->m_request.m_ours.Get(), "\n");
-    }
+    WriteAll(m_state->m_request.m_ours.Get(), in_request + "\n");
 }
 
 ApartProcess::~ApartProcess() { TerminateProcess(m_state->m_process.Get(), 1); }

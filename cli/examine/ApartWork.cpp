@@ -71,7 +71,7 @@ std::string ToLine(const Json& in_document) {
 
 std::string AskApart(const Json& in_request) {
     try {
-        ApartProcess process({}, {"test", "-", "--apart"}, ToLine(in_request));
+        ApartProcess process(ToLine(in_request));
         std::string line;
         const auto event = process.ReadLine(Clock::now() + std::chrono::seconds(20), line);
         return event == ApartProcess::Event::Line ? Json::parse(line).get<std::string>() : "";

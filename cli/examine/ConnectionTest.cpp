@@ -29,7 +29,7 @@ ApartProcess Start(const ConnectionRequest& in_request) {
     std::string line =
         ToLine({{"connection_string", text}, {"driver_manager", in_request.m_driverManager}});
     const Orska::Support::WipeAtEnd wipe(line);
-    return ApartProcess(in_request.m_program, {"test", "-", "--apart"}, line);
+    return ApartProcess(line);
 }
 
 std::string DescribeTime(milliseconds in_time) {

@@ -20,7 +20,6 @@ struct ConnectionRequest {
     Entries m_attributes;
     std::chrono::milliseconds m_timeout = std::chrono::seconds(15);
     std::string m_driverManager;  ///< its library; empty: the first that can be loaded
-    std::string m_program;        ///< path of the tool; empty for this program, if it is the tool
 };
 
 /// Blocks until the test is over, at most for its time limit.

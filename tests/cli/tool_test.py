@@ -66,6 +66,14 @@ class ToolTest(unittest.TestCase):
     def run_json(self, *arguments, **others):
         return json.loads(self.run_tool(*arguments, "--json", **others)[0])
 
+    def assert_refused(self, part, *arguments, code=2, **others):
+        """Checks that nothing is done, and that the reason contains the part and no password."""
+        with self.subTest(arguments, **others):
+            output, errors = self.run_tool(*arguments, code=code, **others)
+            self.assertEqual(output, "")
+            self.assertIn(part, errors)
+            self.assertNotIn("hunter2", errors)
+
     def findings(self, code=1, **environment):
         """The findings of doctor: texts by id."""
         report = self.run_json("doctor", code=code, **environment)

@@ -14,6 +14,7 @@ DRIVER = r"""
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/socket.h>
 #include <unistd.h>
 static char s_said[4096];
 short SQLAllocHandle(short kind, void *parent, void **out) { *out = s_said; return 0; }
@@ -36,6 +37,10 @@ short SQLDriverConnect(void *c, void *window, char *in, short inSize, char *out,
     if (strstr(in, "UID=wait")) for (;;) pause();
     if (strstr(in, "UID=crash")) abort();
     if (strstr(in, "UID=exit")) _exit(3);
+    for (int i = 3; i < 64; ++i) {
+        if (strstr(in, "UID=babble") && write(i, "text\n", 5) < 0) continue;
+        if (strstr(in, "UID=shut") && shutdown(i, SHUT_WR) == 0) sleep(1), _exit(7);
+    }
     return strstr(in, "UID=refuse") ? -1 : 0;
 }
 short SQLGetDiagRec(short kind, void *c, short number, char *state, int *code, char *text,
@@ -136,6 +141,8 @@ class ConnectTest(ConnectionTest):
                 (["--uid", "refuse"], 1, "refused", "Not connected; it took"),
                 (["--uid", "crash"], 1, "crashed", "signal 6 (Aborted)"),
                 (["--uid", "exit"], 1, "crashed", "exit code 3"),
+                (["--uid", "shut"], 1, "crashed", "exit code 7"),
+                (["--uid", "babble"], 1, "not tested", "sent an invalid answer"),
                 (["--uid", "hang", "--timeout", "1"], 5, "timed out", "No answer within 1 s")):
             with self.subTest(arguments):
                 result = self.run_json("test", "toy", *arguments, "--pwd-env", "SECRET", code=code,
@@ -151,9 +158,9 @@ class ConnectTest(ConnectionTest):
              "text": "no entry with DSN=toy;UID=refuse;PWD=********; ü"},
             {"state": "HY000", "native_code": 0, "text": "second"}])
         said, _ = self.run_tool("test", "-", code=1, TOY_PROCESS=process,
-                                stdin="driver={Toy}; UID=refuse;Token={a;}}b};Database= x=y} ")
-        self.assertIn("28000 (-7) no entry with driver=Toy;UID=refuse;Token={********};Database=x=y};",
-                      said)
+                                stdin="driver={Toy}; UID=refuse;Token={a;}}b};Database= x=y} ;X={p;}}q}")
+        self.assertIn("28000 (-7) no entry with driver=Toy;UID=refuse;Token={********};Database=x=y};"
+                      "X={p;}}q};", said)
 
     def test_the_driver_ends_with_the_tool_and_no_argument_is_a_secret(self):
         process = self.path("process")
@@ -176,6 +183,10 @@ class ConnectTest(ConnectionTest):
         for library, text in (("libnothing.so", "No driver manager can be loaded: libnothing.so"),
                               ("libm.so.6", "libm.so.6 is no driver manager")):
             self.assertIn(text, self.run_tool("test", "x", "--driver-manager", library, code=1)[0])
+        command, environment = self.stage.prepare(["test", "x"])
+        result = subprocess.run(["prlimit", "--nofile=4", *command], env=environment, check=False,
+                                capture_output=True, text=True)
+        self.assertIn("process for the test cannot be started: Too many open files.", result.stderr)
 
 
 class ConnectInWineTest(ConnectionTest):

@@ -26,8 +26,8 @@ class ChangeTest(ToolTest):
         self.assertEqual(self.run_tool("list")[0], "")
         self.assertEqual(self.run_json("list", "--system")["dsns"],
                          [{"name": "sales", "driver": "Veltrane"}])
-        _, errors = self.run_tool("remove", "sales", code=3)
-        self.assertIn(f"There is one in {self.stage.places['system']}: try --system.", errors)
+        self.assert_refused(f"There is one in {self.stage.places['system']}: try --system.", "remove",
+                            "sales", code=3)
         self.run_tool("remove", "sales", "--system")
         self.assertEqual(self.dsns("system"), {})
 
@@ -49,8 +49,7 @@ class ChangeTest(ToolTest):
         self.run_tool("list", "--both", "--system", code=2)
 
     def test_names_keys_that_are_probably_meant(self):
-        _, errors = self.add_sales("-p", "Sever=x")
-        self.assertIn("The driver has no key Sever; did you mean Server?", errors)
+        self.assertIn("The driver has no key Sever; did you mean Server?", self.add_sales("-p", "Sever=x")[1])
         self.assertEqual(self.add_sales("-p", "Sever=x", "-q", "--replace")[1], "")
         self.assertEqual(self.dsns()["sales"], {**SALES, "Sever": "x"})
 
@@ -74,17 +73,16 @@ class ChangeTest(ToolTest):
     def test_existing_and_missing_dsns_have_their_own_exit_codes(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
         before = self.dsns()
-        _, errors = self.run_tool("add", "sales", "--server", "x", "--database", "y", code=4)
-        self.assertIn(f'There is a DSN "sales" already in {self.stage.places["user"]}.', errors)
-        result = self.run_json("add", "SALES", "--server", "x", "--database", "y", "--if-missing")
-        self.assertFalse(result["changed"])
+        values = ["--server", "x", "--database", "y"]
+        self.assert_refused(f'There is a DSN "sales" already in {self.stage.places["user"]}.',
+                            "add", "sales", *values, code=4)
+        self.assertFalse(self.run_json("add", "SALES", *values, "--if-missing")["changed"])
         self.assertEqual(self.dsns(), before)
-        self.run_tool("add", "sales", "--server", "x", "--database", "y", "--replace")
+        self.run_tool("add", "sales", *values, "--replace")
         self.assertEqual(self.dsns(), {"sales": {**SALES, "Server": "x", "Database": "y"}})
         for command in (["set", "no", "--uid", "u"], ["remove", "no"], ["show", "no"],
                         ["export", "no"], ["check", "no"], ["remove", "sales", "no"]):
-            _, errors = self.run_tool(*command, code=3)
-            self.assertIn(f'There is no DSN "no" in {self.stage.places["user"]}.\n', errors)
+            self.assert_refused(f'There is no DSN "no" in {self.stage.places["user"]}.\n', *command, code=3)
         self.run_tool("remove", "no", "--if-exists")
         self.assertEqual(self.run_tool("list")[0], "sales\n")
 
@@ -112,8 +110,7 @@ class ChangeTest(ToolTest):
         for name in ("ODBC", "ODBC Data Sources"):
             for command in ("show", "remove", "export", "check"):
                 self.run_tool(command, name, code=3)
-            _, errors = self.run_tool("add", name, "--server", "s", "--database", "d", code=2)
-            self.assertIn("DSN: This name is reserved.", errors)
+            self.assert_refused("DSN: This name is reserved.", "add", name, "--server", "s", "--database", "d")
         self.assertEqual(self.dsns(), {"odbc": {"Trace": "1"}, "sales": SALES})
 
     def test_dsns_of_other_drivers_are_left_alone(self):
@@ -159,9 +156,8 @@ class SecretsTest(ToolTest):
         for arguments, source, others in (
                 (["--pwd-stdin"], "standard input: ", {}), (["--pwd-file", empty], empty + ": ", {}),
                 (["--pwd-env", "SECRET"], "the variable SECRET: ", {"SECRET": ""})):
-            _, errors = self.run_tool("set", "sales", *arguments, code=1, **others)
-            self.assertIn(source + "there is no password in it. To remove a stored one: veltrane-dsn "
-                          "set NAME --unset PWD.", errors)
+            self.assert_refused(source + "there is no password in it. To remove a stored one: veltrane-dsn set "
+                                "NAME --unset PWD.", "set", "sales", *arguments, code=1, **others)
         for arguments in (["-p", "PWD="], ["--connection-string", "UID=u;PWD="]):
             self.assertIn("--unset PWD", self.run_tool("set", "sales", *arguments, code=2)[1])
         for entry in ({"pwd_file": empty}, {"pwd_env": "SECRET"}, {"values": {"PWD": ""}}):
@@ -185,8 +181,8 @@ class SecretsTest(ToolTest):
             self.run_tool("remove", "sales")
         with open(self.path("password"), "wb") as file:
             file.write(b"\xff\xfe\x00\xd8\n\0")
-        _, errors = self.add_sales("--pwd-file", self.stage.native(self.path("password")), code=1)
-        self.assertIn("not valid UTF-16", errors)
+        self.assertIn("not valid UTF-16", self.add_sales(
+            "--pwd-file", self.stage.native(self.path("password")), code=1)[1])
 
     def test_asks_on_a_terminal_without_showing_the_answer(self):
         self.add_sales()
@@ -200,8 +196,8 @@ class SecretsTest(ToolTest):
                                   ([b"x\r", b"\x03"], 130)):
             code, shown = self.run_on_a_terminal("set", "sales", "--pwd-prompt", answers=answers)
             self.assertEqual(code, expected, shown)
-        _, errors = self.run_tool("set", "sales", "--pwd-prompt", code=2)
-        self.assertIn("There is no terminal to ask for the password; use --pwd-stdin", errors)
+        self.assert_refused("There is no terminal to ask for the password; use --pwd-stdin", "set", "sales",
+                            "--pwd-prompt")
         self.assertEqual(self.dsns()["sales"]["PWD"], "hunter2")
 
     def test_no_password_is_left_in_other_files_or_the_trace(self):
