@@ -81,11 +81,6 @@ class ToolTest(unittest.TestCase):
             self.assertRegex(finding["repair"], r"\.$")
         return {finding["id"]: finding["text"] for finding in report["findings"]}
 
-    def run_together(self, *commands):
-        """Runs the tool several times at once."""
-        processes = [self.start(command) for command in commands]
-        self.assertEqual([process.wait(300) for process in processes], [0 for _ in commands])
-
     def run_on_a_terminal(self, *arguments, answers):
         """Returns the exit code and the text on the terminal; types an answer to each question."""
         answers, asked = list(answers), 0

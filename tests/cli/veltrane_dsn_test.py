@@ -169,14 +169,15 @@ class SecretsTest(ToolTest):
         self.assertEqual(self.dsns(), {"sales": SALES})
 
     def test_a_byte_order_mark_is_skipped(self):
-        dsns = json.dumps([{"name": "sales", "values": {**SALES_VALUES, "UID": "日本"}}])
+        # The password file is searched beside the description.
+        dsns = json.dumps([{"name": "sales", "pwd_file": "password",
+                            "values": {**SALES_VALUES, "UID": "日本"}}])
         for encoding in ("utf-8-sig", "utf-16-le", "utf-16-be"):
             mark = b"" if encoding == "utf-8-sig" else "\ufeff".encode(encoding)
             for name, text in (("password", PASSWORD + "\r\nmore"), ("dsns", dsns)):
                 with open(self.path(name), "wb") as file:
                     file.write(mark + text.encode(encoding))
             self.run_tool("apply", self.stage.native(self.path("dsns")))
-            self.run_tool("set", "sales", "--pwd-file", self.stage.native(self.path("password")))
             self.assertEqual(self.dsns(), {"sales": {**SALES, "UID": "日本", "PWD": PASSWORD}})
             self.run_tool("remove", "sales")
         with open(self.path("password"), "wb") as file:
@@ -290,24 +291,23 @@ class ApplyTest(ToolTest):
 
     def test_two_processes_at_once_lose_nothing(self):
         # Each writes its own DSNs and the common ones.
-        common = [f"x{i}" for i in range(50)]
-        self.write({name: {**SALES, "Keep": "1"} for name in common})
-        commands = []
+        common = {f"x{i}": {**SALES, "Keep": "1"} for i in range(50)}
+        self.write(common)
+        commands, expected = [], {}
         for part in ("a", "b"):
-            dsns = [{"name": f"{part}{i}", "values": {"Server": f"s{i}", "Database": "d",
-                                                      "PWD": f"p{i}", "X": "1"}} for i in range(50)]
-            dsns += [{"name": name, "values": {"Server": part, "UID": part}} for name in common]
-            commands.append(["apply", "-q", self.write_file(part, json.dumps(dsns))])
-        self.run_together(*commands)
+            own = {f"{part}{i}": {"Server": f"s{i}", "Database": "d", "PWD": f"p{i}"} for i in range(50)}
+            wished = {**own, **dict.fromkeys(common, {"Server": part, "UID": part})}
+            commands.append(["apply", "-q", self.write_file(part, json.dumps(
+                [{"name": name, "values": values} for name, values in wished.items()]))])
+            expected |= {name: {"Driver": "Veltrane", **values} for name, values in own.items()}
+        processes = [self.start(command) for command in commands]
+        self.assertEqual([process.wait(300) for process in processes], [0, 0])
         dsns = self.dsns()
-        for i in range(50):
-            for part in ("a", "b"):
-                self.assertEqual(dsns[f"{part}{i}"],
-                                 {**SALES, "Server": f"s{i}", "PWD": f"p{i}", "X": "1"})
-            entries = dsns[f"x{i}"]
-            self.assertIn(entries["Server"], ("a", "b"))
-            self.assertEqual(entries, {**SALES, "Server": entries["Server"],
-                                       "UID": entries["Server"], "Keep": "1"})
+        for name, entries in common.items():
+            last = dsns[name]["Server"]
+            self.assertIn(last, ("a", "b"))
+            expected[name] = {**entries, "Server": last, "UID": last}
+        self.assertEqual(dsns, expected)
 
     def test_prune_removes_dsns_that_are_not_described(self):
         dsns = {"a": SALES, "b": SALES, "theirs": {**SALES, "Driver": "Other"}}
@@ -316,27 +316,13 @@ class ApplyTest(ToolTest):
         output, _ = self.run_tool("apply", file, "--prune", "--dry-run", code=1)
         self.assertTrue(output.endswith("1 would be changed, 1 would be removed, 1 failed\n"), output)
         self.assertIn("-[b]\n", output)
+        self.assert_refused("c: Server: ", "apply", file, "--prune", "--fail-fast", code=1)
         self.assertEqual(self.dsns(), dsns)
         # A refused DSN is not removed.
         result = self.run_json("apply", file, "--prune", code=1)
         self.assertEqual(result["summary"],
                          {"added": 0, "changed": 1, "removed": 1, "unchanged": 0, "failed": 1})
         self.assertEqual(self.dsns(), {"a": {**SALES, "UID": "u"}, "theirs": dsns["theirs"]})
-
-    def test_fail_fast_writes_nothing_when_one_is_refused(self):
-        file = self.describe([{"name": "a", "values": {"Server": "s", "Database": "d"}},
-                              {"name": "b", "values": {"Server": "s"}}])
-        output, errors = self.run_tool("apply", file, "--fail-fast", code=1)
-        self.assertEqual((output, self.dsns()), ("", {}))
-        self.assertIn("b: Database: ", errors)
-        self.assertIn("Nothing has been written.", errors)
-
-    def test_a_password_file_is_searched_beside_the_description(self):
-        self.write_file("secret", "hunter2\n")
-        file = self.describe([{"name": "a", "pwd_file": "secret",
-                               "values": {"Server": "s", "Database": "d"}}])
-        self.run_tool("apply", file)
-        self.assertEqual(self.dsns()["a"]["PWD"], "hunter2")
 
 
 class DriverTest(ToolTest):
