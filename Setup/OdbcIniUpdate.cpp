@@ -1,7 +1,5 @@
 #include "Setup/OdbcIniUpdate.h"
 
-#include <utility>
-
 #include "Setup/ProfileRules.h"
 #include "tools/trace.h"
 
@@ -49,24 +47,25 @@ bool OdbcIniUpdate::Do(Edit in_edit) {
     return true;
 }
 
-bool OdbcIniUpdate::Set(std::string in_section, std::string in_key, std::string in_value) {
+bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key,
+                        const std::string& in_value) {
     return OdbcIniLine::IsCarriableLine(in_key, in_value, m_rules) &&
-           Write(std::move(in_section), std::move(in_key), std::move(in_value));
+           Write(in_section, in_key, in_value);
 }
 
-bool OdbcIniUpdate::SetAsRead(std::string in_section, std::string in_key, std::string in_value) {
+bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
+                              const std::string& in_value) {
     return OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
-           Write(std::move(in_section), std::move(in_key), std::move(in_value));
+           Write(in_section, in_key, in_value);
 }
 
-bool OdbcIniUpdate::Write(std::string in_section, std::string in_key, std::string in_value) {
+bool OdbcIniUpdate::Write(const std::string& in_section, const std::string& in_key,
+                          const std::string& in_value) {
     if (in_section.empty() || in_section != m_checkedSection) {
         if (!OdbcIniLine::IsCarriableSection(in_section)) return false;
         m_checkedSection = in_section;
     }
-    return Do(
-        [section = std::move(in_section), key = std::move(in_key),
-         value = std::move(in_value)](OdbcIniText& io_text) { io_text.Set(section, key, value); });
+    return Do([=](OdbcIniText& io_text) { io_text.Set(in_section, in_key, in_value); });
 }
 
 bool OdbcIniUpdate::Commit() {

@@ -35,16 +35,18 @@ public:
     /// Makes an edit, and remembers it for Commit.
     bool Do(Edit in_edit);
     /// Writes a key if the file can hold it; adds a missing section.
-    bool Set(std::string in_section, std::string in_key, std::string in_value);
+    bool Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
     /// As Set, for a value that was read from a file: control characters in it stay.
-    bool SetAsRead(std::string in_section, std::string in_key, std::string in_value);
+    bool SetAsRead(const std::string& in_section, const std::string& in_key,
+                   const std::string& in_value);
 
     /// Writes the file if an edit changed it, and unlocks it. If a program without the lock has
     /// written it meanwhile, repeats the edits on the new text.
     bool Commit();
 
 private:
-    bool Write(std::string in_section, std::string in_key, std::string in_value);
+    bool Write(const std::string& in_section, const std::string& in_key,
+               const std::string& in_value);
     bool Open();
     bool Replace();
 

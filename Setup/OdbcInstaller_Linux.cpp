@@ -256,9 +256,9 @@ bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value)
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file) {
-    std::optional<std::string> section = ToUtf8(in_section);
-    std::optional<std::string> key = ToUtf8(in_key);
-    std::optional<std::string> value = ToUtf8(in_value);
+    const std::optional<std::string> section = ToUtf8(in_section);
+    const std::optional<std::string> key = ToUtf8(in_key);
+    const std::optional<std::string> value = ToUtf8(in_value);
     if (!section || section->empty() || !key || !value || in_file.IsEmpty()) return false;
     const bool isRemoval = in_key.IsNull() || in_value.IsNull();
     const auto remove = [&](OdbcIniUpdate& io_update) {
@@ -272,9 +272,8 @@ bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstr
     return Edited([&](Update::State& io_state) {
         OdbcIniUpdate& update = io_state.m_update;
         if (isRemoval) return remove(update);
-        return stored != nullptr
-                   ? update.SetAsRead(std::move(*section), std::move(*key), *stored)
-                   : update.Set(std::move(*section), std::move(*key), std::move(*value));
+        return stored != nullptr ? update.SetAsRead(*section, *key, *stored)
+                                 : update.Set(*section, *key, *value);
     });
 }
 
