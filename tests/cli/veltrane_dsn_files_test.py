@@ -233,7 +233,7 @@ class FileFindingsTest(FileTest):
                  "a longer line": (sound + "X=" + 998 * "v" + "\n", ["value-does-not-survive"]),
                  "a key near one of ours": (sound + "Sever=t\n", ["key-unknown"]),
                  "another driver": ("Driver=Other\nSever=s\n", []),
-                 "a key twice": (sound + "server=t\n", ["key-twice"]),
+                 "a key three times": (sound + "server=t\nSERVER=u\n", ["key-twice"]),
                  "a value that iODBC cuts": (sound + "PWD=a ;b\n", ["value-cut-by-iodbc"]),
                  "a semicolon that it does not": (sound + "PWD=a;b\n", [])}
         with open(self.user, "w", encoding="utf-8", errors="surrogateescape") as file:
