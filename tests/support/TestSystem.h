@@ -28,6 +28,9 @@ extern const bool IS_SLASH_ABSOLUTE;
 /// The directory of the running program, with the system's separator at its end.
 std::string GetProgramDirectory();
 
+/// The system's number of the calling thread.
+unsigned GetThreadId();
+
 /// Whether a process that ended with this status was ended by abort().
 bool IsAborted(int in_status);
 

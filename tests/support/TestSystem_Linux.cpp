@@ -32,6 +32,8 @@ std::string GetProgramDirectory() {
     return std::filesystem::canonical("/proc/self/exe").parent_path().string() + "/";
 }
 
+unsigned GetThreadId() { return static_cast<unsigned>(gettid()); }
+
 bool IsAborted(int in_status) { return WIFSIGNALED(in_status) && WTERMSIG(in_status) == SIGABRT; }
 
 int RunInProcesses(int in_count, const std::function<void(int)>& in_function) {

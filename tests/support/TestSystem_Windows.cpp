@@ -24,6 +24,8 @@ std::string GetProgramDirectory() {
     return path.substr(0, path.rfind('\\') + 1);
 }
 
+unsigned GetThreadId() { return GetCurrentThreadId(); }
+
 bool IsAborted(int in_status) {
     constexpr int STATUS_OF_ABORT = 3;
     return in_status == STATUS_OF_ABORT;

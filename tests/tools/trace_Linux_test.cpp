@@ -25,15 +25,6 @@ using Orska::Test::TraceCapture;
 using Orska::Test::TraceOnStandardError;
 using Orska::Test::TraceSetting;
 
-TEST(trace, TheThreadIdIsFoldedTo16Bits) {
-    const TraceCapture capture("1tn");
-    trace(1, "F", "S", 1, "x");
-    const auto id = static_cast<unsigned>(gettid());
-    char expected[32];
-    std::snprintf(expected, sizeof expected, "F:1\tx\t #%04X\n", id >> 16 ^ (id & 0xFFFF));
-    EXPECT_EQ(capture.GetText(), expected);
-}
-
 TEST(trace, APipeWithoutAReaderMeansStandardError) {
     const std::string fifo = testing::TempDir() + "orska_pipe" + std::to_string(getpid());
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);

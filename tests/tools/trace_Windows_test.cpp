@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <io.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -18,15 +17,6 @@ using namespace Orska;
 using Orska::Test::TraceCapture;
 using Orska::Test::TraceOnStandardError;
 using Orska::Test::TraceSetting;
-
-TEST(trace, TheThreadIdIsFoldedTo16Bits) {
-    const TraceCapture capture("1tn");
-    trace(1, "F", "S", 1, "x");
-    const auto id = static_cast<unsigned>(GetCurrentThreadId());
-    char expected[32];
-    std::snprintf(expected, sizeof expected, "F:1\tx\t #%04X\n", id >> 16 ^ (id & 0xFFFF));
-    EXPECT_EQ(capture.GetText(), expected);
-}
 
 TEST(trace, ANameThatNoCodePageHasComesFromTheSystem) {
     const std::filesystem::path file =

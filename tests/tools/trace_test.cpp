@@ -5,11 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <regex>
 #include <string>
 
+#include "tests/support/TestSystem.h"
 #include "tests/support/TraceCapture.h"
 
 namespace {
@@ -40,7 +42,10 @@ TEST(trace, WritesLevelsUpToItsOwn) {
 }
 
 TEST(trace, Fields) {
-    const std::string id = "[0-9A-F]{4}";
+    using namespace std::string_literals;
+    const unsigned thread = Orska::Test::GetThreadId();
+    char id[5];
+    std::snprintf(id, sizeof id, "%04X", (thread >> 16 ^ thread) & 0xFFFF);
     const std::string pid = std::to_string(getpid());
     const struct {
         const char* m_settings;
@@ -56,9 +61,9 @@ TEST(trace, Fields) {
         {"1f", "F", "S", 1, "F:1\ttext\t S"},
         {"1n", "F", "S", 1, "F:1\ttext\t"},
         {"1s", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} S"},
-        {"1t", "F", "S", 1, "F:1\ttext\t #" + id + " S"},
+        {"1t", "F", "S", 1, "F:1\ttext\t #"s + id + " S"},
         {"1p", "F", "S", 1, "F:1\ttext\t pid:" + pid + " S"},
-        {"1npts", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} #" + id + " pid:" + pid},
+        {"1npts", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} #"s + id + " pid:" + pid},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.m_pattern);
