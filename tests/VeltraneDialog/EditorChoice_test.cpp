@@ -5,19 +5,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 #include "VeltraneDialog/RunnableProgram.h"
-#include "VeltraneDialog/VeltraneDSNDialog.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace Veltrane::ODBC {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 class EditorChoiceTest : public testing::Test {
@@ -111,29 +108,6 @@ TEST_F(EditorChoiceTest, AProgramThatOthersCouldReplaceIsRefused) {
 TEST_F(EditorChoiceTest, SearchesTheEditorsBesideThisProgram) {
     const std::string own = std::filesystem::canonical("/proc/self/exe").parent_path();
     EXPECT_THAT(LookAroundForEditors().m_directories, testing::Contains(own));
-}
-
-TEST_F(EditorChoiceTest, WithoutDisplayAndTerminalTheErrorSaysWhatToDo) {
-    for (const char* name :
-         {"DISPLAY", "WAYLAND_DISPLAY", "VELTRANE_DSN_EDITOR", "VELTRANE_DSN_INITIAL_VALUES"}) {
-        unsetenv(name);
-    }
-    // A new session has no terminal; only a process that leads no group can start one.
-    if (getpgrp() == getpid()) {
-        GTEST_SKIP() << "started as the leader of its process group";
-    }
-    ASSERT_GE(setsid(), 0);
-    VeltraneDSNDialog dialog;
-    try {
-        dialog.ShowDialog();
-        FAIL();
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(),
-                     "No DSN editor can be shown. There is no display: neither DISPLAY nor "
-                     "WAYLAND_DISPLAY is set. There is no terminal: /dev/tty: No such device or "
-                     "address. To work without one, make the request without a parent window: it "
-                     "then takes the values from the file that VELTRANE_DSN_INITIAL_VALUES names.");
-    }
 }
 
 }  // namespace
