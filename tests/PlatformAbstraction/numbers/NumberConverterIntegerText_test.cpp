@@ -66,7 +66,7 @@ void CheckType() {
         CheckEveryLength<T>(pages, static_cast<T>(std::numeric_limits<T>::max() - step));
     }
     std::mt19937_64 random(sizeof(T));
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < 300; ++round) {
         CheckEveryLength<T>(pages, static_cast<T>(random() >> random() % 64));
     }
     for (std::uint64_t power = 1, i = 0; i < 20; ++i, power *= 10) {
