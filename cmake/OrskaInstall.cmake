@@ -24,7 +24,6 @@ else()
   set(VELTRANE_SETUP_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/odbc)
 endif()
 set(VELTRANE_EDITOR_INSTALL_DIR ${CMAKE_INSTALL_LIBEXECDIR}/veltrane)
-set(ORSKA_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/orska)
 
 # orska_install(component directory file...)
 function(orska_install component directory)
