@@ -16,8 +16,8 @@ namespace {
 // C2 or C3, the lead of the UTF-8 of a code point from 80 to FF.
 template <class V>
 ORSKA_INLINE typename V::Type GetLead(typename V::Type in_bytes) {
-    const auto bit = V::And(V::template ShiftRight16<6>(in_bytes), V::template All8<0x01>());
-    return V::Or(bit, V::template All8<0xC2>());
+    // Signed: bytes from 80 to BF are below C0.
+    return V::Add8(V::template All8<0xC3>(), V::GreaterSigned8(V::template All8<0xC0>(), in_bytes));
 }
 
 struct Latin1Set {
@@ -70,7 +70,7 @@ struct Cp1252Set {
 private:
     template <class V>
     static ORSKA_INLINE typename V::Type IsMapped(typename V::Type in_at) {
-        return V::Equal8(V::And(in_at, V::template All8<0xE0>()), V::template All8<0x80>());
+        return V::GreaterSigned8(V::template All8<0xA0>(), in_at);  // signed: 80 to 9F
     }
 
     // The code point of a byte from 80 to 9F.

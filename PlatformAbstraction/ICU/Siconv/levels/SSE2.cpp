@@ -34,7 +34,7 @@ struct FromLatin1 : FromBytesBelow80 {
 
 struct FromCp1252 : FromBytesBelow80 {
     static std::uint64_t GetOthers(V::Type in_at) {
-        return V::GetSignBits(V::Equal8(V::And(in_at, V::All8<0xE0>()), V::All8<0x80>()));
+        return V::GetSignBits(V::GreaterSigned8(V::All8<0xA0>(), in_at));  // signed: 80 to 9F
     }
 };
 
