@@ -33,6 +33,7 @@ class LineTest(ToolTest):
                 ("apply", "The file is missing. Usage: veltrane-dsn apply FILE [OPTION...]."),
                 ("test a --timeout 0", "--timeout is a number of seconds"),
                 ("test a --timeout 2s", "--timeout is a number of seconds"),
+                ("test a --timeout 86401", "--timeout is a number of seconds from 1 to 86400."),
                 ("test - --pwd-stdin", "Standard input cannot give a connection string and a password."),
                 ("test -", "Standard input has no connection string."),
                 ("test - --apart", "--apart is for the tool itself."),
