@@ -187,7 +187,7 @@ def foresee_without_tool(module):
     present = [source["name"] for source in module.params["data_sources"]
                if source["state"] == "present"]
     module.warn("%s is not installed yet, so the DSNs of the host are unknown; "
-                "those that are to be present count as changed." % module.params["executable"])
+                "those that should exist count as changed." % module.params["executable"])
     module.exit_json(changed=bool(present), results=[])
 
 
