@@ -39,7 +39,7 @@ const Posted FAILED = {{11, "Request failed."}};
 /// The stored values before each request.
 const Profile BEFORE = {
     {"x",
-     {{"Driver", "drv"},
+     {{"Driver", "d"},  // of one letter
       {"Server", "s"},
       {"Namespace", "n"},
       {"PWD", "p"},
