@@ -95,8 +95,7 @@ struct Copy {
         if (in_count >= 4 * BLOCK) {
             CopyBlocks<Plain, 4>(in_source, out_target, in_count, done);
             CopyBlocks<Pairs, 4>(in_source, out_target, in_count, done);
-            // Neither ends after a lead, and the code below looks for trails after its own units
-            // only.
+            // Neither ends after a lead. The code below looks for trails after its own units only.
             if (done < in_count && IsUnitOfKind(in_source + 2 * done, 0xDC00)) {
                 return done;
             }
