@@ -126,6 +126,7 @@ TEST(ErrorExceptionTest, ReturnsItsParts) {
     ErrorException finished(DIAG_HYC00, u"Text", -55);
     EXPECT_EQ(finished.GetDiagState(), DIAG_HYC00);
     EXPECT_FALSE(finished.GetCustomState().IsSet());
+    EXPECT_STREQ(finished.GetCustomState().GetText(), "");
     EXPECT_EQ(finished.GetComponentId(), 0u);
     EXPECT_EQ(finished.GetNativeErrorCode(nullptr, u""), -55);
 }

@@ -55,10 +55,5 @@ TEST(SQLStateTest, IsMadeOfTrimmedText) {
     }
 }
 
-TEST(SQLStateTest, IsNotSetByDefault) {
-    EXPECT_FALSE(SQLState().IsSet());
-    EXPECT_STREQ(SQLState().GetText(), "");
-}
-
 }  // namespace
 }  // namespace Orska::Support
