@@ -3,6 +3,7 @@
 import itertools
 import json
 import os
+import subprocess
 
 from tool_test import SALES, ToolTest, main
 
@@ -65,6 +66,18 @@ class RegistryTest(ToolTest):
                 points += 1
             self.assertEqual(self.dsns(), after)
         self.assertGreater(points, 20)
+
+    def test_a_write_that_the_installer_refuses_is_reported(self):
+        for refused, command in (("WriteDSN", ["add", "new", "--server", "s", "--database", "d"]),
+                                 ("Write Server", ["set", "sales", "--server", "t"]),
+                                 ("RemoveDSN", ["remove", "sales"])):
+            self.write({"sales": SALES})
+            process = self.start(command, {"VELTRANE_TEST_INSTALLER_FAILS": refused},
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+            output = process.communicate(timeout=120)[0]
+            self.assertEqual(process.returncode, 1, output)
+            self.assertIn("1: General installer error", output)
+            self.assertEqual(self.dsns(), {"sales": SALES})
 
     def test_names_compare_as_in_the_registry(self):
         self.write({"Ärger": {**SALES, "Ünits": "1"}, "sales": SALES})

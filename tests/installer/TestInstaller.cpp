@@ -13,6 +13,7 @@
 #undef SQLConfigDataSource
 
 #include <algorithm>
+#include <cstdlib>
 #include <cwchar>
 #include <string>
 #include <vector>
@@ -35,10 +36,16 @@ struct Error {
     std::wstring m_text;
 };
 
+/// For a test in another process.
+std::wstring ReadFailing() {
+    const wchar_t* const operation = _wgetenv(L"VELTRANE_TEST_INSTALLER_FAILS");
+    return operation != nullptr ? operation : L"";
+}
+
 // Process-wide: set by the functions below and by the test, read by the functions below.
 std::vector<Error> s_errors;
 UWORD s_mode = ODBC_BOTH_DSN;
-std::wstring s_failing;
+std::wstring s_failing = ReadFailing();
 
 BOOL Post(DWORD in_code, const wchar_t* in_text) {
     if (s_errors.size() < MAX_ERRORS) s_errors.push_back({in_code, in_text});
