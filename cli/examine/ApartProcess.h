@@ -1,5 +1,5 @@
-/// One of our programs in a separate process, and both ends of the connection to it. A message is
-/// one line in UTF-8.
+/// The tool in a separate process, and both ends of the connection to it. A message is one line in
+/// UTF-8.
 #ifndef CLI_APARTPROCESS_H
 #define CLI_APARTPROCESS_H
 
