@@ -31,8 +31,9 @@ Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
     bool isPassedOver = false;
     std::size_t number = 0;
     const auto failIf = [&](bool in_isWrong, const char* in_reason) {
-        if (in_isWrong)
+        if (in_isWrong) {
             FailWith(in_source + ", line " + std::to_string(number) + ": " + in_reason + ".");
+        }
     };
     ForEachLine(in_text, [&](std::string_view in_line) {
         ++number;
