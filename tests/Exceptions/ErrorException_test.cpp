@@ -104,8 +104,6 @@ TEST(ErrorExceptionTest, DescribesItselfOnOneLine) {
         {"state, text", {SQLState("42S02"), u"All is lost", 5}, "All is lost"},
         {"product", ProductException(u"K"), head + "3" + unknown + "DiagState=63}"},
         {"start-up", StartupInitException("K"), head + "3" + unknown + "DiagState=63}"},
-        {"number", NumberConversionOutOfRangeException(u"K"),
-         head + "3" + unknown + "DiagState=63}"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.m_point);

@@ -79,11 +79,9 @@ protected:
 TEST_F(OdbcInstallerTest, ChecksNames) {
     const std::pair<const char*, bool> NAMES[] = {{"Sales", true},
                                                   {"ü€日本", true},
-                                                  {"a b", true},
                                                   {"", false},
                                                   {" a", false},
                                                   {"a ", false},
-                                                  {"a\tb", false},
                                                   {"a\nb", false},
                                                   {"a\x7F", false},
                                                   {"a\xC2\x85", false},

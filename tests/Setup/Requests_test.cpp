@@ -78,7 +78,6 @@ struct Row {
 const Row ROWS[] = {
     {"request 0", 0, X, NONE, TYPE},
     {"request 7", 7, X, ACCEPTED, TYPE},
-    {"request 100", 100, X, NONE, TYPE},
 
     {"remove", REMOVE, X, NONE, NOTHING, {{"x", GONE}}},
     {"remove a missing data source", REMOVE, "DSN=absent\0"s, NONE, NOTHING},
@@ -110,7 +109,6 @@ const Row ROWS[] = {
     {"259 characters are loaded, all are saved", CONFIG, "DSN=long\0"s, ACCEPTED, NOTHING},
 
     {"add", ADD, "", NONE, NOTHING, {{"new", SAVED_NEW}}},
-    {"add with a list", ADD, X, NONE, NOTHING, {{"new", SAVED_NEW}}},
     {"add with a list without a name", ADD, "Server=s\0"s, NONE, KEYWORD},
     {"accepted: a new editor's values", ADD, X, ACCEPTED, NOTHING, {{"new", SAVED_NEW}}},
     {"cancelled with an empty list: the empty name", ADD, "", CANCELLED, NAME},
