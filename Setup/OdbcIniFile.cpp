@@ -533,16 +533,16 @@ bool OdbcIniFile::IsAsRead(const std::string& in_name) {
     if (m_isTimeTelling || !IsSameVersion(m_stat, now)) return IsSameVersion(m_stat, now);
     const PrivateHandle& file = isTold ? m_file : anew;
     char buffer[16384];
-    for (std::size_t size = 0; size < m_bytes.size();) {
+    // Up to the end: less can have been read than the file's size says.
+    for (std::size_t size = 0;;) {
         const ssize_t count =
             SystemCalls::Read(file.Get(), buffer, sizeof buffer, static_cast<off_t>(size));
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
+        if (count <= 0) return count == 0 && size == m_bytes.size();
         const std::string_view part(buffer, static_cast<std::size_t>(count));
         if (std::string_view(m_bytes).substr(size, part.size()) != part) return false;
         size += part.size();
     }
-    return true;  // a file that has grown was another version
 }
 
 /// Undoes the exchange: a program without the lock has written or replaced the old file since it

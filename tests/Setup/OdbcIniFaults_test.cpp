@@ -90,6 +90,8 @@ TEST_F(OdbcIniFaults, CriticalFailuresAreNotIgnored) {
         if (std::string_view(name) == "readlink") {
             std::filesystem::rename(m_file, m_scratch.SystemFile());
             std::filesystem::create_symlink(m_scratch.SystemFile(), m_file);
+            std::error_code error;
+            if (!std::filesystem::exists(m_file, error)) continue;  // sshfs follows no new links
         }
         FailAll(name, EACCES);
         EXPECT_FALSE(Change());
