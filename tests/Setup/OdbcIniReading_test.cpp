@@ -131,12 +131,8 @@ std::string Compare(unsigned in_seed) {
             const std::string ours = ReadOurs(section, key);
             const std::string theirs = ReadTheirs(section, key);
             if (IsSame(theirs, ours)) continue;
-            differences.append("seed ")
-                .append(std::to_string(in_seed))
-                .append(" [")
-                .append(section);
-            differences.append("] ").append(key).append(": theirs ").append(theirs);
-            differences.append(", ours ").append(ours).append("\n");
+            differences.append("[" + section + "] " + key + ": theirs ");
+            differences.append(theirs).append(", ours ").append(ours).append("\n");
         }
     }
     return differences;
