@@ -144,8 +144,10 @@ std::string ApartAnswer::ReadRequest() {
             Refuse("--apart is for the tool itself.");
         }
     }
-    std::thread([socket = m_state->m_socket.Get()] {
-        for (std::string more; ReceiveMore(socket, more);) more.clear();
+    // The thread outlives this object, so it has a descriptor of its own.
+    const int own = fcntl(m_state->m_socket.Get(), F_DUPFD_CLOEXEC, 3);
+    std::thread([socket = AboveStandardStreams(own)] {
+        for (std::string more; ReceiveMore(socket.Get(), more);) more.clear();
         // Processes that the driver has started end too, if SpawnPlan has made a group of them.
         if (getpgrp() == getpid()) kill(0, SIGKILL);
         _exit(EXIT_FAILED);
