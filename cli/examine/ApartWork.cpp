@@ -14,6 +14,17 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
 
+/// Names, paths and error texts as an array of bytes: they need not be UTF-8, and strings of JSON
+/// do.
+Json ToBytes(const std::string& in_text) {
+    return std::vector<unsigned char>(in_text.begin(), in_text.end());
+}
+
+std::string ToText(const Json& in_bytes) {
+    const std::vector<unsigned char> bytes = in_bytes;
+    return {bytes.begin(), bytes.end()};
+}
+
 /// Sends the setup library, through the installer, a request that it has to refuse.
 /// @return "=" if it answered, else the installer's errors
 std::string AskSetupLibrary(const std::string& in_driver) {
@@ -69,13 +80,18 @@ std::string ToLine(const Json& in_document) {
     return in_document.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string AskApart(const Json& in_request) {
+std::string AskApart(const char* in_kind, const std::string& in_text,
+                     const std::vector<std::string>& in_functions) {
     try {
-        ApartProcess process(ToLine(in_request));
+        ApartProcess process(ToLine({{in_kind, ToBytes(in_text)}, {"functions", in_functions}}));
         std::string line;
-        const auto event = process.ReadLine(Clock::now() + std::chrono::seconds(20), line);
-        return event == ApartProcess::Event::Line ? Json::parse(line).get<std::string>() : "";
-    } catch (const CommandError& error) {
+        if (process.ReadLine(Clock::now() + std::chrono::seconds(20), line) !=
+            ApartProcess::Event::Line) {
+            return {};
+        }
+        const Json answer = Json::parse(line);
+        return answer.is_array() ? ToText(answer) : answer.at("reason").get<std::string>();
+    } catch (const std::exception& error) {
         return error.what();
     }
 }
@@ -87,10 +103,10 @@ void DoApartWork() {
     try {
         const Json request = Json::parse(line);
         if (request.contains("library")) {
-            const std::vector<unsigned char> path = request["library"];
-            answer.Write(ToLine(LoadHere({path.begin(), path.end()}, request["functions"])));
+            const std::string path = ToText(request["library"]);
+            answer.Write(ToLine(ToBytes(LoadHere(path, request["functions"]))));
         } else if (request.contains("driver")) {
-            answer.Write(ToLine(AskSetupLibrary(request["driver"])));
+            answer.Write(ToLine(ToBytes(AskSetupLibrary(ToText(request["driver"])))));
         } else {
             Connect(request, answer);
         }

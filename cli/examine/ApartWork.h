@@ -5,13 +5,17 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace Veltrane::Cli {
 
-/// Sends a request to a new process: {"library": bytes of its path, "functions": names} for
-/// LoadHere, {"driver": name} for AskSetupLibrary. Blocks for at most 20 s.
+/// Asks a new process. Blocks for at most 20 s.
+/// @param in_kind  "library": LoadHere of the path `in_text`; "driver": whether the setup library
+/// of
+///                 that driver answers the installer
 /// @return the answer; empty if the process ended without one or took longer
-std::string AskApart(const nlohmann::ordered_json& in_request);
+std::string AskApart(const char* in_kind, const std::string& in_text,
+                     const std::vector<std::string>& in_functions = {});
 
 /// Runs in that process: reads a request from standard input, also that of a connection test, and
 /// writes the result to standard output.

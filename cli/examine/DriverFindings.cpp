@@ -138,7 +138,7 @@ Findings ExamineRegistration(const std::string& in_driver) {
 }
 
 Finding ExamineRequest(const std::string& in_driver) {
-    const std::string answer = AskApart({{"driver", in_driver}});
+    const std::string answer = AskApart("driver", in_driver);
     if (answer == "=") {
         return {Severity::Note, "driver-answers",
                 "The installer finds the driver " + Quote(in_driver) +

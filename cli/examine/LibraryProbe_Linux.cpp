@@ -118,8 +118,7 @@ LibraryProbe ProbeLibrary(const std::string& in_path,
         LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }
-    const std::vector<unsigned char> path(in_path.begin(), in_path.end());
-    const std::string answer = AskApart({{"library", path}, {"functions", in_functions}});
+    const std::string answer = AskApart("library", in_path, in_functions);
     if (answer.empty()) return {LibraryFault::Crashes, {}};
     if (answer == "=") return {};
     if (answer == "-") return {LibraryFault::NoEntryPoint, Join(in_functions)};

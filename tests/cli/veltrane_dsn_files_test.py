@@ -224,6 +224,12 @@ class FileFindingsTest(FileTest):
                               "int ConfigDSN(void) { write(1, \"no JSON\", 7); abort(); }"))
         self.assertIn("it ends the process", self.findings()["driver-does-not-answer"])
 
+    def test_asks_a_driver_whose_name_is_not_utf_8(self):
+        with open(self.path("odbcinst.ini"), "ab") as file:
+            file.write(b"[Treib\xe4r]\nSetup=" + self.stage.setup.encode() + b"\n")
+        found = self.run_json("doctor", "--driver", "Treib\udce4r")["findings"]
+        self.assertIn("driver-answers", [finding["id"] for finding in found])
+
     def test_check_examines_every_line_of_a_dsn(self):
         sound = "Server=s\nDatabase=d\n"
         cases = {"sound": (sound, []), "no database": ("Server=s\n", ["value-missing"]),
