@@ -15,8 +15,12 @@ namespace {
 using namespace Veltrane::Cli;
 
 int Run(const std::vector<std::string>& in_arguments) {
-    const CommandLine line = ParseCommandLine(in_arguments);
-    const ExitCode code = RunCommand(line);
+    ExitCode code = EXIT_DONE;
+    try {
+        code = RunCommand(ParseCommandLine(in_arguments));
+    } catch (const HelpRequest& help) {
+        std::cout << help.m_text;
+    }
     std::cout.flush();
     if (!std::cout) FailWith("Standard output cannot be written.");
     return code;
@@ -27,9 +31,6 @@ int Run(const std::vector<std::string>& in_arguments) {
 int main(int in_count, char** in_arguments) {
     try {
         return Run(StartProgram(in_count, in_arguments));
-    } catch (const HelpRequest& help) {
-        std::cout << help.m_text;
-        return EXIT_DONE;
     } catch (const CommandError& error) {
         PrintError(error.what());
         return error.GetExitCode();

@@ -64,14 +64,6 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
     return description;
 }
 
-/// Returns the first few names, short enough for one line.
-std::string JoinFirst(const std::vector<std::string>& in_names) {
-    constexpr std::size_t MOST = 10;
-    const std::string first = Join(std::span(in_names).first(std::min(in_names.size(), MOST)));
-    if (in_names.size() <= MOST) return first;
-    return first + " and " + std::to_string(in_names.size() - MOST) + " more";
-}
-
 using Rows = std::vector<std::vector<std::string>>;
 
 /// Prints columns, each as wide as its longest text in code points.

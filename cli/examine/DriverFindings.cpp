@@ -12,13 +12,15 @@ namespace {
 
 const std::vector<std::string> CONNECTING_FUNCTIONS{"SQLAllocHandle", "SQLAllocEnv"};
 
+/// Another driver has its own setup library.
+bool IsOurs(const std::string& in_driver) { return EqualsIgnoringCase(in_driver, DEFAULT_DRIVER); }
+
 /// @param in_how  how the driver was named: "with --driver"
 Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_driver,
                       const std::string& in_how) {
     const std::string known = Join(in_registry.GetNames());
-    // Another name can be another driver's, which our setup library does not know.
     const std::string repair =
-        EqualsIgnoringCase(in_driver, DEFAULT_DRIVER)
+        IsOurs(in_driver)
             ? "Register it: veltrane-dsn driver register --driver " + Quote(in_driver) +
                   " --setup " + PLATFORM_WORDS.m_exampleSetup + ", or give the right name " +
                   in_how + "."
@@ -32,8 +34,7 @@ Finding NotRegistered(const DriverRegistry& in_registry, const std::string& in_d
 /// Returns the command that registers another library for the entry.
 std::string HowToRegister(const std::string& in_driver, const std::string& in_entry) {
     return "register its real path: veltrane-dsn driver register --replace " +
-           (EqualsIgnoringCase(in_driver, DEFAULT_DRIVER) ? std::string()
-                                                          : "--driver " + Quote(in_driver) + " ") +
+           (IsOurs(in_driver) ? std::string() : "--driver " + Quote(in_driver) + " ") +
            (in_entry == "Setup" ? "--setup" : "--library") + " PATH.";
 }
 
@@ -124,12 +125,12 @@ Findings ExamineRegistration(const std::string& in_driver) {
     Findings findings;
     const std::string setup = GetLibraryEntry(*entries, "Setup");
     if (setup.empty()) {
-        findings.push_back({Severity::Error, "driver-without-setup",
-                            "The driver " + Quote(in_driver) + " has no Setup entry in " +
-                                registry.GetPath() + ".",
-                            "Add it: veltrane-dsn driver register --replace --driver " +
-                                Quote(in_driver) + " --setup " + PLATFORM_WORDS.m_exampleSetup +
-                                "."});
+        findings.push_back(
+            {Severity::Error, "driver-without-setup",
+             "The driver " + Quote(in_driver) + " has no Setup entry in " + registry.GetPath() +
+                 ".",
+             "Add it: veltrane-dsn driver register --replace --driver " + Quote(in_driver) +
+                 " --setup " + (IsOurs(in_driver) ? PLATFORM_WORDS.m_exampleSetup : "PATH") + "."});
     } else {
         ExamineLibrary(in_driver, "Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
     }

@@ -80,11 +80,11 @@ void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
 void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
                    Findings& io_findings) {
     const FileRights rights = GetFileRights(in_store.GetPath());
-    std::string holders;
+    std::vector<std::string> holders;
     for (const std::string& dsn : GetDsnNames(in_text)) {
         for (const auto& [key, value] : in_text.GetKeyValues(dsn)) {
             if (!IsSecretKey(key) || value.empty()) continue;
-            holders += (holders.empty() ? "" : ", ") + dsn;
+            holders.push_back(dsn);
             break;
         }
     }
@@ -95,7 +95,7 @@ void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
             {rights.m_isReadByOthers ? Severity::Warning : Severity::Note,
              "password-readable-by-others",
              subject + " can be read by " + (rights.m_isReadByOthers ? "everybody" : "its group") +
-                 " and holds the passwords of: " + holders + ".",
+                 " and holds the passwords of: " + JoinFirst(holders) + ".",
              in_store.GetScope() == Scope::User
                  ? "Make it private: chmod 600 " + in_store.GetPath() + "."
                  : "Remove the passwords (veltrane-dsn set NAME --system --unset PWD) and let "

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <numeric>
-#include <vector>
 
 #include "PlatformAbstraction/base/Ascii.h"
 
@@ -28,6 +27,13 @@ std::size_t Distance(std::string_view in_left, std::string_view in_right) {
 }
 
 }  // namespace
+
+std::string JoinFirst(const std::vector<std::string>& in_names) {
+    constexpr std::size_t MOST = 10;
+    const std::string first = Join(std::span(in_names).first(std::min(in_names.size(), MOST)));
+    if (in_names.size() <= MOST) return first;
+    return first + " and " + std::to_string(in_names.size() - MOST) + " more";
+}
 
 std::string_view FindNearWord(std::string_view in_word,
                               std::span<const std::string_view> in_known) {

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Veltrane::Cli {
 
@@ -16,6 +17,9 @@ std::string Join(const Texts& in_texts, std::string_view in_between = ", ") {
     }
     return text;
 }
+
+/// Returns the first few names, short enough for one line: "a, b and 9 more".
+std::string JoinFirst(const std::vector<std::string>& in_names);
 
 inline std::string Quote(const std::string& in_text) { return '"' + in_text + '"'; }
 

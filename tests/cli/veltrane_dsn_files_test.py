@@ -105,6 +105,9 @@ class FilesTest(FileTest):
         missing = self.path("nowhere/odbc.ini")
         _, errors = self.add_sales(code=1, ODBCINI=missing)
         self.assertIn(missing + ": cannot create: No such file or directory", errors)
+        for command in ("where", "--help"):
+            with open("/dev/full", "w", encoding="utf-8") as full:
+                self.assertEqual(self.start([command], stdout=full).wait(), 1)
 
 
 # Runs a program and kills it at its system call of a number: kill NUMBER PROGRAM ARGUMENT...
@@ -250,12 +253,13 @@ class FileFindingsTest(FileTest):
 
     def test_finds_what_is_wrong_with_files(self):
         self.write_file("user.ini", "[sales]\nDriver=Veltrane\nServer=s\nPWD=hunter2\nServer=t\n"
-                                    "[SALES]\n")
+                                    "[SALES]\n" + "".join(f"[d{i}]\nPWD=x\n" for i in range(10)))
         os.chmod(self.user, 0o666)
         found = self.findings(ODBCSEARCH="ODBC_SYSTEM_DSN")
         for name in ("key-twice", "section-twice", "password-readable-by-others",
                      "file-writable-by-others", "environment-odbcsearch"):
             self.assertIn(name, found)
+        self.assertTrue(found["password-readable-by-others"].endswith(", d8 and 1 more."))
         self.assertNotIn("hunter2", str(found))
         os.chmod(self.user, 0o600)
         self.assertNotIn("password-readable-by-others", self.findings())

@@ -400,7 +400,9 @@ class DoctorTest(ToolTest):
         nowhere = self.stage.NOWHERE
         self.stage.write("drivers", {"Other": {"Setup": nowhere}})
         self.assertIn("Registered are: Other", self.findings()["driver-not-registered"])
-        self.stage.write("drivers", {"Veltrane": {"Driver": nowhere}})
+        self.stage.write("drivers", dict.fromkeys(("Veltrane", "SQL Server"), {"Driver": nowhere}))
+        found = self.run_json("doctor", "--driver", "SQL Server", code=1)["findings"]
+        self.assertTrue(found[0]["repair"].endswith('--driver "SQL Server" --setup PATH.'), found[0])
         found = self.findings()
         self.assertIn("has no Setup entry", found["driver-without-setup"])
         self.assertIn("register --replace --library PATH.", self.run_json("doctor", code=1)
