@@ -58,6 +58,11 @@ bool IsSameVersion(const struct stat& in_left, const struct stat& in_right) {
            IsSameTime(in_left.st_mtim, in_right.st_mtim);
 }
 
+bool HasSameRights(const struct stat& in_left, const struct stat& in_right) {
+    return in_left.st_mode == in_right.st_mode && in_left.st_uid == in_right.st_uid &&
+           in_left.st_gid == in_right.st_gid;
+}
+
 /// Returns the time since the last write, in microseconds.
 long long GetAge(const struct stat& in_stat) {
     return SystemCalls::GetRealTime() - in_stat.st_mtim.tv_sec * 1'000'000LL -
@@ -267,7 +272,7 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     for (;;) {
         Unlock();
         m_failure = {};
-        if (LockOnce(out_bytes)) break;
+        if (LockOnce(out_bytes, deadline)) break;
         if (m_failure.IsSet() && !IsStale()) return false;
         if (SystemCalls::GetMonotonicTime() > deadline) {
             return !m_failure.IsSet() && Fail("locked by another program", ETIMEDOUT);
@@ -280,22 +285,31 @@ bool OdbcIniFile::Lock(std::string& out_bytes, mode_t in_newFileMode) {
     return true;
 }
 
-/// @return false, with no failure set, when the file is locked, or was created, removed or replaced
-///         meanwhile
-bool OdbcIniFile::LockOnce(std::string& out_bytes) {
+/// @return false, with no failure set, when the file stays locked, or was created, removed or
+///         replaced meanwhile
+bool OdbcIniFile::LockOnce(std::string& out_bytes, long long in_deadline) {
     if (!OpenToLock()) return false;
     out_bytes.clear();
     if (m_isNew) return IsMissing();
     // A blocking flock has no time limit without signals, and any reader of the file could hold us
-    // up for ever. After a pause the path can lead to another file.
-    if (!LockNow(m_file, m_directory.Get(), m_name.c_str(), O_NOFOLLOW)) {
+    // up for ever.
+    while (!LockNow(m_file, m_directory.Get(), m_name.c_str(), O_NOFOLLOW)) {
         if (!m_file.IsOpen()) return errno != ENOENT && Fail("cannot open for writing", errno);
         if (errno != EWOULDBLOCK) return Fail("cannot lock", errno);
+        if (SystemCalls::GetMonotonicTime() > in_deadline) return false;
         Pause();
-        return false;
+        if (!IsAtPath()) return false;
     }
     if (SystemCalls::StatHandle(m_file.Get(), m_stat) != 0) return FailToRead();
     return ReadAtRest(m_file.Get(), m_stat, out_bytes);
+}
+
+/// Looks without opening: a request in another process tells the config mode from which files are
+/// opened, and many that wait would mislead it.
+bool OdbcIniFile::IsAtPath() {
+    struct stat now {};
+    return SystemCalls::StatHandle(m_file.Get(), m_stat) == 0 &&
+           SystemCalls::Stat(m_path.c_str(), now, true) == 0 && IsSameFile(m_stat, now);
 }
 
 /// Opens the file for reading only: other requests would take a writer for a program that is
@@ -406,8 +420,7 @@ bool OdbcIniFile::IsOutdated() {
     if (m_isNew) return isThere;
     // The attributes that a new file keeps can have changed too.
     return !isThere || !IsSameVersion(m_stat, now) || !IsSameTime(m_stat.st_ctim, now.st_ctim) ||
-           m_stat.st_mode != now.st_mode || m_stat.st_uid != now.st_uid ||
-           m_stat.st_gid != now.st_gid;
+           !HasSameRights(m_stat, now);
 }
 
 /// The name cannot be guessed, and FindLeft recognises it.
@@ -530,7 +543,9 @@ bool OdbcIniFile::IsAsRead(const std::string& in_name) {
                 : SystemCalls::StatHandle(anew.Get(), now)) != 0) {
         return false;
     }
-    if (m_isTimeTelling || !IsSameVersion(m_stat, now)) return IsSameVersion(m_stat, now);
+    // The rights can have changed since the last check, right before the exchange.
+    const bool isSame = IsSameVersion(m_stat, now) && HasSameRights(m_stat, now);
+    if (m_isTimeTelling || !isSame) return isSame;
     const PrivateHandle& file = isTold ? m_file : anew;
     char buffer[16384];
     // Up to the end: less can have been read than the file's size says.

@@ -94,7 +94,8 @@ private:
     /// True when the file was replaced on another host of a network file system.
     bool IsStale() const noexcept { return m_failure.m_error == ESTALE; }
     bool ReadOnce(std::string& out_bytes, struct stat& out_stat);
-    bool LockOnce(std::string& out_bytes);
+    bool LockOnce(std::string& out_bytes, long long in_deadline);
+    bool IsAtPath();
     bool OpenToLock();
     bool OpenInDirectory(const std::string& in_path);
     bool OpenDirectory(const std::string& in_path);

@@ -161,6 +161,13 @@ TEST_F(OdbcIniFaults, AFileGetsNoMoreAccessThanBefore) {
     s_systemCalls.m_before = nullptr;
     EXPECT_TRUE(Change());
     EXPECT_EQ(std::filesystem::status(m_file).permissions(), std::filesystem::perms{0600});
+    // Narrowed after the last check of the old file.
+    chmod(m_file.c_str(), 0644);
+    s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
+        return in_name == "rename" ? chmod(m_file.c_str(), 0600) : 0;
+    };
+    EXPECT_TRUE(Change());
+    EXPECT_EQ(std::filesystem::status(m_file).permissions(), std::filesystem::perms{0600});
 }
 
 /// A host can close its standard handles and still print to them.
@@ -415,11 +422,25 @@ TEST_F(OdbcIniFaults, ALockThatIsNeverFreedEndsInARefusal) {
     std::string bytes;
     ASSERT_TRUE(holder.Lock(bytes, 0600));
     OdbcIniFile file(m_file);
+    s_systemCalls.m_calls.clear();
     EXPECT_FALSE(file.Lock(bytes, 0600));
     EXPECT_EQ(file.GetFailure().Describe(),
               m_file + ": locked by another program: Connection timed out");
-    holder.Unlock();
+    const auto& calls = s_systemCalls.m_calls;
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "openat"), 1) << "others watch for that";
+    // A link that leads to another file before the lock is free.
+    std::filesystem::rename(m_file, m_scratch.SystemFile());
+    s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
+        if (in_name == "getrandom") {
+            std::filesystem::remove(m_file);
+            Write(OTHER);
+            holder.Unlock();
+        }
+        return 0;
+    };
+    std::filesystem::create_symlink(m_scratch.SystemFile(), m_file);
     EXPECT_TRUE(file.Lock(bytes, 0600));
+    EXPECT_EQ(bytes, OTHER);
 }
 
 TEST_F(OdbcIniFaults, EditsAreRepeatedOnAnotherProgramsFile) {
