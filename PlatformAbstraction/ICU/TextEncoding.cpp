@@ -19,8 +19,8 @@ constexpr std::uint64_t UNIT = sizeof(char16_t);
 constexpr char16_t REPLACEMENT = 0xFFFD;
 
 // How many last units of a text are encoded apart. Their output is longer than the scratch that a
-// transcoder may leave after its position.
-constexpr std::size_t TAIL_UNITS = 64;
+// transcoder may leave after its position: less than the 128 bytes that it writes for a window.
+constexpr std::size_t TAIL_UNITS = 128;
 constexpr std::size_t MOST_BYTES_PER_UNIT = 4;
 
 // Appends the encoded part; true when all of it fits. A surrogate without its partner becomes

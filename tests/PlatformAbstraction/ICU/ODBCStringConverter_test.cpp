@@ -127,7 +127,8 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
         // Many encodings lack the zero width space, for which ICU then writes nothing.
         for (const std::u16string& text :
              {MakeRandomText(random, 1), MakeRandomText(random, 17), MakeRandomText(random, 150),
-              std::u16string(65, u'a') + u"\u6F22", std::u16string(u"ab\u200B\u200B")}) {
+              std::u16string(129, u'a') + u"\u6F22", u"\u6F22" + std::u16string(64, u'a'),
+              std::u16string(u"ab\u200B\u200B")}) {
             CheckCuts(*fixture.m_converter, text);
             if (testing::Test::HasFailure()) return;
         }
