@@ -45,11 +45,9 @@ std::int32_t Convert(TranscoderSource& io_source, TranscoderTarget& io_target) n
                                  io_source.m_position + SCALAR_UNITS * SOURCE_WIDTH,
                                  io_source.m_position};
         const std::int32_t result = ConvertCodePoints<Reader, Writer>(part, io_target);
-        const bool isAdvanced = part.m_position > io_source.m_position;
         io_source.m_position = part.m_position;
-        // A code point that only the end of the part cut is read again.
-        const bool isOnlyCut = result == TRANSCODER_INCOMPLETE && isAdvanced;
-        if (result != TRANSCODER_DONE && !isOnlyCut) {
+        // A code point that the end of the part cut is read again.
+        if (result == TRANSCODER_INVALID || result == TRANSCODER_FULL) {
             return result;
         }
     }
