@@ -104,7 +104,7 @@ void DoApartWork() {
         const Json request = Json::parse(line);
         if (request.contains("library")) {
             const std::string path = ToText(request["library"]);
-            answer.Write(ToLine(ToBytes(LoadHere(path, request["functions"]))));
+            answer.Write(ToLine(ToBytes(AnswerProbe(path, request["functions"]))));
         } else if (request.contains("driver")) {
             answer.Write(ToLine(ToBytes(AskSetupLibrary(ToText(request["driver"])))));
         } else {

@@ -24,18 +24,16 @@ struct LibraryProbe {
     std::string m_detail;
 };
 
-/// Loads the library in a separate process, so that it cannot affect this one. On Windows it only
-/// reads the file's headers and runs no code of it.
+/// Loads the library in a separate process, so that it cannot affect this one. On Windows no code
+/// of it runs.
 /// @param in_path  a path, or a bare name, which is searched for as by the loader
 /// @param in_functions  one of them has to be exported; empty for no requirement
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// Loads the library into this process, the separate one (Linux).
-/// @return "=" on success, "-" if no function is exported, else the loader's error
-std::string LoadHere(const std::string& in_path, const std::vector<std::string>& in_functions);
-
-/// Interprets the loader's error text (Linux).
-LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error);
+/// As ProbeLibrary, but in this process, the separate one.
+LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions);
+/// Returns the result of ProbeHere for ProbeLibrary.
+std::string AnswerProbe(const std::string& in_path, const std::vector<std::string>& in_functions);
 
 }  // namespace Veltrane::Cli
 

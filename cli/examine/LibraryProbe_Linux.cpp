@@ -12,7 +12,6 @@
 
 #include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
-#include "cli/examine/ApartWork.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/Words.h"
 
@@ -81,18 +80,6 @@ std::string FindAmongDrivers(const std::string& in_name) {
     return access(path.c_str(), F_OK) == 0 ? path : std::string();
 }
 
-}  // namespace
-
-std::string LoadHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
-    void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) return dlerror();
-    bool isExported = in_functions.empty();
-    for (const std::string& function : in_functions) {
-        isExported = isExported || dlsym(library, function.c_str()) != nullptr;
-    }
-    return isExported ? "=" : "-";
-}
-
 LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& in_error) {
     std::smatch parts;
     const auto has = [&](const char* in_pattern) {
@@ -109,20 +96,24 @@ LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& 
     return {LibraryFault::CannotLoad, in_error};
 }
 
-LibraryProbe ProbeLibrary(const std::string& in_path,
-                          const std::vector<std::string>& in_functions) {
+}  // namespace
+
+LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
     const bool isPath = in_path.find('/') != std::string::npos;
     const std::string driver = isPath ? std::string() : FindAmongDrivers(in_path);
-    if (!driver.empty()) return ProbeLibrary(driver, in_functions);
+    if (!driver.empty()) return ProbeHere(driver, in_functions);
     if (isPath) {
         LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }
-    const std::string answer = AskApart("library", in_path, in_functions);
-    if (answer.empty()) return {LibraryFault::Crashes, {}};
-    if (answer == "=") return {};
-    if (answer == "-") return {LibraryFault::NoEntryPoint, Join(in_functions)};
-    return ClassifyLoaderError(in_path, answer);
+    void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return ClassifyLoaderError(in_path, dlerror());
+    bool isExported = in_functions.empty();
+    for (const std::string& function : in_functions) {
+        isExported = isExported || dlsym(library, function.c_str()) != nullptr;
+    }
+    if (isExported) return {};
+    return {LibraryFault::NoEntryPoint, Join(in_functions)};
 }
 
 }  // namespace Veltrane::Cli

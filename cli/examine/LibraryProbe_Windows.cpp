@@ -1,14 +1,12 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
 #include "VeltraneDialog/WideText.h"
 #include "cli/examine/LibraryProbe.h"
-#include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
@@ -19,97 +17,22 @@ namespace {
 
 using ODBC::ToUtf8;
 using ODBC::ToWide;
-using Orska::Support::DescribeSystemError;
+using Orska::Support::DescribeLastError;
 
 /// This build is for x86-64 only.
 constexpr WORD OWN_MACHINE = IMAGE_FILE_MACHINE_AMD64;
 
-/// A DLL read from its file, without loading it.
-class Image {
-public:
-    explicit Image(std::string in_bytes) : m_bytes(std::move(in_bytes)) {
-        IMAGE_DOS_HEADER dos{};
-        if (!ReadAt(0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE || dos.e_lfanew < 0) return;
-        const auto at = static_cast<std::size_t>(dos.e_lfanew);
-        DWORD signature = 0;
-        m_isImage = ReadAt(at, signature) && signature == IMAGE_NT_SIGNATURE &&
-                    ReadAt(at + sizeof signature, m_header);
-        m_optional = at + sizeof signature + sizeof m_header;
-        m_sections = m_optional + m_header.SizeOfOptionalHeader;
-    }
-
-    bool IsLibrary() const { return m_isImage && (m_header.Characteristics & IMAGE_FILE_DLL) != 0; }
-    WORD GetMachine() const { return m_header.Machine; }
-
-    std::vector<std::string> GetImports() const {
-        std::vector<std::string> names;
-        IMAGE_IMPORT_DESCRIPTOR entry{};
-        for (DWORD at = DirectoryAt(IMAGE_DIRECTORY_ENTRY_IMPORT);
-             at != 0 && ReadAtAddress(at, entry) && entry.Name != 0; at += sizeof entry) {
-            names.push_back(TextAtAddress(entry.Name));
-        }
-        return names;
-    }
-
-    bool Exports(const std::string& in_function) const {
-        IMAGE_EXPORT_DIRECTORY directory{};
-        const DWORD at = DirectoryAt(IMAGE_DIRECTORY_ENTRY_EXPORT);
-        if (at == 0 || !ReadAtAddress(at, directory)) return false;
-        for (DWORD i = 0; i < directory.NumberOfNames; ++i) {
-            DWORD name = 0;
-            if (!ReadAtAddress(directory.AddressOfNames + 4 * i, name)) return false;
-            if (TextAtAddress(name) == in_function) return true;
-        }
-        return false;
-    }
-
-private:
-    template <typename T>
-    bool ReadAt(std::size_t in_offset, T& out_value) const {
-        if (in_offset > m_bytes.size() || m_bytes.size() - in_offset < sizeof out_value) {
-            return false;
-        }
-        std::memcpy(&out_value, m_bytes.data() + in_offset, sizeof out_value);
-        return true;
-    }
-
-    /// Returns the file offset of an address; the end of the file if it has none.
-    std::size_t OffsetOf(DWORD in_address) const {
-        IMAGE_SECTION_HEADER section{};
-        for (WORD i = 0; i < m_header.NumberOfSections; ++i) {
-            if (!ReadAt(m_sections + i * sizeof section, section)) break;
-            if (in_address >= section.VirtualAddress &&
-                in_address - section.VirtualAddress < section.SizeOfRawData) {
-                return std::size_t{section.PointerToRawData} +
-                       (in_address - section.VirtualAddress);
-            }
-        }
-        return m_bytes.size();
-    }
-
-    template <typename T>
-    bool ReadAtAddress(DWORD in_address, T& out_value) const {
-        return ReadAt(OffsetOf(in_address), out_value);
-    }
-
-    std::string TextAtAddress(DWORD in_address) const {
-        const std::size_t at = std::min(OffsetOf(in_address), m_bytes.size());
-        return m_bytes.substr(at, m_bytes.find('\0', at) - at);
-    }
-
-    /// Returns the address of a directory of this machine's kind of image; 0 if there is none.
-    DWORD DirectoryAt(DWORD in_index) const {
-        IMAGE_OPTIONAL_HEADER64 optional{};
-        if (!ReadAt(m_optional, optional) || in_index >= optional.NumberOfRvaAndSizes) return 0;
-        return optional.DataDirectory[in_index].VirtualAddress;
-    }
-
-    std::string m_bytes;
-    IMAGE_FILE_HEADER m_header{};
-    std::size_t m_optional = 0;
-    std::size_t m_sections = 0;
-    bool m_isImage = false;
-};
+/// Returns the headers of a DLL from its file's bytes; null for other files.
+const IMAGE_NT_HEADERS* FindHeaders(const std::string& in_bytes) {
+    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(in_bytes.data());
+    if (in_bytes.size() < sizeof *dos || dos->e_magic != IMAGE_DOS_SIGNATURE) return nullptr;
+    const auto at = static_cast<DWORD>(dos->e_lfanew);
+    if (std::size_t{at} + sizeof(IMAGE_NT_HEADERS) > in_bytes.size()) return nullptr;
+    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(in_bytes.data() + at);
+    const bool isLibrary = headers->Signature == IMAGE_NT_SIGNATURE &&
+                           (headers->FileHeader.Characteristics & IMAGE_FILE_DLL) != 0;
+    return isLibrary ? headers : nullptr;
+}
 
 std::string DescribeMachine(WORD in_machine) {
     constexpr std::pair<WORD, const char*> NAMES[] = {{IMAGE_FILE_MACHINE_I386, "32-bit x86"},
@@ -152,58 +75,62 @@ bool IsOfAnApiSet(const std::string& in_name) {
     return name.starts_with("api-ms-") || name.starts_with("ext-ms-");
 }
 
+/// Loads a library without those that it needs. No code of it runs.
+HMODULE LoadAlone(const std::wstring& in_path) {
+    return LoadLibraryExW(in_path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
+}
+
 /// Returns the first library that is not found, of all direct and indirect dependencies.
-std::string FindMissing(const Image& in_image, const std::wstring& in_folder,
+std::string FindMissing(HMODULE in_library, const std::wstring& in_folder,
                         std::set<std::string>& io_known) {
-    for (const std::string& name : in_image.GetImports()) {
+    const auto* const image = reinterpret_cast<const char*>(in_library);
+    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(image);
+    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(image + dos->e_lfanew);
+    const DWORD begin =
+        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    const auto* needed = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(image + begin);
+    for (; begin != 0 && needed->Name != 0; ++needed) {
+        const std::string name = image + needed->Name;
         if (IsOfAnApiSet(name) || !io_known.insert(name).second) continue;
         const std::wstring path = Find(ToWide(name), in_folder);
         if (path.empty()) return name;
-        if (IsOfTheSystem(path)) continue;
-        const std::string missing = FindMissing(Image(ReadAll(ToUtf8(path))), in_folder, io_known);
+        const HMODULE library = IsOfTheSystem(path) ? nullptr : LoadAlone(path);
+        std::string missing = library ? FindMissing(library, in_folder, io_known) : "";
         if (!missing.empty()) return missing;
     }
     return {};
 }
 
-LibraryProbe ProbeImage(const Image& in_image, const std::wstring& in_path,
-                        const std::vector<std::string>& in_functions) {
-    if (!in_image.IsLibrary()) return {LibraryFault::NotALibrary, "it is not a DLL"};
-    if (in_image.GetMachine() != OWN_MACHINE) {
-        return {LibraryFault::WrongArchitecture, DescribeMachine(in_image.GetMachine()) +
-                                                     " instead of " + DescribeMachine(OWN_MACHINE)};
-    }
-    std::set<std::string> known;
-    const std::string missing = FindMissing(in_image, FolderOf(in_path), known);
-    if (!missing.empty()) return {LibraryFault::MissingDependency, missing};
-    const bool isExported =
-        in_functions.empty() ||
-        std::any_of(in_functions.begin(), in_functions.end(),
-                    [&](const std::string& in_name) { return in_image.Exports(in_name); });
-    if (!isExported) return {LibraryFault::NoEntryPoint, Join(in_functions)};
-    return {};
-}
-
 }  // namespace
 
-std::string LoadHere(const std::string&, const std::vector<std::string>&) { return {}; }
-
-LibraryProbe ProbeLibrary(const std::string& in_path,
-                          const std::vector<std::string>& in_functions) {
-    const std::wstring path =
-        HasFolder(in_path) ? ToWide(in_path) : Find(ToWide(in_path), std::wstring());
+LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
+    const std::wstring path = HasFolder(in_path) ? ToWide(in_path) : Find(ToWide(in_path), {});
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        return {LibraryFault::NotFound, DescribeSystemError(GetLastError())};
+        return {LibraryFault::NotFound, DescribeLastError()};
     }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         return {LibraryFault::NotALibrary, "it is a folder"};
     }
-    try {
-        return ProbeImage(Image(ReadAll(ToUtf8(path))), path, in_functions);
-    } catch (const CommandError& error) {
-        return {LibraryFault::CannotLoad, error.what()};
+    const std::string bytes = ReadAll(ToUtf8(path));
+    const IMAGE_NT_HEADERS* const headers = FindHeaders(bytes);
+    if (headers == nullptr) return {LibraryFault::NotALibrary, "it is not a DLL"};
+    const WORD machine = headers->FileHeader.Machine;
+    if (machine != OWN_MACHINE) {
+        return {LibraryFault::WrongArchitecture,
+                DescribeMachine(machine) + " instead of " + DescribeMachine(OWN_MACHINE)};
     }
+    const HMODULE library = LoadAlone(path);
+    if (library == nullptr) return {LibraryFault::CannotLoad, DescribeLastError()};
+    std::set<std::string> known;
+    const std::string missing = FindMissing(library, FolderOf(path), known);
+    if (!missing.empty()) return {LibraryFault::MissingDependency, missing};
+    const bool isExported =
+        std::any_of(in_functions.begin(), in_functions.end(), [&](const std::string& in_name) {
+            return GetProcAddress(library, in_name.c_str()) != nullptr;
+        });
+    if (isExported || in_functions.empty()) return {};
+    return {LibraryFault::NoEntryPoint, Join(in_functions)};
 }
 
 }  // namespace Veltrane::Cli

@@ -220,12 +220,32 @@ class FileFindingsTest(FileTest):
         self.register(self.compile("symbol", "int absent_function(void);"
                                                    "int ConfigDSN(void) { return absent_function(); }"))
         self.assertIn("absent_function", self.findings()["library-missing-symbol"])
+        library = self.compile("version", "int ConfigDSN(void) { return getpid(); }")
+        with open(library, "rb") as file:
+            content = file.read().replace(b"GLIBC_2.", b"GLIBC_9.")
+        self.register(library)
+        for size, name, text in ((None, "library-missing-symbol", "no library defines version GLIBC_9."),
+                                 (64, "library-cannot-be-loaded", "cannot be loaded: " + library)):
+            with open(library, "wb") as file:
+                file.write(content[:size])
+            self.assertIn(text, self.findings()[name])
         self.register(self.compile("crash", "#include <stdlib.h>\n__attribute__((constructor)) "
                                                   "static void f(void) { abort(); }"))
         self.assertIn("library-crashes", self.findings())
         self.register(self.compile("abort", "#include <stdlib.h>\n#include <unistd.h>\n"
                               "int ConfigDSN(void) { write(1, \"no JSON\", 7); abort(); }"))
         self.assertIn("it ends the process", self.findings()["driver-does-not-answer"])
+
+    def test_names_the_defects_of_the_driver_managers_version(self):
+        shutil.copy(self.run_json("where")["installer_library"], self.path("libodbcinst.so.2"))
+        remembers, locks = "manager-remembers-values", "manager-locks-requests"
+        for version, defects in (("2.3.11", {remembers}), ("2.3.12", set()), ("2.3.13", {locks}),
+                                 ("2.3", {remembers}), ("", {remembers})):
+            self.write_file("libodbc.so.2", f"2.3.4x\0{version}\0")
+            found = self.findings(0, LD_LIBRARY_PATH=self.folder)
+            self.assertIn("unixODBC " + (version if version > "2.3" else "of an unknown"),
+                          found["manager-version"])
+            self.assertEqual(found.keys() & {remembers, locks}, defects)
 
     def test_asks_a_driver_whose_name_is_not_utf_8(self):
         with open(self.path("odbcinst.ini"), "ab") as file:
