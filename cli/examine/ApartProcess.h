@@ -4,6 +4,7 @@
 #define CLI_APARTPROCESS_H
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -35,23 +36,16 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// The end of the child process. Other readers and writers of its standard streams find them empty.
-/// The process ends with its parent.
-class ApartAnswer {
-public:
-    ApartAnswer();
-    ApartAnswer(const ApartAnswer&) = delete;
-    ApartAnswer& operator=(const ApartAnswer&) = delete;
-    ~ApartAnswer();
-
-    /// @throws CommandError EXIT_USAGE if there is no parent
-    std::string ReadRequest();
-    void Write(const std::string& in_line);
-
-private:
-    struct State;
-    std::unique_ptr<State> m_state;
+/// The end of the child process.
+struct ApartRequest {
+    std::string m_line;
+    std::function<void(const std::string& in_line)> m_answer;  ///< writes a line
 };
+
+/// Takes the request. Other readers and writers of the process's standard streams then find them
+/// empty, and the process ends with its parent.
+/// @throws CommandError EXIT_USAGE if there is no parent
+ApartRequest TakeRequest();
 
 /// Removes the first received line. @return false if there is no complete line yet
 inline bool TakeLine(std::string& io_received, std::string& out_line) {

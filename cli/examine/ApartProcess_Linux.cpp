@@ -124,39 +124,23 @@ std::string ApartProcess::DescribeEnd() {
            (name != nullptr ? std::string(" (") + name + ")" : std::string());
 }
 
-struct ApartAnswer::State {
-    FileDescriptor m_socket;
-    std::string m_received;
-};
-
-ApartAnswer::ApartAnswer() : m_state(std::make_unique<State>()) {
-    m_state->m_socket = AboveStandardStreams(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
+ApartRequest TakeRequest() {
+    // Shared with a thread that never ends.
+    const auto socket = std::make_shared<FileDescriptor>(
+        AboveStandardStreams(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)));
     const FileDescriptor nothing = AboveStandardStreams(open("/dev/null", O_RDWR | O_CLOEXEC));
     if (nothing.IsOpen()) dup2(nothing.Get(), STDIN_FILENO);
-}
-
-ApartAnswer::~ApartAnswer() = default;
-
-std::string ApartAnswer::ReadRequest() {
     std::string line;
-    while (!TakeLine(m_state->m_received, line)) {
-        if (!ReceiveMore(m_state->m_socket.Get(), m_state->m_received)) {
-            Refuse("--apart is for the tool itself.");
-        }
+    for (std::string received; !TakeLine(received, line);) {
+        if (!ReceiveMore(socket->Get(), received)) Refuse("--apart is for the tool itself.");
     }
-    // The thread outlives this object, so it has a descriptor of its own.
-    const int own = fcntl(m_state->m_socket.Get(), F_DUPFD_CLOEXEC, 3);
-    std::thread([socket = AboveStandardStreams(own)] {
-        for (std::string more; ReceiveMore(socket.Get(), more);) more.clear();
+    std::thread([socket] {
+        for (std::string more; ReceiveMore(socket->Get(), more);) more.clear();
         // Processes that the driver has started end too, if SpawnPlan has made a group of them.
         if (getpgrp() == getpid()) kill(0, SIGKILL);
         _exit(EXIT_FAILED);
     }).detach();
-    return line;
-}
-
-void ApartAnswer::Write(const std::string& in_line) {
-    SendAll(m_state->m_socket.Get(), in_line + "\n");
+    return {line, [socket](const std::string& in_line) { SendAll(socket->Get(), in_line + "\n"); }};
 }
 
 }  // namespace Veltrane::Cli

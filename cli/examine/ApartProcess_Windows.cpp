@@ -158,40 +158,23 @@ std::string ApartProcess::DescribeEnd() {
     return std::string("exit code ") + text;
 }
 
-struct ApartAnswer::State {
-    WindowsHandle m_request;
-    WindowsHandle m_answer;
-    std::string m_received;
-};
-
-ApartAnswer::ApartAnswer() : m_state(std::make_unique<State>()) {
-    m_state->m_request = WindowsHandle(GetStdHandle(STD_INPUT_HANDLE));
-    m_state->m_answer = WindowsHandle(GetStdHandle(STD_OUTPUT_HANDLE));
-    for (const HANDLE handle : {m_state->m_request.Get(), m_state->m_answer.Get()}) {
+ApartRequest TakeRequest() {
+    const HANDLE request = GetStdHandle(STD_INPUT_HANDLE);
+    const HANDLE answer = GetStdHandle(STD_OUTPUT_HANDLE);
+    for (const HANDLE handle : {request, answer}) {
         SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
     }
     SetStdHandle(STD_INPUT_HANDLE, GetStdHandle(STD_ERROR_HANDLE));
     SetStdHandle(STD_OUTPUT_HANDLE, GetStdHandle(STD_ERROR_HANDLE));
-}
-
-ApartAnswer::~ApartAnswer() = default;
-
-std::string ApartAnswer::ReadRequest() {
     std::string line;
-    while (!TakeLine(m_state->m_received, line)) {
-        if (!ReceiveMore(m_state->m_request.Get(), m_state->m_received)) {
-            Refuse("--apart is for the tool itself.");
-        }
+    for (std::string received; !TakeLine(received, line);) {
+        if (!ReceiveMore(request, received)) Refuse("--apart is for the tool itself.");
     }
-    std::thread([pipe = m_state->m_request.Get()] {
-        for (std::string more; ReceiveMore(pipe, more);) more.clear();
+    std::thread([request] {
+        for (std::string more; ReceiveMore(request, more);) more.clear();
         TerminateProcess(GetCurrentProcess(), EXIT_FAILED);
     }).detach();
-    return line;
-}
-
-void ApartAnswer::Write(const std::string& in_line) {
-    WriteAll(m_state->m_answer.Get(), in_line + "\n");
+    return {line, [answer](const std::string& in_line) { WriteAll(answer, in_line + "\n"); }};
 }
 
 }  // namespace Veltrane::Cli

@@ -1,6 +1,5 @@
 #include "cli/examine/ApartWork.h"
 
-#include "PlatformAbstraction/base/Wipe.h"
 #include "cli/examine/ApartProcess.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/examine/OdbcCalls.h"
@@ -53,25 +52,23 @@ std::string AskSetupLibrary(const std::string& in_driver) {
     return text.empty() ? "the installer gave no reason" : text;
 }
 
-void Connect(const Json& in_request, ApartAnswer& io_answer) {
+void Connect(const Json& in_request, const ApartRequest& in_parent) {
     OdbcCalls calls(in_request.at("driver_manager"));
-    std::string text = in_request.at("connection_string");
-    const Orska::Support::WipeAtEnd wipe(text);
     const Clock::time_point begin = Clock::now();
-    const bool isConnected = calls.Connect(text);
+    const bool isConnected = calls.Connect(in_request.at("connection_string"));
     const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
     Json diagnostics = Json::array();
     for (const auto& [state, code, said] : calls.GetDiagnostics()) {
         diagnostics.push_back({{"state", state}, {"native_code", code}, {"text", said}});
     }
-    io_answer.Write(ToLine({{"connected", isConnected},
-                            {"time_ms", time.count()},
-                            {"server", isConnected ? calls.GetInfo(SQL_DBMS_NAME) : ""},
-                            {"version", isConnected ? calls.GetInfo(SQL_DBMS_VER) : ""},
-                            {"diagnostics", std::move(diagnostics)}}));
+    in_parent.m_answer(ToLine({{"connected", isConnected},
+                               {"time_ms", time.count()},
+                               {"server", isConnected ? calls.GetInfo(SQL_DBMS_NAME) : ""},
+                               {"version", isConnected ? calls.GetInfo(SQL_DBMS_VER) : ""},
+                               {"diagnostics", std::move(diagnostics)}}));
     if (!isConnected) return;
     calls.Disconnect();
-    io_answer.Write("disconnected");
+    in_parent.m_answer("disconnected");
 }
 
 }  // namespace
@@ -97,21 +94,19 @@ std::string AskApart(const char* in_kind, const std::string& in_text,
 }
 
 void DoApartWork() {
-    ApartAnswer answer;
-    std::string line = answer.ReadRequest();
-    const Orska::Support::WipeAtEnd wipe(line);
+    const ApartRequest parent = TakeRequest();
     try {
-        const Json request = Json::parse(line);
+        const Json request = Json::parse(parent.m_line);
         if (request.contains("library")) {
             const std::string path = ToText(request["library"]);
-            answer.Write(ToLine(ToBytes(AnswerProbe(path, request["functions"]))));
+            parent.m_answer(ToLine(ToBytes(AnswerProbe(path, request["functions"]))));
         } else if (request.contains("driver")) {
-            answer.Write(ToLine(ToBytes(AskSetupLibrary(ToText(request["driver"])))));
+            parent.m_answer(ToLine(ToBytes(AskSetupLibrary(ToText(request["driver"])))));
         } else {
-            Connect(request, answer);
+            Connect(request, parent);
         }
     } catch (const std::exception& error) {
-        answer.Write(ToLine({{"reason", error.what()}}));
+        parent.m_answer(ToLine({{"reason", error.what()}}));
     }
 }
 

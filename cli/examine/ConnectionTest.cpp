@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "PlatformAbstraction/base/Ascii.h"
-#include "PlatformAbstraction/base/Wipe.h"
 #include "cli/dsn/ConnectionString.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/examine/ApartProcess.h"
@@ -22,15 +21,6 @@ using std::chrono::milliseconds;
 
 /// Time to disconnect: servers log connections that are not closed.
 constexpr std::chrono::seconds TIME_TO_DISCONNECT{2};
-
-ApartProcess Start(const ConnectionRequest& in_request) {
-    std::string text = FormatConnectionString(in_request.m_attributes);
-    const Orska::Support::WipeAtEnd wipeText(text);
-    std::string line =
-        ToLine({{"connection_string", text}, {"driver_manager", in_request.m_driverManager}});
-    const Orska::Support::WipeAtEnd wipe(line);
-    return ApartProcess(line);
-}
 
 std::string DescribeTime(milliseconds in_time) {
     const auto count = in_time.count();
@@ -155,7 +145,8 @@ Json ReadAnswer(const Json& in_answer, const Entries& in_attributes, const Store
 Json TestConnection(const ConnectionRequest& in_request) {
     const Entries& attributes = in_request.m_attributes;
     const Clock::time_point begin = Clock::now();
-    ApartProcess process = Start(in_request);
+    ApartProcess process(ToLine({{"connection_string", FormatConnectionString(attributes)},
+                                 {"driver_manager", in_request.m_driverManager}}));
     std::string line;
     const Event event = process.ReadLine(begin + in_request.m_timeout, line);
     const auto time = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
