@@ -1,13 +1,12 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
 
 #include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
 #include "cli/system/CommandError.h"
-#include "cli/system/Input.h"
 #include "cli/system/OpenExisting.h"
 #include "cli/system/ProgramStart.h"
 #include "cli/system/Terminal.h"
@@ -61,27 +60,15 @@ void WriteText(HANDLE in_console, const std::string& in_text) {
 
 /// Returns the line without its end.
 std::wstring ReadConsoleLine(HANDLE in_console) {
-    // Older consoles have no room for more at once.
-    std::wstring part(8192, L'\0');
-    const ODBC::WipeAtEnd wipePart(part);
-    std::wstring line;
-    line.reserve(MAX_LINE);
-    for (bool isEnd = false; !isEnd;) {
-        DWORD count = 0;
-        SetLastError(ERROR_SUCCESS);
-        const BOOL isRead =
-            ReadConsoleW(in_console, part.data(), static_cast<DWORD>(part.size()), &count, nullptr);
-        // Ctrl-C: the program ends here or in RestoreConsole, whichever comes first.
-        if (GetLastError() == ERROR_OPERATION_ABORTED) {
-            ODBC::Wipe(line);
-            throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);
-        }
-        const std::wstring_view read(part.data(), isRead != FALSE ? count : 0);
-        // CR LF, or CR alone from a console that leaves the end of the line to the program.
-        isEnd = read.empty() || read.back() == L'\n' || read.back() == L'\r';
-        line.append(read.substr(0, MAX_LINE - line.size()));
+    std::wstring line(8192, L'\0');  // older consoles have no room for more
+    DWORD count = 0;
+    SetLastError(ERROR_SUCCESS);
+    ReadConsoleW(in_console, line.data(), static_cast<DWORD>(line.size()), &count, nullptr);
+    // Ctrl-C: the program ends here or in RestoreConsole, whichever comes first.
+    if (GetLastError() == ERROR_OPERATION_ABORTED) {
+        throw CommandError(EXIT_INTERRUPTED, INTERRUPTED);
     }
-    while (!line.empty() && (line.back() == L'\n' || line.back() == L'\r')) line.pop_back();
+    line.resize(std::min(line.find_first_of(L"\r\n"), std::size_t{count}));
     return line;
 }
 
@@ -109,11 +96,9 @@ std::vector<std::string> AskSecretly(const std::vector<std::string>& in_question
     std::vector<std::string> answers;
     for (const std::string& question : in_questions) {
         WriteText(output.Get(), question);
-        std::wstring line = ReadConsoleLine(input.Get());
-        const ODBC::WipeAtEnd wipe(line);
+        answers.push_back(ToUtf8(ReadConsoleLine(input.Get())));
         WriteText(output.Get(), "\n");
-        answers.push_back(ToUtf8(line));
-        if (line.empty()) break;
+        if (answers.back().empty()) break;
     }
     return answers;
 }
@@ -125,7 +110,6 @@ bool ReadVariable(const std::string& in_name, std::string& out_value) {
     std::wstring value(size, L'\0');
     value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
     out_value = ToUtf8(value);
-    ODBC::Wipe(value);
     return true;
 }
 
