@@ -30,34 +30,13 @@ void Interrupt(int in_signal) {
     std::signal(in_signal, SIG_DFL);
 }
 
-std::vector<DsnDescription> ReadDescriptions(const CommandLine& in_line,
-                                             std::vector<std::string>& out_notes) {
-    const std::string& argument = in_line.m_arguments.front();
-    const bool isInput = argument == "-";
-    const std::string text = ReadText(isInput ? std::string() : argument);
-    DescriptionFormat format = GuessFormat(text);
-    if (in_line.Has("--format")) {
-        const std::string name = in_line.Get("--format");
-        format = name == "ini" ? DescriptionFormat::INI : DescriptionFormat::JSON;
-        if (name != "ini" && name != "json") {
-            Refuse("--format is json or ini.");
-        }
-    }
-    return ParseDescriptions(text, format, isInput ? "standard input" : argument, out_notes);
-}
-
-/// A relative path is relative to the folder of the description.
-std::string PathBeside(const std::string& in_description, const std::string& in_path) {
-    if (in_description == "-") return in_path;
-    const std::u8string path = (ToPath(in_description).parent_path() / ToPath(in_path)).u8string();
-    return {path.begin(), path.end()};
-}
-
 void TakePassword(const DsnDescription& in_description, const CommandLine& in_line,
                   DsnWish& io_wish) {
     if (!in_description.m_pwdFile.empty()) {
-        io_wish.m_values.Set("PWD", ReadFirstLine(PathBeside(in_line.m_arguments.front(),
-                                                             in_description.m_pwdFile)));
+        // A relative path is relative to the folder of the description.
+        const std::filesystem::path folder = ToPath(GetFile(in_line)).parent_path();
+        io_wish.m_values.Set("PWD",
+                             ReadFirstLine(FromPath(folder / ToPath(in_description.m_pwdFile))));
     }
     const std::string& name = in_description.m_pwdVariable;
     if (name.empty()) return;
@@ -105,8 +84,11 @@ void CheckRefusals(const DsnResults& in_results) {
 }  // namespace
 
 ExitCode ApplyDescriptions(const CommandLine& in_line) {
+    const std::string file = GetFile(in_line);
+    const std::string text = ReadText(file);
     std::vector<std::string> notes;
-    const std::vector<DsnDescription> descriptions = ReadDescriptions(in_line, notes);
+    const std::vector<DsnDescription> descriptions =
+        ParseDescriptions(text, GetFormat(in_line, GuessFormat(text)), DescribeInput(file), notes);
     return ApplyThese(in_line, descriptions, notes);
 }
 

@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <iostream>
 
 #include "cli/commands/Commands.h"
@@ -21,22 +20,14 @@ void CheckOptions(const CommandLine& in_line) {
     }
 }
 
-/// A file DSN has the name of its file.
-std::string GetNameOfFile(const std::string& in_path) {
-    const std::filesystem::path path(std::u8string(in_path.begin(), in_path.end()));
-    const std::u8string stem = path.stem().u8string();
-    return {stem.begin(), stem.end()};
-}
-
 }  // namespace
 
 ExitCode ImportFile(const CommandLine& in_line) {
     CheckOptions(in_line);
-    const std::string& file = in_line.m_arguments.front();
-    const bool isInput = file == "-";
+    const std::string file = GetFile(in_line);
     ImportWish wish;
-    wish.m_source = isInput ? "standard input" : file;
-    wish.m_name = in_line.Get("--name", isInput ? std::string() : GetNameOfFile(file));
+    wish.m_source = DescribeInput(file);
+    wish.m_name = in_line.Get("--name", FromPath(ToPath(file).stem()));
     wish.m_isNameGiven = in_line.Has("--name");
     wish.m_encoding = in_line.Get("--encoding");
     wish.m_driver = GetDriver(in_line);
@@ -44,8 +35,7 @@ ExitCode ImportFile(const CommandLine& in_line) {
     wish.m_areAllTaken = in_line.Has("--all");
     wish.m_areSecretsTaken = in_line.Has("--show-secrets");
     std::vector<std::string> notes;
-    const std::vector<DsnDescription> descriptions =
-        ImportDsns(ReadText(isInput ? std::string() : file), wish, notes);
+    const std::vector<DsnDescription> descriptions = ImportDsns(ReadText(file), wish, notes);
     for (const std::string& note : notes) {
         if (!in_line.Has("--quiet")) PrintError(note);
     }

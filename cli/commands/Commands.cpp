@@ -6,27 +6,13 @@
 namespace Veltrane::Cli {
 
 ExitCode RunCommand(const CommandLine& in_line) {
-    constexpr std::pair<CommandId, ExitCode (*)(const CommandLine&)> COMMANDS[] = {
-        {CommandId::Add, AddDsn},
-        {CommandId::Set, SetDsn},
-        {CommandId::Edit, EditDsn},
-        {CommandId::Remove, RemoveDsns},
-        {CommandId::Show, ShowDsn},
-        {CommandId::List, ListDsns},
-        {CommandId::Apply, ApplyDescriptions},
-        {CommandId::Export, ExportDsns},
-        {CommandId::Import, ImportFile},
-        {CommandId::Check, CheckDsns},
-        {CommandId::DriverRegister, RegisterDriver},
-        {CommandId::DriverUnregister, UnregisterDriver},
-        {CommandId::DriverList, ListDrivers},
-        {CommandId::Where, ShowPlaces},
-        {CommandId::Doctor, RunDoctor},
-        {CommandId::Test, TestDsn}};
-    for (const auto& [id, run] : COMMANDS) {
-        if (id == in_line.m_command) return run(in_line);
-    }
-    return EXIT_USAGE;
+    // In the order of CommandId.
+    constexpr ExitCode (*COMMANDS[])(const CommandLine&) = {
+        AddDsn,      SetDsn,     EditDsn,           RemoveDsns,
+        ShowDsn,     ListDsns,   ApplyDescriptions, ExportDsns,
+        ImportFile,  CheckDsns,  RegisterDriver,    UnregisterDriver,
+        ListDrivers, ShowPlaces, RunDoctor,         TestDsn};
+    return COMMANDS[static_cast<std::size_t>(in_line.m_command)](in_line);
 }
 
 std::string GetDriver(const CommandLine& in_line) {
@@ -35,6 +21,19 @@ std::string GetDriver(const CommandLine& in_line) {
 
 Scope GetScope(const CommandLine& in_line) {
     return in_line.Has("--system") ? Scope::System : Scope::User;
+}
+
+std::string GetFile(const CommandLine& in_line) {
+    const std::string& file = in_line.m_arguments.front();
+    return file == "-" ? std::string() : file;
+}
+
+DescriptionFormat GetFormat(const CommandLine& in_line, DescriptionFormat in_default) {
+    if (!in_line.Has("--format")) return in_default;
+    const std::string name = in_line.Get("--format");
+    if (name == "ini") return DescriptionFormat::INI;
+    if (name == "json") return DescriptionFormat::JSON;
+    Refuse("--format is json or ini.");
 }
 
 CommandError DsnExists(const DsnStore& in_store, const std::string& in_dsn) {

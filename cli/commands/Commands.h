@@ -40,6 +40,10 @@ ExitCode TestDsn(const CommandLine& in_line);
 std::string GetDriver(const CommandLine& in_line);
 /// Returns the scope that the options name.
 Scope GetScope(const CommandLine& in_line);
+/// Returns the path of a FILE argument; empty for standard input.
+std::string GetFile(const CommandLine& in_line);
+/// Returns the format that the options name.
+DescriptionFormat GetFormat(const CommandLine& in_line, DescriptionFormat in_default);
 /// Returns the error that a DSN exists already.
 CommandError DsnExists(const DsnStore& in_store, const std::string& in_dsn);
 /// Returns the error that a DSN does not exist, and a hint if the other scope has it.

@@ -39,14 +39,6 @@ std::vector<StoredDsn> Select(const ODBC::ProfileView& in_view, const DsnStore& 
     return selected;
 }
 
-DescriptionFormat GetExportFormat(const CommandLine& in_line) {
-    const std::string name = in_line.Get("--format", "json");
-    if (name == "json") return DescriptionFormat::JSON;
-    if (name == "ini" && !in_line.Has("--json")) return DescriptionFormat::INI;
-    Refuse(name == "ini" ? "--json and --format ini exclude each other."
-                         : "--format is json or ini.");
-}
-
 DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
                         std::vector<std::string>& io_leftOut) {
     DsnDescription description;
@@ -101,19 +93,20 @@ ExitCode ShowDsn(const CommandLine& in_line) {
     const std::optional<Entries> entries = store.Read(dsn);
     if (!entries) throw NoSuchDsn(store, dsn);
     const bool areSecretsShown = in_line.Has("--show-secrets");
-    if (!in_line.Has("--json")) {
-        std::cout << "DSN=" << dsn << "\n";
-        for (const Entry& entry : *entries) {
-            std::cout << entry.first << "=" << ShownValue(entry, areSecretsShown) << "\n";
-        }
-        return EXIT_DONE;
-    }
+    std::string text = "DSN=" + dsn + "\n";
     Json::object_t values;
     Json masked = Json::array();
     for (const Entry& entry : *entries) {
-        if (EqualsIgnoringCase(entry.first, "Driver")) continue;
-        values.emplace_back(CanonicalKey(entry.first), ShownValue(entry, areSecretsShown));
-        if (!areSecretsShown && IsSecretKey(entry.first)) masked.push_back(entry.first);
+        const auto& [key, stored] = entry;
+        const std::string value = ShownValue(entry, areSecretsShown);
+        text.append(key).append("=").append(value).append("\n");
+        if (EqualsIgnoringCase(key, "Driver")) continue;
+        values.emplace_back(CanonicalKey(key), value);
+        if (!areSecretsShown && IsSecretKey(key)) masked.push_back(key);
+    }
+    if (!in_line.Has("--json")) {
+        std::cout << text;
+        return EXIT_DONE;
     }
     PrintJson({{"name", dsn},
                {"scope", GetScopeName(store.GetScope())},
@@ -163,7 +156,10 @@ ExitCode ListDsns(const CommandLine& in_line) {
 }
 
 ExitCode ExportDsns(const CommandLine& in_line) {
-    const DescriptionFormat format = GetExportFormat(in_line);
+    const DescriptionFormat format = GetFormat(in_line, DescriptionFormat::JSON);
+    if (format == DescriptionFormat::INI && in_line.Has("--json")) {
+        Refuse("--json and --format ini exclude each other.");
+    }
     const DsnStore store(GetScope(in_line));
     std::vector<DsnDescription> descriptions;
     std::vector<std::string> secrets;

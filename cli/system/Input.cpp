@@ -3,13 +3,12 @@
 #include <string_view>
 
 #include "VeltraneDialog/Utf8.h"
-#include "VeltraneDialog/Wipe.h"
 #include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 
 void Input::Fail(const std::string& in_reason) const {
-    FailWith((m_path.empty() ? "standard input" : m_path) + ": cannot read: " + in_reason);
+    FailWith(DescribeInput(m_path) + ": cannot read: " + in_reason);
 }
 
 namespace {
@@ -25,9 +24,7 @@ std::string Decode(const Input& in_input, std::string in_bytes) {
         if (in_bytes.starts_with(UTF8_MARK)) in_bytes.erase(0, UTF8_MARK.size());
         return in_bytes;
     }
-    const ODBC::WipeAtEnd wipeBytes(in_bytes);
     std::u16string units;
-    const ODBC::WipeAtEnd wipe(units);
     units.reserve(in_bytes.size() / 2);
     for (std::size_t at = 2; at + 1 < in_bytes.size(); at += 2) {
         const auto byte = [&](std::size_t in_at) {
@@ -39,7 +36,6 @@ std::string Decode(const Input& in_input, std::string in_bytes) {
     std::string text = ODBC::EncodeUtf8(units);
     // An unpaired surrogate has become another character.
     std::u16string again;
-    const ODBC::WipeAtEnd wipeAgain(again);
     if (in_bytes.size() % 2 != 0 || !ODBC::DecodeUtf8(text, again) || again != units) {
         in_input.Fail("not valid UTF-16");
     }
@@ -87,7 +83,7 @@ std::string ReadFirstLine(const std::string& in_path) {
     std::string line = Decode(input, std::move(bytes));
     if (line.ends_with('\n')) line.pop_back();
     if (line.ends_with('\r')) line.pop_back();
-    if (line.empty()) RefuseEmptySecret(in_path.empty() ? "standard input" : in_path);
+    if (line.empty()) RefuseEmptySecret(DescribeInput(in_path));
     return line;
 }
 

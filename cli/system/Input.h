@@ -14,6 +14,17 @@ inline std::filesystem::path ToPath(const std::string& in_text) {
     return {std::u8string(in_text.begin(), in_text.end())};
 }
 
+/// Returns the UTF-8 text of a path.
+inline std::string FromPath(const std::filesystem::path& in_path) {
+    const std::u8string text = in_path.u8string();
+    return {text.begin(), text.end()};
+}
+
+/// Returns the name for messages of a path that can be empty, for standard input.
+inline std::string DescribeInput(const std::string& in_path) {
+    return in_path.empty() ? "standard input" : in_path;
+}
+
 /// The longest accepted line, in bytes.
 inline constexpr std::size_t MAX_LINE = 64 << 10;
 
