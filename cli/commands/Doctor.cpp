@@ -78,13 +78,19 @@ std::string Count(std::size_t in_count, const char* in_name) {
     return std::to_string(in_count) + " " + in_name + (in_count == 1 ? "" : "s");
 }
 
-void PrintSummary(const Findings& in_findings) {
+void Print(const Findings& in_findings, bool in_areNotesShown) {
     std::size_t counts[3] = {};
     for (const Finding& finding : in_findings) {
         ++counts[static_cast<std::size_t>(finding.m_severity)];
     }
-    std::cout << Count(counts[0], "error") << ", " << Count(counts[1], "warning") << ", "
-              << Count(counts[2], "note") << "\n";
+    const auto [errors, warnings, notes] = counts;
+    if (errors + warnings == 0 && !in_areNotesShown) {
+        std::cout << "Nothing is wrong. --verbose shows " << Count(notes, "note") << ".\n";
+        return;
+    }
+    PrintFindings(in_findings);
+    std::cout << Count(errors, "error") << ", " << Count(warnings, "warning") << ", "
+              << Count(notes, "note") << "\n";
 }
 
 /// A row of `where`: a title, its key in JSON, and a path.
@@ -119,16 +125,7 @@ ExitCode RunDoctor(const CommandLine& in_line) {
     if (in_line.Has("--json")) {
         PrintJson({{"sound", !HasError(findings)}, {"findings", ToJson(findings)}});
     } else {
-        const bool areNotes =
-            std::all_of(findings.begin(), findings.end(),
-                        [](const Finding& in_it) { return in_it.m_severity == Severity::Note; });
-        if (areNotes && !in_line.Has("--verbose")) {
-            std::cout << "Nothing is wrong. --verbose shows " << Count(findings.size(), "note")
-                      << ".\n";
-        } else {
-            PrintFindings(findings);
-            PrintSummary(findings);
-        }
+        Print(findings, in_line.Has("--verbose"));
     }
     return HasError(findings) ? EXIT_FAILED : EXIT_DONE;
 }

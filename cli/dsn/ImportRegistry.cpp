@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <optional>
 
 #include "VeltraneDialog/Utf8.h"
@@ -44,20 +45,14 @@ public:
             }
         }
         ImportedDsns dsns;
-        for (Folder& folder : m_folders) {
-            TakeList(folder.m_dsns, m_notes);
-            std::move(folder.m_dsns.begin(), folder.m_dsns.end(), std::back_inserter(dsns));
+        for (auto& [path, found] : m_folders) {
+            TakeList(found, m_notes);
+            std::move(found.begin(), found.end(), std::back_inserter(dsns));
         }
         return dsns;
     }
 
 private:
-    /// One ODBC.INI: the user's, the system's, or that of 32-bit programs.
-    struct Folder {
-        std::string m_path;  ///< folded
-        ImportedDsns m_dsns;
-    };
-
     void SkipBlanks() {
         while (m_at < m_text.size() && IsAsciiBlank(m_text[m_at])) ++m_at;
     }
@@ -86,19 +81,11 @@ private:
             m_notes.push_back("\"" + name.substr(0, inner) + "\": the key " +
                               name.substr(inner + 1) + " in it is left out.");
         } else if (!EqualsIgnoringCase(name, "ODBC File DSN")) {  // the place of file DSNs
-            m_dsn = &DsnsOf(folded.substr(0, end)).emplace_back();
+            m_dsn = &m_folders[folded.substr(0, end)].emplace_back();
             m_dsn->m_name = name;
             m_dsn->m_isSystem = folded.starts_with("hkey_local_machine\\");
             m_dsn->m_is32Bit = folded.find("\\wow6432node\\") < found;
         }
-    }
-
-    ImportedDsns& DsnsOf(const std::string& in_path) {
-        const auto found =
-            std::find_if(m_folders.begin(), m_folders.end(),
-                         [&](const Folder& in_folder) { return in_folder.m_path == in_path; });
-        if (found != m_folders.end()) return found->m_dsns;
-        return m_folders.emplace_back(Folder{in_path, {}}).m_dsns;
     }
 
     void ReadEntry() {
@@ -221,7 +208,8 @@ private:
     const bool m_isOld;
     std::size_t m_at = 0;
     bool m_isInKey = false;
-    std::vector<Folder> m_folders;
+    /// The DSNs of each ODBC.INI: the user's, the system's, or that of 32-bit programs.
+    std::map<std::string, ImportedDsns> m_folders;
     ImportedDsn* m_dsn = nullptr;  ///< null in a skipped key
 };
 

@@ -2,9 +2,8 @@
 #include <odbcinst.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -31,13 +30,12 @@ std::string FindVersionBeside(const std::string& in_library) {
         std::filesystem::path(in_library).parent_path() / "libodbc.so.2";
     std::ifstream file(path, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    for (std::size_t at = 0; at < bytes.size();) {
-        const std::size_t end = std::min(bytes.find('\0', at), bytes.size());
-        std::string text = bytes.substr(at, std::min<std::size_t>(end - at, 16));
+    constexpr std::string_view BEGIN("\0002.", 3);  // with the end of the text before it
+    for (std::size_t at = 0; (at = bytes.find(BEGIN, at)) != std::string::npos; ++at) {
+        const std::string text = bytes.c_str() + at + 1;
         const bool isVersion = text.find_first_not_of("0123456789.") == std::string::npos &&
                                std::count(text.begin(), text.end(), '.') == 2;
-        if (end - at <= 16 && isVersion && text.starts_with("2.")) return text;
-        at = end + 1;
+        if (isVersion && text.size() <= 16) return text;
     }
     return {};
 }
@@ -70,17 +68,10 @@ constexpr Defect DEFECTS[] = {
      "Where a program shows such a value wrongly, choose one in ASCII."},
 };
 
-/// The parts of a version such as "2.3.9".
-std::array<int, 3> PartsOf(const std::string& in_version) {
-    std::array<int, 3> parts{};
-    std::sscanf(in_version.c_str(), "%d.%d.%d", &parts[0], &parts[1], &parts[2]);
-    return parts;
-}
-
 bool Applies(const Defect& in_defect, const std::string& in_version) {
-    const auto parts = PartsOf(in_version);
-    return parts >= PartsOf(in_defect.m_first) &&
-           (in_defect.m_last == nullptr || parts <= PartsOf(in_defect.m_last));
+    const char* const version = in_version.c_str();
+    return strverscmp(version, in_defect.m_first) >= 0 &&
+           (in_defect.m_last == nullptr || strverscmp(version, in_defect.m_last) <= 0);
 }
 
 /// Returns the version, or a guess from its functions.

@@ -1,6 +1,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
+
 #include "cli/examine/FileRights.h"
 
 namespace Veltrane::Cli {
@@ -13,10 +15,9 @@ FileRights GetFileRights(const std::string& in_path) {
     // With an access list these bits are its mask, so users in the list count too.
     rights.m_isReadByGroup = (status.st_mode & S_IRGRP) != 0;
     rights.m_isWrittenByOthers = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-    const unsigned mode = status.st_mode & 07777;
-    for (int shift = 9; shift >= 0; shift -= 3) {
-        rights.m_mode += static_cast<char>('0' + ((mode >> shift) & 7));
-    }
+    char mode[8];
+    std::snprintf(mode, sizeof mode, "%04o", status.st_mode & 07777);
+    rights.m_mode = mode;
     return rights;
 }
 

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "cli/generate/Generate.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/Words.h"
@@ -30,34 +28,29 @@ std::string WithWords(std::string in_script) {
 /// How a shell completes a value. Names of DSNs are those of the line's scope that begin with the
 /// typed text.
 struct Action {
-    ValueKind m_kind;
     const char* m_bash;
     const char* m_zsh;
     const char* m_fish;
 };
 
 #define VELTRANE_LIST_DRIVERS "veltrane-dsn driver list 2>/dev/null | sed \"s/  .*//\""
+// In the order of ValueKind, after None.
 constexpr Action ACTIONS[] = {
-    {ValueKind::Text, "COMPREPLY=()", " ", " -x"},
-    {ValueKind::File, "COMPREPLY=($(compgen -f -- \"$cur\"))", "_files", " -rF"},
-    {ValueKind::Variable, "COMPREPLY=($(compgen -e -- \"$cur\"))", "_parameters -g \"*export*\"",
-     " -xa '(set -nx)'"},
-    {ValueKind::Dsn,
-     "_veltrane_dsn_lines \"$(veltrane-dsn list --all $scope --prefix=\"$cur\" 2>/dev/null)\"",
+    {"COMPREPLY=()", " ", " -x"},
+    {"COMPREPLY=($(compgen -f -- \"$cur\"))", "_files", " -rF"},
+    {"COMPREPLY=($(compgen -e -- \"$cur\"))", "_parameters -g \"*export*\"", " -xa '(set -nx)'"},
+    {"_veltrane_dsn_lines \"$(veltrane-dsn list --all $scope --prefix=\"$cur\" 2>/dev/null)\"",
      "_veltrane_dsn_names",
      " -xa '(veltrane-dsn list --all (string match -- --system (commandline -opc)) "
      "--prefix=(commandline -ct) 2>/dev/null)'"},
-    {ValueKind::Driver, "_veltrane_dsn_lines \"$(" VELTRANE_LIST_DRIVERS ")\"",
-     "_veltrane_dsn_drivers", " -xa '(" VELTRANE_LIST_DRIVERS ")'"},
-    {ValueKind::Format, "COMPREPLY=($(compgen -W 'json ini' -- \"$cur\"))", "(json ini)",
-     " -xa 'json ini'"},
+    {"_veltrane_dsn_lines \"$(" VELTRANE_LIST_DRIVERS ")\"", "_veltrane_dsn_drivers",
+     " -xa '(" VELTRANE_LIST_DRIVERS ")'"},
+    {"COMPREPLY=($(compgen -W 'json ini' -- \"$cur\"))", "(json ini)", " -xa 'json ini'"},
 };
 
 const Action& ActionOf(ValueKind in_kind) {
-    const Action* const found =
-        std::find_if(std::begin(ACTIONS), std::end(ACTIONS),
-                     [in_kind](const Action& in_action) { return in_action.m_kind == in_kind; });
-    return found == std::end(ACTIONS) ? ACTIONS[0] : *found;
+    const auto at = static_cast<std::size_t>(in_kind);
+    return ACTIONS[at == 0 ? 0 : at - 1];
 }
 
 /// Escapes text for the brackets of a zsh option.
