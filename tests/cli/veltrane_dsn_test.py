@@ -226,26 +226,28 @@ class ApplyTest(ToolTest):
             {"name": "same", "values": {"Server": "db"}},
             {"name": "gone", "state": "absent"},
             {"name": "bad", "values": {"Server": "s"}},
-            {"name": "env", "pwd_env": "SECRET", "values": {"Server": "s", "Database": "d"}},
+            {"name": "key", "values": {**SALES_VALUES, "#x": "1"}},
+            {"name": "env", "pwd_env": "SECRET", "values": SALES_VALUES},
         ])
         expected = {"new": "changed", "same": "unchanged", "gone": "changed", "bad": "failed",
-                    "env": "changed"}
+                    "key": "failed", "env": "changed"}
         before = self.dsns()
         dry = self.run_json("apply", dsns, "--dry-run", code=1, SECRET="hunter2")
         self.assertEqual(self.dsns(), before)
         result = self.run_json("apply", dsns, code=1, SECRET="hunter2")
         for report in (dry, result):
             self.assertEqual(self.states(report), expected)
-            self.assertEqual((report["changed"], report["failed"]), (True, 1))
+            self.assertEqual((report["changed"], report["failed"]), (True, 2))
             self.assertNotIn("hunter2", json.dumps(report))
             self.assertNotIn(PASSWORD, json.dumps(report, ensure_ascii=False))
         self.assertEqual(dry["results"][0]["difference"], result["results"][0]["difference"])
         self.assertEqual(self.dsns(), {
             "new": {"Driver": "Veltrane", "Server": "s", "Database": "日本", "PWD": PASSWORD, "Y": "2"},
-            "same": {**SALES, "X": "1"}, "env": {**SALES, "Server": "s", "PWD": "hunter2"}})
+            "same": {**SALES, "X": "1"}, "env": {**SALES, "PWD": "hunter2"}})
         again = self.run_json("apply", dsns, code=1, SECRET="hunter2")
         self.assertFalse(again["changed"])
-        self.assertEqual(self.states(again), {**dict.fromkeys(expected, "unchanged"), "bad": "failed"})
+        self.assertEqual(self.states(again), {**dict.fromkeys(expected, "unchanged"),
+                                              "bad": "failed", "key": "failed"})
 
     def test_an_export_is_a_description_of_the_stored_dsns(self):
         self.add_sales("-p", "Trace=", "--uid", "ü")
