@@ -79,8 +79,16 @@ bool IsTimeTelling(const struct stat& in_stat) {
 /// True when one of these programs can be in the middle of writing the file in place. A write sets
 /// both times; a file that was renamed after it was written, as ours are, has a later change time.
 /// (A child that was forked during the write can still have the file open.)
-bool IsBeingWritten(Writers in_writers, const struct stat& in_stat) {
-    if (in_writers == Writers::NONE || !IsSameTime(in_stat.st_mtim, in_stat.st_ctim)) return false;
+/// @param in_begin  the monotonic time at which the caller first saw the file
+bool IsBeingWritten(Writers in_writers, const struct stat& in_stat, long long in_begin) {
+    if (in_writers == Writers::NONE) return false;
+    // A program that empties the file can stall before and after it is empty, for as long as the
+    // disk is busy, and the times change last.
+    const long long emptied = in_writers == Writers::SOME ? WRITER_PAUSE : REST;
+    const long long opened = in_writers == Writers::SOME ? REST : 0;
+    const long long watched = SystemCalls::GetMonotonicTime() - in_begin;
+    if (watched < (in_stat.st_size == 0 ? emptied : opened)) return true;
+    if (!IsSameTime(in_stat.st_mtim, in_stat.st_ctim)) return false;
     const long long age = GetAge(in_stat);
     if (in_writers == Writers::SOME) {
         return age < (in_stat.st_size == 0 ? EMPTY_WRITER_PAUSE : WRITER_PAUSE);
@@ -210,17 +218,17 @@ bool OdbcIniFile::ReadOnce(std::string& out_bytes, struct stat& out_stat) {
 /// would miss the rest.
 /// @param io_stat  in: of the file now; out: of the file as it was read
 bool OdbcIniFile::ReadAtRest(int in_handle, struct stat& io_stat, std::string& out_bytes) {
-    const long long deadline = SystemCalls::GetMonotonicTime() + WRITER_TIMEOUT;
+    const long long begin = SystemCalls::GetMonotonicTime();
     for (;;) {
         struct stat after {};
         if (!ReadAll(in_handle, io_stat, out_bytes)) return false;
         m_writers = SystemCalls::FindWriters(in_handle);
         if (!StatAgain(in_handle, after)) return false;
-        if (IsSameVersion(io_stat, after) && !IsBeingWritten(m_writers, after)) {
+        if (IsSameVersion(io_stat, after) && !IsBeingWritten(m_writers, after, begin)) {
             m_isTimeTelling = m_writers == Writers::NONE && IsTimeTelling(after);
             return true;
         }
-        if (SystemCalls::GetMonotonicTime() > deadline) {
+        if (SystemCalls::GetMonotonicTime() > begin + WRITER_TIMEOUT) {
             return Fail("another program keeps writing to it", ETIMEDOUT);
         }
         Pause();
