@@ -12,7 +12,8 @@
 // - NarrowPair(bytes, bytes), which narrows two plain windows to one vector, if units have 2 bytes;
 // - GetCut(from), the bytes at the end of a valid window of a code point that continues after it;
 // - GetWhole(from, size), the size of the whole code points of a piece, if it is valid;
-// - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid.
+// - ConvertWhole(cursor, bytes, cut), false with nothing changed when the window is not valid;
+// - perhaps ConvertHalf(cursor, bytes), the same if only the first half is text.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
 #define PLATFORMABSTRACTION_ICU_SICONV_WINDOWS512_DRIVER_H
 
@@ -173,6 +174,17 @@ ORSKA_INLINE void ConvertWholeWindows(Cursor& io_cursor) {
     }
 }
 
+// Converts a window that has zeros after in_size bytes.
+template <class Windows>
+ORSKA_INLINE bool ConvertPadded(Cursor& io_cursor, __m512i in_bytes, std::uint64_t in_size) {
+    if constexpr (requires { Windows::ConvertHalf(io_cursor, in_bytes); }) {
+        if (in_size <= WINDOW / 2) {
+            return Windows::ConvertHalf(io_cursor, in_bytes);
+        }
+    }
+    return Windows::ConvertWhole(io_cursor, in_bytes, 0);
+}
+
 // Converts a window if there is room for one. At the end of the text it has whole code points with
 // zeros after them; each zero writes one more plain character. False with nothing changed if it is
 // not valid or there is none.
@@ -191,7 +203,7 @@ ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
         io_cursor.m_to += size / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
         return true;
     }
-    if (size == 0 || !Windows::ConvertWhole(io_cursor, bytes, 0)) {
+    if (size == 0 || !ConvertPadded<Windows>(io_cursor, bytes, size)) {
         return false;
     }
     const char* const end = from + size;

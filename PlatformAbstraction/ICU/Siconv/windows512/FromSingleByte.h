@@ -135,6 +135,14 @@ public:
         io_cursor.m_to = output.GetTo();
         return true;
     }
+    static ORSKA_INLINE bool ConvertHalf(
+        Cursor& io_cursor, __m512i in_bytes) requires std::is_same_v<Set, Latin1Bytes> {
+        Utf8Output output(io_cursor.m_to);
+        PutUnits2(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes)), output);
+        io_cursor.m_from += WINDOW / 2;
+        io_cursor.m_to = output.GetTo();
+        return true;
+    }
 };
 
 template <int SOURCE>

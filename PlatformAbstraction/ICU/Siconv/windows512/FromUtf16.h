@@ -87,6 +87,22 @@ public:
         io_cursor.m_to = output.GetTo();
         return true;
     }
+    static ORSKA_INLINE bool ConvertHalf(Cursor& io_cursor, __m512i in_bytes) {
+        const __m512i units = OrderUnits16<IS_BIG>(in_bytes);
+        Utf8Output output(io_cursor.m_to);
+        Surrogates surrogates;
+        if (_mm512_test_epi16_mask(units, All16<0xF800>()) == 0) {
+            PutUnits2(units, output);
+            io_cursor.m_from += WINDOW;
+        } else if (FindSurrogates(units, surrogates)) {
+            PutHalf<0>(units, surrogates, output);
+            io_cursor.m_from += WINDOW / 2;
+        } else {
+            return false;
+        }
+        io_cursor.m_to = output.GetTo();
+        return true;
+    }
 
 private:
     static ORSKA_INLINE void Put(__m512i in_units, const Surrogates& in_surrogates,
@@ -95,18 +111,21 @@ private:
             PutUnits(in_units, io_output);
             return;
         }
-        // The lane of a trail surrogate becomes the code point; the lane of a lead is dropped.
-        const std::uint64_t active = ~in_surrogates.m_lead;
-        const std::uint64_t trail = in_surrogates.m_trail;
+        PutHalf<0>(in_units, in_surrogates, io_output);
+        PutHalf<1>(in_units, in_surrogates, io_output);
+    }
+
+    // The lane of a trail surrogate becomes the code point; the lane of a lead is dropped.
+    template <int HALF>
+    static ORSKA_INLINE void PutHalf(__m512i in_units, const Surrogates& in_surrogates,
+                                     Utf8Output& io_output) {
         const __m512i zero = _mm512_setzero_si512();
         const __m512i before =
             _mm512_alignr_epi8(in_units, _mm512_alignr_epi32(in_units, zero, 12), 14);
         PutCodePoints<true>(
-            Join(GetLowHalf(in_units), GetLowHalf(before), static_cast<__mmask16>(trail)),
-            static_cast<__mmask16>(active), io_output);
-        PutCodePoints<true>(
-            Join(GetHighHalf(in_units), GetHighHalf(before), static_cast<__mmask16>(trail >> 16)),
-            static_cast<__mmask16>(active >> 16), io_output);
+            Join(_mm512_extracti64x4_epi64(in_units, HALF), _mm512_extracti64x4_epi64(before, HALF),
+                 static_cast<__mmask16>(in_surrogates.m_trail >> (16 * HALF))),
+            static_cast<__mmask16>(~in_surrogates.m_lead >> (16 * HALF)), io_output);
     }
 
     // Sixteen units; those in in_trail are joined with the ones before them to code points.

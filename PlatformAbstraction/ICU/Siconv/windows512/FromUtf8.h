@@ -343,13 +343,13 @@ private:
         const auto first = static_cast<unsigned char>(*start);
         if (first >= 0xF0) {
             ConvertRun4(io_cursor, in_at);
-        } else if (first >= 0xE0) {
+        } else if (first >= 0xE0 && io_cursor.GetLeft() > WINDOW) {
             ConvertRun3(io_cursor, in_at);
         }
         return io_cursor.m_from != start;
     }
 
-    // Converts 48 bytes of a window at a time.
+    // Converts 48 bytes of a window at a time. A single window takes less time as a whole.
     static ORSKA_INLINE void ConvertRun3(Cursor& io_cursor, __m512i in_at) {
         const __m512i order =
             _mm512_set_epi32(0x002D2E2F, 0x002A2B2C, 0x00272829, 0x00242526, 0x00212223, 0x001E1F20,
