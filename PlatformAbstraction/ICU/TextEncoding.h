@@ -65,6 +65,34 @@ inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_
     return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
 }
 
+/// Writes a text with one unit for each byte, as in latin1.
+/// @return true when it is US-ASCII
+inline bool WidenText(std::string_view in_bytes, char16_t* out_units) noexcept {
+    constexpr std::size_t BLOCK = 8;
+    if (in_bytes.size() < BLOCK) {
+        unsigned all = 0;
+        for (const char byte : in_bytes) {
+            const auto unit = static_cast<unsigned char>(byte);
+            all |= unit;
+            *out_units++ = unit;
+        }
+        return all < 0x80;
+    }
+    __m128i all = _mm_setzero_si128();
+    const auto widen = [&](std::size_t in_at) {
+        const auto* const from = reinterpret_cast<const __m128i*>(in_bytes.data() + in_at);
+        const __m128i bytes = _mm_loadl_epi64(from);
+        all = _mm_or_si128(all, bytes);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out_units + in_at),
+                         _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+    };
+    for (std::size_t at = 0; at + BLOCK < in_bytes.size(); at += BLOCK) {
+        widen(at);
+    }
+    widen(in_bytes.size() - BLOCK);
+    return _mm_movemask_epi8(all) == 0;
+}
+
 /// Encodes without ICU. Writes nothing after the bytes, except zeros in place of a code point that
 /// did not fit.
 /// @param in_capacity  bytes

@@ -1,13 +1,13 @@
 #include "PlatformAbstraction/strings/StringCodec.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
 #include "PlatformAbstraction/ICU/IcuConverters.h"
 #include "PlatformAbstraction/ICU/ShortText.h"
-#include "PlatformAbstraction/ICU/Siconv/scalar/Readers.h"
 #include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 #include "PlatformAbstraction/strings/TextPool.h"
@@ -37,25 +37,41 @@ constexpr bool HasAscii(EncodingType in_encoding) {
     return in_encoding == EncodingType::ENC_UTF8 || IsSingleByte(in_encoding);
 }
 
-/// Decodes each byte to one unit.
-template <class Reader>
-icu::UnicodeString* DecodeEach(std::string_view in_bytes) {
-    icu::UnicodeString* const text = AcquireText(static_cast<std::int32_t>(in_bytes.size()));
-    char16_t* to = GetUnits(*text);
-    for (const char& byte : in_bytes) {
-        char32_t codePoint = 0;
-        Reader::Read(reinterpret_cast<const unsigned char*>(&byte), 1, codePoint);
-        *to++ = static_cast<char16_t>(codePoint);
+bool IsAscii(std::string_view in_bytes) {
+    std::uint64_t all = 0;
+    std::uint64_t word = 0;
+    if (in_bytes.size() < sizeof word) {
+        for (const char byte : in_bytes) {
+            all |= static_cast<unsigned char>(byte);
+        }
+        return all < 0x80;
     }
-    return text;
+    // The last word may overlap the one before.
+    const std::size_t last = in_bytes.size() - sizeof word;
+    for (std::size_t at = 0; at < last; at += sizeof word) {
+        std::memcpy(&word, in_bytes.data() + at, sizeof word);
+        all |= word;
+    }
+    std::memcpy(&word, in_bytes.data() + last, sizeof word);
+    return ((all | word) & 0x8080808080808080) == 0;
 }
 
-bool IsAscii(std::string_view in_bytes) {
-    char all = 0;
-    for (const char byte : in_bytes) {
-        all |= byte;
+/// Decodes a text of at most MOST_SHORT_BYTES; null when only the general conversion can do it.
+icu::UnicodeString* DecodeShort(std::string_view in_bytes, EncodingType in_encoding) {
+    const bool isCp1252 = in_encoding == EncodingType::ENC_CP1252;
+    if (isCp1252 || in_encoding == EncodingType::ENC_LATIN1 ||
+        (HasAscii(in_encoding) && IsAscii(in_bytes))) {
+        const auto count = static_cast<std::int32_t>(in_bytes.size());
+        icu::UnicodeString* const text = AcquireText(count);
+        if (!WidenText(in_bytes, GetUnits(*text)) && isCp1252) {
+            DecodeDirectly(in_bytes, in_encoding, GetUtf16Decoder(in_encoding), GetUnits(*text),
+                           count);
+        }
+        return text;
     }
-    return (all & 0x80) == 0;
+    char16_t units[SHORT_UNITS_ROOM];
+    const auto count = static_cast<std::int32_t>(GetShortDecoder(in_encoding)(in_bytes, units));
+    return count < 0 ? nullptr : AcquireText(units, count);
 }
 
 std::u16string_view GetView(const icu::UnicodeString& in_text) {
@@ -85,17 +101,8 @@ icu::UnicodeString* DecodeText(const char* in_bytes, std::int32_t in_lengthInByt
                                EncodingType in_encoding) {
     const std::string_view bytes(in_bytes, static_cast<std::size_t>(in_lengthInBytes));
     if (bytes.size() <= MOST_SHORT_BYTES) {
-        const bool isPlain = HasAscii(in_encoding) && IsAscii(bytes);
-        if (isPlain || in_encoding == EncodingType::ENC_LATIN1) {
-            return DecodeEach<Siconv::Latin1Reader>(bytes);
-        }
-        if (in_encoding == EncodingType::ENC_CP1252) {
-            return DecodeEach<Siconv::Cp1252Reader>(bytes);
-        }
-        char16_t units[SHORT_UNITS_ROOM];
-        const std::int64_t count = GetShortDecoder(in_encoding)(bytes, units);
-        if (count >= 0) {
-            return AcquireText(units, static_cast<std::int32_t>(count));
+        if (icu::UnicodeString* const text = DecodeShort(bytes, in_encoding)) {
+            return text;
         }
     }
     const auto most = static_cast<std::int32_t>(GetMostUtf16Units(in_encoding, bytes.size()));
