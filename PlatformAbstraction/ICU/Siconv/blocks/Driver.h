@@ -165,12 +165,12 @@ ORSKA_INLINE void WritePlainBlocks(char* out_to, const typename Blocks::V::Type*
     }
 }
 
-// Converts 64 bytes if they are plain; otherwise returns false and changes nothing. Writes
+// Converts STEP bytes if they are plain; otherwise returns false and changes nothing. Writes
 // no scratch.
-template <class Blocks>
+template <class Blocks, std::uint32_t STEP>
 ORSKA_INLINE bool ConvertPlainStep(const char* in_from, char* out_to) {
     using V = typename Blocks::V;
-    constexpr std::uint32_t COUNT = 64 / V::SIZE;
+    constexpr std::uint32_t COUNT = STEP / V::SIZE;
     typename V::Type parts[COUNT];
     auto all = V::Zero();
     for (std::uint32_t i = 0; i < COUNT; ++i) {
@@ -193,25 +193,47 @@ ORSKA_INLINE void PrefetchTarget(const char* in_to) {
     }
 }
 
-// Converts steps of 64 bytes while they are plain. At the end of the text the last step overlaps
-// the one before.
+// Converts whole steps; false at one that is not plain. The positions are local: the compiler would
+// store those of the cursor at each step, and a store between those of a cache line keeps the
+// processor from joining them.
+template <class Blocks, std::uint32_t STEP>
+ORSKA_INLINE bool ConvertPlainSteps(Cursor& io_cursor) {
+    constexpr std::uint64_t WRITTEN = STEP / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
+    std::uint64_t steps = io_cursor.GetLeft() / STEP;
+    steps = steps < io_cursor.GetRoom() / WRITTEN ? steps : io_cursor.GetRoom() / WRITTEN;
+    const char* from = io_cursor.m_from;
+    char* to = io_cursor.m_to;
+    for (; steps > 0; --steps) {
+        PrefetchTarget<WRITTEN>(to);
+        if (!ConvertPlainStep<Blocks, STEP>(from, to)) {
+            break;
+        }
+        from += STEP;
+        to += WRITTEN;
+    }
+    io_cursor.m_from = from;
+    io_cursor.m_to = to;
+    return steps == 0;
+}
+
+// Converts steps of 64 bytes while they are plain; of UTF-16 twice as many, which fill a cache
+// line. At the end of the text the last step overlaps the one before.
 template <class Blocks>
 ORSKA_INLINE void ConvertPlainRun(Cursor& io_cursor) {
     constexpr std::uint64_t WRITTEN = 64 / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
     const char* const start = io_cursor.m_from;
-    while (io_cursor.GetLeft() >= 64 && io_cursor.GetRoom() >= WRITTEN) {
-        PrefetchTarget<WRITTEN>(io_cursor.m_to);
-        if (!ConvertPlainStep<Blocks>(io_cursor.m_from, io_cursor.m_to)) {
-            return;
-        }
-        io_cursor.m_from += 64;
-        io_cursor.m_to += WRITTEN;
+    if (Blocks::SOURCE_UNIT == 2 && !ConvertPlainSteps<Blocks, 128>(io_cursor)) {
+        return;
+    }
+    if (!ConvertPlainSteps<Blocks, 64>(io_cursor)) {
+        return;
     }
     const std::uint64_t left = io_cursor.GetLeft();
     const std::uint64_t written = left / Blocks::SOURCE_UNIT * Blocks::TARGET_UNIT;
     if (io_cursor.m_from != start && left > 0 && left < 64 && left % Blocks::SOURCE_UNIT == 0 &&
         io_cursor.GetRoom() >= written &&
-        ConvertPlainStep<Blocks>(io_cursor.m_fromEnd - 64, io_cursor.m_to + written - WRITTEN)) {
+        ConvertPlainStep<Blocks, 64>(io_cursor.m_fromEnd - 64,
+                                     io_cursor.m_to + written - WRITTEN)) {
         io_cursor.m_from += left;
         io_cursor.m_to += written;
     }
