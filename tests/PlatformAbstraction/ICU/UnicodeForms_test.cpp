@@ -7,28 +7,9 @@
 #include <string>
 
 #include "tests/support/StreamDriver.h"
-#include "tests/support/TranscoderReference.h"
 
 namespace Orska::Support::Testing {
 namespace {
-
-TEST(UnicodeForms, CountTheBytesThatIcuWrites) {
-    Random random(5);
-    for (std::uint32_t length = 0; length < 200; ++length) {
-        std::u16string text;
-        for (std::uint32_t i = 0; i < length; ++i) {
-            // Every kind of unit, surrogates often lone.
-            constexpr std::uint32_t STARTS[] = {0x20,   0x7E,   0xA0,   0x7F0,
-                                                0x4E00, 0xD800, 0xDC00, 0xFFF0};
-            text += static_cast<char16_t>(STARTS[random.Below(8)] + random.Below(16));
-        }
-        for (const int form : {UTF8, UTF16LE, UTF16BE, UTF32LE, UTF32BE}) {
-            EXPECT_EQ(EncodeWithIcu(text, EncodingType{form}).size(),
-                      static_cast<std::size_t>(CountEncodedBytes(text, EncodingType{form})));
-        }
-    }
-    EXPECT_EQ(-1, CountEncodedBytes(u"a", EncodingType::ENC_LATIN1));
-}
 
 // For each encoding that has a decoder or encoder here, ICU has the same text.
 TEST(UnicodeForms, AgreeWithIcuOnEveryByteAndCodePoint) {

@@ -1,6 +1,5 @@
 #include "PlatformAbstraction/files/TextFile.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -157,13 +156,6 @@ TEST(TextFile, Lines) {
         SCOPED_TRACE(row.m_name);
         EXPECT_EQ(ReadLines(directory.Write("lines", row.m_bytes)), row.m_lines);
     }
-}
-
-TEST(TextFile, ReadsLongLines) {
-    const TemporaryDirectory directory;
-    const std::string longLine(1 << 20, 'x');
-    EXPECT_THAT(ReadLines(directory.Write("long", longLine + "\r\n" + longLine)),
-                testing::ElementsAre(longLine, longLine));
 }
 
 /// Two files read the same bytes; one of them drops its read-ahead after each step.
