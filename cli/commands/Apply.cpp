@@ -8,6 +8,7 @@
 #include "cli/dsn/Description.h"
 #include "cli/dsn/DsnChanger.h"
 #include "cli/system/Input.h"
+#include "cli/system/PlatformWords.h"
 #include "cli/system/Terminal.h"
 
 namespace Veltrane::Cli {
@@ -34,9 +35,10 @@ void TakePassword(const DsnDescription& in_description, const CommandLine& in_li
                   DsnWish& io_wish) {
     if (!in_description.m_pwdFile.empty()) {
         // A relative path is relative to the folder of the description.
+        const std::string& file = in_description.m_pwdFile;
         const std::filesystem::path folder = ToPath(GetFile(in_line)).parent_path();
-        io_wish.m_values.Set("PWD",
-                             ReadFirstLine(FromPath(folder / ToPath(in_description.m_pwdFile))));
+        io_wish.m_values.Set(
+            "PWD", ReadFirstLine(IsAbsolutePath(file) ? file : FromPath(folder / ToPath(file))));
     }
     const std::string& name = in_description.m_pwdVariable;
     if (name.empty()) return;

@@ -5,7 +5,7 @@ import json
 import os
 import subprocess
 
-from tool_test import SALES, ToolTest, main
+from tool_test import SALES, SALES_VALUES, ToolTest, main
 
 
 class RegistryTest(ToolTest):
@@ -118,6 +118,13 @@ class RegistryTest(ToolTest):
         _, errors = self.run_tool("add", "s", "--server", "s", "--database", "d", code=1)
         self.assertIn('has no Driver entry in ' + self.stage.places["drivers"], errors)
         self.assertIn("driver register --replace", errors)
+
+    def test_a_password_file_can_be_on_a_server(self):
+        self.write_file("password", "hunter2")
+        path = "\\\\?\\unix" + self.path("password").replace("/", "\\")
+        self.run_tool("apply", self.write_file("dsns.json", json.dumps(
+            [{"name": "sales", "pwd_file": path, "values": SALES_VALUES}])))
+        self.assertEqual(self.dsns(), {"sales": {**SALES, "PWD": "hunter2"}})
 
     def test_every_user_can_read_a_system_password(self):
         for scope in ("user", "system"):
