@@ -1,20 +1,17 @@
 #include "cli/examine/ApartProcess.h"
 
-#include <array>
 #include <cstdio>
 #include <thread>
 #include <vector>
 
 #include "PlatformAbstraction/base/SystemError.h"
-#include "PlatformAbstraction/base/WindowsHandle.h"
 #include "PlatformAbstraction/base/Wipe.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/OpenExisting.h"
 
 namespace Veltrane::Cli {
 
 namespace {
-
-using Orska::Support::WindowsHandle;
 
 [[noreturn]] void FailToStart() {
     const std::string reason = Orska::Support::DescribeLastError();
@@ -36,57 +33,34 @@ struct Pipe {
     WindowsHandle m_theirs;
 };
 
-WindowsHandle OpenNothing() {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    return WindowsHandle(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
-                                     FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING,
-                                     0, nullptr));
-}
-
-/// The process inherits these handles and no others of its parent.
-class Inheritance {
-public:
-    explicit Inheritance(std::array<HANDLE, 3> in_handles) : m_handles(in_handles) {
-        SIZE_T size = 0;
-        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
-        m_list.resize(size);
-        if (InitializeProcThreadAttributeList(Get(), 1, 0, &size) == FALSE ||
-            UpdateProcThreadAttribute(Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, m_handles.data(),
-                                      sizeof m_handles, nullptr, nullptr) == FALSE) {
-            FailToStart();
-        }
-    }
-    Inheritance(const Inheritance&) = delete;
-    Inheritance& operator=(const Inheritance&) = delete;
-    ~Inheritance() { DeleteProcThreadAttributeList(Get()); }
-    LPPROC_THREAD_ATTRIBUTE_LIST Get() {
-        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(m_list.data());
-    }
-
-private:
-    std::array<HANDLE, 3> m_handles;
-    std::vector<char> m_list;
-};
-
+/// The process inherits three handles and no others of its parent.
 WindowsHandle StartProcess(const Pipe& in_request, const Pipe& in_answer) {
     std::wstring program(32768, L'\0');
     program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
     std::wstring line = L"\"" + program + L"\" test - --apart";
-    const WindowsHandle nothing = OpenNothing();
-    Inheritance inheritance({in_request.m_theirs.Get(), in_answer.m_theirs.Get(), nothing.Get()});
+    const WindowsHandle nothing = OpenExisting(L"NUL", GENERIC_READ | GENERIC_WRITE);
+    SetHandleInformation(nothing.Get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    HANDLE handles[] = {in_request.m_theirs.Get(), in_answer.m_theirs.Get(), nothing.Get()};
+    SIZE_T size = 0;
+    InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+    std::vector<char> list(size);
     STARTUPINFOEXW start{};
+    start.lpAttributeList = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(list.data());
     start.StartupInfo.cb = sizeof start;
     start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-    start.StartupInfo.hStdInput = in_request.m_theirs.Get();
-    start.StartupInfo.hStdOutput = in_answer.m_theirs.Get();
-    start.StartupInfo.hStdError = nothing.Get();
-    start.lpAttributeList = inheritance.Get();
+    start.StartupInfo.hStdInput = handles[0];
+    start.StartupInfo.hStdOutput = handles[1];
+    start.StartupInfo.hStdError = handles[2];
     PROCESS_INFORMATION process{};
-    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
+    if (InitializeProcThreadAttributeList(start.lpAttributeList, 1, 0, &size) == FALSE ||
+        UpdateProcThreadAttribute(start.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                  handles, sizeof handles, nullptr, nullptr) == FALSE ||
+        CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
                        EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr,
                        &start.StartupInfo, &process) == FALSE) {
         FailToStart();
     }
+    DeleteProcThreadAttributeList(start.lpAttributeList);
     CloseHandle(process.hThread);
     return WindowsHandle(process.hProcess);
 }

@@ -118,22 +118,19 @@ Findings Explain(const Entries& in_attributes, const Stored& in_stored) {
 
 Json ReadAnswer(const Json& in_answer, const Entries& in_attributes, const Stored& in_stored) {
     if (in_answer.contains("reason")) return MakeResult("not tested", in_answer["reason"]);
-    const milliseconds time(in_answer.at("time_ms").get<long long>());
-    const std::string took = DescribeTime(time);
-    const std::string name = in_answer.at("server");
-    const std::string version = in_answer.at("version");
-    Json result = MakeResult("refused", "Not connected; it took " + took + ".", time);
-    Json& diagnostics = result["diagnostics"] = in_answer.at("diagnostics");
+    const std::string took = DescribeTime(milliseconds(in_answer.at("time_ms").get<long long>()));
+    Json result = MakeResult("refused", "Not connected; it took " + took + ".");
+    for (const char* const key : {"connected", "time_ms", "server", "version", "diagnostics"}) {
+        result[key] = in_answer.at(key);
+    }
+    Json& diagnostics = result["diagnostics"];
     MaskSecrets(in_attributes, diagnostics);
     if (in_stored.m_entries) MaskSecrets(*in_stored.m_entries, diagnostics);
-    if (in_answer.at("connected")) {
-        const bool isKnown = !name.empty() || !version.empty();
-        result.update({{"connected", true},
-                       {"outcome", "connected"},
-                       {"text", "Connected in " + took +
-                                    (isKnown ? " to " + name + " " + version + "." : ".")},
-                       {"server", name},
-                       {"version", version}});
+    const std::string server =
+        result["server"].get<std::string>() + " " + result["version"].get<std::string>();
+    if (result["connected"]) {
+        result["outcome"] = "connected";
+        result["text"] = "Connected in " + took + (server == " " ? "." : " to " + server + ".");
     } else if (IsFromDriverManager(diagnostics)) {
         result["findings"] = ToJson(Explain(in_attributes, in_stored));
     }

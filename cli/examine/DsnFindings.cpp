@@ -29,18 +29,19 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn,
         const char* const reason = ODBC::WhyRefused(field, value);
         if (reason == nullptr) continue;
         const std::string subject = key + " of the DSN " + Quote(in_dsn);
-        if (key != "DSN" && !ODBC::IsOnlyMissing(field, value)) {
-            io_findings.push_back(
-                {Severity::Warning, "value-refused-as-new",
-                 subject + " is kept until it is changed. As a new value it is refused: " + reason,
-                 "If it is not intended: " + in_howToSet + " -p " + key + "=VALUE."});
-            continue;
-        }
+        const bool isName = key == "DSN";
+        const bool isKept = !isName && !ODBC::IsOnlyMissing(field, value);
         io_findings.push_back(
-            {Severity::Error, key == "DSN" ? "value-does-not-survive" : "value-missing",
-             subject + ": " + reason,
-             key == "DSN" ? "Add the DSN again under another name and remove this one."
-                          : "Give it another value: " + in_howToSet + " -p " + key + "=VALUE."});
+            {isKept ? Severity::Warning : Severity::Error,
+             isName   ? "value-does-not-survive"
+             : isKept ? "value-refused-as-new"
+                      : "value-missing",
+             subject +
+                 (isKept ? " is kept until it is changed. As a new value it is refused: " : ": ") +
+                 reason,
+             isName ? "Add the DSN again under another name and remove this one."
+                    : (isKept ? "If it is not intended: " : "Give it another value: ") +
+                          in_howToSet + " -p " + key + "=VALUE."});
     }
     for (const auto& [key, value] : in_entries) {
         const std::string note = DescribeNearKey(key);

@@ -4,7 +4,7 @@
 #include <odbcinst.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -21,51 +21,44 @@ namespace {
 
 using ODBC::SystemCalls::Descriptor;
 
-/// The beginning of an ELF file, with the architecture; the same in 32 and 64 bits.
-struct ElfStart {
-    unsigned char m_identity[EI_NIDENT];
-    Elf64_Half m_type;
-    Elf64_Half m_machine;
-};
-
-std::optional<ElfStart> ReadElfStart(int in_handle) {
-    ElfStart start{};
-    if (pread(in_handle, &start, sizeof start, 0) != static_cast<ssize_t>(sizeof start)) {
-        return std::nullopt;
-    }
-    if (std::memcmp(start.m_identity, ELFMAG, SELFMAG) != 0) return std::nullopt;
+/// Reads the beginning of an ELF file, up to the architecture; it is the same in 32 and 64 bits.
+std::optional<Elf64_Ehdr> ReadElfStart(int in_handle) {
+    Elf64_Ehdr start{};
+    constexpr std::size_t SIZE = offsetof(Elf64_Ehdr, e_version);
+    const bool isRead = pread(in_handle, &start, SIZE, 0) == static_cast<ssize_t>(SIZE);
+    if (!isRead || std::memcmp(start.e_ident, ELFMAG, SELFMAG) != 0) return std::nullopt;
     return start;
 }
 
-std::string DescribeArchitecture(const ElfStart& in_start) {
+std::string DescribeArchitecture(const Elf64_Ehdr& in_start) {
     static constexpr struct {
         int m_machine;
         const char* m_name;
     } NAMES[] = {{EM_386, "x86"},         {EM_X86_64, "x86-64"}, {EM_ARM, "ARM"},
                  {EM_AARCH64, "AArch64"}, {EM_PPC64, "POWER"},   {EM_S390, "S/390"},
                  {EM_RISCV, "RISC-V"}};
-    std::string text = in_start.m_identity[EI_CLASS] == ELFCLASS32 ? "32-bit " : "64-bit ";
+    std::string text = in_start.e_ident[EI_CLASS] == ELFCLASS32 ? "32-bit " : "64-bit ";
     for (const auto& [machine, name] : NAMES) {
-        if (machine == in_start.m_machine) return text + name;
+        if (machine == in_start.e_machine) return text + name;
     }
-    return text + "machine " + std::to_string(in_start.m_machine);
+    return text + "machine " + std::to_string(in_start.e_machine);
 }
 
 LibraryProbe ProbeFile(const std::string& in_path) {
     const Descriptor file(open(in_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.IsOpen()) return {LibraryFault::NotFound, Orska::Support::DescribeLastError()};
-    const std::optional<ElfStart> start = ReadElfStart(file.Get());
+    const std::optional<Elf64_Ehdr> start = ReadElfStart(file.Get());
     if (!start) return {LibraryFault::NotALibrary, "it is not an ELF file"};
     const Descriptor own(open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
-    const std::optional<ElfStart> ours = own.IsOpen() ? ReadElfStart(own.Get()) : std::nullopt;
-    const bool isOurs = !ours || (ours->m_machine == start->m_machine &&
-                                  ours->m_identity[EI_CLASS] == start->m_identity[EI_CLASS] &&
-                                  ours->m_identity[EI_DATA] == start->m_identity[EI_DATA]);
+    const std::optional<Elf64_Ehdr> ours = own.IsOpen() ? ReadElfStart(own.Get()) : std::nullopt;
+    const bool isOurs = !ours || (ours->e_machine == start->e_machine &&
+                                  ours->e_ident[EI_CLASS] == start->e_ident[EI_CLASS] &&
+                                  ours->e_ident[EI_DATA] == start->e_ident[EI_DATA]);
     if (!isOurs) {
         return {LibraryFault::WrongArchitecture,
                 DescribeArchitecture(*start) + " instead of " + DescribeArchitecture(*ours)};
     }
-    if (start->m_type != ET_DYN) return {LibraryFault::NotALibrary, "it is not a shared object"};
+    if (start->e_type != ET_DYN) return {LibraryFault::NotALibrary, "it is not a shared object"};
     return {};
 }
 

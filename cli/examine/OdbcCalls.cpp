@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 
 #include "cli/examine/OdbcPlatform.h"
 #include "cli/system/CommandError.h"
@@ -26,10 +27,9 @@ std::string TextIn(std::span<const SQLTCHAR> in_buffer, std::size_t in_length) {
 }  // namespace
 
 OdbcCalls::OdbcCalls(const std::string& in_library) {
-    std::vector<std::string> names(OdbcPlatform::LIBRARIES.begin(), OdbcPlatform::LIBRARIES.end());
-    if (!in_library.empty()) names = {in_library};
+    const std::vector<std::string> given{in_library};
     std::string reasons;
-    for (const std::string& name : names) {
+    for (const std::string& name : in_library.empty() ? OdbcPlatform::LIBRARIES : given) {
         std::string reason;
         m_name = name;
         m_library = OdbcPlatform::LoadDriverManager(name, reason);

@@ -13,13 +13,13 @@
 #include <sqlext.h>
 #include <sqlucode.h>
 
-#include <span>
 #include <string>
+#include <vector>
 
 namespace Veltrane::Cli::OdbcPlatform {
 
 /// Possible driver managers, the usual one first.
-extern const std::span<const char* const> LIBRARIES;
+extern const std::vector<std::string> LIBRARIES;
 /// @return null with the reason
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason);
 void* FindFunction(void* in_library, const char* in_name);

@@ -7,13 +7,7 @@
 
 namespace Veltrane::Cli::OdbcPlatform {
 
-namespace {
-
-constexpr const char* NAMES[] = {"libodbc.so.2", "libiodbc.so.2"};
-
-}  // namespace
-
-const std::span<const char* const> LIBRARIES = NAMES;
+const std::vector<std::string> LIBRARIES{"libodbc.so.2", "libiodbc.so.2"};
 
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
     // Drivers convert text by the locale, so programs that use them set it, too.

@@ -4,13 +4,7 @@
 
 namespace Veltrane::Cli::OdbcPlatform {
 
-namespace {
-
-constexpr const char* NAMES[] = {"odbc32.dll"};
-
-}  // namespace
-
-const std::span<const char* const> LIBRARIES = NAMES;
+const std::vector<std::string> LIBRARIES{"odbc32.dll"};
 
 void* LoadDriverManager(const std::string& in_name, std::string& out_reason) {
     const HMODULE library = LoadLibraryW(ODBC::ToWide(in_name).c_str());
