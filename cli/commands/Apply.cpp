@@ -75,14 +75,6 @@ void PlanPruning(const std::vector<DsnWish>& in_wishes, const std::string& in_dr
     }
 }
 
-/// With --fail-fast: throws the first refusal.
-void CheckRefusals(const DsnResults& in_results) {
-    for (const DsnResult& result : in_results) {
-        if (result.m_failure.empty()) continue;
-        FailWith(result.m_plan.m_name + ": " + result.m_failure + " Nothing has been written.");
-    }
-}
-
 }  // namespace
 
 ExitCode ApplyDescriptions(const CommandLine& in_line) {
@@ -110,7 +102,10 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
         return results;
     };
     const auto check = [&](const DsnResults& in_results, bool in_isLocked) {
-        if (in_line.Has("--fail-fast")) CheckRefusals(in_results);
+        for (const auto& [refused, reason] : in_results) {
+            if (reason.empty() || !in_line.Has("--fail-fast")) continue;
+            FailWith(refused.m_name + ": " + reason + " Nothing has been written.");
+        }
         s_isWriting = in_isLocked ? 1 : 0;
     };
     std::signal(SIGINT, Interrupt);

@@ -3,7 +3,6 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/Import.h"
-#include "cli/line/CommandTable.h"
 #include "cli/system/Input.h"
 
 namespace Veltrane::Cli {

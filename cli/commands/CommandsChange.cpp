@@ -4,7 +4,6 @@
 #include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DsnChanger.h"
-#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 

@@ -56,19 +56,24 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
     return description;
 }
 
-using Rows = std::vector<std::vector<std::string>>;
-
 /// Prints columns, each as wide as its longest text in code points.
-void PrintTable(const Rows& in_rows) {
+void PrintTable(const Json& in_dsns) {
+    std::vector<std::vector<std::string>> rows{{"NAME", "SCOPE", "SERVER", "DATABASE", ""}};
+    for (const Json& dsn : in_dsns) {
+        auto& row = rows.emplace_back();
+        for (const char* const key : {"name", "scope", "server", "database", "relation"}) {
+            row.push_back(dsn.value(key, ""));
+        }
+    }
     const auto width = [](const std::string& in_text) {
         return static_cast<std::size_t>(std::count_if(
             in_text.begin(), in_text.end(), [](char in_byte) { return (in_byte & 0xC0) != 0x80; }));
     };
-    std::vector<std::size_t> widths(in_rows.front().size());
-    for (const auto& row : in_rows) {
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const auto& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width(row[i]));
     }
-    for (const auto& row : in_rows) {
+    for (const auto& row : rows) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
             line += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
@@ -122,7 +127,6 @@ ExitCode ListDsns(const CommandLine& in_line) {
         Refuse("--both excludes --user and --system.");
     }
     const bool isLong = areBoth || in_line.Has("--long");
-    Rows rows{{"NAME", "SCOPE", "SERVER", "DATABASE", ""}};
     Json list = Json::array();
     for (const Scope scope : {Scope::User, Scope::System}) {
         if (!areBoth && scope != GetScope(in_line)) continue;
@@ -132,14 +136,12 @@ ExitCode ListDsns(const CommandLine& in_line) {
             const char* const relation = !others || !others->HasSection(dsn.m_name) ? ""
                                          : scope == Scope::User                     ? "hides"
                                                                                     : "hidden";
-            rows.push_back({dsn.m_name, GetScopeName(scope), dsn.m_entries.Get("Server"),
-                            dsn.m_entries.Get("Database"), relation});
             Json& entry = list.emplace_back(
                 Json{{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
             if (!isLong) continue;
-            entry["scope"] = rows.back()[1];
-            entry["server"] = rows.back()[2];
-            entry["database"] = rows.back()[3];
+            entry["scope"] = GetScopeName(scope);
+            entry["server"] = dsn.m_entries.Get("Server");
+            entry["database"] = dsn.m_entries.Get("Database");
             if (areBoth) entry["relation"] = relation;
         }
     }
@@ -147,10 +149,9 @@ ExitCode ListDsns(const CommandLine& in_line) {
         PrintJson({{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))},
                    {"dsns", std::move(list)}});
     } else if (isLong) {
-        PrintTable(rows);
+        PrintTable(list);
     } else {
-        rows.erase(rows.begin());
-        for (const auto& row : rows) std::cout << row.front() << "\n";
+        for (const Json& dsn : list) std::cout << dsn.value("name", "") << "\n";
     }
     return EXIT_DONE;
 }

@@ -5,8 +5,6 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "cli/dsn/DsnPlan.h"
 #include "cli/dsn/DsnStore.h"

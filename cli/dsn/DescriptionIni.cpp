@@ -5,25 +5,7 @@
 
 namespace Veltrane::Cli {
 
-namespace {
-
 using Orska::Support::Trim;
-
-/// @return the fault of the key; null if there is none
-const char* SetKey(const std::string& in_key, const std::string& in_value,
-                   DsnDescription& io_description) {
-    if (std::string* const member = FindMember(in_key, io_description)) {
-        *member = in_value;
-    } else if (io_description.m_values.Find(in_key) != nullptr) {
-        return "a key that occurs twice";
-    } else if (!EqualsIgnoringCase(in_key, "PWD") || !in_value.empty()) {
-        // An empty PWD is common in odbc.ini files. It does not remove a stored password.
-        io_description.m_values.Set(CanonicalKey(in_key), in_value);
-    }
-    return nullptr;
-}
-
-}  // namespace
 
 Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
                       std::vector<std::string>& out_notes) {
@@ -54,10 +36,17 @@ Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
             failIf(equals == std::string_view::npos || equals == 0,
                    "neither a section, a comment nor a key with its value");
             failIf(descriptions.empty(), "a key before the first section");
-            const char* const reason =
-                SetKey(std::string(Trim(line.substr(0, equals))),
-                       std::string(Trim(line.substr(equals + 1))), descriptions.back());
-            failIf(reason != nullptr, reason);
+            const std::string key(Trim(line.substr(0, equals)));
+            const std::string value(Trim(line.substr(equals + 1)));
+            DsnDescription& description = descriptions.back();
+            if (std::string* const member = FindMember(key, description)) {
+                *member = value;
+                return;
+            }
+            failIf(description.m_values.Find(key) != nullptr, "a key that occurs twice");
+            // An empty PWD is common in odbc.ini files. It does not remove a stored password.
+            if (EqualsIgnoringCase(key, "PWD") && value.empty()) return;
+            description.m_values.Set(CanonicalKey(key), value);
         }
     });
     return descriptions;

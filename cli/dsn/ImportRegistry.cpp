@@ -6,6 +6,7 @@
 #include "VeltraneDialog/Utf8.h"
 #include "cli/dsn/ImportFormats.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/Input.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
@@ -150,19 +151,22 @@ private:
         const bool isKnown = isNumber || kind == "hex" || kind.starts_with("hex(");
         if (!isKnown || colon > LONGEST_KIND) Fail("a value of an unknown kind");
         m_at += colon + 1;
-        if (isNumber) return ReadNumber();
+        if (isNumber) {
+            return std::to_string(ReadHex(std::string_view::npos, "a dword that is no number"));
+        }
         const std::string bytes = ReadBytes();
         const bool isText = kind == "hex(1)" || kind == "hex(2)";
         return isText ? std::optional(DecodeBytes(bytes)) : std::nullopt;
     }
 
-    std::string ReadNumber() {
+    std::uint32_t ReadHex(std::size_t in_most, const char* in_reason) {
         std::uint32_t number = 0;
-        const char* const begin = m_text.data() + m_at;
-        const auto [end, error] = std::from_chars(begin, m_text.data() + m_text.size(), number, 16);
-        if (error != std::errc()) Fail("a dword that is no number");
+        const std::string_view digits = m_text.substr(m_at, in_most);
+        const char* const begin = digits.data();
+        const auto [end, error] = std::from_chars(begin, begin + digits.size(), number, 16);
+        if (error != std::errc()) Fail(in_reason);
         m_at += static_cast<std::size_t>(end - begin);
-        return std::to_string(number);
+        return number;
     }
 
     /// Reads bytes of two digits, separated by commas; a backslash at the end of a line continues
@@ -174,13 +178,7 @@ private:
             return m_at < m_text.size() && !IsAsciiBlank(m_text[m_at]) && m_text[m_at] != ';';
         };
         while (isNext()) {
-            unsigned byte = 0;
-            const char* const begin = m_text.data() + m_at;
-            const char* const limit = begin + std::min<std::size_t>(2, m_text.size() - m_at);
-            const auto [end, error] = std::from_chars(begin, limit, byte, 16);
-            if (error != std::errc()) Fail("a byte that is no number");
-            bytes += static_cast<char>(byte);
-            m_at += static_cast<std::size_t>(end - begin);
+            bytes += static_cast<char>(ReadHex(2, "a byte that is no number"));
             if (isNext() && !SkipInLine(',')) Fail("bytes without a comma between them");
         }
         return bytes;
@@ -188,11 +186,7 @@ private:
 
     std::string DecodeBytes(std::string in_bytes) const {
         if (m_isOld) return DecodeAnsi(in_bytes.substr(0, in_bytes.find('\0')), m_wish);
-        std::u16string units;
-        for (std::size_t at = 0; at + 1 < in_bytes.size(); at += 2) {
-            units += static_cast<char16_t>(static_cast<unsigned char>(in_bytes[at]) |
-                                           static_cast<unsigned char>(in_bytes[at + 1]) << 8);
-        }
+        const std::u16string units = ToUnits(in_bytes, false);
         return ODBC::EncodeUtf8(units.substr(0, units.find(u'\0')));
     }
 

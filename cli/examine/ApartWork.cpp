@@ -4,7 +4,6 @@
 #include "cli/examine/LibraryProbe.h"
 #include "cli/examine/OdbcCalls.h"
 #include "cli/examine/OdbcPlatform.h"
-#include "cli/system/CommandError.h"
 
 namespace Veltrane::Cli {
 

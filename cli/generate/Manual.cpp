@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "cli/generate/Generate.h"
 #include "cli/line/CommandTable.h"
 #include "cli/line/HelpText.h"
@@ -12,12 +10,10 @@ namespace {
 std::string Escape(std::string_view in_text) {
     std::string text;
     for (const char c : in_text) {
-        constexpr std::pair<char, const char*> SPELLED[] = {
-            {'\\', "\\e"}, {'-', "\\-"}, {'\'', "\\(aq"}, {'~', "\\(ti"}};
-        const auto* const found = std::find_if(std::begin(SPELLED), std::end(SPELLED),
-                                               [c](const auto& in_it) { return in_it.first == c; });
+        constexpr const char* SPELLED[] = {"\\e", "\\-", "\\(aq", "\\(ti"};
+        const std::size_t at = std::string_view("\\-'~").find(c);
         if (c == '.' && text.empty()) text += "\\&";
-        text += found == std::end(SPELLED) ? std::string(1, c) : found->second;
+        text += at == std::string_view::npos ? std::string(1, c) : SPELLED[at];
     }
     return text;
 }

@@ -1,7 +1,5 @@
 #include "cli/system/Input.h"
 
-#include <string_view>
-
 #include "VeltraneDialog/Utf8.h"
 #include "cli/system/CommandError.h"
 
@@ -24,15 +22,7 @@ std::string Decode(const Input& in_input, std::string in_bytes) {
         if (in_bytes.starts_with(UTF8_MARK)) in_bytes.erase(0, UTF8_MARK.size());
         return in_bytes;
     }
-    std::u16string units;
-    units.reserve(in_bytes.size() / 2);
-    for (std::size_t at = 2; at + 1 < in_bytes.size(); at += 2) {
-        const auto byte = [&](std::size_t in_at) {
-            return static_cast<unsigned char>(in_bytes[in_at]);
-        };
-        units +=
-            static_cast<char16_t>((byte(at + (isBig ? 0 : 1)) << 8) | byte(at + (isBig ? 1 : 0)));
-    }
+    const std::u16string units = ToUnits(std::string_view(in_bytes).substr(2), isBig);
     std::string text = ODBC::EncodeUtf8(units);
     // An unpaired surrogate has become another character.
     std::u16string again;
@@ -65,6 +55,17 @@ std::string ReadRest(const Input& in_input) {
 }
 
 }  // namespace
+
+std::u16string ToUnits(std::string_view in_bytes, bool in_isBig) {
+    std::u16string units;
+    units.reserve(in_bytes.size() / 2);
+    for (; in_bytes.size() >= 2; in_bytes.remove_prefix(2)) {
+        const auto high = static_cast<unsigned char>(in_bytes[in_isBig ? 0 : 1]);
+        const auto low = static_cast<unsigned char>(in_bytes[in_isBig ? 1 : 0]);
+        units += static_cast<char16_t>(high << 8 | low);
+    }
+    return units;
+}
 
 void RefuseEmptySecret(const std::string& in_source) {
     FailWith(in_source +

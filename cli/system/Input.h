@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Veltrane::Cli {
 
@@ -24,6 +25,9 @@ inline std::string FromPath(const std::filesystem::path& in_path) {
 inline std::string DescribeInput(const std::string& in_path) {
     return in_path.empty() ? "standard input" : in_path;
 }
+
+/// Returns the UTF-16 of bytes, without a last odd one.
+std::u16string ToUnits(std::string_view in_bytes, bool in_isBig);
 
 /// The longest accepted line, in bytes.
 inline constexpr std::size_t MAX_LINE = 64 << 10;
