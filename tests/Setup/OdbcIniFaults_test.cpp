@@ -12,9 +12,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
-#include <tuple>
 #include <utility>
 
 #include "Setup/OdbcIniUpdate.h"
@@ -471,18 +471,11 @@ TEST_F(OdbcIniFaults, EditsAreRepeatedOnAnotherProgramsFile) {
 /// As the driver manager's own functions do: they empty the file and write it some time later.
 TEST_F(OdbcIniFaults, WaitsForAProgramThatIsWriting) {
     // Without leases the time of the last write decides.
-    for (const auto& [duration, hasLeases, hasRenameFlags, isTimeLate] :
-         std::initializer_list<std::tuple<std::size_t, bool, bool, bool>>{
-             {1, true, true, false},
-             {7, true, true, false},
-             {60, true, true, false},
-             {60, true, true, true},
-             {60, false, true, true},
-             {1, false, true, false},
-             {7, false, true, false},
-             {60, false, true, false},
-             {7, true, false, false},
-             {7, false, false, false}}) {
+    for (int bits = 0; bits < 24; ++bits) {
+        const bool hasLeases = bits % 2 == 0;
+        const bool hasRenameFlags = bits / 2 % 2 == 0;
+        const bool isTimeLate = bits / 4 % 2 != 0;
+        const std::size_t duration = std::array{1, 7, 60}[bits / 8];
         Write(OLD);
         const std::size_t calls = CountCalls(hasRenameFlags);
         // If names cannot be exchanged, a second rename follows the last check of the old file's
@@ -502,16 +495,15 @@ TEST_F(OdbcIniFaults, WaitsForAProgramThatIsWriting) {
             const auto time = std::filesystem::last_write_time(m_file);
             int writer = -1;
             s_systemCalls.m_hasRenameFlags = hasRenameFlags;
-            const auto interfere = [&, end = begin + duration, error = hasLeases ? 0 : EINVAL,
-                                    isTimeLate = isTimeLate](const std::string& in_name,
-                                                             std::size_t in_call) {
+            const auto interfere = [&, end = begin + duration](const std::string& in_name,
+                                                               std::size_t in_call) {
                 if (in_call == begin) writer = open(m_file.c_str(), O_WRONLY | O_TRUNC);
                 if (in_call == begin && isTimeLate) std::filesystem::last_write_time(m_file, time);
                 if (in_call == end && writer >= 0) {
                     EXPECT_GT(write(writer, OTHER, sizeof OTHER - 1), 0);
                     close(std::exchange(writer, -1));
                 }
-                return in_name == "lease" ? error : 0;
+                return in_name == "lease" && !hasLeases ? EINVAL : 0;
             };
             s_systemCalls.m_before = interfere;
             EXPECT_TRUE(Change());
