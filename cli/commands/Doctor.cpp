@@ -26,10 +26,6 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     const auto describe = [&](const std::string& in_dsn) {
         return "The DSN " + Quote(in_dsn) + " of " + in_store.GetPath();
     };
-    const auto isOneOf = [&](const std::string& in_name) {
-        return " is one of the driver " + Quote(in_name) + ", which is not registered in " +
-               registry.GetPath() + ".";
-    };
     for (const std::string& dsn : GetDsnNames(text)) {
         const std::string driver = text.Get(dsn, "Driver").value_or("");
         if (IsSameName(driver, in_driver)) {
@@ -40,7 +36,8 @@ Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
                                 "Add it again, or remove its section."});
         } else if (!HasFolder(driver) && !registry.Find(driver)) {
             findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
-                                describe(dsn) + isOneOf(driver),
+                                describe(dsn) + " is one of the driver " + Quote(driver) +
+                                    ", which is not registered in " + registry.GetPath() + ".",
                                 "Install and register that driver, or remove the DSN."});
         }
     }

@@ -32,6 +32,7 @@ class ToolTest(unittest.TestCase):
         self.folder = tempfile.mkdtemp(prefix="veltrane-dsn-")
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.stage = Stage(self.folder)
+        self.user = self.stage.places["user"]
         self.stage.write("drivers", {"Veltrane": self.stage.driver(self.stage.setup)})
 
     def path(self, name):

@@ -20,12 +20,6 @@ import unittest
 from tool_test import ToolTest, main
 
 
-class FileTest(ToolTest):
-    def setUp(self):
-        super().setUp()
-        self.user = self.stage.places["user"]
-
-
 # Calls functions of the installer in a new process, because the installer caches what it reads.
 INSTALLER = """
 import ctypes, sys
@@ -41,7 +35,7 @@ else:
 """
 
 
-class FilesTest(FileTest):
+class FilesTest(ToolTest):
     def installer(self, *arguments, **environment):
         return subprocess.run([sys.executable, "-c", INSTALLER, *arguments], text=True, check=True,
                               env={**self.stage.environment, **environment},
@@ -158,7 +152,7 @@ FOREIGN = """
 """
 
 
-class KillsTest(FileTest):
+class KillsTest(ToolTest):
     def test_a_kill_at_any_system_call_leaves_the_old_file_or_the_new_one(self):
         before = "# ours\n[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nHint=1\n\n[gone]\nDriver=Veltrane\n"
         file = self.write_file("dsns.json", json.dumps(
@@ -205,7 +199,7 @@ class KillsTest(FileTest):
         self.assertEqual(set(self.dsns()), {"a", "foreign"})
 
 
-class FileFindingsTest(FileTest):
+class FileFindingsTest(ToolTest):
     def test_finds_what_is_wrong_with_a_shared_object(self):
         self.register(self.compile("symbol", "int absent_function(void);"
                                                    "int ConfigDSN(void) { return absent_function(); }"))

@@ -29,7 +29,7 @@ class RegistryTest(ToolTest):
 
     def entries(self):
         """The user's DSNs as stored, with the driver's name from the list."""
-        sections = dict(self.stage.export(self.stage.places["user"]))
+        sections = dict(self.stage.export(self.user))
         drivers = sections.pop("ODBC Data Sources", {})
         return {name: {**entries, **({"Driver": drivers[name]} if name in drivers else {})}
                 for name, entries in sections.items()}

@@ -74,7 +74,7 @@ class ChangeTest(ToolTest):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
         before = self.dsns()
         values = ["--server", "x", "--database", "y"]
-        self.assert_refused(f'There is a DSN "sales" already in {self.stage.places["user"]}.',
+        self.assert_refused(f'There is a DSN "sales" already in {self.user}.',
                             "add", "sales", *values, code=4)
         self.assertFalse(self.run_json("add", "SALES", *values, "--if-missing")["changed"])
         self.assertEqual(self.dsns(), before)
@@ -82,7 +82,7 @@ class ChangeTest(ToolTest):
         self.assertEqual(self.dsns(), {"sales": {**SALES, "Server": "x", "Database": "y"}})
         for command in (["set", "no", "--uid", "u"], ["remove", "no"], ["show", "no"],
                         ["export", "no"], ["check", "no"], ["remove", "sales", "no"]):
-            self.assert_refused(f'There is no DSN "no" in {self.stage.places["user"]}.\n', *command, code=3)
+            self.assert_refused(f'There is no DSN "no" in {self.user}.\n', *command, code=3)
         self.run_tool("remove", "no", "--if-exists")
         self.assertEqual(self.run_tool("list")[0], "sales\n")
 
@@ -207,7 +207,7 @@ class SecretsTest(ToolTest):
         self.assertGreater(os.path.getsize(self.path("trace")), 0)
         for name in os.listdir(self.folder):
             path = self.path(name)
-            if path != self.stage.places["user"] and os.path.isfile(path):
+            if path != self.user and os.path.isfile(path):
                 with open(path, "rb") as file:
                     self.assertNotIn(b"hunter2", file.read(), name)
 
