@@ -95,7 +95,8 @@ std::string FindMissing(HMODULE in_library, const std::wstring& in_folder,
         const std::wstring path = Find(ToWide(name), in_folder);
         if (path.empty()) return name;
         const HMODULE library = IsOfTheSystem(path) ? nullptr : LoadAlone(path);
-        std::string missing = library ? FindMissing(library, in_folder, io_known) : "";
+        const std::string missing =
+            library != nullptr ? FindMissing(library, in_folder, io_known) : "";
         if (!missing.empty()) return missing;
     }
     return {};
