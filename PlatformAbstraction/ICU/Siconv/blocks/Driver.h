@@ -36,17 +36,8 @@ ORSKA_INLINE void CopyShort(char* out_to, const char* in_from, std::uint64_t in_
         const auto tail = Read<std::uint64_t>(in_from + in_size - 8);
         __builtin_memcpy(out_to, &head, 8);
         __builtin_memcpy(out_to + in_size - 8, &tail, 8);
-    } else if (in_size >= 4) {
-        const auto head = Read<std::uint32_t>(in_from);
-        const auto tail = Read<std::uint32_t>(in_from + in_size - 4);
-        __builtin_memcpy(out_to, &head, 4);
-        __builtin_memcpy(out_to + in_size - 4, &tail, 4);
-    } else if (in_size > 0) {
-        const char middle = in_from[in_size / 2];
-        const char last = in_from[in_size - 1];
-        out_to[0] = in_from[0];
-        out_to[in_size / 2] = middle;
-        out_to[in_size - 1] = last;
+    } else {
+        Vector128::StorePart(out_to, Vector128::LoadPart(in_from, in_size), in_size);
     }
 }
 

@@ -25,10 +25,7 @@ struct FixedToUtf16 {
             V::template WriteWide16<IS_BIG>(out_to, at);
             return;
         }
-        typename V::Type units[2];
-        V::Widen(IS_BIG ? high : low, IS_BIG ? low : high, units[0], units[1]);
-        V::Store(out_to, units[0]);
-        V::Store(out_to + V::SIZE, units[1]);
+        V::template WriteUnits16<IS_BIG>(out_to, low, high);
     }
 };
 

@@ -108,6 +108,14 @@ struct VectorBase {
         out_units[0] = V::InterleaveLow8(IS_BIG ? in_high : in_low, IS_BIG ? in_low : in_high);
         out_units[1] = V::InterleaveHigh8(IS_BIG ? in_high : in_low, IS_BIG ? in_low : in_high);
     }
+    // Writes bytes and their high bytes as 16-bit units, in text order.
+    template <bool IS_BIG, class Type>
+    static ORSKA_INLINE void WriteUnits16(char* out_at, Type in_low, Type in_high) {
+        Type units[2];
+        Interleave8<IS_BIG>(V::SwapMiddle64(in_low), V::SwapMiddle64(in_high), units);
+        V::Store(out_at, units[0]);
+        V::Store(out_at + V::SIZE, units[1]);
+    }
     // Changes units from the text's byte order to the processor's, or back.
     template <bool IS_BIG, class Type>
     static ORSKA_INLINE Type OrderUnits16(Type in_units) {
@@ -340,6 +348,8 @@ struct Vector128 : VectorBase<Vector128> {
     static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
         return _mm_shuffle_epi32(in_value, _MM_SHUFFLE(3, 1, 2, 0));
     }
+    // Exchanges the halves of two lanes, the second and the third; it keeps a single one.
+    static ORSKA_INLINE Type SwapMiddle64(Type in_value) { return in_value; }
     // The four words of a lane.
     static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
                                         std::uint32_t in_3) {
@@ -422,10 +432,7 @@ struct Vector128 : VectorBase<Vector128> {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out_at),
                             IS_BIG ? _mm256_slli_epi16(units, 8) : units);
 #else
-        Type units[2];
-        Interleave8<IS_BIG>(in_bytes, Zero(), units);
-        Store(out_at, units[0]);
-        Store(out_at + 16, units[1]);
+        WriteUnits16<IS_BIG>(out_at, in_bytes, Zero());
 #endif
     }
     template <bool IS_BIG>
@@ -474,12 +481,6 @@ struct Vector128 : VectorBase<Vector128> {
         const Type kept =
             Shuffle(PackUnsigned16(in_units, in_units), LoadRows(COMPRESS_BYTES, in_keep));
         PutLow(io_at, kept, CountBits(in_keep));
-    }
-
-    // Joins bytes and their high bytes to two vectors of 16-bit units, in text order.
-    static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
-        out_first = InterleaveLow8(in_low, in_high);
-        out_second = InterleaveHigh8(in_low, in_high);
     }
 
     // Writes the bytes whose bit is set.

@@ -46,6 +46,9 @@ struct Vector256 : VectorBase<Vector256> {
     static ORSKA_INLINE Type SwapMiddle32(Type in_value) {
         return _mm256_shuffle_epi32(in_value, _MM_SHUFFLE(3, 1, 2, 0));
     }
+    static ORSKA_INLINE Type SwapMiddle64(Type in_value) {
+        return _mm256_permute4x64_epi64(in_value, _MM_SHUFFLE(3, 1, 2, 0));
+    }
     static ORSKA_INLINE Type RepeatLane(std::uint32_t in_0, std::uint32_t in_1, std::uint32_t in_2,
                                         std::uint32_t in_3) {
         const auto lane = [](std::uint32_t in_word) { return static_cast<int>(in_word); };
@@ -57,11 +60,10 @@ struct Vector256 : VectorBase<Vector256> {
                                        Vector128::Load(in_at + 12), 1);
     }
     static ORSKA_INLINE Type JoinHalves(Type in_first, Type in_second) {
-        return _mm256_permute4x64_epi64(Or(in_first, in_second), _MM_SHUFFLE(3, 1, 2, 0));
+        return SwapMiddle64(Or(in_first, in_second));
     }
     static ORSKA_INLINE Type PackUnits16(Type in_first, Type in_second) {
-        return _mm256_permute4x64_epi64(PackUnsigned16(in_first, in_second),
-                                        _MM_SHUFFLE(3, 1, 2, 0));
+        return SwapMiddle64(PackUnsigned16(in_first, in_second));
     }
     static ORSKA_INLINE bool IsZero(Type in_value) {
         return _mm256_testz_si256(in_value, in_value) != 0;
@@ -96,11 +98,7 @@ struct Vector256 : VectorBase<Vector256> {
 
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide16(char* out_at, Type in_bytes) {
-        const Type spread = _mm256_permute4x64_epi64(in_bytes, _MM_SHUFFLE(3, 1, 2, 0));
-        Type units[2];
-        Interleave8<IS_BIG>(spread, Zero(), units);
-        Store(out_at, units[0]);
-        Store(out_at + 32, units[1]);
+        WriteUnits16<IS_BIG>(out_at, in_bytes, Zero());
     }
     template <bool IS_BIG>
     static ORSKA_INLINE void WriteWide32(char* out_at, Type in_bytes) {
@@ -132,13 +130,6 @@ struct Vector256 : VectorBase<Vector256> {
     static ORSKA_INLINE void CompressNarrow16(To& io_at, Type in_units, std::uint64_t in_keep) {
         const __m128i bytes = _mm_packus_epi16(GetLow(in_units), GetHigh(in_units));
         Vector128::CompressBytes(io_at, bytes, (in_keep & 0xFF) | ((in_keep >> 8) & 0xFF00));
-    }
-
-    static ORSKA_INLINE void Widen(Type in_low, Type in_high, Type& out_first, Type& out_second) {
-        const Type low = _mm256_permute4x64_epi64(in_low, _MM_SHUFFLE(3, 1, 2, 0));
-        const Type high = _mm256_permute4x64_epi64(in_high, _MM_SHUFFLE(3, 1, 2, 0));
-        out_first = InterleaveLow8(low, high);
-        out_second = InterleaveHigh8(low, high);
     }
 
     template <class To>
