@@ -15,7 +15,7 @@ SiconvStreamConverter::SiconvStreamConverter(EncodingType in_source, EncodingTyp
 void SiconvStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
     GetSourceRemaining();  // refuses a wrong position before anything is written
     char* const limit = GetTargetLimit(in_bytesWanted);
-    if (!CopyPendingOutput(limit)) {
+    if (!CopyHeldOutput(limit)) {
         SetTargetIsTooSmall();
         return;
     }
@@ -26,21 +26,19 @@ void SiconvStreamConverter::DoConvert(std::uint64_t in_bytesWanted) {
     if (outcome == TRANSCODER_FULL && m_targetPosition < limit) {
         outcome = ConvertStraddlingCodePoint(limit);
     }
-    const bool isOutputPending = m_pendingOutputLength > 0;
+    const bool isOutputHeld = m_heldCount > 0;
     // The bytes before the malformed place are delivered first; the next call finds it again.
-    if (outcome == TRANSCODER_INVALID && !isOutputPending) {
+    if (outcome == TRANSCODER_INVALID && !isOutputHeld) {
         ThrowInvalidInput();
     }
     m_isSourceConsumed = outcome == TRANSCODER_DONE;
-    m_hasDataRemaining = outcome != TRANSCODER_DONE || isOutputPending;
+    m_hasDataRemaining = outcome != TRANSCODER_DONE || isOutputHeld;
     m_isTargetFilled = m_targetPosition == limit;
 }
 
 void SiconvStreamConverter::Reset() {
     StreamConverter::Reset();
     m_pendingInputLength = 0;
-    m_pendingOutputPosition = 0;
-    m_pendingOutputLength = 0;
 }
 
 // Converts as much of the pending input and the piece as fits.
@@ -93,43 +91,19 @@ std::int32_t SiconvStreamConverter::KeepPendingInput() noexcept {
     return TRANSCODER_DONE;
 }
 
-// Converts the code point that does not fit into the pending output and fills the target with its
+// Converts the code point that does not fit into the held output and fills the target with its
 // first bytes. The room grows by single bytes, so no second code point gets in.
 std::int32_t SiconvStreamConverter::ConvertStraddlingCodePoint(const char* in_limit) {
     std::int32_t outcome = TRANSCODER_FULL;
-    TranscoderTarget target{m_pendingOutput,
-                            static_cast<std::uint64_t>(in_limit - m_targetPosition), 0};
+    TranscoderTarget target{m_held, static_cast<std::uint64_t>(in_limit - m_targetPosition), 0};
     while (outcome == TRANSCODER_FULL && target.m_position == 0 &&
-           target.m_length < PENDING_OUTPUT_SIZE) {
+           target.m_length < MOST_HELD_BYTES) {
         ++target.m_length;
         outcome = DoSiconvConvert(target);
     }
-    m_pendingOutputPosition = 0;
-    m_pendingOutputLength = static_cast<std::uint8_t>(target.m_position);
-    CopyPendingOutput(in_limit);
+    m_heldCount = static_cast<std::uint8_t>(target.m_position);
+    CopyHeldOutput(in_limit);
     return outcome;
-}
-
-// Copies as much of the pending output as fits; true when none is left.
-bool SiconvStreamConverter::CopyPendingOutput(const char* in_limit) noexcept {
-    const auto pending =
-        static_cast<std::uint64_t>(m_pendingOutputLength - m_pendingOutputPosition);
-    if (pending == 0) {
-        return true;
-    }
-    const std::uint64_t count =
-        std::min(pending, static_cast<std::uint64_t>(in_limit - m_targetPosition));
-    if (count > 0) {
-        std::memcpy(m_targetPosition, m_pendingOutput + m_pendingOutputPosition, count);
-        AdvanceTarget(count);
-    }
-    m_pendingOutputPosition = static_cast<std::uint8_t>(m_pendingOutputPosition + count);
-    if (count < pending) {
-        return false;
-    }
-    m_pendingOutputPosition = 0;
-    m_pendingOutputLength = 0;
-    return true;
 }
 
 void SiconvStreamConverter::ThrowInvalidInput() const {

@@ -28,20 +28,14 @@ private:
     std::int32_t ConvertPendingInput(TranscoderTarget& io_target);
     std::int32_t KeepPendingInput() noexcept;
     std::int32_t ConvertStraddlingCodePoint(const char* in_limit);
-    bool CopyPendingOutput(const char* in_limit) noexcept;
     [[noreturn]] void ThrowInvalidInput() const;
 
     static constexpr std::uint32_t PENDING_INPUT_SIZE = 4;
-    static constexpr std::uint32_t PENDING_OUTPUT_SIZE = 16;
 
     const TranscoderFunction m_transcoder;
     /// The incomplete code point at the end of the pieces so far.
     char m_pendingInput[PENDING_INPUT_SIZE] = {};
     std::uint8_t m_pendingInputLength = 0;
-    /// The output of one code point that did not fit into the targets so far.
-    char m_pendingOutput[PENDING_OUTPUT_SIZE] = {};
-    std::uint8_t m_pendingOutputPosition = 0;
-    std::uint8_t m_pendingOutputLength = 0;
 };
 
 }  // namespace Orska::Support

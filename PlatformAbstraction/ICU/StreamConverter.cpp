@@ -66,6 +66,7 @@ void StreamConverter::Reset() {
     m_isSourceConsumed = true;
     m_hasDataRemaining = false;
     m_totalBytesWritten = 0;
+    m_heldCount = 0;
 }
 
 void StreamConverter::SetSourcePosition(std::uint64_t in_position) {
@@ -97,6 +98,18 @@ void StreamConverter::SetTargetIsTooSmall() noexcept {
 
 void StreamConverter::WriteNul() noexcept {
     std::memset(m_targetPosition, 0, m_targetCodeUnitWidth);
+}
+
+bool StreamConverter::CopyHeldOutput(const char* in_limit) noexcept {
+    const auto count =
+        static_cast<std::uint8_t>(std::min<std::int64_t>(m_heldCount, in_limit - m_targetPosition));
+    if (count > 0) {
+        std::memcpy(m_targetPosition, m_held, count);
+        AdvanceTarget(count);
+        m_heldCount = static_cast<std::uint8_t>(m_heldCount - count);
+        std::memmove(m_held, m_held + count, m_heldCount);
+    }
+    return m_heldCount == 0;
 }
 
 }  // namespace Orska::Support

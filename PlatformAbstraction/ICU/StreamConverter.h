@@ -122,6 +122,10 @@ protected:
     }
     void SetTargetIsTooSmall() noexcept;
     void WriteNul() noexcept;
+    /// Copies as much of the held output as fits before the limit; true when none is left.
+    bool CopyHeldOutput(const char* in_limit) noexcept;
+
+    static constexpr std::uint32_t MOST_HELD_BYTES = 16;
 
     const EncodingType m_sourceEncoding;
     const EncodingType m_targetEncoding;
@@ -142,6 +146,9 @@ protected:
     const std::uint8_t m_targetCodeUnitWidth;
     /// By the table of encodings, which counts no shift sequences.
     const std::uint8_t m_targetMostBytesPerCodePoint;
+    /// Output that did not fit into the targets so far.
+    std::uint8_t m_heldCount = 0;
+    char m_held[MOST_HELD_BYTES] = {};
 
 private:
     [[noreturn]] static std::uint64_t ThrowInvalidPosition();

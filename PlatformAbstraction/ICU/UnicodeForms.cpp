@@ -1,5 +1,6 @@
 #include "PlatformAbstraction/ICU/UnicodeForms.h"
 
+#include <unicode/uchar.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
@@ -64,14 +65,10 @@ TranscoderFunction GetCopy() noexcept {
 
 // The single-byte sets. Find returns the byte for a unit, or -1.
 
-struct UsAscii {
-    static constexpr UnicodeForms::ByteRange BLOCKS = {0x7F, 0xFFFF};
-    static int Find(char16_t in_unit) noexcept { return in_unit <= 0x7F ? in_unit : -1; }
-};
-
-struct Latin1 {
-    static constexpr UnicodeForms::ByteRange BLOCKS = {0xFF, 0xFFFF};
-    static int Find(char16_t in_unit) noexcept { return in_unit <= 0xFF ? in_unit : -1; }
+template <char16_t LAST>
+struct UpTo {
+    static constexpr UnicodeForms::ByteRange BLOCKS = {LAST, 0xFFFF};
+    static int Find(char16_t in_unit) noexcept { return in_unit <= LAST ? in_unit : -1; }
 };
 
 struct Cp1252 {
@@ -88,26 +85,10 @@ struct Cp1252 {
     }
 };
 
-struct CodePointRange {
-    char32_t m_first;
-    char32_t m_last;
-};
-
-// The default ignorable code points in ICU's substitution callback. ICU writes nothing for one that
-// an encoding lacks.
-constexpr CodePointRange IGNORABLE[] = {
-    {0x00AD, 0x00AD},   {0x034F, 0x034F},   {0x061C, 0x061C}, {0x115F, 0x1160}, {0x17B4, 0x17B5},
-    {0x180B, 0x180F},   {0x200B, 0x200F},   {0x202A, 0x202E}, {0x2060, 0x206F}, {0x3164, 0x3164},
-    {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0}, {0xFFF0, 0xFFF8}, {0x1BCA0, 0x1BCA3},
-    {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF},
-};
-
+// True for a code point that displays ignore: ICU writes nothing for one that an encoding lacks.
 bool IsIgnorable(char32_t in_codePoint) {
-    const auto isInRange = [in_codePoint](const CodePointRange& in_range) {
-        return in_range.m_first <= in_codePoint && in_codePoint <= in_range.m_last;
-    };
-    const bool isInGap = in_codePoint > 0x1D17A && in_codePoint < 0xE0000;  // most code points
-    return !isInGap && std::any_of(std::begin(IGNORABLE), std::end(IGNORABLE), isInRange);
+    return u_hasBinaryProperty(static_cast<UChar32>(in_codePoint),
+                               UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0;
 }
 
 // True for most units that are neither ignorable nor surrogates. It has no branches, which would
@@ -213,12 +194,12 @@ TranscoderFunction GetUtf16Encoder(EncodingType in_encoding) noexcept {
         case EncodingType::ENC_UTF32BE:
             return ConvertCodePoints<Utf16Reader<false>, Utf32Writer<true>>;
         case EncodingType::ENC_LATIN1:
-            return ConvertToBytes<Latin1>;
+            return ConvertToBytes<UpTo<0xFF>>;
         case EncodingType::ENC_CP1252:
         case EncodingType::ENC_IBM5348:
             return ConvertToBytes<Cp1252>;
         case EncodingType::ENC_US_ASCII:
-            return ConvertToBytes<UsAscii>;
+            return ConvertToBytes<UpTo<0x7F>>;
         default:
             return nullptr;
     }

@@ -86,7 +86,6 @@ void WideStreamConverter::Reset() {
     m_isIcuReading = false;
     m_isIcuWriting = false;
     m_isFinished = false;
-    m_heldCount = 0;
     m_read = m_intermediate;
     m_fill = m_intermediate;
 }
@@ -304,6 +303,7 @@ void WideStreamConverter::HoldEndOfText() {
     if (m_isFinished || !m_isLastPiece) {
         return;
     }
+    static_assert(MOST_HELD_BYTES >= ICU_MOST_END_BYTES);
     UErrorCode status = U_ZERO_ERROR;
     if (IsStateful(*m_targetConverter) || m_isIcuWriting) {
         m_heldCount = EndText(*m_targetConverter, m_held, status);
@@ -336,19 +336,6 @@ void WideStreamConverter::HoldCutOutput(const char* in_entry) noexcept {
     std::memcpy(m_held, m_targetPosition, count);
     std::memset(m_targetPosition, 0, count);
     m_heldCount = count;
-}
-
-// Copies as much of the held output as fits; true when none is left.
-bool WideStreamConverter::CopyHeldOutput(const char* in_limit) noexcept {
-    const auto count =
-        static_cast<std::uint8_t>(std::min<std::int64_t>(m_heldCount, in_limit - m_targetPosition));
-    if (count > 0) {
-        std::memcpy(m_targetPosition, m_held, count);
-        AdvanceTarget(count);
-        m_heldCount = static_cast<std::uint8_t>(m_heldCount - count);
-        std::memmove(m_held, m_held + count, m_heldCount);
-    }
-    return m_heldCount == 0;
 }
 
 }  // namespace Orska::Support

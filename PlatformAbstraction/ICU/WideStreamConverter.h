@@ -49,7 +49,6 @@ private:
     void FinishText() noexcept;
     std::int64_t CountUnitsThatFit(const char* in_limit) const noexcept;
     void HoldCutOutput(const char* in_entry) noexcept;
-    bool CopyHeldOutput(const char* in_limit) noexcept;
     bool IsIntermediateEmpty() const noexcept { return m_read == m_fill; }
 
     static constexpr std::size_t INTERMEDIATE_UNITS = 7168;
@@ -67,8 +66,6 @@ private:
     bool m_isIcuReading = false;  ///< the source's converter keeps input or output
     bool m_isIcuWriting = false;  ///< the target's converter does
     bool m_isFinished = false;    ///< the text has ended; both converters are reset
-    std::uint8_t m_heldCount = 0;
-    char m_held[ICU_MOST_END_BYTES] = {};
     UChar* m_read = m_intermediate;
     UChar* m_fill = m_intermediate;
     UChar m_intermediate[INTERMEDIATE_UNITS];
