@@ -197,10 +197,10 @@ template <ConvertibleFloat T>
 orska_wstring NumberConverter::ConvertFloatingPointToWString(T in_value) {
     char buffer[FLOAT_TEXT_SIZE];
     const std::size_t length = ConvertFloatingPointToBuffer(in_value, buffer);
-    // Widened here, not converted from the ANSI encoding, which may lack ASCII.
-    char16_t units[FLOAT_TEXT_SIZE];
-    std::copy_n(buffer, length, units);
-    return orska_wstring(units, length);
+    orska_wstring text;
+    text.SetFromUtf8(buffer,
+                     static_cast<std::int64_t>(length));  // the ANSI encoding may lack ASCII
+    return text;
 }
 
 std::size_t NumberConverter::ConvertDoubleToBufferFixed(double in_value, int in_decimals,

@@ -3,10 +3,12 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <string_view>
 #include <vector>
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/numbers/DecimalDigits.h"
 #include "PlatformAbstraction/numbers/DoublePowersOfTen.h"
 #include "PlatformAbstraction/numbers/NumberConverter.h"
@@ -192,34 +194,21 @@ double ParseDouble(const char* in_text, std::size_t in_length,
     return isNegative ? -value : value;
 }
 
-/// True if the text, in any case, is a prefix of a word in upper case.
-bool IsPrefix(const char* in_text, std::size_t in_length, const char* in_word) noexcept {
-    for (std::size_t i = 0; i < in_length; ++i) {
-        const char character = in_text[i];
-        const bool isLower = character >= 'a' && character <= 'z';
-        // Longer text must not match the NUL at the end of the word.
-        if (in_word[i] == '\0' || (isLower ? character - 'a' + 'A' : character) != in_word[i]) {
-            return false;
-        }
-    }
-    return true;
+/// True if the text, in any case, is a prefix of a word.
+bool IsPrefix(std::string_view in_text, std::string_view in_word) noexcept {
+    return EqualsIgnoringCase(in_text, in_word.substr(0, in_text.size()));
 }
 
 /// "inf" to "infinity" with an optional '-', and "nan".
-bool ParseSpecialWord(const char* in_text, std::size_t in_length, double& out_value) noexcept {
-    if (IsPrefix(in_text, in_length, "INFINITY")) {
-        out_value = std::numeric_limits<double>::infinity();
+bool ParseSpecialWord(std::string_view in_text, double& out_value) noexcept {
+    constexpr double INFINITE = std::numeric_limits<double>::infinity();
+    const bool isPositive = IsPrefix(in_text, "INFINITY");
+    if (isPositive || (in_text.size() > 3 && IsPrefix(in_text, "-INFINITY"))) {
+        out_value = isPositive ? INFINITE : -INFINITE;
         return true;
     }
-    if (in_length > 3 && IsPrefix(in_text, in_length, "-INFINITY")) {
-        out_value = -std::numeric_limits<double>::infinity();
-        return true;
-    }
-    if (in_length == 3 && IsPrefix(in_text, in_length, "NAN")) {
-        out_value = std::numeric_limits<double>::quiet_NaN();
-        return true;
-    }
-    return false;
+    out_value = std::numeric_limits<double>::quiet_NaN();
+    return EqualsIgnoringCase(in_text, "NAN");
 }
 
 /// Whether text can be a special word, by its length and its first letter.
@@ -330,7 +319,7 @@ struct SignedText {
         return 0.0;
     }
     double value = 0.0;
-    if (MayBeSpecialWord(in_text, in_length) && ParseSpecialWord(in_text, in_length, value)) {
+    if (MayBeSpecialWord(in_text, in_length) && ParseSpecialWord({in_text, in_length}, value)) {
         return value;
     }
     const SignedText number(in_text, in_length);

@@ -1,5 +1,4 @@
 /// Text from integers.
-#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -119,11 +118,9 @@ std::string NumberConverter::IntegerToString(T in_value) {
 
 template <ConvertibleInteger T>
 orska_wstring NumberConverter::IntegerToWString(T in_value) {
-    // Widened here, not converted from the ANSI encoding, which may lack ASCII.
-    const std::string text = IntegerToString(in_value);
-    char16_t units[FULL_SIZE<T>];
-    std::copy(text.begin(), text.end(), units);
-    return orska_wstring(units, text.size());
+    orska_wstring text;
+    text.SetFromUtf8(IntegerToString(in_value));  // the ANSI encoding may lack ASCII
+    return text;
 }
 
 #define ORSKA_INSTANTIATE(T)                                                            \
