@@ -128,9 +128,9 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
 // Texts that change a converter's state: a code point without bytes, a cut pair, a shift.
 TEST(ODBCStringConverter, BytesDoNotDependOnEarlierTexts) {
     const std::u16string lead(1, char16_t{0xD800});
-    const std::u16string texts[] = {u"\u00AD", u"\uFFA0",          u"a\u200B", u"x" + lead + u"yz",
-                                    lead,      u"\u4E2D\u6587",    u"\uFF71",  u"\u00E9\uFFFD",
-                                    u"",       u"\U00020000\u0304"};
+    const std::u16string texts[] = {
+        u"\u00AD", u"\uFFA0",       u"a\u200B", u"x" + lead + u"yz", lead,         u"\u4E2D\u6587",
+        u"\uFF71", u"\u00E9\uFFFD", u"",        u"\U00020000\u0304", u"\U0001F601"};
     for (int encoding = 0; encoding < ENCODING_COUNT; ++encoding) {
         SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
         const Fixture fixture(encoding);

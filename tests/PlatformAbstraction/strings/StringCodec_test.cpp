@@ -40,7 +40,7 @@ void ExpectEncodesAsIcu(const std::u16string& in_units, EncodingType in_encoding
 // Text with a run of plain units anywhere in it, for the short and the long ways.
 std::u16string MakeText(Random& io_random, std::uint32_t in_length) {
     constexpr std::u16string_view RARE =
-        u"\u009F\u00AD\u0152\u07FF\u0800\u2019\u2122\u200B\u20AC"
+        u"\u007F\u0080\u009F\u00AD\u0152\u07FF\u0800\u2019\u2122\u200B\u20AC"
         u"\uE000\uFE0F\uFEFF\uFFFD\uFFFF\U0001F600\U000E0001";
     std::u16string text = MakeRandomText(io_random, io_random.Below(in_length + 1));
     for (int i = 0; i < 3 && !text.empty(); ++i) {
