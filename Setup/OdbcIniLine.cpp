@@ -62,7 +62,9 @@ std::size_t IodbcValueSize(std::string_view in_value) {
             quote = c;
         } else if (IsComment(c) &&
                    (i == 0 || IODBC_BLANKS.find(in_value[i - 1]) != std::string_view::npos)) {
-            return TrimIodbcValue(in_value.substr(0, i)).size();
+            // Before a comment a vertical tab counts as a blank after all.
+            while (i > 0 && IsAsciiBlank(in_value[i - 1])) --i;
+            return i;
         }
     }
     return in_value.size();

@@ -44,7 +44,8 @@ public:
             case 3:
                 return std::string(900 + Below(200), 'l');
             default:
-                return OneOf({"", "v", "a ;b # c", "'q;' x", "\"q # \"", "; c", "p=;#'\"{}[]\\%$"});
+                return OneOf(
+                    {"", "v\v ;c", "a ;b # c", "'q;' x", "\"q # \"", "; c", "p=;#'\"{}[]\\%$"});
         }
     }
 
