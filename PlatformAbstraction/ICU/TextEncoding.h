@@ -36,6 +36,16 @@ inline std::int64_t GetUsableCapacity(std::u16string_view in_text,
     return in_capacity;
 }
 
+/// Calls a function with the start of each block of a text that is not shorter than one. The last
+/// block may overlap the one before.
+template <std::size_t BLOCK, class Function>
+inline void ForBlocks(std::size_t in_size, Function in_function) {
+    for (std::size_t at = 0; at + BLOCK < in_size; at += BLOCK) {
+        in_function(at);
+    }
+    in_function(in_size - BLOCK);
+}
+
 /// Writes a text with one byte for each unit.
 /// @param in_last  7F for ASCII, FF for latin1
 /// @return false, with wrong bytes written, when a unit is above `in_last`
@@ -50,17 +60,13 @@ inline bool NarrowText(std::u16string_view in_text, char16_t in_last, char* out_
         return all <= in_last;
     }
     __m128i all = _mm_setzero_si128();
-    const auto narrow = [&](std::size_t in_at) {
+    ForBlocks<BLOCK>(in_text.size(), [&](std::size_t in_at) {
         const auto* const from = reinterpret_cast<const __m128i*>(in_text.data() + in_at);
         const __m128i units = _mm_loadu_si128(from);
         all = _mm_or_si128(all, units);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out_bytes + in_at),
                          _mm_packus_epi16(units, units));
-    };
-    for (std::size_t at = 0; at + BLOCK < in_text.size(); at += BLOCK) {
-        narrow(at);
-    }
-    narrow(in_text.size() - BLOCK);
+    });
     const __m128i above = _mm_andnot_si128(_mm_set1_epi16(static_cast<short>(in_last)), all);
     return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
 }
@@ -79,17 +85,13 @@ inline bool WidenText(std::string_view in_bytes, char16_t* out_units) noexcept {
         return all < 0x80;
     }
     __m128i all = _mm_setzero_si128();
-    const auto widen = [&](std::size_t in_at) {
+    ForBlocks<BLOCK>(in_bytes.size(), [&](std::size_t in_at) {
         const auto* const from = reinterpret_cast<const __m128i*>(in_bytes.data() + in_at);
         const __m128i bytes = _mm_loadl_epi64(from);
         all = _mm_or_si128(all, bytes);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out_units + in_at),
                          _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
-    };
-    for (std::size_t at = 0; at + BLOCK < in_bytes.size(); at += BLOCK) {
-        widen(at);
-    }
-    widen(in_bytes.size() - BLOCK);
+    });
     return _mm_movemask_epi8(all) == 0;
 }
 

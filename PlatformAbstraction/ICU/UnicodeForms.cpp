@@ -25,6 +25,10 @@ using namespace Siconv;
 
 constexpr int MEMORY_INDEX = static_cast<int>(EncodingType::ENC_UTF16LE);
 
+bool HasWideUnits(EncodingType in_encoding) noexcept {
+    return in_encoding >= EncodingType::ENC_UTF16LE && in_encoding <= EncodingType::ENC_UTF32BE;
+}
+
 // Blocks first, then code points. After code points that a block step leaves out, the step is tried
 // again. The widths are those of a code unit, in bytes.
 template <class Reader, std::uint64_t SOURCE_WIDTH, class Writer, std::uint64_t TARGET_WIDTH,
@@ -229,32 +233,20 @@ TranscoderFunction GetUtf16Decoder(EncodingType in_encoding) noexcept {
 }
 
 std::uint64_t GetMostUtf16Units(EncodingType in_encoding, std::uint64_t in_bytes) noexcept {
-    switch (in_encoding) {
-        case EncodingType::ENC_UTF16LE:
-        case EncodingType::ENC_UTF16BE:
-        case EncodingType::ENC_UTF32LE:
-        case EncodingType::ENC_UTF32BE:
-            return in_bytes / 2 + in_bytes % 2;  // one for a unit cut off at the end
-        default:
-            return in_bytes;
-    }
+    // One more for a unit cut off at the end.
+    return HasWideUnits(in_encoding) ? in_bytes / 2 + in_bytes % 2 : in_bytes;
 }
 
 std::int64_t CountEncodedBytes(std::u16string_view in_text, EncodingType in_encoding) noexcept {
     constexpr std::size_t MOST = 0x4000;  // units whose extra bytes fit into 16 bits
     auto count = static_cast<std::int64_t>(in_text.size());
-    switch (in_encoding) {
-        case EncodingType::ENC_UTF16LE:
-        case EncodingType::ENC_UTF16BE:
-            return 2 * count;
-        case EncodingType::ENC_UTF8:
-        case EncodingType::ENC_UTF32LE:
-        case EncodingType::ENC_UTF32BE:
-            break;
-        default:
-            return -1;
-    }
     const bool isUtf8 = in_encoding == EncodingType::ENC_UTF8;
+    if (!isUtf8 && !HasWideUnits(in_encoding)) {
+        return -1;
+    }
+    if (in_encoding == EncodingType::ENC_UTF16LE || in_encoding == EncodingType::ENC_UTF16BE) {
+        return 2 * count;
+    }
     // As wide as the units, so that the compiler handles eight at once.
     std::uint16_t found = 0;
     for (std::size_t start = 0; start < in_text.size(); start += MOST) {

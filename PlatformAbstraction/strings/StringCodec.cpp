@@ -46,14 +46,11 @@ bool IsAscii(std::string_view in_bytes) {
         }
         return all < 0x80;
     }
-    // The last word may overlap the one before.
-    const std::size_t last = in_bytes.size() - sizeof word;
-    for (std::size_t at = 0; at < last; at += sizeof word) {
-        std::memcpy(&word, in_bytes.data() + at, sizeof word);
+    ForBlocks<sizeof word>(in_bytes.size(), [&](std::size_t in_at) {
+        std::memcpy(&word, in_bytes.data() + in_at, sizeof word);
         all |= word;
-    }
-    std::memcpy(&word, in_bytes.data() + last, sizeof word);
-    return ((all | word) & 0x8080808080808080) == 0;
+    });
+    return (all & 0x8080808080808080) == 0;
 }
 
 /// Decodes a text of at most MOST_SHORT_BYTES; null when only the general conversion can do it.
