@@ -203,6 +203,13 @@ TEST(SiconvStreamConverter, WritesACutCodePointBeforeItRefusesTheNext) {
     EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
     EXPECT_EQ('\x20', target[0]);
     EXPECT_EQ(2U, converter->GetTotalBytesWritten());
+
+    converter->Reset();
+    converter->SetSource("\xE2\x82\xAC", 3);
+    converter->SetTarget(target, 1);
+    converter->DoConvert();
+    converter->Reset();  // drops the second byte
+    EXPECT_EQ(std::string("a\0", 2), ConvertAtOnce(*converter, "a"));
 }
 
 TEST(WideStreamConverter, HoldsACutCodePointBeforeTheNul) {
