@@ -14,6 +14,12 @@ using Orska::Support::IsAsciiBlank;
 using Orska::Support::ToLowerAscii;
 using Orska::Support::TrimLeft;
 
+std::size_t OdbcIniPieces::EndOfIodbc(std::size_t in_begin) const {
+    const std::size_t found = m_text.find_first_of(IODBC_LINE_ENDS, in_begin);
+    if (found == std::string_view::npos) return m_text.size();
+    return found + (m_text.substr(found, 2) == "\r\n" ? 2 : 1);
+}
+
 std::size_t OdbcIniPieces::FindRefused() const {
     if (m_rules == Rules::IODBC) return std::string::npos;
     for (std::size_t at = 0; at < m_text.size(); at = EndOf(at)) {
@@ -41,7 +47,9 @@ std::size_t OdbcIniPieces::FindHeader(std::size_t in_from, Rules in_rules,
             !IsAsciiBlank(m_text[bracket + 1])) {
             continue;
         }
-        const std::size_t lineEnd = m_text.substr(seen, bracket - seen).rfind('\n');
+        const std::string_view passed = m_text.substr(seen, bracket - seen);
+        const std::size_t lineEnd =
+            m_rules == Rules::IODBC ? passed.find_last_of(IODBC_LINE_ENDS) : passed.rfind('\n');
         if (lineEnd != std::string_view::npos) line = seen + lineEnd + 1;
         seen = bracket;
         const std::size_t piece = line + (bracket - line) / most * most;

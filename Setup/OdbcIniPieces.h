@@ -35,8 +35,14 @@ public:
                                         : OdbcIniLine::MAX_LINE;
     }
 
+    /// Whether a line can end with this.
+    bool EndsLine(char in_char) const noexcept {
+        return in_char == '\n' ||
+               (m_rules == Rules::IODBC && IODBC_LINE_ENDS.find(in_char) != std::string_view::npos);
+    }
     /// Returns the end of a piece, after its line end.
     std::size_t EndOf(std::size_t in_begin) const {
+        if (m_rules == Rules::IODBC) return EndOfIodbc(in_begin);
         const std::size_t most = std::min(m_text.size() - in_begin, GetMost(m_rules));
         const char* const begin = m_text.data() + in_begin;
         const void* const found = std::memchr(begin, '\n', most);
@@ -65,6 +71,10 @@ public:
                                          Rules in_rules) const;
 
 private:
+    static constexpr std::string_view IODBC_LINE_ENDS = "\n\r\x1A";
+
+    std::size_t EndOfIodbc(std::size_t in_begin) const;
+
     std::string_view m_text;
     Rules m_rules;
 };

@@ -49,10 +49,6 @@ std::uint32_t HashName(std::string_view in_name) {
     return static_cast<std::uint32_t>(hash >> 16);
 }
 
-void EndLine(std::string& io_text, std::string_view in_lineEnd) {
-    if (!io_text.empty() && io_text.back() != '\n') io_text += in_lineEnd;
-}
-
 /// Returns the beginning of the line that ends at in_end.
 std::size_t LineBegin(std::string_view in_text, std::size_t in_end) {
     return in_text.substr(0, in_end - 1).rfind('\n') + 1;
@@ -251,7 +247,7 @@ void OdbcIniText::VisitPieces(std::uint32_t in_block, const Visit& in_visit) con
     const auto [begin, end] = RangeOf(in_block);
     const OdbcIniPieces pieces = Pieces();
     for (std::size_t at = pieces.EndOf(begin); at < end; at = pieces.EndOf(at)) {
-        in_visit(pieces.Get(at), m_text[at - 1] == '\n');
+        in_visit(pieces.Get(at), pieces.EndsLine(m_text[at - 1]));
     }
 }
 
@@ -326,7 +322,7 @@ OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
     body->m_lines.reserve(16);
     for (std::size_t at = begin; at < end;) {
         const std::size_t next = Pieces().EndOf(at);
-        const bool isOwn = at == 0 || m_text[at - 1] == '\n';
+        const bool isOwn = at == 0 || Pieces().EndsLine(m_text[at - 1]);
         body->m_lines.push_back(MakeLine({m_text.data() + at, next - at}, isOwn));
         at = next;
     }
@@ -465,6 +461,10 @@ void OdbcIniText::Finish() {
     m_live = 0;
 }
 
+void OdbcIniText::EndLine(std::string& io_text) const {
+    if (!io_text.empty() && !Pieces().EndsLine(io_text.back())) io_text += m_lineEnd;
+}
+
 /// Rewrites the text from the line before the first edited section to the end of the last one.
 void OdbcIniText::Render() {
     std::uint32_t first = 0;
@@ -477,7 +477,7 @@ void OdbcIniText::Render() {
     std::string text;
     const auto copyUntil = [&](std::size_t in_end) {
         if (in_end <= copied) return;
-        if (copied > begin) EndLine(text, m_lineEnd);
+        if (copied > begin) EndLine(text);
         text.append(m_text, copied, in_end - copied);
         gaps = 0;
     };
@@ -488,7 +488,7 @@ void OdbcIniText::Render() {
         Render(*body, gaps, text);
         copied = RangeOf(i).m_end;
     }
-    if (copied < m_text.size()) EndLine(text, m_lineEnd);
+    if (copied < m_text.size()) EndLine(text);
     while (copied == m_text.size() && gaps-- > 0 && !text.empty() &&
            IsBlankLineAtEnd(text, text.size())) {
         text.resize(LineBegin(text, text.size()));
@@ -502,7 +502,7 @@ void OdbcIniText::Render(const Body& in_body, std::size_t& io_gaps, std::string&
     if (!isLive && in_body.m_isNew) return;
     if (!isLive && IsBlankLineAtEnd(io_text, io_text.size())) ++io_gaps;
     if (isLive && in_body.m_isSpaced) {
-        EndLine(io_text, m_lineEnd);
+        EndLine(io_text);
         io_text += m_lineEnd;
     }
     for (const Line& line : in_body.m_lines) {
@@ -512,7 +512,7 @@ void OdbcIniText::Render(const Body& in_body, std::size_t& io_gaps, std::string&
             continue;
         }
         io_gaps = 0;
-        if (line.m_isOwn || &line == in_body.m_lines.data()) EndLine(io_text, m_lineEnd);
+        if (line.m_isOwn || &line == in_body.m_lines.data()) EndLine(io_text);
         io_text += line.m_text;
     }
 }

@@ -125,6 +125,7 @@ private:
     std::uint32_t AddLive(std::string_view in_section);
     std::uint32_t AddBlock(std::string_view in_section);
     bool EndsWithBlankLine() const;
+    void EndLine(std::string& io_text) const;
     void Render();
     void Render(const Body& in_body, std::size_t& io_gaps, std::string& io_text) const;
 

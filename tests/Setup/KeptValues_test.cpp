@@ -86,14 +86,14 @@ Sections MakeSections(std::size_t in_count) {
     return sections;
 }
 
-std::string MakeFile(const Sections& in_sections) {
+std::string MakeFile(const Sections& in_sections, const std::string& in_lineEnd) {
     Generator generator;
     std::string file;
     for (std::size_t i = 0; i < in_sections.size(); ++i) {
         file.append("[d").append(std::to_string(i)).append("]\nDriver=Old\n");
         for (std::size_t key = 0; key < KEYS.size(); ++key) {
             file.append(KEYS[key]).append(generator.OneOf({"=", " = ", "=\t"}));
-            file.append(in_sections[i][key]).append(generator.OneOf({"\n", "\n", "\r\n"}));
+            file.append(in_sections[i][key]).append(generator.OneOf({"\n", in_lineEnd, "\r\n"}));
         }
     }
     return file;
@@ -179,7 +179,7 @@ void CheckNothingChanges(bool in_isIodbc) {
         SCOPED_TRACE(first);
         const auto begin = all.begin() + static_cast<std::ptrdiff_t>(first);
         const Sections sections(begin, begin + IN_A_FILE);
-        IniScratch::Write(scratch.UserFile(), MakeFile(sections));
+        IniScratch::Write(scratch.UserFile(), MakeFile(sections, in_isIodbc ? "\r" : "\n"));
         CheckSections(installer, sections);
     }
 }
