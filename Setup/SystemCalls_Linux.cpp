@@ -203,6 +203,8 @@ std::string ReadLink(const char* in_path) {
 std::vector<std::string> ListDirectory(int in_directory, std::string_view in_prefix) {
     std::vector<std::string> names;
     alignas(dirent64) char entries[8192];
+    // A new access time would have to be written to the disk. Only the owner can prevent it.
+    fcntl(in_directory, F_SETFL, O_NOATIME);
     for (ssize_t size = 1; size > 0;) {
         size = getdents64(in_directory, entries, sizeof entries);
         for (ssize_t at = 0; at < size;) {
