@@ -28,7 +28,6 @@ bool HasControlCharacter(std::string_view in_text) {
     return false;
 }
 
-constexpr std::string_view IODBC_LINE_ENDS("\r\x1A\0", 3);
 constexpr std::string_view QUOTES = "'\"";
 
 /// A line that begins with a blank continues the line before.
@@ -76,10 +75,8 @@ bool HasOuterBlank(std::string_view in_text) {
 
 /// Whether the reader would end the line inside the text.
 bool HasLineEnd(std::string_view in_text, Rules in_rules) {
-    const bool isIodbc = in_rules == Rules::IODBC;
-    return in_text.find('\n') != std::string_view::npos ||
-           in_text.find('\0') != std::string_view::npos ||
-           (isIodbc && in_text.find_first_of(IODBC_LINE_ENDS) != std::string_view::npos);
+    return in_text.find_first_of(LineEnds(in_rules)) != std::string_view::npos ||
+           in_text.find('\0') != std::string_view::npos;
 }
 
 /// Whether a key and a value without line ends are read back unchanged.
@@ -98,8 +95,9 @@ bool IsReadBackWhole(std::string_view in_key, std::string_view in_value, Rules i
 bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
 
 std::string_view Seen(std::string_view in_piece, Rules in_rules) {
-    return in_piece.substr(0, in_rules == Rules::IODBC ? in_piece.find_first_of(IODBC_LINE_ENDS)
-                                                       : in_piece.find('\0'));
+    in_piece = in_piece.substr(0, in_piece.find('\0'));
+    return in_rules == Rules::IODBC ? in_piece.substr(0, in_piece.find_first_of(LineEnds(in_rules)))
+                                    : in_piece;
 }
 
 std::string_view HeaderName(std::string_view in_piece) {

@@ -19,6 +19,10 @@ inline constexpr std::size_t MAX_LINE = 999;
 /// of iODBC.
 enum class Rules { FIRST_FILE, APPENDED_FILE, IODBC };
 
+/// Returns the characters at which the reader ends a line.
+constexpr std::string_view LineEnds(Rules in_rules) {
+    return in_rules == Rules::IODBC ? "\n\r\x1A" : "\n";
+}
 bool IsComment(char in_char);
 /// Returns the part of a piece that the reader sees.
 std::string_view Seen(std::string_view in_piece, Rules in_rules);

@@ -8,6 +8,7 @@ using OdbcIniLine::HasIodbcName;
 using OdbcIniLine::HeaderName;
 using OdbcIniLine::IsComment;
 using OdbcIniLine::KeyOf;
+using OdbcIniLine::LineEnds;
 using OdbcIniLine::ValueOf;
 using Orska::Support::EqualsIgnoringCase;
 using Orska::Support::IsAsciiBlank;
@@ -15,7 +16,7 @@ using Orska::Support::ToLowerAscii;
 using Orska::Support::TrimLeft;
 
 std::size_t OdbcIniPieces::EndOfIodbc(std::size_t in_begin) const {
-    const std::size_t found = m_text.find_first_of(IODBC_LINE_ENDS, in_begin);
+    const std::size_t found = m_text.find_first_of(LineEnds(m_rules), in_begin);
     if (found == std::string_view::npos) return m_text.size();
     return found + (m_text.substr(found, 2) == "\r\n" ? 2 : 1);
 }
@@ -47,9 +48,8 @@ std::size_t OdbcIniPieces::FindHeader(std::size_t in_from, Rules in_rules,
             !IsAsciiBlank(m_text[bracket + 1])) {
             continue;
         }
-        const std::string_view passed = m_text.substr(seen, bracket - seen);
         const std::size_t lineEnd =
-            m_rules == Rules::IODBC ? passed.find_last_of(IODBC_LINE_ENDS) : passed.rfind('\n');
+            m_text.substr(seen, bracket - seen).find_last_of(LineEnds(m_rules));
         if (lineEnd != std::string_view::npos) line = seen + lineEnd + 1;
         seen = bracket;
         const std::size_t piece = line + (bracket - line) / most * most;

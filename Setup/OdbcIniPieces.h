@@ -37,8 +37,7 @@ public:
 
     /// Whether a line can end with this.
     bool EndsLine(char in_char) const noexcept {
-        return in_char == '\n' ||
-               (m_rules == Rules::IODBC && IODBC_LINE_ENDS.find(in_char) != std::string_view::npos);
+        return OdbcIniLine::LineEnds(m_rules).find(in_char) != std::string_view::npos;
     }
     /// Returns the end of a piece, after its line end.
     std::size_t EndOf(std::size_t in_begin) const {
@@ -71,8 +70,6 @@ public:
                                          Rules in_rules) const;
 
 private:
-    static constexpr std::string_view IODBC_LINE_ENDS = "\n\r\x1A";
-
     std::size_t EndOfIodbc(std::size_t in_begin) const;
 
     std::string_view m_text;

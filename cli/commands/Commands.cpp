@@ -12,6 +12,7 @@ ExitCode RunCommand(const CommandLine& in_line) {
         ShowDsn,     ListDsns,   ApplyDescriptions, ExportDsns,
         ImportFile,  CheckDsns,  RegisterDriver,    UnregisterDriver,
         ListDrivers, ShowPlaces, RunDoctor,         TestDsn};
+    static_assert(std::size(COMMANDS) == static_cast<std::size_t>(CommandId::Test) + 1);
     return COMMANDS[static_cast<std::size_t>(in_line.m_command)](in_line);
 }
 
