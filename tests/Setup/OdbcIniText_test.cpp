@@ -102,6 +102,13 @@ TEST(OdbcIniText, EditsOnlyTheGivenLines) {
     }
 }
 
+TEST(OdbcIniText, KeepsTheLinesThatOnlyIodbcSees) {
+    OdbcIniText text("[A]\rk=v\rl=1\x1A[B]\r", OdbcIniLine::Rules::IODBC);
+    text.Set("A", "k", "w");
+    text.Finish();
+    EXPECT_EQ(text.GetBytes(), "[A]\rk=w\nl=1\x1A[B]\r");
+}
+
 std::string Numbered(const char* in_form, int in_from, int in_to) {
     std::string text;
     for (int i = in_from; i < in_to; ++i) {
