@@ -515,6 +515,28 @@ TEST_F(OdbcIniFaults, WaitsForAProgramThatIsWriting) {
     }
 }
 
+TEST_F(OdbcIniFaults, ReadsNoPartOfWhatAProgramIsWriting) {
+    for (const std::size_t part : {std::size_t{0}, sizeof OTHER / 2}) {
+        SCOPED_TRACE(part);
+        Restore();
+        const auto time = std::filesystem::last_write_time(m_file);
+        int writer = open(m_file.c_str(), O_WRONLY | O_TRUNC);
+        EXPECT_EQ(write(writer, OTHER, part), static_cast<ssize_t>(part));
+        std::filesystem::last_write_time(m_file, time);  // the times change last
+        s_systemCalls.m_before = [&](const std::string& in_name, std::size_t) {
+            if (in_name == "getrandom" && writer >= 0) {  // in a pause
+                EXPECT_GT(write(writer, OTHER + part, sizeof OTHER - 1 - part), 0);
+                close(std::exchange(writer, -1));
+            }
+            return 0;
+        };
+        std::string bytes;
+        struct stat status {};
+        EXPECT_TRUE(OdbcIniFile(m_file).Read(bytes, status));
+        EXPECT_EQ(bytes, OTHER);
+    }
+}
+
 TEST_F(OdbcIniFaults, AnotherProgramThatNeverStopsWritingEndsInARefusal) {
     s_systemCalls.m_sleepBonus = 100'000;
     s_systemCalls.m_before = [&](const std::string& in_name, std::size_t in_call) {
