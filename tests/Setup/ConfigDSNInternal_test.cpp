@@ -1,6 +1,6 @@
 #include "Setup/ConfigDSNInternal.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <climits>
 #include <stdexcept>
@@ -10,50 +10,21 @@
 #include "Setup/StringMarshalling.h"
 #include "Setup/VeltraneDSNResourceHelper.h"
 #include "Setup/VeltraneDSNSetupException.h"
-#include "tests/support/OdbcInstaller_Fake.h"
+#include "tests/support/InstallerStage.h"
 #include "tests/support/VeltraneDSNDialog_Fake.h"
 
 namespace Veltrane::ODBC {
 namespace {
 
 using namespace Orska::Support;
-using testing::ElementsAre;
+using Veltrane::Test::InstallerStage;
 using Veltrane::Test::s_editor;
-using Veltrane::Test::s_installer;
-using namespace std::string_literals;
-
-using Posted = std::vector<std::pair<unsigned long, std::string>>;
 
 struct WithoutMessage : std::exception {
     const char* what() const noexcept override { return nullptr; }
 };
 
-/// The calls to the editor and their order; Requests_test has the results.
-class ConfigDSNInternalTest : public testing::Test {
-protected:
-    void SetUp() override {
-        s_installer = {};
-        s_installer.m_profile["x"] = {
-            {"Driver", "drv"}, {"Server", "s"}, {"PWD", "p"}, {"Database", "d"}};
-        s_editor = {};
-    }
-
-    static int Call(unsigned short in_type) {
-        int window = 0;
-        return ConfigDSNInternal(&window, in_type, L"drv", orska_wstring("DSN=x\0"s));
-    }
-};
-
-TEST_F(ConfigDSNInternalTest, ConfigureWithAWindowFillsShowsAndReadsTheEditor) {
-    EXPECT_EQ(Call(ODBC_CONFIG_DSN), 1);
-    EXPECT_THAT(s_editor.m_calls,
-                ElementsAre("construct", "Set DSN x", "Set Server s", "Set Namespace ",
-                            "Set LoginMode ", "Set UID ", "Set PWD p", "Set Database d",
-                            "ShowDialog", "Get DSN", "Get Server", "Get Namespace", "Get LoginMode",
-                            "Get UID", "Get PWD", "Get Database"));
-}
-
-TEST_F(ConfigDSNInternalTest, EveryExceptionIsPostedOnceByItsFirstHandler) {
+TEST(ConfigDSNInternal, EveryExceptionIsPostedOnceByItsFirstHandler) {
     const struct {
         const char* m_point;
         std::function<void()> m_throw;
@@ -72,12 +43,13 @@ TEST_F(ConfigDSNInternalTest, EveryExceptionIsPostedOnceByItsFirstHandler) {
         {"no memory", [] { throw std::bad_alloc(); }, 11, "std::bad_alloc"},
         {"anything else", [] { throw 42; }, 11, "Request failed."},
     };
+    InstallerStage stage;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
-        s_installer.m_posted.clear();
+        stage.Begin(false, {});
         s_editor.m_onConstruct = c.m_throw;
-        EXPECT_EQ(Call(ODBC_ADD_DSN), 0);
-        EXPECT_EQ(s_installer.m_posted, (Posted{{c.m_code, c.m_text}}));
+        EXPECT_EQ(ConfigDSNInternal(nullptr, ODBC_ADD_DSN, L"drv", L""), 0);
+        EXPECT_EQ(stage.Posted(), (decltype(stage.Posted()){{c.m_code, c.m_text}}));
     }
 }
 

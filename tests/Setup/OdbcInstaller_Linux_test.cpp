@@ -1,6 +1,4 @@
 // The operations on real files, compared with the real installer library.
-#include "Setup/ConfigDSNInternal.h"
-// The installer's macros have the names of ours.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <odbcinst.h>
@@ -113,32 +111,6 @@ TEST_F(OdbcInstallerTest, ValuesThatWereReadAreWrittenAsStored) {
     EXPECT_TRUE(Write("Sales", "Server", "new"));
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()),
               "[Sales]\nServer=new\nDatabase=a\tb\n\n[Renamed]\nServer=" + server + "\n");
-}
-
-/// Runs a request as an installer without a config mode does, with these initial values.
-int RunRequest(const IniScratch& in_scratch, unsigned short in_type, const std::string& in_driver,
-               const std::string& in_values, const std::string& in_attributes = "") {
-    const auto file = in_scratch.Folder() / "values";
-    IniScratch::Write(file, "[DSN]\n" + in_values);
-    setenv("VELTRANE_DSN_INITIAL_VALUES", file.c_str(), 1);
-    return ConfigDSNInternal(nullptr, in_type, orska_wstring(in_driver),
-                             orska_wstring(in_attributes));
-}
-
-TEST_F(OdbcInstallerTest, SystemRequestsNeedNoConfigMode) {
-    const std::string values = "DSN=Sales\nServer=s\nDatabase=d\n";
-    const std::string sales("DSN=Sales\0", 10);
-    SQLSetConfigMode(ODBC_BOTH_DSN);
-    IniScratch::Write(m_scratch.UserFile(), OTHERS);
-    EXPECT_EQ(RunRequest(m_scratch, ODBC_ADD_SYS_DSN, "V", values), 1);
-    EXPECT_EQ(IniScratch::Read(m_scratch.SystemFile()),
-              "[Sales]\nDriver=V\nServer=s\nDatabase=d\n\n");
-    EXPECT_EQ(RunRequest(m_scratch, ODBC_CONFIG_SYS_DSN, "W", values, sales), 1);
-    EXPECT_EQ(IniScratch::Read(m_scratch.SystemFile()),
-              "[Sales]\nDriver=W\nServer=s\nDatabase=d\n\n");
-    EXPECT_EQ(RunRequest(m_scratch, ODBC_REMOVE_SYS_DSN, "V", values, sales), 1);
-    EXPECT_EQ(IniScratch::Read(m_scratch.SystemFile()), "");
-    EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
 }
 
 TEST_F(OdbcInstallerTest, AValueThatCannotBeStoredIsRefusedBeforeAnyChange) {

@@ -4,7 +4,7 @@
 
 #include "Setup/ConfigDSNInternal.h"
 #include "Setup/StringMarshalling.h"
-#include "tests/support/OdbcInstaller_Fake.h"
+#include "tests/support/InstallerStage.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/VeltraneDSNDialog_Fake.h"
 #include "tools/trace.h"
@@ -15,9 +15,9 @@ namespace {
 using Orska::Support::orska_wstring;
 using testing::HasSubstr;
 using testing::Not;
+using Veltrane::Test::InstallerStage;
 using Veltrane::Test::MakeDialogValues;
 using Veltrane::Test::s_editor;
-using Veltrane::Test::s_installer;
 using namespace std::string_literals;
 
 /// Returns the trace that requests write to standard error at a level.
@@ -32,16 +32,19 @@ std::string TraceOf(const char* in_level, Function in_requests) {
 
 class SetupTrace : public testing::Test {
 protected:
-    void SetUp() override {
-        s_installer = {};
+    SetupTrace() {
         s_editor = {};
-        s_installer.m_profile["x"] = {
-            {"Driver", "drv"}, {"Server", "srv"}, {"UID", "geheim-u"}, {"PWD", "geheim-p"}};
+        m_stage.Begin(
+            false,
+            {{"x",
+              {{"Driver", "drv"}, {"Server", "srv"}, {"UID", "geheim-u"}, {"PWD", "geheim-p"}}}});
         s_editor.m_initialValues = MakeDialogValues(u"x", u"srv", u"d", u"geheim-u", u"geheim-p");
     }
     static void Call(unsigned short in_type, const std::string& in_attributes) {
         ConfigDSNInternal(nullptr, in_type, L"drv", orska_wstring(in_attributes));
     }
+
+    InstallerStage m_stage;
 };
 
 TEST_F(SetupTrace, LevelOneShowsExceptionsAndPostedErrors) {
@@ -56,7 +59,7 @@ TEST_F(SetupTrace, LevelOneShowsExceptionsAndPostedErrors) {
 
 TEST_F(SetupTrace, LevelTwoShowsTheRequestAndItsResult) {
     const std::string trace = TraceOf("2", [] { Call(ODBC_CONFIG_DSN, "DSN=x\0"s); });
-    EXPECT_THAT(trace, HasSubstr("Request 2 for driver \"drv\", mode fake, without window"));
+    EXPECT_THAT(trace, HasSubstr("Request 2 for driver \"drv\", mode user, without window"));
     EXPECT_THAT(trace, HasSubstr("DSN \"x\""));
     EXPECT_THAT(trace, HasSubstr("Request 2: result 1"));
     EXPECT_THAT(trace, Not(HasSubstr("WritePrivateProfileString")));
@@ -71,13 +74,11 @@ TEST_F(SetupTrace, LevelThreeShowsEveryOperationWithItsResult) {
 }
 
 TEST_F(SetupTrace, NoLevelShowsUserOrPassword) {
-    const std::string trace = TraceOf("254", [] {
+    const std::string trace = TraceOf("254", [this] {
         Call(ODBC_ADD_DSN, "DSN=x\0PWD=geheim-p\0UID=geheim-u\0"s);
         Call(ODBC_CONFIG_DSN, "DSN=x\0PWD=geheim-p\0"s);
         Call(ODBC_REMOVE_DSN, "PWD=geheim-p\0"s);
-        s_installer.m_fails = [](const std::string& in_call) {
-            return in_call.rfind("Write [x] PWD", 0) == 0;
-        };
+        m_stage.FailAt("Write PWD");
         Call(ODBC_ADD_DSN, "DSN=x\0"s);
     });
     EXPECT_THAT(trace, HasSubstr("PWD"));
@@ -85,10 +86,9 @@ TEST_F(SetupTrace, NoLevelShowsUserOrPassword) {
 }
 
 TEST_F(SetupTrace, ATextCannotForgeALine) {
-    s_installer.m_invalidNames = {};
     const std::string trace =
         TraceOf("3", [] { Call(ODBC_REMOVE_DSN, "DSN=x\nforged:1\tline\0"s); });
-    EXPECT_THAT(trace, HasSubstr("[x?forged:1?line] = 1"));
+    EXPECT_THAT(trace, HasSubstr("[x?forged:1?line] = "));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-/// The installer for tests that run whole requests: the one in memory or, on Windows, the test
-/// installer with its registry. Each has its own body; all texts are UTF-8.
+/// The installer for tests that run whole requests: unixODBC with files in a temporary folder or,
+/// on Windows, the test installer with its registry. Each has its own body; all texts are UTF-8.
 #ifndef TESTS_SUPPORT_INSTALLERSTAGE_H
 #define TESTS_SUPPORT_INSTALLERSTAGE_H
 
@@ -17,14 +17,19 @@ using Profile = std::map<std::string, Keys>;
 
 class InstallerStage {
 public:
-    /// Has the driver "drv" with the path "path of drv", and refuses the name "a[b".
+    /// The driver that the installer writes into a new data source of "drv".
+    static const char* const WRITTEN_DRIVER;
+    /// Whether a value can begin or end with a blank.
+    static const bool STORES_OUTER_BLANKS;
+
+    /// Has the driver "drv".
     InstallerStage();
     InstallerStage(const InstallerStage&) = delete;
     InstallerStage& operator=(const InstallerStage&) = delete;
     ~InstallerStage();
 
     /// Starts again with these data sources for the user or the system, whom the requests are for,
-    /// and none for the other.
+    /// and none for the other. For the system no config mode is set: a request for it needs none.
     void Begin(bool in_isSystem, const Profile& in_profile);
     /// The data sources that the requests were for, and the others.
     Profile Get();

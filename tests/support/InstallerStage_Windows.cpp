@@ -36,6 +36,9 @@ Profile ReadRoot(Root in_root) {
 
 }  // namespace
 
+const char* const InstallerStage::WRITTEN_DRIVER = "path of drv";
+const bool InstallerStage::STORES_OUTER_BLANKS = true;
+
 InstallerStage::InstallerStage() {
     TestProfile::UseScratchKey();
     TestProfile::Write(Root::DRIVERS, L"drv", L"Driver", L"path of drv");
@@ -55,7 +58,7 @@ void InstallerStage::Begin(bool in_isSystem, const Profile& in_profile) {
     }
     FailAt("");
     // Empties the list of errors as well.
-    SQLSetConfigMode(in_isSystem ? ODBC_SYSTEM_DSN : ODBC_USER_DSN);
+    SQLSetConfigMode(in_isSystem ? ODBC_BOTH_DSN : ODBC_USER_DSN);
 }
 
 Profile InstallerStage::Get() { return ReadRoot(m_isSystem ? Root::SYSTEM : Root::USER); }

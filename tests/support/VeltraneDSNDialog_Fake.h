@@ -1,10 +1,8 @@
-/// The fake editor's answers, and the calls to it. Process-wide: set by a test, read by the fake.
+/// The fake editor's answers. Process-wide: set by a test, read by the fake.
 #ifndef TESTS_SUPPORT_VELTRANEDSNDIALOG_FAKE_H
 #define TESTS_SUPPORT_VELTRANEDSNDIALOG_FAKE_H
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "VeltraneDialog/InitialValues.h"
 
@@ -34,8 +32,7 @@ struct FakeEditor {
     int m_result = 1;
     /// Called by the constructor, to throw.
     std::function<void()> m_onConstruct;
-    /// Each operation by its name, setters with their text.
-    std::vector<std::string> m_calls;
+    bool m_isMade = false;
 };
 
 extern FakeEditor s_editor;
