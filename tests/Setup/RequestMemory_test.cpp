@@ -1,5 +1,3 @@
-// Memory runs out at each allocation of a whole request: nothing crashes or leaks, and the request
-// returns 0 with one error if there is memory for one.
 #include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,8 +6,9 @@
 #include <cerrno>
 #include <cstring>
 
-#include "tests/support/RefusedMemory.h"
-#include "tests/support/RequestOnFiles.h"
+#include <filesystem>
+
+#include "tests/Setup/RefusedRequests.h"
 
 namespace {
 
@@ -68,30 +67,27 @@ extern "C" __attribute__((visibility("default"))) void* realloc(void* in_memory,
 namespace Veltrane::Test {
 namespace {
 
-TEST(RequestMemory, RunsOut) {
-    RequestOnFiles request;
-    long openFiles = 0;
-    for (const FileRequest& kind : RequestOnFiles::All()) {
-        if (!kind.m_hasFile) continue;
-        request.Use(kind);
-        RunOutOfMemory(request);
-        if (openFiles == 0) openFiles = RequestOnFiles::CountOpenFiles();
-        EXPECT_EQ(RequestOnFiles::CountOpenFiles(), openFiles) << request.Describe();
-        if (HasFailure()) return;
-    }
+std::ptrdiff_t CountOpenFiles() {
+    using std::filesystem::directory_iterator;
+    return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
+}
+
+TEST_F(RefusedRequests, RunOut) {
+    RunWithout(0, 0);
+    const std::ptrdiff_t openFiles = CountOpenFiles();
+    RunOut();
+    EXPECT_EQ(CountOpenFiles(), openFiles);
 }
 
 /// The first request of a process makes everything that is made once.
-TEST(RequestMemory, RunsOutInTheFirstRequest) {
+TEST_F(RefusedRequests, RunOutInTheFirstRequest) {
     enum Outcome { GRANTED, RIGHT, WRONG };
-    RequestOnFiles request;
-    request.Use({ODBC_ADD_DSN, true, false, true});
     std::size_t number = 0;
     for (int outcome = RIGHT; outcome != GRANTED; ++number) {
         const pid_t child = fork();
         if (child == 0) {
-            const int result = RunWithout(request, number, 1);
-            const bool isRight = RequestOnFiles::CountErrors() == (result == 0 ? 1u : 0u);
+            const int result = RunWithout(number, 1);
+            const bool isRight = m_stage.Posted().size() == (result == 0 ? 1u : 0u);
             _exit(s_memory.m_count <= number ? GRANTED : isRight ? RIGHT : WRONG);
         }
         int status = 0;
