@@ -17,7 +17,8 @@ using namespace Veltrane::Cli;
 int Run(const std::vector<std::string>& in_arguments) {
     ExitCode code = EXIT_DONE;
     try {
-        code = RunCommand(ParseCommandLine(in_arguments));
+        const bool isForShells = in_arguments == std::vector<std::string>{"--complete"};
+        code = isForShells ? CompleteWords() : RunCommand(ParseCommandLine(in_arguments));
     } catch (const HelpRequest& help) {
         std::cout << help.m_text;
     }

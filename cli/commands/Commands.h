@@ -36,6 +36,11 @@ ExitCode ShowPlaces(const CommandLine& in_line);
 ExitCode RunDoctor(const CommandLine& in_line);
 ExitCode TestDsn(const CommandLine& in_line);
 
+/// Offers the shells what the last line of standard input can become. The lines are the words after
+/// the program's name. Prints each word, a tab and its description; ":files" and ":variables" stand
+/// for those of the shell.
+ExitCode CompleteWords();
+
 /// Returns the driver that the options name.
 std::string GetDriver(const CommandLine& in_line);
 /// Returns the scope that the options name.

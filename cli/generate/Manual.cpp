@@ -1,9 +1,10 @@
-#include "cli/generate/Generate.h"
-#include "cli/line/CommandTable.h"
+/// veltrane-dsn-generate: prints the man page, made from the table of commands. Only for the build.
+#include <iostream>
+
 #include "cli/line/HelpText.h"
+#include "cli/line/OptionTable.h"
 
 namespace Veltrane::Cli {
-
 namespace {
 
 /// Escapes text for roff: requests, escapes and hyphens.
@@ -37,8 +38,6 @@ void AddCommand(const CommandInfo& in_command, std::string& io_page) {
     io_page += ".PP\nExamples:\n.PP\n.nf\n.RS\n" + Escape(in_command.m_examples) + "\n.RE\n.fi\n";
 }
 
-}  // namespace
-
 std::string MakeManualPage() {
     std::string page = ".TH VELTRANE\\-DSN 1 \"\" \"veltrane\\-dsn " VELTRANE_VERSION "\"\n";
     page += ".SH NAME\nveltrane\\-dsn \\- " + Escape(PROGRAM_SUMMARY) + "\n";
@@ -53,4 +52,10 @@ std::string MakeManualPage() {
     return page + ".SH SEE ALSO\n.BR odbcinst (1),\n.BR isql (1)\n";
 }
 
+}  // namespace
 }  // namespace Veltrane::Cli
+
+int main() {
+    std::cout << Veltrane::Cli::MakeManualPage() << std::flush;
+    return std::cout ? 0 : 1;
+}

@@ -22,6 +22,9 @@ using Words = std::vector<std::string>;
 
 /// The first word is a command or begins one, so it is named; other words can be passwords.
 [[noreturn]] void RefuseCommand(const Words& in_words) {
+    const std::string last = in_words.empty() ? std::string() : in_words.back();
+    if (last == "-h" || last == "--help") throw HelpRequest{MakeOverview()};
+    if (last == "--version") throw HelpRequest{MakeVersionText()};
     const std::string first = in_words.empty() ? std::string() : in_words.front();
     const std::vector<std::string_view> second = GetWords(first);
     const bool isGroup = !first.empty() && !second.empty();
@@ -32,22 +35,6 @@ using Words = std::vector<std::string>;
     }
     Refuse("A command is missing" + (isGroup ? " after " + first + ": " + Join(second) : "") +
            ". Try veltrane-dsn --help.");
-}
-
-/// Removes the words of the command and returns the command.
-const CommandInfo& TakeCommand(Words& io_words) {
-    for (const CommandInfo& command : GetCommands()) {
-        const std::size_t count = command.m_name.find(' ') == std::string_view::npos ? 1 : 2;
-        if (io_words.size() < count) continue;
-        const std::string name = io_words[0] + (count == 1 ? "" : " " + io_words[1]);
-        if (name != command.m_name) continue;
-        io_words.erase(io_words.begin(), io_words.begin() + static_cast<std::ptrdiff_t>(count));
-        return command;
-    }
-    const std::string last = io_words.empty() ? std::string() : io_words.back();
-    if (last == "-h" || last == "--help") throw HelpRequest{MakeOverview()};
-    if (last == "--version") throw HelpRequest{MakeVersionText()};
-    RefuseCommand(io_words);
 }
 
 /// Parses the options of one command with the C library's parser.
@@ -172,9 +159,22 @@ std::vector<std::string> CommandLine::GetAll(OptionName in_option) const {
     return found == m_options.end() ? std::vector<std::string>() : found->second;
 }
 
+const CommandInfo* TakeCommand(std::vector<std::string>& io_words) {
+    for (const CommandInfo& command : GetCommands()) {
+        const std::size_t count = command.m_name.find(' ') == std::string_view::npos ? 1 : 2;
+        if (io_words.size() < count) continue;
+        const std::string name = io_words[0] + (count == 1 ? "" : " " + io_words[1]);
+        if (name != command.m_name) continue;
+        io_words.erase(io_words.begin(), io_words.begin() + static_cast<std::ptrdiff_t>(count));
+        return &command;
+    }
+    return nullptr;
+}
+
 CommandLine ParseCommandLine(std::vector<std::string> in_arguments) {
-    const CommandInfo& command = TakeCommand(in_arguments);
-    return Parser(command, std::move(in_arguments)).Run();
+    const CommandInfo* const command = TakeCommand(in_arguments);
+    if (command == nullptr) RefuseCommand(in_arguments);
+    return Parser(*command, std::move(in_arguments)).Run();
 }
 
 }  // namespace Veltrane::Cli

@@ -27,6 +27,9 @@ struct HelpRequest {
     std::string m_text;
 };
 
+/// Removes the words of the command and returns it; null if they begin none.
+const CommandInfo* TakeCommand(std::vector<std::string>& io_words);
+
 /// @param in_arguments  without the program's name
 /// @throws HelpRequest for --help and --version
 /// @throws CommandError EXIT_USAGE; its text repeats option names, but no values, which can be

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """What the built veltrane-dsn does with files, on Linux, and the texts for manuals and shells.
 
-Environment, besides that of tool_test.py: TEXTS, the folder of the generated texts.
+Environment, besides that of tool_test.py: MANUAL, the man page, and COMPLETION, the folder of the
+scripts for shells.
 """
 import contextlib
 import ctypes
@@ -293,15 +294,11 @@ class FileFindingsTest(ToolTest):
 
 
 class TextsTest(ToolTest):
-    def text(self, *names):
-        return self.read_file(os.path.join(os.environ["TEXTS"], *names))
-
     def test_help_manual_and_completion_have_every_command_and_option(self):
         overview, _ = self.run_tool("--help")
         self.assertEqual(self.run_tool("driver", "--help")[0], overview)
         self.assertRegex(self.run_tool("--version")[0], r"^veltrane-dsn [0-9.]+\n$")
-        manual = self.text("man", "veltrane-dsn.1").replace("\\-", "-")
-        zsh, fish = self.text("zsh", "_veltrane-dsn"), self.text("fish", "veltrane-dsn.fish")
+        manual = self.read_file(os.environ["MANUAL"]).replace("\\-", "-")
         commands = re.findall(r"(?m)^  ((?:driver )?[a-z]+)  +", overview)
         self.assertGreater(len(commands), 10)
         for command in commands:
@@ -315,41 +312,47 @@ class TextsTest(ToolTest):
                 self.assertEqual(words.pop(0), "veltrane-dsn")
                 self.assertEqual(self.run_tool(*words, "--help")[0], help_text, example)
             options = set(re.findall(r"(?m)^  (?:-\w, )?(--[a-z-]+)", help_text))
-            self.assertEqual(set(self.complete(*command.split(), "--")) - {""}, options, command)
+            self.assertEqual(self.complete("bash", *command.split(), "--"), sorted(options), command)
             self.assertIn(f".SS veltrane-dsn {command}", manual)
             for option in options - {"--help"}:
                 self.assertIn(option, manual)
-                self.assertIn(option, zsh)
-                self.assertIn("-l " + option[2:], fish)
 
-    def test_programs_take_the_texts(self):
-        for words, name in ((["groff", "-man", "-Tutf8", "-ww"], "man/veltrane-dsn.1"),
-                            (["zsh", "-n"], "zsh/_veltrane-dsn"), (["fish", "-n"], "fish/veltrane-dsn.fish")):
-            if shutil.which(words[0]):
-                result = subprocess.run([*words, os.path.join(os.environ["TEXTS"], name)], text=True,
-                                        capture_output=True, check=True)
-                self.assertEqual(result.stderr, "")
+    def test_groff_takes_the_manual(self):
+        if shutil.which("groff"):
+            result = subprocess.run(["groff", "-man", "-Tutf8", "-ww", os.environ["MANUAL"]], text=True,
+                                    capture_output=True, check=True)
+            self.assertEqual(result.stderr, "")
 
-    def complete(self, *words):
-        script = os.path.join(os.environ["TEXTS"], "bash", "veltrane-dsn")
-        quoted = " ".join("'" + word + "'" for word in ("veltrane-dsn", *words))
-        result = subprocess.run(
-            ["bash", "-c", f"source '{script}'; COMP_WORDS=({quoted}); COMP_CWORD={len(words)}; "
-                           "_veltrane_dsn; printf '%s\\n' \"${COMPREPLY[@]}\""],
-            text=True, capture_output=True, check=True,
-            env={**self.stage.environment, "PATH": os.path.dirname(os.environ["VELTRANE_DSN"]) + ":" + os.environ["PATH"]})
+    # How each shell completes the last word of a line.
+    SHELLS = {
+        "bash": ("--norc", """COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); . "$0"; _veltrane_dsn
+                              printf '%s\\n' "${COMPREPLY[@]}" """),
+        "fish": ("--no-config", 'source $argv[1]; complete -C "$argv[2..]"'),
+        "zsh": ("-f", """_files() { print -rl -- $words[CURRENT]*; }; _parameters() { print ODBCSYSINI; }
+                         compadd() { print -rl -- $names; }; words=("$@") CURRENT=$#; . "$0" """),
+    }
+
+    def complete(self, shell, *words):
+        option, source = self.SHELLS[shell]
+        script = os.path.join(os.environ["COMPLETION"], "veltrane-dsn." + shell)
+        path = os.path.dirname(os.environ["VELTRANE_DSN"]) + ":" + os.environ["PATH"]
+        result = subprocess.run([shell, option, "-c", source, script, "veltrane-dsn", *words], text=True,
+                                capture_output=True, check=True, cwd=self.folder,
+                                env={**self.stage.environment, "PATH": path})
         self.assertEqual(result.stderr, "")
-        return result.stdout.split("\n")[:-1]
+        return sorted(line.split("\t")[0] for line in result.stdout.splitlines() if line)
 
-    def test_bash_completes_commands_and_names(self):
+    def test_shells_complete_commands_and_names(self):
         self.add_sales()
-        self.assertIn("doctor", self.complete("do"))
-        self.assertEqual(set(self.complete("driver", "")), {"register", "unregister", "list"})
         self.write({"stock": {"Driver": "Other"}, "archive": {}}, "system")
-        self.assertEqual(self.complete("show", "sa"), ["sales"])
-        self.assertEqual(self.complete("show", "--system", "s"), ["stock"])
-        self.assertEqual(self.complete("set", "sales", "--driver", "V"), ["Veltrane"])
-        self.assertEqual(self.complete("add", "x", "--pwd-env", "ODBCSYS"), ["ODBCSYSINI"])
+        for shell in filter(shutil.which, self.SHELLS):
+            for words, expected in ((["do"], "doctor"), (["driver", ""], "list register unregister"),
+                                    (["show", "sa"], "sales"), (["show", "--system", "s"], "stock"),
+                                    (["set", "sales", "--driver", "V"], "Veltrane"),
+                                    (["list", "--prefix", ""], ""), (["export", "--format", "i"], "ini"),
+                                    (["apply", "user"], "user.ini"),
+                                    (["add", "x", "--pwd-env", "ODBCSYS"], "ODBCSYSINI")):
+                self.assertEqual(self.complete(shell, *words), expected.split(), (shell, words))
 
 
 if __name__ == "__main__":

@@ -1,0 +1,67 @@
+#include <algorithm>
+#include <iostream>
+
+#include "cli/commands/Commands.h"
+#include "cli/dsn/DriverRegistry.h"
+#include "cli/system/Input.h"
+#include "cli/system/Words.h"
+
+namespace Veltrane::Cli {
+
+namespace {
+
+/// Prints a word with its description, if it begins with the typed text.
+void Offer(std::string_view in_word, std::string_view in_typed, std::string_view in_text = {}) {
+    if (!FoldName(in_word).starts_with(FoldName(in_typed))) return;
+    std::cout << in_word << '\t' << in_text << '\n';
+}
+
+void OfferValues(ValueKind in_kind, Scope in_scope, std::string_view in_typed) {
+    std::vector<std::string> words;
+    if (in_kind == ValueKind::Dsn) words = GetDsnNames(DsnStore(in_scope).Load());
+    if (in_kind == ValueKind::Driver) words = DriverRegistry().GetNames();
+    if (in_kind == ValueKind::Format) words = {"json", "ini"};
+    for (const std::string& word : words) Offer(word, in_typed);
+    // The shells know these.
+    if (in_kind == ValueKind::File) std::cout << ":files\n";
+    if (in_kind == ValueKind::Variable) std::cout << ":variables\n";
+}
+
+void OfferFor(const CommandInfo& in_command, const std::vector<std::string>& in_words,
+              std::string_view in_typed) {
+    const bool isSystem = std::find(in_words.begin(), in_words.end(), "--system") != in_words.end();
+    const std::string previous = in_words.empty() ? std::string() : in_words.back();
+    ValueKind kind = in_command.m_kind;
+    bool isOption = in_typed.starts_with('-');
+    std::vector<std::pair<std::string, std::string_view>> options{{"--help", ""}};
+    for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
+        for (std::string& name : SplitNames(*option)) {
+            if (name == previous && !option->m_argument.empty()) {
+                kind = option->m_kind;
+                isOption = false;
+            }
+            options.emplace_back(std::move(name), option->m_help);
+        }
+    }
+    if (!isOption) return OfferValues(kind, isSystem ? Scope::System : Scope::User, in_typed);
+    for (const auto& [name, text] : options) Offer(name, in_typed, text);
+}
+
+}  // namespace
+
+ExitCode CompleteWords() {
+    std::vector<std::string> words;
+    ForEachLine(ReadText({}), [&words](std::string_view in_line) { words.emplace_back(in_line); });
+    if (words.empty()) return EXIT_DONE;
+    const std::string typed = std::move(words.back());
+    words.pop_back();
+    if (const CommandInfo* const command = TakeCommand(words)) {
+        OfferFor(*command, words, typed);
+    } else if (words.size() < 2) {
+        const std::string group = words.empty() ? std::string() : words.front();
+        for (const std::string_view word : GetWords(group)) Offer(word, typed);
+    }
+    return EXIT_DONE;
+}
+
+}  // namespace Veltrane::Cli
