@@ -33,7 +33,7 @@ void OfferFor(const CommandInfo& in_command, const std::vector<std::string>& in_
     const std::string previous = in_words.empty() ? std::string() : in_words.back();
     ValueKind kind = in_command.m_kind;
     bool isOption = in_typed.starts_with('-');
-    std::vector<std::pair<std::string, std::string_view>> options{{"--help", ""}};
+    std::vector<std::pair<std::string, std::string_view>> options;
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
         for (std::string& name : SplitNames(*option)) {
             if (name == previous && !option->m_argument.empty()) {

@@ -32,6 +32,7 @@ void AddCommand(const CommandInfo& in_command, std::string& io_page) {
     io_page += ".SS " + Escape(MakeUsage(in_command)) + "\n";
     AddParagraphs(in_command.m_text, io_page);
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
+        if (GetLongName(*option) == "--help") continue;
         io_page +=
             ".TP\n.B " + Escape(MakeOptionTitle(*option)) + "\n" + Escape(option->m_help) + "\n";
     }

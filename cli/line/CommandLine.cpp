@@ -1,7 +1,5 @@
 #include "cli/line/CommandLine.h"
 
-#include <getopt.h>
-
 #include "cli/line/HelpText.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"
@@ -37,92 +35,77 @@ using Words = std::vector<std::string>;
            ". Try veltrane-dsn --help.");
 }
 
-/// Parses the options of one command with the C library's parser.
+/// Parses the words of one command. Options can be anywhere, and abbreviated.
 class Parser {
 public:
     Parser(const CommandInfo& in_command, Words in_words)
         : m_command(in_command), m_words(std::move(in_words)) {
         m_line.m_command = in_command.m_id;
-        for (const OptionInfo& option : OPTIONS) {
-            if ((option.m_commands & Bit(in_command.m_id)) == 0) continue;
-            for (std::string& name : SplitNames(option)) m_names.emplace_back(name, &option);
-        }
-        for (std::size_t i = 0; i < m_names.size(); ++i) {
-            const auto& [name, option] = m_names[i];
-            const bool hasValue = !option->m_argument.empty();
-            if (name.size() == 2) m_short += name.substr(1) + (hasValue ? ":" : "");
-            if (name.size() == 2) continue;
-            m_long.push_back(
-                {name.c_str() + 2, hasValue ? 1 : 0, nullptr, FIRST + static_cast<int>(i)});
-        }
-        m_long.push_back({"help", 0, nullptr, 'h'});
-        m_long.push_back({});
     }
 
     CommandLine Run() {
-        std::string program = "veltrane-dsn";
-        std::vector<char*> words{program.data()};
-        for (std::string& word : m_words) words.push_back(word.data());
-        const int count = static_cast<int>(words.size());
-        words.push_back(nullptr);
-        opterr = 0;
-        optind = 0;  // start over
-        for (int found = 0; (found = getopt_long(count, words.data(), m_short.c_str(),
-                                                 m_long.data(), nullptr)) != -1;) {
-            if (found == 'h') throw HelpRequest{MakeHelp(m_command)};
-            if (found == IN_ORDER) {
-                m_line.m_arguments.emplace_back(optarg);
+        bool areOptions = true;
+        while (m_next < m_words.size()) {
+            const std::string& word = m_words[m_next++];
+            if (!areOptions || word.size() < 2 || word.front() != '-') {
+                m_line.m_arguments.push_back(word);
+            } else if (word == "--") {
+                areOptions = false;
+            } else if (word[1] == '-') {
+                const std::size_t equals = word.find('=');
+                const bool isJoined = equals != std::string::npos;
+                Take(Find(word.substr(0, equals)), isJoined ? &word[equals + 1] : nullptr);
             } else {
-                Take(found, words[static_cast<std::size_t>(optind) - 1]);
+                TakeLetters(word);
             }
         }
-        m_line.m_arguments.insert(m_line.m_arguments.end(), words.begin() + optind,
-                                  words.end() - 1);
         CheckCounts();
         return std::move(m_line);
     }
 
 private:
-    static constexpr int IN_ORDER = 1;  ///< a word that is not an option
-    static constexpr int FIRST = 1000;  ///< the first long name
-
-    /// Returns the option of a number or a letter; null if there is none.
-    const OptionInfo* Find(int in_found) const {
-        if (in_found >= FIRST) return m_names[static_cast<std::size_t>(in_found - FIRST)].second;
-        for (const auto& [name, option] : m_names) {
-            if (name.size() == 2 && name[1] == in_found) return option;
+    /// Returns the option of a name, or the only one whose name begins so.
+    const OptionInfo& Find(const std::string& in_name) const {
+        std::vector<const OptionInfo*> found;
+        std::vector<std::string_view> known;
+        for (const OptionInfo& option : OPTIONS) {
+            known.push_back(GetLongName(option));
+            if ((option.m_commands & Bit(m_command.m_id)) == 0) continue;
+            for (const std::string& name : SplitNames(option)) {
+                if (name == in_name) return option;
+                if (name.starts_with(in_name)) found.push_back(&option);
+            }
         }
-        return nullptr;
+        if (found.size() != 1) RefuseUnknown("option ", in_name, known);
+        return *found.front();
     }
 
-    /// @param in_found  what the parser returned
-    /// @param in_word  the last word that was consumed
-    void Take(int in_found, const char* in_word) {
-        const bool isRefused = in_found == '?' || in_found == ':';
-        const OptionInfo* const option = Find(isRefused ? optopt : in_found);
-        if (option == nullptr) {
-            std::vector<std::string_view> known;
-            for (const OptionInfo& info : OPTIONS) known.push_back(GetLongName(info));
-            // Letters can be combined in one word, so that word is not used.
-            const std::string word =
-                optopt == 0 ? in_word : std::string("-") + static_cast<char>(optopt);
-            RefuseUnknown("option ", word.substr(0, word.find('=')), known);
+    void TakeLetters(const std::string& in_word) {
+        for (std::size_t at = 1; at < in_word.size(); ++at) {
+            const OptionInfo& option = Find({'-', in_word[at]});
+            const bool hasValue = !option.m_argument.empty();
+            const bool isJoined = hasValue && at + 1 < in_word.size();
+            Take(option, isJoined ? &in_word[at + 1] : nullptr);
+            if (hasValue) return;
         }
-        const std::string name(GetLongName(*option));
-        const bool hasValue = !option->m_argument.empty();
-        // mingw's getopt also returns ':' for a value that is not allowed.
-        if (in_found == '?' || (in_found == ':' && !hasValue)) Refuse(name + " takes no value.");
+    }
+
+    /// @param in_joined  the value that is in the same word; null: none
+    void Take(const OptionInfo& in_option, const char* in_joined) {
+        const std::string name(GetLongName(in_option));
+        const bool hasValue = !in_option.m_argument.empty();
+        if (in_joined != nullptr && !hasValue) Refuse(name + " takes no value.");
+        if (name == "--help") throw HelpRequest{MakeHelp(m_command)};
+        std::vector<std::string>& values = m_line.m_options[GetLongName(in_option)];
+        if (!hasValue) return;
         // An option is not used as a value, unless joined with "=".
-        const bool isOption = hasValue && !isRefused && optarg == in_word && optarg[0] == '-' &&
-                              optarg[1] == '-' && optarg[2] != '\0';
-        if (in_found == ':' || isOption) {
-            Refuse(name + " needs a value: " + MakeOptionTitle(*option) + ".");
+        const bool isOption = m_next < m_words.size() && m_words[m_next].size() > 2 &&
+                              m_words[m_next].starts_with("--");
+        if (in_joined == nullptr && (isOption || m_next == m_words.size())) {
+            Refuse(name + " needs a value: " + MakeOptionTitle(in_option) + ".");
         }
-        std::vector<std::string>& values = m_line.m_options[GetLongName(*option)];
-        if (hasValue && !values.empty() && !option->m_isRepeatable) {
-            Refuse(name + " is given twice.");
-        }
-        if (hasValue) values.emplace_back(optarg);
+        if (!values.empty() && !in_option.m_isRepeatable) Refuse(name + " is given twice.");
+        values.push_back(in_joined != nullptr ? in_joined : m_words[m_next++]);
     }
 
     void CheckCounts() const {
@@ -140,10 +123,8 @@ private:
     }
 
     const CommandInfo& m_command;
-    Words m_words;
-    std::vector<std::pair<std::string, const OptionInfo*>> m_names;
-    std::string m_short = "-:h";  ///< keeps the order of words, and reports a missing value
-    std::vector<option> m_long;
+    const Words m_words;
+    std::size_t m_next = 0;
     CommandLine m_line;
 };
 

@@ -80,7 +80,7 @@ std::string MakeHelp(const CommandInfo& in_command) {
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
         text += "  " + MakeOptionTitle(*option) + "\n" + Wrap(option->m_help, OPTION_INDENT);
     }
-    text += "  -h, --help\n      Show this text.\n\nExamples:\n";
+    text += "\nExamples:\n";
     ForEachLine(in_command.m_examples,
                 [&](std::string_view in_line) { text += "  " + std::string(in_line) + "\n"; });
     return text;

@@ -99,6 +99,7 @@ inline constexpr auto OPTIONS = [] {
          "if that is not installed, iODBC.",
          "LIBRARY", K::File},
         {"--apart", Bit(C::Test), "", "", K::None, false, true},
+        {"-h,--help", ALL, "Show this text."},
     });
 }();
 
