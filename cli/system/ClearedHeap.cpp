@@ -1,10 +1,10 @@
 /// Clears every block of the C++ heap before it is freed, so that no copy of a password in a
 /// string, a container or a parser stays in memory. The process is small and ends soon, so the cost
 /// does not matter.
-#include "cli/system/ClearedHeap.h"
-
 #include <cstdlib>
 #include <new>
+
+#include "cli/system/ProgramStart.h"
 
 // The forms for arrays call these.
 void* operator new(std::size_t in_size) {

@@ -1,4 +1,4 @@
-/// The first steps of a program.
+/// The first steps of a program, and its memory.
 #ifndef CLI_PROGRAMSTART_H
 #define CLI_PROGRAMSTART_H
 
@@ -13,6 +13,9 @@ std::vector<std::string> StartProgram(int in_count, char** in_arguments);
 /// Restores the console, for code that ends the program without exit. Only on Windows: Linux
 /// changes nothing.
 void RestoreConsoleOutput() noexcept;
+
+/// Clears a block of malloc, including spare room that the heap has given it.
+void ClearBlock(void* out_block) noexcept;
 
 }  // namespace Veltrane::Cli
 

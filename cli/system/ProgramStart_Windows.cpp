@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <windows.h>
 // Must follow <windows.h>.
 #include <shellapi.h>
@@ -46,5 +47,7 @@ std::vector<std::string> StartProgram(int, char**) {
     LocalFree(wide);
     return arguments;
 }
+
+void ClearBlock(void* out_block) noexcept { SecureZeroMemory(out_block, _msize(out_block)); }
 
 }  // namespace Veltrane::Cli
