@@ -7,7 +7,7 @@
 #include "cli/dsn/ConnectionString.h"
 #include "cli/examine/ApartWork.h"
 #include "cli/examine/ConnectionTest.h"
-#include "cli/examine/Finding.h"
+#include "cli/examine/Findings.h"
 #include "cli/system/Input.h"
 
 namespace Veltrane::Cli {

@@ -4,7 +4,7 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/Description.h"
-#include "cli/examine/DsnFindings.h"
+#include "cli/examine/Findings.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {

@@ -3,9 +3,7 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DriverRegistry.h"
-#include "cli/examine/DriverFindings.h"
-#include "cli/examine/DriverManagerFindings.h"
-#include "cli/examine/DsnFindings.h"
+#include "cli/examine/Findings.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
 
@@ -66,7 +64,7 @@ Findings Examine(const std::string& in_driver) {
     }
     Append(findings, ExamineShadows(user, system));
     Append(findings, ExamineEnvironment());
-    Append(findings, ExamineDriverManager(ProbeDriverManager()));
+    Append(findings, ExamineDriverManager());
     return findings;
 }
 
@@ -105,7 +103,7 @@ std::vector<Place> FindPlaces(const std::string& in_driver) {
         {"Drivers", "driver_file", registry.GetPath()},
         {"Setup library", "setup_library", GetLibraryEntry(driver, "Setup")},
         {"Driver library", "driver_library", GetLibraryEntry(driver, "Driver")},
-        {"Installer library", "installer_library", ProbeDriverManager().m_library},
+        {"Installer library", "installer_library", FindInstallerLibrary()},
     };
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iostream>
 
-#include "cli/examine/FileRights.h"
 #include "cli/system/Terminal.h"
 #include "cli/system/Words.h"
 
@@ -45,16 +44,15 @@ void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_p
 }
 
 Report::Report(const CommandLine& in_line, const DsnStore& in_store)
-    : m_scope(in_store.GetScope()),
-      m_path(in_store.GetPath()),
+    : m_store(in_store),
       m_isJson(in_line.Has("--json")),
       m_isQuiet(in_line.Has("--quiet")),
       m_isDryRun(in_line.Has("--dry-run")),
       m_areSecretsShown(in_line.Has("--show-secrets")) {
     // With sudo "the user" is root, which people do not expect.
     std::string user;
-    const bool isOwn = m_scope == Scope::User && !ReadVariable("SUDO_USER", user);
-    if (!isOwn) m_place = " in " + m_path;
+    const bool isOwn = m_store.GetScope() == Scope::User && !ReadVariable("SUDO_USER", user);
+    if (!isOwn) m_place = " in " + m_store.GetPath();
 }
 
 void Report::AddDone(const DsnPlan& in_plan) {
@@ -95,12 +93,12 @@ void Report::AddSummary() {
 }
 
 std::string Report::WarnOfReaders() const {
-    const FileRights rights = GetFileRights(m_path);
+    const FileRights rights = m_store.GetRights();
     if (!m_hasNewSecret || !rights.m_isReadByOthers) return {};
-    return m_path + " (mode " + rights.m_mode +
+    return m_store.GetPath() + " (mode " + rights.m_mode +
            ") now holds a password that every user of this machine can read. Narrow its mode, or "
            "remove the password (veltrane-dsn set NAME " +
-           (m_scope == Scope::System ? "--system " : "") +
+           (m_store.GetScope() == Scope::System ? "--system " : "") +
            "--unset PWD) and let programs ask for it.";
 }
 
@@ -118,9 +116,9 @@ ExitCode Report::Finish() {
         Json document{{"changed", isChanged},
                       {"summary", std::move(summary)},
                       {"failed", m_failures},
-                      {"scope", GetScopeName(m_scope)},
+                      {"scope", GetScopeName(m_store.GetScope())},
                       {"dry_run", m_isDryRun}};
-        if (!m_place.empty()) document["file"] = m_path;
+        if (!m_place.empty()) document["file"] = m_store.GetPath();
         if (!warning.empty()) document["warnings"] = {warning};
         document["results"] = std::move(m_results);
         PrintJson(document);

@@ -26,6 +26,7 @@ void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_p
 
 class Report {
 public:
+    /// @param in_store  has to stay
     Report(const CommandLine& in_line, const DsnStore& in_store);
 
     void AddDone(const DsnPlan& in_plan);
@@ -45,8 +46,7 @@ private:
         return m_counts[static_cast<std::size_t>(in_action)];
     }
 
-    Scope m_scope;
-    std::string m_path;
+    const DsnStore& m_store;
     std::string m_place;  ///< " in PATH" if it is not the user's own file
     bool m_isJson;
     bool m_isQuiet;

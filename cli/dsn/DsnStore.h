@@ -17,6 +17,17 @@ enum class Scope { User, System };
 
 const char* GetScopeName(Scope in_scope);
 
+/// Who can read and write the file of a scope.
+struct FileRights {
+    bool m_isReadByOthers = false;     ///< by anybody except its owner and its group
+    bool m_isReadByGroup = false;      ///< by its group, or by others in its access list
+    bool m_isWrittenByOthers = false;  ///< by anybody except its owner
+    std::string m_mode;                ///< octal, "0644"
+};
+
+/// True for the administrator, who can change the system's files.
+bool IsAdministrator();
+
 class DsnStore {
 public:
     /// Uses the file or key that the driver manager uses for the scope.
@@ -36,6 +47,8 @@ public:
 
     /// Returns path and reason if a change cannot be written now, else empty. Changes nothing.
     std::string WhyNotWritable() const;
+
+    FileRights GetRights() const;
 
     /// Returns where an older, killed version of the tool has left the keys of a half-done change;
     /// empty if there are none.

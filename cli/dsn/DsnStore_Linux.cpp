@@ -1,8 +1,7 @@
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 
 #include "PlatformAbstraction/base/SystemError.h"
@@ -12,40 +11,33 @@
 
 namespace Veltrane::Cli {
 
-namespace {
-
-/// Returns path and reason if a new version of the file has no room, or cannot be written, in its
-/// file system; otherwise empty.
-std::string WhyNoRoomBeside(const std::string& in_path) {
-    std::error_code error;
-    const std::filesystem::path real = std::filesystem::weakly_canonical(in_path, error);
-    const std::string directory = (error ? std::filesystem::path(in_path) : real).parent_path();
-    // A new version of the file is made beside it and replaces it.
-    if (access(directory.c_str(), W_OK) != 0) {
-        return in_path + ": cannot create a temporary file in " + directory + ": " +
-               Orska::Support::DescribeLastError();
-    }
-    struct statvfs status {};
-    struct stat file {};
-    if (statvfs(directory.c_str(), &status) != 0) return {};
-    const unsigned long long size =
-        stat(in_path.c_str(), &file) == 0 ? static_cast<unsigned long long>(file.st_size) : 0;
-    const unsigned long long room =
-        static_cast<unsigned long long>(geteuid() == 0 ? status.f_bfree : status.f_bavail) *
-        status.f_frsize;
-    // Some file systems report no blocks, because they have no limit.
-    if (status.f_blocks != 0 && room <= size) {
-        return in_path + ": cannot write: " + Orska::Support::DescribeSystemError(ENOSPC);
-    }
-    return {};
-}
-
-}  // namespace
-
 std::string DsnStore::WhyNotWritable() const {
     const std::string reason = m_profile.WhyNotWritable();
-    return reason.empty() ? WhyNoRoomBeside(GetPath()) : reason;
+    if (!reason.empty()) return reason;
+    // A new version of the file is made beside it and replaces it.
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::weakly_canonical(GetPath(), error);
+    const std::string directory = (error ? std::filesystem::path(GetPath()) : real).parent_path();
+    if (access(directory.c_str(), W_OK) == 0) return {};
+    return GetPath() + ": cannot create a temporary file in " + directory + ": " +
+           Orska::Support::DescribeLastError();
 }
+
+FileRights DsnStore::GetRights() const {
+    FileRights rights;
+    struct stat status {};
+    if (stat(GetPath().c_str(), &status) != 0) return rights;
+    rights.m_isReadByOthers = (status.st_mode & S_IROTH) != 0;
+    // With an access list these bits are its mask, so users in the list count too.
+    rights.m_isReadByGroup = (status.st_mode & S_IRGRP) != 0;
+    rights.m_isWrittenByOthers = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+    char mode[8];
+    std::snprintf(mode, sizeof mode, "%04o", status.st_mode & 07777);
+    rights.m_mode = mode;
+    return rights;
+}
+
+bool IsAdministrator() { return geteuid() == 0; }
 
 /// The record is beside the file, not beside a link to it.
 std::string DsnStore::FindLeftRecord() const {

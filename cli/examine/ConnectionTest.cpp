@@ -7,7 +7,7 @@
 #include "cli/dsn/DsnStore.h"
 #include "cli/examine/ApartProcess.h"
 #include "cli/examine/ApartWork.h"
-#include "cli/examine/DriverFindings.h"
+#include "cli/examine/Findings.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {

@@ -1,7 +1,7 @@
-#include "cli/examine/DriverFindings.h"
-
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/examine/ApartWork.h"
+#include "cli/examine/Findings.h"
+#include "cli/examine/LibraryProbe.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
@@ -38,24 +38,9 @@ std::string HowToRegister(const std::string& in_driver, const std::string& in_en
            (in_entry == "Setup" ? "--setup" : "--library") + " PATH.";
 }
 
-void ExamineLibrary(const std::string& in_driver, const std::string& in_entry,
-                    const std::string& in_library, const std::vector<std::string>& in_functions,
-                    Findings& io_findings) {
-    if (HasFolder(in_library) && !IsAbsolutePath(in_library)) {
-        io_findings.push_back({Severity::Warning, "library-path-relative",
-                               in_entry + "=" + in_library +
-                                   " is a relative path, so it depends on the working directory of "
-                                   "each program.",
-                               "Register it again with an absolute path."});
-    }
-    const LibraryProbe probe = ProbeLibrary(in_library, in_functions);
-    if (probe.m_fault != LibraryFault::None) {
-        io_findings.push_back(DescribeFault(probe, in_driver, in_entry, in_library));
-    }
-}
-
-}  // namespace
-
+/// Returns the finding for a library that cannot be used.
+/// @param in_driver  the driver's name; empty if a DSN has the library's path
+/// @param in_entry  the key in odbcinst.ini that names it, such as "Setup"
 Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver,
                       const std::string& in_entry, const std::string& in_library) {
     const std::string subject = in_entry + "=" + in_library;
@@ -97,7 +82,21 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver
     return {Severity::Error, fault->m_id, fault->m_text, fault->m_repair};
 }
 
-namespace {
+void ExamineLibrary(const std::string& in_driver, const std::string& in_entry,
+                    const std::string& in_library, const std::vector<std::string>& in_functions,
+                    Findings& io_findings) {
+    if (HasFolder(in_library) && !IsAbsolutePath(in_library)) {
+        io_findings.push_back({Severity::Warning, "library-path-relative",
+                               in_entry + "=" + in_library +
+                                   " is a relative path, so it depends on the working directory of "
+                                   "each program.",
+                               "Register it again with an absolute path."});
+    }
+    const LibraryProbe probe = ProbeLibrary(in_library, in_functions);
+    if (probe.m_fault != LibraryFault::None) {
+        io_findings.push_back(DescribeFault(probe, in_driver, in_entry, in_library));
+    }
+}
 
 /// Examines the entry that programs connect with.
 void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in_driver,

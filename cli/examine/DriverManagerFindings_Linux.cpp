@@ -8,21 +8,12 @@
 #include <fstream>
 #include <iterator>
 
-#include "cli/examine/DriverManagerFindings.h"
+#include "cli/examine/Findings.h"
 #include "cli/examine/LibraryProbe.h"
 
 namespace Veltrane::Cli {
 
 namespace {
-
-/// Returns the file that contains a function of this process, symbolic links resolved.
-std::string FindLibraryOf(const void* in_function) {
-    Dl_info info{};
-    if (dladdr(in_function, &info) == 0 || info.dli_fname == nullptr) return {};
-    std::error_code error;
-    const std::filesystem::path real = std::filesystem::canonical(info.dli_fname, error);
-    return error ? info.dli_fname : real.string();
-}
 
 /// The installer library has no version; the driver manager beside it has one as text (SQL_DM_VER).
 std::string FindVersionBeside(const std::string& in_library) {
@@ -43,26 +34,25 @@ std::string FindVersionBeside(const std::string& in_library) {
 struct Defect {
     const char* m_first;  ///< the first version with it
     const char* m_last;   ///< the last version known to have it; null: all
-    Severity m_severity;
     const char* m_id;
     const char* m_text;
     const char* m_repair;
 };
 
 constexpr Defect DEFECTS[] = {
-    {"2.3.13", nullptr, Severity::Note, "manager-locks-requests",
+    {"2.3.13", nullptr, "manager-locks-requests",
      "It holds a lock while a driver's setup library runs. Setup libraries that ask it for a value "
      "or for the config mode then wait for ever; the one of this driver does not.",
      "If a program hangs while it configures another driver, use unixODBC 2.3.12 for it."},
-    {"2.0", "2.3.11", Severity::Note, "manager-remembers-values",
+    {"2.0", "2.3.11", "manager-remembers-values",
      "Its profile functions cache files for 20 seconds, and programs cannot make them read again. "
      "A running program can see a changed DSN 20 seconds later.",
      "Wait 20 seconds, or start the program again; 2.3.12 can be told to read again."},
-    {"2.0", nullptr, Severity::Note, "manager-rewrites-in-place",
+    {"2.0", nullptr, "manager-rewrites-in-place",
      "Its own profile functions rewrite odbc.ini in place, without a lock, and drop the comments. "
      "Programs that use them at the same time can lose DSNs.",
      "Change DSNs with veltrane-dsn, which locks the file and replaces it whole."},
-    {"2.0", nullptr, Severity::Note, "manager-cuts-wide-text",
+    {"2.0", nullptr, "manager-cuts-wide-text",
      "Its wide profile functions keep only the low byte of each character, so programs that use "
      "them read \"\xE2\x82\xAC\" and \"\xE6\x97\xA5\" as something else.",
      "Where a program shows such a value wrongly, choose one in ASCII."},
@@ -74,36 +64,30 @@ bool Applies(const Defect& in_defect, const std::string& in_version) {
            (in_defect.m_last == nullptr || strverscmp(version, in_defect.m_last) <= 0);
 }
 
-/// Returns the version, or a guess from its functions.
-std::string EffectiveVersion(const DriverManagerInfo& in_info) {
-    if (!in_info.m_version.empty()) return in_info.m_version;
-    return in_info.m_hasLockedRequests ? "2.3.13" : "2.3.11";
-}
-
 }  // namespace
 
-DriverManagerInfo ProbeDriverManager() {
-    DriverManagerInfo info;
-    info.m_library = FindLibraryOf(reinterpret_cast<const void*>(&SQLConfigDataSource));
-    info.m_hasLockedRequests = dlsym(RTLD_DEFAULT, "__SQLGetPrivateProfileStringNL") != nullptr;
-    info.m_version = FindVersionBeside(info.m_library);
-    info.m_hasIodbc = ProbeLibrary("libiodbcinst.so.2", {}).m_fault == LibraryFault::None;
-    return info;
+std::string FindInstallerLibrary() {
+    Dl_info info{};
+    const auto* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);
+    if (dladdr(function, &info) == 0 || info.dli_fname == nullptr) return {};
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(info.dli_fname, error);
+    return error ? info.dli_fname : real.string();
 }
 
-Findings ExamineDriverManager(const DriverManagerInfo& in_info) {
-    const std::string version = EffectiveVersion(in_info);
-    Findings findings{
-        {Severity::Note, "manager-version",
-         "The driver manager is unixODBC " +
-             (in_info.m_version.empty() ? "of an unknown version, about " + version : version) +
-             ", " + in_info.m_library + ".",
-         "No action is needed."}};
+Findings ExamineDriverManager() {
+    const std::string library = FindInstallerLibrary();
+    const std::string version = FindVersionBeside(library);
+    Findings findings{{Severity::Note, "manager-version",
+                       "The driver manager is unixODBC " +
+                           (version.empty() ? "of an unknown version" : version) + ", " + library +
+                           ".",
+                       "No action is needed."}};
     for (const Defect& defect : DEFECTS) {
         if (!Applies(defect, version)) continue;
-        findings.push_back({defect.m_severity, defect.m_id, defect.m_text, defect.m_repair});
+        findings.push_back({Severity::Note, defect.m_id, defect.m_text, defect.m_repair});
     }
-    if (in_info.m_hasIodbc) {
+    if (ProbeLibrary("libiodbcinst.so.2", {}).m_fault == LibraryFault::None) {
         findings.push_back({Severity::Note, "two-managers",
                             "iODBC is installed as well. It reads the same files by other rules.",
                             "Find out with ldd which of the two a program uses."});

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "VeltraneDialog/WideText.h"
-#include "cli/examine/DriverManagerFindings.h"
+#include "cli/examine/Findings.h"
 
 namespace Veltrane::Cli {
 
@@ -31,20 +31,18 @@ std::string ReadFileVersion(const std::wstring& in_path) {
 
 }  // namespace
 
-DriverManagerInfo ProbeDriverManager() {
-    DriverManagerInfo info;
+std::string FindInstallerLibrary() {
     std::wstring path(MAX_PATH, L'\0');
     path.resize(GetModuleFileNameW(GetModuleHandleW(L"odbccp32.dll"), path.data(), MAX_PATH));
-    info.m_library = ODBC::ToUtf8(path);
-    info.m_version = ReadFileVersion(path);
-    return info;
+    return ODBC::ToUtf8(path);
 }
 
-Findings ExamineDriverManager(const DriverManagerInfo& in_info) {
-    const std::string version =
-        in_info.m_version.empty() ? "of an unknown version" : in_info.m_version;
+Findings ExamineDriverManager() {
+    const std::string library = FindInstallerLibrary();
+    const std::string version = ReadFileVersion(ODBC::ToWide(library));
     return {{Severity::Note, "manager-version",
-             "The ODBC installer is " + in_info.m_library + ", " + version + ".",
+             "The ODBC installer is " + library + ", " +
+                 (version.empty() ? "of an unknown version" : version) + ".",
              "No action is needed."}};
 }
 

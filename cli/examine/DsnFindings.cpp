@@ -1,10 +1,7 @@
-#include "cli/examine/DsnFindings.h"
-
 #include <map>
 
 #include "VeltraneDialog/FieldRules.h"
-#include "cli/dsn/Entries.h"
-#include "cli/examine/FileRights.h"
+#include "cli/examine/Findings.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
@@ -80,7 +77,7 @@ void ExamineLines(const std::vector<Entry>& in_lines, const std::string& in_dsn,
 
 void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
                    Findings& io_findings) {
-    const FileRights rights = GetFileRights(in_store.GetPath());
+    const FileRights rights = in_store.GetRights();
     std::vector<std::string> holders;
     for (const std::string& dsn : GetDsnNames(in_text)) {
         for (const auto& [key, value] : in_text.GetKeyValues(dsn)) {

@@ -2,11 +2,20 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "cli/examine/Finding.h"
+#include "cli/examine/Findings.h"
 #include "cli/line/HelpText.h"
 #include "cli/system/Terminal.h"
 
 namespace Veltrane::Cli {
+
+namespace {
+
+std::string GetName(Severity in_severity) {
+    constexpr const char* NAMES[] = {"error", "warning", "note"};
+    return NAMES[static_cast<std::size_t>(in_severity)];
+}
+
+}  // namespace
 
 bool HasError(const Findings& in_findings) {
     return std::any_of(in_findings.begin(), in_findings.end(), [](const Finding& in_finding) {
@@ -17,7 +26,7 @@ bool HasError(const Findings& in_findings) {
 nlohmann::ordered_json ToJson(const Findings& in_findings) {
     auto list = nlohmann::ordered_json::array();
     for (const Finding& finding : in_findings) {
-        list.push_back({{"severity", GetSeverityName(finding.m_severity)},
+        list.push_back({{"severity", GetName(finding.m_severity)},
                         {"id", finding.m_id},
                         {"text", finding.m_text},
                         {"repair", finding.m_repair}});
@@ -29,7 +38,7 @@ void PrintFindings(const Findings& in_findings) {
     constexpr const char* COLOURS[] = {"\x1B[31m", "\x1B[33m", "\x1B[36m"};
     const bool isColoured = IsOutputColoured();
     for (const Finding& finding : in_findings) {
-        const std::string name = GetSeverityName(finding.m_severity);
+        const std::string name = GetName(finding.m_severity);
         std::string text = Wrap(name + ": " + finding.m_text, 0);
         if (isColoured) {
             text.insert(name.size(), "\x1B[0m");
