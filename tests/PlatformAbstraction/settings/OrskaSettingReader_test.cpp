@@ -1,4 +1,4 @@
-// The setting table, on INI files and on a registry in memory. Each test runs in its own process.
+// The setting table, on INI files. Each test runs in its own process.
 #include "PlatformAbstraction/settings/OrskaSettingReader.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +15,6 @@
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 #include "PlatformAbstraction/settings/ISettingListener.h"
 #include "PlatformAbstraction/settings/SettingKeys.h"
-#include "tests/support/RegistryKey_Fake.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
@@ -26,7 +25,6 @@ namespace {
 
 using namespace std::string_literals;
 using Reader = OrskaSettingReader;
-using Test::FakeRegistry;
 using Test::SetVariable;
 using Test::TEMPORARY_DIRECTORY_VARIABLE;
 using Test::TemporaryDirectory;
@@ -35,8 +33,6 @@ using Test::TraceCapture;
 using testing::ElementsAre;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-constexpr char USER_KEY[] = "HKCU\\SOFTWARE\\Veltrane\\Driver";
 
 void InitializeWithoutSources() { Reader::Initialize(L"Veltrane", L"Driver"); }
 
@@ -134,7 +130,6 @@ TEST_F(SettingReader, ReadsAndStoresEveryKnownKey) {
         EXPECT_EQ(Reader::GetSetting(row.m_key), "/set "s + row.m_key);
     }
     EXPECT_EQ(Reader::GetSetting("Driver"), "kept");
-    EXPECT_TRUE(FakeRegistry::Get().m_asked.empty());
 }
 
 TEST_F(SettingReader, Paths) {
@@ -188,35 +183,13 @@ TEST_F(SettingReader, KeysIgnoreTheCaseOfAsciiLetters) {
     EXPECT_EQ(Reader::GetSetting("AAB"), "5");
 }
 
-TEST_F(SettingReader, ReadsTheRegistryOnlyWithoutAnIniFile) {
-    const auto text = [](char in_letter) { return std::string{in_letter, '\0', '\0', '\0'}; };
-    FakeRegistry::Get().m_keys[USER_KEY].m_values = {
-        {u"LogLevel", 4, "\6\0\0\0"s},   {u"Large", 11, "\1\0\0\0\1\0\0\0"s},
-        {u"LogType", 1, text('x')},      {u"Dri", 1, text('d')},
-        {u"DriverLocale", 1, text('l')},
-    };
-    const TemporaryDirectory directory;
-    Reader::Initialize(directory.GetPath("missing.ini"), L"Veltrane", L"Driver");
-    EXPECT_TRUE(FakeRegistry::Get().m_asked.empty());
-    EXPECT_EQ(Reader::GetLogLevel(), "6");
-    EXPECT_EQ(Reader::GetSetting("large"), "4294967297");
-    EXPECT_EQ(Reader::GetLogType(), "x");
-    EXPECT_EQ(Reader::GetSetting("Dri"), "");
-    EXPECT_EQ(Reader::GetDriverLocale(), "l");
-    EXPECT_THAT(FakeRegistry::Get().m_asked, ElementsAre(USER_KEY));
-}
-
 TEST_F(SettingReader, LoadsOnceAndNeverAgain) {
     InitializeWithoutSources();
     EXPECT_EQ(Reader::GetLogLevel(), "");
-    EXPECT_THAT(FakeRegistry::Get().m_asked,
-                ElementsAre(USER_KEY, "HKLM\\SOFTWARE\\Veltrane\\Driver"));
-    FakeRegistry::Get().m_keys[USER_KEY].m_values = {{u"LogLevel", 4, "\6\0\0\0"s}};
     Reader::SetRegistryKeyName(L"Other");
     Reader::SetIniFilePath(m_directory.Write("driver.ini", "[Driver]\nLogLevel=5\n"));
     InitializeWith("LogLevel=4\n");
     EXPECT_EQ(Reader::GetLogLevel(), "");
-    EXPECT_EQ(FakeRegistry::Get().m_asked.size(), 2u);
 }
 
 TEST_F(SettingReader, TheSourcesCanChangeBeforeTheFirstRead) {
@@ -244,19 +217,16 @@ TEST_F(SettingReader, TheSourcesCanChangeBeforeTheFirstRead) {
 }
 
 TEST_F(SettingReader, AFirstReadThatFailsIsTriedAgain) {
-    FakeRegistry::Get().m_keys[USER_KEY].m_queryFails = true;
-    InitializeWithoutSources();
+    const std::string path = m_directory.Write("driver.ini", "[Driver]\nDriverLocale=fr\nbad\n");
+    const std::string error = "IniParseError(" + path + ", 3)";
+    Reader::Initialize(path, L"Veltrane", L"Driver");
     EXPECT_EQ(Reader::GetDriverLocale(), "en-US");
     EXPECT_EQ(Reader::GetAppCharEncoding(), EncodingType::ENC_NONE);
     EXPECT_EQ(Reader::GetDriverManagerEncoding(), EncodingType::ENC_UTF16LE);
-    EXPECT_EQ(ThrownMessage([] { Reader::GetSetting("x"); }), "RegKeyNotFound");
-    EXPECT_EQ(ThrownMessage([] { Reader::GetLogPath(); }), "RegKeyNotFound");
-    EXPECT_EQ(ThrownMessage([] { Reader::GetODBCInstLib(); }), "RegKeyNotFound");
-    EXPECT_EQ(ThrownMessage([] { Reader::GetTraceToStdErr(); }), "RegKeyNotFound");
-    const std::string path = m_directory.Write("driver.ini", "[Driver]\nDriverLocale=fr\nbad\n");
-    Reader::SetIniFilePath(path);
-    EXPECT_EQ(ThrownMessage([] { Reader::GetLogLevel(); }), "IniParseError(" + path + ", 3)");
-    EXPECT_EQ(Reader::GetDriverLocale(), "en-US");
+    EXPECT_EQ(ThrownMessage([] { Reader::GetSetting("x"); }), error);
+    EXPECT_EQ(ThrownMessage([] { Reader::GetLogPath(); }), error);
+    EXPECT_EQ(ThrownMessage([] { Reader::GetODBCInstLib(); }), error);
+    EXPECT_EQ(ThrownMessage([] { Reader::GetTraceToStdErr(); }), error);
     m_directory.Write("driver.ini", "[Driver]\nDriverLocale=fr\n");
     EXPECT_EQ(Reader::GetDriverLocale(), "fr");
 }

@@ -1,8 +1,9 @@
-// The registry in hive files.
+// The registry in hive files, and the rules of its reader.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -10,11 +11,14 @@
 #include <string>
 
 #include "Exceptions/ErrorException.h"
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
 #include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
 #include "PlatformAbstraction/settings/RegistryKey.h"
 #include "tests/support/HiveFile.h"
 #include "tests/support/SettingText.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestSystem.h"
+#include "tests/support/ThrownMessage.h"
 #include "tests/support/TraceCapture.h"
 
 /// The home directory in the user database below.
@@ -33,13 +37,16 @@ namespace {
 using namespace std::string_literals;
 using Test::HiveText;
 using Test::HiveValue;
+using Test::RunInProcesses;
 using Test::TemporaryDirectory;
+using Test::ThrownMessage;
 using Test::ToText;
 using Test::TraceCapture;
 using Test::WriteHive;
 using testing::HasSubstr;
 
 constexpr RegistryKey::Root USER = RegistryKey::Root::CURRENT_USER;
+const std::string ONE("\1\0\0\0", 4);
 
 class RegistryKeyLinux : public testing::Test {
 protected:
@@ -53,6 +60,20 @@ protected:
         RegistryConfigurationReader(true).LoadConfiguration(section, in_hive, in_key, nullptr,
                                                             true);
         return ToText(section);
+    }
+
+    /// Of the key "Key", with upper-case names.
+    static std::string LoadAll() {
+        ConfigurationMap configuration;
+        RegistryConfigurationReader(false).LoadConfiguration(configuration, L"", L"Key", nullptr);
+        return ToText(configuration);
+    }
+
+    /// Changes a byte of the user's hive, counted from a name in it.
+    void Damage(const std::string& in_name, std::ptrdiff_t in_offset) {
+        std::string hive = m_directory.Read("user.hive");
+        hive.at(hive.find(in_name) + static_cast<std::size_t>(in_offset)) ^= 1;
+        m_directory.Write("user.hive", hive);
     }
 
     TemporaryDirectory m_directory;
@@ -73,13 +94,20 @@ TEST_F(RegistryKeyLinux, ReturnsValuesAsStored) {
                          {"Expand", 2, HiveText(u"x")},
                          {"Large", 11, "\1\2\3\4\5\6\7\x80"},
                          {"Long", 1, HiveText(std::u16string(3'000, u'x'))},
-                         {"Bytes", 3, "abc"}}}});
+                         {"Bytes", 3, "abc"},
+                         {"Two NULs", 1, "a\0\0\0\0\0"s},
+                         {"Only a NUL", 1, "\0\0"s},
+                         {"Greatest", 4, "\xFF\xFF\xFF\xFF"},
+                         {"Cut short", 4, "\2\1"},
+                         {"Texts", 7, HiveText(u"x")},
+                         {"No type", 0, HiveText(u"x")},
+                         {"Big-endian", 5, "abcd"}}}});
     RegistryKey key;
     ASSERT_TRUE(key.Open(USER, L"Key"));
     RegistryKey::Info info;
     ASSERT_TRUE(key.QueryInfo(info));
     EXPECT_EQ(info.m_subKeyCount, 0u);
-    EXPECT_EQ(info.m_valueCount, 12u);
+    EXPECT_EQ(info.m_valueCount, 19u);
     EXPECT_EQ(info.m_longestValueName, 12u);
     EXPECT_EQ(info.m_longestData, 6'002u);
     std::string names;
@@ -96,11 +124,76 @@ TEST_F(RegistryKeyLinux, ReturnsValuesAsStored) {
     }
     EXPECT_EQ(names,
               "zlast:1:12 :1:16 gr\u00F6\u00DFe:1:6 \u6771\u4EAC:4:4 OneByte:1:1 NoData:1:0 "
-              "Unterminated:1:4 Odd:1:3 Expand:2:4 Large:11:8 Long:1:6002 Bytes:3:3 ");
+              "Unterminated:1:4 Odd:1:3 Expand:2:4 Large:11:8 Long:1:6002 Bytes:3:3 Two NULs:1:6 "
+              "Only a NUL:1:2 Greatest:4:4 Cut short:4:2 Texts:7:4 No type:0:4 Big-endian:5:4 ");
     EXPECT_EQ(Load(L"", L"Key"),
-              "=default;Large::9225348980303659521;Long=" + std::string(3'000, 'x') +
-                  ";NoData=;Odd=a;OneByte=;Unterminated=ab;gr\u00F6\u00DFe=\u00FC\u20AC;"
-                  "zlast=first;\u6771\u4EAC:1;");
+              "=default;Cut short:258;Greatest:4294967295;Large::9225348980303659521;Long=" +
+                  std::string(3'000, 'x') + ";NoData=;Odd=a;OneByte=;Only a NUL=;Two NULs=a\0;"s +
+                  "Unterminated=ab;gr\u00F6\u00DFe=\u00FC\u20AC;zlast=first;\u6771\u4EAC:1;");
+}
+
+TEST_F(RegistryKeyLinux, ChangesTheCaseOfNamesAndLeavesOutTheDriver) {
+    std::vector<HiveValue> values;
+    for (const char* name : {"", "D", "dr", "Dri", "DRIV", "drive", "Driver", "DRIVERS", "DRIVERX",
+                             "RIVER", "dx", "stra\u00DFe", "Key"}) {
+        values.push_back({name, 4, ONE});
+    }
+    values.push_back({"kEY", 4, "\2\0\0\0"s});
+    WriteHive(m_user, {{"Key", values}});
+    EXPECT_EQ(LoadAll(), "[]DRIVERS:1;DRIVERX:1;DX:1;KEY:2;RIVER:1;STRASSE:1;");
+    EXPECT_EQ(Load(L"", L"Key"),
+              ":1;D:1;DRIV:1;DRIVERS:1;DRIVERX:1;Dri:1;Driver:1;Key:1;RIVER:1;dr:1;drive:1;dx:1;"
+              "kEY:2;stra\u00DFe:1;");
+}
+
+TEST_F(RegistryKeyLinux, LoadsEverySubKeyThatHasAName) {
+    const std::string longest(254, 'x');
+    WriteHive(m_user, {{"Key", {{"own", 4, ONE}}},
+                       {"Key\\First", {{"a", 4, ONE}, {"driver", 4, ONE}}},
+                       {"Key\\" + longest, {{"x", 4, ONE}}},
+                       {"Key\\" + longest + "y", {{"too long", 4, ONE}}},
+                       {"Key\\unnamed", {{"u", 4, ONE}}},
+                       {"Key\\empty", {}}});
+    Damage("unnamed", 0x48 - 0x4C + 1);  // the length of the name
+    const std::string first = "[FIRST]A:1;";
+    EXPECT_EQ(LoadAll(), "[]OWN:1;[EMPTY]" + first + "[" + std::string(254, 'X') + "]X:1;");
+    ConfigurationMap one;
+    for (const wchar_t* name : {L"First", L"missing"}) {
+        const orska_wstring section = name;
+        RegistryConfigurationReader(false).LoadConfiguration(one, L"", L"Key", &section);
+    }
+    EXPECT_EQ(ToText(one), first);
+}
+
+TEST_F(RegistryKeyLinux, SkipsADamagedValueAndRefusesADamagedKey) {
+    WriteHive(m_user, {{"Key", {{"a", 4, ONE}, {"damaged", 4, ONE}, {"c", 4, ONE}}},
+                       {"Key\\Below", {{"b", 4, ONE}}}});
+    Damage("damaged", -0x14);  // the mark of a value
+    EXPECT_EQ(Load(L"", L"Key"), "a:1;c:1;");
+    Damage("Below", 0x28 - 0x4C);  // the place of the list of values
+    const TraceCapture trace;
+    EXPECT_EQ(ThrownMessage([] { LoadAll(); }), "RegKeyNotFound");
+    EXPECT_EQ(trace.GetText(),
+              "`anonymous-namespace'::RegKeyValuesToMap:0\tThrowing: "
+              "ProductException(L\"RegKeyNotFound\") RegistryConfigurationReader\n");
+    Damage("Key", 0x1C - 0x4C);  // the place of the list of keys
+    EXPECT_EQ(ThrownMessage([] { LoadAll(); }), "RegKeyNotFound");
+}
+
+TEST_F(RegistryKeyLinux, SettingsComeFromItOnlyWithoutAnIniFile) {
+    WriteHive(m_user, {{"SOFTWARE\\Veltrane\\Driver",
+                        {{"LogLevel", 4, "\6\0\0\0"s}, {"Dri", 1, HiveText(u"d")}}}});
+    for (const bool hasIniFile : {true, false}) {
+        const std::string path = hasIniFile ? m_directory.Write("x.ini", "[Driver]\nLogType=t\n")
+                                            : m_directory.GetPath("missing.ini");
+        const auto read = [&](int) {
+            OrskaSettingReader::Initialize(path, L"Veltrane", L"Driver");
+            const bool isRight = OrskaSettingReader::GetLogLevel() == (hasIniFile ? "" : "6") &&
+                                 OrskaSettingReader::GetSetting("Dri").empty();
+            if (!isRight) _exit(1);
+        };
+        EXPECT_EQ(RunInProcesses(1, read), 1) << path;
+    }
 }
 
 TEST_F(RegistryKeyLinux, RefusesBuffersThatAreTooSmall) {
