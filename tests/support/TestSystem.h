@@ -57,16 +57,12 @@ struct SystemErrors {
     std::uint32_t m_noSuchDirectory;
     std::uint32_t m_notADirectory;
     std::uint32_t m_accessDenied;
-    std::uint32_t m_inputOutput;
     std::uint32_t m_noText;  ///< from the call that returns the text of a number
 };
 extern const SystemErrors SYSTEM_ERRORS;
 
 /// True if another open of the file can lock a byte now, shared with other readers or exclusively.
 bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared = false);
-
-/// Makes this the last error of the calling thread.
-void SetLastErrorCode(std::uint32_t in_code);
 
 }  // namespace Orska::Test
 

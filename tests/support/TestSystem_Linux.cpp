@@ -62,7 +62,7 @@ bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& in_scra
     return std::system(command.c_str()) >= 0 && std::setlocale(LC_ALL, name.c_str()) != nullptr;
 }
 
-const SystemErrors SYSTEM_ERRORS = {ENOENT, ENOENT, ENOTDIR, EACCES, EIO, EINVAL};
+const SystemErrors SYSTEM_ERRORS = {ENOENT, ENOENT, ENOTDIR, EACCES, EINVAL};
 
 bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared) {
     const int descriptor = open(in_path.c_str(), O_RDWR | O_CLOEXEC);
@@ -74,7 +74,5 @@ bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isS
     close(descriptor);
     return isTold && range.l_type == F_UNLCK;
 }
-
-void SetLastErrorCode(std::uint32_t in_code) { errno = static_cast<int>(in_code); }
 
 }  // namespace Orska::Test

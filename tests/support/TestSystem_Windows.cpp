@@ -42,7 +42,7 @@ bool SetLocale(const TestLocale& in_locale, const std::filesystem::path& /*in_sc
 
 const SystemErrors SYSTEM_ERRORS = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
                                     ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED,
-                                    ERROR_IO_DEVICE,      ERROR_MR_MID_NOT_FOUND};
+                                    ERROR_MR_MID_NOT_FOUND};
 
 bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isShared) {
     const HANDLE handle =
@@ -55,7 +55,5 @@ bool IsByteFree(const std::string& in_path, std::uint32_t in_offset, bool in_isS
     CloseHandle(handle);
     return isFree != FALSE;
 }
-
-void SetLastErrorCode(std::uint32_t in_code) { SetLastError(in_code); }
 
 }  // namespace Orska::Test

@@ -11,7 +11,6 @@
 namespace Orska::Support {
 namespace {
 
-using Test::SetLastErrorCode;
 using Test::SYSTEM_ERRORS;
 using Test::TraceCapture;
 
@@ -23,8 +22,6 @@ TEST(OrskaUtility, ReturnsTheSystemsText) {
         EXPECT_EQ(GetLastErrorText(code).GetAsUtf8().substr(0, expected.size()), expected);
         EXPECT_EQ(GetLastErrorTextImpl(code, false), GetLastErrorText(code));
     }
-    SetLastErrorCode(SYSTEM_ERRORS.m_accessDenied);
-    EXPECT_EQ(GetLastErrorCode(), SYSTEM_ERRORS.m_accessDenied);
 }
 
 TEST(OrskaUtility, FallsBackForACodeWithoutText) {
