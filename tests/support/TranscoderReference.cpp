@@ -1,36 +1,16 @@
 #include "tests/support/TranscoderReference.h"
 
-#include <array>
+#include <unicode/utf8.h>
+
 #include <random>
+
+#pragma GCC diagnostic ignored "-Wconversion"  // in ICU's macros
 
 namespace Orska::Support::Testing {
 
 namespace {
 
 using Byte = unsigned char;
-
-struct ByteRange {
-    Byte m_first;
-    Byte m_last;
-};
-
-// The well-formed byte sequences of the Unicode standard, one row each.
-struct Utf8Row {
-    std::size_t m_size;
-    std::array<ByteRange, 4> m_ranges;
-};
-
-constexpr Utf8Row UTF8_ROWS[] = {
-    {1, {{{0x00, 0x7F}}}},
-    {2, {{{0xC2, 0xDF}, {0x80, 0xBF}}}},
-    {3, {{{0xE0, 0xE0}, {0xA0, 0xBF}, {0x80, 0xBF}}}},
-    {3, {{{0xE1, 0xEC}, {0x80, 0xBF}, {0x80, 0xBF}}}},
-    {3, {{{0xED, 0xED}, {0x80, 0x9F}, {0x80, 0xBF}}}},
-    {3, {{{0xEE, 0xEF}, {0x80, 0xBF}, {0x80, 0xBF}}}},
-    {4, {{{0xF0, 0xF0}, {0x90, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}}},
-    {4, {{{0xF1, 0xF3}, {0x80, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}}},
-    {4, {{{0xF4, 0xF4}, {0x80, 0x8F}, {0x80, 0xBF}, {0x80, 0xBF}}}},
-};
 
 constexpr char32_t CP1252_CODE_POINTS[32] = {
     U'\u20AC', U'\u0081', U'\u201A', U'\u0192', U'\u201E', U'\u2026', U'\u2020', U'\u2021',
@@ -45,26 +25,14 @@ struct OnePoint {
 };
 
 OnePoint ReadUtf8(std::string_view in_bytes) {
-    for (const Utf8Row& row : UTF8_ROWS) {
-        std::size_t matching = 0;
-        while (matching < row.m_size && matching < in_bytes.size() &&
-               static_cast<Byte>(in_bytes[matching]) >= row.m_ranges[matching].m_first &&
-               static_cast<Byte>(in_bytes[matching]) <= row.m_ranges[matching].m_last) {
-            ++matching;
-        }
-        if (matching == row.m_size) {
-            constexpr Byte LEAD_BITS[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-            char32_t codePoint = static_cast<Byte>(in_bytes[0]) & LEAD_BITS[row.m_size];
-            for (std::size_t i = 1; i < row.m_size; ++i) {
-                codePoint = codePoint * 64 + (static_cast<Byte>(in_bytes[i]) - 0x80U);
-            }
-            return {0, row.m_size, codePoint};
-        }
-        if (matching == in_bytes.size()) {
-            return {TRANSCODER_INCOMPLETE, 0, 0};
-        }
-    }
-    return {TRANSCODER_INVALID, 0, 0};
+    UChar32 codePoint = 0;
+    std::size_t used = 0;
+    U8_NEXT(in_bytes, used, in_bytes.size(), codePoint);
+    if (codePoint >= 0) return {0, used, static_cast<char32_t>(codePoint)};
+    // Of malformed bytes the longest beginning of a code point was used.
+    const auto trails = static_cast<std::size_t>(U8_COUNT_TRAIL_BYTES(in_bytes[0]));
+    const bool isCutOff = used == in_bytes.size() && used <= trails;
+    return {isCutOff ? TRANSCODER_INCOMPLETE : TRANSCODER_INVALID, 0, 0};
 }
 
 char32_t ReadNumber(std::string_view in_bytes, bool in_isBigEndian) {
@@ -163,20 +131,13 @@ const char* GetIndexName(int in_index) {
 }
 
 std::string EncodeCodePoint(char32_t in_codePoint, int in_encoding) {
-    const auto follower = [in_codePoint](int in_index) {
-        return static_cast<char>(0x80 + ((in_codePoint >> (6 * in_index)) % 64));
-    };
     switch (in_encoding) {
-        case UTF8:
-            if (in_codePoint < 0x80) return {static_cast<char>(in_codePoint)};
-            if (in_codePoint < 0x800) {
-                return {static_cast<char>(0xC0 + (in_codePoint >> 6)), follower(0)};
-            }
-            if (in_codePoint < 0x10000) {
-                return {static_cast<char>(0xE0 + (in_codePoint >> 12)), follower(1), follower(0)};
-            }
-            return {static_cast<char>(0xF0 + (in_codePoint >> 18)), follower(2), follower(1),
-                    follower(0)};
+        case UTF8: {
+            char bytes[4];
+            std::size_t size = 0;
+            U8_APPEND_UNSAFE(bytes, size, in_codePoint);
+            return {bytes, size};
+        }
         case UTF16LE:
         case UTF16BE: {
             const bool isBig = in_encoding == UTF16BE;

@@ -1,5 +1,6 @@
 /// A slow, obvious reference for the transcoder: it reads code points one by one into a list and
-/// writes them one by one. Shares no code with the library.
+/// writes them one by one. Shares no code with the library; UTF-8 is read and written by ICU's
+/// macros.
 #ifndef TESTS_SUPPORT_TRANSCODERREFERENCE_H
 #define TESTS_SUPPORT_TRANSCODERREFERENCE_H
 
