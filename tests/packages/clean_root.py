@@ -10,6 +10,7 @@ import shutil
 import subprocess
 from pathlib import Path
 
+DPKG = Path("/var/lib/dpkg")
 # The contents on a clean machine of files that this one may have changed.
 PRISTINE = {"etc/odbc.ini": "", "etc/odbcinst.ini": "", "etc/hosts": "127.0.0.1 localhost\n"}
 LEFT_OUT = re.compile(r"^/usr/share/(doc|info|locale|man|lintian|icons)/.|^/(dev|proc|sys|tmp|run|var/cache)/.")
@@ -71,114 +72,53 @@ class CleanRoot:
         return paths
 
 
-class Installed:
-    """The packages of this machine."""
-
-    FIELDS = ("Package", "Architecture", "Status", "Essential", "Depends", "Pre-Depends", "Provides")
-
-    def __init__(self):
-        layout = "\\t".join("${%s}" % field for field in self.FIELDS) + "\\n"
-        self.packages, self.providers = {}, {}
-        for line in subprocess.check_output(["dpkg-query", "-W", "-f", layout],
-                                            text=True).splitlines():
-            package = dict(zip(self.FIELDS, line.split("\t")))
-            if package["Status"] != "install ok installed":
-                continue
-            name = package["Package"]
-            self.packages.setdefault(name, package)
-            for provided in [name, *self.names(package["Provides"])]:
-                self.providers.setdefault(provided, name)
-
-    @staticmethod
-    def names(relation):
-        """The names in a list of dependencies, with alternatives in their order."""
-        return [re.split(r"[\s:(]", part.strip())[0] for part in re.split(r"[,|]", relation)
-                if part.strip()]
-
-    def closure(self, relations):
-        """Everything that the dependencies and the essential packages need."""
-        chosen = {}
-        todo = relations.split(",")
-        todo += [name for name, package in self.packages.items() if package["Essential"] == "yes"]
-        while todo:
-            alternatives = self.names(todo.pop())
-            if not alternatives:
-                continue
-            found = next((self.providers[name] for name in alternatives if name in self.providers),
-                         None)
-            if found is None:
-                raise Unavailable("not installed: " + " or ".join(alternatives))
-            if found not in chosen:
-                package = chosen[found] = self.packages[found]
-                todo += package["Depends"].split(",") + package["Pre-Depends"].split(",")
-        return chosen
-
-
-def records_of(package):
-    """dpkg's files of a package."""
-    info = Path("/var/lib/dpkg/info")
-    names = (package["Package"], package["Package"] + ":" + package["Architecture"])
-    return [path for name in names for path in info.glob(glob_escape(name) + ".*")
-            if path.name[:len(name) + 1] == name + "." and "." not in path.name[len(name) + 1:]]
-
-
-def glob_escape(name):
-    return re.sub(r"([*?[])", r"[\1]", name)
-
-
-def is_copyable(path):
-    """Only root can read a few files, which nothing here needs."""
-    return os.path.islink(path) or os.access(path, os.R_OK)
-
-
-def files_of(records):
-    for record in records:
-        if record.suffix == ".list":
-            yield from (path for path in record.read_text().splitlines()
-                        if path not in ("", "/.") and not LEFT_OUT.match(path)
-                        and is_copyable(path))
+def closure(relations):
+    """The installed packages that the dependencies and the essential packages need."""
+    layout = "${Package}\t${Essential}\t${db:Status-Status}\n"
+    listed = subprocess.check_output(["dpkg-query", "-W", "-f", layout], text=True).splitlines()
+    essential = {name: is_essential == "yes" for name, is_essential, status in
+                 (line.split("\t") for line in listed) if status == "installed"}
+    wanted = [name for name, is_essential in essential.items() if is_essential]
+    for relation in relations.split(","):
+        found = [name for name in re.findall(r"(?:^|\|)\s*([\w.+-]+)", relation) if name in essential]
+        if not found:
+            raise Unavailable("not installed: " + relation)
+        wanted += found[:1]
+    tree = subprocess.check_output(["apt-cache", "depends", "--recurse", "--installed", "--important",
+                                    *wanted], text=True)
+    return [line for line in tree.splitlines() if line in essential]
 
 
 def copy_files(paths, root):
-    listing = "\0".join(sorted(path.lstrip("/") for path in paths))
-    reader = subprocess.Popen(["tar", "-C", "/", "--null", "--no-recursion", "-T", "-", "-cf", "-"],
-                              stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-    writer = subprocess.Popen(["tar", "-C", str(root), "--keep-directory-symlink", "-xpf", "-"],
-                              stdin=reader.stdout)
-    reader.stdout.close()
-    reader.stdin.write(listing.encode())
-    reader.stdin.close()
-    if reader.wait() != 0 or writer.wait() != 0:
-        raise RuntimeError("copying the files of the clean root failed")
-
-
-def stanzas(packages):
-    """The entries of dpkg's status file for the packages."""
-    for stanza in Path("/var/lib/dpkg/status").read_text(encoding="utf-8").split("\n\n"):
-        match = re.match(r"Package: (\S+)\n", stanza)
-        architecture = re.search(r"^Architecture: (\S+)$", stanza, re.MULTILINE)
-        if (match and match[1] in packages
-                and architecture[1] == packages[match[1]]["Architecture"]):
-            yield stanza.strip("\n") + "\n\n"
+    """Copies those that can be read: a few only by root, which nothing here needs."""
+    listing = "\0".join(sorted(path.lstrip("/") for path in paths
+                               if os.path.islink(path) or os.access(path, os.R_OK)))
+    pipe = ('set -o pipefail; tar -C / --null --no-recursion -T - -cf - | '
+            'tar -C "$0" --keep-directory-symlink -xpf -')
+    subprocess.run(["bash", "-c", pipe, root], input=listing.encode(), check=True)
 
 
 def make_clean_root(path, relations):
     """@param relations  dependencies as in a control file"""
     root = Path(path)
-    packages = Installed().closure(relations)
+    packages = closure(relations)
     for name in ("bin", "sbin", "lib", "lib32", "lib64"):
         if os.path.islink("/" + name):
             (root / "usr" / name).mkdir(parents=True, exist_ok=True)
             (root / name).symlink_to("usr/" + name)
-    records = [record for package in packages.values() for record in records_of(package)]
-    copy_files(set(files_of(records)), root)
+    owned = subprocess.check_output(["dpkg-query", "-L", *packages], text=True).splitlines()
+    copy_files({path for path in owned
+                if path[:1] == "/" and path != "/." and not LEFT_OUT.match(path)}, root)
     for name in ("dev", "proc", "sys", "tmp", "run", "root", "var/lib/dpkg/info",
                  "var/lib/dpkg/updates", "var/lib/dpkg/triggers", "var/log", "var/cache"):
         (root / name).mkdir(parents=True, exist_ok=True)
-    for record in records:
+    for record in (record for name in packages for record in DPKG.glob(f"info/{name}[.:]*")):
         shutil.copy2(record, root / "var/lib/dpkg/info")
     (root / "var/lib/dpkg/info/format").write_text("1\n")
-    (root / "var/lib/dpkg/status").write_text("".join(stanzas(packages)), encoding="utf-8")
+    stanzas = (DPKG / "status").read_text(encoding="utf-8").split("\n\n")
+    (root / "var/lib/dpkg/status").write_text("".join(
+        stanza + "\n\n" for stanza in stanzas
+        if stanza.split("\n")[0].removeprefix("Package: ") in packages), encoding="utf-8")
     for name in ("etc/passwd", "etc/group"):
         shutil.copy2("/" + name, root / name)
     for name, text in PRISTINE.items():
