@@ -22,6 +22,8 @@ using Orska::Test::TraceOnStandardError;
 using Orska::Test::TraceSetting;
 
 TEST(trace, WritesLevelsUpToItsOwn) {
+    const char* const most = "99999999999999999999";
+    const char* const least = "-99999999999999999999";
     const struct {
         const char* m_value;
         int m_level;
@@ -30,7 +32,8 @@ TEST(trace, WritesLevelsUpToItsOwn) {
         {"3", 1, true},     {"3", 3, true},      {"3", 4, false},     {"3", 0, true},
         {"3", -5, true},    {nullptr, 1, false}, {nullptr, 0, false}, {nullptr, -5, false},
         {"0", 0, false},    {"", 1, false},      {"x", 1, false},     {"-1", 0, false},
-        {"254", 254, true}, {"300", 254, true},  {"254", 255, false},
+        {"254", 254, true}, {"300", 254, true},  {"254", 255, false}, {" 3", 3, true},
+        {"0st", 0, false},  {"st", 1, false},    {most, 254, true},   {least, 0, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << (row.m_value == nullptr ? "(null)" : row.m_value)
@@ -63,6 +66,7 @@ TEST(trace, Fields) {
         {"1s", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} S"},
         {"1t", "F", "S", 1, "F:1\ttext\t #"s + id + " S"},
         {"1p", "F", "S", 1, "F:1\ttext\t pid:" + pid + " S"},
+        {"2 p,FSTNxyz", "F", "S", 1, "F:1\ttext\t pid:" + pid + " S"},
         {"1npts", "F", "S", 1, "F:1\ttext\t @\\d+\\.\\d{5} #"s + id + " pid:" + pid},
     };
     for (const auto& row : rows) {
