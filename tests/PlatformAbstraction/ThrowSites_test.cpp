@@ -1,5 +1,4 @@
 // The trace lines of throw sites, which people search for: function, line, text and source name.
-// The tests of each class cover sites that need a file or a setting.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -8,7 +7,10 @@
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/ICU/ICUUtils.h"
+#include "PlatformAbstraction/files/FileSystemUtils.h"
+#include "PlatformAbstraction/files/TextFile.h"
 #include "PlatformAbstraction/numbers/NumberConverter.h"
+#include "PlatformAbstraction/settings/OrskaSettingReader.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "tests/support/TraceCapture.h"
 
@@ -20,6 +22,12 @@ using Orska::Test::TraceCapture;
 template <class T>
 void ReadInteger(const char* in_text) {
     NumberConverter::StringToInteger<T>(in_text, true);
+}
+
+void ReadEncoding(const char* in_key, EncodingType (*in_get)()) {
+    OrskaSettingReader::Initialize(L"Veltrane", L"Driver");
+    OrskaSettingReader::SetSetting(in_key, "bad");
+    in_get();
 }
 
 TEST(ThrowSites, TheLastLineBeforeTheThrow) {
@@ -53,6 +61,25 @@ TEST(ThrowSites, TheLastLineBeforeTheThrow) {
          "Orska::Support::NumberConverter::ConvertStringToFloatingPoint:0\tThrowing: "
          "NumberConversionInvalidDataException((L\"StrToNumConvFailed\"), msgParams) "
          "NumberConverter"},
+        {[] { FileSystemUtils::CreateFileDirectory(L"missing/a/b"); },
+         "Orska::Support::FileSystemUtils::CreateFileDirectory:0\tThrowing: "
+         "ProductException((L\"CannotOpenFile\"), msgParams) FileSystemUtils_Windows"},
+        {[] { TextFile file(L"missing/x", 1); },
+         "Orska::Support::TextFile::TextFile:144\tThrowing: "
+         "ProductException((L\"CannotOpenFile\"), msgParams) TextFile_Windows"},
+        {[] { TextFile file(L"x", 7); },
+         "GetModeDword:86\tThrowing: ProductException(L\"UnrecognizedOpenMode\") "
+         "TextFile_Windows"},
+        {[] { ReadEncoding("ANSIEncoding", OrskaSettingReader::GetAppCharEncoding); },
+         "Orska::Support::OrskaSettingReader::GetAppCharEncoding:236\tThrowing: "
+         "StartupInitException(\"ANSIEncoding setting is not a legal encoding.\") "
+         "OrskaSettingReader_Windows"},
+        {[] {
+             ReadEncoding("DriverManagerEncoding", OrskaSettingReader::GetDriverManagerEncoding);
+         },
+         "Orska::Support::OrskaSettingReader::GetDriverManagerEncoding:186\tThrowing: "
+         "StartupInitException(\"DriverManagerEncoding setting is not a legal encoding.\") "
+         "OrskaSettingReader_Windows"},
         {[] {
              char buffer[19];
              NumberConverter::CopyMinimumIntToBuffer(sizeof buffer, buffer);

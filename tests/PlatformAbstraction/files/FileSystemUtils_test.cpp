@@ -10,7 +10,6 @@
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
-#include "tests/support/TraceCapture.h"
 
 namespace Orska::Support {
 namespace {
@@ -24,7 +23,6 @@ using Test::SYSTEM_ERRORS;
 using Test::TEMPORARY_DIRECTORY_VARIABLE;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
-using Test::TraceCapture;
 
 TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
     struct Case {
@@ -63,15 +61,6 @@ TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
         "nothing");
     EXPECT_EQ(ThrownMessage([] { FileSystemUtils::CreateFileDirectory(L"name only"); }), "nothing");
     EXPECT_EQ(ThrownMessage([] { FileSystemUtils::CreateFileDirectory({}); }), "nothing");
-}
-
-TEST(FileSystemUtils, TracesItsThrow) {
-    const TemporaryDirectory directory;
-    const TraceCapture trace;
-    ThrownMessage([&] { FileSystemUtils::CreateFileDirectory(directory.GetPath("missing/a/b")); });
-    EXPECT_EQ(trace.GetText(),
-              "Orska::Support::FileSystemUtils::CreateFileDirectory:0\tThrowing: "
-              "ProductException((L\"CannotOpenFile\"), msgParams) FileSystemUtils_Windows\n");
 }
 
 TEST(FileSystemUtils, TellsRelativePaths) {

@@ -12,7 +12,6 @@
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/ThrownMessage.h"
-#include "tests/support/TraceCapture.h"
 
 namespace Orska::Support {
 namespace {
@@ -20,7 +19,6 @@ namespace {
 using Test::SYSTEM_ERRORS;
 using Test::TemporaryDirectory;
 using Test::ThrownMessage;
-using Test::TraceCapture;
 
 std::string CannotOpen(const std::string& in_path, std::uint32_t in_error) {
     return "CannotOpenFile(" + in_path + ", " + GetLastErrorText(in_error).GetAsUtf8() + ")";
@@ -89,19 +87,6 @@ TEST(TextFile, RefusesFilesThatCannotBeOpened) {
         EXPECT_EQ(ThrownMessage([&] { TextFile opened(row.m_file, row.m_mode); }), row.m_thrown);
     }
     EXPECT_FALSE(std::filesystem::exists(directory.GetPath("a")));
-}
-
-TEST(TextFile, TracesItsThrows) {
-    const TemporaryDirectory directory;
-    const TraceCapture trace("1");
-    for (const std::int32_t mode : {1, 7}) {
-        ThrownMessage([&] { TextFile file(directory.GetPath("missing/file"), mode); });
-    }
-    EXPECT_EQ(trace.GetText(),
-              "Orska::Support::TextFile::TextFile:144\tThrowing: "
-              "ProductException((L\"CannotOpenFile\"), msgParams) TextFile_Windows\n"
-              "GetModeDword:86\tThrowing: ProductException(L\"UnrecognizedOpenMode\") "
-              "TextFile_Windows\n");
 }
 
 TEST(TextFile, OpensPathsWithEitherSeparator) {

@@ -5,33 +5,23 @@
 #include <random>
 #include <string>
 
-#include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/numbers/NumberConverter.h"
 #include "tests/support/GuardedBuffer.h"
+#include "tests/support/ThrownMessage.h"
 
 namespace Orska::Support {
 
 namespace {
 
+using Test::ThrownMessage;
 using Testing::GuardedBuffer;
 
 constexpr std::size_t ROOM = 4096;  // bytes between the forbidden pages
 
-template <class T>
-using Writer = char* (*)(T, std::uint16_t, char*);
+using Refusal = NumberConversionInvalidDataException;
 
 template <class T>
-std::string GetKeyOfThrow(Writer<T> in_writer, T in_value, std::uint16_t in_length,
-                          char* out_text) {
-    try {
-        in_writer(in_value, in_length, out_text);
-    } catch (const NumberConversionInvalidDataException& error) {
-        const auto& parameters = error.GetMessageParameters();
-        return error.GetMessageKeyOrText().GetAsUtf8() +
-               (parameters.empty() ? "" : " " + parameters[0].GetAsUtf8());
-    }
-    return "";
-}
+using Writer = char* (*)(T, std::uint16_t, char*);
 
 /// Writes into buffers of every length, between bytes that cannot be touched.
 template <class T>
@@ -40,14 +30,15 @@ void CheckEveryLength(GuardedBuffer& in_pages, T in_value) {
     const bool isLeast =
         sizeof(T) == 8 && std::is_signed_v<T> && in_value == std::numeric_limits<T>::min();
     const std::string refusal =
-        isLeast ? "StrToNumConvFailed -9223372036854775808" : "NumToStrConvFailed";
+        isLeast ? "StrToNumConvFailed(-9223372036854775808)" : "NumToStrConvFailed";
     for (Writer<T> writer :
          {&NumberConverter::IntegerToBuffer<T>, &NumberConverter::IntegerToBufferChecked<T>}) {
         for (std::uint16_t length = 0; length <= 24; ++length) {
             SCOPED_TRACE(expected + " in " + std::to_string(length));
             for (char* buffer : {in_pages.GetStart(), in_pages.GetEnd() - length}) {
                 if (length <= expected.size()) {
-                    ASSERT_EQ(GetKeyOfThrow(writer, in_value, length, buffer), refusal);
+                    ASSERT_EQ(ThrownMessage<Refusal>([&] { writer(in_value, length, buffer); }),
+                              refusal);
                 } else {
                     const char* const text = writer(in_value, length, buffer);
                     ASSERT_EQ(text, buffer + length - 1 - expected.size());
@@ -109,11 +100,9 @@ TEST(CopyMinimumIntToBuffer, NeedsTwentyBytesAndWritesNoTerminator) {
     }
     for (const std::uint16_t length : std::initializer_list<std::uint16_t>{0, 1, 19}) {
         std::string buffer(32, 'x');
-        const auto copy = [](std::int64_t, std::uint16_t in_length, char* out_text) {
-            return NumberConverter::CopyMinimumIntToBuffer(in_length, out_text);
-        };
-        EXPECT_EQ(GetKeyOfThrow<std::int64_t>(copy, 0, length, buffer.data()),
-                  "StrToNumConvFailed -9223372036854775808");
+        EXPECT_EQ(ThrownMessage<Refusal>(
+                      [&] { NumberConverter::CopyMinimumIntToBuffer(length, buffer.data()); }),
+                  "StrToNumConvFailed(-9223372036854775808)");
         EXPECT_EQ(buffer, std::string(32, 'x'));
     }
 }

@@ -65,6 +65,7 @@ TEST_F(OwnIniFile, IsTheOneBesideAProgramThatIsReplacedWhileItRuns) {
 }
 
 TEST_F(OwnIniFile, IsMissingIfTheTextNamesAnotherDirectory) {
+    ASSERT_EQ(chdir(m_stranger.GetPath().c_str()), 0);
     const std::pair<const char*, const char*> names[] = {{"a\\b", "a/b"}, {"\xFF", "\xEF\xBF\xBD"}};
     for (const auto& [name, strangers] : names) {
         const std::filesystem::path own = m_own.GetPath(name);

@@ -13,13 +13,6 @@ namespace {
 
 using Test::ToText;
 
-TEST(SettingValue, HasATextForm) {
-    EXPECT_EQ(SettingValue(orska_wstring(L"text")).GetAsText(), L"text");
-    EXPECT_EQ(SettingValue(std::uint32_t{0}).GetAsText(), L"0");
-    EXPECT_EQ(SettingValue(~std::uint32_t{0}).GetAsText(), L"4294967295");
-    EXPECT_EQ(SettingValue(~std::uint64_t{0}).GetAsText(), L"18446744073709551615");
-}
-
 TEST(SectionMap, KeepsTheLastValueOfAKeyInTheOrderOfKeys) {
     SectionMap section;
     section.SetText(u"b", u"first");
