@@ -247,29 +247,17 @@ TEST(ODBCStringConverter, UsesTheAnsiEncodingForNarrowBuffers) {
     SetAnsiEncoding(EncodingType{18});
     const orska_wstring string = MakeString(u"a\u6F22");
     EXPECT_EQ(3, fixture.m_converter->GetLengthAsSQLCHARString(string));
-    const struct {
-        std::int64_t m_length, m_result;
-        bool m_isTruncated;
-        std::string m_after;
-    } cases[] = {
-        {0, 0, true, "xxxxxx"},
-        {1, 0, true, std::string("\0xxxxx", 6)},
-        {2, 1, true, std::string("a\0xxxx", 6)},
-        {3, 1, true, std::string("a\0xxxx", 6)},
-        {4, 3, false, std::string("a\x8A\xBF\0xx", 6)},
-        {6, 3, false, std::string("a\x8A\xBF\0xx", 6)},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_length);
-        std::string buffer = "xxxxxx";
-        bool isTruncated = !c.m_isTruncated;
-        EXPECT_EQ(c.m_result, fixture.m_converter->ConvertWStringToSQLCHARString(
-                                  string, buffer.data(), c.m_length, isTruncated));
-        EXPECT_EQ(c.m_isTruncated, isTruncated);
-        EXPECT_EQ(c.m_after, buffer);
-    }
-    std::string buffer("xx\0x", 4);
+    CheckEveryCapacity(u"a\u6F22", EncodingType{18}, 1,
+                       [&](const orska_wstring& in_string, char* out_buffer,
+                           std::int64_t in_capacity, bool& out_truncated) {
+                           return fixture.m_converter->ConvertWStringToSQLCHARString(
+                               in_string, out_buffer, in_capacity, out_truncated);
+                       });
     bool isTruncated = false;
+    EXPECT_EQ(0,
+              fixture.m_converter->ConvertWStringToSQLCHARString(string, nullptr, 0, isTruncated));
+    EXPECT_TRUE(isTruncated);
+    std::string buffer("xx\0x", 4);
     EXPECT_EQ(1, fixture.m_converter->ConvertWStringToSQLCHARString(string, buffer.data(), -3,
                                                                     isTruncated));
     EXPECT_EQ(std::string("a\0\0x", 4), buffer);

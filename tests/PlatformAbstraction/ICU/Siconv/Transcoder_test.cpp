@@ -32,31 +32,38 @@ std::string Hex(std::string_view in_bytes) {
 
 class TranscoderKernelTest : public testing::TestWithParam<Kernel> {
 protected:
-    // Runs the kernel with the source and the target each before a forbidden page and compares with
-    // the reference. Reports the first difference and returns false.
-    bool Check(std::string_view in_source, std::size_t in_room) {
-        char* const source = m_source.PutAtEnd(in_source);
-        char* const target = m_target.GetEnd() - in_room;
-        return Compare(source, in_source, target, in_room, 0);
-    }
-
-    // The same in the middle of the buffers, with bytes around the target that must stay. Both
-    // start at an offset from a 64-byte boundary, and neither position is 0.
-    bool CheckAtOffset(std::string_view in_source, std::size_t in_room, std::size_t in_offset) {
+    // Compares the kernel with the reference. The source and the target each end some bytes before
+    // a forbidden page; the bytes around the target must stay, and neither position is 0. Reports
+    // the first difference and returns false.
+    bool Check(std::string_view in_source, std::size_t in_room, std::size_t in_offset = 0) {
         constexpr std::size_t MARGIN = 64;
         constexpr std::size_t POSITION = 3;
-        char* const source = m_source.GetStart() + MARGIN + in_offset;
-        char* const target = m_target.GetStart() + MARGIN + in_offset;
-        std::memset(m_source.GetStart(), 0xF4, in_source.size() + 3 * MARGIN);
-        std::memset(m_target.GetStart(), 0x5A, in_room + 3 * MARGIN);
-        if (!in_source.empty()) std::memcpy(source, in_source.data(), in_source.size());
-        const bool isEqual =
-            Compare(source - POSITION, in_source, target - POSITION, in_room, POSITION);
+        char* const source = m_source.GetEnd() - in_offset - in_source.size();
+        char* const target = m_target.GetEnd() - in_offset - in_room;
+        std::memset(source - MARGIN, 0xF4, MARGIN);
+        std::copy(in_source.begin(), in_source.end(), source);
+        std::memset(m_source.GetEnd() - in_offset, 0xF4, in_offset);
+        std::memset(target - MARGIN, 0x5A, m_target.GetEnd() - target + MARGIN);
+
+        const Kernel& kernel = GetParam();
+        const ReferenceResult expected =
+            ReferenceTranscode(kernel.m_source, kernel.m_target, in_source, in_room);
+        TranscoderSource from{source - POSITION, in_source.size() + POSITION, POSITION};
+        TranscoderTarget to{target - POSITION, in_room + POSITION, POSITION};
+        const std::int32_t result = kernel.m_function(from, to);
+        const std::string_view written(target, to.m_position - POSITION);
         const auto isUntouched = [](char in_byte) { return in_byte == 0x5A; };
-        const bool isMarginKept =
-            std::all_of(m_target.GetStart(), target, isUntouched) &&
-            std::all_of(target + in_room, target + in_room + MARGIN, isUntouched);
+        const bool isMarginKept = std::all_of(target - MARGIN, target, isUntouched) &&
+                                  std::all_of(target + in_room, m_target.GetEnd(), isUntouched);
+        const bool isEqual = result == expected.m_result &&
+                             from.m_position - POSITION == expected.m_used &&
+                             written == expected.m_bytes;
         EXPECT_TRUE(isMarginKept) << "wrote outside the target: " << Hex(in_source);
+        EXPECT_TRUE(isEqual) << "source (" << in_source.size() << ", room " << in_room
+                             << "): " << Hex(in_source) << "\nresult " << result << " for "
+                             << expected.m_result << ", used " << from.m_position - POSITION
+                             << " for " << expected.m_used << "\nwritten  " << Hex(written)
+                             << "\nexpected " << Hex(expected.m_bytes);
         return isEqual && isMarginKept;
     }
 
@@ -71,26 +78,6 @@ protected:
     }
 
 private:
-    bool Compare(char* in_source, std::string_view in_bytes, char* in_target, std::size_t in_room,
-                 std::size_t in_position) {
-        const Kernel& kernel = GetParam();
-        const ReferenceResult expected =
-            ReferenceTranscode(kernel.m_source, kernel.m_target, in_bytes, in_room);
-        TranscoderSource source{in_source, in_bytes.size() + in_position, in_position};
-        TranscoderTarget target{in_target, in_room + in_position, in_position};
-        const std::int32_t result = kernel.m_function(source, target);
-        const std::string_view written(in_target + in_position, target.m_position - in_position);
-        const bool isEqual = result == expected.m_result &&
-                             source.m_position - in_position == expected.m_used &&
-                             written == expected.m_bytes;
-        EXPECT_TRUE(isEqual) << "source (" << in_bytes.size() << ", room " << in_room
-                             << "): " << Hex(in_bytes) << "\nresult " << result << " for "
-                             << expected.m_result << ", used " << source.m_position - in_position
-                             << " for " << expected.m_used << "\nwritten  " << Hex(written)
-                             << "\nexpected " << Hex(expected.m_bytes);
-        return isEqual;
-    }
-
     GuardedBuffer m_source{BUFFER_SIZE};
     GuardedBuffer m_target{4 * BUFFER_SIZE};
 };
@@ -103,10 +90,9 @@ TEST_P(TranscoderKernelTest, EveryLengthAndOffset) {
             const std::string_view source = std::string_view(text).substr(0, length);
             const std::size_t exact = GetMaxRoom(source);
             for (std::size_t offset = 0; offset <= MAX_OFFSET; ++offset) {
-                ASSERT_TRUE(CheckAtOffset(source, exact + offset, offset));
-                ASSERT_TRUE(CheckAtOffset(source, exact + 200, MAX_OFFSET - offset));
+                ASSERT_TRUE(Check(source, exact + offset, offset));
+                ASSERT_TRUE(Check(source, exact + 200, MAX_OFFSET - offset));
             }
-            ASSERT_TRUE(Check(source, exact));
         }
     }
 }
