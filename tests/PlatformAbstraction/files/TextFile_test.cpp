@@ -207,6 +207,8 @@ TEST(TextFile, SeesAFileThatGrowsOrShrinksMeanwhile) {
     EXPECT_TRUE(file.ReadLine(line));
     EXPECT_EQ(line, "tail");
     EXPECT_FALSE(file.ReadLine(line));
+    EXPECT_EQ(file.Read(bytes, sizeof bytes), 0u);
+    EXPECT_FALSE(file.HasReadFailed());
 }
 
 TEST(TextFile, FormatsTextOfEveryLength) {
