@@ -1,13 +1,10 @@
 // Keys of the real registry, below a scratch key.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "PlatformAbstraction/settings/RegistryConfigurationReader.h"
-#include "PlatformAbstraction/settings/RegistryKey.h"
 #include "tests/support/SettingText.h"
 #include "tools/WindowsApi.h"
 
@@ -15,7 +12,6 @@ namespace Orska::Support {
 namespace {
 
 using Test::ToText;
-using enum RegistryKey::Root;
 
 std::wstring MakeKeyName() {
     return L"Software\\Orska test " + std::to_wstring(GetCurrentProcessId());
@@ -59,67 +55,33 @@ const std::string ONE("\1\0\0\0", 4);
 
 TEST(RegistryKey, OpensByPath) {
     const ScratchKey scratch(HKEY_CURRENT_USER);
-    scratch.Set(L"Sub\\Deeper", L"v", REG_DWORD, ONE);
+    scratch.Set(nullptr, L"v", REG_DWORD, ONE);
+    scratch.Set(L"Sub\\Deeper", L"deep", REG_DWORD, ONE);
     const std::wstring name = MakeKeyName();
-    const struct {
-        std::wstring m_path;
-        bool m_isThere;
-    } rows[] = {
-        {name, true},
-        {name + L"\\", true},
-        {name + L"\\sUB\\dEEPER", true},
-        {name + L"\\none", false},
-        {L"\\" + name, false},
-        {name + std::wstring(L"\0x", 2), false},
-        {L"", true},
+    const std::pair<std::wstring, const char*> rows[] = {
+        {name, "V:1;"},         {name + L"\\", "V:1;"}, {name + L"\\sUB\\dEEPER", "DEEP:1;"},
+        {name + L"\\none", ""}, {L"\\" + name, ""},     {name + std::wstring(L"\0x", 2), ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(orska_wstring(row.m_path).GetAsUtf8());
-        RegistryKey key;
-        EXPECT_EQ(key.Open(CURRENT_USER, row.m_path), row.m_isThere);
+    for (const auto& [path, loaded] : rows) {
+        SectionMap map;
+        RegistryConfigurationReader(false).LoadConfiguration(map, L"", path, nullptr, false);
+        EXPECT_EQ(ToText(map), loaded) << orska_wstring(path).GetAsUtf8();
     }
-    RegistryKey key;
-    EXPECT_FALSE(key.Open(LOCAL_MACHINE, name));
-    ASSERT_TRUE(key.Open(CURRENT_USER, name));
-    RegistryKey subKey;
-    EXPECT_FALSE(key.OpenSubKey(L"Deeper", subKey));
-    EXPECT_TRUE(key.OpenSubKey(L"Sub\\Deeper", subKey));
-    const RegistryKey moved = std::move(subKey);
-    RegistryKey::Info info;
-    EXPECT_TRUE(moved.QueryInfo(info));
-    EXPECT_EQ(info.m_valueCount, 1u);
 }
 
-TEST(RegistryKey, ReturnsValuesAndSubKeys) {
+TEST(RegistryKey, LoadsValuesAndSubKeys) {
     const ScratchKey scratch(HKEY_CURRENT_USER);
+    const std::wstring longest(254, L'x');
     scratch.Set(nullptr, L"a \u00FC\u20AC", REG_SZ, ScratchKey::Text(L"text"));
+    scratch.Set(nullptr, L"b", REG_SZ, ScratchKey::Text(L"longer text"));
     scratch.Set(L"First", L"x", REG_DWORD, ONE);
-    scratch.Set(L"Second", L"x", REG_DWORD, ONE);
-    RegistryKey key;
-    ASSERT_TRUE(key.Open(CURRENT_USER, scratch.GetName()));
-    RegistryKey::Info info;
-    ASSERT_TRUE(key.QueryInfo(info));
-    EXPECT_EQ(info.m_subKeyCount, 2u);
-    EXPECT_EQ(info.m_valueCount, 1u);
-    EXPECT_EQ(info.m_longestValueName, 4u);
-    EXPECT_EQ(info.m_longestData, 10u);
-
-    char16_t name[7];
-    std::byte data[10];
-    std::uint32_t length = 0, type = 0, size = 0;
-    ASSERT_TRUE(key.EnumValue(0, name, length, type, data, size));
-    EXPECT_EQ(std::u16string(name, length), u"a \u00FC\u20AC");
-    EXPECT_EQ(type, RegistryKey::TYPE_TEXT);
-    EXPECT_EQ(size, 10u);
-    EXPECT_EQ(std::memcmp(data, L"text", 10), 0);
-    EXPECT_FALSE(key.EnumValue(1, name, length, type, data, size));
-    EXPECT_FALSE(key.EnumValue(0, std::span(name, 4), length, type, data, size));
-    EXPECT_FALSE(key.EnumValue(0, name, length, type, std::span(data, 9), size));
-
-    ASSERT_TRUE(key.EnumKey(1, name, length));
-    EXPECT_EQ(std::u16string(name, length), u"Second");
-    EXPECT_FALSE(key.EnumKey(1, std::span(name, 6), length));
-    EXPECT_FALSE(key.EnumKey(2, name, length));
+    scratch.Set(longest.c_str(), L"x", REG_DWORD, ONE);
+    scratch.Set((longest + L"y").c_str(), L"x", REG_DWORD, ONE);
+    ConfigurationMap configuration;
+    RegistryConfigurationReader(false).LoadConfiguration(configuration, L"HKEY_CURRENT_USER",
+                                                         scratch.GetName(), nullptr);
+    EXPECT_EQ(ToText(configuration),
+              "[]A \u00DC\u20AC=text;B=longer text;[FIRST]X:1;[" + std::string(254, 'X') + "]X:1;");
 }
 
 TEST(RegistryKey, TheReaderTakesTheUsersKeyBeforeTheMachines) {
