@@ -76,6 +76,21 @@ TEST(StringCodecTest, ConvertsRandomTextAsIcuDoes) {
     }
 }
 
+TEST(StringCodecTest, ConvertsEveryByteAndCodePointAsIcuDoes) {
+    icu::UnicodeString text;
+    for (UChar32 codePoint = 1; codePoint < 0x110000; ++codePoint) {
+        if (!U_IS_SURROGATE(codePoint)) text.append(codePoint);
+    }
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
+    const std::u16string units(text.getBuffer(), static_cast<std::size_t>(text.length()));
+    for (const int encoding : {0, 1, 2, 3, 4, 5, 6, 7, 96}) {
+        ExpectEncodesAsIcu(units, EncodingType{encoding});
+        ExpectDecodesAsIcu(encoding < 5 ? EncodeWithIcu(units, EncodingType{encoding}) : bytes,
+                           EncodingType{encoding});
+    }
+}
+
 TEST(StringCodecTest, DecodesEveryLeadWithBoundaryContinuationsAsIcuDoes) {
     const std::string follow("\x00\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xFF", 11);
     for (int lead = 0xC0; lead < 0x100; ++lead) {
