@@ -10,25 +10,25 @@
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
+#include "tests/support/RefusedMemory.h"
 #include "tests/support/StreamDriver.h"
 
 namespace {
 
-// Process-wide: set by the tests of this file, read by the allocators below.
-int s_allocations = 0;
 std::size_t s_leastRefused = SIZE_MAX;  // bytes; ICU gets only smaller blocks
 
+void* PlainMalloc(std::size_t in_size) { return std::malloc(in_size); }
+
 void* U_CALLCONV Allocate(const void*, std::size_t in_size) {
-    ++s_allocations;
-    return in_size < s_leastRefused ? std::malloc(in_size) : nullptr;
+    return in_size < s_leastRefused ? operator new(in_size, std::nothrow) : nullptr;
 }
 
 void* U_CALLCONV Reallocate(const void*, void* in_memory, std::size_t in_size) {
-    ++s_allocations;
+    ++s_memory.m_count;
     return std::realloc(in_memory, in_size);
 }
 
-void U_CALLCONV Free(const void*, void* in_memory) { std::free(in_memory); }
+void U_CALLCONV Free(const void*, void* in_memory) { operator delete(in_memory); }
 
 void CountIcuAllocations() {
     UErrorCode status = U_ZERO_ERROR;
@@ -37,17 +37,6 @@ void CountIcuAllocations() {
 }
 
 }  // namespace
-
-void* operator new(std::size_t in_size) {
-    ++s_allocations;
-    if (void* const memory = std::malloc(in_size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* in_memory) noexcept { std::free(in_memory); }
-void operator delete(void* in_memory, std::size_t) noexcept { std::free(in_memory); }
 
 namespace Orska::Support::Testing {
 namespace {
@@ -63,7 +52,7 @@ TEST(StreamMemory, PiecesAndTargetsCostNoAllocation) {
         const auto converter = StreamConverterFactory::CreateConverter(Enc(from), Enc(to));
         char target[40];
         std::uint64_t targets = 0;
-        const int before = s_allocations;
+        s_memory.Start(SIZE_MAX, 0);
         for (std::size_t at = 0; at < source.size(); at += 3) {
             const std::size_t size = std::min<std::size_t>(3, source.size() - at);
             converter->SetSource(source.data() + at, size, at + size == source.size());
@@ -72,7 +61,7 @@ TEST(StreamMemory, PiecesAndTargetsCostNoAllocation) {
                 targets++ % 2 == 0 ? converter->DoConvert() : converter->DoConvertWithNul();
             } while (converter->HasDataRemaining());
         }
-        EXPECT_EQ(before, s_allocations);
+        EXPECT_EQ(0U, s_memory.m_count);
         EXPECT_GT(converter->GetTotalBytesWritten(), 100U);
     }
 }
