@@ -206,33 +206,26 @@ TEST(ODBCStringConverter, ReadsWideBuffers) {
     const struct {
         const char* m_point;
         int m_encoding;
-        std::string m_bytes;
+        std::u16string m_text;
         std::int64_t m_length;
         bool m_isInBytes;
         std::u16string m_expected;
     } cases[] = {
-        {"code units", 1, std::string("a\0b\0c\0", 6), 2, false, u"ab"},
-        {"bytes", 1, std::string("a\0b\0c\0", 6), 2, true, u"a"},
-        {"NUL-terminated", 1, std::string("a\0b\0\0\0", 6), -3, false, u"ab"},
-        {"NUL-terminated, the switch does not matter", 1, std::string("a\0b\0\0\0", 6), -3, true,
-         u"ab"},
-        {"length 0", 1, "xx", 0, false, u""},
-        {"four bytes a unit", 3, std::string("\x22\x6F\0\0a\0\0\0", 8), 2, false, u"\u6F22a"},
-        {"one byte a unit", 0,
-         "\xE6\xBC\xA2"
-         "a",
-         4, false, u"\u6F22a"},
-        {"malformed", 1,
-         std::string("\x00\xD8"
-                     "a\0",
-                     4),
-         2, false, u"\uFFFDa"},
+        {"code units", 1, u"abc", 2, false, u"ab"},
+        {"bytes", 1, u"abc", 2, true, u"a"},
+        {"NUL-terminated", 1, u"ab", -3, false, u"ab"},
+        {"NUL-terminated, the switch does not matter", 1, u"ab", -3, true, u"ab"},
+        {"length 0", 1, u"x", 0, false, u""},
+        {"four bytes a unit", 3, u"\u6F22ab", 2, false, u"\u6F22a"},
+        {"one byte a unit", 0, u"\u6F22ab", 4, false, u"\u6F22a"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
         const Fixture fixture(c.m_encoding);
+        const std::string bytes =
+            EncodeWithIcu(c.m_text, EncodingType{c.m_encoding}) + std::string(4, '\0');
         orska_wstring result = MakeString(u"old");
-        fixture.m_converter->ConvertSQLWCHARToWString(c.m_bytes.data(), c.m_length, c.m_isInBytes,
+        fixture.m_converter->ConvertSQLWCHARToWString(bytes.data(), c.m_length, c.m_isInBytes,
                                                       result);
         EXPECT_TRUE(result == MakeString(c.m_expected));
         EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {

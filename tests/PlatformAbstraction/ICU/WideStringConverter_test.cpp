@@ -122,28 +122,16 @@ TEST(WideStringConverter, CutsTextOfSilentCodePointsInAFewAttempts) {
 
 TEST(WideStringConverter, MeasuresNulTerminatedBuffers) {
     WideStringConverter converter;
-    const struct {
-        const char* m_point;
-        int m_encoding;
-        std::string m_bytes;
-        std::int64_t m_length;
-    } cases[] = {
-        {"UTF-8 stops at the byte", 0, std::string("ab\0c", 4), 2},
-        {"SJIS stops at the byte", 18, std::string("\x8A\xBF\0", 3), 2},
-        {"UTF-16LE", 1, std::string("a\0b\0\0\0x\0", 8), 4},
-        {"UTF-16BE does not stop at the first zero byte", 2, std::string("\0a\0b\0\0", 6), 4},
-        {"UTF-32LE", 3, std::string("a\0\0\0b\0\0\0\0\0\0\0", 12), 8},
-        {"UTF-32BE", 4, std::string("\0\0\0a\0\0\0b\0\0\0\0", 12), 8},
-        {"two zero bytes across two units are no NUL", 1, std::string("\0a\0\0", 4), 2},
-        {"empty", 4, std::string(4, '\0'), 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_point);
-        // At an odd address too.
-        for (const std::size_t offset : {0U, 1U}) {
-            const std::string buffer = std::string(offset, 'x') + c.m_bytes;
-            EXPECT_EQ(c.m_length, converter.GetNulTerminatedStringLength(
-                                      buffer.data() + offset, EncodingType{c.m_encoding}));
+    // Zero bytes within a unit, and across two units, are no NUL.
+    for (const int encoding : {0, 1, 2, 3, 4, 18}) {
+        for (const std::u16string_view text : {u"", u"b\u6100b"}) {
+            for (const std::size_t offset : {0U, 1U}) {  // at an odd address too
+                SCOPED_TRACE(encoding);
+                const std::string bytes = EncodeWithIcu(text, EncodingType{encoding});
+                const std::string buffer = std::string(offset, 'x') + bytes + std::string(4, '\0');
+                EXPECT_EQ(bytes.size(), converter.GetNulTerminatedStringLength(
+                                            buffer.data() + offset, EncodingType{encoding}));
+            }
         }
     }
     EXPECT_EQ(0, converter.GetNulTerminatedStringLength(nullptr, EncodingType::ENC_UTF16LE));
