@@ -1,6 +1,7 @@
 // Names on Linux that are not files, and access rights.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <optional>
@@ -47,6 +48,21 @@ TEST(TextFile, RefusesEverythingButFiles) {
     }
     TextFile null(L"/dev/null", TextFile::MODE_READ_WRITE);
     EXPECT_EQ(null.ReadByte(), 255);
+}
+
+TEST(TextFileLock, EndsWithItsObjectAlthoughAChildHasTheDescriptor) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.Write("x", "");
+    const int next = dup(0);  // where the file will be
+    close(next);
+    int copy = -1;
+    {
+        TextFile file(path, TextFile::MODE_READ_WRITE);
+        file.Lock();
+        copy = dup(next);
+    }
+    EXPECT_TRUE(IsByteFree(path, 0));
+    close(copy);
 }
 
 TEST(TextFileLock, AReaderWithoutWriteAccessKeepsWritersOut) {
