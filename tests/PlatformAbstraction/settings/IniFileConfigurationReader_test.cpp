@@ -86,35 +86,23 @@ TEST(IniFileConfigurationReader, ReturnsFalseForAFileThatCannotBeOpened) {
 
 TEST(IniFileConfigurationReader, AnErrorLeavesTheSectionUnchanged) {
     const TemporaryDirectory directory;
-    const std::string path = directory.Write("x.ini", "[S]\na=1\nbad\n");
-    SectionMap section = MakeSection(L"OLD", 1);
-    EXPECT_EQ(ThrownMessage([&] {
-                  IniFileConfigurationReader(false, false).LoadConfiguration(section, path, L"S");
-              }),
-              "IniParseError(" + path + ", 3)");
-    EXPECT_EQ(ToText(section), "OLD:1;");
-}
-
-TEST(IniFileConfigurationReader, TracesItsThrows) {
-    const TemporaryDirectory directory;
     const TraceCapture trace;
+    SectionMap section = MakeSection(L"OLD", 1);
     for (const char* line : {"bad", "a='b"}) {
-        ConfigurationMap loaded;
-        const std::string path = directory.Write("x.ini", line);
-        ThrownMessage([&] {
-            IniFileConfigurationReader(false, false).LoadConfiguration(loaded, path, nullptr);
-        });
+        const std::string path = directory.Write("x.ini", std::string("[S]\na=1\n") + line);
+        EXPECT_EQ(
+            ThrownMessage([&] {
+                IniFileConfigurationReader(false, false).LoadConfiguration(section, path, L"S");
+            }),
+            "IniParseError(" + path + ", 3)");
     }
+    EXPECT_EQ(ToText(section), "OLD:1;");
+    const std::string inner = "`anonymous-namespace'::ParseKeyValue:";
     const std::string wrapped =
+        "\tThrowing: std::exception() IniFileConfigurationReader\n"
         "Orska::Support::IniFileConfigurationReader::LoadConfiguration:301\tThrowing: "
         "ProductException((L\"IniParseError\"), msgParams) IniFileConfigurationReader\n";
-    EXPECT_EQ(trace.GetText(),
-              "`anonymous-namespace'::ParseKeyValue:75\tThrowing: std::exception() "
-              "IniFileConfigurationReader\n" +
-                  wrapped +
-                  "`anonymous-namespace'::ParseKeyValue:102\tThrowing: std::exception() "
-                  "IniFileConfigurationReader\n" +
-                  wrapped);
+    EXPECT_EQ(trace.GetText(), inner + "75" + wrapped + inner + "102" + wrapped);
 }
 
 TEST(IniFileConfigurationReader, ResolvesARelativePathFromTheModule) {
