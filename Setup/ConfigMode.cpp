@@ -170,6 +170,7 @@ ConfigMode FindConfigMode() {
         return mode != ConfigMode::UNKNOWN ? mode : ProbeConfigMode(library);
     }
     unsigned short mode = 0;
+    const SystemCalls::ForkLock lock;
     if (library.m_getConfigMode == nullptr || library.m_getConfigMode(&mode) == 0) {
         return ConfigMode::BOTH;
     }

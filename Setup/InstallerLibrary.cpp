@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstdio>
-#include <mutex>
 #include <utility>
 
 #include "Setup/SystemCalls.h"
@@ -98,18 +97,17 @@ InstallerLibrary LoadAny() {
 }
 
 /// Texts of posted errors. iODBC stores only the pointer, so they have to outlive the call.
-/// Process-wide: written when an error is posted, read by the library until it empties its list.
+/// Process-wide: written when an error is posted, under the lock of forks; read by the library
+/// until it empties its list.
 class PostedTexts {
 public:
     const char* Keep(const std::string& in_text) {
-        const std::lock_guard lock(m_mutex);
         std::string& place = m_texts[m_next++ % m_texts.size()];
         place = in_text;
         return place.c_str();
     }
 
 private:
-    std::mutex m_mutex;
     /// Several times the eight errors that the library keeps for all threads together.
     std::array<std::string, 64> m_texts;
     std::size_t m_next = 0;
@@ -119,6 +117,11 @@ PostedTexts& GetPostedTexts() {
     // Never destroyed: the library can be asked for its errors until the process ends.
     static PostedTexts& s_texts = *new PostedTexts;
     return s_texts;
+}
+
+/// Every call except posting an error empties the list.
+void EmptyErrorList(const InstallerLibrary& in_library) {
+    if (in_library.m_validDSN != nullptr) in_library.m_validDSN("-");
 }
 
 }  // namespace
@@ -149,6 +152,7 @@ bool PostError(unsigned in_code, const std::string& in_text) {
     const InstallerLibrary& library = GetInstallerLibrary();
     if (library.m_postInstallerError == nullptr) return false;
     const bool isKept = library.m_driverManager == DriverManager::UNIXODBC;
+    const SystemCalls::ForkLock lock;
     const char* const text = isKept ? in_text.c_str() : GetPostedTexts().Keep(in_text);
     return library.m_postInstallerError(in_code, text) == SQL_SUCCESS;
 }
@@ -157,20 +161,21 @@ void ForgetReadValues() {
     const InstallerLibrary& library = GetInstallerLibrary();
     // iODBC keeps no values between its calls.
     if (library.m_driverManager == DriverManager::IODBC) return;
+    const SystemCalls::ForkLock lock;
     if (library.m_clearCache != nullptr) {
         library.m_clearCache();
     } else if (library.m_writeProfileString != nullptr && library.m_readWithoutLock == nullptr) {
         // Versions that do not export the function call it after each write. This write removes a
         // section from a file that has none.
         library.m_writeProfileString("-", nullptr, nullptr, "/dev/null");
-        ClearInstallerErrors();
+        EmptyErrorList(library);
     }
 }
 
 void ClearInstallerErrors() {
-    // Every call except posting an error empties the list.
     const InstallerLibrary& library = GetInstallerLibrary();
-    if (library.m_validDSN != nullptr) library.m_validDSN("-");
+    const SystemCalls::ForkLock lock;
+    EmptyErrorList(library);
 }
 
 }  // namespace Veltrane::ODBC

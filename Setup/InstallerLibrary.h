@@ -10,7 +10,9 @@ namespace Veltrane::ODBC {
 /// Their installer libraries have the same function names but different rules.
 enum class DriverManager { UNIXODBC, IODBC };
 
-/// The functions of an installer library, null where it lacks one. Never unloaded.
+/// The functions of an installer library, null where it lacks one. Never unloaded. Those that take
+/// a lock of the library are called under SystemCalls::ForkLock: a child that is forked meanwhile
+/// would find the library's lock taken for ever.
 struct InstallerLibrary {
     DriverManager m_driverManager = DriverManager::UNIXODBC;
     int (*m_validDSN)(const char* in_name) = nullptr;

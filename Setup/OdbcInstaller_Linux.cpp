@@ -217,6 +217,7 @@ bool ValidDSN(const orska_wstring& in_name) {
     if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*name, "", Rules::IODBC)) {
         return false;  // also a key, in the list of data sources
     }
+    const SystemCalls::ForkLock lock;
     return library.m_validDSN(name->c_str()) != 0;
 }
 

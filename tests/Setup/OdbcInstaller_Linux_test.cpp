@@ -426,6 +426,24 @@ TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
     EXPECT_TRUE(std::filesystem::is_symlink(m_scratch.UserFile()));
 }
 
+TEST_F(OdbcInstallerTest, AChildFindsTheInstallersLocksFree) {
+    std::atomic<bool> isEnding{false};
+    const auto use = [] { return PostInstallerError(1, Text("t")) && ValidDSN(Text("a")); };
+    std::thread other([&] {
+        while (!isEnding) use();
+    });
+    std::string answer = "1";
+    for (int i = 0; i < 100 && answer == "1"; ++i) {
+        answer = InNewProcess([&] {
+            alarm(10);
+            return use() ? "1" : "0";
+        });
+    }
+    isEnding = true;
+    other.join();
+    EXPECT_EQ(answer, "1");
+}
+
 // ORSKA_TEST_ROUNDS sets a higher number than in a quick run.
 TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
     const std::vector<File> files = MakeFiles(m_scratch);
