@@ -64,7 +64,8 @@ private:
         RunWithout(0, 0);
         const std::size_t count = s_memory.m_count;
         ASSERT_GT(count, 10u);
-        for (const std::size_t refusals : {std::size_t{1}, std::numeric_limits<std::size_t>::max()}) {
+        for (const std::size_t refusals :
+             {std::size_t{1}, std::numeric_limits<std::size_t>::max()}) {
             for (std::size_t number = 0; number < count && !HasFailure(); ++number) {
                 const int result = RunWithout(number, refusals);
                 SCOPED_TRACE(testing::Message() << "allocation " << number << " of " << count);
