@@ -6,8 +6,7 @@
 #include <odbcinst.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <optional>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -47,28 +46,6 @@ std::string Trim(const std::string& in_text) {
     return in_text.substr(begin, in_text.find_last_not_of(BLANKS) - begin + 1);
 }
 
-/// A section as it is in the file. Lines before the first one are in a block with an empty name.
-struct Block {
-    std::string m_name;  ///< folded
-    std::string m_bytes;
-};
-
-/// Splits a file whose lines the reader does not cut. For the reader a NUL ends a line.
-std::vector<Block> Split(const std::string& in_file) {
-    std::vector<Block> blocks(1);
-    for (std::size_t at = 0; at < in_file.size();) {
-        const std::size_t end = std::min(in_file.find('\n', at), in_file.size() - 1) + 1;
-        const std::string line = in_file.substr(at, end - at);
-        const std::string seen = Trim(line.c_str());
-        if (seen.starts_with('[')) {
-            blocks.push_back({Fold(Trim(seen.substr(1, seen.find(']', 1) - 1))), ""});
-        }
-        blocks.back().m_bytes += line;
-        at = end;
-    }
-    return blocks;
-}
-
 bool HasLongLine(const std::string& in_file) {
     std::size_t line = 0;
     for (const char c : in_file) {
@@ -78,61 +55,37 @@ bool HasLongLine(const std::string& in_file) {
     return false;
 }
 
-std::string WithoutBlankEnd(const std::string& in_bytes) {
-    const std::size_t end = in_bytes.find_last_not_of(" \t\n\v\f\r");
-    return end == std::string::npos ? std::string() : in_bytes.substr(0, end + 1);
-}
-
-/// The sections with other names, in their order, joined where one with the name was between them:
-/// its comments stay and belong to the section before. Blank lines around a section can come and go
-/// with it.
-std::vector<Block> OthersOf(const std::string& in_file, const std::string& in_name) {
-    std::vector<Block> others;
-    for (Block& block : Split(in_file)) {
-        if (block.m_name == Fold(in_name) && !others.empty()) continue;
-        others.push_back({block.m_name, WithoutBlankEnd(block.m_bytes)});
+/// The lines that no change of this section may touch: those of other sections, and all comments.
+/// Blank lines at the end of a section or before a comment can come and go with it. For the reader
+/// a NUL ends a line.
+std::vector<std::string> LinesOfOthers(const std::string& in_file, const std::string& in_name) {
+    std::vector<std::string> lines;
+    bool isOurs = false;
+    std::istringstream file(in_file + "\n[");
+    for (std::string line; std::getline(file, line);) {
+        const std::string seen = Trim(line.c_str());
+        const bool isHeader = seen.starts_with('[');
+        if (isHeader) isOurs = Fold(Trim(seen.substr(1, seen.find(']', 1) - 1))) == Fold(in_name);
+        const bool isComment = seen.starts_with('#') || seen.starts_with(';');
+        while ((isHeader || isComment) && !lines.empty() && Trim(lines.back()).empty()) {
+            lines.pop_back();
+        }
+        if (line.ends_with('\r')) line.pop_back();  // of a last line that had no end
+        if (!isOurs || isComment) lines.push_back(isHeader || isComment ? Trim(line) : line);
     }
-    return others;
+    return lines;
 }
 
 std::string DropMark(const std::string& in_file) {
     return in_file.starts_with("\xEF\xBB\xBF") ? in_file.substr(3) : in_file;
 }
 
-std::vector<std::string> CommentsOf(const std::string& in_file) {
-    std::vector<std::string> comments;
-    for (std::size_t at = 0; at < in_file.size();) {
-        const std::size_t end = std::min(in_file.find('\n', at), in_file.size());
-        const std::string line = Trim(in_file.substr(at, end - at));
-        if (line.starts_with('#') || line.starts_with(';')) comments.push_back(line);
-        at = end + 1;
-    }
-    return comments;
-}
-
 void CheckOthers(const std::string& in_before, const std::string& in_after,
                  const std::string& in_name) {
-    if (HasLongLine(in_before)) return;
     // A request that is refused leaves the mark in place.
-    Require(CommentsOf(DropMark(in_before)) == CommentsOf(DropMark(in_after)), "changed comments",
-            in_after);
-    const std::vector<Block> before = OthersOf(DropMark(in_before), in_name);
-    const std::vector<Block> after = OthersOf(DropMark(in_after), in_name);
-    Require(before.size() == after.size(), "another number of other sections", in_after);
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        // Comments of a removed section are at the end of the one before.
-        std::string rest = after[i].m_bytes;
-        const std::string kept = Trim(before[i].m_bytes);
-        const std::size_t at = rest.find(kept);
-        Require(at != std::string::npos, "another section is changed", in_after);
-        rest = rest.substr(at + kept.size());
-        for (std::size_t line = 0; line < rest.size();) {
-            const std::size_t end = std::min(rest.find('\n', line), rest.size());
-            const std::string seen = Trim(rest.substr(line, end - line).c_str());
-            Require(seen.empty() || seen[0] == '#' || seen[0] == ';', "an added line", in_after);
-            line = end + 1;
-        }
-    }
+    Require(HasLongLine(in_before) || LinesOfOthers(DropMark(in_before), in_name) ==
+                                          LinesOfOthers(DropMark(in_after), in_name),
+            "other lines are changed", in_after);
 }
 
 std::string ReadOurs(const std::string& in_section, const std::string& in_key) {
