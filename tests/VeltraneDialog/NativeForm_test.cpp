@@ -1,11 +1,8 @@
 /// The native Windows dialog, which a second thread of the test uses.
 #include <gtest/gtest.h>
-#include <windows.h>
 
-#include <atomic>
 #include <functional>
 #include <stdexcept>
-#include <thread>
 
 #include "VeltraneDialog/DialogFields.h"
 #include "VeltraneDialog/DialogLibrary.h"
@@ -13,6 +10,7 @@
 #include "VeltraneDialog/WideText.h"
 #include "VeltraneDialog/Wipe.h"
 #include "VeltraneDialog/library/Resource.h"
+#include "tests/support/DialogUser.h"
 #include "tests/support/PasswordCopies.h"
 
 namespace Veltrane::ODBC {
@@ -64,44 +62,22 @@ private:
     HWND m_window;
 };
 
-HWND FindForm() {
-    for (HWND window = nullptr;;) {
-        window = FindWindowExW(nullptr, window, L"#32770", nullptr);
-        if (window == nullptr) return nullptr;
-        DWORD process = 0;
-        GetWindowThreadProcessId(window, &process);
-        // OK gets its state after everything is filled.
-        const bool isOurs = process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE;
-        if (isOurs && GetDlgItem(window, ID_NOTE) != nullptr) return window;
-    }
-}
-
 /// Shows the editor to a user, who cancels it if it is still open at the end.
 /// @param out_failure  for a test that expects one
 int ShowTo(VeltraneDSNDialog& io_editor, const std::function<void(const Form&)>& in_user,
            std::string* out_failure = nullptr) {
-    std::atomic<bool> isOver = false;
-    std::thread user([&] {
-        HWND window = nullptr;
-        for (int i = 0; i < 400 && window == nullptr && !isOver; ++i) {
-            Sleep(50);
-            window = FindForm();
-        }
-        if (window == nullptr) return;
-        const Form form(window);
+    const Test::DialogUser user(nullptr, [&](HWND in_window) {
+        const Form form(in_window);
         in_user(form);
         if (form.IsOpen()) form.Press(IDCANCEL);
     });
-    int result = -1;
     try {
-        result = io_editor.ShowDialog();
+        return io_editor.ShowDialog();
     } catch (const std::exception& exception) {
         if (out_failure == nullptr) ADD_FAILURE() << exception.what();
         if (out_failure != nullptr) *out_failure = exception.what();
     }
-    isOver = true;
-    user.join();
-    return result;
+    return -1;
 }
 
 constexpr int ROWS = static_cast<int>(DIALOG_FIELDS.size());

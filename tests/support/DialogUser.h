@@ -1,5 +1,5 @@
 /// A user for the dialogs that a test opens on Windows: a thread that waits for dialogs with a
-/// title and handles each.
+/// title, or any for null, and handles each.
 #ifndef TESTS_SUPPORT_DIALOGUSER_H
 #define TESTS_SUPPORT_DIALOGUSER_H
 
