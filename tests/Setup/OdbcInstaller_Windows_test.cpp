@@ -34,83 +34,6 @@ protected:
     InstallerStage m_stage;
 };
 
-TEST_F(OdbcInstallerTest, NamesAreTheInstallersAndNeverAllOrAList) {
-    const struct {
-        std::u16string m_name;
-        bool m_isValid;
-    } cases[] = {
-        {u"a", true},
-        {u"ü€日本\U0001F600", true},
-        {std::u16string(32, u'n'), true},
-        {std::u16string(33, u'n'), false},
-        {u"", false},
-        {u"a[b", false},
-        {u"a\\b", false},
-        {u"a\0[b"s, false},
-        {u"ODBC Data Sources", false},
-        {u"odbc", false},
-        {u"m\uFFFDll", false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.m_name));
-        EXPECT_EQ(ValidDSN(orska_wstring(c.m_name)), c.m_isValid);
-    }
-    EXPECT_FALSE(ValidDSN(orska_wstring()));
-}
-
-TEST_F(OdbcInstallerTest, TruncatesToTheBufferAtACharacter) {
-    TestProfile::Write(Root::USER, L"x", L"text", L"ab\U0001F600c");
-    const struct {
-        const char* m_key;
-        int m_size;
-        const char* m_value;
-        int m_count;
-    } cases[] = {
-        {"text", 260, "ab\U0001F600c", 5},
-        {"text", 6, "ab\U0001F600c", 5},
-        {"text", 5, "ab\U0001F600", 4},
-        {"text", 4, "ab", 2},
-        {"text", 2, "a", 1},
-        {"text", 1, "", -1},
-        {"absent", 260, "default", 7},
-        {"absent", 4, "def", 3},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.m_key << " " << c.m_size);
-        int count = 0;
-        EXPECT_EQ(Read("x", c.m_key, c.m_size, count), c.m_value);
-        EXPECT_EQ(count, c.m_count);
-    }
-}
-
-TEST_F(OdbcInstallerTest, TheConfigModeSelectsTheUserOrTheSystem) {
-    TestProfile::Write(Root::USER, L"x", L"k", L"user");
-    TestProfile::Write(Root::SYSTEM, L"x", L"k", L"system");
-    const struct {
-        UWORD m_mode;
-        const char* m_name;
-        const char* m_read;
-        Root m_written;
-    } cases[] = {
-        {ODBC_BOTH_DSN, "both", "user", Root::USER},
-        {ODBC_USER_DSN, "user", "user", Root::USER},
-        {ODBC_SYSTEM_DSN, "system", "system", Root::SYSTEM},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_name);
-        SQLSetConfigMode(c.m_mode);
-        int count = 0;
-        EXPECT_STREQ(Request().GetModeName(), c.m_name);
-        EXPECT_EQ(Read("x", "k", 260, count), c.m_read);
-        EXPECT_TRUE(WriteDSNToIni(L"new", L"drv"));
-        EXPECT_EQ(TestProfile::Read(c.m_written, L"new", L"Driver"), L"path of drv");
-        EXPECT_EQ(TestProfile::Read(c.m_written, L"ODBC Data Sources", L"new"), L"drv");
-        EXPECT_TRUE(RemoveDSNFromIni(L"new"));
-        EXPECT_FALSE(TestProfile::Read(c.m_written, L"new", L"Driver"));
-        EXPECT_FALSE(TestProfile::Read(c.m_written, L"ODBC Data Sources", L"new"));
-    }
-}
-
 TEST_F(OdbcInstallerTest, ASystemRequestNeedsNoConfigMode) {
     TestProfile::Write(Root::USER, L"x", L"k", L"user");
     TestProfile::Write(Root::SYSTEM, L"x", L"k", L"system");
@@ -153,24 +76,6 @@ TEST_F(OdbcInstallerTest, EveryTextWithoutANulSurvives) {
     EXPECT_FALSE(WriteDSNToIni(L"a", orska_wstring(u"drv\0b"s)));
     EXPECT_FALSE(RemoveDSNFromIni(orska_wstring(u"x\0b"s)));
     EXPECT_EQ(m_stage.Get(), before);
-}
-
-TEST_F(OdbcInstallerTest, ANullValueRemovesTheKeyAndANullKeyTheSection) {
-    EXPECT_TRUE(WritePrivateProfileString(L"x", L"k", orska_wstring(), FILE));
-    EXPECT_EQ(m_stage.Get(), (Profile{{"x", {{"Driver", "drv"}}}, {"y", {{"Driver", "drv"}}}}));
-    EXPECT_TRUE(WritePrivateProfileString(L"x", orska_wstring(), L"v", FILE));
-    EXPECT_EQ(m_stage.Get(), (Profile{{"y", {{"Driver", "drv"}}}}));
-}
-
-TEST_F(OdbcInstallerTest, AnEmptyNameDoesNothing) {
-    for (const orska_wstring& name : {orska_wstring(), orska_wstring(L"")}) {
-        EXPECT_FALSE(RemoveDSNFromIni(name));
-        EXPECT_FALSE(WriteDSNToIni(name, L"drv"));
-        EXPECT_FALSE(WriteDSNToIni(L"a", name));
-        EXPECT_FALSE(WritePrivateProfileString(name, L"k", L"v", FILE));
-        EXPECT_FALSE(WritePrivateProfileString(name, orska_wstring(), orska_wstring(), FILE));
-    }
-    EXPECT_EQ(m_stage.Get(), BEFORE);
 }
 
 }  // namespace

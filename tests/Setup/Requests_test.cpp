@@ -84,7 +84,7 @@ const Row ROWS[] = {
     {"remove without a list", REMOVE, "", NONE, KEYWORD},
     {"remove without a name", REMOVE, "Server=s\0"s, NONE, KEYWORD},
     {"blanks in a name stay", REMOVE, "DSN= x \0"s, NONE,
-     InstallerStage::STORES_OUTER_BLANKS ? NOTHING : KEYWORD},
+     InstallerStage::IS_REGISTRY ? NOTHING : KEYWORD},
     {"blanks around the key", REMOVE, " DSN=x\0DSN =x\0"s, NONE, KEYWORD},
     {"a key that is only a prefix", REMOVE, "DSN1=x\0DS=x\0"s, NONE, KEYWORD},
     {"other entries, also without =",
@@ -161,8 +161,8 @@ const struct {
      NOTHING,
      {{"new", {{"Driver", "drv"}, {"Server", "s"}, {"PWD", "p w"}, {"Database", "d"}}}}},
     {"a blank of a required value", MakeDialogValues(u"new", u" s", u"d"),
-     InstallerStage::STORES_OUTER_BLANKS ? NOTHING : FAILED,
-     InstallerStage::STORES_OUTER_BLANKS
+     InstallerStage::IS_REGISTRY ? NOTHING : FAILED,
+     InstallerStage::IS_REGISTRY
          ? Profile{{"new", {{"Driver", "drv"}, {"Server", " s"}, {"Database", "d"}}}}
          : Profile()},
     {"a refused name", MakeDialogValues(u"a[b", u"s", u"d"), FAILED},

@@ -19,8 +19,8 @@ class InstallerStage {
 public:
     /// The driver that the installer writes into a new data source of "drv".
     static const char* const WRITTEN_DRIVER;
-    /// Whether a value can begin or end with a blank.
-    static const bool STORES_OUTER_BLANKS;
+    /// The registry stores any text, and its names are counted in UTF-16; files do neither.
+    static const bool IS_REGISTRY;
 
     /// Has the driver "drv".
     InstallerStage();

@@ -67,7 +67,7 @@ Profile ReadFile(const std::filesystem::path& in_file) {
 }  // namespace
 
 const char* const InstallerStage::WRITTEN_DRIVER = "drv";
-const bool InstallerStage::STORES_OUTER_BLANKS = false;
+const bool InstallerStage::IS_REGISTRY = false;
 
 InstallerStage::InstallerStage() = default;
 InstallerStage::~InstallerStage() = default;

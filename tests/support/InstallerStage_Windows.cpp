@@ -37,7 +37,7 @@ Profile ReadRoot(Root in_root) {
 }  // namespace
 
 const char* const InstallerStage::WRITTEN_DRIVER = "path of drv";
-const bool InstallerStage::STORES_OUTER_BLANKS = true;
+const bool InstallerStage::IS_REGISTRY = true;
 
 InstallerStage::InstallerStage() {
     TestProfile::UseScratchKey();
