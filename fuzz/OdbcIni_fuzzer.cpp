@@ -1,6 +1,6 @@
-// Load, save and removal of one data source in any odbc.ini, on real files. All other sections stay
-// byte for byte, and the installer's own reader returns the values. A save that would lose
-// something is refused and leaves the file unchanged.
+// Load, save and removal of one data source in any odbc.ini, on real files. The installer's own
+// reader and ours return the same values, before and after. All other sections stay byte for byte.
+// A save that would lose something is refused and leaves the file unchanged.
 //
 // Input: what to do, then the name, four values, and the file.
 #include <odbcinst.h>
@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Setup/InstallerLibrary.h"
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcInstaller.h"
 #include "fuzz/FuzzInput.h"
@@ -67,11 +68,12 @@ std::vector<std::string> LinesOfOthers(const std::string& in_file, const std::st
         const bool isHeader = seen.starts_with('[');
         if (isHeader) isOurs = Fold(Trim(seen.substr(1, seen.find(']', 1) - 1))) == Fold(in_name);
         const bool isComment = seen.starts_with('#') || seen.starts_with(';');
-        while ((isHeader || isComment) && !lines.empty() && Trim(lines.back()).empty()) {
+        while ((isHeader || isComment) && !lines.empty() && lines.back().empty()) {
             lines.pop_back();
         }
         if (line.ends_with('\r')) line.pop_back();  // of a last line that had no end
-        if (!isOurs || isComment) lines.push_back(isHeader || isComment ? Trim(line) : line);
+        if (!isOurs || isComment)
+            lines.push_back(isHeader || isComment || seen.empty() ? seen : line);
     }
     return lines;
 }
@@ -121,6 +123,23 @@ bool Run(const Save& in_save, bool in_isRemovedFirst) {
     return update.Commit();
 }
 
+/// Compares what both read of every section of the file, and of one more. Their reader has buffers
+/// for names and refuses a file with a byte order mark. We get only UTF-8.
+void CompareReading(const std::string& in_file, const std::string& in_name) {
+    if (DropMark(in_file) != in_file) return;
+    ForgetReadValues();  // of the inputs before
+    std::vector<std::string> names = OdbcIniText(in_file).GetSections();
+    names.push_back(in_name);
+    for (const std::string& name : names) {
+        if (name.size() > 900 || Text(name.c_str()).GetAsUtf8() != name || name.empty()) continue;
+        for (const char* key : {"Driver", "Server", "UID", "k", "x y", "_z", "ü"}) {
+            const std::string ours = ReadOurs(name, key);
+            const std::string theirs = Text(ReadTheirs(name, key)).GetAsUtf8();
+            Require(ours == theirs, "we read something else than they", theirs + " " + ours);
+        }
+    }
+}
+
 /// False if the installer's reader cannot read the file: it has buffers of 1000 bytes for names.
 bool IsForTheirReader(const std::string& in_file) {
     return !HasLongLine(in_file) && in_file.find('\0') == std::string::npos;
@@ -153,7 +172,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
     SQLSetConfigMode(ODBC_USER_DSN);
     const Request request;
     const bool isValid = ValidDSN(Text(save.m_name));
-    ReadOurs(save.m_name, "Server");
+    CompareReading(before, save.m_name);
     if ((what & 2) != 0) {
         const bool isRemoved = isValid && RemoveDSNFromIni(Text(save.m_name));
         const std::string after = IniScratch::Read(file);
