@@ -93,13 +93,21 @@ TEST_F(InstallerOperations, TheConfigModeSelectsTheUserOrTheSystem) {
     enum Mode : unsigned short { BOTH, USER, SYSTEM };
     SQLSetConfigMode(SYSTEM);
     EXPECT_TRUE(WritePrivateProfileString(L"x", L"k", L"system", FILE));
+    EXPECT_TRUE(WritePrivateProfileString(L"x", L"only", L"system", FILE));
     EXPECT_TRUE(WritePrivateProfileString(L"all", L"k", L"system", FILE));
     for (const Mode mode : {BOTH, USER, SYSTEM}) {
         SCOPED_TRACE(mode);
         SQLSetConfigMode(mode);
+        {
+            const Request request(true);
+            EXPECT_EQ(Read("x", "k").first, "system");
+        }
         EXPECT_STREQ(Request().GetModeName(), (std::array{"both", "user", "system"}[mode]));
         EXPECT_EQ(Read("x", "k").first, mode == SYSTEM ? "system" : "v");
         EXPECT_EQ(Read("all", "k").first, mode == USER ? "default" : "system");
+        // unixODBC reads the system's file only for sections that the user's lacks.
+        const bool isOnlyRead = mode == SYSTEM || (mode == BOTH && InstallerStage::IS_REGISTRY);
+        EXPECT_EQ(Read("x", "only").first, isOnlyRead ? "system" : "default");
         EXPECT_TRUE(WriteDSNToIni(L"new", L"drv"));
         EXPECT_EQ(m_stage.Get().contains("new"), mode != SYSTEM);
         EXPECT_EQ(m_stage.GetOther().contains("new"), mode == SYSTEM);
