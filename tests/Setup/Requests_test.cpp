@@ -238,6 +238,16 @@ TEST(Requests, ReturnPostAndStoreWhatTheyShould) {
     }
 }
 
+TEST(Requests, TheEditorGetsNoMoreThan259Characters) {
+    InstallerStage stage;
+    stage.Begin(false, BEFORE);
+    s_editor = {};
+    std::size_t length = 0;
+    s_editor.m_edit = [&](DialogValues& in_values) { length = in_values.m_server->size(); };
+    EXPECT_EQ(Call(Form::NARROW, &stage, CONFIG, "DSN=long\0"s), 1);
+    EXPECT_EQ(length, 259u);
+}
+
 TEST(Requests, ListsWithoutEntriesAreEmpty) {
     InstallerStage stage;
     stage.Begin(false, BEFORE);
