@@ -150,10 +150,7 @@ TEST_P(ConfigDataSource, ARefusalPostsItsErrorOnceAndChangesNothing) {
         std::string m_list;
         std::pair<unsigned long, std::string> m_error;
         bool m_isByUnixOdbc = true;
-        bool m_isByIodbc = true;
     } cases[] = {
-        {"no such request", 7, SALES, {5, "Invalid type of request."}, true, false},
-        {"an empty list and a window", CONFIG, "", keyword},
         {"the text outlives the library", ADD, "", {11, malformed}},
         {"a name that its list cuts", REMOVE, "DSN=it's\0"s, keyword, false},
         {"one in quotes", REMOVE, "DSN=\"a\"\0"s, keyword, false},
@@ -164,10 +161,8 @@ TEST_P(ConfigDataSource, ARefusalPostsItsErrorOnceAndChangesNothing) {
     IniScratch::Write(m_scratch.UserFile(), OTHERS);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.m_point);
-        const bool isRefused = m_isIodbc ? c.m_isByIodbc : c.m_isByUnixOdbc;
-        // The handle must not be used, so it points nowhere.
-        void* const window = reinterpret_cast<void*>(c.m_request == CONFIG ? 1 : 0);
-        EXPECT_EQ(m_installer.Configure(c.m_request, c.m_list, false, window), !isRefused);
+        const bool isRefused = m_isIodbc || c.m_isByUnixOdbc;
+        EXPECT_EQ(m_installer.Configure(c.m_request, c.m_list), !isRefused);
         // Some versions of the installer add their own error.
         const Errors errors = m_installer.GetErrors();
         EXPECT_EQ(std::count(errors.begin(), errors.end(), c.m_error), isRefused ? 1 : 0)

@@ -32,13 +32,12 @@ public:
 
     /// Makes a request for the driver "Veltrane".
     /// @param in_list  entries with their NULs, in UTF-8; the final NUL is added
-    bool Configure(int in_request, const std::string& in_list, bool in_isWide = false,
-                   void* in_window = nullptr) const {
+    bool Configure(int in_request, const std::string& in_list, bool in_isWide = false) const {
         using namespace std::string_literals;
         // The installer reads two NULs even at the end of an empty list.
         const auto call = [&](const char* in_name, const auto& in_driver, const auto& in_entries) {
             return Find<int(void*, unsigned short, const void*, const void*)>(in_name)(
-                       in_window, static_cast<unsigned short>(in_request), in_driver.c_str(),
+                       nullptr, static_cast<unsigned short>(in_request), in_driver.c_str(),
                        in_entries.c_str()) != 0;
         };
         if (!in_isWide) return call("SQLConfigDataSource", "Veltrane"s, in_list + '\0');
