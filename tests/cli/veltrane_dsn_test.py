@@ -23,9 +23,7 @@ class ChangeTest(ToolTest):
     def test_works_on_system_dsns(self):
         self.add_sales("--system")
         self.assertEqual((self.dsns("system"), self.dsns()), ({"sales": SALES}, {}))
-        self.assertEqual(self.run_tool("list")[0], "")
-        self.assertEqual(self.run_json("list", "--system")["dsns"],
-                         [{"name": "sales", "driver": "Veltrane"}])
+        self.assertEqual(self.run_json("list", "--system")["dsns"], [{"name": "sales", "driver": "Veltrane"}])
         self.assert_refused(f"There is one in {self.stage.places['system']}: try --system.", "remove",
                             "sales", code=3)
         self.run_tool("remove", "sales", "--system")
@@ -43,15 +41,8 @@ class ChangeTest(ToolTest):
         self.assertEqual((listed["scope"], listed["dsns"][1]),
                          ("both", {"name": "Sales", "driver": "Veltrane", "scope": "system",
                                    "server": "db", "database": "d", "relation": "hidden"}))
-        self.assertEqual(len(listed["dsns"]), 2)
         self.assertEqual(self.run_tool("list", "--long")[0].splitlines()[1:],
                          ["sales  user   db      東京", "zone   user   db      d"])
-        self.run_tool("list", "--both", "--system", code=2)
-
-    def test_names_keys_that_are_probably_meant(self):
-        self.assertIn("The driver has no key Sever; did you mean Server?", self.add_sales("-p", "Sever=x")[1])
-        self.assertEqual(self.add_sales("-p", "Sever=x", "-q", "--replace")[1], "")
-        self.assertEqual(self.dsns()["sales"], {**SALES, "Sever": "x"})
 
     def test_stores_every_character_of_an_argument(self):
         for value in ('say "no" \\', 'a\\\\"b c\\\\', "100 %PATH% ^& | < > '", "ü€日本😀=;#{}"):
@@ -59,16 +50,13 @@ class ChangeTest(ToolTest):
             self.assertEqual(self.dsns()["sales"], {**SALES, "UID": value, "Trace": value})
 
     def test_keeps_what_a_change_does_not_name(self):
-        kept = {"Extra": "a ; b", "Trace": ""}
+        kept = {"Extra": "a ; b", "Trace": "", "UID": 300 * "u"}  # as a new one it would be refused
         self.write({"sales": {**SALES, **kept}, "other": {"x": "1"}})
-        output, _ = self.run_tool("set", "sales", "--server", "t", "--unset", "Nothing")
+        output, errors = self.run_tool("set", "sales", "--server", "t", "--unset", "Nothing", "-p", "Sever=x")
         self.assertEqual(output, "sales: changed\n")
-        self.assertEqual(self.dsns(), {"sales": {**SALES, **kept, "Server": "t"}, "other": {"x": "1"}})
-        # A stored value can be one that the tool would refuse.
-        long = {"UID": 300 * "u"}
-        self.write({"sales": {**SALES, **long}})
-        self.run_tool("set", "sales", "--server", "t")
-        self.assertEqual(self.dsns(), {"sales": {**SALES, **long, "Server": "t"}})
+        self.assertIn("The driver has no key Sever; did you mean Server?", errors)
+        self.assertEqual(self.dsns(), {"sales": {**SALES, **kept, "Server": "t", "Sever": "x"},
+                                       "other": {"x": "1"}})
 
     def test_existing_and_missing_dsns_have_their_own_exit_codes(self):
         self.add_sales("--uid", "anna", "-p", "Trace=1")
@@ -84,21 +72,17 @@ class ChangeTest(ToolTest):
                         ["export", "no"], ["check", "no"], ["remove", "sales", "no"]):
             self.assert_refused(f'There is no DSN "no" in {self.user}.\n', *command, code=3)
         self.run_tool("remove", "no", "--if-exists")
-        self.assertEqual(self.run_tool("list")[0], "sales\n")
 
     def test_a_dry_run_shows_the_difference_and_writes_nothing(self):
         self.add_sales("--uid", "anna")
         before = self.dsns()
         output, _ = self.run_tool("set", "sales", "--server", "x", "--unset", "UID", "-p", "A=", "-n")
         self.assertEqual(output, "sales: would be changed\n-Server=db\n+Server=x\n-UID=anna\n+A=\n")
-        self.run_tool("remove", "sales", "--dry-run")
         self.assertEqual(self.dsns(), before)
 
     def test_a_new_dsn_needs_a_registered_driver(self):
         _, errors = self.add_sales("--driver", "Nobody", code=1)
         self.assertIn(f'"Nobody" is not registered in {self.stage.places["drivers"]}.', errors)
-        self.assertNotIn("driver register", errors)
-        self.assertEqual(self.dsns(), {})
         # An existing DSN can be changed even if its driver is gone.
         self.write({"sales": {**SALES, "Driver": "Nobody"}})
         self.run_tool("set", "sales", "--driver", "Nobody", "--uid", "u")
@@ -107,17 +91,15 @@ class ChangeTest(ToolTest):
     def test_the_sections_of_the_driver_manager_are_no_dsns(self):
         self.write({"odbc": {"Trace": "1"}, "sales": SALES})
         self.assertEqual(self.run_tool("list", "--all")[0], "sales\n")
-        for name in ("ODBC", "ODBC Data Sources"):
-            for command in ("show", "remove", "export", "check"):
-                self.run_tool(command, name, code=3)
-            self.assert_refused("DSN: This name is reserved.", "add", name, "--server", "s", "--database", "d")
+        for command in ("show", "remove"):
+            self.run_tool(command, "ODBC Data Sources", code=3)
+        self.assert_refused("DSN: This name is reserved.", "add", "ODBC", "--server", "s", "--database", "d")
         self.assertEqual(self.dsns(), {"odbc": {"Trace": "1"}, "sales": SALES})
 
     def test_dsns_of_other_drivers_are_left_alone(self):
         dsns = {"theirs": {**SALES, "Driver": "Other"}}
         self.write(dsns)
         self.assertEqual(self.run_tool("list")[0], "")
-        self.assertEqual(self.run_tool("list", "--all")[0], "theirs\n")
         for command in (["set", "theirs", "--uid", "u"], ["remove", "theirs"],
                         ["add", "theirs", "--server", "s", "--database", "d", "--replace"]):
             self.assertIn('"Other"', self.run_tool(*command, code=1)[1])
@@ -137,11 +119,9 @@ class SecretsTest(ToolTest):
             output, _ = self.run_tool("set", "sales", *arguments, **others)
             self.assertNotIn("日本", output)
             self.assertEqual(self.dsns()["sales"]["PWD"], PASSWORD)
-        values = self.run_json("show", "sales", "--show-secrets")["values"]
-        self.assertEqual(values["PWD"], PASSWORD)
-        masked = "-PWD=********\n+PWD=********\n"
+        self.assertEqual(self.run_json("show", "sales", "--show-secrets")["values"]["PWD"], PASSWORD)
         self.assertEqual(self.run_tool("set", "sales", "--pwd-stdin", "-n", stdin="日本")[0],
-                         "sales: would be changed\n" + masked)
+                         "sales: would be changed\n-PWD=********\n+PWD=********\n")
         secrets = dict.fromkeys(("PWD", "Password", "ClientSecret", "AccessToken"), "********")
         self.write({"sales": {**SALES, **dict.fromkeys(secrets, "hunter2")}})
         shown = self.run_json("show", "sales")
@@ -158,11 +138,9 @@ class SecretsTest(ToolTest):
                 (["--pwd-env", "SECRET"], "the variable SECRET: ", {"SECRET": ""})):
             self.assert_refused(source + "there is no password in it. To remove a stored one: veltrane-dsn set "
                                 "NAME --unset PWD.", "set", "sales", *arguments, code=1, **others)
-        for arguments in (["-p", "PWD="], ["--connection-string", "UID=u;PWD="]):
-            self.assertIn("--unset PWD", self.run_tool("set", "sales", *arguments, code=2)[1])
+        self.assert_refused("--unset PWD", "set", "sales", "--connection-string", "UID=u;PWD=")
         for entry in ({"pwd_file": empty}, {"pwd_env": "SECRET"}, {"values": {"PWD": ""}}):
-            self.run_tool("apply", "-", stdin=json.dumps([{"name": "sales", **entry}]), code=1,
-                          SECRET="")
+            self.run_tool("apply", "-", stdin=json.dumps([{"name": "sales", **entry}]), code=1, SECRET="")
         self.run_tool("apply", "-", stdin="[sales]\nPWD=\n")
         self.assertEqual(self.dsns(), before)
         self.run_tool("set", "sales", "--unset", "PWD")
@@ -193,8 +171,7 @@ class SecretsTest(ToolTest):
         self.assertIn('Password of the DSN "sales":', shown)
         self.assertNotIn("hunter2", shown)
         self.assertEqual(self.dsns(), {"sales": {**SALES, "PWD": "hunter2"}})
-        for answers, expected in (([b"x\r", b"y\r"], 1), ([b"\r"], 1), ([b"x\x03"], 130),
-                                  ([b"x\r", b"\x03"], 130)):
+        for answers, expected in (([b"x\r", b"y\r"], 1), ([b"\r"], 1), ([b"x\r", b"\x03"], 130)):
             code, shown = self.run_on_a_terminal("set", "sales", "--pwd-prompt", answers=answers)
             self.assertEqual(code, expected, shown)
         self.assert_refused("There is no terminal to ask for the password; use --pwd-stdin", "set", "sales",
@@ -216,9 +193,6 @@ class ApplyTest(ToolTest):
     def describe(self, dsns):
         return self.write_file("dsns.json", json.dumps({"data_sources": dsns}))
 
-    def states(self, result):
-        return {entry["name"]: entry["state"] for entry in result["results"]}
-
     def test_is_idempotent_and_reports_each_dsn(self):
         self.write({"gone": SALES, "same": {**SALES, "X": "1"}})
         dsns = self.describe([
@@ -226,44 +200,37 @@ class ApplyTest(ToolTest):
             {"name": "same", "values": {"Server": "db"}},
             {"name": "gone", "state": "absent"},
             {"name": "bad", "values": {"Server": "s"}},
-            {"name": "key", "values": {**SALES_VALUES, "#x": "1"}},
             {"name": "env", "pwd_env": "SECRET", "values": SALES_VALUES},
         ])
-        expected = {"new": "changed", "same": "unchanged", "gone": "changed", "bad": "failed",
-                    "key": "failed", "env": "changed"}
-        before = self.dsns()
-        dry = self.run_json("apply", dsns, "--dry-run", code=1, SECRET="hunter2")
-        self.assertEqual(self.dsns(), before)
-        result = self.run_json("apply", dsns, code=1, SECRET="hunter2")
-        for report in (dry, result):
-            self.assertEqual(self.states(report), expected)
-            self.assertEqual((report["changed"], report["failed"]), (True, 2))
-            self.assertNotIn("hunter2", json.dumps(report))
-            self.assertNotIn(PASSWORD, json.dumps(report, ensure_ascii=False))
-        self.assertEqual(dry["results"][0]["difference"], result["results"][0]["difference"])
+        before, results = self.dsns(), []
+        for expected, *option in (("changed unchanged changed failed changed", "--dry-run"),
+                                  ("changed unchanged changed failed changed",),
+                                  ("unchanged unchanged unchanged failed unchanged",)):
+            if not option and len(results) == 1:
+                self.assertEqual(self.dsns(), before)
+            report = self.run_json("apply", dsns, *option, code=1, SECRET="hunter2")
+            results.append(report.pop("results"))
+            self.assertEqual(" ".join(entry["state"] for entry in results[-1]), expected)
+            self.assertEqual((report["changed"], report["failed"]), (" changed" in expected, 1))
+        self.assertEqual(results[0], results[1])
+        for secret in ("hunter2", PASSWORD):
+            self.assertNotIn(secret, str(results))
         self.assertEqual(self.dsns(), {
             "new": {"Driver": "Veltrane", "Server": "s", "Database": "日本", "PWD": PASSWORD, "Y": "2"},
             "same": {**SALES, "X": "1"}, "env": {**SALES, "PWD": "hunter2"}})
-        again = self.run_json("apply", dsns, code=1, SECRET="hunter2")
-        self.assertFalse(again["changed"])
-        self.assertEqual(self.states(again), {**dict.fromkeys(expected, "unchanged"),
-                                              "bad": "failed", "key": "failed"})
 
     def test_an_export_is_a_description_of_the_stored_dsns(self):
-        self.add_sales("-p", "Trace=", "--uid", "ü")
-        self.run_tool("set", "sales", "--pwd-stdin", stdin=PASSWORD)
+        self.add_sales("-p", "Trace=", "--uid", "ü", "--pwd-stdin", stdin=PASSWORD)
         before = self.dsns()
         for form in ("json", "ini"):
             text, errors = self.run_tool("export", "--format", form)
             self.assertNotIn("日本", text)
             self.assertIn("left out", errors)
-            self.assertEqual(self.run_tool("apply", "-", stdin=text)[0],
-                             "sales: unchanged\n1 unchanged\n")
+            self.assertEqual(self.run_tool("apply", "-", stdin=text)[0], "sales: unchanged\n1 unchanged\n")
             text, errors = self.run_tool("export", "--format", form, "--show-secrets")
             self.assertEqual(errors, "")
             self.write({})
-            self.assertEqual(self.run_tool("apply", "-", stdin=text)[0],
-                             "sales: added\n1 added\n")
+            self.run_tool("apply", "-", stdin=text)
             self.assertEqual(self.dsns(), before)
 
     def test_an_import_is_applied_only_on_request(self):
@@ -274,22 +241,12 @@ class ApplyTest(ToolTest):
         self.assertIn("--from-driver", self.run_tool("import", file, code=1)[1])
         described, errors = self.run_tool("import", file, "--from-driver", "old")
         self.assertIn("Passwords are left out", errors)
+        self.run_tool("apply", "-", "-n", stdin=described)
         self.assertEqual(self.dsns(), {})
-        self.run_tool("apply", "-", stdin=described)
-        self.assertEqual(self.dsns(), {"file": wished})
         self.assertEqual(self.run_tool("import", file, "--from-driver", "Old", "--apply", "--system",
                                        "--show-secrets", "-q"), ("", ""))
         self.assertEqual(self.dsns("system"), {"file": {**wished, "PWD": "hunter2"}})
-        for option in ("--dry-run", "--system", "--json"):
-            self.assertIn(option + " needs --apply.", self.run_tool("import", file, option, code=2)[1])
-
-    def test_replace_removes_keys_that_are_not_described(self):
-        self.add_sales("--uid", "u", "-p", "X=1")
-        dsns = self.describe([{"name": "sales", "values": {"Server": "db", "Database": "d"}}])
-        self.assertEqual(self.run_tool("apply", dsns)[0], "sales: unchanged\n1 unchanged\n")
-        self.assertEqual(self.run_tool("apply", dsns, "--replace")[0],
-                         "sales: changed\n1 changed\n")
-        self.assertEqual(self.dsns(), {"sales": SALES})
+        self.assert_refused("--system needs --apply.", "import", file, "--system")
 
     def test_two_processes_at_once_lose_nothing(self):
         # Each writes its own DSNs and the common ones.
@@ -311,15 +268,15 @@ class ApplyTest(ToolTest):
 
     def test_prune_removes_dsns_that_are_not_described(self):
         dsns = {"a": SALES, "b": SALES, "theirs": {**SALES, "Driver": "Other"}}
-        self.write(dsns)
-        file = self.describe([{"name": "A", "values": {"UID": "u"}}, {"name": "c", "values": {}}])
+        self.write({**dsns, "a": {**SALES, "X": "1"}})
+        file = self.describe([{"name": "A", "values": {**SALES_VALUES, "UID": "u"}}, {"name": "c", "values": {}}])
         output, _ = self.run_tool("apply", file, "--prune", "--dry-run", code=1)
         self.assertTrue(output.endswith("1 would be changed, 1 would be removed, 1 failed\n"), output)
         self.assertIn("-[b]\n", output)
         self.assert_refused("c: Server: ", "apply", file, "--prune", "--fail-fast", code=1)
-        self.assertEqual(self.dsns(), dsns)
-        # A refused DSN is not removed.
-        result = self.run_json("apply", file, "--prune", code=1)
+        self.assertEqual(set(self.dsns()), set(dsns))
+        # A refused DSN is not removed. Keys that are not described are, by --replace.
+        result = self.run_json("apply", file, "--prune", "--replace", code=1)
         self.assertEqual(result["summary"],
                          {"added": 0, "changed": 1, "removed": 1, "unchanged": 0, "failed": 1})
         self.assertEqual(self.dsns(), {"a": {**SALES, "UID": "u"}, "theirs": dsns["theirs"]})
@@ -331,8 +288,8 @@ class DriverTest(ToolTest):
         setup = self.stage.setup
         other, library = (self.stage.NOWHERE + end for end in ("1", "2"))
         arguments = ["driver", "register", "--driver", "V 2"]
-        self.run_tool(*arguments, code=2)
-        self.run_tool(*arguments, "--setup", "relative.so", code=2)
+        for without in ((), ("--setup", "relative.so")):
+            self.run_tool(*arguments, *without, code=2)
         self.run_tool(*arguments, "--setup", setup, "-n")
         self.assertEqual(self.stage.read("drivers"), before)
         self.assertEqual(self.run_tool(*arguments, "--setup", setup)[0], "Driver V 2: added\n")
@@ -344,7 +301,6 @@ class DriverTest(ToolTest):
                          {**before, "V 2": {"Setup": setup, "Driver": library}})
         self.assertIn({"name": "V 2", "description": "", "setup": setup, "library": library},
                       self.run_json("driver", "list")["drivers"])
-        self.run_tool("add", "s", "--driver", "v 2", "--server", "s", "--database", "d")
         unregister = ["driver", "unregister", "--driver", "V 2", "--setup"]
         self.run_tool(*unregister, other, code=3)
         self.assertNotEqual(self.stage.read("drivers"), before)
@@ -356,17 +312,15 @@ class DriverTest(ToolTest):
         before = self.stage.read("drivers")
         self.assertEqual([it["name"] for it in self.run_json("driver", "list")["drivers"]],
                          ["Veltrane"])
-        for name in ("", "ODBC", "odbc drivers", "a\\b", "\\"):
+        for name in ("", "odbc", "ODBC Drivers", "a\\b"):
             self.run_tool("driver", "register", "--driver", name, "--setup", self.stage.setup, code=2)
             self.run_tool("driver", "unregister", "--driver", name, code=3)
         self.assertEqual(self.stage.read("drivers"), before)
 
     def test_where_shows_the_files_and_libraries_in_use(self):
         places = self.run_json("where")
-        for name in ("user", "system"):
-            self.assertEqual(places[name + "_file"], self.stage.places[name])
-        self.assertEqual(places["driver_file"], self.stage.places["drivers"])
-        self.assertEqual(places["setup_library"], self.stage.setup)
+        self.assertEqual([places[name + "_file"] for name in ("user", "system", "driver")],
+                         list(self.stage.places.values()))
         self.assertRegex(places["installer_library"], self.stage.INSTALLER)
         shown, _ = self.run_tool("where")
         self.assertIn(f"DSNs of this user: {self.stage.places['user']} (does not exist)\n", shown)
@@ -382,7 +336,6 @@ class DoctorTest(ToolTest):
         output, _ = self.run_tool("doctor")
         self.assertRegex(output, r"^Nothing is wrong\. --verbose shows \d+ notes\.\n$")
         output, _ = self.run_tool("doctor", "-v", NO_COLOR="1")
-        self.assertIn("No action is needed.", output)
         self.assertIn("0 errors, 0 warnings, ", output)
         self.assertLessEqual(max(len(line) for line in output.splitlines()
                                  if "/" not in line and "\\" not in line), 80)
@@ -391,11 +344,6 @@ class DoctorTest(ToolTest):
         self.assertIn("answers requests", found["driver-answers"])
         self.assertLessEqual(set(os.listdir(self.folder)) - {"unwritten.reg", "user.ini"}, before)
 
-    def register_compiled(self, source, *libraries):
-        path = self.compile("tested", source, *libraries)
-        self.register(path)
-        return path
-
     def test_finds_what_is_wrong_with_the_driver(self):
         nowhere = self.stage.NOWHERE
         self.stage.write("drivers", {"Other": {"Setup": nowhere}})
@@ -403,35 +351,32 @@ class DoctorTest(ToolTest):
         self.stage.write("drivers", dict.fromkeys(("Veltrane", "SQL Server"), {"Driver": nowhere}))
         found = self.run_json("doctor", "--driver", "SQL Server", code=1)["findings"]
         self.assertTrue(found[0]["repair"].endswith('--driver "SQL Server" --setup PATH.'), found[0])
-        found = self.findings()
-        self.assertIn("has no Setup entry", found["driver-without-setup"])
-        self.assertIn("register --replace --library PATH.", self.run_json("doctor", code=1)
-                      ["findings"][1]["repair"])
-        self.assertIn("Driver=" + nowhere, found["library-not-found"])
+        self.assertIn("Driver=" + nowhere, found[1]["text"])
+        self.assertIn("has no Setup entry", self.findings()["driver-without-setup"])
         self.stage.write("drivers", {"Veltrane": {"Setup": nowhere}})
         found = self.findings()
         self.assertIn(self.stage.NOT_FOUND, found["library-not-found"])
         self.assertIn("programs cannot connect", found["driver-without-library"])
         self.register(self.stage.NOWHERE.replace("C:", "")[1:])
         self.assertIn("depends on the working directory", self.findings()["library-path-relative"])
-        self.register(self.write_file("text.so", "not a library"))
-        self.assertIn("library-not-a-library", self.findings())
-        self.register(self.stage.native(self.folder))
-        self.assertIn("library-not-a-library", self.findings())
-        self.register_compiled("EXPORTED int nothing;")
-        self.assertIn("ConfigDSN", self.findings()["library-no-entry-point"])
+        for library, finding in ((self.write_file("text.so", "not a library"), "library-not-a-library"),
+                                 (self.stage.native(self.folder), "library-not-a-library"),
+                                 (self.compile("tested", "EXPORTED int nothing;"), "library-no-entry-point")):
+            self.register(library)
+            self.assertIn(finding, self.findings())
 
     def test_finds_a_library_that_another_one_needs_missing(self):
         needed = self.compile("libneeded_by_test", "EXPORTED int needed(void) { return 1; }")
-        library = self.register_compiled("int needed(void); "
-                                         "EXPORTED int ConfigDSN(void) { return needed(); }", needed)
+        library = self.compile("tested", "int needed(void); EXPORTED int ConfigDSN(void) { return needed(); }",
+                               needed)
+        self.register(library)
         needed = self.stage.unix(needed)
         os.remove(needed)
         self.assertIn(f"Setup={library} cannot be loaded: it needs {os.path.basename(needed)}, which",
                       self.findings()["library-missing-dependency"])
 
     def test_finds_a_library_of_another_architecture(self):
-        library = self.register_compiled("EXPORTED int ConfigDSN(void) { return 1; }")
+        library = self.compile("tested", "EXPORTED int SQLAllocHandle;")
         self.stage.make_foreign(library)
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup, "Driver": library}})
         self.assertRegex(self.findings()["library-wrong-architecture"],
@@ -451,8 +396,6 @@ class DoctorTest(ToolTest):
         self.assertNotIn("hunter2", str(found))
 
     def test_check_judges_stored_dsns(self):
-        self.add_sales()
-        self.assertEqual(self.run_tool("check")[0], "sales: sound\n")
         self.write({"a": {"Driver": "Veltrane", "Server": "s"}, "b": {"Driver": "Other"}})
         result = self.run_json("check", code=1)
         self.assertEqual([dsn["name"] for dsn in result["dsns"]], ["a"])
