@@ -25,7 +25,6 @@ class LineTest(ToolTest):
                 ("add a --server x --server y", "--server is given twice."),
                 ("show a --user --system", "--user and --system exclude each other."),
                 ("lst --json", "There is no command lst. Did you mean list?"),
-                ("frobnicate", "There is no command frobnicate. Try"),
                 ("driver", "A command is missing after driver: register, unregister, list. Try"),
                 ("driver remove", "There is no command driver remove. Try"),
                 ("set", "The name of the DSN is missing. Usage: veltrane-dsn set NAME [OPTION...]."),
@@ -38,7 +37,6 @@ class LineTest(ToolTest):
                 ("test - --apart", "--apart is for the tool itself."),
                 ("add a --uid", "--uid needs a value: --uid NAME."),
                 ("add a --uid --json", "--uid needs a value"),
-                ("list --json=1", "--json takes no value."),
                 ("add a -xq", "There is no option -x. Try"),
                 ("add a -p", "--property needs a value: -p, --property KEY=VALUE."),
                 ("add a --sever=x", "There is no option --sever. Did you mean --server?")):
@@ -49,7 +47,6 @@ class LineTest(ToolTest):
         add = ["add", "new", "--server", "s", "--database", "d"]
         for part, *arguments in (
                 ("--format is json or ini.", "apply", "--format", "xml", "-"),
-                ("--format is json or ini.", "export", "--format", "xml"),
                 ("--if-missing and --replace exclude each other.", *add, "--if-missing", "--replace"),
                 ("-p has to be followed by KEY=VALUE.", "set", "sales", "-p", "Trace"),
                 ("a DSN cannot do without Server.", "set", "sales", "--unset", "server"),
@@ -57,9 +54,6 @@ class LineTest(ToolTest):
                 ("the name of the DSN is the command's argument.", "set", "sales", "-p", "DSN=x"),
                 ("UID is both given and removed.", "set", "sales", "--uid", "x", "--unset", "uid"),
                 ("UID: ", "set", "sales", "-p", "UID=a\nb"),
-                ("Server: ", "set", "sales", "--server", " x"),
-                ("Server: ", "set", "sales", "--server", ""),
-                ("Database: ", "set", "sales", "--database", 1000 * "x"),
                 ("X: No line of odbc.ini can hold", "set", "sales", "-p", "X=" + 1000 * "x"),
                 ("DSN: ", "add", "a[b", *add[2:]),
                 ("given in two places", *add, "--pwd-stdin", "--pwd-env", "X"),
@@ -67,11 +61,8 @@ class LineTest(ToolTest):
                 ("Data Source is Server, Initial Catalog is Database.", "set", "sales",
                  "--connection-string", "data source=db;Initial Catalog=d")):
             self.assert_refused(part, *arguments)
-        for words in ("-p PWD=hunter2", "-p pwd=hunter2", "--pwd hunter2", "--password=hunter2",
-                      "--connection-string UID=u;PWD=hunter2"):
+        for words in ("-p pwd=hunter2", "--password=hunter2", "--connection-string UID=u;PWD=hunter2"):
             self.assert_refused("--pwd-stdin", *add, *words.split(" "))
-        self.assert_refused("--pwd-stdin", "test", "sales", "--pwd", "hunter2")
-        self.assert_refused("too many", *add, "--pwd-stdin", "hunter2")
         self.assert_refused("--pwd-env: the variable NOT_SET is not set.", *add, "--pwd-env", "NOT_SET", code=1)
         self.assert_refused(": cannot read: ", *add, "--pwd-file", self.stage.NOWHERE, code=1)
         self.assert_refused("PWD: ", "set", "sales", "--pwd-stdin", stdin="hunter2 ", code=1)
@@ -85,25 +76,23 @@ class LineTest(ToolTest):
         self.write({"old": {"Driver": "Veltrane"}, "unset": {**SALES, "UID": "u"}, "same": stored})
         file = self.write_file("password", "hunter2")
         values = {"Server": "s", "Database": "日本"}
-        output = self.run_tool("apply", "-", "-n", SECRET=PASSWORD, stdin=json.dumps(
-            {"data_sources": [
-                {"name": "new", "driver": "V2", "state": "present", "scope": "user",
-                 "values": {"server": "s", "Database": "日本", "UID": "", "Trace": 1}},
-                {"name": "old", "state": "absent"},
-                {"name": "env", "pwd_env": "SECRET", "values": values},
-                {"name": "file", "pwd_file": file, "values": values},
-                {"name": "same", "values": {"Database": "d", "UID": "", "LoginMode": ""}}]}))[0]
-        new = "+Server=s\n{}+Database=日本\n"
-        secret = "+Driver=Veltrane\n" + new.format("+PWD=********\n")
-        self.assertEqual(output, "new: would be added\n+[new]\n+Driver=V2\n" + new.format("") +
-                         "+Trace=1\nold: would be removed\n-[old]\n-Driver=Veltrane\n"
-                         f"env: would be added\n+[env]\n{secret}file: would be added\n"
-                         f"+[file]\n{secret}same: unchanged\n3 would be added, 1 would be removed, "
-                         "1 unchanged\n")
-        self.assertEqual(output, self.run_tool("apply", "-", "-n", SECRET=PASSWORD, stdin=(
-            "# c\r\n[ new ]\r\ndriver = V2\r\nserver= s\r\nDatabase=日本\nUID=\nTrace=1\n; c\n[old]\n"
-            "State=absent\n[env]\nPWD_ENV=SECRET\nServer=s\nDatabase=日本\n[file]\npwd_file=" + file +
-            "\nServer=s\nDatabase=日本\n[same]\nDatabase=d\nUID=\nLoginMode="))[0])
+        json_text = json.dumps({"data_sources": [
+            {"name": "new", "driver": "V2", "state": "present", "scope": "user",
+             "values": {"server": "s", "Database": "日本", "UID": "", "Trace": 1}},
+            {"name": "old", "state": "absent"},
+            {"name": "env", "pwd_env": "SECRET", "values": values},
+            {"name": "file", "pwd_file": file, "values": values},
+            {"name": "same", "values": {"Database": "d", "UID": "", "LoginMode": ""}}]})
+        ini_text = ("# c\r\n[ new ]\r\ndriver = V2\r\nserver= s\r\nDatabase=日本\nUID=\nTrace=1\n; c\n[old]\n"
+                    "State=absent\n[env]\nPWD_ENV=SECRET\nServer=s\nDatabase=日本\n[file]\npwd_file=" + file +
+                    "\nServer=s\nDatabase=日本\n[same]\nDatabase=d\nUID=\nLoginMode=")
+        secret = "+Driver=Veltrane\n+Server=s\n+PWD=********\n+Database=日本\n"
+        for text in (json_text, ini_text):
+            self.assertEqual(self.run_tool("apply", "-", "-n", SECRET=PASSWORD, stdin=text)[0],
+                             "new: would be added\n+[new]\n+Driver=V2\n+Server=s\n+Database=日本\n+Trace=1\n"
+                             "old: would be removed\n-[old]\n-Driver=Veltrane\n"
+                             f"env: would be added\n+[env]\n{secret}file: would be added\n+[file]\n{secret}"
+                             "same: unchanged\n3 would be added, 1 would be removed, 1 unchanged\n")
         self.assertEqual(self.run_tool("apply", "-", "-n", stdin=' \n[ {"name": "unset", "values": {"UID":'
                                        ' null}}]')[0], "unset: would be changed\n-UID=u\n1 would be changed\n")
 
@@ -111,8 +100,8 @@ class LineTest(ToolTest):
         passed = " is the driver manager's own section and is ignored.\n"
         source = "veltrane-dsn: standard input"
         for text, notes in (
-                ("[ODBC Data Sources]\na=V\na\n[odbc]\nTrace=1\n[a]\nSever=s\nPWD=\nState=absent\n",
-                 f"{source}: [ODBC Data Sources]{passed}{source}: [odbc]{passed}"
+                ("[ODBC Data Sources]\na=V\na\n[a]\nSever=s\nPWD=\nState=absent\n",
+                 f"{source}: [ODBC Data Sources]{passed}"
                  f'{source}: "a": The driver has no key Sever; did you mean Server?\n'),
                 ("[]", source + " describes no DSN.\n"), ("# nothing", source + " describes no DSN.\n")):
             self.assertEqual(self.run_tool("apply", "-", stdin=text)[1], notes)
@@ -126,10 +115,8 @@ class InputTest(ToolTest):
         for point, text, keys in (
                 ("nothing", " ; ;", ""),
                 ("blanks that do not count", " X = a b ; Y=\tb ;", "+X=a b +Y=b"),
-                ("an empty value", "X=;Y=s", "+X= +Y=s"),
-                ("a value with =", "X=a=b", "+X=a=b"),
-                ("separators in braces", "X={a;b=c};Y=u", "+X=a;b=c +Y=u"),
-                ("doubled braces", "X={a}}b}}};Y=u", "+X=a}b} +Y=u"),
+                ("an empty value, and one with =", "X=;Y=a=b", "+X= +Y=a=b"),
+                ("separators and doubled braces in braces", "X={a;b=c}}b}}};Y=u", "+X=a;b=c}b} +Y=u"),
                 ("an opening brace inside, blanks after", "X={a{b} ;Y=x{y}", "+X=a{b +Y=x{y}"),
                 ("empty braces", "X={}", "+X="),
                 ("the driver, and options that win", "Driver={veltrane};server=t; Database={u};X=a", "+X=a"),
@@ -140,7 +127,7 @@ class InputTest(ToolTest):
                                               "+Server=s", "+Database=d"])
                 self.assertEqual(" ".join(lines[5:]), keys)
         for text, at in (("Server=a;hunter2", 10), ("Server=a;hunter2;UID=b", 10), ("=hunter2", 1),
-                         ("PWD={hunter2;UID=x", 5), ("PWD={hunter2} x;UID=x", 15), ("PWD={hunter2}}", 5)):
+                         ("PWD={hunter2} x;UID=x", 15), ("PWD={hunter2}}", 5)):
             self.assert_refused(f"The connection string has, at byte {at}, ", *add, text)
 
     def test_a_malformed_description_changes_nothing_and_shows_no_value(self):
@@ -148,13 +135,12 @@ class InputTest(ToolTest):
             return json.dumps([{"name": "a", **values}])
         for text, part in (
                 ('{"data_sources": [\n{"name": "hunter2" "x"}]}', "input, line 2, column 22: not JSON in UTF-8."),
+                ('{"PWD": "hunter2\udcff"}', "not JSON in UTF-8"),
                 (entry({"values": {"PWD": 1}}).replace("1", "1e999"), ": a number that is out of range."),
-                ('[{"name": "a", "values": {"PWD": "x",\n"PWD": "hunter2"}}]',
-                 'input, line 2, column 5: the key "PWD" occurs twice.'),
+                ('[{"name": "a", "values": {"PWD": "x",\n"PWD": "hunter2"}}]', 'column 5: the key "PWD" occurs twice.'),
                 (" \n", "standard input is empty: it describes no DSN."),
                 (entry({"values": {"PWD": ""}}), 'has an empty "PWD"; null removes one.'),
                 ('{"dsn": "hunter2"}', 'there is no list "data_sources".'),
-                ('[{"values": {}}]', 'entry 1 has no "name".'),
                 ('[{"name": "a"}, 1]', "entry 2 is not an object."),
                 ('[{"name": 1}]', 'has "name", which is not a text.'),
                 (entry({"state": "hunter2"}), '"a": the state is neither present nor absent.'),
@@ -168,17 +154,11 @@ class InputTest(ToolTest):
                 ("[a]\nhunter2\n", "input, line 2: neither a section, a comment nor a key"),
                 ("\nPWD=hunter2\n", "input, line 2: a key before the first section."),
                 ("[hunter2\n", "input, line 1: a section header without its closing bracket."),
-                ("[a]\nPWD=x\npwd=hunter2\n", "input, line 3: a key that occurs twice."),
                 ("[a]\nPWD=x\n" + "".join(f"K{i}=\n" for i in range(30)) + "pwd=hunter2\n",
                  "input, line 33: a key that occurs twice."),
                 ("; {\nDSN=x", "input, line 2: a key before the first section.")):
             self.assert_refused(part, "apply", "-", stdin=text, code=1)
-        self.assert_refused(self.stage.NOWHERE + ": cannot read: ", "apply", self.stage.NOWHERE, code=1)
-        with open(self.path("not-utf8"), "wb") as file:
-            file.write(b'{"PWD": "hunter2\xff"}')
-        self.assert_refused("not JSON in UTF-8", "apply", self.stage.native(self.path("not-utf8")), code=1)
         self.assertEqual(self.dsns(), {})
-
 
 
 REGISTRY = "Windows Registry Editor Version 5.00\r\n[HKEY_CURRENT_USER\\Software\\ODBC\\ODBC.INI\\a]\r\n"
@@ -282,7 +262,6 @@ class ImportTest(ToolTest):
                 ('{"Name": "a", "PropertyValue": ["hunter2"]}',
                  ': entry 1 has "PropertyValue" with a key that has no value.'),
                 ('[{"name": "a"}]', " is a description already: apply takes it."),
-                ('{"data_sources": []}', " is a description already: apply takes it."),
                 ("[a]\nx=\udcff\n", " has bytes that are invalid in its encoding.", "--encoding", "utf-8")):
             self.assert_refused("veltrane-dsn: standard input" + reason, "import", "-", *options, stdin=text, code=1)
         for text, reason, *options in (
