@@ -71,7 +71,7 @@ void PlanPruning(const std::vector<DsnWish>& in_wishes, const std::string& in_dr
     for (const std::string& dsn : GetDsnNames(in_view)) {
         const bool isOurs = IsSameName(in_view.Get(dsn, "Driver").value_or(""), in_driver);
         if (!isOurs || described.contains(FoldName(dsn))) continue;
-        AddPlan(RemovalOf(dsn, in_driver), in_view, io_results);
+        AddPlan({.m_name = dsn, .m_driver = in_driver, .m_isAbsent = true}, in_view, io_results);
     }
 }
 
@@ -119,7 +119,7 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
         // Nothing is written. In JSON the reason is reported for each DSN.
         if (!in_line.Has("--json")) throw;
         for (const DsnWish& wish : wishes) {
-            results.push_back(MakeResult(wish.m_name, error.what()));
+            results.push_back({{.m_name = wish.m_name}, error.what()});
         }
     }
     for (const DsnResult& result : results) {

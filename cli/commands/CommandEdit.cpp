@@ -55,9 +55,9 @@ private:
             return;
         }
         const std::string& name = m_line.m_arguments.front();
-        const std::optional<Entries> stored = m_store.Read(name);
+        const std::optional<Entries> stored = ReadDsn(m_store.Load(), name);
         if (!stored) throw NoSuchDsn(m_store, name);
-        MakePlan(RemovalOf(name, m_driver), stored);  // refuses a DSN of another driver
+        MakePlan(MakeRemoval(name), stored);  // refuses a DSN of another driver
         CheckAccess();
         m_stored = *stored;
         if (!isCopy) m_name = name;
@@ -122,16 +122,17 @@ private:
     DsnResults Plan(const DsnWish& in_wish, const ODBC::ProfileView& in_view) const {
         const std::optional<Entries> current = ReadDsn(in_view, in_wish.m_name);
         const bool isNew = !IsSameName(in_wish.m_name, m_name);
-        if (isNew && current) {
-            throw DsnExists(m_store, in_wish.m_name);
-        }
+        if (isNew && current) throw DsnExists(m_store, in_wish.m_name);
         if (!isNew && !current) throw NoSuchDsn(m_store, m_name);
         DsnResults results{{MakePlan(in_wish, current), {}}};
         if (m_isOldRemoved) {
-            const DsnWish old = RemovalOf(m_name, m_driver);
-            results.push_back({MakePlan(old, ReadDsn(in_view, m_name)), {}});
+            results.push_back({MakePlan(MakeRemoval(m_name), ReadDsn(in_view, m_name)), {}});
         }
         return results;
+    }
+
+    DsnWish MakeRemoval(const std::string& in_name) const {
+        return {.m_name = in_name, .m_driver = m_driver, .m_isAbsent = true};
     }
 
     /// Converts a value as the setup library does: bytes that are not UTF-8 become U+FFFD.

@@ -2,7 +2,6 @@
 #include <iostream>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
 #include "cli/examine/ApartWork.h"

@@ -41,6 +41,14 @@ ExitCode TestDsn(const CommandLine& in_line);
 /// for those of the shell.
 ExitCode CompleteWords();
 
+/// Makes the wish of add and set, with the password from the source that the options name.
+/// @throws CommandError EXIT_USAGE for a password on the command line, for two sources and for keys
+///         that cannot be set; EXIT_FAILED if the source cannot be read
+DsnWish MakeWish(const CommandLine& in_line);
+/// Sets PWD from the source that the options name, if they name one.
+/// @throws CommandError as MakeWish
+void TakePassword(const CommandLine& in_line, Entries& io_values);
+
 /// Returns the driver that the options name.
 std::string GetDriver(const CommandLine& in_line);
 /// Returns the scope that the options name.

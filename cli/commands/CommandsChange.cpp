@@ -1,7 +1,6 @@
 #include <set>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/GivenValues.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/DsnChanger.h"
 
@@ -34,7 +33,7 @@ ExitCode AddDsn(const CommandLine& in_line) {
     wish.m_isReplaced = in_line.Has("--replace");
     return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnResults {
         const std::optional<Entries> current = ReadDsn(in_view, wish.m_name);
-        if (current && in_line.Has("--if-missing")) return {MakeResult(wish.m_name)};
+        if (current && in_line.Has("--if-missing")) return {{{.m_name = wish.m_name}, {}}};
         if (current && !wish.m_isReplaced) {
             throw DsnExists(DsnStore(GetScope(in_line)), wish.m_name);
         }
@@ -46,7 +45,7 @@ ExitCode SetDsn(const CommandLine& in_line) {
     const std::string& dsn = in_line.m_arguments.front();
     const DsnStore store(GetScope(in_line));
     // Check this before asking the user for a password.
-    if (!store.Read(dsn)) throw NoSuchDsn(store, dsn);
+    if (!ReadDsn(store.Load(), dsn)) throw NoSuchDsn(store, dsn);
     const DsnWish wish = MakeWish(in_line);
     return Change(in_line, [&](const ODBC::ProfileView& in_view) {
         const std::optional<Entries> current = ReadDsn(in_view, dsn);
@@ -65,7 +64,8 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
             if (!current && !in_line.Has("--if-exists")) {
                 throw NoSuchDsn(DsnStore(GetScope(in_line)), dsn);
             }
-            results.push_back({MakePlan(RemovalOf(dsn, GetDriver(in_line)), current), {}});
+            const DsnWish wish{.m_name = dsn, .m_driver = GetDriver(in_line), .m_isAbsent = true};
+            results.push_back({MakePlan(wish, current), {}});
         }
         return results;
     });

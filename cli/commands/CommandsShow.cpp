@@ -95,7 +95,7 @@ std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
 ExitCode ShowDsn(const CommandLine& in_line) {
     const DsnStore store(GetScope(in_line));
     const std::string& dsn = in_line.m_arguments.front();
-    const std::optional<Entries> entries = store.Read(dsn);
+    const std::optional<Entries> entries = ReadDsn(store.Load(), dsn);
     if (!entries) throw NoSuchDsn(store, dsn);
     const bool areSecretsShown = in_line.Has("--show-secrets");
     std::string text = "DSN=" + dsn + "\n";

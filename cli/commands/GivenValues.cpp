@@ -1,5 +1,3 @@
-#include "cli/commands/GivenValues.h"
-
 #include "Setup/OdbcIniLine.h"
 #include "VeltraneDialog/FieldRules.h"
 #include "cli/commands/Commands.h"
@@ -143,7 +141,7 @@ std::string ReadPassword(const CommandLine& in_line, OptionName in_source) {
 
 }  // namespace
 
-bool TakePassword(const CommandLine& in_line, Entries& io_values) {
+void TakePassword(const CommandLine& in_line, Entries& io_values) {
     const OptionName* source = nullptr;
     for (const OptionName& option : PASSWORD_OPTIONS) {
         if (!in_line.Has(option)) continue;
@@ -152,7 +150,6 @@ bool TakePassword(const CommandLine& in_line, Entries& io_values) {
         source = &option;
     }
     if (source != nullptr) io_values.Set("PWD", ReadPassword(in_line, *source));
-    return source != nullptr;
 }
 
 DsnWish MakeWish(const CommandLine& in_line) {

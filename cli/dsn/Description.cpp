@@ -2,7 +2,6 @@
 
 #include <set>
 
-#include "cli/dsn/DescriptionFormats.h"
 #include "cli/dsn/DsnPlan.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"
@@ -43,14 +42,13 @@ DescriptionFormat GuessFormat(std::string_view in_text) {
     return isList ? DescriptionFormat::JSON : DescriptionFormat::INI;
 }
 
-std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
-                                              const std::string& in_source,
-                                              std::vector<std::string>& out_notes) {
+Descriptions ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
+                               const std::string& in_source, std::vector<std::string>& out_notes) {
     // The program that wrote an empty description has probably failed.
     if (TrimLeft(in_text).empty()) FailWith(in_source + " is empty: it describes no DSN.");
-    std::vector<DsnDescription> descriptions = in_format == DescriptionFormat::JSON
-                                                   ? ParseJson(in_text, in_source)
-                                                   : ParseIni(in_text, in_source, out_notes);
+    Descriptions descriptions = in_format == DescriptionFormat::JSON
+                                    ? ParseJson(in_text, in_source)
+                                    : ParseIni(in_text, in_source, out_notes);
     if (descriptions.empty()) out_notes.push_back(in_source + " describes no DSN.");
     std::set<std::string> names;
     for (const DsnDescription& description : descriptions) {
@@ -67,8 +65,7 @@ std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, Descript
     return descriptions;
 }
 
-std::string FormatDescriptions(const std::vector<DsnDescription>& in_descriptions,
-                               DescriptionFormat in_format) {
+std::string FormatDescriptions(const Descriptions& in_descriptions, DescriptionFormat in_format) {
     return in_format == DescriptionFormat::JSON ? FormatJson(in_descriptions)
                                                 : FormatIni(in_descriptions);
 }

@@ -19,6 +19,8 @@ struct DsnDescription : DsnWish {
     bool IsAbsent() const { return m_state == "absent"; }
 };
 
+using Descriptions = std::vector<DsnDescription>;
+
 enum class DescriptionFormat { JSON, INI };
 
 /// Guesses the format of a text. A JSON list and the first section of an INI file both begin with a
@@ -29,12 +31,22 @@ DescriptionFormat GuessFormat(std::string_view in_text);
 /// @param out_notes  receives sentences about ignored sections and about keys that look mistyped
 /// @throws CommandError EXIT_FAILED, with source and place but without values, for an empty or
 ///         malformed text and for a repeated name
-std::vector<DsnDescription> ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
-                                              const std::string& in_source,
-                                              std::vector<std::string>& out_notes);
+Descriptions ParseDescriptions(std::string_view in_text, DescriptionFormat in_format,
+                               const std::string& in_source, std::vector<std::string>& out_notes);
 
-std::string FormatDescriptions(const std::vector<DsnDescription>& in_descriptions,
-                               DescriptionFormat in_format);
+std::string FormatDescriptions(const Descriptions& in_descriptions, DescriptionFormat in_format);
+
+// The formats.
+
+Descriptions ParseJson(std::string_view in_text, const std::string& in_source);
+Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
+                      std::vector<std::string>& out_notes);
+
+std::string FormatJson(const Descriptions& in_descriptions);
+std::string FormatIni(const Descriptions& in_descriptions);
+
+/// Returns the text of "driver", "state", "pwd_env" or "pwd_file", in any case; else null.
+std::string* FindMember(std::string_view in_name, DsnDescription& io_description);
 
 }  // namespace Veltrane::Cli
 

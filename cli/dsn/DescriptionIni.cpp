@@ -1,5 +1,5 @@
 #include "VeltraneDialog/FieldRules.h"
-#include "cli/dsn/DescriptionFormats.h"
+#include "cli/dsn/Description.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"
 

@@ -1,6 +1,6 @@
 #include <sstream>
 
-#include "cli/dsn/DescriptionFormats.h"
+#include "cli/dsn/Description.h"
 #include "cli/dsn/StrictJson.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"

@@ -61,19 +61,12 @@ void CarryOut(const DsnPlan& in_plan, ODBC::ProfileChange& io_change) {
 
 }  // namespace
 
-DsnResult MakeResult(const std::string& in_dsn, const std::string& in_failure) {
-    DsnResult result;
-    result.m_plan.m_name = in_dsn;
-    result.m_failure = in_failure;
-    return result;
-}
-
 void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResults& io_results) {
     try {
         if (!in_wish.m_failure.empty()) FailWith(in_wish.m_failure);
         io_results.push_back({MakePlan(in_wish, ReadDsn(in_view, in_wish.m_name)), {}});
     } catch (const std::exception& error) {
-        io_results.push_back(MakeResult(in_wish.m_name, error.what()));
+        io_results.push_back({{.m_name = in_wish.m_name}, error.what()});
     }
 }
 

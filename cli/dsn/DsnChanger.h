@@ -18,9 +18,6 @@ struct DsnResult {
     std::string m_failure;  ///< why it was refused, with nothing done; empty on success
 };
 
-/// Makes a result without a plan: the DSN stays as it is.
-DsnResult MakeResult(const std::string& in_dsn, const std::string& in_failure = {});
-
 using DsnResults = std::vector<DsnResult>;
 
 /// Plans all changes of a run. Called again if the profile has changed meanwhile. An exception ends

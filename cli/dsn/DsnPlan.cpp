@@ -99,14 +99,6 @@ std::string WhyNoKey(std::string_view in_key) {
     return {};
 }
 
-DsnWish RemovalOf(const std::string& in_dsn, const std::string& in_driver) {
-    DsnWish wish;
-    wish.m_name = in_dsn;
-    wish.m_driver = in_driver;
-    wish.m_isAbsent = true;
-    return wish;
-}
-
 DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current) {
     if (in_current) CheckOwner(in_wish, *in_current);
     DsnPlan plan;

@@ -14,15 +14,13 @@ namespace Veltrane::Cli {
 
 struct DsnWish {
     std::string m_name;
-    std::string m_driver;  ///< its name in odbcinst.ini
-    Entries m_values;      ///< an empty value removes the field's key
-    std::vector<std::string> m_unset;
-    bool m_isAbsent = false;    ///< the DSN is to be removed
-    bool m_isReplaced = false;  ///< true: keys that are not given are removed
-    std::string m_failure;      ///< why it cannot be carried out; empty: no reason known
+    std::string m_driver;   ///< its name in odbcinst.ini
+    Entries m_values = {};  ///< an empty value removes the field's key
+    std::vector<std::string> m_unset = {};
+    bool m_isAbsent = false;     ///< the DSN is to be removed
+    bool m_isReplaced = false;   ///< true: keys that are not given are removed
+    std::string m_failure = {};  ///< why it cannot be carried out; empty: no reason known
 };
-
-DsnWish RemovalOf(const std::string& in_dsn, const std::string& in_driver);
 
 enum class Action { None, Add, Change, Remove };
 
@@ -39,9 +37,9 @@ std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after
 struct DsnPlan {
     Action m_action = Action::None;
     std::string m_name;
-    std::string m_driver;
-    Entries m_before;  ///< the current section, "Driver" first; empty if there is none
-    Entries m_after;   ///< the new section; empty if it is removed
+    std::string m_driver = {};
+    Entries m_before = {};  ///< the current section, "Driver" first; empty if there is none
+    Entries m_after = {};   ///< the new section; empty if it is removed
 };
 
 /// @param in_current  the DSN's section; nothing if there is none

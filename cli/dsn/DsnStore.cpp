@@ -14,10 +14,6 @@ DsnStore::DsnStore(Scope in_scope)
       m_profile(in_scope == Scope::System ? Profile::Kind::SYSTEM_DATA_SOURCES
                                           : Profile::Kind::USER_DATA_SOURCES) {}
 
-std::optional<Entries> DsnStore::Read(const std::string& in_dsn) const {
-    return ReadDsn(Load(), in_dsn);
-}
-
 std::optional<Entries> ReadDsn(const ProfileView& in_view, const std::string& in_dsn) {
     if (ODBC::IsReservedName(in_dsn) || !in_view.HasSection(in_dsn)) return std::nullopt;
     return Entries(in_view.GetKeyValues(in_dsn));

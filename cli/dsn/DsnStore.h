@@ -41,10 +41,6 @@ public:
     /// @throws ODBC::ProfileError with path and reason
     ODBC::ProfileView Load() const { return m_profile.Read(); }
 
-    /// Returns the section of a DSN; nothing if there is none or the name is reserved.
-    /// @throws ODBC::ProfileError as Load
-    std::optional<Entries> Read(const std::string& in_dsn) const;
-
     /// Returns path and reason if a change cannot be written now, else empty. Changes nothing.
     std::string WhyNotWritable() const;
 

@@ -10,7 +10,6 @@
 #include "Setup/OdbcIniLine.h"
 #include "VeltraneDialog/Utf8.h"
 #include "cli/dsn/DsnPlan.h"
-#include "cli/dsn/ImportFormats.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"
 

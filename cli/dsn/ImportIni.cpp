@@ -1,7 +1,7 @@
 #include <unordered_set>
 
 #include "Setup/OdbcIniText.h"
-#include "cli/dsn/ImportFormats.h"
+#include "cli/dsn/Import.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"
 

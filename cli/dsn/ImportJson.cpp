@@ -1,4 +1,4 @@
-#include "cli/dsn/ImportFormats.h"
+#include "cli/dsn/Import.h"
 #include "cli/dsn/StrictJson.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Words.h"

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "VeltraneDialog/Utf8.h"
-#include "cli/dsn/ImportFormats.h"
+#include "cli/dsn/Import.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/Words.h"

@@ -92,13 +92,27 @@ std::string AskApart(const char* in_kind, const std::string& in_text,
     }
 }
 
+LibraryProbe ProbeLibrary(const std::string& in_path,
+                          const std::vector<std::string>& in_functions) {
+    const std::string answer = AskApart("library", in_path, in_functions);
+    if (answer.empty()) return {LibraryFault::Crashes, {}};
+    const int fault = answer.front() - '0';
+    // Other answers say why the process could not be asked.
+    if (fault < 0 || fault > static_cast<int>(LibraryFault::NoEntryPoint)) {
+        return {LibraryFault::CannotLoad, answer};
+    }
+    return {static_cast<LibraryFault>(fault), answer.substr(1)};
+}
+
 void DoApartWork() {
     const ApartRequest parent = TakeRequest();
     try {
         const Json request = Json::parse(parent.m_line);
         if (request.contains("library")) {
-            const std::string path = ToText(request["library"]);
-            parent.m_answer(ToLine(ToBytes(AnswerProbe(path, request["functions"]))));
+            const auto [fault, detail] =
+                ProbeHere(ToText(request["library"]), request["functions"]);
+            const auto digit = static_cast<char>('0' + static_cast<int>(fault));
+            parent.m_answer(ToLine(ToBytes(digit + detail)));
         } else if (request.contains("driver")) {
             parent.m_answer(ToLine(ToBytes(AskSetupLibrary(ToText(request["driver"])))));
         } else {

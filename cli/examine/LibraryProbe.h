@@ -32,8 +32,6 @@ LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::str
 
 /// As ProbeLibrary, but in this process, the separate one.
 LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions);
-/// Returns the result of ProbeHere for ProbeLibrary.
-std::string AnswerProbe(const std::string& in_path, const std::vector<std::string>& in_functions);
 
 }  // namespace Veltrane::Cli
 

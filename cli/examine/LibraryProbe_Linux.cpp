@@ -1,7 +1,6 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
-#include <odbcinst.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -12,6 +11,7 @@
 
 #include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
+#include "cli/examine/Findings.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/Words.h"
 
@@ -65,11 +65,8 @@ LibraryProbe ProbeFile(const std::string& in_path) {
 /// Returns the path of a library in unixODBC's folder of drivers, where unixODBC looks for a bare
 /// name; empty if there is none.
 std::string FindAmongDrivers(const std::string& in_name) {
-    Dl_info info{};
-    const void* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);
-    if (dladdr(function, &info) == 0 || info.dli_fname == nullptr) return {};
-    const std::filesystem::path installer = info.dli_fname;
-    std::string path = installer.parent_path() / "odbc" / in_name;
+    const std::filesystem::path installer = FindInstallerLibrary();
+    const std::string path = installer.parent_path() / "odbc" / in_name;
     return access(path.c_str(), F_OK) == 0 ? path : std::string();
 }
 
