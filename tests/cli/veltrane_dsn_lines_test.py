@@ -112,20 +112,18 @@ class InputTest(ToolTest):
 
     def test_parses_a_connection_string(self):
         add = ["add", "a", "--server", "s", "--database", "d", "-n", "--connection-string"]
-        for point, text, keys in (
-                ("nothing", " ; ;", ""),
-                ("blanks that do not count", " X = a b ; Y=\tb ;", "+X=a b +Y=b"),
-                ("an empty value, and one with =", "X=;Y=a=b", "+X= +Y=a=b"),
-                ("separators and doubled braces in braces", "X={a;b=c}}b}}};Y=u", "+X=a;b=c}b} +Y=u"),
-                ("an opening brace inside, blanks after", "X={a{b} ;Y=x{y}", "+X=a{b +Y=x{y}"),
-                ("empty braces", "X={}", "+X="),
-                ("the driver, and options that win", "Driver={veltrane};server=t; Database={u};X=a", "+X=a"),
-                ("the first of two", "x=a;X=b", "+x=a")):
-            with self.subTest(point):
-                lines = self.run_tool(*add, text)[0].splitlines()
-                self.assertEqual(lines[2:5], ["+Driver=" + ("veltrane" if "Driver" in text else "Veltrane"),
-                                              "+Server=s", "+Database=d"])
-                self.assertEqual(" ".join(lines[5:]), keys)
+        for text, keys in (
+                (" ; ;", ""),
+                # Blanks around, nothing, and an equals sign in a value; the first of two counts.
+                (" X = a b ; Y=\tb ;Z=;V=a=b;x=c", "+X=a b +Y=b +Z= +V=a=b"),
+                # Separators and doubled braces within braces; a brace inside, and blanks after one.
+                ("X={a;b=c}}b}}};Y={a{b} ;Z=x{y};V={}", "+X=a;b=c}b} +Y=a{b +Z=x{y} +V="),
+                # The driver; options win.
+                ("Driver={veltrane};server=t; Database={u};X=a", "+X=a")):
+            lines = self.run_tool(*add, text)[0].splitlines()
+            self.assertEqual(lines[2:5], ["+Driver=" + ("veltrane" if "Driver" in text else "Veltrane"),
+                                          "+Server=s", "+Database=d"])
+            self.assertEqual(" ".join(lines[5:]), keys)
         for text, at in (("Server=a;hunter2", 10), ("Server=a;hunter2;UID=b", 10), ("=hunter2", 1),
                          ("PWD={hunter2} x;UID=x", 15), ("PWD={hunter2}}", 5)):
             self.assert_refused(f"The connection string has, at byte {at}, ", *add, text)

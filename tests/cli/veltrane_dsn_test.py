@@ -45,9 +45,9 @@ class ChangeTest(ToolTest):
                          ["sales  user   db      東京", "zone   user   db      d"])
 
     def test_stores_every_character_of_an_argument(self):
-        for value in ('say "no" \\', 'a\\\\"b c\\\\', "100 %PATH% ^& | < > '", "ü€日本😀=;#{}"):
-            self.add_sales("--uid", value, "-p", "Trace=" + value, "--replace")
-            self.assertEqual(self.dsns()["sales"], {**SALES, "UID": value, "Trace": value})
+        value = 'say "no" \\ a\\\\"b c\\\\ 100 %PATH% ^& | < > \' ü€日本😀=;#{}\\'
+        self.add_sales("--uid", value, "-p", "Trace=" + value)
+        self.assertEqual(self.dsns()["sales"], {**SALES, "UID": value, "Trace": value})
 
     def test_keeps_what_a_change_does_not_name(self):
         kept = {"Extra": "a ; b", "Trace": "", "UID": 300 * "u"}  # as a new one it would be refused
@@ -297,13 +297,11 @@ class DriverTest(ToolTest):
         self.run_tool(*arguments, "--setup", other, code=4)
         self.assertIn(f"There is no file {library}, which is registered as Driver.",
                       self.run_tool(*arguments, "--library", library, "--replace")[1])
-        self.assertEqual(self.stage.read("drivers"),
-                         {**before, "V 2": {"Setup": setup, "Driver": library}})
-        self.assertIn({"name": "V 2", "description": "", "setup": setup, "library": library},
-                      self.run_json("driver", "list")["drivers"])
+        after = {"name": "V 2", "description": "", "setup": setup, "library": library}
+        self.assertIn(after, self.run_json("driver", "list")["drivers"])
         unregister = ["driver", "unregister", "--driver", "V 2", "--setup"]
         self.run_tool(*unregister, other, code=3)
-        self.assertNotEqual(self.stage.read("drivers"), before)
+        self.assertIn(after, self.run_json("driver", "list")["drivers"])
         self.run_tool(*unregister, setup)
         self.assertEqual(self.stage.read("drivers"), before)
 
@@ -383,7 +381,7 @@ class DoctorTest(ToolTest):
                          r"^Driver=.* (64-bit AArch64|.*x86-64) instead of ")
 
     def test_finds_what_is_wrong_with_dsns(self):
-        self.write({"sales": SALES, "none": {"x": "1"}}, "system")
+        self.write({"sales": SALES}, "system")
         self.write({"sales": {"Driver": "Veltrane", "Server": "s", "PWD": "hunter2"},
                     "lost": {"Driver": "Nobody"}, "none": {"x": "1"}})
         found = self.findings()
