@@ -4,7 +4,6 @@
 Environment, besides that of tool_test.py: MANUAL, the man page, and COMPLETION, the folder of the
 scripts for shells.
 """
-import contextlib
 import ctypes
 import fcntl
 import glob
@@ -73,8 +72,7 @@ class FilesTest(ToolTest):
         with open(self.user, "w") as ini:
             fcntl.flock(ini, fcntl.LOCK_EX)
             run = self.start(["apply", file], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-            while all(not os.path.samefile(path, self.user) for path in glob.glob(f"/proc/{run.pid}/fd/*")
-                      if os.path.exists(path)):
+            while os.path.realpath(self.user) not in map(os.path.realpath, glob.glob(f"/proc/{run.pid}/fd/*")):
                 self.assertIsNone(run.poll())
                 time.sleep(0.01)
             run.send_signal(signal.SIGINT)
