@@ -3,8 +3,6 @@
 //
 // A class of blocks converts from one encoding to another. It has
 // - V, the vectors it uses; SOURCE_UNIT and TARGET_UNIT, the bytes of a plain character;
-// - HAS_PAIRS, whether it has ConvertTwo(block, block, to), which converts two blocks if there is a
-//   quicker way for their kind;
 // - ROOM, the most bytes written for a block, scratch after the text included;
 // - Load(at) and LoadPart(at, size), V::SIZE bytes with units in the processor's byte order;
 // - IsPlain(block), whether its characters need no more than other units (at least ASCII is so),
@@ -13,7 +11,9 @@
 // - ContinueRun(cursor, start), which may convert more after a converted block;
 // - IsPending(), whether the last block ended inside a code point;
 // - TakeBack(cursor, start), which steps back to the start of such a code point;
-// - GetWhole(at, size), the size of the whole code points of a piece, if it is valid.
+// - GetWhole(at, size), the size of the whole code points of a piece, if it is valid;
+// - perhaps ConvertTwo(block, block, to), which converts two blocks if there is a quicker way for
+//   their kind.
 #ifndef PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_DRIVER_H
 #define PLATFORMABSTRACTION_ICU_SICONV_BLOCKS_DRIVER_H
 
@@ -91,6 +91,20 @@ ORSKA_INLINE std::uint64_t GetWholeUtf16(const char* in_at, std::uint64_t in_siz
     const auto high = static_cast<unsigned char>(in_at[size - (IS_BIG ? 2 : 1)]);
     return (high & 0xFC) == 0xD8 ? size - 2 : size;
 }
+
+// The common part of the classes of blocks from bytes of which those below 80 are plain.
+template <class VECTOR>
+struct ByteSource {
+    using V = VECTOR;
+    using Type = typename V::Type;
+    static constexpr std::uint64_t SOURCE_UNIT = 1;
+
+    static ORSKA_INLINE Type Load(const char* in_at) { return V::Load(in_at); }
+    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
+        return V::LoadPart(in_at, in_size);
+    }
+    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::GetSignBits(in_at) == 0; }
+};
 
 // The common part of the classes of blocks from UTF-16. OTHER: the bits that no plain unit has.
 template <class VECTOR, bool IS_BIG, std::uint32_t OTHER>
@@ -272,7 +286,9 @@ ORSKA_INLINE bool ConvertPart(Blocks& io_blocks, const char* in_from, std::uint6
 template <class Blocks, class To>
 ORSKA_INLINE std::uint64_t ConvertPair(const char* in_from, std::uint64_t in_left, To& io_to) {
     constexpr std::uint64_t STEP = Blocks::V::SIZE;
-    if constexpr (Blocks::HAS_PAIRS) {
+    if constexpr (requires(typename Blocks::V::Type in_at) {
+                      Blocks::ConvertTwo(in_at, in_at, io_to);
+                  }) {
         const std::uint64_t size = in_left < 2 * STEP ? in_left : 2 * STEP;
         if (size <= STEP || size % Blocks::SOURCE_UNIT != 0) {
             return 0;

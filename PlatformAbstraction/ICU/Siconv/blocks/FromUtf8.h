@@ -196,20 +196,13 @@ ORSKA_INLINE void ConvertRun4(Cursor& io_cursor) {
 }
 
 template <class VECTOR, class Target>
-class Utf8Blocks {
+class Utf8Blocks : public ByteSource<VECTOR> {
 public:
     using V = VECTOR;
     using Type = typename V::Type;
-    static constexpr std::uint64_t SOURCE_UNIT = 1;
     static constexpr std::uint64_t TARGET_UNIT = Target::UNIT;
-    static constexpr bool HAS_PAIRS = false;
     static constexpr std::uint64_t ROOM = V::SIZE * Target::UNIT;
 
-    static ORSKA_INLINE Type Load(const char* in_at) { return V::Load(in_at); }
-    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
-        return V::LoadPart(in_at, in_size);
-    }
-    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::GetSignBits(in_at) == 0; }
     static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) {
         Target::WriteAscii(out_to, in_at);
     }

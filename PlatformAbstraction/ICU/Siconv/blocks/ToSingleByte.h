@@ -22,7 +22,6 @@ public:
     using Source::IsPlain;
     using Source::Load;
     using Source::WritePlain;
-    static constexpr bool HAS_PAIRS = false;
     static constexpr std::uint64_t ROOM = V::SIZE / 2;
 
     template <class To>

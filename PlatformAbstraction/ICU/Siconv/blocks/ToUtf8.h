@@ -290,7 +290,6 @@ public:
     using Source::IsPending;
     using Source::IsPlain;
     using Source::Load;
-    static constexpr bool HAS_PAIRS = true;
     static constexpr std::uint64_t ROOM = V::SIZE / 2 * 3 + Utf8Packer<V>::SCRATCH;
     static constexpr std::uint64_t STEP = V::SIZE;
 
@@ -407,7 +406,6 @@ public:
     using Type = typename V::Type;
     static constexpr std::uint64_t SOURCE_UNIT = 4;
     static constexpr std::uint64_t TARGET_UNIT = 1;
-    static constexpr bool HAS_PAIRS = true;
     static constexpr std::uint64_t ROOM = V::SIZE;
     static constexpr std::uint64_t STEP = 2 * V::SIZE;
 
@@ -504,20 +502,14 @@ private:
 
 // latin1 and cp1252.
 template <class VECTOR, class Set>
-class SingleByteBlocks {
+class SingleByteBlocks : public ByteSource<VECTOR> {
 public:
     using V = VECTOR;
     using Type = typename V::Type;
-    static constexpr std::uint64_t SOURCE_UNIT = 1;
+    using ByteSource<VECTOR>::IsPlain;
     static constexpr std::uint64_t TARGET_UNIT = 1;
-    static constexpr bool HAS_PAIRS = false;
     static constexpr std::uint64_t ROOM = V::SIZE * Set::MAX_UTF8 + Utf8Packer<V>::SCRATCH;
 
-    static ORSKA_INLINE Type Load(const char* in_at) { return V::Load(in_at); }
-    static ORSKA_INLINE Type LoadPart(const char* in_at, std::uint64_t in_size) {
-        return V::LoadPart(in_at, in_size);
-    }
-    static ORSKA_INLINE bool IsPlain(Type in_at) { return V::GetSignBits(in_at) == 0; }
     static ORSKA_INLINE void WritePlain(char* out_to, Type in_at) { V::Store(out_to, in_at); }
     static ORSKA_INLINE std::uint64_t GetWhole(const char*, std::uint64_t in_size) {
         return in_size;
