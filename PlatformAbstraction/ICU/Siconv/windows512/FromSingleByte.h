@@ -14,9 +14,9 @@ namespace {
 
 // Writes lanes of two bytes; of ASCII only the last byte is kept.
 ORSKA_INLINE void PutTwoByteLanes(const __m512i (&in_lanes)[2], std::uint64_t in_isHigh,
-                                  Utf8Output& io_output) {
-    io_output.Put(in_lanes[0], _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST) | ~LANE16_FIRST);
-    io_output.Put(in_lanes[1], _pdep_u64(in_isHigh >> 32, LANE16_FIRST) | ~LANE16_FIRST);
+                                  char*& io_to) {
+    PutKept(io_to, in_lanes[0], _pdep_u64(in_isHigh & 0xFFFFFFFF, LANE16_FIRST) | ~LANE16_FIRST);
+    PutKept(io_to, in_lanes[1], _pdep_u64(in_isHigh >> 32, LANE16_FIRST) | ~LANE16_FIRST);
 }
 
 // Map converts bytes in 16-bit units to their code points.
@@ -24,10 +24,10 @@ struct Latin1Bytes {
     static ORSKA_INLINE __m512i Map(__m512i in_units) { return in_units; }
 
     // Writes a whole window.
-    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output& io_output) {
+    static ORSKA_INLINE void PutWindow(__m512i in_bytes, char*& io_to) {
         __m512i lanes[2];
         InterleaveText(GetLead(in_bytes), GetFollower(in_bytes), lanes);
-        PutTwoByteLanes(lanes, _mm512_movepi8_mask(in_bytes), io_output);
+        PutTwoByteLanes(lanes, _mm512_movepi8_mask(in_bytes), io_to);
     }
     // C2 or C3, by bit 6.
     static ORSKA_INLINE __m512i GetLead(__m512i in_bytes) {
@@ -70,7 +70,7 @@ struct Cp1252Bytes {
         // Only the lowest five bits of an index count.
         return _mm512_mask_permutexvar_epi16(in_units, isMapped, in_units, high);
     }
-    static ORSKA_INLINE void PutWindow(__m512i in_bytes, Utf8Output& io_output) {
+    static ORSKA_INLINE void PutWindow(__m512i in_bytes, char*& io_to) {
         const std::uint64_t isHigh = _mm512_movepi8_mask(in_bytes);
         const __mmask64 isMapped =
             _mm512_cmplt_epu8_mask(_mm512_xor_si512(in_bytes, All8<0x80>()), All8<0x20>());
@@ -85,24 +85,24 @@ struct Cp1252Bytes {
         __m512i lanes[2];
         InterleaveText(middle, last, lanes);
         if (isLong == 0) {
-            PutTwoByteLanes(lanes, isHigh, io_output);
+            PutTwoByteLanes(lanes, isHigh, io_to);
             return;
         }
         for (std::uint32_t i = 0; i < 4; ++i) {
             PutThreeByteLanes(_mm512_permutexvar_epi8(_mm512_load_si512(CP1252_UTF8.m_order[i % 2]),
                                                       lanes[i / 2]),
-                              isHigh >> (16 * i), isLong >> (16 * i), io_output);
+                              isHigh >> (16 * i), isLong >> (16 * i), io_to);
         }
     }
 
 private:
     // Sixteen lanes. All code points of three bytes begin with E2.
     static ORSKA_INLINE void PutThreeByteLanes(__m512i in_lanes, std::uint64_t in_isHigh,
-                                               std::uint64_t in_isLong, Utf8Output& io_output) {
+                                               std::uint64_t in_isLong, char*& io_to) {
         constexpr std::uint64_t FIRST = 0x249249249249;
         const std::uint64_t keep =
             _pdep_u64(in_isLong, FIRST) | _pdep_u64(in_isHigh, FIRST << 1) | FIRST << 2;
-        io_output.Put(_mm512_mask_mov_epi8(in_lanes, FIRST, All8<0xE2>()), keep);
+        PutKept(io_to, _mm512_mask_mov_epi8(in_lanes, FIRST, All8<0xE2>()), keep);
     }
 };
 
@@ -129,18 +129,18 @@ public:
     }
 
     static ORSKA_INLINE bool ConvertWhole(Cursor& io_cursor, __m512i in_bytes, std::uint64_t) {
-        Utf8Output output(io_cursor.m_to);
-        Set::PutWindow(in_bytes, output);
+        char* to = io_cursor.m_to;
+        Set::PutWindow(in_bytes, to);
         io_cursor.m_from += WINDOW;
-        io_cursor.m_to = output.GetTo();
+        io_cursor.m_to = to;
         return true;
     }
     static ORSKA_INLINE bool ConvertHalf(
         Cursor& io_cursor, __m512i in_bytes) requires std::is_same_v<Set, Latin1Bytes> {
-        Utf8Output output(io_cursor.m_to);
-        PutUnits2(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes)), output);
+        char* to = io_cursor.m_to;
+        PutUnits2(_mm512_cvtepu8_epi16(GetLowHalf(in_bytes)), to);
         io_cursor.m_from += WINDOW / 2;
-        io_cursor.m_to = output.GetTo();
+        io_cursor.m_to = to;
         return true;
     }
 };

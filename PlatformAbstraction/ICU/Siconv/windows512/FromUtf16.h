@@ -68,10 +68,10 @@ public:
                                           std::uint64_t in_cut) {
         const __m512i units = OrderUnits16<IS_BIG>(in_bytes);
         if (_mm512_test_epi16_mask(units, All16<0xF800>()) == 0) {
-            Utf8Output output(io_cursor.m_to);
-            PutUnits2(units, output);
+            char* to = io_cursor.m_to;
+            PutUnits2(units, to);
             io_cursor.m_from += WINDOW;
-            io_cursor.m_to = output.GetTo();
+            io_cursor.m_to = to;
             return true;
         }
         if (ConvertPairs(io_cursor, units)) {
@@ -81,51 +81,50 @@ public:
         if (!FindSurrogates(units, surrogates)) {
             return false;
         }
-        Utf8Output output(io_cursor.m_to);
-        Put(units, surrogates, output);
+        char* to = io_cursor.m_to;
+        Put(units, surrogates, to);
         io_cursor.m_from += WINDOW - in_cut;
-        io_cursor.m_to = output.GetTo();
+        io_cursor.m_to = to;
         return true;
     }
     static ORSKA_INLINE bool ConvertHalf(Cursor& io_cursor, __m512i in_bytes) {
         const __m512i units = OrderUnits16<IS_BIG>(in_bytes);
-        Utf8Output output(io_cursor.m_to);
+        char* to = io_cursor.m_to;
         Surrogates surrogates;
         if (_mm512_test_epi16_mask(units, All16<0xF800>()) == 0) {
-            PutUnits2(units, output);
+            PutUnits2(units, to);
             io_cursor.m_from += WINDOW;
         } else if (FindSurrogates(units, surrogates)) {
-            PutHalf<0>(units, surrogates, output);
+            PutHalf<0>(units, surrogates, to);
             io_cursor.m_from += WINDOW / 2;
         } else {
             return false;
         }
-        io_cursor.m_to = output.GetTo();
+        io_cursor.m_to = to;
         return true;
     }
 
 private:
-    static ORSKA_INLINE void Put(__m512i in_units, const Surrogates& in_surrogates,
-                                 Utf8Output& io_output) {
+    static ORSKA_INLINE void Put(__m512i in_units, const Surrogates& in_surrogates, char*& io_to) {
         if (in_surrogates.m_lead == 0) {
-            PutUnits(in_units, io_output);
+            PutUnits(in_units, io_to);
             return;
         }
-        PutHalf<0>(in_units, in_surrogates, io_output);
-        PutHalf<1>(in_units, in_surrogates, io_output);
+        PutHalf<0>(in_units, in_surrogates, io_to);
+        PutHalf<1>(in_units, in_surrogates, io_to);
     }
 
     // The lane of a trail surrogate becomes the code point; the lane of a lead is dropped.
     template <int HALF>
     static ORSKA_INLINE void PutHalf(__m512i in_units, const Surrogates& in_surrogates,
-                                     Utf8Output& io_output) {
+                                     char*& io_to) {
         const __m512i zero = _mm512_setzero_si512();
         const __m512i before =
             _mm512_alignr_epi8(in_units, _mm512_alignr_epi32(in_units, zero, 12), 14);
         PutCodePoints<true>(
             Join(_mm512_extracti64x4_epi64(in_units, HALF), _mm512_extracti64x4_epi64(before, HALF),
                  static_cast<__mmask16>(in_surrogates.m_trail >> (16 * HALF))),
-            static_cast<__mmask16>(~in_surrogates.m_lead >> (16 * HALF)), io_output);
+            static_cast<__mmask16>(~in_surrogates.m_lead >> (16 * HALF)), io_to);
     }
 
     // Sixteen units; those in in_trail are joined with the ones before them to code points.

@@ -39,10 +39,10 @@ public:
         if ((isSurrogate | isTooLarge) != 0) {
             return false;
         }
-        Utf8Output output(io_cursor.m_to);
-        PutCodePoints<true>(codePoints, 0xFFFF, output);
+        char* to = io_cursor.m_to;
+        PutCodePoints<true>(codePoints, 0xFFFF, to);
         io_cursor.m_from += WINDOW;
-        io_cursor.m_to = output.GetTo();
+        io_cursor.m_to = to;
         return true;
     }
 

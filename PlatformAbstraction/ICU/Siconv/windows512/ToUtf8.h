@@ -10,28 +10,19 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// A target with room for 64 bytes after every vector's text.
-class Utf8Output {
-public:
-    explicit ORSKA_INLINE Utf8Output(char* out_to) : m_to(out_to) {}
+// Writers need room for 64 bytes after every vector's text.
 
-    // in_keep: the bytes to write.
-    ORSKA_INLINE void Put(__m512i in_bytes, std::uint64_t in_keep) {
-        const bool isFull = in_keep == ~std::uint64_t{0};  // all have four bytes
-        PutWhole(isFull ? in_bytes : _mm512_maskz_compress_epi8(in_keep, in_bytes),
-                 CountBits(in_keep));
-    }
-    // Writes a vector of which the first in_size bytes are kept.
-    ORSKA_INLINE void PutWhole(__m512i in_bytes, std::uint64_t in_size) {
-        _mm512_storeu_si512(m_to, in_bytes);
-        m_to += in_size;
-    }
-
-    ORSKA_INLINE char* GetTo() const { return m_to; }
-
-private:
-    char* m_to;
-};
+// Writes a vector of which the first in_size bytes are kept.
+ORSKA_INLINE void PutFirst(char*& io_to, __m512i in_bytes, std::uint64_t in_size) {
+    _mm512_storeu_si512(io_to, in_bytes);
+    io_to += in_size;
+}
+// Writes the bytes of in_keep.
+ORSKA_INLINE void PutKept(char*& io_to, __m512i in_bytes, std::uint64_t in_keep) {
+    const bool isFull = in_keep == ~std::uint64_t{0};  // all have four bytes
+    PutFirst(io_to, isFull ? in_bytes : _mm512_maskz_compress_epi8(in_keep, in_bytes),
+             CountBits(in_keep));
+}
 
 // The last byte of every lane of 32 bits, and the first of every lane of 16.
 constexpr std::uint64_t LANE32_LAST = 0x8888888888888888;
@@ -57,24 +48,24 @@ ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
 
 // in_active: the lanes to write.
 template <bool HAS_LONG>
-ORSKA_INLINE void PutCodePoints(__m512i in_codePoints, __mmask16 in_active, Utf8Output& io_output) {
+ORSKA_INLINE void PutCodePoints(__m512i in_codePoints, __mmask16 in_active, char*& io_to) {
     const __m512i lanes = _mm512_maskz_mov_epi32(in_active, SpreadToUtf8<HAS_LONG>(in_codePoints));
-    io_output.Put(lanes, _mm512_movepi8_mask(lanes) | _pdep_u64(in_active, LANE32_LAST));
+    PutKept(io_to, lanes, _mm512_movepi8_mask(lanes) | _pdep_u64(in_active, LANE32_LAST));
 }
 
 // Writes units below 800.
-ORSKA_INLINE void PutUnits2(__m512i in_units, Utf8Output& io_output) {
+ORSKA_INLINE void PutUnits2(__m512i in_units, char*& io_to) {
     const __m512i shifts = All64<0x3036202610160006>();
     const __m512i bits = _mm512_multishift_epi64_epi8(shifts, in_units);
     // (bits & 3F1F) | 80C0
     const __m512i both = _mm512_ternarylogic_epi32(bits, All16<0x3F1F>(), All16<0x80C0>(), 0xEA);
     const __mmask32 isAscii = _mm512_testn_epi16_mask(in_units, All16<0xFF80>());
     const __m512i lanes = _mm512_mask_mov_epi16(both, isAscii, in_units);
-    io_output.Put(lanes, _mm512_movepi8_mask(lanes) | LANE16_FIRST);
+    PutKept(io_to, lanes, _mm512_movepi8_mask(lanes) | LANE16_FIRST);
 }
 
 // Writes units that have three bytes each.
-ORSKA_INLINE void PutUnits3Only(__m512i in_units, Utf8Output& io_output) {
+ORSKA_INLINE void PutUnits3Only(__m512i in_units, char*& io_to) {
     const __m512i shifts = All64<0x20262C3200060C12>();
     const __m512i order = _mm512_set_epi32(
         0, 0, 0, 0, 0x3F3E3D3B, 0x3A393736, 0x35333231, 0x2F2E2D2B, 0x2A292726, 0x25232221,
@@ -85,20 +76,20 @@ ORSKA_INLINE void PutUnits3Only(__m512i in_units, Utf8Output& io_output) {
         const __m512i bits = _mm512_multishift_epi64_epi8(shifts, at);
         const __m512i lanes =
             _mm512_ternarylogic_epi32(bits, All32<0x3F3F3F3F>(), All32<0x8080E000>(), 0xEA);
-        io_output.PutWhole(_mm512_permutexvar_epi8(order, lanes), 48);
+        PutFirst(io_to, _mm512_permutexvar_epi8(order, lanes), 48);
     }
 }
 
 // Writes units that are not surrogates.
-ORSKA_INLINE void PutUnits(__m512i in_units, Utf8Output& io_output) {
+ORSKA_INLINE void PutUnits(__m512i in_units, char*& io_to) {
     const __mmask32 isLong = _mm512_test_epi16_mask(in_units, All16<0xF800>());
     if (isLong == 0) {
-        PutUnits2(in_units, io_output);
+        PutUnits2(in_units, io_to);
     } else if (isLong == 0xFFFFFFFF) {
-        PutUnits3Only(in_units, io_output);
+        PutUnits3Only(in_units, io_to);
     } else {
-        PutCodePoints<false>(_mm512_cvtepu16_epi32(GetLowHalf(in_units)), 0xFFFF, io_output);
-        PutCodePoints<false>(_mm512_cvtepu16_epi32(GetHighHalf(in_units)), 0xFFFF, io_output);
+        PutCodePoints<false>(_mm512_cvtepu16_epi32(GetLowHalf(in_units)), 0xFFFF, io_to);
+        PutCodePoints<false>(_mm512_cvtepu16_epi32(GetHighHalf(in_units)), 0xFFFF, io_to);
     }
 }
 
