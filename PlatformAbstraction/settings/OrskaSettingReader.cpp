@@ -150,11 +150,6 @@ bool OrskaSettingReader::IsListening(ISettingListener* in_listener, std::string_
                                                    in_listener) != found->second.end();
 }
 
-std::string OrskaSettingReader::ReadLocked(std::string_view in_key) {
-    const Guard guard(s_lock);
-    return Get().Read(in_key);
-}
-
 /// Also empty when there is no reader or the sources cannot be read.
 std::string OrskaSettingReader::ReadOrEmpty(std::string_view in_key) noexcept try {
     const Guard guard(s_lock);
@@ -163,15 +158,14 @@ std::string OrskaSettingReader::ReadOrEmpty(std::string_view in_key) noexcept tr
     return {};
 }
 
-void OrskaSettingReader::StoreLocked(std::string_view in_key, const std::string& in_value) {
+std::string OrskaSettingReader::GetSetting(const std::string& in_key) {
     const Guard guard(s_lock);
-    Get().Store(in_key, in_value);
+    return Get().Read(in_key);
 }
 
-std::string OrskaSettingReader::GetSetting(const std::string& in_key) { return ReadLocked(in_key); }
-
 void OrskaSettingReader::SetSetting(const std::string& in_key, const std::string& in_value) {
-    StoreLocked(in_key, in_value);
+    const Guard guard(s_lock);
+    Get().Store(in_key, in_value);
 }
 
 // Listeners and sources.
@@ -218,22 +212,22 @@ const orska_wstring& OrskaSettingReader::GetRegistryKeyName() {
     return Get().m_registryKeyName;
 }
 
-void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
+void OrskaSettingReader::SetSource(orska_wstring OrskaSettingReader::*in_source,
+                                   const orska_wstring& in_value) {
     const Guard guard(s_lock);
     OrskaSettingReader& reader = Get();
-    reader.m_iniFilePath = in_path;
+    reader.*in_source = in_value;
     if (reader.m_changeObserver != nullptr) {
         reader.m_changeObserver->OnSettingSourceChanged();
     }
 }
 
+void OrskaSettingReader::SetIniFilePath(const orska_wstring& in_path) {
+    SetSource(&OrskaSettingReader::m_iniFilePath, in_path);
+}
+
 void OrskaSettingReader::SetRegistryKeyName(const orska_wstring& in_name) {
-    const Guard guard(s_lock);
-    OrskaSettingReader& reader = Get();
-    reader.m_registryKeyName = in_name;
-    if (reader.m_changeObserver != nullptr) {
-        reader.m_changeObserver->OnSettingSourceChanged();
-    }
+    SetSource(&OrskaSettingReader::m_registryKeyName, in_name);
 }
 
 void OrskaSettingReader::SetChangeObserver(ISettingChangeObserver* in_observer) {
@@ -299,11 +293,11 @@ EncodingType OrskaSettingReader::GetDriverManagerEncoding() {
 // The accessors.
 
 std::string OrskaSettingReader::GetConfigErrorMessagesPath() {
-    return EnsureTrailingSeparator(ReadLocked(SETTING_CONFIG_ERROR_MESSAGES_PATH));
+    return EnsureTrailingSeparator(GetSetting(SETTING_CONFIG_ERROR_MESSAGES_PATH));
 }
 
 std::string OrskaSettingReader::GetErrorMessagesPath(const std::string& in_defaultDirectory) {
-    const std::string value = ReadLocked(SETTING_ERROR_MESSAGES_PATH);
+    const std::string value = GetSetting(SETTING_ERROR_MESSAGES_PATH);
     if (value.empty()) {
         return EnsureTrailingSeparator(in_defaultDirectory);
     }
@@ -315,12 +309,12 @@ std::string OrskaSettingReader::GetErrorMessagesPath(const std::string& in_defau
 }
 
 std::string OrskaSettingReader::GetLogPath() {
-    const std::string value = ReadLocked(SETTING_LOG_PATH);
+    const std::string value = GetSetting(SETTING_LOG_PATH);
     return EnsureTrailingSeparator(value.empty() ? "." : value);
 }
 
 std::string OrskaSettingReader::GetSwapFilePath() {
-    std::string value = ReadLocked(SETTING_SWAP_FILE_PATH);
+    std::string value = GetSetting(SETTING_SWAP_FILE_PATH);
     if (value.empty()) {
         const orska_wstring directory = FileSystemUtils::GetTempDirectory();
         value = directory.IsNull() ? "." : directory.GetAsAnsiString(GetByteTextEncoding());
@@ -336,66 +330,41 @@ std::string OrskaSettingReader::GetDriverLocale() {
 }
 
 std::optional<std::string> OrskaSettingReader::GetODBCInstLib() {
-    std::string value = ReadLocked(SETTING_ODBC_INST_LIB);
+    std::string value = GetSetting(SETTING_ODBC_INST_LIB);
     return value.empty() ? std::nullopt : std::optional(std::move(value));
 }
 
-bool OrskaSettingReader::GetTraceToStdErr() { return ReadLocked(SETTING_TRACE_TO_STD_ERR) == "1"; }
+bool OrskaSettingReader::GetTraceToStdErr() { return GetSetting(SETTING_TRACE_TO_STD_ERR) == "1"; }
 
-std::string OrskaSettingReader::GetEncryptSwapFile() {
-    return ReadLocked(SETTING_ENCRYPT_SWAP_FILE);
-}
-std::string OrskaSettingReader::GetLogFileCount() { return ReadLocked(SETTING_LOG_FILE_COUNT); }
-std::string OrskaSettingReader::GetLogFileSize() { return ReadLocked(SETTING_LOG_FILE_SIZE); }
-std::string OrskaSettingReader::GetLogLevel() { return ReadLocked(SETTING_LOG_LEVEL); }
-std::string OrskaSettingReader::GetLogNamespace() { return ReadLocked(SETTING_LOG_NAMESPACE); }
-std::string OrskaSettingReader::GetLogType() { return ReadLocked(SETTING_LOG_TYPE); }
-std::string OrskaSettingReader::GetMemoryManagerMemoryLimit() {
-    return ReadLocked(SETTING_MEMORY_MANAGER_MEMORY_LIMIT);
-}
-std::string OrskaSettingReader::GetMemoryManagerStrategy() {
-    return ReadLocked(SETTING_MEMORY_MANAGER_STRATEGY);
-}
-std::string OrskaSettingReader::GetMemoryManagerSwapDiskLimit() {
-    return ReadLocked(SETTING_MEMORY_MANAGER_SWAP_DISK_LIMIT);
-}
-std::string OrskaSettingReader::GetMemoryManagerThresholdPercent() {
-    return ReadLocked(SETTING_MEMORY_MANAGER_THRESHOLD_PERCENT);
-}
-std::string OrskaSettingReader::GetServiceName() { return ReadLocked(SETTING_SERVICE_NAME); }
+#define ORSKA_GETTER(NAME, KEY) \
+    std::string OrskaSettingReader::Get##NAME() { return GetSetting(SETTING_##KEY); }
+#define ORSKA_SETTER(NAME, KEY)                                       \
+    void OrskaSettingReader::Set##NAME(const std::string& in_value) { \
+        SetSetting(SETTING_##KEY, in_value);                          \
+    }
 
-void OrskaSettingReader::SetDriverLocale(const std::string& in_value) {
-    StoreLocked(SETTING_DRIVER_LOCALE, in_value);
-}
-void OrskaSettingReader::SetErrorMessagesPath(const std::string& in_value) {
-    StoreLocked(SETTING_ERROR_MESSAGES_PATH, in_value);
-}
-void OrskaSettingReader::SetLogFileCount(const std::string& in_value) {
-    StoreLocked(SETTING_LOG_FILE_COUNT, in_value);
-}
-void OrskaSettingReader::SetLogFileSize(const std::string& in_value) {
-    StoreLocked(SETTING_LOG_FILE_SIZE, in_value);
-}
-void OrskaSettingReader::SetLogLevel(const std::string& in_value) {
-    StoreLocked(SETTING_LOG_LEVEL, in_value);
-}
-void OrskaSettingReader::SetLogNamespace(const std::string& in_value) {
-    StoreLocked(SETTING_LOG_NAMESPACE, in_value);
-}
-void OrskaSettingReader::SetLogPath(const std::string& in_value) {
-    StoreLocked(SETTING_LOG_PATH, in_value);
-}
-void OrskaSettingReader::SetLogType(const std::string& in_value) {
-    StoreLocked(SETTING_LOG_TYPE, in_value);
-}
-void OrskaSettingReader::SetODBCInstLib(const std::string& in_value) {
-    StoreLocked(SETTING_ODBC_INST_LIB, in_value);
-}
-void OrskaSettingReader::SetServiceName(const std::string& in_value) {
-    StoreLocked(SETTING_SERVICE_NAME, in_value);
-}
-void OrskaSettingReader::SetSwapFilePath(const std::string& in_value) {
-    StoreLocked(SETTING_SWAP_FILE_PATH, in_value);
-}
+ORSKA_GETTER(EncryptSwapFile, ENCRYPT_SWAP_FILE)
+ORSKA_GETTER(LogFileCount, LOG_FILE_COUNT)
+ORSKA_GETTER(LogFileSize, LOG_FILE_SIZE)
+ORSKA_GETTER(LogLevel, LOG_LEVEL)
+ORSKA_GETTER(LogNamespace, LOG_NAMESPACE)
+ORSKA_GETTER(LogType, LOG_TYPE)
+ORSKA_GETTER(MemoryManagerMemoryLimit, MEMORY_MANAGER_MEMORY_LIMIT)
+ORSKA_GETTER(MemoryManagerStrategy, MEMORY_MANAGER_STRATEGY)
+ORSKA_GETTER(MemoryManagerSwapDiskLimit, MEMORY_MANAGER_SWAP_DISK_LIMIT)
+ORSKA_GETTER(MemoryManagerThresholdPercent, MEMORY_MANAGER_THRESHOLD_PERCENT)
+ORSKA_GETTER(ServiceName, SERVICE_NAME)
+
+ORSKA_SETTER(DriverLocale, DRIVER_LOCALE)
+ORSKA_SETTER(ErrorMessagesPath, ERROR_MESSAGES_PATH)
+ORSKA_SETTER(LogFileCount, LOG_FILE_COUNT)
+ORSKA_SETTER(LogFileSize, LOG_FILE_SIZE)
+ORSKA_SETTER(LogLevel, LOG_LEVEL)
+ORSKA_SETTER(LogNamespace, LOG_NAMESPACE)
+ORSKA_SETTER(LogPath, LOG_PATH)
+ORSKA_SETTER(LogType, LOG_TYPE)
+ORSKA_SETTER(ODBCInstLib, ODBC_INST_LIB)
+ORSKA_SETTER(ServiceName, SERVICE_NAME)
+ORSKA_SETTER(SwapFilePath, SWAP_FILE_PATH)
 
 }  // namespace Orska::Support

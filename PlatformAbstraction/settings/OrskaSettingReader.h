@@ -123,9 +123,9 @@ private:
           m_section(in_section) {}
 
     static OrskaSettingReader& Get();
-    static std::string ReadLocked(std::string_view in_key);
     static std::string ReadOrEmpty(std::string_view in_key) noexcept;
-    static void StoreLocked(std::string_view in_key, const std::string& in_value);
+    static void SetSource(orska_wstring OrskaSettingReader::*in_source,
+                          const orska_wstring& in_value);
 
     void Load();
     const std::string& Read(std::string_view in_key);
