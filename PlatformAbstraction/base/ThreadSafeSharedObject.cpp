@@ -12,16 +12,25 @@ std::uint32_t AtomicCompareExchange(std::atomic<std::uint32_t>& io_counter,
     return in_expected;
 }
 
-bool AtomicAdd(std::atomic<std::uint32_t>& io_counter, std::int32_t in_delta) noexcept {
+namespace {
+
+/// Returns the sum.
+std::uint32_t Add(std::atomic<std::uint32_t>& io_counter, std::int32_t in_delta) noexcept {
     std::uint32_t before = io_counter.load(std::memory_order_relaxed);
     for (;;) {
         const std::uint32_t after = before + static_cast<std::uint32_t>(in_delta);
         const std::uint32_t found = AtomicCompareExchange(io_counter, before, after);
         if (found == before) {
-            return after == 0;
+            return after;
         }
         before = found;
     }
+}
+
+}  // namespace
+
+bool AtomicAdd(std::atomic<std::uint32_t>& io_counter, std::int32_t in_delta) noexcept {
+    return Add(io_counter, in_delta) == 0;
 }
 
 void ThreadSafeSharedObject::Retain() noexcept {
@@ -32,15 +41,8 @@ void ThreadSafeSharedObject::Retain() noexcept {
 }
 
 std::uint32_t ThreadSafeSharedObject::Release() {
-    std::uint32_t before = m_refCount.load(std::memory_order_relaxed);
-    for (;;) {
-        const std::uint32_t found = AtomicCompareExchange(m_refCount, before, before - 1);
-        if (found == before) {
-            break;
-        }
-        before = found;
-    }
-    return before == 1 ? Destroy() : before - 1;
+    const std::uint32_t left = Add(m_refCount, -1);
+    return left == 0 ? Destroy() : left;
 }
 
 std::uint32_t ThreadSafeSharedObject::Destroy() {
