@@ -26,26 +26,21 @@ StreamConverter::StreamConverter(EncodingType in_source, EncodingType in_target,
       m_targetCodeUnitWidth(EncodingInfo::GetCodeUnitWidth(in_target)),
       m_targetMostBytesPerCodePoint(static_cast<std::uint8_t>(
           EncodingInfo::GetMaxCodeUnitsPerCodePoint(in_target) * m_targetCodeUnitWidth)) {
-    SetTarget(nullptr, 0);
-    SetSource(nullptr, 0);
-    m_isSourceConsumed = true;
+    StreamConverter::Reset();
 }
 
 void StreamConverter::SetSource(const char* in_start, std::uint64_t in_length, bool in_isLast) {
     m_sourceStart = in_start == nullptr ? s_noBytes : in_start;
     m_sourceLength = in_length;
-    m_sourcePosition = m_sourceStart;
-    m_sourceExcess = 0;
-    m_isSourceConsumed = false;
     m_isLastPiece = in_isLast;
+    SetSourcePosition(0);
 }
 
 void StreamConverter::SetTarget(char* in_start, std::uint64_t in_length) {
     m_targetStart = in_start == nullptr ? s_noBytes : in_start;
     m_targetLength = in_length;
-    m_targetPosition = m_targetStart;
-    m_targetExcess = 0;
     m_isTargetFilled = false;
+    SetTargetPosition(0);
 }
 
 void StreamConverter::DoConvert() { DoConvert(GetTargetSpace()); }
