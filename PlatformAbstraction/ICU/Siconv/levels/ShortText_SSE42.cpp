@@ -19,39 +19,6 @@ ORSKA_INLINE bool ConvertPlain(const char* in_from, std::uint64_t in_size, char*
                          : ConvertPlainEnds<Blocks, 2>(in_from, in_size, out_to);
 }
 
-// Converts text below 800 in whole and part blocks of 8 units, to a buffer with room for two
-// bytes for each unit; 0 for other text. The next units overwrite a block's scratch; the last
-// block is copied.
-ORSKA_INLINE std::int64_t ConvertUpTo7FF(const char* in_from, std::uint64_t in_size, char* out_to) {
-    using V = Vector128;
-    const auto isAscii = [](V::Type in_units) {
-        return V::Equal16(V::And(in_units, V::All16<0xFF80>()), V::Zero());
-    };
-    char* to = out_to;
-    for (; in_size >= 2 * V::SIZE; in_size -= V::SIZE, in_from += V::SIZE) {
-        const auto units = V::Load(in_from);
-        if (!V::IsZero(V::And(units, V::All16<0xF800>()))) {
-            return 0;
-        }
-        Utf8Packer<V>::Write2(units, isAscii(units), to);
-    }
-    for (std::uint64_t size = 0; in_size > 0; in_size -= size, in_from += size) {
-        char last[V::SIZE];
-        char* behind = last;
-        size = in_size < V::SIZE ? in_size : V::SIZE;
-        const auto units = size < V::SIZE ? V::LoadPart(in_from, size) : V::Load(in_from);
-        if (!V::IsZero(V::And(units, V::All16<0xF800>()))) {
-            return 0;
-        }
-        Utf8Packer<V>::Write2(units, isAscii(units), behind);
-        const std::uint64_t written =
-            static_cast<std::uint64_t>(behind - last) - (V::SIZE - size) / 2;
-        CopyShort(to, last, written);
-        to += written;
-    }
-    return to - out_to;
-}
-
 template <class Blocks>
 ORSKA_INLINE std::int64_t ConvertWhole(const char* in_from, std::uint64_t in_size,
                                        char* out_scratch) {
@@ -80,10 +47,6 @@ std::int64_t ShortUtf16ToUtf8_SSE42(std::u16string_view in_text, char* out_buffe
     const auto units = static_cast<std::int64_t>(in_text.size());
     if (units <= in_capacity && ConvertPlain<Blocks>(from, size, out_buffer)) {
         return units;
-    }
-    if (const std::int64_t written =
-            2 * units <= in_capacity ? ConvertUpTo7FF(from, size, out_buffer) : 0) {
-        return written;
     }
     char scratch[3 * MOST_SHORT_UNITS + Blocks::ROOM];
     const std::int64_t written = ConvertWhole<Blocks>(from, size, scratch);
