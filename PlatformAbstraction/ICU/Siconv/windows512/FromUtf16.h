@@ -150,11 +150,7 @@ private:
             // The lowest 10 bits are from the trail, those above from the lead.
             const __m512i offsets = _mm512_ternarylogic_epi32(All32<0x3FF>(), trail, lead, 0xCA);
             const __m512i codePoints = _mm512_add_epi32(offsets, All32<0x10000>());
-            const __m512i shifts = All64<0x20262C3200060C12>();
-            const __m512i bits = _mm512_multishift_epi64_epi8(shifts, codePoints);
-            _mm512_storeu_si512(
-                io_cursor.m_to,
-                _mm512_ternarylogic_epi32(bits, All32<0x3F3F3F3F>(), All32<0x808080F0>(), 0xEA));
+            _mm512_storeu_si512(io_cursor.m_to, SpreadBits(codePoints, All32<0x808080F0>()));
             io_cursor.m_from += WINDOW;
             io_cursor.m_to += WINDOW;
             if (io_cursor.GetLeft() < WINDOW || io_cursor.GetRoom() < ROOM) {

@@ -28,12 +28,18 @@ ORSKA_INLINE void PutKept(char*& io_to, __m512i in_bytes, std::uint64_t in_keep)
 constexpr std::uint64_t LANE32_LAST = 0x8888888888888888;
 constexpr std::uint64_t LANE16_FIRST = 0x5555555555555555;
 
+// Spreads the bits of code points over the bytes of a sequence of four, and sets the marks.
+ORSKA_INLINE __m512i SpreadBits(__m512i in_codePoints, __m512i in_marks) {
+    const __m512i shifts = All64<0x20262C3200060C12>();
+    const __m512i bits = _mm512_multishift_epi64_epi8(shifts, in_codePoints);
+    // (bits & 3F) | marks
+    return _mm512_ternarylogic_epi32(bits, All32<0x3F3F3F3F>(), in_marks, 0xEA);
+}
+
 // Spreads sixteen valid code points to lanes that end with their bytes; the other bytes are zero.
 template <bool HAS_LONG>
 ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
     const __m512i at = in_codePoints;
-    const __m512i shifts = All64<0x20262C3200060C12>();
-    const __m512i bits = _mm512_multishift_epi64_epi8(shifts, at);
     __m512i marks = All32<0x8080E000>();
     if constexpr (HAS_LONG) {
         marks = _mm512_mask_mov_epi32(marks, _mm512_cmpgt_epu32_mask(at, All32<0xFFFF>()),
@@ -41,8 +47,7 @@ ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
     }
     marks = _mm512_mask_mov_epi32(marks, _mm512_cmplt_epu32_mask(at, All32<0x800>()),
                                   All32<0x80C00000>());
-    // (bits & 3F) | marks
-    const __m512i lanes = _mm512_ternarylogic_epi32(bits, All32<0x3F3F3F3F>(), marks, 0xEA);
+    const __m512i lanes = SpreadBits(at, marks);
     return _mm512_mask_slli_epi32(lanes, _mm512_cmplt_epu32_mask(at, All32<0x80>()), at, 24);
 }
 
@@ -66,16 +71,12 @@ ORSKA_INLINE void PutUnits2(__m512i in_units, char*& io_to) {
 
 // Writes units that have three bytes each.
 ORSKA_INLINE void PutUnits3Only(__m512i in_units, char*& io_to) {
-    const __m512i shifts = All64<0x20262C3200060C12>();
     const __m512i order = _mm512_set_epi32(
         0, 0, 0, 0, 0x3F3E3D3B, 0x3A393736, 0x35333231, 0x2F2E2D2B, 0x2A292726, 0x25232221,
         0x1F1E1D1B, 0x1A191716, 0x15131211, 0x0F0E0D0B, 0x0A090706, 0x05030201);
     const __m256i halves[2] = {GetLowHalf(in_units), GetHighHalf(in_units)};
     for (const __m256i& half : halves) {
-        const __m512i at = _mm512_cvtepu16_epi32(half);
-        const __m512i bits = _mm512_multishift_epi64_epi8(shifts, at);
-        const __m512i lanes =
-            _mm512_ternarylogic_epi32(bits, All32<0x3F3F3F3F>(), All32<0x8080E000>(), 0xEA);
+        const __m512i lanes = SpreadBits(_mm512_cvtepu16_epi32(half), All32<0x8080E000>());
         PutFirst(io_to, _mm512_permutexvar_epi8(order, lanes), 48);
     }
 }
