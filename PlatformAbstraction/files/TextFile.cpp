@@ -45,6 +45,17 @@ const FileOpenArguments& GetModeDword(std::int32_t in_mode) {
 
 }  // namespace
 
+std::size_t FileHandle::Write(const void* in_buffer, std::size_t in_count) {
+    const char* const bytes = static_cast<const char*>(in_buffer);
+    std::size_t done = 0;
+    std::int64_t count = 1;
+    while (done < in_count && count > 0) {
+        count = WriteSome(bytes + done, in_count - done);
+        done += static_cast<std::size_t>(std::max<std::int64_t>(count, 0));
+    }
+    return done;
+}
+
 TextFile::TextFile(const orska_wstring& in_fileName, std::int32_t in_mode)
     : m_fileName(in_fileName) {
     if (in_fileName.IsEmpty()) {

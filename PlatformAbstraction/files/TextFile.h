@@ -59,6 +59,9 @@ public:
     void Unlock(std::uint32_t in_byteCount);
 
 private:
+    /// @return bytes written, -1 on failure
+    std::int64_t WriteSome(const void* in_buffer, std::size_t in_count);
+
     static constexpr std::intptr_t INVALID = -1;
 
     std::intptr_t m_handle = INVALID;

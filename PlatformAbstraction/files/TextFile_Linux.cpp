@@ -105,20 +105,9 @@ std::int64_t FileHandle::Read(void* out_buffer, std::size_t in_count) {
         [&] { return read(ToDescriptor(m_handle), out_buffer, std::min(in_count, MAX_TRANSFER)); });
 }
 
-std::size_t FileHandle::Write(const void* in_buffer, std::size_t in_count) {
-    const char* bytes = static_cast<const char*>(in_buffer);
-    std::size_t done = 0;
-    while (done < in_count) {
-        const ssize_t count = Retry([&] {
-            return write(ToDescriptor(m_handle), bytes + done,
-                         std::min(in_count - done, MAX_TRANSFER));
-        });
-        if (count <= 0) {
-            break;
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return done;
+std::int64_t FileHandle::WriteSome(const void* in_buffer, std::size_t in_count) {
+    return Retry(
+        [&] { return write(ToDescriptor(m_handle), in_buffer, std::min(in_count, MAX_TRANSFER)); });
 }
 
 std::int64_t FileHandle::Seek(std::int64_t in_offset, Origin in_origin) {

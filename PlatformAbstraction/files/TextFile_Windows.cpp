@@ -63,19 +63,11 @@ std::int64_t FileHandle::Read(void* out_buffer, std::size_t in_count) {
                : -1;
 }
 
-std::size_t FileHandle::Write(const void* in_buffer, std::size_t in_count) {
-    const char* bytes = static_cast<const char*>(in_buffer);
-    std::size_t done = 0;
-    while (done < in_count) {
-        DWORD count = 0;
-        if (!WriteFile(ToHandle(m_handle), bytes + done, LimitTransfer(in_count - done), &count,
-                       nullptr) ||
-            count == 0) {
-            break;
-        }
-        done += count;
-    }
-    return done;
+std::int64_t FileHandle::WriteSome(const void* in_buffer, std::size_t in_count) {
+    DWORD count = 0;
+    return WriteFile(ToHandle(m_handle), in_buffer, LimitTransfer(in_count), &count, nullptr)
+               ? std::int64_t{count}
+               : -1;
 }
 
 std::int64_t FileHandle::Seek(std::int64_t in_offset, Origin in_origin) {
