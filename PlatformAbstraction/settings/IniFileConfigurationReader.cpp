@@ -11,6 +11,7 @@
 
 #include "Exceptions/ErrorException.h"
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/files/FileSystemUtils.h"
 #include "PlatformAbstraction/files/TextFile.h"
@@ -44,24 +45,14 @@ void ToUpper(std::string_view in_text, std::string& out_upper) {
 class Decoder {
 public:
     std::u16string_view Decode(std::string_view in_bytes) {
-        if (m_isAsciiSuperset && IsAscii(in_bytes)) {
-            m_units.resize(in_bytes.size());
-            std::copy(in_bytes.begin(), in_bytes.end(), m_units.begin());
-        } else {
+        m_units.resize(in_bytes.size());
+        if (!m_isAsciiSuperset || !WidenText(in_bytes, m_units.data())) {
             m_units = orska_wstring(in_bytes.data(), in_bytes.size(), m_encoding).GetView();
         }
         return m_units;
     }
 
 private:
-    static bool IsAscii(std::string_view in_bytes) {
-        unsigned all = 0;
-        for (const char byte : in_bytes) {
-            all |= static_cast<unsigned char>(byte);
-        }
-        return all < 0x80;
-    }
-
     EncodingType m_encoding = GetByteTextEncoding();
     bool m_isAsciiSuperset = EncodingInfo::IsAsciiSuperset(m_encoding);
     std::u16string m_units;  ///< kept for its memory

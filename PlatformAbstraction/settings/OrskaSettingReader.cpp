@@ -42,15 +42,6 @@ std::string EnsureTrailingSeparator(std::string in_path) {
     return in_path;
 }
 
-/// The encoding of a known name, or nothing.
-std::optional<EncodingType> LookUpEncoding(const std::string& in_name) {
-    try {
-        return ICUUtils::GetEncodingEnum(in_name);
-    } catch (...) {
-        return std::nullopt;
-    }
-}
-
 }  // namespace
 
 OrskaSettingReader* OrskaSettingReader::s_instance = nullptr;
@@ -257,14 +248,14 @@ EncodingType OrskaSettingReader::GetAppCharEncoding() {
     if (name == "UTF-32") {
         return EncodingType::ENC_UTF32LE;
     }
-    const std::optional<EncodingType> encoding = LookUpEncoding(name);
-    if (!encoding) {
+    try {
+        return ICUUtils::GetEncodingEnum(name);
+    } catch (...) {
         TraceVerbose("ANSIEncoding setting is not a legal encoding.");
         ORSKA_THROW(
             (TraceSite{"Orska::Support::OrskaSettingReader::GetAppCharEncoding", SOURCE, 236}),
             StartupInitException("ANSIEncoding setting is not a legal encoding."));
     }
-    return *encoding;
 }
 
 /// Accepts only three Unicode forms, by their exact names; the application's encoding can be any.
