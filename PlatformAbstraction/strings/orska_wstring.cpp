@@ -69,14 +69,14 @@ void SetFromBytes(orska_wstring& out_string, const char* in_bytes, std::int32_t 
     }
 }
 
-void SetFromWide(orska_wstring& out_string, const wchar_t* in_text, std::size_t in_length) {
-    SetFromBytes(out_string, reinterpret_cast<const char*>(in_text),
-                 CheckedLength(in_length, sizeof(wchar_t)), WIDE_ENCODING);
-}
-
-void SetFromUtf16(orska_wstring& out_string, const char16_t* in_text, std::size_t in_length) {
-    SetFromBytes(out_string, reinterpret_cast<const char*>(in_text),
-                 CheckedLength(in_length, sizeof(char16_t)), EncodingType::ENC_UTF16LE);
+/// Null leaves the string as it is.
+template <class Unit>
+void SetFromUnits(orska_wstring& out_string, const Unit* in_text, std::size_t in_length,
+                  EncodingType in_encoding) {
+    if (in_text != nullptr) {
+        SetFromBytes(out_string, reinterpret_cast<const char*>(in_text),
+                     CheckedLength(in_length, sizeof(Unit)), in_encoding);
+    }
 }
 
 std::string EncodeThrough(IPlatformStringConverter& in_converter, const orska_wstring& in_string,
@@ -184,9 +184,7 @@ orska_wstring::orska_wstring(const char* in_text, std::size_t in_lengthInBytes)
 orska_wstring::orska_wstring(const char* in_text, std::size_t in_lengthInBytes,
                              EncodingType in_encoding)
     : orska_wstring() {
-    if (in_text != nullptr) {
-        SetFromBytes(*this, in_text, CheckedLength(in_lengthInBytes, 1), in_encoding);
-    }
+    SetFromUnits(*this, in_text, in_lengthInBytes, in_encoding);
 }
 
 orska_wstring::orska_wstring(const std::wstring& in_text)
@@ -196,9 +194,7 @@ orska_wstring::orska_wstring(const wchar_t* in_text)
     : orska_wstring(in_text, in_text == nullptr ? 0 : std::char_traits<wchar_t>::length(in_text)) {}
 
 orska_wstring::orska_wstring(const wchar_t* in_text, std::size_t in_length) : orska_wstring() {
-    if (in_text != nullptr) {
-        SetFromWide(*this, in_text, in_length);
-    }
+    SetFromUnits(*this, in_text, in_length, WIDE_ENCODING);
 }
 
 orska_wstring::orska_wstring(const std::u16string& in_text)
@@ -209,9 +205,7 @@ orska_wstring::orska_wstring(const char16_t* in_text)
 }
 
 orska_wstring::orska_wstring(const char16_t* in_text, std::size_t in_length) : orska_wstring() {
-    if (in_text != nullptr) {
-        SetFromUtf16(*this, in_text, in_length);
-    }
+    SetFromUnits(*this, in_text, in_length, EncodingType::ENC_UTF16LE);
 }
 
 orska_wstring::orska_wstring(char16_t in_unit, std::size_t in_count)
