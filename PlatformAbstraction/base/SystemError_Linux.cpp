@@ -9,21 +9,12 @@ namespace Orska::Support {
 namespace {
 
 void AppendUtf8(char32_t in_codePoint, std::string& io_text) {
-    const auto append = [&io_text](char32_t in_byte) { io_text += static_cast<char>(in_byte); };
-    if (in_codePoint < 0x80) {
-        append(in_codePoint);
-    } else if (in_codePoint < 0x800) {
-        append(0xC0 | in_codePoint >> 6);
-        append(0x80 | (in_codePoint & 0x3F));
-    } else if (in_codePoint < 0x10000) {
-        append(0xE0 | in_codePoint >> 12);
-        append(0x80 | (in_codePoint >> 6 & 0x3F));
-        append(0x80 | (in_codePoint & 0x3F));
-    } else {
-        append(0xF0 | in_codePoint >> 18);
-        append(0x80 | (in_codePoint >> 12 & 0x3F));
-        append(0x80 | (in_codePoint >> 6 & 0x3F));
-        append(0x80 | (in_codePoint & 0x3F));
+    constexpr char32_t LEADS[] = {0, 0xC0, 0xE0, 0xF0};
+    const int followers =
+        (in_codePoint >= 0x80) + (in_codePoint >= 0x800) + (in_codePoint >= 0x10000);
+    io_text += static_cast<char>(LEADS[followers] | in_codePoint >> 6 * followers);
+    for (int i = followers - 1; i >= 0; --i) {
+        io_text += static_cast<char>(0x80 | (in_codePoint >> 6 * i & 0x3F));
     }
 }
 
