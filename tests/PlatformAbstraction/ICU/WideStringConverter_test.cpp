@@ -43,14 +43,14 @@ TEST(WideStringConverter, AcceptsNullsEmptyTextAndNulTerminatedText) {
     converter.ConvertToWString("a\0b\0\0\0c", -3, EncodingType::ENC_UTF16LE, result);
     EXPECT_TRUE(result == MakeString(u"ab"));
     // Bytes of the string that is replaced, in which there is room.
-    for (const std::size_t count : {4U, 400U}) {
-        const std::string letters(count, 'x');
-        result = MakeString(std::u16string(letters.begin(), letters.end()));
-        const std::string bytes(reinterpret_cast<const char*>(result.GetView().data()), count);
-        converter.ConvertToWString(reinterpret_cast<const char*>(result.GetView().data()),
-                                   static_cast<std::int64_t>(count), EncodingType::ENC_LATIN1,
-                                   result);
-        EXPECT_TRUE(result == orska_wstring(bytes.data(), count, EncodingType::ENC_LATIN1));
+    for (const EncodingType encoding : {EncodingType::ENC_LATIN1, EncodingType::ENC_UTF16LE}) {
+        for (const std::size_t count : {4U, 20U, 400U}) {
+            result = MakeString(std::u16string(count, u'x'));
+            const char* const own = reinterpret_cast<const char*>(result.GetView().data());
+            const orska_wstring expected(std::string(own, count).data(), count, encoding);
+            converter.ConvertToWString(own, static_cast<std::int64_t>(count), encoding, result);
+            EXPECT_TRUE(result == expected);
+        }
     }
 }
 

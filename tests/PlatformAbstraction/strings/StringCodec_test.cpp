@@ -8,7 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "PlatformAbstraction/ICU/ShortText.h"
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
+#include "PlatformAbstraction/base/CpuLevel.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "tests/support/EncodedFit.h"
 
@@ -105,6 +107,31 @@ TEST(StringCodecTest, DecodesEveryLeadWithBoundaryContinuationsAsIcuDoes) {
             }
         }
         ExpectDecodesAsIcu(bytes, EncodingType::ENC_UTF8);
+    }
+}
+
+// Texts that surely fit do without the general conversion, which is slower.
+TEST(StringCodecTest, ShortTextsAreTakenWhole) {
+    for (const EncodingType form :
+         {EncodingType::ENC_UTF8, EncodingType::ENC_UTF16LE, EncodingType::ENC_UTF32LE}) {
+        if (form == EncodingType::ENC_UTF8 && GetCpuLevel() < CpuLevel::SSE42) continue;
+        for (const std::u16string_view unit : {u"a", u"\u00E9", u"\u6F22", u"\U0001F600"}) {
+            for (std::u16string text(unit); text.size() <= MOST_SHORT_UNITS; text += unit) {
+                // Pairs need a whole vector there.
+                const bool isFew = text.size() < 8 && unit.size() == 2;
+                if (form == EncodingType::ENC_UTF16LE && isFew) continue;
+                std::string bytes(4 * text.size(), '\0');
+                const std::int64_t size = GetShortEncoder(form)(
+                    text, bytes.data(), static_cast<std::int64_t>(bytes.size()));
+                ASSERT_GE(size, 0) << EncodingInfo::GetName(form) << " " << text.size();
+                bytes.resize(static_cast<std::size_t>(size));
+                ASSERT_EQ(EncodeWithIcu(text, form), bytes);
+                if (bytes.size() > MOST_SHORT_BYTES) continue;
+                char16_t back[SHORT_UNITS_ROOM];
+                ASSERT_EQ(text.size(), GetShortDecoder(form)(bytes, back));
+                ASSERT_EQ(text, std::u16string_view(back, text.size()));
+            }
+        }
     }
 }
 
