@@ -120,12 +120,16 @@ TEST(StringCodecTest, ShortTextsAreTakenWhole) {
                 // Pairs need a whole vector there.
                 const bool isFew = text.size() < 8 && unit.size() == 2;
                 if (form == EncodingType::ENC_UTF16LE && isFew) continue;
-                std::string bytes(4 * text.size(), '\0');
-                const std::int64_t size = GetShortEncoder(form)(
-                    text, bytes.data(), static_cast<std::int64_t>(bytes.size()));
-                ASSERT_GE(size, 0) << EncodingInfo::GetName(form) << " " << text.size();
-                bytes.resize(static_cast<std::size_t>(size));
-                ASSERT_EQ(EncodeWithIcu(text, form), bytes);
+                const std::string bytes = EncodeWithIcu(text, form);
+                // Where they just fit they may be refused.
+                for (const std::size_t room : {bytes.size(), 4 * text.size()}) {
+                    std::string target(room, '\0');
+                    const std::int64_t size =
+                        GetShortEncoder(form)(text, target.data(), static_cast<std::int64_t>(room));
+                    if (size < 0 && room < 4 * text.size()) continue;
+                    ASSERT_EQ(bytes.size(), size) << EncodingInfo::GetName(form) << text.size();
+                    ASSERT_EQ(bytes, target.substr(0, bytes.size()));
+                }
                 if (bytes.size() > MOST_SHORT_BYTES) continue;
                 char16_t back[SHORT_UNITS_ROOM];
                 ASSERT_EQ(text.size(), GetShortDecoder(form)(bytes, back));
