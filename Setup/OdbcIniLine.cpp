@@ -45,9 +45,10 @@ std::string_view Unquote(std::string_view in_key) {
 /// iODBC does not count a vertical tab as a blank.
 constexpr std::string_view IODBC_BLANKS = " \t\n\f\r";
 
-std::string_view TrimIodbcValue(std::string_view in_value) {
+/// iODBC cuts the blanks at the end of a line when it finds the line's end.
+std::string_view TrimIodbcValue(std::string_view in_value, bool in_isEnded = true) {
     in_value.remove_prefix(std::min(in_value.find_first_not_of(IODBC_BLANKS), in_value.size()));
-    return in_value.substr(0, in_value.find_last_not_of(IODBC_BLANKS) + 1);
+    return in_isEnded ? in_value.substr(0, in_value.find_last_not_of(IODBC_BLANKS) + 1) : in_value;
 }
 
 /// Returns how many bytes of a trimmed value iODBC reads. The rest is a comment.
@@ -130,9 +131,9 @@ std::string TextAfterEquals(std::string_view in_piece) {
     return std::string(Trim(in_piece.substr(equals + 1)));
 }
 
-std::string ValueOf(std::string_view in_piece, Rules in_rules) {
+std::string ValueOf(std::string_view in_piece, Rules in_rules, bool in_isEnded) {
     if (in_rules != Rules::IODBC) return TextAfterEquals(in_piece);
-    std::string value(TrimIodbcValue(in_piece.substr(in_piece.find('=') + 1)));
+    std::string value(TrimIodbcValue(in_piece.substr(in_piece.find('=') + 1), in_isEnded));
     value.resize(IodbcValueSize(value));
     return value;
 }

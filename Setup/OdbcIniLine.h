@@ -33,7 +33,8 @@ std::string_view KeyName(std::string_view in_piece);
 /// Returns the key in a piece as Seen returns it; nothing when the reader finds none.
 std::optional<std::string_view> KeyOf(std::string_view in_piece, Rules in_rules);
 std::string TextAfterEquals(std::string_view in_piece);
-std::string ValueOf(std::string_view in_piece, Rules in_rules);
+/// @param in_isEnded  false for a line at the end of the file without a line end
+std::string ValueOf(std::string_view in_piece, Rules in_rules, bool in_isEnded);
 
 /// Whether a section of this name can be written and found again.
 bool IsCarriableSection(std::string_view in_section);

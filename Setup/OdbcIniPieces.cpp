@@ -78,7 +78,9 @@ std::optional<std::string> OdbcIniPieces::FindValue(Range in_section, std::strin
     for (std::size_t at = EndOf(in_section.m_begin); at < in_section.m_end; at = EndOf(at)) {
         const std::string_view piece = Get(at);
         const std::optional<std::string_view> key = KeyOf(piece, in_rules);
-        if (key && EqualsIgnoringCase(*key, in_key)) return ValueOf(piece, in_rules);
+        if (key && EqualsIgnoringCase(*key, in_key)) {
+            return ValueOf(piece, in_rules, EndsLine(m_text[EndOf(at) - 1]));
+        }
     }
     return std::nullopt;
 }

@@ -269,9 +269,27 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     Body* const body = BodyOf(block);
     if (body == nullptr) return Pieces().FindValue(RangeOf(block), in_key, in_rules);
     const Line* const line = body->Find(FoldCase(in_key), true);
-    return line == nullptr
-               ? std::nullopt
-               : std::optional<std::string>(ValueOf(Seen(line->m_text, m_rules), in_rules));
+    return line == nullptr ? std::nullopt : std::optional<std::string>(ValueIn(*line));
+}
+
+std::string OdbcIniText::ValueIn(const Line& in_line) const {
+    return ValueOf(Seen(in_line.m_text, m_rules), m_rules, !EndsFile(in_line));
+}
+
+/// True for the last line of a file of iODBC when it ends with a blank. The blank belongs to the
+/// value as long as no line end follows.
+bool OdbcIniText::EndsFile(const Line& in_line) const {
+    const char last = in_line.m_text.back();
+    return m_rules == Rules::IODBC && in_line.m_isKey && IsAsciiBlank(last) &&
+           !Pieces().EndsLine(last);
+}
+
+bool OdbcIniText::IsAtEnd(std::string_view in_section, std::string_view in_key,
+                          std::string_view in_value) const {
+    const std::uint32_t block = FindLive(in_section);
+    if (block == NONE || BodyOf(block) == nullptr) return false;
+    const Line& last = BodyOf(block)->m_lines.back();
+    return EndsFile(last) && last.m_key == FoldCase(in_key) && ValueIn(last) == in_value;
 }
 
 std::vector<std::string> OdbcIniText::GetSections() const {
@@ -433,7 +451,12 @@ void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
     Line* old = body.Find(line.m_key, true);
     if (old == nullptr) old = body.Find(line.m_key, false);
     if (old == nullptr) {
+        const bool isBeforeLast = EndsFile(body.m_lines.back()) && body.m_lines.back().m_isLive;
         body.Insert(std::move(line));
+        if (isBeforeLast) std::swap(body.m_lines.back(), *(body.m_lines.end() - 2));
+        if (isBeforeLast) body.m_index.clear();
+    } else if (EndsFile(*old) && ValueIn(*old) == in_value) {
+        old->m_isLive = true;
     } else {
         body.Remove(static_cast<std::size_t>(old - body.m_lines.data()));
         *old = std::move(line);
@@ -465,8 +488,22 @@ void OdbcIniText::EndLine(std::string& io_text) const {
     if (!io_text.empty() && !Pieces().EndsLine(io_text.back())) io_text += m_lineEnd;
 }
 
+/// Puts new sections before the last one if the line at the end of the file has to stay there.
+void OdbcIniText::KeepEndLast() {
+    if (m_rules != Rules::IODBC || m_text.empty() || !IsAsciiBlank(m_text.back()) ||
+        Pieces().EndsLine(m_text.back())) {
+        return;
+    }
+    const auto isNew = [this](const Block& in_block) { return in_block.m_begin == m_text.size(); };
+    const auto added = std::find_if(m_blocks.begin(), m_blocks.end(), isNew);
+    if (added == m_blocks.begin()) return;
+    for (auto i = added; i != m_blocks.end(); ++i) i->m_begin = (added - 1)->m_begin;
+    std::rotate(added - 1, added, m_blocks.end());
+}
+
 /// Rewrites the text from the line before the first edited section to the end of the last one.
 void OdbcIniText::Render() {
+    KeepEndLast();
     std::uint32_t first = 0;
     while (BodyOf(first) == nullptr) ++first;
     std::size_t begin = m_blocks[first].m_begin;

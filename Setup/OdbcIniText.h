@@ -11,7 +11,8 @@
 /// The rules of iODBC: lines have any length and also end at a carriage return; a key begins in the
 /// first column, is followed by "=" and can be in quotes; a section name is not empty and ends with
 /// "]"; a # or ; begins a comment at the beginning of a value, or after a blank in it outside of
-/// quotes; text before the first section does not matter. The rest is as above.
+/// quotes; blanks at the end of the file belong to the last value; text before the first section
+/// does not matter. The rest is as above.
 #ifndef SETUP_ODBCINITEXT_H
 #define SETUP_ODBCINITEXT_H
 
@@ -65,6 +66,11 @@ public:
     std::optional<std::string> Get(std::string_view in_section, std::string_view in_key,
                                    Rules in_rules) const;
 
+    /// Whether the value is the last one of a file of iODBC and ends with blanks. Set keeps such a
+    /// line.
+    bool IsAtEnd(std::string_view in_section, std::string_view in_key,
+                 std::string_view in_value) const;
+
     /// Removes the header and the keys of every section of that name. Comments and blank lines
     /// stay. A section or key of the same name returns to its old place when added before Finish.
     void RemoveSection(std::string_view in_section);
@@ -114,6 +120,8 @@ private:
     Range RangeOf(std::uint32_t in_block) const;
     Body* BodyOf(std::uint32_t in_block) const;
     bool IsLive(std::uint32_t in_block) const;
+    std::string ValueIn(const Line& in_line) const;
+    bool EndsFile(const Line& in_line) const;
     std::string_view NameOf(const Block& in_block) const;
     template <typename Visit>
     void VisitPieces(std::uint32_t in_block, const Visit& in_visit) const;
@@ -126,6 +134,7 @@ private:
     std::uint32_t AddBlock(std::string_view in_section);
     bool EndsWithBlankLine() const;
     void EndLine(std::string& io_text) const;
+    void KeepEndLast();
     void Render();
     void Render(const Body& in_body, std::size_t& io_gaps, std::string& io_text) const;
 

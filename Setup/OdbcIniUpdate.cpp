@@ -55,7 +55,9 @@ bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key
 
 bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
                               const std::string& in_value) {
-    return OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
+    return m_isOpen &&
+           (OdbcIniLine::IsReadBack(in_key, in_value, m_rules) ||
+            m_text->IsAtEnd(in_section, in_key, in_value)) &&
            Write(in_section, in_key, in_value);
 }
 

@@ -31,6 +31,7 @@ struct EditCase {
     Edit m_edit;
     std::string m_before;
     std::string m_after;
+    OdbcIniLine::Rules m_rules = OdbcIniLine::Rules::FIRST_FILE;
 };
 
 const EditCase EDIT_CASES[] = {
@@ -89,24 +90,27 @@ const EditCase EDIT_CASES[] = {
      "[A]\nk=v\n\n# of B\n[B]\n", "[A]\nk=v\nn=w\n\n# of B\n[B]\n"},
     {"removing a key that occurs twice", [](OdbcIniText& io_text) { io_text.RemoveKey("A", "k"); },
      "[A]\nK=1\nl=1\n k =2", "[A]\nl=1\n"},
+    {"lines that only iODBC sees", [](OdbcIniText& io_text) { io_text.Set("A", "k", "w"); },
+     "[A]\rk=v\rl=1\x1A[B]\r", "[A]\rk=w\nl=1\x1A[B]\r", OdbcIniLine::Rules::IODBC},
+    {"blanks that iODBC reads at the end of the file",
+     [](OdbcIniText& io_text) {
+         Save(io_text);
+         io_text.Set("B", "n", "w");
+         io_text.Set("B", "k", *io_text.Get("B", "k"));
+     },
+     "[A]\n[B]\nk=v ", "[A]\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n[B]\nn=w\nk=v ",
+     OdbcIniLine::Rules::IODBC},
 };
 
 TEST(OdbcIniText, EditsOnlyTheGivenLines) {
     for (const EditCase& row : EDIT_CASES) {
         SCOPED_TRACE(row.m_point);
-        OdbcIniText text(row.m_before);
+        OdbcIniText text(row.m_before, row.m_rules);
         ASSERT_TRUE(text.IsReadable());
         row.m_edit(text);
         text.Finish();
         EXPECT_EQ(text.GetBytes(), row.m_after);
     }
-}
-
-TEST(OdbcIniText, KeepsTheLinesThatOnlyIodbcSees) {
-    OdbcIniText text("[A]\rk=v\rl=1\x1A[B]\r", OdbcIniLine::Rules::IODBC);
-    text.Set("A", "k", "w");
-    text.Finish();
-    EXPECT_EQ(text.GetBytes(), "[A]\rk=w\nl=1\x1A[B]\r");
 }
 
 std::string Numbered(const char* in_form, int in_from, int in_to) {
