@@ -122,14 +122,8 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
             results.push_back({{.m_name = wish.m_name}, error.what()});
         }
     }
-    for (const DsnResult& result : results) {
-        // A DSN that fails does not stop the others.
-        if (result.m_failure.empty()) {
-            report.AddDone(result.m_plan);
-        } else {
-            report.AddFailed(result.m_plan.m_name, result.m_failure);
-        }
-    }
+    // A DSN that fails does not stop the others.
+    for (const DsnResult& result : results) report.Add(result);
     report.AddSummary();
     const ExitCode code = report.Finish();
     if (s_isInterrupted == 0) return code;

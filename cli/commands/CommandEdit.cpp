@@ -84,9 +84,7 @@ private:
         Change(wish, true);
         m_isOldRemoved =
             isRenamed && (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_REMOVE_OLD, m_name));
-        for (const DsnResult& result : Change(wish, m_line.Has("--dry-run"))) {
-            m_report.AddDone(result.m_plan);
-        }
+        for (const DsnResult& result : Change(wish, m_line.Has("--dry-run"))) m_report.Add(result);
         return m_report.Finish();
     }
 

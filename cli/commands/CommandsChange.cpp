@@ -14,7 +14,7 @@ ExitCode Change(const CommandLine& in_line, const DsnPlanner& in_planner) {
     Report report(in_line, store);
     for (const DsnResult& result : ChangeDsns(store, in_planner, in_line.Has("--dry-run"))) {
         if (!result.m_failure.empty()) FailWith(result.m_failure);
-        report.AddDone(result.m_plan);
+        report.Add(result);
     }
     return report.Finish();
 }

@@ -55,25 +55,24 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
     if (!isOwn) m_place = " in " + m_store.GetPath();
 }
 
-void Report::AddDone(const DsnPlan& in_plan) {
-    ++m_counts[static_cast<std::size_t>(in_plan.m_action)];
-    const bool isSame = in_plan.m_action == Action::None;
-    m_hasNewSecret = m_hasNewSecret || (!isSame && WritesSecret(in_plan));
-    if (m_isJson) {
-        m_results.push_back({{"name", in_plan.m_name},
-                             {"state", isSame ? "unchanged" : "changed"},
-                             {"action", isSame ? "none" : DescribeAction(in_plan.m_action, false)},
-                             {"difference", Difference(in_plan, m_areSecretsShown)}});
-    } else if (!m_isQuiet) {
-        PrintPlan(in_plan, m_isDryRun, isSame ? "" : m_place, m_areSecretsShown);
+void Report::Add(const DsnResult& in_result) {
+    const auto& [plan, failure] = in_result;
+    if (!failure.empty()) {
+        ++m_failures;
+        PrintError(plan.m_name + ": " + failure);
+        m_results.push_back({{"name", plan.m_name}, {"state", "failed"}, {"message", failure}});
+        return;
     }
-}
-
-void Report::AddFailed(const std::string& in_dsn, const std::string& in_reason) {
-    ++m_failures;
-    PrintError(in_dsn + ": " + in_reason);
+    ++m_counts[static_cast<std::size_t>(plan.m_action)];
+    const bool isSame = plan.m_action == Action::None;
+    m_hasNewSecret = m_hasNewSecret || (!isSame && WritesSecret(plan));
     if (m_isJson) {
-        m_results.push_back({{"name", in_dsn}, {"state", "failed"}, {"message", in_reason}});
+        m_results.push_back({{"name", plan.m_name},
+                             {"state", isSame ? "unchanged" : "changed"},
+                             {"action", isSame ? "none" : DescribeAction(plan.m_action, false)},
+                             {"difference", Difference(plan, m_areSecretsShown)}});
+    } else if (!m_isQuiet) {
+        PrintPlan(plan, m_isDryRun, isSame ? "" : m_place, m_areSecretsShown);
     }
 }
 

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "cli/dsn/DsnPlan.h"
+#include "cli/dsn/DsnChanger.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/line/CommandLine.h"
 #include "cli/system/CommandError.h"
@@ -29,8 +29,7 @@ public:
     /// @param in_store  has to stay
     Report(const CommandLine& in_line, const DsnStore& in_store);
 
-    void AddDone(const DsnPlan& in_plan);
-    void AddFailed(const std::string& in_dsn, const std::string& in_reason);
+    void Add(const DsnResult& in_result);
     /// Prints a notice on standard error, unless --quiet is given or the text is empty.
     void AddNotice(const std::string& in_text);
     /// Prints "3 added, 1 changed, 996 unchanged, 1 failed"; nothing in JSON.

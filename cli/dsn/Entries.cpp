@@ -88,7 +88,12 @@ std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown) {
 }
 
 std::string DescribeNearKey(std::string_view in_key) {
-    const std::string_view near = FindNearWord(in_key, FIELD_KEYS);
+    if (FindField(in_key) != nullptr) return {};
+    std::vector<std::string_view> keys;
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        if (field.m_key != "DSN") keys.push_back(field.m_key);
+    }
+    const std::string_view near = FindNearWord(in_key, keys);
     if (near.empty()) return {};
     return "The driver has no key " + std::string(in_key) + "; did you mean " + std::string(near) +
            "?";

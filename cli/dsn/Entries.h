@@ -3,7 +3,6 @@
 #ifndef CLI_ENTRIES_H
 #define CLI_ENTRIES_H
 
-#include <array>
 #include <set>
 #include <string>
 #include <string_view>
@@ -55,16 +54,6 @@ private:
     mutable std::unordered_map<std::string, std::size_t> m_places;
     std::set<std::string> m_repeated;  ///< keys, folded
 };
-
-/// The keys that the setup library writes, in its order, without "Driver".
-inline constexpr auto FIELD_KEYS = [] {
-    std::array<std::string_view, ODBC::DIALOG_FIELDS.size() - 1> keys;
-    auto next = keys.begin();
-    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
-        if (field.m_key != "DSN") *next++ = field.m_key;
-    }
-    return keys;
-}();
 
 /// Returns the field of a key, in any case; null for a key that the setup library does not write.
 const ODBC::DialogField* FindField(std::string_view in_key);

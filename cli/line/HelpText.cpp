@@ -16,7 +16,8 @@ std::string Sentence(std::string_view in_summary) {
 
 }  // namespace
 
-std::string Wrap(std::string_view in_text, std::size_t in_indent, std::size_t in_columns) {
+std::string Wrap(std::string_view in_text, std::size_t in_indent) {
+    constexpr std::size_t MAX_COLUMNS = 80;
     const std::string indent(in_indent, ' ');
     std::string text;
     std::string line = indent;
@@ -25,7 +26,7 @@ std::string Wrap(std::string_view in_text, std::size_t in_indent, std::size_t in
         const std::string_view word = in_text.substr(0, end);
         in_text.remove_prefix(end == std::string_view::npos ? in_text.size() : end + 1);
         const bool isFirst = line.size() == in_indent;
-        if (!isFirst && line.size() + 1 + word.size() > in_columns) {
+        if (!isFirst && line.size() + 1 + word.size() > MAX_COLUMNS) {
             text += line + "\n";
             line = indent;
         } else if (!isFirst) {

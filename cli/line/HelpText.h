@@ -10,11 +10,9 @@
 
 namespace Veltrane::Cli {
 
-inline constexpr std::size_t MAX_COLUMNS = 80;
-
-/// Breaks a text at blanks; each line begins with `in_indent` blanks.
-std::string Wrap(std::string_view in_text, std::size_t in_indent,
-                 std::size_t in_columns = MAX_COLUMNS);
+/// Breaks a text at blanks into lines of at most 80 columns; each line begins with `in_indent`
+/// blanks.
+std::string Wrap(std::string_view in_text, std::size_t in_indent);
 
 std::string MakeOverview();
 std::string MakeHelp(const CommandInfo& in_command);
