@@ -64,6 +64,18 @@ struct Cursor {
     }
 };
 
+ORSKA_INLINE Cursor MakeCursor(const TranscoderSource& in_source,
+                               const TranscoderTarget& in_target) {
+    return {in_source.m_data + in_source.m_position, in_source.m_data + in_source.m_length,
+            in_target.m_data + in_target.m_position, in_target.m_data + in_target.m_length};
+}
+
+ORSKA_INLINE void StorePositions(const Cursor& in_cursor, TranscoderSource& io_source,
+                                 TranscoderTarget& io_target) {
+    io_source.m_position = static_cast<std::uint64_t>(in_cursor.m_from - io_source.m_data);
+    io_target.m_position = static_cast<std::uint64_t>(in_cursor.m_to - io_target.m_data);
+}
+
 // How many bytes of an incomplete code point are before a position, if the text is valid so far: 0
 // to 3.
 ORSKA_INLINE std::uint32_t GetCutBytes(const char* in_start, const char* in_at) {
@@ -387,8 +399,7 @@ ORSKA_INLINE std::int32_t ConvertScalar(TranscoderSource& io_source, TranscoderT
 template <int SOURCE, int TARGET, class Blocks, bool IS_LONG>
 __attribute__((noinline)) std::int32_t ConvertAny(TranscoderSource& io_source,
                                                   TranscoderTarget& io_target) {
-    Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
-                  io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
+    Cursor cursor = MakeCursor(io_source, io_target);
     if (IS_LONG && cursor.GetLeft() > 64) {  // ConvertText has tried shorter ones
         ConvertPlainRun<Blocks>(cursor);
     }
@@ -396,8 +407,7 @@ __attribute__((noinline)) std::int32_t ConvertAny(TranscoderSource& io_source,
     if (cursor.m_from != cursor.m_fromEnd) {
         ConvertEnds<Blocks>(cursor);
     }
-    io_source.m_position = static_cast<std::uint64_t>(cursor.m_from - io_source.m_data);
-    io_target.m_position = static_cast<std::uint64_t>(cursor.m_to - io_target.m_data);
+    StorePositions(cursor, io_source, io_target);
     return cursor.m_from == cursor.m_fromEnd ? TRANSCODER_DONE
                                              : ConvertScalar<SOURCE, TARGET>(io_source, io_target);
 }

@@ -185,6 +185,16 @@ ORSKA_INLINE bool ConvertPadded(Cursor& io_cursor, __m512i in_bytes, std::uint64
     return Windows::ConvertWhole(io_cursor, in_bytes, 0);
 }
 
+// Takes back what the zeros after a text have written.
+template <class Windows>
+ORSKA_INLINE void TakeBackPadding(Cursor& io_cursor, const char* in_end) {
+    if (io_cursor.m_from > in_end) {
+        const auto excess = static_cast<std::uint64_t>(io_cursor.m_from - in_end);
+        io_cursor.m_from = in_end;
+        io_cursor.m_to -= excess / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+    }
+}
+
 // Converts a window if there is room for one. At the end of the text it has whole code points with
 // zeros after them; each zero writes one more plain character. False with nothing changed if it is
 // not valid or there is none.
@@ -206,12 +216,7 @@ ORSKA_INLINE bool ConvertWindow(Cursor& io_cursor) {
     if (size == 0 || !ConvertPadded<Windows>(io_cursor, bytes, size)) {
         return false;
     }
-    const char* const end = from + size;
-    if (io_cursor.m_from > end) {
-        const auto excess = static_cast<std::uint64_t>(io_cursor.m_from - end);
-        io_cursor.m_from = end;
-        io_cursor.m_to -= excess / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
-    }
+    TakeBackPadding<Windows>(io_cursor, from + size);
     return true;
 }
 
@@ -240,18 +245,35 @@ ORSKA_INLINE bool ConvertTightWindow(Cursor& io_cursor) {
 template <int SOURCE, int TARGET, class Windows>
 __attribute__((noinline)) std::int32_t ConvertWindows(TranscoderSource& io_source,
                                                       TranscoderTarget& io_target) {
-    Cursor cursor{io_source.m_data + io_source.m_position, io_source.m_data + io_source.m_length,
-                  io_target.m_data + io_target.m_position, io_target.m_data + io_target.m_length};
+    Cursor cursor = MakeCursor(io_source, io_target);
     ConvertWholeWindows<Windows>(cursor);
     while (cursor.m_from != cursor.m_fromEnd &&
            (cursor.GetRoom() >= Windows::ROOM ? ConvertWindow<Windows>(cursor)
                                               : ConvertTightWindow<Windows>(cursor))) {
     }
-    io_source.m_position = static_cast<std::uint64_t>(cursor.m_from - io_source.m_data);
-    io_target.m_position = static_cast<std::uint64_t>(cursor.m_to - io_target.m_data);
+    StorePositions(cursor, io_source, io_target);
     return cursor.m_from == cursor.m_fromEnd
                ? TRANSCODER_DONE
                : AVX2_TABLE.m_functions[SOURCE][TARGET](io_source, io_target);
+}
+
+// Converts a text of up to 64 bytes, with zeros after it, that is not plain. A code point that its
+// end cuts off is not valid, because of the zeros or because GetCut finds it.
+template <int SOURCE, int TARGET, class Windows>
+__attribute__((noinline)) std::int32_t ConvertOneWindow(TranscoderSource& io_source,
+                                                        TranscoderTarget& io_target,
+                                                        __m512i in_bytes) {
+    Cursor cursor = MakeCursor(io_source, io_target);
+    const std::uint64_t size = cursor.GetLeft();
+    if (cursor.GetRoom() >= Windows::ROOM &&
+        (size < WINDOW || Windows::GetCut(cursor.m_from) == 0) &&
+        ConvertPadded<Windows>(cursor, in_bytes, size)) {
+        TakeBackPadding<Windows>(cursor, cursor.m_fromEnd);
+        StorePositions(cursor, io_source, io_target);
+    }
+    return cursor.m_from == cursor.m_fromEnd
+               ? TRANSCODER_DONE
+               : ConvertWindows<SOURCE, TARGET, Windows>(io_source, io_target);
 }
 
 // The entry of every function: it converts up to 64 plain bytes here and the rest out of line.
@@ -269,6 +291,7 @@ ORSKA_INLINE std::int32_t ConvertTextByWindows(TranscoderSource& io_source,
             io_target.m_position += written;
             return TRANSCODER_DONE;
         }
+        return ConvertOneWindow<SOURCE, TARGET, Windows>(io_source, io_target, bytes);
     }
     return ConvertWindows<SOURCE, TARGET, Windows>(io_source, io_target);
 }
