@@ -73,8 +73,10 @@ constexpr std::uint64_t ZEROS = 0x3030303030303030;
 
 /// Marks every byte that is not a digit in its highest bit; after a byte above 0x89 perhaps
 /// digits too.
-inline std::uint64_t MarkOthers(std::uint64_t in_block) noexcept {
-    return ((in_block + 0x7676767676767676) | in_block) & 0x8080808080808080;
+template <class Block>
+inline Block MarkOthers(Block in_block) noexcept {
+    constexpr Block ONES = static_cast<Block>(~Block{0}) / 0xff;  // 1 in each byte
+    return ((in_block + ONES * 0x76) | in_block) & (ONES * 0x80);
 }
 
 inline bool AreDigits(std::uint64_t in_block) noexcept { return MarkOthers(in_block) == 0; }
@@ -137,14 +139,6 @@ inline __m128i Load16(const char* in_text) noexcept {
 
 /// 16 characters, in the form of the blocks of 8.
 __extension__ typedef unsigned __int128 WideBlock;
-
-constexpr WideBlock Repeat(std::uint64_t in_block) noexcept {
-    return WideBlock{in_block} << 64 | in_block;
-}
-
-inline WideBlock MarkOthers(WideBlock in_block) noexcept {
-    return ((in_block + Repeat(0x7676767676767676)) | in_block) & Repeat(0x8080808080808080);
-}
 
 /// 9 to 16 characters, right-aligned after zeros. Reads those only.
 inline WideBlock Load9To16(const char* in_text, std::size_t in_length) noexcept {
