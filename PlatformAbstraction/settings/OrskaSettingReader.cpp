@@ -31,15 +31,11 @@ std::recursive_mutex s_lock;
 using Guard = std::lock_guard<std::recursive_mutex>;
 
 std::string EnsureTrailingSeparator(std::string in_path) {
-    if (in_path.empty()) {
+    if (!in_path.empty() && (in_path.back() == '/' || in_path.back() == '\\')) {
+        in_path.back() = '\\';
         return in_path;
     }
-    if (in_path.back() == '/') {
-        in_path.back() = '\\';
-    } else if (in_path.back() != '\\') {
-        in_path += '\\';
-    }
-    return in_path;
+    return in_path.empty() ? in_path : in_path + '\\';
 }
 
 }  // namespace

@@ -98,11 +98,6 @@ void RegKeyValuesToMap(const RegistryKey& in_key, SectionMap& io_section, bool i
     }
 }
 
-orska_wstring ToUpper(orska_wstring in_name) {
-    in_name.ToUpper();
-    return in_name;
-}
-
 }  // namespace
 
 void RegistryConfigurationReader::LoadConfiguration(SectionMap& io_section,
@@ -125,8 +120,8 @@ void RegistryConfigurationReader::LoadConfiguration(ConfigurationMap& io_configu
     RegistryKey key;
     if (in_section != nullptr) {
         if (OpenKey(in_hiveName, in_keyPath + orska_wstring(L"\\") + *in_section, key)) {
-            RegKeyValuesToMap(key, io_configuration[ToUpper(*in_section)], m_isCaseSensitive,
-                              false);
+            RegKeyValuesToMap(key, io_configuration[orska_wstring(*in_section).ToUpper()],
+                              m_isCaseSensitive, false);
         }
     } else if (OpenKey(in_hiveName, in_keyPath, key)) {
         LoadSubKeys(io_configuration, key);
@@ -148,8 +143,8 @@ void RegistryConfigurationReader::LoadSubKeys(ConfigurationMap& io_configuration
         const orska_wstring subKeyName(name, nameLength);
         RegistryKey subKey;
         if (in_key.OpenSubKey(subKeyName, subKey)) {
-            RegKeyValuesToMap(subKey, io_configuration[ToUpper(subKeyName)], m_isCaseSensitive,
-                              false);
+            RegKeyValuesToMap(subKey, io_configuration[orska_wstring(subKeyName).ToUpper()],
+                              m_isCaseSensitive, false);
         }
     }
 }
