@@ -13,24 +13,18 @@ namespace {
 
 using Test::ToText;
 
-TEST(SectionMap, KeepsTheLastValueOfAKeyInTheOrderOfKeys) {
+TEST(SectionMap, KeepsTheLastValueOfAKeyWhateverItsType) {
     SectionMap section;
     section.SetText(u"b", u"first");
     section.Set(L"a", SettingValue(std::uint32_t{1}));
     section.SetText(u"b", u"");
     EXPECT_EQ(ToText(section), "a:1;b=;");
     section.Set(L"b", SettingValue(~std::uint64_t{0}));
-    section.Set(L"", SettingValue(orska_wstring()));
-    EXPECT_EQ(section.GetSize(), 3u);
     section.SetText(u"a", u"text");
-    EXPECT_EQ(section.Find(L"a"), SettingValue(orska_wstring(L"text")));
-    EXPECT_EQ(section.Find(L"b"), SettingValue(~std::uint64_t{0}));
-    EXPECT_EQ(section.Find(L"c"), std::nullopt);
-    EXPECT_EQ(section.Find(L"A"), std::nullopt);
-    EXPECT_EQ(ToText(section), "=;a=text;b::18446744073709551615;");
     const SectionMap copy = section;
     section.SetText(u"a", u"changed");
-    EXPECT_EQ(ToText(copy), "=;a=text;b::18446744073709551615;");
+    EXPECT_EQ(ToText(copy), "a=text;b::18446744073709551615;");
+    EXPECT_EQ(section.Find(L"A"), std::nullopt);
 }
 
 TEST(SectionMap, OrdersAsStringsDo) {
@@ -58,6 +52,7 @@ TEST(SectionMap, OrdersAsStringsDo) {
     for (const auto& [key, value] : section) {
         ASSERT_EQ(key, next->first);
         ASSERT_EQ(value, SettingValue(next->second));
+        ASSERT_EQ(section.Find(key), value);
         ++next;
     }
 }
