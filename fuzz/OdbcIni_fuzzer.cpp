@@ -168,11 +168,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
         save.m_values.emplace_back(key, takeText());
     }
     const std::string before = input.TakeRest();
+    // They read the second of two files by other rules.
+    IniScratch::Write(Scratch().SystemFile(), before);
+    IniScratch::Write(file, "[first]\n");
+    SQLSetConfigMode(ODBC_BOTH_DSN);
+    CompareReading(before, save.m_name);
+    std::filesystem::remove(Scratch().SystemFile());
     IniScratch::Write(file, before);
     SQLSetConfigMode(ODBC_USER_DSN);
+    CompareReading(before, save.m_name);
     const Request request;
     const bool isValid = ValidDSN(Text(save.m_name));
-    CompareReading(before, save.m_name);
     if ((what & 2) != 0) {
         const bool isRemoved = isValid && RemoveDSNFromIni(Text(save.m_name));
         const std::string after = IniScratch::Read(file);
