@@ -55,8 +55,6 @@ const Keys SAVED = {
     {"Driver", "drv"}, {"Server", "s"}, {"Namespace", "n"}, {"PWD", "p"}, {"Database", "d"}};
 /// x after a save that failed after some of its keys.
 const Keys SERVER_FAILED = {{"Driver", "drv"}};
-const Keys NAMESPACE_FAILED = {{"Driver", "drv"}, {"Server", "s"}};
-const Keys PWD_FAILED = {{"Driver", "drv"}, {"Server", "s"}, {"Namespace", "n"}};
 const Keys DATABASE_FAILED = {{"Driver", "drv"}, {"Server", "s"}, {"Namespace", "n"}, {"PWD", "p"}};
 /// The values saved from an editor that starts with these.
 const DialogValues NEW_VALUES = MakeDialogValues(u"new", u"s2", u"d2");
@@ -135,8 +133,6 @@ const Row ROWS[] = {
      {{"x", {{"Driver", InstallerStage::WRITTEN_DRIVER}}}},
      "Write Driver"},
     {"server fails", CONFIG, X, ACCEPTED, FAILED, {{"x", SERVER_FAILED}}, "Write Server"},
-    {"namespace fails", CONFIG, X, ACCEPTED, FAILED, {{"x", NAMESPACE_FAILED}}, "Write Namespace"},
-    {"password fails", CONFIG, X, CANCELLED, FAILED, {{"x", PWD_FAILED}}, "Write PWD"},
     {"database fails", CONFIG, X, CANCELLED, FAILED, {{"x", DATABASE_FAILED}}, "Write Database"},
 };
 

@@ -63,11 +63,9 @@ TEST(EditorProcess, TheErrorNamesAFailedEditorAndTheReason) {
     const std::pair<const char*, std::string> cases[] = {
         {"end", program + " ended with status 3 before it answered."},
         {"crash", program + " was ended by signal 9 (Killed) before it answered."},
-        {"half", program + " ended with status 3 before it answered."},
         {"leave socket", program + " ended with status 3 before it answered."},
         {"close and stay", program + " closed the connection before it answered."},
         {"garbage", notUnderstood + "bytes that are no message."},
-        {"huge", notUnderstood + "a message of more than 4 MiB."},
         {"show back", notUnderstood + "a message that only the host sends."},
     };
     for (const auto& [mode, error] : cases) {

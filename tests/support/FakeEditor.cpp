@@ -129,11 +129,6 @@ int main() {
     } else if (mode == "garbage") {
         SendRaw(host, "Hello, I am no editor at all.");
         StayForever();
-    } else if (mode == "huge") {
-        SendRaw(host, std::string_view("VDE1\2\0\0\0\xFF\xFF\xFF\x7F", 12));
-        StayForever();
-    } else if (mode == "half") {
-        SendRaw(host, std::string_view("VDE1\2\0\0\0\x20\0\0\0\4\0\0\0abcd", 20));
     } else if (mode == "crash") {
         raise(SIGKILL);
     } else if (mode == "not loaded") {
