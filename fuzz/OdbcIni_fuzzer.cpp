@@ -168,11 +168,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* in_data, std::size_t i
         save.m_values.emplace_back(key, takeText());
     }
     const std::string before = input.TakeRest();
-    // They read the second of two files by other rules.
+    // They read the second of two files by other rules, unless the first cannot be read.
     IniScratch::Write(Scratch().SystemFile(), before);
-    IniScratch::Write(file, "[first]\n");
     SQLSetConfigMode(ODBC_BOTH_DSN);
-    CompareReading(before, save.m_name);
+    for (const char* first : {"[first]\n", "unreadable\n"}) {
+        IniScratch::Write(file, first);
+        CompareReading(before, save.m_name);
+    }
     std::filesystem::remove(Scratch().SystemFile());
     IniScratch::Write(file, before);
     SQLSetConfigMode(ODBC_USER_DSN);
