@@ -25,6 +25,7 @@
 #include "Setup/VeltraneDSNConfiguration.h"
 #include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/IniScratch.h"
+#include "tests/support/InstallerStage.h"
 #include "tests/support/NewProcess.h"
 #include "tests/support/TestSystem.h"
 #include "tests/support/WithoutFileCapabilities.h"
@@ -35,6 +36,9 @@ namespace {
 using namespace OdbcInstaller;
 using Test::IniScratch;
 using Test::InNewProcess;
+using Test::InstallerStage;
+
+using Errors = std::vector<std::pair<unsigned long, std::string>>;
 
 constexpr char OTHERS[] = "# kept\n[Other]\nk = v\n";
 
@@ -291,25 +295,13 @@ TEST_F(OdbcInstallerTest, RefusesWhenAnObstacleIsThere) {
     }
 }
 
-/// The code and text of each of the installer's errors.
-std::vector<std::pair<DWORD, std::string>> Errors() {
-    std::vector<std::pair<DWORD, std::string>> errors;
-    DWORD code = 0;
-    char text[300] = "";
-    WORD length = 0;
-    for (WORD i = 1; SQLInstallerError(i, &code, text, sizeof text, &length) == SQL_SUCCESS; ++i) {
-        errors.emplace_back(code, text);
-    }
-    return errors;
-}
-
 TEST_F(OdbcInstallerTest, PostsOneError) {
     SQLPostInstallerError(ODBC_ERROR_GENERAL_ERR, "from before");
     const Request request;
     ASSERT_TRUE(Save("Sales", "s"));
     EXPECT_FALSE(Write("Sales", "k", "a\nb"));
     EXPECT_TRUE(PostInstallerError(11, Text("Grüße")));
-    EXPECT_EQ(Errors(), (decltype(Errors()){{11, "Grüße"}}));
+    EXPECT_EQ(InstallerStage().Posted(), (Errors{{11, "Grüße"}}));
     EXPECT_FALSE(PostInstallerError(1000, Text("no such code")));
 }
 
@@ -319,7 +311,7 @@ TEST_F(OdbcInstallerTest, ARemovalThatFailsReportsWhy) {
     EXPECT_FALSE(RemoveDSNFromIni(Text("Sales")));
     const std::string why =
         ": text before the first section makes the whole file unreadable for the driver manager";
-    EXPECT_EQ(Errors(), (decltype(Errors()){{11, m_scratch.UserFile().string() + why}}));
+    EXPECT_EQ(InstallerStage().Posted(), (Errors{{11, m_scratch.UserFile().string() + why}}));
 }
 
 /// A file of the user, reached by a symbolic link, or of the system.
