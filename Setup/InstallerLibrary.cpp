@@ -143,6 +143,8 @@ const InstallerLibrary* UseInstallerLibrary(const InstallerLibrary* in_library) 
 
 const InstallerLibrary& GetInstallerLibrary() noexcept {
     if (t_library != nullptr) return *t_library;
+    // A child that is forked during the first call would find the object half made for ever.
+    const SystemCalls::ForkLock lock;
     // Process-wide: set on first use, never changed.
     static const InstallerLibrary s_library = LoadAny();
     return s_library;
