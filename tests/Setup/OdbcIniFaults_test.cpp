@@ -456,7 +456,7 @@ TEST_F(OdbcIniFaults, WaitsForAProgramThatIsWriting) {
         // Others replace the file at once. Without an exchange of names that can go unseen.
         const bool isReplaced = duration == 0;
         if (isReplaced && !hasRenameFlags) continue;
-        Write(OLD);
+        Restore();
         const std::size_t calls = CountCalls(hasRenameFlags);
         // If names cannot be exchanged, a second rename follows the last check of the old file's
         // bytes, and of its time and size, which can be the same. A write in between is lost.
