@@ -249,10 +249,10 @@ bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) 
 }
 
 bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value) {
+    if (IsAsRead(in_key, in_value)) return true;
     const std::optional<std::string> key = ToUtf8(in_key);
     const std::optional<std::string> value = ToUtf8(in_value);
-    return IsAsRead(in_key, in_value) ||
-           (key && value && OdbcIniLine::IsCarriableLine(*key, *value, RulesOf(IsIodbc())));
+    return key && value && OdbcIniLine::IsCarriableLine(*key, *value, RulesOf(IsIodbc()));
 }
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
