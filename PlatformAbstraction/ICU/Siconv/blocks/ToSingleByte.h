@@ -12,23 +12,17 @@ namespace {
 template <class VECTOR, bool IS_BIG>
 class Utf16ToSingleByteBlocks : public Utf16Source<VECTOR, IS_BIG, 0xFF00> {
     using Source = Utf16Source<VECTOR, IS_BIG, 0xFF00>;
-    using Source::m_hasSurrogates;
-    using Source::m_isPlain;
 
 public:
     using V = VECTOR;
     using Type = typename V::Type;
-    using Source::IsPending;
-    using Source::IsPlain;
-    using Source::Load;
-    using Source::WritePlain;
     static constexpr std::uint64_t ROOM = V::SIZE / 2;
 
     template <class To>
     ORSKA_INLINE bool Convert(Type in_at, To& io_to) {
-        m_isPlain = IsPlain(in_at) && !IsPending();
-        m_hasSurrogates = false;
-        if (m_isPlain) {
+        this->m_isPlain = Source::IsPlain(in_at) && !this->IsPending();
+        this->m_hasSurrogates = false;
+        if (this->m_isPlain) {
             PutPlain<Utf16ToSingleByteBlocks>(io_to, in_at);
             return true;
         }
@@ -36,7 +30,7 @@ public:
         const auto bytes = V::Select(V::template All16<0x1A>(), in_at, isSmall);
         const auto isSurrogate =
             V::Equal16(V::And(in_at, V::template All16<0xF800>()), V::template All16<0xD800>());
-        if (V::IsZero(isSurrogate) && !IsPending()) {
+        if (V::IsZero(isSurrogate) && !this->IsPending()) {
             PutPlain<Utf16ToSingleByteBlocks>(io_to, bytes);
             return true;
         }
@@ -51,15 +45,15 @@ public:
     }
 
     ORSKA_INLINE void ContinueRun(Cursor& io_cursor, const char*) {
-        if (m_isPlain) {
+        if (this->m_isPlain) {
             ConvertPlainRun<Utf16ToSingleByteBlocks>(io_cursor);
-        } else if (!m_hasSurrogates) {
+        } else if (!this->m_hasSurrogates) {
             ConvertMixedRun(io_cursor);
         }
     }
 
     ORSKA_INLINE void TakeBack(Cursor& io_cursor, const char*) {
-        if (IsPending()) {
+        if (this->IsPending()) {
             io_cursor.m_from -= 2;
             io_cursor.m_to -= 1;
         }
@@ -73,7 +67,7 @@ private:
         const char* from = io_cursor.m_from;
         char* to = io_cursor.m_to;
         for (std::uint32_t plain = 0; steps > 0 && plain < 8; --steps) {
-            const auto units = Load(from);
+            const auto units = Source::Load(from);
             const auto isSurrogate =
                 V::Equal16(V::And(units, V::template All16<0xF800>()), V::template All16<0xD800>());
             if (!V::IsZero(isSurrogate)) {
@@ -81,7 +75,7 @@ private:
             }
             const auto isSmall = V::Equal16(V::And(units, V::template All16<0xFF00>()), V::Zero());
             plain = V::GetSignBits(isSmall) == V::FULL ? plain + 1 : 0;
-            WritePlain(to, V::Select(V::template All16<0x1A>(), units, isSmall));
+            Source::WritePlain(to, V::Select(V::template All16<0x1A>(), units, isSmall));
             from += V::SIZE;
             to += ROOM;
         }

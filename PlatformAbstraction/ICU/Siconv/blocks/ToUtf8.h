@@ -280,21 +280,15 @@ private:
 template <class VECTOR, bool IS_BIG>
 class Utf16Blocks : public Utf16Source<VECTOR, IS_BIG, 0xFF80> {
     using Source = Utf16Source<VECTOR, IS_BIG, 0xFF80>;
-    using Source::m_hasSurrogates;
-    using Source::m_isLead;
-    using Source::m_isPlain;
 
 public:
     using V = VECTOR;
     using Type = typename V::Type;
-    using Source::IsPending;
-    using Source::IsPlain;
-    using Source::Load;
     static constexpr std::uint64_t ROOM = V::SIZE / 2 * 3 + Utf8Packer<V>::SCRATCH;
     static constexpr std::uint64_t STEP = V::SIZE;
 
     static ORSKA_INLINE bool LoadUnits(const char* in_at, Type& out_units) {
-        out_units = Load(in_at);
+        out_units = Source::Load(in_at);
         return true;
     }
 
@@ -311,21 +305,21 @@ public:
 
     template <class To>
     ORSKA_INLINE bool Convert(Type in_at, To& io_to) {
-        m_isPlain = IsPlain(in_at) && !IsPending();
-        m_hasSurrogates = false;
-        if (m_isPlain) {
+        this->m_isPlain = Source::IsPlain(in_at) && !this->IsPending();
+        this->m_hasSurrogates = false;
+        if (this->m_isPlain) {
             PutPlain<Utf16Blocks>(io_to, in_at);
             return true;
         }
         const auto isAscii = V::Equal16(V::And(in_at, V::template All16<0xFF80>()), V::Zero());
         const auto five = V::And(in_at, V::template All16<0xF800>());
-        if (V::IsZero(five) && !IsPending()) {
+        if (V::IsZero(five) && !this->IsPending()) {
             Utf8Packer<V>::Write2(in_at, isAscii, io_to);
             return true;
         }
         const auto isShort = V::Equal16(five, V::Zero());
         const auto isSurrogate = V::Equal16(five, V::template All16<0xD800>());
-        if (V::GetSignBits(isSurrogate) == 0 && !IsPending()) {
+        if (V::GetSignBits(isSurrogate) == 0 && !this->IsPending()) {
             Utf8Packer<V>::Write3(in_at, isAscii, isShort, io_to);
             return true;
         }
@@ -333,10 +327,10 @@ public:
     }
 
     ORSKA_INLINE void ContinueRun(Cursor& io_cursor, const char*) {
-        if (m_hasSurrogates) {
+        if (this->m_hasSurrogates) {
             return;
         }
-        if (m_isPlain) {
+        if (this->m_isPlain) {
             ConvertPlainRun<Utf16Blocks>(io_cursor);
         }
         Utf8Run<V, Utf16Blocks>::Continue(io_cursor);
@@ -344,7 +338,7 @@ public:
 
     // A lead surrogate has already written two bytes.
     ORSKA_INLINE void TakeBack(Cursor& io_cursor, const char*) {
-        if (IsPending()) {
+        if (this->IsPending()) {
             io_cursor.m_from -= 2;
             io_cursor.m_to -= 2;
         }
@@ -371,7 +365,7 @@ private:
         if (!Source::PairSurrogates(in_at, in_isSurrogate, isLead, isTrail)) {
             return false;
         }
-        if (m_isLead == (V::FULL & 0x3333333333333333)) {
+        if (this->m_isLead == (V::FULL & 0x3333333333333333)) {
             WritePairs(in_at, io_to);
             m_before = in_at;
             return true;
