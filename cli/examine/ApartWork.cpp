@@ -56,7 +56,10 @@ void Connect(const Json& in_request, const ApartRequest& in_parent) {
     const Clock::time_point begin = Clock::now();
     const bool isConnected = calls.Connect(in_request.at("connection_string"));
     const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
-    Json diagnostics = calls.GetDiagnostics();  // of this call, before others
+    Json diagnostics = Json::array();
+    for (const auto& [state, code, said] : calls.GetDiagnostics()) {
+        diagnostics.push_back({{"state", state}, {"native_code", code}, {"text", said}});
+    }
     in_parent.m_answer(ToLine({{"connected", isConnected},
                                {"time_ms", time.count()},
                                {"server", isConnected ? calls.GetInfo(SQL_DBMS_NAME) : ""},

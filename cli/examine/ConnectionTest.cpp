@@ -120,7 +120,9 @@ Json ReadAnswer(const Json& in_answer, const Entries& in_attributes, const Store
     if (in_answer.contains("reason")) return MakeResult("not tested", in_answer["reason"]);
     const std::string took = DescribeTime(milliseconds(in_answer.at("time_ms").get<long long>()));
     Json result = MakeResult("refused", "Not connected; it took " + took + ".");
-    result.update(in_answer);
+    for (const char* const key : {"connected", "time_ms", "server", "version", "diagnostics"}) {
+        result[key] = in_answer.at(key);
+    }
     Json& diagnostics = result["diagnostics"];
     MaskSecrets(in_attributes, diagnostics);
     if (in_stored.m_entries) MaskSecrets(*in_stored.m_entries, diagnostics);

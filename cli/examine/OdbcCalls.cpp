@@ -73,10 +73,10 @@ std::string OdbcCalls::GetInfo(unsigned short in_kind) {
     return TextIn(text, static_cast<unsigned short>(size) / sizeof(SQLTCHAR));
 }
 
-nlohmann::ordered_json OdbcCalls::GetDiagnostics() {
+std::vector<ConnectionDiagnostic> OdbcCalls::GetDiagnostics() {
     constexpr SQLSMALLINT MAX_NUMBER = 32;  // for a driver that never reports the end
     constexpr SQLSMALLINT MAX_TEXT = 4096;  // characters
-    auto diagnostics = nlohmann::ordered_json::array();
+    std::vector<ConnectionDiagnostic> diagnostics;
     for (SQLSMALLINT i = 1; i <= MAX_NUMBER; ++i) {
         SQLTCHAR state[6] = {};
         SQLTCHAR text[MAX_TEXT] = {};
@@ -85,12 +85,12 @@ nlohmann::ordered_json OdbcCalls::GetDiagnostics() {
         const SQLRETURN result = VELTRANE_FIND(SQLGetDiagRec)(
             SQL_HANDLE_DBC, m_connection, i, state, &code, text, MAX_TEXT, &length);
         if (!SQL_SUCCEEDED(result)) break;
-        const std::string name = TextIn(state, 5);
+        ConnectionDiagnostic diagnostic{TextIn(state, 5), code,
+                                        TextIn(text, static_cast<unsigned short>(length))};
         // iODBC adds a diagnostic without an error, whose text it has already freed.
-        if (name == "00000") continue;
-        std::string said = TextIn(text, static_cast<unsigned short>(length));
-        said.erase(said.find_last_not_of(" \r\n\t") + 1);
-        diagnostics.push_back({{"state", name}, {"native_code", code}, {"text", said}});
+        if (diagnostic.m_state == "00000") continue;
+        diagnostic.m_text.erase(diagnostic.m_text.find_last_not_of(" \r\n\t") + 1);
+        diagnostics.push_back(std::move(diagnostic));
     }
     return diagnostics;
 }

@@ -3,10 +3,16 @@
 #ifndef CLI_ODBCCALLS_H
 #define CLI_ODBCCALLS_H
 
-#include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace Veltrane::Cli {
+
+struct ConnectionDiagnostic {
+    std::string m_state;  ///< SQLSTATE, five characters
+    long m_nativeCode = 0;
+    std::string m_text;
+};
 
 class OdbcCalls {
 public:
@@ -20,8 +26,8 @@ public:
     bool Connect(const std::string& in_connectionString);
     /// Returns the driver's information about the server, such as SQL_DBMS_NAME; empty on failure.
     std::string GetInfo(unsigned short in_kind);
-    /// Returns the diagnostics of the last call: "state", "native_code" and "text" of each.
-    nlohmann::ordered_json GetDiagnostics();
+    /// Returns the diagnostics of the last call.
+    std::vector<ConnectionDiagnostic> GetDiagnostics();
     void Disconnect();
 
 private:
