@@ -25,10 +25,24 @@ constinit std::atomic<unsigned> s_forks{0};
 
 /// Process-wide: held by ForkLock, and by a fork while it runs.
 constinit std::mutex s_forkMutex;
+/// Process-wide: the thread that holds the lock, 0 for none, and how often it has taken it.
+/// A recursive mutex would not do: a child cannot unlock it.
+constinit std::atomic<pthread_t> s_forkOwner{0};
+constinit unsigned s_forkDepth = 0;
 
-void LockBeforeFork() { s_forkMutex.lock(); }
+void TakeForkLock() {
+    if (s_forkOwner != pthread_self()) {
+        s_forkMutex.lock();
+        s_forkOwner = pthread_self();
+    }
+    ++s_forkDepth;
+}
 
-void UnlockInParent() { s_forkMutex.unlock(); }
+void ReleaseForkLock() {
+    if (--s_forkDepth > 0) return;
+    s_forkOwner = 0;
+    s_forkMutex.unlock();
+}
 
 /// Runs in the child, where it must neither allocate nor lock: other threads of the parent can have
 /// been in the middle of anything.
@@ -38,12 +52,12 @@ void CloseInChild() {
         const int handle = place.exchange(0);
         if (handle != 0) close(handle - 1);
     }
-    s_forkMutex.unlock();
+    ReleaseForkLock();
 }
 
 /// Registered when the library is loaded: its first use could be on two threads or during a fork.
 [[maybe_unused]] const int s_isHandled =
-    pthread_atfork(&LockBeforeFork, &UnlockInParent, &CloseInChild);
+    pthread_atfork(&TakeForkLock, &ReleaseForkLock, &CloseInChild);
 
 std::size_t TakePlace(int in_handle) {
     for (std::size_t i = 0; i < s_private.size(); ++i) {
@@ -55,9 +69,9 @@ std::size_t TakePlace(int in_handle) {
 
 }  // namespace
 
-ForkLock::ForkLock() { s_forkMutex.lock(); }
+ForkLock::ForkLock() { TakeForkLock(); }
 
-ForkLock::~ForkLock() { s_forkMutex.unlock(); }
+ForkLock::~ForkLock() { ReleaseForkLock(); }
 
 int KeepOffStandardHandles(int in_handle) { return Orska::MoveAboveStandard(in_handle); }
 

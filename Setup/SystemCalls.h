@@ -82,7 +82,8 @@ bool UseFileRightsOfUser();
 void UseFileRightsOfProcess();
 
 /// The process's lock for short work that a fork must not interrupt: forks wait for the lock, and
-/// it is free in the child. Not recursive.
+/// it is free in the child. The thread that holds it can take it again, and can fork: a host's
+/// crash handler forks wherever the crash was, and a host's fork handler can make a request.
 class ForkLock {
 public:
     ForkLock();

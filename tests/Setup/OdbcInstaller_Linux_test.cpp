@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "Setup/OdbcInstaller.h"
+#include "Setup/SystemCalls.h"
 #include "Setup/VeltraneDSNConfiguration.h"
 #include "Setup/VeltraneDSNSetupException.h"
 #include "tests/support/IniScratch.h"
@@ -371,16 +372,21 @@ TEST_F(OdbcInstallerTest, AChildFindsTheInstallersLocksFree) {
     std::thread other([&] {
         while (!isEnding) use();
     });
-    std::string answer = "1";
-    for (int i = 0; i < 100 && answer == "1"; ++i) {
-        answer = InNewProcess([&] {
+    const auto useInChild = [&] {
+        return InNewProcess([&] {
             alarm(10);
             return use() ? "1" : "0";
         });
-    }
+    };
+    std::string answer = "1";
+    for (int i = 0; i < 100 && answer == "1"; ++i) answer = useInChild();
     isEnding = true;
     other.join();
     EXPECT_EQ(answer, "1");
+    const SystemCalls::ForkLock lock;
+    alarm(60);
+    EXPECT_EQ(useInChild(), "1") << "forked under the lock";
+    alarm(0);
 }
 
 // ORSKA_TEST_ROUNDS sets a higher number than in a quick run.
