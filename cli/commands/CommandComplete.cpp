@@ -10,18 +10,28 @@ namespace Veltrane::Cli {
 
 namespace {
 
+/// The shells send the typed text as it is quoted there.
+std::string FoldUnquoted(std::string_view in_text) {
+    std::string text = FoldName(in_text);
+    std::erase_if(
+        text, [](char in_char) { return in_char == '\\' || in_char == '\'' || in_char == '"'; });
+    return text;
+}
+
 /// Prints a word with its description, if it begins with the typed text.
 void Offer(std::string_view in_word, std::string_view in_typed, std::string_view in_text = {}) {
-    if (!FoldName(in_word).starts_with(FoldName(in_typed))) return;
+    if (!FoldUnquoted(in_word).starts_with(FoldUnquoted(in_typed))) return;
     std::cout << in_word << '\t' << in_text << '\n';
 }
 
-void OfferValues(ValueKind in_kind, Scope in_scope, std::string_view in_typed) {
+/// @param in_option  "--option=" if the typed text begins with it
+void OfferValues(ValueKind in_kind, Scope in_scope, const std::string& in_option,
+                 std::string_view in_typed) {
     std::vector<std::string> words;
     if (in_kind == ValueKind::Dsn) words = GetDsnNames(DsnStore(in_scope).Load());
     if (in_kind == ValueKind::Driver) words = DriverRegistry().GetNames();
     if (in_kind == ValueKind::Format) words = {"json", "ini"};
-    for (const std::string& word : words) Offer(word, in_typed);
+    for (const std::string& word : words) Offer(in_option + word, in_typed);
     // The shells know these.
     if (in_kind == ValueKind::File) std::cout << ":files\n";
     if (in_kind == ValueKind::Variable) std::cout << ":variables\n";
@@ -30,7 +40,13 @@ void OfferValues(ValueKind in_kind, Scope in_scope, std::string_view in_typed) {
 void OfferFor(const CommandInfo& in_command, const std::vector<std::string>& in_words,
               std::string_view in_typed) {
     const bool isSystem = std::find(in_words.begin(), in_words.end(), "--system") != in_words.end();
-    const std::string previous = in_words.empty() ? std::string() : in_words.back();
+    std::string previous = in_words.empty() ? std::string() : in_words.back();
+    std::string joined;
+    const std::size_t equals = in_typed.find('=');
+    if (in_typed.starts_with("--") && equals != std::string_view::npos) {
+        previous = in_typed.substr(0, equals);
+        joined = previous + "=";
+    }
     ValueKind kind = in_command.m_kind;
     bool isOption = in_typed.starts_with('-');
     std::vector<std::pair<std::string, std::string_view>> options;
@@ -43,7 +59,8 @@ void OfferFor(const CommandInfo& in_command, const std::vector<std::string>& in_
             options.emplace_back(std::move(name), option->m_help);
         }
     }
-    if (!isOption) return OfferValues(kind, isSystem ? Scope::System : Scope::User, in_typed);
+    const Scope scope = isSystem ? Scope::System : Scope::User;
+    if (!isOption) return OfferValues(kind, scope, joined, in_typed);
     for (const auto& [name, text] : options) Offer(name, in_typed, text);
 }
 
@@ -60,6 +77,9 @@ ExitCode CompleteWords() {
     } else if (words.size() < 2) {
         const std::string group = words.empty() ? std::string() : words.front();
         for (const std::string_view word : GetWords(group)) Offer(word, typed);
+        if (typed.starts_with('-')) {
+            for (const char* const word : {"--help", "--version"}) Offer(word, typed);
+        }
     }
     return EXIT_DONE;
 }

@@ -1,14 +1,27 @@
 # Completion of veltrane-dsn for bash. The words go through standard input: no word of the line gets
 # into an argument list.
 _veltrane_dsn() {
-  local cur=${COMP_WORDS[COMP_CWORD]} word
+  local rest=${COMP_LINE#*"${COMP_WORDS[0]}"} cur=${COMP_WORDS[COMP_CWORD]} words=() word quoted i
   COMPREPLY=()
+  # bash also divides words at ":" and "=".
+  for ((i = 1; i <= COMP_CWORD; ++i)); do
+    [[ $i == 1 || $rest == [[:blank:]]* ]] && words+=("")
+    words[-1]+=${COMP_WORDS[i]}
+    rest=${rest#*"${COMP_WORDS[i]}"}
+  done
+  local typed=${words[-1]}
+  [[ $cur == [:=]* ]] && cur=
   while IFS=$'\t' read -r word _; do
     case $word in
-      :files) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+      :files) compopt -o default ;;
       :variables) mapfile -t COMPREPLY < <(compgen -e -- "$cur") ;;
-      "$cur"*) COMPREPLY+=("$(printf %q "$word")") ;;
+      *)
+        printf -v quoted %q "$word"
+        [[ $cur == [\"\']* ]] && quoted=$word
+        # Only what is after the last ":" or "=" is replaced.
+        [[ ${word//[\"\'\\]/} == "${typed//[\"\'\\]/}"* ]] && COMPREPLY+=("${quoted#"${typed%"$cur"}"}")
+        ;;
     esac
-  done < <(printf '%s\n' "${COMP_WORDS[@]:1:COMP_CWORD}" | veltrane-dsn --complete 2>/dev/null)
+  done < <(printf '%s\n' "${words[@]}" | veltrane-dsn --complete 2>/dev/null)
 }
 complete -F _veltrane_dsn veltrane-dsn

@@ -7,9 +7,9 @@ function __veltrane_dsn
     set -l offered (printf '%s\n' $words "$typed" | veltrane-dsn --complete 2>/dev/null)
     switch "$offered[1]"
         case :files
-            __fish_complete_path "$typed"
+            complete -C "__fish_command_without_completions $typed"
         case :variables
-            set -nx
+            printf '%s\n' (string match -r -- '^--[^=]*=|' "$typed")(set -nx)
         case '*'
             printf '%s\n' $offered
     end

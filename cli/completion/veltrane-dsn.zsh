@@ -3,8 +3,8 @@
 local -a offered names shown
 offered=(${(f)"$(print -rl -- "${(@)words[2,CURRENT]}" | veltrane-dsn --complete 2>/dev/null)"})
 case ${offered[1]} in
-  :files) _files ;;
-  :variables) _parameters -g '*export*' ;;
+  :files) compset -P '--*='; _files ;;
+  :variables) compset -P '--*='; _parameters -g '*export*' ;;
   *)
     names=("${(@)offered%%$'\t'*}")
     shown=("${(@)offered/$'\t'/  }")

@@ -337,11 +337,14 @@ class TextsTest(ToolTest):
 
     # How each shell completes the last word of a line.
     SHELLS = {
-        "bash": ("--norc", """COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); . "$0"; _veltrane_dsn
+        # bash divides words at "=", and completes files without the script.
+        "bash": ("--norc", """compopt() { compgen -f -- "$cur"; }; COMP_LINE="$*" last=${!#}; . "$0"
+                              [[ $last == *=* ]] && set -- "${@:1:$#-1}" "${last%=*}" = "${last#*=}"
+                              COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _veltrane_dsn
                               printf '%s\\n' "${COMPREPLY[@]}" """),
         "fish": ("--no-config", 'source $argv[1]; complete -C "$argv[2..]"'),
         "zsh": ("-f", """_files() { print -rl -- $words[CURRENT]*; }; _parameters() { print ODBCSYSINI; }
-                         compadd() { print -rl -- $names; }; words=("$@") CURRENT=$#; . "$0" """),
+                         compset() { :; }; compadd() { print -rl -- $names; }; words=("$@") CURRENT=$#; . "$0" """),
     }
 
     def complete(self, shell, *words):
@@ -352,15 +355,16 @@ class TextsTest(ToolTest):
                                 capture_output=True, check=True, cwd=self.folder,
                                 env={**self.stage.environment, "PATH": path})
         self.assertEqual(result.stderr, "")
-        return sorted(line.split("\t")[0] for line in result.stdout.splitlines() if line)
+        return sorted(re.sub(r"\t.*|\\|--driver=", "", line) for line in result.stdout.splitlines() if line)
 
     def test_shells_complete_commands_and_names(self):
-        self.add_sales()
+        self.write({"sales": {}, "it's": {}})
         self.write({"stock": {"Driver": "Other"}, "archive": {}}, "system")
         for shell in filter(shutil.which, self.SHELLS):
             for words, expected in ((["do"], "doctor"), (["driver", ""], "list register unregister"),
                                     (["show", "sa"], "sales"), (["show", "--system", "s"], "stock"),
-                                    (["set", "sales", "--driver", "V"], "Veltrane"),
+                                    (["set", "sales", "--driver", "V"], "Veltrane"), (["--he"], "--help"),
+                                    (["set", "--driver=V"], "Veltrane"), (["show", "it\\'"], "it's"),
                                     (["list", "--prefix", ""], ""), (["export", "--format", "i"], "ini"),
                                     (["apply", "user"], "user.ini"),
                                     (["add", "x", "--pwd-env", "ODBCSYS"], "ODBCSYSINI")):
