@@ -11,8 +11,7 @@ namespace Veltrane::Cli {
 
 /// Asks a new process. Blocks for at most 20 s.
 /// @param in_kind  "library": the fault of the library `in_text` as a digit, and its detail;
-/// "driver": whether the setup
-///                 library of that driver answers the installer
+///                 "driver": whether the setup library of that driver answers the installer
 /// @return the answer; empty if the process ended without one or took longer
 std::string AskApart(const char* in_kind, const std::string& in_text,
                      const std::vector<std::string>& in_functions = {});

@@ -100,8 +100,8 @@ class LineTest(ToolTest):
         passed = " is the driver manager's own section and is ignored.\n"
         source = "veltrane-dsn: standard input"
         for text, notes in (
-                ("[ODBC Data Sources]\na=V\na\n[a]\nSever=s\nPWD=\nState=absent\n",
-                 f"{source}: [ODBC Data Sources]{passed}"
+                ("[ODBC Data Sources]\na=V\na\n[odbc]\nTrace=1\n[a]\nSever=s\nPWD=\nState=absent\n",
+                 f"{source}: [ODBC Data Sources]{passed}{source}: [odbc]{passed}"
                  f'{source}: "a": The driver has no key Sever; did you mean Server?\n'),
                 ("[]", source + " describes no DSN.\n"), ("# nothing", source + " describes no DSN.\n")):
             self.assertEqual(self.run_tool("apply", "-", stdin=text)[1], notes)
