@@ -538,7 +538,7 @@ void OdbcIniText::Render(const Body& in_body, std::size_t& io_gaps, std::string&
     const bool isLive = in_body.IsLive();
     if (!isLive && in_body.m_isNew) return;
     if (!isLive && IsBlankLineAtEnd(io_text, io_text.size())) ++io_gaps;
-    if (isLive && in_body.m_isSpaced) {
+    if (isLive && in_body.m_isSpaced && !io_text.empty()) {
         EndLine(io_text);
         io_text += m_lineEnd;
     }

@@ -55,10 +55,15 @@ bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key
 
 bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
                               const std::string& in_value) {
-    return m_isOpen &&
-           (OdbcIniLine::IsReadBack(in_key, in_value, m_rules) ||
-            m_text->IsAtEnd(in_section, in_key, in_value)) &&
-           Write(in_section, in_key, in_value);
+    if (!m_isOpen) return false;
+    if (OdbcIniLine::IsReadBack(in_key, in_value, m_rules) ||
+        m_text->IsAtEnd(in_section, in_key, in_value)) {
+        return Write(in_section, in_key, in_value);
+    }
+    // Blanks at the end of iODBC's file. No other line can hold them: a renamed data source loses
+    // them.
+    const std::string value = in_value.substr(0, in_value.find_last_not_of(" \t\f") + 1);
+    return OdbcIniLine::IsReadBack(in_key, value, m_rules) && Write(in_section, in_key, value);
 }
 
 bool OdbcIniUpdate::Write(const std::string& in_section, const std::string& in_key,

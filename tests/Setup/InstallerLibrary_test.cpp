@@ -95,7 +95,8 @@ TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
     using namespace OdbcInstaller;
     const IniScratch scratch;
     setenv("SYSODBCINI", scratch.SystemFile().c_str(), 1);
-    IniScratch::Write(scratch.UserFile(), "[a]\nboth=user\nempty=\nuser=1\n");
+    const std::string before = "[a]\nboth=user\nempty=\nuser=1 ";
+    IniScratch::Write(scratch.UserFile(), before);
     IniScratch::Write(scratch.SystemFile(),
                       "[a]\nboth=system\nempty=full\nsystem=2\n[b]\nk=v\t;c\n");
     void* const iodbc = dlopen("libiodbcinst.so.2", RTLD_NOW | RTLD_LOCAL);
@@ -116,6 +117,21 @@ TEST(InstallerLibrary, ReadsBothFilesOfIodbcAsItsReaderDoes) {
                   0);
         EXPECT_EQ(ours.GetAsUtf8(), theirs) << section << " " << key;
     }
+    const Request request;
+    orska_wstring value;
+    GetPrivateProfileString(L"a", L"user", L"", value, 20, L"odbc.ini");
+    for (const wchar_t* name : {L"a", L"renamed"}) {
+        Update update;
+        EXPECT_TRUE(WriteDSNToIni(name, L"V"));
+        EXPECT_TRUE(WritePrivateProfileString(name, L"user", value, L"odbc.ini"));
+        EXPECT_TRUE(update.Commit());
+    }
+    EXPECT_EQ(IniScratch::Read(scratch.UserFile()),
+              "[ODBC Data Sources]\na=V\nrenamed=V\n\n[renamed]\nDriver=V\nuser=1\n"
+              "[a]\nDriver=V\nuser=1 ");
+    std::filesystem::remove(scratch.UserFile());
+    std::filesystem::create_directory(scratch.UserFile());
+    EXPECT_FALSE(WritePrivateProfileString(L"a", L"user", value, L"odbc.ini"));
 }
 
 TEST(InstallerLibrary, ReportsOnceThatItCannotBeLoaded) {
