@@ -95,10 +95,11 @@ const EditCase EDIT_CASES[] = {
     {"blanks that iODBC reads at the end of the file",
      [](OdbcIniText& io_text) {
          Save(io_text);
-         io_text.Set("B", "n", "w");
+         for (int i = 0; i < 70; ++i) io_text.Set("B", "n" + std::to_string(i), "w");
+         for (int i = 1; i < 70; ++i) io_text.RemoveKey("B", "n" + std::to_string(i));
          io_text.Set("B", "k", *io_text.Get("B", "k"));
      },
-     "[A]\n[B]\nk=v ", "[A]\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n[B]\nn=w\nk=v ",
+     "[A]\n[B]\nk=v ", "[A]\n\n[Sales]\nDriver=V\nServer=new\nDatabase=d\n[B]\nn0=w\nk=v ",
      OdbcIniLine::Rules::IODBC},
 };
 

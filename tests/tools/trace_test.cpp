@@ -32,7 +32,7 @@ TEST(trace, WritesLevelsUpToItsOwn) {
         {"3", 1, true},     {"3", 3, true},      {"10", 11, false},   {"3", 0, true},
         {"3", -5, true},    {nullptr, 1, false}, {nullptr, 0, false}, {nullptr, -5, false},
         {"0", 0, false},    {"", 1, false},      {"x", 1, false},     {"-1", 0, false},
-        {"254", 254, true}, {"300", 254, true},  {"254", 255, false}, {" 3", 3, true},
+        {"254", 254, true}, {"300", 254, true},  {"300", 255, false}, {" 3", 3, true},
         {"0st", 0, false},  {"st", 1, false},    {most, 254, true},   {least, 0, false},
     };
     for (const auto& row : rows) {

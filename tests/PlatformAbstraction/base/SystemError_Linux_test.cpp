@@ -25,7 +25,8 @@ TEST(SystemError, TextsAreReadInTheCharsetOfTheLocale) {
     const std::string messages =
         directory.Write("de.po",
                         "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n"
-                        "msgid \"No such device or address\"\nmsgstr \"Kein Ger\xC3\xA4t\"\n");
+                        "msgid \"No such device or address\"\nmsgstr \"Kein Ger\xC3\xA4t\"\n"
+                        "msgid \"Input/output error\"\nmsgstr \"\u20AC \U0001F4BE\"\n");
     const std::string catalogue = directory.GetPath("de/LC_MESSAGES/libc.mo");
     if (std::system(("msgfmt -o '" + catalogue + "' '" + messages + "'").c_str()) != 0) {
         GTEST_SKIP() << "gettext is not installed";
@@ -39,6 +40,7 @@ TEST(SystemError, TextsAreReadInTheCharsetOfTheLocale) {
         EXPECT_EQ((Veltrane::ODBC::FileFailure{"", "cannot open", ENXIO}.Describe()),
                   "cannot open: Kein Ger\xC3\xA4t");
     }
+    EXPECT_EQ(GetLastErrorText(EIO).GetAsUtf8(), "\u20AC \U0001F4BE");
     std::setlocale(LC_ALL, "C");
     EXPECT_EQ(GetLastErrorText(ENXIO).GetAsUtf8(), "No such device or address");
 }

@@ -23,6 +23,7 @@
 static bool s_seekFails = false;
 static bool s_truncateFails = false;
 static long s_readFailsFrom = LONG_MAX;  // a position
+static bool s_writesAreCut = false;      // to two bytes, each after an interruption
 
 static long Call(bool in_fails, long in_number, int in_file, long in_second, long in_third) {
     errno = EIO;
@@ -44,6 +45,15 @@ extern "C" ssize_t read(int in_file, void* out_buffer, std::size_t in_count) {
                 std::min(static_cast<long>(in_count), most));
 }
 
+extern "C" ssize_t write(int in_file, const void* in_bytes, std::size_t in_count) {
+    static bool s_isInterrupted = false;
+    s_isInterrupted = s_writesAreCut && !s_isInterrupted;
+    errno = EINTR;
+    if (s_isInterrupted) return -1;
+    return syscall(SYS_write, in_file, in_bytes,
+                   s_writesAreCut ? std::min<std::size_t>(in_count, 2) : in_count);
+}
+
 namespace Orska::Support {
 namespace {
 
@@ -57,7 +67,7 @@ using Test::TraceCapture;
 class TextFileFailures : public testing::Test {
 protected:
     ~TextFileFailures() override {
-        s_seekFails = s_truncateFails = false;
+        s_seekFails = s_truncateFails = s_writesAreCut = false;
         s_readFailsFrom = LONG_MAX;
     }
 
@@ -139,6 +149,10 @@ TEST_F(TextFileFailures, AWriteThatFailsReturnsTheBytesWritten) {
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit limit = {3, before.rlim_max};
     TextFile file(m_path, TextFile::MODE_WRITE);
+    s_writesAreCut = true;
+    EXPECT_EQ(file.Write("abcde", 5), 5u);
+    EXPECT_EQ(m_directory.Read("x"), "abcde");
+    file.Clear();
     setrlimit(RLIMIT_FSIZE, &limit);
     const std::size_t written = file.Write("abcde", 5);
     const std::size_t more = file.Write("abcde", 5);
