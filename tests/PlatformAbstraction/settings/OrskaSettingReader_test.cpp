@@ -282,15 +282,12 @@ TEST_F(SettingReader, Encodings) {
 TEST_F(SettingReader, WritesItsVerboseLines) {
     InitializeWithoutSources();
     Platform::SetVerbose(true);
-    CaptureStderr();
-    Reader::GetDriverManagerEncoding();
     Reader::SetSetting("AnsiEncoding", "bad");
     Reader::SetSetting("DriverManagerEncoding", "bad");
+    CaptureStderr();
     ThrownMessage([] { Reader::GetAppCharEncoding(); });
     ThrownMessage([] { Reader::GetDriverManagerEncoding(); });
     EXPECT_EQ(GetCapturedStderr(),
-              "OrskaSettingReader::GetDriverManagerEncoding()\n"
-              "DriverManagerEncoding setting not loaded, using default: UTF-16_LE.\n"
               "OrskaSettingReader::GetAppCharEncoding()\n"
               "ANSIEncoding setting is not a legal encoding.\n"
               "OrskaSettingReader::GetDriverManagerEncoding()\n"
