@@ -13,8 +13,7 @@ namespace {
 /// The shells send the typed text as it is quoted there.
 std::string FoldUnquoted(std::string_view in_text) {
     std::string text = FoldName(in_text);
-    std::erase_if(
-        text, [](char in_char) { return in_char == '\\' || in_char == '\'' || in_char == '"'; });
+    for (const char quote : {'\\', '\'', '"'}) std::erase(text, quote);
     return text;
 }
 
@@ -40,26 +39,21 @@ void OfferValues(ValueKind in_kind, Scope in_scope, const std::string& in_option
 void OfferFor(const CommandInfo& in_command, const std::vector<std::string>& in_words,
               std::string_view in_typed) {
     const bool isSystem = std::find(in_words.begin(), in_words.end(), "--system") != in_words.end();
-    std::string previous = in_words.empty() ? std::string() : in_words.back();
-    std::string joined;
-    const std::size_t equals = in_typed.find('=');
-    if (in_typed.starts_with("--") && equals != std::string_view::npos) {
-        previous = in_typed.substr(0, equals);
-        joined = previous + "=";
-    }
+    const Scope scope = isSystem ? Scope::System : Scope::User;
+    const std::string previous = in_words.empty() ? std::string() : in_words.back();
     ValueKind kind = in_command.m_kind;
     bool isOption = in_typed.starts_with('-');
+    const std::string joined(in_typed.substr(0, isOption ? in_typed.find('=') + 1 : 0));
     std::vector<std::pair<std::string, std::string_view>> options;
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {
         for (std::string& name : SplitNames(*option)) {
-            if (name == previous && !option->m_argument.empty()) {
+            if ((name == previous || name + "=" == joined) && !option->m_argument.empty()) {
                 kind = option->m_kind;
                 isOption = false;
             }
             options.emplace_back(std::move(name), option->m_help);
         }
     }
-    const Scope scope = isSystem ? Scope::System : Scope::User;
     if (!isOption) return OfferValues(kind, scope, joined, in_typed);
     for (const auto& [name, text] : options) Offer(name, in_typed, text);
 }
@@ -76,10 +70,9 @@ ExitCode CompleteWords() {
         OfferFor(*command, words, typed);
     } else if (words.size() < 2) {
         const std::string group = words.empty() ? std::string() : words.front();
-        for (const std::string_view word : GetWords(group)) Offer(word, typed);
-        if (typed.starts_with('-')) {
-            for (const char* const word : {"--help", "--version"}) Offer(word, typed);
-        }
+        std::vector<std::string_view> offered = GetWords(group);
+        if (typed.starts_with('-')) offered = {"--help", "--version"};
+        for (const std::string_view word : offered) Offer(word, typed);
     }
     return EXIT_DONE;
 }

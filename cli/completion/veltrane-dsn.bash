@@ -5,7 +5,7 @@ _veltrane_dsn() {
   COMPREPLY=()
   # bash also divides words at ":" and "=".
   for ((i = 1; i <= COMP_CWORD; ++i)); do
-    [[ $i == 1 || $rest == [[:blank:]]* ]] && words+=("")
+    [[ $i == 1 || $rest == [[:space:]]* ]] && words+=("")
     words[-1]+=${COMP_WORDS[i]}
     rest=${rest#*"${COMP_WORDS[i]}"}
   done
