@@ -280,6 +280,8 @@ class FileFindingsTest(ToolTest):
             self.assertIn(name, found)
         self.assertTrue(found["password-readable-by-others"].endswith(", d8 and 1 more."))
         self.assertNotIn("hunter2", str(found))
+        os.chmod(self.user, 0o640)
+        self.assertIn("by its group", self.findings()["password-readable-by-others"])
         os.chmod(self.user, 0o600)
         self.assertNotIn("password-readable-by-others", self.findings())
         found = self.findings(ODBCINI="/nowhere/odbc.ini")
