@@ -167,9 +167,9 @@ std::string FollowLinks(std::string in_path) {
     return in_path;
 }
 
-/// True when the file system or the kernel does not support the call.
+/// True when the file system, the kernel or the profile of a container does not support the call.
 bool IsUnsupported(int in_error) {
-    return in_error == EINVAL || in_error == ENOSYS || in_error == ENOTSUP;
+    return in_error == EINVAL || in_error == ENOSYS || in_error == ENOTSUP || in_error == EPERM;
 }
 
 }  // namespace

@@ -3,9 +3,12 @@
 // is left.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -185,6 +188,26 @@ TEST_F(OdbcIniFaults, NoHandleIsAStandardHandle) {
     };
     EXPECT_EQ(InNewProcess(change), "0");
     EXPECT_EQ(Read(), NEW);
+}
+
+/// Profiles of containers that are older than a system call answer EPERM to it.
+TEST_F(OdbcIniFaults, OlderSystemCallsDoWhereNewOnesAreRefused) {
+    const auto change = [&] {
+        sock_filter filter[] = {{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
+                                {BPF_JMP | BPF_JEQ | BPF_K, 2, 0, SYS_faccessat2},
+                                {BPF_JMP | BPF_JEQ | BPF_K, 1, 0, SYS_renameat2},
+                                {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW},
+                                {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ERRNO | EPERM}};
+        const sock_fprog program{std::size(filter), filter};
+        if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0) {
+            return "no filter";
+        }
+        if (!Change()) return "not changed";
+        return std::filesystem::remove(m_file) && Change() ? "" : "not created";
+    };
+    EXPECT_EQ(InNewProcess(change), "");
+    ExpectTheFileAlone("[S]\nDriver=V\n\n");
 }
 
 /// A host forks while another of its threads makes a request.
