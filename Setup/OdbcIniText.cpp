@@ -18,7 +18,6 @@ using OdbcIniLine::Seen;
 using OdbcIniLine::TextAfterEquals;
 using OdbcIniLine::ValueOf;
 using Orska::Support::EqualsIgnoringCase;
-using Orska::Support::FoldCase;
 using Orska::Support::IsAsciiBlank;
 using Orska::Support::Trim;
 using Orska::Support::TrimLeft;
@@ -65,6 +64,9 @@ bool IsBlankLineAtEnd(std::string_view in_text, std::size_t in_end) {
 
 /// After searches for this many names, all sections are found and indexed.
 constexpr std::size_t MAX_UNINDEXED_NAMES = 32;
+
+/// Room for a section that is rewritten.
+constexpr std::size_t USUAL_SECTION = 512;
 
 }  // namespace
 
@@ -201,8 +203,8 @@ std::uint32_t OdbcIniText::FindLive(std::string_view in_section) const {
     if (!m_isReadable) return NONE;
     // Most searches are for the same section as the last one. Inserting a block before it moves it
     // to a later index, so m_live never hits a later section of the same name.
-    if (m_live < m_blocks.size() && IsLive(m_live) &&
-        IsNamed(m_blocks[m_live], in_section, HashName(in_section))) {
+    if (m_live < m_blocks.size() && !m_blocks[m_live].m_isRun && IsLive(m_live) &&
+        EqualsIgnoringCase(NameOf(m_blocks[m_live]), in_section)) {
         return m_live;
     }
     std::uint32_t block = FindFirst(in_section);
@@ -228,9 +230,8 @@ bool OdbcIniText::IsLive(std::uint32_t in_block) const {
 }
 
 std::string_view OdbcIniText::NameOf(const Block& in_block) const {
-    return in_block.m_body == NONE
-               ? HeaderName(Pieces().Get(in_block.m_begin))
-               : std::string_view(m_bodies[in_block.m_body]->m_lines.front().m_key);
+    return in_block.m_body == NONE ? HeaderName(Pieces().Get(in_block.m_begin))
+                                   : m_bodies[in_block.m_body]->m_lines.front().m_key;
 }
 
 /// Calls in_visit with the visible part of each piece of a section, without its header, and whether
@@ -268,8 +269,9 @@ std::optional<std::string> OdbcIniText::Get(std::string_view in_section, std::st
     if (block == NONE) return std::nullopt;
     Body* const body = BodyOf(block);
     if (body == nullptr) return Pieces().FindValue(RangeOf(block), in_key, in_rules);
-    const Line* const line = body->Find(FoldCase(in_key), true);
-    return line == nullptr ? std::nullopt : std::optional<std::string>(ValueIn(*line));
+    const Line* const line = body->Find(in_key);
+    if (line == nullptr || !line->m_isLive) return std::nullopt;
+    return ValueIn(*line);
 }
 
 std::string OdbcIniText::ValueIn(const Line& in_line) const {
@@ -289,7 +291,7 @@ bool OdbcIniText::IsAtEnd(std::string_view in_section, std::string_view in_key,
     const std::uint32_t block = FindLive(in_section);
     if (block == NONE || BodyOf(block) == nullptr) return false;
     const Line& last = BodyOf(block)->m_lines.back();
-    return EndsFile(last) && last.m_key == FoldCase(in_key) && ValueIn(last) == in_value;
+    return EndsFile(last) && EqualsIgnoringCase(last.m_key, in_key) && ValueIn(last) == in_value;
 }
 
 std::vector<std::string> OdbcIniText::GetSections() const {
@@ -328,7 +330,7 @@ OdbcIniText::Line OdbcIniText::MakeLine(std::string_view in_piece, bool in_isOwn
     const std::string_view seen = Seen(in_piece, m_rules);
     const std::string_view content = TrimLeft(seen);
     const std::optional<std::string_view> key = KeyOf(seen, m_rules);
-    return {std::string(in_piece), FoldCase(key.value_or("")), key.has_value(),
+    return {in_piece, key.value_or(std::string_view()), key.has_value(),
             !content.empty() && !IsComment(content.front()), in_isOwn};
 }
 
@@ -353,7 +355,7 @@ OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
 
 /// Removes header and keys. The tail of a long comment, which the reader takes for a key, becomes a
 /// comment: otherwise it would be a key of the section before.
-void OdbcIniText::RemoveBlock(Body& io_body) const {
+void OdbcIniText::RemoveBlock(Body& io_body) {
     std::vector<Line>& lines = io_body.m_lines;
     for (std::size_t i = 0; i < lines.size();) {
         Line& line = lines[i];
@@ -367,23 +369,24 @@ void OdbcIniText::RemoveBlock(Body& io_body) const {
             }
             io_body.Remove(i);
             line.m_isLive = true;
-            line.m_text.clear();
-            AppendComment(whole, line.m_text);
+            line.m_text = m_written.Keep({MakeComment(whole)});
         }
         i = end;
     }
 }
 
-void OdbcIniText::AppendComment(std::string_view in_line, std::string& io_text) const {
+/// Splits a comment into lines that the reader does not split.
+std::string OdbcIniText::MakeComment(std::string_view in_line) const {
     constexpr std::string_view MARK = "# ";
     const std::size_t most = OdbcIniPieces::GetMost(m_rules);
+    std::string comment;
     while (in_line.size() - in_line.ends_with('\n') > most) {
         std::size_t size = most - MARK.size();
         while (size > 1 && IsContinuation(in_line[size])) --size;
-        io_text.append(in_line.substr(0, size)).append(m_lineEnd).append(MARK);
+        comment.append(in_line.substr(0, size)).append(m_lineEnd).append(MARK);
         in_line.remove_prefix(size);
     }
-    io_text.append(in_line);
+    return comment.append(in_line);
 }
 
 void OdbcIniText::RemoveSection(std::string_view in_section) {
@@ -404,8 +407,8 @@ std::uint32_t OdbcIniText::AddLive(std::string_view in_section) {
     m_isChanged = true;
     block = FindFirst(in_section);
     if (block == NONE) block = AddBlock(in_section);
-    BodyOf(block)->m_lines.front() = {"[" + std::string(in_section) + "]" + m_lineEnd,
-                                      std::string(in_section)};
+    const std::string_view header = m_written.Keep({"[", in_section, "]", m_lineEnd});
+    BodyOf(block)->m_lines.front() = {header, header.substr(1, in_section.size())};
     return block;
 }
 
@@ -414,7 +417,7 @@ std::uint32_t OdbcIniText::AddBlock(std::string_view in_section) {
     auto body = std::make_unique<Body>();
     body->m_isNew = true;
     body->m_isSpaced = !EndsWithBlankLine();
-    body->m_lines.push_back({{}, std::string(in_section)});
+    body->m_lines.push_back({{}, m_written.Keep({in_section})});
     if (!body->m_isSpaced) body->m_lines.push_back({m_lineEnd, {}});
     m_blocks.push_back(
         {m_text.size(), HashName(in_section), static_cast<std::uint32_t>(m_bodies.size())});
@@ -444,29 +447,26 @@ void OdbcIniText::Set(std::string_view in_section, std::string_view in_key,
                       std::string_view in_value) {
     if (!m_isReadable) return;
     Body& body = Edit(AddLive(in_section));
-    std::string text;
-    text.reserve(in_key.size() + 1 + in_value.size() + m_lineEnd.size());
-    text.append(in_key).append("=").append(in_value).append(m_lineEnd);
-    Line line{std::move(text), FoldCase(in_key), true, true};
-    Line* old = body.Find(line.m_key, true);
-    if (old == nullptr) old = body.Find(line.m_key, false);
+    const std::string_view text = m_written.Keep({in_key, "=", in_value, m_lineEnd});
+    const Line line{text, text.substr(0, in_key.size()), true, true};
+    Line* const old = body.Find(in_key);
     if (old == nullptr) {
         const bool isBeforeLast = EndsFile(body.m_lines.back()) && body.m_lines.back().m_isLive;
-        body.Insert(std::move(line));
+        body.Insert(line);
         if (isBeforeLast) std::swap(body.m_lines.back(), *(body.m_lines.end() - 2));
         if (isBeforeLast) body.m_index.clear();
     } else if (EndsFile(*old) && ValueIn(*old) == in_value) {
         old->m_isLive = true;
     } else {
         body.Remove(static_cast<std::size_t>(old - body.m_lines.data()));
-        *old = std::move(line);
+        *old = line;
     }
 }
 
 void OdbcIniText::RemoveKey(std::string_view in_section, std::string_view in_key) {
     if (!Get(in_section, in_key)) return;
     Body& body = Edit(FindLive(in_section));
-    while (Line* const line = body.Find(FoldCase(in_key), true)) {
+    for (Line* line = body.Find(in_key); line->m_isLive; line = body.Find(in_key)) {
         body.Remove(static_cast<std::size_t>(line - body.m_lines.data()));
     }
 }
@@ -478,6 +478,7 @@ void OdbcIniText::Finish() {
     }
     m_blocks.clear();
     m_bodies.clear();
+    m_written.Clear();
     m_slots.clear();
     m_searches.clear();
     m_isIndexed = false;
@@ -512,6 +513,7 @@ void OdbcIniText::Render() {
     std::size_t copied = begin;
     std::size_t gaps = 0;
     std::string text;
+    text.reserve(USUAL_SECTION);
     const auto copyUntil = [&](std::size_t in_end) {
         if (in_end <= copied) return;
         if (copied > begin) EndLine(text);

@@ -28,6 +28,7 @@
 #include "Setup/OdbcIniLine.h"
 #include "Setup/OdbcIniPieces.h"
 #include "Setup/OdbcIniSection.h"
+#include "Setup/TextStore.h"
 
 namespace Veltrane::ODBC {
 
@@ -128,8 +129,8 @@ private:
 
     Body& Edit(std::uint32_t in_block);
     Line MakeLine(std::string_view in_piece, bool in_isOwn) const;
-    void RemoveBlock(Body& io_body) const;
-    void AppendComment(std::string_view in_line, std::string& io_text) const;
+    void RemoveBlock(Body& io_body);
+    std::string MakeComment(std::string_view in_line) const;
     std::uint32_t AddLive(std::string_view in_section);
     std::uint32_t AddBlock(std::string_view in_section);
     bool EndsWithBlankLine() const;
@@ -153,6 +154,7 @@ private:
     mutable std::vector<std::uint32_t> m_slots;
     mutable std::vector<std::uint32_t> m_nextOfName;
     std::vector<std::unique_ptr<Body>> m_bodies;
+    TextStore m_written;  ///< new lines
 };
 
 }  // namespace Veltrane::ODBC
