@@ -82,7 +82,7 @@ private:
 
 constinit BoundLibraries s_boundLibraries;
 
-/// The library of this thread's request; null outside of one.
+/// The library of this thread's request, else that of the process; null before its first use.
 thread_local const InstallerLibrary* t_library = nullptr;
 
 InstallerLibrary LoadAny() {
@@ -147,7 +147,7 @@ const InstallerLibrary& GetInstallerLibrary() noexcept {
     const SystemCalls::ForkLock lock;
     // Process-wide: set on first use, never changed.
     static const InstallerLibrary s_library = LoadAny();
-    return s_library;
+    return *(t_library = &s_library);
 }
 
 bool PostError(unsigned in_code, const std::string& in_text) {

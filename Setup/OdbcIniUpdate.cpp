@@ -13,7 +13,7 @@ void TraceFileFailure(const FileFailure& in_failure) {
 OdbcIniUpdate::OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
                              OdbcIniText::Rules in_rules)
     : m_file(in_path), m_newFileMode(in_newFileMode), m_rules(in_rules), m_isOpen(Open()) {
-    m_edits.reserve(16);
+    m_steps.reserve(16);
 }
 
 bool OdbcIniUpdate::Open() {
@@ -40,46 +40,62 @@ bool OdbcIniUpdate::Refuse(const char* in_reason) {
     return false;
 }
 
-bool OdbcIniUpdate::Do(Edit in_edit) {
+bool OdbcIniUpdate::Do(Edit in_edit, std::string_view in_section, std::string_view in_key,
+                       std::string_view in_value) {
     if (!m_isOpen) return false;
-    m_edits.push_back(std::move(in_edit));
-    m_edits.back()(*m_text);
+    const std::string_view texts = m_texts.Keep({in_section, in_key, in_value});
+    m_steps.push_back({in_edit, texts.substr(0, in_section.size()),
+                       texts.substr(in_section.size(), in_key.size()),
+                       texts.substr(in_section.size() + in_key.size())});
+    in_edit(*m_text, in_section, in_key, in_value);
     return true;
 }
 
-bool OdbcIniUpdate::Set(const std::string& in_section, const std::string& in_key,
-                        const std::string& in_value) {
+bool OdbcIniUpdate::Set(std::string_view in_section, std::string_view in_key,
+                        std::string_view in_value) {
     return OdbcIniLine::IsCarriableLine(in_key, in_value, m_rules) &&
            Write(in_section, in_key, in_value);
 }
 
-bool OdbcIniUpdate::SetAsRead(const std::string& in_section, const std::string& in_key,
-                              const std::string& in_value) {
+bool OdbcIniUpdate::SetAsRead(std::string_view in_section, std::string_view in_key,
+                              std::string_view in_value) {
     if (!m_isOpen) return false;
-    if (OdbcIniLine::IsReadBack(in_key, in_value, m_rules) ||
-        m_text->IsAtEnd(in_section, in_key, in_value)) {
-        return Write(in_section, in_key, in_value);
+    if (!OdbcIniLine::IsReadBack(in_key, in_value, m_rules) &&
+        !m_text->IsAtEnd(in_section, in_key, in_value)) {
+        // Blanks at the end of iODBC's file. No other line can hold them: a renamed data source
+        // loses them.
+        in_value = in_value.substr(0, in_value.find_last_not_of(" \t\f") + 1);
+        if (!OdbcIniLine::IsReadBack(in_key, in_value, m_rules)) return false;
     }
-    // Blanks at the end of iODBC's file. No other line can hold them: a renamed data source loses
-    // them.
-    const std::string value = in_value.substr(0, in_value.find_last_not_of(" \t\f") + 1);
-    return OdbcIniLine::IsReadBack(in_key, value, m_rules) && Write(in_section, in_key, value);
+    return Write(in_section, in_key, in_value);
 }
 
-bool OdbcIniUpdate::Write(const std::string& in_section, const std::string& in_key,
-                          const std::string& in_value) {
-    if (in_section.empty() || in_section != m_checkedSection) {
-        if (!OdbcIniLine::IsCarriableSection(in_section)) return false;
-        m_checkedSection = in_section;
-    }
-    return Do([=](OdbcIniText& io_text) { io_text.Set(in_section, in_key, in_value); });
+bool OdbcIniUpdate::Write(std::string_view in_section, std::string_view in_key,
+                          std::string_view in_value) {
+    const bool isChecked = !in_section.empty() && in_section == m_checkedSection;
+    const bool isDone = (isChecked || OdbcIniLine::IsCarriableSection(in_section)) &&
+                        Do([](OdbcIniText& io_text, auto... in_texts) { io_text.Set(in_texts...); },
+                           in_section, in_key, in_value);
+    if (isDone) m_checkedSection = m_steps.back().m_section;
+    return isDone;
 }
 
 bool OdbcIniUpdate::Commit() {
+    return ReplaceOrRepeat([this](OdbcIniText& io_text) {
+        for (const auto& [edit, section, key, value] : m_steps) edit(io_text, section, key, value);
+    });
+}
+
+bool OdbcIniUpdate::Commit(const Plan& in_plan) {
+    if (m_isOpen) in_plan(*m_text);
+    return ReplaceOrRepeat(in_plan);
+}
+
+bool OdbcIniUpdate::ReplaceOrRepeat(const Plan& in_repeat) {
     if (!m_isOpen) return false;
     bool isDone = Replace();
     while (!isDone && m_file.IsDueAgain() && Open()) {
-        for (const Edit& edit : m_edits) edit(*m_text);
+        in_repeat(*m_text);
         isDone = Replace();
     }
     m_isOpen = false;

@@ -6,17 +6,17 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Setup/OdbcIniFile.h"
 #include "Setup/OdbcIniText.h"
+#include "Setup/TextStore.h"
 
 namespace Veltrane::ODBC {
 
 class OdbcIniUpdate {
 public:
-    using Edit = std::function<void(OdbcIniText&)>;
-
     /// Locks and reads the file. A failure is traced, and every operation then returns false.
     OdbcIniUpdate(const std::string& in_path, mode_t in_newFileMode,
                   OdbcIniText::Rules in_rules = OdbcIniText::Rules::FIRST_FILE);
@@ -32,30 +32,45 @@ public:
     /// Sets and traces a failure. Always returns false.
     bool Refuse(const char* in_reason);
 
+    /// An edit of the text, made from up to three texts.
+    using Edit = void (*)(OdbcIniText& io_text, std::string_view in_section,
+                          std::string_view in_key, std::string_view in_value);
     /// Makes an edit, and remembers it for Commit.
-    bool Do(Edit in_edit);
+    bool Do(Edit in_edit, std::string_view in_section, std::string_view in_key = {},
+            std::string_view in_value = {});
     /// Writes a key if the file can hold it; adds a missing section.
-    bool Set(const std::string& in_section, const std::string& in_key, const std::string& in_value);
+    bool Set(std::string_view in_section, std::string_view in_key, std::string_view in_value);
     /// As Set, for a value that was read from a file: control characters in it stay.
-    bool SetAsRead(const std::string& in_section, const std::string& in_key,
-                   const std::string& in_value);
+    bool SetAsRead(std::string_view in_section, std::string_view in_key, std::string_view in_value);
 
     /// Writes the file if an edit changed it, and unlocks it. If a program without the lock has
     /// written it meanwhile, repeats the edits on the new text.
     bool Commit();
+    using Plan = std::function<void(OdbcIniText&)>;
+    /// The same for the edits of a plan, instead of single ones: runs it, and again to repeat them.
+    bool Commit(const Plan& in_plan);
 
 private:
-    bool Write(const std::string& in_section, const std::string& in_key,
-               const std::string& in_value);
+    /// An edit that was made.
+    struct Step {
+        Edit m_edit;
+        std::string_view m_section;
+        std::string_view m_key;
+        std::string_view m_value;
+    };
+
+    bool Write(std::string_view in_section, std::string_view in_key, std::string_view in_value);
     bool Open();
     bool Replace();
+    bool ReplaceOrRepeat(const Plan& in_repeat);
 
     OdbcIniFile m_file;
     mode_t m_newFileMode;
     OdbcIniText::Rules m_rules;
     std::shared_ptr<OdbcIniText> m_text;
-    std::vector<Edit> m_edits;
-    std::string m_checkedSection;  ///< the last one that was written
+    std::vector<Step> m_steps;
+    TextStore m_texts;                  ///< of the steps
+    std::string_view m_checkedSection;  ///< the last one that was written
     bool m_isOpen = false;
 };
 

@@ -4,10 +4,6 @@
 
 namespace Veltrane::ODBC::OdbcInstaller {
 
-bool HasReplacementCharacter(const orska_wstring& in_text) {
-    return in_text.GetView().find(u'\uFFFD') != std::u16string_view::npos;
-}
-
 orska_wstring CutToBuffer(orska_wstring in_text, int in_bufferSize) {
     std::int32_t length = in_bufferSize - 1;
     if (in_text.GetLength() <= length) return in_text;

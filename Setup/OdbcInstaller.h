@@ -61,10 +61,6 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Whether the text contains U+FFFD, which replaces bytes that are not UTF-8 and would make
-/// different names equal.
-bool HasReplacementCharacter(const orska_wstring& in_text);
-
 /// Truncates the text to a buffer, never inside a surrogate pair.
 /// @param in_bufferSize  UTF-16 code units with the terminating NUL; at least 2
 orska_wstring CutToBuffer(orska_wstring in_text, int in_bufferSize);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Exceptions/OrskaThrow.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "Setup/ConfigMode.h"
 #include "Setup/HandedOutValues.h"
 #include "Setup/InstallerLibrary.h"
@@ -27,22 +28,72 @@ using Rules = OdbcIniText::Rules;
 
 constexpr unsigned long ODBC_ERROR_REQUEST_FAILED = 11;
 
-/// Returns UTF-8; nothing for text with unpaired surrogates.
-std::optional<std::string> ToUtf8(const orska_wstring& in_text) {
-    std::string utf8 = in_text.GetAsUtf8();
-    // A byte for each unit: it is all ASCII.
-    if (utf8.size() == in_text.GetView().size()) return utf8;
-    // An unpaired surrogate becomes U+FFFD, but the text can contain U+FFFD itself.
-    if (utf8.find("\uFFFD") == std::string::npos) return utf8;
-    const std::u16string_view units = in_text.GetView();
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        if (!U16_IS_SURROGATE(units[i])) continue;
+/// Whether a text contains U+FFFD, which replaces bytes that are not UTF-8 and would make different
+/// names equal.
+bool HasReplacementCharacter(std::string_view in_utf8) {
+    return in_utf8.find("\uFFFD") != std::string_view::npos;
+}
+
+bool HasUnpairedSurrogate(std::u16string_view in_units) {
+    for (std::size_t i = 0; i < in_units.size(); ++i) {
+        if (!U16_IS_SURROGATE(in_units[i])) continue;
         const bool isPair =
-            U16_IS_LEAD(units[i]) && i + 1 < units.size() && U16_IS_TRAIL(units[i + 1]);
-        if (!isPair) return std::nullopt;
+            U16_IS_LEAD(in_units[i]) && i + 1 < in_units.size() && U16_IS_TRAIL(in_units[i + 1]);
+        if (!isPair) return true;
         ++i;
     }
-    return utf8;
+    return false;
+}
+
+/// A text in UTF-8; false for text with unpaired surrogates. A request converts many short texts,
+/// so short ASCII text stays on the stack.
+class Utf8 {
+public:
+    explicit Utf8(const orska_wstring& in_text) {
+        const std::u16string_view units = in_text.GetView();
+        if (units.size() < sizeof m_short && Orska::Support::NarrowText(units, 0x7F, m_short)) {
+            m_text = {m_short, units.size()};
+            m_short[units.size()] = '\0';
+            return;
+        }
+        m_long = in_text.GetAsUtf8();
+        m_text = m_long;
+        // An unpaired surrogate becomes U+FFFD, but the text can contain U+FFFD itself.
+        m_isWhole = !HasReplacementCharacter(m_text) || !HasUnpairedSurrogate(units);
+    }
+    Utf8(const Utf8&) = delete;
+    Utf8& operator=(const Utf8&) = delete;
+
+    explicit operator bool() const noexcept { return m_isWhole; }
+    std::string_view operator*() const noexcept { return m_text; }
+    const std::string_view* operator->() const noexcept { return &m_text; }
+    /// NUL-terminated.
+    const char* GetCString() const noexcept { return m_text.data(); }
+
+private:
+    char m_short[64];
+    std::string m_long;
+    std::string_view m_text;
+    bool m_isWhole = true;
+};
+
+/// Whether a data source can have this name.
+bool IsValidName(const Utf8& in_name) {
+    if (!in_name || !OdbcIniLine::IsCarriableSection(*in_name) || IsReservedName(*in_name) ||
+        HasReplacementCharacter(*in_name)) {
+        return false;
+    }
+    // For iODBC it is also a key, in the list of data sources.
+    if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*in_name, "", Rules::IODBC)) return false;
+    const InstallerLibrary& library = GetInstallerLibrary();
+    const SystemCalls::ForkLock lock;
+    return library.IsLoaded() && library.m_validDSN(in_name.GetCString()) != 0;
+}
+
+/// Whether a data source of this name and driver can be written.
+bool IsWritableSource(const Utf8& in_dsn, const Utf8& in_driver) {
+    return IsValidName(in_dsn) && in_driver && !in_driver->empty() &&
+           !HasReplacementCharacter(*in_driver) && CanHold(RulesOf(IsIodbc()), *in_dsn, *in_driver);
 }
 
 orska_wstring EmptyText() { return orska_wstring(std::string()); }
@@ -119,11 +170,13 @@ private:
 
 /// Returns an absolute path; empty for the files of the config mode.
 std::string GetOwnPath(const orska_wstring& in_file) {
-    return in_file.GetView().front() == u'/' ? ToUtf8(in_file).value_or("/") : std::string();
+    if (in_file.GetView().front() != u'/') return {};
+    const Utf8 path(in_file);
+    return path ? std::string(*path) : "/";
 }
 
-ProfileReader::Found Find(const orska_wstring& in_file, const std::string& in_section,
-                          const std::string& in_key) {
+ProfileReader::Found Find(const orska_wstring& in_file, std::string_view in_section,
+                          std::string_view in_key) {
     if (const std::string path = GetOwnPath(in_file); !path.empty()) {
         return FindIn(OdbcIniSnapshot(path).Read(), in_section, in_key);
     }
@@ -145,19 +198,25 @@ const std::string* FindStored(const orska_wstring& in_key, const orska_wstring& 
     return t_request == nullptr ? nullptr : t_request->m_values.Find(in_key, in_value);
 }
 
-bool RemoveFrom(Update::State& io_state, const std::string& in_dsn) {
+constexpr OdbcIniUpdate::Edit ADD_DATA_SOURCE = [](OdbcIniText& io_text, std::string_view in_dsn,
+                                                   std::string_view in_driver, auto) {
+    AddDataSource(io_text, in_dsn, in_driver);
+};
+constexpr OdbcIniUpdate::Edit REMOVE_DATA_SOURCE = [](OdbcIniText& io_text, std::string_view in_dsn,
+                                                      auto...) {
+    RemoveDataSource(io_text, in_dsn);
+};
+constexpr OdbcIniUpdate::Edit REMOVE_SECTION = [](OdbcIniText& io_text, std::string_view in_section,
+                                                  auto...) { io_text.RemoveSection(in_section); };
+constexpr OdbcIniUpdate::Edit REMOVE_KEY = [](OdbcIniText& io_text, std::string_view in_section,
+                                              std::string_view in_key,
+                                              auto) { io_text.RemoveKey(in_section, in_key); };
+
+bool RemoveFrom(Update::State& io_state, std::string_view in_dsn) {
     if (io_state.m_isMissingRefused && io_state.m_update.IsNewFile()) {
         return io_state.m_update.Refuse("does not exist");
     }
-    return io_state.m_update.Do([=](OdbcIniText& io_text) { RemoveDataSource(io_text, in_dsn); });
-}
-
-/// Removes a key, or the section if no key is given.
-bool Remove(OdbcIniUpdate& io_update, const std::string& in_section,
-            const std::optional<std::string>& in_key) {
-    return io_update.Do([=](OdbcIniText& io_text) {
-        in_key ? io_text.RemoveKey(in_section, *in_key) : io_text.RemoveSection(in_section);
-    });
+    return io_state.m_update.Do(REMOVE_DATA_SOURCE, in_dsn);
 }
 
 }  // namespace
@@ -208,25 +267,14 @@ bool Update::Commit() noexcept {
     }
 }
 
-bool ValidDSN(const orska_wstring& in_name) {
-    const InstallerLibrary& library = GetInstallerLibrary();
-    if (!library.IsLoaded()) return false;
-    const std::optional<std::string> name = ToUtf8(in_name);
-    if (!name || !OdbcIniLine::IsCarriableSection(*name)) return false;
-    if (HasReplacementCharacter(in_name) || IsReservedName(*name)) return false;
-    if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*name, "", Rules::IODBC)) {
-        return false;  // also a key, in the list of data sources
-    }
-    const SystemCalls::ForkLock lock;
-    return library.m_validDSN(name->c_str()) != 0;
-}
+bool ValidDSN(const orska_wstring& in_name) { return IsValidName(Utf8(in_name)); }
 
 int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                             const orska_wstring& in_default, orska_wstring& out_value,
                             int in_bufferSize, const orska_wstring& in_file) {
     out_value = EmptyText();
-    const std::optional<std::string> section = ToUtf8(in_section);
-    const std::optional<std::string> key = ToUtf8(in_key);
+    const Utf8 section(in_section);
+    const Utf8 key(in_key);
     if (in_bufferSize < 2 || in_file.IsEmpty()) return -1;
     const auto [isRead, stored] =
         section && key ? Find(in_file, *section, *key) : ProfileReader::Found{true, {}};
@@ -243,50 +291,46 @@ bool IsAsRead(const orska_wstring& in_key, const orska_wstring& in_value) {
 }
 
 bool IsWritableDSN(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
-    const std::optional<std::string> driver = ToUtf8(in_driver);
-    return ValidDSN(in_dsn) && driver && !driver->empty() && !HasReplacementCharacter(in_driver) &&
-           CanHold(RulesOf(IsIodbc()), in_dsn.GetAsUtf8(), *driver);
+    return IsWritableSource(Utf8(in_dsn), Utf8(in_driver));
 }
 
 bool IsWritableValue(const orska_wstring& in_key, const orska_wstring& in_value) {
     if (IsAsRead(in_key, in_value)) return true;
-    const std::optional<std::string> key = ToUtf8(in_key);
-    const std::optional<std::string> value = ToUtf8(in_value);
+    const Utf8 key(in_key);
+    const Utf8 value(in_value);
     return key && value && OdbcIniLine::IsCarriableLine(*key, *value, RulesOf(IsIodbc()));
 }
 
 bool WritePrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                                const orska_wstring& in_value, const orska_wstring& in_file) {
-    const std::optional<std::string> section = ToUtf8(in_section);
-    const std::optional<std::string> key = ToUtf8(in_key);
-    const std::optional<std::string> value = ToUtf8(in_value);
+    const Utf8 section(in_section);
+    const Utf8 key(in_key);
+    const Utf8 value(in_value);
     if (!section || section->empty() || !key || !value || in_file.IsEmpty()) return false;
-    const bool isRemoval = in_key.IsNull() || in_value.IsNull();
-    const auto remove = [&](OdbcIniUpdate& io_update) {
-        return Remove(io_update, *section, in_key.IsNull() ? std::nullopt : key);
+    const std::string* const stored = FindStored(in_key, in_value);
+    const auto write = [&](OdbcIniUpdate& io_update) {
+        if (in_key.IsNull()) return io_update.Do(REMOVE_SECTION, *section);
+        if (in_value.IsNull()) return io_update.Do(REMOVE_KEY, *section, *key);
+        return stored != nullptr ? io_update.SetAsRead(*section, *key, *stored)
+                                 : io_update.Set(*section, *key, *value);
     };
     if (const std::string path = GetOwnPath(in_file); !path.empty()) {
         OdbcIniUpdate update(path, NEW_USER_FILE, RulesOf(IsIodbc()));
-        return (isRemoval ? remove(update) : update.Set(*section, *key, *value)) && update.Commit();
+        return write(update) && update.Commit();
     }
-    const std::string* const stored = FindStored(in_key, in_value);
-    return Edited([&](Update::State& io_state) {
-        OdbcIniUpdate& update = io_state.m_update;
-        if (isRemoval) return remove(update);
-        return stored != nullptr ? update.SetAsRead(*section, *key, *stored)
-                                 : update.Set(*section, *key, *value);
-    });
+    return Edited([&](Update::State& io_state) { return write(io_state.m_update); });
 }
 
 bool WriteDSNToIni(const orska_wstring& in_dsn, const orska_wstring& in_driver) {
-    if (!IsWritableDSN(in_dsn, in_driver)) return false;
-    return Edited([dsn = in_dsn.GetAsUtf8(), driver = in_driver.GetAsUtf8()](auto& io_state) {
-        return io_state.m_update.Do([=](auto& io_text) { AddDataSource(io_text, dsn, driver); });
-    });
+    const Utf8 dsn(in_dsn);
+    const Utf8 driver(in_driver);
+    return IsWritableSource(dsn, driver) && Edited([&](Update::State& io_state) {
+               return io_state.m_update.Do(ADD_DATA_SOURCE, *dsn, *driver);
+           });
 }
 
 bool RemoveDSNFromIni(const orska_wstring& in_dsn) {
-    const std::optional<std::string> dsn = ToUtf8(in_dsn);
+    const Utf8 dsn(in_dsn);
     if (!dsn || dsn->empty()) return false;
     if (t_update != nullptr) return RemoveFrom(*t_update, *dsn);
     std::optional<Update> update(std::in_place);

@@ -81,6 +81,12 @@ bool IsWhole(const orska_wstring& in_text) {
     return in_text.GetView().find(u'\0') == std::u16string_view::npos;
 }
 
+/// Whether the text contains U+FFFD, which replaces bytes that are not UTF-8 and would make
+/// different names equal.
+bool HasReplacementCharacter(const orska_wstring& in_text) {
+    return in_text.GetView().find(u'\uFFFD') != std::u16string_view::npos;
+}
+
 /// A key or a value to write; null means remove.
 class Optional {
 public:

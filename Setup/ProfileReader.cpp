@@ -53,14 +53,14 @@ const std::string& ProfileReader::GetWrittenPath() const noexcept {
     return (m_mode == ConfigMode::SYSTEM ? m_system : m_user).GetPath();
 }
 
-ProfileReader::Found FindIn(const OdbcIniSnapshot::Text& in_text, const std::string& in_section,
-                            const std::string& in_key) {
+ProfileReader::Found FindIn(const OdbcIniSnapshot::Text& in_text, std::string_view in_section,
+                            std::string_view in_key) {
     if (in_text == nullptr) return {};
     return {true, in_text->Get(in_section, in_key)};
 }
 
 ProfileReader::Found ProfileReader::Find(const OdbcIniUpdate* in_update,
-                                         const std::string& in_section, const std::string& in_key) {
+                                         std::string_view in_section, std::string_view in_key) {
     const auto read = [&](OdbcIniSnapshot& io_file) {
         const bool isUpdated = in_update != nullptr && in_update->IsOpen() &&
                                in_update->GetPath() == io_file.GetPath();

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Setup/ConfigMode.h"
 #include "Setup/InstallerPaths.h"
@@ -55,8 +56,8 @@ public:
         std::optional<std::string> m_value;
     };
     /// @param in_update  its text is read instead of its file if it is open; null for none
-    Found Find(const OdbcIniUpdate* in_update, const std::string& in_section,
-               const std::string& in_key);
+    Found Find(const OdbcIniUpdate* in_update, std::string_view in_section,
+               std::string_view in_key);
 
 private:
     ConfigMode m_mode;
@@ -65,8 +66,8 @@ private:
 };
 
 /// The value of a key in one file.
-ProfileReader::Found FindIn(const OdbcIniSnapshot::Text& in_text, const std::string& in_section,
-                            const std::string& in_key);
+ProfileReader::Found FindIn(const OdbcIniSnapshot::Text& in_text, std::string_view in_section,
+                            std::string_view in_key);
 
 }  // namespace Veltrane::ODBC
 

@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-#include <string>
+#include <string_view>
 
 #include "Setup/InstallerLibrary.h"
 #include "Setup/OdbcIniText.h"
@@ -26,14 +26,14 @@ inline OdbcIniText::Rules RulesOf(bool in_isIodbc) {
 /// The section in which iODBC lists the data sources of a file, each with its driver.
 inline constexpr char LIST_OF_DATA_SOURCES[] = "ODBC Data Sources";
 
-inline bool IsListed(OdbcIniText::Rules in_rules, const std::string& in_dsn) {
+inline bool IsListed(OdbcIniText::Rules in_rules, std::string_view in_dsn) {
     return in_rules == OdbcIniText::Rules::IODBC && in_dsn != "Default";
 }
 
 /// Whether a file can hold this data source. In a file that lists its data sources, the name is
 /// also a key.
-inline bool CanHold(OdbcIniText::Rules in_rules, const std::string& in_dsn,
-                    const std::string& in_driver) {
+inline bool CanHold(OdbcIniText::Rules in_rules, std::string_view in_dsn,
+                    std::string_view in_driver) {
     return OdbcIniLine::IsCarriableSection(in_dsn) &&
            OdbcIniLine::IsCarriableLine("Driver", in_driver, in_rules) &&
            (!IsListed(in_rules, in_dsn) ||
@@ -41,14 +41,14 @@ inline bool CanHold(OdbcIniText::Rules in_rules, const std::string& in_dsn,
 }
 
 /// Adds a data source with only the key "Driver", in the place of an old one.
-inline void AddDataSource(OdbcIniText& io_text, const std::string& in_dsn,
-                          const std::string& in_driver) {
+inline void AddDataSource(OdbcIniText& io_text, std::string_view in_dsn,
+                          std::string_view in_driver) {
     if (IsListed(io_text.GetRules(), in_dsn)) io_text.Set(LIST_OF_DATA_SOURCES, in_dsn, in_driver);
     io_text.RemoveSection(in_dsn);
     io_text.Set(in_dsn, "Driver", in_driver);
 }
 
-inline void RemoveDataSource(OdbcIniText& io_text, const std::string& in_dsn) {
+inline void RemoveDataSource(OdbcIniText& io_text, std::string_view in_dsn) {
     if (IsListed(io_text.GetRules(), in_dsn)) io_text.RemoveKey(LIST_OF_DATA_SOURCES, in_dsn);
     io_text.RemoveSection(in_dsn);
 }

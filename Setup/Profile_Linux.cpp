@@ -115,12 +115,12 @@ ProfileView Profile::Read() const {
 std::vector<Profile::Failure> Profile::Change(
     const std::function<void(ProfileChange&)>& in_plan) const {
     OdbcIniUpdate update(m_path, NewFileMode(m_kind), RulesOf(IsIodbc()));
-    const bool isPlanned = update.Do([&](OdbcIniText&) {
+    const bool isDone = update.Commit([&](OdbcIniText&) {
         ProfileChange::State state(update.GetText());
         ProfileChange change(state);
         in_plan(change);
     });
-    if (!isPlanned || !update.Commit()) throw ProfileError(update.GetFailure().Describe());
+    if (!isDone) throw ProfileError(update.GetFailure().Describe());
     ORSKA_TRACE(2, "Veltrane::ODBC::Profile::Change", "Setup\\Profile", 0, "%s: %s", m_path.c_str(),
                 update.GetText()->IsChanged() ? "written" : "nothing to write");
     return {};

@@ -358,7 +358,7 @@ TEST_F(OdbcIniFaults, AFileThatAppearsIsNotReplaced) {
             const auto edit = [&](OdbcIniText& io_text) {
                 isChange ? io_text.AddSection("S") : io_text.RemoveSection("none");
             };
-            EXPECT_TRUE(update.Do(edit) && update.Commit());
+            EXPECT_TRUE(update.Commit(edit));
             calls = s_systemCalls.m_calls.size();
             const std::string now = Read();
             if (!isDone) break;
