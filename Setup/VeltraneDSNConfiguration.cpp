@@ -45,6 +45,8 @@ constexpr std::size_t NAME = FieldIndex("DSN");
 
 constexpr char SOURCE[] = "Setup\\VeltraneDSNConfiguration";
 
+const orska_wstring NO_TEXT(L"");
+
 /// Returns a throw site of this file.
 constexpr TraceSite Site(const char* in_function) { return {in_function, SOURCE, 0}; }
 
@@ -101,18 +103,18 @@ void VeltraneDSNConfiguration::Load(const orska_wstring& in_attributeString) {
     }
     for (std::size_t i = 0; i < m_values.size(); ++i) {
         if (i != NAME) {
-            TracedInstaller::GetPrivateProfileString(GetDsn(), DSN_CONFIG_KEYS[i],
-                                                     orska_wstring(L""), m_values[i],
-                                                     VALUE_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
+            TracedInstaller::GetPrivateProfileString(GetDsn(), DSN_CONFIG_KEYS[i], NO_TEXT,
+                                                     m_values[i], VALUE_BUFFER_SIZE,
+                                                     DSN_CONFIG_KEY_ODBC_INI);
         }
     }
 }
 
 void VeltraneDSNConfiguration::RemoveStoredSection() {
     orska_wstring driver;
-    const int count = TracedInstaller::GetPrivateProfileString(
-        GetDsn(), DSN_CONFIG_KEY_DRIVER, orska_wstring(L""), driver, DRIVER_BUFFER_SIZE,
-        DSN_CONFIG_KEY_ODBC_INI);
+    const int count =
+        TracedInstaller::GetPrivateProfileString(GetDsn(), DSN_CONFIG_KEY_DRIVER, NO_TEXT, driver,
+                                                 DRIVER_BUFFER_SIZE, DSN_CONFIG_KEY_ODBC_INI);
     if (count > 0 && !TracedInstaller::RemoveDSNFromIni(GetDsn())) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::RemoveStoredSection")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
@@ -145,7 +147,7 @@ std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines(
         if (i == NAME) continue;
         if (DIALOG_FIELDS[i].m_isRequired) {
             // NULL would remove the key, and a required key is written even when it is empty.
-            lines.push_back({key, value.IsNull() ? orska_wstring(L"") : value});
+            lines.push_back({key, value.IsNull() ? NO_TEXT : value});
             continue;
         }
         if (value.IsNull()) continue;
