@@ -49,7 +49,9 @@ void Plan(const DsnDescription& in_description) {
         const DsnPlan plan = MakePlan(wish, std::nullopt);
         if (plan.m_action == Action::None) return;
         Require(plan.m_action == Action::Add, "wrong action for a new DSN", wish.m_name);
-        const DsnPlan again = MakePlan(wish, plan.m_after);
+        Entries section;
+        for (const KeyChange& it : plan.m_changes) section.Set(it.m_key, it.m_after.value_or(""));
+        const DsnPlan again = MakePlan(wish, section);
         Require(again.m_action == Action::None, "a change after the change", wish.m_name);
     } catch (const CommandError& error) {
         const std::string text = error.what();

@@ -65,13 +65,13 @@ DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_
 
 /// Removes the driver's DSNs that are not described.
 void PlanPruning(const std::vector<DsnWish>& in_wishes, const std::string& in_driver,
-                 const ODBC::ProfileView& in_view, DsnResults& io_results) {
+                 const ODBC::ProfileView& in_view, DsnPlans& io_plans) {
     std::unordered_set<std::string> described;
     for (const DsnWish& wish : in_wishes) described.insert(FoldName(wish.m_name));
     for (const std::string& dsn : GetDsnNames(in_view)) {
         const bool isOurs = IsSameName(in_view.Get(dsn, "Driver").value_or(""), in_driver);
         if (!isOurs || described.contains(FoldName(dsn))) continue;
-        AddPlan({.m_name = dsn, .m_driver = in_driver, .m_isAbsent = true}, in_view, io_results);
+        AddPlan({.m_name = dsn, .m_driver = in_driver, .m_isAbsent = true}, in_view, io_plans);
     }
 }
 
@@ -94,17 +94,15 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
         wishes.push_back(MakeWishFor(description, in_line));
     }
     const auto plan = [&](const ODBC::ProfileView& in_view) {
-        DsnResults results;
-        for (const DsnWish& wish : wishes) AddPlan(wish, in_view, results);
-        if (in_line.Has("--prune")) {
-            PlanPruning(wishes, GetDriver(in_line), in_view, results);
-        }
-        return results;
+        DsnPlans plans;
+        for (const DsnWish& wish : wishes) AddPlan(wish, in_view, plans);
+        if (in_line.Has("--prune")) PlanPruning(wishes, GetDriver(in_line), in_view, plans);
+        return plans;
     };
-    const auto check = [&](const DsnResults& in_results, bool in_isLocked) {
-        for (const auto& [refused, reason] : in_results) {
-            if (reason.empty() || !in_line.Has("--fail-fast")) continue;
-            FailWith(refused.m_name + ": " + reason + " Nothing has been written.");
+    const auto check = [&](const DsnPlans& in_plans, bool in_isLocked) {
+        for (const DsnPlan& each : in_plans) {
+            if (each.m_failure.empty() || !in_line.Has("--fail-fast")) continue;
+            FailWith(each.m_name + ": " + each.m_failure + " Nothing has been written.");
         }
         s_isWriting = in_isLocked ? 1 : 0;
     };
@@ -112,18 +110,18 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);
     for (const std::string& note : in_notes) report.AddNotice(note);
-    DsnResults results;
+    DsnPlans results;
     try {
         results = ChangeDsns(store, plan, in_line.Has("--dry-run"), check);
     } catch (const std::exception& error) {
         // Nothing is written. In JSON the reason is reported for each DSN.
         if (!in_line.Has("--json")) throw;
         for (const DsnWish& wish : wishes) {
-            results.push_back({{.m_name = wish.m_name}, error.what()});
+            results.push_back({.m_name = wish.m_name, .m_failure = error.what()});
         }
     }
     // A DSN that fails does not stop the others.
-    for (const DsnResult& result : results) report.Add(result);
+    for (const DsnPlan& result : results) report.Add(result);
     report.AddSummary();
     const ExitCode code = report.Finish();
     if (s_isInterrupted == 0) return code;

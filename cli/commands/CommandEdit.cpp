@@ -84,15 +84,15 @@ private:
         Change(wish, true);
         m_isOldRemoved =
             isRenamed && (!IsAsking() || VeltraneDSNDialog::Ask(ODBC::TEXT_REMOVE_OLD, m_name));
-        for (const DsnResult& result : Change(wish, m_line.Has("--dry-run"))) m_report.Add(result);
+        for (const DsnPlan& result : Change(wish, m_line.Has("--dry-run"))) m_report.Add(result);
         return m_report.Finish();
     }
 
-    DsnResults Change(const DsnWish& in_wish, bool in_isDryRun) const {
-        DsnResults results = ChangeDsns(
+    DsnPlans Change(const DsnWish& in_wish, bool in_isDryRun) const {
+        DsnPlans results = ChangeDsns(
             m_store, [&](const ODBC::ProfileView& in_view) { return Plan(in_wish, in_view); },
             in_isDryRun);
-        for (const DsnResult& result : results) {
+        for (const DsnPlan& result : results) {
             if (!result.m_failure.empty()) FailWith(result.m_failure);
         }
         return results;
@@ -117,16 +117,16 @@ private:
         return wish;
     }
 
-    DsnResults Plan(const DsnWish& in_wish, const ODBC::ProfileView& in_view) const {
+    DsnPlans Plan(const DsnWish& in_wish, const ODBC::ProfileView& in_view) const {
         const std::optional<Entries> current = ReadDsn(in_view, in_wish.m_name);
         const bool isNew = !IsSameName(in_wish.m_name, m_name);
         if (isNew && current) throw DsnExists(m_store, in_wish.m_name);
         if (!isNew && !current) throw NoSuchDsn(m_store, m_name);
-        DsnResults results{{MakePlan(in_wish, current), {}}};
+        DsnPlans plans{MakePlan(in_wish, current)};
         if (m_isOldRemoved) {
-            results.push_back({MakePlan(MakeRemoval(m_name), ReadDsn(in_view, m_name)), {}});
+            plans.push_back(MakePlan(MakeRemoval(m_name), ReadDsn(in_view, m_name)));
         }
-        return results;
+        return plans;
     }
 
     DsnWish MakeRemoval(const std::string& in_name) const {

@@ -12,15 +12,11 @@ namespace {
 ExitCode Change(const CommandLine& in_line, const DsnPlanner& in_planner) {
     const DsnStore store(GetScope(in_line));
     Report report(in_line, store);
-    for (const DsnResult& result : ChangeDsns(store, in_planner, in_line.Has("--dry-run"))) {
+    for (const DsnPlan& result : ChangeDsns(store, in_planner, in_line.Has("--dry-run"))) {
         if (!result.m_failure.empty()) FailWith(result.m_failure);
         report.Add(result);
     }
     return report.Finish();
-}
-
-DsnResults Plan(const DsnWish& in_wish, const std::optional<Entries>& in_current) {
-    return {{MakePlan(in_wish, in_current), {}}};
 }
 
 }  // namespace
@@ -31,13 +27,13 @@ ExitCode AddDsn(const CommandLine& in_line) {
     }
     DsnWish wish = MakeWish(in_line);
     wish.m_isReplaced = in_line.Has("--replace");
-    return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnResults {
+    return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnPlans {
         const std::optional<Entries> current = ReadDsn(in_view, wish.m_name);
-        if (current && in_line.Has("--if-missing")) return {{{.m_name = wish.m_name}, {}}};
+        if (current && in_line.Has("--if-missing")) return {{.m_name = wish.m_name}};
         if (current && !wish.m_isReplaced) {
             throw DsnExists(DsnStore(GetScope(in_line)), wish.m_name);
         }
-        return Plan(wish, current);
+        return {MakePlan(wish, current)};
     });
 }
 
@@ -47,16 +43,16 @@ ExitCode SetDsn(const CommandLine& in_line) {
     // Check this before asking the user for a password.
     if (!ReadDsn(store.Load(), dsn)) throw NoSuchDsn(store, dsn);
     const DsnWish wish = MakeWish(in_line);
-    return Change(in_line, [&](const ODBC::ProfileView& in_view) {
+    return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnPlans {
         const std::optional<Entries> current = ReadDsn(in_view, dsn);
         if (!current) throw NoSuchDsn(store, dsn);
-        return Plan(wish, current);
+        return {MakePlan(wish, current)};
     });
 }
 
 ExitCode RemoveDsns(const CommandLine& in_line) {
     return Change(in_line, [&](const ODBC::ProfileView& in_view) {
-        DsnResults results;
+        DsnPlans plans;
         std::set<std::string> known;
         for (const std::string& dsn : in_line.m_arguments) {
             if (!known.insert(FoldName(dsn)).second) continue;
@@ -65,9 +61,9 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
                 throw NoSuchDsn(DsnStore(GetScope(in_line)), dsn);
             }
             const DsnWish wish{.m_name = dsn, .m_driver = GetDriver(in_line), .m_isAbsent = true};
-            results.push_back({MakePlan(wish, current), {}});
+            plans.push_back(MakePlan(wish, current));
         }
-        return results;
+        return plans;
     });
 }
 

@@ -79,7 +79,9 @@ std::vector<std::string> WarnOfMissing(const Entries& in_given) {
 void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
                  const Entries& in_after, const std::vector<std::string>& in_warnings = {}) {
     const bool isDryRun = in_line.Has("--dry-run");
-    const DsnPlan plan{in_action, GetDriver(in_line), {}, in_before, in_after};
+    const DsnPlan plan{.m_name = GetDriver(in_line),
+                       .m_action = in_action,
+                       .m_changes = Compare(in_before, in_after)};
     if (in_line.Has("--json")) {
         Json document{{"driver", plan.m_name},
                       {"changed", in_action != Action::None},

@@ -1,10 +1,6 @@
-#include "Setup/OdbcIniLine.h"
-#include "VeltraneDialog/FieldRules.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
-#include "cli/dsn/Entries.h"
-#include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 #include "cli/system/Terminal.h"
 #include "cli/system/Words.h"
@@ -97,20 +93,16 @@ void CheckComplete(const DsnWish& in_wish) {
 
 /// Refuses errors of the command line before anything is read.
 void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
-    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
-        const std::string key(field.m_key);
-        const std::string* value = in_wish.m_values.Find(key);
-        if (key == "DSN" && in_line.m_command == CommandId::Add) value = &in_wish.m_name;
-        const char* const reason = value == nullptr ? nullptr : ODBC::WhyRefused(field, *value);
-        if (reason != nullptr) Refuse(key + ": " + reason);
-    }
+    const auto check = [](const std::string& in_key, const std::string& in_value) {
+        const std::string reason = WhyNoValue(in_key, in_value);
+        if (!reason.empty()) Refuse(reason);
+    };
+    if (in_line.m_command == CommandId::Add) check("DSN", in_wish.m_name);
     for (const auto& [key, value] : in_wish.m_values) {
         for (const std::string& unset : in_wish.m_unset) {
             if (IsSameName(key, unset)) Refuse(key + " is both given and removed.");
         }
-        if (!ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
-            Refuse(key + ": No line of odbc.ini can hold this key and value unchanged.");
-        }
+        check(key, value);
         const std::string note = in_line.Has("--quiet") ? std::string() : DescribeNearKey(key);
         if (!note.empty()) PrintError(note);
     }

@@ -14,10 +14,10 @@ constexpr Action ACTIONS[] = {Action::Add, Action::Change, Action::Remove, Actio
 
 /// Whether the plan writes a new password.
 bool WritesSecret(const DsnPlan& in_plan) {
-    return std::any_of(in_plan.m_after.begin(), in_plan.m_after.end(), [&](const Entry& in_it) {
-        return IsSecretKey(in_it.first) && !in_it.second.empty() &&
-               in_plan.m_before.Get(in_it.first) != in_it.second;
-    });
+    return std::any_of(in_plan.m_changes.begin(), in_plan.m_changes.end(),
+                       [](const KeyChange& in_it) {
+                           return IsSecretKey(in_it.m_key) && !in_it.m_after.value_or("").empty();
+                       });
 }
 
 }  // namespace
@@ -55,24 +55,24 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
     if (!isOwn) m_place = " in " + m_store.GetPath();
 }
 
-void Report::Add(const DsnResult& in_result) {
-    const auto& [plan, failure] = in_result;
+void Report::Add(const DsnPlan& in_plan) {
+    const auto& [name, driver, action, changes, failure] = in_plan;
     if (!failure.empty()) {
         ++m_failures;
-        PrintError(plan.m_name + ": " + failure);
-        m_results.push_back({{"name", plan.m_name}, {"state", "failed"}, {"message", failure}});
+        PrintError(name + ": " + failure);
+        m_results.push_back({{"name", name}, {"state", "failed"}, {"message", failure}});
         return;
     }
-    ++m_counts[static_cast<std::size_t>(plan.m_action)];
-    const bool isSame = plan.m_action == Action::None;
-    m_hasNewSecret = m_hasNewSecret || (!isSame && WritesSecret(plan));
+    ++m_counts[static_cast<std::size_t>(action)];
+    const bool isSame = action == Action::None;
+    m_hasNewSecret = m_hasNewSecret || WritesSecret(in_plan);
     if (m_isJson) {
-        m_results.push_back({{"name", plan.m_name},
+        m_results.push_back({{"name", name},
                              {"state", isSame ? "unchanged" : "changed"},
-                             {"action", isSame ? "none" : DescribeAction(plan.m_action, false)},
-                             {"difference", Difference(plan, m_areSecretsShown)}});
+                             {"action", isSame ? "none" : DescribeAction(action, false)},
+                             {"difference", Difference(in_plan, m_areSecretsShown)}});
     } else if (!m_isQuiet) {
-        PrintPlan(plan, m_isDryRun, isSame ? "" : m_place, m_areSecretsShown);
+        PrintPlan(in_plan, m_isDryRun, isSame ? "" : m_place, m_areSecretsShown);
     }
 }
 

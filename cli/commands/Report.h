@@ -29,7 +29,8 @@ public:
     /// @param in_store  has to stay
     Report(const CommandLine& in_line, const DsnStore& in_store);
 
-    void Add(const DsnResult& in_result);
+    /// @param in_plan  carried out, in a dry run only made, or failed
+    void Add(const DsnPlan& in_plan);
     /// Prints a notice on standard error, unless --quiet is given or the text is empty.
     void AddNotice(const std::string& in_text);
     /// Prints "3 added, 1 changed, 996 unchanged, 1 failed"; nothing in JSON.

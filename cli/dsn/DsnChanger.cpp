@@ -12,8 +12,8 @@ namespace Veltrane::Cli {
 
 namespace {
 
-bool IsToDo(const DsnResult& in_result) {
-    return in_result.m_failure.empty() && in_result.m_plan.m_action != Action::None;
+bool IsToDo(const DsnPlan& in_plan) {
+    return in_plan.m_failure.empty() && in_plan.m_action != Action::None;
 }
 
 /// Returns why no DSN of a driver can be added; empty if one can.
@@ -34,15 +34,14 @@ std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in
 }
 
 /// Refuses a new DSN of a driver that is not registered. A stored one can stay.
-void RefuseUnknownDrivers(DsnResults& io_results) {
+void RefuseUnknownDrivers(DsnPlans& io_plans) {
     const DriverRegistry registry;
     std::map<std::string, std::string> known;
-    for (DsnResult& result : io_results) {
-        if (!IsToDo(result) || result.m_plan.m_action != Action::Add) continue;
-        const std::string& driver = result.m_plan.m_driver;
-        const auto [entry, isNew] = known.try_emplace(driver);
-        if (isNew) entry->second = WhyNotAdded(registry, driver);
-        result.m_failure = entry->second;
+    for (DsnPlan& plan : io_plans) {
+        if (!IsToDo(plan) || plan.m_action != Action::Add) continue;
+        const auto [entry, isNew] = known.try_emplace(plan.m_driver);
+        if (isNew) entry->second = WhyNotAdded(registry, plan.m_driver);
+        plan.m_failure = entry->second;
     }
 }
 
@@ -51,53 +50,53 @@ void CarryOut(const DsnPlan& in_plan, ODBC::ProfileChange& io_change) {
     const std::string& dsn = in_plan.m_name;
     if (in_plan.m_action == Action::Remove) return io_change.RemoveSection(dsn);
     if (in_plan.m_action == Action::Add) io_change.AddDataSource(dsn, in_plan.m_driver);
-    for (const auto& [key, before, after] : Compare(in_plan.m_before, in_plan.m_after)) {
+    for (const auto& [key, before, after, isRepeated] : in_plan.m_changes) {
         if (in_plan.m_action == Action::Add && key == "Driver") continue;
         // An old password must not stay in a repeated line that nobody reads.
-        if (!after || in_plan.m_before.IsRepeated(key)) io_change.RemoveKey(dsn, key);
+        if (!after || isRepeated) io_change.RemoveKey(dsn, key);
         if (after) io_change.Set(dsn, key, *after);
     }
 }
 
 }  // namespace
 
-void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResults& io_results) {
+void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnPlans& io_plans) {
     try {
         if (!in_wish.m_failure.empty()) FailWith(in_wish.m_failure);
-        io_results.push_back({MakePlan(in_wish, ReadDsn(in_view, in_wish.m_name)), {}});
+        io_plans.push_back(MakePlan(in_wish, ReadDsn(in_view, in_wish.m_name)));
     } catch (const std::exception& error) {
-        io_results.push_back({{.m_name = in_wish.m_name}, error.what()});
+        io_plans.push_back({.m_name = in_wish.m_name, .m_failure = error.what()});
     }
 }
 
-DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
-                      const DsnCheck& in_check) {
-    DsnResults results;
+DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
+                    const DsnCheck& in_check) {
+    DsnPlans plans;
     const auto plan = [&](const ODBC::ProfileView& in_view) {
-        results = in_planner(in_view);
-        RefuseUnknownDrivers(results);
+        plans = in_planner(in_view);
+        RefuseUnknownDrivers(plans);
     };
     const auto check = [&](bool in_isLocked) {
-        if (in_check) in_check(results, in_isLocked);
+        if (in_check) in_check(plans, in_isLocked);
     };
     // First without the lock: a run that changes nothing needs no right to write.
     const ODBC::ProfileView view = in_store.Load();
     plan(view);
     check(false);
-    if (in_isDryRun || std::none_of(results.begin(), results.end(), IsToDo)) return results;
+    if (in_isDryRun || std::none_of(plans.begin(), plans.end(), IsToDo)) return plans;
     const auto write = [&](ODBC::ProfileChange& io_change) {
         if (!io_change.GetView().IsSame(view)) plan(io_change.GetView());
         check(true);
-        for (const DsnResult& result : results) {
-            if (IsToDo(result)) CarryOut(result.m_plan, io_change);
+        for (const DsnPlan& each : plans) {
+            if (IsToDo(each)) CarryOut(each, io_change);
         }
     };
     for (const auto& [dsn, reason] : in_store.GetProfile().Change(write)) {
-        for (DsnResult& result : results) {
-            if (result.m_plan.m_name == dsn) result.m_failure = reason;
+        for (DsnPlan& each : plans) {
+            if (each.m_name == dsn) each.m_failure = reason;
         }
     }
-    return results;
+    return plans;
 }
 
 }  // namespace Veltrane::Cli

@@ -12,29 +12,23 @@
 
 namespace Veltrane::Cli {
 
-/// The result of one DSN.
-struct DsnResult {
-    DsnPlan m_plan;
-    std::string m_failure;  ///< why it was refused, with nothing done; empty on success
-};
-
-using DsnResults = std::vector<DsnResult>;
+using DsnPlans = std::vector<DsnPlan>;
 
 /// Plans all changes of a run. Called again if the profile has changed meanwhile. An exception ends
 /// the run with nothing written.
-using DsnPlanner = std::function<DsnResults(const ODBC::ProfileView&)>;
+using DsnPlanner = std::function<DsnPlans(const ODBC::ProfileView&)>;
 
 /// Adds a plan made from the wish and the view, or the reason of a refusal.
-void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnResults& io_results);
+void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnPlans& io_plans);
 
-/// Checks the results of each plan, and once more right before the write, with the profile locked.
-/// An exception ends the run.
-using DsnCheck = std::function<void(const DsnResults&, bool in_isLocked)>;
+/// Checks the plans when they are made, and once more right before the write, with the profile
+/// locked. An exception ends the run.
+using DsnCheck = std::function<void(const DsnPlans&, bool in_isLocked)>;
 
-/// @return the results of the plan that was carried out; in a dry run, of the first one
+/// @return the plans that were carried out; in a dry run, the first ones
 /// @throws ODBC::ProfileError with path and reason if nothing could be written
-DsnResults ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
-                      const DsnCheck& in_check = {});
+DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
+                    const DsnCheck& in_check = {});
 
 }  // namespace Veltrane::Cli
 

@@ -11,10 +11,6 @@ namespace Veltrane::Cli {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& in_key, const std::string& in_reason) {
-    FailWith(in_key + ": " + in_reason);
-}
-
 Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
     Orska::Support::orska_wstring text;
     text.SetFromUtf8(in_text);
@@ -23,25 +19,18 @@ Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
 
 /// The setup library has to accept new values, and they have to be read back unchanged. Stored
 /// values can stay.
-void CheckSection(const DsnPlan& in_plan) {
-    const auto isStored = [&](const std::string& in_key, const std::string& in_value) {
-        const std::string* const before = in_plan.m_before.Find(in_key);
-        return before != nullptr && !before->empty() && *before == in_value;
+void CheckSection(const std::string& in_name, const Entries& in_before, const Entries& in_after) {
+    const auto check = [&](const std::string& in_key, const std::string& in_value) {
+        const std::string* const before = in_before.Find(in_key);
+        const bool isStored = before != nullptr && !before->empty() && *before == in_value;
+        const std::string reason = isStored ? std::string() : WhyNoValue(in_key, in_value);
+        if (!reason.empty()) FailWith(reason);
     };
-    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
-        const std::string key(field.m_key);
-        const std::string value = key == "DSN" ? in_plan.m_name : in_plan.m_after.Get(key);
-        const char* const reason = ODBC::WhyRefused(field, value);
-        if (reason != nullptr && !isStored(key, value)) Refuse(key, reason);
+    check("DSN", in_name);
+    if (!ODBC::OdbcInstaller::ValidDSN(Utf8Text(in_name))) {
+        FailWith("DSN: The ODBC installer refuses this name.");
     }
-    if (!ODBC::OdbcInstaller::ValidDSN(Utf8Text(in_plan.m_name))) {
-        Refuse("DSN", "The ODBC installer refuses this name.");
-    }
-    for (const auto& [key, value] : in_plan.m_after) {
-        if (!isStored(key, value) && !ODBC::OdbcIniLine::IsCarriableLine(key, value)) {
-            Refuse(key, "No line of odbc.ini can hold this key and value unchanged.");
-        }
-    }
+    for (const auto& [key, value] : in_after) check(key, value);
 }
 
 /// Returns the new section; a new DSN has the order of the setup library.
@@ -82,7 +71,8 @@ std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after
                                                         : *in_old == *in_new) {
             return;
         }
-        KeyChange& change = changes.emplace_back(KeyChange{in_key, {}, {}});
+        KeyChange& change =
+            changes.emplace_back(KeyChange{in_key, {}, {}, in_before.IsRepeated(in_key)});
         if (in_old != nullptr) change.m_before = *in_old;
         if (in_new != nullptr) change.m_after = *in_new;
     };
@@ -93,6 +83,16 @@ std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after
     return changes;
 }
 
+std::string WhyNoValue(const std::string& in_key, const std::string& in_value) {
+    for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
+        const bool isField = EqualsIgnoringCase(field.m_key, in_key);
+        const char* const reason = isField ? ODBC::WhyRefused(field, in_value) : nullptr;
+        if (reason != nullptr) return in_key + ": " + reason;
+    }
+    if (ODBC::OdbcIniLine::IsCarriableLine(in_key, in_value)) return {};
+    return in_key + ": No line of odbc.ini can hold this key and value unchanged.";
+}
+
 std::string WhyNoKey(std::string_view in_key) {
     if (EqualsIgnoringCase(in_key, "DSN")) return "the name of the DSN is the command's argument";
     if (EqualsIgnoringCase(in_key, "Driver")) return "the driver is given with --driver";
@@ -101,21 +101,18 @@ std::string WhyNoKey(std::string_view in_key) {
 
 DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current) {
     if (in_current) CheckOwner(in_wish, *in_current);
-    DsnPlan plan;
-    plan.m_name = in_wish.m_name;
-    plan.m_driver = in_wish.m_driver;
-    plan.m_before = in_current.value_or(Entries());
+    const Entries before = in_current.value_or(Entries());
+    DsnPlan plan{.m_name = in_wish.m_name, .m_driver = in_wish.m_driver};
     if (in_wish.m_isAbsent) {
         plan.m_action = in_current ? Action::Remove : Action::None;
+        plan.m_changes = Compare(before, {});
         return plan;
     }
-    plan.m_after = MakeSection(in_wish, plan.m_before);
-    CheckSection(plan);
-    if (!in_current) {
-        plan.m_action = Action::Add;
-    } else if (!Compare(plan.m_before, plan.m_after).empty()) {
-        plan.m_action = Action::Change;
-    }
+    const Entries after = MakeSection(in_wish, before);
+    CheckSection(in_wish.m_name, before, after);
+    plan.m_changes = Compare(before, after);
+    const Action change = plan.m_changes.empty() ? Action::None : Action::Change;
+    plan.m_action = in_current ? change : Action::Add;
     return plan;
 }
 
@@ -130,7 +127,7 @@ std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsSh
         lines.push_back(in_sign + in_key + "=" +
                         ShownValue({in_key, *in_value}, in_areSecretsShown));
     };
-    for (const auto& [key, before, after] : Compare(in_plan.m_before, in_plan.m_after)) {
+    for (const auto& [key, before, after, isRepeated] : in_plan.m_changes) {
         add('-', key, before);
         add('+', key, after);
     }

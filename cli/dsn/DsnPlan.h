@@ -29,23 +29,29 @@ struct KeyChange {
     std::string m_key;
     std::optional<std::string> m_before;
     std::optional<std::string> m_after;
+    bool m_isRepeated;  ///< the section has more lines with the key, which no program reads
 };
 
 /// Returns the change from one section to another. An empty value of a field equals a missing one.
 std::vector<KeyChange> Compare(const Entries& in_before, const Entries& in_after);
 
+/// The plan for one DSN, and its result once it is carried out.
 struct DsnPlan {
-    Action m_action = Action::None;
     std::string m_name;
     std::string m_driver = {};
-    Entries m_before = {};  ///< the current section, "Driver" first; empty if there is none
-    Entries m_after = {};   ///< the new section; empty if it is removed
+    Action m_action = Action::None;
+    std::vector<KeyChange> m_changes = {};  ///< "Driver" first in a new section
+    std::string m_failure = {};  ///< why it was refused, with nothing done; empty on success
 };
 
 /// @param in_current  the DSN's section; nothing if there is none
 /// @throws CommandError EXIT_FAILED if the DSN would not be read back unchanged, or belongs to
 ///         another driver
 DsnPlan MakePlan(const DsnWish& in_wish, const std::optional<Entries>& in_current);
+
+/// Returns why a value cannot be stored, after its key, which can be "DSN" for the name; empty if
+/// it can.
+std::string WhyNoValue(const std::string& in_key, const std::string& in_value);
 
 /// Returns why a key cannot be set or removed; empty if it can.
 std::string WhyNoKey(std::string_view in_key);
