@@ -142,21 +142,17 @@ ExitCode UnregisterDriver(const CommandLine& in_line) {
 ExitCode ListDrivers(const CommandLine& in_line) {
     const DriverRegistry registry;
     Json list = Json::array();
+    std::string text;
     for (const std::string& name : registry.GetNames()) {
         const Entries entries = registry.Find(name).value_or(Entries());
         const std::string setup = GetLibraryEntry(entries, "Setup");
-        if (in_line.Has("--json")) {
-            list.push_back({{"name", name},
-                            {"description", entries.Get("Description")},
-                            {"setup", setup},
-                            {"library", GetLibraryEntry(entries, "Driver")}});
-        } else {
-            std::cout << name << (setup.empty() ? "" : "  " + setup) << "\n";
-        }
+        text += name + (setup.empty() ? "" : "  " + setup) + "\n";
+        list.push_back({{"name", name},
+                        {"description", entries.Get("Description")},
+                        {"setup", setup},
+                        {"library", GetLibraryEntry(entries, "Driver")}});
     }
-    if (in_line.Has("--json")) {
-        PrintJson({{"file", registry.GetPath()}, {"drivers", std::move(list)}});
-    }
+    PrintResult(in_line, text, {{"file", registry.GetPath()}, {"drivers", std::move(list)}});
     return EXIT_DONE;
 }
 

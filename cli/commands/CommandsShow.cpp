@@ -56,8 +56,8 @@ DsnDescription Describe(const StoredDsn& in_dsn, bool in_areSecretsShown,
     return description;
 }
 
-/// Prints columns, each as wide as its longest text in code points.
-void PrintTable(const Json& in_dsns) {
+/// Returns columns, each as wide as its longest text in code points.
+std::string MakeTable(const Json& in_dsns) {
     std::vector<std::vector<std::string>> rows{{"NAME", "SCOPE", "SERVER", "DATABASE", ""}};
     for (const Json& dsn : in_dsns) {
         auto& row = rows.emplace_back();
@@ -73,13 +73,14 @@ void PrintTable(const Json& in_dsns) {
     for (const auto& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width(row[i]));
     }
+    std::string text;
     for (const auto& row : rows) {
-        std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
+            text += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
         }
-        std::cout << line.substr(0, line.find_last_not_of(' ') + 1) << "\n";
+        text.erase(text.find_last_not_of(' ') + 1).append("\n");
     }
+    return text;
 }
 
 /// Returns the DSNs of the other scope, to find hidden ones: a user's DSN hides the system's.
@@ -109,15 +110,12 @@ ExitCode ShowDsn(const CommandLine& in_line) {
         values.emplace_back(CanonicalKey(key), value);
         if (!areSecretsShown && IsSecretKey(key)) masked.push_back(key);
     }
-    if (!in_line.Has("--json")) {
-        std::cout << text;
-        return EXIT_DONE;
-    }
-    PrintJson({{"name", dsn},
-               {"scope", GetScopeName(store.GetScope())},
-               {"driver", entries->Get("Driver")},
-               {"values", std::move(values)},
-               {"masked", std::move(masked)}});
+    PrintResult(in_line, text,
+                {{"name", dsn},
+                 {"scope", GetScopeName(store.GetScope())},
+                 {"driver", entries->Get("Driver")},
+                 {"values", std::move(values)},
+                 {"masked", std::move(masked)}});
     return EXIT_DONE;
 }
 
@@ -128,6 +126,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
     }
     const bool isLong = areBoth || in_line.Has("--long");
     Json list = Json::array();
+    std::string names;
     for (const Scope scope : {Scope::User, Scope::System}) {
         if (!areBoth && scope != GetScope(in_line)) continue;
         const auto others = areBoth ? LoadOther(scope) : std::nullopt;
@@ -136,6 +135,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
             const char* const relation = !others || !others->HasSection(dsn.m_name) ? ""
                                          : scope == Scope::User                     ? "hides"
                                                                                     : "hidden";
+            names.append(dsn.m_name).append("\n");
             Json& entry = list.emplace_back(
                 Json{{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
             if (!isLong) continue;
@@ -145,14 +145,8 @@ ExitCode ListDsns(const CommandLine& in_line) {
             if (areBoth) entry["relation"] = relation;
         }
     }
-    if (in_line.Has("--json")) {
-        PrintJson({{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))},
-                   {"dsns", std::move(list)}});
-    } else if (isLong) {
-        PrintTable(list);
-    } else {
-        for (const Json& dsn : list) std::cout << dsn.value("name", "") << "\n";
-    }
+    PrintResult(in_line, isLong ? MakeTable(list) : names,
+                {{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))}, {"dsns", list}});
     return EXIT_DONE;
 }
 

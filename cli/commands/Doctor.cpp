@@ -87,26 +87,6 @@ void Print(const Findings& in_findings, bool in_areNotesShown) {
               << Count(notes, "note") << "\n";
 }
 
-/// A row of `where`: a title, its key in JSON, and a path.
-struct Place {
-    const char* m_title;
-    const char* m_key;
-    std::string m_path;
-};
-
-std::vector<Place> FindPlaces(const std::string& in_driver) {
-    const DriverRegistry registry;
-    const Entries driver = registry.Find(in_driver).value_or(Entries());
-    return {
-        {"DSNs of this user", "user_file", DsnStore(Scope::User).GetPath()},
-        {"DSNs of all users", "system_file", DsnStore(Scope::System).GetPath()},
-        {"Drivers", "driver_file", registry.GetPath()},
-        {"Setup library", "setup_library", GetLibraryEntry(driver, "Setup")},
-        {"Driver library", "driver_library", GetLibraryEntry(driver, "Driver")},
-        {"Installer library", "installer_library", FindInstallerLibrary()},
-    };
-}
-
 const char* DescribePresence(const std::string& in_path) {
     if (in_path.empty()) return "not registered";
     return IsThere(in_path) || !HasFolder(in_path) ? "" : " (does not exist)";
@@ -125,16 +105,27 @@ ExitCode RunDoctor(const CommandLine& in_line) {
 }
 
 ExitCode ShowPlaces(const CommandLine& in_line) {
-    Json document = Json::object();
-    for (const Place& place : FindPlaces(GetDriver(in_line))) {
-        if (in_line.Has("--json")) {
-            document[place.m_key] = place.m_path;
-        } else {
-            std::cout << place.m_title << ": " << place.m_path << DescribePresence(place.m_path)
-                      << "\n";
-        }
+    const DriverRegistry registry;
+    const Entries driver = registry.Find(GetDriver(in_line)).value_or(Entries());
+    const struct {
+        const char* m_title;
+        const char* m_key;  ///< in JSON
+        std::string m_path;
+    } places[] = {
+        {"DSNs of this user", "user_file", DsnStore(Scope::User).GetPath()},
+        {"DSNs of all users", "system_file", DsnStore(Scope::System).GetPath()},
+        {"Drivers", "driver_file", registry.GetPath()},
+        {"Setup library", "setup_library", GetLibraryEntry(driver, "Setup")},
+        {"Driver library", "driver_library", GetLibraryEntry(driver, "Driver")},
+        {"Installer library", "installer_library", FindInstallerLibrary()},
+    };
+    std::string text;
+    Json document;
+    for (const auto& [title, key, path] : places) {
+        text += std::string(title) + ": " + path + DescribePresence(path) + "\n";
+        document[key] = path;
     }
-    if (in_line.Has("--json")) PrintJson(document);
+    PrintResult(in_line, text, document);
     return EXIT_DONE;
 }
 

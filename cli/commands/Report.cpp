@@ -26,6 +26,11 @@ void PrintJson(const Json& in_document) {
     std::cout << in_document.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
 }
 
+void PrintResult(const CommandLine& in_line, const std::string& in_text, const Json& in_document) {
+    if (in_line.Has("--json")) return PrintJson(in_document);
+    std::cout << in_text;
+}
+
 void PrintError(const std::string& in_text) {
     std::cout.flush();
     std::cerr << "veltrane-dsn: " << in_text << "\n";

@@ -17,6 +17,8 @@ using Json = nlohmann::ordered_json;
 
 /// Prints a document; bytes that are not UTF-8 become U+FFFD.
 void PrintJson(const Json& in_document);
+/// Prints the result of a command: the text, or the document with --json.
+void PrintResult(const CommandLine& in_line, const std::string& in_text, const Json& in_document);
 /// Prints "veltrane-dsn: text" on standard error.
 void PrintError(const std::string& in_text);
 
