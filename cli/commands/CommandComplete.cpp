@@ -27,7 +27,7 @@ void Offer(std::string_view in_word, std::string_view in_typed, std::string_view
 void OfferValues(ValueKind in_kind, Scope in_scope, const std::string& in_option,
                  std::string_view in_typed) {
     std::vector<std::string> words;
-    if (in_kind == ValueKind::Dsn) words = GetDsnNames(DsnStore(in_scope).Load());
+    if (in_kind == ValueKind::Dsn) words = GetDsnNames(DsnStore(in_scope).Read());
     if (in_kind == ValueKind::Driver) words = DriverRegistry().GetNames();
     if (in_kind == ValueKind::Format) words = {"json", "ini"};
     for (const std::string& word : words) Offer(in_option + word, in_typed);

@@ -55,7 +55,7 @@ private:
             return;
         }
         const std::string& name = m_line.m_arguments.front();
-        const std::optional<Entries> stored = ReadDsn(m_store.Load(), name);
+        const std::optional<Entries> stored = ReadDsn(m_store.Read(), name);
         if (!stored) throw NoSuchDsn(m_store, name);
         MakePlan(MakeRemoval(name), stored);  // refuses a DSN of another driver
         CheckAccess();

@@ -47,7 +47,7 @@ CommandError NoSuchDsn(const DsnStore& in_store, const std::string& in_dsn) {
     const bool isSystem = in_store.GetScope() == Scope::System;
     const DsnStore other(isSystem ? Scope::User : Scope::System);
     try {
-        if (other.Load().HasSection(in_dsn) && !ODBC::IsReservedName(in_dsn)) {
+        if (other.Read().HasSection(in_dsn) && !ODBC::IsReservedName(in_dsn)) {
             text += " There is one in " + other.GetPath() + ": try " +
                     (isSystem ? "without --system." : "--system.");
         }

@@ -41,7 +41,7 @@ ExitCode SetDsn(const CommandLine& in_line) {
     const std::string& dsn = in_line.m_arguments.front();
     const DsnStore store(GetScope(in_line));
     // Check this before asking the user for a password.
-    if (!ReadDsn(store.Load(), dsn)) throw NoSuchDsn(store, dsn);
+    if (!ReadDsn(store.Read(), dsn)) throw NoSuchDsn(store, dsn);
     const DsnWish wish = MakeWish(in_line);
     return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnPlans {
         const std::optional<Entries> current = ReadDsn(in_view, dsn);

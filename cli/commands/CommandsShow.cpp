@@ -88,7 +88,7 @@ std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
     const DsnStore user(Scope::User);
     const DsnStore system(Scope::System);
     if (user.GetPath() == system.GetPath()) return std::nullopt;
-    return (in_scope == Scope::User ? system : user).Load();
+    return (in_scope == Scope::User ? system : user).Read();
 }
 
 }  // namespace
@@ -96,7 +96,7 @@ std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
 ExitCode ShowDsn(const CommandLine& in_line) {
     const DsnStore store(GetScope(in_line));
     const std::string& dsn = in_line.m_arguments.front();
-    const std::optional<Entries> entries = ReadDsn(store.Load(), dsn);
+    const std::optional<Entries> entries = ReadDsn(store.Read(), dsn);
     if (!entries) throw NoSuchDsn(store, dsn);
     const bool areSecretsShown = in_line.Has("--show-secrets");
     std::string text = "DSN=" + dsn + "\n";
@@ -131,7 +131,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
         if (!areBoth && scope != GetScope(in_line)) continue;
         const auto others = areBoth ? LoadOther(scope) : std::nullopt;
         const DsnStore store(scope);
-        for (const StoredDsn& dsn : Select(store.Load(), store, in_line)) {
+        for (const StoredDsn& dsn : Select(store.Read(), store, in_line)) {
             const char* const relation = !others || !others->HasSection(dsn.m_name) ? ""
                                          : scope == Scope::User                     ? "hides"
                                                                                     : "hidden";
@@ -159,7 +159,7 @@ ExitCode ExportDsns(const CommandLine& in_line) {
     std::vector<DsnDescription> descriptions;
     std::vector<std::string> secrets;
     std::vector<std::string> others;
-    const ODBC::ProfileView view = store.Load();
+    const ODBC::ProfileView view = store.Read();
     for (const StoredDsn& dsn : Select(view, store, in_line)) {
         descriptions.push_back(Describe(dsn, in_line.Has("--show-secrets"), secrets));
         for (const std::string& key : view.GetOtherKeys(dsn.m_name)) {
@@ -179,7 +179,7 @@ ExitCode ExportDsns(const CommandLine& in_line) {
 
 ExitCode CheckDsns(const CommandLine& in_line) {
     const DsnStore store(GetScope(in_line));
-    const ODBC::ProfileView text = store.Load();
+    const ODBC::ProfileView text = store.Read();
     Json results = Json::array();
     bool isSound = true;
     for (const StoredDsn& dsn : Select(text, store, in_line)) {

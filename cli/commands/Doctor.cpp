@@ -4,6 +4,7 @@
 #include "cli/commands/Report.h"
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/examine/Findings.h"
+#include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
 
@@ -20,7 +21,7 @@ void Append(Findings& io_findings, Findings in_more) {
 Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
     Findings findings;
     const DriverRegistry registry;
-    const ODBC::ProfileView text = in_store.Load();
+    const ODBC::ProfileView text = in_store.Read();
     const auto describe = [&](const std::string& in_dsn) {
         return "The DSN " + Quote(in_dsn) + " of " + in_store.GetPath();
     };

@@ -10,10 +10,8 @@ bool DriverRegistry::IsName(const std::string& in_driver) {
            !EqualsIgnoringCase(in_driver, "ODBC") && !EqualsIgnoringCase(in_driver, "ODBC Drivers");
 }
 
-DriverRegistry::DriverRegistry() : m_profile(ODBC::Profile::Kind::DRIVERS) {}
-
 const ODBC::ProfileView& DriverRegistry::View() const {
-    if (!m_view) m_view = m_profile.Read();
+    if (!m_view) m_view = Read();
     return *m_view;
 }
 
@@ -35,7 +33,7 @@ void DriverRegistry::Register(const std::string& in_driver, const Entries& in_en
         if (ODBC::OdbcIniLine::IsCarriableLine(key, value)) continue;
         FailWith(key + ": No driver can have this value.");
     }
-    Change([&](ODBC::ProfileChange& io_change) {
+    Write([&](ODBC::ProfileChange& io_change) {
         for (const auto& [key, value] : in_entries) io_change.Set(in_driver, key, value);
         // The list comes last: a driver in the list has its libraries.
         io_change.ListDriver(in_driver);
@@ -43,14 +41,11 @@ void DriverRegistry::Register(const std::string& in_driver, const Entries& in_en
 }
 
 void DriverRegistry::Unregister(const std::string& in_driver) const {
-    Change([&](ODBC::ProfileChange& io_change) { io_change.RemoveSection(in_driver); });
+    Write([&](ODBC::ProfileChange& io_change) { io_change.RemoveSection(in_driver); });
 }
 
-void DriverRegistry::Change(const std::function<void(ODBC::ProfileChange&)>& in_plan) const {
-    m_view.reset();
-    const std::vector<ODBC::Profile::Failure> failures = m_profile.Change(in_plan);
-    if (failures.empty()) return;
-    FailWith(failures[0].m_section + ": " + failures[0].m_reason);
+void DriverRegistry::Write(const std::function<void(ODBC::ProfileChange&)>& in_plan) const {
+    for (const auto& [section, reason] : Change(in_plan)) FailWith(section + ": " + reason);
 }
 
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key) {

@@ -13,12 +13,9 @@
 
 namespace Veltrane::Cli {
 
-class DriverRegistry {
+class DriverRegistry : public ODBC::Profile {
 public:
-    /// Uses the driver manager's file: $ODBCINSTINI in the directory of the system's files.
-    DriverRegistry();
-
-    const std::string& GetPath() const { return m_profile.GetPath(); }
+    DriverRegistry() : Profile(Kind::DRIVERS) {}
 
     /// Whether a driver can have this name. "ODBC" and "ODBC Drivers" are the driver manager's, and
     /// a backslash would lead to another registry key.
@@ -37,9 +34,8 @@ public:
 
 private:
     const ODBC::ProfileView& View() const;
-    void Change(const std::function<void(ODBC::ProfileChange&)>& in_plan) const;
+    void Write(const std::function<void(ODBC::ProfileChange&)>& in_plan) const;
 
-    ODBC::Profile m_profile;
     mutable std::optional<ODBC::ProfileView> m_view;
 };
 

@@ -80,7 +80,7 @@ DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool
         if (in_check) in_check(plans, in_isLocked);
     };
     // First without the lock: a run that changes nothing needs no right to write.
-    const ODBC::ProfileView view = in_store.Load();
+    const ODBC::ProfileView view = in_store.Read();
     plan(view);
     check(false);
     if (in_isDryRun || std::none_of(plans.begin(), plans.end(), IsToDo)) return plans;
@@ -91,7 +91,7 @@ DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool
             if (IsToDo(each)) CarryOut(each, io_change);
         }
     };
-    for (const auto& [dsn, reason] : in_store.GetProfile().Change(write)) {
+    for (const auto& [dsn, reason] : in_store.Change(write)) {
         for (DsnPlan& each : plans) {
             if (each.m_name == dsn) each.m_failure = reason;
         }

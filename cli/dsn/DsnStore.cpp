@@ -4,15 +4,13 @@
 
 namespace Veltrane::Cli {
 
-using ODBC::Profile;
 using ODBC::ProfileView;
 
 const char* GetScopeName(Scope in_scope) { return in_scope == Scope::System ? "system" : "user"; }
 
 DsnStore::DsnStore(Scope in_scope)
-    : m_scope(in_scope),
-      m_profile(in_scope == Scope::System ? Profile::Kind::SYSTEM_DATA_SOURCES
-                                          : Profile::Kind::USER_DATA_SOURCES) {}
+    : Profile(in_scope == Scope::System ? Kind::SYSTEM_DATA_SOURCES : Kind::USER_DATA_SOURCES),
+      m_scope(in_scope) {}
 
 std::optional<Entries> ReadDsn(const ProfileView& in_view, const std::string& in_dsn) {
     if (ODBC::IsReservedName(in_dsn) || !in_view.HasSection(in_dsn)) return std::nullopt;

@@ -28,20 +28,14 @@ struct FileRights {
 /// True for the administrator, who can change the system's files.
 bool IsAdministrator();
 
-class DsnStore {
+class DsnStore : public ODBC::Profile {
 public:
     /// Uses the file or key that the driver manager uses for the scope.
     explicit DsnStore(Scope in_scope);
 
     Scope GetScope() const { return m_scope; }
-    const std::string& GetPath() const { return m_profile.GetPath(); }
-    const ODBC::Profile& GetProfile() const { return m_profile; }
 
-    /// Reads the current contents; empty if there is no file.
-    /// @throws ODBC::ProfileError with path and reason
-    ODBC::ProfileView Load() const { return m_profile.Read(); }
-
-    /// Returns path and reason if a change cannot be written now, else empty. Changes nothing.
+    /// As Profile::WhyNotWritable, also for the folder of the file.
     std::string WhyNotWritable() const;
 
     FileRights GetRights() const;
@@ -55,7 +49,6 @@ public:
 
 private:
     Scope m_scope;
-    ODBC::Profile m_profile;
 };
 
 /// Returns the section of a DSN; nothing if there is none or the name is reserved.

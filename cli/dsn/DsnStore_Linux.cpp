@@ -12,7 +12,7 @@
 namespace Veltrane::Cli {
 
 std::string DsnStore::WhyNotWritable() const {
-    const std::string reason = m_profile.WhyNotWritable();
+    const std::string reason = Profile::WhyNotWritable();
     if (!reason.empty()) return reason;
     // A new version of the file is made beside it and replaces it.
     std::error_code error;

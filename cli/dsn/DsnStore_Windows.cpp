@@ -6,7 +6,7 @@
 
 namespace Veltrane::Cli {
 
-std::string DsnStore::WhyNotWritable() const { return m_profile.WhyNotWritable(); }
+std::string DsnStore::WhyNotWritable() const { return Profile::WhyNotWritable(); }
 
 /// Registry keys have the system's access lists: a user's keys are for that user; administrators
 /// write the system's keys and everybody reads them.

@@ -51,7 +51,7 @@ Stored FindStored(const std::string& in_dsn) {
     for (const Scope scope : {Scope::User, Scope::System}) {
         const DsnStore store(scope);
         stored.m_places += (stored.m_places.empty() ? "" : " and ") + store.GetPath();
-        stored.m_entries = ReadDsn(store.Load(), in_dsn);
+        stored.m_entries = ReadDsn(store.Read(), in_dsn);
         if (stored.m_entries) break;
     }
     return stored;

@@ -136,7 +136,7 @@ Findings ExamineFile(const DsnStore& in_store) {
     // Load removes these files, so they are listed first.
     const std::vector<std::string> leftFiles = in_store.FindLeftFiles();
     try {
-        read = in_store.Load();
+        read = in_store.Read();
     } catch (const std::exception& error) {
         return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
                  "Give yourself the right to read it, or move text that is before the first "
@@ -180,8 +180,8 @@ Findings ExamineFile(const DsnStore& in_store) {
 Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system) {
     Findings findings;
     try {
-        const ODBC::ProfileView user = in_user.Load();
-        const ODBC::ProfileView system = in_system.Load();
+        const ODBC::ProfileView user = in_user.Read();
+        const ODBC::ProfileView system = in_system.Read();
         for (const std::string& dsn : GetDsnNames(user)) {
             if (!system.HasSection(dsn) || in_user.GetPath() == in_system.GetPath()) continue;
             findings.push_back({Severity::Warning, "user-dsn-shadows-system-dsn",
