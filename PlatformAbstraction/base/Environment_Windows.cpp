@@ -4,7 +4,9 @@
 namespace Orska::Support {
 
 std::optional<std::string> GetEnvironment(const char* in_name) {
-    const std::wstring name(in_name, in_name + std::char_traits<char>::length(in_name));
+    std::wstring name(std::char_traits<char>::length(in_name), L'\0');
+    const int nameSize = static_cast<int>(name.size());
+    name.resize(MultiByteToWideChar(CP_UTF8, 0, in_name, nameSize, name.data(), nameSize));
     std::wstring value(64, L'\0');
     for (;;) {
         SetLastError(ERROR_SUCCESS);

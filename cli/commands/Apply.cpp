@@ -8,7 +8,6 @@
 #include "cli/dsn/Description.h"
 #include "cli/dsn/DsnChanger.h"
 #include "cli/system/Input.h"
-#include "cli/system/PlatformWords.h"
 #include "cli/system/Terminal.h"
 
 namespace Veltrane::Cli {
@@ -41,13 +40,8 @@ void TakePassword(const DsnDescription& in_description, const CommandLine& in_li
             "PWD", ReadFirstLine(IsAbsolutePath(file) ? file : FromPath(folder / ToPath(file))));
     }
     const std::string& name = in_description.m_pwdVariable;
-    if (name.empty()) return;
-    std::string password;
     // The variable stays set: another DSN can name it too.
-    if (!ReadSecret(name, password)) {
-        FailWith("pwd_env: the variable " + name + " is not set.");
-    }
-    io_wish.m_values.Set("PWD", password);
+    if (!name.empty()) io_wish.m_values.Set("PWD", ReadSecret("pwd_env", name));
 }
 
 DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_line) {

@@ -123,10 +123,10 @@ std::string ReadPassword(const CommandLine& in_line, OptionName in_source) {
         return ReadFirstLine(path);
     }
     if (in_source == "--pwd-env") {
-        std::string password;
         const std::string name = in_line.Get(in_source);
-        if (TakeVariable(name, password)) return password;
-        FailWith("--pwd-env: the variable " + name + " is not set.");
+        std::string password = ReadSecret("--pwd-env", name);
+        RemoveSecret(name);
+        return password;
     }
     return Ask(in_line);
 }

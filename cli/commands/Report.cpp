@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "PlatformAbstraction/base/Environment.h"
 #include "cli/system/Terminal.h"
 #include "cli/system/Words.h"
 
@@ -55,9 +56,8 @@ Report::Report(const CommandLine& in_line, const DsnStore& in_store)
       m_isDryRun(in_line.Has("--dry-run")),
       m_areSecretsShown(in_line.Has("--show-secrets")) {
     // With sudo "the user" is root, which people do not expect.
-    std::string user;
-    const bool isOwn = m_store.GetScope() == Scope::User && !ReadVariable("SUDO_USER", user);
-    if (!isOwn) m_place = " in " + m_store.GetPath();
+    const bool isSudo = Orska::Support::GetEnvironment("SUDO_USER").has_value();
+    if (isSudo || m_store.GetScope() == Scope::System) m_place = " in " + m_store.GetPath();
 }
 
 void Report::Add(const DsnPlan& in_plan) {

@@ -3,6 +3,7 @@
 #include "cli/examine/Findings.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/line/CommandTable.h"
+#include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
 

@@ -5,19 +5,16 @@
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
-#include "VeltraneDialog/WideText.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/Input.h"
-#include "cli/system/PlatformWords.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
 namespace {
 
-using ODBC::ToUtf8;
-using ODBC::ToWide;
 using Orska::Support::DescribeLastError;
+using std::filesystem::path;
 
 /// This build is for x86-64 only.
 constexpr WORD OWN_MACHINE = IMAGE_FILE_MACHINE_AMD64;
@@ -46,27 +43,21 @@ std::string DescribeMachine(WORD in_machine) {
 }
 
 /// Returns the full path of a library as the loader finds it from a folder; empty if it does not.
-std::wstring Find(const std::wstring& in_name, const std::wstring& in_folder) {
-    const std::wstring beside = in_folder + L"\\" + in_name;
-    if (!in_folder.empty() && GetFileAttributesW(beside.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        return beside;
-    }
-    std::wstring path(32768, L'\0');
-    path.resize(SearchPathW(nullptr, in_name.c_str(), L".dll", static_cast<DWORD>(path.size()),
-                            path.data(), nullptr));
-    return path;
+path Find(const std::string& in_name, const path& in_folder) {
+    const path name = ToPath(in_name);
+    std::error_code error;
+    if (!in_folder.empty() && exists(in_folder / name, error)) return in_folder / name;
+    std::wstring found(32768, L'\0');
+    found.resize(SearchPathW(nullptr, name.c_str(), L".dll", static_cast<DWORD>(found.size()),
+                             found.data(), nullptr));
+    return found;
 }
 
-std::wstring FolderOf(const std::wstring& in_path) {
-    const std::size_t end = in_path.find_last_of(L"\\/");
-    return end == std::wstring::npos ? std::wstring() : in_path.substr(0, end);
-}
-
-bool IsOfTheSystem(const std::wstring& in_path) {
+bool IsOfTheSystem(const path& in_path) {
     std::wstring system(MAX_PATH, L'\0');
     system.resize(GetSystemDirectoryW(system.data(), MAX_PATH));
-    return CompareStringOrdinal(FolderOf(in_path).c_str(), -1, system.c_str(), -1, TRUE) ==
-           CSTR_EQUAL;
+    std::error_code error;
+    return equivalent(in_path.parent_path(), system, error);
 }
 
 /// True for a name that the system maps to its own libraries, without a file.
@@ -76,12 +67,12 @@ bool IsOfAnApiSet(const std::string& in_name) {
 }
 
 /// Loads a library without those that it needs. No code of it runs.
-HMODULE LoadAlone(const std::wstring& in_path) {
+HMODULE LoadAlone(const path& in_path) {
     return LoadLibraryExW(in_path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
 }
 
 /// Returns the first library that is not found, of all direct and indirect dependencies.
-std::string FindMissing(HMODULE in_library, const std::wstring& in_folder,
+std::string FindMissing(HMODULE in_library, const path& in_folder,
                         std::set<std::string>& io_known) {
     const auto* const image = reinterpret_cast<const char*>(in_library);
     const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(image);
@@ -92,9 +83,9 @@ std::string FindMissing(HMODULE in_library, const std::wstring& in_folder,
     for (; begin != 0 && needed->Name != 0; ++needed) {
         const std::string name = image + needed->Name;
         if (IsOfAnApiSet(name) || !io_known.insert(name).second) continue;
-        const std::wstring path = Find(ToWide(name), in_folder);
-        if (path.empty()) return name;
-        const HMODULE library = IsOfTheSystem(path) ? nullptr : LoadAlone(path);
+        const path found = Find(name, in_folder);
+        if (found.empty()) return name;
+        const HMODULE library = IsOfTheSystem(found) ? nullptr : LoadAlone(found);
         const std::string missing =
             library != nullptr ? FindMissing(library, in_folder, io_known) : "";
         if (!missing.empty()) return missing;
@@ -105,15 +96,15 @@ std::string FindMissing(HMODULE in_library, const std::wstring& in_folder,
 }  // namespace
 
 LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
-    const std::wstring path = HasFolder(in_path) ? ToWide(in_path) : Find(ToWide(in_path), {});
-    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const path file = HasFolder(in_path) ? ToPath(in_path) : Find(in_path, {});
+    const DWORD attributes = GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return {LibraryFault::NotFound, DescribeLastError()};
     }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         return {LibraryFault::NotALibrary, "it is a folder"};
     }
-    const std::string bytes = ReadAll(ToUtf8(path));
+    const std::string bytes = ReadAll(FromPath(file));
     const IMAGE_NT_HEADERS* const headers = FindHeaders(bytes);
     if (headers == nullptr) return {LibraryFault::NotALibrary, "it is not a DLL"};
     const WORD machine = headers->FileHeader.Machine;
@@ -121,10 +112,10 @@ LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string
         return {LibraryFault::WrongArchitecture,
                 DescribeMachine(machine) + " instead of " + DescribeMachine(OWN_MACHINE)};
     }
-    const HMODULE library = LoadAlone(path);
+    const HMODULE library = LoadAlone(file);
     if (library == nullptr) return {LibraryFault::CannotLoad, DescribeLastError()};
     std::set<std::string> known;
-    const std::string missing = FindMissing(library, FolderOf(path), known);
+    const std::string missing = FindMissing(library, file.parent_path(), known);
     if (!missing.empty()) return {LibraryFault::MissingDependency, missing};
     const bool isExported =
         std::any_of(in_functions.begin(), in_functions.end(), [&](const std::string& in_name) {

@@ -21,6 +21,11 @@ inline std::string FromPath(const std::filesystem::path& in_path) {
     return {text.begin(), text.end()};
 }
 
+inline bool IsAbsolutePath(const std::string& in_path) { return ToPath(in_path).is_absolute(); }
+
+/// Whether it has a folder, so that it is not searched for.
+inline bool HasFolder(const std::string& in_path) { return ToPath(in_path).has_parent_path(); }
+
 /// Returns the name for messages of a path that can be empty, for standard input.
 inline std::string DescribeInput(const std::string& in_path) {
     return in_path.empty() ? "standard input" : in_path;

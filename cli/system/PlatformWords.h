@@ -23,9 +23,6 @@ struct PlatformWords {
 
 extern const PlatformWords PLATFORM_WORDS;
 
-bool IsAbsolutePath(const std::string& in_path);
-/// Whether it has a folder, so that it is not searched for.
-bool HasFolder(const std::string& in_path);
 /// Whether a path exists: a file, or a registry key.
 bool IsThere(const std::string& in_path);
 

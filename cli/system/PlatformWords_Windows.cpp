@@ -18,16 +18,6 @@ const PlatformWords PLATFORM_WORDS = {
     true,
 };
 
-bool IsAbsolutePath(const std::string& in_path) {
-    const bool hasDrive =
-        in_path.size() > 2 && in_path[1] == ':' && (in_path[2] == '\\' || in_path[2] == '/');
-    return hasDrive || in_path.starts_with("\\\\");
-}
-
-bool HasFolder(const std::string& in_path) {
-    return in_path.find_first_of("\\/:") != std::string::npos;
-}
-
 bool IsThere(const std::string& in_path) {
     HKEY root = nullptr;
     const std::size_t end = in_path.find('\\');

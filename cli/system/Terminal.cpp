@@ -1,9 +1,12 @@
 #include "cli/system/Terminal.h"
 
+#include "PlatformAbstraction/base/Environment.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
 
 namespace Veltrane::Cli {
+
+using Orska::Support::GetEnvironment;
 
 std::string AskForPassword(const std::string& in_question) {
     const std::vector<std::string> answers = AskSecretly({in_question, "Again: "});
@@ -14,10 +17,15 @@ std::string AskForPassword(const std::string& in_question) {
     return answers.front();
 }
 
-bool ReadSecret(const std::string& in_name, std::string& out_value) {
-    if (!ReadVariable(in_name, out_value)) return false;
-    if (out_value.empty()) RefuseEmptySecret("the variable " + in_name);
-    return true;
+bool IsOutputColoured() {
+    return GetEnvironment("NO_COLOR").value_or("").empty() && CanOutputShowColour();
+}
+
+std::string ReadSecret(const std::string& in_source, const std::string& in_name) {
+    const std::optional<std::string> value = GetEnvironment(in_name.c_str());
+    if (!value) FailWith(in_source + ": the variable " + in_name + " is not set.");
+    if (value->empty()) RefuseEmptySecret("the variable " + in_name);
+    return *value;
 }
 
 }  // namespace Veltrane::Cli

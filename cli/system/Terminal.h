@@ -10,6 +10,8 @@ namespace Veltrane::Cli {
 bool IsInputTerminal();
 /// True on a terminal that shows colour, unless NO_COLOR is set and not empty.
 bool IsOutputColoured();
+/// The part of IsOutputColoured that differs between the systems.
+bool CanOutputShowColour();
 
 /// Asks for a new password on the controlling terminal, twice and without showing it.
 /// @throws CommandError EXIT_USAGE without a terminal, EXIT_INTERRUPTED after Ctrl-C, EXIT_FAILED
@@ -23,15 +25,13 @@ inline constexpr char NO_TERMINAL[] =
 inline constexpr char INTERRUPTED[] = "Interrupted; nothing is changed.";
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions);
 
-/// @return false if the variable is not set
-bool ReadVariable(const std::string& in_name, std::string& out_value);
+/// Returns the password in an environment variable.
+/// @param in_source  what names the variable, for the error text
+/// @throws CommandError EXIT_FAILED if the variable is not set or empty
+std::string ReadSecret(const std::string& in_source, const std::string& in_name);
 
-/// As ReadVariable, for a password.
-/// @throws CommandError EXIT_FAILED if it is empty
-bool ReadSecret(const std::string& in_name, std::string& out_value);
-
-/// As ReadSecret, but removes the variable from this process's environment and clears its memory.
-bool TakeVariable(const std::string& in_name, std::string& out_value);
+/// Removes a variable from this process's environment and clears its memory.
+void RemoveSecret(const std::string& in_name);
 
 }  // namespace Veltrane::Cli
 

@@ -58,12 +58,10 @@ void WriteText(int in_handle, std::string_view in_text) {
 
 bool IsInputTerminal() { return isatty(STDIN_FILENO) != 0; }
 
-bool IsOutputColoured() {
-    const char* const noColour = std::getenv("NO_COLOR");
+bool CanOutputShowColour() {
     const char* const terminal = std::getenv("TERM");
-    const bool isRefused = (noColour != nullptr && *noColour != '\0') || terminal == nullptr ||
-                           std::string_view(terminal) == "dumb";
-    return !isRefused && isatty(STDOUT_FILENO) != 0;
+    return terminal != nullptr && std::string_view(terminal) != "dumb" &&
+           isatty(STDOUT_FILENO) != 0;
 }
 
 std::vector<std::string> AskSecretly(const std::vector<std::string>& in_questions) {
@@ -84,19 +82,10 @@ std::vector<std::string> AskSecretly(const std::vector<std::string>& in_question
     return answers;
 }
 
-bool ReadVariable(const std::string& in_name, std::string& out_value) {
-    const char* const value = std::getenv(in_name.c_str());
-    if (value == nullptr) return false;
-    out_value = value;
-    return true;
-}
-
-bool TakeVariable(const std::string& in_name, std::string& out_value) {
-    if (!ReadSecret(in_name, out_value)) return false;
+void RemoveSecret(const std::string& in_name) {
     char* const value = std::getenv(in_name.c_str());
     ODBC::WipeBytes(value, std::strlen(value));
     unsetenv(in_name.c_str());
-    return true;
 }
 
 }  // namespace Veltrane::Cli

@@ -76,9 +76,7 @@ std::wstring ReadConsoleLine(HANDLE in_console) {
 
 bool IsInputTerminal() { return IsConsole(GetStdHandle(STD_INPUT_HANDLE)); }
 
-bool IsOutputColoured() {
-    const char* const noColour = std::getenv("NO_COLOR");
-    if (noColour != nullptr && *noColour != '\0') return false;
+bool CanOutputShowColour() {
     // Consoles before Windows 10 do not know the sequences.
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
@@ -103,27 +101,16 @@ std::vector<std::string> AskSecretly(const std::vector<std::string>& in_question
     return answers;
 }
 
-bool ReadVariable(const std::string& in_name, std::string& out_value) {
+void RemoveSecret(const std::string& in_name) {
     const std::wstring name = ToWide(in_name);
-    const DWORD size = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
-    if (size == 0) return false;
-    std::wstring value(size, L'\0');
-    value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
-    out_value = ToUtf8(value);
-    return true;
-}
-
-bool TakeVariable(const std::string& in_name, std::string& out_value) {
-    if (!ReadSecret(in_name, out_value)) return false;
-    const std::wstring name = ToWide(in_name);
+    const DWORD size = GetEnvironmentVariableW(name.c_str(), nullptr, 0);  // with its NUL
     // Overwritten in place, in the process and in the copy of the C run-time library.
-    SetEnvironmentVariableW(name.c_str(), std::wstring(ToWide(out_value).size(), L' ').c_str());
+    SetEnvironmentVariableW(name.c_str(), std::wstring(size - 1, L' ').c_str());
     SetEnvironmentVariableW(name.c_str(), nullptr);
     if (char* const copy = std::getenv(in_name.c_str())) {
         ODBC::WipeBytes(copy, std::strlen(copy));
         _putenv_s(in_name.c_str(), "");
     }
-    return true;
 }
 
 }  // namespace Veltrane::Cli
