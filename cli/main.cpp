@@ -34,7 +34,7 @@ int main(int in_count, char** in_arguments) {
         return Run(StartProgram(in_count, in_arguments));
     } catch (const CommandError& error) {
         PrintError(error.what());
-        return error.GetExitCode();
+        return error.m_exitCode;
     } catch (const std::exception& error) {
         PrintError(error.what());
         return EXIT_FAILED;

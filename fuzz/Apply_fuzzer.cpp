@@ -108,7 +108,7 @@ Descriptions Parse(const std::string& in_text, DescriptionFormat in_format) {
     try {
         return ParseDescriptions(in_text, in_format, "source", notes);
     } catch (const CommandError& error) {
-        Require(error.GetExitCode() == EXIT_FAILED, "wrong exit code", error.what());
+        Require(error.m_exitCode == EXIT_FAILED, "wrong exit code", error.what());
         Require(std::string(error.what()).starts_with("source"), "no source", error.what());
         return {};
     }

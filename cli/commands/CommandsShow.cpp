@@ -83,14 +83,6 @@ std::string MakeTable(const Json& in_dsns) {
     return text;
 }
 
-/// Returns the DSNs of the other scope, to find hidden ones: a user's DSN hides the system's.
-std::optional<ODBC::ProfileView> LoadOther(Scope in_scope) {
-    const DsnStore user(Scope::User);
-    const DsnStore system(Scope::System);
-    if (user.GetPath() == system.GetPath()) return std::nullopt;
-    return (in_scope == Scope::User ? system : user).Read();
-}
-
 }  // namespace
 
 ExitCode ShowDsn(const CommandLine& in_line) {
@@ -129,12 +121,14 @@ ExitCode ListDsns(const CommandLine& in_line) {
     std::string names;
     for (const Scope scope : {Scope::User, Scope::System}) {
         if (!areBoth && scope != GetScope(in_line)) continue;
-        const auto others = areBoth ? LoadOther(scope) : std::nullopt;
+        const bool isUser = scope == Scope::User;
         const DsnStore store(scope);
+        const DsnStore other(isUser ? Scope::System : Scope::User);
+        std::optional<ODBC::ProfileView> others;
+        if (areBoth && store.GetPath() != other.GetPath()) others = other.Read();
         for (const StoredDsn& dsn : Select(store.Read(), store, in_line)) {
-            const char* const relation = !others || !others->HasSection(dsn.m_name) ? ""
-                                         : scope == Scope::User                     ? "hides"
-                                                                                    : "hidden";
+            // A user's DSN hides the system's.
+            const bool isOther = others && others->HasSection(dsn.m_name);
             names.append(dsn.m_name).append("\n");
             Json& entry = list.emplace_back(
                 Json{{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
@@ -142,7 +136,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
             entry["scope"] = GetScopeName(scope);
             entry["server"] = dsn.m_entries.Get("Server");
             entry["database"] = dsn.m_entries.Get("Database");
-            if (areBoth) entry["relation"] = relation;
+            if (areBoth) entry["relation"] = isOther ? (isUser ? "hides" : "hidden") : "";
         }
     }
     PrintResult(in_line, isLong ? MakeTable(list) : names,

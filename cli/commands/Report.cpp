@@ -15,10 +15,9 @@ constexpr Action ACTIONS[] = {Action::Add, Action::Change, Action::Remove, Actio
 
 /// Whether the plan writes a new password.
 bool WritesSecret(const DsnPlan& in_plan) {
-    return std::any_of(in_plan.m_changes.begin(), in_plan.m_changes.end(),
-                       [](const KeyChange& in_it) {
-                           return IsSecretKey(in_it.m_key) && !in_it.m_after.value_or("").empty();
-                       });
+    return std::ranges::any_of(in_plan.m_changes, [](const KeyChange& in_it) {
+        return IsSecretKey(in_it.m_key) && !in_it.m_after.value_or("").empty();
+    });
 }
 
 }  // namespace
@@ -68,7 +67,7 @@ void Report::Add(const DsnPlan& in_plan) {
         m_results.push_back({{"name", name}, {"state", "failed"}, {"message", failure}});
         return;
     }
-    ++m_counts[static_cast<std::size_t>(action)];
+    ++m_counts[action];
     const bool isSame = action == Action::None;
     m_hasNewSecret = m_hasNewSecret || WritesSecret(in_plan);
     if (m_isJson) {
@@ -91,7 +90,7 @@ void Report::AddSummary() {
     const auto add = [&parts](std::size_t in_count, const std::string& in_what) {
         if (in_count != 0) parts.push_back(std::to_string(in_count) + " " + in_what);
     };
-    for (const Action action : ACTIONS) add(Count(action), DescribeAction(action, m_isDryRun));
+    for (const Action action : ACTIONS) add(m_counts[action], DescribeAction(action, m_isDryRun));
     add(m_failures, "failed");
     std::cout << (parts.empty() ? "nothing described" : Join(parts)) << "\n";
 }
@@ -113,8 +112,8 @@ ExitCode Report::Finish() {
         Json summary;
         bool isChanged = false;
         for (const Action action : ACTIONS) {
-            summary[DescribeAction(action, false)] = Count(action);
-            isChanged = isChanged || (action != Action::None && Count(action) != 0);
+            summary[DescribeAction(action, false)] = m_counts[action];
+            isChanged = isChanged || (action != Action::None && m_counts[action] != 0);
         }
         summary["failed"] = m_failures;
         Json document{{"changed", isChanged},

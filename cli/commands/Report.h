@@ -3,6 +3,7 @@
 #ifndef CLI_REPORT_H
 #define CLI_REPORT_H
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -44,9 +45,6 @@ public:
 private:
     /// Returns a warning if others can read a password that was written; otherwise empty.
     std::string WarnOfReaders() const;
-    std::size_t Count(Action in_action) const {
-        return m_counts[static_cast<std::size_t>(in_action)];
-    }
 
     const DsnStore& m_store;
     std::string m_place;  ///< " in PATH" if it is not the user's own file
@@ -54,7 +52,7 @@ private:
     bool m_isQuiet;
     bool m_isDryRun;
     bool m_areSecretsShown;
-    std::size_t m_counts[4] = {};  ///< by action
+    std::map<Action, std::size_t> m_counts;
     std::size_t m_failures = 0;
     bool m_hasNewSecret = false;
     Json m_results = Json::array();

@@ -9,61 +9,50 @@ namespace Veltrane::Cli {
 
 namespace {
 
-/// Reads one description, and keeps its place for error texts.
-class Reader {
-public:
-    Reader(const std::string& in_source, std::size_t in_index)
-        : m_place(in_source + ": entry " + std::to_string(in_index + 1)) {}
+/// @param in_place  of the description, for error texts
+[[noreturn]] void Fail(const std::string& in_place, const std::string& in_reason) {
+    FailWith(in_place + " " + in_reason + ".");
+}
 
-    DsnDescription Run(const StrictJson& in_object) {
-        if (!in_object.is_object()) Fail("is not an object");
-        if (!in_object.contains("name")) Fail("has no \"name\"");
-        for (const auto& [key, value] : in_object.items()) ReadMember(key, value);
-        return std::move(m_description);
+std::string ReadText(const std::string& in_place, const std::string& in_key,
+                     const StrictJson& in_value) {
+    if (!in_value.is_string()) Fail(in_place, "has " + Quote(in_key) + ", which is not a text");
+    return in_value.get<std::string>();
+}
+
+void ReadValue(const std::string& in_place, const std::string& in_key, const StrictJson& in_value,
+               DsnDescription& io_description) {
+    if (io_description.m_values.Find(in_key) != nullptr) {
+        Fail(in_place, "has the key " + Quote(in_key) + " twice");
     }
+    const std::string key = CanonicalKey(in_key);
+    if (in_value.is_null()) return io_description.m_unset.push_back(key);
+    const bool isNumber = in_value.is_number_integer();
+    const std::string text = isNumber ? in_value.dump() : ReadText(in_place, in_key, in_value);
+    if (key == "PWD" && text.empty()) Fail(in_place, "has an empty \"PWD\"; null removes one");
+    io_description.m_values.Set(key, text);
+}
 
-private:
-    void ReadMember(const std::string& in_key, const StrictJson& in_value) {
-        if (in_key == "name") {
-            m_description.m_name = Text(in_key, in_value);
-        } else if (std::string* const member = FindMember(in_key, m_description)) {
-            *member = Text(in_key, in_value);
-        } else if (in_key == "values") {
-            if (!in_value.is_object()) Fail("has \"values\" that are not an object");
-            for (const auto& [key, value] : in_value.items()) ReadValue(key, value);
-        } else if (in_key != "scope") {
-            Fail("has the unknown member " + Quote(in_key));
+DsnDescription ReadDescription(const std::string& in_place, const StrictJson& in_object) {
+    if (!in_object.is_object()) Fail(in_place, "is not an object");
+    if (!in_object.contains("name")) Fail(in_place, "has no \"name\"");
+    DsnDescription description;
+    for (const auto& [key, value] : in_object.items()) {
+        std::string* const member =
+            key == "name" ? &description.m_name : FindMember(key, description);
+        if (member != nullptr) {
+            *member = ReadText(in_place, key, value);
+        } else if (key == "values") {
+            if (!value.is_object()) Fail(in_place, "has \"values\" that are not an object");
+            for (const auto& [name, item] : value.items()) {
+                ReadValue(in_place, name, item, description);
+            }
+        } else if (key != "scope") {
+            Fail(in_place, "has the unknown member " + Quote(key));
         }
     }
-
-    void ReadValue(const std::string& in_key, const StrictJson& in_value) {
-        if (m_description.m_values.Find(in_key) != nullptr) {
-            Fail("has the key " + Quote(in_key) + " twice");
-        }
-        const std::string key = CanonicalKey(in_key);
-        if (in_value.is_null()) {
-            m_description.m_unset.push_back(key);
-        } else if (in_value.is_number_integer()) {
-            m_description.m_values.Set(key, in_value.dump());
-        } else {
-            const std::string text = Text(in_key, in_value);
-            if (key == "PWD" && text.empty()) Fail("has an empty \"PWD\"; null removes one");
-            m_description.m_values.Set(key, text);
-        }
-    }
-
-    std::string Text(const std::string& in_key, const StrictJson& in_value) const {
-        if (!in_value.is_string()) Fail("has " + Quote(in_key) + ", which is not a text");
-        return in_value.get<std::string>();
-    }
-
-    [[noreturn]] void Fail(const std::string& in_reason) const {
-        FailWith(m_place + " " + in_reason + ".");
-    }
-
-    std::string m_place;
-    DsnDescription m_description;
-};
+    return description;
+}
 
 /// Describes where the parser stopped. The parser's own text would repeat what it last read.
 std::string DescribePlace(std::string_view in_text, std::size_t in_byte) {
@@ -102,7 +91,8 @@ Descriptions ParseJson(std::string_view in_text, const std::string& in_source) {
     }
     Descriptions descriptions;
     for (std::size_t i = 0; i < list.size(); ++i) {
-        descriptions.push_back(Reader(in_source, i).Run(list[i]));
+        const std::string place = in_source + ": entry " + std::to_string(i + 1);
+        descriptions.push_back(ReadDescription(place, list[i]));
     }
     return descriptions;
 }

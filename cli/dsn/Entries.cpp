@@ -23,9 +23,8 @@ bool Entries::IsRepeated(std::string_view in_key) const {
 std::size_t Entries::PlaceOf(std::string_view in_key) const {
     constexpr std::size_t FEW = 16;
     if (m_entries.size() <= FEW) {
-        const auto found =
-            std::find_if(m_entries.begin(), m_entries.end(),
-                         [&](const Entry& in_it) { return IsSameName(in_it.first, in_key); });
+        const auto found = std::ranges::find_if(
+            m_entries, [&](const Entry& in_it) { return IsSameName(in_it.first, in_key); });
         return static_cast<std::size_t>(found - m_entries.begin());
     }
     for (std::size_t i = m_places.size(); i < m_entries.size(); ++i) {
@@ -77,9 +76,8 @@ std::string CanonicalKey(std::string_view in_key) {
 bool IsSecretKey(std::string_view in_key) {
     const std::string key = FoldCase(in_key);
     constexpr std::string_view PARTS[] = {"pwd", "password", "passwd", "secret", "token", "apikey"};
-    return std::any_of(std::begin(PARTS), std::end(PARTS), [&key](std::string_view in_part) {
-        return key.find(in_part) != std::string::npos;
-    });
+    return std::ranges::any_of(
+        PARTS, [&key](std::string_view in_part) { return key.find(in_part) != std::string::npos; });
 }
 
 std::string ShownValue(const Entry& in_entry, bool in_areSecretsShown) {

@@ -143,8 +143,7 @@ Finding ExamineRequest(const std::string& in_driver) {
     if (answer == "=") {
         return {Severity::Note, "driver-answers",
                 "The installer finds the driver " + Quote(in_driver) +
-                    ", and its setup library answers requests.",
-                "No action is needed."};
+                    ", and its setup library answers requests."};
     }
     return {Severity::Error, "driver-does-not-answer",
             "The setup library of the driver " + Quote(in_driver) +

@@ -81,8 +81,7 @@ Findings ExamineDriverManager() {
     Findings findings{{Severity::Note, "manager-version",
                        "The driver manager is unixODBC " +
                            (version.empty() ? "of an unknown version" : version) + ", " + library +
-                           ".",
-                       "No action is needed."}};
+                           "."}};
     for (const Defect& defect : DEFECTS) {
         if (!Applies(defect, version)) continue;
         findings.push_back({Severity::Note, defect.m_id, defect.m_text, defect.m_repair});

@@ -42,8 +42,7 @@ Findings ExamineDriverManager() {
     const std::string version = ReadFileVersion(ODBC::ToWide(library));
     return {{Severity::Note, "manager-version",
              "The ODBC installer is " + library + ", " +
-                 (version.empty() ? "of an unknown version" : version) + ".",
-             "No action is needed."}};
+                 (version.empty() ? "of an unknown version" : version) + "."}};
 }
 
 /// No variable sends the installer to other keys.

@@ -18,9 +18,7 @@ std::string GetName(Severity in_severity) {
 }  // namespace
 
 bool HasError(const Findings& in_findings) {
-    return std::any_of(in_findings.begin(), in_findings.end(), [](const Finding& in_finding) {
-        return in_finding.m_severity == Severity::Error;
-    });
+    return std::ranges::count(in_findings, Severity::Error, &Finding::m_severity) != 0;
 }
 
 nlohmann::ordered_json ToJson(const Findings& in_findings) {

@@ -15,9 +15,9 @@ enum class Severity { Error, Warning, Note };
 
 struct Finding {
     Severity m_severity;
-    std::string m_id;      ///< for programs: "driver-not-registered"
-    std::string m_text;    ///< a sentence that says what is wrong and where
-    std::string m_repair;  ///< a sentence on how to repair it
+    std::string m_id;    ///< for programs: "driver-not-registered"
+    std::string m_text;  ///< a sentence that says what is wrong and where
+    std::string m_repair = "No action is needed.";  ///< a sentence on how to repair it
 };
 
 using Findings = std::vector<Finding>;

@@ -18,13 +18,9 @@ enum ExitCode {
 };
 
 /// A failure with its own exit code. Its text names keys, never the value of a secret one.
-class CommandError : public std::runtime_error {
-public:
+struct CommandError : std::runtime_error {
     CommandError(ExitCode in_exitCode, const std::string& in_text)
         : std::runtime_error(in_text), m_exitCode(in_exitCode) {}
-    ExitCode GetExitCode() const { return m_exitCode; }
-
-private:
     ExitCode m_exitCode;
 };
 

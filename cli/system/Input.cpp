@@ -5,10 +5,6 @@
 
 namespace Veltrane::Cli {
 
-void Input::Fail(const std::string& in_reason) const {
-    FailWith(DescribeInput(m_path) + ": cannot read: " + in_reason);
-}
-
 namespace {
 
 constexpr std::string_view UTF8_MARK("\xEF\xBB\xBF");
@@ -16,7 +12,7 @@ constexpr std::string_view BIG_MARK("\xFE\xFF");
 constexpr std::string_view LITTLE_MARK("\xFF\xFE");
 
 /// Removes a byte order mark, and converts UTF-16 with one to UTF-8.
-std::string Decode(const Input& in_input, std::string in_bytes) {
+std::string Decode(const std::string& in_path, std::string in_bytes) {
     const bool isBig = in_bytes.starts_with(BIG_MARK);
     if (!isBig && !in_bytes.starts_with(LITTLE_MARK)) {
         if (in_bytes.starts_with(UTF8_MARK)) in_bytes.erase(0, UTF8_MARK.size());
@@ -27,7 +23,7 @@ std::string Decode(const Input& in_input, std::string in_bytes) {
     // An unpaired surrogate has become another character.
     std::u16string again;
     if (in_bytes.size() % 2 != 0 || !ODBC::DecodeUtf8(text, again) || again != units) {
-        in_input.Fail("not valid UTF-16");
+        FailToRead(in_path, "not valid UTF-16");
     }
     return text;
 }
@@ -40,21 +36,26 @@ bool IsLineEnd(std::string_view in_bytes) {
     return in_bytes.ends_with('\n');
 }
 
-std::string ReadRest(const Input& in_input) {
+}  // namespace
+
+std::string ReadAll(const std::string& in_path) {
+    const InputReader read = OpenInput(in_path);
     constexpr std::size_t MAX_FILE = 256 << 20;
     constexpr std::size_t STEP = 64 << 10;
     std::string text;
     for (;;) {
         const std::size_t size = text.size();
         text.resize(size + STEP);
-        const std::size_t count = in_input.Read(text.data() + size, STEP);
+        const std::size_t count = read(text.data() + size, STEP);
         text.resize(size + count);
         if (count == 0) return text;
-        if (text.size() > MAX_FILE) in_input.Fail("larger than 256 MiB");
+        if (text.size() > MAX_FILE) FailToRead(in_path, "larger than 256 MiB");
     }
 }
 
-}  // namespace
+void FailToRead(const std::string& in_path, const std::string& in_reason) {
+    FailWith(DescribeInput(in_path) + ": cannot read: " + in_reason);
+}
 
 std::u16string ToUnits(std::string_view in_bytes, bool in_isBig) {
     std::u16string units;
@@ -74,25 +75,20 @@ void RefuseEmptySecret(const std::string& in_source) {
 }
 
 std::string ReadFirstLine(const std::string& in_path) {
-    const Input input(in_path);
+    const InputReader read = OpenInput(in_path);
     std::string bytes;
     bytes.reserve(MAX_LINE + 1);  // so that it is not copied
     // Byte by byte, so that input after the line is not consumed.
-    for (char byte = 0; !IsLineEnd(bytes) && input.Read(&byte, 1) == 1; bytes += byte) {
-        if (bytes.size() == MAX_LINE) input.Fail("the first line is too long");
+    for (char byte = 0; !IsLineEnd(bytes) && read(&byte, 1) == 1; bytes += byte) {
+        if (bytes.size() == MAX_LINE) FailToRead(in_path, "the first line is too long");
     }
-    std::string line = Decode(input, std::move(bytes));
+    std::string line = Decode(in_path, std::move(bytes));
     if (line.ends_with('\n')) line.pop_back();
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty()) RefuseEmptySecret(DescribeInput(in_path));
     return line;
 }
 
-std::string ReadText(const std::string& in_path) {
-    const Input input(in_path);
-    return Decode(input, ReadRest(input));
-}
-
-std::string ReadAll(const std::string& in_path) { return ReadRest(Input(in_path)); }
+std::string ReadText(const std::string& in_path) { return Decode(in_path, ReadAll(in_path)); }
 
 }  // namespace Veltrane::Cli

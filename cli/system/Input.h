@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <memory>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -37,24 +37,13 @@ std::u16string ToUnits(std::string_view in_bytes, bool in_isBig);
 /// The longest accepted line, in bytes.
 inline constexpr std::size_t MAX_LINE = 64 << 10;
 
-class Input {
-public:
-    /// @param in_path  empty for standard input, which is not closed
-    /// @throws CommandError EXIT_FAILED with path and reason, as each operation
-    explicit Input(const std::string& in_path);
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
-    ~Input();
-
-    /// @return bytes; 0 at the end
-    std::size_t Read(char* out_bytes, std::size_t in_size) const;
-    [[noreturn]] void Fail(const std::string& in_reason) const;
-
-private:
-    struct State;
-    std::string m_path;
-    std::unique_ptr<State> m_state;
-};
+/// Reads the next bytes of an input into a buffer. Returns their number; 0 at the end.
+using InputReader = std::function<std::size_t(char* out_bytes, std::size_t in_size)>;
+/// The part of the functions below that differs between the systems. The reader owns the file.
+/// @param in_path  empty for standard input, which is not closed
+/// @throws CommandError EXIT_FAILED with path and reason, as the reader does
+InputReader OpenInput(const std::string& in_path);
+[[noreturn]] void FailToRead(const std::string& in_path, const std::string& in_reason);
 
 /// Returns the password in the first line of a file, in UTF-8, without the line end and a byte
 /// order mark. UTF-16 needs the mark.
