@@ -8,6 +8,7 @@
 #include "cli/dsn/Description.h"
 #include "cli/dsn/DsnChanger.h"
 #include "cli/system/Input.h"
+#include "cli/system/PlatformWords.h"
 #include "cli/system/Terminal.h"
 
 namespace Veltrane::Cli {

@@ -118,7 +118,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
     }
     const bool isLong = areBoth || in_line.Has("--long");
     Json list = Json::array();
-    std::string names;
+    std::string text;
     for (const Scope scope : {Scope::User, Scope::System}) {
         if (!areBoth && scope != GetScope(in_line)) continue;
         const bool isUser = scope == Scope::User;
@@ -129,7 +129,7 @@ ExitCode ListDsns(const CommandLine& in_line) {
         for (const StoredDsn& dsn : Select(store.Read(), store, in_line)) {
             // A user's DSN hides the system's.
             const bool isOther = others && others->HasSection(dsn.m_name);
-            names.append(dsn.m_name).append("\n");
+            text.append(dsn.m_name).append("\n");
             Json& entry = list.emplace_back(
                 Json{{"name", dsn.m_name}, {"driver", dsn.m_entries.Get("Driver")}});
             if (!isLong) continue;
@@ -139,8 +139,10 @@ ExitCode ListDsns(const CommandLine& in_line) {
             if (areBoth) entry["relation"] = isOther ? (isUser ? "hides" : "hidden") : "";
         }
     }
-    PrintResult(in_line, isLong ? MakeTable(list) : names,
-                {{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))}, {"dsns", list}});
+    if (isLong) text = MakeTable(list);
+    PrintResult(
+        in_line, text,
+        {{"scope", areBoth ? "both" : GetScopeName(GetScope(in_line))}, {"dsns", std::move(list)}});
     return EXIT_DONE;
 }
 

@@ -11,12 +11,6 @@ namespace Veltrane::Cli {
 
 namespace {
 
-Orska::Support::orska_wstring Utf8Text(const std::string& in_text) {
-    Orska::Support::orska_wstring text;
-    text.SetFromUtf8(in_text);
-    return text;
-}
-
 /// The setup library has to accept new values, and they have to be read back unchanged. Stored
 /// values can stay.
 void CheckSection(const std::string& in_name, const Entries& in_before, const Entries& in_after) {
@@ -27,7 +21,7 @@ void CheckSection(const std::string& in_name, const Entries& in_before, const En
         if (!reason.empty()) FailWith(reason);
     };
     check("DSN", in_name);
-    if (!ODBC::OdbcInstaller::ValidDSN(Utf8Text(in_name))) {
+    if (!ODBC::OdbcInstaller::ValidDSN(Orska::Support::orska_wstring().SetFromUtf8(in_name))) {
         FailWith("DSN: The ODBC installer refuses this name.");
     }
     for (const auto& [key, value] : in_after) check(key, value);

@@ -4,6 +4,7 @@
 #include "cli/examine/LibraryProbe.h"
 #include "cli/examine/OdbcCalls.h"
 #include "cli/examine/OdbcPlatform.h"
+#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -49,6 +50,16 @@ std::string AskSetupLibrary(const std::string& in_driver) {
                 OdbcPlatform::FromOdbc(reinterpret_cast<const SQLTCHAR*>(message));
     }
     return text.empty() ? "the installer gave no reason" : text;
+}
+
+LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
+    void* library = nullptr;
+    const LibraryProbe loaded = LoadHere(in_path, library);
+    if (loaded.m_fault != LibraryFault::None || in_functions.empty()) return loaded;
+    for (const std::string& function : in_functions) {
+        if (OdbcPlatform::FindFunction(library, function.c_str()) != nullptr) return {};
+    }
+    return {LibraryFault::NoEntryPoint, Join(in_functions)};
 }
 
 void Connect(const Json& in_request, const ApartRequest& in_parent) {

@@ -30,8 +30,9 @@ struct LibraryProbe {
 /// @param in_functions  one of them has to be exported; empty for no requirement
 LibraryProbe ProbeLibrary(const std::string& in_path, const std::vector<std::string>& in_functions);
 
-/// As ProbeLibrary, but in this process, the separate one.
-LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions);
+/// Loads the library into this process, the separate one.
+/// @param out_library  unless there is a fault
+LibraryProbe LoadHere(const std::string& in_path, void*& out_library);
 
 }  // namespace Veltrane::Cli
 

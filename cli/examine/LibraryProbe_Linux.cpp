@@ -13,7 +13,6 @@
 #include "Setup/SystemCalls.h"
 #include "cli/examine/Findings.h"
 #include "cli/examine/LibraryProbe.h"
-#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -88,22 +87,16 @@ LibraryProbe ClassifyLoaderError(const std::string& in_path, const std::string& 
 
 }  // namespace
 
-LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
+LibraryProbe LoadHere(const std::string& in_path, void*& out_library) {
     const bool isPath = in_path.find('/') != std::string::npos;
     const std::string driver = isPath ? std::string() : FindAmongDrivers(in_path);
-    if (!driver.empty()) return ProbeHere(driver, in_functions);
+    if (!driver.empty()) return LoadHere(driver, out_library);
     if (isPath) {
         LibraryProbe file = ProbeFile(in_path);
         if (file.m_fault != LibraryFault::None) return file;
     }
-    void* const library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) return ClassifyLoaderError(in_path, dlerror());
-    bool isExported = in_functions.empty();
-    for (const std::string& function : in_functions) {
-        isExported = isExported || dlsym(library, function.c_str()) != nullptr;
-    }
-    if (isExported) return {};
-    return {LibraryFault::NoEntryPoint, Join(in_functions)};
+    out_library = dlopen(in_path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    return out_library == nullptr ? ClassifyLoaderError(in_path, dlerror()) : LibraryProbe();
 }
 
 }  // namespace Veltrane::Cli

@@ -1,13 +1,11 @@
 #include <windows.h>
 
-#include <algorithm>
 #include <set>
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
 #include "cli/examine/LibraryProbe.h"
 #include "cli/system/Input.h"
-#include "cli/system/Words.h"
 
 namespace Veltrane::Cli {
 
@@ -95,7 +93,7 @@ std::string FindMissing(HMODULE in_library, const path& in_folder,
 
 }  // namespace
 
-LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string>& in_functions) {
+LibraryProbe LoadHere(const std::string& in_path, void*& out_library) {
     const path file = HasFolder(in_path) ? ToPath(in_path) : Find(in_path, {});
     const DWORD attributes = GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
@@ -117,12 +115,8 @@ LibraryProbe ProbeHere(const std::string& in_path, const std::vector<std::string
     std::set<std::string> known;
     const std::string missing = FindMissing(library, file.parent_path(), known);
     if (!missing.empty()) return {LibraryFault::MissingDependency, missing};
-    const bool isExported =
-        std::any_of(in_functions.begin(), in_functions.end(), [&](const std::string& in_name) {
-            return GetProcAddress(library, in_name.c_str()) != nullptr;
-        });
-    if (isExported || in_functions.empty()) return {};
-    return {LibraryFault::NoEntryPoint, Join(in_functions)};
+    out_library = library;
+    return {};
 }
 
 }  // namespace Veltrane::Cli

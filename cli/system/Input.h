@@ -21,8 +21,6 @@ inline std::string FromPath(const std::filesystem::path& in_path) {
     return {text.begin(), text.end()};
 }
 
-inline bool IsAbsolutePath(const std::string& in_path) { return ToPath(in_path).is_absolute(); }
-
 /// Whether it has a folder, so that it is not searched for.
 inline bool HasFolder(const std::string& in_path) { return ToPath(in_path).has_parent_path(); }
 

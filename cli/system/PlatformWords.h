@@ -23,6 +23,7 @@ struct PlatformWords {
 
 extern const PlatformWords PLATFORM_WORDS;
 
+bool IsAbsolutePath(const std::string& in_path);
 /// Whether a path exists: a file, or a registry key.
 bool IsThere(const std::string& in_path);
 

@@ -19,6 +19,8 @@ const PlatformWords PLATFORM_WORDS = {
     false,
 };
 
+bool IsAbsolutePath(const std::string& in_path) { return in_path.starts_with('/'); }
+
 bool IsThere(const std::string& in_path) {
     std::error_code error;
     return std::filesystem::exists(in_path, error);

@@ -2,6 +2,7 @@
 
 #include "PlatformAbstraction/base/WindowsHandle.h"
 #include "VeltraneDialog/WideText.h"
+#include "cli/system/Input.h"
 
 namespace Veltrane::Cli {
 
@@ -17,6 +18,11 @@ const PlatformWords PLATFORM_WORDS = {
     false,
     true,
 };
+
+bool IsAbsolutePath(const std::string& in_path) {
+    // The library does not know names of servers.
+    return in_path.starts_with("\\\\") || ToPath(in_path).is_absolute();
+}
 
 bool IsThere(const std::string& in_path) {
     HKEY root = nullptr;
