@@ -179,8 +179,8 @@ ExitCode CheckDsns(const CommandLine& in_line) {
     Json results = Json::array();
     bool isSound = true;
     for (const StoredDsn& dsn : Select(text, store, in_line)) {
-        const Findings findings =
-            ExamineDsn(text, store.GetScope(), dsn.m_name, GetDriver(in_line));
+        Findings findings;
+        ExamineDsn(text, store.GetScope(), dsn.m_name, GetDriver(in_line), findings);
         isSound = isSound && !HasError(findings);
         if (in_line.Has("--json")) {
             results.push_back({{"name", dsn.m_name},

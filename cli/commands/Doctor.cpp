@@ -12,35 +12,28 @@ namespace Veltrane::Cli {
 
 namespace {
 
-void Append(Findings& io_findings, Findings in_more) {
-    io_findings.insert(io_findings.end(), std::make_move_iterator(in_more.begin()),
-                       std::make_move_iterator(in_more.end()));
-}
-
 /// Examines the DSNs of the driver, and those of drivers that are not registered.
-Findings ExamineDsns(const DsnStore& in_store, const std::string& in_driver) {
-    Findings findings;
+void ExamineDsns(const DsnStore& in_store, const ODBC::ProfileView& in_text,
+                 const std::string& in_driver, Findings& io_findings) {
     const DriverRegistry registry;
-    const ODBC::ProfileView text = in_store.Read();
     const auto describe = [&](const std::string& in_dsn) {
         return "The DSN " + Quote(in_dsn) + " of " + in_store.GetPath();
     };
-    for (const std::string& dsn : GetDsnNames(text)) {
-        const std::string driver = text.Get(dsn, "Driver").value_or("");
+    for (const std::string& dsn : GetDsnNames(in_text)) {
+        const std::string driver = in_text.Get(dsn, "Driver").value_or("");
         if (IsSameName(driver, in_driver)) {
-            Append(findings, ExamineDsn(text, in_store.GetScope(), dsn, in_driver));
+            ExamineDsn(in_text, in_store.GetScope(), dsn, in_driver, io_findings);
         } else if (driver.empty()) {
-            findings.push_back({Severity::Warning, "dsn-without-driver",
-                                describe(dsn) + " has no Driver entry.",
-                                "Add it again, or remove its section."});
+            io_findings.push_back({Severity::Warning, "dsn-without-driver",
+                                   describe(dsn) + " has no Driver entry.",
+                                   "Add it again, or remove its section."});
         } else if (!HasFolder(driver) && !registry.Find(driver)) {
-            findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
-                                describe(dsn) + " is one of the driver " + Quote(driver) +
-                                    ", which is not registered in " + registry.GetPath() + ".",
-                                "Install and register that driver, or remove the DSN."});
+            io_findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
+                                   describe(dsn) + " is one of the driver " + Quote(driver) +
+                                       ", which is not registered in " + registry.GetPath() + ".",
+                                   "Install and register that driver, or remove the DSN."});
         }
     }
-    return findings;
 }
 
 Findings Examine(const std::string& in_driver) {
@@ -50,22 +43,23 @@ Findings Examine(const std::string& in_driver) {
     // Examinations are independent: an unreadable file must not hide the findings of the others.
     const auto add = [&findings](const auto& in_examine) {
         try {
-            Append(findings, in_examine());
+            in_examine();
         } catch (const std::exception& error) {
             findings.push_back({Severity::Error, "cannot-examine", std::string(error.what()) + ".",
                                 "Give yourself the right to read it and run doctor again."});
         }
     };
-    add([&] { return ExamineDriver(in_driver); });
-    for (const DsnStore* store : {&user, &system}) {
-        const Findings file = ExamineFile(*store);
-        const bool isReadable = file.empty() || file.front().m_id != "file-unreadable";
-        Append(findings, file);
-        if (isReadable) add([&] { return ExamineDsns(*store, in_driver); });
-    }
-    Append(findings, ExamineShadows(user, system));
-    Append(findings, ExamineEnvironment());
-    Append(findings, ExamineDriverManager());
+    const auto examine = [&](const DsnStore& in_store) {
+        const std::optional<ODBC::ProfileView> text = ExamineFile(in_store, findings);
+        if (text) add([&] { ExamineDsns(in_store, *text, in_driver, findings); });
+        return text;
+    };
+    add([&] { ExamineDriver(in_driver, findings); });
+    const std::optional<ODBC::ProfileView> userText = examine(user);
+    const std::optional<ODBC::ProfileView> systemText = examine(system);
+    if (userText && systemText) ExamineShadows(user, *userText, system, *systemText, findings);
+    ExamineEnvironment(findings);
+    ExamineDriverManager(findings);
     return findings;
 }
 

@@ -118,26 +118,6 @@ void ExamineDriverEntry(const DriverRegistry& in_registry, const std::string& in
              Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + "."});
 }
 
-Findings ExamineRegistration(const std::string& in_driver) {
-    const DriverRegistry registry;
-    const std::optional<Entries> entries = registry.Find(in_driver);
-    if (!entries) return {NotRegistered(registry, in_driver, "with --driver")};
-    Findings findings;
-    const std::string setup = GetLibraryEntry(*entries, "Setup");
-    if (setup.empty()) {
-        findings.push_back(
-            {Severity::Error, "driver-without-setup",
-             "The driver " + Quote(in_driver) + " has no Setup entry in " + registry.GetPath() +
-                 ".",
-             "Add it: veltrane-dsn driver register --replace --driver " + Quote(in_driver) +
-                 " --setup " + (IsOurs(in_driver) ? PLATFORM_WORDS.m_exampleSetup : "PATH") + "."});
-    } else {
-        ExamineLibrary(in_driver, "Setup", setup, {"ConfigDSN", "ConfigDSNW"}, findings);
-    }
-    ExamineDriverEntry(registry, in_driver, *entries, findings);
-    return findings;
-}
-
 Finding ExamineRequest(const std::string& in_driver) {
     const std::string answer = AskApart("driver", in_driver);
     if (answer == "=") {
@@ -167,11 +147,26 @@ Findings ExamineDriverLibrary(const std::string& in_driver) {
     return findings;
 }
 
-Findings ExamineDriver(const std::string& in_driver) {
-    Findings findings = ExamineRegistration(in_driver);
+void ExamineDriver(const std::string& in_driver, Findings& out_findings) {
+    const DriverRegistry registry;
+    const std::optional<Entries> entries = registry.Find(in_driver);
+    if (!entries) {
+        return out_findings.push_back(NotRegistered(registry, in_driver, "with --driver"));
+    }
+    const std::string setup = GetLibraryEntry(*entries, "Setup");
+    if (setup.empty()) {
+        out_findings.push_back(
+            {Severity::Error, "driver-without-setup",
+             "The driver " + Quote(in_driver) + " has no Setup entry in " + registry.GetPath() +
+                 ".",
+             "Add it: veltrane-dsn driver register --replace --driver " + Quote(in_driver) +
+                 " --setup " + (IsOurs(in_driver) ? PLATFORM_WORDS.m_exampleSetup : "PATH") + "."});
+    } else {
+        ExamineLibrary(in_driver, "Setup", setup, {"ConfigDSN", "ConfigDSNW"}, out_findings);
+    }
+    ExamineDriverEntry(registry, in_driver, *entries, out_findings);
     // Otherwise the request fails for a reason that is reported already.
-    if (!HasError(findings)) findings.push_back(ExamineRequest(in_driver));
-    return findings;
+    if (!HasError(out_findings)) out_findings.push_back(ExamineRequest(in_driver));
 }
 
 }  // namespace Veltrane::Cli

@@ -75,43 +75,42 @@ std::string FindInstallerLibrary() {
     return error ? info.dli_fname : real.string();
 }
 
-Findings ExamineDriverManager() {
+void ExamineDriverManager(Findings& io_findings) {
     const std::string library = FindInstallerLibrary();
     const std::string version = FindVersionBeside(library);
-    Findings findings{{Severity::Note, "manager-version",
-                       "The driver manager is unixODBC " +
-                           (version.empty() ? "of an unknown version" : version) + ", " + library +
-                           "."}};
+    io_findings.push_back({Severity::Note, "manager-version",
+                           "The driver manager is unixODBC " +
+                               (version.empty() ? "of an unknown version" : version) + ", " +
+                               library + "."});
     for (const Defect& defect : DEFECTS) {
         if (!Applies(defect, version)) continue;
-        findings.push_back({Severity::Note, defect.m_id, defect.m_text, defect.m_repair});
+        io_findings.push_back({Severity::Note, defect.m_id, defect.m_text, defect.m_repair});
     }
     if (ProbeLibrary("libiodbcinst.so.2", {}).m_fault == LibraryFault::None) {
-        findings.push_back({Severity::Note, "two-managers",
-                            "iODBC is installed as well. It reads the same files by other rules.",
-                            "Find out with ldd which of the two a program uses."});
+        io_findings.push_back(
+            {Severity::Note, "two-managers",
+             "iODBC is installed as well. It reads the same files by other rules.",
+             "Find out with ldd which of the two a program uses."});
     }
-    return findings;
 }
 
-Findings ExamineEnvironment() {
-    Findings findings;
+void ExamineEnvironment(Findings& io_findings) {
     if (const char* const search = std::getenv("ODBCSEARCH")) {
-        findings.push_back({Severity::Warning, "environment-odbcsearch",
-                            std::string("The variable ODBCSEARCH is set to ") + search +
-                                ": the driver manager then works on other files than a request "
-                                "says.",
-                            "Unset it: unset ODBCSEARCH."});
+        io_findings.push_back({Severity::Warning, "environment-odbcsearch",
+                               std::string("The variable ODBCSEARCH is set to ") + search +
+                                   ": the driver manager then works on other files than a request "
+                                   "says.",
+                               "Unset it: unset ODBCSEARCH."});
     }
     for (const char* const name : {"ODBCINI", "ODBCSYSINI", "ODBCINSTINI"}) {
         const char* const value = std::getenv(name);
         if (value == nullptr) continue;
-        findings.push_back({Severity::Note, "environment-other-files",
-                            std::string("The variable ") + name + " is set to " + value +
-                                ": programs without it use other files.",
-                            "Set it for all programs that should see the same DSNs, or for none."});
+        io_findings.push_back(
+            {Severity::Note, "environment-other-files",
+             std::string("The variable ") + name + " is set to " + value +
+                 ": programs without it use other files.",
+             "Set it for all programs that should see the same DSNs, or for none."});
     }
-    return findings;
 }
 
 }  // namespace Veltrane::Cli

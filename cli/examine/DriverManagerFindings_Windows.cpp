@@ -37,15 +37,15 @@ std::string FindInstallerLibrary() {
     return ODBC::ToUtf8(path);
 }
 
-Findings ExamineDriverManager() {
+void ExamineDriverManager(Findings& io_findings) {
     const std::string library = FindInstallerLibrary();
     const std::string version = ReadFileVersion(ODBC::ToWide(library));
-    return {{Severity::Note, "manager-version",
-             "The ODBC installer is " + library + ", " +
-                 (version.empty() ? "of an unknown version" : version) + "."}};
+    io_findings.push_back({Severity::Note, "manager-version",
+                           "The ODBC installer is " + library + ", " +
+                               (version.empty() ? "of an unknown version" : version) + "."});
 }
 
 /// No variable sends the installer to other keys.
-Findings ExamineEnvironment() { return {}; }
+void ExamineEnvironment(Findings&) {}
 
 }  // namespace Veltrane::Cli

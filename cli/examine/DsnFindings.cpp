@@ -109,50 +109,48 @@ void ExamineRights(const DsnStore& in_store, const ODBC::ProfileView& in_text,
 
 }  // namespace
 
-Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
-                    const std::string& in_driver) {
-    Findings findings;
+void ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
+                const std::string& in_driver, Findings& io_findings) {
     const std::vector<Entry> lines = in_text.GetKeyValues(in_dsn);
     const Entries entries(lines);
     const std::string driver = entries.Get("Driver");
     const std::string howToSet = HowToSet(entries, in_dsn, in_scope);
     if (driver.empty() || IsSameName(driver, in_driver)) {
-        ExamineFields(entries, in_dsn, howToSet, findings);
+        ExamineFields(entries, in_dsn, howToSet, io_findings);
     }
-    ExamineLines(lines, in_dsn, howToSet, findings);
+    ExamineLines(lines, in_dsn, howToSet, io_findings);
     if (in_text.HasLongLine(in_dsn)) {
-        findings.push_back({Severity::Error, "value-does-not-survive",
-                            "The DSN " + Quote(in_dsn) +
-                                " has a line of more than 999 bytes; programs read the rest of it "
-                                "as another line.",
-                            "Shorten the value: " + howToSet + " -p KEY=VALUE."});
+        io_findings.push_back(
+            {Severity::Error, "value-does-not-survive",
+             "The DSN " + Quote(in_dsn) +
+                 " has a line of more than 999 bytes; programs read the rest of it "
+                 "as another line.",
+             "Shorten the value: " + howToSet + " -p KEY=VALUE."});
     }
-    return findings;
 }
 
-Findings ExamineFile(const DsnStore& in_store) {
-    Findings findings;
-    std::optional<ODBC::ProfileView> read;
-    // Load removes these files, so they are listed first.
+std::optional<ODBC::ProfileView> ExamineFile(const DsnStore& in_store, Findings& io_findings) {
+    std::optional<ODBC::ProfileView> text;
+    // Read removes these files, so they are listed first.
     const std::vector<std::string> leftFiles = in_store.FindLeftFiles();
     try {
-        read = in_store.Read();
+        text = in_store.Read();
     } catch (const std::exception& error) {
-        return {{Severity::Error, "file-unreadable", std::string(error.what()) + ".",
-                 "Give yourself the right to read it, or move text that is before the first "
-                 "section into one."}};
+        io_findings.push_back({Severity::Error, "file-unreadable", std::string(error.what()) + ".",
+                               "Give yourself the right to read it, or move text that is before "
+                               "the first section into one."});
+        return text;
     }
     for (const std::string& path : leftFiles) {
-        findings.push_back(
+        io_findings.push_back(
             {Severity::Warning, "temporary-file-left",
              path + " was left by a change that was killed. It holds what " + in_store.GetPath() +
                  " held, passwords too.",
              "doctor removes it if it has the right to. If it is still there: rm " + path + "."});
     }
-    const ODBC::ProfileView& text = *read;
     const std::string record = in_store.FindLeftRecord();
     if (!record.empty()) {
-        findings.push_back(
+        io_findings.push_back(
             {Severity::Warning, "change-interrupted",
              "An older version of this tool was cut off while it changed a DSN in " +
                  in_store.GetPath() + ". Keys that the DSN may lack are in " + record + ".",
@@ -162,38 +160,32 @@ Findings ExamineFile(const DsnStore& in_store) {
     const std::string reason = in_store.WhyNotWritable();
     const bool isOurs = in_store.GetScope() == Scope::User || IsAdministrator();
     if (!reason.empty() && isOurs) {
-        findings.push_back({Severity::Error, "file-not-writable", reason + ".",
-                            PLATFORM_WORDS.m_notWritableRepair});
+        io_findings.push_back({Severity::Error, "file-not-writable", reason + ".",
+                               PLATFORM_WORDS.m_notWritableRepair});
     }
-    ExamineRights(in_store, text, findings);
+    ExamineRights(in_store, *text, io_findings);
     std::map<std::string, std::size_t> counts;
-    for (const std::string& section : text.GetSections()) {
+    for (const std::string& section : text->GetSections()) {
         if (++counts[FoldName(section)] != 2) continue;
-        findings.push_back({Severity::Warning, "section-twice",
-                            in_store.GetPath() + " has the section " + Quote(section) +
-                                " more than once; the driver manager takes the first one.",
-                            "Move what is needed into the first one and remove the others."});
+        io_findings.push_back({Severity::Warning, "section-twice",
+                               in_store.GetPath() + " has the section " + Quote(section) +
+                                   " more than once; the driver manager takes the first one.",
+                               "Move what is needed into the first one and remove the others."});
     }
-    return findings;
+    return text;
 }
 
-Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system) {
-    Findings findings;
-    try {
-        const ODBC::ProfileView user = in_user.Read();
-        const ODBC::ProfileView system = in_system.Read();
-        for (const std::string& dsn : GetDsnNames(user)) {
-            if (!system.HasSection(dsn) || in_user.GetPath() == in_system.GetPath()) continue;
-            findings.push_back({Severity::Warning, "user-dsn-shadows-system-dsn",
-                                "The DSN " + Quote(dsn) + " of " + in_user.GetPath() +
-                                    " hides the one of " + in_system.GetPath() + ".",
-                                "Remove the unwanted one: veltrane-dsn remove " + Quote(dsn) +
-                                    ", or with --system."});
-        }
-    } catch (const std::exception&) {
-        // Reported with the file itself.
+void ExamineShadows(const DsnStore& in_user, const ODBC::ProfileView& in_userText,
+                    const DsnStore& in_system, const ODBC::ProfileView& in_systemText,
+                    Findings& io_findings) {
+    for (const std::string& dsn : GetDsnNames(in_userText)) {
+        if (!in_systemText.HasSection(dsn) || in_user.GetPath() == in_system.GetPath()) continue;
+        io_findings.push_back(
+            {Severity::Warning, "user-dsn-shadows-system-dsn",
+             "The DSN " + Quote(dsn) + " of " + in_user.GetPath() + " hides the one of " +
+                 in_system.GetPath() + ".",
+             "Remove the unwanted one: veltrane-dsn remove " + Quote(dsn) + ", or with --system."});
     }
-    return findings;
 }
 
 }  // namespace Veltrane::Cli

@@ -29,33 +29,36 @@ void PrintFindings(const Findings& in_findings);
 
 /// Loads the driver's libraries, and sends a request that changes nothing through the installer,
 /// each in a separate process.
-/// @throws CommandError if odbcinst.ini exists but cannot be read
-Findings ExamineDriver(const std::string& in_driver);
+/// @throws ODBC::ProfileError if odbcinst.ini exists but cannot be read
+void ExamineDriver(const std::string& in_driver, Findings& out_findings);
 
 /// Loads the library that programs connect with, in a separate process.
 /// @param in_driver  a name, or the library's path, as a DSN can have it
-/// @throws CommandError as ExamineDriver
+/// @throws ODBC::ProfileError as ExamineDriver
 Findings ExamineDriverLibrary(const std::string& in_driver);
 
 /// Examines one DSN: missing values, and values that programs read differently.
 /// @param in_driver  a DSN of another driver need not have its keys
-Findings ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
-                    const std::string& in_driver);
+void ExamineDsn(const ODBC::ProfileView& in_text, Scope in_scope, const std::string& in_dsn,
+                const std::string& in_driver, Findings& io_findings);
 
 /// Examines the file of a scope: readable, writable, private if it holds a password.
-Findings ExamineFile(const DsnStore& in_store);
+/// @return its contents; nothing if it cannot be read
+std::optional<ODBC::ProfileView> ExamineFile(const DsnStore& in_store, Findings& io_findings);
 
 /// Names the DSNs of the user's file that hide one of the system's.
-Findings ExamineShadows(const DsnStore& in_user, const DsnStore& in_system);
+void ExamineShadows(const DsnStore& in_user, const ODBC::ProfileView& in_userText,
+                    const DsnStore& in_system, const ODBC::ProfileView& in_systemText,
+                    Findings& io_findings);
 
 /// Returns the path of the installer library of this process.
 std::string FindInstallerLibrary();
 
-/// Returns the version of the installed driver manager as a note, and its known defects.
-Findings ExamineDriverManager();
+/// Notes the version of the installed driver manager, and its known defects.
+void ExamineDriverManager(Findings& io_findings);
 
 /// Reports environment variables that send the driver manager to other files.
-Findings ExamineEnvironment();
+void ExamineEnvironment(Findings& io_findings);
 
 }  // namespace Veltrane::Cli
 
