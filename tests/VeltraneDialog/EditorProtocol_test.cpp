@@ -70,6 +70,24 @@ TEST(EditorProtocol, RefusesBytesThatAreNoMessage) {
     }
 }
 
+TEST(EditorProtocol, ADamagedMessageIsRefusedOrReadAsItIs) {
+    EditorMessage message;
+    message.m_kind = EditorMessageKind::SHOW;
+    message.m_values.m_server = u"bi ü€";
+    const std::string whole = Encode(message);
+    std::size_t accepted = 0;
+    for (std::size_t at = 256 * EDITOR_HEADER_SIZE; at < 256 * whole.size(); ++at) {
+        std::string bytes = whole;
+        bytes[at / 256] = static_cast<char>(at % 256);
+        try {
+            EXPECT_EQ(Encode(Decode(bytes)), bytes) << at;
+            ++accepted;
+        } catch (const EditorProtocolError&) {
+        }
+    }
+    EXPECT_GT(accepted, whole.size());
+}
+
 TEST(EditorProtocol, TextsThatTheOtherEndRefusesAreNotSent) {
     EditorMessage message;
     message.m_kind = EditorMessageKind::UNAVAILABLE;
