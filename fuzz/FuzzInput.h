@@ -26,12 +26,6 @@ public:
         m_rest.remove_prefix(1);
         return byte;
     }
-    /// A number of `in_bytes` bytes, the lowest first.
-    std::uint64_t TakeNumber(int in_bytes) {
-        std::uint64_t number = 0;
-        for (int i = 0; i < in_bytes; ++i) number |= std::uint64_t{TakeByte()} << (8 * i);
-        return number;
-    }
     /// The text up to the next PART_END, which is dropped.
     std::string TakePart() {
         const std::size_t end = m_rest.find(PART_END);
@@ -44,7 +38,6 @@ public:
         m_rest = {};
         return rest;
     }
-    bool IsEmpty() const { return m_rest.empty(); }
 
 private:
     std::string_view m_rest;
