@@ -17,7 +17,6 @@ begins with "<!-- before" create the situation that the page then shows.
 import re
 import shlex
 
-INDENTED = re.compile(r"^(?: {4}|\t)(?=\S)")
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 LITERALS = re.compile(LITERAL.pattern.replace("((?:", "(?:(?:") + r"(?:\s*" +
                       LITERAL.pattern.replace("((?:", "(?:(?:") + ")*")
@@ -39,8 +38,8 @@ class Block:
 
 
 def read_blocks(path, name):
-    """Fenced blocks, and indented ones with the language "indented"; messages use the name."""
-    blocks, fence, hidden, before = [], None, False, ""
+    """The fenced blocks; messages use the name."""
+    blocks, fence, hidden = [], None, False
     with open(path, encoding="utf-8") as file:
         for number, line in enumerate(file.read().splitlines(), 1):
             match = FENCE.match(line)
@@ -58,11 +57,6 @@ def read_blocks(path, name):
             elif hidden:
                 hidden = line != "-->"
                 blocks[-1].lines += [line] if hidden else []
-            elif INDENTED.match(line) and (not before.strip() or INDENTED.match(before)):
-                if not before.strip():
-                    blocks.append(Block(name, number, "indented"))
-                blocks[-1].lines.append(line.strip())
-            before = line
     if fence:
         raise ValueError(f"{name}: the last block has no end")
     return blocks

@@ -27,9 +27,6 @@ from terminal import run_on_terminal  # noqa: E402
 PRODUCT_TEXTS = read_literals([SOURCE / name for name in ("cli", "Setup", "VeltraneDialog")])
 COMMANDS = ("ansible-playbook bash cat chmod cp dirname env grep head id isql ls mkdir mv odbcinst rm "
             "sed sh sort stat tail touch wc").split()
-# In a block without a language, one of these as the first word is a command that lacks its mark.
-FOREIGN = ("apt apt-get ansible cmake cpack ctest dpkg docker git isql ninja podman sudo systemctl "
-           "veltrane-dsn").split()
 PAGES_OF_WINDOWS = {"windows.md"}
 # These show how the driver is registered, so they start without it.
 PAGES_THAT_REGISTER = {"README.md", "docs/guide.md"}
@@ -111,17 +108,6 @@ class Page(unittest.TestCase):
         self.assertNotIn(answer, text)
         return code, self.to_page(text)
 
-    def check_unmarked(self, block):
-        if block.language not in ("", "indented"):
-            return
-        for line in block.lines:
-            words = line.removeprefix("$ ").split()
-            while words and re.match(r"^[A-Z_0-9]+=", words[0]):
-                words.pop(0)
-            is_command = bool(words) and words[0] in COMMANDS + FOREIGN
-            self.assertFalse(is_command, f"{block.place}: commands in a block that is not marked "
-                                         f"as such: {line}")
-
     def check_message(self, place, message):
         for piece in message.split("..."):
             self.assertTrue(any(piece.strip() in text for text in PRODUCT_TEXTS),
@@ -130,7 +116,6 @@ class Page(unittest.TestCase):
     def test_page(self):
         output, ran = None, 0
         for block in read_blocks(SOURCE / self.name, self.name):
-            self.check_unmarked(block)
             reason = block.options.get("norun") or block.options.get("run-by")
             if "file" in block.options:
                 path = self.work / block.options["file"]
