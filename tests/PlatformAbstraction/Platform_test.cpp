@@ -27,9 +27,7 @@ using Support::GetAnsiEncoding;
 using Support::GetDriverManagerEncoding;
 using Support::orska_wstring;
 using Support::OrskaSettingReader;
-using Test::SetVariable;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
+using namespace Test;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 

@@ -17,9 +17,7 @@ namespace Veltrane::ODBC {
 namespace {
 
 using Orska::Support::orska_wstring;
-using Test::IniScratch;
-using Test::InNewProcess;
-using Test::Installer;
+using namespace Test;
 
 const std::array<std::string, 6> KEYS = {"Server", "Namespace", "LoginMode",
                                          "UID",    "PWD",       "Database"};

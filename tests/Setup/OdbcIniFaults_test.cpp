@@ -28,9 +28,7 @@
 namespace Veltrane::ODBC {
 namespace {
 
-using Test::IniScratch;
-using Test::InNewProcess;
-using Test::s_systemCalls;
+using namespace Test;
 
 constexpr char OLD[] = "# old\n[A]\nk=v\n";
 constexpr char OTHER[] = "# new\n[B]\nk=v\n";

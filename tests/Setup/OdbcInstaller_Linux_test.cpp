@@ -35,9 +35,7 @@ namespace Veltrane::ODBC {
 namespace {
 
 using namespace OdbcInstaller;
-using Test::IniScratch;
-using Test::InNewProcess;
-using Test::InstallerStage;
+using namespace Test;
 
 using Errors = std::vector<std::pair<unsigned long, std::string>>;
 

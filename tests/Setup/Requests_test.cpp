@@ -13,11 +13,7 @@ namespace Veltrane::ODBC {
 namespace {
 
 using namespace std::string_literals;
-using Veltrane::Test::InstallerStage;
-using Veltrane::Test::Keys;
-using Veltrane::Test::MakeDialogValues;
-using Veltrane::Test::Profile;
-using Veltrane::Test::s_editor;
+using namespace Veltrane::Test;
 
 using Posted = std::vector<std::pair<unsigned long, std::string>>;
 

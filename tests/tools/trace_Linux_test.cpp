@@ -21,9 +21,7 @@
 namespace {
 
 using namespace Orska;
-using Orska::Test::TraceCapture;
-using Orska::Test::TraceOnStandardError;
-using Orska::Test::TraceSetting;
+using namespace Orska::Test;
 
 TEST(trace, APipeWithoutAReaderMeansStandardError) {
     const std::string fifo = testing::TempDir() + "orska_pipe" + std::to_string(getpid());

@@ -14,9 +14,7 @@
 namespace {
 
 using namespace Orska;
-using Orska::Test::TraceCapture;
-using Orska::Test::TraceOnStandardError;
-using Orska::Test::TraceSetting;
+using namespace Orska::Test;
 
 TEST(trace, ANameThatNoCodePageHasComesFromTheSystem) {
     const std::filesystem::path file =

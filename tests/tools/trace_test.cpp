@@ -17,9 +17,7 @@
 namespace {
 
 using namespace Orska;
-using Orska::Test::TraceCapture;
-using Orska::Test::TraceOnStandardError;
-using Orska::Test::TraceSetting;
+using namespace Orska::Test;
 
 TEST(trace, WritesLevelsUpToItsOwn) {
     const char* const most = "99999999999999999999";

@@ -14,10 +14,7 @@
 namespace Orska::Support {
 namespace {
 
-using Test::SetLocale;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
-using Test::TURKISH;
+using namespace Test;
 
 int Find(const std::string& in_name) { return static_cast<int>(ICUUtils::FindEncoding(in_name)); }
 

@@ -14,15 +14,7 @@
 namespace Orska::Support {
 namespace {
 
-using Test::GetProgramDirectory;
-using Test::GetTemporaryDirectories;
-using Test::IS_SLASH_ABSOLUTE;
-using Test::LONGEST_TEMPORARY_DIRECTORY;
-using Test::SetVariable;
-using Test::SYSTEM_ERRORS;
-using Test::TEMPORARY_DIRECTORY_VARIABLE;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
+using namespace Test;
 
 TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
     struct Case {

@@ -57,12 +57,7 @@ extern "C" ssize_t write(int in_file, const void* in_bytes, std::size_t in_count
 namespace Orska::Support {
 namespace {
 
-using Test::IsByteFree;
-using Test::MakeSection;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
-using Test::ToText;
-using Test::TraceCapture;
+using namespace Test;
 
 class TextFileFailures : public testing::Test {
 protected:

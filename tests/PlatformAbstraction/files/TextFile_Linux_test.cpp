@@ -16,9 +16,7 @@
 namespace Orska::Support {
 namespace {
 
-using Test::IsByteFree;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
+using namespace Test;
 
 TEST(TextFile, RefusesEverythingButFiles) {
     const TemporaryDirectory directory;

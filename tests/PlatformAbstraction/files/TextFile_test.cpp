@@ -17,11 +17,7 @@
 namespace Orska::Support {
 namespace {
 
-using Test::IsByteFree;
-using Test::RunInProcesses;
-using Test::SYSTEM_ERRORS;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
+using namespace Test;
 
 std::string CannotOpen(const std::string& in_path, std::uint32_t in_error) {
     return "CannotOpenFile(" + in_path + ", " + GetLastErrorText(in_error).GetAsUtf8() + ")";

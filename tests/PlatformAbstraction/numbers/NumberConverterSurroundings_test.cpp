@@ -22,9 +22,7 @@ namespace Orska::Support {
 
 namespace {
 
-using Test::GERMAN;
-using Test::SetLocale;
-using Test::TemporaryDirectory;
+using namespace Test;
 
 TEST(NumberConverter, AllocatesNothing) {
     const std::string digits = "12";

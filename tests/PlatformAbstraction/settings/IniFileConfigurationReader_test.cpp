@@ -15,12 +15,7 @@
 namespace Orska::Support {
 namespace {
 
-using Test::GetProgramDirectory;
-using Test::MakeSection;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
-using Test::ToText;
-using Test::TraceCapture;
+using namespace Test;
 
 TEST(IniFileConfigurationReader, LoadsOneSection) {
     const TemporaryDirectory directory;

@@ -24,10 +24,7 @@ namespace {
 
 using namespace std::string_literals;
 using Reader = OrskaSettingReader;
-using Test::SetVariable;
-using Test::TEMPORARY_DIRECTORY_VARIABLE;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
+using namespace Test;
 using testing::ElementsAre;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;

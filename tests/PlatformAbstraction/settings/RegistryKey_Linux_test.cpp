@@ -37,11 +37,7 @@ namespace Orska::Support {
 namespace {
 
 using namespace std::string_literals;
-using Test::RunInProcesses;
-using Test::TemporaryDirectory;
-using Test::ThrownMessage;
-using Test::ToText;
-using Test::TraceCapture;
+using namespace Test;
 using testing::HasSubstr;
 
 constexpr RegistryKey::Root USER = RegistryKey::Root::CURRENT_USER;
