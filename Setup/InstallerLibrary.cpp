@@ -169,8 +169,8 @@ void ForgetReadValues() {
     } else if (library.m_writeProfileString != nullptr && library.m_readWithoutLock == nullptr) {
         // Versions that do not export the function call it after each write. This write removes a
         // section from a file that has none.
-        library.m_writeProfileString("-", nullptr, nullptr, "/dev/null");
-        EmptyErrorList(library);
+        const bool isDone = library.m_writeProfileString("-", nullptr, nullptr, "/dev/null") != 0;
+        if (!isDone) EmptyErrorList(library);
     }
 }
 

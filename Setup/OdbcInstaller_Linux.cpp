@@ -49,18 +49,7 @@ bool HasUnpairedSurrogate(std::u16string_view in_units) {
 /// so short ASCII text stays on the stack.
 class Utf8 {
 public:
-    explicit Utf8(const orska_wstring& in_text) {
-        const std::u16string_view units = in_text.GetView();
-        if (units.size() < sizeof m_short && Orska::Support::NarrowText(units, 0x7F, m_short)) {
-            m_text = {m_short, units.size()};
-            m_short[units.size()] = '\0';
-            return;
-        }
-        m_long = in_text.GetAsUtf8();
-        m_text = m_long;
-        // An unpaired surrogate becomes U+FFFD, but the text can contain U+FFFD itself.
-        m_isWhole = !HasReplacementCharacter(m_text) || !HasUnpairedSurrogate(units);
-    }
+    explicit Utf8(const orska_wstring& in_text);
     Utf8(const Utf8&) = delete;
     Utf8& operator=(const Utf8&) = delete;
 
@@ -77,26 +66,18 @@ private:
     bool m_isWhole = true;
 };
 
-/// Whether a data source can have this name.
-bool IsValidName(const Utf8& in_name) {
-    if (!in_name || !OdbcIniLine::IsCarriableSection(*in_name) || IsReservedName(*in_name) ||
-        HasReplacementCharacter(*in_name)) {
-        return false;
+Utf8::Utf8(const orska_wstring& in_text) {
+    const std::u16string_view units = in_text.GetView();
+    if (units.size() < sizeof m_short && Orska::Support::NarrowText(units, 0x7F, m_short)) {
+        m_text = {m_short, units.size()};
+        m_short[units.size()] = '\0';
+        return;
     }
-    // For iODBC it is also a key, in the list of data sources.
-    if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*in_name, "", Rules::IODBC)) return false;
-    const InstallerLibrary& library = GetInstallerLibrary();
-    const SystemCalls::ForkLock lock;
-    return library.IsLoaded() && library.m_validDSN(in_name.GetCString()) != 0;
+    m_long = in_text.GetAsUtf8();
+    m_text = m_long;
+    // An unpaired surrogate becomes U+FFFD, but the text can contain U+FFFD itself.
+    m_isWhole = !HasReplacementCharacter(m_text) || !HasUnpairedSurrogate(units);
 }
-
-/// Whether a data source of this name and driver can be written.
-bool IsWritableSource(const Utf8& in_dsn, const Utf8& in_driver) {
-    return IsValidName(in_dsn) && in_driver && !in_driver->empty() &&
-           !HasReplacementCharacter(*in_driver) && CanHold(RulesOf(IsIodbc()), *in_dsn, *in_driver);
-}
-
-orska_wstring EmptyText() { return orska_wstring(std::string()); }
 
 /// In a set-user-id program the user decides where the user's odbc.ini leads, so that file is read
 /// and written with the user's rights. The system's file is used with the program's rights.
@@ -134,6 +115,7 @@ struct Request::State {
     ConfigMode m_mode;
     ProfileReader m_reader;
     HandedOutValues<std::string> m_values;
+    std::string m_validName;  ///< the last one that was accepted
     State* m_outer = nullptr;
 };
 
@@ -191,6 +173,29 @@ bool Edited(const Edit& in_edit) {
     if (t_update != nullptr) return in_edit(*t_update);
     Update update;
     return in_edit(*t_update) && update.Commit();
+}
+
+/// Whether a data source can have this name.
+bool IsValidName(const Utf8& in_name) {
+    if (!in_name || in_name->empty()) return false;
+    if (t_request != nullptr && t_request->m_validName == *in_name) return true;
+    if (!OdbcIniLine::IsCarriableSection(*in_name) || IsReservedName(*in_name) ||
+        HasReplacementCharacter(*in_name)) {
+        return false;
+    }
+    // For iODBC it is also a key, in the list of data sources.
+    if (IsIodbc() && !OdbcIniLine::IsCarriableLine(*in_name, "", Rules::IODBC)) return false;
+    const InstallerLibrary& library = GetInstallerLibrary();
+    const SystemCalls::ForkLock lock;
+    if (!library.IsLoaded() || library.m_validDSN(in_name.GetCString()) == 0) return false;
+    if (t_request != nullptr) t_request->m_validName = *in_name;
+    return true;
+}
+
+/// Whether a data source of this name and driver can be written.
+bool IsWritableSource(const Utf8& in_dsn, const Utf8& in_driver) {
+    return IsValidName(in_dsn) && in_driver && !in_driver->empty() &&
+           !HasReplacementCharacter(*in_driver) && CanHold(RulesOf(IsIodbc()), *in_dsn, *in_driver);
 }
 
 /// Returns the stored bytes of a text that this request has read; null for a new text.
@@ -272,15 +277,17 @@ bool ValidDSN(const orska_wstring& in_name) { return IsValidName(Utf8(in_name));
 int GetPrivateProfileString(const orska_wstring& in_section, const orska_wstring& in_key,
                             const orska_wstring& in_default, orska_wstring& out_value,
                             int in_bufferSize, const orska_wstring& in_file) {
-    out_value = EmptyText();
     const Utf8 section(in_section);
     const Utf8 key(in_key);
-    if (in_bufferSize < 2 || in_file.IsEmpty()) return -1;
-    const auto [isRead, stored] =
-        section && key ? Find(in_file, *section, *key) : ProfileReader::Found{true, {}};
-    if (!isRead) return -1;
-    orska_wstring value = in_default;
-    if (stored) value.SetFromUtf8(*stored);
+    const bool isUsable = in_bufferSize >= 2 && !in_file.IsEmpty();
+    const auto [isRead, stored] = isUsable && section && key ? Find(in_file, *section, *key)
+                                                             : ProfileReader::Found{isUsable, {}};
+    if (!isRead) {
+        out_value = orska_wstring(std::string());
+        return -1;
+    }
+    orska_wstring value;
+    stored ? value.SetFromUtf8(*stored) : value = in_default;
     out_value = CutToBuffer(std::move(value), in_bufferSize);
     if (stored && t_request != nullptr) t_request->m_values.Remember(in_key, out_value, *stored);
     return out_value.GetLength();
