@@ -111,12 +111,13 @@ std::string TemporaryPrefix(const std::string& in_name) {
     return in_name.substr(0, MAX_NAME_PART) + TEMPORARY_MARK;
 }
 
-std::string HexDigits(std::uint64_t in_value) {
-    std::string digits;
-    for (std::size_t i = 0; i < RANDOM_DIGITS; ++i, in_value >>= 4) {
-        digits += "0123456789abcdef"[in_value & 15];
+std::string TemporaryName(const std::string& in_name, std::uint64_t in_random) {
+    char digits[RANDOM_DIGITS];
+    for (char& digit : digits) {
+        digit = "0123456789abcdef"[in_random & 15];
+        in_random >>= 4;
     }
-    return digits;
+    return TemporaryPrefix(in_name).append(digits, sizeof digits);
 }
 
 void Pause() {
@@ -436,7 +437,7 @@ bool OdbcIniFile::CreateTemporary(PrivateHandle& out_handle, std::string& out_na
     for (int attempts = 0; attempts < 16; ++attempts) {
         std::uint64_t random = 0;
         if (!SystemCalls::GetRandom(&random, sizeof random)) break;
-        out_name = TemporaryPrefix(m_name) + HexDigits(random);
+        out_name = TemporaryName(m_name, random);
         out_handle = PrivateHandle(SystemCalls::OpenAt(
             m_directory.Get(), out_name.c_str(),
             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, m_isNew ? m_newFileMode : 0600));

@@ -37,7 +37,9 @@ public:
 
     /// Whether a line can end with this.
     bool EndsLine(char in_char) const noexcept {
-        return OdbcIniLine::LineEnds(m_rules).find(in_char) != std::string_view::npos;
+        return in_char == '\n' ||
+               (m_rules == Rules::IODBC &&
+                OdbcIniLine::LineEnds(m_rules).find(in_char) != std::string_view::npos);
     }
     /// Returns the end of a piece, after its line end.
     std::size_t EndOf(std::size_t in_begin) const {

@@ -115,6 +115,7 @@ void OdbcIniText::MakeIndex() const {
 
 void OdbcIniText::StartIndex() const {
     if (!m_blocks.empty()) return;
+    m_blocks.reserve(8);
     m_firstSection = Pieces().FindHeader(0, m_rules);
     if (m_firstSection < m_text.size()) m_blocks.push_back({m_firstSection, 0, NONE, true});
 }

@@ -130,31 +130,33 @@ void VeltraneDSNConfiguration::WriteKey(const orska_wstring& in_key,
     }
 }
 
-/// A key of the section and the value to write.
+/// A key of the section and the value to write, which the record owns.
 struct VeltraneDSNConfiguration::Line {
     const orska_wstring& m_key;
-    orska_wstring m_value;
+    const orska_wstring& m_trimmed;
+    orska_wstring m_asRead;  ///< NULL for a value that was changed
+
+    const orska_wstring& GetValue() const { return m_asRead.IsNull() ? m_trimmed : m_asRead; }
 };
 
 /// Returns the lines of the section in their order. Trims the optional fields.
 std::vector<VeltraneDSNConfiguration::Line> VeltraneDSNConfiguration::TakeLines() {
     std::vector<Line> lines;
     lines.reserve(m_values.size());  // the driver in place of the name
-    lines.push_back({DSN_CONFIG_KEY_DRIVER, m_driverDescription});
+    lines.push_back({DSN_CONFIG_KEY_DRIVER, m_driverDescription, {}});
     for (std::size_t i = 0; i < m_values.size(); ++i) {
         const orska_wstring& key = DSN_CONFIG_KEYS[i];
         orska_wstring& value = m_values[i];
         if (i == NAME) continue;
         if (DIALOG_FIELDS[i].m_isRequired) {
             // NULL would remove the key, and a required key is written even when it is empty.
-            lines.push_back({key, value.IsNull() ? NO_TEXT : value});
+            lines.push_back({key, value.IsNull() ? NO_TEXT : value, {}});
             continue;
         }
         if (value.IsNull()) continue;
         // A value that nobody has changed keeps its outer blanks and everything else.
         orska_wstring asRead = OdbcInstaller::IsAsRead(key, value) ? value : orska_wstring();
-        if (value.Trim().GetLength() == 0) continue;
-        lines.push_back({key, asRead.IsNull() ? value : std::move(asRead)});
+        if (value.Trim().GetLength() > 0) lines.push_back({key, value, std::move(asRead)});
     }
     return lines;
 }
@@ -166,8 +168,8 @@ void VeltraneDSNConfiguration::CheckLines(const std::vector<Line>& in_lines) con
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::CheckLines")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
     }
-    for (const auto& [key, value] : in_lines) {
-        if (!TracedInstaller::IsWritableValue(key, value)) {
+    for (const Line& line : in_lines) {
+        if (!TracedInstaller::IsWritableValue(line.m_key, line.GetValue())) {
             ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::CheckLines")),
                         VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
         }
@@ -185,7 +187,7 @@ void VeltraneDSNConfiguration::Save() {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::INVALID_NAME));
     }
-    for (const auto& [key, value] : lines) WriteKey(key, value);
+    for (const Line& line : lines) WriteKey(line.m_key, line.GetValue());
     if (!update.Commit()) {
         ORSKA_THROW((Site("Veltrane::ODBC::VeltraneDSNConfiguration::Save")),
                     VeltraneDSNSetupException(VeltraneDSNSetupException::REQUEST_FAILED));
