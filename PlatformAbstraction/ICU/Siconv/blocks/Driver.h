@@ -439,9 +439,9 @@ ORSKA_INLINE bool ConvertPlainEnds(const char* in_from, std::uint64_t in_size, c
 template <int SOURCE, int TARGET, class Small, class Large>
 ORSKA_INLINE std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTarget& io_target) {
     const std::uint64_t size = io_source.m_length - io_source.m_position;
-    const std::uint64_t written = size / Large::SOURCE_UNIT * Large::TARGET_UNIT;
-    if (size - 16 <= 64 - 16 && size % Large::SOURCE_UNIT == 0 &&
-        io_target.m_length - io_target.m_position >= written) [[likely]] {
+    const std::uint64_t end = io_target.m_position + size / Large::SOURCE_UNIT * Large::TARGET_UNIT;
+    if (size - 16 <= 64 - 16 && size % Large::SOURCE_UNIT == 0 && io_target.m_length >= end)
+        [[likely]] {
         const char* const from = io_source.m_data + io_source.m_position;
         char* const to = io_target.m_data + io_target.m_position;
         const bool isDone = size <= 32
@@ -449,7 +449,7 @@ ORSKA_INLINE std::int32_t ConvertText(TranscoderSource& io_source, TranscoderTar
                                 : ConvertPlainEnds<Large, 32 / Large::V::SIZE>(from, size, to);
         if (isDone) {
             io_source.m_position += size;
-            io_target.m_position += written;
+            io_target.m_position = end;
             return TRANSCODER_DONE;
         }
     }

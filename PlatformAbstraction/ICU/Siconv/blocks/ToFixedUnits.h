@@ -77,23 +77,27 @@ ORSKA_INLINE void ConvertFixedBlocks(const char* in_from, std::uint64_t in_count
 }
 
 template <class V, class Target>
-__attribute__((noinline)) std::int32_t ConvertFixedAny(TranscoderSource& io_source,
-                                                       TranscoderTarget& io_target) {
-    const std::uint64_t wanted = io_source.m_length - io_source.m_position;
-    const std::uint64_t room = (io_target.m_length - io_target.m_position) / Target::UNIT;
-    const std::uint64_t count = wanted < room ? wanted : room;
-    const char* const from = io_source.m_data + io_source.m_position;
-    char* const to = io_target.m_data + io_target.m_position;
+__attribute__((noinline)) std::int32_t ConvertFixedAny(const char* in_from, std::uint64_t in_count,
+                                                       char* out_to) {
+    if (in_count >= V::SIZE) {
+        ConvertFixedBlocks<V, Target>(in_from, in_count, out_to);
+    } else if (in_count >= 16) {
+        ConvertFixedBlocks<Vector128, Target>(in_from, in_count, out_to);
+    } else {
+        ConvertFixedTight<Target>(in_from, in_count, out_to);
+    }
+    return TRANSCODER_DONE;
+}
+
+template <class V, class Target>
+__attribute__((noinline)) std::int32_t FillTarget(TranscoderSource& io_source,
+                                                  TranscoderTarget& io_target) {
+    const std::uint64_t count = (io_target.m_length - io_target.m_position) / Target::UNIT;
+    ConvertFixedAny<V, Target>(io_source.m_data + io_source.m_position, count,
+                               io_target.m_data + io_target.m_position);
     io_source.m_position += count;
     io_target.m_position += count * Target::UNIT;
-    if (count >= V::SIZE) {
-        ConvertFixedBlocks<V, Target>(from, count, to);
-    } else if (count >= 16) {
-        ConvertFixedBlocks<Vector128, Target>(from, count, to);
-    } else {
-        ConvertFixedTight<Target>(from, count, to);
-    }
-    return count == wanted ? TRANSCODER_DONE : TRANSCODER_FULL;
+    return TRANSCODER_FULL;
 }
 
 // Converts 16 to 64 bytes that fit here, by blocks from the start and to the end that may overlap,
@@ -102,19 +106,22 @@ template <class V, class Target>
 ORSKA_INLINE std::int32_t ConvertFixed(TranscoderSource& io_source, TranscoderTarget& io_target) {
     const std::uint64_t size = io_source.m_length - io_source.m_position;
     const std::uint64_t end = io_target.m_position + size * Target::UNIT;
-    if (size - 16 > 64 - 16 || io_target.m_length < end) [[unlikely]] {
-        return ConvertFixedAny<V, Target>(io_source, io_target);
+    if (io_target.m_length < end) [[unlikely]] {
+        return FillTarget<V, Target>(io_source, io_target);
     }
     const char* const from = io_source.m_data + io_source.m_position;
     char* const to = io_target.m_data + io_target.m_position;
     io_source.m_position = io_source.m_length;
     io_target.m_position = end;
-    if (size <= 32) [[likely]] {
+    if (size - 16 <= 32 - 16) [[likely]] {
         Target::template Write<Vector128>(to, from);
-        if (size > 16) {
+        if (size != 16) {
             Target::template Write<Vector128>(to + (size - 16) * Target::UNIT, from + size - 16);
         }
         return TRANSCODER_DONE;
+    }
+    if (size - 16 > 64 - 16) {
+        return ConvertFixedAny<V, Target>(from, size, to);
     }
     const std::uint64_t second = size - 32;
     for (std::uint32_t i = 0; i < 32; i += V::SIZE) {

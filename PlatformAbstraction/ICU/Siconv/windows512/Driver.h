@@ -61,21 +61,40 @@ ORSKA_INLINE std::uint64_t CountBits(std::uint64_t in_mask) {
     return static_cast<std::uint64_t>(__builtin_popcountll(in_mask));
 }
 ORSKA_INLINE __m512i LoadWindow(const char* in_at) { return _mm512_loadu_si512(in_at); }
-// Loads the first in_size bytes, with zeros after them; reads no others.
+// Loads the first in_size bytes, whole units, with zeros after them; reads no others. A mask of
+// units serves a store of as many bytes too.
+template <std::uint64_t UNIT = 1>
 ORSKA_INLINE __m512i LoadWindowPart(const char* in_at, std::uint64_t in_size) {
-    return _mm512_maskz_loadu_epi8(GetLowBits(in_size), in_at);
+    const std::uint64_t mask = GetLowBits(in_size / UNIT);
+    if constexpr (UNIT == 4) {
+        return _mm512_maskz_loadu_epi32(static_cast<__mmask16>(mask), in_at);
+    } else if constexpr (UNIT == 2) {
+        return _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask), in_at);
+    } else {
+        return _mm512_maskz_loadu_epi8(mask, in_at);
+    }
 }
 // Writes only the first in_size bytes, at most 64.
 ORSKA_INLINE void StorePart(char* out_at, __m512i in_bytes, std::uint64_t in_size) {
     _mm512_mask_storeu_epi8(out_at, GetLowBits(in_size), in_bytes);
 }
-// The same for COUNT vectors one after the other; those past in_size are not touched.
-template <std::uint32_t COUNT>
-ORSKA_INLINE void StoreParts(char* out_at, const __m512i (&in_parts)[COUNT],
-                             std::uint64_t in_size) {
-    for (std::uint32_t i = 0; i < COUNT && in_size > i * WINDOW; ++i) {
-        const std::uint64_t left = in_size - i * WINDOW;
-        StorePart(out_at + i * WINDOW, in_parts[i], left < WINDOW ? left : WINDOW);
+// Writes the first in_count units of UNIT vectors one after the other, with units of UNIT bytes.
+template <std::uint32_t UNIT>
+ORSKA_INLINE void StoreUnits(char* out_at, const __m512i (&in_parts)[UNIT],
+                             std::uint64_t in_count) {
+    constexpr std::uint64_t STEP = WINDOW / UNIT;
+    const std::uint64_t units = GetLowBits(in_count);
+    for (std::uint32_t i = 0; i < UNIT && in_count > i * STEP; ++i) {
+        const std::uint64_t mask = units >> (i * STEP);
+        if constexpr (UNIT == 4) {
+            _mm512_mask_storeu_epi32(out_at + i * WINDOW, static_cast<__mmask16>(mask),
+                                     in_parts[i]);
+        } else if constexpr (UNIT == 2) {
+            _mm512_mask_storeu_epi16(out_at + i * WINDOW, static_cast<__mmask32>(mask),
+                                     in_parts[i]);
+        } else {
+            _mm512_mask_storeu_epi8(out_at, mask, in_parts[i]);
+        }
     }
 }
 template <std::uint32_t COUNT>
@@ -281,14 +300,16 @@ template <int SOURCE, int TARGET, class Windows>
 ORSKA_INLINE std::int32_t ConvertTextByWindows(TranscoderSource& io_source,
                                                TranscoderTarget& io_target) {
     const std::uint64_t size = io_source.m_length - io_source.m_position;
-    const std::uint64_t written = size / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
-    if (size <= WINDOW && size % Windows::SOURCE_UNIT == 0 &&
-        io_target.m_length - io_target.m_position >= written) {
-        const __m512i bytes = LoadWindowPart(io_source.m_data + io_source.m_position, size);
+    const std::uint64_t end =
+        io_target.m_position + size / Windows::SOURCE_UNIT * Windows::TARGET_UNIT;
+    if (size <= WINDOW && size % Windows::SOURCE_UNIT == 0 && io_target.m_length >= end) {
+        const __m512i bytes =
+            LoadWindowPart<Windows::SOURCE_UNIT>(io_source.m_data + io_source.m_position, size);
         if (Windows::IsPlain(bytes)) {
-            Windows::WritePlainPart(io_target.m_data + io_target.m_position, bytes, size);
-            io_source.m_position += size;
-            io_target.m_position += written;
+            char* const to = io_target.m_data + io_target.m_position;
+            io_source.m_position = io_source.m_length;
+            io_target.m_position = end;
+            Windows::WritePlainPart(to, bytes, size);
             return TRANSCODER_DONE;
         }
         return ConvertOneWindow<SOURCE, TARGET, Windows>(io_source, io_target, bytes);

@@ -224,14 +224,14 @@ template <class Target>
 ORSKA_INLINE std::int32_t ConvertFixedByWindows(TranscoderSource& io_source,
                                                 TranscoderTarget& io_target) {
     const std::uint64_t count = io_source.m_length - io_source.m_position;
-    const std::uint64_t written = count * Target::UNIT;
-    if (io_target.m_length - io_target.m_position < written) [[unlikely]] {
+    const std::uint64_t end = io_target.m_position + count * Target::UNIT;
+    if (io_target.m_length < end) [[unlikely]] {
         return FillTarget<Target>(io_source, io_target);
     }
     const char* const from = io_source.m_data + io_source.m_position;
     char* const to = io_target.m_data + io_target.m_position;
     io_source.m_position = io_source.m_length;
-    io_target.m_position += written;
+    io_target.m_position = end;
     ConvertFixedUnits<Target>(from, count, to);
     return TRANSCODER_DONE;
 }

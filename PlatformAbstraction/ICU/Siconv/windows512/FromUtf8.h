@@ -255,7 +255,7 @@ public:
     static ORSKA_INLINE void WritePlainPart(char* out_to, __m512i in_bytes, std::uint64_t in_size) {
         __m512i parts[Target::PARTS];
         Target::WidenPlain(in_bytes, parts);
-        StoreParts(out_to, parts, in_size * Target::UNIT);
+        StoreUnits(out_to, parts, in_size);
     }
 
     // Reads only the last three bytes, so that the next window does not wait for the masks. At most
