@@ -28,6 +28,9 @@ template <int INDEX>
 constexpr bool IS_UTF32 = INDEX == UTF32LE || INDEX == UTF32BE;
 template <int INDEX>
 constexpr bool IS_BIG_ENDIAN = INDEX == UTF16BE || INDEX == UTF32BE;
+/// The bytes of a code unit.
+template <int INDEX>
+constexpr std::uint32_t UNIT = IS_UTF32<INDEX> ? 4 : (IS_UTF16<INDEX> ? 2 : 1);
 
 /// The type for the kind of an encoding.
 template <int INDEX, class Utf8, class Utf16, class Utf32, class SingleByte>

@@ -28,13 +28,9 @@ struct BlockForm {
         if constexpr (SOURCE < LATIN1 || TARGET == UTF8) {
             return ConvertText<SOURCE, TARGET, BlocksOf<Vector128, SOURCE, TARGET>,
                                BlocksOf<V, SOURCE, TARGET>>(io_source, io_target);
-        } else if constexpr (IS_UTF16<TARGET>) {
-            return ConvertFixed<V, FixedToUtf16<SetOf<SOURCE>, IS_BIG_ENDIAN<TARGET>>>(io_source,
-                                                                                       io_target);
-        } else if constexpr (IS_UTF32<TARGET>) {
-            return ConvertFixed<V, FixedToUtf32<IS_BIG_ENDIAN<TARGET>>>(io_source, io_target);
         } else {
-            return ConvertFixed<V, FixedToSingleByte<SetOf<SOURCE>>>(io_source, io_target);
+            using Units = FixedUnits<SetOf<SOURCE>, UNIT<TARGET>, IS_BIG_ENDIAN<TARGET>>;
+            return ConvertFixed<V, Units>(io_source, io_target);
         }
     }
 };

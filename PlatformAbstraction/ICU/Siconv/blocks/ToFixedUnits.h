@@ -10,49 +10,34 @@ namespace Orska::Support::Siconv {
 
 namespace {
 
-// Targets: Write converts V::SIZE bytes to V::SIZE * UNIT.
-
-template <class Set, bool IS_BIG>
-struct FixedToUtf16 {
-    static constexpr std::uint64_t UNIT = 2;
+// Write converts V::SIZE bytes to units of one size. In a unit of one byte, code points above FF
+// become the substitute.
+template <class Set, std::uint64_t UNIT_SIZE, bool IS_BIG>
+struct FixedUnits {
+    static constexpr std::uint64_t UNIT = UNIT_SIZE;
 
     template <class V>
     static ORSKA_INLINE void Write(char* out_to, const char* in_from) {
+        if constexpr (UNIT == 4) {
+            V::template WriteWide32From<IS_BIG>(out_to, in_from);
+            return;
+        }
         const auto at = V::Load(in_from);
         auto low = at;
         auto high = V::Zero();
+        if constexpr (UNIT == 1) {
+            const auto bytes =
+                Set::template Map<V>(low, high)
+                    ? V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero()))
+                    : at;
+            V::Store(out_to, bytes);
+            return;
+        }
         if (!Set::template Map<V>(low, high)) {
             V::template WriteWide16<IS_BIG>(out_to, at);
             return;
         }
         V::template WriteUnits16<IS_BIG>(out_to, low, high);
-    }
-};
-
-template <bool IS_BIG>
-struct FixedToUtf32 {
-    static constexpr std::uint64_t UNIT = 4;
-
-    template <class V>
-    static ORSKA_INLINE void Write(char* out_to, const char* in_from) {
-        V::template WriteWide32From<IS_BIG>(out_to, in_from);
-    }
-};
-
-// Code points above FF become the substitute.
-template <class Set>
-struct FixedToSingleByte {
-    static constexpr std::uint64_t UNIT = 1;
-
-    template <class V>
-    static ORSKA_INLINE void Write(char* out_to, const char* in_from) {
-        const auto at = V::Load(in_from);
-        auto low = at;
-        auto high = V::Zero();
-        const auto bytes = Set::template Map<V>(low, high)
-                               ? V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero()))
-                               : at;
-        V::Store(out_to, bytes);
     }
 };
 

@@ -49,9 +49,6 @@ void Write(char* out_to, V::Type in_at) {
     }
 }
 
-template <int INDEX>
-constexpr std::uint32_t UNIT = IS_UTF32<INDEX> ? 4 : (IS_UTF16<INDEX> ? 2 : 1);
-
 // Converts blocks of 16 bytes up to the first character that is not plain; output after it is
 // scratch. Writes no more than 16 characters need.
 template <int SOURCE, int TARGET>
