@@ -19,9 +19,7 @@ ORSKA_INLINE void PutFirst(char*& io_to, __m512i in_bytes, std::uint64_t in_size
 }
 // Writes the bytes of in_keep.
 ORSKA_INLINE void PutKept(char*& io_to, __m512i in_bytes, std::uint64_t in_keep) {
-    const bool isFull = in_keep == ~std::uint64_t{0};  // all have four bytes
-    PutFirst(io_to, isFull ? in_bytes : _mm512_maskz_compress_epi8(in_keep, in_bytes),
-             CountBits(in_keep));
+    PutFirst(io_to, _mm512_maskz_compress_epi8(in_keep, in_bytes), CountBits(in_keep));
 }
 
 // The last byte of every lane of 32 bits, and the first of every lane of 16.
@@ -55,7 +53,12 @@ ORSKA_INLINE __m512i SpreadToUtf8(__m512i in_codePoints) {
 template <bool HAS_LONG>
 ORSKA_INLINE void PutCodePoints(__m512i in_codePoints, __mmask16 in_active, char*& io_to) {
     const __m512i lanes = _mm512_maskz_mov_epi32(in_active, SpreadToUtf8<HAS_LONG>(in_codePoints));
-    PutKept(io_to, lanes, _mm512_movepi8_mask(lanes) | _pdep_u64(in_active, LANE32_LAST));
+    const std::uint64_t keep = _mm512_movepi8_mask(lanes) | _pdep_u64(in_active, LANE32_LAST);
+    if (HAS_LONG && keep == ~std::uint64_t{0}) {  // all have four bytes
+        PutFirst(io_to, lanes, WINDOW);
+    } else {
+        PutKept(io_to, lanes, keep);
+    }
 }
 
 // Writes units below 800.
