@@ -2,7 +2,7 @@
 #include "PlatformAbstraction/ICU/ODBCStringConverter.h"
 
 #include <gtest/gtest.h>
-#include <unicode/unistr.h>
+#include <unicode/ucnv.h>
 
 #include <algorithm>
 #include <atomic>
@@ -13,18 +13,73 @@
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
+#include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
-#include "tests/support/EncodedFit.h"
-#include "tests/support/StreamDriver.h"
+#include "tests/support/IcuText.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Orska::Support::Testing {
 namespace {
 
 using Test::ThrownMessage;
+
+// Buffers are filled with this before they are written.
+constexpr char FILL = '\x5A';
+
+// The beginnings of a text that end between code points, each encoded and ended in the initial
+// state; the empty one first.
+std::vector<std::string> EncodeBeginnings(std::u16string_view in_text, EncodingType in_encoding) {
+    std::vector<std::string> beginnings = {""};
+    for (std::size_t end = 1; end <= in_text.size(); ++end) {
+        const bool isInPair =
+            end < in_text.size() && U16_IS_LEAD(in_text[end - 1]) && U16_IS_TRAIL(in_text[end]);
+        if (!isInPair) {
+            beginnings.push_back(EncodeWithIcu(in_text.substr(0, end), in_encoding));
+        }
+    }
+    return beginnings;
+}
+
+// The longest of them that is no longer than the capacity, in bytes.
+const std::string& GetFit(const std::vector<std::string>& in_beginnings, std::size_t in_capacity) {
+    std::size_t best = 0;
+    for (std::size_t i = 0; i < in_beginnings.size(); ++i) {
+        if (in_beginnings[i].size() <= in_capacity) best = i;
+    }
+    return in_beginnings[best];
+}
+
+// Writes one text at every capacity from that of a NUL to more than it needs. Fails the test if the
+// result is not the longest beginning that fits, or if other bytes than zeros follow. `in_write`
+// returns the bytes without the NUL, of so many bytes, that it writes after the text.
+template <typename WriteString>
+void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
+                        std::size_t in_nulWidth, const WriteString& in_write) {
+    const std::vector<std::string> beginnings = EncodeBeginnings(in_text, in_encoding);
+    const std::size_t needed = beginnings.back().size() + in_nulWidth;
+    const orska_wstring string = MakeString(in_text);
+    // With much more room a conversion writes scratch too.
+    for (std::size_t capacity = in_nulWidth; capacity <= needed + 300;
+         capacity += capacity < needed + 2 * in_nulWidth + 3 ? 1 : 144) {
+        const std::string expected =
+            GetFit(beginnings, capacity - in_nulWidth) + std::string(in_nulWidth, '\0');
+        std::vector<char> buffer(capacity + 24, FILL);
+        bool isTruncated = false;
+        const std::int64_t written =
+            in_write(string, buffer.data(), static_cast<std::int64_t>(capacity), isTruncated);
+        ASSERT_EQ(expected.size() - in_nulWidth, static_cast<std::size_t>(written)) << capacity;
+        ASSERT_EQ(expected, std::string(buffer.data(), expected.size())) << capacity;
+        ASSERT_EQ(capacity < needed, isTruncated) << capacity;
+        for (std::size_t i = expected.size(); i < buffer.size(); ++i) {
+            // Zeros are allowed where a code point did not fit; no other byte may change.
+            const bool isZero = isTruncated && i < capacity && buffer[i] == '\0';
+            ASSERT_TRUE(buffer[i] == FILL || isZero) << capacity << " byte " << i;
+        }
+    }
+}
 
 // A converter for a driver manager's encoding, with its own platform converter.
 struct Fixture {
@@ -109,6 +164,11 @@ void CheckCuts(ODBCStringConverter& io_converter, const std::u16string& in_text)
                        });
 }
 
+// Encodings of every kind that truncation has to handle: the Unicode ones, multi-byte ones of up to
+// four bytes, and those with shift states.
+const std::vector<int> CUT_ENCODINGS = {0,  1,  2,  3,  4,  5,  6,  7,  17,  18,  19, 22,
+                                        24, 25, 26, 27, 28, 32, 41, 67, 111, 113, 116};
+
 TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
     Random random(23);
     for (const int encoding : CUT_ENCODINGS) {
@@ -121,6 +181,32 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
               std::u16string(u"ab\u200B\u200B")}) {
             CheckCuts(*fixture.m_converter, text);
             if (testing::Test::HasFailure()) return;
+        }
+    }
+}
+
+// A few conversions find the cut, however many code points without bytes are at the end.
+TEST(EncodeThroughIcu, CutsTextOfSilentCodePointsInAFewAttempts) {
+    for (const int encoding : {17, 22, 24, 25, 27, 28, 67}) {
+        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
+        UErrorCode status = U_ZERO_ERROR;
+        const icu::LocalUConverterPointer converter(
+            ucnv_open(EncodingInfo::GetName(EncodingType{encoding}), &status));
+        for (const std::u16string text :
+             {u"\u4E2D\u6587", u"a\u4E2D", u"\u4E2D\u200Ba\u6587\u4E2D"}) {
+            const std::vector<std::string> beginnings =
+                EncodeBeginnings(text, EncodingType{encoding});
+            for (std::size_t capacity = 1; capacity < beginnings.back().size(); ++capacity) {
+                std::string buffer(capacity, FILL);
+                int attempts = 0;
+                const EncodedText encoded = EncodeThroughIcu(
+                    *converter, text + std::u16string(3000, u'\u200B'), buffer.data(),
+                    static_cast<std::int64_t>(capacity), attempts, status);
+                const std::string& fit = GetFit(beginnings, capacity);
+                EXPECT_EQ(fit, buffer.substr(0, static_cast<std::size_t>(encoded.m_bytes)));
+                EXPECT_TRUE(encoded.m_isTruncated);
+                EXPECT_GE(5, attempts) << capacity;
+            }
         }
     }
 }
@@ -150,8 +236,11 @@ TEST(ODBCStringConverter, BytesDoNotDependOnEarlierTexts) {
                        MakeString(in_text), buffer.data(), in_capacity, true, isTruncated)));
         };
         const auto toStream = [&](const std::u16string& in_text) {
-            return ConvertAtOnce(*stream, {reinterpret_cast<const char*>(in_text.data()),
-                                           in_text.size() * sizeof(char16_t)});
+            stream->SetSource(reinterpret_cast<const char*>(in_text.data()),
+                              in_text.size() * sizeof(char16_t), true);
+            stream->SetTarget(buffer.data(), buffer.size());
+            stream->DoConvert();
+            return buffer.substr(0, stream->GetTargetPosition());
         };
         // The transcoder refuses malformed text; the others replace it.
         const bool isStream = encoding > 7 && encoding != 96;

@@ -10,8 +10,8 @@
 
 #include "Exceptions/ErrorException.h"
 #include "PlatformAbstraction/ICU/StreamConverterFactory.h"
+#include "tests/support/IcuText.h"
 #include "tests/support/RefusedMemory.h"
-#include "tests/support/StreamDriver.h"
 
 namespace {
 

@@ -2,18 +2,14 @@
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
 
 #include <gtest/gtest.h>
-#include <unicode/ucnv.h>
 
 #include <string>
-#include <vector>
 
 #include "Exceptions/ErrorException.h"
-#include "PlatformAbstraction/ICU/TextEncoding.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
 #include "PlatformAbstraction/strings/ProcessEncodings.h"
 #include "PlatformAbstraction/strings/orska_wstring.h"
-#include "tests/support/EncodedFit.h"
-#include "tests/support/StreamDriver.h"
+#include "tests/support/IcuText.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Orska::Support::Testing {
@@ -91,32 +87,6 @@ TEST(WideStringConverter, RefusesBadArguments) {
         EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([&] {
                       converter.GetNulTerminatedStringLength("a", encoding);
                   }));
-    }
-}
-
-// A few conversions find the cut, however many code points without bytes are at the end.
-TEST(WideStringConverter, CutsTextOfSilentCodePointsInAFewAttempts) {
-    for (const int encoding : {17, 22, 24, 25, 27, 28, 67}) {
-        SCOPED_TRACE(EncodingInfo::GetName(EncodingType{encoding}));
-        UErrorCode status = U_ZERO_ERROR;
-        const icu::LocalUConverterPointer converter(
-            ucnv_open(EncodingInfo::GetName(EncodingType{encoding}), &status));
-        for (const std::u16string text :
-             {u"\u4E2D\u6587", u"a\u4E2D", u"\u4E2D\u200Ba\u6587\u4E2D"}) {
-            const std::vector<std::string> beginnings =
-                EncodeBeginnings(text, EncodingType{encoding});
-            for (std::size_t capacity = 1; capacity < beginnings.back().size(); ++capacity) {
-                std::string buffer(capacity, FILL);
-                int attempts = 0;
-                const EncodedText encoded = EncodeThroughIcu(
-                    *converter, text + std::u16string(3000, u'\u200B'), buffer.data(),
-                    static_cast<std::int64_t>(capacity), attempts, status);
-                const std::string& fit = GetFit(beginnings, capacity);
-                EXPECT_EQ(fit, buffer.substr(0, static_cast<std::size_t>(encoded.m_bytes)));
-                EXPECT_TRUE(encoded.m_isTruncated);
-                EXPECT_GE(5, attempts) << capacity;
-            }
-        }
     }
 }
 

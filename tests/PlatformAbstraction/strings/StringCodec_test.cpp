@@ -12,7 +12,7 @@
 #include "PlatformAbstraction/ICU/WideStringConverter.h"
 #include "PlatformAbstraction/base/CpuLevel.h"
 #include "PlatformAbstraction/strings/EncodingInfo.h"
-#include "tests/support/EncodedFit.h"
+#include "tests/support/IcuText.h"
 
 namespace Orska::Support::Testing {
 namespace {
