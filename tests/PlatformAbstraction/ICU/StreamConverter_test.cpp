@@ -3,11 +3,9 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -354,22 +352,11 @@ void CheckCuts(EncodingType in_from, EncodingType in_to, const std::string& in_s
     }
 }
 
-// One or more of each family: UTF, the transcoder's, ISO-2022 and HZ, EUC, SJIS, GB, Big5, EBCDIC,
-// code pages with combining or bidirectional letters.
-const std::vector<int> SAMPLE = {0,  1,  2,  3,  4,  5,  6,  7,  17, 18, 19, 20,  22,  24,  25, 26,
-                                 27, 28, 32, 39, 41, 48, 50, 67, 82, 89, 96, 111, 112, 116, 118};
-
-// ORSKA_TEST_ROUNDS makes it check every pair, in so many rounds.
-TEST(StreamPieces, PairsOnValidText) {
-    const char* const rounds = std::getenv("ORSKA_TEST_ROUNDS");
-    std::vector<int> encodings(ENCODING_COUNT);
-    std::iota(encodings.begin(), encodings.end(), 0);
-    if (rounds == nullptr) encodings = SAMPLE;
-    for (const int from : encodings) {
+TEST(StreamPieces, EveryPairOnValidText) {
+    for (int from = 0; from < ENCODING_COUNT; ++from) {
         const std::string source = EncodeWithIcu(GetMixedText(), Enc(from));
-        for (const int to : encodings) {
-            CheckCuts(Enc(from), Enc(to), source, static_cast<std::uint32_t>(from * 119 + to),
-                      rounds == nullptr ? 4 : std::atoi(rounds));
+        for (int to = 0; to < ENCODING_COUNT; ++to) {
+            CheckCuts(Enc(from), Enc(to), source, static_cast<std::uint32_t>(from * 119 + to), 2);
             if (testing::Test::HasFailure()) return;
         }
     }
