@@ -164,8 +164,7 @@ void CheckSections(const Installer& in_installer, const Sections& in_sections) {
 }
 
 void CheckNothingChanges(bool in_isIodbc) {
-    const IniScratch scratch(
-        access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path());
+    const IniScratch scratch(IniScratch::InMemory());
     // Loaded first, so that the setup logic finds and uses this library.
     const Installer installer(in_isIodbc);
     if (!installer.IsInstalled()) GTEST_SKIP() << "iODBC is not installed";

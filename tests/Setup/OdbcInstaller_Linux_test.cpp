@@ -327,13 +327,6 @@ std::vector<File> MakeFiles(const IniScratch& in_scratch) {
     return files;
 }
 
-/// Counts the files in the folder of both.
-std::ptrdiff_t CountFiles(const IniScratch& in_scratch) {
-    using std::filesystem::directory_iterator;
-    return std::distance(directory_iterator(in_scratch.SystemFile().parent_path()),
-                         directory_iterator());
-}
-
 TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
     constexpr int PROCESSES = 16;
     constexpr int ADDS = 16;
@@ -360,7 +353,7 @@ TEST_F(OdbcInstallerTest, ParallelWritersLoseNothing) {
         }
         EXPECT_TRUE(IniScratch::Read(file.m_path).starts_with(OTHERS));
     }
-    EXPECT_EQ(CountFiles(m_scratch), 2);
+    EXPECT_EQ(IniScratch::CountEntries(m_scratch.SystemFile().parent_path()), 2);
     EXPECT_TRUE(std::filesystem::is_symlink(m_scratch.UserFile()));
 }
 
@@ -411,7 +404,8 @@ TEST_F(OdbcInstallerTest, KilledWritersLoseNothing) {
         SQLSetConfigMode(file.m_mode);
         EXPECT_TRUE(Save("Sales", "s"));
     }
-    EXPECT_EQ(CountFiles(m_scratch), 2) << "left by killed writers";
+    EXPECT_EQ(IniScratch::CountEntries(m_scratch.SystemFile().parent_path()), 2)
+        << "left by killed writers";
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 // without the call. The file is the old or the new one, and no other file is left.
 #include <gtest/gtest.h>
 #include <odbcinst.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
@@ -51,10 +50,6 @@ protected:
         }
         return count;
     }
-    static std::ptrdiff_t CountOpenFiles() {
-        using std::filesystem::directory_iterator;
-        return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
-    }
     static std::size_t CountErrors() {
         WORD count = 0;
         DWORD code = 0;
@@ -75,16 +70,14 @@ protected:
         EXPECT_TRUE(now == (in_result == 1 ? m_new : m_old) ||
                     (in_failed == "fsync" && in_result == 0 && now == m_new))
             << now;
-        EXPECT_EQ(CountOpenFiles(), m_openFiles);
+        EXPECT_EQ(IniScratch::CountOpenFiles(), m_openFiles);
         // No lock is held: the same request succeeds.
         Run();
         EXPECT_EQ(Read(), m_new);
         EXPECT_EQ(CountLeftFiles(), 0u);
     }
 
-    /// A file system in memory: on a disk every replaced file takes long.
-    const IniScratch m_scratch{
-        access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path()};
+    const IniScratch m_scratch{IniScratch::InMemory()};
     WORD m_request = 0;
     bool m_isWide = false;
     bool m_isSystem = false;
@@ -111,7 +104,7 @@ TEST_F(RequestFaults, EachSystemCallFails) {
         const int plainResult = Run();
         EXPECT_EQ(CountErrors(), plainResult == 0 ? 1u : 0u);
         m_new = Read();
-        m_openFiles = CountOpenFiles();
+        m_openFiles = IniScratch::CountOpenFiles();
         const std::size_t calls = s_systemCalls.m_calls.size();
         ASSERT_GT(calls, 3u);
         for (std::size_t call = 0; call < calls; ++call) {

@@ -6,9 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include <filesystem>
-
 #include "tests/Setup/RefusedRequests.h"
+#include "tests/support/IniScratch.h"
 
 namespace {
 
@@ -67,16 +66,11 @@ extern "C" __attribute__((visibility("default"))) void* realloc(void* in_memory,
 namespace Veltrane::Test {
 namespace {
 
-std::ptrdiff_t CountOpenFiles() {
-    using std::filesystem::directory_iterator;
-    return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
-}
-
 TEST_F(RefusedRequests, RunOut) {
     RunWithout(0, 0);
-    const std::ptrdiff_t openFiles = CountOpenFiles();
+    const std::ptrdiff_t openFiles = IniScratch::CountOpenFiles();
     RunOut();
-    EXPECT_EQ(CountOpenFiles(), openFiles);
+    EXPECT_EQ(IniScratch::CountOpenFiles(), openFiles);
 }
 
 /// The first request of a process makes everything that is made once.

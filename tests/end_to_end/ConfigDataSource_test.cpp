@@ -172,17 +172,13 @@ TEST_P(ConfigDataSource, ARefusalPostsItsErrorOnceAndChangesNothing) {
 }
 
 TEST_P(ConfigDataSource, AThousandRequestsLeaveNoOpenFile) {
-    const auto countOpenFiles = [] {
-        const std::filesystem::directory_iterator entries("/proc/self/fd");
-        return std::distance(begin(entries), end(entries));
-    };
     ASSERT_TRUE(m_installer.Configure(ADD, ""));
-    const auto before = countOpenFiles();
+    const auto before = IniScratch::CountOpenFiles();
     for (int i = 0; i < 500; ++i) {
         ASSERT_TRUE(m_installer.Configure(CONFIG, SALES));
         ASSERT_FALSE(m_installer.Configure(REMOVE, "DSN=a[b\0"s));
     }
-    EXPECT_EQ(countOpenFiles(), before);
+    EXPECT_EQ(IniScratch::CountOpenFiles(), before);
 }
 
 class Iodbc : public ConfigDataSource {};

@@ -5,6 +5,7 @@
 #define TESTS_SUPPORT_INISCRATCH_H
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -24,6 +25,10 @@ public:
         setenv("ODBCSYSINI", (m_folder / "system").c_str(), 1);
         unsetenv("ODBCSEARCH");
     }
+    /// A parent in memory: on a disk every replaced file takes long.
+    static std::filesystem::path InMemory() {
+        return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path();
+    }
     IniScratch(const IniScratch&) = delete;
     IniScratch& operator=(const IniScratch&) = delete;
     ~IniScratch() {
@@ -42,7 +47,13 @@ public:
         std::ifstream file(in_path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    /// Counts the files in the folder of the user's file, hidden ones included.
+    /// Counts what a folder has, hidden files included.
+    static std::ptrdiff_t CountEntries(const std::filesystem::path& in_folder) {
+        using std::filesystem::directory_iterator;
+        return std::distance(directory_iterator(in_folder), directory_iterator());
+    }
+    static std::ptrdiff_t CountOpenFiles() { return CountEntries("/proc/self/fd"); }
+    /// Counts the files in the folder of the user's file, without folders.
     std::size_t CountFiles() const {
         std::size_t count = 0;
         for (const auto& entry : std::filesystem::directory_iterator(m_folder)) {

@@ -1,7 +1,6 @@
 #include "tests/support/InstallerStage.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "Setup/OdbcIniText.h"
 #include "Setup/OdbcInstaller.h"
@@ -44,10 +43,8 @@ namespace Veltrane::Test {
 
 namespace {
 
-/// A file system in memory: on a disk every replaced file takes long.
 const IniScratch& Scratch() {
-    static const IniScratch s_scratch(
-        access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path());
+    static const IniScratch s_scratch(IniScratch::InMemory());
     return s_scratch;
 }
 
