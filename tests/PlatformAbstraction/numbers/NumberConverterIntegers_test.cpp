@@ -141,19 +141,6 @@ TEST(StringToInteger, HoldsForTextOf1To40Characters) {
     }
 }
 
-TEST(StringToInteger, FindsEveryNonDigitAtEveryPlace) {
-    for (std::size_t length = 1; length <= 20; ++length) {
-        for (std::size_t at = 0; at < 256 * length; ++at) {
-            std::string text(length, '1');
-            text[at / 256] = static_cast<char>(at % 256);
-            const auto convert = [&] {
-                return NumberConverter::StringToInteger<std::uint64_t>(text.data(), length, false);
-            };
-            ASSERT_EQ(Convert(convert, text), Expect<std::uint64_t>(text, false)) << text;
-        }
-    }
-}
-
 TEST(StringToInteger, AcceptsStringsInTheAnsiEncoding) {
     const auto convert = []<class T>(const orska_wstring& in_text, T, bool in_strict) {
         return Convert([&] { return NumberConverter::StringToInteger<T>(in_text, in_strict); },
