@@ -97,16 +97,19 @@ class EditorTest(unittest.TestCase):
             }""")
         self.write_installer_file(f"Driver={library}\n")
 
-    def connecting_process(self):
-        """The process that connects, or None."""
+    def find_process(self, is_it):
+        """The process for whose folder in /proc that holds, or None."""
         for child in Path("/proc").glob("[0-9]*"):
             try:
-                if (b"--apart" in (child / "cmdline").read_bytes()
-                        and str(self.ini).encode() in (child / "environ").read_bytes()):
+                if is_it(child):
                     return int(child.name)
             except OSError:
                 continue
         return None
+
+    def connecting_process(self):
+        return self.find_process(lambda child: b"--apart" in (child / "cmdline").read_bytes()
+                                 and str(self.ini).encode() in (child / "environ").read_bytes())
 
     def client_command(self, request, *attributes):
         return [os.environ["CLIENT"], str(self.answer), request, *attributes]
@@ -120,13 +123,8 @@ class EditorTest(unittest.TestCase):
 
     def editor_pid(self):
         """The process of the editor that the client shows, or None."""
-        for child in Path("/proc").glob("[0-9]*"):
-            try:
-                if os.readlink(child / "exe") == os.environ["TESTED_EDITOR"] and self.is_ours(child):
-                    return int(child.name)
-            except OSError:
-                continue
-        return None
+        return self.find_process(lambda child: os.readlink(child / "exe") == os.environ[
+            "TESTED_EDITOR"] and self.is_ours(child))
 
     def is_ours(self, child):
         try:

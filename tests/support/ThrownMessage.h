@@ -10,7 +10,7 @@
 namespace Orska::Test {
 
 /// "Key" or "Key(first, second)"; "nothing" when nothing is thrown. Other exceptions pass.
-template <typename Exception = Support::ProductException, typename Action>
+template <typename Exception = Support::ErrorException, typename Action>
 std::string ThrownMessage(const Action& in_action) {
     try {
         in_action();

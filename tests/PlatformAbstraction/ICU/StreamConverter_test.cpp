@@ -137,8 +137,8 @@ TEST(StreamConverterFactory, PicksTheKindByThePair) {
         EXPECT_EQ(3, converter->GetFlag());
         EXPECT_TRUE(converter->IsSourceConsumed());
     }
-    EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([] { Make(0, 119); }));
-    EXPECT_EQ("EncodingNotRecog", ThrownMessage<ErrorException>([] { Make(-1, 0); }));
+    EXPECT_EQ("EncodingNotRecog", ThrownMessage([] { Make(0, 119); }));
+    EXPECT_EQ("EncodingNotRecog", ThrownMessage([] { Make(-1, 0); }));
 }
 
 TEST(WideStreamBlitter, SetsItsFlagsByWhatFits) {
@@ -210,19 +210,17 @@ TEST(StreamConverter, RefusesPositionsOutsideTheBuffers) {
         converter->SetSource("abcd", 4);
         converter->SetTarget(room, 4);
         converter->SetTargetPosition(5);
-        EXPECT_EQ("InvalidBuffPos", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
-        EXPECT_EQ("InvalidBuffPos",
-                  ThrownMessage<ErrorException>([&] { converter->DoConvertWithNul(); }));
+        EXPECT_EQ("InvalidBuffPos", ThrownMessage([&] { converter->DoConvert(); }));
+        EXPECT_EQ("InvalidBuffPos", ThrownMessage([&] { converter->DoConvertWithNul(); }));
         converter->SetTargetPosition(4);
         for (const std::uint64_t position : {std::uint64_t{5}, ~std::uint64_t{0}}) {
             converter->SetSourcePosition(position);
             EXPECT_EQ(position, converter->GetSourcePosition());
-            EXPECT_EQ("InvalidBuffPos",
-                      ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
+            EXPECT_EQ("InvalidBuffPos", ThrownMessage([&] { converter->DoConvert(); }));
         }
         converter->SetTargetPosition(0);
         converter->SetSourcePosition(2);
-        EXPECT_EQ("nothing", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
+        EXPECT_EQ("nothing", ThrownMessage([&] { converter->DoConvert(); }));
     }
 }
 
@@ -248,7 +246,7 @@ TEST(SiconvStreamConverter, ConvertsTheTextBeforeMalformedInput) {
         const Converter converter = Make(c.m_source, c.m_target);
         std::string target(64, 'x');
         converter->SetTarget(target.data(), target.size());
-        EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] {
+        EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage([&] {
                       for (std::size_t i = 0; i < c.m_pieces.size(); ++i) {
                           converter->SetSource(c.m_pieces[i].data(), c.m_pieces[i].size(),
                                                i + 1 == c.m_pieces.size());
@@ -274,7 +272,7 @@ TEST(SiconvStreamConverter, WritesACutCodePointBeforeItRefusesTheNext) {
     EXPECT_EQ('\xAC', target[0]);
     EXPECT_TRUE(converter->HasDataRemaining());
     converter->SetTarget(target, 1);
-    EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage<ErrorException>([&] { converter->DoConvert(); }));
+    EXPECT_EQ("ICUConvErrNotRecog", ThrownMessage([&] { converter->DoConvert(); }));
     EXPECT_EQ('\x20', target[0]);
     EXPECT_EQ(2U, converter->GetTotalBytesWritten());
 

@@ -40,7 +40,7 @@ TEST(EncodingInfoTest, ChecksTheLowSixteenBits) {
         const auto check = [&] {
             EncodingInfo::CheckEncodingType(static_cast<EncodingType>(value));
         };
-        EXPECT_EQ(ThrownMessage<ErrorException>(check), "EncodingNotRecog");
+        EXPECT_EQ(ThrownMessage(check), "EncodingNotRecog");
     }
     EXPECT_STREQ(EncodingInfo::GetName(static_cast<EncodingType>(0x10000 + 5)), "latin1");
 }
