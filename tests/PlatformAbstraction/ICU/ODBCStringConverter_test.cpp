@@ -52,9 +52,10 @@ const std::string& GetFit(const std::vector<std::string>& in_beginnings, std::si
     return in_beginnings[best];
 }
 
-// Writes one text at every capacity from that of a NUL to more than it needs. Fails the test if the
-// result is not the longest beginning that fits, or if other bytes than zeros follow. `in_write`
-// returns the bytes without the NUL, of so many bytes, that it writes after the text.
+// Writes one text at every capacity from none to more than it needs. Fails the test if the result
+// is not the longest beginning that fits, or if other bytes than zeros follow; without room for a
+// NUL nothing is written. `in_write` returns the bytes without the NUL, of so many bytes, that it
+// writes after the text.
 template <typename WriteString>
 void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
                         std::size_t in_nulWidth, const WriteString& in_write) {
@@ -62,15 +63,16 @@ void CheckEveryCapacity(const std::u16string& in_text, EncodingType in_encoding,
     const std::size_t needed = beginnings.back().size() + in_nulWidth;
     const orska_wstring string = MakeString(in_text);
     // With much more room a conversion writes scratch too.
-    for (std::size_t capacity = in_nulWidth; capacity <= needed + 300;
+    for (std::size_t capacity = 0; capacity <= needed + 300;
          capacity += capacity < needed + 2 * in_nulWidth + 3 ? 1 : 144) {
-        const std::string expected =
-            GetFit(beginnings, capacity - in_nulWidth) + std::string(in_nulWidth, '\0');
+        const bool hasRoom = capacity >= in_nulWidth;
+        const std::string fit = hasRoom ? GetFit(beginnings, capacity - in_nulWidth) : "";
+        const std::string expected = fit + std::string(hasRoom ? in_nulWidth : 0, '\0');
         std::vector<char> buffer(capacity + 24, FILL);
-        bool isTruncated = false;
+        bool isTruncated = capacity >= needed;
         const std::int64_t written =
             in_write(string, buffer.data(), static_cast<std::int64_t>(capacity), isTruncated);
-        ASSERT_EQ(expected.size() - in_nulWidth, static_cast<std::size_t>(written)) << capacity;
+        ASSERT_EQ(fit.size(), static_cast<std::size_t>(written)) << capacity;
         ASSERT_EQ(expected, std::string(buffer.data(), expected.size())) << capacity;
         ASSERT_EQ(capacity < needed, isTruncated) << capacity;
         for (std::size_t i = expected.size(); i < buffer.size(); ++i) {
@@ -91,38 +93,21 @@ struct Fixture {
     std::unique_ptr<ODBCStringConverter> m_converter;
 };
 
-TEST(ODBCStringConverter, FollowsTheOutputRuleAtItsEdges) {
-    const std::string nul2(2, '\0');
-    const struct {
-        const char* m_point;
-        std::u16string m_text;
-        std::string m_before;  // the buffer
-        std::int64_t m_length;
-        bool m_isInBytes;
-        std::int64_t m_result;
-        bool m_isTruncated;
-        std::string m_after;
-    } cases[] = {
-        {"no buffer", u"ab", "xxxx", 0, false, 0, true, "xxxx"},
-        {"empty string, room for the NUL only", u"", "xxxx", 1, false, 0, false, nul2 + "xx"},
-        {"less than a code unit in bytes", u"ab", "xxxx", 1, true, 0, true, "xxxx"},
-        {"empty string without room", u"", "xxxx", 1, true, 0, true, "xxxx"},
-        {"as long as the present text", u"abcd", std::string("x\0x\0x\0\0\0xx", 10), -3, false, 2,
-         true, std::string("a\0b\0\0\0\0\0xx", 10)},
-        {"as long as an empty text", u"a", std::string("\0\0xx", 4), -3, false, 0, true,
-         std::string("\0\0xx", 4)},
+TEST(ODBCStringConverter, ATargetCanBeAsLongAsItsPresentText) {
+    const Fixture fixture(1);
+    std::string buffer("x\0x\0x\0\0\0xx", 10);
+    std::string empty("\0\0xx", 4);
+    const auto write = [&](const char16_t* in_text, std::string& io_buffer) {
+        bool isTruncated = false;
+        const std::int64_t written = fixture.m_converter->ConvertWStringToSQLWCHARString(
+            MakeString(in_text), io_buffer.data(), -3, false, isTruncated);
+        EXPECT_TRUE(isTruncated);
+        return written;
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.m_point);
-        const Fixture fixture(1);
-        std::string buffer = c.m_before;
-        bool isTruncated = !c.m_isTruncated;
-        EXPECT_EQ(c.m_result,
-                  fixture.m_converter->ConvertWStringToSQLWCHARString(
-                      MakeString(c.m_text), buffer.data(), c.m_length, c.m_isInBytes, isTruncated));
-        EXPECT_EQ(c.m_isTruncated, isTruncated);
-        EXPECT_EQ(c.m_after, buffer);
-    }
+    EXPECT_EQ(2, write(u"abcd", buffer));
+    EXPECT_EQ(std::string("a\0b\0\0\0\0\0xx", 10), buffer);
+    EXPECT_EQ(0, write(u"a", empty));
+    EXPECT_EQ(std::string("\0\0xx", 4), empty);
 }
 
 TEST(ODBCStringConverter, AcceptsNullStringsAndNullBuffers) {
@@ -178,7 +163,7 @@ TEST(ODBCStringConverter, CutsExactlyAtEveryCapacity) {
         for (const std::u16string& text :
              {MakeRandomText(random, 1), MakeRandomText(random, 17), MakeRandomText(random, 150),
               std::u16string(129, u'a') + u"\u6F22", u"\u6F22" + std::u16string(64, u'a'),
-              std::u16string(u"ab\u200B\u200B")}) {
+              std::u16string(u"ab\u200B\u200B"), std::u16string()}) {
             CheckCuts(*fixture.m_converter, text);
             if (testing::Test::HasFailure()) return;
         }
