@@ -13,6 +13,7 @@
 
 #include "tests/support/TestSystem.h"
 #include "tests/support/TraceCapture.h"
+#include "tools/Assert.h"
 
 namespace {
 
@@ -157,6 +158,16 @@ TEST(trace, TheStreamIsWhereLinesGo) {
     }
     const TraceSetting setting(nullptr);
     EXPECT_EQ(GetTraceStream(), nullptr);
+}
+
+TEST(Assert, ReportReachesStandardErrorAndTheTraceAndReturns) {
+    const TraceCapture trace;
+    testing::internal::CaptureStderr();
+    ReportAssertionFailure("false", "Setup\\Source", 59);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Assertion failed: false, file Setup\\Source, line 59\n");
+    EXPECT_EQ(trace.GetText(),
+              "(?):59\tAssertion failed: false, file Setup\\Source, line 59 Source\n");
 }
 
 TEST(trace, ArgumentsAreEvaluatedOnlyForALineThatIsWritten) {
