@@ -3,15 +3,14 @@
 #define TESTS_SUPPORT_TRACECAPTURE_H
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestSystem.h"
 #include "tools/trace.h"
 
@@ -36,13 +35,12 @@ class TraceCapture {
 public:
     /// @param in_settings  the part before the ":" of TR4CE, such as "1" or "4st"
     explicit TraceCapture(const std::string& in_settings = "1")
-        : m_path(MakePath()), m_setting((in_settings + ":" + m_path).c_str()) {}
-    ~TraceCapture() { std::remove(m_path.c_str()); }
+        : m_setting((in_settings + ":" + GetPath()).c_str()) {}
 
-    const std::string& GetPath() const { return m_path; }
+    std::string GetPath() const { return m_directory.GetPath("a trace.log"); }
 
     std::string GetText() const {
-        std::ifstream file(m_path);  // a text file
+        std::ifstream file(GetPath());  // a text file
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
@@ -56,13 +54,7 @@ public:
     }
 
 private:
-    static std::string MakePath() {
-        static int s_count = 0;
-        return testing::TempDir() + "orska trace " + std::to_string(getpid()) + "." +
-               std::to_string(++s_count) + ".log";
-    }
-
-    std::string m_path;
+    TemporaryDirectory m_directory;
     TraceSetting m_setting;
 };
 
