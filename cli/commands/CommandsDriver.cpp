@@ -37,12 +37,14 @@ void CheckName(const std::string& in_driver) {
 }
 
 /// Returns the entries to write: "Setup64" instead of "Setup" if the driver has that, which wins.
-Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
-    Entries missing;
+std::vector<KeyChange> MissingFrom(const Entries& in_current, const Entries& in_given) {
+    std::vector<KeyChange> missing;
     for (const auto& [key, value] : in_given) {
         if (GetLibraryEntry(in_current, key) == value) continue;
         const bool has64 = in_current.Find(key + "64") != nullptr;
-        missing.Set(has64 ? key + "64" : key, value);
+        KeyChange& change =
+            missing.emplace_back(KeyChange{has64 ? key + "64" : key, {}, value, false});
+        if (const auto* const before = in_current.Find(change.m_key)) change.m_before = *before;
     }
     return missing;
 }
@@ -50,7 +52,7 @@ Entries MissingFrom(const Entries& in_current, const Entries& in_given) {
 bool IsSamePath(const std::string& in_left, const std::string& in_right) {
     std::error_code error;
     return in_left == in_right ||
-           (std::filesystem::equivalent(ToPath(in_left), ToPath(in_right), error) && !error);
+           std::filesystem::equivalent(ToPath(in_left), ToPath(in_right), error);
 }
 
 /// Refuses to remove a driver that another installation has registered.
@@ -76,24 +78,25 @@ std::vector<std::string> WarnOfMissing(const Entries& in_given) {
     return warnings;
 }
 
-void PrintChange(const CommandLine& in_line, Action in_action, const Entries& in_before,
-                 const Entries& in_after, const std::vector<std::string>& in_warnings = {}) {
+/// Carries out the plan, unless in a dry run, and prints it.
+ExitCode Change(const CommandLine& in_line, const DriverRegistry& in_registry,
+                const DsnPlan& in_plan, const std::vector<std::string>& in_warnings = {}) {
+    const bool isChange = in_plan.m_action != Action::None;
     const bool isDryRun = in_line.Has("--dry-run");
-    const DsnPlan plan{.m_name = GetDriver(in_line),
-                       .m_action = in_action,
-                       .m_changes = Compare(in_before, in_after)};
+    if (isChange && !isDryRun) in_registry.CarryOut(in_plan);
     if (in_line.Has("--json")) {
-        Json document{{"driver", plan.m_name},
-                      {"changed", in_action != Action::None},
+        Json document{{"driver", in_plan.m_name},
+                      {"changed", isChange},
                       {"dry_run", isDryRun},
-                      {"difference", Difference(plan, true)}};
+                      {"difference", Difference(in_plan, true)}};
         if (!in_warnings.empty()) document["warnings"] = in_warnings;
         PrintJson(document);
     } else if (!in_line.Has("--quiet")) {
         std::cout << "Driver ";
-        PrintPlan(plan, isDryRun, {}, true);
+        PrintPlan(in_plan, isDryRun, {}, true);
         for (const std::string& warning : in_warnings) PrintError(warning);
     }
+    return EXIT_DONE;
 }
 
 }  // namespace
@@ -107,22 +110,18 @@ ExitCode RegisterDriver(const CommandLine& in_line) {
     if (!current && given.Find("Setup") == nullptr) {
         Refuse("A new driver needs --setup with its setup library.");
     }
-    Entries after = current.value_or(Entries());
-    const Entries before = after;
-    const Entries missing = MissingFrom(before, given);
-    if (current && !missing.IsEmpty() && !in_line.Has("--replace")) {
+    std::vector<KeyChange> missing = MissingFrom(current.value_or(Entries()), given);
+    if (current && !missing.empty() && !in_line.Has("--replace")) {
         throw CommandError(EXIT_EXISTS, "The driver " + Quote(driver) + " is registered in " +
                                             registry.GetPath() +
                                             " with other values; --replace changes them.");
     }
-    const Action change = missing.IsEmpty() ? Action::None : Action::Change;
-    const Action action = current ? change : Action::Add;
-    for (const auto& [key, value] : missing) after.Set(key, value);
-    if (action != Action::None && !in_line.Has("--dry-run")) {
-        registry.Register(driver, missing);
-    }
-    PrintChange(in_line, action, before, after, WarnOfMissing(given));
-    return EXIT_DONE;
+    const Action change = missing.empty() ? Action::None : Action::Change;
+    return Change(in_line, registry,
+                  {.m_name = driver,
+                   .m_action = current ? change : Action::Add,
+                   .m_changes = std::move(missing)},
+                  WarnOfMissing(given));
 }
 
 ExitCode UnregisterDriver(const CommandLine& in_line) {
@@ -134,9 +133,9 @@ ExitCode UnregisterDriver(const CommandLine& in_line) {
                                                registry.GetPath() + ".");
     }
     CheckSetup(in_line, *current, registry.GetPath());
-    if (!in_line.Has("--dry-run")) registry.Unregister(driver);
-    PrintChange(in_line, Action::Remove, *current, {});
-    return EXIT_DONE;
+    return Change(
+        in_line, registry,
+        {.m_name = driver, .m_action = Action::Remove, .m_changes = Compare(*current, {})});
 }
 
 ExitCode ListDrivers(const CommandLine& in_line) {

@@ -28,24 +28,19 @@ std::optional<Entries> DriverRegistry::Find(const std::string& in_driver) const 
     return Entries(View().GetKeyValues(in_driver));
 }
 
-void DriverRegistry::Register(const std::string& in_driver, const Entries& in_entries) const {
-    for (const auto& [key, value] : in_entries) {
-        if (ODBC::OdbcIniLine::IsCarriableLine(key, value)) continue;
-        FailWith(key + ": No driver can have this value.");
-    }
-    Write([&](ODBC::ProfileChange& io_change) {
-        for (const auto& [key, value] : in_entries) io_change.Set(in_driver, key, value);
+void DriverRegistry::CarryOut(const DsnPlan& in_plan) const {
+    const auto edit = [&](ODBC::ProfileChange& io_change) {
+        if (in_plan.m_action == Action::Remove) return io_change.RemoveSection(in_plan.m_name);
+        for (const KeyChange& it : in_plan.m_changes) {
+            if (!ODBC::OdbcIniLine::IsCarriableLine(it.m_key, *it.m_after)) {
+                FailWith(it.m_key + ": No driver can have this value.");
+            }
+            io_change.Set(in_plan.m_name, it.m_key, *it.m_after);
+        }
         // The list comes last: a driver in the list has its libraries.
-        io_change.ListDriver(in_driver);
-    });
-}
-
-void DriverRegistry::Unregister(const std::string& in_driver) const {
-    Write([&](ODBC::ProfileChange& io_change) { io_change.RemoveSection(in_driver); });
-}
-
-void DriverRegistry::Write(const std::function<void(ODBC::ProfileChange&)>& in_plan) const {
-    for (const auto& [section, reason] : Change(in_plan)) FailWith(section + ": " + reason);
+        io_change.ListDriver(in_plan.m_name);
+    };
+    for (const auto& [section, reason] : Change(edit)) FailWith(section + ": " + reason);
 }
 
 std::string GetLibraryEntry(const Entries& in_driver, const std::string& in_key) {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Setup/Profile.h"
-#include "cli/dsn/Entries.h"
+#include "cli/dsn/DsnPlan.h"
 
 namespace Veltrane::Cli {
 
@@ -27,14 +27,12 @@ public:
     /// Returns the entries of a driver; nothing if it is not registered or the name is invalid.
     std::optional<Entries> Find(const std::string& in_driver) const;
 
-    /// Sets the entries of a driver; adds a new driver.
+    /// Adds, changes or removes the driver of the plan's name.
     /// @throws ODBC::ProfileError and CommandError EXIT_FAILED, with path and reason
-    void Register(const std::string& in_driver, const Entries& in_entries) const;
-    void Unregister(const std::string& in_driver) const;
+    void CarryOut(const DsnPlan& in_plan) const;
 
 private:
     const ODBC::ProfileView& View() const;
-    void Write(const std::function<void(ODBC::ProfileChange&)>& in_plan) const;
 
     mutable std::optional<ODBC::ProfileView> m_view;
 };

@@ -296,6 +296,7 @@ class DriverTest(ToolTest):
         self.assertEqual(self.run_tool(*arguments, "--setup", setup)[0], "Driver V 2: added\n")
         self.assertFalse(self.run_json(*arguments, "--setup", setup)["changed"])
         self.run_tool(*arguments, "--setup", other, code=4)
+        self.run_tool(*arguments, "--library", library.upper(), "--replace")  # differs by case only
         self.assertIn(f"There is no file {library}, which is registered as Driver.",
                       self.run_tool(*arguments, "--library", library, "--replace")[1])
         after = {"name": "V 2", "description": "", "setup": setup, "library": library}
