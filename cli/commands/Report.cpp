@@ -49,11 +49,7 @@ void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_p
 }
 
 Report::Report(const CommandLine& in_line, const DsnStore& in_store)
-    : m_store(in_store),
-      m_isJson(in_line.Has("--json")),
-      m_isQuiet(in_line.Has("--quiet")),
-      m_isDryRun(in_line.Has("--dry-run")),
-      m_areSecretsShown(in_line.Has("--show-secrets")) {
+    : m_line(in_line), m_store(in_store) {
     // With sudo "the user" is root, which people do not expect.
     const bool isSudo = Orska::Support::GetEnvironment("SUDO_USER").has_value();
     if (isSudo || m_store.GetScope() == Scope::System) m_place = " in " + m_store.GetPath();
@@ -70,27 +66,30 @@ void Report::Add(const DsnPlan& in_plan) {
     ++m_counts[action];
     const bool isSame = action == Action::None;
     m_hasNewSecret = m_hasNewSecret || WritesSecret(in_plan);
-    if (m_isJson) {
+    if (m_line.Has("--json")) {
         m_results.push_back({{"name", name},
                              {"state", isSame ? "unchanged" : "changed"},
                              {"action", isSame ? "none" : DescribeAction(action, false)},
-                             {"difference", Difference(in_plan, m_areSecretsShown)}});
-    } else if (!m_isQuiet) {
-        PrintPlan(in_plan, m_isDryRun, isSame ? "" : m_place, m_areSecretsShown);
+                             {"difference", Difference(in_plan, m_line.Has("--show-secrets"))}});
+    } else if (!m_line.Has("--quiet")) {
+        PrintPlan(in_plan, m_line.Has("--dry-run"), isSame ? "" : m_place,
+                  m_line.Has("--show-secrets"));
     }
 }
 
 void Report::AddNotice(const std::string& in_text) {
-    if (!in_text.empty() && !m_isQuiet) PrintError(in_text);
+    if (!in_text.empty() && !m_line.Has("--quiet")) PrintError(in_text);
 }
 
 void Report::AddSummary() {
-    if (m_isJson || m_isQuiet) return;
+    if (m_line.Has("--json") || m_line.Has("--quiet")) return;
     std::vector<std::string> parts;
     const auto add = [&parts](std::size_t in_count, const std::string& in_what) {
         if (in_count != 0) parts.push_back(std::to_string(in_count) + " " + in_what);
     };
-    for (const Action action : ACTIONS) add(m_counts[action], DescribeAction(action, m_isDryRun));
+    for (const Action action : ACTIONS) {
+        add(m_counts[action], DescribeAction(action, m_line.Has("--dry-run")));
+    }
     add(m_failures, "failed");
     std::cout << (parts.empty() ? "nothing described" : Join(parts)) << "\n";
 }
@@ -106,9 +105,9 @@ std::string Report::WarnOfReaders() const {
 }
 
 ExitCode Report::Finish() {
-    const std::string warning = m_isDryRun ? std::string() : WarnOfReaders();
+    const std::string warning = m_line.Has("--dry-run") ? std::string() : WarnOfReaders();
     AddNotice(warning);
-    if (m_isJson) {
+    if (m_line.Has("--json")) {
         Json summary;
         bool isChanged = false;
         for (const Action action : ACTIONS) {
@@ -120,7 +119,7 @@ ExitCode Report::Finish() {
                       {"summary", std::move(summary)},
                       {"failed", m_failures},
                       {"scope", GetScopeName(m_store.GetScope())},
-                      {"dry_run", m_isDryRun}};
+                      {"dry_run", m_line.Has("--dry-run")}};
         if (!m_place.empty()) document["file"] = m_store.GetPath();
         if (!warning.empty()) document["warnings"] = {warning};
         document["results"] = std::move(m_results);

@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "cli/dsn/DsnChanger.h"
+#include "cli/dsn/DsnPlan.h"
 #include "cli/dsn/DsnStore.h"
 #include "cli/line/CommandLine.h"
 #include "cli/system/CommandError.h"
@@ -29,7 +29,7 @@ void PrintPlan(const DsnPlan& in_plan, bool in_isDryRun, const std::string& in_p
 
 class Report {
 public:
-    /// @param in_store  has to stay
+    /// Both have to stay.
     Report(const CommandLine& in_line, const DsnStore& in_store);
 
     /// @param in_plan  carried out, in a dry run only made, or failed
@@ -46,12 +46,9 @@ private:
     /// Returns a warning if others can read a password that was written; otherwise empty.
     std::string WarnOfReaders() const;
 
+    const CommandLine& m_line;
     const DsnStore& m_store;
     std::string m_place;  ///< " in PATH" if it is not the user's own file
-    bool m_isJson;
-    bool m_isQuiet;
-    bool m_isDryRun;
-    bool m_areSecretsShown;
     std::map<Action, std::size_t> m_counts;
     std::size_t m_failures = 0;
     bool m_hasNewSecret = false;

@@ -1,3 +1,5 @@
+#include <map>
+
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/examine/ApartWork.h"
 #include "cli/examine/Findings.h"
@@ -46,41 +48,42 @@ Finding DescribeFault(const LibraryProbe& in_probe, const std::string& in_driver
                       const std::string& in_entry, const std::string& in_library) {
     const std::string subject = in_entry + "=" + in_library;
     const std::string& detail = in_probe.m_detail;
-    const struct {
-        LibraryFault m_fault;
-        const char* m_id;
-        std::string m_text;
-        std::string m_repair;
-    } faults[] = {
-        {LibraryFault::NotFound, "library-not-found",
-         "The library of " + subject + " cannot be opened: " + detail + ".",
-         "Install it there, or " + (in_driver.empty()
-                                        ? "give the DSN the path of one that is there."
-                                        : HowToRegister(in_driver, in_entry))},
-        {LibraryFault::NotALibrary, "library-not-a-library",
-         subject + " is not a shared library: " + detail + ".",
-         "Register the path of the library itself, or install its package again."},
-        {LibraryFault::WrongArchitecture, "library-wrong-architecture",
-         subject + " is a library for another architecture: " + detail + ".",
-         "Install the package that is built for this architecture."},
-        {LibraryFault::MissingDependency, "library-missing-dependency",
-         subject + " cannot be loaded: it needs " + detail + ", which is not found.",
-         "Install the package that contains " + detail + PLATFORM_WORDS.m_missingDependencyRepair},
-        {LibraryFault::MissingSymbol, "library-missing-symbol",
-         subject + " cannot be loaded: no library defines " + detail + ".",
-         PLATFORM_WORDS.m_missingSymbolRepair},
-        {LibraryFault::Crashes, "library-crashes",
-         subject + " ends the process that loads it, or takes too long to load.",
-         "Install its package again; if that does not help, report it to its maker."},
-        {LibraryFault::NoEntryPoint, "library-no-entry-point",
-         subject + " exports none of " + detail + ".",
-         "Register the driver's setup library as Setup and the driver itself as Driver; the two "
-         "are different files."},
-        {LibraryFault::CannotLoad, "library-cannot-be-loaded",
-         subject + " cannot be loaded: " + detail + ".", PLATFORM_WORDS.m_loaderRepair}};
-    const auto* fault = std::begin(faults);
-    while (fault->m_fault != in_probe.m_fault) ++fault;
-    return {Severity::Error, fault->m_id, fault->m_text, fault->m_repair};
+    const std::map<LibraryFault, Finding> faults{
+        {LibraryFault::NotFound,
+         {Severity::Error, "library-not-found",
+          "The library of " + subject + " cannot be opened: " + detail + ".",
+          "Install it there, or " + (in_driver.empty()
+                                         ? "give the DSN the path of one that is there."
+                                         : HowToRegister(in_driver, in_entry))}},
+        {LibraryFault::NotALibrary,
+         {Severity::Error, "library-not-a-library",
+          subject + " is not a shared library: " + detail + ".",
+          "Register the path of the library itself, or install its package again."}},
+        {LibraryFault::WrongArchitecture,
+         {Severity::Error, "library-wrong-architecture",
+          subject + " is a library for another architecture: " + detail + ".",
+          "Install the package that is built for this architecture."}},
+        {LibraryFault::MissingDependency,
+         {Severity::Error, "library-missing-dependency",
+          subject + " cannot be loaded: it needs " + detail + ", which is not found.",
+          "Install the package that contains " + detail +
+              PLATFORM_WORDS.m_missingDependencyRepair}},
+        {LibraryFault::MissingSymbol,
+         {Severity::Error, "library-missing-symbol",
+          subject + " cannot be loaded: no library defines " + detail + ".",
+          PLATFORM_WORDS.m_missingSymbolRepair}},
+        {LibraryFault::Crashes,
+         {Severity::Error, "library-crashes",
+          subject + " ends the process that loads it, or takes too long to load.",
+          "Install its package again; if that does not help, report it to its maker."}},
+        {LibraryFault::NoEntryPoint,
+         {Severity::Error, "library-no-entry-point", subject + " exports none of " + detail + ".",
+          "Register the driver's setup library as Setup and the driver itself as Driver; the two "
+          "are different files."}},
+        {LibraryFault::CannotLoad,
+         {Severity::Error, "library-cannot-be-loaded",
+          subject + " cannot be loaded: " + detail + ".", PLATFORM_WORDS.m_loaderRepair}}};
+    return faults.at(in_probe.m_fault);
 }
 
 void ExamineLibrary(const std::string& in_driver, const std::string& in_entry,

@@ -131,8 +131,8 @@ private:
 }  // namespace
 
 std::string CommandLine::Get(OptionName in_option, const std::string& in_default) const {
-    const auto found = m_options.find(in_option.Get());
-    return found == m_options.end() || found->second.empty() ? in_default : found->second.front();
+    const std::vector<std::string> values = GetAll(in_option);
+    return values.empty() ? in_default : values.front();
 }
 
 std::vector<std::string> CommandLine::GetAll(OptionName in_option) const {
