@@ -6,7 +6,7 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
 #include "cli/dsn/Description.h"
-#include "cli/dsn/DsnChanger.h"
+#include "cli/dsn/DsnPlan.h"
 #include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Terminal.h"

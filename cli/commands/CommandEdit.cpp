@@ -3,7 +3,7 @@
 #include "VeltraneDialog/VeltraneDSNDialog.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/dsn/DsnChanger.h"
+#include "cli/dsn/DsnPlan.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {

@@ -2,7 +2,7 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/dsn/DsnChanger.h"
+#include "cli/dsn/DsnPlan.h"
 
 namespace Veltrane::Cli {
 

@@ -36,14 +36,9 @@ Descriptions ParseDescriptions(std::string_view in_text, DescriptionFormat in_fo
 
 std::string FormatDescriptions(const Descriptions& in_descriptions, DescriptionFormat in_format);
 
-// The formats.
-
+// The JSON of both.
 Descriptions ParseJson(std::string_view in_text, const std::string& in_source);
-Descriptions ParseIni(std::string_view in_text, const std::string& in_source,
-                      std::vector<std::string>& out_notes);
-
 std::string FormatJson(const Descriptions& in_descriptions);
-std::string FormatIni(const Descriptions& in_descriptions);
 
 /// Returns the text of "driver", "state", "pwd_env" or "pwd_file", in any case; else null.
 std::string* FindMember(std::string_view in_name, DsnDescription& io_description);

@@ -1,13 +1,16 @@
-/// The planned change of one DSN, made from its section and the wanted values before anything is
-/// written. Nothing here reads or writes a profile.
+/// The changes of DSNs. A plan is made from the section of a DSN and the wanted values; nothing is
+/// read or written for it. ChangeDsns plans all changes from one reading of their profile, and
+/// carries them out in one transaction. Used by one thread.
 #ifndef CLI_DSNPLAN_H
 #define CLI_DSNPLAN_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/dsn/DsnStore.h"
 #include "cli/dsn/Entries.h"
 
 namespace Veltrane::Cli {
@@ -62,6 +65,24 @@ std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsSh
 
 /// Returns "added", "changed", "removed" or "unchanged"; in a dry run "would be added" and so on.
 std::string DescribeAction(Action in_action, bool in_isDryRun);
+
+using DsnPlans = std::vector<DsnPlan>;
+
+/// Plans all changes of a run. Called again if the profile has changed meanwhile. An exception ends
+/// the run with nothing written.
+using DsnPlanner = std::function<DsnPlans(const ODBC::ProfileView&)>;
+
+/// Adds a plan made from the wish and the view, or the reason of a refusal.
+void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnPlans& io_plans);
+
+/// Checks the plans when they are made, and once more right before the write, with the profile
+/// locked. An exception ends the run.
+using DsnCheck = std::function<void(const DsnPlans&, bool in_isLocked)>;
+
+/// @return the plans that were carried out; in a dry run, the first ones
+/// @throws ODBC::ProfileError with path and reason if nothing could be written
+DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
+                    const DsnCheck& in_check = {});
 
 }  // namespace Veltrane::Cli
 
