@@ -20,15 +20,7 @@ struct MembersOnce : nlohmann::ordered_map<Key, Value, Compare, Allocator> {
     using Base = nlohmann::ordered_map<Key, Value, Compare, Allocator>;
     using Base::Base;
     Value& operator[](const Key& in_key) {
-        constexpr std::size_t FEW = 16;
-        bool isNew = this->size() < FEW && this->find(in_key) == this->end();
-        if (this->size() >= FEW) {
-            if (m_keys.empty()) {
-                for (const auto& member : *this) m_keys.insert(member.first);
-            }
-            isNew = m_keys.insert(in_key).second;
-        }
-        if (!isNew) throw RepeatedKey{in_key};
+        if (!m_keys.insert(in_key).second) throw RepeatedKey{in_key};
         return this->emplace_back(in_key, Value{}).second;
     }
 
