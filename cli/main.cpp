@@ -8,7 +8,7 @@
 #include "cli/commands/Report.h"
 #include "cli/line/CommandLine.h"
 #include "cli/system/CommandError.h"
-#include "cli/system/ProgramStart.h"
+#include "cli/system/Process.h"
 
 namespace {
 

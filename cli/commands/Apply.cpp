@@ -9,7 +9,7 @@
 #include "cli/dsn/DsnPlan.h"
 #include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
-#include "cli/system/Terminal.h"
+#include "cli/system/Process.h"
 
 namespace Veltrane::Cli {
 

@@ -2,7 +2,7 @@
 #include "cli/commands/Report.h"
 #include "cli/dsn/ConnectionString.h"
 #include "cli/system/Input.h"
-#include "cli/system/Terminal.h"
+#include "cli/system/Process.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {

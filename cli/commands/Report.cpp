@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "PlatformAbstraction/base/Environment.h"
-#include "cli/system/Terminal.h"
+#include "cli/system/Process.h"
 #include "cli/system/Words.h"
 
 namespace Veltrane::Cli {

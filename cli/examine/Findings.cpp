@@ -4,7 +4,7 @@
 
 #include "cli/examine/Findings.h"
 #include "cli/line/HelpText.h"
-#include "cli/system/Terminal.h"
+#include "cli/system/Process.h"
 
 namespace Veltrane::Cli {
 

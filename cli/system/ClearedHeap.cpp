@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "cli/system/ProgramStart.h"
+#include "cli/system/Process.h"
 
 // The forms for arrays call these.
 void* operator new(std::size_t in_size) {

@@ -1,4 +1,4 @@
-#include "cli/system/Terminal.h"
+#include "cli/system/Process.h"
 
 #include "PlatformAbstraction/base/Environment.h"
 #include "cli/system/CommandError.h"

@@ -1,11 +1,18 @@
-/// The terminal, and secrets from the environment, without buffers that keep them.
-#ifndef CLI_TERMINAL_H
-#define CLI_TERMINAL_H
+/// What the program has from its process: arguments, a terminal, variables and memory. No buffer
+/// here keeps a secret.
+#ifndef CLI_PROCESS_H
+#define CLI_PROCESS_H
 
 #include <string>
 #include <vector>
 
 namespace Veltrane::Cli {
+
+/// Returns the arguments after the program's name, in UTF-8. Output is UTF-8 from then on.
+std::vector<std::string> StartProgram(int in_count, char** in_arguments);
+
+/// Clears a block of malloc, including spare room that the heap has given it.
+void ClearBlock(void* out_block) noexcept;
 
 bool IsInputTerminal();
 /// True on a terminal that shows colour, unless NO_COLOR is set and not empty.

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <malloc.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -11,7 +12,7 @@
 #include "VeltraneDialog/Wipe.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Input.h"
-#include "cli/system/Terminal.h"
+#include "cli/system/Process.h"
 
 namespace Veltrane::Cli {
 
@@ -55,6 +56,14 @@ void WriteText(int in_handle, std::string_view in_text) {
 }
 
 }  // namespace
+
+std::vector<std::string> StartProgram(int in_count, char** in_arguments) {
+    return std::vector<std::string>(in_arguments + 1, in_arguments + in_count);
+}
+
+void ClearBlock(void* out_block) noexcept {
+    explicit_bzero(out_block, malloc_usable_size(out_block));
+}
 
 bool IsInputTerminal() { return isatty(STDIN_FILENO) != 0; }
 
