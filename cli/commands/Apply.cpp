@@ -58,16 +58,18 @@ DsnWish MakeWishFor(const DsnDescription& in_description, const CommandLine& in_
     return wish;
 }
 
-/// Removes the driver's DSNs that are not described.
-void PlanPruning(const std::vector<DsnWish>& in_wishes, const std::string& in_driver,
-                 const ODBC::ProfileView& in_view, DsnPlans& io_plans) {
+/// Returns the removals of the driver's DSNs that are not described.
+std::vector<DsnWish> FindPruned(const std::vector<DsnWish>& in_wishes, const std::string& in_driver,
+                                const ODBC::ProfileView& in_view) {
+    std::vector<DsnWish> pruned;
     std::unordered_set<std::string> described;
     for (const DsnWish& wish : in_wishes) described.insert(FoldName(wish.m_name));
     for (const std::string& dsn : GetDsnNames(in_view)) {
         const bool isOurs = IsSameName(in_view.Get(dsn, "Driver").value_or(""), in_driver);
         if (!isOurs || described.contains(FoldName(dsn))) continue;
-        AddPlan({.m_name = dsn, .m_driver = in_driver, .m_isAbsent = true}, in_view, io_plans);
+        pruned.push_back({.m_name = dsn, .m_driver = in_driver, .m_isAbsent = true});
     }
+    return pruned;
 }
 
 }  // namespace
@@ -88,18 +90,23 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     for (const DsnDescription& description : in_descriptions) {
         wishes.push_back(MakeWishFor(description, in_line));
     }
-    const auto plan = [&](const ODBC::ProfileView& in_view) {
+    const auto plan = [&](const PlanBasis& in_basis) {
         DsnPlans plans;
-        for (const DsnWish& wish : wishes) AddPlan(wish, in_view, plans);
-        if (in_line.Has("--prune")) PlanPruning(wishes, GetDriver(in_line), in_view, plans);
+        const auto add = [&](const DsnWish& in_wish) {
+            try {
+                if (!in_wish.m_failure.empty()) FailWith(in_wish.m_failure);
+                plans.push_back(PlanChange(in_wish, in_basis));
+            } catch (const std::exception& error) {
+                plans.push_back({.m_name = in_wish.m_name, .m_failure = error.what()});
+                if (!in_line.Has("--fail-fast")) return;
+                FailWith(in_wish.m_name + ": " + error.what() + " Nothing has been written.");
+            }
+        };
+        for (const DsnWish& wish : wishes) add(wish);
+        if (!in_line.Has("--prune")) return plans;
+        for (const DsnWish& wish : FindPruned(wishes, GetDriver(in_line), in_basis.m_view))
+            add(wish);
         return plans;
-    };
-    const auto check = [&](const DsnPlans& in_plans, bool in_isLocked) {
-        for (const DsnPlan& each : in_plans) {
-            if (each.m_failure.empty() || !in_line.Has("--fail-fast")) continue;
-            FailWith(each.m_name + ": " + each.m_failure + " Nothing has been written.");
-        }
-        s_isWriting = in_isLocked ? 1 : 0;
     };
     std::signal(SIGINT, Interrupt);
     const DsnStore store(GetScope(in_line));
@@ -107,7 +114,7 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
     for (const std::string& note : in_notes) report.AddNotice(note);
     DsnPlans results;
     try {
-        results = ChangeDsns(store, plan, in_line.Has("--dry-run"), check);
+        results = ChangeDsns(store, plan, in_line.Has("--dry-run"), [] { s_isWriting = 1; });
     } catch (const std::exception& error) {
         // Nothing is written. In JSON the reason is reported for each DSN.
         if (!in_line.Has("--json")) throw;

@@ -90,7 +90,7 @@ private:
 
     DsnPlans Change(const DsnWish& in_wish, bool in_isDryRun) const {
         DsnPlans results = ChangeDsns(
-            m_store, [&](const ODBC::ProfileView& in_view) { return Plan(in_wish, in_view); },
+            m_store, [&](const PlanBasis& in_basis) { return Plan(in_wish, in_basis); },
             in_isDryRun);
         for (const DsnPlan& result : results) {
             if (!result.m_failure.empty()) FailWith(result.m_failure);
@@ -117,14 +117,14 @@ private:
         return wish;
     }
 
-    DsnPlans Plan(const DsnWish& in_wish, const ODBC::ProfileView& in_view) const {
-        const std::optional<Entries> current = ReadDsn(in_view, in_wish.m_name);
+    DsnPlans Plan(const DsnWish& in_wish, const PlanBasis& in_basis) const {
+        const std::optional<Entries> current = ReadDsn(in_basis.m_view, in_wish.m_name);
         const bool isNew = !IsSameName(in_wish.m_name, m_name);
         if (isNew && current) throw DsnExists(m_store, in_wish.m_name);
         if (!isNew && !current) throw NoSuchDsn(m_store, m_name);
-        DsnPlans plans{MakePlan(in_wish, current)};
+        DsnPlans plans{PlanChange(in_wish, in_basis)};
         if (m_isOldRemoved) {
-            plans.push_back(MakePlan(MakeRemoval(m_name), ReadDsn(in_view, m_name)));
+            plans.push_back(PlanChange(MakeRemoval(m_name), in_basis));
         }
         return plans;
     }

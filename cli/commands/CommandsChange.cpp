@@ -27,13 +27,13 @@ ExitCode AddDsn(const CommandLine& in_line) {
     }
     DsnWish wish = MakeWish(in_line);
     wish.m_isReplaced = in_line.Has("--replace");
-    return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnPlans {
-        const std::optional<Entries> current = ReadDsn(in_view, wish.m_name);
+    return Change(in_line, [&](const PlanBasis& in_basis) -> DsnPlans {
+        const std::optional<Entries> current = ReadDsn(in_basis.m_view, wish.m_name);
         if (current && in_line.Has("--if-missing")) return {{.m_name = wish.m_name}};
         if (current && !wish.m_isReplaced) {
             throw DsnExists(DsnStore(GetScope(in_line)), wish.m_name);
         }
-        return {MakePlan(wish, current)};
+        return {PlanChange(wish, in_basis)};
     });
 }
 
@@ -43,25 +43,25 @@ ExitCode SetDsn(const CommandLine& in_line) {
     // Check this before asking the user for a password.
     if (!ReadDsn(store.Read(), dsn)) throw NoSuchDsn(store, dsn);
     const DsnWish wish = MakeWish(in_line);
-    return Change(in_line, [&](const ODBC::ProfileView& in_view) -> DsnPlans {
-        const std::optional<Entries> current = ReadDsn(in_view, dsn);
+    return Change(in_line, [&](const PlanBasis& in_basis) -> DsnPlans {
+        const std::optional<Entries> current = ReadDsn(in_basis.m_view, dsn);
         if (!current) throw NoSuchDsn(store, dsn);
-        return {MakePlan(wish, current)};
+        return {PlanChange(wish, in_basis)};
     });
 }
 
 ExitCode RemoveDsns(const CommandLine& in_line) {
-    return Change(in_line, [&](const ODBC::ProfileView& in_view) {
+    return Change(in_line, [&](const PlanBasis& in_basis) {
         DsnPlans plans;
         std::set<std::string> known;
         for (const std::string& dsn : in_line.m_arguments) {
             if (!known.insert(FoldName(dsn)).second) continue;
-            const std::optional<Entries> current = ReadDsn(in_view, dsn);
+            const std::optional<Entries> current = ReadDsn(in_basis.m_view, dsn);
             if (!current && !in_line.Has("--if-exists")) {
                 throw NoSuchDsn(DsnStore(GetScope(in_line)), dsn);
             }
             const DsnWish wish{.m_name = dsn, .m_driver = GetDriver(in_line), .m_isAbsent = true};
-            plans.push_back(MakePlan(wish, current));
+            plans.push_back(PlanChange(wish, in_basis));
         }
         return plans;
     });

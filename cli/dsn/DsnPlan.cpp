@@ -1,7 +1,6 @@
 #include "cli/dsn/DsnPlan.h"
 
 #include <algorithm>
-#include <map>
 
 #include "Setup/OdbcIniLine.h"
 #include "Setup/OdbcInstaller.h"
@@ -60,32 +59,19 @@ bool IsToDo(const DsnPlan& in_plan) {
     return in_plan.m_failure.empty() && in_plan.m_action != Action::None;
 }
 
-/// Returns why no DSN of a driver can be added; empty if one can.
-std::string WhyNotAdded(const DriverRegistry& in_registry, const std::string& in_driver) {
+/// Refuses a new DSN of a driver that is not registered. A stored one can stay.
+void CheckDriver(const DriverRegistry& in_registry, const std::string& in_driver) {
     const std::optional<Entries> entries = in_registry.Find(in_driver);
     const std::string subject = "The driver " + Quote(in_driver) + " ";
     if (!entries) {
-        return subject + "is not registered in " + in_registry.GetPath() +
-               ". Install it, or give the name of a registered one with --driver.";
+        FailWith(subject + "is not registered in " + in_registry.GetPath() +
+                 ". Install it, or give the name of a registered one with --driver.");
     }
-    if (!PLATFORM_WORDS.m_needsDriverLibrary || !GetLibraryEntry(*entries, "Driver").empty()) {
-        return {};
-    }
-    return subject + "has no Driver entry in " + in_registry.GetPath() +
-           ", and without one the installer adds no DSN. Install the driver, or add the entry: "
-           "veltrane-dsn driver register --replace --driver " +
-           Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + ".";
-}
-
-/// Refuses a new DSN of a driver that is not registered. A stored one can stay.
-void RefuseUnknownDrivers(DsnPlans& io_plans) {
-    const DriverRegistry registry;
-    std::map<std::string, std::string> known;
-    for (DsnPlan& plan : io_plans) {
-        if (!IsToDo(plan) || plan.m_action != Action::Add) continue;
-        const auto [entry, isNew] = known.try_emplace(plan.m_driver);
-        if (isNew) entry->second = WhyNotAdded(registry, plan.m_driver);
-        plan.m_failure = entry->second;
+    if (PLATFORM_WORDS.m_needsDriverLibrary && GetLibraryEntry(*entries, "Driver").empty()) {
+        FailWith(subject + "has no Driver entry in " + in_registry.GetPath() +
+                 ", and without one the installer adds no DSN. Install the driver, or add the "
+                 "entry: veltrane-dsn driver register --replace --driver " +
+                 Quote(in_driver) + " --library " + PLATFORM_WORDS.m_exampleDriver + ".");
     }
 }
 
@@ -184,40 +170,29 @@ std::string DescribeAction(Action in_action, bool in_isDryRun) {
     return std::string(isWished ? "would be " : "") + NAMES[static_cast<std::size_t>(in_action)];
 }
 
-void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnPlans& io_plans) {
-    try {
-        if (!in_wish.m_failure.empty()) FailWith(in_wish.m_failure);
-        io_plans.push_back(MakePlan(in_wish, ReadDsn(in_view, in_wish.m_name)));
-    } catch (const std::exception& error) {
-        io_plans.push_back({.m_name = in_wish.m_name, .m_failure = error.what()});
-    }
+DsnPlan PlanChange(const DsnWish& in_wish, const PlanBasis& in_basis) {
+    DsnPlan plan = MakePlan(in_wish, ReadDsn(in_basis.m_view, in_wish.m_name));
+    if (plan.m_action == Action::Add) CheckDriver(in_basis.m_registry, plan.m_driver);
+    return plan;
 }
 
 DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
-                    const DsnCheck& in_check) {
-    DsnPlans plans;
-    const auto plan = [&](const ODBC::ProfileView& in_view) {
-        plans = in_planner(in_view);
-        RefuseUnknownDrivers(plans);
-    };
-    const auto check = [&](bool in_isLocked) {
-        if (in_check) in_check(plans, in_isLocked);
-    };
+                    const std::function<void()>& in_beforeWrite) {
+    const DriverRegistry registry;
     // First without the lock: a run that changes nothing needs no right to write.
     const ODBC::ProfileView view = in_store.Read();
-    plan(view);
-    check(false);
-    if (in_isDryRun || std::none_of(plans.begin(), plans.end(), IsToDo)) return plans;
+    DsnPlans plans = in_planner({view, registry});
+    if (in_isDryRun || std::ranges::none_of(plans, IsToDo)) return plans;
     const auto write = [&](ODBC::ProfileChange& io_change) {
-        if (!io_change.GetView().IsSame(view)) plan(io_change.GetView());
-        check(true);
-        for (const DsnPlan& each : plans) {
-            if (IsToDo(each)) CarryOut(each, io_change);
+        if (!io_change.GetView().IsSame(view)) plans = in_planner({io_change.GetView(), registry});
+        in_beforeWrite();
+        for (const DsnPlan& plan : plans) {
+            if (IsToDo(plan)) CarryOut(plan, io_change);
         }
     };
     for (const auto& [dsn, reason] : in_store.Change(write)) {
-        for (DsnPlan& each : plans) {
-            if (each.m_name == dsn) each.m_failure = reason;
+        for (DsnPlan& plan : plans) {
+            if (plan.m_name == dsn) plan.m_failure = reason;
         }
     }
     return plans;

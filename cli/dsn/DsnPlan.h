@@ -66,23 +66,29 @@ std::vector<std::string> Difference(const DsnPlan& in_plan, bool in_areSecretsSh
 /// Returns "added", "changed", "removed" or "unchanged"; in a dry run "would be added" and so on.
 std::string DescribeAction(Action in_action, bool in_isDryRun);
 
+class DriverRegistry;
+
+/// What plans are made from.
+struct PlanBasis {
+    const ODBC::ProfileView& m_view;
+    const DriverRegistry& m_registry;
+};
+
+/// As MakePlan, for the DSN in the view. The driver of a new DSN has to be registered.
+DsnPlan PlanChange(const DsnWish& in_wish, const PlanBasis& in_basis);
+
 using DsnPlans = std::vector<DsnPlan>;
 
 /// Plans all changes of a run. Called again if the profile has changed meanwhile. An exception ends
 /// the run with nothing written.
-using DsnPlanner = std::function<DsnPlans(const ODBC::ProfileView&)>;
+using DsnPlanner = std::function<DsnPlans(const PlanBasis&)>;
 
-/// Adds a plan made from the wish and the view, or the reason of a refusal.
-void AddPlan(const DsnWish& in_wish, const ODBC::ProfileView& in_view, DsnPlans& io_plans);
-
-/// Checks the plans when they are made, and once more right before the write, with the profile
-/// locked. An exception ends the run.
-using DsnCheck = std::function<void(const DsnPlans&, bool in_isLocked)>;
-
+/// @param in_beforeWrite  is called with the profile locked
 /// @return the plans that were carried out; in a dry run, the first ones
 /// @throws ODBC::ProfileError with path and reason if nothing could be written
-DsnPlans ChangeDsns(const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
-                    const DsnCheck& in_check = {});
+DsnPlans ChangeDsns(
+    const DsnStore& in_store, const DsnPlanner& in_planner, bool in_isDryRun,
+    const std::function<void()>& in_beforeWrite = [] {});
 
 }  // namespace Veltrane::Cli
 
