@@ -1,7 +1,6 @@
 #include "cli/examine/ApartWork.h"
 
 #include "cli/examine/ApartProcess.h"
-#include "cli/examine/LibraryProbe.h"
 #include "cli/examine/OdbcCalls.h"
 #include "cli/examine/OdbcPlatform.h"
 #include "cli/system/Words.h"

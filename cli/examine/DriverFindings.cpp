@@ -3,7 +3,6 @@
 #include "cli/dsn/DriverRegistry.h"
 #include "cli/examine/ApartWork.h"
 #include "cli/examine/Findings.h"
-#include "cli/examine/LibraryProbe.h"
 #include "cli/line/CommandTable.h"
 #include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"

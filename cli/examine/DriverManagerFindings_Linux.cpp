@@ -8,8 +8,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "cli/examine/ApartWork.h"
 #include "cli/examine/Findings.h"
-#include "cli/examine/LibraryProbe.h"
 
 namespace Veltrane::Cli {
 

@@ -1,8 +1,8 @@
 /// veltrane-dsn-generate: prints the man page, made from the table of commands. Only for the build.
 #include <iostream>
 
+#include "cli/line/CommandTable.h"
 #include "cli/line/HelpText.h"
-#include "cli/line/OptionTable.h"
 
 namespace Veltrane::Cli {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/line/OptionTable.h"
+#include "cli/line/CommandTable.h"
 
 namespace Veltrane::Cli {
 

@@ -1,7 +1,5 @@
 #include "cli/line/CommandTable.h"
 
-#include "cli/line/OptionTable.h"
-
 namespace Veltrane::Cli {
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "PlatformAbstraction/base/Ascii.h"
 #include "PlatformAbstraction/base/SystemError.h"
-#include "cli/examine/LibraryProbe.h"
+#include "cli/examine/ApartWork.h"
 #include "cli/system/Input.h"
 
 namespace Veltrane::Cli {

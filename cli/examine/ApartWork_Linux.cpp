@@ -11,8 +11,8 @@
 
 #include "PlatformAbstraction/base/SystemError.h"
 #include "Setup/SystemCalls.h"
+#include "cli/examine/ApartWork.h"
 #include "cli/examine/Findings.h"
-#include "cli/examine/LibraryProbe.h"
 
 namespace Veltrane::Cli {
 
