@@ -23,12 +23,14 @@ constexpr std::size_t USUAL_ATTRIBUTE = 256;
 /// @return false when the call fails
 template <typename Call>
 bool ReadBytes(const Call& in_call, std::string& out_bytes) {
-    ssize_t size = -1;
-    for (const std::size_t room : {USUAL_ATTRIBUTE, MAX_ATTRIBUTE}) {
-        out_bytes.resize(room);
-        size = in_call(out_bytes.data(), room);
-        if (size >= 0 || errno != ERANGE) break;
+    char usual[USUAL_ATTRIBUTE];
+    ssize_t size = in_call(usual, sizeof usual);
+    if (size >= 0) {
+        out_bytes.assign(usual, static_cast<std::size_t>(size));
+        return true;
     }
+    out_bytes.resize(errno == ERANGE ? MAX_ATTRIBUTE : 0);
+    if (!out_bytes.empty()) size = in_call(out_bytes.data(), out_bytes.size());
     out_bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
     return size >= 0;
 }

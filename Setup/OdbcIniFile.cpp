@@ -108,7 +108,9 @@ struct Remover {
 };
 
 std::string TemporaryPrefix(const std::string& in_name) {
-    return in_name.substr(0, MAX_NAME_PART) + TEMPORARY_MARK;
+    std::string prefix;
+    prefix.reserve(in_name.size() + sizeof TEMPORARY_MARK + RANDOM_DIGITS);
+    return prefix.append(in_name, 0, MAX_NAME_PART).append(TEMPORARY_MARK);
 }
 
 std::string TemporaryName(const std::string& in_name, std::uint64_t in_random) {

@@ -93,8 +93,6 @@ bool IsReadBackWhole(std::string_view in_key, std::string_view in_value, Rules i
 
 }  // namespace
 
-bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
-
 std::string_view Seen(std::string_view in_piece, Rules in_rules) {
     in_piece = in_piece.substr(0, in_piece.find('\0'));
     return in_rules == Rules::IODBC ? in_piece.substr(0, in_piece.find_first_of(LineEnds(in_rules)))

@@ -23,7 +23,7 @@ enum class Rules { FIRST_FILE, APPENDED_FILE, IODBC };
 constexpr std::string_view LineEnds(Rules in_rules) {
     return in_rules == Rules::IODBC ? "\n\r\x1A" : "\n";
 }
-bool IsComment(char in_char);
+constexpr bool IsComment(char in_char) { return in_char == '#' || in_char == ';'; }
 /// Returns the part of a piece that the reader sees.
 std::string_view Seen(std::string_view in_piece, Rules in_rules);
 std::string_view HeaderName(std::string_view in_piece);

@@ -121,13 +121,14 @@ void OdbcIniText::StartIndex() const {
 }
 
 /// Splits a section off the run that it is in.
-std::uint32_t OdbcIniText::TakeFromRun(std::size_t in_begin) const {
+/// @param in_hash  of its name
+std::uint32_t OdbcIniText::TakeFromRun(std::size_t in_begin, std::uint32_t in_hash) const {
     auto i = static_cast<std::uint32_t>(m_blocks.size()) - 1;
     while (m_blocks[i].m_begin > in_begin) --i;
     const std::size_t end = Pieces().FindHeader(Pieces().EndOf(in_begin), m_rules);
     if (end < RangeOf(i).m_end) m_blocks.insert(m_blocks.begin() + i + 1, {end, 0, NONE, true});
     if (m_blocks[i].m_begin < in_begin) m_blocks.insert(m_blocks.begin() + ++i, Block{});
-    m_blocks[i] = {in_begin, HashName(HeaderName(Pieces().Get(in_begin)))};
+    m_blocks[i] = {in_begin, in_hash};
     return i;
 }
 
@@ -196,7 +197,7 @@ std::uint32_t OdbcIniText::FindNext(std::uint32_t in_block, std::string_view in_
         return NONE;
     }
     search.m_end = Pieces().EndOf(found);
-    return TakeFromRun(found);
+    return TakeFromRun(found, hash);
 }
 
 /// Returns the first section of that name that was not removed; NONE when there is none.
@@ -348,7 +349,7 @@ OdbcIniText::Body& OdbcIniText::Edit(std::uint32_t in_block) {
         at = next;
     }
     Line& header = body->m_lines.front();
-    header.m_key = NameOf(m_blocks[in_block]);
+    header.m_key = HeaderName(Seen(header.m_text, m_rules));
     header.m_isKey = false;
     m_blocks[in_block].m_body = static_cast<std::uint32_t>(m_bodies.size());
     return *m_bodies.emplace_back(std::move(body));

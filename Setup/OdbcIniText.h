@@ -109,7 +109,7 @@ private:
 
     void StartIndex() const;
     void MakeIndex() const;
-    std::uint32_t TakeFromRun(std::size_t in_begin) const;
+    std::uint32_t TakeFromRun(std::size_t in_begin, std::uint32_t in_hash) const;
     Search* SearchFor(std::string_view in_section) const;
     void FillSlots() const;
     void AddToSlots(std::uint32_t in_block) const;

@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Veltrane::ODBC {
@@ -21,24 +22,30 @@ public:
     std::string_view Keep(std::initializer_list<std::string_view> in_parts) {
         std::size_t size = 0;
         for (const std::string_view part : in_parts) size += part.size();
-        if (m_blocks.empty() || m_blocks.back().size() - m_used < size) {
-            m_blocks.emplace_back(std::max(size, BLOCK_SIZE), '\0');
+        if (m_block.size() - m_used < size) {
+            if (m_used > 0) m_full.push_back(std::move(m_block));
+            m_block = std::string(std::max(size, BLOCK_SIZE), '\0');
             m_used = 0;
         }
-        char* const text = m_blocks.back().data() + m_used;
+        char* const text = m_block.data() + m_used;
         char* end = text;
         for (const std::string_view part : in_parts) end = std::copy(part.begin(), part.end(), end);
         m_used += size;
         return {text, size};
     }
-    void Clear() noexcept { m_blocks.clear(); }
+    void Clear() noexcept {
+        m_full.clear();
+        m_block = {};
+        m_used = 0;
+    }
 
 private:
     static constexpr std::size_t BLOCK_SIZE = 1024;
 
-    /// Too long for the strings' own buffers, so their texts do not move with them.
-    std::vector<std::string> m_blocks;
-    std::size_t m_used = 0;  ///< of the last block
+    /// Too long for a string's own buffer, so the texts stay where they are when it is moved.
+    std::string m_block;
+    std::size_t m_used = 0;
+    std::vector<std::string> m_full;
 };
 
 }  // namespace Veltrane::ODBC
