@@ -27,7 +27,9 @@ using Support::GetAnsiEncoding;
 using Support::GetDriverManagerEncoding;
 using Support::orska_wstring;
 using Support::OrskaSettingReader;
-using namespace Test;
+using Test::SetVariable;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 

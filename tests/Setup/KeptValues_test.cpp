@@ -17,7 +17,9 @@ namespace Veltrane::ODBC {
 namespace {
 
 using Orska::Support::orska_wstring;
-using namespace Test;
+using Test::IniScratch;
+using Test::InNewProcess;
+using Test::Installer;
 
 const std::array<std::string, 6> KEYS = {"Server", "Namespace", "LoginMode",
                                          "UID",    "PWD",       "Database"};

@@ -28,7 +28,9 @@
 namespace Veltrane::ODBC {
 namespace {
 
-using namespace Test;
+using Test::IniScratch;
+using Test::InNewProcess;
+using Test::s_systemCalls;
 
 constexpr char OLD[] = "# old\n[A]\nk=v\n";
 constexpr char OTHER[] = "# new\n[B]\nk=v\n";

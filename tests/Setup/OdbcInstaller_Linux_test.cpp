@@ -35,7 +35,9 @@ namespace Veltrane::ODBC {
 namespace {
 
 using namespace OdbcInstaller;
-using namespace Test;
+using Test::IniScratch;
+using Test::InNewProcess;
+using Test::InstallerStage;
 
 using Errors = std::vector<std::pair<unsigned long, std::string>>;
 

@@ -13,7 +13,11 @@ namespace Veltrane::ODBC {
 namespace {
 
 using namespace std::string_literals;
-using namespace Veltrane::Test;
+using Veltrane::Test::InstallerStage;
+using Veltrane::Test::Keys;
+using Veltrane::Test::MakeDialogValues;
+using Veltrane::Test::Profile;
+using Veltrane::Test::s_editor;
 
 using Posted = std::vector<std::pair<unsigned long, std::string>>;
 

@@ -15,7 +15,9 @@ namespace {
 using Orska::Support::orska_wstring;
 using testing::HasSubstr;
 using testing::Not;
-using namespace Veltrane::Test;
+using Veltrane::Test::InstallerStage;
+using Veltrane::Test::MakeDialogValues;
+using Veltrane::Test::s_editor;
 using namespace std::string_literals;
 
 /// Returns the trace that requests write to standard error at a level.

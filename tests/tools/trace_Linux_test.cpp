@@ -21,7 +21,9 @@
 namespace {
 
 using namespace Orska;
-using namespace Orska::Test;
+using Orska::Test::TraceCapture;
+using Orska::Test::TraceOnStandardError;
+using Orska::Test::TraceSetting;
 
 TEST(trace, APipeWithoutAReaderMeansStandardError) {
     const std::string fifo = testing::TempDir() + "orska_pipe" + std::to_string(getpid());

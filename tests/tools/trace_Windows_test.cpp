@@ -14,7 +14,9 @@
 namespace {
 
 using namespace Orska;
-using namespace Orska::Test;
+using Orska::Test::TraceCapture;
+using Orska::Test::TraceOnStandardError;
+using Orska::Test::TraceSetting;
 
 TEST(trace, ANameThatNoCodePageHasComesFromTheSystem) {
     const std::filesystem::path file =

@@ -18,7 +18,9 @@
 namespace {
 
 using namespace Orska;
-using namespace Orska::Test;
+using Orska::Test::TraceCapture;
+using Orska::Test::TraceOnStandardError;
+using Orska::Test::TraceSetting;
 
 TEST(trace, WritesLevelsUpToItsOwn) {
     const char* const most = "99999999999999999999";

@@ -14,7 +14,10 @@
 namespace Orska::Support {
 namespace {
 
-using namespace Test;
+using Test::SetLocale;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::TURKISH;
 
 int Find(const std::string& in_name) { return static_cast<int>(ICUUtils::FindEncoding(in_name)); }
 

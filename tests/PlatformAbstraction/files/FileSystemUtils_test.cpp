@@ -14,7 +14,15 @@
 namespace Orska::Support {
 namespace {
 
-using namespace Test;
+using Test::GetProgramDirectory;
+using Test::GetTemporaryDirectories;
+using Test::IS_SLASH_ABSOLUTE;
+using Test::LONGEST_TEMPORARY_DIRECTORY;
+using Test::SetVariable;
+using Test::SYSTEM_ERRORS;
+using Test::TEMPORARY_DIRECTORY_VARIABLE;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
 
 TEST(FileSystemUtils, CreatesTheDirectoryOfAFile) {
     struct Case {

@@ -57,7 +57,12 @@ extern "C" ssize_t write(int in_file, const void* in_bytes, std::size_t in_count
 namespace Orska::Support {
 namespace {
 
-using namespace Test;
+using Test::IsByteFree;
+using Test::MakeSection;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::ToText;
+using Test::TraceCapture;
 
 class TextFileFailures : public testing::Test {
 protected:

@@ -16,7 +16,9 @@
 namespace Orska::Support {
 namespace {
 
-using namespace Test;
+using Test::IsByteFree;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
 
 TEST(TextFile, RefusesEverythingButFiles) {
     const TemporaryDirectory directory;

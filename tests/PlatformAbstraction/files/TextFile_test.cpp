@@ -17,7 +17,11 @@
 namespace Orska::Support {
 namespace {
 
-using namespace Test;
+using Test::IsByteFree;
+using Test::RunInProcesses;
+using Test::SYSTEM_ERRORS;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
 
 std::string CannotOpen(const std::string& in_path, std::uint32_t in_error) {
     return "CannotOpenFile(" + in_path + ", " + GetLastErrorText(in_error).GetAsUtf8() + ")";

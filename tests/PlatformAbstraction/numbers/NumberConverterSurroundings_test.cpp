@@ -22,7 +22,9 @@ namespace Orska::Support {
 
 namespace {
 
-using namespace Test;
+using Test::GERMAN;
+using Test::SetLocale;
+using Test::TemporaryDirectory;
 
 TEST(NumberConverter, AllocatesNothing) {
     const std::string digits = "12";

@@ -15,7 +15,12 @@
 namespace Orska::Support {
 namespace {
 
-using namespace Test;
+using Test::GetProgramDirectory;
+using Test::MakeSection;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::ToText;
+using Test::TraceCapture;
 
 // A fuzzer compares sections whose names are upper case in the file and in the call.
 TEST(IniFileConfigurationReader, LoadsOneSection) {

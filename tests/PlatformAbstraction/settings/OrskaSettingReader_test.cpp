@@ -24,7 +24,10 @@ namespace {
 
 using namespace std::string_literals;
 using Reader = OrskaSettingReader;
-using namespace Test;
+using Test::SetVariable;
+using Test::TEMPORARY_DIRECTORY_VARIABLE;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
 using testing::ElementsAre;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;

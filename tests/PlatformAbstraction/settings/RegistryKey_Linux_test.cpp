@@ -37,7 +37,11 @@ namespace Orska::Support {
 namespace {
 
 using namespace std::string_literals;
-using namespace Test;
+using Test::RunInProcesses;
+using Test::TemporaryDirectory;
+using Test::ThrownMessage;
+using Test::ToText;
+using Test::TraceCapture;
 using testing::HasSubstr;
 
 constexpr RegistryKey::Root USER = RegistryKey::Root::CURRENT_USER;
