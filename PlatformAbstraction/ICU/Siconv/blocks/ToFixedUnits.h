@@ -25,19 +25,19 @@ struct FixedUnits {
         const auto at = V::Load(in_from);
         auto low = at;
         auto high = V::Zero();
-        if constexpr (UNIT == 1) {
-            const auto bytes =
-                Set::template Map<V>(low, high)
-                    ? V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero()))
-                    : at;
-            V::Store(out_to, bytes);
-            return;
-        }
         if (!Set::template Map<V>(low, high)) {
-            V::template WriteWide16<IS_BIG>(out_to, at);
+            if constexpr (UNIT == 1) {
+                V::Store(out_to, at);
+            } else {
+                V::template WriteWide16<IS_BIG>(out_to, at);
+            }
             return;
         }
-        V::template WriteUnits16<IS_BIG>(out_to, low, high);
+        if constexpr (UNIT == 1) {
+            V::Store(out_to, V::Select(V::template All8<0x1A>(), at, V::Equal8(high, V::Zero())));
+        } else {
+            V::template WriteUnits16<IS_BIG>(out_to, low, high);
+        }
     }
 };
 
