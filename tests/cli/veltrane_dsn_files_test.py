@@ -330,8 +330,6 @@ class TextsTest(ToolTest):
             self.assertIn(f".SS veltrane-dsn {command}", manual)
             for option in options - {"--help"}:
                 self.assertIn(option, manual)
-
-    def test_groff_takes_the_manual(self):
         if shutil.which("groff"):
             result = subprocess.run(["groff", "-man", "-Tutf8", "-ww", os.environ["MANUAL"]], text=True,
                                     capture_output=True, check=True)

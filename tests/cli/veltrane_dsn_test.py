@@ -73,13 +73,6 @@ class ChangeTest(ToolTest):
             self.assert_refused(f'There is no DSN "no" in {self.user}.\n', *command, code=3)
         self.run_tool("remove", "no", "--if-exists")
 
-    def test_a_dry_run_shows_the_difference_and_writes_nothing(self):
-        self.add_sales("--uid", "anna")
-        before = self.dsns()
-        output, _ = self.run_tool("set", "sales", "--server", "x", "--unset", "UID", "-p", "A=", "-n")
-        self.assertEqual(output, "sales: would be changed\n-Server=db\n+Server=x\n-UID=anna\n+A=\n")
-        self.assertEqual(self.dsns(), before)
-
     def test_a_new_dsn_needs_a_registered_driver(self):
         _, errors = self.add_sales("--driver", "Nobody", code=1)
         self.assertIn(f'"Nobody" is not registered in {self.stage.places["drivers"]}.', errors)
