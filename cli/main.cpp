@@ -6,8 +6,6 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/line/CommandLine.h"
-#include "cli/system/CommandError.h"
 #include "cli/system/Process.h"
 
 namespace {

@@ -5,8 +5,6 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/dsn/Description.h"
-#include "cli/dsn/DsnPlan.h"
 #include "cli/system/Input.h"
 #include "cli/system/PlatformWords.h"
 #include "cli/system/Process.h"

@@ -3,7 +3,6 @@
 #define CLI_COMMANDS_H
 
 #include "cli/dsn/Description.h"
-#include "cli/dsn/DsnStore.h"
 #include "cli/line/CommandLine.h"
 #include "cli/system/CommandError.h"
 

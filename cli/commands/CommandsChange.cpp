@@ -2,7 +2,6 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/dsn/DsnPlan.h"
 
 namespace Veltrane::Cli {
 

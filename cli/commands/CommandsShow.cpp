@@ -3,7 +3,6 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/Report.h"
-#include "cli/dsn/Description.h"
 #include "cli/examine/Findings.h"
 #include "cli/system/Words.h"
 

@@ -60,15 +60,6 @@ void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
     }
 }
 
-void CheckUnset(const std::string& in_key) {
-    const std::string reason = WhyNoKey(in_key);
-    if (!reason.empty()) Refuse("--unset: " + in_key + " cannot be removed: " + reason + ".");
-    const ODBC::DialogField* const field = FindField(in_key);
-    if (field != nullptr && field->m_isRequired) {
-        Refuse("--unset: a DSN cannot do without " + CanonicalKey(in_key) + ".");
-    }
-}
-
 void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
     for (const std::string& property : in_line.GetAll("--property")) {
         const std::size_t equals = property.find('=');
@@ -78,7 +69,13 @@ void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
         SetKey(property.substr(0, equals), property.substr(equals + 1), "-p", in_line, io_wish);
     }
     io_wish.m_unset = in_line.GetAll("--unset");
-    for (const std::string& key : io_wish.m_unset) CheckUnset(key);
+    for (const std::string& key : io_wish.m_unset) {
+        const std::string reason = WhyNoKey(key);
+        if (!reason.empty()) Refuse("--unset: " + key + " cannot be removed: " + reason + ".");
+        const ODBC::DialogField* const field = FindField(key);
+        if (field == nullptr || !field->m_isRequired) continue;
+        Refuse("--unset: a DSN cannot do without " + CanonicalKey(key) + ".");
+    }
 }
 
 void CheckComplete(const DsnWish& in_wish) {
@@ -108,13 +105,6 @@ void CheckValues(const CommandLine& in_line, const DsnWish& in_wish) {
     }
 }
 
-/// A new password is asked for twice.
-std::string Ask(const CommandLine& in_line) {
-    const std::string question = "Password of the DSN " + Quote(in_line.m_arguments.front()) + ": ";
-    if (in_line.m_command != CommandId::Test) return AskForPassword(question);
-    return AskSecretly({question}).front();
-}
-
 std::string ReadPassword(const CommandLine& in_line, OptionName in_source) {
     if (in_source == "--pwd-stdin" && !IsInputTerminal()) return ReadFirstLine({});
     if (in_source == "--pwd-file") {
@@ -128,7 +118,10 @@ std::string ReadPassword(const CommandLine& in_line, OptionName in_source) {
         RemoveSecret(name);
         return password;
     }
-    return Ask(in_line);
+    const std::string question = "Password of the DSN " + Quote(in_line.m_arguments.front()) + ": ";
+    // A new password is asked for twice.
+    if (in_line.m_command != CommandId::Test) return AskForPassword(question);
+    return AskSecretly({question}).front();
 }
 
 }  // namespace

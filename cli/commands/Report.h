@@ -8,7 +8,6 @@
 #include <string>
 
 #include "cli/dsn/DsnPlan.h"
-#include "cli/dsn/DsnStore.h"
 #include "cli/line/CommandLine.h"
 #include "cli/system/CommandError.h"
 

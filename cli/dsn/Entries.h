@@ -25,8 +25,7 @@ using Orska::Support::FoldCase;
 
 class Entries {
 public:
-    Entries() = default;
-    Entries(std::initializer_list<Entry> in_entries) : m_entries(in_entries) {}
+    Entries(std::initializer_list<Entry> in_entries = {}) : m_entries(in_entries) {}
     /// If a key occurs twice, the first line counts, as for the driver manager. Later lines are
     /// only noted as repeated.
     explicit Entries(const std::vector<Entry>& in_lines);

@@ -58,12 +58,6 @@ constexpr Defect DEFECTS[] = {
      "Where a program shows such a value wrongly, choose one in ASCII."},
 };
 
-bool Applies(const Defect& in_defect, const std::string& in_version) {
-    const char* const version = in_version.c_str();
-    return strverscmp(version, in_defect.m_first) >= 0 &&
-           (in_defect.m_last == nullptr || strverscmp(version, in_defect.m_last) <= 0);
-}
-
 }  // namespace
 
 std::string FindInstallerLibrary() {
@@ -82,9 +76,10 @@ void ExamineDriverManager(Findings& io_findings) {
                            "The driver manager is unixODBC " +
                                (version.empty() ? "of an unknown version" : version) + ", " +
                                library + "."});
-    for (const Defect& defect : DEFECTS) {
-        if (!Applies(defect, version)) continue;
-        io_findings.push_back({Severity::Note, defect.m_id, defect.m_text, defect.m_repair});
+    for (const auto& [first, last, id, text, repair] : DEFECTS) {
+        const bool isMended = last != nullptr && strverscmp(version.c_str(), last) > 0;
+        if (isMended || strverscmp(version.c_str(), first) < 0) continue;
+        io_findings.push_back({Severity::Note, id, text, repair});
     }
     if (ProbeLibrary("libiodbcinst.so.2", {}).m_fault == LibraryFault::None) {
         io_findings.push_back(

@@ -10,10 +10,9 @@ namespace Veltrane::Cli {
 
 namespace {
 
-std::string GetName(Severity in_severity) {
-    constexpr const char* NAMES[] = {"error", "warning", "note"};
-    return NAMES[static_cast<std::size_t>(in_severity)];
-}
+/// A word and a colour for each severity.
+constexpr std::pair<const char*, const char*> SEVERITIES[] = {
+    {"error", "\x1B[31m"}, {"warning", "\x1B[33m"}, {"note", "\x1B[36m"}};
 
 }  // namespace
 
@@ -24,7 +23,7 @@ bool HasError(const Findings& in_findings) {
 nlohmann::ordered_json ToJson(const Findings& in_findings) {
     auto list = nlohmann::ordered_json::array();
     for (const Finding& finding : in_findings) {
-        list.push_back({{"severity", GetName(finding.m_severity)},
+        list.push_back({{"severity", SEVERITIES[static_cast<int>(finding.m_severity)].first},
                         {"id", finding.m_id},
                         {"text", finding.m_text},
                         {"repair", finding.m_repair}});
@@ -33,15 +32,11 @@ nlohmann::ordered_json ToJson(const Findings& in_findings) {
 }
 
 void PrintFindings(const Findings& in_findings) {
-    constexpr const char* COLOURS[] = {"\x1B[31m", "\x1B[33m", "\x1B[36m"};
     const bool isColoured = IsOutputColoured();
     for (const Finding& finding : in_findings) {
-        const std::string name = GetName(finding.m_severity);
-        std::string text = Wrap(name + ": " + finding.m_text, 0);
-        if (isColoured) {
-            text.insert(name.size(), "\x1B[0m");
-            text.insert(0, COLOURS[static_cast<std::size_t>(finding.m_severity)]);
-        }
+        const auto& [name, colour] = SEVERITIES[static_cast<int>(finding.m_severity)];
+        std::string text = Wrap(std::string(name) + ": " + finding.m_text, 0);
+        if (isColoured) text.insert(text.find(':'), "\x1B[0m").insert(0, colour);
         std::cout << text << Wrap("Repair: " + finding.m_repair, 4);
     }
 }
