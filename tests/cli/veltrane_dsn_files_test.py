@@ -176,6 +176,8 @@ class KillsTest(ToolTest):
             memory = memory_at_end(*self.stage.prepare([*command, self.write_file("password", text)]))
             self.assertIn(command[0].encode(), memory)
             self.assertFalse(b"hunter2" in memory, text)
+        program, environment = self.stage.prepare([*add, "--pwd-env", "SECRET"])
+        self.assertFalse(b"hunter2" in memory_at_end(program, {**environment, "SECRET": "hunter2"}))
 
     def test_a_kill_at_any_system_call_leaves_the_old_file_or_the_new_one(self):
         before = "# ours\n[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\nHint=1\n\n[gone]\nDriver=Veltrane\n"
@@ -302,6 +304,7 @@ class FileFindingsTest(ToolTest):
         os.chmod(self.user, 0o644)
         self.assertEqual(self.run_tool("apply", "-", **secret)[1], "")  # nothing new
         self.assertEqual(self.run_tool("set", "sales", "--pwd-stdin", "-n", stdin="x")[1], "")
+        self.assertEqual(self.run_tool("set", "sales", "--uid", "u")[1], "")
         self.assertIn(self.user + warning, self.run_tool("set", "sales", "--pwd-stdin", stdin="x")[1])
         self.assertIn(self.stage.places["system"] + warning,
                       self.run_json("apply", "-", "--system", **secret)["warnings"][0])
