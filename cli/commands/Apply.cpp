@@ -94,7 +94,8 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
             try {
                 if (!in_wish.m_failure.empty()) FailWith(in_wish.m_failure);
                 plans.push_back(PlanChange(in_wish, in_basis));
-            } catch (const std::exception& error) {
+            } catch (const CommandError& error) {
+                // Only a refusal is one of this DSN: an unreadable odbcinst.ini ends the run.
                 plans.push_back({.m_name = in_wish.m_name, .m_failure = error.what()});
                 if (!in_line.Has("--fail-fast")) return;
                 FailWith(in_wish.m_name + ": " + error.what() + " Nothing has been written.");
@@ -102,8 +103,9 @@ ExitCode ApplyThese(const CommandLine& in_line, const std::vector<DsnDescription
         };
         for (const DsnWish& wish : wishes) add(wish);
         if (!in_line.Has("--prune")) return plans;
-        for (const DsnWish& wish : FindPruned(wishes, GetDriver(in_line), in_basis.m_view))
+        for (const DsnWish& wish : FindPruned(wishes, GetDriver(in_line), in_basis.m_view)) {
             add(wish);
+        }
         return plans;
     };
     std::signal(SIGINT, Interrupt);

@@ -295,6 +295,9 @@ class FileFindingsTest(ToolTest):
         self.assertIn(record, self.findings()["change-interrupted"])
         self.write_file("user.ini", "text\n")
         self.assertIn("before the first section", self.findings()["file-unreadable"])
+        self.write_file("user.ini", "[sales]\nDriver=Veltrane\n")
+        self.assert_refused("dsn: " + self.write_file("odbcinst.ini", "text\n"), "apply", "-", code=1,
+                            stdin='[{"name": "sales", "state": "absent"}, {"name": "new", "values": {"Server": "s", "Database": "d"}}]')
 
     def test_warns_of_a_password_that_others_can_read(self):
         secret = {"stdin": json.dumps([{"name": "sales", "values": {"Server": "s", "Database": "d",
