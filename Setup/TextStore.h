@@ -23,8 +23,9 @@ public:
         std::size_t size = 0;
         for (const std::string_view part : in_parts) size += part.size();
         if (m_block.size() - m_used < size) {
+            std::string block(std::max(size, BLOCK_SIZE), '\0');
             if (m_used > 0) m_full.push_back(std::move(m_block));
-            m_block = std::string(std::max(size, BLOCK_SIZE), '\0');
+            m_block = std::move(block);
             m_used = 0;
         }
         char* const text = m_block.data() + m_used;
