@@ -20,7 +20,14 @@ struct MembersOnce : nlohmann::ordered_map<Key, Value, Compare, Allocator> {
     using Base = nlohmann::ordered_map<Key, Value, Compare, Allocator>;
     using Base::Base;
     Value& operator[](const Key& in_key) {
-        if (!m_keys.insert(in_key).second) throw RepeatedKey{in_key};
+        constexpr std::size_t FEW = 16;
+        const bool isSearched = this->size() < FEW;
+        for (std::size_t i = m_keys.size(); !isSearched && i < this->size(); ++i) {
+            m_keys.insert(this->data()[i].first);
+        }
+        const bool isKnown =
+            isSearched ? this->find(in_key) != this->end() : m_keys.contains(in_key);
+        if (isKnown) throw RepeatedKey{in_key};
         return this->emplace_back(in_key, Value{}).second;
     }
 
