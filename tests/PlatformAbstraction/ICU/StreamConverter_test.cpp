@@ -70,6 +70,7 @@ void ConvertTarget(StreamConverter& io_converter, std::uint64_t in_size, bool in
                                            target.begin() + static_cast<std::ptrdiff_t>(touched),
                                            target.end(), GUARD_BYTE)));
     ASSERT_TRUE(io_converter.IsTargetFilled() || !io_converter.HasDataRemaining());
+    ASSERT_TRUE(in_isWithNul || io_converter.IsTargetFilled() == (written == in_size));
     out_text.append(target.data(), written);
 }
 

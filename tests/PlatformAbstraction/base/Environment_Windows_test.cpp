@@ -16,6 +16,8 @@ TEST(Environment, IsTheSystemsCurrentValue) {
     EXPECT_EQ(GetEnvironment("ORSKA_APP_ANSI_ENCODING")->size(), 300u);
     SetEnvironmentVariableW(L"ORSKA_APP_ANSI_ENCODING", nullptr);
     EXPECT_EQ(GetEnvironment("ORSKA_APP_ANSI_ENCODING"), std::nullopt);
+    SetEnvironmentVariableW(L"ORSKA_\x65E5", L"x");
+    EXPECT_EQ(GetEnvironment("ORSKA_\u65E5"), "x");
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ TEST(IniFileConfigurationReader, LoadsOneSection) {
     const std::string path = directory.Write("x.ini", "top=0\n[Sect]\na=1\n[\xC3\xA4]\nc=3\n");
     // The wanted name is upper-cased as text and the one in the file byte by byte.
     for (const auto& [name, loaded] :
-         {std::pair{"sEct", "A=1;"}, {"missing", ""}, {"\xC3\xA4", ""}}) {
+         {std::pair{"sEct", "A=1;"}, {"", "TOP=0;"}, {"missing", ""}, {"\xC3\xA4", ""}}) {
         SCOPED_TRACE(name);
         SectionMap section = MakeSection(L"OLD", 1);
         const IniFileConfigurationReader reader(false, false);

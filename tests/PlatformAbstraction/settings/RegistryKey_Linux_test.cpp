@@ -220,18 +220,24 @@ TEST_F(RegistryKeyLinux, SettingsComeFromItOnlyWithoutAnIniFile) {
     }
 }
 
-TEST_F(RegistryKeyLinux, RefusesBuffersThatAreTooSmall) {
-    WriteHive(m_user, {{"Key\\Sub", {}}, {"Key", {{"name", 4, "\1\0\0\0"s}}}});
+TEST_F(RegistryKeyLinux, NeedsBuffersOfTheSizesThatItTells) {
+    WriteHive(m_user, {{"Key\\Sub", {}}, {"Key", {{"name", 3, "abc"}}}});
     RegistryKey key;
     ASSERT_TRUE(key.Open(USER, L"Key"));
-    char16_t name[5];
-    std::byte data[4];
+    RegistryKey::Info info;
+    ASSERT_TRUE(key.QueryInfo(info));
+    EXPECT_EQ(info.m_subKeyCount, 1u);
+    EXPECT_EQ(info.m_longestData, 3u);
+    char16_t name[] = u"xxxxx";
+    std::byte data[3];
     std::uint32_t length = 0;
     std::uint32_t type = 0;
     std::uint32_t size = 0;
-    EXPECT_TRUE(key.EnumValue(0, name, length, type, data, size));
+    EXPECT_TRUE(key.EnumValue(0, std::span(name, 5), length, type, data, size));
+    EXPECT_EQ(std::u16string(name), u"name");
+    EXPECT_EQ(size, 3u);
     EXPECT_FALSE(key.EnumValue(0, std::span(name, 4), length, type, data, size));
-    EXPECT_FALSE(key.EnumValue(0, name, length, type, std::span(data, 3), size));
+    EXPECT_FALSE(key.EnumValue(0, name, length, type, std::span(data, 2), size));
     EXPECT_FALSE(key.EnumValue(1, name, length, type, data, size));
     EXPECT_TRUE(key.EnumKey(0, std::span(name, 4), length));
     EXPECT_EQ(orska_wstring(name, length), L"Sub");

@@ -342,6 +342,8 @@ TEST_P(TranscoderKernelTest, EveryLengthAndOffset) {
                 ASSERT_TRUE(Check(source, exact + offset, offset));
                 ASSERT_TRUE(Check(source, exact + 200, MAX_OFFSET - offset));
             }
+            // Half a unit of zeros looks like a whole one.
+            ASSERT_TRUE(Check(std::string(length, '\0'), 4 * length));
         }
     }
 }
