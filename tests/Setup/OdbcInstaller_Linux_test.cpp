@@ -154,6 +154,7 @@ TEST_F(OdbcInstallerTest, AnUpdateIsWrittenAtOnce) {
         EXPECT_TRUE(inner.Commit());
         EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()), OTHERS);
         EXPECT_FALSE(Write("Sales", "UID", "a\nb"));
+        EXPECT_FALSE(Write("a]b", "UID", "u"));
         // No Commit, as after a failure: values that were written stay.
     }
     EXPECT_EQ(IniScratch::Read(m_scratch.UserFile()),

@@ -60,9 +60,10 @@ TEST_F(InstallerOperations, NamesAreTheInstallersAndNeverAllOrAList) {
         {u"a\x85", inRegistry},
         {std::u16string(1, u'\xD800'), NEVER},
     };
+    const Request request;  // remembers an accepted name
     for (const auto& [name, isValid] : cases) {
         SCOPED_TRACE(testing::PrintToString(name));
-        EXPECT_EQ(ValidDSN(orska_wstring(name)), isValid);
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(ValidDSN(orska_wstring(name)), isValid) << i;
     }
     EXPECT_FALSE(ValidDSN(orska_wstring()));
 }

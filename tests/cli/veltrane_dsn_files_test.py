@@ -67,18 +67,24 @@ class FilesTest(ToolTest):
         self.run_tool("set", "sales", "--pwd-stdin", stdin="new")
         self.assertEqual(self.read_file(self.user), expected.replace("PWD=a\nPWD=b\n", "PWD=new\n"))
 
-    def test_after_ctrl_c_nothing_is_written_and_the_tool_reports_it(self):
-        file = self.write_file("dsns.ini", "[a]\nServer=s\nDatabase=d\n")
-        with open(self.user, "w") as ini:
-            fcntl.flock(ini, fcntl.LOCK_EX)
-            run = self.start(["apply", file], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-            while os.path.realpath(self.user) not in map(os.path.realpath, glob.glob(f"/proc/{run.pid}/fd/*")):
-                self.assertIsNone(run.poll())
-                time.sleep(0.01)
-            run.send_signal(signal.SIGINT)
-            output, _ = run.communicate(timeout=20)  # it waits 30 s for the lock
-        self.assertEqual((run.returncode, output, self.read_file(self.user)),
-                         (130, "veltrane-dsn: Interrupted. Nothing has been written.\n", ""))
+    def test_while_it_waits_for_the_lock_a_run_can_be_stopped_and_the_file_can_change(self):
+        opened = {os.path.realpath(self.user), os.path.realpath(self.folder)}  # a mere reader opens the file alone
+        for act, code, reason, *command in (
+                (lambda run: run.send_signal(signal.SIGINT), 130, "Interrupted. Nothing has been written.",
+                 "apply", self.write_file("dsns.ini", "[sales]\nServer=t\n")),
+                (lambda _: os.truncate(self.user, 0), 3, f'There is no DSN "sales" in {self.user}.',
+                 "set", "sales", "--server", "t")):
+            self.write_file("user.ini", "[sales]\nDriver=Veltrane\nServer=s\nDatabase=d\n")
+            with open(self.user) as ini:
+                fcntl.flock(ini, fcntl.LOCK_EX)
+                run = self.start(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+                while not opened <= set(map(os.path.realpath, glob.glob(f"/proc/{run.pid}/fd/*"))):
+                    self.assertIsNone(run.poll())
+                    time.sleep(0.01)
+                act(run)
+                before = self.read_file(self.user)
+            output, _ = run.communicate(timeout=60)
+            self.assertEqual((run.returncode, output, self.read_file(self.user)), (code, f"veltrane-dsn: {reason}\n", before))
 
     def test_results_name_the_file_that_is_not_the_users_own(self):
         self.assertEqual(self.add_sales(SUDO_USER="anna")[0], f"sales: added in {self.user}\n")

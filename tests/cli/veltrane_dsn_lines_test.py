@@ -136,6 +136,7 @@ class InputTest(ToolTest):
                 ('{"PWD": "hunter2\udcff"}', "not JSON in UTF-8"),
                 (entry({"values": {"PWD": 1}}).replace("1", "1e999"), ": a number that is out of range."),
                 ('[{"name": "a", "values": {"PWD": "x",\n"PWD": "hunter2"}}]', 'column 5: the key "PWD" occurs twice.'),
+                (json.dumps([dict.fromkeys(map(str, range(30)))])[:-2] + ', "7": 1}]', 'the key "7" occurs twice.'),
                 (" \n", "standard input is empty: it describes no DSN."),
                 (entry({"values": {"PWD": ""}}), 'has an empty "PWD"; null removes one.'),
                 ('{"dsn": "hunter2"}', 'there is no list "data_sources".'),

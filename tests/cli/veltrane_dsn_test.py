@@ -299,6 +299,9 @@ class DriverTest(ToolTest):
         self.assertIn(after, self.run_json("driver", "list")["drivers"])
         self.run_tool(*unregister, setup)
         self.assertEqual(self.stage.read("drivers"), before)
+        self.stage.write("drivers", {"V 2": {"Setup": other, "Setup64": other}})
+        self.run_tool(*arguments, "--setup", setup, "--replace")
+        self.assertEqual(self.stage.read("drivers")["V 2"], {"Setup": other, "Setup64": setup})
 
     def test_no_name_reaches_a_section_that_is_no_driver(self):
         self.stage.write("drivers", {"Veltrane": {"Setup": self.stage.setup}, "ODBC": {"Trace": "1"}})
