@@ -36,8 +36,9 @@ std::size_t OdbcIniPieces::FindRefused() const {
 std::size_t OdbcIniPieces::FindHeader(std::size_t in_from, Rules in_rules,
                                       std::optional<std::string_view> in_name) const {
     const std::size_t most = GetMost(m_rules);
-    const std::size_t size = in_name ? in_name->size() : 0;
-    const char last = size == 0 ? '[' : ToLowerAscii(in_name->back());
+    const std::string_view name = in_name.value_or(std::string_view());
+    const std::size_t size = name.size();
+    const char last = name.empty() ? '[' : ToLowerAscii(name.back());
     std::size_t line = in_from;
     std::size_t seen = in_from;
     for (std::size_t bracket = m_text.find('[', in_from); bracket != std::string_view::npos;
@@ -58,7 +59,7 @@ std::size_t OdbcIniPieces::FindHeader(std::size_t in_from, Rules in_rules,
                                  ? before.empty()
                                  : std::all_of(before.begin(), before.end(), IsAsciiBlank<char>);
         if (!isFirst || (in_rules == Rules::IODBC && !HasIodbcName(Get(piece)))) continue;
-        if (!in_name || EqualsIgnoringCase(HeaderName(Get(piece)), *in_name)) return piece;
+        if (!in_name || EqualsIgnoringCase(HeaderName(Get(piece)), name)) return piece;
     }
     return m_text.size();
 }
