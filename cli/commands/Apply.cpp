@@ -31,9 +31,8 @@ void Interrupt(int in_signal) {
 
 void TakePassword(const DsnDescription& in_description, const CommandLine& in_line,
                   DsnWish& io_wish) {
-    if (!in_description.m_pwdFile.empty()) {
+    if (const std::string& file = in_description.m_pwdFile; !file.empty()) {
         // A relative path is relative to the folder of the description.
-        const std::string& file = in_description.m_pwdFile;
         const std::filesystem::path folder = ToPath(GetFile(in_line)).parent_path();
         io_wish.m_values.Set(
             "PWD", ReadFirstLine(IsAbsolutePath(file) ? file : FromPath(folder / ToPath(file))));

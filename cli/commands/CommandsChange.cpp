@@ -43,8 +43,7 @@ ExitCode SetDsn(const CommandLine& in_line) {
     if (!ReadDsn(store.Read(), dsn)) throw NoSuchDsn(store, dsn);
     const DsnWish wish = MakeWish(in_line);
     return Change(in_line, [&](const PlanBasis& in_basis) -> DsnPlans {
-        const std::optional<Entries> current = ReadDsn(in_basis.m_view, dsn);
-        if (!current) throw NoSuchDsn(store, dsn);
+        if (!ReadDsn(in_basis.m_view, dsn)) throw NoSuchDsn(store, dsn);
         return {PlanChange(wish, in_basis)};
     });
 }
@@ -55,8 +54,7 @@ ExitCode RemoveDsns(const CommandLine& in_line) {
         std::set<std::string> known;
         for (const std::string& dsn : in_line.m_arguments) {
             if (!known.insert(FoldName(dsn)).second) continue;
-            const std::optional<Entries> current = ReadDsn(in_basis.m_view, dsn);
-            if (!current && !in_line.Has("--if-exists")) {
+            if (!in_line.Has("--if-exists") && !ReadDsn(in_basis.m_view, dsn)) {
                 throw NoSuchDsn(DsnStore(GetScope(in_line)), dsn);
             }
             const DsnWish wish{.m_name = dsn, .m_driver = GetDriver(in_line), .m_isAbsent = true};

@@ -49,17 +49,13 @@ std::vector<KeyChange> MissingFrom(const Entries& in_current, const Entries& in_
     return missing;
 }
 
-bool IsSamePath(const std::string& in_left, const std::string& in_right) {
-    std::error_code error;
-    return in_left == in_right ||
-           std::filesystem::equivalent(ToPath(in_left), ToPath(in_right), error);
-}
-
 /// Refuses to remove a driver that another installation has registered.
 void CheckSetup(const CommandLine& in_line, const Entries& in_current, const std::string& in_path) {
     if (!in_line.Has("--setup")) return;
     const std::string setup = GetLibraryEntry(in_current, "Setup");
-    if (IsSamePath(setup, in_line.Get("--setup"))) return;
+    const std::string given = in_line.Get("--setup");
+    std::error_code error;
+    if (setup == given || std::filesystem::equivalent(ToPath(setup), ToPath(given), error)) return;
     throw CommandError(EXIT_NOT_FOUND, "The driver " + Quote(GetDriver(in_line)) + " in " +
                                            in_path + " has another setup library" +
                                            (setup.empty() ? "" : ", " + setup) + ".");
@@ -70,9 +66,8 @@ std::vector<std::string> WarnOfMissing(const Entries& in_given) {
     std::vector<std::string> warnings;
     for (const auto& [key, value] : in_given) {
         std::error_code error;
-        if (key == "Description" || std::filesystem::exists(ToPath(value), error) || error) {
-            continue;
-        }
+        const bool isThere = std::filesystem::exists(ToPath(value), error);
+        if (key == "Description" || isThere || error) continue;
         warnings.push_back("There is no file " + value + ", which is registered as " + key + ".");
     }
     return warnings;

@@ -16,21 +16,20 @@ namespace {
 void ExamineDsns(const DsnStore& in_store, const ODBC::ProfileView& in_text,
                  const std::string& in_driver, Findings& io_findings) {
     const DriverRegistry registry;
-    const auto describe = [&](const std::string& in_dsn) {
-        return "The DSN " + Quote(in_dsn) + " of " + in_store.GetPath();
-    };
+    const std::string where = " of " + in_store.GetPath();
     for (const std::string& dsn : GetDsnNames(in_text)) {
         const std::string driver = in_text.Get(dsn, "Driver").value_or("");
         if (IsSameName(driver, in_driver)) {
             ExamineDsn(in_text, in_store.GetScope(), dsn, in_driver, io_findings);
         } else if (driver.empty()) {
             io_findings.push_back({Severity::Warning, "dsn-without-driver",
-                                   describe(dsn) + " has no Driver entry.",
+                                   "The DSN " + Quote(dsn) + where + " has no Driver entry.",
                                    "Add it again, or remove its section."});
         } else if (!HasFolder(driver) && !registry.Find(driver)) {
             io_findings.push_back({Severity::Warning, "dsn-of-unknown-driver",
-                                   describe(dsn) + " is one of the driver " + Quote(driver) +
-                                       ", which is not registered in " + registry.GetPath() + ".",
+                                   "The DSN " + Quote(dsn) + where + " is one of the driver " +
+                                       Quote(driver) + ", which is not registered in " +
+                                       registry.GetPath() + ".",
                                    "Install and register that driver, or remove the DSN."});
         }
     }

@@ -43,13 +43,13 @@ void TakeConnectionString(const CommandLine& in_line, DsnWish& io_wish) {
     constexpr std::pair<const char*, const char*> OLE_DB_NAMES[] = {
         {"Data Source", "Server"}, {"Initial Catalog", "Database"}, {"User ID", "UID"}};
     const Entries given = ParseConnectionString(in_line.Get("--connection-string"));
-    std::string foreign;
+    std::vector<std::string> foreign;
     for (const auto& [name, key] : OLE_DB_NAMES) {
-        if (given.Find(name) == nullptr) continue;
-        foreign += (foreign.empty() ? "" : ", ") + std::string(name) + " is " + key;
+        if (given.Find(name) != nullptr) foreign.push_back(std::string(name) + " is " + key);
     }
     if (!foreign.empty()) {
-        Refuse(std::string(WHERE) + " has names of OLE DB. Write those of ODBC: " + foreign + ".");
+        Refuse(std::string(WHERE) + " has names of OLE DB. Write those of ODBC: " + Join(foreign) +
+               ".");
     }
     for (const auto& [key, value] : given) {
         if (EqualsIgnoringCase(key, "Driver")) {
@@ -79,13 +79,13 @@ void TakeProperties(const CommandLine& in_line, DsnWish& io_wish) {
 }
 
 void CheckComplete(const DsnWish& in_wish) {
-    std::string missing;
+    std::vector<std::string> missing;
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         const bool isNeeded = field.m_isRequired && field.m_key != "DSN";
         if (!isNeeded || !in_wish.m_values.Get(field.m_key).empty()) continue;
-        missing += (missing.empty() ? "--" : " and --") + FoldCase(field.m_key);
+        missing.push_back("--" + FoldCase(field.m_key));
     }
-    if (!missing.empty()) Refuse("A new DSN needs " + missing + ".");
+    if (!missing.empty()) Refuse("A new DSN needs " + Join(missing, " and ") + ".");
 }
 
 /// Refuses errors of the command line before anything is read.
@@ -120,8 +120,8 @@ std::string ReadPassword(const CommandLine& in_line, OptionName in_source) {
     }
     const std::string question = "Password of the DSN " + Quote(in_line.m_arguments.front()) + ": ";
     // A new password is asked for twice.
-    if (in_line.m_command != CommandId::Test) return AskForPassword(question);
-    return AskSecretly({question}).front();
+    return in_line.m_command == CommandId::Test ? AskSecretly({question}).front()
+                                                : AskForPassword(question);
 }
 
 }  // namespace

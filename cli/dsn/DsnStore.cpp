@@ -21,10 +21,8 @@ std::vector<std::string> GetDsnNames(const ProfileView& in_view) {
     std::vector<std::string> names;
     std::unordered_set<std::string> known;
     for (std::string& name : in_view.GetSections()) {
-        if (name.empty() || ODBC::IsReservedName(name) || !known.insert(FoldName(name)).second) {
-            continue;
-        }
-        names.push_back(std::move(name));
+        const bool isDsn = !name.empty() && !ODBC::IsReservedName(name);
+        if (isDsn && known.insert(FoldName(name)).second) names.push_back(std::move(name));
     }
     return names;
 }

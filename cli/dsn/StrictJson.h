@@ -20,13 +20,11 @@ struct MembersOnce : nlohmann::ordered_map<Key, Value, Compare, Allocator> {
     using Base = nlohmann::ordered_map<Key, Value, Compare, Allocator>;
     using Base::Base;
     Value& operator[](const Key& in_key) {
-        constexpr std::size_t FEW = 16;
-        const bool isSearched = this->size() < FEW;
-        for (std::size_t i = m_keys.size(); !isSearched && i < this->size(); ++i) {
+        const bool areFew = this->size() < 16;
+        for (std::size_t i = m_keys.size(); !areFew && i < this->size(); ++i) {
             m_keys.insert(this->data()[i].first);
         }
-        const bool isKnown =
-            isSearched ? this->find(in_key) != this->end() : m_keys.contains(in_key);
+        const bool isKnown = areFew ? this->find(in_key) != this->end() : m_keys.contains(in_key);
         if (isKnown) throw RepeatedKey{in_key};
         return this->emplace_back(in_key, Value{}).second;
     }

@@ -17,9 +17,8 @@ namespace {
 
 /// The installer library has no version; the driver manager beside it has one as text (SQL_DM_VER).
 std::string FindVersionBeside(const std::string& in_library) {
-    const std::filesystem::path path =
-        std::filesystem::path(in_library).parent_path() / "libodbc.so.2";
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(in_library).parent_path() / "libodbc.so.2",
+                       std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
     constexpr std::string_view BEGIN("\0002.", 3);  // with the end of the text before it
     for (std::size_t at = 0; (at = bytes.find(BEGIN, at)) != std::string::npos; ++at) {
@@ -62,8 +61,8 @@ constexpr Defect DEFECTS[] = {
 
 std::string FindInstallerLibrary() {
     Dl_info info{};
-    const auto* const function = reinterpret_cast<const void*>(&SQLConfigDataSource);
-    if (dladdr(function, &info) == 0 || info.dli_fname == nullptr) return {};
+    const bool isFound = dladdr(reinterpret_cast<const void*>(&SQLConfigDataSource), &info) != 0;
+    if (!isFound || info.dli_fname == nullptr) return {};
     std::error_code error;
     const std::filesystem::path real = std::filesystem::canonical(info.dli_fname, error);
     return error ? info.dli_fname : real.string();

@@ -22,18 +22,17 @@ void ExamineFields(const Entries& in_entries, const std::string& in_dsn,
                    const std::string& in_howToSet, Findings& io_findings) {
     for (const ODBC::DialogField& field : ODBC::DIALOG_FIELDS) {
         const std::string key(field.m_key);
-        const std::string value = key == "DSN" ? in_dsn : in_entries.Get(key);
+        const bool isName = key == "DSN";
+        const std::string value = isName ? in_dsn : in_entries.Get(key);
         const char* const reason = ODBC::WhyRefused(field, value);
         if (reason == nullptr) continue;
-        const std::string subject = key + " of the DSN " + Quote(in_dsn);
-        const bool isName = key == "DSN";
         const bool isKept = !isName && !ODBC::IsOnlyMissing(field, value);
         io_findings.push_back(
             {isKept ? Severity::Warning : Severity::Error,
              isName   ? "value-does-not-survive"
              : isKept ? "value-refused-as-new"
                       : "value-missing",
-             subject +
+             key + " of the DSN " + Quote(in_dsn) +
                  (isKept ? " is kept until it is changed. As a new value it is refused: " : ": ") +
                  reason,
              isName ? "Add the DSN again under another name and remove this one."

@@ -1,5 +1,7 @@
 #include "cli/line/HelpText.h"
 
+#include "PlatformAbstraction/base/Ascii.h"
+
 namespace Veltrane::Cli {
 
 namespace {
@@ -7,12 +9,6 @@ namespace {
 constexpr std::size_t INDENT = 2;
 constexpr std::size_t COMMAND_COLUMN = 22;
 constexpr std::size_t OPTION_INDENT = 6;
-
-std::string Sentence(std::string_view in_summary) {
-    std::string text(in_summary);
-    text.front() = static_cast<char>(text.front() - 'a' + 'A');
-    return text + ".";
-}
 
 }  // namespace
 
@@ -74,8 +70,9 @@ std::string MakeOverview() {
 }
 
 std::string MakeHelp(const CommandInfo& in_command) {
-    std::string text = "Usage: " + MakeUsage(in_command) + "\n\n";
-    text += Sentence(in_command.m_summary) + "\n\n";
+    std::string summary(in_command.m_summary);
+    summary.front() = Orska::Support::ToUpperAscii(summary.front());
+    std::string text = "Usage: " + MakeUsage(in_command) + "\n\n" + summary + ".\n\n";
     ForEachLine(in_command.m_text, [&](std::string_view in_line) { text += Wrap(in_line, 0); });
     text += "\nOptions:\n";
     for (const OptionInfo* option : GetOptionsOf(in_command.m_id)) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -51,10 +52,6 @@ private:
     termios m_before{};
 };
 
-void WriteText(int in_handle, std::string_view in_text) {
-    [[maybe_unused]] const ssize_t ignored = write(in_handle, in_text.data(), in_text.size());
-}
-
 }  // namespace
 
 std::vector<std::string> StartProgram(int in_count, char** in_arguments) {
@@ -79,7 +76,7 @@ std::vector<std::string> AskSecretly(const std::vector<std::string>& in_question
     const SilentTerminal silent(terminal.Get());
     std::vector<std::string> answers;
     for (const std::string& question : in_questions) {
-        WriteText(terminal.Get(), question);
+        dprintf(terminal.Get(), "%s", question.c_str());
         std::string& line = answers.emplace_back();
         line.reserve(MAX_LINE);
         for (char byte = 0; read(terminal.Get(), &byte, 1) == 1 && byte != '\n';) {
