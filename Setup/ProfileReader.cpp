@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "Setup/FileState.h"
 #include "Setup/ProfileRules.h"
 
 namespace Veltrane::ODBC {
@@ -12,18 +13,14 @@ namespace {
 /// For how long, in microseconds, a file that looks unchanged is not read again.
 constexpr long long SNAPSHOT_AGE = 1'000'000;
 
-bool IsSameTime(const timespec& in_left, const timespec& in_right) {
-    return in_left.tv_sec == in_right.tv_sec && in_left.tv_nsec == in_right.tv_nsec;
-}
-
 }  // namespace
 
 bool OdbcIniSnapshot::IsCurrent(long long in_time) const {
     struct stat now {};
     return m_readAt != 0 && in_time - m_readAt < SNAPSHOT_AGE &&
-           SystemCalls::Stat(m_path.c_str(), now, true) == 0 && now.st_dev == m_stat.st_dev &&
-           now.st_ino == m_stat.st_ino && now.st_size == m_stat.st_size &&
-           IsSameTime(now.st_mtim, m_stat.st_mtim) && IsSameTime(now.st_ctim, m_stat.st_ctim);
+           SystemCalls::Stat(m_path.c_str(), now, true) == 0 &&
+           FileState::IsSameVersion(now, m_stat) &&
+           FileState::IsSameTime(now.st_ctim, m_stat.st_ctim);
 }
 
 OdbcIniSnapshot::Text OdbcIniSnapshot::Read() {
